@@ -1,0 +1,82 @@
+/// Guides the user through a sequence of target poses of the grid.
+#pragma once
+
+#include <array>
+#include <chrono>
+#include <mutex>
+#include <opencv2/core.hpp>
+#include <string>
+#include <vector>
+
+/// The pose assistant: shows one target pose at a time, scores how close the detected grid is to it, and moves
+/// on to the next.
+///
+/// States, told by the pose index and the pose count (the goal):
+///  1. constructed: index -1, count -2;
+///  2. running, after Start or Reset: index 0 to count - 1, one target shown;
+///  3. finished, after Next on the last pose: index equals count, the last target stays shown;
+///  4. stopped, after Stop: index -1, count -1, no poses.
+/// A Start that fails leaves (or brings) the assistant to "stopped"; nothing of a half-read model remains.
+///
+/// Poses are lists of circle centres in pixels of the assistant's frame, in the order of the grid search.
+/// All functions are thread-safe.
+class CalibAssistant {
+ public:
+  /// Scores below this count as reached.
+  static const int SCORE_TH;
+  /// Reserved for a success animation; no drawing uses it yet.
+  static const int DRAW_SUCCESS_LENGTH;
+
+  /// Size of the frames to work in, pixels, and of the grid, circles.
+  CalibAssistant(const int& frameWidth, const int& frameHeight, const int& patternColumns,
+                 const int& patternRows);
+
+  /// Fills the built-in printed sheet (44 circles, 6 outline points; 1753 x 1239 units).
+  void InitDefaultPattern();
+
+  /// Reads the model file and maps its poses to the frame. False, with an error line that names the file and the
+  /// fault, when it cannot be read or used; the poses are then as they were.
+  bool LoadModel(const std::string& path);
+
+  /// Loads the model and shows the first pose. A model that cannot be used stops the assistant.
+  void Start(const std::string& path);
+  void Stop();
+  /// Back to the first pose; nothing happens without poses.
+  void Reset();
+  /// Moves on to the next pose. True when the sequence is finished (the last target then stays).
+  bool Next();
+
+  /// Number of poses; -2 before the first Start, -1 after Stop.
+  int GetGoal() const;
+  /// Number of poses minus the index of the current one.
+  int GetRemainingPoseCount() const;
+  /// The result of the last CheckValidity; 10000 when nothing could be compared.
+  float GetScore() const;
+
+  /// Scores the detected centres against the target; true when the pose is reached (score below SCORE_TH).
+  bool CheckValidity(const std::vector<cv::Point2d>& points);
+
+  /// Draws the target and the score bar on an 8-bit frame, in place. Nothing is drawn before Start and after Stop.
+  void DrawPose(cv::Mat& frame);
+  /// The drawing itself, without the lock: for DrawPose.
+  void DrawPattern(cv::Mat& frame);
+
+ private:
+  void ShowPose(int index);
+
+  mutable std::mutex lock_;
+  std::chrono::steady_clock::time_point creationTime_;
+  std::chrono::steady_clock::time_point lastDrawingTime_;
+  float score_ = 10000.0F;
+  float scale_ = 1.0F;
+  int poseIndex_ = -1;
+  int poseCount_ = -2;
+  int frameWidth_;
+  int frameHeight_;
+  cv::Mat target_;
+  std::vector<cv::Mat> poses_;
+  cv::Mat homography_;
+  std::vector<cv::Point2f> patternPoints_;
+  std::vector<cv::Point2f> patternOutline_;
+  cv::Size patternSize_;
+};

@@ -1,0 +1,231 @@
+/// The calibration engine: from frames that show the grid to camera matrix and lens distortion.
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <opencv2/core.hpp>
+#include <string>
+#include <vector>
+
+class CalibAssistant;
+class JSON;
+
+/// A calibrator collects snapshots of a printed asymmetric circles grid and computes a camera's intrinsics.
+///
+/// Its status says where it stands:
+///  1. STATUS_NOT_READY: fewer than five snapshots;
+///  2. STATUS_READY: five or more snapshots, a computation may start;
+///  3. STATUS_PROGRESS: a computation runs; adding, results and Reset are refused meanwhile;
+///  4. STATUS_COMPLETED: results are available; the next snapshot leads back to STATUS_READY.
+/// Compare statuses by equality: their numbers are not in the order of the lifecycle.
+///
+/// Frames are 8-bit images of 1, 3 (BGR) or 4 channels. Detection brings each to the processing size given at
+/// construction; centres are in pixels of that size (the centre of the top-left pixel is (0, 0)), and so are the
+/// results. Object points are in metres; point j of row i is (unit * (2j + i mod 2), unit * i, 0), row by row.
+///
+/// Words on threads: "thread-safe" functions may be called from any thread at any time; "frame thread" ones may
+/// too, but one after the other for the same frame, which they change in place; the "window thread" is the one
+/// thread of the process that makes window calls.
+///
+/// A calibrator waits in its destructor for computations that it runs on threads of its own.
+class Calibrator {
+ public:
+  static const int MONOCULAR = 0;
+  static const int STEREO = 1;
+
+  static const int MODEL_CLASSIC = 10;
+  static const int MODEL_RATIONAL = 20;
+  static const int MODEL_FULL = 30;
+
+  static const int STATUS_NOT_READY = 100;
+  static const int STATUS_READY = 200;
+  static const int STATUS_COMPLETED = 300;
+  static const int STATUS_PROGRESS = 400;
+
+  /// "5.1.0".
+  static const std::string VERSION;
+
+  /// The grid's circles per row and rows; its unit in metres (the distance between adjacent rows; neighbours in
+  /// a row are two units apart); MONOCULAR or STEREO; the processing size in pixels.
+  Calibrator(const cv::Size& patternSize, const float& unit, const int& kind, const int& frameWidth,
+             const int& frameHeight);
+  ~Calibrator();
+  Calibrator(const Calibrator&) = delete;
+  Calibrator& operator=(const Calibrator&) = delete;
+
+  // ---- Status. Thread-safe.
+
+  void SetStatus(const int& value);
+  int GetStatus();
+  /// The same as GetStatus.
+  int ReadStatus();
+  bool isCalibrating();
+  /// True when the last monocular detection found the grid and was not yet made a snapshot. Waits for a
+  /// detection under way. Always false in a stereo calibrator.
+  bool IsDetected();
+  /// The number of snapshots.
+  int GetNumberOfRecords();
+  /// Drops snapshots and results and goes back to STATUS_NOT_READY; does nothing during STATUS_PROGRESS.
+  void Reset();
+  static std::string GetVersion();
+
+  /// Mirrors what is shown, after all drawing; points and stored frames are never mirrored. Thread-safe.
+  void SetFlipImage(const bool& flip);
+  bool GetFlipImage();
+
+  // ---- Assistant. Thread-safe.
+
+  /// Replaces the assistant by a new one that is started with the model file (see CalibAssistant::Start).
+  void EnableAssistant(const std::string& modelPath);
+  void DisableAssistant();
+  /// The number of poses of the assistant, -1 without one.
+  int GetAssistantGoal();
+
+  // ---- Detection. Frame thread.
+
+  /// Brings the frame to the processing size and searches the grid in it. `frame` is decorated in place: the
+  /// assistant's target always; with `draw`, or with an assistant, the found corners and the overlay; mirrored
+  /// last. `points` receives the centres in unmirrored pixels. True when the grid was found.
+  ///
+  /// False without touching anything in a stereo calibrator, and for a frame without data; false with an error
+  /// line for one that is not of 8 bits and 1, 3 or 4 channels.
+  bool DetectPoints(cv::Mat& frame, std::vector<cv::Point2d>& points, const bool& draw);
+
+  /// Brings `src` to the processing size into `dst` (which may be the same matrix). With `fill` the image is
+  /// scaled by the larger factor and the overflow cut away evenly; otherwise the aspect ratio is ignored.
+  /// `dst` owns continuous data of its own afterwards. A `src` without data leaves `dst` untouched, as does one
+  /// so long and narrow that filling would need more than 256 million pixels.
+  void Resize(const cv::Mat& src, cv::Mat& dst, const bool& fill, const int& interpolation);
+
+  // ---- Snapshots of a monocular calibrator. Thread-safe.
+
+  /// Makes the last detection a snapshot, once. False when there is none, during STATUS_PROGRESS and in a stereo
+  /// calibrator.
+  bool AddPoints();
+  /// Adds a snapshot from centres supplied by the caller, who is trusted to pass all of them in the order of the
+  /// grid search, paired with the frame of the last detection.
+  void AddPoints(const std::vector<cv::Point2d>& points);
+  /// Detects and, without an assistant (which decides by itself), adds. Always true.
+  bool AddPoints(cv::Mat& frame, const bool& draw);
+
+  // ---- Computation of a monocular calibrator. Thread-safe.
+
+  /// Computes the intrinsics with the lens model (MODEL_RATIONAL, MODEL_FULL, anything else classic). Returns the
+  /// RMS reprojection error in pixels, or -1.0 when nothing was computed: during STATUS_PROGRESS, in a stereo
+  /// calibrator, or (with an error line) with fewer than five snapshots. Ends the assistant. An exception of the
+  /// solver reaches the caller; the status and earlier results are then as before.
+  float ComputeCalibration(const int& model);
+  /// The same on a thread of its own. Follow it through the status. A failure is logged.
+  void ComputeCalibrationMultithread(const int& model);
+
+  // ---- Results. Thread-safe. Empty during STATUS_PROGRESS, in a calibrator of the other kind, and before a
+  // computation. Returned matrices are never written to by later computations.
+
+  /// Camera matrix, 3 x 3 double, pixels of the processing size.
+  cv::Mat GetK();
+  /// Distortion coefficients as OpenCV orders them, one row of double: 5 columns (classic) or 14.
+  cv::Mat GetDistCoefs();
+  cv::Mat GetKLeft();
+  cv::Mat GetDistCoefsLeft();
+  cv::Mat GetKRight();
+  cv::Mat GetDistCoefsRight();
+  cv::Mat GetR();
+  /// Always empty (GetBaseline: 0.0 or, during STATUS_PROGRESS, -1.0): see the guard in the source. Outside
+  /// STATUS_PROGRESS an error line is printed.
+  cv::Mat GetT();
+  cv::Mat GetE();
+  cv::Mat GetF();
+  double GetBaseline();
+  /// RMS reprojection error in pixels, -1.0 when there is none.
+  float GetRMS();
+  /// Standard deviations of fx, fy, cx, cy, k1, k2, p1, p2, k3, k4, k5, k6, s1, s2, s3, s4, tau x, tau y: 18 x 1
+  /// double, zero for those that the model does not estimate. Monocular.
+  cv::Mat GetStdDevIntrinsics();
+  /// RMS reprojection error of each snapshot in pixels, N x 1 double. Monocular.
+  cv::Mat GetPerViewErrors();
+  /// Pose of the grid in each snapshot, camera from grid: rotation vectors and translations (metres), N x 1 of
+  /// three doubles. Monocular.
+  cv::Mat GetRotationVectors();
+  cv::Mat GetTranslationVectors();
+
+  /// The result file's text; with `save` it is also written to path + ".json" (an empty path gives a name of
+  /// kind, date and time in the current folder). An empty text during STATUS_PROGRESS, and with an error line
+  /// before a computation. A failed save is reported by an error line; the text is returned all the same.
+  std::string SaveResult(const bool& save, const std::string& path);
+  /// Local date and time as strftime's "%Y%m%d%X" gives it.
+  std::string currentDateTime();
+  /// Status, snapshot count, a sentence and, when completed, the result file's text, as one JSON text.
+  std::string GetStatus_QVX();
+
+  // ---- Review and recording.
+
+  /// Shows every snapshot with the grid reprojected through the computed model in the window "Reprojected frame",
+  /// a key press each. Returns at once during STATUS_PROGRESS and in a stereo calibrator, and with an error line
+  /// without a display. Snapshots that have no result yet are shown plain. Window thread.
+  void WatchReprojection();
+
+  /// From here on the centres of each snapshot that AddPoints() takes are recorded as a pose. Thread-safe.
+  void StartModelRecording();
+  /// Writes the recorded poses to "model_tmp.json" in the current folder. Thread-safe.
+  void StopModelRecording();
+
+ private:
+  /// The snapshots; the lists grow together, one entry each.
+  struct Records {
+    std::vector<std::vector<cv::Point3d>> objectRecords;
+    std::vector<std::vector<cv::Point2d>> imageRecords;
+    std::vector<std::vector<cv::Point2d>> imageRecordsRight;
+    std::vector<cv::Mat> snapshots;
+    std::vector<cv::Mat> snapshotsRight;
+  };
+  /// What computations produce. Computations replace the matrices, they never write into them.
+  struct Results {
+    float rms = -1.0F;
+    cv::Mat K, D, KRight, DRight;
+    cv::Mat rvecs, tvecs, stdDevIntrinsics, stdDevExtrinsics, perViewErrors;
+    cv::Mat R, T, E, F;
+  };
+  class ProgressScope;
+
+  std::shared_ptr<CalibAssistant> Assistant();
+  bool BringToProcessingSize(cv::Mat& frame);
+  void Decorate(cv::Mat& frame, const std::vector<cv::Point2d>& points, double elapsed);
+  void drawInfo(cv::Mat& frame, const double& elapsed);
+  void Guide(const std::shared_ptr<CalibAssistant>& assistant, const std::vector<cv::Point2d>& points);
+  void RecordPose(const std::vector<cv::Point2d>& points);
+  int StoreSnapshot(const std::vector<cv::Point2d>& points);
+  void RunInBackground(const char* name, std::function<void()> task);
+  cv::Mat ResultOf(int ofKind, cv::Mat Results::*member);
+  bool GuardOfUnreachableResults();
+  std::string ResultText(const Results& results, JSON& document) const;
+
+  const int kind_;
+  const cv::Size patternSize_;
+  const int frameWidth_;
+  const int frameHeight_;
+  const float unit_;
+  const std::vector<cv::Point3d> objectTemplate_;
+
+  // Locks, always taken in this order; dataLock_ and statusLock_ are held for copying only.
+  std::mutex pointsLock_;     ///< one detection or collection at a time; guards the last detection
+  std::mutex dataLock_;       ///< guards records, results, recording and assistant
+  std::mutex statusLock_;     ///< guards the status
+  int status_ = STATUS_NOT_READY;
+
+  cv::Mat lastFrame_;
+  std::vector<cv::Point2d> lastPoints_;
+  std::atomic<bool> flipImage_{false};
+
+  Records records_;
+  Results results_;
+  std::unique_ptr<JSON> recording_;
+  int recordCounter_ = 0;
+  std::shared_ptr<CalibAssistant> assistant_;
+
+  std::mutex backgroundLock_;
+  std::condition_variable backgroundDone_;
+  int backgroundTasks_ = 0;
+};

@@ -1,0 +1,34 @@
+/// Console log with one process-wide verbosity level.
+#pragma once
+
+#include <atomic>
+
+/// Each line is a fixed-width level prefix, the message, a newline and a flush, all on standard output.
+/// All functions are thread-safe; a line is printed when LOG_LEVEL is at least its level. The format and its
+/// arguments are those of printf.
+namespace Log {
+
+constexpr int ERROR_LEVEL = 1;
+constexpr int WARN_LEVEL = 2;
+constexpr int INFO_LEVEL = 3;
+constexpr int DEBUG_LEVEL = 4;
+constexpr int TRACE_LEVEL = 5;
+
+/// 0 silences everything, 5 prints everything. Initially 4. Set through Calibration::SetLogLevel.
+extern std::atomic<int> LOG_LEVEL;
+
+#if defined(__GNUC__)
+#define VELMORA_PRINTF_LIKE __attribute__((format(printf, 1, 2)))
+#else
+#define VELMORA_PRINTF_LIKE
+#endif
+
+void error(const char* format, ...) VELMORA_PRINTF_LIKE;
+void warn(const char* format, ...) VELMORA_PRINTF_LIKE;
+void info(const char* format, ...) VELMORA_PRINTF_LIKE;
+void debug(const char* format, ...) VELMORA_PRINTF_LIKE;
+void trace(const char* format, ...) VELMORA_PRINTF_LIKE;
+
+#undef VELMORA_PRINTF_LIKE
+
+}  // namespace Log
