@@ -23,9 +23,9 @@
 class CalibAssistant {
  public:
   /// Scores below this count as reached.
-  static const int SCORE_TH;
+  static constexpr int SCORE_TH = 150;
   /// Reserved for a success animation; no drawing uses it yet.
-  static const int DRAW_SUCCESS_LENGTH;
+  static constexpr int DRAW_SUCCESS_LENGTH = 10;
 
   /// Size of the frames to work in, pixels, and of the grid, circles.
   CalibAssistant(const int& frameWidth, const int& frameHeight, const int& patternColumns,

@@ -33,17 +33,17 @@ class JSON;
 /// A calibrator waits in its destructor for computations that it runs on threads of its own.
 class Calibrator {
  public:
-  static const int MONOCULAR = 0;
-  static const int STEREO = 1;
+  static constexpr int MONOCULAR = 0;
+  static constexpr int STEREO = 1;
 
-  static const int MODEL_CLASSIC = 10;
-  static const int MODEL_RATIONAL = 20;
-  static const int MODEL_FULL = 30;
+  static constexpr int MODEL_CLASSIC = 10;
+  static constexpr int MODEL_RATIONAL = 20;
+  static constexpr int MODEL_FULL = 30;
 
-  static const int STATUS_NOT_READY = 100;
-  static const int STATUS_READY = 200;
-  static const int STATUS_COMPLETED = 300;
-  static const int STATUS_PROGRESS = 400;
+  static constexpr int STATUS_NOT_READY = 100;
+  static constexpr int STATUS_READY = 200;
+  static constexpr int STATUS_COMPLETED = 300;
+  static constexpr int STATUS_PROGRESS = 400;
 
   /// "5.1.0".
   static const std::string VERSION;

@@ -1,0 +1,86 @@
+/// Draws the pose to reach.
+#include "AssistantDrawing.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <opencv2/imgproc.hpp>
+
+#include "CalibAssistant.h"
+
+namespace {
+
+const cv::Scalar BLACK(0, 0, 0);
+const cv::Scalar WHITE(255, 255, 255);
+const cv::Scalar GREEN(0, 255, 0);
+const std::array<cv::Scalar, 7> PALETTE = {
+    cv::Scalar(0, 0, 255),   cv::Scalar(0, 128, 255), cv::Scalar(0, 200, 200), cv::Scalar(0, 255, 0),
+    cv::Scalar(200, 200, 0), cv::Scalar(255, 0, 0),   cv::Scalar(255, 0, 255)};
+
+constexpr float CIRCLE_RADIUS = 9.0F;
+constexpr float FULL_BAR = 2850.0F;  ///< score above the threshold at which the bar spans the frame
+
+cv::Point Rounded(const cv::Point2f& point) { return {cvRound(point.x), cvRound(point.y)}; }
+cv::Point Truncated(const cv::Point2f& point) { return {static_cast<int>(point.x), static_cast<int>(point.y)}; }
+
+std::vector<cv::Point2f> Mapped(const std::vector<cv::Point2f>& points, const cv::Mat& homography) {
+  std::vector<cv::Point2f> mapped;
+  cv::perspectiveTransform(points, mapped, homography);
+  return mapped;
+}
+
+void Fill(cv::Mat& layer, const std::vector<cv::Point>& polygon, const cv::Scalar& colour) {
+  cv::fillPoly(layer, std::vector<std::vector<cv::Point>>{polygon}, colour, cv::LINE_8);
+}
+
+void DrawFigure(const TargetDrawing& drawing, const std::vector<cv::Point2f>& corners, cv::Mat& layer) {
+  const std::vector<cv::Point2f> circles = Mapped(drawing.circles, drawing.homography);
+  const int radius = std::max(0, static_cast<int>(drawing.scale * CIRCLE_RADIUS));
+  for (size_t i = 0; i < circles.size(); ++i) {
+    const cv::Scalar& colour = PALETTE[i / static_cast<size_t>(drawing.columns) % PALETTE.size()];
+    cv::circle(layer, Rounded(circles[i]), radius, colour, 1, cv::LINE_AA);
+  }
+  const auto line = [&](size_t from, size_t to) {
+    cv::line(layer, Rounded(corners[from]), Rounded(corners[to]), BLACK, 2, cv::LINE_AA);
+  };
+  line(0, 1);
+  line(1, 2);
+  line(2, 3);
+  line(3, 0);
+  line(4, 5);
+  // Filled shapes truncate where lines round; the pixel between them at the edges is accepted.
+  Fill(layer, {Truncated(corners[3]), Truncated(corners[4]), Truncated(corners[5])}, BLACK);
+}
+
+void DrawScoreBar(const TargetDrawing& drawing, cv::Mat& frame) {
+  const int half = drawing.frameSize.width / 2;
+  const float above = drawing.score - static_cast<float>(CalibAssistant::SCORE_TH);
+  const int length = std::max(0, static_cast<int>(static_cast<float>(half) * (above / FULL_BAR)));
+  const int y = drawing.frameSize.height - 2;
+  cv::line(frame, {half + length, y}, {half - length, y}, GREEN, 2, cv::LINE_AA);
+}
+
+}  // namespace
+
+void DrawTarget(const TargetDrawing& drawing, cv::Mat& frame) {
+  cv::Mat figure = frame.clone();
+  cv::Mat sheet = frame.clone();
+  const double pulse = std::cos(5.0 * drawing.age);
+  const std::vector<cv::Point2f> corners = Mapped(drawing.outline, drawing.homography);
+  DrawFigure(drawing, corners, figure);
+  Fill(sheet, {Truncated(corners[0]), Truncated(corners[1]), Truncated(corners[2]), Truncated(corners[3])}, WHITE);
+  cv::addWeighted(sheet, 0.3, frame, 0.7, 0.0, frame);
+  // Between 0.5 and 1.5: weights above 1 over-expose the figure, so that it stands out from the real sheet.
+  const double weight = 1.0 - 0.5 * pulse;
+  cv::addWeighted(figure, weight, frame, 1.0 - weight, 0.0, frame);
+  DrawScoreBar(drawing, frame);
+}
+
+void CalibAssistant::DrawPattern(cv::Mat& frame) {
+  if (poseIndex_ < 0) return;
+  lastDrawingTime_ = std::chrono::steady_clock::now();
+  const std::chrono::nanoseconds age = lastDrawingTime_ - creationTime_;
+  DrawTarget({patternPoints_, patternOutline_, homography_, patternSize_.width, scale_, score_,
+              cv::Size(frameWidth_, frameHeight_), static_cast<double>(age.count()) / 1e9},
+             frame);
+}

@@ -1,0 +1,134 @@
+/// The pose assistant's life cycle and its validation of poses.
+#include "CalibAssistant.h"
+
+#include <cmath>
+#include <opencv2/calib3d.hpp>
+#include <opencv2/imgproc.hpp>
+#include <stdexcept>
+
+#include "AssistantModel.h"
+#include "Log.h"
+
+namespace {
+
+constexpr float NO_SCORE = 10000.0F;
+
+/// The corners of the built-in sheet and the cut across one of them, clockwise from the top left; then the cut.
+const std::vector<cv::Point2f> SHEET_OUTLINE = {{0, 0},    {1753, 0},   {1753, 1239},
+                                                {0, 1239}, {169, 1239}, {0, 1043}};
+const int ROW_X[] = {1467, 1349, 1231, 1113, 994, 876, 758, 640, 522, 404, 286};
+const int EVEN_ROW_Y[] = {206, 443, 679, 915};
+const int ODD_ROW_Y[] = {324, 560, 797, 1033};
+
+}  // namespace
+
+
+CalibAssistant::CalibAssistant(const int& frameWidth, const int& frameHeight, const int& patternColumns,
+                               const int& patternRows)
+    : creationTime_(std::chrono::steady_clock::now()),
+      frameWidth_(frameWidth),
+      frameHeight_(frameHeight),
+      patternSize_(patternColumns, patternRows) {
+  InitDefaultPattern();
+}
+
+void CalibAssistant::InitDefaultPattern() {
+  patternOutline_ = SHEET_OUTLINE;
+  patternPoints_.clear();
+  bool odd = false;
+  for (const int x : ROW_X) {
+    for (const int y : odd ? ODD_ROW_Y : EVEN_ROW_Y) {
+      patternPoints_.emplace_back(static_cast<float>(x), static_cast<float>(y));
+    }
+    odd = !odd;
+  }
+}
+
+bool CalibAssistant::LoadModel(const std::string& path) {
+  try {
+    if (patternPoints_.size() != static_cast<size_t>(patternSize_.area())) {
+      throw std::runtime_error("the assistant guides a grid of 4 x 11 circles only");
+    }
+    AssistantModel model = ReadAssistantModel(path, {frameWidth_, frameHeight_}, patternSize_);
+    const std::lock_guard<std::mutex> lock(lock_);
+    poses_ = std::move(model.poses);
+    scale_ = model.scale;
+    poseIndex_ = 0;
+    poseCount_ = static_cast<int>(poses_.size());
+    ShowPose(0);
+    return true;
+  } catch (const std::exception& fault) {
+    Log::error("Cannot use assistant model '%s': %s", path.c_str(), fault.what());
+    return false;
+  }
+}
+
+void CalibAssistant::Start(const std::string& path) {
+  if (!LoadModel(path)) Stop();
+}
+
+void CalibAssistant::ShowPose(int index) {
+  target_ = poses_[static_cast<size_t>(index)];
+  homography_ = cv::findHomography(patternPoints_, target_);
+}
+
+void CalibAssistant::Stop() {
+  const std::lock_guard<std::mutex> lock(lock_);
+  poseIndex_ = -1;
+  poseCount_ = -1;
+  target_.release();
+  homography_.release();
+  poses_.clear();
+}
+
+void CalibAssistant::Reset() {
+  const std::lock_guard<std::mutex> lock(lock_);
+  if (poses_.empty()) return;
+  poseIndex_ = 0;
+  ShowPose(0);
+}
+
+bool CalibAssistant::Next() {
+  const std::lock_guard<std::mutex> lock(lock_);
+  if (poseIndex_ < poseCount_) ++poseIndex_;
+  if (poseIndex_ >= poseCount_) return true;
+  ShowPose(poseIndex_);
+  return false;
+}
+
+int CalibAssistant::GetGoal() const {
+  const std::lock_guard<std::mutex> lock(lock_);
+  return poseCount_;
+}
+
+int CalibAssistant::GetRemainingPoseCount() const {
+  const std::lock_guard<std::mutex> lock(lock_);
+  return poseCount_ - poseIndex_;
+}
+
+float CalibAssistant::GetScore() const {
+  const std::lock_guard<std::mutex> lock(lock_);
+  return score_;
+}
+
+bool CalibAssistant::CheckValidity(const std::vector<cv::Point2d>& points) {
+  const std::lock_guard<std::mutex> lock(lock_);
+  score_ = NO_SCORE;
+  if (points.empty() || poseIndex_ < 0) return false;
+  cv::Mat detected;
+  cv::Mat(points).convertTo(detected, CV_32F);
+  if (detected.rows != target_.rows) return false;
+
+  const cv::Size2f extent = cv::minAreaRect(target_).size;
+  const float fx = static_cast<float>(frameWidth_) / extent.width;
+  const float fy = static_cast<float>(frameHeight_) / extent.height;
+  const double distance = cv::norm(detected - target_, cv::NORM_L2);
+  // A target that fills little of the frame weighs its distance more.
+  score_ = static_cast<float>(distance * std::sqrt((fx + fy) * 0.5F) / scale_);
+  return score_ < static_cast<float>(SCORE_TH);
+}
+
+void CalibAssistant::DrawPose(cv::Mat& frame) {
+  const std::lock_guard<std::mutex> lock(lock_);
+  DrawPattern(frame);
+}

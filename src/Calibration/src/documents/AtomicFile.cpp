@@ -1,0 +1,75 @@
+/// Writes a text file so that an earlier one stays whole until the new one is complete.
+#include "AtomicFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+bool WriteAll(int descriptor, const std::string& text) {
+  size_t done = 0;
+  while (done < text.size()) {
+    const ssize_t count = write(descriptor, text.data() + done, text.size() - done);
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) return false;
+    done += static_cast<size_t>(count);
+  }
+  return true;
+}
+
+WriteOutcome WriteDirectly(const std::string& path, const std::string& text) {
+  const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  if (descriptor < 0) return WriteOutcome::NotOpened;
+  const bool written = WriteAll(descriptor, text);
+  const bool closed = close(descriptor) == 0;
+  return written && closed ? WriteOutcome::Written : WriteOutcome::Failed;
+}
+
+/// Opens a new file beside the target, with a name that no other writer uses. Negative when the folder takes none.
+int CreateBeside(const std::string& target, std::string& beside) {
+  static std::atomic<unsigned> counter{0};
+  beside = target + "." + std::to_string(getpid()) + "-" + std::to_string(counter++) + ".tmp";
+  return open(beside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+}
+
+bool KeepRightsOf(const std::string& target, int descriptor) {
+  struct stat earlier {};
+  if (stat(target.c_str(), &earlier) != 0) return true;
+  return fchmod(descriptor, earlier.st_mode & 07777) == 0;
+}
+
+/// Follows symbolic links, so that a link stays a link.
+std::string Resolved(const std::string& path) {
+  std::error_code error;
+  const fs::path resolved = fs::canonical(path, error);
+  return error ? path : resolved.string();
+}
+
+}  // namespace
+
+WriteOutcome WriteFileAtomically(const std::string& path, const std::string& text) {
+  const std::string target = Resolved(path);
+  std::error_code error;
+  const bool exists = fs::exists(target, error);
+  if (exists && !fs::is_regular_file(target, error)) return WriteDirectly(target, text);
+  // A rename would replace a file that may not be written to.
+  if (exists && access(target.c_str(), W_OK) != 0) return WriteOutcome::NotOpened;
+
+  std::string beside;
+  const int descriptor = CreateBeside(target, beside);
+  if (descriptor < 0) return WriteDirectly(target, text);
+  bool done = WriteAll(descriptor, text) && KeepRightsOf(target, descriptor);
+  done = fsync(descriptor) == 0 && done;
+  done = close(descriptor) == 0 && done;
+  done = done && std::rename(beside.c_str(), target.c_str()) == 0;
+  if (!done) std::remove(beside.c_str());
+  return done ? WriteOutcome::Written : WriteOutcome::Failed;
+}

@@ -1,0 +1,122 @@
+/// The calibrator's construction, status, switches and life cycle.
+#include "Calibrator.h"
+
+#include <system_error>
+#include <thread>
+
+#include "CalibAssistant.h"
+#include "JSON.h"
+#include "Log.h"
+#include "engine/TargetGeometry.h"
+
+const std::string Calibrator::VERSION = "5.1.0";
+
+Calibrator::Calibrator(const cv::Size& patternSize, const float& unit, const int& kind, const int& frameWidth,
+                       const int& frameHeight)
+    : kind_(kind),
+      patternSize_(patternSize),
+      frameWidth_(frameWidth),
+      frameHeight_(frameHeight),
+      unit_(unit),
+      objectTemplate_(MakeObjectTemplate(patternSize, unit)) {}
+
+Calibrator::~Calibrator() {
+  {
+    std::unique_lock<std::mutex> lock(backgroundLock_);
+    backgroundDone_.wait(lock, [this] { return backgroundTasks_ == 0; });
+  }
+  DisableAssistant();
+  try {
+    StopModelRecording();
+  } catch (const std::exception& fault) {
+    Log::error("Cannot save the recorded model: %s", fault.what());
+  }
+}
+
+void Calibrator::SetStatus(const int& value) {
+  const std::lock_guard<std::mutex> lock(statusLock_);
+  status_ = value;
+}
+
+int Calibrator::GetStatus() {
+  const std::lock_guard<std::mutex> lock(statusLock_);
+  return status_;
+}
+
+int Calibrator::ReadStatus() { return GetStatus(); }
+
+bool Calibrator::isCalibrating() { return GetStatus() == STATUS_PROGRESS; }
+
+bool Calibrator::IsDetected() {
+  const std::lock_guard<std::mutex> lock(pointsLock_);
+  return kind_ == MONOCULAR && !lastPoints_.empty();
+}
+
+int Calibrator::GetNumberOfRecords() {
+  const std::lock_guard<std::mutex> lock(dataLock_);
+  return static_cast<int>(records_.objectRecords.size());
+}
+
+void Calibrator::Reset() {
+  const std::lock_guard<std::mutex> data(dataLock_);
+  const std::lock_guard<std::mutex> lock(statusLock_);
+  if (status_ == STATUS_PROGRESS) return;
+  records_ = Records{};
+  results_ = Results{};
+  status_ = STATUS_NOT_READY;
+}
+
+std::string Calibrator::GetVersion() { return VERSION; }
+
+void Calibrator::SetFlipImage(const bool& flip) { flipImage_ = flip; }
+
+bool Calibrator::GetFlipImage() { return flipImage_; }
+
+void Calibrator::EnableAssistant(const std::string& modelPath) {
+  auto assistant =
+      std::make_shared<CalibAssistant>(frameWidth_, frameHeight_, patternSize_.width, patternSize_.height);
+  assistant->Start(modelPath);
+  const std::lock_guard<std::mutex> lock(dataLock_);
+  assistant_ = std::move(assistant);
+}
+
+void Calibrator::DisableAssistant() {
+  const std::lock_guard<std::mutex> lock(dataLock_);
+  assistant_.reset();
+}
+
+std::shared_ptr<CalibAssistant> Calibrator::Assistant() {
+  const std::lock_guard<std::mutex> lock(dataLock_);
+  return assistant_;
+}
+
+int Calibrator::GetAssistantGoal() {
+  const auto assistant = Assistant();
+  return assistant == nullptr ? -1 : assistant->GetGoal();
+}
+
+void Calibrator::RunInBackground(const char* name, std::function<void()> task) {
+  const auto finish = [this] {
+    // Notified under the lock: the destructor may end the calibrator as soon as it is free.
+    const std::lock_guard<std::mutex> lock(backgroundLock_);
+    --backgroundTasks_;
+    backgroundDone_.notify_all();
+  };
+  {
+    const std::lock_guard<std::mutex> lock(backgroundLock_);
+    ++backgroundTasks_;
+  }
+  try {
+    std::thread([name, finish, task = std::move(task)] {
+      try {
+        task();
+      } catch (const std::exception& fault) {
+        Log::error("%s failed: %s", name, fault.what());
+      }
+      finish();
+    }).detach();
+  } catch (const std::system_error& fault) {
+    Log::error("%s failed: %s", name, fault.what());
+    finish();
+  }
+}

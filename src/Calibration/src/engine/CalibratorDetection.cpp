@@ -1,0 +1,82 @@
+/// The calibrator's detection: one frame in, centres and a decorated frame out.
+#include <chrono>
+#include <opencv2/imgproc.hpp>
+
+#include "CalibAssistant.h"
+#include "Calibrator.h"
+#include "JSON.h"
+#include "Log.h"
+#include "engine/FrameResize.h"
+#include "engine/GridFinder.h"
+#include "engine/Overlay.h"
+
+namespace {
+
+constexpr int AROUND_VERTICAL_AXIS = 1;
+
+bool IsSupported(const cv::Mat& frame) {
+  const int channels = frame.channels();
+  return frame.depth() == CV_8U && (channels == 1 || channels == 3 || channels == 4);
+}
+
+}  // namespace
+
+void Calibrator::Resize(const cv::Mat& src, cv::Mat& dst, const bool& fill, const int& interpolation) {
+  ResizeFrame(src, dst, {frameWidth_, frameHeight_}, fill, interpolation);
+}
+
+bool Calibrator::BringToProcessingSize(cv::Mat& frame) {
+  if (frame.empty()) return false;
+  if (!IsSupported(frame)) {
+    Log::error("Cannot process a frame of OpenCV type %d: 8 bits and 1, 3 or 4 channels are needed.", frame.type());
+    return false;
+  }
+  if (!ResizeFrame(frame, frame, {frameWidth_, frameHeight_}, true, cv::INTER_NEAREST)) {
+    Log::error("Cannot process a frame of %d x %d pixels.", frame.cols, frame.rows);
+    return false;
+  }
+  return true;
+}
+
+bool Calibrator::DetectPoints(cv::Mat& frame, std::vector<cv::Point2d>& points, const bool& draw) {
+  std::unique_lock<std::mutex> lock(pointsLock_);
+  if (kind_ != MONOCULAR) return false;
+  const auto start = std::chrono::steady_clock::now();
+  lastPoints_.clear();
+  if (!BringToProcessingSize(frame)) return false;
+  const bool found = FindGridStandard(frame, patternSize_, points);
+  const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+
+  const auto assistant = Assistant();
+  if (assistant != nullptr) assistant->DrawPose(frame);
+  if (found) {
+    lastFrame_ = frame.clone();
+    if (draw || assistant != nullptr) {
+      DrawGrid(points, patternSize_, frame);
+      drawInfo(frame, elapsed.count());
+    }
+    lastPoints_ = points;
+    lock.unlock();  // the snapshot below takes the lock itself
+    if (assistant != nullptr) Guide(assistant, points);
+  } else if (draw) {
+    drawInfo(frame, elapsed.count());
+  }
+  if (flipImage_) cv::flip(frame, frame, AROUND_VERTICAL_AXIS);
+  return found;
+}
+
+void Calibrator::Guide(const std::shared_ptr<CalibAssistant>& assistant, const std::vector<cv::Point2d>& points) {
+  if (!assistant->CheckValidity(points)) return;
+  AddPoints();
+  if (assistant->Next()) ComputeCalibrationMultithread(MODEL_RATIONAL);
+}
+
+void Calibrator::drawInfo(cv::Mat& frame, const double& elapsed) {
+  OverlayState state;
+  state.snapshots = GetNumberOfRecords();
+  state.goal = GetAssistantGoal();
+  state.frameSize = frame.size();
+  state.status = GetStatus();
+  state.elapsed = elapsed;
+  DrawOverlay(state, frame);
+}

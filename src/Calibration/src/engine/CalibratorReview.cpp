@@ -1,0 +1,45 @@
+/// The calibrator's review of a computation in a window.
+#include <opencv2/highgui.hpp>
+#include <vector>
+
+#include "Calibrator.h"
+#include "Display.h"
+#include "JSON.h"
+#include "Log.h"
+#include "engine/Review.h"
+
+void Calibrator::WatchReprojection() {
+  if (kind_ != MONOCULAR) return;
+  Records records;
+  Results results;
+  {
+    const std::lock_guard<std::mutex> data(dataLock_);
+    if (GetStatus() == STATUS_PROGRESS) return;
+    records = records_;
+    results = results_;
+  }
+  std::string reason;
+  if (!DisplayAvailable(&reason)) {
+    Log::error("Cannot show the reprojection. %s", reason.c_str());
+    return;
+  }
+
+  const char* const window = "Reprojected frame";
+  const int total = static_cast<int>(records.snapshots.size());
+  cv::namedWindow(window, cv::WINDOW_AUTOSIZE);
+  for (int i = 0; i < total; ++i) {
+    const auto index = static_cast<size_t>(i);
+    const ReviewView view = {records.snapshots[index], {frameWidth_, frameHeight_}, i + 1, total,
+                             records.objectRecords[index], patternSize_};
+    // Snapshots added after the computation, or all without one, have no row in its results.
+    ReviewResult result;
+    const bool computed = i < results.perViewErrors.rows;
+    if (computed) {
+      result = {results.K, results.D, results.rvecs.at<cv::Vec3d>(i), results.tvecs.at<cv::Vec3d>(i),
+                results.perViewErrors.at<double>(i), results.rms};
+    }
+    cv::imshow(window, DrawReview(view, computed ? &result : nullptr));
+    cv::waitKey(0);
+  }
+  cv::destroyWindow(window);
+}

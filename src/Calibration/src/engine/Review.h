@@ -1,0 +1,30 @@
+/// Pictures of the review after a computation: a snapshot with the grid reprojected through the model.
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <string>
+#include <vector>
+
+/// One snapshot of a review.
+struct ReviewView {
+  cv::Mat snapshot;
+  cv::Size blankSize;  ///< shown in place of a snapshot without a picture
+  int number = 0;      ///< from 1
+  int total = 0;
+  std::vector<cv::Point3d> objectPoints;
+  cv::Size patternSize;
+};
+
+/// What a computation says of one snapshot.
+struct ReviewResult {
+  cv::Mat K, D;
+  cv::Vec3d rvec, tvec;
+  double error = 0.0;  ///< of the view, pixels
+  float rms = 0.0F;    ///< of all views, pixels
+};
+
+/// The picture to show. Without a result it holds no error figure and no grid.
+cv::Mat DrawReview(const ReviewView& view, const ReviewResult* result);
+
+/// The texts in drawing order.
+std::vector<std::string> ReviewTexts(const ReviewView& view, const ReviewResult* result);

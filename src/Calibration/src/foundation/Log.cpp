@@ -1,0 +1,42 @@
+/// The console log.
+#include "Log.h"
+
+#include <cstdarg>
+#include <cstdio>
+
+namespace Log {
+
+std::atomic<int> LOG_LEVEL{DEBUG_LEVEL};
+
+namespace {
+
+/// The four steps of a line, with the stream locked so that lines of different threads do not mix.
+void print(const char* prefix, const char* format, std::va_list arguments) {
+  flockfile(stdout);
+  std::fputs(prefix, stdout);
+  std::vfprintf(stdout, format, arguments);
+  std::fputc('\n', stdout);
+  std::fflush(stdout);
+  funlockfile(stdout);
+}
+
+}  // namespace
+
+#define VELMORA_LOG_FUNCTION(name, level, prefix)                   \
+  void name(const char* format, ...) {                              \
+    if (LOG_LEVEL.load(std::memory_order_relaxed) < (level)) return; \
+    std::va_list arguments;                                         \
+    va_start(arguments, format);                                    \
+    print(prefix, format, arguments);                               \
+    va_end(arguments);                                              \
+  }
+
+VELMORA_LOG_FUNCTION(error, ERROR_LEVEL, "ERROR : ")
+VELMORA_LOG_FUNCTION(warn, WARN_LEVEL, "WARN  : ")
+VELMORA_LOG_FUNCTION(info, INFO_LEVEL, "INFO  : ")
+VELMORA_LOG_FUNCTION(debug, DEBUG_LEVEL, "DEBUG : ")
+VELMORA_LOG_FUNCTION(trace, TRACE_LEVEL, "TRACE : ")
+
+#undef VELMORA_LOG_FUNCTION
+
+}  // namespace Log
