@@ -1,0 +1,76 @@
+#include "Captures.h"
+
+#include <opencv2/videoio.hpp>
+
+#include "Halves.h"
+#include "LibraryNoise.h"
+
+namespace app {
+
+namespace {
+
+class LibraryCapture final : public Capture {
+ public:
+  bool Open(const CaptureRequest& request) override {
+    const MutedStandardError muted;
+    try {
+      if (const auto* index = std::get_if<int>(&request.address)) {
+        return capture_.open(*index, request.backend);
+      }
+      return capture_.open(std::get<std::string>(request.address), request.backend);
+    } catch (const cv::Exception&) {
+      return false;
+    }
+  }
+
+  void Set(int property, double value) override { capture_.set(property, value); }
+  bool Read(cv::Mat& frame) override { return capture_.read(frame); }
+
+ private:
+  cv::VideoCapture capture_;
+};
+
+}  // namespace
+
+std::unique_ptr<Capture> NewVideoCapture() {
+  return std::make_unique<LibraryCapture>();
+}
+
+Captures OpenCaptures(const SourcePlan& plan, const std::function<std::unique_ptr<Capture>()>& newCapture,
+                      std::ostream& err) {
+  if (plan.captures.empty()) {
+    err << "ERROR: no video source given. Please use '--help' for more information." << std::endl;
+    return {};
+  }
+  Captures captures;
+  for (const CaptureRequest& request : plan.captures) {
+    captures.push_back(newCapture());
+    if (!captures.back()->Open(request)) {
+      err << "ERROR: cannot open " << request.name << "." << std::endl;
+      return {};
+    }
+  }
+  for (std::size_t i = 0; i < captures.size(); ++i) {
+    for (const auto& [property, value] : plan.captures[i].properties) {
+      captures[i]->Set(property, value);
+    }
+  }
+  return captures;
+}
+
+FrameReader::Source MonocularSource(const Captures& captures, Split split, Camera camera) {
+  if (split == Split::None) {
+    const auto used = camera == Camera::Right ? captures.back() : captures.front();
+    return [captures, used](cv::Mat& frame) { return used->Read(frame); };
+  }
+  return [captures, split, camera](cv::Mat& frame) {
+    cv::Mat whole;
+    if (!captures.front()->Read(whole)) {
+      return false;
+    }
+    frame = HalfOf(whole, split, camera);
+    return true;
+  };
+}
+
+}  // namespace app

@@ -1,0 +1,16 @@
+#include "OneLine.h"
+
+#include <sstream>
+
+namespace app {
+
+std::string OneLine(const std::string& text) {
+  std::istringstream words(text);
+  std::string line;
+  for (std::string word; words >> word;) {
+    line += (line.empty() ? "" : " ") + word;
+  }
+  return line;
+}
+
+}  // namespace app

@@ -1,0 +1,164 @@
+/// Opening the planned captures, and which of them frames come from.
+#include "Captures.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "LibraryNoise.h"
+
+using app::Camera;
+using app::Captures;
+using app::Split;
+
+namespace {
+
+/// What happened to the captures of a test, in order.
+using Journal = std::vector<std::string>;
+
+/// A capture that writes down what it is told and delivers frames of one colour.
+class RecordedCapture final : public app::Capture {
+ public:
+  RecordedCapture(Journal& journal, int number, bool opens)
+      : journal_(journal), number_(number), opens_(opens) {}
+
+  bool Open(const app::CaptureRequest& request) override {
+    Note("open " + request.name);
+    return opens_;
+  }
+  void Set(int property, double value) override {
+    std::ostringstream text;
+    text << "set " << property << " to " << value;
+    Note(text.str());
+  }
+  bool Read(cv::Mat& frame) override {
+    if (frameSize.empty()) {
+      return false;
+    }
+    frame.create(frameSize, CV_8UC1);
+    frame.setTo(number_);
+    frame.colRange(frame.cols / 2, frame.cols).setTo(number_ + 100);
+    return true;
+  }
+
+  cv::Size frameSize{4, 2};
+
+ private:
+  void Note(const std::string& event) { journal_.push_back(std::to_string(number_) + ": " + event); }
+
+  Journal& journal_;
+  const int number_;
+  const bool opens_;
+};
+
+class CapturesTest : public testing::Test {
+ protected:
+  /// Opens the plan with captures of which the one with this number, if any, does not open.
+  Captures Open(const app::SourcePlan& plan, int broken = -1) {
+    int number = 0;
+    return app::OpenCaptures(
+        plan,
+        [&] {
+          ++number;
+          return std::make_unique<RecordedCapture>(journal_, number, number != broken);
+        },
+        err_);
+  }
+
+  static app::SourcePlan PairOfWebcams() {
+    app::Settings settings;
+    settings.webcam = 5;
+    settings.webcamRight = 7;
+    settings.width = 800;
+    settings.height = 600;
+    settings.fps = 25;
+    return app::PlanSources(settings);
+  }
+
+  /// The colour of the first pixel that the camera's source delivers.
+  static int FirstPixel(const Captures& captures, Split split, Camera camera) {
+    cv::Mat frame;
+    return app::MonocularSource(captures, split, camera)(frame) && !frame.empty() ? frame.at<uchar>(0, 0)
+                                                                                  : -1;
+  }
+
+  Journal journal_;
+  std::ostringstream err_;
+};
+
+TEST_F(CapturesTest, BothWebcamsAreOpenedBeforeEitherIsSet) {
+  EXPECT_EQ(Open(PairOfWebcams()).size(), 2U);
+  EXPECT_EQ(journal_, (Journal{"1: open webcam 5", "2: open webcam 7", "1: set 3 to 800", "1: set 4 to 600",
+                               "1: set 5 to 25", "2: set 3 to 800", "2: set 4 to 600", "2: set 5 to 25"}));
+  EXPECT_EQ(err_.str(), "");
+}
+
+TEST_F(CapturesTest, NoSourceIsReported) {
+  EXPECT_TRUE(Open({}).empty());
+  EXPECT_EQ(err_.str(), "ERROR: no video source given. Please use '--help' for more information.\n");
+}
+
+TEST_F(CapturesTest, TheFirstCaptureThatDoesNotOpenIsNamed) {
+  EXPECT_TRUE(Open(PairOfWebcams(), 1).empty());
+  EXPECT_EQ(err_.str(), "ERROR: cannot open webcam 5.\n");
+  EXPECT_EQ(journal_, (Journal{"1: open webcam 5"}));
+}
+
+TEST_F(CapturesTest, TheSecondCaptureHasToOpenToo) {
+  EXPECT_TRUE(Open(PairOfWebcams(), 2).empty());
+  EXPECT_EQ(err_.str(), "ERROR: cannot open webcam 7.\n");
+  EXPECT_EQ(journal_, (Journal{"1: open webcam 5", "2: open webcam 7"}));
+}
+
+TEST_F(CapturesTest, AMissingFileDoesNotOpen) {
+  app::SilenceLibraries();
+  app::Settings settings;
+  settings.video = testing::TempDir() + "no such video.mp4";
+  EXPECT_TRUE(app::OpenCaptures(app::PlanSources(settings), app::NewVideoCapture, err_).empty());
+  EXPECT_EQ(err_.str(), "ERROR: cannot open video '" + *settings.video + "'.\n");
+}
+
+TEST_F(CapturesTest, APlainInputIsItsOnlyCapture) {
+  app::Settings settings;
+  settings.webcam = 0;
+  EXPECT_EQ(FirstPixel(Open(app::PlanSources(settings)), Split::None, Camera::None), 1);
+}
+
+TEST_F(CapturesTest, TheSelectedOfTwoCapturesIsRead) {
+  const Captures captures = Open(PairOfWebcams());
+  EXPECT_EQ(FirstPixel(captures, Split::None, Camera::Left), 1);
+  EXPECT_EQ(FirstPixel(captures, Split::None, Camera::Right), 2);
+}
+
+TEST_F(CapturesTest, TheSelectedHalfOfASplitFrameIsRead) {
+  app::Settings settings;
+  settings.webcam = 0;
+  const Captures captures = Open(app::PlanSources(settings));
+  EXPECT_EQ(FirstPixel(captures, Split::Vertical, Camera::Left), 1);
+  EXPECT_EQ(FirstPixel(captures, Split::Vertical, Camera::Right), 101);
+}
+
+TEST_F(CapturesTest, AFailedReadOfASplitFrameIsAFailedRead) {
+  auto capture = std::make_shared<RecordedCapture>(journal_, 1, true);
+  capture->frameSize = {};
+  cv::Mat frame;
+  EXPECT_FALSE(app::MonocularSource({capture}, Split::Vertical, Camera::Left)(frame));
+}
+
+TEST_F(CapturesTest, AFrameOnePixelWideHasNoHalves) {
+  auto capture = std::make_shared<RecordedCapture>(journal_, 1, true);
+  capture->frameSize = {1, 4};
+  EXPECT_EQ(FirstPixel({capture}, Split::Vertical, Camera::Right), -1);
+}
+
+TEST_F(CapturesTest, TheSourceKeepsTheCapturesOpen) {
+  auto capture = std::make_shared<RecordedCapture>(journal_, 1, true);
+  const std::weak_ptr<RecordedCapture> watch = capture;
+  app::FrameReader::Source source = app::MonocularSource({capture}, Split::None, Camera::None);
+  capture.reset();
+  EXPECT_FALSE(watch.expired());
+  source = nullptr;
+  EXPECT_TRUE(watch.expired());
+}
+
+}  // namespace
