@@ -1,0 +1,77 @@
+/// The arguments of the headless tool.
+#include "batch/Arguments.h"
+
+#include <gtest/gtest.h>
+
+#include "Calibrator.h"
+
+namespace {
+
+batch::Parsed Parse(std::vector<std::string> words) {
+  words.insert(words.begin(), "velmora-batch");
+  std::vector<char*> argv;
+  for (std::string& word : words) argv.push_back(word.data());
+  argv.push_back(nullptr);
+  return batch::ParseArguments(static_cast<int>(words.size()), argv.data());
+}
+
+TEST(BatchArguments, DefaultsSuitTheShippedGrid) {
+  const batch::Parsed parsed = Parse({"a.png"});
+  ASSERT_TRUE(parsed.run);
+  const batch::Arguments& arguments = parsed.arguments;
+  EXPECT_EQ(arguments.inputs, std::vector<std::string>{"a.png"});
+  EXPECT_FLOAT_EQ(arguments.hdist, 0.19F);
+  EXPECT_EQ(arguments.model, Calibrator::MODEL_RATIONAL);
+  EXPECT_EQ(arguments.grid, cv::Size(4, 11));
+  EXPECT_EQ(arguments.frame, cv::Size(0, 0));
+  EXPECT_EQ(arguments.maxViews, 30);
+  EXPECT_EQ(arguments.output, "calibration");
+}
+
+TEST(BatchArguments, EveryOptionReachesItsSetting) {
+  const batch::Parsed parsed =
+      Parse({"a.png", "b.avi", "--hdist", "0.25", "--model", "full", "--width", "800", "--height", "600", "--grid",
+             "3x9", "--max-views", "12", "--output", "out/left", "--every", "7", "--max-frames", "0"});
+  ASSERT_TRUE(parsed.run);
+  const batch::Arguments& arguments = parsed.arguments;
+  EXPECT_EQ(arguments.inputs, (std::vector<std::string>{"a.png", "b.avi"}));
+  EXPECT_FLOAT_EQ(arguments.hdist, 0.25F);
+  EXPECT_EQ(arguments.model, Calibrator::MODEL_FULL);
+  EXPECT_EQ(arguments.frame, cv::Size(800, 600));
+  EXPECT_EQ(arguments.grid, cv::Size(3, 9));
+  EXPECT_EQ(arguments.maxViews, 12);
+  EXPECT_EQ(arguments.output, "out/left");
+  EXPECT_EQ(arguments.sampling.every, 7);
+  EXPECT_EQ(arguments.sampling.maxFrames, 0);
+}
+
+TEST(BatchArguments, WrongUsageEndsWithStatusTwo) {
+  const std::vector<std::vector<std::string>> wrong = {
+      {},
+      {"a.png", "--model", "fisheye"},
+      {"a.png", "--hdist", "0"},
+      {"a.png", "--hdist", "-0.1"},
+      {"a.png", "--hdist", "wide"},
+      {"a.png", "--grid", "4"},
+      {"a.png", "--grid", "4x11x2"},
+      {"a.png", "--grid", "1x11"},
+      {"a.png", "--grid", "4x101"},
+      {"a.png", "--max-views", "4"},
+      {"a.png", "--width", "0"},
+      {"a.png", "--every", "0"},
+      {"a.png", "--unknown", "1"},
+      {"a.png", "--output"}};
+  for (const auto& words : wrong) {
+    const batch::Parsed parsed = Parse(words);
+    EXPECT_FALSE(parsed.run) << ::testing::PrintToString(words);
+    EXPECT_EQ(parsed.exitStatus, 2) << ::testing::PrintToString(words);
+  }
+}
+
+TEST(BatchArguments, HelpEndsWithStatusZero) {
+  const batch::Parsed parsed = Parse({"--help"});
+  EXPECT_FALSE(parsed.run);
+  EXPECT_EQ(parsed.exitStatus, 0);
+}
+
+}  // namespace

@@ -1,0 +1,101 @@
+/// Calibrations of real photographs by the headless tool. Skipped where the photographs are absent.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "JSON.h"
+#include "Process.h"
+#include "TemporaryFolder.h"
+
+namespace {
+
+class RealPhotographs : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (!std::filesystem::is_directory(VELMORA_SHARED_DATA)) {
+      GTEST_SKIP() << "no photographs at " << VELMORA_SHARED_DATA;
+    }
+  }
+
+  /// Runs the tool and reads its result file; `views` is how many it must find of how many.
+  JSON Calibrate(const std::string& set, const std::vector<std::string>& options, const std::string& views) {
+    std::vector<std::string> command = {VELMORA_BATCH, std::string(VELMORA_SHARED_DATA) + "/" + set, "--hdist", "0.2",
+                                        "--output", folder_.File("result")};
+    command.insert(command.end(), options.begin(), options.end());
+    support::Process tool(command);
+    EXPECT_EQ(tool.WaitForExit(std::chrono::minutes(4)), 0) << tool.Errors();
+    EXPECT_NE(tool.Output().find("Views: " + views + " pictures\n"), std::string::npos) << tool.Output();
+    JSON result;
+    EXPECT_TRUE(result.load(folder_.File("result.json")));
+    return result;
+  }
+
+  static double Focal(JSON& result) { return result.readMat("cameraMatrix").at<double>(0, 0); }
+
+  support::TemporaryFolder folder_;
+};
+
+const std::vector<std::string> VGA = {"--width", "640", "--height", "480"};
+
+std::vector<std::string> operator+(std::vector<std::string> a, const std::vector<std::string>& b) {
+  a.insert(a.end(), b.begin(), b.end());
+  return a;
+}
+
+TEST_F(RealPhotographs, OfficeAtItsOwnSizeClassic) {
+  JSON result = Calibrate("office-4x11", {"--model", "classic"}, "11 used of 15");
+  EXPECT_NEAR(result.readDouble("error"), 0.143817, 2e-6);
+  const cv::Mat K = result.readMat("cameraMatrix");
+  EXPECT_NEAR(K.at<double>(0, 0), 1074.05, 0.01);
+  EXPECT_NEAR(K.at<double>(1, 1), 1074.05, 0.01);
+  EXPECT_NEAR(K.at<double>(0, 2), 651.77, 0.01);
+  EXPECT_NEAR(K.at<double>(1, 2), 397.27, 0.01);
+  EXPECT_EQ(result.readInt("imgWidth"), 1280);
+  EXPECT_EQ(result.readInt("imgHeight"), 720);
+}
+
+TEST_F(RealPhotographs, OfficeAtItsOwnSizeRational) {
+  JSON result = Calibrate("office-4x11", {"--model", "rational"}, "11 used of 15");
+  EXPECT_NEAR(result.readDouble("error"), 0.139649, 2e-6);
+  EXPECT_EQ(result.readMat("distCoefs").cols, 14);
+}
+
+TEST_F(RealPhotographs, OfficeAtProcessingSizeClassic) {
+  JSON result = Calibrate("office-4x11", VGA + std::vector<std::string>{"--model", "classic"}, "5 used of 15");
+  EXPECT_NEAR(result.readDouble("error"), 0.132132, 2e-6);
+  EXPECT_NEAR(Focal(result), 699.86, 0.01);
+}
+
+TEST_F(RealPhotographs, FlatViewsAreAllFoundAndGiveAnAbsurdFocalLength) {
+  JSON result = Calibrate("flat-4x11", {"--model", "classic"}, "10 used of 10");
+  EXPECT_NEAR(result.readDouble("error"), 0.475, 5e-4);
+  EXPECT_NEAR(Focal(result), 3150.0, 10.0);
+  EXPECT_NEAR(result.readMat("cameraMatrix").at<double>(1, 2), 1007.0, 1.0);
+}
+
+TEST_F(RealPhotographs, EndoscopeLeftRational) {
+  JSON result = Calibrate("endoscope-stereo-4x11/left", VGA, "9 used of 9");
+  EXPECT_NEAR(result.readDouble("error"), 0.379975, 2e-6);
+}
+
+TEST_F(RealPhotographs, EndoscopeRightRational) {
+  JSON result = Calibrate("endoscope-stereo-4x11/right", VGA, "9 used of 9");
+  EXPECT_NEAR(result.readDouble("error"), 0.386482, 2e-6);
+}
+
+/// Each picture of another grid is found with its own size and never as a 4 x 11.
+TEST_F(RealPhotographs, OtherGridsAreFoundWithTheirOwnSizeOnly) {
+  const std::vector<std::pair<std::string, std::string>> grids = {
+      {"acircles1.png", "7x13"}, {"acircles4.png", "5x5"}, {"acircles7.png", "3x9"}};
+  for (const auto& [file, grid] : grids) {
+    for (const std::string& asked : {grid, std::string("4x11")}) {
+      support::Process tool({VELMORA_BATCH, std::string(VELMORA_SHARED_DATA) + "/other-grids/" + file, "--grid", asked,
+                             "--output", folder_.File("result")});
+      EXPECT_EQ(tool.WaitForExit(std::chrono::minutes(1)), 1) << tool.Errors();
+      const std::string views = asked == grid ? "Views: 1 used of 1 pictures\n" : "Views: 0 used of 1 pictures\n";
+      EXPECT_NE(tool.Output().find(views), std::string::npos) << file << " asked for " << asked;
+    }
+  }
+}
+
+}  // namespace

@@ -1,0 +1,86 @@
+/// The table that ends a headless calibration.
+#include "batch/Report.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace {
+
+using ::testing::AssertionFailure;
+using ::testing::AssertionResult;
+using ::testing::AssertionSuccess;
+
+AssertionResult Holds(const std::string& text, const std::string& part) {
+  if (text.find(part) != std::string::npos) return AssertionSuccess();
+  return AssertionFailure() << "'" << part << "' is not in\n" << text;
+}
+
+batch::Report SomeReport(int coefficients) {
+  batch::Report report;
+  report.model = "rational";
+  report.frame = {640, 480};
+  report.used = {"a.png", "b.png", "c.png", "d.png", "e.png", "f.png"};
+  report.rms = 0.125;
+  report.K = (cv::Mat_<double>(3, 3) << 601.5, 0, 320.25, 0, 602.5, 240.75, 0, 0, 1);
+  report.D = cv::Mat::zeros(1, coefficients, CV_64F);
+  report.D.at<double>(0) = -0.25;
+  report.D.at<double>(4) = 0.0;  // estimated, and happens to be zero
+  report.stdDevs = cv::Mat::zeros(18, 1, CV_64F);
+  report.stdDevs.at<double>(0) = 1.5;
+  report.stdDevs.at<double>(4) = 0.003;
+  report.stdDevs.at<double>(8) = 0.004;
+  report.viewErrors = (cv::Mat_<double>(6, 1) << 0.1, 0.6, 0.2, 0.5, 0.3, 0.4);
+  return report;
+}
+
+TEST(BatchReport, RejectedPicturesAreGroupedByReason) {
+  const std::string table = batch::ViewsTable(
+      {"a.png"}, {{"b.png", "no grid found"}, {"c.png", "cannot be decoded"}, {"d.png", "no grid found"}});
+  EXPECT_EQ(table,
+            "Views: 1 used of 4 pictures\n"
+            "  2 not used, no grid found:\n"
+            "    b.png, d.png\n"
+            "  1 not used, cannot be decoded:\n"
+            "    c.png\n");
+}
+
+TEST(BatchReport, LongListsOfNamesAreBrokenIntoLines) {
+  std::vector<batch::Rejection> rejected;
+  for (int i = 0; i < 40; ++i) rejected.push_back({"picture_" + std::to_string(i) + ".png", "no grid found"});
+  const std::string table = batch::ViewsTable({}, rejected);
+  EXPECT_TRUE(Holds(table, "picture_39.png\n"));
+  std::istringstream lines(table);
+  for (std::string line; std::getline(lines, line);) {
+    EXPECT_LE(line.size(), 100u) << line;
+    EXPECT_NE(line.back(), ' ') << line;
+  }
+}
+
+TEST(BatchReport, ParametersComeWithTheirStandardDeviations) {
+  const std::string table = batch::ResultTable(SomeReport(5));
+  EXPECT_TRUE(Holds(table, "RMS reprojection error: 0.125000 px\n"));
+  EXPECT_TRUE(Holds(table, "  fx               601.500          1.500\n"));
+  EXPECT_TRUE(Holds(table, "  cy               240.750          0.000\n"));
+  EXPECT_TRUE(Holds(table, "  k1             -0.250000       0.003000\n"));
+  EXPECT_TRUE(Holds(table, "  k3              0.000000       0.004000\n"));
+}
+
+TEST(BatchReport, CoefficientsOutsideTheModelAreLeftOut) {
+  const std::string table = batch::ResultTable(SomeReport(14));
+  EXPECT_FALSE(Holds(table, "s1 "));
+  EXPECT_FALSE(Holds(table, "tau x"));
+}
+
+TEST(BatchReport, TheWorstViewsComeFirst) {
+  const std::string table = batch::ResultTable(SomeReport(5));
+  EXPECT_TRUE(Holds(table,
+                    "Worst views:\n"
+                    "    0.6000 px  b.png\n"
+                    "    0.5000 px  d.png\n"
+                    "    0.4000 px  f.png\n"
+                    "    0.3000 px  e.png\n"
+                    "    0.2000 px  c.png\n"));
+}
+
+}  // namespace

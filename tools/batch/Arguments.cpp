@@ -1,0 +1,82 @@
+/// The arguments of the headless tool.
+#include "batch/Arguments.h"
+
+#include <CLI/CLI.hpp>
+#include <map>
+#include <regex>
+
+#include "Calibrator.h"
+
+namespace batch {
+
+namespace {
+
+constexpr int WRONG_USAGE = 2;
+constexpr int MAX_GRID_SIDE = 100;
+
+const char* const DESCRIPTION =
+    "Calibrates a camera from pictures of a printed asymmetric circles grid, without a display.\n"
+    "Inputs are images, folders of images, patterns (quote them), video files or stream URLs.";
+
+const char* const EXIT_STATUSES =
+    "Exit status: 0 calibrated, 1 too few views held the grid, 2 wrong usage or unreadable input.";
+
+const std::map<std::string, int> MODELS = {{"classic", Calibrator::MODEL_CLASSIC},
+                                           {"rational", Calibrator::MODEL_RATIONAL},
+                                           {"full", Calibrator::MODEL_FULL}};
+
+/// "4x11" as a size; throws CLI's error otherwise.
+cv::Size ParseGrid(const std::string& text) {
+  std::smatch parts;
+  static const std::regex pattern("([1-9][0-9]{0,2})x([1-9][0-9]{0,2})");
+  if (!std::regex_match(text, parts, pattern)) {
+    throw CLI::ValidationError("--grid", "'" + text + "' is not of the form COLSxROWS, such as 4x11");
+  }
+  const cv::Size grid(std::stoi(parts[1]), std::stoi(parts[2]));
+  if (grid.width < 2 || grid.height < 2 || grid.width > MAX_GRID_SIDE || grid.height > MAX_GRID_SIDE) {
+    throw CLI::ValidationError("--grid", "each side must be 2 to 100 circles");
+  }
+  return grid;
+}
+
+}  // namespace
+
+Parsed ParseArguments(int argc, char** argv) {
+  Parsed parsed;
+  Arguments& arguments = parsed.arguments;
+  std::string grid = "4x11";
+  CLI::App app(DESCRIPTION, "velmora-batch");
+  app.footer(EXIT_STATUSES);
+  app.add_option("inputs", arguments.inputs, "images, folders, patterns, videos, URLs")->required();
+  app.add_option("--hdist", arguments.hdist, "distance in metres across the row intervals of the grid (ten of them in 4x11)")
+      ->check(CLI::PositiveNumber)
+      ->capture_default_str();
+  app.add_option("--model", arguments.modelName, "lens model: classic, rational or full")
+      ->check(CLI::IsMember(MODELS))
+      ->capture_default_str();
+  app.add_option("--width", arguments.frame.width, "processing width (default: that of the input)")
+      ->check(CLI::Range(16, 32000));
+  app.add_option("--height", arguments.frame.height, "processing height (default: that of the input)")
+      ->check(CLI::Range(16, 32000));
+  app.add_option("--grid", grid, "circles per row and rows: COLSxROWS")->capture_default_str();
+  app.add_option("--max-views", arguments.maxViews, "use at most so many views, chosen to be spread")
+      ->check(CLI::Range(5, 10000))
+      ->capture_default_str();
+  app.add_option("--output", arguments.output, "result file, without its extension .json")->capture_default_str();
+  app.add_option("--every", arguments.sampling.every, "take every N-th frame of a video (default: about 150 of a file)")
+      ->check(CLI::PositiveNumber);
+  app.add_option("--max-frames", arguments.sampling.maxFrames, "frames taken at most of a stream, 0 for no limit")
+      ->check(CLI::NonNegativeNumber)
+      ->capture_default_str();
+  try {
+    app.parse(argc, argv);
+    arguments.grid = ParseGrid(grid);
+    arguments.model = MODELS.at(arguments.modelName);
+    parsed.run = true;
+  } catch (const CLI::ParseError& error) {
+    parsed.exitStatus = app.exit(error) == 0 ? 0 : WRONG_USAGE;
+  }
+  return parsed;
+}
+
+}  // namespace batch

@@ -1,0 +1,67 @@
+/// The pictures that the headless tool works on: images, folders, patterns, videos, streams.
+#pragma once
+
+#include <memory>
+#include <opencv2/core.hpp>
+#include <opencv2/videoio.hpp>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace batch {
+
+/// An input that cannot be used at all: wrong path, empty folder, nothing that reads as picture or video.
+class InputError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// One picture; `image` is empty when it could not be decoded.
+struct Picture {
+  std::string name;  ///< file name, or file name and "#" and the frame number
+  cv::Mat image;
+};
+
+struct SamplingOptions {
+  int every = 0;        ///< take every N-th frame of a video; 0: about AUTOMATIC_FRAMES of a file, all of a stream
+  int maxFrames = 300;  ///< frames taken at most of a video whose length is unknown, such as a stream; 0: no limit
+};
+
+constexpr int AUTOMATIC_FRAMES = 150;
+
+/// Every how many frames a video of that many frames (0 or less: unknown) is sampled.
+int SamplingStep(const SamplingOptions& options, double frameCount);
+
+/// The inputs as single files and URLs: folders become their image files and patterns their matches, both in
+/// order of name. Raises InputError for what does not exist, matches nothing or holds no image.
+std::vector<std::string> ExpandInputs(const std::vector<std::string>& inputs);
+
+/// Hands out the pictures of all inputs one after the other.
+class PictureStream {
+ public:
+  /// Takes expanded inputs.
+  PictureStream(std::vector<std::string> files, const SamplingOptions& options);
+
+  /// False at the end. Raises InputError for a file that is neither picture nor video.
+  bool Next(Picture& picture);
+
+  /// How many pictures there are as far as is known; 0 when it is not.
+  int ExpectedCount() const { return expected_; }
+
+ private:
+  bool NextFrame(Picture& picture);
+  bool OpenVideo(const std::string& file);
+
+  std::vector<std::string> files_;
+  SamplingOptions options_;
+  size_t next_ = 0;
+  int expected_ = 0;
+
+  cv::VideoCapture video_;
+  std::string videoName_;
+  int step_ = 1;
+  int frame_ = 0;
+  int framesLeft_ = 0;
+};
+
+}  // namespace batch

@@ -1,0 +1,111 @@
+/// The table that ends a headless calibration.
+#include "batch/Report.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <numeric>
+
+namespace batch {
+
+namespace {
+
+constexpr size_t WORST_VIEWS = 5;
+constexpr size_t LINE_WIDTH = 100;
+
+const char* const PARAMETERS[] = {"fx", "fy", "cx", "cy", "k1", "k2", "p1", "p2",    "k3",
+                                  "k4", "k5", "k6", "s1", "s2", "s3", "s4", "tau x", "tau y"};
+constexpr int CAMERA_PARAMETERS = 4;
+
+#if defined(__GNUC__)
+__attribute__((format(printf, 1, 2)))
+#endif
+std::string
+Formatted(const char* format, ...) {
+  char text[256] = "";
+  std::va_list arguments;
+  va_start(arguments, format);
+  std::vsnprintf(text, sizeof(text), format, arguments);
+  va_end(arguments);
+  return text;
+}
+
+/// Names separated by commas, broken into indented lines.
+std::string Wrapped(const std::vector<std::string>& names, const std::string& indent) {
+  std::string text;
+  std::string line;
+  for (size_t i = 0; i < names.size(); ++i) {
+    const std::string item = names[i] + (i + 1 < names.size() ? "," : "");
+    if (!line.empty() && line.size() + 1 + item.size() > LINE_WIDTH) {
+      text += line + "\n";
+      line.clear();
+    }
+    line += (line.empty() ? indent : " ") + item;
+  }
+  return text + line + "\n";
+}
+
+double ParameterValue(const Report& report, int index) {
+  switch (index) {
+    case 0: return report.K.at<double>(0, 0);
+    case 1: return report.K.at<double>(1, 1);
+    case 2: return report.K.at<double>(0, 2);
+    case 3: return report.K.at<double>(1, 2);
+    default: return report.D.at<double>(index - CAMERA_PARAMETERS);
+  }
+}
+
+std::string ParameterTable(const Report& report) {
+  std::string text = Formatted("  %-9s %14s %14s\n", "parameter", "value", "std. dev.");
+  const int count = CAMERA_PARAMETERS + static_cast<int>(report.D.total());
+  for (int i = 0; i < count; ++i) {
+    const double deviation = i < report.stdDevs.rows ? report.stdDevs.at<double>(i) : 0.0;
+    const double value = ParameterValue(report, i);
+    const bool coefficient = i >= CAMERA_PARAMETERS;
+    if (coefficient && deviation == 0.0 && value == 0.0) continue;  // not part of the model
+    const int digits = coefficient ? 6 : 3;
+    text += Formatted("  %-9s %14.*f %14.*f\n", PARAMETERS[i], digits, value, digits, deviation);
+  }
+  return text;
+}
+
+std::string WorstViews(const Report& report) {
+  std::vector<size_t> order(std::min(report.used.size(), static_cast<size_t>(report.viewErrors.rows)));
+  std::iota(order.begin(), order.end(), size_t{0});
+  const auto error = [&](size_t i) { return report.viewErrors.at<double>(static_cast<int>(i)); };
+  std::stable_sort(order.begin(), order.end(), [&](size_t a, size_t b) { return error(a) > error(b); });
+  std::string text;
+  for (size_t i = 0; i < std::min(order.size(), WORST_VIEWS); ++i) {
+    text += Formatted("  %8.4f px  ", error(order[i])) + report.used[order[i]] + "\n";
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string ViewsTable(const std::vector<std::string>& used, const std::vector<Rejection>& rejected) {
+  std::string text = Formatted("Views: %zu used of %zu pictures\n", used.size(), used.size() + rejected.size());
+  std::vector<std::pair<std::string, std::vector<std::string>>> byReason;
+  for (const Rejection& rejection : rejected) {
+    const auto same = std::find_if(byReason.begin(), byReason.end(),
+                                   [&](const auto& entry) { return entry.first == rejection.reason; });
+    if (same == byReason.end()) {
+      byReason.push_back({rejection.reason, {rejection.name}});
+    } else {
+      same->second.push_back(rejection.name);
+    }
+  }
+  for (const auto& [reason, names] : byReason) {
+    text += Formatted("  %zu not used, ", names.size()) + reason + ":\n" + Wrapped(names, "    ");
+  }
+  return text;
+}
+
+std::string ResultTable(const Report& report) {
+  return ViewsTable(report.used, report.rejected) + "\n" +
+         Formatted("Model: %s, image size %d x %d\n", report.model.c_str(), report.frame.width, report.frame.height) +
+         Formatted("RMS reprojection error: %.6f px\n\n", report.rms) + ParameterTable(report) +
+         "\nWorst views:\n" + WorstViews(report);
+}
+
+}  // namespace batch

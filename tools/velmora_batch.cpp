@@ -1,0 +1,22 @@
+/// velmora-batch: calibrates a camera from pictures, without a display.
+#include <iostream>
+
+#include "Calibration.h"
+#include "LibraryNoise.h"
+#include "batch/Batch.h"
+
+int main(int argc, char** argv) {
+  app::SilenceLibraries();
+  const batch::Parsed parsed = batch::ParseArguments(argc, argv);
+  if (!parsed.run) return parsed.exitStatus;
+  Calibration::SetLogLevel(1);
+  try {
+    return batch::Run(parsed.arguments);
+  } catch (const batch::InputError& error) {
+    std::cerr << "Error: " << error.what() << ".\n";
+    return batch::UNUSABLE_INPUT;
+  } catch (const std::exception& error) {
+    std::cerr << "Error: the calibration failed: " << error.what() << "\n";
+    return batch::TOO_FEW_VIEWS;
+  }
+}
