@@ -1,0 +1,71 @@
+/// Cameras, poses and the projections of a sheet.
+#include "Camera.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <opencv2/calib3d.hpp>
+#include <stdexcept>
+
+namespace world {
+
+namespace {
+
+cv::Matx33d RotationOf(const Pose& pose) {
+  cv::Matx33d R;
+  cv::Rodrigues(pose.rvec, R);
+  return R;
+}
+
+}  // namespace
+
+Camera CameraFromFieldOfView(cv::Size size, double degrees, const std::vector<double>& D) {
+  if (size.width < 1 || size.height < 1 || !(degrees > 0.0) || !(degrees < 180.0)) {
+    throw std::invalid_argument("a camera has a positive size and a field of view between 0 and 180 degrees");
+  }
+  const double f = 0.5 * size.width / std::tan(0.5 * degrees * CV_PI / 180.0);
+  const cv::Matx33d K(f, 0.0, 0.5 * (size.width - 1), 0.0, f, 0.5 * (size.height - 1), 0.0, 0.0, 1.0);
+  return {size, Lens(K, D)};
+}
+
+std::vector<cv::Point3d> ToCamera(const std::vector<cv::Point3d>& points, const Pose& pose) {
+  const cv::Matx33d R = RotationOf(pose);
+  std::vector<cv::Point3d> moved;
+  moved.reserve(points.size());
+  for (const cv::Point3d& point : points) {
+    const cv::Vec3d p = R * cv::Vec3d(point.x, point.y, point.z) + pose.tvec;
+    moved.emplace_back(p[0], p[1], p[2]);
+  }
+  return moved;
+}
+
+std::vector<cv::Point2d> ProjectPoints(const Lens& lens, const std::vector<cv::Point3d>& points,
+                                       const Pose& pose) {
+  const double none = std::numeric_limits<double>::quiet_NaN();
+  std::vector<cv::Point2d> pixels;
+  pixels.reserve(points.size());
+  for (const cv::Point3d& p : ToCamera(points, pose)) {
+    const cv::Point2d ray = p.z > 0.0 ? cv::Point2d(p.x / p.z, p.y / p.z) : cv::Point2d();
+    pixels.push_back(p.z > 0.0 && lens.Images(ray) ? lens.Project(ray) : cv::Point2d(none, none));
+  }
+  return pixels;
+}
+
+std::vector<cv::Point2d> TrueCentres(const Lens& lens, const Sheet& sheet, const Pose& pose) {
+  return ProjectPoints(lens, sheet.GridPoints(), pose);
+}
+
+bool DiscsInside(const Camera& camera, const Sheet& sheet, const Pose& pose, double margin) {
+  const std::vector<cv::Point2d> rims = ProjectPoints(camera.lens, sheet.RimPoints(16), pose);
+  return std::all_of(rims.begin(), rims.end(), [&](const cv::Point2d& p) {
+    return p.x >= margin && p.y >= margin && p.x <= camera.size.width - 1 - margin &&
+           p.y <= camera.size.height - 1 - margin;
+  });
+}
+
+bool FacesCamera(const Pose& pose) {
+  const cv::Matx33d R = RotationOf(pose);
+  return R(0, 2) * pose.tvec[0] + R(1, 2) * pose.tvec[1] + R(2, 2) * pose.tvec[2] > 0.0;
+}
+
+}  // namespace world

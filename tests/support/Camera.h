@@ -1,0 +1,44 @@
+/// An image size with a lens, and poses of the grid before it.
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <vector>
+
+#include "Lens.h"
+#include "Sheet.h"
+
+namespace world {
+
+struct Camera {
+  cv::Size size;
+  Lens lens;
+};
+
+/// Where the grid is: rotation vector and translation (metres) that lead from the grid frame to the camera's.
+struct Pose {
+  cv::Vec3d rvec;
+  cv::Vec3d tvec;
+};
+
+/// A camera of a horizontal field of view (degrees, of the undistorted pinhole) with square pixels and its
+/// principal point in the middle of the image.
+Camera CameraFromFieldOfView(cv::Size size, double degrees, const std::vector<double>& D = {});
+
+/// Points of the grid frame in the camera frame.
+std::vector<cv::Point3d> ToCamera(const std::vector<cv::Point3d>& points, const Pose& pose);
+
+/// The pixels of points of the grid frame; NaN for those behind the camera or past a fold of the lens.
+std::vector<cv::Point2d> ProjectPoints(const Lens& lens, const std::vector<cv::Point3d>& points,
+                                       const Pose& pose);
+
+/// The true projections of the disc centres, row by row; NaN where there is none.
+std::vector<cv::Point2d> TrueCentres(const Lens& lens, const Sheet& sheet, const Pose& pose);
+
+/// True when every disc is imaged wholly, at least `margin` pixels inside the image's outermost pixel
+/// centres.
+bool DiscsInside(const Camera& camera, const Sheet& sheet, const Pose& pose, double margin = 0.0);
+
+/// True when the camera is on the printed side of the sheet.
+bool FacesCamera(const Pose& pose);
+
+}  // namespace world
