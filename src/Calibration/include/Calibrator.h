@@ -13,7 +13,8 @@
 class CalibAssistant;
 class JSON;
 
-/// A calibrator collects snapshots of a printed asymmetric circles grid and computes a camera's intrinsics.
+/// A calibrator collects snapshots of a printed asymmetric circles grid and computes a camera's intrinsics or how the
+/// two cameras of a pair stand to each other.
 ///
 /// Its status says where it stands:
 ///  1. STATUS_NOT_READY: fewer than five snapshots;
@@ -100,6 +101,12 @@ class Calibrator {
   /// so long and narrow that filling would need more than 256 million pixels.
   void Resize(const cv::Mat& src, cv::Mat& dst, const bool& fill, const int& interpolation);
 
+  /// The same for a pair of frames of equal size; true when the grid was found in both. The overlay is drawn on the
+  /// left frame only. False without touching anything in a monocular calibrator and during STATUS_PROGRESS. Frames
+  /// of different sizes raise OpenCV's assertion error (-215).
+  bool DetectStereoPoints(cv::Mat& left, cv::Mat& right, std::vector<cv::Point2d>& leftPoints,
+                          std::vector<cv::Point2d>& rightPoints, const bool& draw);
+
   // ---- Snapshots of a monocular calibrator. Thread-safe.
 
   /// Makes the last detection a snapshot, once. False when there is none, during STATUS_PROGRESS and in a stereo
@@ -111,6 +118,18 @@ class Calibrator {
   /// Detects and, without an assistant (which decides by itself), adds. Always true.
   bool AddPoints(cv::Mat& frame, const bool& draw);
 
+  // ---- Snapshots of a stereo calibrator. Thread-safe.
+
+  /// Makes the last detection in both frames a snapshot, once. False when there is none, during STATUS_PROGRESS and
+  /// in a monocular calibrator.
+  bool AddStereoPoints();
+  /// Adds a snapshot from centres supplied by the caller, who is trusted to pass all of them in the order of the
+  /// grid search, paired with the frames of the last detection. Earlier results keep their RMS.
+  void AddStereoPoints(const std::vector<cv::Point2d>& leftPoints, const std::vector<cv::Point2d>& rightPoints);
+  /// Detects and adds; true when a snapshot was added. With `draw` the corners are drawn, without overlay and
+  /// mirroring. Frames of different sizes raise OpenCV's assertion error (-215).
+  bool AddStereoPoints(cv::Mat& left, cv::Mat& right, const bool& draw);
+
   // ---- Computation of a monocular calibrator. Thread-safe.
 
   /// Computes the intrinsics with the lens model (MODEL_RATIONAL, MODEL_FULL, anything else classic). Returns the
@@ -120,6 +139,19 @@ class Calibrator {
   float ComputeCalibration(const int& model);
   /// The same on a thread of its own. Follow it through the status. A failure is logged.
   void ComputeCalibrationMultithread(const int& model);
+
+  // ---- Computation of a stereo calibrator. Thread-safe.
+
+  /// Computes how the right camera stands to the left one, from the snapshots and the monocular results of both
+  /// cameras (paths, or with `fromFiles` false the texts themselves), which are held fixed. `model` says which
+  /// coefficients count. Returns the RMS reprojection error in pixels; 0.0, with an error line, when a result
+  /// cannot be read; -1.0 when nothing was computed: during STATUS_PROGRESS, in a monocular calibrator, and (with
+  /// an error line) with fewer than five snapshots or a result with fewer than 14 coefficients. Ends the
+  /// assistant. An exception of the solver reaches the caller; the status is then as before.
+  float ComputeCalibrationStereo(const std::string& left, const std::string& right, const int& model,
+                                 const bool& fromFiles);
+  /// The same from texts on a thread of its own. Follow it through the status. A failure is logged.
+  void ComputeCalibrationStereoMultithread(const std::string& left, const std::string& right, const int& model);
 
   // ---- Results. Thread-safe. Empty during STATUS_PROGRESS, in a calibrator of the other kind, and before a
   // computation. Returned matrices are never written to by later computations.
@@ -141,6 +173,10 @@ class Calibrator {
   double GetBaseline();
   /// RMS reprojection error in pixels, -1.0 when there is none.
   float GetRMS();
+  /// Stereo: translation (3 x 1, metres) with x_right = R x_left + T, essential and fundamental matrix (3 x 3).
+  cv::Mat GetStereoTranslation();
+  cv::Mat GetEssentialMatrix();
+  cv::Mat GetFundamentalMatrix();
   /// Standard deviations of fx, fy, cx, cy, k1, k2, p1, p2, k3, k4, k5, k6, s1, s2, s3, s4, tau x, tau y: 18 x 1
   /// double, zero for those that the model does not estimate. Monocular.
   cv::Mat GetStdDevIntrinsics();
@@ -189,14 +225,19 @@ class Calibrator {
     cv::Mat R, T, E, F;
   };
   class ProgressScope;
+  static constexpr size_t ENOUGH_SNAPSHOTS = 5;
 
   std::shared_ptr<CalibAssistant> Assistant();
   bool BringToProcessingSize(cv::Mat& frame);
-  void Decorate(cv::Mat& frame, const std::vector<cv::Point2d>& points, double elapsed);
+  bool BringToProcessingSize(cv::Mat& left, cv::Mat& right);
   void drawInfo(cv::Mat& frame, const double& elapsed);
   void Guide(const std::shared_ptr<CalibAssistant>& assistant, const std::vector<cv::Point2d>& points);
   void RecordPose(const std::vector<cv::Point2d>& points);
   int StoreSnapshot(const std::vector<cv::Point2d>& points);
+  bool RefusesStereo();
+  void MirrorIfWanted(cv::Mat& left, cv::Mat& right);
+  int StoreStereoSnapshot(const std::vector<cv::Point2d>& leftPoints, const std::vector<cv::Point2d>& rightPoints);
+  bool HasEnoughRecords();
   void RunInBackground(const char* name, std::function<void()> task);
   cv::Mat ResultOf(int ofKind, cv::Mat Results::*member);
   bool GuardOfUnreachableResults();
@@ -216,7 +257,9 @@ class Calibrator {
   int status_ = STATUS_NOT_READY;
 
   cv::Mat lastFrame_;
+  cv::Mat lastFrameRight_;
   std::vector<cv::Point2d> lastPoints_;
+  std::vector<cv::Point2d> lastPointsRight_;
   std::atomic<bool> flipImage_{false};
 
   Records records_;

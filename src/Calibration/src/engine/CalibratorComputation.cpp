@@ -4,42 +4,22 @@
 #include "JSON.h"
 #include "Log.h"
 #include "engine/Intrinsics.h"
+#include "engine/ProgressScope.h"
 
-/// Marks the calibrator as computing; gives the status back as it was unless the computation was completed.
-class Calibrator::ProgressScope {
- public:
-  /// Inactive when a computation is under way already.
-  explicit ProgressScope(Calibrator& calibrator) : calibrator_(calibrator) {
-    const std::lock_guard<std::mutex> lock(calibrator_.statusLock_);
-    active_ = calibrator_.status_ != STATUS_PROGRESS;
-    endStatus_ = calibrator_.status_;
-    calibrator_.status_ = STATUS_PROGRESS;
-  }
-  ~ProgressScope() {
-    if (active_) calibrator_.SetStatus(endStatus_);
-  }
-  ProgressScope(const ProgressScope&) = delete;
-  ProgressScope& operator=(const ProgressScope&) = delete;
-
-  bool Active() const { return active_; }
-  void Complete() { endStatus_ = STATUS_COMPLETED; }
-
- private:
-  Calibrator& calibrator_;
-  int endStatus_ = STATUS_NOT_READY;
-  bool active_ = false;
-};
+/// With dataLock_ held.
+bool Calibrator::HasEnoughRecords() {
+  if (records_.objectRecords.size() >= ENOUGH_SNAPSHOTS) return true;
+  Log::error("Can't compute %scalibration. At least 5 pictures are needed. Current: %d",
+             kind_ == STEREO ? "stereo " : "", static_cast<int>(records_.imageRecords.size()));
+  return false;
+}
 
 float Calibrator::ComputeCalibration(const int& model) {
   if (kind_ != MONOCULAR || GetStatus() == STATUS_PROGRESS) return -1.0F;
 
   // Records cannot change between the count and the mark that keeps others from changing them.
   std::unique_lock<std::mutex> data(dataLock_);
-  if (records_.objectRecords.size() < 5) {
-    Log::error("Can't compute calibration. At least 5 pictures are needed. Current: %d",
-               static_cast<int>(records_.imageRecords.size()));
-    return -1.0F;
-  }
+  if (!HasEnoughRecords()) return -1.0F;
   ProgressScope progress(*this);
   if (!progress.Active()) return -1.0F;
   const auto objectPoints = records_.objectRecords;

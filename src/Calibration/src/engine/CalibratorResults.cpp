@@ -17,6 +17,9 @@ cv::Mat Calibrator::GetDistCoefsLeft() { return ResultOf(STEREO, &Results::D); }
 cv::Mat Calibrator::GetKRight() { return ResultOf(STEREO, &Results::KRight); }
 cv::Mat Calibrator::GetDistCoefsRight() { return ResultOf(STEREO, &Results::DRight); }
 cv::Mat Calibrator::GetR() { return ResultOf(STEREO, &Results::R); }
+cv::Mat Calibrator::GetStereoTranslation() { return ResultOf(STEREO, &Results::T); }
+cv::Mat Calibrator::GetEssentialMatrix() { return ResultOf(STEREO, &Results::E); }
+cv::Mat Calibrator::GetFundamentalMatrix() { return ResultOf(STEREO, &Results::F); }
 cv::Mat Calibrator::GetStdDevIntrinsics() { return ResultOf(MONOCULAR, &Results::stdDevIntrinsics); }
 cv::Mat Calibrator::GetPerViewErrors() { return ResultOf(MONOCULAR, &Results::perViewErrors); }
 cv::Mat Calibrator::GetRotationVectors() { return ResultOf(MONOCULAR, &Results::rvecs); }

@@ -3,12 +3,6 @@
 #include "JSON.h"
 #include "Log.h"
 
-namespace {
-
-constexpr size_t ENOUGH_SNAPSHOTS = 5;
-
-}  // namespace
-
 bool Calibrator::AddPoints() {
   const std::lock_guard<std::mutex> lock(pointsLock_);
   const std::lock_guard<std::mutex> data(dataLock_);
@@ -21,6 +15,7 @@ bool Calibrator::AddPoints() {
   const int count = StoreSnapshot(lastPoints_);
   Log::debug("New points added. Snapshot count: %d", count);
   lastPoints_.clear();
+  results_.rms = -1.0F;  // earlier results stay, but describe other snapshots
   return true;
 }
 
@@ -30,6 +25,7 @@ void Calibrator::AddPoints(const std::vector<cv::Point2d>& points) {
   if (kind_ != MONOCULAR || GetStatus() == STATUS_PROGRESS || points.empty()) return;
   StoreSnapshot(points);
   lastPoints_.clear();
+  results_.rms = -1.0F;
 }
 
 bool Calibrator::AddPoints(cv::Mat& frame, const bool& draw) {
@@ -39,13 +35,11 @@ bool Calibrator::AddPoints(cv::Mat& frame, const bool& draw) {
   return true;
 }
 
-/// With pointsLock_ and dataLock_ held; returns the new count. Earlier results stay, but their RMS no longer
-/// describes the snapshots.
+/// With pointsLock_ and dataLock_ held; returns the new count.
 int Calibrator::StoreSnapshot(const std::vector<cv::Point2d>& points) {
   records_.imageRecords.push_back(points);
   records_.objectRecords.push_back(objectTemplate_);
   records_.snapshots.push_back(lastFrame_);
-  results_.rms = -1.0F;
   const size_t count = records_.objectRecords.size();
   if (count >= ENOUGH_SNAPSHOTS) SetStatus(STATUS_READY);
   return static_cast<int>(count);

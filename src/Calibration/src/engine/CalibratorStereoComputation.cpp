@@ -1,0 +1,86 @@
+/// The calibrator's computation of a pair.
+#include "CalibAssistant.h"
+#include "Calibrator.h"
+#include "JSON.h"
+#include "Log.h"
+#include "engine/Extrinsics.h"
+#include "engine/ProgressScope.h"
+
+namespace {
+
+constexpr int RATIONAL_COEFFICIENTS = 14;
+
+/// Reads a monocular result, a file or its text, into K and D. False, reported as an unreadable file, for whatever
+/// holds no such result.
+bool ReadIntrinsics(const std::string& source, bool fromFile, cv::Mat& K, cv::Mat& D) {
+  bool read = false;
+  try {
+    JSON document;
+    read = !fromFile || document.load(source);
+    if (!fromFile) document.fromJson(source);
+    if (read) {
+      K = document.readMat("cameraMatrix");
+      D = document.readMat("distCoefs");
+    }
+  } catch (const nlohmann::json::exception&) {
+    read = false;
+  } catch (const cv::Exception&) {
+    read = false;  // sizes that no matrix can have
+  }
+  if (!read) Log::error("Cannot open file: %s", source.c_str());
+  return read;
+}
+
+bool IsRational(const cv::Mat& D, const std::string& source) {
+  if (D.cols >= RATIONAL_COEFFICIENTS) return true;
+  Log::error("ERROR: The calibration model of '%s' is not rational. Stereo calibration cannot be processed.",
+             source.c_str());
+  return false;
+}
+
+}  // namespace
+
+float Calibrator::ComputeCalibrationStereo(const std::string& left, const std::string& right, const int& model,
+                                           const bool& fromFiles) {
+  if (RefusesStereo()) return -1.0F;
+  std::unique_lock<std::mutex> data(dataLock_);
+  if (!HasEnoughRecords()) return -1.0F;
+  data.unlock();
+
+  StereoIntrinsics intrinsics;
+  if (!ReadIntrinsics(left, fromFiles, intrinsics.K, intrinsics.D)) return 0.0F;
+  if (!ReadIntrinsics(right, fromFiles, intrinsics.KRight, intrinsics.DRight)) return 0.0F;
+
+  data.lock();
+  if (RefusesStereo() || !HasEnoughRecords()) return -1.0F;  // another thread was faster
+  // What was read stays, whatever becomes of the computation.
+  results_.K = intrinsics.K;
+  results_.D = intrinsics.D;
+  results_.KRight = intrinsics.KRight;
+  results_.DRight = intrinsics.DRight;
+  if (!IsRational(intrinsics.D, left) || !IsRational(intrinsics.DRight, right)) return -1.0F;
+  ProgressScope progress(*this);
+  if (!progress.Active()) return -1.0F;
+  const Records records = records_;
+  assistant_.reset();  // a computation ends guided collection
+  data.unlock();
+
+  const ExtrinsicsResult solved =
+      SolveExtrinsics(records.objectRecords, records.imageRecords, records.imageRecordsRight, intrinsics,
+                      {frameWidth_, frameHeight_}, model);
+
+  data.lock();
+  results_.R = solved.R;
+  results_.T = solved.T;
+  results_.E = solved.E;
+  results_.F = solved.F;
+  results_.rms = static_cast<float>(solved.rms);
+  progress.Complete();
+  return results_.rms;
+}
+
+void Calibrator::ComputeCalibrationStereoMultithread(const std::string& left, const std::string& right,
+                                                     const int& model) {
+  RunInBackground("Stereo calibration",
+                  [this, left, right, model] { ComputeCalibrationStereo(left, right, model, false); });
+}

@@ -1,0 +1,52 @@
+/// Computes how the right camera of a pair stands to the left one.
+#include "engine/Extrinsics.h"
+
+#include <algorithm>
+#include <opencv2/calib3d.hpp>
+
+#include "Log.h"
+#include "engine/Intrinsics.h"
+#include "engine/LensModel.h"
+
+namespace {
+
+constexpr int CLASSIC_COEFFICIENTS = 5;
+
+/// In single precision, each list at most as long as that of the object points.
+std::vector<std::vector<cv::Point2f>> Matching(const std::vector<std::vector<cv::Point2d>>& imagePoints,
+                                               const std::vector<std::vector<cv::Point3d>>& objectPoints) {
+  auto narrowed = Narrowed(imagePoints);
+  for (size_t i = 0; i < narrowed.size(); ++i) {
+    narrowed[i].resize(std::min(narrowed[i].size(), objectPoints[i].size()));
+  }
+  return narrowed;
+}
+
+void WarnOfIgnoredCoefficients(const char* camera, const cv::Mat& D) {
+  if (D.cols > CLASSIC_COEFFICIENTS && cv::countNonZero(D.colRange(CLASSIC_COEFFICIENTS, D.cols)) > 0) {
+    Log::warn("The classic model ignores the distortion coefficients of the %s camera beyond the fifth.", camera);
+  }
+}
+
+}  // namespace
+
+ExtrinsicsResult SolveExtrinsics(const std::vector<std::vector<cv::Point3d>>& objectPoints,
+                                 const std::vector<std::vector<cv::Point2d>>& leftPoints,
+                                 const std::vector<std::vector<cv::Point2d>>& rightPoints,
+                                 const StereoIntrinsics& intrinsics, const cv::Size& imageSize, int model) {
+  const int flags = FlagsOfModel(model);
+  if (flags == 0) {
+    WarnOfIgnoredCoefficients("left", intrinsics.D);
+    WarnOfIgnoredCoefficients("right", intrinsics.DRight);
+  }
+  // Copies: the solver cuts the coefficients of its arguments down to those of the model.
+  cv::Mat K = intrinsics.K.clone();
+  cv::Mat D = intrinsics.D.clone();
+  cv::Mat KRight = intrinsics.KRight.clone();
+  cv::Mat DRight = intrinsics.DRight.clone();
+  ExtrinsicsResult result;
+  result.rms = cv::stereoCalibrate(Narrowed(objectPoints), Matching(leftPoints, objectPoints),
+                                   Matching(rightPoints, objectPoints), K, D, KRight, DRight, imageSize, result.R,
+                                   result.T, result.E, result.F, cv::CALIB_FIX_INTRINSIC | flags, SolverCriteria());
+  return result;
+}
