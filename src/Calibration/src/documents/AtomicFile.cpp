@@ -33,7 +33,8 @@ WriteOutcome WriteDirectly(const std::string& path, const std::string& text) {
   return written && closed ? WriteOutcome::Written : WriteOutcome::Failed;
 }
 
-/// Opens a new file beside the target, with a name that no other writer uses. Negative when the folder takes none.
+/// Opens a new file beside the target, with a name that no other writer uses. Negative when the folder takes
+/// none.
 int CreateBeside(const std::string& target, std::string& beside) {
   static std::atomic<unsigned> counter{0};
   beside = target + "." + std::to_string(getpid()) + "-" + std::to_string(counter++) + ".tmp";
@@ -46,11 +47,18 @@ bool KeepRightsOf(const std::string& target, int descriptor) {
   return fchmod(descriptor, earlier.st_mode & 07777) == 0;
 }
 
-/// Follows symbolic links, so that a link stays a link.
+/// Follows symbolic links, so that a link stays a link; one that leads nowhere yet is followed as well. The
+/// result is a link only when they lead in a circle.
 std::string Resolved(const std::string& path) {
+  constexpr int MOST_LINKS = 40;
   std::error_code error;
-  const fs::path resolved = fs::canonical(path, error);
-  return error ? path : resolved.string();
+  fs::path target = path;
+  for (int links = 0; links < MOST_LINKS && fs::is_symlink(target, error); ++links) {
+    const fs::path next = fs::read_symlink(target, error);
+    if (error) break;
+    target = target.parent_path() / next;
+  }
+  return target.string();
 }
 
 }  // namespace
@@ -58,6 +66,7 @@ std::string Resolved(const std::string& path) {
 WriteOutcome WriteFileAtomically(const std::string& path, const std::string& text) {
   const std::string target = Resolved(path);
   std::error_code error;
+  if (target.empty() || fs::is_symlink(target, error)) return WriteOutcome::NotOpened;
   const bool exists = fs::exists(target, error);
   if (exists && !fs::is_regular_file(target, error)) return WriteDirectly(target, text);
   // A rename would replace a file that may not be written to.

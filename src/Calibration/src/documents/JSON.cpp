@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <limits>
 
 #include "AtomicFile.h"
 #include "Log.h"
@@ -12,14 +13,32 @@ namespace {
 
 constexpr int TYPE_MASK = 0xFFF;
 
+/// Raises for a matrix whose bytes cannot be counted: OpenCV's product would run over, and its matrix would
+/// claim elements that it has no memory for.
+void CheckCountable(int rows, int cols, int type) {
+  if (rows <= 0 || cols <= 0) return;
+  const size_t rowBytes = static_cast<size_t>(cols) * static_cast<size_t>(CV_ELEM_SIZE(type));
+  if (static_cast<size_t>(rows) > std::numeric_limits<size_t>::max() / rowBytes) {
+    CV_Error(cv::Error::StsNoMem, "a matrix of this size fits into no memory");
+  }
+}
+
 }  // namespace
 
 const std::string JSON::VERSION = "1.0.2";
 
-void JSON::addBool(const std::string& key, const bool& value) { document_[key] = value; }
-void JSON::addInt(const std::string& key, const int& value) { document_[key] = value; }
-void JSON::addDouble(const std::string& key, const double& value) { document_[key] = value; }
-void JSON::addString(const std::string& key, const std::string& value) { document_[key] = value; }
+void JSON::addBool(const std::string& key, const bool& value) {
+  document_[key] = value;
+}
+void JSON::addInt(const std::string& key, const int& value) {
+  document_[key] = value;
+}
+void JSON::addDouble(const std::string& key, const double& value) {
+  document_[key] = value;
+}
+void JSON::addString(const std::string& key, const std::string& value) {
+  document_[key] = value;
+}
 
 void JSON::addMat(const std::string& key, const cv::Mat& matrix) {
   if (matrix.channels() > 1) {
@@ -38,10 +57,18 @@ void JSON::addMat(const std::string& key, const cv::Mat& matrix) {
   entry["data"] = EncodeElements(matrix);
 }
 
-bool JSON::readBool(const std::string& key) { return document_[key].get<bool>(); }
-int JSON::readInt(const std::string& key) { return document_[key].get<int>(); }
-double JSON::readDouble(const std::string& key) { return document_[key].get<double>(); }
-std::string JSON::readString(const std::string& key) { return document_[key].get<std::string>(); }
+bool JSON::readBool(const std::string& key) {
+  return document_[key].get<bool>();
+}
+int JSON::readInt(const std::string& key) {
+  return document_[key].get<int>();
+}
+double JSON::readDouble(const std::string& key) {
+  return document_[key].get<double>();
+}
+std::string JSON::readString(const std::string& key) {
+  return document_[key].get<std::string>();
+}
 
 cv::Mat JSON::readMat(const std::string& key) {
   nlohmann::json& entry = document_[key];
@@ -49,19 +76,25 @@ cv::Mat JSON::readMat(const std::string& key) {
   const int cols = entry["cols"].get<int>();
   const int type = entry["type"].get<int>() & TYPE_MASK;
   const int depth = entry["depth"].get<int>();
+  CheckCountable(rows, cols, type);
   cv::Mat matrix;
   matrix.create(rows, cols, type);
   if (depth <= MAX_ENCODED_DEPTH) DecodeElements(entry["data"], depth, matrix);
   return matrix;
 }
 
-std::string JSON::toJson() const { return document_.dump(4, ' ', false); }
+std::string JSON::toJson() const {
+  return document_.dump(4, ' ', false);
+}
 
-void JSON::fromJson(const std::string& text) { document_ = nlohmann::json::parse(text); }
+void JSON::fromJson(const std::string& text) {
+  document_ = nlohmann::json::parse(text);
+}
 
 bool JSON::save(const std::string& path) const {
   const WriteOutcome outcome = WriteFileAtomically(path, toJson());
-  // The result tells only whether the path could be opened; a full disk must not pass in silence all the same.
+  // The result tells only whether the path could be opened; a full disk must not pass in silence all the
+  // same.
   if (outcome == WriteOutcome::Failed) Log::error("Cannot write file: %s", path.c_str());
   return outcome != WriteOutcome::NotOpened;
 }
