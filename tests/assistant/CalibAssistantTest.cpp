@@ -1,0 +1,165 @@
+/// The pose assistant's life cycle and its score.
+#include "CalibAssistant.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <opencv2/imgproc.hpp>
+
+#include "Matchers.h"
+#include "TemporaryFolder.h"
+#include "engine/Collection.h"
+#include "foundation/Scopes.h"
+
+namespace {
+
+class Assistant : public ::testing::Test {
+ protected:
+  Assistant() { unit::WriteAssistantModel(path_, poses_); }
+
+  /// A pose with all points moved along x.
+  std::vector<cv::Point2d> Moved(size_t pose, double distance) const {
+    std::vector<cv::Point2d> points = poses_[pose];
+    for (cv::Point2d& point : points) point.x += distance;
+    return points;
+  }
+
+  support::TemporaryFolder folder_;
+  const std::string path_ = folder_.File("model.json");
+  const unit::PointLists poses_ = unit::NoisyViews(3);
+  CalibAssistant assistant_{640, 480, 4, 11};
+};
+
+TEST_F(Assistant, HasNoPoseBeforeItsStart) {
+  EXPECT_EQ(assistant_.GetGoal(), -2);
+  EXPECT_EQ(assistant_.GetRemainingPoseCount(), -1);
+  EXPECT_EQ(assistant_.GetScore(), 10000.0F);
+  EXPECT_FALSE(assistant_.CheckValidity(poses_[0]));
+}
+
+TEST_F(Assistant, ShowsTheFirstPoseAfterItsStart) {
+  assistant_.Start(path_);
+  EXPECT_EQ(assistant_.GetGoal(), 3);
+  EXPECT_EQ(assistant_.GetRemainingPoseCount(), 3);
+  EXPECT_TRUE(assistant_.CheckValidity(poses_[0]));
+  EXPECT_FALSE(assistant_.CheckValidity(poses_[1]));
+}
+
+TEST_F(Assistant, ScoresADetectionAtTheTargetWithZero) {
+  assistant_.Start(path_);
+  EXPECT_TRUE(assistant_.CheckValidity(poses_[0]));
+  EXPECT_LT(assistant_.GetScore(), 0.01F);
+}
+
+TEST_F(Assistant, MovesOnToTheEndAndStaysThere) {
+  assistant_.Start(path_);
+  EXPECT_FALSE(assistant_.Next());
+  EXPECT_TRUE(assistant_.CheckValidity(poses_[1]));
+  EXPECT_FALSE(assistant_.Next());
+  EXPECT_TRUE(assistant_.CheckValidity(poses_[2]));
+  EXPECT_EQ(assistant_.GetRemainingPoseCount(), 1);
+  EXPECT_TRUE(assistant_.Next());
+  EXPECT_EQ(assistant_.GetRemainingPoseCount(), 0);
+  EXPECT_TRUE(assistant_.Next());
+  EXPECT_EQ(assistant_.GetRemainingPoseCount(), 0);
+  // The last target stays.
+  EXPECT_TRUE(assistant_.CheckValidity(poses_[2]));
+}
+
+TEST_F(Assistant, GoesBackToTheFirstPoseOnReset) {
+  assistant_.Start(path_);
+  while (!assistant_.Next()) {
+  }
+  assistant_.Reset();
+  EXPECT_EQ(assistant_.GetRemainingPoseCount(), 3);
+  EXPECT_TRUE(assistant_.CheckValidity(poses_[0]));
+}
+
+TEST_F(Assistant, HasNoPoseOnceStopped) {
+  assistant_.Start(path_);
+  assistant_.Stop();
+  EXPECT_EQ(assistant_.GetGoal(), -1);
+  EXPECT_FALSE(assistant_.CheckValidity(poses_[0]));
+  EXPECT_EQ(assistant_.GetScore(), 10000.0F);
+  assistant_.Reset();
+  EXPECT_EQ(assistant_.GetGoal(), -1);
+  EXPECT_FALSE(assistant_.CheckValidity(poses_[0]));
+}
+
+TEST_F(Assistant, ScoresNothingForAnotherNumberOfPoints) {
+  assistant_.Start(path_);
+  std::vector<cv::Point2d> points = poses_[0];
+  points.pop_back();
+  EXPECT_FALSE(assistant_.CheckValidity(points));
+  EXPECT_EQ(assistant_.GetScore(), 10000.0F);
+  EXPECT_TRUE(assistant_.CheckValidity(poses_[0]));
+  EXPECT_FALSE(assistant_.CheckValidity({}));
+  EXPECT_EQ(assistant_.GetScore(), 10000.0F);
+}
+
+TEST_F(Assistant, WeighsTheDistanceByTheShareOfTheFrame) {
+  assistant_.Start(path_);
+  const std::vector<cv::Point2f> target(poses_[0].begin(), poses_[0].end());
+  const cv::Size2f extent = cv::minAreaRect(target).size;
+  const double weight = std::sqrt((640.0 / extent.width + 480.0 / extent.height) * 0.5);
+  assistant_.CheckValidity(Moved(0, 10.0));
+  const double expected = 10.0 * std::sqrt(44.0) * weight;
+  EXPECT_NEAR(assistant_.GetScore(), expected, 1e-3 * expected);
+
+  const double atThreshold = CalibAssistant::SCORE_TH / (std::sqrt(44.0) * weight);
+  EXPECT_TRUE(assistant_.CheckValidity(Moved(0, 0.999 * atThreshold)));
+  EXPECT_FALSE(assistant_.CheckValidity(Moved(0, 1.001 * atThreshold)));
+}
+
+TEST_F(Assistant, KeepsItsPosesWhenAnotherModelCannotBeLoaded) {
+  assistant_.Start(path_);
+  assistant_.Next();
+  const std::string missing = folder_.File("missing.json");
+  bool loaded = true;
+  EXPECT_EQ(unit::PrintedBy([&] { loaded = assistant_.LoadModel(missing); }),
+            "ERROR : Cannot use assistant model '" + missing + "': it cannot be read\n");
+  EXPECT_FALSE(loaded);
+  EXPECT_EQ(assistant_.GetGoal(), 3);
+  EXPECT_TRUE(assistant_.CheckValidity(poses_[1]));
+}
+
+TEST_F(Assistant, IsStoppedByAStartThatFails) {
+  assistant_.Start(path_);
+  unit::PrintedBy([&] { assistant_.Start(folder_.File("missing.json")); });
+  EXPECT_EQ(assistant_.GetGoal(), -1);
+  EXPECT_FALSE(assistant_.CheckValidity(poses_[0]));
+}
+
+TEST_F(Assistant, GuidesOnlyTheGridOfItsSheet) {
+  CalibAssistant other(640, 480, 4, 9);
+  EXPECT_EQ(unit::PrintedBy([&] { other.Start(path_); }),
+            "ERROR : Cannot use assistant model '" + path_ +
+                "': the assistant guides a grid of 4 x 11 circles only\n");
+  EXPECT_EQ(other.GetGoal(), -1);
+}
+
+TEST_F(Assistant, DrawsOnlyWhileItHasAPose) {
+  const cv::Mat picture(480, 640, CV_8UC3, cv::Scalar(90, 90, 90));
+  cv::Mat frame = picture.clone();
+  assistant_.DrawPose(frame);
+  EXPECT_SAME_MAT(frame, picture);
+  assistant_.Start(path_);
+  assistant_.DrawPose(frame);
+  EXPECT_FALSE(support::SameMat(frame, picture));
+  assistant_.Stop();
+  frame = picture.clone();
+  assistant_.DrawPose(frame);
+  EXPECT_SAME_MAT(frame, picture);
+}
+
+TEST_F(Assistant, DrawsTheLastTargetOnceFinished) {
+  assistant_.Start(path_);
+  while (!assistant_.Next()) {
+  }
+  const cv::Mat picture(480, 640, CV_8UC3, cv::Scalar(90, 90, 90));
+  cv::Mat frame = picture.clone();
+  assistant_.DrawPose(frame);
+  EXPECT_FALSE(support::SameMat(frame, picture));
+}
+
+}  // namespace

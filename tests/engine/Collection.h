@@ -1,0 +1,59 @@
+/// Views of the grid for calibrators: as point lists, and as rendered pictures with their truth.
+#pragma once
+
+#include <memory>
+#include <opencv2/core.hpp>
+#include <string>
+#include <vector>
+
+#include "Calibrator.h"
+#include "Scene.h"
+
+namespace unit {
+
+/// The grid and the processing size of all calibrators here.
+const cv::Size GRID(4, 11);
+constexpr float UNIT = 0.02F;
+const cv::Size FRAME(640, 480);
+
+using PointLists = std::vector<std::vector<cv::Point2d>>;
+
+/// A camera of the processing size with a moderate distortion of five coefficients.
+world::Camera DistortedCamera();
+
+/// Centres of the grid in `count` different views of that camera, with a little noise. Made without pictures.
+PointLists NoisyViews(int count);
+
+/// An empty calibrator.
+std::unique_ptr<Calibrator> MakeCalibrator(int kind = Calibrator::MONOCULAR);
+
+/// A monocular calibrator with the views as snapshots.
+std::unique_ptr<Calibrator> CalibratorWith(const PointLists& views);
+
+/// The same with a classic computation done, on six views.
+std::unique_ptr<Calibrator> CompletedCalibrator();
+
+/// Pictures of well spread views, rendered once in a process.
+struct RenderedViews {
+  world::Scene scene;
+  std::vector<cv::Mat> pictures;  ///< never to be drawn on: clone them
+  PointLists centres;             ///< the truth
+};
+const RenderedViews& Rendered();
+
+/// The first of them.
+cv::Mat PictureWithGrid();
+/// One without a grid.
+cv::Mat PictureWithoutGrid();
+
+/// A model file of the assistant with the point lists as its poses.
+void WriteAssistantModel(const std::string& path, const PointLists& poses);
+
+/// What the solver itself says of the views: the direct call that the engine is compared with.
+struct DirectSolution {
+  double rms;
+  cv::Mat K, D, rvecs, tvecs, stdDevIntrinsics, stdDevExtrinsics, perViewErrors;
+};
+DirectSolution SolveDirectly(const PointLists& views, int flags);
+
+}  // namespace unit

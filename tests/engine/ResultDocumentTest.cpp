@@ -1,0 +1,77 @@
+/// Names and sentences of the result file and the status answer.
+#include "engine/ResultDocument.h"
+
+#include <gtest/gtest.h>
+
+#include <ctime>
+#include <regex>
+
+#include "Calibrator.h"
+#include "foundation/Scopes.h"
+
+namespace {
+
+std::string LocalTime(std::time_t time) {
+  char text[80] = "";
+  std::strftime(text, sizeof(text), "%Y%m%d%X", std::localtime(&time));
+  return text;
+}
+
+/// Expects the text to be the date and time of a second between the two.
+void ExpectTimeBetween(const std::string& text, std::time_t first, std::time_t last) {
+  bool found = false;
+  for (std::time_t second = first; second <= last; ++second) found = found || text == LocalTime(second);
+  EXPECT_TRUE(found) << text << " is not " << LocalTime(first);
+}
+
+TEST(ResultDocument, TellsLocalDateAndTime) {
+  for (const char* zone : {"UTC0", "AAA-5:30", "BBB+9"}) {
+    const unit::ScopedVariable there("TZ", zone);
+    tzset();
+    const std::time_t first = std::time(nullptr);
+    const std::string text = CurrentDateTime();
+    ExpectTimeBetween(text, first, std::time(nullptr));
+    EXPECT_TRUE(std::regex_match(text, std::regex("[0-9]{8}[0-9]{2}:[0-9]{2}:[0-9]{2}"))) << text;
+  }
+  tzset();
+}
+
+TEST(ResultDocument, TellsTheTimeOfACalibratorToo) {
+  Calibrator calibrator({4, 11}, 0.02F, Calibrator::MONOCULAR, 640, 480);
+  const std::time_t first = std::time(nullptr);
+  const std::string text = calibrator.currentDateTime();
+  ExpectTimeBetween(text, first, std::time(nullptr));
+}
+
+TEST(ResultDocument, AlwaysAppendsTheExtension) {
+  EXPECT_EQ(ResultFileName("calib", Calibrator::MONOCULAR), "calib.json");
+  EXPECT_EQ(ResultFileName("calib.json", Calibrator::MONOCULAR), "calib.json.json");
+  EXPECT_EQ(ResultFileName("/a b/c.d", Calibrator::STEREO), "/a b/c.d.json");
+}
+
+TEST(ResultDocument, IsNamedByKindDateAndTimeWithoutAPath) {
+  const std::regex pattern("(mono|stereo)([0-9]{8}[0-9]{2}:[0-9]{2}:[0-9]{2})\\.json");
+  for (const int kind : {Calibrator::MONOCULAR, Calibrator::STEREO}) {
+    const std::time_t first = std::time(nullptr);
+    const std::string name = ResultFileName("", kind);
+    const std::time_t last = std::time(nullptr);
+    std::smatch parts;
+    ASSERT_TRUE(std::regex_match(name, parts, pattern)) << name;
+    EXPECT_EQ(parts[1], kind == Calibrator::STEREO ? "stereo" : "mono");
+    ExpectTimeBetween(parts[2], first, last);
+  }
+}
+
+TEST(ResultDocument, HasASentenceForEachStatus) {
+  const std::string notReady =
+      "Calibration not ready to be performed yet. Not enough snapshots have been collected.";
+  EXPECT_EQ(StatusSentence(Calibrator::STATUS_READY),
+            std::string("Calibration ready to be performed. Enough snapshots have been collected."));
+  EXPECT_EQ(StatusSentence(Calibrator::STATUS_PROGRESS), std::string("Calibration in progress."));
+  EXPECT_EQ(StatusSentence(Calibrator::STATUS_COMPLETED),
+            std::string("Calibration completed. Results are available."));
+  for (const int status : {Calibrator::STATUS_NOT_READY, 500, 0, -1})
+    EXPECT_EQ(StatusSentence(status), notReady);
+}
+
+}  // namespace
