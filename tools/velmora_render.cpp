@@ -22,7 +22,10 @@
 namespace {
 
 constexpr int USAGE_ERROR = 2;
-constexpr int LARGEST_SIDE = 16384;
+constexpr int LARGEST_SIDE = 8192;
+constexpr int MOST_FRAMES = 1000000;
+/// In a video, how long the sheet takes from one view to the next.
+constexpr double SECONDS_PER_VIEW = 1.2;
 
 /// The command line as given.
 struct Arguments {
@@ -94,7 +97,7 @@ cv::Size ParseSize(const std::string& text, const std::string& option, int most)
   if (!parsed || stream.peek() != std::istringstream::traits_type::eof() || separator != 'x' ||
       size.width < 1 || size.height < 1 || size.width > most || size.height > most) {
     throw std::invalid_argument(option + " wants two numbers from 1 to " + std::to_string(most) +
-                                ", such as 640x480");
+                                " joined by an x");
   }
   return size;
 }
@@ -175,9 +178,12 @@ cv::VideoWriter OpenVideo(const std::string& path, double fps, cv::Size size) {
 
 void RenderVideo(const Arguments& a) {
   const world::Scene scene = SceneOf(a);
-  const int frames = static_cast<int>(std::lround(a.seconds * a.fps));
-  if (frames < 1 || frames > 1000000) throw std::invalid_argument("the video wants 1 to 1000000 frames");
-  const int count = std::max(2, static_cast<int>(a.seconds / 1.2));
+  const double product = std::round(a.seconds * a.fps);
+  if (!(product >= 1.0 && product <= MOST_FRAMES)) {
+    throw std::invalid_argument("a video has 1 to " + std::to_string(MOST_FRAMES) + " frames");
+  }
+  const int frames = static_cast<int>(product);
+  const int count = std::min(200, std::max(2, static_cast<int>(a.seconds / SECONDS_PER_VIEW)));
   const world::Trajectory path =
       world::ThroughViews(scene.camera, scene.sheet, ViewsOf(a, scene, count), a.seconds, a.away);
   cv::VideoWriter video = OpenVideo(a.video, a.fps, scene.camera.size);

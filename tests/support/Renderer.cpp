@@ -2,6 +2,7 @@
 #include "Renderer.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <opencv2/calib3d.hpp>
@@ -18,8 +19,23 @@ namespace {
 
 constexpr std::uint64_t NOISE_SEQUENCE = 0x6e6f6973;
 
-double Length(const cv::Vec2d& v) {
-  return std::sqrt(v[0] * v[0] + v[1] * v[1]);
+/// Side of the blocks that are looked at as a whole first, pixels.
+constexpr int BLOCK = 16;
+
+/// How far a block with these corners reaches from its middle on the sheet. Perspective keeps a block within
+/// the hull of its corners, distortion bends its sides out a little. NaN when a corner has no place on the
+/// sheet.
+double Footprint(const cv::Vec2d& a, const cv::Vec2d& b, const cv::Vec2d& c, const cv::Vec2d& d) {
+  const cv::Vec2d middle = (a + b + c + d) * 0.25;
+  double farthest = 0.0;
+  for (const cv::Vec2d& corner : {a, b, c, d}) {
+    const double x = corner[0] - middle[0];
+    const double y = corner[1] - middle[1];
+    const double square = x * x + y * y;
+    if (std::isnan(square)) return square;
+    farthest = std::max(farthest, square);
+  }
+  return 1.05 * std::sqrt(farthest);
 }
 
 bool IsLevel(int level) {
@@ -82,50 +98,77 @@ void Renderer::MapCorners(const Pose& pose) {
   }
 }
 
-Renderer::Cover Renderer::CoverOf(const cv::Vec2d& g00, const cv::Vec2d& g10, const cv::Vec2d& g01,
-                                  const cv::Vec2d& g11) const {
-  const cv::Vec2d middle = (g00 + g10 + g01 + g11) * 0.25;
-  const double footprint = 0.51 * std::max(Length(g11 - g00), Length(g10 - g01));
-  Cover cover = {0.0F, 0.0F, 0.0F};
-  // Corners without a place on the sheet make the footprint NaN.
-  if (!(footprint < std::numeric_limits<double>::max())) {
-    cover[0] = 1.0F;
-    return cover;
-  }
-  const SurfaceSample sample = scene_.sheet.Sample({middle[0], middle[1]});
-  if (sample.clearance > footprint) {
-    cover[static_cast<std::size_t>(sample.surface)] = 1.0F;
-    return cover;
-  }
+cv::Vec3f Renderer::Mixed(const Quad& quad, const cv::Vec3f& behind) const {
   const int n = scene_.supersampling;
-  const float share = 1.0F / static_cast<float>(n * n);
+  std::array<int, 3> counts = {0, 0, 0};
+  const cv::Vec2d leftEdge = quad.bottomLeft - quad.topLeft;
+  const cv::Vec2d rightEdge = quad.bottomRight - quad.topRight;
   for (int row = 0; row < n; ++row) {
     const double v = (row + 0.5) / n;
-    const cv::Vec2d left = g00 + (g01 - g00) * v;
-    const cv::Vec2d right = g10 + (g11 - g10) * v;
+    const cv::Vec2d left = quad.topLeft + leftEdge * v;
+    const cv::Vec2d across = quad.topRight + rightEdge * v - left;
     for (int column = 0; column < n; ++column) {
-      const cv::Vec2d at = left + (right - left) * ((column + 0.5) / n);
-      cover[static_cast<std::size_t>(scene_.sheet.Sample({at[0], at[1]}).surface)] += share;
+      const double u = (column + 0.5) / n;
+      const cv::Point2d at(left[0] + across[0] * u, left[1] + across[1] * u);
+      ++counts[static_cast<std::size_t>(scene_.sheet.At(at))];
     }
   }
-  return cover;
+  const float share = 1.0F / static_cast<float>(n * n);
+  const float sheet = static_cast<float>(counts[1]) * paper_ + static_cast<float>(counts[2]) * ink_;
+  return behind * (share * static_cast<float>(counts[0])) + cv::Vec3f::all(share * sheet);
+}
+
+void Renderer::Fill(const cv::Rect& block, Surface surface) {
+  const cv::Vec3f level = cv::Vec3f::all(surface == Surface::Ink ? ink_ : paper_);
+  for (int row = block.y; row < block.y + block.height; ++row) {
+    cv::Vec3f* out = picture_.ptr<cv::Vec3f>(row) + block.x;
+    if (surface == Surface::Background) {
+      const cv::Vec3f* behind = background_.ptr<cv::Vec3f>(row) + block.x;
+      std::copy(behind, behind + block.width, out);
+    } else {
+      std::fill(out, out + block.width, level);
+    }
+  }
+}
+
+void Renderer::ComposeBlock(const cv::Rect& block) {
+  const cv::Vec2d* above = corners_.ptr<cv::Vec2d>(block.y) + block.x;
+  const cv::Vec2d* below = corners_.ptr<cv::Vec2d>(block.y + block.height) + block.x;
+  const Quad quad = {above[0], above[block.width], below[0], below[block.width]};
+  const bool pixel = block.area() == 1;
+  const double footprint = Footprint(quad.topLeft, quad.topRight, quad.bottomLeft, quad.bottomRight);
+  const bool placed = footprint < std::numeric_limits<double>::max();
+  if (placed) {
+    const cv::Vec2d middle = (quad.topLeft + quad.topRight + quad.bottomLeft + quad.bottomRight) * 0.25;
+    const SurfaceSample sample = scene_.sheet.Sample({middle[0], middle[1]});
+    if (sample.clearance > footprint) {
+      Fill(block, sample.surface);
+      return;
+    }
+  }
+  if (pixel) {
+    const cv::Vec3f behind = background_.at<cv::Vec3f>(block.y, block.x);
+    picture_.at<cv::Vec3f>(block.y, block.x) = placed ? Mixed(quad, behind) : behind;
+    return;
+  }
+  const int left = (block.width + 1) / 2;
+  const int top = (block.height + 1) / 2;
+  for (const int y : {0, top}) {
+    for (const int x : {0, left}) {
+      const cv::Size size(x == 0 ? left : block.width - left, y == 0 ? top : block.height - top);
+      if (size.width > 0 && size.height > 0) ComposeBlock({block.tl() + cv::Point(x, y), size});
+    }
+  }
 }
 
 void Renderer::Compose(const Pose& pose) {
   MapCorners(pose);
-  const float paper = static_cast<float>(scene_.paperLevel);
-  const float ink = FacesCamera(pose) ? static_cast<float>(scene_.inkLevel) : paper;
+  paper_ = static_cast<float>(scene_.paperLevel);
+  ink_ = FacesCamera(pose) ? static_cast<float>(scene_.inkLevel) : paper_;
   picture_.create(scene_.camera.size, CV_32FC3);
-  for (int row = 0; row < picture_.rows; ++row) {
-    const cv::Vec2d* above = corners_.ptr<cv::Vec2d>(row);
-    const cv::Vec2d* below = corners_.ptr<cv::Vec2d>(row + 1);
-    const cv::Vec3f* behind = background_.ptr<cv::Vec3f>(row);
-    cv::Vec3f* out = picture_.ptr<cv::Vec3f>(row);
-    for (int column = 0; column < picture_.cols; ++column) {
-      const Cover cover = CoverOf(above[column], above[column + 1], below[column], below[column + 1]);
-      const float sheet = cover[1] * paper + cover[2] * ink;
-      out[column] = behind[column] * cover[0] + cv::Vec3f::all(sheet);
-    }
+  const cv::Rect image({0, 0}, scene_.camera.size);
+  for (int y = 0; y < image.height; y += BLOCK) {
+    for (int x = 0; x < image.width; x += BLOCK) ComposeBlock(cv::Rect(x, y, BLOCK, BLOCK) & image);
   }
 }
 

@@ -1,7 +1,6 @@
 /// Renders pictures of the printed sheet as a camera sees it.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <opencv2/core.hpp>
 #include <vector>
@@ -30,12 +29,16 @@ class Renderer {
   cv::Mat RenderEmpty(std::uint64_t frameNumber = 0);
 
  private:
-  /// Sums to 1: how much of a pixel shows background, paper and ink.
-  using Cover = std::array<float, 3>;
+  /// The places on the sheet of a block's corners, steps.
+  struct Quad {
+    cv::Vec2d topLeft, topRight, bottomLeft, bottomRight;
+  };
 
   void MapCorners(const Pose& pose);
   void Compose(const Pose& pose);
-  Cover CoverOf(const cv::Vec2d& g00, const cv::Vec2d& g10, const cv::Vec2d& g01, const cv::Vec2d& g11) const;
+  void ComposeBlock(const cv::Rect& block);
+  void Fill(const cv::Rect& block, Surface surface);
+  cv::Vec3f Mixed(const Quad& quad, const cv::Vec3f& behind) const;
   cv::Mat Finish(cv::Mat& picture, std::uint64_t frameNumber);
 
   Scene scene_;
@@ -44,6 +47,8 @@ class Renderer {
   cv::Mat light_;
   cv::Mat corners_;
   cv::Mat picture_;
+  float paper_ = 0.0F;
+  float ink_ = 0.0F;
 };
 
 }  // namespace world

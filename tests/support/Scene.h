@@ -23,7 +23,7 @@ struct Scene {
   int paperLevel = 225;
   int inkLevel = 30;
   /// Samples along each side of a pixel that an edge crosses.
-  int supersampling = 8;
+  int supersampling = 6;
   /// Background, light and noise all depend on it.
   std::uint64_t seed = 1;
 };

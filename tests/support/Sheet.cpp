@@ -111,32 +111,39 @@ double Sheet::OutlineDistance(const cv::Point2d& steps) const {
   return distance;
 }
 
-double Sheet::DiscDistance(const cv::Point2d& steps) const {
-  // The discs are the points of the integer lattice whose coordinates have an even sum. Each of them is the
-  // nearest one within a square of half-diagonal 1, so that no other disc is closer than sqrt(0.5) to its
-  // centre.
-  int x = static_cast<int>(std::lround(steps.x));
-  int y = static_cast<int>(std::lround(steps.y));
+double Sheet::SquareFromDisc(const cv::Point2d& steps) const {
+  // The discs are the points of the integer lattice whose coordinates have an even sum. The cell of each is a
+  // square that stands on its corner, of half-diagonal 1. Points on paper are a few steps below zero at most.
+  constexpr int ENOUGH = 64;
+  int x = static_cast<int>(steps.x + (ENOUGH + 0.5)) - ENOUGH;
+  int y = static_cast<int>(steps.y + (ENOUGH + 0.5)) - ENOUGH;
+  double restX = steps.x - x;
+  double restY = steps.y - y;
   if (((x + y) & 1) != 0) {
-    const double restX = steps.x - x;
-    const double restY = steps.y - y;
     if (std::abs(restX) > std::abs(restY)) {
       x += restX > 0.0 ? 1 : -1;
+      restX = steps.x - x;
     } else {
       y += restY > 0.0 ? 1 : -1;
+      restY = steps.y - y;
     }
   }
-  constexpr double ELSEWHERE = 0.7 - DISC_RADIUS;
-  if (!IsDisc(grid_, x, y)) return ELSEWHERE;
-  const double restX = steps.x - x;
-  const double restY = steps.y - y;
-  return std::min(std::sqrt(restX * restX + restY * restY) - DISC_RADIUS, ELSEWHERE);
+  return IsDisc(grid_, x, y) ? restX * restX + restY * restY : -1.0;
+}
+
+Surface Sheet::At(const cv::Point2d& steps) const {
+  if (OutlineDistance(steps) > 0.0) return Surface::Background;
+  const double square = SquareFromDisc(steps);
+  return square >= 0.0 && square < DISC_RADIUS * DISC_RADIUS ? Surface::Ink : Surface::Paper;
 }
 
 SurfaceSample Sheet::Sample(const cv::Point2d& steps) const {
   const double outline = OutlineDistance(steps);
   if (outline > 0.0) return {Surface::Background, outline};
-  const double disc = DiscDistance(steps);
+  // Discs of other cells are no closer than sqrt(0.5) to their centres.
+  constexpr double ELSEWHERE = 0.7 - DISC_RADIUS;
+  const double square = SquareFromDisc(steps);
+  const double disc = square < 0.0 ? ELSEWHERE : std::min(std::sqrt(square) - DISC_RADIUS, ELSEWHERE);
   return {disc < 0.0 ? Surface::Ink : Surface::Paper, std::min(-outline, std::abs(disc))};
 }
 
@@ -154,7 +161,7 @@ cv::Mat Sheet::Draw(int background) const {
         sum = 0;
         for (int k = 0; k < FINE * FINE; ++k) {
           const cv::Point2d point(column + (k % FINE + 0.5) / FINE, row + (k / FINE + 0.5) / FINE);
-          sum += levels[static_cast<std::size_t>(Sample(StepsFromDrawing(point)).surface)];
+          sum += levels[static_cast<std::size_t>(At(StepsFromDrawing(point)))];
         }
       }
       picture.at<uchar>(row, column) = cv::saturate_cast<uchar>(sum / static_cast<double>(FINE * FINE));

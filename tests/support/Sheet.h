@@ -60,6 +60,8 @@ class Sheet {
   std::vector<cv::Point3d> OutlinePoints() const;
 
   /// What the sheet's plane shows at a point, in steps.
+  Surface At(const cv::Point2d& steps) const;
+  /// The same with the distance to other surfaces.
   SurfaceSample Sample(const cv::Point2d& steps) const;
 
   /// The flat sheet as an 8-bit grey picture at 150 dpi, paper white, ink black, the cut corner `background`.
@@ -71,7 +73,9 @@ class Sheet {
   };
 
   double OutlineDistance(const cv::Point2d& steps) const;
-  double DiscDistance(const cv::Point2d& steps) const;
+  /// The squared distance to the centre of the disc whose cell of the lattice holds the point; none:
+  /// negative.
+  double SquareFromDisc(const cv::Point2d& steps) const;
 
   cv::Size grid_;
   double unit_;
