@@ -57,6 +57,13 @@ TEST(BatchReport, LongListsOfNamesAreBrokenIntoLines) {
   }
 }
 
+TEST(BatchReport, OfVeryLongListsOnlyTheFirstNamesAreShown) {
+  std::vector<batch::Rejection> rejected(41, {"name", "no grid found"});
+  EXPECT_TRUE(Holds(batch::ViewsTable({}, rejected), "    and 1 more\n"));
+  rejected.pop_back();
+  EXPECT_FALSE(Holds(batch::ViewsTable({}, rejected), "more"));
+}
+
 TEST(BatchReport, ParametersComeWithTheirStandardDeviations) {
   const std::string table = batch::ResultTable(SomeReport(5));
   EXPECT_TRUE(Holds(table, "RMS reprojection error: 0.125000 px\n"));

@@ -15,7 +15,7 @@ constexpr int WRONG_USAGE = 2;
 constexpr int MAX_GRID_SIDE = 100;
 
 const char* const DESCRIPTION =
-    "Calibrates a camera from pictures of a printed asymmetric circles grid, without a display.\n"
+    "Calibrates a camera, or a pair of them, from pictures of a printed asymmetric circles grid, without a display.\n"
     "Inputs are images, folders of images, patterns (quote them), video files or stream URLs.";
 
 const char* const EXIT_STATUSES =
@@ -37,6 +37,31 @@ cv::Size ParseGrid(const std::string& text) {
     throw CLI::ValidationError("--grid", "each side must be 2 to 100 circles");
   }
   return grid;
+}
+
+void AddPairOptions(CLI::App& app, Arguments& arguments) {
+  static const std::map<std::string, Split> splits = {{"horizontal", Split::Horizontal}, {"vertical", Split::Vertical}};
+  auto* right = app.add_option("--right", arguments.rightInputs,
+                               "the right camera of a pair: as many pictures, in the same order, or a video");
+  auto* split = app.add_option("--split", arguments.split,
+                               "each picture holds a pair: horizontal (upper is left) or vertical (left is left)")
+                    ->transform(CLI::CheckedTransformer(splits).description("{horizontal,vertical}"));
+  split->excludes(right);
+  auto* calibLeft = app.add_option("--calib_left", arguments.calibLeft,
+                                   "result file of the left camera (default: calibrated first, from the same pictures)");
+  auto* calibRight = app.add_option("--calib_right", arguments.calibRight, "result file of the right camera");
+  calibLeft->needs(calibRight);
+  calibRight->needs(calibLeft);
+}
+
+/// What the options cannot say of each other by themselves.
+void CheckPair(const Arguments& arguments) {
+  if (!arguments.calibLeft.empty() && !arguments.IsPair()) {
+    throw CLI::ValidationError("--calib_left", "a pair is needed: --right or --split");
+  }
+  if (arguments.IsPair() && arguments.calibLeft.empty() && arguments.model == Calibrator::MODEL_CLASSIC) {
+    throw CLI::ValidationError("--model", "a pair is computed from cameras of the rational or full model");
+  }
 }
 
 }  // namespace
@@ -62,16 +87,18 @@ Parsed ParseArguments(int argc, char** argv) {
   app.add_option("--max-views", arguments.maxViews, "use at most so many views, chosen to be spread")
       ->check(CLI::Range(5, 10000))
       ->capture_default_str();
-  app.add_option("--output", arguments.output, "result file, without its extension .json")->capture_default_str();
+  app.add_option("--output", arguments.output, "result file, without its extension .json; those of a pair's cameras get _left and _right")->capture_default_str();
   app.add_option("--every", arguments.sampling.every, "take every N-th frame of a video (default: about 150 of a file)")
       ->check(CLI::PositiveNumber);
   app.add_option("--max-frames", arguments.sampling.maxFrames, "frames taken at most of a stream, 0 for no limit")
       ->check(CLI::NonNegativeNumber)
       ->capture_default_str();
+  AddPairOptions(app, arguments);
   try {
     app.parse(argc, argv);
     arguments.grid = ParseGrid(grid);
     arguments.model = MODELS.at(arguments.modelName);
+    CheckPair(arguments);
     parsed.run = true;
   } catch (const CLI::ParseError& error) {
     parsed.exitStatus = app.exit(error) == 0 ? 0 : WRONG_USAGE;

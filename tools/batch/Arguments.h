@@ -9,8 +9,15 @@
 
 namespace batch {
 
+/// How one picture that shows two cameras is cut: into an upper and a lower or a left and a right half.
+enum class Split { None, Horizontal, Vertical };
+
 struct Arguments {
-  std::vector<std::string> inputs;
+  std::vector<std::string> inputs;       ///< of the only or left camera, or of split pictures
+  std::vector<std::string> rightInputs;  ///< of the right camera of a pair
+  Split split = Split::None;
+  std::string calibLeft;  ///< result files of the cameras of a pair; empty: they are calibrated first
+  std::string calibRight;
   float hdist = 0.19F;  ///< metres across all row intervals of the grid
   int model = 0;        ///< of Calibrator
   std::string modelName = "rational";
@@ -19,6 +26,8 @@ struct Arguments {
   int maxViews = 30;
   std::string output = "calibration";
   SamplingOptions sampling;
+
+  bool IsPair() const { return split != Split::None || !rightInputs.empty(); }
 };
 
 /// What the command line asks for: run, or end with that status (help was printed, or what is wrong).

@@ -11,4 +11,10 @@ enum ExitStatus { CALIBRATED = 0, TOO_FEW_VIEWS = 1, UNUSABLE_INPUT = 2 };
 /// error, the table to standard output. Raises InputError for unusable inputs.
 ExitStatus Run(const Arguments& arguments);
 
+/// Prints on standard error that too few of the views held the grid.
+ExitStatus ReportTooFewViews(const std::string& where, size_t found);
+
+/// Prints on standard error that the result file could not be written.
+ExitStatus ReportUnwritten(const std::string& output);
+
 }  // namespace batch

@@ -5,13 +5,17 @@
 #include <cstdarg>
 #include <cstdio>
 #include <numeric>
+#include <opencv2/calib3d.hpp>
 
 namespace batch {
+
+const char* const SET_ASIDE = "grid found, but other views spread better";
 
 namespace {
 
 constexpr size_t WORST_VIEWS = 5;
 constexpr size_t LINE_WIDTH = 100;
+constexpr size_t LISTED_NAMES = 40;  // frames of a video come by the hundred; the progress lines name them all
 
 const char* const PARAMETERS[] = {"fx", "fy", "cx", "cy", "k1", "k2", "p1", "p2",    "k3",
                                   "k4", "k5", "k6", "s1", "s2", "s3", "s4", "tau x", "tau y"};
@@ -96,7 +100,10 @@ std::string ViewsTable(const std::vector<std::string>& used, const std::vector<R
     }
   }
   for (const auto& [reason, names] : byReason) {
-    text += Formatted("  %zu not used, ", names.size()) + reason + ":\n" + Wrapped(names, "    ");
+    text += Formatted("  %zu not used, ", names.size()) + reason + ":\n";
+    const size_t listed = std::min(names.size(), LISTED_NAMES);
+    text += Wrapped({names.begin(), names.begin() + static_cast<std::ptrdiff_t>(listed)}, "    ");
+    if (listed < names.size()) text += Formatted("    and %zu more\n", names.size() - listed);
   }
   return text;
 }
@@ -106,6 +113,20 @@ std::string ResultTable(const Report& report) {
          Formatted("Model: %s, image size %d x %d\n", report.model.c_str(), report.frame.width, report.frame.height) +
          Formatted("RMS reprojection error: %.6f px\n\n", report.rms) + ParameterTable(report) +
          "\nWorst views:\n" + WorstViews(report);
+}
+
+std::string PairTable(const PairReport& report) {
+  const cv::Mat T = report.T;
+  cv::Mat turn;
+  cv::Rodrigues(report.R, turn);
+  const double degrees = cv::norm(turn) * 180.0 / CV_PI;
+  return ViewsTable(report.used, report.rejected) + "\n" +
+         Formatted("Pair: %s model\n", report.model.c_str()) +
+         Formatted("RMS reprojection error:  %.6f px\n", report.rms) +
+         Formatted("Mean epipolar distance:  %.6f px\n", report.epipolarDistance) +
+         Formatted("Baseline:                %.6f m\n", cv::norm(T)) +
+         Formatted("Translation:             %.6f %.6f %.6f m\n", T.at<double>(0), T.at<double>(1), T.at<double>(2)) +
+         Formatted("Rotation:                %.4f degrees\n", degrees);
 }
 
 }  // namespace batch

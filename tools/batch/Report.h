@@ -8,6 +8,9 @@
 
 namespace batch {
 
+/// Why a picture with the grid was not used.
+extern const char* const SET_ASIDE;
+
 /// A picture that was not used, and why.
 struct Rejection {
   std::string name;
@@ -24,10 +27,23 @@ struct Report {
   cv::Mat K, D, stdDevs, viewErrors;  ///< as the engine hands them out
 };
 
-/// How many views were used, and the pictures that were not, by reason.
+/// What a calibration of a pair gave.
+struct PairReport {
+  std::string model;
+  std::vector<std::string> used;
+  std::vector<Rejection> rejected;
+  double rms = 0.0;
+  cv::Mat R, T;  ///< right from left
+  double epipolarDistance = 0.0;  ///< mean, pixels
+};
+
+/// How many views were used, and the pictures that were not, by reason; of long lists the first names.
 std::string ViewsTable(const std::vector<std::string>& used, const std::vector<Rejection>& rejected);
 
 /// The whole table: views, model, RMS, parameters with standard deviations, the worst views.
 std::string ResultTable(const Report& report);
+
+/// The whole table of a pair: views, RMS, baseline, rotation, epipolar distance.
+std::string PairTable(const PairReport& report);
 
 }  // namespace batch

@@ -1,0 +1,196 @@
+/// The headless calibration of a pair of cameras.
+#include "batch/PairBatch.h"
+
+#include <future>
+#include <iostream>
+#include <memory>
+#include <set>
+
+#include "Halves.h"
+#include "batch/CameraViews.h"
+#include "batch/Epipolar.h"
+#include "batch/Progress.h"
+#include "batch/ViewSelection.h"
+
+namespace batch {
+
+namespace {
+
+/// Pictures of the left and the right camera, taken together.
+class PairStream {
+ public:
+  explicit PairStream(const Arguments& arguments)
+      : split_(arguments.split), left_(ExpandInputs(arguments.inputs), arguments.sampling) {
+    if (split_ == Split::None) {
+      right_ = std::make_unique<PictureStream>(ExpandInputs(arguments.rightInputs), arguments.sampling);
+      const int leftCount = left_.ExpectedCount();
+      const int rightCount = right_->ExpectedCount();
+      if (leftCount != rightCount) {
+        throw InputError("the left camera has " + std::to_string(leftCount) + " pictures, the right one " +
+                         std::to_string(rightCount));
+      }
+    }
+  }
+
+  bool Next(Picture& left, Picture& right) {
+    if (!left_.Next(left)) return false;
+    if (right_ != nullptr) return right_->Next(right);
+    const cv::Mat both = left.image;
+    const app::Split way = split_ == Split::Horizontal ? app::Split::Horizontal : app::Split::Vertical;
+    right.name = left.name;
+    left.image = app::HalfOf(both, way, app::Camera::Left);
+    right.image = app::HalfOf(both, way, app::Camera::Right);
+    return true;
+  }
+
+  int ExpectedCount() const { return left_.ExpectedCount(); }
+
+ private:
+  Split split_;
+  PictureStream left_;
+  std::unique_ptr<PictureStream> right_;
+};
+
+/// What looking at all pairs gave: the views of each camera, and those that both have.
+struct PairViews {
+  explicit PairViews(const Arguments& arguments) : left(arguments), right(arguments) {}
+
+  CameraViews left;
+  CameraViews right;
+  std::vector<std::string> names;
+  std::vector<Centres> leftCentres;
+  std::vector<Centres> rightCentres;
+  std::vector<Rejection> rejected;
+};
+
+std::string PairName(const Picture& left, const Picture& right) {
+  return left.name == right.name ? left.name : left.name + "+" + right.name;
+}
+
+/// The reason when the pair gives no common view, else an empty text.
+std::string TakePair(Picture& left, Picture& right, PairViews& pairs) {
+  const std::string name = PairName(left, right);
+  auto rightFault = std::async(std::launch::async, [&] { return pairs.right.Take(right); });
+  const std::string faultLeft = pairs.left.Take(left);
+  const std::string faultRight = rightFault.get();
+  if (faultLeft.empty() && faultRight.empty()) {
+    pairs.names.push_back(name);
+    pairs.leftCentres.push_back(pairs.left.Views().back());
+    pairs.rightCentres.push_back(pairs.right.Views().back());
+    return "";
+  }
+  const std::string fault = faultLeft.empty()    ? "right: " + faultRight
+                            : faultRight.empty() ? "left: " + faultLeft
+                                                 : "both: " + faultLeft;
+  pairs.rejected.push_back({name, fault});
+  return fault;
+}
+
+void LookAtPairs(const Arguments& arguments, PairViews& pairs) {
+  PairStream stream(arguments);
+  Progress progress;
+  Picture left;
+  Picture right;
+  for (int done = 1; stream.Next(left, right); ++done) {
+    const std::string name = PairName(left, right);
+    const std::string fault = TakePair(left, right, pairs);
+    progress.Step(done, stream.ExpectedCount(), name + ": " + (fault.empty() ? "grid found in both" : fault));
+  }
+  progress.Finish();
+  if (!pairs.left.SawPictures() || !pairs.right.SawPictures()) {
+    throw InputError("no pair of pictures could be read from the input");
+  }
+  if (pairs.left.FrameSize() != pairs.right.FrameSize()) {
+    throw InputError("the pictures of the two cameras differ in size: give --width and --height");
+  }
+}
+
+/// The cameras' result texts, or paths when result files were given.
+struct CameraResults {
+  std::string left;
+  std::string right;
+  bool fromFiles = false;
+};
+
+ExitStatus CalibrateCamera(CameraViews& camera, const std::string& side, const std::string& output, std::string& text) {
+  std::cerr << "Computing the " << side << " camera ...\n";
+  std::cout << "== " << side << " camera\n" << ResultTable(camera.Calibrate()) << "\n";
+  text = camera.Save(output);
+  return text.empty() ? ReportUnwritten(output) : CALIBRATED;
+}
+
+ExitStatus CameraResultsFor(const Arguments& arguments, PairViews& pairs, CameraResults& results) {
+  if (!arguments.calibLeft.empty()) {
+    results = {arguments.calibLeft, arguments.calibRight, true};
+    return CALIBRATED;
+  }
+  ExitStatus status = CalibrateCamera(pairs.left, "left", arguments.output + "_left", results.left);
+  if (status == CALIBRATED) status = CalibrateCamera(pairs.right, "right", arguments.output + "_right", results.right);
+  return status;
+}
+
+/// Computes the pair from the common views that spread best.
+PairReport CalibratePair(const Arguments& arguments, const PairViews& pairs, const CameraResults& results,
+                         Calibrator& calibrator) {
+  PairReport report;
+  report.model = arguments.modelName;
+  report.rejected = pairs.rejected;
+  const auto chosen = SelectSpreadViews(pairs.leftCentres, arguments.grid, pairs.left.FrameSize(),
+                                        static_cast<size_t>(arguments.maxViews));
+  const std::set<size_t> isChosen(chosen.begin(), chosen.end());
+  std::vector<Centres> left;
+  std::vector<Centres> right;
+  for (size_t i = 0; i < pairs.names.size(); ++i) {
+    if (isChosen.count(i) == 0) {
+      report.rejected.push_back({pairs.names[i], SET_ASIDE});
+      continue;
+    }
+    calibrator.AddStereoPoints(pairs.leftCentres[i], pairs.rightCentres[i]);
+    left.push_back(pairs.leftCentres[i]);
+    right.push_back(pairs.rightCentres[i]);
+    report.used.push_back(pairs.names[i]);
+  }
+  const float rms = calibrator.ComputeCalibrationStereo(results.left, results.right, arguments.model, results.fromFiles);
+  if (calibrator.GetStatus() != Calibrator::STATUS_COMPLETED) {
+    throw InputError("the result files of the cameras cannot be used");  // the engine has said why
+  }
+  report.rms = static_cast<double>(rms);
+  report.R = calibrator.GetR();
+  report.T = calibrator.GetStereoTranslation();
+  report.epipolarDistance =
+      MeanEpipolarDistance(left, right, {calibrator.GetKLeft(), calibrator.GetDistCoefsLeft()},
+                           {calibrator.GetKRight(), calibrator.GetDistCoefsRight()}, calibrator.GetFundamentalMatrix());
+  return report;
+}
+
+void CheckOutputs(const Arguments& arguments) {
+  CheckOutput(arguments.output);
+  if (!arguments.calibLeft.empty()) return;
+  CheckOutput(arguments.output + "_left");
+  CheckOutput(arguments.output + "_right");
+}
+
+}  // namespace
+
+ExitStatus RunPair(const Arguments& arguments) {
+  CheckOutputs(arguments);
+  PairViews pairs(arguments);
+  LookAtPairs(arguments, pairs);
+  if (pairs.names.size() < ENOUGH_VIEWS) {
+    std::cout << ViewsTable(pairs.names, pairs.rejected);
+    return ReportTooFewViews("pairs", pairs.names.size());
+  }
+  CameraResults results;
+  const ExitStatus status = CameraResultsFor(arguments, pairs, results);
+  if (status != CALIBRATED) return status;
+
+  std::cerr << "Computing the pair ...\n";
+  const cv::Size frame = pairs.left.FrameSize();
+  Calibrator calibrator(arguments.grid, UnitOf(arguments), Calibrator::STEREO, frame.width, frame.height);
+  std::cout << "== pair\n" << PairTable(CalibratePair(arguments, pairs, results, calibrator));
+  if (SaveResultFile(calibrator, arguments.output).empty()) return ReportUnwritten(arguments.output);
+  std::cout << "\nResult file: " << arguments.output << ".json\n";
+  return CALIBRATED;
+}
+
+}  // namespace batch

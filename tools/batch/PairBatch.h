@@ -1,0 +1,13 @@
+/// The headless calibration of a pair of cameras.
+#pragma once
+
+#include "batch/Arguments.h"
+#include "batch/Batch.h"
+
+namespace batch {
+
+/// Calibrates each camera from its pictures, unless result files are given, then the pair; writes OUTPUT_left.json,
+/// OUTPUT_right.json and OUTPUT.json and prints the tables. Raises InputError for unusable inputs.
+ExitStatus RunPair(const Arguments& arguments);
+
+}  // namespace batch
