@@ -198,6 +198,12 @@ TEST(FrameReader, ARecordingWhoseFirstReadFailsIsNotWaitedFor) {
   EXPECT_TRUE(reader.FailedToStart());
 }
 
+TEST(FrameReader, ARecordingWhoseFirstFrameIsEmptyHasFailedToStart) {
+  FrameReader reader([](cv::Mat&) { return true; }, Delivery::EveryFrame);
+  EXPECT_EQ(TakeNumber(reader, LONG), -1);
+  EXPECT_TRUE(reader.FailedToStart());
+}
+
 TEST(FrameReader, ARecordingThatEndsHasNotFailedToStart) {
   std::atomic<int> failures{0};
   FrameReader reader(
@@ -275,6 +281,21 @@ TEST(FrameReader, AStuckSourceDoesNotHoldUpTheEnd) {
     std::this_thread::yield();
   }
   EXPECT_EQ(watch.use_count(), 1) << "the thread left behind ends once its source lets it";
+}
+
+TEST(FrameReader, ASourceThatDoesNotCloseDoesNotHoldUpTheEnd) {
+  const auto door = std::make_shared<Door>();
+  auto device = std::shared_ptr<int>(new int(0), [door](const int* number) {
+    door->Pass();
+    delete number;
+  });
+  FrameReader reader([device](cv::Mat&) { return false; }, Delivery::NewestFrame);
+  device.reset();
+  EXPECT_FALSE(reader.Stop(milliseconds(20)));
+  ASSERT_TRUE(door->AwaitVisitor());
+  EXPECT_FALSE(reader.Stop(milliseconds(0)));
+  door->Open();
+  EXPECT_TRUE(reader.Stop(LONG));
 }
 
 TEST(FrameReader, ASourceThatComesBackInTimeIsJoined) {

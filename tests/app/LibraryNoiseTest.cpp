@@ -5,6 +5,8 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
+#include <iterator>
 #include <optional>
 #include <string>
 
@@ -50,6 +52,19 @@ TEST(LibraryNoise, WhatIsWrittenWhileMutedIsLostAndNothingElse) {
   }
   WriteToStandardError("after");
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "before after");
+}
+
+/// The number of files that this process has open.
+std::ptrdiff_t OpenFiles() {
+  return std::distance(std::filesystem::directory_iterator("/proc/self/fd"),
+                       std::filesystem::directory_iterator());
+}
+
+TEST(LibraryNoise, MutingLeavesNoFileOpen) {
+  const Variable level("OPENCV_LOG_LEVEL", nullptr);
+  const auto before = OpenFiles();
+  { const app::MutedStandardError muted; }
+  EXPECT_EQ(OpenFiles(), before);
 }
 
 TEST(LibraryNoise, AUserWhoSetALogLevelHearsEverything) {

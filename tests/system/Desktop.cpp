@@ -56,7 +56,7 @@ void Desktop::PressKey(const std::string& window, const std::string& key) {
 }
 
 cv::Mat Desktop::PictureOf(const std::string& window) {
-  const std::string path = folder_.File("window.png");
+  const std::string path = folder_.File("window.ppm");
   std::remove(path.c_str());
   RunTool({"import", "-silent", "-window", window, path});
   return cv::imread(path, cv::IMREAD_COLOR);
