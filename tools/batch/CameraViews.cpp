@@ -1,9 +1,8 @@
 /// One camera's way from pictures to a result.
 #include "batch/CameraViews.h"
 
-#include <unistd.h>
-
 #include <filesystem>
+#include <fstream>
 #include <set>
 
 #include "JSON.h"
@@ -93,10 +92,11 @@ void CheckOutput(const std::string& output) {
   std::error_code error;
   if (!fs::is_directory(folder, error)) throw InputError("folder '" + folder.string() + "' does not exist");
   if (fs::is_directory(file, error)) throw InputError("'" + file.string() + "' is a folder");
+  // Rights alone do not tell: a read-only or virtual file system refuses even those who have them.
   const bool exists = fs::exists(file, error);
-  if (access(exists ? file.c_str() : folder.c_str(), W_OK) != 0) {
-    throw InputError("'" + file.string() + "' cannot be written");
-  }
+  const bool opens = std::ofstream(file, std::ios::app).is_open();
+  if (!exists) fs::remove(file, error);
+  if (!opens) throw InputError("'" + file.string() + "' cannot be written");
 }
 
 }  // namespace batch

@@ -1,7 +1,6 @@
 /// The calibrator's computation of one camera.
 #include "CalibAssistant.h"
 #include "Calibrator.h"
-#include "JSON.h"
 #include "Log.h"
 #include "engine/Intrinsics.h"
 #include "engine/ProgressScope.h"

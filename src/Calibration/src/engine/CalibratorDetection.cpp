@@ -4,7 +4,6 @@
 
 #include "CalibAssistant.h"
 #include "Calibrator.h"
-#include "JSON.h"
 #include "Log.h"
 #include "engine/FrameResize.h"
 #include "engine/GridFinder.h"

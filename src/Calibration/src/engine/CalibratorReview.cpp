@@ -4,7 +4,6 @@
 
 #include "Calibrator.h"
 #include "Display.h"
-#include "JSON.h"
 #include "Log.h"
 #include "engine/Review.h"
 

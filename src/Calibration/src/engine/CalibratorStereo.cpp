@@ -5,7 +5,6 @@
 
 #include "CalibAssistant.h"
 #include "Calibrator.h"
-#include "JSON.h"
 #include "Log.h"
 #include "engine/GridFinder.h"
 #include "engine/Overlay.h"
