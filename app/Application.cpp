@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <exception>
+#include <utility>
 
 #include "Captures.h"
 #include "Display.h"
@@ -12,6 +13,7 @@
 #include "Options.h"
 #include "Selection.h"
 #include "Sources.h"
+#include "StereoLoop.h"
 
 namespace app {
 
@@ -23,43 +25,59 @@ constexpr std::chrono::milliseconds QUIT_GRACE{500};
 /// Circles per row and rows of the printed sheet.
 const cv::Size PATTERN_SIZE(4, 11);
 
-/// Runs the loop; an exception that ends it is reported in one line.
-int RunMonocularLoop(const Settings& settings, const SourcePlan& plan, Camera camera, FrameFeed& feed,
-                     std::ostream& out, std::ostream& err) {
-  try {
-    Calibrator calibrator(PATTERN_SIZE, settings.hdist, Calibrator::MONOCULAR, settings.width,
-                          settings.height);
-    CalibratorEngine engine(calibrator);
-    DesktopScreen screen;
-    const CaptureRequest& used = camera == Camera::Right ? plan.captures.back() : plan.captures.front();
-    const LoopOptions options{settings.model, settings.output, plan.videoFile,
-                              cv::Size(settings.width, settings.height), used.name};
-    return MonocularLoop(engine, feed, screen, options, out, err).Run();
-  } catch (const std::exception& failure) {
-    err << "ERROR: " << OneLine(failure.what()) << std::endl;
-    return ERROR_STATUS;
-  }
+LoopOptions OptionsOf(const Settings& settings, const SourcePlan& plan, const CaptureRequest& source) {
+  return {settings.model, settings.output, plan.videoFile, cv::Size(settings.width, settings.height), source.name};
 }
 
-int CalibrateOneCamera(const Settings& settings, const SourcePlan& plan, Camera camera, std::ostream& out,
-                       std::ostream& err) {
-  Captures captures = OpenCaptures(plan, NewVideoCapture, err);
-  if (captures.empty()) {
-    return ERROR_STATUS;
+int LoopOverOneCamera(const Settings& settings, const SourcePlan& plan, Camera camera, FrameFeed& feed,
+                      std::ostream& out, std::ostream& err) {
+  Calibrator calibrator(PATTERN_SIZE, settings.hdist, Calibrator::MONOCULAR, settings.width, settings.height);
+  CalibratorEngine engine(calibrator);
+  DesktopScreen screen;
+  const CaptureRequest& used = camera == Camera::Right ? plan.captures.back() : plan.captures.front();
+  return MonocularLoop(engine, feed, screen, OptionsOf(settings, plan, used), out, err).Run();
+}
+
+int LoopOverPair(const Settings& settings, const SourcePlan& plan, PairFeed& feed, std::ostream& out,
+                 std::ostream& err) {
+  Calibrator calibrator(PATTERN_SIZE, settings.hdist, Calibrator::STEREO, settings.width, settings.height);
+  StereoCalibratorEngine engine(calibrator, *settings.calibLeft, *settings.calibRight);
+  DesktopScreen screen;
+  return StereoLoop(engine, feed, screen, OptionsOf(settings, plan, plan.captures.front()), out, err).Run();
+}
+
+/// Runs a loop over a reader of the source. An exception that ends it is reported in one line; a reader that is
+/// stuck in its source ends the process without waiting for it.
+template <typename Reader, typename Loop>
+int RunOver(typename Reader::Source source, bool videoFile, const Loop& loop, std::ostream& err) {
+  Reader reader(std::move(source), videoFile ? Delivery::EveryFrame : Delivery::NewestFrame);
+  int status = ERROR_STATUS;
+  try {
+    status = loop(reader);
+  } catch (const std::exception& failure) {
+    err << "ERROR: " << OneLine(failure.what()) << std::endl;
   }
-  std::string reason;
-  if (!DisplayAvailable(&reason)) {
-    err << "ERROR: " << OneLine(reason) << std::endl;
-    return ERROR_STATUS;
-  }
-  FrameReader reader(MonocularSource(captures, settings.split, camera),
-                     plan.videoFile ? Delivery::EveryFrame : Delivery::NewestFrame);
-  captures.clear();  // From here on they belong to the reader.
-  const int status = RunMonocularLoop(settings, plan, camera, reader, out, err);
   if (!reader.Stop(QUIT_GRACE)) {
     std::_Exit(status);
   }
   return status;
+}
+
+/// The captures pass to the reader's thread, which also closes them: closing may hang as reading may.
+int CalibrateFrom(Captures captures, const Settings& settings, const SourcePlan& plan, const Selection& selection,
+                  std::ostream& out, std::ostream& err) {
+  if (selection.kind == Calibrator::STEREO) {
+    auto source = StereoSource(captures, settings.split);
+    captures.clear();
+    const auto loop = [&](PairFeed& feed) { return LoopOverPair(settings, plan, feed, out, err); };
+    return RunOver<PairReader>(std::move(source), plan.videoFile, loop, err);
+  }
+  auto source = MonocularSource(captures, settings.split, selection.camera);
+  captures.clear();
+  const auto loop = [&](FrameFeed& feed) {
+    return LoopOverOneCamera(settings, plan, selection.camera, feed, out, err);
+  };
+  return RunOver<FrameReader>(std::move(source), plan.videoFile, loop, err);
 }
 
 }  // namespace
@@ -74,13 +92,17 @@ int RunApplication(const std::vector<std::string>& arguments, std::ostream& out,
   if (selection.exitStatus) {
     return *selection.exitStatus;
   }
-  if (selection.kind == Calibrator::STEREO) {
-    err << "ERROR: stereo calibration is not available yet; use --select to calibrate one camera."
-        << std::endl;
+  SilenceLibraries();
+  Captures captures = OpenCaptures(plan, NewVideoCapture, err);
+  if (captures.empty()) {
     return ERROR_STATUS;
   }
-  SilenceLibraries();
-  return CalibrateOneCamera(commandLine.settings, plan, selection.camera, out, err);
+  std::string reason;
+  if (!DisplayAvailable(&reason)) {
+    err << "ERROR: " << OneLine(reason) << std::endl;
+    return ERROR_STATUS;
+  }
+  return CalibrateFrom(std::move(captures), commandLine.settings, plan, selection, out, err);
 }
 
 }  // namespace app

@@ -73,4 +73,23 @@ FrameReader::Source MonocularSource(const Captures& captures, Split split, Camer
   };
 }
 
+PairReader::Source StereoSource(const Captures& captures, Split split) {
+  if (split == Split::None) {
+    return [captures](FramePair& pair) {
+      // Both are read, whatever becomes of the first, so that the two stay in step.
+      const bool left = captures.front()->Read(pair.left);
+      return captures.back()->Read(pair.right) && left;
+    };
+  }
+  return [captures, split](FramePair& pair) {
+    cv::Mat whole;
+    if (!captures.front()->Read(whole)) {
+      return false;
+    }
+    pair.left = HalfOf(whole, split, Camera::Left);
+    pair.right = HalfOf(whole, split, Camera::Right);
+    return true;
+  };
+}
+
 }  // namespace app

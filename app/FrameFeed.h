@@ -6,16 +6,28 @@
 
 namespace app {
 
-/// A stream of frames that never blocks its user for longer than he allows.
-class FrameFeed {
+/// What two cameras saw at the same moment.
+struct FramePair {
+  cv::Mat left;
+  cv::Mat right;
+
+  bool empty() const { return left.empty() || right.empty(); }
+};
+
+/// A stream of frames (or pairs) that never blocks its user for longer than he allows.
+template <typename Frame>
+class BasicFrameFeed {
  public:
-  virtual ~FrameFeed() = default;
+  virtual ~BasicFrameFeed() = default;
 
   /// Hands over the next frame, waiting for it up to `patience`. False, with `frame` untouched, without one.
-  virtual bool Take(cv::Mat& frame, std::chrono::milliseconds patience) = 0;
+  virtual bool Take(Frame& frame, std::chrono::milliseconds patience) = 0;
 
   /// True when the source cannot deliver even its first frame and is not expected to.
   virtual bool FailedToStart() const = 0;
 };
+
+using FrameFeed = BasicFrameFeed<cv::Mat>;
+using PairFeed = BasicFrameFeed<FramePair>;
 
 }  // namespace app

@@ -13,7 +13,8 @@ constexpr std::chrono::milliseconds RETRY_PAUSE{10};
 constexpr std::chrono::milliseconds DESTRUCTION_GRACE{500};
 
 /// One read; an exception of the capture library is a read that failed.
-bool ReadOnce(const FrameReader::Source& source, cv::Mat& frame) {
+template <typename Frame>
+bool ReadOnce(const std::function<bool(Frame&)>& source, Frame& frame) {
   try {
     return source(frame) && !frame.empty();
   } catch (const std::exception&) {
@@ -24,7 +25,8 @@ bool ReadOnce(const FrameReader::Source& source, cv::Mat& frame) {
 }  // namespace
 
 /// What both threads know. It outlives the reader when its thread is stuck.
-struct FrameReader::Shared {
+template <typename Frame>
+struct BasicFrameReader<Frame>::Shared {
   explicit Shared(Delivery way) : delivery(way) {}
 
   bool FailedToStart() const { return delivery == Delivery::EveryFrame && failed && !delivered; }
@@ -33,24 +35,27 @@ struct FrameReader::Shared {
 
   mutable std::mutex lock;  ///< guards everything below
   std::condition_variable changed;
-  cv::Mat frame;           ///< read and not yet taken; empty when there is none
+  Frame frame;             ///< read and not yet taken; empty when there is none
   bool delivered = false;  ///< a frame has been read
   bool failed = false;     ///< a read has failed
   bool stopping = false;
   bool finished = false;  ///< the thread is done with its source
 };
 
-FrameReader::FrameReader(Source source, Delivery delivery)
-    : shared_(std::make_shared<Shared>(delivery)), thread_(&FrameReader::Read, shared_, std::move(source)) {
+template <typename Frame>
+BasicFrameReader<Frame>::BasicFrameReader(Source source, Delivery delivery)
+    : shared_(std::make_shared<Shared>(delivery)), thread_(&BasicFrameReader::Read, shared_, std::move(source)) {
 }
 
-FrameReader::~FrameReader() {
+template <typename Frame>
+BasicFrameReader<Frame>::~BasicFrameReader() {
   if (!Stop(DESTRUCTION_GRACE)) {
     thread_.detach();
   }
 }
 
-void FrameReader::Read(const std::shared_ptr<Shared>& shared, Source source) {
+template <typename Frame>
+void BasicFrameReader<Frame>::Read(const std::shared_ptr<Shared>& shared, Source source) {
   std::unique_lock<std::mutex> guard(shared->lock);
   while (!shared->stopping) {
     if (shared->delivery == Delivery::EveryFrame && !shared->frame.empty()) {
@@ -58,7 +63,7 @@ void FrameReader::Read(const std::shared_ptr<Shared>& shared, Source source) {
       continue;
     }
     guard.unlock();
-    cv::Mat frame;
+    Frame frame;
     const bool read = ReadOnce(source, frame);
     guard.lock();
     if (read) {
@@ -78,24 +83,27 @@ void FrameReader::Read(const std::shared_ptr<Shared>& shared, Source source) {
   shared->changed.notify_all();
 }
 
-bool FrameReader::Take(cv::Mat& frame, std::chrono::milliseconds patience) {
+template <typename Frame>
+bool BasicFrameReader<Frame>::Take(Frame& frame, std::chrono::milliseconds patience) {
   std::unique_lock<std::mutex> guard(shared_->lock);
   shared_->changed.wait_for(guard, patience,
                             [&] { return !shared_->frame.empty() || shared_->FailedToStart(); });
   if (shared_->frame.empty()) {
     return false;
   }
-  frame = std::exchange(shared_->frame, cv::Mat());
+  frame = std::exchange(shared_->frame, Frame());
   shared_->changed.notify_all();
   return true;
 }
 
-bool FrameReader::FailedToStart() const {
+template <typename Frame>
+bool BasicFrameReader<Frame>::FailedToStart() const {
   const std::lock_guard<std::mutex> guard(shared_->lock);
   return shared_->FailedToStart();
 }
 
-bool FrameReader::Stop(std::chrono::milliseconds grace) {
+template <typename Frame>
+bool BasicFrameReader<Frame>::Stop(std::chrono::milliseconds grace) {
   if (!thread_.joinable()) {
     return true;
   }
@@ -109,5 +117,8 @@ bool FrameReader::Stop(std::chrono::milliseconds grace) {
   thread_.join();
   return true;
 }
+
+template class BasicFrameReader<cv::Mat>;
+template class BasicFrameReader<FramePair>;
 
 }  // namespace app

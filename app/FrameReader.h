@@ -19,19 +19,20 @@ enum class Delivery {
 /// or raises an exception is repeated after a short pause.
 ///
 /// All functions are thread-safe, but only one thread may stop and destroy the reader.
-class FrameReader final : public FrameFeed {
+template <typename Frame>
+class BasicFrameReader final : public BasicFrameFeed<Frame> {
  public:
   /// Reads one frame; false when there was none. Called, and in the end destroyed, on the reader's thread
   /// only.
-  using Source = std::function<bool(cv::Mat&)>;
+  using Source = std::function<bool(Frame&)>;
 
-  FrameReader(Source source, Delivery delivery);
+  BasicFrameReader(Source source, Delivery delivery);
   /// Gives the thread a short time to end. One that is stuck in its source is left behind, with all it needs.
-  ~FrameReader() override;
-  FrameReader(const FrameReader&) = delete;
-  FrameReader& operator=(const FrameReader&) = delete;
+  ~BasicFrameReader() override;
+  BasicFrameReader(const BasicFrameReader&) = delete;
+  BasicFrameReader& operator=(const BasicFrameReader&) = delete;
 
-  bool Take(cv::Mat& frame, std::chrono::milliseconds patience) override;
+  bool Take(Frame& frame, std::chrono::milliseconds patience) override;
   /// True when the first read of a recording failed, until a later one succeeds. Never for live sources.
   bool FailedToStart() const override;
 
@@ -47,5 +48,8 @@ class FrameReader final : public FrameFeed {
   const std::shared_ptr<Shared> shared_;
   std::thread thread_;
 };
+
+using FrameReader = BasicFrameReader<cv::Mat>;
+using PairReader = BasicFrameReader<FramePair>;
 
 }  // namespace app

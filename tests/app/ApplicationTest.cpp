@@ -62,9 +62,8 @@ TEST(Application, TheResultFilesAreAskedForBeforeTheSourceIsOpened) {
               "ERROR: In the stereo case, right camera calibration file has to be provided.\n");
 }
 
-TEST(Application, APairIsRefusedForNow) {
-  ExpectError({"--split", "vertical", "--calib_left", "left.json", "--calib_right", "right.json"},
-              "ERROR: stereo calibration is not available yet; use --select to calibrate one camera.\n");
+TEST(Application, TheSourceOfAPairIsOpenedAfterTheOptionsHaveHadTheirSay) {
+  ExpectError({"--split", "vertical", "--calib_left", "left.json", "--calib_right", "right.json"}, NO_SOURCE);
 }
 
 TEST(Application, AVideoThatDoesNotOpenIsNamed) {

@@ -161,4 +161,29 @@ TEST_F(CapturesTest, TheSourceKeepsTheCapturesOpen) {
   EXPECT_TRUE(watch.expired());
 }
 
+TEST_F(CapturesTest, APairIsTheFramesOfBothCaptures) {
+  app::FramePair pair;
+  ASSERT_TRUE(app::StereoSource(Open(PairOfWebcams()), Split::None)(pair));
+  EXPECT_EQ(pair.left.at<uchar>(0, 0), 1);
+  EXPECT_EQ(pair.right.at<uchar>(0, 0), 2);
+}
+
+TEST_F(CapturesTest, APairOfASplitFrameIsItsHalves) {
+  app::Settings settings;
+  settings.webcam = 0;
+  app::FramePair pair;
+  ASSERT_TRUE(app::StereoSource(Open(app::PlanSources(settings)), Split::Vertical)(pair));
+  EXPECT_EQ(pair.left.at<uchar>(0, 0), 1);
+  EXPECT_EQ(pair.right.at<uchar>(0, 0), 101);
+}
+
+TEST_F(CapturesTest, APairLacksNothingOrCountsAsEmpty) {
+  auto left = std::make_shared<RecordedCapture>(journal_, 1, true);
+  auto right = std::make_shared<RecordedCapture>(journal_, 2, true);
+  left->frameSize = {};
+  app::FramePair pair;
+  const bool read = app::StereoSource({left, right}, Split::None)(pair);
+  EXPECT_TRUE(!read || pair.empty());
+}
+
 }  // namespace
