@@ -38,6 +38,13 @@ std::string PrintedBy(const std::function<void()>& action) {
   return captured.Text();
 }
 
+std::string WithDigitsHidden(std::string text) {
+  for (char& letter : text) {
+    if (letter >= '0' && letter <= '9') letter = '9';
+  }
+  return text;
+}
+
 ScopedVariable::ScopedVariable(const std::string& name, const std::optional<std::string>& value)
     : name_(name), earlier_(Variable(name)) {
   SetVariable(name_, value);

@@ -11,6 +11,9 @@ namespace unit {
 /// What the action prints on standard output.
 std::string PrintedBy(const std::function<void()>& action);
 
+/// The text with a 9 in place of each digit.
+std::string WithDigitsHidden(std::string text);
+
 /// Sets an environment variable, or removes it without a value, until the end of the scope.
 class ScopedVariable {
  public:
