@@ -5,22 +5,9 @@
 #include <vector>
 
 #include "Camera.h"
+#include "Placement.h"
 
 namespace world {
-
-/// How the grid appears in the image. Upright, the print is as drawn: its long side along the image's x axis.
-struct Appearance {
-  /// Where the discs' bounding box is in the room that the image leaves it: -1 (left, top) to 1 (right,
-  /// bottom).
-  double x = 0.0;
-  double y = 0.0;
-  /// The larger share of the image's width or height that the discs' bounding box takes.
-  double span = 0.6;
-  /// Turns of the grid about the camera's axes in this order: y, x, z; degrees.
-  double tiltY = 0.0;
-  double tiltX = 0.0;
-  double roll = 0.0;
-};
 
 /// Finds the pose with the appearance, the discs at least `margin` pixels inside the image. False when there
 /// is none.
@@ -42,6 +29,9 @@ std::vector<Pose> SpreadViews(const Camera& camera, int n, const Sheet& sheet = 
 
 /// Poses without any tilt, which say nothing about the focal length. Throws as SampleViews does.
 std::vector<Pose> FrontalViews(const Camera& camera, int n, const Sheet& sheet = Sheet());
+
+/// True when some of the paper's edge is in the image or within a pixel or two of it.
+bool ShowsSheet(const Camera& camera, const Sheet& sheet, const Pose& pose);
 
 /// A pose outside the image: the given one moved sideways until no part of the sheet is imaged.
 Pose AwayPose(const Camera& camera, const Sheet& sheet, const Pose& pose);

@@ -151,7 +151,10 @@ TEST(Views, ListsFitOtherGrids) {
 
 TEST(Views, AwayPoseShowsNoPartOfTheSheet) {
   for (const Camera& camera : ManyCameras()) {
-    const Pose away = world::AwayPose(camera, Sheet(), world::SpreadViews(camera, 1).front());
+    const Pose view = world::SpreadViews(camera, 1).front();
+    EXPECT_TRUE(world::ShowsSheet(camera, Sheet(), view));
+    const Pose away = world::AwayPose(camera, Sheet(), view);
+    EXPECT_FALSE(world::ShowsSheet(camera, Sheet(), away));
     for (const cv::Point2d& p : world::ProjectPoints(camera.lens, Sheet().OutlinePoints(), away)) {
       EXPECT_FALSE(p.x > 0 && p.y > 0 && p.x < camera.size.width - 1 && p.y < camera.size.height - 1);
     }

@@ -1,0 +1,74 @@
+/// Finds where the grid has to be to appear in images as asked for; what lists of views are made with.
+#pragma once
+
+#include <cstdint>
+#include <opencv2/core.hpp>
+#include <vector>
+
+#include "Camera.h"
+
+namespace world {
+
+/// How the grid appears in the image. Upright, the print is as drawn: its long side along the image's x axis.
+struct Appearance {
+  /// Where the discs' bounding box is in the room that the image leaves it: -1 (left, top) to 1 (right,
+  /// bottom).
+  double x = 0.0;
+  double y = 0.0;
+  /// The larger share of the image's width or height that the discs' bounding box takes.
+  double span = 0.6;
+  /// Turns of the grid about the camera's axes in this order: y, x, z; degrees.
+  double tiltY = 0.0;
+  double tiltX = 0.0;
+  double roll = 0.0;
+};
+
+/// A camera beside the first one, from whose frame R x + T leads to its own, and the margin (pixels) around
+/// the discs in its image.
+struct Viewer {
+  Camera camera;
+  double margin = 0.0;
+  cv::Matx33d R = cv::Matx33d::eye();
+  cv::Vec3d T;
+};
+
+/// The pose of the viewer's frame for one of the first camera's.
+Pose PoseFor(const Viewer& viewer, const Pose& pose);
+
+/// The grid's turn, without that of the upright print against the camera, for an appearance.
+cv::Matx33d TurnFor(const Appearance& appearance);
+
+/// Finds the pose, in the first viewer's frame, of a grid of this turn that has the place and the span of the
+/// appearance: the room is what all the images leave together, the span the largest of all. False when there
+/// is none with all discs inside every image.
+bool Place(const std::vector<Viewer>& viewers, const Sheet& sheet, const cv::Matx33d& turn,
+           const Appearance& appearance, Pose& pose);
+
+/// The angle between the line of sight to the grid's middle and the paper's normal, degrees.
+double Obliqueness(const Sheet& sheet, const Pose& pose);
+
+/// No line of sight of random views is as oblique, degrees.
+constexpr double MOST_OBLIQUE = 55.0;
+
+/// Element k of the sequence of fractions in a base; k from 1.
+double Halton(int k, int base);
+
+/// A sequence of random, well spread appearances; the same seed gives the same ones.
+class RandomAppearances {
+ public:
+  explicit RandomAppearances(std::uint64_t seed);
+  Appearance Next();
+
+ private:
+  std::vector<double> shift_;
+  int number_ = 0;
+};
+
+/// Element k, from 0, of the fixed, well-conditioned list, for a camera of that width: that of half its image
+/// at distance 1.
+Appearance SpreadAppearance(int k, double halfWidth);
+
+/// Half the width of the undistorted image at distance 1.
+double HalfWidth(const Camera& camera);
+
+}  // namespace world
