@@ -54,15 +54,21 @@ Pose Trajectory::At(double seconds) const {
   return Between(keys_[key], keys_[key + 1], Eased(rest));
 }
 
-Trajectory ThroughViews(const Camera& camera, const Sheet& sheet, const std::vector<Pose>& views,
-                        double seconds, int awayEvery) {
+Trajectory ThroughViews(const std::vector<Pose>& views, double seconds, int awayEvery,
+                        const std::function<Pose(const Pose&)>& away) {
   std::vector<Pose> keys;
   for (std::size_t k = 0; k < views.size(); ++k) {
     keys.push_back(views[k]);
     const bool due = awayEvery > 0 && (k + 1) % static_cast<std::size_t>(awayEvery) == 0;
-    if (due && k + 1 < views.size()) keys.push_back(AwayPose(camera, sheet, views[k]));
+    if (due && k + 1 < views.size()) keys.push_back(away(views[k]));
   }
   return Trajectory(std::move(keys), seconds);
+}
+
+Trajectory ThroughViews(const Camera& camera, const Sheet& sheet, const std::vector<Pose>& views,
+                        double seconds, int awayEvery) {
+  return ThroughViews(views, seconds, awayEvery,
+                      [&](const Pose& view) { return AwayPose(camera, sheet, view); });
 }
 
 }  // namespace world

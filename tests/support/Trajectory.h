@@ -1,6 +1,7 @@
 /// A smooth path of the sheet through key poses, for videos.
 #pragma once
 
+#include <functional>
 #include <vector>
 
 #include "Camera.h"
@@ -27,8 +28,13 @@ class Trajectory {
   double seconds_;
 };
 
-/// The views one after the other, with a stretch outside the image after every `awayEvery` of them (0:
-/// never). The path ends as it starts: with the sheet in the image.
+/// The views one after the other, with a stretch outside the image, at the pose that `away` gives for the
+/// view before, after every `awayEvery` of them (0: never). The path ends as it starts: with the sheet in the
+/// image.
+Trajectory ThroughViews(const std::vector<Pose>& views, double seconds, int awayEvery,
+                        const std::function<Pose(const Pose&)>& away);
+
+/// The same with the camera's AwayPose.
 Trajectory ThroughViews(const Camera& camera, const Sheet& sheet, const std::vector<Pose>& views,
                         double seconds, int awayEvery = 0);
 

@@ -1,0 +1,114 @@
+/// Tests of pictures of two cameras at once.
+#include "RigRenderer.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <opencv2/calib3d.hpp>
+#include <opencv2/features2d.hpp>
+#include <opencv2/imgproc.hpp>
+#include <stdexcept>
+
+#include "Matchers.h"
+#include "Rigs.h"
+
+using world::PicturePair;
+using world::Pose;
+using world::RigRenderer;
+
+namespace {
+
+world::Scene NoisyScene() {
+  world::Scene scene;
+  scene.noise = 2.0;
+  return scene;
+}
+
+/// True when the grid search finds all centres within a pixel of the truth.
+bool Finds(const cv::Mat& picture, const world::Scene& scene, const Pose& pose) {
+  cv::Mat grey;
+  cv::cvtColor(picture, grey, cv::COLOR_BGR2GRAY);
+  std::vector<cv::Point2f> centres;
+  if (!cv::findCirclesGrid(grey, scene.sheet.Grid(), centres, cv::CALIB_CB_ASYMMETRIC_GRID)) return false;
+  const std::vector<cv::Point2d> truth = world::TrueCentres(scene.camera.lens, scene.sheet, pose);
+  double worst = 0.0;
+  for (std::size_t k = 0; k < truth.size(); ++k) {
+    worst = std::max(worst, cv::norm(cv::Point2d(centres[k]) - truth[k]));
+  }
+  return worst < 1.5;
+}
+
+}  // namespace
+
+TEST(RigRenderer, RendersWhatEachCameraSees) {
+  const world::Rig rig = OrdinaryRig();
+  const Pose pose = world::RigViews(rig, 2).back();
+  RigRenderer renderer(rig, NoisyScene());
+  const PicturePair pair = renderer.Render(pose, 3);
+  EXPECT_SAME_MAT(pair.left, world::Renderer(renderer.LeftScene()).Render(pose, 3));
+  EXPECT_SAME_MAT(pair.right, world::Renderer(renderer.RightScene()).Render(world::RightPose(rig, pose), 3));
+  EXPECT_EQ(renderer.LeftScene().camera.lens.D(), rig.left.lens.D());
+  EXPECT_EQ(renderer.RightScene().camera.lens.D(), rig.right.lens.D());
+  EXPECT_EQ(renderer.LeftScene().seed, NoisyScene().seed);
+}
+
+TEST(RigRenderer, GivesEachCameraItsOwnNoise) {
+  RigRenderer renderer(world::SideBySideRig({64, 48}, 60.0, 0.1), NoisyScene());
+  const PicturePair pair = renderer.RenderEmpty();
+  EXPECT_FALSE(support::SameMat(pair.left, pair.right));
+  cv::Mat left;
+  cv::Mat right;
+  pair.left.reshape(1).convertTo(left, CV_64F);
+  pair.right.reshape(1).convertTo(right, CV_64F);
+  left -= cv::mean(left);
+  right -= cv::mean(right);
+  const double correlation = left.dot(right) / std::sqrt(left.dot(left) * right.dot(right));
+  EXPECT_LT(std::abs(correlation), 0.05);
+}
+
+TEST(RigRenderer, ShowsNothingOfASheetThatIsAway) {
+  const world::Rig rig = world::SideBySideRig({320, 240}, 60.0, 0.15, 10.0);
+  RigRenderer renderer(rig, NoisyScene());
+  const Pose away = world::AwayPose(rig, world::Sheet(), world::RigViews(rig, 1).front());
+  const PicturePair pair = renderer.Render(away, 2);
+  const PicturePair empty = renderer.RenderEmpty(2);
+  EXPECT_SAME_MAT(pair.left, empty.left);
+  EXPECT_SAME_MAT(pair.right, empty.right);
+}
+
+TEST(RigRenderer, JoinsPicturesWithTheLeftOneFirst) {
+  const world::Rig rig = OrdinaryRig();
+  const PicturePair pair = RigRenderer(rig, NoisyScene()).Render(world::RigViews(rig, 1).front());
+  const cv::Mat beside = world::SideBySide(pair);
+  ASSERT_EQ(beside.size(), cv::Size(1280, 480));
+  EXPECT_SAME_MAT(beside.colRange(0, 640), pair.left);
+  EXPECT_SAME_MAT(beside.colRange(640, 1280), pair.right);
+  const cv::Mat above = world::OneAboveTheOther(pair);
+  ASSERT_EQ(above.size(), cv::Size(640, 960));
+  EXPECT_SAME_MAT(above.rowRange(0, 480), pair.left);
+  EXPECT_SAME_MAT(above.rowRange(480, 960), pair.right);
+}
+
+TEST(RigRenderer, RefusesToJoinPicturesThatDiffer) {
+  const cv::Mat picture(48, 64, CV_8UC3);
+  for (const cv::Mat& other :
+       {cv::Mat(48, 32, CV_8UC3), cv::Mat(32, 64, CV_8UC3), cv::Mat(48, 64, CV_8UC1)}) {
+    EXPECT_THROW(world::SideBySide({picture, other}), std::invalid_argument);
+    EXPECT_THROW(world::OneAboveTheOther({picture, other}), std::invalid_argument);
+  }
+}
+
+TEST(RigRenderer, ShowsTheGridSoThatItIsFoundInNearlyAllPairs) {
+  const world::Rig rig = OrdinaryRig();
+  RigRenderer renderer(rig, NoisyScene());
+  int found = 0;
+  std::uint64_t frame = 0;
+  for (const Pose& pose : world::RigViews(rig, 12)) {
+    const PicturePair pair = renderer.Render(pose, frame++);
+    const bool both = Finds(pair.left, renderer.LeftScene(), pose) &&
+                      Finds(pair.right, renderer.RightScene(), world::RightPose(rig, pose));
+    found += both ? 1 : 0;
+  }
+  EXPECT_GE(found, 11);
+  RecordProperty("pairs", found);
+}
