@@ -81,47 +81,106 @@ cv::Matx33d Matrix3(const json& object, const char* key) {
   return matrix;
 }
 
-TruthFrame FrameFrom(const json& object, int count) {
-  TruthFrame frame;
+cv::Size ImageSize(const json& object) {
+  const json& member = Member(object, "imageSize");
+  const cv::Size size = {Integer(member, "width"), Integer(member, "height")};
+  if (size.width < 1 || size.height < 1) Fault("\"imageSize\" is not positive");
+  return size;
+}
+
+Lens LensOf(const json& object) {
+  std::vector<double> D;
+  for (const json& value : List(Member(object, "D"), "D")) D.push_back(Number(value, "D"));
+  return Lens(Matrix3(object, "K"), D);
+}
+
+TruthRight RightFrom(const json& object) {
+  return {ImageSize(object), LensOf(object), Matrix3(object, "R"), Vector3(object, "T")};
+}
+
+TruthView ViewFrom(const json& object, int count) {
+  TruthView view;
   const json& file = Member(object, "file");
   const json& whole = Member(object, "whole");
   if (!file.is_string()) Fault("\"file\" is not a text");
   if (!whole.is_boolean()) Fault("\"whole\" is neither true nor false");
-  frame.file = file.get<std::string>();
-  frame.whole = whole.get<bool>();
-  frame.index = Integer(object, "frame");
-  frame.pose.rvec = Vector3(object, "rvec");
-  frame.pose.tvec = Vector3(object, "tvec");
+  view.file = file.get<std::string>();
+  view.whole = whole.get<bool>();
+  view.pose.rvec = Vector3(object, "rvec");
+  view.pose.tvec = Vector3(object, "tvec");
   const double none = std::numeric_limits<double>::quiet_NaN();
   for (const json& point : List(Member(object, "centres"), "centres", count)) {
     if (point.is_null()) {
-      frame.centres.emplace_back(none, none);
+      view.centres.emplace_back(none, none);
     } else {
       List(point, "centres", 2);
-      frame.centres.emplace_back(Number(point[0], "centres"), Number(point[1], "centres"));
+      view.centres.emplace_back(Number(point[0], "centres"), Number(point[1], "centres"));
     }
   }
+  return view;
+}
+
+TruthFrame FrameFrom(const json& object, int count, bool pair) {
+  TruthFrame frame;
+  static_cast<TruthView&>(frame) = ViewFrom(object, count);
+  frame.index = Integer(object, "frame");
+  if (pair) frame.right = ViewFrom(Member(object, "right"), count);
   return frame;
 }
 
 Truth TruthFrom(const json& document) {
   Truth truth;
-  const json& size = Member(document, "imageSize");
-  truth.imageSize = {Integer(size, "width"), Integer(size, "height")};
-  if (truth.imageSize.width < 1 || truth.imageSize.height < 1) Fault("\"imageSize\" is not positive");
-  std::vector<double> D;
-  for (const json& value : List(Member(document, "D"), "D")) D.push_back(Number(value, "D"));
-  truth.lens = Lens(Matrix3(document, "K"), D);
+  truth.imageSize = ImageSize(document);
+  truth.lens = LensOf(document);
   const json& grid = Member(document, "grid");
   truth.sheet =
       Sheet({Integer(grid, "columns"), Integer(grid, "rows")}, Number(Member(document, "unit"), "unit"));
   const json& seed = Member(document, "seed");
   if (!seed.is_number_integer()) Fault("\"seed\" is not a whole number");
   truth.seed = seed.get<std::uint64_t>();
+  const auto right = document.find("right");
+  if (right != document.end()) truth.right = RightFrom(*right);
   for (const json& frame : List(Member(document, "frames"), "frames")) {
-    truth.frames.push_back(FrameFrom(frame, truth.sheet.Count()));
+    truth.frames.push_back(FrameFrom(frame, truth.sheet.Count(), truth.right.has_value()));
   }
   return truth;
+}
+
+json ToJson(cv::Size size) {
+  return {{"width", size.width}, {"height", size.height}};
+}
+
+json ToJson(const TruthRight& right) {
+  return {{"imageSize", ToJson(right.imageSize)},
+          {"K", ToJson(right.lens.K())},
+          {"D", right.lens.D()},
+          {"R", ToJson(right.R)},
+          {"T", ToJson(right.T)}};
+}
+
+json ToJson(const TruthView& view) {
+  return {{"file", view.file},
+          {"rvec", ToJson(view.pose.rvec)},
+          {"tvec", ToJson(view.pose.tvec)},
+          {"centres", ToJson(view.centres)},
+          {"whole", view.whole}};
+}
+
+json ToJson(const TruthFrame& frame) {
+  json object = ToJson(static_cast<const TruthView&>(frame));
+  object["frame"] = frame.index;
+  if (frame.right) object["right"] = ToJson(*frame.right);
+  return object;
+}
+
+TruthView ViewOf(const Camera& camera, const Sheet& sheet, const Pose& pose, const std::string& file) {
+  return {file, pose, TrueCentres(camera.lens, sheet, pose), DiscsInside(camera, sheet, pose)};
+}
+
+/// The right camera of a pair's truth.
+const TruthRight& RightCameraOf(const Truth& truth) {
+  if (!truth.right) throw std::invalid_argument("the truth is of one camera, not of a pair");
+  return *truth.right;
 }
 
 }  // namespace
@@ -135,33 +194,67 @@ Truth TruthOf(const Scene& scene) {
   return truth;
 }
 
+Truth TruthOf(const Rig& rig, const Scene& scene) {
+  Truth truth = TruthOf(scene);
+  truth.imageSize = rig.left.size;
+  truth.lens = rig.left.lens;
+  truth.right = TruthRight{rig.right.size, rig.right.lens, rig.R, rig.T};
+  return truth;
+}
+
 TruthFrame TruthFrameOf(const Scene& scene, const Pose& pose, int index, const std::string& file) {
   TruthFrame frame;
-  frame.file = file;
+  static_cast<TruthView&>(frame) = ViewOf(scene.camera, scene.sheet, pose, file);
   frame.index = index;
-  frame.pose = pose;
-  frame.centres = TrueCentres(scene.camera.lens, scene.sheet, pose);
-  frame.whole = DiscsInside(scene.camera, scene.sheet, pose);
   return frame;
+}
+
+TruthFrame TruthFrameOf(const Rig& rig, const Scene& scene, const Pose& leftPose, int index,
+                        const std::string& leftFile, const std::string& rightFile) {
+  TruthFrame frame;
+  static_cast<TruthView&>(frame) = ViewOf(rig.left, scene.sheet, leftPose, leftFile);
+  frame.index = index;
+  frame.right = ViewOf(rig.right, scene.sheet, RightPose(rig, leftPose), rightFile);
+  return frame;
+}
+
+Rig RigOf(const Truth& truth) {
+  const TruthRight& right = RightCameraOf(truth);
+  return {{truth.imageSize, truth.lens}, {right.imageSize, right.lens}, right.R, right.T};
+}
+
+Truth LeftOf(const Truth& truth) {
+  RightCameraOf(truth);
+  Truth left = truth;
+  left.right.reset();
+  for (TruthFrame& frame : left.frames) frame.right.reset();
+  return left;
+}
+
+Truth RightOf(const Truth& truth) {
+  const TruthRight& camera = RightCameraOf(truth);
+  Truth right = truth;
+  right.imageSize = camera.imageSize;
+  right.lens = camera.lens;
+  right.right.reset();
+  for (TruthFrame& frame : right.frames) {
+    static_cast<TruthView&>(frame) = TruthView(frame.right.value());
+    frame.right.reset();
+  }
+  return right;
 }
 
 void SaveTruth(const Truth& truth, const std::string& path) {
   json document;
-  document["imageSize"] = {{"width", truth.imageSize.width}, {"height", truth.imageSize.height}};
+  document["imageSize"] = ToJson(truth.imageSize);
   document["K"] = ToJson(truth.lens.K());
   document["D"] = truth.lens.D();
   document["unit"] = truth.sheet.Unit();
   document["grid"] = {{"columns", truth.sheet.Grid().width}, {"rows", truth.sheet.Grid().height}};
   document["seed"] = truth.seed;
+  if (truth.right) document["right"] = ToJson(*truth.right);
   document["frames"] = json::array();
-  for (const TruthFrame& frame : truth.frames) {
-    document["frames"].push_back({{"file", frame.file},
-                                  {"frame", frame.index},
-                                  {"rvec", ToJson(frame.pose.rvec)},
-                                  {"tvec", ToJson(frame.pose.tvec)},
-                                  {"centres", ToJson(frame.centres)},
-                                  {"whole", frame.whole}});
-  }
+  for (const TruthFrame& frame : truth.frames) document["frames"].push_back(ToJson(frame));
   std::ofstream file(path);
   file << document.dump(1) << '\n';
   file.close();

@@ -3,19 +3,19 @@
 
 #include <cstdint>
 #include <opencv2/core.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "Rig.h"
 #include "Scene.h"
 
 namespace world {
 
-/// One picture or video frame.
-struct TruthFrame {
+/// What a camera has of a picture or video frame.
+struct TruthView {
   /// File name of the picture; empty for frames of a video.
   std::string file;
-  /// The picture's number, from 0.
-  int index = 0;
   Pose pose;
   /// True projections of the disc centres, row by row; NaN where the lens images none.
   std::vector<cv::Point2d> centres;
@@ -23,11 +23,31 @@ struct TruthFrame {
   bool whole = false;
 };
 
+/// One picture or video frame: of the only camera, or of the left one with the right one's beside it. Both
+/// files of a pair are the same when one picture shows both cameras; centres still count in a camera's own
+/// half.
+struct TruthFrame : TruthView {
+  /// The picture's number, from 0.
+  int index = 0;
+  std::optional<TruthView> right;
+};
+
+/// The right camera of a rig. A point x of the left camera's frame is R x + T in its own, metres.
+struct TruthRight {
+  cv::Size imageSize;
+  Lens lens;
+  cv::Matx33d R = cv::Matx33d::eye();
+  cv::Vec3d T;
+};
+
 struct Truth {
+  /// Of the only or left camera.
   cv::Size imageSize;
   Lens lens;
   Sheet sheet;
   std::uint64_t seed = 0;
+  /// With it, every frame has a right view, and without it none.
+  std::optional<TruthRight> right;
   std::vector<TruthFrame> frames;
 };
 
@@ -36,6 +56,21 @@ Truth TruthOf(const Scene& scene);
 
 /// Projects the sheet for a frame of the scene.
 TruthFrame TruthFrameOf(const Scene& scene, const Pose& pose, int index, const std::string& file = "");
+
+/// The same for a rig; the scene's camera does not count.
+Truth TruthOf(const Rig& rig, const Scene& scene);
+
+/// Projects the sheet for a pair of frames of the scene.
+TruthFrame TruthFrameOf(const Rig& rig, const Scene& scene, const Pose& leftPose, int index,
+                        const std::string& leftFile = "", const std::string& rightFile = "");
+
+/// The rig of a truth. Throws std::invalid_argument when it is of one camera.
+Rig RigOf(const Truth& truth);
+
+/// What the truth of a rig says about one camera, as a truth of its own; the seed is that of the rig. Throws
+/// std::invalid_argument when the truth is of one camera.
+Truth LeftOf(const Truth& truth);
+Truth RightOf(const Truth& truth);
 
 /// Writes the truth as JSON. Throws std::runtime_error, naming the file, when it cannot be written.
 void SaveTruth(const Truth& truth, const std::string& path);

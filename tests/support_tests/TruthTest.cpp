@@ -8,6 +8,7 @@
 #include <stdexcept>
 
 #include "Cameras.h"
+#include "Rigs.h"
 #include "TemporaryFolder.h"
 #include "Views.h"
 
@@ -31,6 +32,31 @@ Truth SomeTruth() {
   return truth;
 }
 
+world::Rig SomeRig() {
+  return world::SideBySideRig(OrdinaryCamera(), world::CameraFromFieldOfView({320, 240}, 50.0), 0.08, 4.0);
+}
+
+Truth SomeRigTruth() {
+  const world::Scene scene;
+  Truth truth = world::TruthOf(SomeRig(), scene);
+  int index = 0;
+  for (const world::Pose& pose : world::RigViews(SomeRig(), 2)) {
+    const std::string name = "view" + std::to_string(index) + ".png";
+    truth.frames.push_back(
+        world::TruthFrameOf(SomeRig(), scene, pose, index, "left/" + name, "right/" + name));
+    ++index;
+  }
+  return truth;
+}
+
+void ExpectSameView(const world::TruthView& actual, const world::TruthView& expected) {
+  EXPECT_EQ(actual.file, expected.file);
+  EXPECT_EQ(actual.pose.rvec, expected.pose.rvec);
+  EXPECT_EQ(actual.pose.tvec, expected.pose.tvec);
+  EXPECT_EQ(actual.centres, expected.centres);
+  EXPECT_EQ(actual.whole, expected.whole);
+}
+
 /// The message of the exception that loading this text raises.
 std::string FaultOf(const std::string& text) {
   const TemporaryFolder folder;
@@ -44,9 +70,9 @@ std::string FaultOf(const std::string& text) {
 }
 
 /// A good document, to be broken.
-nlohmann::json GoodDocument() {
+nlohmann::json GoodDocument(const Truth& truth = SomeTruth()) {
   const TemporaryFolder folder;
-  world::SaveTruth(SomeTruth(), folder.File("truth.json"));
+  world::SaveTruth(truth, folder.File("truth.json"));
   return nlohmann::json::parse(support::ReadText(folder.File("truth.json")));
 }
 
@@ -72,6 +98,93 @@ TEST(Truth, ComesBackFromItsFileUnchanged) {
     EXPECT_EQ(loaded.frames[k].centres, saved.frames[k].centres);
     EXPECT_TRUE(loaded.frames[k].whole);
   }
+}
+
+TEST(Truth, OfOneCameraHasNoTraceOfASecond) {
+  const nlohmann::json document = GoodDocument();
+  EXPECT_EQ(document.count("right"), 0U);
+  EXPECT_EQ(document["frames"][0].count("right"), 0U);
+  const TemporaryFolder folder;
+  world::SaveTruth(SomeTruth(), folder.File("truth.json"));
+  const Truth loaded = world::LoadTruth(folder.File("truth.json"));
+  EXPECT_FALSE(loaded.right.has_value());
+  EXPECT_FALSE(loaded.frames[0].right.has_value());
+  EXPECT_THROW(world::RigOf(loaded), std::invalid_argument);
+  EXPECT_THROW(world::LeftOf(loaded), std::invalid_argument);
+  EXPECT_THROW(world::RightOf(loaded), std::invalid_argument);
+}
+
+TEST(Truth, OfARigComesBackFromItsFileUnchanged) {
+  const TemporaryFolder folder;
+  const Truth saved = SomeRigTruth();
+  world::SaveTruth(saved, folder.File("truth.json"));
+  const Truth loaded = world::LoadTruth(folder.File("truth.json"));
+  const world::Rig rig = world::RigOf(loaded);
+  EXPECT_EQ(rig.left.size, cv::Size(640, 480));
+  EXPECT_EQ(rig.left.lens.K(), SomeRig().left.lens.K());
+  EXPECT_EQ(rig.left.lens.D(), SomeRig().left.lens.D());
+  EXPECT_EQ(rig.right.size, cv::Size(320, 240));
+  EXPECT_EQ(rig.right.lens.K(), SomeRig().right.lens.K());
+  EXPECT_EQ(rig.right.lens.D(), SomeRig().right.lens.D());
+  EXPECT_EQ(rig.R, SomeRig().R);
+  EXPECT_EQ(rig.T, SomeRig().T);
+  ASSERT_EQ(loaded.frames.size(), 2U);
+  for (std::size_t k = 0; k < 2; ++k) {
+    EXPECT_EQ(loaded.frames[k].index, static_cast<int>(k));
+    ExpectSameView(loaded.frames[k], saved.frames[k]);
+    ASSERT_TRUE(loaded.frames[k].right.has_value());
+    ExpectSameView(*loaded.frames[k].right, *saved.frames[k].right);
+  }
+}
+
+TEST(Truth, OfARigHoldsWhatEachCameraSees) {
+  const Truth truth = SomeRigTruth();
+  const world::Pose pose = world::RigViews(SomeRig(), 2).back();
+  const world::TruthFrame& frame = truth.frames[1];
+  EXPECT_EQ(frame.file, "left/view1.png");
+  EXPECT_EQ(frame.centres, world::TrueCentres(SomeRig().left.lens, world::Sheet(), pose));
+  EXPECT_TRUE(frame.whole);
+  ASSERT_TRUE(frame.right.has_value());
+  const world::Pose rightPose = world::RightPose(SomeRig(), pose);
+  EXPECT_EQ(frame.right->file, "right/view1.png");
+  EXPECT_EQ(frame.right->pose.tvec, rightPose.tvec);
+  EXPECT_EQ(frame.right->centres, world::TrueCentres(SomeRig().right.lens, world::Sheet(), rightPose));
+  EXPECT_TRUE(frame.right->whole);
+}
+
+TEST(Truth, OfARigFallsApartIntoThoseOfItsCameras) {
+  const Truth truth = SomeRigTruth();
+  const Truth left = world::LeftOf(truth);
+  EXPECT_FALSE(left.right.has_value());
+  EXPECT_EQ(left.imageSize, cv::Size(640, 480));
+  EXPECT_EQ(left.lens.K(), SomeRig().left.lens.K());
+  const Truth right = world::RightOf(truth);
+  EXPECT_FALSE(right.right.has_value());
+  EXPECT_EQ(right.imageSize, cv::Size(320, 240));
+  EXPECT_EQ(right.lens.K(), SomeRig().right.lens.K());
+  EXPECT_EQ(right.sheet.Grid(), truth.sheet.Grid());
+  ASSERT_EQ(left.frames.size(), 2U);
+  ASSERT_EQ(right.frames.size(), 2U);
+  for (std::size_t k = 0; k < 2; ++k) {
+    EXPECT_FALSE(left.frames[k].right.has_value());
+    EXPECT_FALSE(right.frames[k].right.has_value());
+    EXPECT_EQ(right.frames[k].index, static_cast<int>(k));
+    ExpectSameView(left.frames[k], truth.frames[k]);
+    ExpectSameView(right.frames[k], *truth.frames[k].right);
+  }
+}
+
+TEST(Truth, NamesTheFaultOfABrokenFileOfARig) {
+  for (const char* key : {"imageSize", "K", "D", "R", "T"}) {
+    nlohmann::json document = GoodDocument(SomeRigTruth());
+    document["right"].erase(key);
+    const std::string fault = FaultOf(document.dump());
+    EXPECT_NE(fault.find(std::string("\"") + key + "\" is missing"), std::string::npos) << fault;
+  }
+  nlohmann::json document = GoodDocument(SomeRigTruth());
+  document["frames"][1].erase("right");
+  const std::string fault = FaultOf(document.dump());
+  EXPECT_NE(fault.find("\"right\" is missing"), std::string::npos) << fault;
 }
 
 TEST(Truth, KeepsCentresThatAreNotImagedAsSuch) {
