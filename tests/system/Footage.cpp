@@ -3,6 +3,7 @@
 #include <opencv2/videoio.hpp>
 #include <stdexcept>
 
+#include "RigRenderer.h"
 #include "Views.h"
 
 namespace system_test {
@@ -28,6 +29,15 @@ std::vector<cv::Mat> ViewsOf(const world::Camera& camera, int count) {
   std::vector<cv::Mat> pictures;
   for (const world::Pose& pose : world::SpreadViews(camera, count, scene.sheet)) {
     pictures.push_back(renderer.Render(pose));
+  }
+  return pictures;
+}
+
+std::vector<cv::Mat> SideBySideViewsOf(const world::Rig& rig, int count) {
+  world::RigRenderer renderer(rig, SceneOf(rig.left));
+  std::vector<cv::Mat> pictures;
+  for (const world::Pose& pose : world::RigViews(rig, count)) {
+    pictures.push_back(world::SideBySide(renderer.Render(pose)));
   }
   return pictures;
 }

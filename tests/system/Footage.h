@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Renderer.h"
+#include "Rig.h"
 
 namespace system_test {
 
@@ -16,6 +17,9 @@ std::vector<cv::Mat> ViewsOf(const world::Camera& camera, int count);
 
 /// The background without the sheet.
 cv::Mat EmptyView(const world::Camera& camera);
+
+/// Pictures side by side of the sheet in `count` well spread poses before a rig.
+std::vector<cv::Mat> SideBySideViewsOf(const world::Rig& rig, int count);
 
 /// Puts pictures of the same size side by side.
 cv::Mat Beside(const cv::Mat& left, const cv::Mat& right);

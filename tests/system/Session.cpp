@@ -9,6 +9,7 @@ constexpr std::chrono::milliseconds LOST_AFTER{4000};
 
 constexpr char LIVE_WINDOW[] = "Frame";
 constexpr char REVIEW_WINDOW[] = "Reprojected frame";
+constexpr char SEPARATOR[] = "---------------------------------------------------------\n";
 constexpr char TOTAL[] = "Total number of pictures: ";
 
 std::vector<std::string> CommandOf(const std::vector<std::string>& arguments) {
@@ -94,6 +95,12 @@ int Session::CalibrateAndReview() {
     ++views;
   }
   return views;
+}
+
+bool Session::Calibrate() {
+  const int before = CountOf(application_.Output(), SEPARATOR);
+  return Press(LIVE_WINDOW, "Return", [&] { return CountOf(application_.Output(), SEPARATOR) > before; }) &&
+         WaitUntil([&] { return CountOf(application_.Output(), SEPARATOR) == before + 2; });
 }
 
 int Session::Quit() {

@@ -45,6 +45,28 @@ TEST(BatchArguments, EveryOptionReachesItsSetting) {
   EXPECT_EQ(arguments.sampling.maxFrames, 0);
 }
 
+TEST(BatchArguments, APairIsGivenByTwoInputsOrASplit) {
+  EXPECT_FALSE(Parse({"a.png"}).arguments.IsPair());
+  const batch::Parsed lists = Parse({"l1.png", "l2.png", "--right", "r1.png", "r2.png"});
+  ASSERT_TRUE(lists.run);
+  EXPECT_TRUE(lists.arguments.IsPair());
+  EXPECT_EQ(lists.arguments.inputs, (std::vector<std::string>{"l1.png", "l2.png"}));
+  EXPECT_EQ(lists.arguments.rightInputs, (std::vector<std::string>{"r1.png", "r2.png"}));
+  const batch::Parsed split = Parse({"a.avi", "--split", "vertical"});
+  ASSERT_TRUE(split.run);
+  EXPECT_TRUE(split.arguments.IsPair());
+  EXPECT_EQ(split.arguments.split, batch::Split::Vertical);
+  EXPECT_EQ(Parse({"a.avi", "--split", "horizontal"}).arguments.split, batch::Split::Horizontal);
+}
+
+TEST(BatchArguments, ResultFilesOfThePairsCamerasAllowEveryModel) {
+  const batch::Parsed parsed =
+      Parse({"a.avi", "--split", "vertical", "--calib_left", "l.json", "--calib_right", "r.json", "--model", "classic"});
+  ASSERT_TRUE(parsed.run);
+  EXPECT_EQ(parsed.arguments.calibLeft, "l.json");
+  EXPECT_EQ(parsed.arguments.calibRight, "r.json");
+}
+
 TEST(BatchArguments, WrongUsageEndsWithStatusTwo) {
   const std::vector<std::vector<std::string>> wrong = {
       {},
@@ -60,7 +82,12 @@ TEST(BatchArguments, WrongUsageEndsWithStatusTwo) {
       {"a.png", "--width", "0"},
       {"a.png", "--every", "0"},
       {"a.png", "--unknown", "1"},
-      {"a.png", "--output"}};
+      {"a.png", "--output"},
+      {"a.png", "--split", "diagonal"},
+      {"a.png", "--right", "b.png", "--split", "vertical"},
+      {"a.png", "--right", "b.png", "--calib_left", "l.json"},
+      {"a.png", "--calib_left", "l.json", "--calib_right", "r.json"},
+      {"a.png", "--right", "b.png", "--model", "classic"}};
   for (const auto& words : wrong) {
     const batch::Parsed parsed = Parse(words);
     EXPECT_FALSE(parsed.run) << ::testing::PrintToString(words);

@@ -83,6 +83,18 @@ TEST_F(RealPhotographs, EndoscopeRightRational) {
   EXPECT_NEAR(result.readDouble("error"), 0.386482, 2e-6);
 }
 
+TEST_F(RealPhotographs, EndoscopePairRational) {
+  const std::string right = std::string(VELMORA_SHARED_DATA) + "/endoscope-stereo-4x11/right";
+  JSON result = Calibrate("endoscope-stereo-4x11/left", VGA + std::vector<std::string>{"--right", right}, "9 used of 9");
+  EXPECT_EQ(result.readInt("sensor"), 1);
+  EXPECT_NEAR(result.readDouble("error"), 0.385785, 2e-6);
+  const cv::Mat T = result.readMat("T");
+  EXPECT_NEAR(cv::norm(T), 0.018554, 1e-6);
+  EXPECT_NEAR(T.at<double>(0), -0.01810, 1e-5);
+  EXPECT_NEAR(T.at<double>(1), -0.00034, 1e-5);
+  EXPECT_NEAR(T.at<double>(2), -0.00406, 1e-5);
+}
+
 /// Each picture of another grid is found with its own size and never as a 4 x 11.
 TEST_F(RealPhotographs, OtherGridsAreFoundWithTheirOwnSizeOnly) {
   const std::vector<std::pair<std::string, std::string>> grids = {

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <sstream>
 
 namespace {
@@ -88,6 +89,26 @@ TEST(BatchReport, TheWorstViewsComeFirst) {
                     "    0.4000 px  f.png\n"
                     "    0.3000 px  e.png\n"
                     "    0.2000 px  c.png\n"));
+}
+
+TEST(BatchReport, APairIsToldByBaselineRotationAndEpipolarDistance) {
+  batch::PairReport report;
+  report.model = "rational";
+  report.used = {"a.png"};
+  report.rms = 0.25;
+  report.epipolarDistance = 0.125;
+  report.T = (cv::Mat_<double>(3, 1) << -0.06, 0.0, 0.08);
+  const double angle = CV_PI / 6.0;
+  report.R = (cv::Mat_<double>(3, 3) << std::cos(angle), 0, std::sin(angle), 0, 1, 0, -std::sin(angle), 0, std::cos(angle));
+  EXPECT_EQ(batch::PairTable(report),
+            "Views: 1 used of 1 pictures\n"
+            "\n"
+            "Pair: rational model\n"
+            "RMS reprojection error:  0.250000 px\n"
+            "Mean epipolar distance:  0.125000 px\n"
+            "Baseline:                0.100000 m\n"
+            "Translation:             -0.060000 0.000000 0.080000 m\n"
+            "Rotation:                30.0000 degrees\n");
 }
 
 }  // namespace

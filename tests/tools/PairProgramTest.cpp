@@ -1,0 +1,114 @@
+/// The headless tool on a pair of cameras, as a user runs it.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <opencv2/calib3d.hpp>
+#include <opencv2/imgcodecs.hpp>
+
+#include "JSON.h"
+#include "Process.h"
+#include "Rig.h"
+#include "RigRenderer.h"
+#include "TemporaryFolder.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using support::Process;
+constexpr std::chrono::minutes LONG_ENOUGH{4};
+
+/// Twelve pairs, rendered once for all tests, as separate pictures and side by side.
+class PairProgram : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    folder_ = new support::TemporaryFolder;
+    for (const char* name : {"left", "right", "both"}) fs::create_directory(folder_->File(name));
+    world::Scene scene;
+    scene.noise = 2.0;
+    world::RigRenderer renderer(rig_, scene);
+    std::uint64_t number = 0;
+    for (const world::Pose& pose : world::RigViews(rig_, 12)) {
+      const world::PicturePair pair = renderer.Render(pose, number);
+      const std::string name = "/" + std::to_string(100 + number++) + ".png";
+      cv::imwrite(folder_->File("left") + name, pair.left);
+      cv::imwrite(folder_->File("right") + name, pair.right);
+      cv::imwrite(folder_->File("both") + name, world::SideBySide(pair));
+    }
+  }
+  static void TearDownTestSuite() {
+    delete folder_;
+    folder_ = nullptr;
+  }
+
+  static void ExpectStereoResult(const std::string& path) {
+    JSON result;
+    ASSERT_TRUE(result.load(path));
+    EXPECT_EQ(result.readInt("sensor"), 1);
+    EXPECT_NEAR(cv::norm(result.readMat("T")), cv::norm(rig_.T), 0.005 * cv::norm(rig_.T));
+    cv::Vec3d turn;
+    cv::Rodrigues(cv::Matx33d(result.readMat("R")) * rig_.R.t(), turn);
+    EXPECT_LT(cv::norm(turn) * 180.0 / CV_PI, 0.1);
+  }
+
+  static support::TemporaryFolder* folder_;
+  static const world::Rig rig_;
+};
+
+support::TemporaryFolder* PairProgram::folder_ = nullptr;
+const world::Rig PairProgram::rig_ =
+    world::SideBySideRig({640, 480}, 60.0, 0.08, 2.0, {-0.1, 0.02, 0, 0, 0}, {-0.08, 0.01, 0, 0, 0});
+
+TEST_F(PairProgram, TwoFoldersBecomeThreeResultFiles) {
+  Process tool({VELMORA_BATCH, folder_->File("left"), "--right", folder_->File("right"), "--hdist", "0.2", "--output",
+                folder_->File("pair")});
+  ASSERT_EQ(tool.WaitForExit(LONG_ENOUGH), 0) << tool.Errors();
+  EXPECT_NE(tool.Output().find("Baseline:                0.0"), std::string::npos) << tool.Output();
+  ExpectStereoResult(folder_->File("pair.json"));
+  for (const char* camera : {"pair_left.json", "pair_right.json"}) {
+    JSON result;
+    ASSERT_TRUE(result.load(folder_->File(camera)));
+    EXPECT_EQ(result.readInt("sensor"), 0);
+    EXPECT_EQ(result.readMat("distCoefs").cols, 14);
+  }
+}
+
+TEST_F(PairProgram, WithResultFilesOnlyThePairIsComputed) {
+  Process both({VELMORA_BATCH, folder_->File("both"), "--split", "vertical", "--hdist", "0.2", "--output",
+                folder_->File("first")});
+  ASSERT_EQ(both.WaitForExit(LONG_ENOUGH), 0) << both.Errors();
+  ExpectStereoResult(folder_->File("first.json"));
+  Process pair({VELMORA_BATCH, folder_->File("both"), "--split", "vertical", "--hdist", "0.2", "--calib_left",
+                folder_->File("first_left.json"), "--calib_right", folder_->File("first_right.json"), "--output",
+                folder_->File("second")});
+  ASSERT_EQ(pair.WaitForExit(LONG_ENOUGH), 0) << pair.Errors();
+  EXPECT_FALSE(fs::exists(folder_->File("second_left.json")));
+  EXPECT_EQ(support::ReadText(folder_->File("first.json")), support::ReadText(folder_->File("second.json")));
+}
+
+TEST_F(PairProgram, UnequalNumbersOfPicturesAreRefused) {
+  Process tool({VELMORA_BATCH, folder_->File("left"), "--right", folder_->File("right") + "/100.png", "--output",
+                folder_->File("unequal")});
+  EXPECT_EQ(tool.WaitForExit(LONG_ENOUGH), 2);
+  EXPECT_EQ(tool.Errors(), "Error: the left camera has 12 pictures, the right one 1.\n");
+}
+
+TEST_F(PairProgram, AResultFileThatIsNoneIsNamed) {
+  support::WriteText(folder_->File("broken.json"), "{ not JSON");
+  Process tool({VELMORA_BATCH, folder_->File("both"), "--split", "vertical", "--calib_left",
+                folder_->File("broken.json"), "--calib_right", folder_->File("missing.json"), "--output",
+                folder_->File("none")});
+  EXPECT_EQ(tool.WaitForExit(LONG_ENOUGH), 2);
+  EXPECT_NE(tool.Output().find("ERROR : Cannot open file: " + folder_->File("broken.json")), std::string::npos);
+  EXPECT_FALSE(fs::exists(folder_->File("none.json")));
+}
+
+TEST_F(PairProgram, APairWithTheGridInOneImageOnlyIsRejectedForThatSide) {
+  cv::Mat half = cv::imread(folder_->File("both") + "/100.png");
+  half.colRange(0, 640).setTo(cv::Scalar::all(120));
+  cv::imwrite(folder_->File("half.png"), half);
+  Process tool({VELMORA_BATCH, folder_->File("half.png"), "--split", "vertical", "--output", folder_->File("half")});
+  EXPECT_EQ(tool.WaitForExit(LONG_ENOUGH), 1);
+  EXPECT_NE(tool.Output().find("  1 not used, left: no grid found:\n    half.png\n"), std::string::npos) << tool.Output();
+}
+
+}  // namespace
