@@ -1,0 +1,80 @@
+/// The options of the renderer.
+#include "render/Arguments.h"
+
+namespace render {
+
+namespace {
+
+void DeclareWork(CLI::App& app, Arguments& a) {
+  app.add_option("-o,--output", a.output, "Folder of the pictures and truth.json, made when absent")
+      ->capture_default_str();
+  app.add_option("--views", a.views, "Render this many pictures")->check(CLI::Range(1, 100000));
+  app.add_option("--video", a.video,
+                 "Render a video (.avi); the truth goes to FILE.truth.json, without \".avi\"");
+  app.add_option("--seconds", a.seconds, "Duration of the video")
+      ->capture_default_str()
+      ->check(CLI::PositiveNumber);
+  app.add_option("--fps", a.fps, "Frames per second of the video")
+      ->capture_default_str()
+      ->check(CLI::PositiveNumber);
+  app.add_option("--away", a.away,
+                 "In the video, take the sheet out of the image after every N views (0: never)")
+      ->capture_default_str()
+      ->check(CLI::NonNegativeNumber);
+  app.add_option("--sheet", a.sheet, "Write the flat sheet as a PNG of 150 dpi");
+}
+
+void DeclareScene(CLI::App& app, Arguments& a) {
+  app.add_option("--size", a.size, "Image size, WxH")->capture_default_str();
+  app.add_option("--grid", a.grid, "Discs, COLUMNSxROWS")->capture_default_str();
+  app.add_option("--fov", a.fieldOfView, "Horizontal field of view, degrees")
+      ->capture_default_str()
+      ->check(CLI::Range(1.0, 170.0));
+  app.add_option("--fx", a.fx, "Focal length, pixels; instead of --fov")->check(CLI::PositiveNumber);
+  app.add_option("--fy", a.fy, "Focal length along y; that of x by default")->check(CLI::PositiveNumber);
+  app.add_option("--cx", a.cx, "Principal point; the middle of the image by default");
+  app.add_option("--cy", a.cy, "Principal point; the middle of the image by default");
+  app.add_option("--dist", a.distortion, "Distortion coefficients k1,k2,p1,p2,k3,...")->delimiter(',');
+  app.add_option("--unit", a.unit, "Distance of neighbouring rows, metres")
+      ->capture_default_str()
+      ->check(CLI::PositiveNumber);
+  app.add_option("--blur", a.blur, "Gaussian blur, sigma in pixels")->check(CLI::Range(0.0, 100.0));
+  app.add_option("--noise", a.noise, "Sensor noise, sigma in grey levels")->check(CLI::Range(0.0, 255.0));
+  app.add_option("--light", a.light, "Unevenness of the light")->check(CLI::Range(0.0, 1.0));
+  app.add_option("--clutter", a.clutter, "Objects behind the sheet")->check(CLI::Range(0, 100000));
+  app.add_flag("--spread", a.spread, "The fixed, well-conditioned list of views instead of random ones");
+  app.add_option("--seed", a.seed, "Seed of everything random")->capture_default_str();
+}
+
+void DeclareRig(CLI::App& app, Arguments& a) {
+  CLI::Option* rig = app.add_flag("--rig", a.rig,
+                                  "Two cameras: folders left and right in that of the pictures, videos "
+                                  "FILE_left.avi and FILE_right.avi");
+  app.add_option("--baseline", a.baseline, "Distance of the cameras, metres")
+      ->capture_default_str()
+      ->check(CLI::PositiveNumber)
+      ->needs(rig);
+  app.add_option("--toe-in", a.toeIn, "Angle at which the cameras' axes meet, degrees")
+      ->capture_default_str()
+      ->check(CLI::Range(-90.0, 90.0))
+      ->needs(rig);
+  app.add_option("--dist-right", a.rightDistortion,
+                 "Distortion coefficients of the right camera; those of the left one by default")
+      ->delimiter(',')
+      ->needs(rig);
+  app.add_option("--combine", a.combine,
+                 "Both cameras in one picture or video: vertical (side by side) or horizontal (the left one "
+                 "above the right one)")
+      ->check(CLI::IsMember({"vertical", "horizontal"}))
+      ->needs(rig);
+}
+
+}  // namespace
+
+void Declare(CLI::App& app, Arguments& arguments) {
+  DeclareWork(app, arguments);
+  DeclareScene(app, arguments);
+  DeclareRig(app, arguments);
+}
+
+}  // namespace render

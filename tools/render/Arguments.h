@@ -1,0 +1,43 @@
+/// The command line of the renderer.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace render {
+
+/// The command line as given.
+struct Arguments {
+  std::string output = ".";
+  std::string video;
+  std::string sheet;
+  int views = 0;
+  double seconds = 20.0;
+  double fps = 25.0;
+  int away = 0;
+  std::string size = "640x480";
+  std::string grid = "4x11";
+  double fieldOfView = 60.0;
+  std::optional<double> fx, fy, cx, cy;
+  std::vector<double> distortion;
+  double unit = 0.02;
+  double blur = 0.0;
+  double noise = 0.0;
+  double light = 0.0;
+  int clutter = 0;
+  bool spread = false;
+  std::uint64_t seed = 1;
+  bool rig = false;
+  double baseline = 0.1;
+  double toeIn = 0.0;
+  std::vector<double> rightDistortion;
+  std::string combine;
+};
+
+/// Declares all options; parsing then fills the arguments.
+void Declare(CLI::App& app, Arguments& arguments);
+
+}  // namespace render

@@ -1,0 +1,93 @@
+/// Cameras, scenes and views out of the command line.
+#include "render/Scenes.h"
+
+#include <algorithm>
+#include <cmath>
+#include <sstream>
+#include <stdexcept>
+
+#include "Views.h"
+
+namespace render {
+
+namespace {
+
+constexpr int LARGEST_SIDE = 8192;
+constexpr int MOST_DISCS = 100;
+constexpr int MOST_FRAMES = 1000000;
+constexpr int MOST_KEYS = 200;
+/// In a video, how long the sheet takes from one view to the next.
+constexpr double SECONDS_PER_VIEW = 1.2;
+
+/// "WxH" with positive numbers up to `most`.
+cv::Size ParseSize(const std::string& text, const std::string& option, int most) {
+  std::istringstream stream(text);
+  cv::Size size;
+  char separator = '\0';
+  const bool parsed = static_cast<bool>(stream >> size.width >> separator >> size.height);
+  if (!parsed || stream.peek() != std::istringstream::traits_type::eof() || separator != 'x' ||
+      size.width < 1 || size.height < 1 || size.width > most || size.height > most) {
+    throw std::invalid_argument(option + " wants two numbers from 1 to " + std::to_string(most) +
+                                " joined by an x");
+  }
+  return size;
+}
+
+world::Camera CameraOf(const Arguments& a, const std::vector<double>& distortion) {
+  const cv::Size size = ParseSize(a.size, "--size", LARGEST_SIDE);
+  world::Camera camera = world::CameraFromFieldOfView(size, a.fieldOfView);
+  cv::Matx33d K = camera.lens.K();
+  if (a.fx) K(0, 0) = K(1, 1) = *a.fx;
+  if (a.fy) K(1, 1) = *a.fy;
+  if (a.cx) K(0, 2) = *a.cx;
+  if (a.cy) K(1, 2) = *a.cy;
+  camera.lens = world::Lens(K, distortion);
+  return camera;
+}
+
+}  // namespace
+
+world::Sheet SheetOf(const Arguments& a) {
+  return world::Sheet(ParseSize(a.grid, "--grid", MOST_DISCS), a.unit);
+}
+
+world::Scene SceneOf(const Arguments& a) {
+  world::Scene scene;
+  scene.camera = CameraOf(a, a.distortion);
+  scene.sheet = SheetOf(a);
+  scene.blur = a.blur;
+  scene.noise = a.noise;
+  scene.light = a.light;
+  scene.clutter = a.clutter;
+  scene.seed = a.seed;
+  return scene;
+}
+
+world::Rig RigOf(const Arguments& a) {
+  const std::vector<double>& right = a.rightDistortion.empty() ? a.distortion : a.rightDistortion;
+  return world::SideBySideRig(CameraOf(a, a.distortion), CameraOf(a, right), a.baseline, a.toeIn);
+}
+
+std::vector<world::Pose> ViewsOf(const Arguments& a, const world::Scene& scene, int count) {
+  return a.spread ? world::SpreadViews(scene.camera, count, scene.sheet)
+                  : world::SampleViews(scene.camera, count, scene.seed, scene.sheet);
+}
+
+std::vector<world::Pose> ViewsOf(const Arguments& a, const world::Rig& rig, const world::Sheet& sheet,
+                                 int count) {
+  return a.spread ? world::RigViews(rig, count, sheet) : world::SampleRigViews(rig, count, a.seed, sheet);
+}
+
+int FramesOf(const Arguments& a) {
+  const double product = std::round(a.seconds * a.fps);
+  if (!(product >= 1.0 && product <= MOST_FRAMES)) {
+    throw std::invalid_argument("a video has 1 to " + std::to_string(MOST_FRAMES) + " frames");
+  }
+  return static_cast<int>(product);
+}
+
+int KeysOf(const Arguments& a) {
+  return static_cast<int>(std::min<double>(MOST_KEYS, std::max(2.0, a.seconds / SECONDS_PER_VIEW)));
+}
+
+}  // namespace render

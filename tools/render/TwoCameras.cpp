@@ -1,0 +1,108 @@
+/// Renders what two cameras see at once.
+#include "render/TwoCameras.h"
+
+#include "RigRenderer.h"
+#include "Truth.h"
+#include "render/Files.h"
+#include "render/Scenes.h"
+
+namespace render {
+
+namespace {
+
+/// The pair in one picture, as the command line wants it.
+cv::Mat Combined(const Arguments& a, const world::PicturePair& pair) {
+  return a.combine == "vertical" ? world::SideBySide(pair) : world::OneAboveTheOther(pair);
+}
+
+/// Saves what the truth of a pair says about one camera beside that camera's pictures.
+void SaveInFolder(world::Truth truth, const std::filesystem::path& folder) {
+  for (world::TruthFrame& frame : truth.frames) {
+    frame.file = std::filesystem::path(frame.file).filename().string();
+  }
+  world::SaveTruth(truth, (folder / "truth.json").string());
+}
+
+/// The name of a camera's own video.
+std::string NameOf(const std::string& video, const std::string& camera) {
+  const std::filesystem::path path(video);
+  const std::filesystem::path name(path.stem().string() + "_" + camera + path.extension().string());
+  return (path.parent_path() / name).string();
+}
+
+/// Where the frames of both cameras go: to one video or to two.
+class PairVideo {
+ public:
+  explicit PairVideo(const Arguments& arguments) : arguments_(arguments) {}
+
+  void Write(const world::PicturePair& pair) {
+    if (!arguments_.combine.empty()) {
+      Write(left_, arguments_.video, Combined(arguments_, pair));
+    } else {
+      Write(left_, NameOf(arguments_.video, "left"), pair.left);
+      Write(right_, NameOf(arguments_.video, "right"), pair.right);
+    }
+  }
+
+ private:
+  void Write(cv::VideoWriter& video, const std::string& path, const cv::Mat& picture) {
+    if (!video.isOpened()) video = OpenVideo(path, arguments_.fps, picture.size());
+    video.write(picture);
+  }
+
+  const Arguments& arguments_;
+  cv::VideoWriter left_;
+  cv::VideoWriter right_;
+};
+
+}  // namespace
+
+void RenderPicturePairs(const Arguments& a) {
+  const world::Scene scene = SceneOf(a);
+  const world::Rig rig = RigOf(a);
+  const std::vector<world::Pose> poses = ViewsOf(a, rig, scene.sheet, a.views);
+  const std::filesystem::path folder(a.output);
+  const bool combined = !a.combine.empty();
+  MakeFolder(combined ? folder : folder / "left");
+  MakeFolder(combined ? folder : folder / "right");
+  world::RigRenderer renderer(rig, scene);
+  world::Truth truth = world::TruthOf(rig, scene);
+  for (int k = 0; k < a.views; ++k) {
+    const world::Pose& pose = poses[static_cast<std::size_t>(k)];
+    const world::PicturePair pair = renderer.Render(pose, static_cast<std::uint64_t>(k));
+    const std::string name = PictureName(k);
+    const std::string left = combined ? name : "left/" + name;
+    const std::string right = combined ? name : "right/" + name;
+    WritePicture((folder / left).string(), combined ? Combined(a, pair) : pair.left);
+    if (!combined) WritePicture((folder / right).string(), pair.right);
+    truth.frames.push_back(world::TruthFrameOf(rig, scene, pose, k, left, right));
+  }
+  world::SaveTruth(truth, (folder / "truth.json").string());
+  if (combined) return;
+  SaveInFolder(world::LeftOf(truth), folder / "left");
+  SaveInFolder(world::RightOf(truth), folder / "right");
+}
+
+void RenderVideoPair(const Arguments& a) {
+  const world::Scene scene = SceneOf(a);
+  const world::Rig rig = RigOf(a);
+  const int frames = FramesOf(a);
+  const world::Trajectory path =
+      world::ThroughViews(rig, scene.sheet, ViewsOf(a, rig, scene.sheet, KeysOf(a)), a.seconds, a.away);
+  world::RigRenderer renderer(rig, scene);
+  world::Truth truth = world::TruthOf(rig, scene);
+  {
+    PairVideo video(a);
+    for (int k = 0; k < frames; ++k) {
+      const world::Pose pose = path.At(k / a.fps);
+      video.Write(renderer.Render(pose, static_cast<std::uint64_t>(k)));
+      truth.frames.push_back(world::TruthFrameOf(rig, scene, pose, k));
+    }
+  }
+  world::SaveTruth(truth, TruthName(a.video));
+  if (!a.combine.empty()) return;
+  world::SaveTruth(world::LeftOf(truth), TruthName(NameOf(a.video, "left")));
+  world::SaveTruth(world::RightOf(truth), TruthName(NameOf(a.video, "right")));
+}
+
+}  // namespace render
