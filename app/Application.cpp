@@ -26,7 +26,8 @@ constexpr std::chrono::milliseconds QUIT_GRACE{500};
 const cv::Size PATTERN_SIZE(4, 11);
 
 LoopOptions OptionsOf(const Settings& settings, const SourcePlan& plan, const CaptureRequest& source) {
-  return {settings.model, settings.output, plan.videoFile, cv::Size(settings.width, settings.height), source.name};
+  return {settings.model, settings.output, plan.videoFile, cv::Size(settings.width, settings.height),
+          source.name};
 }
 
 int LoopOverOneCamera(const Settings& settings, const SourcePlan& plan, Camera camera, FrameFeed& feed,
@@ -46,8 +47,8 @@ int LoopOverPair(const Settings& settings, const SourcePlan& plan, PairFeed& fee
   return StereoLoop(engine, feed, screen, OptionsOf(settings, plan, plan.captures.front()), out, err).Run();
 }
 
-/// Runs a loop over a reader of the source. An exception that ends it is reported in one line; a reader that is
-/// stuck in its source ends the process without waiting for it.
+/// Runs a loop over a reader of the source. An exception that ends it is reported in one line; a reader that
+/// is stuck in its source ends the process without waiting for it.
 template <typename Reader, typename Loop>
 int RunOver(typename Reader::Source source, bool videoFile, const Loop& loop, std::ostream& err) {
   Reader reader(std::move(source), videoFile ? Delivery::EveryFrame : Delivery::NewestFrame);
@@ -64,8 +65,8 @@ int RunOver(typename Reader::Source source, bool videoFile, const Loop& loop, st
 }
 
 /// The captures pass to the reader's thread, which also closes them: closing may hang as reading may.
-int CalibrateFrom(Captures captures, const Settings& settings, const SourcePlan& plan, const Selection& selection,
-                  std::ostream& out, std::ostream& err) {
+int CalibrateFrom(Captures captures, const Settings& settings, const SourcePlan& plan,
+                  const Selection& selection, std::ostream& out, std::ostream& err) {
   if (selection.kind == Calibrator::STEREO) {
     auto source = StereoSource(captures, settings.split);
     captures.clear();

@@ -36,8 +36,8 @@ Captures OpenCaptures(const SourcePlan& plan, const std::function<std::unique_pt
 /// each frame of a split one. The source keeps all the captures open.
 FrameReader::Source MonocularSource(const Captures& captures, Split split, Camera camera);
 
-/// The images of both cameras: one of each of two captures, or both halves of each frame of a split one. The source
-/// keeps all the captures open.
+/// The images of both cameras: one of each of two captures, or both halves of each frame of a split one. The
+/// source keeps all the captures open.
 PairReader::Source StereoSource(const Captures& captures, Split split);
 
 }  // namespace app

@@ -44,7 +44,8 @@ struct BasicFrameReader<Frame>::Shared {
 
 template <typename Frame>
 BasicFrameReader<Frame>::BasicFrameReader(Source source, Delivery delivery)
-    : shared_(std::make_shared<Shared>(delivery)), thread_(&BasicFrameReader::Read, shared_, std::move(source)) {
+    : shared_(std::make_shared<Shared>(delivery)),
+      thread_(&BasicFrameReader::Read, shared_, std::move(source)) {
 }
 
 template <typename Frame>

@@ -39,10 +39,14 @@ cv::Mat WaitingPicture(cv::Size size) {
 
 const char* NameOfModel(int model) {
   switch (model) {
-    case Calibrator::MODEL_FULL: return "full";
-    case Calibrator::MODEL_RATIONAL: return "rational";
-    case Calibrator::MODEL_CLASSIC: return "classic";
-    default: return nullptr;
+    case Calibrator::MODEL_FULL:
+      return "full";
+    case Calibrator::MODEL_RATIONAL:
+      return "rational";
+    case Calibrator::MODEL_CLASSIC:
+      return "classic";
+    default:
+      return nullptr;
   }
 }
 
@@ -50,9 +54,10 @@ const char* NameOfModel(int model) {
 
 const char* const InteractiveLoop::WINDOW = "Frame";
 
-InteractiveLoop::InteractiveLoop(const Kind& kind, Screen& screen, const LoopOptions& options, std::ostream& out,
-                                 std::ostream& err)
-    : screen_(screen), options_(options), out_(out), err_(err), kind_(kind) {}
+InteractiveLoop::InteractiveLoop(const Kind& kind, Screen& screen, const LoopOptions& options,
+                                 std::ostream& out, std::ostream& err)
+    : screen_(screen), options_(options), out_(out), err_(err), kind_(kind) {
+}
 
 int InteractiveLoop::Run() {
   for (;;) {
@@ -63,10 +68,17 @@ int InteractiveLoop::Run() {
     }
     const int frameWait = options_.videoFile ? kind_.recordingWait : LIVE_WAIT;
     switch (screen_.WaitKey(arrival == Arrival::NewFrame ? frameWait : IDLE_WAIT)) {
-      case KEY_ENTER: Calibrate(); break;
-      case KEY_SNAPSHOT: TakeSnapshot(); break;
-      case KEY_QUIT: out_ << "Bye." << std::endl; return QUIT_STATUS;
-      default: break;  // upper-case P and Q do nothing, although the help text shows them
+      case KEY_ENTER:
+        Calibrate();
+        break;
+      case KEY_SNAPSHOT:
+        TakeSnapshot();
+        break;
+      case KEY_QUIT:
+        out_ << "Bye." << std::endl;
+        return QUIT_STATUS;
+      default:
+        break;  // upper-case P and Q do nothing, although the help text shows them
     }
   }
 }

@@ -20,8 +20,8 @@ struct LoopOptions {
   std::string sourceName;  ///< what messages call the source
 };
 
-/// Shows frames with what was detected in them and acts on three keys: p takes a snapshot, ENTER calibrates and
-/// starts over, q quits.
+/// Shows frames with what was detected in them and acts on three keys: p takes a snapshot, ENTER calibrates
+/// and starts over, q quits.
 ///
 /// A source that has ended or pauses leaves its last frame on the screen, and the keys go on working on it. A
 /// source that has delivered nothing yet is waited for behind a black picture that says so.
@@ -40,7 +40,8 @@ class InteractiveLoop {
     int recordingWait;  ///< milliseconds for a key, per frame of a recording
   };
 
-  InteractiveLoop(const Kind& kind, Screen& screen, const LoopOptions& options, std::ostream& out, std::ostream& err);
+  InteractiveLoop(const Kind& kind, Screen& screen, const LoopOptions& options, std::ostream& out,
+                  std::ostream& err);
 
   /// Takes the next frame over; false when none came in that time.
   virtual bool TakeFrame(std::chrono::milliseconds patience) = 0;

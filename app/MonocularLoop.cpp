@@ -8,11 +8,16 @@ constexpr int RECORDING_WAIT = 42;
 
 }  // namespace
 
-MonocularLoop::MonocularLoop(MonocularEngine& engine, FrameFeed& feed, Screen& screen, const LoopOptions& options,
-                             std::ostream& out, std::ostream& err)
-    : InteractiveLoop({"monocular", RECORDING_WAIT}, screen, options, out, err), engine_(engine), feed_(feed) {}
+MonocularLoop::MonocularLoop(MonocularEngine& engine, FrameFeed& feed, Screen& screen,
+                             const LoopOptions& options, std::ostream& out, std::ostream& err)
+    : InteractiveLoop({"monocular", RECORDING_WAIT}, screen, options, out, err),
+      engine_(engine),
+      feed_(feed) {
+}
 
-bool MonocularLoop::TakeFrame(std::chrono::milliseconds patience) { return feed_.Take(frame_, patience); }
+bool MonocularLoop::TakeFrame(std::chrono::milliseconds patience) {
+  return feed_.Take(frame_, patience);
+}
 
 void MonocularLoop::DetectAndShow() {
   picture_ = frame_.clone();
@@ -20,7 +25,9 @@ void MonocularLoop::DetectAndShow() {
   ShowAgain();
 }
 
-void MonocularLoop::ShowAgain() { screen_.Show(WINDOW, picture_); }
+void MonocularLoop::ShowAgain() {
+  screen_.Show(WINDOW, picture_);
+}
 
 void MonocularLoop::TakeSnapshot() {
   if (detected_) {

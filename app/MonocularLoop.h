@@ -9,7 +9,8 @@
 
 namespace app {
 
-/// Shows each frame in the window "Frame". After a computation the result is saved and the snapshots are reviewed.
+/// Shows each frame in the window "Frame". After a computation the result is saved and the snapshots are
+/// reviewed.
 class MonocularLoop final : public InteractiveLoop {
  public:
   MonocularLoop(MonocularEngine& engine, FrameFeed& feed, Screen& screen, const LoopOptions& options,

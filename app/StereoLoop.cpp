@@ -22,16 +22,20 @@ bool Write(const std::string& file, const cv::Mat& image) {
 
 StereoLoop::StereoLoop(StereoEngine& engine, PairFeed& feed, Screen& screen, const LoopOptions& options,
                        std::ostream& out, std::ostream& err)
-    : StereoLoop(engine, feed, screen, options, Folders(), out, err) {}
+    : StereoLoop(engine, feed, screen, options, Folders(), out, err) {
+}
 
 StereoLoop::StereoLoop(StereoEngine& engine, PairFeed& feed, Screen& screen, const LoopOptions& options,
                        const Folders& folders, std::ostream& out, std::ostream& err)
     : InteractiveLoop({"stereo", RECORDING_WAIT}, screen, options, out, err),
       engine_(engine),
       feed_(feed),
-      folders_(folders) {}
+      folders_(folders) {
+}
 
-bool StereoLoop::TakeFrame(std::chrono::milliseconds patience) { return feed_.Take(pair_, patience); }
+bool StereoLoop::TakeFrame(std::chrono::milliseconds patience) {
+  return feed_.Take(pair_, patience);
+}
 
 void StereoLoop::DetectAndShow() {
   pictures_.left = pair_.left.clone();

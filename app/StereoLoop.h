@@ -7,8 +7,8 @@
 
 namespace app {
 
-/// Shows the left image in the window "Frame" and the right one in "FrameRight". The key p also writes both images
-/// as they are shown, numbered by key presses, into folders that are made when they are first needed.
+/// Shows the left image in the window "Frame" and the right one in "FrameRight". The key p also writes both
+/// images as they are shown, numbered by key presses, into folders that are made when they are first needed.
 class StereoLoop final : public InteractiveLoop {
  public:
   /// Folders of the left and right images, each with a slash at its end.
@@ -17,10 +17,10 @@ class StereoLoop final : public InteractiveLoop {
     std::string right = "../res/right/";
   };
 
-  StereoLoop(StereoEngine& engine, PairFeed& feed, Screen& screen, const LoopOptions& options, std::ostream& out,
-             std::ostream& err);
-  StereoLoop(StereoEngine& engine, PairFeed& feed, Screen& screen, const LoopOptions& options, const Folders& folders,
+  StereoLoop(StereoEngine& engine, PairFeed& feed, Screen& screen, const LoopOptions& options,
              std::ostream& out, std::ostream& err);
+  StereoLoop(StereoEngine& engine, PairFeed& feed, Screen& screen, const LoopOptions& options,
+             const Folders& folders, std::ostream& out, std::ostream& err);
 
  private:
   bool TakeFrame(std::chrono::milliseconds patience) override;

@@ -18,8 +18,9 @@ bool BareSearch(const cv::Mat& frame, std::vector<cv::Point2d>& points) {
   if (frame.size() != PROCESSING) {
     const double factor = std::max(static_cast<double>(PROCESSING.width) / frame.cols,
                                    static_cast<double>(PROCESSING.height) / frame.rows);
-    cv::resize(frame, scaled, cv::Size(static_cast<int>(factor * frame.cols), static_cast<int>(factor * frame.rows)),
-               0, 0, cv::INTER_NEAREST);
+    cv::resize(frame, scaled,
+               cv::Size(static_cast<int>(factor * frame.cols), static_cast<int>(factor * frame.rows)), 0, 0,
+               cv::INTER_NEAREST);
     scaled = scaled(cv::Rect((scaled.cols - PROCESSING.width) / 2, (scaled.rows - PROCESSING.height) / 2,
                              PROCESSING.width, PROCESSING.height));
   }
@@ -43,6 +44,12 @@ void Detection(benchmark::State& state, const cv::Mat& source) {
 
 }  // namespace
 
-BENCHMARK_CAPTURE(Detection, grid_640x480, bench::GridFrame({640, 480}))->UseManualTime()->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Detection, grid_1280x720, bench::GridFrame({1280, 720}))->UseManualTime()->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Detection, empty_640x480, bench::EmptyFrame({640, 480}))->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Detection, grid_640x480, bench::GridFrame({640, 480}))
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Detection, grid_1280x720, bench::GridFrame({1280, 720}))
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Detection, empty_640x480, bench::EmptyFrame({640, 480}))
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);

@@ -30,7 +30,8 @@ void DrawOverlayShare(benchmark::State& state) {
 }
 
 void DrawCornersShare(benchmark::State& state) {
-  ShareOfDetection(state, [](cv::Mat& canvas, const std::vector<cv::Point2d>& points) { DrawGrid(points, GRID, canvas); });
+  ShareOfDetection(
+      state, [](cv::Mat& canvas, const std::vector<cv::Point2d>& points) { DrawGrid(points, GRID, canvas); });
 }
 
 }  // namespace

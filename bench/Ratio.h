@@ -9,8 +9,8 @@
 
 namespace bench {
 
-/// Runs both in turn in every iteration of a benchmark, so that whatever else the machine does meets both alike,
-/// and reports the ratio of their medians. The benchmark's own time is that of the engine's way.
+/// Runs both in turn in every iteration of a benchmark, so that whatever else the machine does meets both
+/// alike, and reports the ratio of their medians. The benchmark's own time is that of the engine's way.
 class Ratio {
  public:
   template <typename Engine, typename Bare>

@@ -23,7 +23,9 @@ JSON SomeResult() {
   return document;
 }
 
-std::string ScratchFile(const char* name) { return (std::filesystem::temp_directory_path() / name).string(); }
+std::string ScratchFile(const char* name) {
+  return (std::filesystem::temp_directory_path() / name).string();
+}
 
 void WriteResultFile(benchmark::State& state) {
   const JSON document = SomeResult();

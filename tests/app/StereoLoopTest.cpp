@@ -1,4 +1,5 @@
-/// The interactive loop for a pair with a scripted feed, screen and engine: keys, texts, images, order of the steps.
+/// The interactive loop for a pair with a scripted feed, screen and engine: keys, texts, images, order of the
+/// steps.
 #include "StereoLoop.h"
 
 #include <gtest/gtest.h>
@@ -19,7 +20,9 @@ constexpr int NO_KEY = -1;
 
 using Journal = std::vector<std::string>;
 
-cv::Mat Coloured(int colour) { return cv::Mat(4, 4, CV_8UC1, cv::Scalar(colour)); }
+cv::Mat Coloured(int colour) {
+  return cv::Mat(4, 4, CV_8UC1, cv::Scalar(colour));
+}
 
 /// Hands out pairs of the scripted colours; the right one is lighter by one.
 class ScriptedFeed final : public app::PairFeed {
@@ -108,7 +111,8 @@ class StereoLoop : public testing::Test {
   /// The names of the images in a folder.
   static std::vector<std::string> ImagesIn(const std::string& folder) {
     std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(folder)) names.push_back(entry.path().filename().string());
+    for (const auto& entry : fs::directory_iterator(folder))
+      names.push_back(entry.path().filename().string());
     std::sort(names.begin(), names.end());
     return names;
   }
@@ -162,18 +166,18 @@ TEST_F(StereoLoop, TheFoldersAreMadeWhenTheyAreFirstNeeded) {
 TEST_F(StereoLoop, AnImageThatCannotBeWrittenIsReportedAndTheSnapshotKept) {
   support::WriteText(folder_.File("res"), "a file where the folders should be");
   RunLoop({1}, {'p'});
-  EXPECT_EQ(err_.str(), "ERROR: cannot write '" + folders_.left + "0.jpg'.\nERROR: cannot write '" + folders_.right +
-                            "0.jpg'.\n");
+  EXPECT_EQ(err_.str(), "ERROR: cannot write '" + folders_.left + "0.jpg'.\nERROR: cannot write '" +
+                            folders_.right + "0.jpg'.\n");
   EXPECT_EQ(out_.str(), "New points added. Total number of pictures: 1\nBye.\n");
 }
 
 TEST_F(StereoLoop, EnterComputesSavesAndStartsOverWithoutAReview) {
   RunLoop({1, 2, 3}, {'p', ENTER, 'p'});
-  EXPECT_EQ(journal_, (Journal{"detect 1", "show Frame 101", "show FrameRight 102", "wait 1",     //
-                               "detect 2", "show Frame 102", "show FrameRight 103", "wait 1",     //
-                               "close Frame", "compute 20", "save 'pair'", "reset",               //
-                               "detect 3", "show Frame 103", "show FrameRight 104", "wait 1",     //
-                               "detect 3", "show Frame 103", "show FrameRight 104", "wait 10"}));
+  EXPECT_EQ(journal_, (Journal{"detect 1",    "show Frame 101", "show FrameRight 102", "wait 1",  //
+                               "detect 2",    "show Frame 102", "show FrameRight 103", "wait 1",  //
+                               "close Frame", "compute 20",     "save 'pair'",         "reset",   //
+                               "detect 3",    "show Frame 103", "show FrameRight 104", "wait 1",  //
+                               "detect 3",    "show Frame 103", "show FrameRight 104", "wait 10"}));
   const std::string separator(57, '-');
   EXPECT_EQ(out_.str(), "New points added. Total number of pictures: 1\n\n" + separator +
                             "\n\nComputing stereo calibration, model 'rational'. This may take a while...\n"
@@ -191,8 +195,9 @@ TEST_F(StereoLoop, TheModelIsNamed) {
     options_.model = model;
     out_.str("");
     RunLoop({1}, {ENTER});
-    EXPECT_NE(out_.str().find("Computing stereo calibration, model '" + name + "'. This may take a while...\n"),
-              std::string::npos);
+    EXPECT_NE(
+        out_.str().find("Computing stereo calibration, model '" + name + "'. This may take a while...\n"),
+        std::string::npos);
   }
 }
 

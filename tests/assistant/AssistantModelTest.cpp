@@ -53,6 +53,21 @@ TEST_F(AssistantModelFile, IsMappedToTheFrameWithItsShapeKept) {
   }
 }
 
+TEST_F(AssistantModelFile, MovesItsCentreByTheFactorOfEachAxis) {
+  nlohmann::json narrow = OnePose();
+  narrow["imgWidth"] = 160;   // factor 4
+  narrow["imgHeight"] = 240;  // factor 2, the scale
+  narrow["points0"]["data"] = {60, 100, 100, 100, 60, 120, 100, 120, 60, 140, 100, 140};
+  const AssistantModel model = Read(narrow);
+  EXPECT_EQ(model.scale, 2.0F);
+  // From (80, 120) to (320, 240).
+  const std::vector<cv::Point2f> expected = {{280, 200}, {360, 200}, {280, 240},
+                                             {360, 240}, {280, 280}, {360, 280}};
+  for (int i = 0; i < 6; ++i) {
+    EXPECT_LT(cv::norm(model.poses[0].at<cv::Point2f>(i) - expected[static_cast<size_t>(i)]), 1e-3) << i;
+  }
+}
+
 TEST_F(AssistantModelFile, IsTakenAsItIsForItsOwnFrameSize) {
   nlohmann::json own = OnePose();
   own["imgWidth"] = 640;

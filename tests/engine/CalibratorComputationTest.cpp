@@ -257,26 +257,43 @@ TEST(Computation, KeepsEarlierResultsWhenTheNextOneFails) {
   EXPECT_SAME_MAT(calibrator->GetPerViewErrors(), errors);
 }
 
-TEST(Computation, NeverWritesIntoMatricesThatCallersHold) {
-  const auto calibrator = unit::CompletedCalibrator();
-  const std::vector<cv::Mat> held = {calibrator->GetK(),
-                                     calibrator->GetDistCoefs(),
-                                     calibrator->GetRotationVectors(),
-                                     calibrator->GetTranslationVectors(),
-                                     calibrator->GetStdDevIntrinsics(),
-                                     calibrator->GetPerViewErrors()};
-  std::vector<cv::Mat> copies;
-  for (const cv::Mat& matrix : held) copies.push_back(matrix.clone());
+/// Everything that a calibrator hands out, shared with it.
+std::vector<cv::Mat> HeldResults(Calibrator& calibrator) {
+  return {calibrator.GetK(),
+          calibrator.GetDistCoefs(),
+          calibrator.GetRotationVectors(),
+          calibrator.GetTranslationVectors(),
+          calibrator.GetStdDevIntrinsics(),
+          calibrator.GetPerViewErrors()};
+}
 
-  // The same model and number of views after a reset: everything would fit into the earlier buffers.
+std::vector<cv::Mat> CopiesOf(const std::vector<cv::Mat>& matrices) {
+  std::vector<cv::Mat> copies;
+  for (const cv::Mat& matrix : matrices) copies.push_back(matrix.clone());
+  return copies;
+}
+
+TEST(Computation, NeverWritesIntoMatricesThatCallersHold) {
+  // The same model and, after the reset, the same number of views: everything would fit into the earlier
+  // buffers.
   const auto views = unit::NoisyViews(12);
+  const auto calibrator = unit::CompletedCalibrator();
+  const auto first = HeldResults(*calibrator);
+  const auto firstCopies = CopiesOf(first);
+  calibrator->AddPoints(views[7]);
+  ASSERT_GT(calibrator->ComputeCalibration(Calibrator::MODEL_CLASSIC), 0.0F);
+  const auto second = HeldResults(*calibrator);
+  const auto secondCopies = CopiesOf(second);
   calibrator->Reset();
-  for (size_t i = 6; i < 12; ++i) calibrator->AddPoints(views[i]);
+  for (size_t i = 5; i < 12; ++i) calibrator->AddPoints(views[i]);
   ASSERT_GT(calibrator->ComputeCalibration(Calibrator::MODEL_CLASSIC), 0.0F);
-  EXPECT_FALSE(support::SameMat(calibrator->GetK(), copies[0]));
-  // And once more without a reset.
-  ASSERT_GT(calibrator->ComputeCalibration(Calibrator::MODEL_CLASSIC), 0.0F);
-  for (size_t i = 0; i < held.size(); ++i) EXPECT_SAME_MAT(held[i], copies[i]);
+
+  EXPECT_FALSE(support::SameMat(second[0], first[0]));
+  EXPECT_FALSE(support::SameMat(calibrator->GetK(), second[0]));
+  for (size_t i = 0; i < first.size(); ++i) {
+    EXPECT_SAME_MAT(first[i], firstCopies[i]);
+    EXPECT_SAME_MAT(second[i], secondCopies[i]);
+  }
 }
 
 TEST(Computation, StartsFromScratchEachTime) {

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <map>
 #include <sstream>
 #include <thread>
@@ -89,11 +90,14 @@ TEST(Log, PrintsNothingOnStandardError) {
 
 TEST(Log, KeepsLinesOfDifferentThreadsWhole) {
   constexpr int THREADS = 4;
-  constexpr int LINES_EACH = 250;
+  constexpr int LINES_EACH = 2000;
   const std::string printed = unit::PrintedBy([] {
+    std::atomic<int> missing{THREADS};
     std::vector<std::thread> threads;
     for (int thread = 0; thread < THREADS; ++thread) {
-      threads.emplace_back([thread] {
+      threads.emplace_back([thread, &missing] {
+        --missing;
+        while (missing > 0) std::this_thread::yield();
         for (int line = 0; line < LINES_EACH; ++line) Log::error("thread %d says %d", thread, line);
       });
     }

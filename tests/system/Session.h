@@ -28,8 +28,8 @@ class Session {
   /// Presses ENTER and, once the calibration is computed, walks through the review with a key press per view.
   /// The number of views that were shown.
   int CalibrateAndReview();
-  /// Presses ENTER and waits until the calibration is computed and the loop goes on, without a review. False when
-  /// that never happens.
+  /// Presses ENTER and waits until the calibration is computed and the loop goes on, without a review. False
+  /// when that never happens.
   bool Calibrate();
   /// Presses q; the exit status.
   int Quit();

@@ -17,7 +17,7 @@ class Stereo : public testing::Test {
  protected:
   /// The application on the side-by-side video, at the size of each half.
   std::vector<std::string> Arguments(const std::vector<std::string>& more) const {
-    std::vector<std::string> arguments = {"--video", video_,   "--width", "640",     "--height",
+    std::vector<std::string> arguments = {"--video", video_,    "--width", "640",     "--height",
                                           "480",     "--hdist", "0.2",     "--split", "vertical"};
     arguments.insert(arguments.end(), more.begin(), more.end());
     return arguments;
@@ -53,16 +53,18 @@ double DegreesBetween(const cv::Matx33d& a, const cv::Matx33d& b) {
 }
 
 TEST_F(Stereo, ThreeStepsLeadFromASideBySideVideoToTheStereoResult) {
-  const world::Rig rig = world::SideBySideRig({640, 480}, 60.0, 0.08, 2.0, {-0.1, 0.02, 0, 0, 0}, {-0.08, 0.01, 0, 0, 0});
+  const world::Rig rig =
+      world::SideBySideRig({640, 480}, 60.0, 0.08, 2.0, {-0.1, 0.02, 0, 0, 0}, {-0.08, 0.01, 0, 0, 0});
   WriteVideo(video_, SideBySideViewsOf(rig, 72), 4);
   CalibrateAlone("left");
   CalibrateAlone("right");
 
   const std::string run = folder_.File("run");  // pictures go beside the folder the application runs in
   std::filesystem::create_directory(run);
-  Session session(desktop_, Arguments({"--calib_left", "../left.json", "--calib_right", "../right.json", "--output",
-                                       "../stereo"}),
-                  run);
+  Session session(
+      desktop_,
+      Arguments({"--calib_left", "../left.json", "--calib_right", "../right.json", "--output", "../stereo"}),
+      run);
   ASSERT_TRUE(session.AwaitPicture());
   TakeSnapshots(session, 10);
   EXPECT_FALSE(desktop_.FindWindow("FrameRight").empty());
@@ -70,7 +72,8 @@ TEST_F(Stereo, ThreeStepsLeadFromASideBySideVideoToTheStereoResult) {
   EXPECT_TRUE(std::filesystem::exists(folder_.File("res/right/9.jpg")));
   ASSERT_TRUE(session.Calibrate());
   EXPECT_EQ(session.Quit(), 1);
-  EXPECT_NE(session.Application().Output().find("Computing stereo calibration, model 'rational'."), std::string::npos);
+  EXPECT_NE(session.Application().Output().find("Computing stereo calibration, model 'rational'."),
+            std::string::npos);
 
   JSON result;
   ASSERT_TRUE(result.load(folder_.File("stereo.json"))) << session.Application().Output();

@@ -30,8 +30,9 @@ TEST(BatchArguments, DefaultsSuitTheShippedGrid) {
 
 TEST(BatchArguments, EveryOptionReachesItsSetting) {
   const batch::Parsed parsed =
-      Parse({"a.png", "b.avi", "--hdist", "0.25", "--model", "full", "--width", "800", "--height", "600", "--grid",
-             "3x9", "--max-views", "12", "--output", "out/left", "--every", "7", "--max-frames", "0"});
+      Parse({"a.png",    "b.avi", "--hdist",      "0.25", "--model",     "full", "--width",  "800",
+             "--height", "600",   "--grid",       "3x9",  "--max-views", "12",   "--output", "out/left",
+             "--every",  "7",     "--max-frames", "0"});
   ASSERT_TRUE(parsed.run);
   const batch::Arguments& arguments = parsed.arguments;
   EXPECT_EQ(arguments.inputs, (std::vector<std::string>{"a.png", "b.avi"}));
@@ -60,8 +61,8 @@ TEST(BatchArguments, APairIsGivenByTwoInputsOrASplit) {
 }
 
 TEST(BatchArguments, ResultFilesOfThePairsCamerasAllowEveryModel) {
-  const batch::Parsed parsed =
-      Parse({"a.avi", "--split", "vertical", "--calib_left", "l.json", "--calib_right", "r.json", "--model", "classic"});
+  const batch::Parsed parsed = Parse({"a.avi", "--split", "vertical", "--calib_left", "l.json",
+                                      "--calib_right", "r.json", "--model", "classic"});
   ASSERT_TRUE(parsed.run);
   EXPECT_EQ(parsed.arguments.calibLeft, "l.json");
   EXPECT_EQ(parsed.arguments.calibRight, "r.json");

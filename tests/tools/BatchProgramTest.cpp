@@ -55,7 +55,8 @@ support::TemporaryFolder* BatchProgram::folder_ = nullptr;
 world::Scene BatchProgram::scene_;
 
 TEST_F(BatchProgram, AFolderOfViewsBecomesAnAccurateResultFile) {
-  Process tool({VELMORA_BATCH, Views(), "--hdist", "0.2", "--model", "classic", "--output", folder_->File("camera")});
+  Process tool(
+      {VELMORA_BATCH, Views(), "--hdist", "0.2", "--model", "classic", "--output", folder_->File("camera")});
   ASSERT_EQ(Run(tool), 0) << tool.Errors();
   EXPECT_NE(tool.Output().find("Views: 12 used of 12 pictures"), std::string::npos) << tool.Output();
   JSON result;
@@ -64,8 +65,8 @@ TEST_F(BatchProgram, AFolderOfViewsBecomesAnAccurateResultFile) {
   const cv::Mat K = result.readMat("cameraMatrix");
   const double fx = scene_.camera.lens.K()(0, 0);
   EXPECT_NEAR(K.at<double>(0, 0), fx, 0.003 * fx);
-  const auto distance = world::MeanProjectionDistance(scene_.camera.lens, world::LensFrom(K, result.readMat("distCoefs")),
-                                                      scene_.camera.size);
+  const auto distance = world::MeanProjectionDistance(
+      scene_.camera.lens, world::LensFrom(K, result.readMat("distCoefs")), scene_.camera.size);
   EXPECT_LT(distance.mean, 0.5);
 }
 
@@ -75,20 +76,24 @@ TEST_F(BatchProgram, ProgressGoesToStandardErrorALineAPicture) {
   ASSERT_EQ(Run(tool), 0) << tool.Errors();
   EXPECT_NE(tool.Errors().find("1/13 view_00.png: grid found\n"), std::string::npos) << tool.Errors();
   EXPECT_NE(tool.Errors().find("13/13 empty.png: no grid found\n"), std::string::npos) << tool.Errors();
-  EXPECT_NE(tool.Output().find("  1 not used, no grid found:\n    empty.png\n"), std::string::npos) << tool.Output();
+  EXPECT_NE(tool.Output().find("  1 not used, no grid found:\n    empty.png\n"), std::string::npos)
+      << tool.Output();
 }
 
 TEST_F(BatchProgram, ViewsBeyondTheMaximumAreSetAside) {
-  Process tool({VELMORA_BATCH, Views(), "--max-views", "8", "--model", "classic", "--output", folder_->File("few")});
+  Process tool(
+      {VELMORA_BATCH, Views(), "--max-views", "8", "--model", "classic", "--output", folder_->File("few")});
   ASSERT_EQ(Run(tool), 0) << tool.Errors();
-  EXPECT_NE(tool.Output().find("Views: 8 used of 12 pictures\n  4 not used, grid found, but other views spread better"),
+  EXPECT_NE(tool.Output().find(
+                "Views: 8 used of 12 pictures\n  4 not used, grid found, but other views spread better"),
             std::string::npos)
       << tool.Output();
 }
 
 TEST_F(BatchProgram, TooFewViewsEndWithStatusOneAndLeaveAnEarlierResultAlone) {
   support::WriteText(folder_->File("kept.json"), "earlier");
-  Process tool({VELMORA_BATCH, folder_->File("empty.png"), Views() + "/view_00.png", "--output", folder_->File("kept")});
+  Process tool({VELMORA_BATCH, folder_->File("empty.png"), Views() + "/view_00.png", "--output",
+                folder_->File("kept")});
   EXPECT_EQ(Run(tool), 1);
   EXPECT_NE(tool.Errors().find("Too few views: the grid was found in 1 pictures, at least 5 are needed.\n"),
             std::string::npos)
@@ -101,7 +106,8 @@ TEST_F(BatchProgram, APictureOfAnotherSizeIsRejectedByName) {
   Process tool({VELMORA_BATCH, Views(), folder_->File("other.png"), "--model", "classic", "--output",
                 folder_->File("sizes")});
   ASSERT_EQ(Run(tool), 0) << tool.Errors();
-  EXPECT_NE(tool.Output().find("of another size than the first (640 x 480):\n    other.png"), std::string::npos)
+  EXPECT_NE(tool.Output().find("of another size than the first (640 x 480):\n    other.png"),
+            std::string::npos)
       << tool.Output();
 }
 
@@ -131,8 +137,8 @@ TEST_F(BatchProgram, UnusableInputAndOutputEndWithStatusTwoAndOneLine) {
 
 TEST_F(BatchProgram, AVideoIsCalibratedAndComparedWithItsTruth) {
   const std::string video = folder_->File("grid.avi");
-  Process render({VELMORA_RENDER, "--video", video, "--seconds", "6", "--fps", "10", "--size", "640x480", "--fov", "70",
-                  "--dist=-0.3,0.1,0,0,0", "--noise", "2", "--seed", "3"});
+  Process render({VELMORA_RENDER, "--video", video, "--seconds", "6", "--fps", "10", "--size", "640x480",
+                  "--fov", "70", "--dist=-0.3,0.1,0,0,0", "--noise", "2", "--seed", "3"});
   ASSERT_EQ(Run(render), 0) << render.Errors();
   Process tool({VELMORA_BATCH, video, "--hdist", "0.2", "--model", "classic", "--max-views", "15", "--output",
                 folder_->File("video")});

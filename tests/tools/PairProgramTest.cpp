@@ -59,8 +59,8 @@ const world::Rig PairProgram::rig_ =
     world::SideBySideRig({640, 480}, 60.0, 0.08, 2.0, {-0.1, 0.02, 0, 0, 0}, {-0.08, 0.01, 0, 0, 0});
 
 TEST_F(PairProgram, TwoFoldersBecomeThreeResultFiles) {
-  Process tool({VELMORA_BATCH, folder_->File("left"), "--right", folder_->File("right"), "--hdist", "0.2", "--output",
-                folder_->File("pair")});
+  Process tool({VELMORA_BATCH, folder_->File("left"), "--right", folder_->File("right"), "--hdist", "0.2",
+                "--output", folder_->File("pair")});
   ASSERT_EQ(tool.WaitForExit(LONG_ENOUGH), 0) << tool.Errors();
   EXPECT_NE(tool.Output().find("Baseline:                0.0"), std::string::npos) << tool.Output();
   ExpectStereoResult(folder_->File("pair.json"));
@@ -78,16 +78,16 @@ TEST_F(PairProgram, WithResultFilesOnlyThePairIsComputed) {
   ASSERT_EQ(both.WaitForExit(LONG_ENOUGH), 0) << both.Errors();
   ExpectStereoResult(folder_->File("first.json"));
   Process pair({VELMORA_BATCH, folder_->File("both"), "--split", "vertical", "--hdist", "0.2", "--calib_left",
-                folder_->File("first_left.json"), "--calib_right", folder_->File("first_right.json"), "--output",
-                folder_->File("second")});
+                folder_->File("first_left.json"), "--calib_right", folder_->File("first_right.json"),
+                "--output", folder_->File("second")});
   ASSERT_EQ(pair.WaitForExit(LONG_ENOUGH), 0) << pair.Errors();
   EXPECT_FALSE(fs::exists(folder_->File("second_left.json")));
   EXPECT_EQ(support::ReadText(folder_->File("first.json")), support::ReadText(folder_->File("second.json")));
 }
 
 TEST_F(PairProgram, UnequalNumbersOfPicturesAreRefused) {
-  Process tool({VELMORA_BATCH, folder_->File("left"), "--right", folder_->File("right") + "/100.png", "--output",
-                folder_->File("unequal")});
+  Process tool({VELMORA_BATCH, folder_->File("left"), "--right", folder_->File("right") + "/100.png",
+                "--output", folder_->File("unequal")});
   EXPECT_EQ(tool.WaitForExit(LONG_ENOUGH), 2);
   EXPECT_EQ(tool.Errors(), "Error: the left camera has 12 pictures, the right one 1.\n");
 }
@@ -98,7 +98,8 @@ TEST_F(PairProgram, AResultFileThatIsNoneIsNamed) {
                 folder_->File("broken.json"), "--calib_right", folder_->File("missing.json"), "--output",
                 folder_->File("none")});
   EXPECT_EQ(tool.WaitForExit(LONG_ENOUGH), 2);
-  EXPECT_NE(tool.Output().find("ERROR : Cannot open file: " + folder_->File("broken.json")), std::string::npos);
+  EXPECT_NE(tool.Output().find("ERROR : Cannot open file: " + folder_->File("broken.json")),
+            std::string::npos);
   EXPECT_FALSE(fs::exists(folder_->File("none.json")));
 }
 
@@ -106,9 +107,11 @@ TEST_F(PairProgram, APairWithTheGridInOneImageOnlyIsRejectedForThatSide) {
   cv::Mat half = cv::imread(folder_->File("both") + "/100.png");
   half.colRange(0, 640).setTo(cv::Scalar::all(120));
   cv::imwrite(folder_->File("half.png"), half);
-  Process tool({VELMORA_BATCH, folder_->File("half.png"), "--split", "vertical", "--output", folder_->File("half")});
+  Process tool(
+      {VELMORA_BATCH, folder_->File("half.png"), "--split", "vertical", "--output", folder_->File("half")});
   EXPECT_EQ(tool.WaitForExit(LONG_ENOUGH), 1);
-  EXPECT_NE(tool.Output().find("  1 not used, left: no grid found:\n    half.png\n"), std::string::npos) << tool.Output();
+  EXPECT_NE(tool.Output().find("  1 not used, left: no grid found:\n    half.png\n"), std::string::npos)
+      << tool.Output();
 }
 
 }  // namespace

@@ -31,10 +31,12 @@ class Pictures : public ::testing::Test {
     return path;
   }
 
-  std::vector<batch::Picture> All(const std::vector<std::string>& inputs, const batch::SamplingOptions& options = {}) {
+  std::vector<batch::Picture> All(const std::vector<std::string>& inputs,
+                                  const batch::SamplingOptions& options = {}) {
     batch::PictureStream stream(ExpandInputs(inputs), options);
     std::vector<batch::Picture> pictures;
-    for (batch::Picture picture; stream.Next(picture);) pictures.push_back({picture.name, picture.image.clone()});
+    for (batch::Picture picture; stream.Next(picture);)
+      pictures.push_back({picture.name, picture.image.clone()});
     return pictures;
   }
 

@@ -19,8 +19,9 @@ class RealPhotographs : public ::testing::Test {
 
   /// Runs the tool and reads its result file; `views` is how many it must find of how many.
   JSON Calibrate(const std::string& set, const std::vector<std::string>& options, const std::string& views) {
-    std::vector<std::string> command = {VELMORA_BATCH, std::string(VELMORA_SHARED_DATA) + "/" + set, "--hdist", "0.2",
-                                        "--output", folder_.File("result")};
+    std::vector<std::string> command = {VELMORA_BATCH, std::string(VELMORA_SHARED_DATA) + "/" + set,
+                                        "--hdist",     "0.2",
+                                        "--output",    folder_.File("result")};
     command.insert(command.end(), options.begin(), options.end());
     support::Process tool(command);
     EXPECT_EQ(tool.WaitForExit(std::chrono::minutes(4)), 0) << tool.Errors();
@@ -61,7 +62,8 @@ TEST_F(RealPhotographs, OfficeAtItsOwnSizeRational) {
 }
 
 TEST_F(RealPhotographs, OfficeAtProcessingSizeClassic) {
-  JSON result = Calibrate("office-4x11", VGA + std::vector<std::string>{"--model", "classic"}, "5 used of 15");
+  JSON result =
+      Calibrate("office-4x11", VGA + std::vector<std::string>{"--model", "classic"}, "5 used of 15");
   EXPECT_NEAR(result.readDouble("error"), 0.132132, 2e-6);
   EXPECT_NEAR(Focal(result), 699.86, 0.01);
 }
@@ -85,7 +87,8 @@ TEST_F(RealPhotographs, EndoscopeRightRational) {
 
 TEST_F(RealPhotographs, EndoscopePairRational) {
   const std::string right = std::string(VELMORA_SHARED_DATA) + "/endoscope-stereo-4x11/right";
-  JSON result = Calibrate("endoscope-stereo-4x11/left", VGA + std::vector<std::string>{"--right", right}, "9 used of 9");
+  JSON result = Calibrate("endoscope-stereo-4x11/left", VGA + std::vector<std::string>{"--right", right},
+                          "9 used of 9");
   EXPECT_EQ(result.readInt("sensor"), 1);
   EXPECT_NEAR(result.readDouble("error"), 0.385785, 2e-6);
   const cv::Mat T = result.readMat("T");
@@ -101,10 +104,11 @@ TEST_F(RealPhotographs, OtherGridsAreFoundWithTheirOwnSizeOnly) {
       {"acircles1.png", "7x13"}, {"acircles4.png", "5x5"}, {"acircles7.png", "3x9"}};
   for (const auto& [file, grid] : grids) {
     for (const std::string& asked : {grid, std::string("4x11")}) {
-      support::Process tool({VELMORA_BATCH, std::string(VELMORA_SHARED_DATA) + "/other-grids/" + file, "--grid", asked,
-                             "--output", folder_.File("result")});
+      support::Process tool({VELMORA_BATCH, std::string(VELMORA_SHARED_DATA) + "/other-grids/" + file,
+                             "--grid", asked, "--output", folder_.File("result")});
       EXPECT_EQ(tool.WaitForExit(std::chrono::minutes(1)), 1) << tool.Errors();
-      const std::string views = asked == grid ? "Views: 1 used of 1 pictures\n" : "Views: 0 used of 1 pictures\n";
+      const std::string views =
+          asked == grid ? "Views: 1 used of 1 pictures\n" : "Views: 0 used of 1 pictures\n";
       EXPECT_NE(tool.Output().find(views), std::string::npos) << file << " asked for " << asked;
     }
   }

@@ -99,7 +99,8 @@ TEST(BatchReport, APairIsToldByBaselineRotationAndEpipolarDistance) {
   report.epipolarDistance = 0.125;
   report.T = (cv::Mat_<double>(3, 1) << -0.06, 0.0, 0.08);
   const double angle = CV_PI / 6.0;
-  report.R = (cv::Mat_<double>(3, 3) << std::cos(angle), 0, std::sin(angle), 0, 1, 0, -std::sin(angle), 0, std::cos(angle));
+  report.R = (cv::Mat_<double>(3, 3) << std::cos(angle), 0, std::sin(angle), 0, 1, 0, -std::sin(angle), 0,
+              std::cos(angle));
   EXPECT_EQ(batch::PairTable(report),
             "Views: 1 used of 1 pictures\n"
             "\n"

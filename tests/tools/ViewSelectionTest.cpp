@@ -17,7 +17,8 @@ const cv::Size FRAME(640, 480);
 
 Views Project(const world::Camera& camera, const std::vector<world::Pose>& poses) {
   Views views;
-  for (const world::Pose& pose : poses) views.push_back(world::TrueCentres(camera.lens, world::Sheet(), pose));
+  for (const world::Pose& pose : poses)
+    views.push_back(world::TrueCentres(camera.lens, world::Sheet(), pose));
   return views;
 }
 

@@ -15,7 +15,8 @@ constexpr int WRONG_USAGE = 2;
 constexpr int MAX_GRID_SIDE = 100;
 
 const char* const DESCRIPTION =
-    "Calibrates a camera, or a pair of them, from pictures of a printed asymmetric circles grid, without a display.\n"
+    "Calibrates a camera, or a pair of them, from pictures of a printed asymmetric circles grid, without a "
+    "display.\n"
     "Inputs are images, folders of images, patterns (quote them), video files or stream URLs.";
 
 const char* const EXIT_STATUSES =
@@ -40,15 +41,18 @@ cv::Size ParseGrid(const std::string& text) {
 }
 
 void AddPairOptions(CLI::App& app, Arguments& arguments) {
-  static const std::map<std::string, Split> splits = {{"horizontal", Split::Horizontal}, {"vertical", Split::Vertical}};
+  static const std::map<std::string, Split> splits = {{"horizontal", Split::Horizontal},
+                                                      {"vertical", Split::Vertical}};
   auto* right = app.add_option("--right", arguments.rightInputs,
                                "the right camera of a pair: as many pictures, in the same order, or a video");
-  auto* split = app.add_option("--split", arguments.split,
-                               "each picture holds a pair: horizontal (upper is left) or vertical (left is left)")
-                    ->transform(CLI::CheckedTransformer(splits).description("{horizontal,vertical}"));
+  auto* split =
+      app.add_option("--split", arguments.split,
+                     "each picture holds a pair: horizontal (upper is left) or vertical (left is left)")
+          ->transform(CLI::CheckedTransformer(splits).description("{horizontal,vertical}"));
   split->excludes(right);
-  auto* calibLeft = app.add_option("--calib_left", arguments.calibLeft,
-                                   "result file of the left camera (default: calibrated first, from the same pictures)");
+  auto* calibLeft =
+      app.add_option("--calib_left", arguments.calibLeft,
+                     "result file of the left camera (default: calibrated first, from the same pictures)");
   auto* calibRight = app.add_option("--calib_right", arguments.calibRight, "result file of the right camera");
   calibLeft->needs(calibRight);
   calibRight->needs(calibLeft);
@@ -73,7 +77,8 @@ Parsed ParseArguments(int argc, char** argv) {
   CLI::App app(DESCRIPTION, "velmora-batch");
   app.footer(EXIT_STATUSES);
   app.add_option("inputs", arguments.inputs, "images, folders, patterns, videos, URLs")->required();
-  app.add_option("--hdist", arguments.hdist, "distance in metres across the row intervals of the grid (ten of them in 4x11)")
+  app.add_option("--hdist", arguments.hdist,
+                 "distance in metres across the row intervals of the grid (ten of them in 4x11)")
       ->check(CLI::PositiveNumber)
       ->capture_default_str();
   app.add_option("--model", arguments.modelName, "lens model: classic, rational or full")
@@ -87,10 +92,14 @@ Parsed ParseArguments(int argc, char** argv) {
   app.add_option("--max-views", arguments.maxViews, "use at most so many views, chosen to be spread")
       ->check(CLI::Range(5, 10000))
       ->capture_default_str();
-  app.add_option("--output", arguments.output, "result file, without its extension .json; those of a pair's cameras get _left and _right")->capture_default_str();
-  app.add_option("--every", arguments.sampling.every, "take every N-th frame of a video (default: about 150 of a file)")
+  app.add_option("--output", arguments.output,
+                 "result file, without its extension .json; those of a pair's cameras get _left and _right")
+      ->capture_default_str();
+  app.add_option("--every", arguments.sampling.every,
+                 "take every N-th frame of a video (default: about 150 of a file)")
       ->check(CLI::PositiveNumber);
-  app.add_option("--max-frames", arguments.sampling.maxFrames, "frames taken at most of a stream, 0 for no limit")
+  app.add_option("--max-frames", arguments.sampling.maxFrames,
+                 "frames taken at most of a stream, 0 for no limit")
       ->check(CLI::NonNegativeNumber)
       ->capture_default_str();
   AddPairOptions(app, arguments);

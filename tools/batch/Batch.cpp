@@ -16,7 +16,8 @@ void LookAtPictures(const Arguments& arguments, CameraViews& camera) {
   Picture picture;
   for (int done = 1; pictures.Next(picture); ++done) {
     const std::string fault = camera.Take(picture);
-    progress.Step(done, pictures.ExpectedCount(), picture.name + ": " + (fault.empty() ? "grid found" : fault));
+    progress.Step(done, pictures.ExpectedCount(),
+                  picture.name + ": " + (fault.empty() ? "grid found" : fault));
   }
   progress.Finish();
   if (!camera.SawPictures()) throw InputError("no picture could be read from the input");
@@ -25,8 +26,8 @@ void LookAtPictures(const Arguments& arguments, CameraViews& camera) {
 }  // namespace
 
 ExitStatus ReportTooFewViews(const std::string& where, size_t found) {
-  std::cerr << "Too few views: the grid was found in " << found << " " << where << ", at least " << ENOUGH_VIEWS
-            << " are needed.\n";
+  std::cerr << "Too few views: the grid was found in " << found << " " << where << ", at least "
+            << ENOUGH_VIEWS << " are needed.\n";
   return TOO_FEW_VIEWS;
 }
 

@@ -7,8 +7,8 @@ namespace batch {
 
 enum ExitStatus { CALIBRATED = 0, TOO_FEW_VIEWS = 1, UNUSABLE_INPUT = 2 };
 
-/// Reads the pictures, calibrates, writes the result file and prints the table. Progress and errors go to standard
-/// error, the table to standard output. Raises InputError for unusable inputs.
+/// Reads the pictures, calibrates, writes the result file and prints the table. Progress and errors go to
+/// standard error, the table to standard output. Raises InputError for unusable inputs.
 ExitStatus Run(const Arguments& arguments);
 
 /// Prints on standard error that too few of the views held the grid.

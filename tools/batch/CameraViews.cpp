@@ -12,11 +12,15 @@ namespace batch {
 
 namespace {
 
-std::string SizeText(const cv::Size& size) { return std::to_string(size.width) + " x " + std::to_string(size.height); }
+std::string SizeText(const cv::Size& size) {
+  return std::to_string(size.width) + " x " + std::to_string(size.height);
+}
 
 }  // namespace
 
-float UnitOf(const Arguments& arguments) { return arguments.hdist / static_cast<float>(arguments.grid.height - 1); }
+float UnitOf(const Arguments& arguments) {
+  return arguments.hdist / static_cast<float>(arguments.grid.height - 1);
+}
 
 cv::Size FrameSizeFor(const Arguments& arguments, const cv::Size& input) {
   return {arguments.frame.width > 0 ? arguments.frame.width : input.width,
@@ -28,10 +32,11 @@ std::string CameraViews::FaultOf(Picture& picture, Centres& centres) {
   if (calibrator_ == nullptr) {
     inputSize_ = picture.image.size();
     const cv::Size frame = FrameSize();
-    calibrator_ = std::make_unique<Calibrator>(arguments_.grid, UnitOf(arguments_), Calibrator::MONOCULAR, frame.width,
-                                               frame.height);
+    calibrator_ = std::make_unique<Calibrator>(arguments_.grid, UnitOf(arguments_), Calibrator::MONOCULAR,
+                                               frame.width, frame.height);
   }
-  if (picture.image.size() != inputSize_) return "of another size than the first (" + SizeText(inputSize_) + ")";
+  if (picture.image.size() != inputSize_)
+    return "of another size than the first (" + SizeText(inputSize_) + ")";
   return calibrator_->DetectPoints(picture.image, centres, false) ? "" : "no grid found";
 }
 
@@ -52,7 +57,8 @@ Report CameraViews::Calibrate() {
   report.model = arguments_.modelName;
   report.frame = FrameSize();
   report.rejected = rejected_;
-  const auto chosen = SelectSpreadViews(views_, arguments_.grid, FrameSize(), static_cast<size_t>(arguments_.maxViews));
+  const auto chosen =
+      SelectSpreadViews(views_, arguments_.grid, FrameSize(), static_cast<size_t>(arguments_.maxViews));
   const std::set<size_t> isChosen(chosen.begin(), chosen.end());
   for (size_t i = 0; i < views_.size(); ++i) {
     if (isChosen.count(i) > 0) {
@@ -71,7 +77,9 @@ Report CameraViews::Calibrate() {
   return report;
 }
 
-std::string CameraViews::Save(const std::string& output) { return SaveResultFile(*calibrator_, output); }
+std::string CameraViews::Save(const std::string& output) {
+  return SaveResultFile(*calibrator_, output);
+}
 
 std::string SaveResultFile(Calibrator& calibrator, const std::string& output) {
   const std::string text = calibrator.SaveResult(true, output);

@@ -28,7 +28,8 @@ class CameraViews {
  public:
   explicit CameraViews(const Arguments& arguments) : arguments_(arguments) {}
 
-  /// Searches the grid in the picture, which is changed. The reason when it gives no view, else an empty text.
+  /// Searches the grid in the picture, which is changed. The reason when it gives no view, else an empty
+  /// text.
   std::string Take(Picture& picture);
 
   /// False as long as no picture could be decoded.

@@ -112,7 +112,8 @@ struct CameraResults {
   bool fromFiles = false;
 };
 
-ExitStatus CalibrateCamera(CameraViews& camera, const std::string& side, const std::string& output, std::string& text) {
+ExitStatus CalibrateCamera(CameraViews& camera, const std::string& side, const std::string& output,
+                           std::string& text) {
   std::cerr << "Computing the " << side << " camera ...\n";
   std::cout << "== " << side << " camera\n" << ResultTable(camera.Calibrate()) << "\n";
   text = camera.Save(output);
@@ -125,7 +126,8 @@ ExitStatus CameraResultsFor(const Arguments& arguments, PairViews& pairs, Camera
     return CALIBRATED;
   }
   ExitStatus status = CalibrateCamera(pairs.left, "left", arguments.output + "_left", results.left);
-  if (status == CALIBRATED) status = CalibrateCamera(pairs.right, "right", arguments.output + "_right", results.right);
+  if (status == CALIBRATED)
+    status = CalibrateCamera(pairs.right, "right", arguments.output + "_right", results.right);
   return status;
 }
 
@@ -150,16 +152,17 @@ PairReport CalibratePair(const Arguments& arguments, const PairViews& pairs, con
     right.push_back(pairs.rightCentres[i]);
     report.used.push_back(pairs.names[i]);
   }
-  const float rms = calibrator.ComputeCalibrationStereo(results.left, results.right, arguments.model, results.fromFiles);
+  const float rms =
+      calibrator.ComputeCalibrationStereo(results.left, results.right, arguments.model, results.fromFiles);
   if (calibrator.GetStatus() != Calibrator::STATUS_COMPLETED) {
     throw InputError("the result files of the cameras cannot be used");  // the engine has said why
   }
   report.rms = static_cast<double>(rms);
   report.R = calibrator.GetR();
   report.T = calibrator.GetStereoTranslation();
-  report.epipolarDistance =
-      MeanEpipolarDistance(left, right, {calibrator.GetKLeft(), calibrator.GetDistCoefsLeft()},
-                           {calibrator.GetKRight(), calibrator.GetDistCoefsRight()}, calibrator.GetFundamentalMatrix());
+  report.epipolarDistance = MeanEpipolarDistance(
+      left, right, {calibrator.GetKLeft(), calibrator.GetDistCoefsLeft()},
+      {calibrator.GetKRight(), calibrator.GetDistCoefsRight()}, calibrator.GetFundamentalMatrix());
   return report;
 }
 

@@ -18,10 +18,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool IsUrl(const std::string& input) { return input.find("://") != std::string::npos; }
+bool IsUrl(const std::string& input) {
+  return input.find("://") != std::string::npos;
+}
 
 bool HasImageExtension(const fs::path& file) {
-  static const std::set<std::string> extensions = {".png", ".jpg", ".jpeg", ".bmp", ".tif", ".tiff",
+  static const std::set<std::string> extensions = {".png", ".jpg", ".jpeg", ".bmp",  ".tif", ".tiff",
                                                    ".pgm", ".ppm", ".pbm",  ".webp", ".jp2"};
   std::string extension = file.extension().string();
   std::transform(extension.begin(), extension.end(), extension.begin(),

@@ -23,8 +23,9 @@ struct Picture {
 };
 
 struct SamplingOptions {
-  int every = 0;        ///< take every N-th frame of a video; 0: about AUTOMATIC_FRAMES of a file, all of a stream
-  int maxFrames = 300;  ///< frames taken at most of a video whose length is unknown, such as a stream; 0: no limit
+  int every = 0;  ///< take every N-th frame of a video; 0: about AUTOMATIC_FRAMES of a file, all of a stream
+  int maxFrames =
+      300;  ///< frames taken at most of a video whose length is unknown, such as a stream; 0: no limit
 };
 
 constexpr int AUTOMATIC_FRAMES = 150;

@@ -8,7 +8,8 @@
 
 namespace batch {
 
-Progress::Progress() : terminal_(isatty(STDERR_FILENO) == 1) {}
+Progress::Progress() : terminal_(isatty(STDERR_FILENO) == 1) {
+}
 
 void Progress::Step(int done, int total, const std::string& what) {
   const std::string count = std::to_string(done) + (total > 0 ? "/" + std::to_string(total) : "");
@@ -18,7 +19,8 @@ void Progress::Step(int done, int total, const std::string& what) {
   }
   constexpr int WIDTH = 30;
   const int filled = total > 0 ? std::min(WIDTH, WIDTH * done / total) : done % (WIDTH + 1);
-  const std::string bar = std::string(static_cast<size_t>(filled), '#') + std::string(static_cast<size_t>(WIDTH - filled), ' ');
+  const std::string bar =
+      std::string(static_cast<size_t>(filled), '#') + std::string(static_cast<size_t>(WIDTH - filled), ' ');
   std::fprintf(stderr, "\r[%s] %s  %-40.40s", bar.c_str(), count.c_str(), what.c_str());
   std::fflush(stderr);
   drawn_ = true;

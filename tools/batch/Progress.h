@@ -5,8 +5,8 @@
 
 namespace batch {
 
-/// A bar that is redrawn in place on a terminal; plain lines, one per picture, elsewhere. On standard error, so
-/// that the table on standard output can be redirected.
+/// A bar that is redrawn in place on a terminal; plain lines, one per picture, elsewhere. On standard error,
+/// so that the table on standard output can be redirected.
 class Progress {
  public:
   /// `total` may be 0 (unknown) and may become known later.

@@ -15,7 +15,8 @@ namespace {
 
 constexpr size_t WORST_VIEWS = 5;
 constexpr size_t LINE_WIDTH = 100;
-constexpr size_t LISTED_NAMES = 40;  // frames of a video come by the hundred; the progress lines name them all
+constexpr size_t LISTED_NAMES =
+    40;  // frames of a video come by the hundred; the progress lines name them all
 
 const char* const PARAMETERS[] = {"fx", "fy", "cx", "cy", "k1", "k2", "p1", "p2",    "k3",
                                   "k4", "k5", "k6", "s1", "s2", "s3", "s4", "tau x", "tau y"};
@@ -51,11 +52,16 @@ std::string Wrapped(const std::vector<std::string>& names, const std::string& in
 
 double ParameterValue(const Report& report, int index) {
   switch (index) {
-    case 0: return report.K.at<double>(0, 0);
-    case 1: return report.K.at<double>(1, 1);
-    case 2: return report.K.at<double>(0, 2);
-    case 3: return report.K.at<double>(1, 2);
-    default: return report.D.at<double>(index - CAMERA_PARAMETERS);
+    case 0:
+      return report.K.at<double>(0, 0);
+    case 1:
+      return report.K.at<double>(1, 1);
+    case 2:
+      return report.K.at<double>(0, 2);
+    case 3:
+      return report.K.at<double>(1, 2);
+    default:
+      return report.D.at<double>(index - CAMERA_PARAMETERS);
   }
 }
 
@@ -88,7 +94,8 @@ std::string WorstViews(const Report& report) {
 }  // namespace
 
 std::string ViewsTable(const std::vector<std::string>& used, const std::vector<Rejection>& rejected) {
-  std::string text = Formatted("Views: %zu used of %zu pictures\n", used.size(), used.size() + rejected.size());
+  std::string text =
+      Formatted("Views: %zu used of %zu pictures\n", used.size(), used.size() + rejected.size());
   std::vector<std::pair<std::string, std::vector<std::string>>> byReason;
   for (const Rejection& rejection : rejected) {
     const auto same = std::find_if(byReason.begin(), byReason.end(),
@@ -110,7 +117,8 @@ std::string ViewsTable(const std::vector<std::string>& used, const std::vector<R
 
 std::string ResultTable(const Report& report) {
   return ViewsTable(report.used, report.rejected) + "\n" +
-         Formatted("Model: %s, image size %d x %d\n", report.model.c_str(), report.frame.width, report.frame.height) +
+         Formatted("Model: %s, image size %d x %d\n", report.model.c_str(), report.frame.width,
+                   report.frame.height) +
          Formatted("RMS reprojection error: %.6f px\n\n", report.rms) + ParameterTable(report) +
          "\nWorst views:\n" + WorstViews(report);
 }
@@ -125,7 +133,8 @@ std::string PairTable(const PairReport& report) {
          Formatted("RMS reprojection error:  %.6f px\n", report.rms) +
          Formatted("Mean epipolar distance:  %.6f px\n", report.epipolarDistance) +
          Formatted("Baseline:                %.6f m\n", cv::norm(T)) +
-         Formatted("Translation:             %.6f %.6f %.6f m\n", T.at<double>(0), T.at<double>(1), T.at<double>(2)) +
+         Formatted("Translation:             %.6f %.6f %.6f m\n", T.at<double>(0), T.at<double>(1),
+                   T.at<double>(2)) +
          Formatted("Rotation:                %.4f degrees\n", degrees);
 }
 

@@ -33,7 +33,7 @@ struct PairReport {
   std::vector<std::string> used;
   std::vector<Rejection> rejected;
   double rms = 0.0;
-  cv::Mat R, T;  ///< right from left
+  cv::Mat R, T;                   ///< right from left
   double epipolarDistance = 0.0;  ///< mean, pixels
 };
 

@@ -12,7 +12,9 @@ namespace {
 /// Where and how the grid stands in the frame, in coordinates whose differences weigh about alike.
 using Descriptor = cv::Vec<double, 8>;
 
-double Length(const cv::Point2d& a, const cv::Point2d& b) { return std::max(1e-3, cv::norm(a - b)); }
+double Length(const cv::Point2d& a, const cv::Point2d& b) {
+  return std::max(1e-3, cv::norm(a - b));
+}
 
 Descriptor Describe(const std::vector<cv::Point2d>& points, const cv::Size& grid, const cv::Size& frame) {
   const auto columns = static_cast<size_t>(grid.width);
@@ -44,8 +46,8 @@ Descriptor Describe(const std::vector<cv::Point2d>& points, const cv::Size& grid
 
 }  // namespace
 
-std::vector<size_t> SelectSpreadViews(const std::vector<std::vector<cv::Point2d>>& views, const cv::Size& grid,
-                                      const cv::Size& frame, size_t count) {
+std::vector<size_t> SelectSpreadViews(const std::vector<std::vector<cv::Point2d>>& views,
+                                      const cv::Size& grid, const cv::Size& frame, size_t count) {
   std::vector<size_t> chosen(views.size());
   std::iota(chosen.begin(), chosen.end(), size_t{0});
   if (views.size() <= count) return chosen;

@@ -6,10 +6,10 @@
 
 namespace batch {
 
-/// The indexes, ascending, of at most `count` views (each the centres of a whole grid, row by row) so that the
-/// grid's positions in the frame, distances and tilts are spread: the time of a computation grows with the cube
-/// of the views, and near copies of a view add nothing. Deterministic.
-std::vector<size_t> SelectSpreadViews(const std::vector<std::vector<cv::Point2d>>& views, const cv::Size& grid,
-                                      const cv::Size& frame, size_t count);
+/// The indexes, ascending, of at most `count` views (each the centres of a whole grid, row by row) so that
+/// the grid's positions in the frame, distances and tilts are spread: the time of a computation grows with
+/// the cube of the views, and near copies of a view add nothing. Deterministic.
+std::vector<size_t> SelectSpreadViews(const std::vector<std::vector<cv::Point2d>>& views,
+                                      const cv::Size& grid, const cv::Size& frame, size_t count);
 
 }  // namespace batch

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-/// The pose assistant: shows one target pose at a time, scores how close the detected grid is to it, and moves
-/// on to the next.
+/// The pose assistant: shows one target pose at a time, scores how close the detected grid is to it, and
+/// moves on to the next.
 ///
 /// States, told by the pose index and the pose count (the goal):
 ///  1. constructed: index -1, count -2;
@@ -34,8 +34,8 @@ class CalibAssistant {
   /// Fills the built-in printed sheet (44 circles, 6 outline points; 1753 x 1239 units).
   void InitDefaultPattern();
 
-  /// Reads the model file and maps its poses to the frame. False, with an error line that names the file and the
-  /// fault, when it cannot be read or used; the poses are then as they were.
+  /// Reads the model file and maps its poses to the frame. False, with an error line that names the file and
+  /// the fault, when it cannot be read or used; the poses are then as they were.
   bool LoadModel(const std::string& path);
 
   /// Loads the model and shows the first pose. A model that cannot be used stops the assistant.
@@ -56,7 +56,8 @@ class CalibAssistant {
   /// Scores the detected centres against the target; true when the pose is reached (score below SCORE_TH).
   bool CheckValidity(const std::vector<cv::Point2d>& points);
 
-  /// Draws the target and the score bar on an 8-bit frame, in place. Nothing is drawn before Start and after Stop.
+  /// Draws the target and the score bar on an 8-bit frame, in place. Nothing is drawn before Start and after
+  /// Stop.
   void DrawPose(cv::Mat& frame);
   /// The drawing itself, without the lock: for DrawPose.
   void DrawPattern(cv::Mat& frame);

@@ -13,8 +13,8 @@
 class CalibAssistant;
 class JSON;
 
-/// A calibrator collects snapshots of a printed asymmetric circles grid and computes a camera's intrinsics or how the
-/// two cameras of a pair stand to each other.
+/// A calibrator collects snapshots of a printed asymmetric circles grid and computes a camera's intrinsics or
+/// how the two cameras of a pair stand to each other.
 ///
 /// Its status says where it stands:
 ///  1. STATUS_NOT_READY: fewer than five snapshots;
@@ -24,12 +24,13 @@ class JSON;
 /// Compare statuses by equality: their numbers are not in the order of the lifecycle.
 ///
 /// Frames are 8-bit images of 1, 3 (BGR) or 4 channels. Detection brings each to the processing size given at
-/// construction; centres are in pixels of that size (the centre of the top-left pixel is (0, 0)), and so are the
-/// results. Object points are in metres; point j of row i is (unit * (2j + i mod 2), unit * i, 0), row by row.
+/// construction; centres are in pixels of that size (the centre of the top-left pixel is (0, 0)), and so are
+/// the results. Object points are in metres; point j of row i is (unit * (2j + i mod 2), unit * i, 0), row by
+/// row.
 ///
-/// Words on threads: "thread-safe" functions may be called from any thread at any time; "frame thread" ones may
-/// too, but one after the other for the same frame, which they change in place; the "window thread" is the one
-/// thread of the process that makes window calls.
+/// Words on threads: "thread-safe" functions may be called from any thread at any time; "frame thread" ones
+/// may too, but one after the other for the same frame, which they change in place; the "window thread" is
+/// the one thread of the process that makes window calls.
 ///
 /// A calibrator waits in its destructor for computations that it runs on threads of its own.
 class Calibrator {
@@ -49,8 +50,8 @@ class Calibrator {
   /// "5.1.0".
   static const std::string VERSION;
 
-  /// The grid's circles per row and rows; its unit in metres (the distance between adjacent rows; neighbours in
-  /// a row are two units apart); MONOCULAR or STEREO; the processing size in pixels.
+  /// The grid's circles per row and rows; its unit in metres (the distance between adjacent rows; neighbours
+  /// in a row are two units apart); MONOCULAR or STEREO; the processing size in pixels.
   Calibrator(const cv::Size& patternSize, const float& unit, const int& kind, const int& frameWidth,
              const int& frameHeight);
   ~Calibrator();
@@ -88,70 +89,73 @@ class Calibrator {
   // ---- Detection. Frame thread.
 
   /// Brings the frame to the processing size and searches the grid in it. `frame` is decorated in place: the
-  /// assistant's target always; with `draw`, or with an assistant, the found corners and the overlay; mirrored
-  /// last. `points` receives the centres in unmirrored pixels. True when the grid was found.
+  /// assistant's target always; with `draw`, or with an assistant, the found corners and the overlay;
+  /// mirrored last. `points` receives the centres in unmirrored pixels. True when the grid was found.
   ///
-  /// False without touching anything in a stereo calibrator, and for a frame without data; false with an error
-  /// line for one that is not of 8 bits and 1, 3 or 4 channels.
+  /// False without touching anything in a stereo calibrator, and for a frame without data; false with an
+  /// error line for one that is not of 8 bits and 1, 3 or 4 channels.
   bool DetectPoints(cv::Mat& frame, std::vector<cv::Point2d>& points, const bool& draw);
 
   /// Brings `src` to the processing size into `dst` (which may be the same matrix). With `fill` the image is
   /// scaled by the larger factor and the overflow cut away evenly; otherwise the aspect ratio is ignored.
-  /// `dst` owns continuous data of its own afterwards. A `src` without data leaves `dst` untouched, as does one
-  /// so long and narrow that filling would need more than 256 million pixels.
+  /// `dst` owns continuous data of its own afterwards. A `src` without data leaves `dst` untouched, as does
+  /// one so long and narrow that filling would need more than 256 million pixels.
   void Resize(const cv::Mat& src, cv::Mat& dst, const bool& fill, const int& interpolation);
 
-  /// The same for a pair of frames of equal size; true when the grid was found in both. The overlay is drawn on the
-  /// left frame only. False without touching anything in a monocular calibrator and during STATUS_PROGRESS. Frames
-  /// of different sizes raise OpenCV's assertion error (-215).
+  /// The same for a pair of frames of equal size; true when the grid was found in both. The overlay is drawn
+  /// on the left frame only. False without touching anything in a monocular calibrator and during
+  /// STATUS_PROGRESS. Frames of different sizes raise OpenCV's assertion error (-215).
   bool DetectStereoPoints(cv::Mat& left, cv::Mat& right, std::vector<cv::Point2d>& leftPoints,
                           std::vector<cv::Point2d>& rightPoints, const bool& draw);
 
   // ---- Snapshots of a monocular calibrator. Thread-safe.
 
-  /// Makes the last detection a snapshot, once. False when there is none, during STATUS_PROGRESS and in a stereo
-  /// calibrator.
+  /// Makes the last detection a snapshot, once. False when there is none, during STATUS_PROGRESS and in a
+  /// stereo calibrator.
   bool AddPoints();
-  /// Adds a snapshot from centres supplied by the caller, who is trusted to pass all of them in the order of the
-  /// grid search, paired with the frame of the last detection.
+  /// Adds a snapshot from centres supplied by the caller, who is trusted to pass all of them in the order of
+  /// the grid search, paired with the frame of the last detection.
   void AddPoints(const std::vector<cv::Point2d>& points);
   /// Detects and, without an assistant (which decides by itself), adds. Always true.
   bool AddPoints(cv::Mat& frame, const bool& draw);
 
   // ---- Snapshots of a stereo calibrator. Thread-safe.
 
-  /// Makes the last detection in both frames a snapshot, once. False when there is none, during STATUS_PROGRESS and
-  /// in a monocular calibrator.
+  /// Makes the last detection in both frames a snapshot, once. False when there is none, during
+  /// STATUS_PROGRESS and in a monocular calibrator.
   bool AddStereoPoints();
-  /// Adds a snapshot from centres supplied by the caller, who is trusted to pass all of them in the order of the
-  /// grid search, paired with the frames of the last detection. Earlier results keep their RMS.
-  void AddStereoPoints(const std::vector<cv::Point2d>& leftPoints, const std::vector<cv::Point2d>& rightPoints);
+  /// Adds a snapshot from centres supplied by the caller, who is trusted to pass all of them in the order of
+  /// the grid search, paired with the frames of the last detection. Earlier results keep their RMS.
+  void AddStereoPoints(const std::vector<cv::Point2d>& leftPoints,
+                       const std::vector<cv::Point2d>& rightPoints);
   /// Detects and adds; true when a snapshot was added. With `draw` the corners are drawn, without overlay and
   /// mirroring. Frames of different sizes raise OpenCV's assertion error (-215).
   bool AddStereoPoints(cv::Mat& left, cv::Mat& right, const bool& draw);
 
   // ---- Computation of a monocular calibrator. Thread-safe.
 
-  /// Computes the intrinsics with the lens model (MODEL_RATIONAL, MODEL_FULL, anything else classic). Returns the
-  /// RMS reprojection error in pixels, or -1.0 when nothing was computed: during STATUS_PROGRESS, in a stereo
-  /// calibrator, or (with an error line) with fewer than five snapshots. Ends the assistant. An exception of the
-  /// solver reaches the caller; the status and earlier results are then as before.
+  /// Computes the intrinsics with the lens model (MODEL_RATIONAL, MODEL_FULL, anything else classic). Returns
+  /// the RMS reprojection error in pixels, or -1.0 when nothing was computed: during STATUS_PROGRESS, in a
+  /// stereo calibrator, or (with an error line) with fewer than five snapshots. Ends the assistant. An
+  /// exception of the solver reaches the caller; the status and earlier results are then as before.
   float ComputeCalibration(const int& model);
   /// The same on a thread of its own. Follow it through the status. A failure is logged.
   void ComputeCalibrationMultithread(const int& model);
 
   // ---- Computation of a stereo calibrator. Thread-safe.
 
-  /// Computes how the right camera stands to the left one, from the snapshots and the monocular results of both
-  /// cameras (paths, or with `fromFiles` false the texts themselves), which are held fixed. `model` says which
-  /// coefficients count. Returns the RMS reprojection error in pixels; 0.0, with an error line, when a result
-  /// cannot be read; -1.0 when nothing was computed: during STATUS_PROGRESS, in a monocular calibrator, and (with
-  /// an error line) with fewer than five snapshots or a result with fewer than 14 coefficients. Ends the
-  /// assistant. An exception of the solver reaches the caller; the status is then as before.
+  /// Computes how the right camera stands to the left one, from the snapshots and the monocular results of
+  /// both cameras (paths, or with `fromFiles` false the texts themselves), which are held fixed. `model` says
+  /// which coefficients count. Returns the RMS reprojection error in pixels; 0.0, with an error line, when a
+  /// result cannot be read; -1.0 when nothing was computed: during STATUS_PROGRESS, in a monocular
+  /// calibrator, and (with an error line) with fewer than five snapshots or a result with fewer than 14
+  /// coefficients. Ends the assistant. An exception of the solver reaches the caller; the status is then as
+  /// before.
   float ComputeCalibrationStereo(const std::string& left, const std::string& right, const int& model,
                                  const bool& fromFiles);
   /// The same from texts on a thread of its own. Follow it through the status. A failure is logged.
-  void ComputeCalibrationStereoMultithread(const std::string& left, const std::string& right, const int& model);
+  void ComputeCalibrationStereoMultithread(const std::string& left, const std::string& right,
+                                           const int& model);
 
   // ---- Results. Thread-safe. Empty during STATUS_PROGRESS, in a calibrator of the other kind, and before a
   // computation. Returned matrices are never written to by later computations.
@@ -173,17 +177,18 @@ class Calibrator {
   double GetBaseline();
   /// RMS reprojection error in pixels, -1.0 when there is none.
   float GetRMS();
-  /// Stereo: translation (3 x 1, metres) with x_right = R x_left + T, essential and fundamental matrix (3 x 3).
+  /// Stereo: translation (3 x 1, metres) with x_right = R x_left + T, essential and fundamental matrix (3 x
+  /// 3).
   cv::Mat GetStereoTranslation();
   cv::Mat GetEssentialMatrix();
   cv::Mat GetFundamentalMatrix();
-  /// Standard deviations of fx, fy, cx, cy, k1, k2, p1, p2, k3, k4, k5, k6, s1, s2, s3, s4, tau x, tau y: 18 x 1
-  /// double, zero for those that the model does not estimate. Monocular.
+  /// Standard deviations of fx, fy, cx, cy, k1, k2, p1, p2, k3, k4, k5, k6, s1, s2, s3, s4, tau x, tau y: 18
+  /// x 1 double, zero for those that the model does not estimate. Monocular.
   cv::Mat GetStdDevIntrinsics();
   /// RMS reprojection error of each snapshot in pixels, N x 1 double. Monocular.
   cv::Mat GetPerViewErrors();
-  /// Pose of the grid in each snapshot, camera from grid: rotation vectors and translations (metres), N x 1 of
-  /// three doubles. Monocular.
+  /// Pose of the grid in each snapshot, camera from grid: rotation vectors and translations (metres), N x 1
+  /// of three doubles. Monocular.
   cv::Mat GetRotationVectors();
   cv::Mat GetTranslationVectors();
 
@@ -198,9 +203,9 @@ class Calibrator {
 
   // ---- Review and recording.
 
-  /// Shows every snapshot with the grid reprojected through the computed model in the window "Reprojected frame",
-  /// a key press each. Returns at once during STATUS_PROGRESS and in a stereo calibrator, and with an error line
-  /// without a display. Snapshots that have no result yet are shown plain. Window thread.
+  /// Shows every snapshot with the grid reprojected through the computed model in the window "Reprojected
+  /// frame", a key press each. Returns at once during STATUS_PROGRESS and in a stereo calibrator, and with an
+  /// error line without a display. Snapshots that have no result yet are shown plain. Window thread.
   void WatchReprojection();
 
   /// From here on the centres of each snapshot that AddPoints() takes are recorded as a pose. Thread-safe.
@@ -236,7 +241,8 @@ class Calibrator {
   int StoreSnapshot(const std::vector<cv::Point2d>& points);
   bool RefusesStereo();
   void MirrorIfWanted(cv::Mat& left, cv::Mat& right);
-  int StoreStereoSnapshot(const std::vector<cv::Point2d>& leftPoints, const std::vector<cv::Point2d>& rightPoints);
+  int StoreStereoSnapshot(const std::vector<cv::Point2d>& leftPoints,
+                          const std::vector<cv::Point2d>& rightPoints);
   bool HasEnoughRecords();
   void RunInBackground(const char* name, std::function<void()> task);
   cv::Mat ResultOf(int ofKind, cv::Mat Results::*member);
@@ -251,9 +257,9 @@ class Calibrator {
   const std::vector<cv::Point3d> objectTemplate_;
 
   // Locks, always taken in this order; dataLock_ and statusLock_ are held for copying only.
-  std::mutex pointsLock_;     ///< one detection or collection at a time; guards the last detection
-  std::mutex dataLock_;       ///< guards records, results, recording and assistant
-  std::mutex statusLock_;     ///< guards the status
+  std::mutex pointsLock_;  ///< one detection or collection at a time; guards the last detection
+  std::mutex dataLock_;    ///< guards records, results, recording and assistant
+  std::mutex statusLock_;  ///< guards the status
   int status_ = STATUS_NOT_READY;
 
   cv::Mat lastFrame_;

@@ -7,8 +7,8 @@
 
 /// One JSON value with typed top-level members by key, an encoding of cv::Mat, and file load and save.
 ///
-/// A new document holds null; the first add turns it into an object. Members are kept and written in ascending
-/// byte order of their keys. Adding under a key that exists replaces its value.
+/// A new document holds null; the first add turns it into an object. Members are kept and written in
+/// ascending byte order of their keys. Adding under a key that exists replaces its value.
 ///
 /// Exceptions of the JSON library pass through: a member that is absent (which is then created as null) or of
 /// another type raises nlohmann::json::type_error, malformed text nlohmann::json::parse_error.
@@ -25,11 +25,11 @@ class JSON {
   void addString(const std::string& key, const std::string& value);
 
   /// Stores an object of "rows", "cols", "type" (OpenCV's type number), "depth" and "data" (the elements in
-  /// row-major order). Matrices of several channels are reported at error level and stored all the same. A depth
-  /// beyond CV_64F is reported at error level and stored without "data".
+  /// row-major order). Matrices of several channels are reported at error level and stored all the same. A
+  /// depth beyond CV_64F is reported at error level and stored without "data".
   ///
-  /// A continuous matrix is stored from the start to the end of its underlying buffer: clone() a continuous view
-  /// into a larger matrix first.
+  /// A continuous matrix is stored from the start to the end of its underlying buffer: clone() a continuous
+  /// view into a larger matrix first.
   void addMat(const std::string& key, const cv::Mat& matrix);
 
   bool readBool(const std::string& key);
@@ -50,13 +50,13 @@ class JSON {
   /// Replaces the document by the parsed text; after an exception the document is as it was.
   void fromJson(const std::string& text);
 
-  /// Writes the text to the path. False, silently, when the path cannot be opened for writing. An earlier file
-  /// stays whole until the new one is complete; a failure while writing is reported at error level and leaves
-  /// the earlier file.
+  /// Writes the text to the path. False, silently, when the path cannot be opened for writing. An earlier
+  /// file stays whole until the new one is complete; a failure while writing is reported at error level and
+  /// leaves the earlier file.
   bool save(const std::string& path) const;
 
-  /// Replaces the document by the content of the file. False, silently, when the path cannot be opened or read
-  /// (a folder); the document is then as it was, as it is after a parse error.
+  /// Replaces the document by the content of the file. False, silently, when the path cannot be opened or
+  /// read (a folder); the document is then as it was, as it is after a parse error.
   ///
   /// The file is read word by word and joined: all white space is dropped, blanks inside strings included.
   bool load(const std::string& path);

@@ -20,8 +20,12 @@ const std::array<cv::Scalar, 7> PALETTE = {
 constexpr float CIRCLE_RADIUS = 9.0F;
 constexpr float FULL_BAR = 2850.0F;  ///< score above the threshold at which the bar spans the frame
 
-cv::Point Rounded(const cv::Point2f& point) { return {cvRound(point.x), cvRound(point.y)}; }
-cv::Point Truncated(const cv::Point2f& point) { return {static_cast<int>(point.x), static_cast<int>(point.y)}; }
+cv::Point Rounded(const cv::Point2f& point) {
+  return {cvRound(point.x), cvRound(point.y)};
+}
+cv::Point Truncated(const cv::Point2f& point) {
+  return {static_cast<int>(point.x), static_cast<int>(point.y)};
+}
 
 std::vector<cv::Point2f> Mapped(const std::vector<cv::Point2f>& points, const cv::Mat& homography) {
   std::vector<cv::Point2f> mapped;
@@ -68,7 +72,8 @@ void DrawTarget(const TargetDrawing& drawing, cv::Mat& frame) {
   const double pulse = std::cos(5.0 * drawing.age);
   const std::vector<cv::Point2f> corners = Mapped(drawing.outline, drawing.homography);
   DrawFigure(drawing, corners, figure);
-  Fill(sheet, {Truncated(corners[0]), Truncated(corners[1]), Truncated(corners[2]), Truncated(corners[3])}, WHITE);
+  Fill(sheet, {Truncated(corners[0]), Truncated(corners[1]), Truncated(corners[2]), Truncated(corners[3])},
+       WHITE);
   cv::addWeighted(sheet, 0.3, frame, 0.7, 0.0, frame);
   // Between 0.5 and 1.5: weights above 1 over-expose the figure, so that it stands out from the real sheet.
   const double weight = 1.0 - 0.5 * pulse;

@@ -17,7 +17,8 @@ void CheckPose(const cv::Mat& pose, const std::string& key, int circles) {
   }
   if (!cv::checkRange(pose)) throw std::runtime_error("'" + key + "' holds numbers that are not finite");
   const cv::Size2f extent = cv::minAreaRect(pose).size;
-  if (std::min(extent.width, extent.height) < 1.0F) throw std::runtime_error("the points of '" + key + "' span no area");
+  if (std::min(extent.width, extent.height) < 1.0F)
+    throw std::runtime_error("the points of '" + key + "' span no area");
 }
 
 /// Scales the pose evenly while its centre follows the frame's proportions on each axis.

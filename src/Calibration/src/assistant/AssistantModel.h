@@ -11,6 +11,6 @@ struct AssistantModel {
   float scale = 1.0F;
 };
 
-/// Reads and maps the model. Raises std::runtime_error with the fault in words when the file cannot be read, is no
-/// JSON, lacks a member, holds no pose, or a pose that has another number of circles or spans no area.
+/// Reads and maps the model. Raises std::runtime_error with the fault in words when the file cannot be read,
+/// is no JSON, lacks a member, holds no pose, or a pose that has another number of circles or spans no area.
 AssistantModel ReadAssistantModel(const std::string& path, const cv::Size& frame, const cv::Size& pattern);

@@ -13,7 +13,8 @@ namespace {
 
 constexpr float NO_SCORE = 10000.0F;
 
-/// The corners of the built-in sheet and the cut across one of them, clockwise from the top left; then the cut.
+/// The corners of the built-in sheet and the cut across one of them, clockwise from the top left; then the
+/// cut.
 const std::vector<cv::Point2f> SHEET_OUTLINE = {{0, 0},    {1753, 0},   {1753, 1239},
                                                 {0, 1239}, {169, 1239}, {0, 1043}};
 const int ROW_X[] = {1467, 1349, 1231, 1113, 994, 876, 758, 640, 522, 404, 286};
@@ -21,7 +22,6 @@ const int EVEN_ROW_Y[] = {206, 443, 679, 915};
 const int ODD_ROW_Y[] = {324, 560, 797, 1033};
 
 }  // namespace
-
 
 CalibAssistant::CalibAssistant(const int& frameWidth, const int& frameHeight, const int& patternColumns,
                                const int& patternRows)

@@ -18,4 +18,6 @@ void Calibration::DisableFileLogger() {
   Log::warn("disableFileLogger not defined if log4cxx is disabled. Ignored.");
 }
 
-std::string Calibration::GetVersion() { return Calibrator::GetVersion(); }
+std::string Calibration::GetVersion() {
+  return Calibrator::GetVersion();
+}

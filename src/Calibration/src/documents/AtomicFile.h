@@ -9,6 +9,6 @@ enum class WriteOutcome {
   Failed,     ///< opened, but not all could be written; an earlier file is as it was
 };
 
-/// Writes beside the target and renames. Symbolic links are followed; targets that are no regular files (a pipe,
-/// /dev/stdout) and files in folders that take no new ones are written directly.
+/// Writes beside the target and renames. Symbolic links are followed; targets that are no regular files (a
+/// pipe, /dev/stdout) and files in folders that take no new ones are written directly.
 WriteOutcome WriteFileAtomically(const std::string& path, const std::string& text);

@@ -37,13 +37,20 @@ void Decode(const nlohmann::json& data, cv::Mat& matrix) {
 template <typename Visitor>
 void WithElementOf(int depth, Visitor visit) {
   switch (depth) {
-    case CV_8U: return visit(std::uint8_t{});
-    case CV_8S: return visit(std::int8_t{});
-    case CV_16U: return visit(std::uint16_t{});
-    case CV_16S: return visit(std::int16_t{});
-    case CV_32S: return visit(std::int32_t{});
-    case CV_32F: return visit(float{});
-    default: return visit(double{});
+    case CV_8U:
+      return visit(std::uint8_t{});
+    case CV_8S:
+      return visit(std::int8_t{});
+    case CV_16U:
+      return visit(std::uint16_t{});
+    case CV_16S:
+      return visit(std::int16_t{});
+    case CV_32S:
+      return visit(std::int32_t{});
+    case CV_32F:
+      return visit(float{});
+    default:
+      return visit(double{});
   }
 }
 

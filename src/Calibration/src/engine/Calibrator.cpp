@@ -18,7 +18,8 @@ Calibrator::Calibrator(const cv::Size& patternSize, const float& unit, const int
       frameWidth_(frameWidth),
       frameHeight_(frameHeight),
       unit_(unit),
-      objectTemplate_(MakeObjectTemplate(patternSize, unit)) {}
+      objectTemplate_(MakeObjectTemplate(patternSize, unit)) {
+}
 
 Calibrator::~Calibrator() {
   {
@@ -43,9 +44,13 @@ int Calibrator::GetStatus() {
   return status_;
 }
 
-int Calibrator::ReadStatus() { return GetStatus(); }
+int Calibrator::ReadStatus() {
+  return GetStatus();
+}
 
-bool Calibrator::isCalibrating() { return GetStatus() == STATUS_PROGRESS; }
+bool Calibrator::isCalibrating() {
+  return GetStatus() == STATUS_PROGRESS;
+}
 
 bool Calibrator::IsDetected() {
   const std::lock_guard<std::mutex> lock(pointsLock_);
@@ -66,11 +71,17 @@ void Calibrator::Reset() {
   status_ = STATUS_NOT_READY;
 }
 
-std::string Calibrator::GetVersion() { return VERSION; }
+std::string Calibrator::GetVersion() {
+  return VERSION;
+}
 
-void Calibrator::SetFlipImage(const bool& flip) { flipImage_ = flip; }
+void Calibrator::SetFlipImage(const bool& flip) {
+  flipImage_ = flip;
+}
 
-bool Calibrator::GetFlipImage() { return flipImage_; }
+bool Calibrator::GetFlipImage() {
+  return flipImage_;
+}
 
 void Calibrator::EnableAssistant(const std::string& modelPath) {
   auto assistant =

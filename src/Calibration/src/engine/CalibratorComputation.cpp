@@ -26,7 +26,8 @@ float Calibrator::ComputeCalibration(const int& model) {
   assistant_.reset();  // a computation ends guided collection
   data.unlock();
 
-  const IntrinsicsResult solved = SolveIntrinsics(objectPoints, imagePoints, {frameWidth_, frameHeight_}, model);
+  const IntrinsicsResult solved =
+      SolveIntrinsics(objectPoints, imagePoints, {frameWidth_, frameHeight_}, model);
 
   data.lock();
   results_.K = solved.K;

@@ -27,7 +27,8 @@ void Calibrator::Resize(const cv::Mat& src, cv::Mat& dst, const bool& fill, cons
 bool Calibrator::BringToProcessingSize(cv::Mat& frame) {
   if (frame.empty()) return false;
   if (!IsSupported(frame)) {
-    Log::error("Cannot process a frame of OpenCV type %d: 8 bits and 1, 3 or 4 channels are needed.", frame.type());
+    Log::error("Cannot process a frame of OpenCV type %d: 8 bits and 1, 3 or 4 channels are needed.",
+               frame.type());
     return false;
   }
   if (!ResizeFrame(frame, frame, {frameWidth_, frameHeight_}, true, cv::INTER_NEAREST)) {
@@ -64,7 +65,8 @@ bool Calibrator::DetectPoints(cv::Mat& frame, std::vector<cv::Point2d>& points, 
   return found;
 }
 
-void Calibrator::Guide(const std::shared_ptr<CalibAssistant>& assistant, const std::vector<cv::Point2d>& points) {
+void Calibrator::Guide(const std::shared_ptr<CalibAssistant>& assistant,
+                       const std::vector<cv::Point2d>& points) {
   if (!assistant->CheckValidity(points)) return;
   AddPoints();
   if (assistant->Next()) ComputeCalibrationMultithread(MODEL_RATIONAL);

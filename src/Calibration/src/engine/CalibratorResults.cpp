@@ -10,23 +10,51 @@ cv::Mat Calibrator::ResultOf(int ofKind, cv::Mat Results::*member) {
   return results_.*member;
 }
 
-cv::Mat Calibrator::GetK() { return ResultOf(MONOCULAR, &Results::K); }
-cv::Mat Calibrator::GetDistCoefs() { return ResultOf(MONOCULAR, &Results::D); }
-cv::Mat Calibrator::GetKLeft() { return ResultOf(STEREO, &Results::K); }
-cv::Mat Calibrator::GetDistCoefsLeft() { return ResultOf(STEREO, &Results::D); }
-cv::Mat Calibrator::GetKRight() { return ResultOf(STEREO, &Results::KRight); }
-cv::Mat Calibrator::GetDistCoefsRight() { return ResultOf(STEREO, &Results::DRight); }
-cv::Mat Calibrator::GetR() { return ResultOf(STEREO, &Results::R); }
-cv::Mat Calibrator::GetStereoTranslation() { return ResultOf(STEREO, &Results::T); }
-cv::Mat Calibrator::GetEssentialMatrix() { return ResultOf(STEREO, &Results::E); }
-cv::Mat Calibrator::GetFundamentalMatrix() { return ResultOf(STEREO, &Results::F); }
-cv::Mat Calibrator::GetStdDevIntrinsics() { return ResultOf(MONOCULAR, &Results::stdDevIntrinsics); }
-cv::Mat Calibrator::GetPerViewErrors() { return ResultOf(MONOCULAR, &Results::perViewErrors); }
-cv::Mat Calibrator::GetRotationVectors() { return ResultOf(MONOCULAR, &Results::rvecs); }
-cv::Mat Calibrator::GetTranslationVectors() { return ResultOf(MONOCULAR, &Results::tvecs); }
+cv::Mat Calibrator::GetK() {
+  return ResultOf(MONOCULAR, &Results::K);
+}
+cv::Mat Calibrator::GetDistCoefs() {
+  return ResultOf(MONOCULAR, &Results::D);
+}
+cv::Mat Calibrator::GetKLeft() {
+  return ResultOf(STEREO, &Results::K);
+}
+cv::Mat Calibrator::GetDistCoefsLeft() {
+  return ResultOf(STEREO, &Results::D);
+}
+cv::Mat Calibrator::GetKRight() {
+  return ResultOf(STEREO, &Results::KRight);
+}
+cv::Mat Calibrator::GetDistCoefsRight() {
+  return ResultOf(STEREO, &Results::DRight);
+}
+cv::Mat Calibrator::GetR() {
+  return ResultOf(STEREO, &Results::R);
+}
+cv::Mat Calibrator::GetStereoTranslation() {
+  return ResultOf(STEREO, &Results::T);
+}
+cv::Mat Calibrator::GetEssentialMatrix() {
+  return ResultOf(STEREO, &Results::E);
+}
+cv::Mat Calibrator::GetFundamentalMatrix() {
+  return ResultOf(STEREO, &Results::F);
+}
+cv::Mat Calibrator::GetStdDevIntrinsics() {
+  return ResultOf(MONOCULAR, &Results::stdDevIntrinsics);
+}
+cv::Mat Calibrator::GetPerViewErrors() {
+  return ResultOf(MONOCULAR, &Results::perViewErrors);
+}
+cv::Mat Calibrator::GetRotationVectors() {
+  return ResultOf(MONOCULAR, &Results::rvecs);
+}
+cv::Mat Calibrator::GetTranslationVectors() {
+  return ResultOf(MONOCULAR, &Results::tvecs);
+}
 
-/// Callers rely on these getters answering "not available" in every status: the guard wants a status above 399
-/// that is not STATUS_PROGRESS (400), which none of the four is.
+/// Callers rely on these getters answering "not available" in every status: the guard wants a status above
+/// 399 that is not STATUS_PROGRESS (400), which none of the four is.
 bool Calibrator::GuardOfUnreachableResults() {
   if (GetStatus() <= 399) {
     Log::error("Cannot perform any action while computing calibration.");
@@ -62,12 +90,14 @@ float Calibrator::GetRMS() {
   return GetStatus() == STATUS_PROGRESS ? -1.0F : results_.rms;
 }
 
-std::string Calibrator::currentDateTime() { return CurrentDateTime(); }
+std::string Calibrator::currentDateTime() {
+  return CurrentDateTime();
+}
 
 std::string Calibrator::ResultText(const Results& results, JSON& document) const {
   const bool mono = results.rms != -1.0F && !results.K.empty() && !results.D.empty();
-  const bool stereo = mono && !results.KRight.empty() && !results.DRight.empty() && !results.R.empty() &&
-                      !results.T.empty();
+  const bool stereo =
+      mono && !results.KRight.empty() && !results.DRight.empty() && !results.R.empty() && !results.T.empty();
   if (kind_ == MONOCULAR ? !mono : !stereo) return "";
   document.addInt("sensor", kind_);
   document.addDouble("error", results.rms);

@@ -28,14 +28,22 @@ void Calibrator::WatchReprojection() {
   cv::namedWindow(window, cv::WINDOW_AUTOSIZE);
   for (int i = 0; i < total; ++i) {
     const auto index = static_cast<size_t>(i);
-    const ReviewView view = {records.snapshots[index], {frameWidth_, frameHeight_}, i + 1, total,
-                             records.objectRecords[index], patternSize_};
+    const ReviewView view = {records.snapshots[index],
+                             {frameWidth_, frameHeight_},
+                             i + 1,
+                             total,
+                             records.objectRecords[index],
+                             patternSize_};
     // Snapshots added after the computation, or all without one, have no row in its results.
     ReviewResult result;
     const bool computed = i < results.perViewErrors.rows;
     if (computed) {
-      result = {results.K, results.D, results.rvecs.at<cv::Vec3d>(i), results.tvecs.at<cv::Vec3d>(i),
-                results.perViewErrors.at<double>(i), results.rms};
+      result = {results.K,
+                results.D,
+                results.rvecs.at<cv::Vec3d>(i),
+                results.tvecs.at<cv::Vec3d>(i),
+                results.perViewErrors.at<double>(i),
+                results.rms};
     }
     cv::imshow(window, DrawReview(view, computed ? &result : nullptr));
     cv::waitKey(0);

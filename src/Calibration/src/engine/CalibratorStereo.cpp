@@ -38,7 +38,9 @@ bool FindBoth(const cv::Mat& left, const cv::Mat& right, const cv::Size& grid, C
 
 }  // namespace
 
-bool Calibrator::RefusesStereo() { return kind_ != STEREO || GetStatus() == STATUS_PROGRESS; }
+bool Calibrator::RefusesStereo() {
+  return kind_ != STEREO || GetStatus() == STATUS_PROGRESS;
+}
 
 bool Calibrator::BringToProcessingSize(cv::Mat& left, cv::Mat& right) {
   const bool leftReady = BringToProcessingSize(left);
@@ -105,7 +107,8 @@ bool Calibrator::AddStereoPoints(cv::Mat& left, cv::Mat& right, const bool& draw
   AssertSameSize(left, right, "AddStereoPoints", 483);
   Centres leftPoints;
   Centres rightPoints;
-  if (!BringToProcessingSize(left, right) || !FindBoth(left, right, patternSize_, leftPoints, rightPoints)) return false;
+  if (!BringToProcessingSize(left, right) || !FindBoth(left, right, patternSize_, leftPoints, rightPoints))
+    return false;
   const std::lock_guard<std::mutex> data(dataLock_);
   if (RefusesStereo()) return false;  // a computation began during the search
   lastFrame_ = left.clone();

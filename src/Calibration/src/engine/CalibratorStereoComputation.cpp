@@ -10,8 +10,8 @@ namespace {
 
 constexpr int RATIONAL_COEFFICIENTS = 14;
 
-/// Reads a monocular result, a file or its text, into K and D. False, reported as an unreadable file, for whatever
-/// holds no such result.
+/// Reads a monocular result, a file or its text, into K and D. False, reported as an unreadable file, for
+/// whatever holds no such result.
 bool ReadIntrinsics(const std::string& source, bool fromFile, cv::Mat& K, cv::Mat& D) {
   bool read = false;
   try {
@@ -40,8 +40,8 @@ bool IsRational(const cv::Mat& D, const std::string& source) {
 
 }  // namespace
 
-float Calibrator::ComputeCalibrationStereo(const std::string& left, const std::string& right, const int& model,
-                                           const bool& fromFiles) {
+float Calibrator::ComputeCalibrationStereo(const std::string& left, const std::string& right,
+                                           const int& model, const bool& fromFiles) {
   if (RefusesStereo()) return -1.0F;
   std::unique_lock<std::mutex> data(dataLock_);
   if (!HasEnoughRecords()) return -1.0F;

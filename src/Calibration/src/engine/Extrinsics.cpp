@@ -24,7 +24,8 @@ std::vector<std::vector<cv::Point2f>> Matching(const std::vector<std::vector<cv:
 
 void WarnOfIgnoredCoefficients(const char* camera, const cv::Mat& D) {
   if (D.cols > CLASSIC_COEFFICIENTS && cv::countNonZero(D.colRange(CLASSIC_COEFFICIENTS, D.cols)) > 0) {
-    Log::warn("The classic model ignores the distortion coefficients of the %s camera beyond the fifth.", camera);
+    Log::warn("The classic model ignores the distortion coefficients of the %s camera beyond the fifth.",
+              camera);
   }
 }
 
@@ -45,8 +46,9 @@ ExtrinsicsResult SolveExtrinsics(const std::vector<std::vector<cv::Point3d>>& ob
   cv::Mat KRight = intrinsics.KRight.clone();
   cv::Mat DRight = intrinsics.DRight.clone();
   ExtrinsicsResult result;
-  result.rms = cv::stereoCalibrate(Narrowed(objectPoints), Matching(leftPoints, objectPoints),
-                                   Matching(rightPoints, objectPoints), K, D, KRight, DRight, imageSize, result.R,
-                                   result.T, result.E, result.F, cv::CALIB_FIX_INTRINSIC | flags, SolverCriteria());
+  result.rms =
+      cv::stereoCalibrate(Narrowed(objectPoints), Matching(leftPoints, objectPoints),
+                          Matching(rightPoints, objectPoints), K, D, KRight, DRight, imageSize, result.R,
+                          result.T, result.E, result.F, cv::CALIB_FIX_INTRINSIC | flags, SolverCriteria());
   return result;
 }

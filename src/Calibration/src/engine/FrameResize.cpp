@@ -39,7 +39,8 @@ bool ResizeFrame(const cv::Mat& src, cv::Mat& dst, const cv::Size& size, bool fi
   const cv::Size scaledSize = fill ? CoveringSize(src.size(), size) : size;
   cv::Mat scaled;
   cv::resize(src, scaled, scaledSize, 0, 0, interpolation);
-  const cv::Rect cut((scaled.cols - size.width) / 2, (scaled.rows - size.height) / 2, size.width, size.height);
+  const cv::Rect cut((scaled.cols - size.width) / 2, (scaled.rows - size.height) / 2, size.width,
+                     size.height);
   const cv::Mat covered = scaled(cut);
   dst = covered.isContinuous() ? covered : covered.clone();
   return true;

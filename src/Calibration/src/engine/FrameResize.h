@@ -3,8 +3,8 @@
 
 #include <opencv2/core.hpp>
 
-/// Scales `src` by the larger of the two factors, so that it covers `size`, and cuts the overflow away evenly; the
-/// scaled side and the cut are truncated. With `fill` false the aspect ratio is ignored instead. `dst` may be
-/// `src`; it owns continuous data afterwards. False, with `dst` untouched, when `src` holds no data or covering
-/// would need more than 256 million pixels.
+/// Scales `src` by the larger of the two factors, so that it covers `size`, and cuts the overflow away
+/// evenly; the scaled side and the cut are truncated. With `fill` false the aspect ratio is ignored instead.
+/// `dst` may be `src`; it owns continuous data afterwards. False, with `dst` untouched, when `src` holds no
+/// data or covering would need more than 256 million pixels.
 bool ResizeFrame(const cv::Mat& src, cv::Mat& dst, const cv::Size& size, bool fill, int interpolation);

@@ -9,6 +9,7 @@ bool FindGridStandard(const cv::Mat& frame, const cv::Size& patternSize, std::ve
   cv::Mat image = frame;
   // Not every version of the blob detector takes four channels; the grey values are the same either way.
   if (frame.channels() == 4) cv::cvtColor(frame, image, cv::COLOR_BGRA2GRAY);
-  const cv::Ptr<cv::SimpleBlobDetector> detector = cv::SimpleBlobDetector::create(cv::SimpleBlobDetector::Params());
+  const cv::Ptr<cv::SimpleBlobDetector> detector =
+      cv::SimpleBlobDetector::create(cv::SimpleBlobDetector::Params());
   return cv::findCirclesGrid(image, patternSize, points, cv::CALIB_CB_ASYMMETRIC_GRID, detector);
 }

@@ -29,8 +29,9 @@ IntrinsicsResult SolveIntrinsics(const std::vector<std::vector<cv::Point3d>>& ob
                                  const std::vector<std::vector<cv::Point2d>>& imagePoints,
                                  const cv::Size& imageSize, int model) {
   IntrinsicsResult result;
-  result.rms = cv::calibrateCamera(Narrowed(objectPoints), Narrowed(imagePoints), imageSize, result.K, result.D,
-                                   result.rvecs, result.tvecs, result.stdDevIntrinsics, result.stdDevExtrinsics,
-                                   result.perViewErrors, FlagsOfModel(model), SolverCriteria());
+  result.rms =
+      cv::calibrateCamera(Narrowed(objectPoints), Narrowed(imagePoints), imageSize, result.K, result.D,
+                          result.rvecs, result.tvecs, result.stdDevIntrinsics, result.stdDevExtrinsics,
+                          result.perViewErrors, FlagsOfModel(model), SolverCriteria());
   return result;
 }

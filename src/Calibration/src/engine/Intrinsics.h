@@ -11,8 +11,8 @@ struct IntrinsicsResult {
   cv::Mat stdDevIntrinsics, stdDevExtrinsics, perViewErrors;  ///< 18 x 1, 6N x 1, N x 1
 };
 
-/// Solves from scratch with OpenCV's calibration. D is as OpenCV returns it, never trimmed. Raises cv::Exception
-/// when the solver does.
+/// Solves from scratch with OpenCV's calibration. D is as OpenCV returns it, never trimmed. Raises
+/// cv::Exception when the solver does.
 IntrinsicsResult SolveIntrinsics(const std::vector<std::vector<cv::Point3d>>& objectPoints,
                                  const std::vector<std::vector<cv::Point2d>>& imagePoints,
                                  const cv::Size& imageSize, int model);

@@ -8,10 +8,12 @@
 
 int FlagsOfModel(int model) {
   switch (model) {
-    case Calibrator::MODEL_RATIONAL: return cv::CALIB_RATIONAL_MODEL;
+    case Calibrator::MODEL_RATIONAL:
+      return cv::CALIB_RATIONAL_MODEL;
     case Calibrator::MODEL_FULL:
       return cv::CALIB_RATIONAL_MODEL | cv::CALIB_THIN_PRISM_MODEL | cv::CALIB_TILTED_MODEL;
-    default: return 0;
+    default:
+      return 0;
   }
 }
 

@@ -18,18 +18,24 @@ struct SpeedLabel {
   cv::Scalar colour;
 };
 
-const SpeedLabel SPEED_LABELS[] = {
-    {31, "excellent", cv::Scalar(0, 255, 0)}, {23, "good", cv::Scalar(0, 255, 128)},
-    {16, "medium", cv::Scalar(0, 255, 255)},  {8, "low", cv::Scalar(0, 128, 255)},
-    {std::numeric_limits<int>::min(), "poor", cv::Scalar(0, 0, 255)}};
+const SpeedLabel SPEED_LABELS[] = {{31, "excellent", cv::Scalar(0, 255, 0)},
+                                   {23, "good", cv::Scalar(0, 255, 128)},
+                                   {16, "medium", cv::Scalar(0, 255, 255)},
+                                   {8, "low", cv::Scalar(0, 128, 255)},
+                                   {std::numeric_limits<int>::min(), "poor", cv::Scalar(0, 0, 255)}};
 
 const char* StatusWord(int status) {
   switch (status) {
-    case Calibrator::STATUS_NOT_READY: return "NOT READY";
-    case Calibrator::STATUS_READY: return "READY";
-    case Calibrator::STATUS_COMPLETED: return "COMPLETED";
-    case Calibrator::STATUS_PROGRESS: return "PROGRESS";
-    default: return "UNKNOWN";
+    case Calibrator::STATUS_NOT_READY:
+      return "NOT READY";
+    case Calibrator::STATUS_READY:
+      return "READY";
+    case Calibrator::STATUS_COMPLETED:
+      return "COMPLETED";
+    case Calibrator::STATUS_PROGRESS:
+      return "PROGRESS";
+    default:
+      return "UNKNOWN";
   }
 }
 
@@ -77,7 +83,8 @@ std::vector<OverlayText> OverlayTexts(const OverlayState& state) {
 
 void DrawOverlay(const OverlayState& state, cv::Mat& frame) {
   for (const OverlayText& line : OverlayTexts(state)) {
-    cv::putText(frame, line.text, line.origin, cv::FONT_HERSHEY_DUPLEX, 0.5, line.colour, 1, cv::LINE_AA, false);
+    cv::putText(frame, line.text, line.origin, cv::FONT_HERSHEY_DUPLEX, 0.5, line.colour, 1, cv::LINE_AA,
+                false);
   }
 }
 

@@ -23,8 +23,11 @@ const char* StatusSentence(int status) {
   switch (status) {
     case Calibrator::STATUS_READY:
       return "Calibration ready to be performed. Enough snapshots have been collected.";
-    case Calibrator::STATUS_PROGRESS: return "Calibration in progress.";
-    case Calibrator::STATUS_COMPLETED: return "Calibration completed. Results are available.";
-    default: return "Calibration not ready to be performed yet. Not enough snapshots have been collected.";
+    case Calibrator::STATUS_PROGRESS:
+      return "Calibration in progress.";
+    case Calibrator::STATUS_COMPLETED:
+      return "Calibration completed. Results are available.";
+    default:
+      return "Calibration not ready to be performed yet. Not enough snapshots have been collected.";
   }
 }

@@ -46,8 +46,8 @@ bool XServerAnswers(const std::string& display) {
   return true;  // the library stays loaded: threads of it may
 }
 
-/// A server that accepts but never answers would block for ever, so the question is put on a thread that is left
-/// behind when time runs out.
+/// A server that accepts but never answers would block for ever, so the question is put on a thread that is
+/// left behind when time runs out.
 bool XServerAnswersInTime(const std::string& display) {
   auto answer = std::make_shared<std::promise<bool>>();
   auto result = answer->get_future();
@@ -78,14 +78,17 @@ bool DisplayAvailable(std::string* reason) {
   if (!display.empty() && XServerAnswersInTime(display)) return true;
   if (WaylandSocketAccepts()) return true;
   if (reason != nullptr) {
-    *reason = display.empty() ? "No display to open a window on: DISPLAY is not set."
-                              : "No display to open a window on: DISPLAY is '" + display + "', which does not answer.";
+    *reason = display.empty()
+                  ? "No display to open a window on: DISPLAY is not set."
+                  : "No display to open a window on: DISPLAY is '" + display + "', which does not answer.";
   }
   return false;
 }
 
 #else
 
-bool DisplayAvailable(std::string* /*reason*/) { return true; }
+bool DisplayAvailable(std::string* /*reason*/) {
+  return true;
+}
 
 #endif

@@ -22,13 +22,13 @@ void print(const char* prefix, const char* format, std::va_list arguments) {
 
 }  // namespace
 
-#define VELMORA_LOG_FUNCTION(name, level, prefix)                   \
-  void name(const char* format, ...) {                              \
+#define VELMORA_LOG_FUNCTION(name, level, prefix)                    \
+  void name(const char* format, ...) {                               \
     if (LOG_LEVEL.load(std::memory_order_relaxed) < (level)) return; \
-    std::va_list arguments;                                         \
-    va_start(arguments, format);                                    \
-    print(prefix, format, arguments);                               \
-    va_end(arguments);                                              \
+    std::va_list arguments;                                          \
+    va_start(arguments, format);                                     \
+    print(prefix, format, arguments);                                \
+    va_end(arguments);                                               \
   }
 
 VELMORA_LOG_FUNCTION(error, ERROR_LEVEL, "ERROR : ")
