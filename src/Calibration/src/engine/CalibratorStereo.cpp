@@ -27,12 +27,16 @@ bool FindBoth(const cv::Mat& left, const cv::Mat& right, const cv::Size& grid, C
               Centres& rightPoints) {
   // The search draws random numbers from its thread's generator.
   const std::uint64_t randomState = cv::theRNG().state;
-  auto rightSearch = std::async(std::launch::async, [&] {
+  // A list of its own, handed over at the end: callers may pass one list for both.
+  Centres ofRight;
+  // Without a thread to be had, the second search follows the first.
+  auto rightSearch = std::async(std::launch::async | std::launch::deferred, [&] {
     cv::theRNG().state = randomState;
-    return FindGridStandard(right, grid, rightPoints);
+    return FindGridStandard(right, grid, ofRight);
   });
   const bool foundLeft = FindGridStandard(left, grid, leftPoints);
   const bool foundRight = rightSearch.get();
+  rightPoints = std::move(ofRight);
   return foundLeft && foundRight;
 }
 
