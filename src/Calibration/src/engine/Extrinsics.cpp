@@ -16,7 +16,7 @@ constexpr int CLASSIC_COEFFICIENTS = 5;
 std::vector<std::vector<cv::Point2f>> Matching(const std::vector<std::vector<cv::Point2d>>& imagePoints,
                                                const std::vector<std::vector<cv::Point3d>>& objectPoints) {
   auto narrowed = Narrowed(imagePoints);
-  for (size_t i = 0; i < narrowed.size(); ++i) {
+  for (size_t i = 0; i < std::min(narrowed.size(), objectPoints.size()); ++i) {
     narrowed[i].resize(std::min(narrowed[i].size(), objectPoints[i].size()));
   }
   return narrowed;
