@@ -2,45 +2,21 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <functional>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <thread>
-#include <vector>
 
 #include "Calibrator.h"
 #include "Log.h"
 #include "TemporaryFolder.h"
 #include "engine/Collection.h"
+#include "foundation/Crowd.h"
 #include "foundation/Scopes.h"
 
 namespace {
 
 const std::set<int> STATUSES = {Calibrator::STATUS_NOT_READY, Calibrator::STATUS_READY,
                                 Calibrator::STATUS_COMPLETED, Calibrator::STATUS_PROGRESS};
-
-/// Threads that start together. What one of them throws is reported as a failure.
-class Crowd {
- public:
-  void Add(std::function<void()> task) {
-    threads_.emplace_back([this, task = std::move(task)] {
-      while (!started_) std::this_thread::yield();
-      try {
-        task();
-      } catch (const std::exception& fault) {
-        ADD_FAILURE() << "a thread ended with: " << fault.what();
-      }
-    });
-  }
-  void RunToTheEnd() {
-    started_ = true;
-    for (std::thread& thread : threads_) thread.join();
-  }
-
- private:
-  std::atomic<bool> started_{false};
-  std::vector<std::thread> threads_;
-};
 
 /// Reads everything that may be read at any time, and checks that it makes sense.
 void ReadEverything(Calibrator& calibrator) {
@@ -76,7 +52,7 @@ TEST(CalibratorConcurrency, DetectsWhileOthersReadAddResetComputeAndSwitchTheAss
   std::atomic<int> found{0};
   std::atomic<bool> detecting{true};
 
-  Crowd crowd;
+  unit::Crowd crowd;
   crowd.Add([&] {
     for (size_t i = 0; i < DETECTIONS; ++i) {
       cv::Mat frame = unit::Rendered().pictures[i % 12].clone();
@@ -135,7 +111,7 @@ TEST(CalibratorConcurrency, CountsEachSnapshotOfSeveralThreadsOnce) {
   constexpr int EACH = 50;
   const auto view = unit::NoisyViews(1).front();
   const auto calibrator = unit::MakeCalibrator();
-  Crowd crowd;
+  unit::Crowd crowd;
   for (int thread = 0; thread < THREADS; ++thread) {
     crowd.Add([&] {
       for (int i = 0; i < EACH; ++i) calibrator->AddPoints(view);
@@ -153,7 +129,7 @@ TEST(CalibratorConcurrency, TakesADetectionForOneThreadOnly) {
   std::vector<cv::Point2d> points;
   ASSERT_TRUE(calibrator->DetectPoints(frame, points, false));
   std::atomic<int> added{0};
-  Crowd crowd;
+  unit::Crowd crowd;
   for (int thread = 0; thread < 4; ++thread) {
     crowd.Add([&] { added += calibrator->AddPoints() ? 1 : 0; });
   }
@@ -167,7 +143,7 @@ TEST(CalibratorConcurrency, EndsCompletedWhenSeveralComputationsAreAskedFor) {
   std::atomic<int> computed{0};
   std::atomic<int> refused{0};
   std::atomic<int> waiting{3};
-  Crowd crowd;
+  unit::Crowd crowd;
   for (int thread = 0; thread < 3; ++thread) {
     crowd.Add([&] {
       --waiting;
@@ -186,7 +162,7 @@ TEST(CalibratorConcurrency, WorksWithSeveralCalibratorsSideBySide) {
   const auto views = unit::NoisyViews(6);
   const auto direct = unit::SolveDirectly(views, 0);
   std::atomic<int> equal{0};
-  Crowd crowd;
+  unit::Crowd crowd;
   for (int thread = 0; thread < 3; ++thread) {
     crowd.Add([&] {
       const auto calibrator = unit::CalibratorWith(views);

@@ -111,7 +111,7 @@ void WriteAssistantModel(const std::string& path, const PointLists& poses) {
   support::WriteText(path, model.dump());
 }
 
-DirectSolution SolveDirectly(const PointLists& views, int flags) {
+std::vector<cv::Point3f> TargetPoints() {
   // Written out on purpose: the target's points as the description of the grid has them.
   std::vector<cv::Point3f> target;
   for (int row = 0; row < GRID.height; ++row) {
@@ -120,7 +120,11 @@ DirectSolution SolveDirectly(const PointLists& views, int flags) {
                           0.0F);
     }
   }
-  const std::vector<std::vector<cv::Point3f>> objectPoints(views.size(), target);
+  return target;
+}
+
+DirectSolution SolveDirectly(const PointLists& views, int flags) {
+  const std::vector<std::vector<cv::Point3f>> objectPoints(views.size(), TargetPoints());
   std::vector<std::vector<cv::Point2f>> imagePoints;
   for (const auto& view : views) imagePoints.emplace_back(view.begin(), view.end());
   DirectSolution solution;

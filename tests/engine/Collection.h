@@ -49,6 +49,9 @@ cv::Mat PictureWithoutGrid();
 /// A model file of the assistant with the point lists as its poses.
 void WriteAssistantModel(const std::string& path, const PointLists& poses);
 
+/// The points of the target, in the order of the grid search.
+std::vector<cv::Point3f> TargetPoints();
+
 /// What the solver itself says of the views: the direct call that the engine is compared with.
 struct DirectSolution {
   double rms;
