@@ -42,7 +42,7 @@ std::string CameraViews::FaultOf(Picture& picture, Centres& centres) {
 
 std::string CameraViews::Take(Picture& picture) {
   Centres centres;
-  const std::string fault = FaultOf(picture, centres);
+  std::string fault = FaultOf(picture, centres);
   if (fault.empty()) {
     names_.push_back(picture.name);
     views_.push_back(std::move(centres));

@@ -79,7 +79,7 @@ std::string TakePair(Picture& left, Picture& right, PairViews& pairs) {
     pairs.rightCentres.push_back(pairs.right.Views().back());
     return "";
   }
-  const std::string fault = faultLeft.empty()    ? "right: " + faultRight
+  std::string fault = faultLeft.empty()    ? "right: " + faultRight
                             : faultRight.empty() ? "left: " + faultLeft
                                                  : "both: " + faultLeft;
   pairs.rejected.push_back({name, fault});

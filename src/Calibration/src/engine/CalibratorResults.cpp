@@ -128,7 +128,7 @@ std::string Calibrator::SaveResult(const bool& save, const std::string& path) {
   }
   if (kind_ != MONOCULAR && kind_ != STEREO) return "";
   JSON document;
-  const std::string text = ResultText(results, document);
+  std::string text = ResultText(results, document);
   if (text.empty()) return "";
   const std::string fileName = ResultFileName(path, kind_);
   if (save && !document.save(fileName)) Log::error("Cannot save file: %s", fileName.c_str());
