@@ -253,7 +253,6 @@ class Calibrator {
   const cv::Size patternSize_;
   const int frameWidth_;
   const int frameHeight_;
-  const float unit_;
   const std::vector<cv::Point3d> objectTemplate_;
 
   // Locks, always taken in this order; dataLock_ and statusLock_ are held for copying only.

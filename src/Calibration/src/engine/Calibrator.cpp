@@ -17,7 +17,6 @@ Calibrator::Calibrator(const cv::Size& patternSize, const float& unit, const int
       patternSize_(patternSize),
       frameWidth_(frameWidth),
       frameHeight_(frameHeight),
-      unit_(unit),
       objectTemplate_(MakeObjectTemplate(patternSize, unit)) {
 }
 
