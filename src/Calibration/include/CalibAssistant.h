@@ -19,7 +19,7 @@
 /// A Start that fails leaves (or brings) the assistant to "stopped"; nothing of a half-read model remains.
 ///
 /// Poses are lists of circle centres in pixels of the assistant's frame, in the order of the grid search.
-/// All functions are thread-safe.
+/// Thread-safe but for InitDefaultPattern and DrawPattern, which the others call.
 class CalibAssistant {
  public:
   /// Scores below this count as reached.
@@ -31,7 +31,7 @@ class CalibAssistant {
   CalibAssistant(const int& frameWidth, const int& frameHeight, const int& patternColumns,
                  const int& patternRows);
 
-  /// Fills the built-in printed sheet (44 circles, 6 outline points; 1753 x 1239 units).
+  /// Fills the built-in printed sheet (44 circles, 6 outline points; 1753 x 1239 units). For the constructor.
   void InitDefaultPattern();
 
   /// Reads the model file and maps its poses to the frame. False, with an error line that names the file and
@@ -76,6 +76,7 @@ class CalibAssistant {
   int frameHeight_;
   cv::Mat target_;
   std::vector<cv::Mat> poses_;
+  std::vector<cv::Mat> homographies_;  ///< of the sheet, one for each pose
   cv::Mat homography_;
   std::vector<cv::Point2f> patternPoints_;
   std::vector<cv::Point2f> patternOutline_;

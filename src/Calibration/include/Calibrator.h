@@ -212,6 +212,8 @@ class Calibrator {
   void StartModelRecording();
   /// Writes the recorded poses to "model_tmp.json" in the current folder. Thread-safe.
   void StopModelRecording();
+  /// The same to another file. False when nothing was recorded or the file could not be opened.
+  bool StopModelRecording(const std::string& path);
 
  private:
   /// The snapshots; the lists grow together, one entry each.

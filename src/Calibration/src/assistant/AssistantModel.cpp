@@ -1,14 +1,29 @@
-/// Reads the assistant's model file.
+/// Reads the assistant's model file and fits the sheet to its poses.
 #include "AssistantModel.h"
 
 #include <algorithm>
 #include <cmath>
+#include <opencv2/calib3d.hpp>
 #include <opencv2/imgproc.hpp>
 #include <stdexcept>
 
 #include "JSON.h"
 
 namespace {
+
+/// No sheet that somebody can reach has a corner further from the frame's; drawing needs a bound.
+constexpr double FARTHEST = 30000.0;
+
+/// True when the points come out in front of the viewer, within the bounds of drawing.
+bool CanBeDrawn(const std::vector<cv::Point2f>& points, const cv::Mat& homography) {
+  const double* const h = homography.ptr<double>();
+  return std::all_of(points.begin(), points.end(), [h](const cv::Point2d& p) {
+    const double w = h[6] * p.x + h[7] * p.y + h[8];
+    const double x = h[0] * p.x + h[1] * p.y + h[2];
+    const double y = h[3] * p.x + h[4] * p.y + h[5];
+    return w > 0.0 && std::abs(x) < FARTHEST * w && std::abs(y) < FARTHEST * w;
+  });
+}
 
 /// Throws unless the pose can serve as a target.
 void CheckPose(const cv::Mat& pose, const std::string& key, int circles) {
@@ -65,5 +80,17 @@ AssistantModel ReadAssistantModel(const std::string& path, const cv::Size& frame
     throw std::runtime_error(fault.what());
   } catch (const cv::Exception& fault) {
     throw std::runtime_error(fault.what());
+  }
+}
+
+void FitSheet(const std::vector<cv::Point2f>& circles, const std::vector<cv::Point2f>& outline,
+              AssistantModel& model) {
+  model.homographies.clear();
+  for (size_t i = 0; i < model.poses.size(); ++i) {
+    const cv::Mat homography = cv::findHomography(circles, model.poses[i]);
+    if (homography.empty() || !CanBeDrawn(outline, homography) || !CanBeDrawn(circles, homography)) {
+      throw std::runtime_error("the points of 'points" + std::to_string(i) + "' are no picture of the sheet");
+    }
+    model.homographies.push_back(homography);
   }
 }

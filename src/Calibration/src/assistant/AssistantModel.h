@@ -1,16 +1,22 @@
-/// Reads the assistant's model file.
+/// The assistant's sheet, and the poses of it that a model file asks for.
 #pragma once
 
 #include <opencv2/core.hpp>
 #include <string>
 #include <vector>
 
-/// The poses of a model, mapped to the frame, each circles x 1 of two floats.
+/// The poses of a model, mapped to the frame.
 struct AssistantModel {
-  std::vector<cv::Mat> poses;
+  std::vector<cv::Mat> poses;         ///< each circles x 1 of two floats
+  std::vector<cv::Mat> homographies;  ///< from the sheet to each pose; left empty by the reading
   float scale = 1.0F;
 };
 
 /// Reads and maps the model. Raises std::runtime_error with the fault in words when the file cannot be read,
 /// is no JSON, lacks a member, holds no pose, or a pose that has another number of circles or spans no area.
 AssistantModel ReadAssistantModel(const std::string& path, const cv::Size& frame, const cv::Size& pattern);
+
+/// Fits the sheet, of these circles and this outline, to each pose. Raises std::runtime_error for a pose in
+/// which the sheet cannot be drawn.
+void FitSheet(const std::vector<cv::Point2f>& circles, const std::vector<cv::Point2f>& outline,
+              AssistantModel& model);

@@ -2,7 +2,6 @@
 #include "CalibAssistant.h"
 
 #include <cmath>
-#include <opencv2/calib3d.hpp>
 #include <opencv2/imgproc.hpp>
 #include <stdexcept>
 
@@ -50,8 +49,10 @@ bool CalibAssistant::LoadModel(const std::string& path) {
       throw std::runtime_error("the assistant guides a grid of 4 x 11 circles only");
     }
     AssistantModel model = ReadAssistantModel(path, {frameWidth_, frameHeight_}, patternSize_);
+    FitSheet(patternPoints_, patternOutline_, model);
     const std::lock_guard<std::mutex> lock(lock_);
     poses_ = std::move(model.poses);
+    homographies_ = std::move(model.homographies);
     scale_ = model.scale;
     poseIndex_ = 0;
     poseCount_ = static_cast<int>(poses_.size());
@@ -69,7 +70,7 @@ void CalibAssistant::Start(const std::string& path) {
 
 void CalibAssistant::ShowPose(int index) {
   target_ = poses_[static_cast<size_t>(index)];
-  homography_ = cv::findHomography(patternPoints_, target_);
+  homography_ = homographies_[static_cast<size_t>(index)];
 }
 
 void CalibAssistant::Stop() {
@@ -79,6 +80,7 @@ void CalibAssistant::Stop() {
   target_.release();
   homography_.release();
   poses_.clear();
+  homographies_.clear();
 }
 
 void CalibAssistant::Reset() {

@@ -69,7 +69,15 @@ void Calibrator::Guide(const std::shared_ptr<CalibAssistant>& assistant,
                        const std::vector<cv::Point2d>& points) {
   if (!assistant->CheckValidity(points)) return;
   AddPoints();
-  if (assistant->Next()) ComputeCalibrationMultithread(MODEL_RATIONAL);
+  if (!assistant->Next()) return;
+  {
+    // The computation would end guidance too, but its thread may start after the next frame, which would then
+    // be taken once more at the last pose.
+    const std::lock_guard<std::mutex> data(dataLock_);
+    const bool enough = records_.objectRecords.size() >= ENOUGH_SNAPSHOTS;
+    if (enough && assistant_ == assistant) assistant_.reset();
+  }
+  ComputeCalibrationMultithread(MODEL_RATIONAL);
 }
 
 void Calibrator::drawInfo(cv::Mat& frame, const double& elapsed) {

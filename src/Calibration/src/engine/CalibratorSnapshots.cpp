@@ -63,11 +63,16 @@ void Calibrator::StartModelRecording() {
 }
 
 void Calibrator::StopModelRecording() {
+  StopModelRecording("model_tmp.json");
+}
+
+bool Calibrator::StopModelRecording(const std::string& path) {
   const std::lock_guard<std::mutex> data(dataLock_);
-  if (recording_ == nullptr) return;
+  if (recording_ == nullptr) return false;
   Log::info("Stop model recording");
   // The counter runs on over recordings: a second one holds poses from the first one's count on.
   recording_->addInt("count", recordCounter_);
-  recording_->save("model_tmp.json");
+  const bool opened = recording_->save(path);
   recording_.reset();
+  return opened;
 }

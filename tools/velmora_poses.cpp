@@ -1,0 +1,68 @@
+/// velmora-poses: makes a model of the assistant from a list of poses.
+#include <CLI/CLI.hpp>
+#include <iostream>
+
+#include "Calibration.h"
+#include "poses/PoseList.h"
+#include "poses/PoseModel.h"
+
+namespace {
+
+constexpr int USAGE_ERROR = 2;
+
+const char* const DESCRIPTION =
+    "Makes a model of the pose assistant (4x11 circles) from a list of poses: one a line, as x, y (-1 to 1), "
+    "span (share of the image), tilts about the vertical and the horizontal axis and roll (degrees).";
+
+struct Arguments {
+  std::string list;
+  std::string output = "poses.json";
+  int width = 640;
+  int height = 480;
+  double fieldOfView = 64.0;
+};
+
+void Run(const Arguments& arguments) {
+  // The log has a remark on every matrix of points.
+  Calibration::SetLogLevel(0);
+  const cv::Size frame(arguments.width, arguments.height);
+  const auto list = poses::ReadPoseList(arguments.list);
+  const world::Camera camera = world::CameraFromFieldOfView(frame, arguments.fieldOfView);
+  JSON model = poses::ModelOf(poses::CentresOf(list, camera), frame);
+  JSON written;
+  if (!model.save(arguments.output) || !written.load(arguments.output) ||
+      written.toJson() != model.toJson()) {
+    throw std::runtime_error("cannot write '" + arguments.output + "'");
+  }
+  std::cout << list.size() << " poses written to " << arguments.output << std::endl;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  Arguments arguments;
+  CLI::App app(DESCRIPTION, "velmora-poses");
+  app.add_option("list", arguments.list, "the list of poses")->required();
+  app.add_option("-o,--output", arguments.output, "the model file")->capture_default_str();
+  app.add_option("--width", arguments.width, "width of the model's frames")
+      ->capture_default_str()
+      ->check(CLI::Range(64, 32000));
+  app.add_option("--height", arguments.height, "height of the model's frames")
+      ->capture_default_str()
+      ->check(CLI::Range(64, 32000));
+  app.add_option("--fov", arguments.fieldOfView, "horizontal field of view that the poses are drawn for, degrees")
+      ->capture_default_str()
+      ->check(CLI::Range(20.0, 120.0));
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : USAGE_ERROR;
+  }
+  try {
+    Run(arguments);
+    return 0;
+  } catch (const std::exception& fault) {
+    std::cerr << "velmora-poses: " << fault.what() << '\n';
+    return USAGE_ERROR;
+  }
+}
