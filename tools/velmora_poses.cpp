@@ -50,7 +50,8 @@ int main(int argc, char** argv) {
   app.add_option("--height", arguments.height, "height of the model's frames")
       ->capture_default_str()
       ->check(CLI::Range(64, 32000));
-  app.add_option("--fov", arguments.fieldOfView, "horizontal field of view that the poses are drawn for, degrees")
+  app.add_option("--fov", arguments.fieldOfView,
+                 "horizontal field of view that the poses are drawn for, degrees")
       ->capture_default_str()
       ->check(CLI::Range(20.0, 120.0));
   try {
