@@ -127,6 +127,61 @@ TEST_F(AssistantModelFile, MustHoldPointsThatSpanAnArea) {
   ExpectFault(model, "the points of 'points0' span no area");
 }
 
+TEST_F(AssistantModelFile, MustHoldFiniteNumbers) {
+  nlohmann::json model = OnePose();
+  model["points0"]["data"][3] = 1e300;  // infinite as a float
+  ExpectFault(model, "'points0' holds numbers that are not finite");
+}
+
+/// A sheet of six circles within its outline, and what the drawing needs of a pose.
+class SheetFit : public ::testing::Test {
+ protected:
+  /// The words of the fault; empty when the sheet fits.
+  std::string FaultOf(const std::vector<cv::Point2f>& pose) {
+    AssistantModel model;
+    model.poses.push_back(cv::Mat(circles_, true));
+    model.poses.push_back(cv::Mat(pose, true));
+    try {
+      FitSheet(circles_, outline_, model);
+      EXPECT_EQ(model.homographies.size(), 2U);
+      return "";
+    } catch (const std::runtime_error& fault) {
+      return fault.what();
+    }
+  }
+
+  const std::vector<cv::Point2f> circles_ = {{100, 100}, {200, 100}, {100, 200},
+                                             {200, 200}, {100, 300}, {200, 300}};
+  const std::vector<cv::Point2f> outline_ = {{0, 0}, {300, 0}, {300, 400}, {0, 400}, {40, 400}, {0, 360}};
+};
+
+TEST_F(SheetFit, IsTheMapFromTheSheetToThePose) {
+  std::vector<cv::Point2f> pose;
+  for (const cv::Point2f& circle : circles_)
+    pose.emplace_back(0.5F * circle.x + 7.0F, 0.25F * circle.y - 3.0F);
+  EXPECT_EQ(FaultOf(pose), "");
+  AssistantModel model;
+  model.poses.push_back(cv::Mat(pose, true));
+  FitSheet(circles_, outline_, model);
+  const cv::Mat expected = (cv::Mat_<double>(3, 3) << 0.5, 0, 7, 0, 0.25, -3, 0, 0, 1);
+  EXPECT_LT(cv::norm(model.homographies[0], expected, cv::NORM_INF), 1e-4);
+}
+
+TEST_F(SheetFit, RefusesPosesWithoutAnArea) {
+  const std::string fault = "the points of 'points1' are no picture of the sheet";
+  EXPECT_EQ(FaultOf(std::vector<cv::Point2f>(6, {50, 50})), fault);
+}
+
+TEST_F(SheetFit, RefusesPosesThatReachBehindTheViewer) {
+  // So much perspective that the sheet's edge lies beyond the horizon.
+  std::vector<cv::Point2f> pose;
+  for (const cv::Point2f& circle : circles_) {
+    const float w = 1.0F - 0.0028F * circle.y;
+    pose.emplace_back(circle.x / w, circle.y / w);
+  }
+  EXPECT_EQ(FaultOf(pose), "the points of 'points1' are no picture of the sheet");
+}
+
 TEST_F(AssistantModelFile, MayHoldNoImpossibleMatrix) {
   nlohmann::json model = OnePose();
   model["points0"]["rows"] = -6;

@@ -9,6 +9,7 @@
 #include "Matchers.h"
 #include "TemporaryFolder.h"
 #include "engine/Collection.h"
+#include "foundation/Crowd.h"
 #include "foundation/Scopes.h"
 
 namespace {
@@ -160,6 +161,57 @@ TEST_F(Assistant, DrawsTheLastTargetOnceFinished) {
   cv::Mat frame = picture.clone();
   assistant_.DrawPose(frame);
   EXPECT_FALSE(support::SameMat(frame, picture));
+}
+
+TEST_F(Assistant, ReportsATargetInWhichItsSheetCannotBeDrawn) {
+  unit::PointLists flat = poses_;
+  for (size_t i = 0; i < flat[1].size(); ++i) {
+    // Two rows of the grid only, each circle many times: an area, but no picture of the sheet.
+    flat[1][i] = {100.0 + 50.0 * static_cast<double>(i % 2), 100.0 + 50.0 * static_cast<double>(i % 3)};
+  }
+  unit::WriteAssistantModel(path_, flat);
+  EXPECT_EQ(unit::PrintedBy([&] { assistant_.Start(path_); }),
+            "ERROR : Cannot use assistant model '" + path_ +
+                "': the points of 'points1' are no picture of the sheet\n");
+  EXPECT_EQ(assistant_.GetGoal(), -1);
+  const cv::Mat picture(480, 640, CV_8UC3, cv::Scalar(90, 90, 90));
+  cv::Mat frame = picture.clone();
+  assistant_.DrawPose(frame);
+  EXPECT_SAME_MAT(frame, picture);
+}
+
+TEST_F(Assistant, DrawsChecksAndChangesPosesFromSeveralThreads) {
+  const unit::ScopedLogLevel silent(0);
+  constexpr int ROUNDS = 40;
+  unit::Crowd crowd;
+  for (int thread = 0; thread < 2; ++thread) {
+    crowd.Add([&] {
+      cv::Mat frame(480, 640, CV_8UC3, cv::Scalar(90, 90, 90));
+      for (int i = 0; i < ROUNDS; ++i) assistant_.DrawPose(frame);
+    });
+  }
+  crowd.Add([&] {
+    for (int i = 0; i < 20 * ROUNDS; ++i) {
+      assistant_.CheckValidity(poses_[static_cast<size_t>(i) % 3]);
+      EXPECT_GE(assistant_.GetScore(), 0.0F);
+      const int goal = assistant_.GetGoal();
+      EXPECT_TRUE(goal == -2 || goal == -1 || goal == 3) << goal;
+    }
+  });
+  crowd.Add([&] {
+    for (int i = 0; i < ROUNDS; ++i) assistant_.Start(i % 4 == 3 ? folder_.File("missing.json") : path_);
+  });
+  crowd.Add([&] {
+    for (int i = 0; i < 20 * ROUNDS; ++i) {
+      assistant_.Next();
+      if (i % 3 == 0) assistant_.Reset();
+      if (i % 50 == 0) assistant_.Stop();
+      std::this_thread::yield();
+    }
+  });
+  crowd.RunToTheEnd();
+  assistant_.Start(path_);
+  EXPECT_TRUE(assistant_.CheckValidity(poses_[0]));
 }
 
 }  // namespace

@@ -164,6 +164,21 @@ TEST_F(Recording, IsSavedWhenTheCalibratorEnds) {
   EXPECT_EQ(Written().at("count"), 1);
 }
 
+TEST_F(Recording, IsWrittenToAnotherFileOnRequest) {
+  unit::PrintedBy([&] { EXPECT_FALSE(calibrator_->StopModelRecording(folder_.File("mine.json"))); });
+  unit::PrintedBy([&] { calibrator_->StartModelRecording(); });
+  TakeSnapshot(0);
+  unit::PrintedBy([&] { EXPECT_TRUE(calibrator_->StopModelRecording(folder_.File("mine.json"))); });
+  EXPECT_FALSE(IsWritten());
+  const auto model = nlohmann::json::parse(support::ReadText(folder_.File("mine.json")));
+  EXPECT_EQ(model.at("count"), 1);
+  ExpectPose(model.at("points0"), taken_[0]);
+  unit::PrintedBy([&] {
+    calibrator_->StartModelRecording();
+    EXPECT_FALSE(calibrator_->StopModelRecording("/nowhere/mine.json"));
+  });
+}
+
 TEST_F(Recording, ReportsNothingWhenItCannotBeSaved) {
   const std::string gone = folder_.File("gone");
   std::filesystem::create_directory(gone);

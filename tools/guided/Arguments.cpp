@@ -1,0 +1,75 @@
+/// The arguments of the guided calibration.
+#include "guided/Arguments.h"
+
+#include <CLI/CLI.hpp>
+#include <filesystem>
+
+namespace guided {
+
+namespace {
+
+constexpr int WRONG_USAGE = 2;
+constexpr float ROW_INTERVALS = 10.0F;
+
+const char* const DESCRIPTION =
+    "Calibrates a camera with the pose assistant: bring the printed 4x11 grid to where the drawn sheet is, "
+    "pose after pose; snapshots and the computation follow by themselves.";
+
+const char* const FOOTER =
+    "Keys in the window: r starts again, q quits.\n"
+    "Exit status: 0 calibrated, 1 ended before that, 2 wrong usage, unreadable input or no display.";
+
+void DeclareSource(CLI::App& app, app::Settings& settings) {
+  CLI::Option_group* source = app.add_option_group("source", "Exactly one of these");
+  source->add_option("--webcam", settings.webcam, "index of a camera")->check(CLI::NonNegativeNumber);
+  source->add_option("--video", settings.video, "video file or URL");
+  source->add_option("--rtmp", settings.rtmp, "address of an RTMP stream");
+  source->add_option("--gstreamer", settings.gstreamerHost, "host of a GStreamer TCP stream");
+  source->require_option(1);
+  app.add_option("--port", settings.port, "port of the GStreamer stream")->capture_default_str();
+  app.add_option("--codec", settings.codec, "codec of the GStreamer stream: h264 or mjpeg")
+      ->check(CLI::IsMember({"h264", "mjpeg"}))
+      ->capture_default_str();
+}
+
+}  // namespace
+
+Parsed ParseArguments(int argc, const char* const* argv, const std::string& shippedPoses) {
+  Parsed parsed;
+  Arguments& arguments = parsed.arguments;
+  arguments.poses = shippedPoses;
+  float hdist = 0.19F;
+  CLI::App app(DESCRIPTION, "velmora-guided");
+  app.footer(FOOTER);
+  DeclareSource(app, arguments.settings);
+  app.add_option("--width", arguments.settings.width, "width of the frames to work in, also asked of a camera")
+      ->check(CLI::Range(64, 32000))
+      ->capture_default_str();
+  app.add_option("--height", arguments.settings.height, "height of these frames")
+      ->check(CLI::Range(64, 32000))
+      ->capture_default_str();
+  app.add_option("--fps", arguments.settings.fps, "rate asked of a camera")
+      ->check(CLI::PositiveNumber)
+      ->capture_default_str();
+  app.add_option("--hdist", hdist, "distance in metres across the ten row intervals of the grid")
+      ->check(CLI::PositiveNumber)
+      ->capture_default_str();
+  app.add_option("--poses", arguments.poses, "model file with the poses to reach")->capture_default_str();
+  app.add_option("--output", arguments.output, "result file, without its extension .json")
+      ->capture_default_str();
+  try {
+    app.parse(argc, argv);
+    arguments.settings.hdist = hdist / ROW_INTERVALS;
+    parsed.run = true;
+  } catch (const CLI::ParseError& error) {
+    parsed.exitStatus = app.exit(error) == 0 ? 0 : WRONG_USAGE;
+  }
+  return parsed;
+}
+
+std::string ShippedPoses(const std::string& executable) {
+  const std::filesystem::path folder = std::filesystem::path(executable).parent_path().parent_path();
+  return (folder / "share" / "velmora" / "poses-4x11.json").string();
+}
+
+}  // namespace guided

@@ -1,0 +1,29 @@
+/// The arguments of the guided calibration.
+#pragma once
+
+#include <string>
+
+#include "Settings.h"
+
+namespace guided {
+
+struct Arguments {
+  app::Settings settings;  ///< the source, the frame size, and the grid's unit in metres
+  std::string poses;       ///< model file of the assistant
+  std::string output = "calibration";
+};
+
+/// What the command line asks for: run, or end with that status (help was printed, or what is wrong).
+struct Parsed {
+  Arguments arguments;
+  bool run = false;
+  int exitStatus = 0;
+};
+
+/// `shippedPoses` is the model file unless another one is asked for.
+Parsed ParseArguments(int argc, const char* const* argv, const std::string& shippedPoses);
+
+/// The model file that belongs to an executable: share/velmora/poses-4x11.json beside its bin folder.
+std::string ShippedPoses(const std::string& executable);
+
+}  // namespace guided

@@ -1,0 +1,137 @@
+/// The live window of a guided calibration.
+#include "guided/GuidedLoop.h"
+
+#include "batch/CameraViews.h"
+#include "batch/Report.h"
+
+namespace guided {
+
+namespace {
+
+constexpr int KEY_QUIT = 'q';
+constexpr int KEY_RESTART = 'r';
+constexpr int LIVE_WAIT = 1;
+constexpr int IDLE_WAIT = 10;
+/// How long a computation may take to begin; one that ends at once may not be seen at all.
+constexpr std::chrono::seconds BEGINNING{5};
+
+batch::Report ReportOf(Calibrator& calibrator, const cv::Size& frame) {
+  batch::Report report;
+  report.model = "rational";
+  report.frame = frame;
+  for (int i = 1; i <= calibrator.GetNumberOfRecords(); ++i) report.used.push_back("pose " + std::to_string(i));
+  report.rms = static_cast<double>(calibrator.GetRMS());
+  report.K = calibrator.GetK();
+  report.D = calibrator.GetDistCoefs();
+  report.stdDevs = calibrator.GetStdDevIntrinsics();
+  report.viewErrors = calibrator.GetPerViewErrors();
+  return report;
+}
+
+}  // namespace
+
+const char* const GuidedLoop::WINDOW = "Velmora";
+
+GuidedLoop::GuidedLoop(Calibrator& calibrator, app::FrameFeed& feed, app::Screen& screen,
+                       const LoopOptions& options, std::ostream& out, std::ostream& err)
+    : calibrator_(calibrator), feed_(feed), screen_(screen), options_(options), out_(out), err_(err) {
+}
+
+ExitStatus GuidedLoop::Run() {
+  if (!Begin()) return UNUSABLE;
+  out_ << "Bring the sheet to the drawn one, " << goal_ << " times. r starts again, q quits." << std::endl;
+  while (ShowNext() == Step::GoOn && Follow() == Step::GoOn &&
+         React(screen_.WaitKey(fresh_ ? LIVE_WAIT : IDLE_WAIT)) == Step::GoOn) {
+  }
+  screen_.Close(WINDOW);
+  return status_;
+}
+
+/// From the first pose. False, after the engine's error line, when the poses cannot be used.
+bool GuidedLoop::Begin() {
+  calibrator_.Reset();
+  calibrator_.EnableAssistant(options_.poses);
+  goal_ = calibrator_.GetAssistantGoal();
+  reached_ = 0;
+  return goal_ > 0;
+}
+
+GuidedLoop::Step GuidedLoop::ShowNext() {
+  cv::Mat frame;
+  fresh_ = feed_.Take(frame, std::chrono::milliseconds(0));
+  if (fresh_) {
+    std::vector<cv::Point2d> points;
+    calibrator_.DetectPoints(frame, points, true);
+    screen_.Show(WINDOW, frame);
+    return Step::GoOn;
+  }
+  if (feed_.FailedToStart()) {
+    err_ << "ERROR: the source delivers no frame." << std::endl;
+    status_ = UNUSABLE;
+    return Step::Stop;
+  }
+  if (options_.sourceEnded() && !computing_) {
+    err_ << "The video ended with " << reached_ << " of " << goal_ << " poses reached." << std::endl;
+    return Step::Stop;
+  }
+  return Step::GoOn;
+}
+
+GuidedLoop::Step GuidedLoop::React(int key) {
+  if (key == KEY_QUIT) {
+    out_ << "Ended with " << reached_ << " of " << goal_ << " poses reached." << std::endl;
+    return Step::Stop;
+  }
+  if (key == KEY_RESTART && !computing_) {
+    out_ << "From the first pose again." << std::endl;
+    if (!Begin()) {
+      status_ = UNUSABLE;
+      return Step::Stop;
+    }
+  }
+  return Step::GoOn;
+}
+
+GuidedLoop::Step GuidedLoop::Follow() {
+  TellOfPoses();
+  return computing_ ? FollowComputation() : Step::GoOn;
+}
+
+void GuidedLoop::TellOfPoses() {
+  for (const int records = calibrator_.GetNumberOfRecords(); reached_ < records;) {
+    ++reached_;
+    out_ << "Pose " << reached_ << " of " << goal_ << " reached." << std::endl;
+  }
+  // The assistant ends with the last pose.
+  if (!computing_ && calibrator_.GetAssistantGoal() < 0) {
+    computing_ = true;
+    lastPose_ = Clock::now();
+    out_ << "Computing the rational model. This may take a while..." << std::endl;
+  }
+}
+
+GuidedLoop::Step GuidedLoop::FollowComputation() {
+  const int status = calibrator_.GetStatus();
+  if (status == Calibrator::STATUS_COMPLETED) return Save();
+  if (status == Calibrator::STATUS_PROGRESS) {
+    inProgress_ = true;
+    return Step::GoOn;
+  }
+  if (!inProgress_ && Clock::now() - lastPose_ < BEGINNING) return Step::GoOn;
+  err_ << "ERROR: the calibration failed." << std::endl;
+  return Step::Stop;
+}
+
+GuidedLoop::Step GuidedLoop::Save() {
+  out_ << batch::ResultTable(ReportOf(calibrator_, options_.frame));
+  if (batch::SaveResultFile(calibrator_, options_.output).empty()) {
+    err_ << "ERROR: cannot write '" << options_.output << ".json'." << std::endl;
+    status_ = UNUSABLE;
+  } else {
+    out_ << "\nResult file: " << options_.output << ".json" << std::endl;
+    status_ = CALIBRATED;
+  }
+  return Step::Stop;
+}
+
+}  // namespace guided

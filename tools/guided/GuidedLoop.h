@@ -1,0 +1,63 @@
+/// The live window of a guided calibration, from the first pose to the saved result.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <ostream>
+#include <string>
+
+#include "Calibrator.h"
+#include "FrameFeed.h"
+#include "Screen.h"
+
+namespace guided {
+
+enum ExitStatus { CALIBRATED = 0, ENDED_BEFORE = 1, UNUSABLE = 2 };
+
+struct LoopOptions {
+  std::string poses;   ///< model file of the assistant
+  std::string output;  ///< result file, without its extension
+  cv::Size frame;      ///< processing size
+  /// True once a recording has no more frames.
+  std::function<bool()> sourceEnded = [] { return false; };
+};
+
+/// Shows each frame with the pose to reach, tells of each pose that was reached, and saves the result once
+/// the computation that follows the last pose is done. Made, run and destroyed on the window thread.
+class GuidedLoop {
+ public:
+  static const char* const WINDOW;
+
+  GuidedLoop(Calibrator& calibrator, app::FrameFeed& feed, app::Screen& screen, const LoopOptions& options,
+             std::ostream& out, std::ostream& err);
+
+  ExitStatus Run();
+
+ private:
+  enum class Step { GoOn, Stop };
+  using Clock = std::chrono::steady_clock;
+
+  bool Begin();
+  Step ShowNext();
+  Step React(int key);
+  Step Follow();
+  Step FollowComputation();
+  Step Save();
+  void TellOfPoses();
+
+  Calibrator& calibrator_;
+  app::FrameFeed& feed_;
+  app::Screen& screen_;
+  const LoopOptions options_;
+  std::ostream& out_;
+  std::ostream& err_;
+  ExitStatus status_ = ENDED_BEFORE;
+  int goal_ = 0;
+  int reached_ = 0;
+  bool fresh_ = false;      ///< a frame was shown in this turn
+  bool computing_ = false;  ///< the last pose was reached
+  bool inProgress_ = false;
+  Clock::time_point lastPose_;
+};
+
+}  // namespace guided
