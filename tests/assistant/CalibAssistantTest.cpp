@@ -4,10 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <nlohmann/json.hpp>
 #include <opencv2/imgproc.hpp>
 
 #include "Matchers.h"
 #include "TemporaryFolder.h"
+#include "assistant/SheetPainting.h"
 #include "engine/Collection.h"
 #include "foundation/Crowd.h"
 #include "foundation/Scopes.h"
@@ -178,6 +180,41 @@ TEST_F(Assistant, ReportsATargetInWhichItsSheetCannotBeDrawn) {
   cv::Mat frame = picture.clone();
   assistant_.DrawPose(frame);
   EXPECT_SAME_MAT(frame, picture);
+}
+
+TEST_F(Assistant, DrawsItsSheetWhereTheTargetIs) {
+  const cv::Size frameSize(1800, 1280);
+  nlohmann::json model = nlohmann::json::parse(support::ReadText(path_));
+  model["imgWidth"] = frameSize.width;
+  model["imgHeight"] = frameSize.height;
+  model["count"] = 1;
+  std::vector<float> numbers;
+  for (const cv::Point2f& circle : unit::SheetCircles()) {
+    numbers.push_back(circle.x);
+    numbers.push_back(circle.y);
+  }
+  model["points0"]["data"] = numbers;
+  support::WriteText(path_, model.dump());
+  CalibAssistant assistant(frameSize.width, frameSize.height, 4, 11);
+  assistant.Start(path_);
+  cv::Mat frame(frameSize, CV_8UC3, cv::Scalar::all(100));
+  assistant.DrawPose(frame);
+  // Whatever the pulse is just now: red has less green than orange, and both less blue than the paper.
+  for (int circle = 0; circle < 8; ++circle) {
+    const cv::Point2f centre = unit::SheetCircles()[static_cast<size_t>(circle)];
+    const auto rim = frame.at<cv::Vec3b>(cv::Point(centre) + cv::Point(9, 0));
+    EXPECT_LT(rim[0], 100) << circle;
+    EXPECT_GT(rim[2], 150) << circle;
+    if (circle < 4) {
+      EXPECT_LT(rim[1], 100) << circle;
+    } else {
+      EXPECT_GT(rim[1], 100) << circle;
+    }
+  }
+  // The paper ends at its right edge, where the outline is darker than the frame beside it.
+  EXPECT_LT(frame.at<cv::Vec3b>(600, 1753)[0], 90);
+  EXPECT_EQ(frame.at<cv::Vec3b>(600, 1770), cv::Vec3b(100, 100, 100));
+  EXPECT_LT(frame.at<cv::Vec3b>(0, 1753)[0], 90);
 }
 
 TEST_F(Assistant, DrawsChecksAndChangesPosesFromSeveralThreads) {

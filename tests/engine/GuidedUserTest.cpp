@@ -25,9 +25,9 @@ class Hands {
 
   /// The pose one frame later, on the way to the target.
   world::Pose MoveTowards(const world::Pose& target) {
-    constexpr double SPEED = 0.5;    // metres and radians per second at most
-    constexpr double EASING = 3.0;   // of the way left, per second
-    constexpr double TREMBLE = 4e-4; // metres
+    constexpr double SPEED = 0.5;     // metres and radians per second at most
+    constexpr double EASING = 3.0;    // of the way left, per second
+    constexpr double TREMBLE = 4e-4;  // metres
     Advance(pose_.tvec, target.tvec, SPEED, EASING);
     Advance(pose_.rvec, target.rvec, 2.0 * SPEED, EASING);
     world::Pose shaken = pose_;
@@ -68,8 +68,8 @@ TEST(GuidedUser, TakesAllSnapshotsAndGetsTheResultByFollowingTheShippedPoses) {
   const AssistantModel model = ReadAssistantModel(VELMORA_POSES_JSON, unit::FRAME, unit::GRID);
   std::vector<world::Pose> targets;
   for (const cv::Mat& pose : model.poses) {
-    targets.push_back(world::PoseNearest(scene.camera, scene.sheet,
-                                         {pose.begin<cv::Vec2f>(), pose.end<cv::Vec2f>()}));
+    targets.push_back(
+        world::PoseNearest(scene.camera, scene.sheet, {pose.begin<cv::Vec2f>(), pose.end<cv::Vec2f>()}));
   }
   ASSERT_EQ(targets.size(), 12U);
 
@@ -83,8 +83,7 @@ TEST(GuidedUser, TakesAllSnapshotsAndGetsTheResultByFollowingTheShippedPoses) {
     ASSERT_LT(frame / FRAMES_PER_SECOND, PATIENCE) << calibrator->GetNumberOfRecords() << " snapshots";
     const auto shown = static_cast<size_t>(calibrator->GetNumberOfRecords());
     ASSERT_LT(shown, targets.size());
-    cv::Mat picture =
-        renderer.Render(hands.MoveTowards(targets[shown]), static_cast<std::uint64_t>(frame));
+    cv::Mat picture = renderer.Render(hands.MoveTowards(targets[shown]), static_cast<std::uint64_t>(frame));
     std::vector<cv::Point2d> points;
     calibrator->DetectPoints(picture, points, true);
     const int records = calibrator->GetNumberOfRecords();

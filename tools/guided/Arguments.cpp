@@ -42,7 +42,8 @@ Parsed ParseArguments(int argc, const char* const* argv, const std::string& ship
   CLI::App app(DESCRIPTION, "velmora-guided");
   app.footer(FOOTER);
   DeclareSource(app, arguments.settings);
-  app.add_option("--width", arguments.settings.width, "width of the frames to work in, also asked of a camera")
+  app.add_option("--width", arguments.settings.width,
+                 "width of the frames to work in, also asked of a camera")
       ->check(CLI::Range(64, 32000))
       ->capture_default_str();
   app.add_option("--height", arguments.settings.height, "height of these frames")

@@ -19,7 +19,8 @@ batch::Report ReportOf(Calibrator& calibrator, const cv::Size& frame) {
   batch::Report report;
   report.model = "rational";
   report.frame = frame;
-  for (int i = 1; i <= calibrator.GetNumberOfRecords(); ++i) report.used.push_back("pose " + std::to_string(i));
+  for (int i = 1; i <= calibrator.GetNumberOfRecords(); ++i)
+    report.used.push_back("pose " + std::to_string(i));
   report.rms = static_cast<double>(calibrator.GetRMS());
   report.K = calibrator.GetK();
   report.D = calibrator.GetDistCoefs();
