@@ -4,6 +4,7 @@
 #include "Calibration.h"
 #include "LibraryNoise.h"
 #include "batch/Batch.h"
+#include "batch/ModelRecording.h"
 #include "batch/PairBatch.h"
 
 int main(int argc, char** argv) {
@@ -12,6 +13,7 @@ int main(int argc, char** argv) {
   if (!parsed.run) return parsed.exitStatus;
   Calibration::SetLogLevel(1);
   try {
+    if (!parsed.arguments.recordModel.empty()) return batch::RecordModel(parsed.arguments);
     return parsed.arguments.IsPair() ? batch::RunPair(parsed.arguments) : batch::Run(parsed.arguments);
   } catch (const batch::InputError& error) {
     std::cerr << "Error: " << error.what() << ".\n";

@@ -18,6 +18,9 @@ void Run(const render::Arguments& a) {
     throw std::invalid_argument("nothing to do: give --views, --video or --sheet");
   }
   if (a.views > 0 && !a.video.empty()) throw std::invalid_argument("give either --views or --video");
+  if (!a.follow.empty() && (a.video.empty() || a.rig)) {
+    throw std::invalid_argument("--follow goes with the --video of one camera");
+  }
   if (!a.video.empty()) render::CheckVideoName(a.video);
   if (!a.sheet.empty()) render::WritePicture(a.sheet, render::SheetOf(a).Draw());
   if (a.views > 0 && a.rig) render::RenderPicturePairs(a);

@@ -46,6 +46,14 @@ TEST(BatchArguments, EveryOptionReachesItsSetting) {
   EXPECT_EQ(arguments.sampling.maxFrames, 0);
 }
 
+TEST(BatchArguments, PosesAreRecordedFromOneCameraOnly) {
+  const batch::Parsed parsed = Parse({"a.png", "--record-model", "poses.json"});
+  ASSERT_TRUE(parsed.run);
+  EXPECT_EQ(parsed.arguments.recordModel, "poses.json");
+  EXPECT_EQ(Parse({"a.png"}).arguments.recordModel, "");
+  EXPECT_EQ(Parse({"a.png", "--record-model", "poses.json", "--split", "vertical"}).exitStatus, 2);
+}
+
 TEST(BatchArguments, APairIsGivenByTwoInputsOrASplit) {
   EXPECT_FALSE(Parse({"a.png"}).arguments.IsPair());
   const batch::Parsed lists = Parse({"l1.png", "l2.png", "--right", "r1.png", "r2.png"});

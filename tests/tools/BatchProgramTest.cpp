@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <opencv2/imgcodecs.hpp>
 
+#include "CalibAssistant.h"
 #include "JSON.h"
 #include "LensError.h"
 #include "Process.h"
@@ -151,6 +152,37 @@ TEST_F(BatchProgram, AVideoIsCalibratedAndComparedWithItsTruth) {
   const double fx = truth.lens.K()(0, 0);
   EXPECT_NEAR(result.readMat("cameraMatrix").at<double>(0, 0), fx, 0.005 * fx);
   EXPECT_NE(compare.Output().find("fx"), std::string::npos);
+}
+
+TEST_F(BatchProgram, PicturesBecomeAModelOfTheAssistant) {
+  Process::Options options;
+  options.folder = folder_->Path();
+  Process tool({VELMORA_BATCH, Views(), folder_->File("empty.png"), "--record-model", "poses.json"}, options);
+  ASSERT_EQ(Run(tool), 0) << tool.Errors();
+  EXPECT_EQ(tool.Output(),
+            "Views: 12 used of 13 pictures\n  1 not used, no grid found:\n    empty.png\n"
+            "\nPose model: poses.json, 12 poses\n");
+  CalibAssistant assistant(640, 480, 4, 11);
+  ASSERT_TRUE(assistant.LoadModel(folder_->File("poses.json")));
+  EXPECT_EQ(assistant.GetGoal(), 12);
+  EXPECT_FALSE(fs::exists(folder_->File("model_tmp.json")));
+  // The first pose is that of the first picture.
+  EXPECT_TRUE(assistant.CheckValidity(
+      world::TrueCentres(scene_.camera.lens, world::Sheet(), world::SpreadViews(scene_.camera, 1).front())));
+  EXPECT_LT(assistant.GetScore(), 5.0F);
+}
+
+TEST_F(BatchProgram, NoModelIsLeftBehindWithoutAPose) {
+  Process::Options options;
+  options.folder = folder_->Path();
+  Process tool({VELMORA_BATCH, folder_->File("empty.png"), "--record-model", "none.json"}, options);
+  EXPECT_EQ(Run(tool), 1);
+  EXPECT_NE(tool.Errors().find("No pose: the grid was found in none of the pictures.\n"), std::string::npos);
+  EXPECT_FALSE(fs::exists(folder_->File("none.json")));
+  EXPECT_FALSE(fs::exists(folder_->File("model_tmp.json")));
+  Process refused({VELMORA_BATCH, Views(), "--record-model", "/nowhere/poses.json"}, options);
+  EXPECT_EQ(Run(refused), 2);
+  EXPECT_EQ(refused.Errors(), "Error: folder '/nowhere' does not exist.\n");
 }
 
 }  // namespace

@@ -20,7 +20,8 @@ const char* const DESCRIPTION =
     "Inputs are images, folders of images, patterns (quote them), video files or stream URLs.";
 
 const char* const EXIT_STATUSES =
-    "Exit status: 0 calibrated, 1 too few views held the grid, 2 wrong usage or unreadable input.";
+    "Exit status: 0 calibrated (or recorded), 1 too few views held the grid, 2 wrong usage or unreadable "
+    "input.";
 
 const std::map<std::string, int> MODELS = {{"classic", Calibrator::MODEL_CLASSIC},
                                            {"rational", Calibrator::MODEL_RATIONAL},
@@ -59,7 +60,10 @@ void AddPairOptions(CLI::App& app, Arguments& arguments) {
 }
 
 /// What the options cannot say of each other by themselves.
-void CheckPair(const Arguments& arguments) {
+void CheckTogether(const Arguments& arguments) {
+  if (!arguments.recordModel.empty() && arguments.IsPair()) {
+    throw CLI::ValidationError("--record-model", "poses are recorded from one camera");
+  }
   if (!arguments.calibLeft.empty() && !arguments.IsPair()) {
     throw CLI::ValidationError("--calib_left", "a pair is needed: --right or --split");
   }
@@ -102,12 +106,16 @@ Parsed ParseArguments(int argc, char** argv) {
                  "frames taken at most of a stream, 0 for no limit")
       ->check(CLI::NonNegativeNumber)
       ->capture_default_str();
+  app.add_option(
+      "--record-model", arguments.recordModel,
+      "instead of calibrating, write a pose model of the assistant: one pose for each picture that "
+      "shows the grid, in their order");
   AddPairOptions(app, arguments);
   try {
     app.parse(argc, argv);
     arguments.grid = ParseGrid(grid);
     arguments.model = MODELS.at(arguments.modelName);
-    CheckPair(arguments);
+    CheckTogether(arguments);
     parsed.run = true;
   } catch (const CLI::ParseError& error) {
     parsed.exitStatus = app.exit(error) == 0 ? 0 : WRONG_USAGE;

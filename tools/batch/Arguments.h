@@ -25,6 +25,7 @@ struct Arguments {
   cv::Size frame;  ///< processing size; zero members: the size of the input
   int maxViews = 30;
   std::string output = "calibration";
+  std::string recordModel;  ///< model file of the assistant to record, instead of a calibration
   SamplingOptions sampling;
 
   bool IsPair() const { return split != Split::None || !rightInputs.empty(); }

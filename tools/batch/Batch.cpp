@@ -8,22 +8,17 @@
 
 namespace batch {
 
-namespace {
-
-void LookAtPictures(const Arguments& arguments, CameraViews& camera) {
+void LookAtPictures(const Arguments& arguments, const std::function<std::string(Picture&)>& take) {
   PictureStream pictures(ExpandInputs(arguments.inputs), arguments.sampling);
   Progress progress;
   Picture picture;
   for (int done = 1; pictures.Next(picture); ++done) {
-    const std::string fault = camera.Take(picture);
+    const std::string fault = take(picture);
     progress.Step(done, pictures.ExpectedCount(),
                   picture.name + ": " + (fault.empty() ? "grid found" : fault));
   }
   progress.Finish();
-  if (!camera.SawPictures()) throw InputError("no picture could be read from the input");
 }
-
-}  // namespace
 
 ExitStatus ReportTooFewViews(const std::string& where, size_t found) {
   std::cerr << "Too few views: the grid was found in " << found << " " << where << ", at least "
@@ -39,7 +34,8 @@ ExitStatus ReportUnwritten(const std::string& output) {
 ExitStatus Run(const Arguments& arguments) {
   CheckOutput(arguments.output);
   CameraViews camera(arguments);
-  LookAtPictures(arguments, camera);
+  LookAtPictures(arguments, [&](Picture& picture) { return camera.Take(picture); });
+  if (!camera.SawPictures()) throw InputError("no picture could be read from the input");
   if (camera.Views().size() < ENOUGH_VIEWS) {
     std::cout << ViewsTable(camera.Names(), camera.Rejected());
     return ReportTooFewViews("pictures", camera.Views().size());

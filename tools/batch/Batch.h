@@ -1,6 +1,8 @@
 /// The headless calibration of one camera.
 #pragma once
 
+#include <functional>
+
 #include "batch/Arguments.h"
 
 namespace batch {
@@ -10,6 +12,10 @@ enum ExitStatus { CALIBRATED = 0, TOO_FEW_VIEWS = 1, UNUSABLE_INPUT = 2 };
 /// Reads the pictures, calibrates, writes the result file and prints the table. Progress and errors go to
 /// standard error, the table to standard output. Raises InputError for unusable inputs.
 ExitStatus Run(const Arguments& arguments);
+
+/// Reads the pictures one after the other and tells of each on standard error. `take` returns why a picture
+/// gave no view, else an empty text.
+void LookAtPictures(const Arguments& arguments, const std::function<std::string(Picture&)>& take);
 
 /// Prints on standard error that too few of the views held the grid.
 ExitStatus ReportTooFewViews(const std::string& where, size_t found);

@@ -94,8 +94,12 @@ std::string SaveResultFile(Calibrator& calibrator, const std::string& output) {
 }
 
 void CheckOutput(const std::string& output) {
+  CheckWritable(output + ".json");
+}
+
+void CheckWritable(const std::string& name) {
   namespace fs = std::filesystem;
-  const fs::path file = output + ".json";
+  const fs::path file = name;
   const fs::path folder = file.has_parent_path() ? file.parent_path() : fs::path(".");
   std::error_code error;
   if (!fs::is_directory(folder, error)) throw InputError("folder '" + folder.string() + "' does not exist");

@@ -62,4 +62,7 @@ std::string SaveResultFile(Calibrator& calibrator, const std::string& output);
 /// Raises InputError when NAME.json cannot be written: that should be known before minutes of work.
 void CheckOutput(const std::string& output);
 
+/// The same for a file as it is named.
+void CheckWritable(const std::string& name);
+
 }  // namespace batch

@@ -21,6 +21,8 @@ void DeclareWork(CLI::App& app, Arguments& a) {
                  "In the video, take the sheet out of the image after every N views (0: never)")
       ->capture_default_str()
       ->check(CLI::NonNegativeNumber);
+  app.add_option("--follow", a.follow,
+                 "In the video, take the sheet through the poses of this model of the assistant");
   app.add_option("--sheet", a.sheet, "Write the flat sheet as a PNG of 150 dpi");
 }
 

@@ -18,6 +18,7 @@ struct Arguments {
   double seconds = 20.0;
   double fps = 25.0;
   int away = 0;
+  std::string follow;
   std::string size = "640x480";
   std::string grid = "4x11";
   double fieldOfView = 60.0;

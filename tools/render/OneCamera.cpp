@@ -4,6 +4,7 @@
 #include "Renderer.h"
 #include "Truth.h"
 #include "render/Files.h"
+#include "render/Followed.h"
 #include "render/Scenes.h"
 
 namespace render {
@@ -27,8 +28,9 @@ void RenderPictures(const Arguments& a) {
 void RenderVideo(const Arguments& a) {
   const world::Scene scene = SceneOf(a);
   const int frames = FramesOf(a);
-  const world::Trajectory path =
-      world::ThroughViews(scene.camera, scene.sheet, ViewsOf(a, scene, KeysOf(a)), a.seconds, a.away);
+  const std::vector<world::Pose> views =
+      a.follow.empty() ? ViewsOf(a, scene, KeysOf(a)) : FollowedViews(a.follow, scene);
+  const world::Trajectory path = world::ThroughViews(scene.camera, scene.sheet, views, a.seconds, a.away);
   cv::VideoWriter video = OpenVideo(a.video, a.fps, scene.camera.size);
   world::Renderer renderer(scene);
   world::Truth truth = world::TruthOf(scene);

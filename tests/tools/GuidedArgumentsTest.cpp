@@ -1,0 +1,57 @@
+/// The arguments of the guided calibration.
+#include "guided/Arguments.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+guided::Parsed Parse(std::vector<const char*> words) {
+  words.insert(words.begin(), "velmora-guided");
+  return guided::ParseArguments(static_cast<int>(words.size()), words.data(), "shipped.json");
+}
+
+TEST(GuidedArguments, DefaultsSuitTheShippedSheetAndPoses) {
+  const guided::Parsed parsed = Parse({"--webcam", "1"});
+  ASSERT_TRUE(parsed.run);
+  const guided::Arguments& arguments = parsed.arguments;
+  EXPECT_EQ(arguments.settings.webcam, 1);
+  EXPECT_EQ(arguments.settings.width, 640);
+  EXPECT_EQ(arguments.settings.height, 480);
+  EXPECT_FLOAT_EQ(arguments.settings.hdist, 0.019F);
+  EXPECT_EQ(arguments.poses, "shipped.json");
+  EXPECT_EQ(arguments.output, "calibration");
+}
+
+TEST(GuidedArguments, EveryOptionReachesItsSetting) {
+  const guided::Parsed parsed =
+      Parse({"--gstreamer", "127.0.0.1", "--port", "6000", "--codec", "mjpeg", "--width", "1280", "--height",
+             "720", "--fps", "25", "--hdist", "0.2", "--poses", "mine.json", "--output", "out"});
+  ASSERT_TRUE(parsed.run);
+  const guided::Arguments& arguments = parsed.arguments;
+  EXPECT_EQ(arguments.settings.gstreamerHost, "127.0.0.1");
+  EXPECT_EQ(arguments.settings.port, "6000");
+  EXPECT_EQ(arguments.settings.codec, "mjpeg");
+  EXPECT_EQ(arguments.settings.width, 1280);
+  EXPECT_EQ(arguments.settings.height, 720);
+  EXPECT_EQ(arguments.settings.fps, 25);
+  EXPECT_FLOAT_EQ(arguments.settings.hdist, 0.02F);
+  EXPECT_EQ(arguments.poses, "mine.json");
+  EXPECT_EQ(arguments.output, "out");
+  EXPECT_EQ(Parse({"--video", "a.avi"}).arguments.settings.video, "a.avi");
+  EXPECT_EQ(Parse({"--rtmp", "rtmp://here"}).arguments.settings.rtmp, "rtmp://here");
+}
+
+TEST(GuidedArguments, ExactlyOneSourceIsWanted) {
+  EXPECT_EQ(Parse({}).exitStatus, 2);
+  EXPECT_EQ(Parse({"--webcam", "0", "--video", "a.avi"}).exitStatus, 2);
+  EXPECT_EQ(Parse({"--webcam", "-1"}).exitStatus, 2);
+  EXPECT_EQ(Parse({"--video", "a.avi", "--hdist", "0"}).exitStatus, 2);
+  EXPECT_EQ(Parse({"--help"}).exitStatus, 0);
+  EXPECT_FALSE(Parse({"--help"}).run);
+}
+
+TEST(GuidedArguments, TheShippedPosesAreBesideTheProgramsFolder) {
+  EXPECT_EQ(guided::ShippedPoses("/usr/bin/velmora-guided"), "/usr/share/velmora/poses-4x11.json");
+}
+
+}  // namespace

@@ -1,0 +1,93 @@
+/// Records a pose model of the assistant from pictures.
+#include "batch/ModelRecording.h"
+
+#include <iostream>
+#include <memory>
+
+#include "Calibration.h"
+#include "Calibrator.h"
+#include "JSON.h"
+#include "batch/CameraViews.h"
+
+namespace batch {
+
+namespace {
+
+/// The poses of one camera's pictures, in the engine's recording.
+class Recording {
+ public:
+  explicit Recording(const Arguments& arguments) : arguments_(arguments) {}
+
+  /// The reason when the picture gives no pose, else an empty text.
+  std::string Take(Picture& picture) {
+    std::string fault = FaultOf(picture);
+    if (fault.empty()) {
+      names_.push_back(picture.name);
+    } else {
+      rejected_.push_back({picture.name, fault});
+    }
+    return fault;
+  }
+
+  const std::vector<std::string>& Names() const { return names_; }
+  std::string Table() const { return ViewsTable(names_, rejected_); }
+
+  /// False when the file does not hold all the poses afterwards.
+  bool Save() {
+    if (calibrator_ == nullptr || !calibrator_->StopModelRecording(arguments_.recordModel)) return false;
+    try {
+      JSON written;
+      return written.load(arguments_.recordModel) &&
+             written.readInt("count") == static_cast<int>(names_.size());
+    } catch (const std::exception&) {
+      return false;
+    }
+  }
+
+ private:
+  std::string FaultOf(Picture& picture) {
+    if (picture.image.empty()) return "cannot be decoded";
+    if (calibrator_ == nullptr) {
+      inputSize_ = picture.image.size();
+      const cv::Size frame = FrameSizeFor(arguments_, inputSize_);
+      calibrator_ = std::make_unique<Calibrator>(arguments_.grid, UnitOf(arguments_), Calibrator::MONOCULAR,
+                                                 frame.width, frame.height);
+    }
+    if (picture.image.size() != inputSize_) return "of another size than the first";
+    Centres centres;
+    if (!calibrator_->DetectPoints(picture.image, centres, false)) return "no grid found";
+    // The log has a remark on every matrix of points, which is what a pose is.
+    Calibration::SetLogLevel(0);
+    calibrator_->StartModelRecording();  // with the first pose: a recording without one would be left behind
+    calibrator_->AddPoints();
+    Calibration::SetLogLevel(1);
+    return "";
+  }
+
+  const Arguments& arguments_;
+  cv::Size inputSize_;
+  std::unique_ptr<Calibrator> calibrator_;
+  std::vector<std::string> names_;
+  std::vector<Rejection> rejected_;
+};
+
+}  // namespace
+
+ExitStatus RecordModel(const Arguments& arguments) {
+  CheckWritable(arguments.recordModel);
+  Recording recording(arguments);
+  LookAtPictures(arguments, [&](Picture& picture) { return recording.Take(picture); });
+  std::cout << recording.Table();
+  if (recording.Names().empty()) {
+    std::cerr << "No pose: the grid was found in none of the pictures.\n";
+    return TOO_FEW_VIEWS;
+  }
+  if (!recording.Save()) {
+    std::cerr << "Cannot write '" << arguments.recordModel << "'.\n";
+    return UNUSABLE_INPUT;
+  }
+  std::cout << "\nPose model: " << arguments.recordModel << ", " << recording.Names().size() << " poses\n";
+  return CALIBRATED;
+}
+
+}  // namespace batch
