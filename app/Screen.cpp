@@ -5,6 +5,9 @@
 namespace app {
 
 void DesktopScreen::Show(const std::string& window, const cv::Mat& picture) {
+  // Made before its first picture: the window that imshow makes by itself has a tool bar wider than the
+  // picture.
+  if (opened_.insert(window).second) cv::namedWindow(window, cv::WINDOW_AUTOSIZE | cv::WINDOW_GUI_NORMAL);
   cv::imshow(window, picture);
 }
 
@@ -13,6 +16,7 @@ int DesktopScreen::WaitKey(int milliseconds) {
 }
 
 void DesktopScreen::Close(const std::string& window) {
+  opened_.erase(window);
   try {
     cv::destroyWindow(window);
   } catch (const cv::Exception&) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <opencv2/core.hpp>
+#include <set>
 #include <string>
 
 namespace app {
@@ -24,6 +25,9 @@ class DesktopScreen final : public Screen {
   void Show(const std::string& window, const cv::Mat& picture) override;
   int WaitKey(int milliseconds) override;
   void Close(const std::string& window) override;
+
+ private:
+  std::set<std::string> opened_;
 };
 
 }  // namespace app

@@ -9,6 +9,7 @@
 #include "Calibrator.h"
 #include "Process.h"
 #include "Reach.h"
+#include "Renderer.h"
 #include "TemporaryFolder.h"
 #include "Views.h"
 #include "poses/PoseList.h"
@@ -130,6 +131,31 @@ TEST(ShippedPoses, AreReachedWithinHalfTheThresholdByCamerasOfAllUsualFieldsOfVi
       const double distance = cv::norm(world::ToCamera({sheet.GridMiddle()}, pose).front());
       EXPECT_GT(distance, 0.12) << number << " at " << fieldOfView;
       EXPECT_LT(distance, 0.60) << number << " at " << fieldOfView;
+    }
+  }
+}
+
+TEST(ShippedPoses, AreFoundByTheDefaultSearchInEveryUsualFieldOfView) {
+  constexpr int TRIES = 3;  // a sheet in hands is never quite still
+  world::Scene scene;
+  scene.noise = 2.0;
+  scene.blur = 0.6;
+  Calibrator calibrator(scene.sheet.Grid(), 0.02F, Calibrator::MONOCULAR, FRAME.width, FRAME.height);
+  for (const double fieldOfView : {50.0, 55.0, 60.0, 65.0, 70.0, 75.0, 80.0}) {
+    scene.camera = CameraOf(fieldOfView);
+    world::Renderer renderer(scene);
+    int number = 0;
+    for (const Centres& target : ShippedPoses()) {
+      ++number;
+      bool found = false;
+      for (int attempt = 0; !found && attempt < TRIES; ++attempt) {
+        world::Pose pose = world::PoseNearest(scene.camera, scene.sheet, target);
+        pose.rvec[0] += 0.01 * attempt;
+        cv::Mat picture = renderer.Render(pose, static_cast<std::uint64_t>(attempt));
+        Centres centres;
+        found = calibrator.DetectPoints(picture, centres, false);
+      }
+      EXPECT_TRUE(found) << number << " at " << fieldOfView;
     }
   }
 }
