@@ -30,7 +30,8 @@ class TargetDrawn : public ::testing::Test {
 
   cv::Mat Drawn() const {
     cv::Mat frame = picture_.clone();
-    DrawTarget(Drawing(), frame);
+    DrawingLayers layers;
+    DrawTarget(Drawing(), frame, layers);
     return frame;
   }
 

@@ -32,7 +32,7 @@ class Painting : public ::testing::TestWithParam<PaintingCase> {
     const std::vector<cv::Point2f> outline = unit::SheetOutline();
     DrawTarget({circles, outline, cv::Mat(GetParam().homography), 4, GetParam().scale, 150.0F, drawn_.size(),
                 GetParam().age},
-               drawn_);
+               drawn_, layers_);
   }
 
   cv::Vec3d At(const cv::Point& pixel) const { return drawn_.at<cv::Vec3b>(pixel); }
@@ -43,6 +43,7 @@ class Painting : public ::testing::TestWithParam<PaintingCase> {
 
   static constexpr int RADIUS_AT_ONE = 9;
   const cv::Vec3b BACKGROUND{100, 110, 120};
+  DrawingLayers layers_;
   cv::Mat drawn_;
   const SheetPainting painting_{GetParam().homography, static_cast<int>(GetParam().scale* RADIUS_AT_ONE),
                                 BACKGROUND, GetParam().weight};

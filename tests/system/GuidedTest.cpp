@@ -16,8 +16,8 @@ class GuidedProgram : public testing::Test {
   /// A video in which the sheet goes through the shipped poses, at rest in each for a moment.
   std::string VideoOfThePoses() {
     const std::string video = folder_.File("poses.avi");
-    support::Process render({VELMORA_RENDER, "--video", video, "--follow", VELMORA_POSES_JSON, "--seconds", "22",
-                             "--fps", "12", "--fov", "68", "--dist=-0.25,0.07,0,0,0", "--noise", "2"});
+    support::Process render({VELMORA_RENDER, "--video", video, "--follow", VELMORA_POSES_JSON, "--seconds",
+                             "22", "--fps", "12", "--fov", "68", "--dist=-0.25,0.07,0,0,0", "--noise", "2"});
     EXPECT_EQ(render.WaitForExit(PATIENCE), 0) << render.Errors();
     return video;
   }
@@ -71,7 +71,8 @@ TEST_F(GuidedProgram, SaysWhatItCannotUseInOneLine) {
   EXPECT_EQ(noSource.WaitForExit(PATIENCE), 2);
   EXPECT_NE(noSource.Errors().find("missing.avi"), std::string::npos) << noSource.Errors();
 
-  support::Process noFolder({VELMORA_GUIDED, "--video", missing, "--output", "/nowhere/camera"}, OnTheDesktop());
+  support::Process noFolder({VELMORA_GUIDED, "--video", missing, "--output", "/nowhere/camera"},
+                            OnTheDesktop());
   EXPECT_EQ(noFolder.WaitForExit(PATIENCE), 2);
   EXPECT_EQ(noFolder.Errors(), "ERROR: folder '/nowhere' does not exist\n");
 }

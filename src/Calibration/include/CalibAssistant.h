@@ -1,12 +1,14 @@
 /// Guides the user through a sequence of target poses of the grid.
 #pragma once
 
-#include <array>
 #include <chrono>
+#include <memory>
 #include <mutex>
 #include <opencv2/core.hpp>
 #include <string>
 #include <vector>
+
+struct DrawingLayers;
 
 /// The pose assistant: shows one target pose at a time, scores how close the detected grid is to it, and
 /// moves on to the next.
@@ -30,6 +32,7 @@ class CalibAssistant {
   /// Size of the frames to work in, pixels, and of the grid, circles.
   CalibAssistant(const int& frameWidth, const int& frameHeight, const int& patternColumns,
                  const int& patternRows);
+  ~CalibAssistant();
 
   /// Fills the built-in printed sheet (44 circles, 6 outline points; 1753 x 1239 units). For the constructor.
   void InitDefaultPattern();
@@ -65,6 +68,8 @@ class CalibAssistant {
  private:
   void ShowPose(int index);
 
+  /// Room that the drawings share, see DrawPattern.
+  const std::unique_ptr<DrawingLayers> layers_;
   mutable std::mutex lock_;
   std::chrono::steady_clock::time_point creationTime_;
   std::chrono::steady_clock::time_point lastDrawingTime_;

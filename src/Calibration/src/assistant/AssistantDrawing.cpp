@@ -37,9 +37,32 @@ void Fill(cv::Mat& layer, const std::vector<cv::Point>& polygon, const cv::Scala
   cv::fillPoly(layer, std::vector<std::vector<cv::Point>>{polygon}, colour, cv::LINE_8);
 }
 
-void DrawFigure(const TargetDrawing& drawing, const std::vector<cv::Point2f>& corners, cv::Mat& layer) {
-  const std::vector<cv::Point2f> circles = Mapped(drawing.circles, drawing.homography);
-  const int radius = std::max(0, static_cast<int>(drawing.scale * CIRCLE_RADIUS));
+int RadiusOf(const TargetDrawing& drawing) {
+  return std::max(0, static_cast<int>(drawing.scale * CIRCLE_RADIUS));
+}
+
+/// All that the figure and the sheet can touch, within the frame.
+cv::Rect TouchedPart(const std::vector<cv::Point2f>& corners, const std::vector<cv::Point2f>& circles,
+                     int radius, const cv::Size& frame) {
+  constexpr int LINE_MARGIN = 4;
+  std::vector<cv::Point2f> all = corners;
+  all.insert(all.end(), circles.begin(), circles.end());
+  const cv::Rect bounds = cv::boundingRect(all);
+  const int margin = radius + LINE_MARGIN;
+  return cv::Rect(bounds.tl() - cv::Point(margin, margin), bounds.br() + cv::Point(margin, margin)) &
+         cv::Rect(cv::Point(), frame);
+}
+
+/// A layer that holds the frame in this part; the rest of it is left as it is.
+void CopyPart(const cv::Mat& frame, const cv::Rect& part, cv::Mat& layer) {
+  layer.create(frame.size(), frame.type());
+  cv::Mat target = layer(part);
+  frame(part).copyTo(target);
+}
+
+void DrawFigure(const TargetDrawing& drawing, const std::vector<cv::Point2f>& corners,
+                const std::vector<cv::Point2f>& circles, cv::Mat& layer) {
+  const int radius = RadiusOf(drawing);
   for (size_t i = 0; i < circles.size(); ++i) {
     const cv::Scalar& colour = PALETTE[i / static_cast<size_t>(drawing.columns) % PALETTE.size()];
     cv::circle(layer, Rounded(circles[i]), radius, colour, 1, cv::LINE_AA);
@@ -56,6 +79,14 @@ void DrawFigure(const TargetDrawing& drawing, const std::vector<cv::Point2f>& co
   Fill(layer, {Truncated(corners[3]), Truncated(corners[4]), Truncated(corners[5])}, BLACK);
 }
 
+/// Does both on threads of OpenCV's pool, as far as it has any.
+template <typename First, typename Second>
+void AtOnce(First first, Second second) {
+  cv::parallel_for_(cv::Range(0, 2), [&](const cv::Range& range) {
+    for (int i = range.start; i < range.end; ++i) i == 0 ? first() : second();
+  });
+}
+
 void DrawScoreBar(const TargetDrawing& drawing, cv::Mat& frame) {
   const int half = drawing.frameSize.width / 2;
   const float above = drawing.score - static_cast<float>(CalibAssistant::SCORE_TH);
@@ -66,18 +97,34 @@ void DrawScoreBar(const TargetDrawing& drawing, cv::Mat& frame) {
 
 }  // namespace
 
-void DrawTarget(const TargetDrawing& drawing, cv::Mat& frame) {
-  cv::Mat figure = frame.clone();
-  cv::Mat sheet = frame.clone();
-  const double pulse = std::cos(5.0 * drawing.age);
+void DrawTarget(const TargetDrawing& drawing, cv::Mat& frame, DrawingLayers& layers) {
   const std::vector<cv::Point2f> corners = Mapped(drawing.outline, drawing.homography);
-  DrawFigure(drawing, corners, figure);
-  Fill(sheet, {Truncated(corners[0]), Truncated(corners[1]), Truncated(corners[2]), Truncated(corners[3])},
-       WHITE);
-  cv::addWeighted(sheet, 0.3, frame, 0.7, 0.0, frame);
-  // Between 0.5 and 1.5: weights above 1 over-expose the figure, so that it stands out from the real sheet.
-  const double weight = 1.0 - 0.5 * pulse;
-  cv::addWeighted(figure, weight, frame, 1.0 - weight, 0.0, frame);
+  const std::vector<cv::Point2f> circles = Mapped(drawing.circles, drawing.homography);
+  // Elsewhere the layers equal the frame, and blending would change nothing.
+  const cv::Rect part = TouchedPart(corners, circles, RadiusOf(drawing), frame.size());
+  if (!part.empty()) {
+    CopyPart(frame, part, layers.figure);
+    CopyPart(frame, part, layers.sheet);
+    cv::Mat target = frame(part);
+    // The lines cost as much as a blend, so the two go side by side.
+    AtOnce([&] { DrawFigure(drawing, corners, circles, layers.figure); },
+           [&] {
+             Fill(
+                 layers.sheet,
+                 {Truncated(corners[0]), Truncated(corners[1]), Truncated(corners[2]), Truncated(corners[3])},
+                 WHITE);
+             cv::addWeighted(layers.sheet(part), 0.3, target, 0.7, 0.0, target);
+           });
+    // Between 0.5 and 1.5: weights above 1 over-expose the figure, so that it stands out from the real sheet.
+    const double weight = 1.0 - 0.5 * std::cos(5.0 * drawing.age);
+    const cv::Mat figure = layers.figure(part);
+    const auto blendRows = [&](int from, int to) {
+      cv::Mat rows = target.rowRange(from, to);
+      cv::addWeighted(figure.rowRange(from, to), weight, rows, 1.0 - weight, 0.0, rows);
+    };
+    const int middle = part.height / 2;
+    AtOnce([&] { blendRows(0, middle); }, [&] { blendRows(middle, part.height); });
+  }
   DrawScoreBar(drawing, frame);
 }
 
@@ -87,5 +134,5 @@ void CalibAssistant::DrawPattern(cv::Mat& frame) {
   const std::chrono::nanoseconds age = lastDrawingTime_ - creationTime_;
   DrawTarget({patternPoints_, patternOutline_, homography_, patternSize_.width, scale_, score_,
               cv::Size(frameWidth_, frameHeight_), static_cast<double>(age.count()) / 1e9},
-             frame);
+             frame, *layers_);
 }

@@ -16,5 +16,11 @@ struct TargetDrawing {
   double age;                               ///< seconds since the assistant's creation: the pulse's clock
 };
 
+/// Room for the layers of a drawing, to be kept for the next one: fresh memory costs as much as the blends.
+struct DrawingLayers {
+  cv::Mat figure;
+  cv::Mat sheet;
+};
+
 /// Draws the sheet in its target pose, pulsing, and the score bar, in place.
-void DrawTarget(const TargetDrawing& drawing, cv::Mat& frame);
+void DrawTarget(const TargetDrawing& drawing, cv::Mat& frame, DrawingLayers& layers);

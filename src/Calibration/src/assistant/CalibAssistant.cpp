@@ -5,6 +5,7 @@
 #include <opencv2/imgproc.hpp>
 #include <stdexcept>
 
+#include "AssistantDrawing.h"
 #include "AssistantModel.h"
 #include "Log.h"
 
@@ -24,12 +25,15 @@ const int ODD_ROW_Y[] = {324, 560, 797, 1033};
 
 CalibAssistant::CalibAssistant(const int& frameWidth, const int& frameHeight, const int& patternColumns,
                                const int& patternRows)
-    : creationTime_(std::chrono::steady_clock::now()),
+    : layers_(std::make_unique<DrawingLayers>()),
+      creationTime_(std::chrono::steady_clock::now()),
       frameWidth_(frameWidth),
       frameHeight_(frameHeight),
       patternSize_(patternColumns, patternRows) {
   InitDefaultPattern();
 }
+
+CalibAssistant::~CalibAssistant() = default;
 
 void CalibAssistant::InitDefaultPattern() {
   patternOutline_ = SHEET_OUTLINE;
