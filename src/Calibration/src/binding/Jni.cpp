@@ -13,8 +13,7 @@ std::string Describe(JNIEnv* env, jthrowable exception) {
   const LocalReference<jclass> type(env, env->GetObjectClass(exception));
   const jmethodID toString = env->GetMethodID(type.Get(), "toString", "()Ljava/lang/String;");
   if (toString != nullptr) {
-    const LocalReference<jstring> text(env,
-                                       static_cast<jstring>(env->CallObjectMethod(exception, toString)));
+    const LocalReference<jstring> text(env, static_cast<jstring>(env->CallObjectMethod(exception, toString)));
     if (!env->ExceptionCheck()) words = FromJava(env, text.Get());
   }
   if (env->ExceptionCheck()) env->ExceptionClear();
