@@ -1,5 +1,5 @@
-/// Frames pushed from many threads while everything else changes. Meant for the thread sanitizer as much as for
-/// its own checks.
+/// Frames pushed from many threads while everything else changes. Meant for the thread sanitizer as much as
+/// for its own checks.
 #include <gtest/gtest.h>
 
 #include <atomic>

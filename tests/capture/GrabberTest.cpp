@@ -173,7 +173,6 @@ TEST_P(Grabber, PassesOverAnEmptyFrameInPlaceOfThePendingOne) {
     Push(unit::PlainPicture(100));
     PushNothing();
     audience_.Release();
-    // The pushes of an idle grabber come together again only after it has looked at the empty one.
     Push(unit::PlainPicture(150));
     ASSERT_TRUE(audience_.AwaitCalls(2));
     Destroy();
