@@ -25,12 +25,37 @@ TEST_P(Grabber, ProcessesOnAThreadOfItsOwn) {
 }
 
 TEST_P(Grabber, ProcessesOnlyTheLastOfThreePushedAtOnce) {
-  Bypass();
-  Open();
-  for (const int level : {50, 100, 150}) Push(unit::PlainPicture(level));
-  ASSERT_TRUE(audience_.AwaitCalls(1));
-  Destroy();
-  EXPECT_EQ(audience_.Levels(), std::vector<int>({150}));
+  const int levels[] = {50, 100, 150};
+  cv::Mat images[3];
+  std::string texts[3];
+  for (int i = 0; i < 3; ++i) {
+    images[i] = unit::PlainPicture(levels[i]);
+    texts[i] = unit::JpegB64(images[i]);
+  }
+  using Clock = std::chrono::steady_clock;
+  constexpr Clock::duration AT_ONCE = std::chrono::milliseconds(3);
+  Clock::duration span;
+  do {  // pushes that the machine tore apart prove nothing: they are made again
+    unit::Audience audience;
+    calibrator_ = unit::MakeCalibrator();
+    calibrator_->SetFrameListener(audience.Listener());
+    Bypass();
+    Open();
+    const Clock::time_point first = Clock::now();
+    for (int i = 0; i < 3; ++i) {
+      if (GetParam() == Kind::JPEG) {
+        calibrator_->NextFrameJpegB64(texts[i], i, nullptr, false);
+      } else {
+        calibrator_->NextFrameRGB(images[i], i, nullptr, false);
+      }
+    }
+    span = Clock::now() - first;
+    ASSERT_TRUE(audience.AwaitCalls(1));
+    Destroy();
+    if (span <= AT_ONCE) {
+      EXPECT_EQ(audience.Levels(), std::vector<int>({150}));
+    }
+  } while (span > AT_ONCE);
 }
 
 TEST_P(Grabber, ProcessesOnlyTheNewestOfThosePushedWhileItWorks) {

@@ -60,13 +60,19 @@ class Numbers {
 };
 
 TEST(LatestFrameGrabber, TakesTheNewestOfSeveralOfferedAtOnceWithItsTag) {
-  Numbers numbers;
-  ASSERT_TRUE(numbers.grabber.Open());
-  for (int i = 1; i <= 3; ++i) EXPECT_TRUE(numbers.grabber.Offer(i, 10 * i));
-  ASSERT_TRUE(numbers.Await(1));
-  numbers.grabber.End();
-  EXPECT_EQ(numbers.Taken(), std::vector<int>({3}));
-  EXPECT_EQ(numbers.Tags(), std::vector<int>({30}));
+  // Offers that the machine tore apart prove nothing: they are made again.
+  for (Clock::duration span = Clock::duration::max(); span > LatestFrameGrabber<int>::GATHERING / 2;) {
+    Numbers numbers;
+    ASSERT_TRUE(numbers.grabber.Open());
+    const Clock::time_point first = Clock::now();
+    for (int i = 1; i <= 3; ++i) EXPECT_TRUE(numbers.grabber.Offer(i, 10 * i));
+    span = Clock::now() - first;
+    ASSERT_TRUE(numbers.Await(1));
+    numbers.grabber.End();
+    if (span > LatestFrameGrabber<int>::GATHERING / 2) continue;
+    EXPECT_EQ(numbers.Taken(), std::vector<int>({3}));
+    EXPECT_EQ(numbers.Tags(), std::vector<int>({30}));
+  }
 }
 
 TEST(LatestFrameGrabber, TakesAFrameWithinTenMillisecondsWhenIdle) {

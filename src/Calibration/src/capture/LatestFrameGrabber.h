@@ -17,8 +17,8 @@ template <typename Frame>
 class LatestFrameGrabber {
  public:
   /// How long an idle grabber waits for newer frames after one has arrived, so that of several pushed at once
-  /// only the newest costs a detection.
-  static constexpr std::chrono::milliseconds GATHERING{8};
+  /// only the newest costs a detection. A busy machine adds to it, and 10 ms are to be kept.
+  static constexpr std::chrono::milliseconds GATHERING{6};
 
   /// The body runs once for each opening, on the grabber's thread. It calls Take until that returns false,
   /// and throws nothing.
