@@ -89,10 +89,11 @@ TEST_P(Grabber, IsClosedWithoutAnyEffectWhenItIsNotRunning) {
 }
 
 TEST_P(Grabber, IsOpenedOnceOnly) {
+  const unit::ScopedLogLevel warnings(2);
   const std::string printed = unit::PrintedBy([&] {
-    const unit::ScopedLogLevel warnings(2);
     Open();
     Open();
+    Destroy();
   });
   EXPECT_EQ(printed, GetParam() == Kind::JPEG ? "" : "WARN  : Frame grabber already running.\n");
 }
