@@ -1,4 +1,5 @@
-/// A pushed frame, from Base64 text to annotated JPEG and status, beside the bare library calls; the codec alone.
+/// A pushed frame, from Base64 text to annotated JPEG and status, beside the bare library calls; the codec
+/// alone.
 #include <opencv2/calib3d.hpp>
 #include <opencv2/features2d.hpp>
 #include <opencv2/imgcodecs.hpp>
@@ -15,7 +16,7 @@ namespace {
 const cv::Size GRID(4, 11);
 const cv::Size PROCESSING(640, 480);
 constexpr std::int64_t FRAME_BYTES = 100'000;
-constexpr std::int64_t MANY_BYTES = 100'000'000;
+constexpr std::int64_t MANY_BYTES = 10'000'000;
 
 std::vector<unsigned char> Jpeg(const cv::Mat& picture, int quality) {
   std::vector<unsigned char> bytes;
