@@ -80,8 +80,8 @@ std::string TakePair(Picture& left, Picture& right, PairViews& pairs) {
     return "";
   }
   std::string fault = faultLeft.empty()    ? "right: " + faultRight
-                      : faultRight.empty() ? "left: " + faultLeft
-                                           : "both: " + faultLeft;
+                            : faultRight.empty() ? "left: " + faultLeft
+                                                 : "both: " + faultLeft;
   pairs.rejected.push_back({name, fault});
   return fault;
 }

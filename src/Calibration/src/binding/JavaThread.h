@@ -11,7 +11,7 @@ class JavaThread {
  public:
   /// Without a machine nothing is attached.
   explicit JavaThread(JavaVM* machine);
-  ~JavaThread();
+  ~JavaThread();  // NOLINT(performance-trivially-destructible): it is not where there is Java
   JavaThread(const JavaThread&) = delete;
   JavaThread& operator=(const JavaThread&) = delete;
 

@@ -168,7 +168,8 @@ void Calibrator::callbackListener(cv::Mat& frame, JNIEnv* env) {
   });
 }
 
-void Calibrator::onCalibrationCallback(JNIEnv* env, std::vector<unsigned char> jpeg,
+void Calibrator::onCalibrationCallback(JNIEnv* env,
+                                       std::vector<unsigned char> jpeg,  // NOLINT: callers may move
                                        const std::string& json) {
   const auto listener = delivery_->listeners.Current().java;
   if (listener != nullptr && env != nullptr) listener->OnFrame(env, jpeg, json);

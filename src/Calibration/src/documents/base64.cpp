@@ -40,8 +40,8 @@ constexpr std::array<char, 8192> MakePairs() {
 constexpr std::array<char, 8192> PAIRS = MakePairs();
 
 void EncodeGroup(std::uint32_t group, char* out) {
-  const char* first = &PAIRS[2 * (group >> 12)];
-  const char* second = &PAIRS[2 * (group & 0xFFF)];
+  const char* first = &PAIRS[size_t{2} * (group >> 12)];
+  const char* second = &PAIRS[size_t{2} * (group & 0xFFF)];
   out[0] = first[0];
   out[1] = first[1];
   out[2] = second[0];
