@@ -169,7 +169,7 @@ void Calibrator::callbackListener(cv::Mat& frame, JNIEnv* env) {
 }
 
 void Calibrator::onCalibrationCallback(JNIEnv* env,
-                                       std::vector<unsigned char> jpeg,  // NOLINT: callers may move
+                                       std::vector<unsigned char> jpeg,  // NOLINT: the signature is fixed
                                        const std::string& json) {
   const auto listener = delivery_->listeners.Current().java;
   if (listener != nullptr && env != nullptr) listener->OnFrame(env, jpeg, json);
