@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "JavaTypes.h"
+
 class CalibAssistant;
 class JSON;
 
@@ -32,9 +34,14 @@ class JSON;
 /// may too, but one after the other for the same frame, which they change in place; the "window thread" is
 /// the one thread of the process that makes window calls.
 ///
-/// A calibrator waits in its destructor for computations that it runs on threads of its own.
+/// A calibrator's destructor ends its frame grabbers first, and waits for them and for computations that it
+/// runs on threads of its own. So a listener must not destroy the calibrator that calls it.
 class Calibrator {
  public:
+  /// Gets a processed frame as JPEG (empty when there is no picture) and GetStatus_QVX.
+  using FrameListener =
+      std::function<void(const std::vector<unsigned char>& jpeg, const std::string& status)>;
+
   static constexpr int MONOCULAR = 0;
   static constexpr int STEREO = 1;
 
@@ -201,6 +208,50 @@ class Calibrator {
   /// Status, snapshot count, a sentence and, when completed, the result file's text, as one JSON text.
   std::string GetStatus_QVX();
 
+  // ---- Frames pushed in. Thread-safe. Each is decoded, searched with DetectPoints, which draws on it, and
+  // handed to the listeners. That happens on the caller's thread or, while the grabber of its kind is open,
+  // on the grabber's: which works on the newest frame only. Frames are never queued: one that comes while
+  // another of its kind is processed is dropped. One that holds no picture is reported by an error line, and
+  // the listeners get the status without a picture.
+
+  void OpenJpegB64FrameGrabber();
+  /// Asks the grabber to end after the frame that it works on; does not wait. It can be opened again at once.
+  void CloseJpegB64FrameGrabber();
+  /// The Base64 text of a JPEG picture. `tag` is carried along. `env` is the caller's Java environment, null
+  /// without one; the Java listener is called with it when the frame is processed at once. `fromGrabber` is
+  /// what the grabber itself sets.
+  void NextFrameJpegB64(std::string& base64Jpeg, const int& tag, JNIEnv* env, bool fromGrabber);
+
+  void OpenRGBFrameGrabber();
+  void CloseRGBFrameGrabber();
+  /// An 8-bit BGR image. Processed at once, `image` is the annotated frame afterwards. With the grabber open
+  /// its pixels are shared, not copied: leave them alone from then on, and push an image of its own (a clone,
+  /// or a new capture) each time. An empty image or text that an open grabber gets is passed over silently.
+  void NextFrameRGB(cv::Mat& image, const int& tag, JNIEnv* env, bool fromGrabber);
+
+  /// Hands pushed frames to the listeners as they are, without detection.
+  void setBypassProcessing(const bool& bypass);
+
+  // ---- Annotated frames handed out. Thread-safe, from within a listener too. No lock is held while one is
+  // called. What it throws is logged. A listener that is replaced or cleared while it is called on another
+  // thread may still be at it when the function returns.
+
+  /// Calls the function for every processed frame, on the thread that processes it; an empty one ends that.
+  void SetFrameListener(FrameListener listener);
+
+  /// Keeps the virtual machine, to which the threads of grabbers attach themselves when they are opened.
+  void RegisterJavaVM(JNIEnv* env);
+  /// Registers the one com.velotrix.quiverleaf.sdk.JNICalibrationListener in place of an earlier one, or with
+  /// null none; true when one is registered now. False, with an error line, when class or method cannot be
+  /// found. With `sendImage` not 0 it gets frames as JPEG, in the size given when both sides are positive;
+  /// otherwise one zero byte. Frames that threads without a Java environment process do not reach it.
+  bool RegisterCalibrationListener(JNIEnv* env, jobject listener, unsigned char sendImage, int width,
+                                   int height);
+  /// Hands a processed frame to the listeners; to the Java one only with an environment.
+  void callbackListener(cv::Mat& frame, JNIEnv* env);
+  /// Calls the Java listener, if there is one.
+  void onCalibrationCallback(JNIEnv* env, std::vector<unsigned char> jpeg, const std::string& json);
+
   // ---- Review and recording.
 
   /// Shows every snapshot with the grid reprojected through the computed model in the window "Reprojected
@@ -232,6 +283,7 @@ class Calibrator {
     cv::Mat R, T, E, F;
   };
   class ProgressScope;
+  struct Delivery;
   static constexpr size_t ENOUGH_SNAPSHOTS = 5;
 
   std::shared_ptr<CalibAssistant> Assistant();
@@ -246,6 +298,11 @@ class Calibrator {
   int StoreStereoSnapshot(const std::vector<cv::Point2d>& leftPoints,
                           const std::vector<cv::Point2d>& rightPoints);
   bool HasEnoughRecords();
+  void EndGrabbers();
+  void ProcessPushed(cv::Mat& frame, JNIEnv* env);
+  void ShowPreview(const cv::Mat& frame);
+  void jpegB64grabber();
+  void RGBgrabber();
   void RunInBackground(const char* name, std::function<void()> task);
   cv::Mat ResultOf(int ofKind, cv::Mat Results::*member);
   bool GuardOfUnreachableResults();
@@ -278,4 +335,6 @@ class Calibrator {
   std::mutex backgroundLock_;
   std::condition_variable backgroundDone_;
   int backgroundTasks_ = 0;
+
+  const std::unique_ptr<Delivery> delivery_;
 };

@@ -7,6 +7,7 @@
 #include "CalibAssistant.h"
 #include "JSON.h"
 #include "Log.h"
+#include "capture/Delivery.h"
 #include "engine/TargetGeometry.h"
 
 const std::string Calibrator::VERSION = "5.1.0";
@@ -17,10 +18,12 @@ Calibrator::Calibrator(const cv::Size& patternSize, const float& unit, const int
       patternSize_(patternSize),
       frameWidth_(frameWidth),
       frameHeight_(frameHeight),
-      objectTemplate_(MakeObjectTemplate(patternSize, unit)) {
+      objectTemplate_(MakeObjectTemplate(patternSize, unit)),
+      delivery_(std::make_unique<Delivery>(*this)) {
 }
 
 Calibrator::~Calibrator() {
+  EndGrabbers();
   {
     std::unique_lock<std::mutex> lock(backgroundLock_);
     backgroundDone_.wait(lock, [this] { return backgroundTasks_ == 0; });

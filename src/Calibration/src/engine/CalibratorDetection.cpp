@@ -5,6 +5,7 @@
 #include "CalibAssistant.h"
 #include "Calibrator.h"
 #include "Log.h"
+#include "engine/FrameKind.h"
 #include "engine/FrameResize.h"
 #include "engine/GridFinder.h"
 #include "engine/Overlay.h"
@@ -12,11 +13,6 @@
 namespace {
 
 constexpr int AROUND_VERTICAL_AXIS = 1;
-
-bool IsSupported(const cv::Mat& frame) {
-  const int channels = frame.channels();
-  return frame.depth() == CV_8U && (channels == 1 || channels == 3 || channels == 4);
-}
 
 }  // namespace
 
@@ -26,7 +22,7 @@ void Calibrator::Resize(const cv::Mat& src, cv::Mat& dst, const bool& fill, cons
 
 bool Calibrator::BringToProcessingSize(cv::Mat& frame) {
   if (frame.empty()) return false;
-  if (!IsSupported(frame)) {
+  if (!IsSupportedFrame(frame)) {
     Log::error("Cannot process a frame of OpenCV type %d: 8 bits and 1, 3 or 4 channels are needed.",
                frame.type());
     return false;

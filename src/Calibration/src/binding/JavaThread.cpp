@@ -1,0 +1,35 @@
+/// Threads of the engine that call into Java.
+#include "JavaThread.h"
+
+#include <jni.h>
+
+#include "Log.h"
+
+namespace {
+
+constexpr jint LEAST_VERSION = JNI_VERSION_1_6;
+
+}  // namespace
+
+JavaVM* JavaMachineOf(JNIEnv* env) {
+  JavaVM* machine = nullptr;
+  if (env == nullptr || env->GetJavaVM(&machine) != JNI_OK) {
+    Log::error("There is no Java virtual machine.");
+    return nullptr;
+  }
+  return machine;
+}
+
+JavaThread::JavaThread(JavaVM* machine) : machine_(machine) {
+  if (machine_ == nullptr) return;
+  void* env = nullptr;
+  if (machine_->GetEnv(&env, LEAST_VERSION) != JNI_OK) {
+    attachedHere_ = machine_->AttachCurrentThread(&env, nullptr) == JNI_OK;
+    if (!attachedHere_) env = nullptr;
+  }
+  env_ = static_cast<JNIEnv*>(env);
+}
+
+JavaThread::~JavaThread() {
+  if (attachedHere_) machine_->DetachCurrentThread();
+}
