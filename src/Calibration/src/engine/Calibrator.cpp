@@ -7,6 +7,8 @@
 #include "CalibAssistant.h"
 #include "JSON.h"
 #include "Log.h"
+#include "capture/CaptureReader.h"
+#include "capture/Preview.h"
 #include "engine/TargetGeometry.h"
 
 const std::string Calibrator::VERSION = "5.1.0";
@@ -17,10 +19,13 @@ Calibrator::Calibrator(const cv::Size& patternSize, const float& unit, const int
       patternSize_(patternSize),
       frameWidth_(frameWidth),
       frameHeight_(frameHeight),
-      objectTemplate_(MakeObjectTemplate(patternSize, unit)) {
+      objectTemplate_(MakeObjectTemplate(patternSize, unit)),
+      preview_(std::make_unique<Preview>()),
+      capture_(std::make_unique<CaptureReader>([this] { cameraReader(); })) {
 }
 
 Calibrator::~Calibrator() {
+  capture_->Stop();  // first: what it detects may start a computation
   {
     std::unique_lock<std::mutex> lock(backgroundLock_);
     backgroundDone_.wait(lock, [this] { return backgroundTasks_ == 0; });
