@@ -91,7 +91,7 @@ void CaptureReader::Read(const Process& process) {
       process(views);
     } catch (const std::exception& fault) {
       const std::string cause = FirstLine(fault);
-      if (reported_.IsNew(cause)) Log::error("Cannot process a frame: %s", cause.c_str());
+      if (reported_.IsNew(cause)) Log::error("A frame was left out: %s", cause.c_str());
     }
   }
 }
