@@ -70,7 +70,7 @@ void CaptureReader::StopThread() {
 }
 
 void CaptureReader::JoinThread() {
-  if (thread_.joinable() && !OnReaderThread()) thread_.join();
+  if (!OnReaderThread() && thread_.joinable()) thread_.join();
 }
 
 void CaptureReader::Read(const Process& process) {
