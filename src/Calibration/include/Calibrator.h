@@ -13,7 +13,10 @@
 #include "JavaTypes.h"
 
 class CalibAssistant;
+class CaptureReader;
 class JSON;
+class Preview;
+struct CapturedViews;
 
 /// A calibrator collects snapshots of a printed asymmetric circles grid and computes a camera's intrinsics or
 /// how the two cameras of a pair stand to each other.
@@ -34,8 +37,9 @@ class JSON;
 /// may too, but one after the other for the same frame, which they change in place; the "window thread" is
 /// the one thread of the process that makes window calls.
 ///
-/// A calibrator's destructor ends its frame grabbers first, and waits for them and for computations that it
-/// runs on threads of its own. So a listener must not destroy the calibrator that calls it.
+/// A calibrator's destructor first closes its source of frames and ends its frame grabbers, then waits for
+/// the computations that run on threads of its own. So a listener must not destroy the calibrator that calls
+/// it.
 class Calibrator {
  public:
   /// Gets a processed frame as JPEG (empty when there is no picture) and GetStatus_QVX.
@@ -208,6 +212,54 @@ class Calibrator {
   /// Status, snapshot count, a sentence and, when completed, the result file's text, as one JSON text.
   std::string GetStatus_QVX();
 
+  // ---- Sources of frames, one at a time. A source that is open is read on a thread of the calibrator's own:
+  // each frame is detected in (with drawing), shown in the preview and handed on. Nothing that a source
+  // delivers ends the process; what goes wrong is logged, once per cause. Thread-safe.
+  //
+  // An Open returns true when the source is open and its reader started, and prints an error line otherwise.
+  // A Close stops the reader, waits for it and releases the source; it prints an error line when there is
+  // nothing to close. Every Close but the stereo one closes what any Open but the stereo one opened, and says
+  // nothing before the first Open. The reader ends within a frame's time, or as soon as the library's own
+  // call returns (which a silent camera can hold for ten seconds).
+  //
+  // On the reader's own thread a Close does not wait, and an Open is refused; the calibrator must not be
+  // destroyed there.
+
+  /// A camera by its number (a negative one means 0), asked for motion JPEG of that size and rate. One that
+  /// delivers frames at least twice as wide as that shape is taken for two cameras side by side: it is opened
+  /// again at twice the width and its frames are split. `splitMode` 0 detects in both halves as a pair, -1
+  /// keeps the left half alone, 1 the right half alone; any other value detects in the left one and shows
+  /// both.
+  bool OpenNativeCamera(int index, int width, int height, int fps, int splitMode);
+  void CloseNativeCamera();
+  /// Two cameras as a pair; both are asked for that size and rate.
+  bool OpenNativeStereoCamera(int leftIndex, int rightIndex, int width, int height, int fps);
+  /// Closes what is open of both, with an error line for one that is not.
+  void CloseStereoNativeCamera();
+  /// A path or URL; a blank ends it when there are options after it. The option "startingFrame=N" skips the
+  /// frames before N. Frames are split when the last camera was a side-by-side one.
+  bool OpenFFmpegContent(const std::string& content);
+  void CloseFFmpegContent();
+  /// A GStreamer pipeline that ends in an appsink. Split as content is.
+  bool OpenGstreamerPipe(std::string pipe);
+  void CloseGstreamerPipe();
+
+  /// Shows frames as they are processed in the window "Preview", which all calibrators of the process share
+  /// and which has a thread of its own: pictures that come faster than it can show are skipped. Without a
+  /// display one error line is printed and nothing is shown. The window goes away when a source is closed and
+  /// comes back with the next source; pushed frames are not shown in between. A process that uses the preview
+  /// must make its own window calls (WatchReprojection among them) in none of its threads. Thread-safe.
+  void OpenPreview();
+  void ClosePreview();
+
+  /// The pieces of the text between separators: adjacent separators have an empty piece between them, one at
+  /// the end is followed by none, and an empty text has no piece. The second form appends.
+  static std::vector<std::string> split(const std::string& s, char separator);
+  static void split(const std::string& s, char separator, std::vector<std::string>& out);
+
+  /// The reader's thread runs this; on any other it returns at once.
+  void cameraReader();
+
   // ---- Frames pushed in. Thread-safe. Each is decoded, searched with DetectPoints, which draws on it, and
   // handed to the listeners. That happens on the caller's thread or, while the grabber of its kind is open,
   // on the grabber's: which works on the newest frame only. Frames are never queued: one that comes while
@@ -287,6 +339,7 @@ class Calibrator {
   static constexpr size_t ENOUGH_SNAPSHOTS = 5;
 
   std::shared_ptr<CalibAssistant> Assistant();
+  std::string FaultOf(const cv::Mat& frame) const;
   bool BringToProcessingSize(cv::Mat& frame);
   bool BringToProcessingSize(cv::Mat& left, cv::Mat& right);
   void drawInfo(cv::Mat& frame, const double& elapsed);
@@ -297,10 +350,12 @@ class Calibrator {
   void MirrorIfWanted(cv::Mat& left, cv::Mat& right);
   int StoreStereoSnapshot(const std::vector<cv::Point2d>& leftPoints,
                           const std::vector<cv::Point2d>& rightPoints);
+  bool ShowSourceIf(bool opened);
+  void ProcessCaptured(CapturedViews& views, JNIEnv* env);
+  void RequireProcessable(const cv::Mat& frame) const;
   bool HasEnoughRecords();
   void EndGrabbers();
   void ProcessPushed(cv::Mat& frame, JNIEnv* env);
-  void ShowPreview(const cv::Mat& frame);
   void jpegB64grabber();
   void RGBgrabber();
   void RunInBackground(const char* name, std::function<void()> task);
@@ -337,4 +392,6 @@ class Calibrator {
   int backgroundTasks_ = 0;
 
   const std::unique_ptr<Delivery> delivery_;
+  const std::unique_ptr<Preview> preview_;
+  const std::unique_ptr<CaptureReader> capture_;
 };

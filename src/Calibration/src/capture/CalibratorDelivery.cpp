@@ -5,8 +5,10 @@
 #include "binding/JavaListener.h"
 #include "binding/JavaThread.h"
 #include "capture/BusyScope.h"
+#include "capture/CaptureReader.h"
 #include "capture/Delivery.h"
 #include "capture/FrameCodec.h"
+#include "capture/Preview.h"
 #include "engine/FrameKind.h"
 
 namespace {
@@ -91,14 +93,10 @@ void Calibrator::ProcessPushed(cv::Mat& frame, JNIEnv* env) {
     Guarded("Processing a frame", [&] {
       std::vector<cv::Point2d> points;
       if (!delivery_->bypass) DetectPoints(frame, points, true);
-      ShowPreview(frame);
+      if (!capture_->StopRequested()) preview_->Show(frame);
     });
   }
   callbackListener(usable ? frame : nothing, env);
-}
-
-void Calibrator::ShowPreview(const cv::Mat& /*frame*/) {
-  // Processed frames of the push paths go to the preview here. There is no preview yet.
 }
 
 void Calibrator::jpegB64grabber() {

@@ -7,7 +7,9 @@
 #include "CalibAssistant.h"
 #include "JSON.h"
 #include "Log.h"
+#include "capture/CaptureReader.h"
 #include "capture/Delivery.h"
+#include "capture/Preview.h"
 #include "engine/TargetGeometry.h"
 
 const std::string Calibrator::VERSION = "5.1.0";
@@ -19,10 +21,14 @@ Calibrator::Calibrator(const cv::Size& patternSize, const float& unit, const int
       frameWidth_(frameWidth),
       frameHeight_(frameHeight),
       objectTemplate_(MakeObjectTemplate(patternSize, unit)),
-      delivery_(std::make_unique<Delivery>(*this)) {
+      delivery_(std::make_unique<Delivery>(*this)),
+      preview_(std::make_unique<Preview>()),
+      capture_(std::make_unique<CaptureReader>([this] { cameraReader(); })) {
 }
 
 Calibrator::~Calibrator() {
+  // Frames first: what they show may start a computation.
+  capture_->Stop();
   EndGrabbers();
   {
     std::unique_lock<std::mutex> lock(backgroundLock_);

@@ -1,6 +1,7 @@
 /// The calibrator's detection: one frame in, centres and a decorated frame out.
 #include <chrono>
 #include <opencv2/imgproc.hpp>
+#include <sstream>
 
 #include "CalibAssistant.h"
 #include "Calibrator.h"
@@ -20,18 +21,23 @@ void Calibrator::Resize(const cv::Mat& src, cv::Mat& dst, const bool& fill, cons
   ResizeFrame(src, dst, {frameWidth_, frameHeight_}, fill, interpolation);
 }
 
-bool Calibrator::BringToProcessingSize(cv::Mat& frame) {
-  if (frame.empty()) return false;
+/// Why the frame cannot be brought to the processing size; empty for one without data, too.
+std::string Calibrator::FaultOf(const cv::Mat& frame) const {
+  if (frame.empty()) return "";
+  std::ostringstream fault;
   if (!IsSupportedFrame(frame)) {
-    Log::error("Cannot process a frame of OpenCV type %d: 8 bits and 1, 3 or 4 channels are needed.",
-               frame.type());
-    return false;
+    fault << "Cannot process a frame of OpenCV type " << frame.type()
+          << ": 8 bits and 1, 3 or 4 channels are needed.";
+  } else if (!CanCover(frame.size(), {frameWidth_, frameHeight_})) {
+    fault << "Cannot process a frame of " << frame.cols << " x " << frame.rows << " pixels.";
   }
-  if (!ResizeFrame(frame, frame, {frameWidth_, frameHeight_}, true, cv::INTER_NEAREST)) {
-    Log::error("Cannot process a frame of %d x %d pixels.", frame.cols, frame.rows);
-    return false;
-  }
-  return true;
+  return fault.str();
+}
+
+bool Calibrator::BringToProcessingSize(cv::Mat& frame) {
+  const std::string fault = FaultOf(frame);
+  if (!fault.empty()) Log::error("%s", fault.c_str());
+  return fault.empty() && ResizeFrame(frame, frame, {frameWidth_, frameHeight_}, true, cv::INTER_NEAREST);
 }
 
 bool Calibrator::DetectPoints(cv::Mat& frame, std::vector<cv::Point2d>& points, const bool& draw) {

@@ -20,14 +20,15 @@ cv::Size CoveringSize(const cv::Size& source, const cv::Size& target) {
   return {target.width, std::max(target.height, static_cast<int>(fx * static_cast<float>(source.height)))};
 }
 
-bool TooNarrowToCover(const cv::Size& source, const cv::Size& target) {
+}  // namespace
+
+bool CanCover(const cv::Size& source, const cv::Size& target) {
+  if (source == target) return true;
   const double fx = static_cast<double>(target.width) / source.width;
   const double fy = static_cast<double>(target.height) / source.height;
   const double factor = std::max(fx, fy);
-  return factor * source.width * factor * source.height > MAX_SCALED_PIXELS;
+  return factor * source.width * factor * source.height <= MAX_SCALED_PIXELS;
 }
-
-}  // namespace
 
 bool ResizeFrame(const cv::Mat& src, cv::Mat& dst, const cv::Size& size, bool fill, int interpolation) {
   if (src.empty() || src.dims > 2) return false;
@@ -35,7 +36,7 @@ bool ResizeFrame(const cv::Mat& src, cv::Mat& dst, const cv::Size& size, bool fi
     dst = src.clone();
     return true;
   }
-  if (fill && TooNarrowToCover(src.size(), size)) return false;
+  if (fill && !CanCover(src.size(), size)) return false;
   const cv::Size scaledSize = fill ? CoveringSize(src.size(), size) : size;
   cv::Mat scaled;
   cv::resize(src, scaled, scaledSize, 0, 0, interpolation);

@@ -8,3 +8,6 @@
 /// `dst` may be `src`; it owns continuous data afterwards. False, with `dst` untouched, when `src` holds no
 /// data or covering would need more than 256 million pixels.
 bool ResizeFrame(const cv::Mat& src, cv::Mat& dst, const cv::Size& size, bool fill, int interpolation);
+
+/// True when scaling the source so that it covers the target needs no more than those pixels, or nothing.
+bool CanCover(const cv::Size& source, const cv::Size& target);

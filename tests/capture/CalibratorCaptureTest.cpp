@@ -1,0 +1,209 @@
+/// A calibrator that reads files by itself.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
+#include <thread>
+
+#include "Calibrator.h"
+#include "CapturedStdout.h"
+#include "TemporaryFolder.h"
+#include "engine/Collection.h"
+#include "engine/StereoCollection.h"
+#include "foundation/Crowd.h"
+#include "foundation/Scopes.h"
+
+namespace {
+
+/// Numbered pictures, which the capture library plays as a video.
+class CalibratorCapture : public testing::Test {
+ protected:
+  /// What to open to have the pictures read, each `hold` times.
+  std::string Sequence(const std::vector<cv::Mat>& pictures, int hold = 1) {
+    int number = 0;
+    for (const cv::Mat& picture : pictures) {
+      for (int i = 0; i < hold; ++i) {
+        cv::imwrite(folder_.File(cv::format("picture-%03d.png", number++)), picture);
+      }
+    }
+    return folder_.File("picture-%03d.png");
+  }
+
+  /// What is printed from opening the content to closing it after its last frame. `watch` is called
+  /// meanwhile.
+  static std::string PrintedByReading(
+      Calibrator& calibrator, const std::string& content, const std::function<void()>& watch = [] {}) {
+    const support::CapturedStdout captured;
+    EXPECT_TRUE(calibrator.OpenFFmpegContent(content));
+    EXPECT_TRUE(unit::Eventually([&] {
+      watch();
+      return captured.Text().find("The source delivers no frames.") != std::string::npos;
+    }));
+    calibrator.CloseFFmpegContent();
+    return captured.Text();
+  }
+
+  support::TemporaryFolder folder_;
+};
+
+TEST_F(CalibratorCapture, DetectsInWhatItReads) {
+  const unit::ScopedLogLevel silent(0);
+  const auto calibrator = unit::MakeCalibrator();
+  ASSERT_TRUE(calibrator->OpenFFmpegContent(Sequence({unit::PictureWithGrid()})));
+  EXPECT_TRUE(unit::Eventually([&] { return calibrator->IsDetected(); }));
+  EXPECT_TRUE(calibrator->AddPoints());
+  EXPECT_EQ(calibrator->GetNumberOfRecords(), 1);
+}
+
+TEST_F(CalibratorCapture, StartsWithTheFrameAskedFor) {
+  const std::string sequence = Sequence({unit::PictureWithGrid(), unit::PictureWithoutGrid()});
+  const auto calibrator = unit::MakeCalibrator();
+  bool detected = false;
+  const std::string printed = PrintedByReading(*calibrator, sequence + " startingFrame=1",
+                                               [&] { detected = detected || calibrator->IsDetected(); });
+  EXPECT_FALSE(detected);
+  EXPECT_EQ(printed.substr(0, printed.find('\n')), "INFO  : Start frame position set to 1");
+}
+
+TEST_F(CalibratorCapture, CalibratesFromWhatItReads) {
+  const unit::ScopedLogLevel silent(0);
+  const auto& views = unit::Rendered();
+  const auto calibrator = unit::MakeCalibrator();
+  const std::string sequence = Sequence({views.pictures.begin(), views.pictures.begin() + 8}, 5);
+  ASSERT_TRUE(calibrator->OpenFFmpegContent(sequence));
+  ASSERT_TRUE(unit::Eventually([&] {
+    calibrator->AddPoints();
+    return calibrator->GetNumberOfRecords() >= 5;
+  }));
+  calibrator->CloseFFmpegContent();
+  EXPECT_GT(calibrator->ComputeCalibration(Calibrator::MODEL_CLASSIC), 0.0F);
+  EXPECT_EQ(calibrator->GetStatus(), Calibrator::STATUS_COMPLETED);
+}
+
+TEST_F(CalibratorCapture, AStereoCalibratorLeavesSingleFramesAlone) {
+  const auto calibrator = unit::MakeCalibrator(Calibrator::STEREO);
+  const std::string printed = PrintedByReading(*calibrator, Sequence({unit::PictureWithGrid()}));
+  EXPECT_EQ(printed.find("ERROR"), std::string::npos) << printed;
+  EXPECT_FALSE(calibrator->AddStereoPoints());
+}
+
+TEST_F(CalibratorCapture, KeepsItsProcessingSize) {
+  const unit::ScopedLogLevel silent(0);
+  cv::Mat large;
+  cv::resize(unit::PictureWithGrid(), large, {1280, 960}, 0, 0, cv::INTER_LINEAR);
+  const auto calibrator = unit::MakeCalibrator();
+  ASSERT_TRUE(calibrator->OpenFFmpegContent(Sequence({large, large})));
+  ASSERT_TRUE(unit::Eventually([&] { return calibrator->AddPoints(); }));
+  calibrator->CloseFFmpegContent();
+  for (const auto& view : unit::NoisyViews(5)) calibrator->AddPoints(view);
+  calibrator->ComputeCalibration(Calibrator::MODEL_CLASSIC);
+  const cv::Mat K = calibrator->GetK();
+  ASSERT_FALSE(K.empty());
+  EXPECT_NEAR(K.at<double>(0, 2), unit::FRAME.width / 2.0, 20.0);
+}
+
+TEST_F(CalibratorCapture, DestroyingItStopsTheReaderFirst) {
+  auto calibrator = unit::MakeCalibrator();
+  ASSERT_TRUE(calibrator->OpenFFmpegContent(Sequence({unit::PictureWithGrid()}, 50)));
+  EXPECT_TRUE(unit::Eventually([&] { return calibrator->IsDetected(); }));
+  calibrator.reset();
+}
+
+TEST_F(CalibratorCapture, TheReaderDoesNothingOnAThreadThatIsNotItsOwn) {
+  const auto calibrator = unit::MakeCalibrator();
+  EXPECT_EQ(unit::PrintedBy([&] { calibrator->cameraReader(); }), "");
+}
+
+TEST_F(CalibratorCapture, EachOperationHasItsWords) {
+  const unit::ScopedLogLevel everything{5};
+  const auto calibrator = unit::MakeCalibrator();
+  const std::string sequence = Sequence({unit::PictureWithoutGrid()}, 3);
+  const auto openAndClose = [&](void (Calibrator::*close)()) {
+    EXPECT_TRUE(calibrator->OpenFFmpegContent(sequence));
+    return unit::PrintedBy([&] { (calibrator.get()->*close)(); });
+  };
+  const auto contains = [](const std::string& text, const std::string& words) {
+    EXPECT_NE(text.find(words), std::string::npos) << text;
+  };
+  contains(openAndClose(&Calibrator::CloseFFmpegContent),
+           "TRACE : Waiting for FFmpeg content thread to finish\n");
+  contains(openAndClose(&Calibrator::CloseFFmpegContent),
+           "DEBUG : Release FFmpeg content\nDEBUG : FFmpeg content closed\n");
+  contains(openAndClose(&Calibrator::CloseGstreamerPipe),
+           "TRACE : Waiting for gstreamer pipe thread to finish\n");
+  contains(openAndClose(&Calibrator::CloseGstreamerPipe),
+           "DEBUG : Release gstreamer pipe\nDEBUG : Gstreamer pipe closed\n");
+  contains(openAndClose(&Calibrator::CloseNativeCamera), "TRACE : Waiting for camera thread to finish\n");
+  contains(openAndClose(&Calibrator::CloseNativeCamera), "DEBUG : Release camera\nDEBUG : Camera closed\n");
+  contains(openAndClose(&Calibrator::CloseStereoNativeCamera),
+           "DEBUG : Release left camera\nDEBUG : Left camera closed\n");
+  EXPECT_EQ(unit::PrintedBy([&] { calibrator->CloseFFmpegContent(); }),
+            "ERROR : Can't close FFmpeg content. FFmpeg content is not opened.\n");
+  EXPECT_EQ(unit::PrintedBy([&] { calibrator->CloseGstreamerPipe(); }),
+            "ERROR : Can't close gstreamer pipe. Pipe is not opened.\n");
+  EXPECT_EQ(unit::PrintedBy([&] { calibrator->CloseNativeCamera(); }),
+            "ERROR : Can't close native camera. Native camera is not opened.\n");
+}
+
+TEST_F(CalibratorCapture, ClosingWhatWasNeverOpenedPrintsNothing) {
+  const auto calibrator = unit::MakeCalibrator();
+  EXPECT_EQ(unit::PrintedBy([&] {
+              calibrator->CloseNativeCamera();
+              calibrator->CloseFFmpegContent();
+              calibrator->CloseGstreamerPipe();
+            }),
+            "");
+}
+
+TEST_F(CalibratorCapture, FramesThatCannotBeProcessedAreReportedOnceAndReadOver) {
+  const cv::Mat tooLong(4000, 1, CV_8UC3, cv::Scalar::all(7));
+  const cv::Mat deep(48, 64, CV_16UC1, cv::Scalar(1000));
+  const auto calibrator = unit::MakeCalibrator();
+  const std::string sequence = Sequence({tooLong, tooLong, deep, deep, unit::PictureWithGrid()});
+  const std::string printed = PrintedByReading(*calibrator, sequence);
+  const std::string before = printed.substr(0, printed.find("WARN"));
+  EXPECT_EQ(
+      before,
+      "ERROR : A frame was left out: Cannot process a frame of 1 x 4000 pixels.\n"
+      "ERROR : A frame was left out: Cannot process a frame of OpenCV type 2: 8 bits and 1, 3 or 4 channels "
+      "are needed.\n");
+  EXPECT_TRUE(calibrator->IsDetected()) << printed;
+}
+
+TEST_F(CalibratorCapture, ReadsWhileOthersAskAddAndReset) {
+  const unit::ScopedLogLevel silent(0);
+  const auto calibrator = unit::MakeCalibrator();
+  const auto& views = unit::Rendered();
+  const std::string sequence = Sequence({views.pictures.begin(), views.pictures.begin() + 5}, 2);
+  std::atomic<bool> reading{true};
+  std::atomic<int> added{0};
+  unit::Crowd crowd;
+  crowd.Add([&] {
+    for (int round = 0; round < 4; ++round) {
+      EXPECT_TRUE(calibrator->OpenFFmpegContent(sequence));
+      EXPECT_TRUE(unit::Eventually([&, before = added.load()] { return added > before; }));
+      calibrator->CloseFFmpegContent();
+    }
+    reading = false;
+  });
+  crowd.Add([&] {
+    while (reading) {
+      added += calibrator->AddPoints() ? 1 : 0;
+      std::this_thread::yield();
+    }
+  });
+  crowd.Add([&] {
+    while (reading) {
+      calibrator->GetStatus();
+      calibrator->GetStatus_QVX();
+      calibrator->IsDetected();
+      calibrator->Reset();
+      std::this_thread::yield();
+    }
+  });
+  crowd.RunToTheEnd();
+  EXPECT_GE(added, 4);
+}
+
+}  // namespace

@@ -1,0 +1,91 @@
+/// A window that only notes what it is told, for tests of the preview.
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "capture/PreviewWindow.h"
+
+namespace unit {
+
+/// What happened to a fake window. Tests keep it while the preview owns the calls.
+struct WindowLog {
+  std::atomic<bool> displayAnswers{true};
+  std::atomic<bool> createFails{false};
+  std::atomic<bool> slow{false};  ///< a picture stays in Show while this holds
+  std::atomic<int> entered{0};    ///< into Show
+  std::atomic<int> tended{0};
+  std::atomic<bool> exists{false};
+  std::atomic<int> created{0};
+  std::atomic<int> destroyed{0};
+  std::atomic<int> questions{0};
+
+  void Note(int value) {
+    const std::lock_guard<std::mutex> lock(lock_);
+    shown_.push_back(value);
+  }
+  void NoteThread() {
+    const std::lock_guard<std::mutex> lock(lock_);
+    threads_.insert(std::this_thread::get_id());
+  }
+  /// The first byte of each picture.
+  std::vector<int> Shown() const {
+    const std::lock_guard<std::mutex> lock(lock_);
+    return shown_;
+  }
+  std::set<std::thread::id> Threads() const {
+    const std::lock_guard<std::mutex> lock(lock_);
+    return threads_;
+  }
+
+ private:
+  mutable std::mutex lock_;
+  std::vector<int> shown_;
+  std::set<std::thread::id> threads_;
+};
+
+class FakeCalls final : public WindowCalls {
+ public:
+  explicit FakeCalls(std::shared_ptr<WindowLog> log) : log_(std::move(log)) {}
+
+  bool DisplayAnswers(std::string& reason) override {
+    ++log_->questions;
+    if (!log_->displayAnswers) reason = "No display.";
+    return log_->displayAnswers;
+  }
+
+  void Create() override {
+    log_->NoteThread();
+    ++log_->created;
+    if (log_->createFails) throw std::runtime_error("no window");
+    log_->exists = true;
+  }
+
+  void Show(const cv::Mat& picture) override {
+    log_->NoteThread();
+    ++log_->entered;
+    while (log_->slow) std::this_thread::yield();
+    log_->Note(picture.data[0]);
+  }
+
+  void Tend() override {
+    log_->NoteThread();
+    ++log_->tended;
+  }
+
+  void Destroy() override {
+    log_->NoteThread();
+    log_->exists = false;
+    ++log_->destroyed;
+  }
+
+ private:
+  const std::shared_ptr<WindowLog> log_;
+};
+
+}  // namespace unit

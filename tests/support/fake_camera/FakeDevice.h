@@ -1,0 +1,67 @@
+/// A Video4Linux capture device that plays motion JPEG pictures from a folder.
+#pragma once
+
+#include <linux/videodev2.h>
+
+#include <chrono>
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace fake_camera {
+
+/// Fresh memory, zeroed, that munmap gives back.
+void* AnonymousMemory(std::size_t length);
+
+/// One opened device. Its folder holds a folder of JPEG files per size, named such as "640x480", which are
+/// delivered in the order of their names, over and over. A request for one of these sizes is honoured; any
+/// other gets the last of them, by name.
+///
+/// The folder's file "behaviour", read again for each frame, may hold these words:
+///   silent  no frame is delivered
+///   empty   buffers without data are
+///   gone    the device was unplugged: every call fails
+/// Without the folder there is no such device.
+///
+/// Functions return 0, or a number of errno. One thread at a time may use a device.
+class FakeDevice {
+ public:
+  /// `descriptor` is a timer's, which becomes readable as a frame is due.
+  FakeDevice(std::string folder, int descriptor);
+
+  static bool Exists(const std::string& folder);
+
+  /// Any request of ioctl; ENOTTY for those that the device does not know.
+  int Control(unsigned long request, void* argument);
+  /// The memory of the buffer with that offset.
+  void* Map(std::size_t length, long offset);
+
+ private:
+  struct Buffer {
+    void* memory = nullptr;
+    bool queued = false;
+  };
+
+  bool Behaves(const char* word) const;
+  std::vector<std::string> Sizes() const;
+  void SetFormat(v4l2_format& format);
+  void FillFormat(v4l2_format& format) const;
+  void RequestBuffers(v4l2_requestbuffers& request);
+  int Queue(const v4l2_buffer& buffer);
+  int Dequeue(v4l2_buffer& buffer);
+  int Stream(bool on);
+  std::chrono::nanoseconds FrameTime() const;
+  int Pace(std::chrono::nanoseconds interval) const;
+  std::size_t Fill(void* memory);
+
+  const std::string folder_;
+  const int descriptor_;
+  unsigned width_ = 0;
+  unsigned height_ = 0;
+  unsigned rate_ = 30;
+  bool silent_ = false;
+  std::vector<Buffer> buffers_;
+  std::size_t frame_ = 0;
+};
+
+}  // namespace fake_camera

@@ -1,0 +1,184 @@
+/// A calibrator that reads files, addresses and pipelines by itself, calibrated from each to the end.
+#include <gtest/gtest.h>
+
+#include <opencv2/imgcodecs.hpp>
+#include <thread>
+
+#include "Calibrator.h"
+#include "CapturedStdout.h"
+#include "Desktop.h"
+#include "Footage.h"
+#include "Log.h"
+#include "Servers.h"
+
+using namespace system_test;  // NOLINT
+
+namespace {
+
+constexpr int SNAPSHOTS = 8;
+
+class Capture : public testing::Test {
+ protected:
+  /// Numbered pictures of the sheet, each as often as told; the pattern of their paths.
+  std::string Pictures(const std::string& extension, int hold) {
+    int number = 0;
+    for (const cv::Mat& view : ViewsOf(camera_, 12)) {
+      for (int i = 0; i < hold; ++i) {
+        cv::imwrite(folder_.File(cv::format("view-%03d.", number++) + extension), view);
+      }
+    }
+    return folder_.File("view-%03d." + extension);
+  }
+
+  std::string Video() {
+    WriteVideo(folder_.File("sheet.avi"), ViewsOf(camera_, 12), 5);
+    return folder_.File("sheet.avi");
+  }
+
+  /// Takes snapshots of what is being read and calibrates from them.
+  void ExpectCalibration() {
+    ASSERT_TRUE(WaitUntil([&] {
+      if (calibrator_.IsDetected()) {
+        calibrator_.AddPoints();
+      }
+      return calibrator_.GetNumberOfRecords() >= SNAPSHOTS;
+    })) << output_.Text();
+    calibrator_.CloseFFmpegContent();
+    EXPECT_LT(calibrator_.ComputeCalibration(Calibrator::MODEL_CLASSIC), 0.7F);
+    const cv::Mat K = calibrator_.GetK();
+    ASSERT_FALSE(K.empty());
+    const cv::Matx33d truth = camera_.lens.K();
+    EXPECT_NEAR(K.at<double>(0, 0), truth(0, 0), 0.03 * truth(0, 0));
+    EXPECT_NEAR(K.at<double>(1, 1), truth(1, 1), 0.03 * truth(1, 1));
+    EXPECT_EQ(output_.Text().find("ERROR"), std::string::npos) << output_.Text();
+  }
+
+  bool EventuallyPrinted(const std::string& text) {
+    return WaitUntil([&] { return output_.Text().find(text) != std::string::npos; });
+  }
+
+  const world::Camera camera_ = SmallCamera();
+  support::TemporaryFolder folder_;
+  support::CapturedStdout output_;
+  Calibrator calibrator_{cv::Size(4, 11), 0.02F, Calibrator::MONOCULAR, 640, 480};
+};
+
+TEST_F(Capture, AVideoFileIsCalibrated) {
+  ASSERT_TRUE(calibrator_.OpenFFmpegContent(Video()));
+  ExpectCalibration();
+}
+
+TEST_F(Capture, ASequenceOfPicturesIsCalibrated) {
+  ASSERT_TRUE(calibrator_.OpenFFmpegContent(Pictures("png", 5)));
+  ExpectCalibration();
+}
+
+TEST_F(Capture, AFileOverHttpIsCalibrated) {
+  Video();
+  const WebServer server(folder_.Path());
+  ASSERT_TRUE(calibrator_.OpenFFmpegContent(server.Http("sheet.avi")));
+  ExpectCalibration();
+}
+
+TEST_F(Capture, AFileThatTheServerDoesNotHaveIsReported) {
+  const WebServer server(folder_.Path());
+  EXPECT_FALSE(calibrator_.OpenFFmpegContent(server.Http("missing.avi") + " startingFrame=3"));
+  EXPECT_EQ(output_.Text(), "INFO  : Start frame position set to 3\nERROR : Could not open content " +
+                                server.Http("missing.avi") + " startingFrame=3\n");
+}
+
+TEST_F(Capture, AVideoStartsWithTheFrameAskedFor) {
+  std::vector<cv::Mat> pictures(10, ViewsOf(camera_, 1).front());
+  pictures.resize(20, EmptyView(camera_));
+  WriteVideo(folder_.File("sheet.avi"), pictures, 1);
+  ASSERT_TRUE(calibrator_.OpenFFmpegContent(folder_.File("sheet.avi") + " startingFrame=10"));
+  bool detected = false;
+  ASSERT_TRUE(WaitUntil([&] {
+    detected = detected || calibrator_.IsDetected();
+    return output_.Text().find("The source delivers no frames.") != std::string::npos;
+  }));
+  EXPECT_FALSE(detected);
+}
+
+TEST_F(Capture, StartFramesOutsideOfTheVideoDoNoHarm) {
+  const std::string video = Video();
+  for (const char* const frame : {"-1", "-2147483648", "1000000", "2147483647"}) {
+    ASSERT_TRUE(calibrator_.OpenFFmpegContent(video + " startingFrame=" + frame));
+    calibrator_.CloseFFmpegContent();
+  }
+  ASSERT_TRUE(calibrator_.OpenFFmpegContent(video));
+  ExpectCalibration();
+}
+
+TEST_F(Capture, APipelineOfAFileIsCalibrated) {
+  ASSERT_TRUE(calibrator_.OpenGstreamerPipe("filesrc location=" + Video() +
+                                            " ! avidemux ! jpegdec ! videoconvert ! appsink sync=false"));
+  ExpectCalibration();
+}
+
+TEST_F(Capture, APipelineOfATcpStreamIsCalibrated) {
+  const StreamServer server(PicturesInALoop(Pictures("jpg", 1), 4), H264);
+  ASSERT_TRUE(calibrator_.OpenGstreamerPipe(
+      "tcpclientsrc host=127.0.0.1 port=" + server.Port() +
+      " ! gdpdepay ! rtph264depay ! avdec_h264 ! videoconvert ! appsink sync=false"));
+  ExpectCalibration();
+}
+
+TEST_F(Capture, AnRtmpStreamIsCalibrated) {
+  const WebServer server(folder_.Path());
+  VideoSender sender(Video(), server.Rtmp("sheet"));
+  ASSERT_TRUE(WaitUntil([&] { return calibrator_.OpenFFmpegContent(server.Rtmp("sheet")); }));
+  ASSERT_TRUE(WaitUntil([&] {
+    if (calibrator_.IsDetected()) {
+      calibrator_.AddPoints();
+    }
+    return calibrator_.GetNumberOfRecords() >= SNAPSHOTS;
+  })) << sender.Program().Errors();
+}
+
+TEST_F(Capture, ATestPictureIsReadToItsEndAndTheNextPipelineIsOpened) {
+  const std::string end = "WARN  : The source delivers no frames.\n";
+  const std::string closed = "DEBUG : Release gstreamer pipe\nDEBUG : Gstreamer pipe closed\n";
+  std::string expected;
+  for (int round = 0; round < 2; ++round) {
+    ASSERT_TRUE(calibrator_.OpenGstreamerPipe(
+        "videotestsrc num-buffers=5 ! video/x-raw,width=320,height=240 ! videoconvert ! appsink"));
+    ASSERT_TRUE(EventuallyPrinted(expected + end));
+    calibrator_.CloseGstreamerPipe();
+    expected += end + closed;
+    EXPECT_EQ(output_.Text(), expected);
+  }
+}
+
+TEST_F(Capture, APipelineThatCannotBeBuiltIsReported) {
+  EXPECT_FALSE(calibrator_.OpenGstreamerPipe("nosuchelement ! appsink"));
+  EXPECT_EQ(output_.Text(), "ERROR : Could not open pipe nosuchelement ! appsink\n");
+}
+
+TEST_F(Capture, PicturesOfSixteenBitsAreReportedOnceAndReadToTheEnd) {
+  ASSERT_TRUE(calibrator_.OpenGstreamerPipe(
+      "videotestsrc num-buffers=5 ! video/x-raw,format=GRAY16_LE,width=64,height=48 ! appsink"));
+  ASSERT_TRUE(EventuallyPrinted("WARN  : The source delivers no frames.\n"));
+  EXPECT_EQ(output_.Text(),
+            "ERROR : A frame was left out: Cannot process a frame of OpenCV type 2: 8 bits and 1, 3 or 4 "
+            "channels are needed.\nWARN  : The source delivers no frames.\n");
+}
+
+TEST_F(Capture, AGreyPipelineIsCalibrated) {
+  ASSERT_TRUE(calibrator_.OpenGstreamerPipe("filesrc location=" + Video() +
+                                            " ! avidemux ! jpegdec ! videoconvert ! "
+                                            "video/x-raw,format=GRAY8 ! appsink sync=false"));
+  ExpectCalibration();
+}
+
+TEST_F(Capture, AServerThatIsKilledEndsNothing) {
+  StreamServer server("videotestsrc is-live=true ! video/x-raw,format=I420,width=320,height=240", MJPEG);
+  ASSERT_TRUE(
+      calibrator_.OpenGstreamerPipe("tcpclientsrc host=127.0.0.1 port=" + server.Port() +
+                                    " ! multipartdemux ! jpegdec ! videoconvert ! appsink sync=false"));
+  server.Program().Kill();
+  EXPECT_TRUE(EventuallyPrinted("WARN  : The source delivers no frames.\n"));
+  calibrator_.CloseGstreamerPipe();
+}
+
+}  // namespace

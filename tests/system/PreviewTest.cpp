@@ -1,0 +1,81 @@
+/// The preview of a program that has a calibrator inside, on a desktop.
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <opencv2/imgcodecs.hpp>
+
+#include "Footage.h"
+#include "Servers.h"
+#include "Session.h"
+
+using namespace system_test;  // NOLINT
+
+namespace {
+
+class PreviewOnADesktop : public testing::Test {
+ protected:
+  std::string Pipeline() {
+    int number = 0;
+    for (const cv::Mat& view : ViewsOf(SmallCamera(), 8)) {
+      cv::imwrite(folder_.File(cv::format("view-%03d.jpg", number++)), view);
+    }
+    return PicturesInALoop(folder_.File("view-%03d.jpg"), 2) + " ! videoconvert ! appsink sync=false";
+  }
+
+  support::Process::Options On(const std::string& display) const {
+    support::Process::Options options;
+    options.unset = {"WAYLAND_DISPLAY", "QT_QPA_PLATFORM"};
+    options.environment["DISPLAY"] = display;
+    return options;
+  }
+
+  bool Shown() { return !desktop_.FindWindow("Preview").empty(); }
+
+  support::TemporaryFolder folder_;
+  Desktop desktop_;
+};
+
+TEST_F(PreviewOnADesktop, FollowsTheSourceAndEndsWithTheProgram) {
+  support::Process program({VELMORA_PREVIEW_PROGRAM, Pipeline()}, On(desktop_.Display()));
+  const std::string window = desktop_.AwaitWindow("Preview");
+  ASSERT_FALSE(window.empty()) << program.Output() << program.Errors();
+  cv::Mat first;
+  ASSERT_TRUE(WaitUntil([&] {
+    first = desktop_.PictureOf(window);
+    return first.cols >= 640 && first.rows >= 480;
+  }));
+  EXPECT_TRUE(WaitUntil([&] {
+    const cv::Mat later = desktop_.PictureOf(window);
+    return !later.empty() && !Same(first, later);
+  })) << "it does not move";
+  if (const char* path = std::getenv("VELMORA_SCREENSHOT")) {
+    cv::imwrite(path, desktop_.PictureOf(window));
+  }
+
+  program.Signal(SIGUSR1);
+  EXPECT_TRUE(WaitUntil([&] { return !Shown(); })) << "a closed source takes the window along";
+  program.Signal(SIGUSR1);
+  EXPECT_TRUE(WaitUntil([&] { return Shown(); })) << "the next one brings it back";
+  program.Signal(SIGUSR1);
+  EXPECT_EQ(program.WaitForExit(PATIENCE), 0) << program.Errors();
+  EXPECT_EQ(program.Output(), "");
+}
+
+TEST_F(PreviewOnADesktop, ADisplayThatDoesNotAnswerChangesNothingElse) {
+  support::Process program({VELMORA_PREVIEW_PROGRAM, Pipeline()}, On(":97"));
+  ASSERT_TRUE(program.WaitForOutput("ERROR : Cannot open the preview.", PATIENCE));
+  for (int step = 0; step < 3; ++step) {
+    program.Signal(SIGUSR1);
+  }
+  EXPECT_TRUE(WaitUntil([&] {
+    program.Signal(SIGUSR1);  // those sent while one is pending are lost
+    return !program.Running();
+  }));
+  EXPECT_EQ(program.WaitForExit(PATIENCE), 0);
+  EXPECT_EQ(program.Output(),
+            "ERROR : Cannot open the preview. No display to open a window on: DISPLAY is "
+            "':97', which does not answer.\n");
+}
+
+}  // namespace
