@@ -1,7 +1,6 @@
 /// What the reader adds to the calls that it must make: grab, retrieve and detection.
 #include <unistd.h>
 
-#include <atomic>
 #include <cstdio>
 #include <filesystem>
 #include <opencv2/videoio.hpp>
@@ -42,7 +41,6 @@ class Video {
 
 /// The bare calls, on a thread as the reader's are.
 void ReadByHand(const std::string& path, Calibrator& calibrator) {
-  std::atomic<bool> done{false};
   std::thread thread([&] {
     cv::VideoCapture capture(path);
     cv::Mat frame;
@@ -52,9 +50,7 @@ void ReadByHand(const std::string& path, Calibrator& calibrator) {
       capture.retrieve(frame);
       calibrator.DetectPoints(frame, points, true);
     }
-    done = true;
   });
-  while (!done) std::this_thread::yield();
   thread.join();
 }
 
