@@ -45,8 +45,9 @@ void Calibrator::CloseFFmpegContent() {
   if (capture_->Close(CONTENT)) preview_->SourceClosed();
 }
 
-bool Calibrator::OpenGstreamerPipe(std::string pipe) {
-  return ShowSourceIf(capture_->OpenPipe(std::move(pipe)));
+// By value, as callers of the engine are compiled against it.
+bool Calibrator::OpenGstreamerPipe(std::string pipe) {  // NOLINT(performance-unnecessary-value-param)
+  return ShowSourceIf(capture_->OpenPipe(pipe));
 }
 
 void Calibrator::CloseGstreamerPipe() {
