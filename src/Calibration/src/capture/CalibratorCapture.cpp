@@ -6,6 +6,7 @@
 #include "capture/CaptureReader.h"
 #include "capture/ContentOptions.h"
 #include "capture/Delivery.h"
+#include "capture/OwnThread.h"
 #include "capture/Preview.h"
 
 namespace {
@@ -78,6 +79,7 @@ void Calibrator::split(const std::string& s, char separator, std::vector<std::st
 }
 
 void Calibrator::cameraReader() {
+  const OwnThread own(*this);
   const JavaThread thread(delivery_->javaMachine);
   capture_->Read([&](CapturedViews& views) { ProcessCaptured(views, thread.Environment()); });
 }
