@@ -50,7 +50,8 @@ TEST(RegistryNumbers, CountFromTheFirstAndAreNeverGivenAgain) {
   const unit::ScopedLogLevel silent(0);
   Registry registry;
   const auto add = [&] {
-    return registry.Add(std::make_unique<Calibrator>(cv::Size(4, 11), 0.02F, Calibrator::MONOCULAR, 640, 480));
+    return registry.Add(
+        std::make_unique<Calibrator>(cv::Size(4, 11), 0.02F, Calibrator::MONOCULAR, 640, 480));
   };
   EXPECT_EQ(add(), 0);
   EXPECT_EQ(add(), 1);
@@ -159,7 +160,8 @@ TEST(RegistryDefaults, OfJsonAnswersSayThatTheNumberIsNotFound) {
       {[] { return Calibration::AddPicture_QVX(UNKNOWN); }, "snapshot"},
       {[] { return Calibration::AddStereoPicture_QVX(UNKNOWN); }, "snapshot"},
       {[] { return Calibration::Calibrate_QVX(UNKNOWN, Calibrator::MODEL_FULL); }, "calibrate"},
-      {[] { return Calibration::CalibrateStereo_QVX(UNKNOWN, "{}", "{}", Calibrator::MODEL_FULL); }, "calibrate"},
+      {[] { return Calibration::CalibrateStereo_QVX(UNKNOWN, "{}", "{}", Calibrator::MODEL_FULL); },
+       "calibrate"},
       {[] { return Calibration::GetStatus_QVX(UNKNOWN); }, "cs"}};
   for (const auto& [operation, name] : operations) {
     std::string answer;
