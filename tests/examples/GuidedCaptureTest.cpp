@@ -24,8 +24,8 @@ class GuidedCapture : public ::testing::Test {
 
 TEST_F(GuidedCapture, CalibratesFromAVideoByItself) {
   Render("22");
-  Process example({VELMORA_GUIDED_CAPTURE, folder_.File("poses.avi"), VELMORA_POSES_JSON,
-                   folder_.File("camera")});
+  Process example(
+      {VELMORA_GUIDED_CAPTURE, folder_.File("poses.avi"), VELMORA_POSES_JSON, folder_.File("camera")});
   ASSERT_EQ(example.WaitForExit(LONG_ENOUGH), 0) << example.Output() << example.Errors();
   EXPECT_NE(example.Output().find(", 12 of 12 poses\n"), std::string::npos) << example.Output();
   JSON result;
@@ -36,18 +36,19 @@ TEST_F(GuidedCapture, CalibratesFromAVideoByItself) {
 
 TEST_F(GuidedCapture, EndsWithItsSource) {
   Render("1");
-  Process example({VELMORA_GUIDED_CAPTURE, folder_.File("poses.avi"), VELMORA_POSES_JSON,
-                   folder_.File("camera")});
+  Process example(
+      {VELMORA_GUIDED_CAPTURE, folder_.File("poses.avi"), VELMORA_POSES_JSON, folder_.File("camera")});
   EXPECT_EQ(example.WaitForExit(LONG_ENOUGH), 1) << example.Output();
   EXPECT_EQ(example.Output().rfind("12 frames, ", 0), 0U) << example.Output();
 }
 
 TEST_F(GuidedCapture, EndsWithoutASourceOrPoses) {
-  Process noPoses({VELMORA_GUIDED_CAPTURE, "video.avi", folder_.File("missing.json"), folder_.File("camera")});
+  Process noPoses(
+      {VELMORA_GUIDED_CAPTURE, "video.avi", folder_.File("missing.json"), folder_.File("camera")});
   EXPECT_EQ(noPoses.WaitForExit(LONG_ENOUGH), 1);
   EXPECT_NE(noPoses.Output().find("missing.json"), std::string::npos) << noPoses.Output();
-  Process noSource({VELMORA_GUIDED_CAPTURE, folder_.File("missing.avi"), VELMORA_POSES_JSON,
-                    folder_.File("camera")});
+  Process noSource(
+      {VELMORA_GUIDED_CAPTURE, folder_.File("missing.avi"), VELMORA_POSES_JSON, folder_.File("camera")});
   EXPECT_EQ(noSource.WaitForExit(LONG_ENOUGH), 1);
   EXPECT_NE(noSource.Output().find("Could not open content"), std::string::npos) << noSource.Output();
   Process usage({VELMORA_GUIDED_CAPTURE});
