@@ -65,14 +65,15 @@ support::TemporaryFolder* Installation::folder_ = nullptr;
 TEST_F(Installation, RunsEveryProgram) {
   ExpectHelpFromEveryProgramIn(Prefix() + "/bin");
   // The guided program knows the poses that were installed with it.
-  EXPECT_NE(OutputOf({Prefix() + "/bin/velmora-guided", "--help"}, OnItsOwn()).find(Poses()), std::string::npos);
+  EXPECT_NE(OutputOf({Prefix() + "/bin/velmora-guided", "--help"}, OnItsOwn()).find(Poses()),
+            std::string::npos);
 }
 
 TEST_F(Installation, IsFoundByCMake) {
   const std::string build = folder_->File("consumer");
   OutputOf({VELMORA_CMAKE, "-S", VELMORA_CONSUMER, "-B", build, "-DCMAKE_PREFIX_PATH=" + Prefix(),
-       "-DCMAKE_CXX_COMPILER=" VELMORA_CXX},
-      OnItsOwn());
+            "-DCMAKE_CXX_COMPILER=" VELMORA_CXX},
+           OnItsOwn());
   OutputOf({VELMORA_CMAKE, "--build", build}, OnItsOwn());
   EXPECT_EQ(OutputOf({build + "/consumer", Poses()}, OnItsOwn()), CONSUMER_OUTPUT);
 }
@@ -81,12 +82,12 @@ TEST_F(Installation, IsFoundByPkgConfig) {
   const fs::path library = fs::path(Prefix()) / VELMORA_LIBDIR;
   Process::Options options = OnItsOwn();
   options.environment["PKG_CONFIG_PATH"] = (library / "pkgconfig").string();
-  std::string flags =
-      OutputOf({"pkg-config", "--cflags", "--libs", "velmora"}, options);
+  std::string flags = OutputOf({"pkg-config", "--cflags", "--libs", "velmora"}, options);
   flags.erase(std::remove(flags.begin(), flags.end(), '\n'), flags.end());
   const std::string program = folder_->File("by_pkg_config");
   OutputOf({"sh", "-c",
-       std::string(VELMORA_CXX) + " -std=c++17 -o " + program + " " VELMORA_CONSUMER "/consumer.cpp " + flags});
+            std::string(VELMORA_CXX) + " -std=c++17 -o " + program + " " VELMORA_CONSUMER "/consumer.cpp " +
+                flags});
   options.environment["LD_LIBRARY_PATH"] = library.string();
   options.unset.clear();
   EXPECT_EQ(OutputOf({program, Poses()}, options), CONSUMER_OUTPUT);
@@ -95,7 +96,7 @@ TEST_F(Installation, IsFoundByPkgConfig) {
 TEST(Packages, RunFromARootOfTheirOwn) {
   const support::TemporaryFolder folder;
   OutputOf({VELMORA_CPACK, "-G", "DEB", "-B", folder.Path(), "--config",
-       std::string(VELMORA_BUILD) + "/CPackConfig.cmake"});
+            std::string(VELMORA_BUILD) + "/CPackConfig.cmake"});
   std::set<std::string> names;
   for (const auto& entry : fs::directory_iterator(folder.Path())) {
     if (entry.path().extension() != ".deb") continue;
