@@ -49,7 +49,8 @@ Bytes Changed(Bytes bytes, const std::vector<Bytes>& corpus, Random& random) {
         break;
       case 3: {
         const Bytes& other = corpus[below(corpus.size())];
-        bytes.insert(bytes.begin() + at, other.begin(), other.begin() + static_cast<std::ptrdiff_t>(below(other.size() + 1)));
+        bytes.insert(bytes.begin() + at, other.begin(),
+                     other.begin() + static_cast<std::ptrdiff_t>(below(other.size() + 1)));
         break;
       }
       default:
