@@ -1,0 +1,31 @@
+package com.velotrix.quiverleaf.sdk;
+
+/** How the pixels of a raw frame lie in memory. */
+public enum FrameFormat {
+  /** Three bytes per pixel: red, green, blue. */
+  RGB("8BPS"),
+  /** All Y, then all U, then all V; U and V at half the width and height. */
+  I420("I420"),
+  /** All Y, then U and V in turn. */
+  NV12("NV12"),
+  /** All Y, then V and U in turn; what Android's cameras deliver. */
+  NV21("NV21"),
+  /** All Y, then all V, then all U. */
+  YV12("YV12");
+
+  private final String code;
+
+  FrameFormat(String code) { this.code = code; }
+
+  /** The name that the engine knows the format by. */
+  public String code() { return code; }
+
+  /**
+   * The bytes of a frame without padding. YUV frames may have more: their rows are padded evenly then, and
+   * their width is that of the bytes.
+   */
+  public int bytes(int width, int height) {
+    return this == RGB ? Math.multiplyExact(Math.multiplyExact(width, height), 3)
+                       : Math.multiplyExact(height * 3 / 2, width);
+  }
+}
