@@ -1,9 +1,11 @@
 /// What the reader adds to the calls that it must make: grab, retrieve and detection.
 #include <unistd.h>
 
-#include <atomic>
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
+#include <future>
+#include <memory>
 #include <opencv2/videoio.hpp>
 #include <string>
 #include <thread>
@@ -12,6 +14,7 @@
 #include "Calibrator.h"
 #include "Frames.h"
 #include "Ratio.h"
+#include "capture/CaptureReader.h"
 
 namespace {
 
@@ -42,7 +45,6 @@ class Video {
 
 /// The bare calls, on a thread as the reader's are.
 void ReadByHand(const std::string& path, Calibrator& calibrator) {
-  std::atomic<bool> done{false};
   std::thread thread([&] {
     cv::VideoCapture capture(path);
     cv::Mat frame;
@@ -52,9 +54,7 @@ void ReadByHand(const std::string& path, Calibrator& calibrator) {
       capture.retrieve(frame);
       calibrator.DetectPoints(frame, points, true);
     }
-    done = true;
   });
-  while (!done) std::this_thread::yield();
   thread.join();
 }
 
@@ -86,6 +86,51 @@ void Reading(benchmark::State& state) {
   state.counters["frames"] = FRAMES;
 }
 
+/// Delivers one picture from memory, at no cost.
+class MemorySource final : public FrameSource {
+ public:
+  bool Open(int /*device*/) override { return true; }
+  bool Open(const std::string& /*address*/, int /*backEnd*/) override { return true; }
+  bool IsOpened() const override { return true; }
+  void Set(int /*property*/, double /*value*/) override {}
+  double Get(int /*property*/) const override { return 1.0; }
+  bool Grab() override { return true; }
+  bool Retrieve(cv::Mat& frame) override {
+    frame = picture_;
+    return true;
+  }
+  void Release() override {}
+
+ private:
+  const cv::Mat picture_{PROCESSING, CV_8UC3, cv::Scalar::all(0)};
+};
+
+/// The reader alone: everything between two frames but grab, retrieve and detection.
+void ReaderTurn(benchmark::State& state) {
+  constexpr int TURNS = 100000;
+  Calibration::SetLogLevel(0);
+  for (auto iteration : state) {
+    static_cast<void>(iteration);
+    std::promise<double> seconds;
+    CaptureReader* running = nullptr;
+    CaptureReader reader(
+        [&] {
+          int turns = 0;
+          const auto start = std::chrono::steady_clock::now();
+          running->Read([&](CapturedViews&) {
+            if (++turns != TURNS) return;
+            const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+            seconds.set_value(elapsed.count());
+          });
+        },
+        [] { return std::make_unique<MemorySource>(); });
+    running = &reader;
+    reader.OpenContent("memory");
+    state.SetIterationTime(seconds.get_future().get() / TURNS);
+  }
+}
+
 }  // namespace
 
 BENCHMARK(Reading)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(ReaderTurn)->UseManualTime()->Iterations(20)->Unit(benchmark::kMicrosecond);

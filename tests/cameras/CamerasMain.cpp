@@ -7,8 +7,9 @@
 #include "cameras/Preload.h"
 
 int main(int argc, char** argv) {
-  // This back end looks for cameras first, in vain and with leaks of its own.
+  // These back ends look for cameras of their own, in vain and with leaks.
   setenv("OPENCV_VIDEOIO_PRIORITY_GSTREAMER", "0", 1);
+  setenv("OPENCV_VIDEOIO_PRIORITY_GPHOTO2", "0", 1);
   cameras::PreloadFakeDevice(argv);
   if (std::getenv("VELMORA_TEST_SINGLE_THREAD") != nullptr) cv::setNumThreads(1);
   ::testing::InitGoogleTest(&argc, argv);

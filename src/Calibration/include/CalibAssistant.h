@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "Export.h"
+
 struct DrawingLayers;
 
 /// The pose assistant: shows one target pose at a time, scores how close the detected grid is to it, and
@@ -22,7 +24,7 @@ struct DrawingLayers;
 ///
 /// Poses are lists of circle centres in pixels of the assistant's frame, in the order of the grid search.
 /// Thread-safe but for InitDefaultPattern and DrawPattern, which the others call.
-class CalibAssistant {
+class VELMORA_API CalibAssistant {
  public:
   /// Scores below this count as reached.
   static constexpr int SCORE_TH = 150;

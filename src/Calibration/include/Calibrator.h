@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "Export.h"
 #include "JavaTypes.h"
 
 class CalibAssistant;
@@ -40,7 +41,7 @@ struct CapturedViews;
 /// A calibrator's destructor first closes its source of frames and ends its frame grabbers, then waits for
 /// the computations that run on threads of its own. So a listener must not destroy the calibrator that calls
 /// it.
-class Calibrator {
+class VELMORA_API Calibrator {
  public:
   /// Gets a processed frame as JPEG (empty when there is no picture) and GetStatus_QVX.
   using FrameListener =
@@ -284,6 +285,11 @@ class Calibrator {
   /// Hands pushed frames to the listeners as they are, without detection.
   void setBypassProcessing(const bool& bypass);
 
+  /// Closes the source of frames and ends the grabbers for good, and waits for their threads: no frame is
+  /// processed any more but those that somebody pushes himself. Not on a thread of the calibrator's own, that
+  /// is from within a listener. Thread-safe.
+  void EndSources();
+
   // ---- Annotated frames handed out. Thread-safe, from within a listener too. No lock is held while one is
   // called. What it throws is logged. A listener that is replaced or cleared while it is called on another
   // thread may still be at it when the function returns.
@@ -354,7 +360,6 @@ class Calibrator {
   void ProcessCaptured(CapturedViews& views, JNIEnv* env);
   void RequireProcessable(const cv::Mat& frame) const;
   bool HasEnoughRecords();
-  void EndGrabbers();
   void ProcessPushed(cv::Mat& frame, JNIEnv* env);
   void jpegB64grabber();
   void RGBgrabber();

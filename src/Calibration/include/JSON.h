@@ -5,6 +5,8 @@
 #include <opencv2/core.hpp>
 #include <string>
 
+#include "Export.h"
+
 /// One JSON value with typed top-level members by key, an encoding of cv::Mat, and file load and save.
 ///
 /// A new document holds null; the first add turns it into an object. Members are kept and written in
@@ -14,7 +16,7 @@
 /// another type raises nlohmann::json::type_error, malformed text nlohmann::json::parse_error.
 ///
 /// One thread at a time may use a document.
-class JSON {
+class VELMORA_API JSON {
  public:
   /// Version of the document format, "1.0.2".
   static const std::string VERSION;

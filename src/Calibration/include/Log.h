@@ -3,6 +3,8 @@
 
 #include <atomic>
 
+#include "Export.h"
+
 /// Each line is a fixed-width level prefix, the message, a newline and a flush, all on standard output.
 /// All functions are thread-safe; a line is printed when LOG_LEVEL is at least its level. The format and its
 /// arguments are those of printf.
@@ -15,7 +17,7 @@ constexpr int DEBUG_LEVEL = 4;
 constexpr int TRACE_LEVEL = 5;
 
 /// 0 silences everything, 5 prints everything. Initially 4. Set through Calibration::SetLogLevel.
-extern std::atomic<int> LOG_LEVEL;
+VELMORA_API extern std::atomic<int> LOG_LEVEL;
 
 #if defined(__GNUC__)
 #define VELMORA_PRINTF_LIKE __attribute__((format(printf, 1, 2)))
@@ -23,11 +25,11 @@ extern std::atomic<int> LOG_LEVEL;
 #define VELMORA_PRINTF_LIKE
 #endif
 
-void error(const char* format, ...) VELMORA_PRINTF_LIKE;
-void warn(const char* format, ...) VELMORA_PRINTF_LIKE;
-void info(const char* format, ...) VELMORA_PRINTF_LIKE;
-void debug(const char* format, ...) VELMORA_PRINTF_LIKE;
-void trace(const char* format, ...) VELMORA_PRINTF_LIKE;
+VELMORA_API void error(const char* format, ...) VELMORA_PRINTF_LIKE;
+VELMORA_API void warn(const char* format, ...) VELMORA_PRINTF_LIKE;
+VELMORA_API void info(const char* format, ...) VELMORA_PRINTF_LIKE;
+VELMORA_API void debug(const char* format, ...) VELMORA_PRINTF_LIKE;
+VELMORA_API void trace(const char* format, ...) VELMORA_PRINTF_LIKE;
 
 #undef VELMORA_PRINTF_LIKE
 

@@ -1,6 +1,8 @@
 /// Process-wide services of the engine.
 #include "Calibration.h"
 
+#include <opencv2/core/utility.hpp>
+
 #include "Calibrator.h"
 #include "Log.h"
 
@@ -20,4 +22,8 @@ void Calibration::DisableFileLogger() {
 
 std::string Calibration::GetVersion() {
   return Calibrator::GetVersion();
+}
+
+std::string Calibration::GetOpenCVBuildInfo() {
+  return cv::getBuildInformation();
 }

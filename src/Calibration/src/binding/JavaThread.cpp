@@ -24,7 +24,8 @@ JavaThread::JavaThread(JavaVM* machine) : machine_(machine) {
   if (machine_ == nullptr) return;
   void* env = nullptr;
   if (machine_->GetEnv(&env, LEAST_VERSION) != JNI_OK) {
-    attachedHere_ = machine_->AttachCurrentThread(&env, nullptr) == JNI_OK;
+    // As a daemon: a program that ends with a source open is not kept alive by it.
+    attachedHere_ = machine_->AttachCurrentThreadAsDaemon(&env, nullptr) == JNI_OK;
     if (!attachedHere_) env = nullptr;
   }
   env_ = static_cast<JNIEnv*>(env);

@@ -43,30 +43,12 @@ GlobalReference::~GlobalReference() {
   if (thread.Environment() != nullptr) thread.Environment()->DeleteGlobalRef(object_);
 }
 
-LocalReference<jstring> ToJava(JNIEnv* env, const std::string& text) {
-  LocalReference<jstring> result(env, env->NewStringUTF(text.c_str()));
-  Check(env);
-  return result;
-}
-
 LocalReference<jbyteArray> ToJava(JNIEnv* env, const std::vector<unsigned char>& bytes) {
   const auto length = static_cast<jsize>(bytes.size());
   LocalReference<jbyteArray> result(env, env->NewByteArray(length));
   Check(env);
   env->SetByteArrayRegion(result.Get(), 0, length, reinterpret_cast<const jbyte*>(bytes.data()));
   Check(env);
-  return result;
-}
-
-std::string FromJava(JNIEnv* env, jstring text) {
-  if (text == nullptr) return "";
-  const char* characters = env->GetStringUTFChars(text, nullptr);
-  if (characters == nullptr) {
-    Check(env);
-    return "";
-  }
-  std::string result(characters);
-  env->ReleaseStringUTFChars(text, characters);
   return result;
 }
 

@@ -59,10 +59,13 @@ class GlobalReference {
   jobject object_;
 };
 
-/// Texts in UTF-8; conversions throw JavaException.
+// Conversions; all throw JavaException for what the virtual machine refuses.
+
+/// UTF-8. What is no UTF-8 is taken for Latin-1.
 LocalReference<jstring> ToJava(JNIEnv* env, const std::string& text);
 LocalReference<jbyteArray> ToJava(JNIEnv* env, const std::vector<unsigned char>& bytes);
-/// Empty for null.
+/// UTF-8, a NUL character as a zero byte; empty for null. Throws std::invalid_argument for a text with half
+/// of a pair of surrogates.
 std::string FromJava(JNIEnv* env, jstring text);
 std::vector<unsigned char> FromJava(JNIEnv* env, jbyteArray bytes);
 

@@ -6,6 +6,7 @@
 #include "capture/CaptureReader.h"
 #include "capture/ContentOptions.h"
 #include "capture/Delivery.h"
+#include "capture/OwnThread.h"
 #include "capture/Preview.h"
 
 namespace {
@@ -45,8 +46,9 @@ void Calibrator::CloseFFmpegContent() {
   if (capture_->Close(CONTENT)) preview_->SourceClosed();
 }
 
-bool Calibrator::OpenGstreamerPipe(std::string pipe) {
-  return ShowSourceIf(capture_->OpenPipe(std::move(pipe)));
+// By value, as callers of the engine are compiled against it.
+bool Calibrator::OpenGstreamerPipe(std::string pipe) {  // NOLINT(performance-unnecessary-value-param)
+  return ShowSourceIf(capture_->OpenPipe(pipe));
 }
 
 void Calibrator::CloseGstreamerPipe() {
@@ -77,6 +79,7 @@ void Calibrator::split(const std::string& s, char separator, std::vector<std::st
 }
 
 void Calibrator::cameraReader() {
+  const OwnThread own(*this);
   const JavaThread thread(delivery_->javaMachine);
   capture_->Read([&](CapturedViews& views) { ProcessCaptured(views, thread.Environment()); });
 }

@@ -8,6 +8,7 @@
 #include "capture/CaptureReader.h"
 #include "capture/Delivery.h"
 #include "capture/FrameCodec.h"
+#include "capture/OwnThread.h"
 #include "capture/Preview.h"
 #include "engine/FrameKind.h"
 
@@ -54,7 +55,8 @@ void Calibrator::CloseRGBFrameGrabber() {
   delivery_->rgbGrabber.Close();
 }
 
-void Calibrator::EndGrabbers() {
+void Calibrator::EndSources() {
+  capture_->Stop();
   delivery_->jpegGrabber.End();
   delivery_->rgbGrabber.End();
 }
@@ -101,6 +103,7 @@ void Calibrator::ProcessPushed(cv::Mat& frame, JNIEnv* env) {
 
 void Calibrator::jpegB64grabber() {
   {
+    const OwnThread own(*this);
     const JavaThread thread(delivery_->javaMachine);
     Log::info("Base64 JPEG grabber started.");
     std::string text;
@@ -114,6 +117,7 @@ void Calibrator::jpegB64grabber() {
 
 void Calibrator::RGBgrabber() {
   {
+    const OwnThread own(*this);
     const JavaThread thread(delivery_->javaMachine);
     Log::info("RGB frame grabber started.");
     cv::Mat image;

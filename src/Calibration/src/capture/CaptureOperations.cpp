@@ -159,6 +159,7 @@ void CaptureReader::OpenRight(int device, const FrameFormat& asked) {
   if (secondOpened_) ReadFormat();
 }
 
+// Content and pipelines leave concatenated_ as it is: after a side-by-side camera they are split as well.
 bool CaptureReader::OpenContent(const std::string& content) {
   const auto operation = BeginOperation();
   if (!MayOpen("FFmpeg content is already opened.")) return false;

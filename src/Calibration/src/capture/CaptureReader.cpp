@@ -41,7 +41,7 @@ CaptureReader::~CaptureReader() {
 
 /// True when the thread runs; an error line and released sources otherwise.
 bool CaptureReader::Start() {
-  twoDevices_ = secondOpened_;
+  twoDevices_ = secondOpened_;  // a right camera that was left open makes a pair of any source
   reported_ = OncePerCause();
   stopRequested_ = false;
   try {

@@ -28,8 +28,7 @@ Calibrator::Calibrator(const cv::Size& patternSize, const float& unit, const int
 
 Calibrator::~Calibrator() {
   // Frames first: what they show may start a computation.
-  capture_->Stop();
-  EndGrabbers();
+  EndSources();
   {
     std::unique_lock<std::mutex> lock(backgroundLock_);
     backgroundDone_.wait(lock, [this] { return backgroundTasks_ == 0; });
