@@ -35,7 +35,6 @@ public final class Calibrator implements AutoCloseable {
 
   private final int id;
   private final Kind kind;
-  private final ListenerBridge bridge = new ListenerBridge();
   private boolean closed;
 
   Calibrator(CalibratorBuilder settings) {
@@ -43,6 +42,9 @@ public final class Calibrator implements AutoCloseable {
     kind = settings.kind;
     id = Calibration.nNewCalibrator(
         settings.columns, settings.rows, (float) settings.unit, kind.code(), settings.width, settings.height);
+    if (id < 0) {
+      throw new IllegalArgumentException("the engine refuses such a calibrator; its log says why");
+    }
   }
 
   /** A builder with the shipped sheet of 4 x 11 circles, a unit of 0.02 m, one camera of 640 x 480 pixels. */
@@ -62,15 +64,10 @@ public final class Calibrator implements AutoCloseable {
 
   /**
    * Closes the source, waits for the calibrator's threads (and so for a running computation), and releases
-   * it. Closing again does nothing.
-   *
-   * @throws IllegalStateException when a listener closes the calibrator that calls it
+   * it. Closing again does nothing. A listener that closes the calibrator that calls it does not wait.
    */
   @Override
   public void close() {
-    if (bridge.isCalling()) {
-      throw new IllegalStateException("a listener cannot close the calibrator that calls it");
-    }
     synchronized (this) {
       if (closed) {
         return;
@@ -88,6 +85,7 @@ public final class Calibrator implements AutoCloseable {
     return id;
   }
 
+  /** What it calibrates. */
   public Kind kind() {
     id();
     return kind;
@@ -95,6 +93,7 @@ public final class Calibrator implements AutoCloseable {
 
   // ---- Where it stands.
 
+  /** Status, snapshots and, once there is one, the result. */
   public CalibratorStatus status() {
     String json = Calibration.nGetStatusQVX(id());
     id(); // closed meanwhile, it has no status
@@ -121,6 +120,7 @@ public final class Calibrator implements AutoCloseable {
   /** Mirrors the frames that are handed out; results do not depend on it. */
   public void setFlip(boolean flip) { Calibration.nSetFlip(id(), flip); }
 
+  /** Whether frames are mirrored. */
   public boolean isFlipped() { return Calibration.nGetFlip(id()); }
 
   /** Has the listener get each processed frame in its own size, in place of an earlier listener. */
@@ -140,7 +140,8 @@ public final class Calibrator implements AutoCloseable {
   public void removeListener() { Calibration.nRegisterCalibrationListener(id(), null, false, 0, 0); }
 
   private void register(FrameListener listener, boolean sendImage, int width, int height) {
-    if (!Calibration.nRegisterCalibrationListener(id(), bridge.to(listener), sendImage, width, height)) {
+    JNICalibrationListener adapted = (jpeg, json) -> listener.onFrame(new AnnotatedFrame(jpeg, json));
+    if (!Calibration.nRegisterCalibrationListener(id(), adapted, sendImage, width, height)) {
       throw new IllegalStateException("the engine did not take the listener; its log says why");
     }
   }
@@ -148,6 +149,7 @@ public final class Calibrator implements AutoCloseable {
   /** Shows processed frames in the engine's own window, where there is a display. */
   public void openPreview() { Calibration.nOpenPreview(id()); }
 
+  /** Ends that. */
   public void closePreview() { Calibration.nClosePreview(id()); }
 
   // ---- Assistant.
@@ -160,6 +162,7 @@ public final class Calibrator implements AutoCloseable {
     Calibration.nStartAssistant(id(), model.toString());
   }
 
+  /** Ends the assistant; snapshots are kept. */
   public void stopAssistant() { Calibration.nStopAssistant(id()); }
 
   /** The assistant's number of poses; empty without an assistant. */
@@ -302,10 +305,11 @@ public final class Calibrator implements AutoCloseable {
   /**
    * Pushes a raw frame.
    *
-   * @throws IllegalArgumentException when the size is not positive, or too large for the data
+   * @throws IllegalArgumentException when the size is not positive, odd for a YUV format, or too large for
+   *     the data
    */
   public void push(byte[] data, int width, int height, FrameFormat format) {
-    if (width <= 0 || height <= 0 || data.length < format.bytes(width, height)) {
+    if (!format.fits(width, height) || data.length < format.bytes(width, height)) {
       throw new IllegalArgumentException(
           data.length + " bytes are no " + format + " frame of " + width + " x " + height);
     }

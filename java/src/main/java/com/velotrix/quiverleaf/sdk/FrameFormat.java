@@ -21,11 +21,16 @@ public enum FrameFormat {
   public String code() { return code; }
 
   /**
-   * The bytes of a frame without padding. YUV frames may have more: their rows are padded evenly then, and
-   * their width is that of the bytes.
+   * The bytes of a frame without padding. YUV frames may have more: all rows are padded evenly then,
+   * two rows of chroma in planes counting as one.
    */
   public int bytes(int width, int height) {
     return this == RGB ? Math.multiplyExact(Math.multiplyExact(width, height), 3)
-                       : Math.multiplyExact(height * 3 / 2, width);
+                       : Math.multiplyExact(Math.multiplyExact(height, 3) / 2, width);
+  }
+
+  /** Whether there are frames of that size: both sides are positive, and for YUV even. */
+  public boolean fits(int width, int height) {
+    return width > 0 && height > 0 && (this == RGB || (width % 2 == 0 && height % 2 == 0));
   }
 }

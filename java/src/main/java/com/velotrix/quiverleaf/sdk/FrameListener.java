@@ -5,7 +5,7 @@ package com.velotrix.quiverleaf.sdk;
 public interface FrameListener {
   /**
    * Called on the thread that processed the frame, which waits for it: hand long work over to a thread of
-   * your own. What it throws is written to the engine's log. It must not close its calibrator.
+   * your own. What it throws is written to the engine's log.
    */
   void onFrame(AnnotatedFrame frame);
 }
