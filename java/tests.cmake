@@ -8,8 +8,9 @@ file(GLOB junit_jars /usr/share/java/junit-jupiter-api.jar /usr/share/java/junit
   /usr/share/java/junit-jupiter-engine.jar /usr/share/java/junit-platform-commons.jar
   /usr/share/java/apiguardian-api.jar /usr/share/java/opentest4j.jar)
 set(tests src/test/java/com/velotrix/quiverleaf/sdk)
-set(test_classes ArgumentsTest NativeMethodsTest PushedFramesTest TextTest)
-set(test_helpers Footage RawFrames Recorder Views)
+set(test_classes ArgumentsTest CalibratorTest GuidedTest ListenerTest NativeLibraryTest NativeMethodsTest
+  PushedFramesTest ResultsTest TextTest)
+set(test_helpers Footage LoadProgram RawFrames Recorder Views)
 set(test_sources)
 foreach(class ${test_classes} ${test_helpers})
   list(APPEND test_sources ${tests}/${class}.java)
@@ -24,8 +25,8 @@ set(footage "${CMAKE_CURRENT_BINARY_DIR}/footage")
 set(poses "${PROJECT_SOURCE_DIR}/share/velmora/poses-4x11.json")
 add_custom_command(OUTPUT "${footage}/rendered"
   COMMAND "${CMAKE_COMMAND}" -E make_directory "${footage}"
-  COMMAND velmora-render --views 8 --output "${footage}/views" --noise 2 --dist=-0.25,0.08,0,0,0
-  COMMAND velmora-render --rig --views 8 --output "${footage}/pairs" --noise 2 --dist=-0.1,0.02,0,0,0
+  COMMAND velmora-render --views 8 --spread --output "${footage}/views" --noise 2 --dist=-0.25,0.08,0,0,0
+  COMMAND velmora-render --rig --views 8 --spread --output "${footage}/pairs" --noise 2 --dist=-0.1,0.02,0,0,0
   COMMAND velmora-render --video "${footage}/poses.avi" --follow "${poses}" --seconds 22 --fps 12 --fov 68
     --dist=-0.25,0.07,0,0,0 --noise 2
   COMMAND "${CMAKE_COMMAND}" -E touch "${footage}/rendered"
