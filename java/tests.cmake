@@ -9,10 +9,11 @@ file(GLOB junit_jars /usr/share/java/junit-jupiter-api.jar /usr/share/java/junit
   /usr/share/java/apiguardian-api.jar /usr/share/java/opentest4j.jar)
 set(tests src/test/java/com/velotrix/quiverleaf/sdk)
 set(test_classes ArgumentsTest CalibratorTest GuidedTest ListenerTest NativeLibraryTest NativeMethodsTest
-  PushedFramesTest ResultsTest TextTest)
-set(test_helpers Footage LoadProgram RawFrames Recorder Views)
+  PushedFramesTest ResultsTest SoakTest TextTest)
+set(camera_test_classes CaptureTest PairTest)
+set(test_helpers Cameras Footage LoadProgram RawFrames Recorder Soak Usage Views)
 set(test_sources)
-foreach(class ${test_classes} ${test_helpers})
+foreach(class ${test_classes} ${camera_test_classes} ${test_helpers})
   list(APPEND test_sources ${tests}/${class}.java)
 endforeach()
 get_target_property(velmora_jar velmora_java JAR_FILE)
@@ -36,10 +37,24 @@ add_custom_target(velmora_java_footage ALL DEPENDS "${footage}/rendered")
 set(java_test_options -Xcheck:jni -Djava.awt.headless=true "-Dvelmora.test.footage=${footage}"
   "-Dvelmora.test.poses=${poses}" "-Dvelmora.test.library=$<TARGET_FILE:Calibration>"
   "-Dvelmora.test.jar=${velmora_jar}" -cp "${VELMORA_JUNIT_JAR}:${velmora_jar}:${tests_jar}")
-foreach(class ${test_classes})
+function(add_junit_test class)
   add_test(NAME "java.${class}" COMMAND "${Java_JAVA_EXECUTABLE}" ${java_test_options}
     org.junit.platform.console.ConsoleLauncher --select-class=com.velotrix.quiverleaf.sdk.${class}
     --fail-if-no-tests --disable-banner --details=tree)
   set_tests_properties("java.${class}" PROPERTIES LABELS java TIMEOUT 300
     FAIL_REGULAR_EXPRESSION "in native method;WARNING: JNI")
+endfunction()
+foreach(class ${test_classes})
+  add_junit_test(${class})
 endforeach()
+# These see cameras that a preloaded library plays from a folder.
+foreach(class ${camera_test_classes})
+  add_junit_test(${class})
+  set_tests_properties("java.${class}" PROPERTIES ENVIRONMENT
+    "LD_PRELOAD=$<TARGET_FILE:velmora_fake_camera>;VELMORA_FAKE_CAMERAS=${CMAKE_CURRENT_BINARY_DIR}/cameras/${class}")
+endforeach()
+
+# Takes half an hour, so it is run by hand and not by the tests.
+add_custom_target(velmora_java_soak
+  COMMAND "${Java_JAVA_EXECUTABLE}" ${java_test_options} com.velotrix.quiverleaf.sdk.Soak 20000
+  DEPENDS velmora_java_tests velmora_java_footage Calibration USES_TERMINAL VERBATIM)

@@ -47,10 +47,12 @@ final class Recorder implements JNICalibrationListener {
     long left = TimeUnit.SECONDS.toNanos(PATIENCE_SECONDS);
     lock.lock();
     try {
-      while (!condition.getAsBoolean() && left > 0) {
+      boolean met = condition.getAsBoolean();
+      while (!met && left > 0) {
         left = called.awaitNanos(left);
+        met = condition.getAsBoolean();
       }
-      return condition.getAsBoolean();
+      return met;
     } finally {
       lock.unlock();
     }

@@ -32,6 +32,18 @@ final class Views {
     return calibrator.awaitResult(PATIENCE);
   }
 
+  /** Looks again and again until the condition is met; false when it never is. */
+  static boolean eventually(java.util.function.BooleanSupplier condition) {
+    long end = System.nanoTime() + PATIENCE.toNanos();
+    while (!condition.getAsBoolean()) {
+      if (System.nanoTime() - end > 0) {
+        return false;
+      }
+      Thread.yield();
+    }
+    return true;
+  }
+
   static Calibrator calibrated() throws Exception {
     Calibrator calibrator = Calibrator.builder().build();
     calibrate(calibrator, Footage.pictures("views"), LensModel.CLASSIC, Views::pushJpeg);
