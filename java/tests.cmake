@@ -4,9 +4,10 @@ if(NOT VELMORA_JUNIT_JAR OR NOT VELMORA_TOOLS OR VELMORA_SANITIZE)
   message(STATUS "No tests of the Java classes: JUnit 5 or the tools are missing, or sanitizers are in use")
   return()
 endif()
-file(GLOB junit_jars /usr/share/java/junit-jupiter-api.jar /usr/share/java/junit-jupiter-params.jar
+file(GLOB VELMORA_JUNIT_API_JARS /usr/share/java/junit-jupiter-api.jar /usr/share/java/junit-jupiter-params.jar
   /usr/share/java/junit-jupiter-engine.jar /usr/share/java/junit-platform-commons.jar
   /usr/share/java/apiguardian-api.jar /usr/share/java/opentest4j.jar)
+set(VELMORA_JUNIT_API_JARS "${VELMORA_JUNIT_API_JARS}" CACHE INTERNAL "What tests of JUnit 5 are compiled with")
 set(tests src/test/java/com/velotrix/quiverleaf/sdk)
 set(test_classes ArgumentsTest CalibratorTest GuidedTest ListenerTest NativeLibraryTest NativeMethodsTest
   PushedFramesTest ResultsTest SoakTest TextTest)
@@ -19,9 +20,10 @@ endforeach()
 get_target_property(velmora_jar velmora_java JAR_FILE)
 set(CMAKE_JAVA_COMPILE_FLAGS -encoding UTF-8)
 add_jar(velmora_java_tests SOURCES ${test_sources}
-  INCLUDE_JARS velmora_java "${VELMORA_GSON_JAR}" ${junit_jars})
+  INCLUDE_JARS velmora_java "${VELMORA_GSON_JAR}" ${VELMORA_JUNIT_API_JARS})
 get_target_property(tests_jar velmora_java_tests JAR_FILE)
 
+set(VELMORA_JAVA_FOOTAGE "${CMAKE_CURRENT_BINARY_DIR}/footage" CACHE INTERNAL "Pictures that the tests in Java work on")
 set(footage "${CMAKE_CURRENT_BINARY_DIR}/footage")
 set(poses "${PROJECT_SOURCE_DIR}/share/velmora/poses-4x11.json")
 add_custom_command(OUTPUT "${footage}/rendered"
