@@ -31,6 +31,7 @@ final class StatusPane extends JPanel {
 
   private final JLabel state = new JLabel("No frames yet");
   private final JProgressBar snapshots = new JProgressBar(0, ENOUGH);
+  private final JTextArea words = new JTextArea(2, 20);
   private final JTextArea result = new JTextArea();
 
   StatusPane() {
@@ -42,14 +43,15 @@ final class StatusPane extends JPanel {
     snapshots.setName("snapshots");
     snapshots.setStringPainted(true);
     snapshots.setString("0 snapshots");
-    result.setName("result");
-    result.setEditable(false);
-    result.setFocusable(false);
-    result.setOpaque(false);
+    words.setLineWrap(true);
+    words.setWrapStyleWord(true);
+    words.setFont(state.getFont().deriveFont(Font.PLAIN, 13.0F));
+    asLabel(words);
+    asLabel(result);
     result.setFont(new Font(Font.MONOSPACED, Font.PLAIN, 13));
     JPanel top = new JPanel();
     top.setLayout(new BoxLayout(top, BoxLayout.Y_AXIS));
-    for (JComponent part : new JComponent[] {state, snapshots}) {
+    for (JComponent part : new JComponent[] {state, snapshots, words}) {
       part.setAlignmentX(LEFT_ALIGNMENT);
       top.add(part);
       top.add(Box.createVerticalStrut(8));
@@ -58,15 +60,24 @@ final class StatusPane extends JPanel {
     add(result, BorderLayout.CENTER);
   }
 
+  private static void asLabel(JTextArea text) {
+    text.setEditable(false);
+    text.setFocusable(false);
+    text.setOpaque(false);
+    text.setBackground(new Color(0, true));
+    text.setBorder(null);
+  }
+
   /** With the assistant's number of poses, -1 without one. */
   void show(CalibratorStatus status, int goal) {
-    String words = status.status().toString().replace('_', ' ').toLowerCase(Locale.ROOT);
-    state.setText(Character.toUpperCase(words.charAt(0)) + words.substring(1));
+    String name = status.status().toString().replace('_', ' ').toLowerCase(Locale.ROOT);
+    state.setText(Character.toUpperCase(name.charAt(0)) + name.substring(1));
     state.setForeground(COLOURS.get(status.status()));
     int wanted = Math.max(goal, ENOUGH);
     snapshots.setMaximum(wanted);
     snapshots.setValue(Math.min(wanted, status.snapshots()));
     snapshots.setString(status.snapshots() + (goal > 0 ? " of " + goal : "") + " snapshots");
+    words.setText(status.message());
     result.setText(status.result().map(StatusPane::describe).orElse(""));
   }
 

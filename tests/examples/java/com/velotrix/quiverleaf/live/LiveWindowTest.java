@@ -37,7 +37,7 @@ class LiveWindowTest {
   @Test
   void a_video_leads_by_the_assistant_to_a_saved_result() throws Exception {
     Path output = folder.resolve("camera.json");
-    try (Hand hand = new Hand("--file", FOOTAGE.resolve("poses.avi").toString(), "--poses", POSES, "--output",
+    try (Hand hand = new Hand("--file", relative(FOOTAGE.resolve("poses.avi")), "--poses", POSES, "--output",
              output.toString())) {
       hand.press("assistant");
       assertTrue(hand.sees("message", "Bring the sheet to the drawn one, 12 times."));
@@ -71,6 +71,10 @@ class LiveWindowTest {
       assertTrue(hand.sees("message", "Written: " + output));
       assertTrue(CalibrationResult.read(output).rms() < 0.3);
     }
+  }
+
+  private static String relative(Path file) {
+    return Path.of("").toAbsolutePath().relativize(file).toString();
   }
 
   private static int snapshots(Hand hand) {
