@@ -1,4 +1,5 @@
-/// The drawing of the assistant's target beside the copies and blends that it cannot do without.
+/// The drawing of the assistant's targets, all shipped poses in turn, beside the copies and blends that it
+/// cannot do without.
 #include <opencv2/imgproc.hpp>
 
 #include "CalibAssistant.h"
@@ -7,6 +8,8 @@
 
 namespace {
 
+constexpr int FRAMES_PER_POSE = 30;  ///< a second
+
 void DrawTarget(benchmark::State& state) {
   const cv::Size size(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
   CalibAssistant assistant(size.width, size.height, 4, 11);
@@ -14,8 +17,13 @@ void DrawTarget(benchmark::State& state) {
   const cv::Mat source = bench::GridFrame(size);
   cv::Mat drawn = source.clone();
   cv::Mat blended = source.clone();
+  int draws = 0;
   bench::Ratio().Run(
-      state, [&] { assistant.DrawPose(drawn); },
+      state,
+      [&] {
+        if (++draws % FRAMES_PER_POSE == 0 && assistant.Next()) assistant.Reset();
+        assistant.DrawPose(drawn);
+      },
       [&] {
         const cv::Mat figure = blended.clone();
         const cv::Mat sheet = blended.clone();
@@ -26,4 +34,9 @@ void DrawTarget(benchmark::State& state) {
 
 }  // namespace
 
-BENCHMARK(DrawTarget)->Args({640, 480})->Args({1280, 720})->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(DrawTarget)
+    ->Args({640, 480})
+    ->Args({1280, 720})
+    ->Iterations(720)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);

@@ -130,4 +130,31 @@ TEST_F(TargetDrawn, ShowsABarOfTheWholeWidthFarFromTheTarget) {
   }
 }
 
+TEST_F(TargetDrawn, IsTheSameWhateverWasDrawnBefore) {
+  const cv::Mat expected = Drawn();
+  const cv::Mat first = homography_;
+  DrawingLayers layers;
+  cv::Mat narrow(480, 320, CV_8UC3, cv::Scalar(10, 20, 30));
+  DrawTarget(Drawing(), narrow, layers);
+  cv::Mat frame = picture_.clone();
+  DrawTarget(Drawing(), frame, layers);
+  EXPECT_SAME_MAT(frame, expected);
+  homography_ = (cv::Mat_<double>(3, 3) << 0.5, 0.2, 90.0, -0.1, 0.6, 70.0, 0.0, 0.0, 1.0);
+  frame = picture_.clone();
+  DrawTarget(Drawing(), frame, layers);
+  EXPECT_SAME_MAT(frame, Drawn());
+  homography_ = first;
+  frame = picture_.clone();
+  DrawTarget(Drawing(), frame, layers);
+  EXPECT_SAME_MAT(frame, expected);
+}
+
+TEST_F(TargetDrawn, OutsideTheFrameLeavesTheBarAlone) {
+  homography_ = (cv::Mat_<double>(3, 3) << 1.0, 0.0, 5000.0, 0.0, 1.0, 5000.0, 0.0, 0.0, 1.0);
+  score_ = 1575.0F;
+  cv::Mat expected = picture_.clone();
+  cv::line(expected, {480, 478}, {160, 478}, cv::Scalar(0, 255, 0), 2, cv::LINE_AA);
+  EXPECT_SAME_MAT(Drawn(), expected);
+}
+
 }  // namespace

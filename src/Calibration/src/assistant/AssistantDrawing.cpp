@@ -53,13 +53,6 @@ cv::Rect TouchedPart(const std::vector<cv::Point2f>& corners, const std::vector<
          cv::Rect(cv::Point(), frame);
 }
 
-/// A layer that holds the frame in this part; the rest of it is left as it is.
-void CopyPart(const cv::Mat& frame, const cv::Rect& part, cv::Mat& layer) {
-  layer.create(frame.size(), frame.type());
-  cv::Mat target = layer(part);
-  frame(part).copyTo(target);
-}
-
 void DrawFigure(const TargetDrawing& drawing, const std::vector<cv::Point2f>& corners,
                 const std::vector<cv::Point2f>& circles, cv::Mat& layer) {
   const int radius = RadiusOf(drawing);
@@ -79,12 +72,47 @@ void DrawFigure(const TargetDrawing& drawing, const std::vector<cv::Point2f>& co
   Fill(layer, {Truncated(corners[3]), Truncated(corners[4]), Truncated(corners[5])}, BLACK);
 }
 
-/// Does both on threads of OpenCV's pool, as far as it has any.
-template <typename First, typename Second>
-void AtOnce(First first, Second second) {
-  cv::parallel_for_(cv::Range(0, 2), [&](const cv::Range& range) {
-    for (int i = range.start; i < range.end; ++i) i == 0 ? first() : second();
-  });
+/// Where the (convex) polygon covers each row of the frame. A target stays for many frames, so this is worked
+/// out when it changes.
+const std::vector<cv::Range>& SpansOf(const std::vector<cv::Point>& polygon, const cv::Size& frame,
+                                      DrawingLayers& layers) {
+  if (polygon == layers.polygon && frame == layers.frame) return layers.spans;
+  cv::Mat mask = cv::Mat::zeros(frame, CV_8U);
+  Fill(mask, polygon, WHITE);
+  layers.spans.assign(static_cast<size_t>(frame.height), cv::Range(0, 0));
+  for (int y = 0; y < frame.height; ++y) {
+    const auto* const row = mask.ptr<unsigned char>(y);
+    const auto* const first = std::find(row, row + frame.width, 255);
+    const auto* last = row + frame.width;
+    while (last > first && last[-1] == 0) --last;
+    layers.spans[static_cast<size_t>(y)] = {static_cast<int>(first - row), static_cast<int>(last - row)};
+  }
+  layers.polygon = polygon;
+  layers.frame = frame;
+  return layers.spans;
+}
+
+/// Makes the part of the sheet layer the frame with the sheet's paper blended in: white in the polygon,
+/// weighing 0.3.
+void BlendPaper(const cv::Mat& frame, const cv::Rect& part, const std::vector<cv::Point>& polygon,
+                DrawingLayers& layers) {
+  const std::vector<cv::Range>& spans = SpansOf(polygon, frame.size(), layers);
+  layers.sheet.create(frame.size(), frame.type());
+  cv::Mat sheet = layers.sheet(part);
+  // Everywhere at first, in one pass: 0.3 of white and 0.7 of the frame. Then what is no paper is put back.
+  frame(part).convertTo(sheet, -1, 0.7, 0.3 * 255.0);
+  const size_t pixel = frame.elemSize();
+  for (int y = part.y; y < part.br().y; ++y) {
+    const cv::Range& span = spans[static_cast<size_t>(y)];
+    const auto putBack = [&](int from, int to) {
+      if (from >= to) return;
+      const auto* const source = frame.ptr<unsigned char>(y);
+      std::copy(source + static_cast<size_t>(from) * pixel, source + static_cast<size_t>(to) * pixel,
+                layers.sheet.ptr<unsigned char>(y) + static_cast<size_t>(from) * pixel);
+    };
+    putBack(part.x, std::min(span.start, part.br().x));
+    putBack(std::max(span.end, part.x), part.br().x);
+  }
 }
 
 void DrawScoreBar(const TargetDrawing& drawing, cv::Mat& frame) {
@@ -103,27 +131,15 @@ void DrawTarget(const TargetDrawing& drawing, cv::Mat& frame, DrawingLayers& lay
   // Elsewhere the layers equal the frame, and blending would change nothing.
   const cv::Rect part = TouchedPart(corners, circles, RadiusOf(drawing), frame.size());
   if (!part.empty()) {
-    CopyPart(frame, part, layers.figure);
-    CopyPart(frame, part, layers.sheet);
-    cv::Mat target = frame(part);
-    // The lines cost as much as a blend, so the two go side by side.
-    AtOnce([&] { DrawFigure(drawing, corners, circles, layers.figure); },
-           [&] {
-             Fill(
-                 layers.sheet,
-                 {Truncated(corners[0]), Truncated(corners[1]), Truncated(corners[2]), Truncated(corners[3])},
-                 WHITE);
-             cv::addWeighted(layers.sheet(part), 0.3, target, 0.7, 0.0, target);
-           });
+    BlendPaper(frame, part,
+               {Truncated(corners[0]), Truncated(corners[1]), Truncated(corners[2]), Truncated(corners[3])},
+               layers);
+    // The frame itself becomes the layer of the figure.
+    DrawFigure(drawing, corners, circles, frame);
     // Between 0.5 and 1.5: weights above 1 over-expose the figure, so that it stands out from the real sheet.
     const double weight = 1.0 - 0.5 * std::cos(5.0 * drawing.age);
-    const cv::Mat figure = layers.figure(part);
-    const auto blendRows = [&](int from, int to) {
-      cv::Mat rows = target.rowRange(from, to);
-      cv::addWeighted(figure.rowRange(from, to), weight, rows, 1.0 - weight, 0.0, rows);
-    };
-    const int middle = part.height / 2;
-    AtOnce([&] { blendRows(0, middle); }, [&] { blendRows(middle, part.height); });
+    cv::Mat target = frame(part);
+    cv::addWeighted(target, weight, layers.sheet(part), 1.0 - weight, 0.0, target);
   }
   DrawScoreBar(drawing, frame);
 }

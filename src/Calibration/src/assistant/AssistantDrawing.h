@@ -16,10 +16,12 @@ struct TargetDrawing {
   double age;                               ///< seconds since the assistant's creation: the pulse's clock
 };
 
-/// Room for the layers of a drawing, to be kept for the next one: fresh memory costs as much as the blends.
+/// Room for the second layer of a drawing, and where its paper is, kept for the next one.
 struct DrawingLayers {
-  cv::Mat figure;
   cv::Mat sheet;
+  std::vector<cv::Point> polygon;  ///< the paper that the spans are of, and its frame's size
+  cv::Size frame;
+  std::vector<cv::Range> spans;  ///< columns of the paper in each row of the frame
 };
 
 /// Draws the sheet in its target pose, pulsing, and the score bar, in place.

@@ -168,6 +168,5 @@ float Calibration::GetError(const int& id) {
 }
 
 std::string Calibration::GetCalibrationJSON(const int& id, const bool& save, const std::string& path) {
-  return With(id, std::string(),
-              [&](Calibrator& calibrator) { return calibrator.SaveResult(save, path); });
+  return With(id, std::string(), [&](Calibrator& calibrator) { return calibrator.SaveResult(save, path); });
 }

@@ -1,5 +1,5 @@
-/// The native methods of com.velotrix.quiverleaf.sdk.Calibration: each converts its arguments, calls the engine,
-/// and converts the result.
+/// The native methods of com.velotrix.quiverleaf.sdk.Calibration: each converts its arguments, calls the
+/// engine, and converts the result.
 #include <jni.h>
 
 #include "Calibration.h"
@@ -71,7 +71,9 @@ EXPORT(jboolean, nGetFlip)(JNIEnv* env, jclass, jint id) {
 // ---- Assistant.
 
 EXPORT(jboolean, nStartAssistant)(JNIEnv* env, jclass, jint id, jstring modelPath) {
-  return jni::AtBorder(env, NO, [&] { return ToJava(Calibration::StartAssistant(id, jni::Name(env, modelPath, "model path"))); });
+  return jni::AtBorder(env, NO, [&] {
+    return ToJava(Calibration::StartAssistant(id, jni::Name(env, modelPath, "model path")));
+  });
 }
 
 EXPORT(jboolean, nStopAssistant)(JNIEnv* env, jclass, jint id) {
@@ -109,11 +111,16 @@ EXPORT(jstring, nAddStereoPictureQVX)(JNIEnv* env, jclass, jint id) {
 }
 
 EXPORT(void, nCalibrateStereo)(JNIEnv* env, jclass, jint id, jstring left, jstring right, jint model) {
-  jni::AtBorder(env, [&] { Calibration::CalibrateStereo(id, jni::Text(env, left, LEFT), jni::Text(env, right, RIGHT), model); });
+  jni::AtBorder(env, [&] {
+    Calibration::CalibrateStereo(id, jni::Text(env, left, LEFT), jni::Text(env, right, RIGHT), model);
+  });
 }
 
 EXPORT(jstring, nCalibrateStereoQVX)(JNIEnv* env, jclass, jint id, jstring left, jstring right, jint model) {
-  return TextOf(env, [&] { return Calibration::CalibrateStereo_QVX(id, jni::Text(env, left, LEFT), jni::Text(env, right, RIGHT), model); });
+  return TextOf(env, [&] {
+    return Calibration::CalibrateStereo_QVX(id, jni::Text(env, left, LEFT), jni::Text(env, right, RIGHT),
+                                            model);
+  });
 }
 
 EXPORT(jint, nGetStatus)(JNIEnv* env, jclass, jint id) {
@@ -142,16 +149,22 @@ EXPORT(jstring, nGetCalibrationJSON)(JNIEnv* env, jclass, jint id, jboolean save
 
 // ---- Sources of frames.
 
-EXPORT(jboolean, nOpenNativeCamera)(JNIEnv* env, jclass, jint id, jint index, jint width, jint height, jint fps, jint splitMode) {
-  return jni::AtBorder(env, NO, [&] { return ToJava(Calibration::OpenNativeCamera(id, index, width, height, fps, splitMode)); });
+EXPORT(jboolean, nOpenNativeCamera)
+(JNIEnv* env, jclass, jint id, jint index, jint width, jint height, jint fps, jint splitMode) {
+  return jni::AtBorder(env, NO, [&] {
+    return ToJava(Calibration::OpenNativeCamera(id, index, width, height, fps, splitMode));
+  });
 }
 
 EXPORT(void, nCloseNativeCamera)(JNIEnv* env, jclass, jint id) {
   jni::AtBorder(env, [&] { Calibration::CloseNativeCamera(id); });
 }
 
-EXPORT(jboolean, nOpenNativeStereoCamera)(JNIEnv* env, jclass, jint id, jint leftIndex, jint rightIndex, jint width, jint height, jint fps) {
-  return jni::AtBorder(env, NO, [&] { return ToJava(Calibration::OpenNativeStereoCamera(id, leftIndex, rightIndex, width, height, fps)); });
+EXPORT(jboolean, nOpenNativeStereoCamera)
+(JNIEnv* env, jclass, jint id, jint leftIndex, jint rightIndex, jint width, jint height, jint fps) {
+  return jni::AtBorder(env, NO, [&] {
+    return ToJava(Calibration::OpenNativeStereoCamera(id, leftIndex, rightIndex, width, height, fps));
+  });
 }
 
 // Closes the left camera only, as it always has: the right one stays open until the calibrator is deleted.
@@ -160,7 +173,9 @@ EXPORT(void, nCloseStereoNativeCamera)(JNIEnv* env, jclass, jint id) {
 }
 
 EXPORT(jboolean, nOpenFFmpegContent)(JNIEnv* env, jclass, jint id, jstring content) {
-  return jni::AtBorder(env, NO, [&] { return ToJava(Calibration::OpenFFmpegContent(id, jni::Name(env, content, "content"))); });
+  return jni::AtBorder(env, NO, [&] {
+    return ToJava(Calibration::OpenFFmpegContent(id, jni::Name(env, content, "content")));
+  });
 }
 
 EXPORT(void, nCloseFFmpegContent)(JNIEnv* env, jclass, jint id) {
@@ -168,7 +183,8 @@ EXPORT(void, nCloseFFmpegContent)(JNIEnv* env, jclass, jint id) {
 }
 
 EXPORT(jboolean, nOpenGstreamerPipe)(JNIEnv* env, jclass, jint id, jstring pipe) {
-  return jni::AtBorder(env, NO, [&] { return ToJava(Calibration::OpenGstreamerPipe(id, jni::Name(env, pipe, "pipeline"))); });
+  return jni::AtBorder(
+      env, NO, [&] { return ToJava(Calibration::OpenGstreamerPipe(id, jni::Name(env, pipe, "pipeline"))); });
 }
 
 EXPORT(void, nCloseGstreamerPipe)(JNIEnv* env, jclass, jint id) {
@@ -200,7 +216,8 @@ EXPORT(void, nCloseRGBFrameGrabber)(JNIEnv* env, jclass, jint id) {
   jni::AtBorder(env, [&] { Calibration::CloseRGBFrameGrabber(id); });
 }
 
-EXPORT(void, nNextFrame)(JNIEnv* env, jclass, jint id, jbyteArray data, jint width, jint height, jstring format, jint tag) {
+EXPORT(void, nNextFrame)
+(JNIEnv* env, jclass, jint id, jbyteArray data, jint width, jint height, jstring format, jint tag) {
   jni::AtBorder(env, [&] {
     if (data == nullptr) throw jni::BadArgument("The frame's data is null.");
     std::vector<unsigned char> bytes = jni::FromJava(env, data);
@@ -221,8 +238,11 @@ EXPORT(void, nRegisterJavaVM)(JNIEnv* env, jclass, jint id) {
   jni::AtBorder(env, [&] { Calibration::RegisterJavaVM(id, env); });
 }
 
-EXPORT(jboolean, nRegisterCalibrationListener)(JNIEnv* env, jclass, jint id, jobject listener, jboolean sendImage, jint width, jint height) {
-  return jni::AtBorder(env, NO, [&] { return ToJava(Calibration::RegisterCalibrationListener(id, env, listener, sendImage, width, height)); });
+EXPORT(jboolean, nRegisterCalibrationListener)
+(JNIEnv* env, jclass, jint id, jobject listener, jboolean sendImage, jint width, jint height) {
+  return jni::AtBorder(env, NO, [&] {
+    return ToJava(Calibration::RegisterCalibrationListener(id, env, listener, sendImage, width, height));
+  });
 }
 
 // ---- Services of the process.

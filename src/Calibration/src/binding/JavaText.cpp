@@ -1,5 +1,5 @@
-/// Conversion of texts between Java (UTF-16) and the engine (UTF-8). The virtual machine's own "UTF" functions
-/// use a dialect of UTF-8 in which emoji and NUL are no UTF-8.
+/// Conversion of texts between Java (UTF-16) and the engine (UTF-8). The virtual machine's own "UTF"
+/// functions use a dialect of UTF-8 in which emoji and NUL are no UTF-8.
 #include <iconv.h>
 
 #include <algorithm>

@@ -1,0 +1,17 @@
+#!/bin/sh
+# Every test that a page names in backticks as Suite.Test exists: table_names_tests.sh PAGE TESTS_FOLDER
+page="$1"
+tests="$2"
+count=0
+missing=0
+for name in $(grep -o '`[A-Z][A-Za-z]*\.[A-Z][A-Za-z0-9]*`' "$page" | tr -d '`' | sort -u); do
+  suite="${name%%.*}"
+  test="${name#*.}"
+  count=$((count + 1))
+  if ! grep -rqE --include='*.cpp' "^TEST(_F|_P)?\($suite, *$test\)" "$tests"; then
+    echo "$page names $name, which is no test"
+    missing=$((missing + 1))
+  fi
+done
+[ "$count" -gt 0 ] || { echo "$page names no test"; exit 1; }
+[ "$missing" -eq 0 ] && echo "$count tests are named"
