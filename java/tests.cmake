@@ -60,3 +60,6 @@ endforeach()
 add_custom_target(velmora_java_soak
   COMMAND "${Java_JAVA_EXECUTABLE}" ${java_test_options} com.velotrix.quiverleaf.sdk.Soak 20000
   DEPENDS velmora_java_tests velmora_java_footage Calibration USES_TERMINAL VERBATIM)
+add_test(NAME java.DocumentedExample COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/documented_example.sh"
+  "${PROJECT_SOURCE_DIR}/docs/java.md" "${velmora_jar}" "${footage}/poses.avi" "${poses}")
+set_tests_properties(java.DocumentedExample PROPERTIES LABELS java TIMEOUT 300)

@@ -51,13 +51,16 @@ public final class CalibrationResult {
   /** The text of the result file, which {@link Calibrator#calibratePair} takes as well. */
   public String json() { return json; }
 
+  /** Of one camera or of a pair. */
   public Kind kind() { return kind; }
 
   /** RMS reprojection error in pixels. */
   public double rms() { return Documents.real(document, "error"); }
 
+  /** The width in pixels that positions refer to. */
   public int imageWidth() { return Documents.integer(document, "imgWidth"); }
 
+  /** The height in pixels that positions refer to. */
   public int imageHeight() { return Documents.integer(document, "imgHeight"); }
 
   /** 3 x 3: focal lengths and principal point; of a pair's left camera. */

@@ -24,6 +24,7 @@ public final class CalibratorStatus {
    */
   public static CalibratorStatus parse(String json) { return new CalibratorStatus(Documents.parse(json)); }
 
+  /** Where the calibrator stands. */
   public Status status() { return status; }
 
   /** The number of snapshots. */

@@ -27,6 +27,8 @@ public final class NativeLibrary {
   public static final String VARIABLE = "VELMORA_LIBRARY";
 
   private static final String NAME = "Calibration";
+  /** An installation without what compilers need has only the file of that name's end. */
+  private static final String INTERFACE = ".5";
   private static boolean loaded;
   private static String fault;
 
@@ -115,8 +117,10 @@ public final class NativeLibrary {
     List<Path> candidates = new ArrayList<>();
     Path folder = folderOfTheJar();
     if (folder != null) {
-      candidates.add(folder.resolve(file));
-      candidates.add(folder.resolve("..").resolve("lib").resolve(file).normalize());
+      for (Path place : List.of(folder, folder.resolve("..").resolve("lib").normalize())) {
+        candidates.add(place.resolve(file));
+        candidates.add(place.resolve(file + INTERFACE));
+      }
     }
     return candidates;
   }

@@ -56,6 +56,13 @@ class NativeLibraryTest {
   }
 
   @Test
+  void where_only_the_versioned_file_is_installed_it_is_found() throws Exception {
+    Path jar = copyOfTheJar();
+    Files.copy(LIBRARY, jar.resolveSibling("libCalibration.so.5"));
+    assertEquals("5.1.0\n", run(jar, Map.of()));
+  }
+
+  @Test
   void on_the_library_path_it_is_found() throws Exception {
     assertEquals("5.1.0\n", run(copyOfTheJar(), Map.of(), "-Djava.library.path=" + LIBRARY.getParent()));
   }
@@ -75,7 +82,9 @@ class NativeLibraryTest {
             + "  - system property velmora.library: not set\n"
             + "  - environment variable VELMORA_LIBRARY: not set\n"
             + "  - " + folder + "/java/libCalibration.so (not there)\n"
+            + "  - " + folder + "/java/libCalibration.so.5 (not there)\n"
             + "  - " + folder + "/lib/libCalibration.so (not there)\n"
+            + "  - " + folder + "/lib/libCalibration.so.5 (not there)\n"
             + "  - java.library.path: /nowhere (not there)\n"
             + "Name its file with -Dvelmora.library=FILE or in the environment variable VELMORA_LIBRARY, or put its "
             + "folder on java.library.path.\nand again the same\n",
