@@ -1,0 +1,318 @@
+package com.velotrix.quiverleaf.sdk;
+
+import java.io.IOException;
+import java.nio.file.Files;
+import java.nio.file.Path;
+import java.time.Duration;
+import java.util.Base64;
+import java.util.Objects;
+import java.util.Optional;
+import java.util.OptionalDouble;
+import java.util.OptionalInt;
+import java.util.concurrent.TimeoutException;
+
+/**
+ * Calibrates a camera, or a pair, with a printed grid of circles.
+ *
+ * <pre>{@code
+ * try (Calibrator calibrator = Calibrator.builder().hdist(0.2).frameSize(640, 480).build()) {
+ *   calibrator.onFrames(frame -> show(frame.jpeg()));
+ *   calibrator.startAssistant(Path.of("poses-4x11.json"));
+ *   calibrator.openCamera(0, 640, 480, 30);
+ *   CalibrationResult result = calibrator.awaitResult(Duration.ofMinutes(5));
+ *   System.out.println(result.cameraMatrix());
+ * }
+ * }</pre>
+ *
+ * <p>Any thread may call any method. Frames come from one source that the engine reads by itself (the open
+ * methods) or from the program (the push methods). After {@link #close} every method but close throws
+ * {@link IllegalStateException}; null arguments are refused with {@link NullPointerException}; what goes
+ * wrong inside of the engine comes as {@link RuntimeException} or, where a method answers false, as a line of
+ * the engine's log.
+ */
+public final class Calibrator implements AutoCloseable {
+  private static final long POLL_MILLISECONDS = 10;
+
+  private final int id;
+  private final Kind kind;
+  private boolean closed;
+
+  Calibrator(CalibratorBuilder settings) {
+    NativeLibrary.load();
+    kind = settings.kind;
+    id = Calibration.nNewCalibrator(
+        settings.columns, settings.rows, (float) settings.unit, kind.code(), settings.width, settings.height);
+    if (id < 0) {
+      throw new IllegalArgumentException("the engine refuses such a calibrator; its log says why");
+    }
+  }
+
+  /** A builder with the shipped sheet of 4 x 11 circles, a unit of 0.02 m, one camera of 640 x 480 pixels. */
+  public static CalibratorBuilder builder() { return new CalibratorBuilder(); }
+
+  /** The engine's version. */
+  public static String version() {
+    NativeLibrary.load();
+    return Calibration.nGetVersion();
+  }
+
+  /** How much the engine writes to standard output, for the whole process. */
+  public static void setLogLevel(LogLevel level) {
+    NativeLibrary.load();
+    Calibration.nSetLogLevel(level.ordinal());
+  }
+
+  /**
+   * Closes the source, waits for the calibrator's threads (and so for a running computation), and releases
+   * it. Closing again does nothing. A listener that closes the calibrator that calls it does not wait.
+   */
+  @Override
+  public void close() {
+    synchronized (this) {
+      if (closed) {
+        return;
+      }
+      closed = true;
+    }
+    Calibration.nDeleteCalibrator(id);
+  }
+
+  /** The number by which {@link Calibration} knows this calibrator. */
+  public synchronized int id() {
+    if (closed) {
+      throw new IllegalStateException("the calibrator is closed");
+    }
+    return id;
+  }
+
+  /** What it calibrates. */
+  public Kind kind() {
+    id();
+    return kind;
+  }
+
+  // ---- Where it stands.
+
+  /** Status, snapshots and, once there is one, the result. */
+  public CalibratorStatus status() {
+    String json = Calibration.nGetStatusQVX(id());
+    id(); // closed meanwhile, it has no status
+    return CalibratorStatus.parse(json);
+  }
+
+  /** The number of snapshots. */
+  public int snapshots() { return Calibration.nGetPictureCount(id()); }
+
+  /** Whether the last frame showed the grid and is no snapshot yet. */
+  public boolean isDetected() { return Calibration.nIsDetected(id()); }
+
+  /** RMS reprojection error in pixels; empty before a result. */
+  public OptionalDouble rms() {
+    float error = Calibration.nGetError(id());
+    return error < 0.0F ? OptionalDouble.empty() : OptionalDouble.of(error);
+  }
+
+  /** Drops snapshots and results; does nothing during a computation. */
+  public void reset() { Calibration.nResetCalibrator(id()); }
+
+  // ---- Frames handed out.
+
+  /** Mirrors the frames that are handed out; results do not depend on it. */
+  public void setFlip(boolean flip) { Calibration.nSetFlip(id(), flip); }
+
+  /** Whether frames are mirrored. */
+  public boolean isFlipped() { return Calibration.nGetFlip(id()); }
+
+  /** Has the listener get each processed frame in its own size, in place of an earlier listener. */
+  public void onFrames(FrameListener listener) { onFrames(listener, 0, 0); }
+
+  /** The same with pictures of that size; their own unless both sides are positive. */
+  public void onFrames(FrameListener listener, int width, int height) {
+    register(Objects.requireNonNull(listener, "listener"), true, width, height);
+  }
+
+  /** Has the listener get the status after each processed frame, without pictures. */
+  public void onStatus(FrameListener listener) {
+    register(Objects.requireNonNull(listener, "listener"), false, 0, 0);
+  }
+
+  /** Ends calls of the listener. One under way on another thread may still be at it. */
+  public void removeListener() { Calibration.nRegisterCalibrationListener(id(), null, false, 0, 0); }
+
+  private void register(FrameListener listener, boolean sendImage, int width, int height) {
+    JNICalibrationListener adapted = (jpeg, json) -> listener.onFrame(new AnnotatedFrame(jpeg, json));
+    if (!Calibration.nRegisterCalibrationListener(id(), adapted, sendImage, width, height)) {
+      throw new IllegalStateException("the engine did not take the listener; its log says why");
+    }
+  }
+
+  /** Shows processed frames in the engine's own window, where there is a display. */
+  public void openPreview() { Calibration.nOpenPreview(id()); }
+
+  /** Ends that. */
+  public void closePreview() { Calibration.nClosePreview(id()); }
+
+  // ---- Assistant.
+
+  /** Draws the poses of a model file into the frames, one after the other, and takes their snapshots. */
+  public void startAssistant(Path model) throws IOException {
+    if (!Files.isReadable(model)) {
+      throw new java.nio.file.NoSuchFileException(model.toString());
+    }
+    Calibration.nStartAssistant(id(), model.toString());
+  }
+
+  /** Ends the assistant; snapshots are kept. */
+  public void stopAssistant() { Calibration.nStopAssistant(id()); }
+
+  /** The assistant's number of poses; empty without an assistant. */
+  public OptionalInt assistantGoal() {
+    int goal = Calibration.nGetAssistantGoal(id());
+    return goal < 0 ? OptionalInt.empty() : OptionalInt.of(goal);
+  }
+
+  // ---- Snapshots and computation.
+
+  /** Makes the last frame a snapshot; false when it shows no grid, or is one already. */
+  public boolean takeSnapshot() {
+    return kind == Kind.STEREO ? Calibration.nAddStereoPicture(id()) : Calibration.nAddPicture(id());
+  }
+
+  /** Starts the computation of one camera. {@link #awaitResult} gets what comes out of it. */
+  public void calibrate(LensModel model) {
+    requireKind(Kind.MONOCULAR);
+    Calibration.nCalibrate(id(), model.code());
+  }
+
+  /** Starts the computation of a pair from its cameras' own results, which are held fixed. */
+  public void calibratePair(CalibrationResult left, CalibrationResult right, LensModel model) {
+    requireKind(Kind.STEREO);
+    Calibration.nCalibrateStereoQVX(id(), left.json(), right.json(), model.code());
+  }
+
+  /**
+   * Waits for a result: that of a computation that was started, or that the assistant starts.
+   *
+   * @throws TimeoutException when there is none in time
+   * @throws IllegalStateException when the computation ended without one, which the engine's log explains
+   */
+  public CalibrationResult awaitResult(Duration patience) throws InterruptedException, TimeoutException {
+    long end = System.nanoTime() + patience.toNanos();
+    boolean computing = false;
+    for (;;) {
+      CalibratorStatus now = status();
+      Optional<CalibrationResult> result = now.result();
+      if (result.isPresent()) {
+        return result.get();
+      }
+      if (computing && now.status() == Status.READY) {
+        throw new IllegalStateException("the computation failed; the engine's log says why");
+      }
+      computing = now.status() == Status.PROGRESS;
+      if (System.nanoTime() - end > 0) {
+        throw new TimeoutException("no result in time: " + now);
+      }
+      Thread.sleep(POLL_MILLISECONDS);
+    }
+  }
+
+  /** The result, if there is one. */
+  public Optional<CalibrationResult> result() { return status().result(); }
+
+  /**
+   * Writes the result file.
+   *
+   * @param file its path; ".json" is appended unless it ends in that
+   * @return the file written
+   * @throws IllegalStateException when there is no result
+   */
+  public Path save(Path file) throws IOException {
+    String path = file.toString();
+    String base = path.endsWith(".json") ? path.substring(0, path.length() - 5) : path;
+    String json = Calibration.nGetCalibrationJSON(id(), true, base);
+    if (json.isEmpty()) {
+      throw new IllegalStateException("there is no result to save");
+    }
+    Path written = Path.of(base + ".json");
+    if (!Files.exists(written) || !Files.readString(written).equals(json)) {
+      throw new IOException("cannot write " + written);
+    }
+    return written;
+  }
+
+  private void requireKind(Kind needed) {
+    id();
+    if (kind != needed) {
+      throw new IllegalStateException("this calibrator is of the kind " + kind);
+    }
+  }
+
+  // ---- A source that the engine reads.
+
+  /** Opens a camera; false, with a line in the log, when that fails. */
+  public boolean openCamera(int index, int width, int height, int fps) {
+    return openCamera(index, width, height, fps, SplitMode.PAIR);
+  }
+
+  /** Opens a camera that may deliver two pictures side by side. */
+  public boolean openCamera(int index, int width, int height, int fps, SplitMode split) {
+    return Calibration.nOpenNativeCamera(id(), index, width, height, fps, split.code());
+  }
+
+  /** Opens two cameras as a pair. The right one stays open until another source is, or until close. */
+  public boolean openCameras(int left, int right, int width, int height, int fps) {
+    return Calibration.nOpenNativeStereoCamera(id(), left, right, width, height, fps);
+  }
+
+  /** Opens a file or URL; false, with a line in the log, when that fails. */
+  public boolean openContent(String content) {
+    return Calibration.nOpenFFmpegContent(id(), Objects.requireNonNull(content, "content"));
+  }
+
+  /** Opens a GStreamer pipeline that ends in an appsink. */
+  public boolean openPipeline(String pipeline) {
+    return Calibration.nOpenGstreamerPipe(id(), Objects.requireNonNull(pipeline, "pipeline"));
+  }
+
+  /** Stops reading the source and closes it. */
+  public void closeSource() { Calibration.nCloseNativeCamera(id()); }
+
+  // ---- Frames that the program pushes.
+
+  /**
+   * From now on pushed frames are processed on threads of the engine's own, and a push returns at once. Only
+   * the newest frame counts: one that waits is replaced by the next.
+   */
+  public void startGrabbers() {
+    Calibration.nOpenJpegB64FrameGrabber(id());
+    Calibration.nOpenRGBFrameGrabber(id());
+  }
+
+  /** From now on a push processes its frame before it returns. */
+  public void stopGrabbers() {
+    Calibration.nCloseJpegB64FrameGrabber(id());
+    Calibration.nCloseRGBFrameGrabber(id());
+  }
+
+  /** Pushes a JPEG picture. */
+  public void push(byte[] jpeg) { push(Base64.getEncoder().encodeToString(jpeg)); }
+
+  /** Pushes a JPEG picture given as Base64 text. */
+  public void push(String base64Jpeg) {
+    Calibration.nNextFrameJpegB64(id(), Objects.requireNonNull(base64Jpeg, "base64Jpeg"), 0);
+  }
+
+  /**
+   * Pushes a raw frame.
+   *
+   * @throws IllegalArgumentException when the size is not positive, odd for a YUV format, or too large for
+   *     the data
+   */
+  public void push(byte[] data, int width, int height, FrameFormat format) {
+    if (!format.fits(width, height) || data.length < format.bytes(width, height)) {
+      throw new IllegalArgumentException(
+          data.length + " bytes are no " + format + " frame of " + width + " x " + height);
+    }
+    Calibration.nNextFrame(id(), data, width, height, format.code(), 0);
+  }
+}

@@ -1,0 +1,78 @@
+package com.velotrix.quiverleaf.sdk;
+
+import com.google.gson.JsonArray;
+import com.google.gson.JsonElement;
+import com.google.gson.JsonObject;
+import com.google.gson.JsonParseException;
+import com.google.gson.JsonParser;
+
+/** Reads the engine's JSON. Whatever is wrong with a text is told as IllegalArgumentException. */
+final class Documents {
+  private Documents() {}
+
+  static JsonObject parse(String json) {
+    try {
+      JsonElement document = JsonParser.parseString(json);
+      if (!document.isJsonObject()) {
+        throw new IllegalArgumentException("not a JSON object: " + start(json));
+      }
+      return document.getAsJsonObject();
+    } catch (JsonParseException e) {
+      throw new IllegalArgumentException("not JSON: " + start(json), e);
+    }
+  }
+
+  static int integer(JsonObject object, String key) { return number(object, key).intValue(); }
+
+  static double real(JsonObject object, String key) { return number(object, key).doubleValue(); }
+
+  static String text(JsonObject object, String key) {
+    JsonElement element = member(object, key);
+    if (!element.isJsonPrimitive() || !element.getAsJsonPrimitive().isString()) {
+      throw new IllegalArgumentException("'" + key + "' is no text");
+    }
+    return element.getAsString();
+  }
+
+  static Matrix matrix(JsonObject object, String key) {
+    JsonElement element = member(object, key);
+    if (!element.isJsonObject()) {
+      throw new IllegalArgumentException("'" + key + "' is no matrix");
+    }
+    JsonObject matrix = element.getAsJsonObject();
+    JsonElement data = member(matrix, "data");
+    if (!data.isJsonArray()) {
+      throw new IllegalArgumentException("'" + key + "' has no array of elements");
+    }
+    return new Matrix(integer(matrix, "rows"), integer(matrix, "cols"), elements(data.getAsJsonArray(), key));
+  }
+
+  private static double[] elements(JsonArray array, String key) {
+    double[] elements = new double[array.size()];
+    for (int i = 0; i < elements.length; ++i) {
+      elements[i] = number(array.get(i), key).doubleValue();
+    }
+    return elements;
+  }
+
+  private static Number number(JsonObject object, String key) { return number(member(object, key), key); }
+
+  private static Number number(JsonElement element, String key) {
+    if (!element.isJsonPrimitive() || !element.getAsJsonPrimitive().isNumber()) {
+      throw new IllegalArgumentException("'" + key + "' is no number");
+    }
+    return element.getAsNumber();
+  }
+
+  private static JsonElement member(JsonObject object, String key) {
+    JsonElement element = object.get(key);
+    if (element == null) {
+      throw new IllegalArgumentException("'" + key + "' is missing");
+    }
+    return element;
+  }
+
+  private static String start(String json) {
+    return json.length() <= 60 ? json : json.substring(0, 60) + "...";
+  }
+}

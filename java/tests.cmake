@@ -1,0 +1,65 @@
+# Tests in a real virtual machine that checks each native call, on pictures that are rendered first.
+find_file(VELMORA_JUNIT_JAR junit-platform-console-standalone.jar PATHS /usr/share/java)
+if(NOT VELMORA_JUNIT_JAR OR NOT VELMORA_TOOLS OR VELMORA_SANITIZE)
+  message(STATUS "No tests of the Java classes: JUnit 5 or the tools are missing, or sanitizers are in use")
+  return()
+endif()
+file(GLOB VELMORA_JUNIT_API_JARS /usr/share/java/junit-jupiter-api.jar /usr/share/java/junit-jupiter-params.jar
+  /usr/share/java/junit-jupiter-engine.jar /usr/share/java/junit-platform-commons.jar
+  /usr/share/java/apiguardian-api.jar /usr/share/java/opentest4j.jar)
+set(VELMORA_JUNIT_API_JARS "${VELMORA_JUNIT_API_JARS}" CACHE INTERNAL "What tests of JUnit 5 are compiled with")
+set(tests src/test/java/com/velotrix/quiverleaf/sdk)
+set(test_classes ArgumentsTest CalibratorTest GuidedTest ListenerTest NativeLibraryTest NativeMethodsTest
+  PushedFramesTest ResultsTest SoakTest TextTest)
+set(camera_test_classes CaptureTest PairTest)
+set(test_helpers Cameras Footage LoadProgram RawFrames Recorder Soak Usage Views)
+set(test_sources)
+foreach(class ${test_classes} ${camera_test_classes} ${test_helpers})
+  list(APPEND test_sources ${tests}/${class}.java)
+endforeach()
+get_target_property(velmora_jar velmora_java JAR_FILE)
+set(CMAKE_JAVA_COMPILE_FLAGS -encoding UTF-8)
+add_jar(velmora_java_tests SOURCES ${test_sources}
+  INCLUDE_JARS velmora_java "${VELMORA_GSON_JAR}" ${VELMORA_JUNIT_API_JARS})
+get_target_property(tests_jar velmora_java_tests JAR_FILE)
+
+set(VELMORA_JAVA_FOOTAGE "${CMAKE_CURRENT_BINARY_DIR}/footage" CACHE INTERNAL "Pictures that the tests in Java work on")
+set(footage "${CMAKE_CURRENT_BINARY_DIR}/footage")
+set(poses "${PROJECT_SOURCE_DIR}/share/velmora/poses-4x11.json")
+add_custom_command(OUTPUT "${footage}/rendered"
+  COMMAND "${CMAKE_COMMAND}" -E make_directory "${footage}"
+  COMMAND velmora-render --views 8 --spread --output "${footage}/views" --noise 2 --dist=-0.25,0.08,0,0,0
+  COMMAND velmora-render --rig --views 8 --spread --output "${footage}/pairs" --noise 2 --dist=-0.1,0.02,0,0,0
+  COMMAND velmora-render --video "${footage}/poses.avi" --follow "${poses}" --seconds 22 --fps 12 --fov 68
+    --dist=-0.25,0.07,0,0,0 --noise 2
+  COMMAND "${CMAKE_COMMAND}" -E touch "${footage}/rendered"
+  DEPENDS velmora-render "${poses}" VERBATIM)
+add_custom_target(velmora_java_footage ALL DEPENDS "${footage}/rendered")
+
+set(java_test_options -Xcheck:jni -Djava.awt.headless=true "-Dvelmora.test.footage=${footage}"
+  "-Dvelmora.test.poses=${poses}" "-Dvelmora.test.library=$<TARGET_FILE:Calibration>"
+  "-Dvelmora.test.jar=${velmora_jar}" -cp "${VELMORA_JUNIT_JAR}:${velmora_jar}:${tests_jar}")
+function(add_junit_test class)
+  add_test(NAME "java.${class}" COMMAND "${Java_JAVA_EXECUTABLE}" ${java_test_options}
+    org.junit.platform.console.ConsoleLauncher --select-class=com.velotrix.quiverleaf.sdk.${class}
+    --fail-if-no-tests --disable-banner --details=tree)
+  set_tests_properties("java.${class}" PROPERTIES LABELS java TIMEOUT 300
+    FAIL_REGULAR_EXPRESSION "in native method;WARNING: JNI")
+endfunction()
+foreach(class ${test_classes})
+  add_junit_test(${class})
+endforeach()
+# These see cameras that a preloaded library plays from a folder.
+foreach(class ${camera_test_classes})
+  add_junit_test(${class})
+  set_tests_properties("java.${class}" PROPERTIES ENVIRONMENT
+    "LD_PRELOAD=$<TARGET_FILE:velmora_fake_camera>;VELMORA_FAKE_CAMERAS=${CMAKE_CURRENT_BINARY_DIR}/cameras/${class}")
+endforeach()
+
+# Takes half an hour, so it is run by hand and not by the tests.
+add_custom_target(velmora_java_soak
+  COMMAND "${Java_JAVA_EXECUTABLE}" ${java_test_options} com.velotrix.quiverleaf.sdk.Soak 20000
+  DEPENDS velmora_java_tests velmora_java_footage Calibration USES_TERMINAL VERBATIM)
+add_test(NAME java.DocumentedExample COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/documented_example.sh"
+  "${PROJECT_SOURCE_DIR}/docs/java.md" "${velmora_jar}" "${footage}/poses.avi" "${poses}")
+set_tests_properties(java.DocumentedExample PROPERTIES LABELS java TIMEOUT 300)

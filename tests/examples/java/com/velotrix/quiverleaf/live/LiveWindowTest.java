@@ -1,0 +1,109 @@
+package com.velotrix.quiverleaf.live;
+
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
+import com.google.gson.JsonArray;
+import com.google.gson.JsonParser;
+import com.velotrix.quiverleaf.sdk.CalibrationResult;
+import java.nio.file.Files;
+import java.nio.file.Path;
+import org.junit.jupiter.api.DisplayNameGeneration;
+import org.junit.jupiter.api.DisplayNameGenerator;
+import org.junit.jupiter.api.Test;
+import org.junit.jupiter.api.io.TempDir;
+import org.junit.jupiter.params.ParameterizedTest;
+import org.junit.jupiter.params.provider.ValueSource;
+
+/** The live application on a desktop, as its user works with it. */
+@DisplayNameGeneration(DisplayNameGenerator.ReplaceUnderscores.class)
+class LiveWindowTest {
+  private static final Path FOOTAGE = Path.of(System.getProperty("velmora.test.footage"));
+  private static final String POSES = System.getProperty("velmora.test.poses");
+  private static final Path SCREENSHOT = Path.of(System.getProperty("velmora.test.screenshot"));
+
+  private static final int WANTED = 8;
+
+  @TempDir Path folder;
+
+  private static void expectCamera(Path file, Path truth) throws Exception {
+    CalibrationResult result = CalibrationResult.read(file);
+    JsonArray rows = JsonParser.parseString(Files.readString(truth)).getAsJsonObject().getAsJsonArray("K");
+    double focal = rows.get(0).getAsJsonArray().get(0).getAsDouble();
+    assertEquals(focal, result.cameraMatrix().get(0, 0), 0.005 * focal);
+    assertTrue(result.rms() < 0.2, "rms " + result.rms());
+  }
+
+  @Test
+  void a_video_leads_by_the_assistant_to_a_saved_result() throws Exception {
+    Path output = folder.resolve("camera.json");
+    try (Hand hand = new Hand("--file", relative(FOOTAGE.resolve("poses.avi")), "--poses", POSES, "--output",
+             output.toString())) {
+      hand.press("assistant");
+      assertTrue(hand.sees("message", "Bring the sheet to the drawn one, 12 times."));
+      hand.press("start");
+      assertTrue(hand.sees("snapshots", "7 of 12"), hand.read("message"));
+      hand.photograph(SCREENSHOT);
+      assertTrue(hand.sees("state", "Completed"), hand.read("message"));
+      assertEquals("12 snapshots", hand.read("snapshots").replace(" of 12", ""));
+      hand.press("save");
+      assertTrue(hand.sees("message", "Written: " + output));
+      expectCamera(output, FOOTAGE.resolve("poses.truth.json"));
+    }
+  }
+
+  @ParameterizedTest
+  @ValueSource(strings = {"base64", "nv21"})
+  void pictures_of_a_folder_are_pushed_and_calibrated_by_hand(String format) throws Exception {
+    Path output = folder.resolve("camera.json");
+    try (Hand hand = new Hand("--folder", FOOTAGE.resolve("views").toString(), "--push", format, "--output",
+             output.toString())) {
+      hand.press("start");
+      assertTrue(Hand.await(() -> {
+        hand.press("snapshot");
+        return snapshots(hand) >= WANTED;
+      }));
+      hand.press("stop");
+      assertTrue(hand.sees("message", "The source is closed."));
+      hand.press("calibrate");
+      assertTrue(hand.sees("state", "Completed"), hand.read("message"));
+      hand.press("save");
+      assertTrue(hand.sees("message", "Written: " + output));
+      assertTrue(CalibrationResult.read(output).rms() < 0.3);
+    }
+  }
+
+  private static String relative(Path file) {
+    return Path.of("").toAbsolutePath().relativize(file).toString();
+  }
+
+  private static int snapshots(Hand hand) {
+    String text = hand.read("snapshots");
+    return Integer.parseInt(text.substring(0, text.indexOf(' ')));
+  }
+
+  @Test
+  void what_cannot_be_done_is_told_in_the_window() throws Exception {
+    try (Hand hand = new Hand("--file", "/nowhere/video.avi", "--poses", "/nowhere/poses.json")) {
+      hand.press("start");
+      assertTrue(hand.sees("message", "Video file /nowhere/video.avi cannot be opened."));
+      hand.press("assistant");
+      assertTrue(hand.sees("message", "/nowhere/poses.json"));
+      hand.press("snapshot");
+      assertTrue(hand.sees("message", "The grid is not in view."));
+      hand.press("save");
+      assertTrue(hand.sees("message", "there is no result to save"));
+    }
+  }
+
+  @Test
+  void the_launcher_says_what_it_does_not_understand() throws Exception {
+    Path errors = folder.resolve("errors.txt");
+    Process process = new ProcessBuilder(System.getProperty("velmora.test.launcher"), "--frobnicate", "7")
+                          .redirectError(errors.toFile())
+                          .start();
+    assertEquals(2, process.waitFor());
+    assertTrue(
+        Files.readString(errors).startsWith("ERROR: there is no option --frobnicate\nusage: velmora-live "));
+  }
+}
