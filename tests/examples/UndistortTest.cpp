@@ -84,7 +84,8 @@ TEST_F(Undistort, MakesLinesStraight) {
   for (const std::string& file : Files("py.png")) command.push_back(file);
   Process script(command);
   ASSERT_EQ(script.WaitForExit(LONG_ENOUGH), 0) << script.Errors();
-  EXPECT_EQ(cv::norm(cv::imread(folder_.File("cpp.png")), cv::imread(folder_.File("py.png")), cv::NORM_INF), 0.0);
+  EXPECT_EQ(cv::norm(cv::imread(folder_.File("cpp.png")), cv::imread(folder_.File("py.png")), cv::NORM_INF),
+            0.0);
 }
 
 TEST_F(Undistort, RefusesAPictureOfAnotherSize) {

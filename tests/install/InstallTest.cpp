@@ -93,6 +93,14 @@ TEST_F(Installation, IsFoundByPkgConfig) {
   EXPECT_EQ(OutputOf({program, Poses()}, options), CONSUMER_OUTPUT);
 }
 
+TEST_F(Installation, IsUsedByJavaPrograms) {
+  const std::string javac = VELMORA_JAVAC;
+  if (javac.empty()) GTEST_SKIP() << "built without Java";
+  const std::string jar = Prefix() + "/" VELMORA_LIBDIR "/velmora.jar";
+  OutputOf({javac, "-cp", jar, "-d", folder_->Path(), VELMORA_CONSUMER "/Consumer.java"});
+  EXPECT_EQ(OutputOf({"java", "-cp", folder_->Path() + ":" + jar, "Consumer"}, OnItsOwn()), "5.1.0 100\n");
+}
+
 TEST(Packages, RunFromARootOfTheirOwn) {
   const support::TemporaryFolder folder;
   OutputOf({VELMORA_CPACK, "-G", "DEB", "-B", folder.Path(), "--config",
@@ -109,7 +117,9 @@ TEST(Packages, RunFromARootOfTheirOwn) {
     EXPECT_NE(depends.find(needed), std::string::npos) << name << " depends on " << depends;
     OutputOf({"dpkg-deb", "-x", file, folder.File("root")});
   }
-  EXPECT_EQ(names, (std::set<std::string>{"libvelmora5", "libvelmora-dev", "velmora"}));
+  std::set<std::string> expected = {"libvelmora5", "libvelmora-dev", "velmora"};
+  if (*VELMORA_JAVAC != '\0') expected.insert("libvelmora-java");
+  EXPECT_EQ(names, expected);
   ExpectHelpFromEveryProgramIn(folder.File("root/usr/bin"));
   EXPECT_TRUE(fs::exists(folder.File("root/usr/share/velmora/poses-4x11.json")));
   EXPECT_TRUE(fs::exists(folder.File("root/usr/include/velmora/Calibrator.h")));
