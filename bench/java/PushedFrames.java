@@ -11,7 +11,8 @@ public final class PushedFrames {
     this.base64 = base64;
     this.nv21 = nv21;
     Calibration.nSetLogLevel(1);
-    Calibration.nRegisterCalibrationListener(id, (jpeg, status) -> received += jpeg.length > 1 ? 1 : 0, true, 0, 0);
+    Calibration.nRegisterCalibrationListener(
+        id, (jpeg, status) -> received += jpeg.length > 1 ? 1 : 0, true, 0, 0);
   }
 
   void pushBase64() { Calibration.nNextFrameJpegB64(id, base64, 0); }

@@ -22,21 +22,13 @@ public class Recorder implements JNICalibrationListener {
     }
   }
 
-  public synchronized void fail(boolean fail) {
-    failing = fail;
-  }
+  public synchronized void fail(boolean fail) { failing = fail; }
 
-  public synchronized int calls() {
-    return arrays.size();
-  }
+  public synchronized int calls() { return arrays.size(); }
 
-  public synchronized byte[] image() {
-    return image;
-  }
+  public synchronized byte[] image() { return image; }
 
-  public synchronized String status() {
-    return status;
-  }
+  public synchronized String status() { return status; }
 
   /** The number of arrays handed in that something still refers to. */
   public synchronized int livingArrays() {
@@ -45,11 +37,7 @@ public class Recorder implements JNICalibrationListener {
   }
 
   /** The number of Java's threads that are not its own. */
-  public static int threads() {
-    return Thread.activeCount();
-  }
+  public static int threads() { return Thread.activeCount(); }
 
-  public static void collectGarbage() {
-    System.gc();
-  }
+  public static void collectGarbage() { System.gc(); }
 }
