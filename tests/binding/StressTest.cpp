@@ -42,9 +42,7 @@ class Stress : public ::testing::Test {
     for (const auto& slot : slots_) Calibration::DeleteCalibrator(slot);
   }
 
-  static int New() {
-    return Calibration::NewCalibrator(4, 11, 0.02F, Calibrator::MONOCULAR, 640, 480);
-  }
+  static int New() { return Calibration::NewCalibrator(4, 11, 0.02F, Calibrator::MONOCULAR, 640, 480); }
 
   void CheckAnswers(int id) {
     static const std::set<int> statuses = {-1, 100, 200, 300, 400};
@@ -58,11 +56,10 @@ class Stress : public ::testing::Test {
 
   void Listen(int id) {
     if (const auto calibrator = Registry::OfProcess().Find(id)) {
-      calibrator->SetFrameListener(
-          [this](const std::vector<unsigned char>& jpeg, const std::string& status) {
-            EXPECT_TRUE(nlohmann::json::accept(status));
-            if (!jpeg.empty()) ++frames_;
-          });
+      calibrator->SetFrameListener([this](const std::vector<unsigned char>& jpeg, const std::string& status) {
+        EXPECT_TRUE(nlohmann::json::accept(status));
+        if (!jpeg.empty()) ++frames_;
+      });
     }
   }
 
@@ -82,7 +79,9 @@ class Stress : public ::testing::Test {
         [&] { coin ? Calibration::OpenRGBFrameGrabber(id) : Calibration::CloseRGBFrameGrabber(id); },
         [&] { coin ? Calibration::OpenJpegB64FrameGrabber(id) : Calibration::CloseJpegB64FrameGrabber(id); },
         [&] { coin ? Calibration::StartAssistant(id, model_) : Calibration::StopAssistant(id); },
-        [&] { coin ? Calibration::OpenFFmpegContent(id, video_) : (Calibration::CloseFFmpegContent(id), true); },
+        [&] {
+          coin ? Calibration::OpenFFmpegContent(id, video_) : (Calibration::CloseFFmpegContent(id), true);
+        },
         [&] { Calibration::AddPicture(id); },
         [&] { Calibration::AddPicture_QVX(id); },
         [&] { Calibration::Calibrate(id, Calibrator::MODEL_CLASSIC); },
@@ -127,8 +126,7 @@ TEST_F(Stress, OfAllOperationsLeavesWorkingCalibrators) {
       ASSERT_TRUE(Calibration::AddPicture(id));
     }
     Calibration::Calibrate(id, Calibrator::MODEL_CLASSIC);
-    EXPECT_TRUE(
-        unit::Eventually([&] { return Calibration::GetStatus(id) == Calibrator::STATUS_COMPLETED; }));
+    EXPECT_TRUE(unit::Eventually([&] { return Calibration::GetStatus(id) == Calibrator::STATUS_COMPLETED; }));
     EXPECT_TRUE(Calibration::DeleteCalibrator(id));
   }
 }

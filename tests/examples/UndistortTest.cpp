@@ -1,0 +1,99 @@
+/// The examples that use a result file: lines of the scene become straight, and both languages agree.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <opencv2/calib3d.hpp>
+#include <opencv2/imgcodecs.hpp>
+
+#include "JSON.h"
+#include "Process.h"
+#include "Renderer.h"
+#include "Views.h"
+
+namespace {
+
+using support::Process;
+constexpr std::chrono::minutes LONG_ENOUGH{2};
+
+class Undistort : public ::testing::Test {
+ protected:
+  Undistort() {
+    scene_.camera = world::CameraFromFieldOfView({640, 480}, 65.0, {-0.25, 0.06, 0.0, 0.0, 0.0});
+    // Off the middle, but not so far that straightening would move it out of the picture.
+    world::Appearance appearance;
+    appearance.x = appearance.y = 0.5;
+    appearance.span = 0.6;
+    world::Pose pose;
+    EXPECT_TRUE(world::PlaceGrid(scene_.camera, scene_.sheet, appearance, 10.0, pose));
+    picture_ = world::Renderer(scene_).Render(pose);
+    cv::imwrite(folder_.File("picture.png"), picture_);
+    JSON result;
+    result.addInt("imgWidth", 640);
+    result.addInt("imgHeight", 480);
+    result.addMat("cameraMatrix", cv::Mat(scene_.camera.lens.K()));
+    result.addMat("distCoefs", cv::Mat(1, 5, CV_64F, distortion_).clone());
+    result.save(folder_.File("camera.json"));
+  }
+
+  std::vector<std::string> Files(const std::string& straightened) const {
+    return {folder_.File("camera.json"), folder_.File("picture.png"), folder_.File(straightened)};
+  }
+
+  double distortion_[5] = {-0.25, 0.06, 0.0, 0.0, 0.0};
+  support::TemporaryFolder folder_;
+  world::Scene scene_;
+  cv::Mat picture_;
+};
+
+/// The largest distance of the grid's outer rows of centres from straight lines through their ends, pixels.
+double Bend(const std::vector<cv::Point2d>& centres) {
+  if (centres.size() != 44) return std::nan("");
+  double worst = 0.0;
+  for (const int column : {0, 3}) {
+    // The discs of every second row and the same column lie on a line of the paper.
+    const cv::Point2d from = centres[static_cast<size_t>(column)];
+    const cv::Point2d to = centres[static_cast<size_t>(40 + column)];
+    for (int row = 2; row < 10; row += 2) {
+      const cv::Point2d p = centres[static_cast<size_t>(4 * row + column)];
+      worst = std::max(worst, std::abs((to - from).cross(p - from)) / cv::norm(to - from));
+    }
+  }
+  return worst;
+}
+
+std::vector<cv::Point2d> CentresIn(const cv::Mat& picture) {
+  std::vector<cv::Point2d> centres;
+  EXPECT_TRUE(cv::findCirclesGrid(picture, cv::Size(4, 11), centres, cv::CALIB_CB_ASYMMETRIC_GRID));
+  return centres;
+}
+
+TEST_F(Undistort, MakesLinesStraight) {
+  std::vector<std::string> command = {VELMORA_UNDISTORT};
+  for (const std::string& file : Files("cpp.png")) command.push_back(file);
+  Process example(command);
+  ASSERT_EQ(example.WaitForExit(LONG_ENOUGH), 0) << example.Errors();
+  const double before = Bend(CentresIn(picture_));
+  const double after = Bend(CentresIn(cv::imread(folder_.File("cpp.png"))));
+  EXPECT_GT(before, 1.5);
+  EXPECT_LT(after, 0.3);
+
+  std::string python = VELMORA_PYTHON;
+  Process probe({python.empty() ? "false" : python, "-c", "import cv2"});
+  if (probe.WaitForExit(LONG_ENOUGH) != 0) GTEST_SKIP() << "Python has no cv2 here";
+  command = {python, VELMORA_UNDISTORT_PY};
+  for (const std::string& file : Files("py.png")) command.push_back(file);
+  Process script(command);
+  ASSERT_EQ(script.WaitForExit(LONG_ENOUGH), 0) << script.Errors();
+  EXPECT_EQ(cv::norm(cv::imread(folder_.File("cpp.png")), cv::imread(folder_.File("py.png")), cv::NORM_INF), 0.0);
+}
+
+TEST_F(Undistort, RefusesAPictureOfAnotherSize) {
+  cv::imwrite(folder_.File("picture.png"), picture_(cv::Rect(0, 0, 320, 240)));
+  std::vector<std::string> command = {VELMORA_UNDISTORT};
+  for (const std::string& file : Files("cpp.png")) command.push_back(file);
+  Process example(command);
+  EXPECT_EQ(example.WaitForExit(LONG_ENOUGH), 1);
+  EXPECT_EQ(example.Errors(), "the picture is missing or of another size\n");
+}
+
+}  // namespace
