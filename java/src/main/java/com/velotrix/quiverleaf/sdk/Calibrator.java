@@ -31,8 +31,6 @@ import java.util.concurrent.TimeoutException;
  * the engine's log.
  */
 public final class Calibrator implements AutoCloseable {
-  private static final long POLL_MILLISECONDS = 10;
-
   private final int id;
   private final Kind kind;
   private boolean closed;
@@ -197,23 +195,7 @@ public final class Calibrator implements AutoCloseable {
    * @throws IllegalStateException when the computation ended without one, which the engine's log explains
    */
   public CalibrationResult awaitResult(Duration patience) throws InterruptedException, TimeoutException {
-    long end = System.nanoTime() + patience.toNanos();
-    boolean computing = false;
-    for (;;) {
-      CalibratorStatus now = status();
-      Optional<CalibrationResult> result = now.result();
-      if (result.isPresent()) {
-        return result.get();
-      }
-      if (computing && now.status() == Status.READY) {
-        throw new IllegalStateException("the computation failed; the engine's log says why");
-      }
-      computing = now.status() == Status.PROGRESS;
-      if (System.nanoTime() - end > 0) {
-        throw new TimeoutException("no result in time: " + now);
-      }
-      Thread.sleep(POLL_MILLISECONDS);
-    }
+    return ResultWait.on(this, patience);
   }
 
   /** The result, if there is one. */
