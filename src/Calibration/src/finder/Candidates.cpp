@@ -11,8 +11,10 @@ namespace {
 
 constexpr int LEVELS = 18;
 constexpr int LEAST_CONTRAST = 8;
-constexpr double SMALLEST_AREA = 7.0;
-constexpr double SPECK_AREA = 3.0;
+constexpr double SMALLEST_AREA = 4.0;
+/// Spots of fewer pixels are faint in most pictures.
+constexpr double SMALL_AREA = 20.0;
+constexpr double SPECK_AREA = 2.0;
 constexpr int CELL = 16;
 
 /// A spot followed through the levels.
@@ -87,7 +89,7 @@ class SpotMap {
   std::vector<Spot> spots_;
 };
 
-/// One candidate for each spot that two levels at least see, as its middle level sees it.
+/// One candidate for each spot that two levels at least see, one for small spots, as its middle level sees it.
 std::vector<Candidate> Merge(const std::vector<Region>& regions, const cv::Size& size) {
   SpotMap map(size);
   std::vector<int> spotOf;
@@ -98,7 +100,8 @@ std::vector<Candidate> Merge(const std::vector<Region>& regions, const cv::Size&
   for (size_t k = 0; k < regions.size(); ++k) {
     const size_t spot = static_cast<size_t>(spotOf[k]);
     const int levels = map.Spots()[spot].levels;
-    if (levels < 2 || seen[spot]++ != levels / 2) continue;
+    const bool enough = levels >= 2 || regions[k].area < SMALL_AREA;
+    if (!enough || seen[spot]++ != levels / 2) continue;
     merged.push_back({regions[k].centroid, std::sqrt(regions[k].area / CV_PI), levels});
   }
   return merged;

@@ -14,8 +14,8 @@ namespace {
 
 // All in steps.
 constexpr double STRAY = 0.16;
-constexpr double FARTHEST_OFF = 0.45;
-constexpr double OFF_TOGETHER = 0.15;
+constexpr double FARTHEST_OFF = 0.9;
+constexpr double OFF_TOGETHER = 0.3;
 constexpr double BEYOND = 0.17;
 /// So many discs around the grid are no accident.
 constexpr int BEYOND_AT_MOST = 3;
@@ -46,23 +46,29 @@ std::set<std::pair<int, int>> PlacesAround(const PlacedDiscs& discs) {
 
 }  // namespace
 
-int DropStrays(const SheetPlane& plane, PlacedDiscs& discs) {
-  std::vector<size_t> strays;
-  for (size_t k = 0; k < discs.places.size(); ++k) {
-    if (!discs.Has(k)) continue;
-    const cv::Point2d off = discs.centres[k] - plane.Predict(discs, discs.places[k]);
-    if (cv::norm(off) > STRAY * plane.Step(discs.places[k]) + 0.5) strays.push_back(k);
+bool DropStrays(SheetPlane& plane, PlacedDiscs& discs, int atMost) {
+  for (;;) {
+    double farthest = STRAY;
+    size_t stray = discs.places.size();
+    for (size_t k = 0; k < discs.places.size(); ++k) {
+      const double off = discs.Has(k) ? plane.Stray(discs, k) - 0.5 / plane.Step(discs.places[k]) : 0.0;
+      if (off <= farthest) continue;
+      farthest = off;
+      stray = k;
+    }
+    if (stray == discs.places.size()) return true;
+    // One at a time: the farthest one may be all that is wrong with the others.
+    discs.radii[stray] = 0.0;
+    if (discs.Missing() > atMost || !plane.Fit(discs)) return false;
   }
-  for (const size_t k : strays) discs.radii[k] = 0.0;
-  return static_cast<int>(strays.size());
 }
 
 bool LiesOnPlane(const SheetPlane& plane, const PlacedDiscs& discs) {
   double sum = 0.0;
   for (size_t k = 0; k < discs.places.size(); ++k) {
-    const double off =
-        cv::norm(discs.centres[k] - plane.Project(discs.places[k])) / plane.Step(discs.places[k]);
-    if (!(off < FARTHEST_OFF)) return false;
+    const double step = plane.Step(discs.places[k]);
+    const double off = cv::norm(discs.centres[k] - plane.Project(discs.places[k])) / step;
+    if (!(off < FARTHEST_OFF) || plane.Stray(discs, k) > STRAY + 0.5 / step) return false;
     sum += off * off;
   }
   return std::sqrt(sum / static_cast<double>(discs.places.size())) < OFF_TOGETHER;
@@ -70,12 +76,17 @@ bool LiesOnPlane(const SheetPlane& plane, const PlacedDiscs& discs) {
 
 bool GoesOn(const SheetPlane& plane, const PlacedDiscs& discs, const CandidateIndex& index, Effort& effort) {
   const double radius = discs.MedianRadius();
+  const auto isOwn = [&](int k) {
+    return std::any_of(discs.centres.begin(), discs.centres.end(), [&](const cv::Point2d& centre) {
+      return cv::norm(index[k].centre - centre) < 0.7 * radius;
+    });
+  };
   int beyond = 0;
   for (const auto& [x, y] : PlacesAround(discs)) {
     const cv::Point place(x, y);
     const double reach = BEYOND * plane.Step(place) + 0.5;
-    const int found = index.Nearest(plane.Predict(discs, place), reach, effort, [&](int k) {
-      return index[k].radius > 0.65 * radius && index[k].radius < 1.5 * radius;
+    const int found = index.Nearest(plane.Predict(place), reach, effort, [&](int k) {
+      return index[k].radius > 0.65 * radius && index[k].radius < 1.5 * radius && !isOwn(k);
     });
     if (found >= 0) ++beyond;
   }

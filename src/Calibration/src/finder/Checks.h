@@ -8,10 +8,11 @@
 
 namespace finder {
 
-/// Declares discs missing that are not where their neighbours say. Returns how many.
-int DropStrays(const SheetPlane& plane, PlacedDiscs& discs);
+/// Declares discs missing that are not where the others say, and fits the plane to the rest. False when more
+/// than so many are missing then, or nothing fits.
+bool DropStrays(SheetPlane& plane, PlacedDiscs& discs, int atMost);
 
-/// True when all discs are near enough to the plane, each alone and all together.
+/// True when all discs are near the plane, as far as a lens may bend it, and none is a stray.
 bool LiesOnPlane(const SheetPlane& plane, const PlacedDiscs& discs);
 
 /// True when the pattern goes on beyond the grid's size: discs like those of the grid lie on places around it.

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <array>
+#include <map>
+#include <utility>
 
 namespace finder {
 
@@ -11,6 +13,12 @@ namespace {
 constexpr size_t NEIGHBOURS = 8;
 constexpr int SEED_PAIRS = 6;
 constexpr int PASSES = 3;
+/// What beginning a growth costs, in looks.
+constexpr int BEGINNING = 200;
+/// What is left to look at the largest of too small ones.
+constexpr int LAST_LOOK = 50000;
+/// Mean distance from the middle between two neighbours, in steps between them.
+constexpr double REGULAR = 0.09;
 /// Places are -REACH to REACH in both directions.
 constexpr int REACH = 60;
 /// Share of a step that a neighbour may be off its predicted place.
@@ -28,6 +36,7 @@ class Growth {
  public:
   Growth(const CandidateIndex& index, size_t most, Effort& effort)
       : index_(index), most_(most), effort_(effort), taken_(static_cast<size_t>(index.Count()), false) {
+    effort_.left -= BEGINNING;
     at_.assign(static_cast<size_t>((2 * REACH + 1) * (2 * REACH + 1)), -1);
   }
 
@@ -150,12 +159,35 @@ bool IsSupported(const CandidateIndex& index, int seed, const cv::Point2d& a, co
 }  // namespace
 
 bool AlikeInSize(double radius, double other) {
-  return radius < 1.8 * other && other < 1.8 * radius;
+  // In the smallest ones a pixel more or less makes much of a difference.
+  constexpr double BLURRED = 0.6;
+  return radius + BLURRED < 1.8 * (other + BLURRED) && other + BLURRED < 1.8 * (radius + BLURRED);
 }
 
 Lattice GrowLattice(const CandidateIndex& index, int seed, const cv::Point2d& first,
                     const cv::Point2d& second, size_t most, Effort& effort) {
   return Growth(index, most, effort).Run(seed, first, second);
+}
+
+bool IsRegular(const Lattice& lattice, const CandidateIndex& index) {
+  std::map<std::pair<int, int>, cv::Point2d> centres;
+  for (const LatticePoint& point : lattice.points) {
+    centres[{point.place.y, point.place.x}] = index[point.candidate].centre;
+  }
+  double sum = 0.0;
+  int count = 0;
+  for (const auto& [place, centre] : centres) {
+    for (const auto& [y, x] : {std::pair<int, int>(0, 1), std::pair<int, int>(1, 0)}) {
+      const auto before = centres.find({place.first - y, place.second - x});
+      const auto after = centres.find({place.first + y, place.second + x});
+      if (before == centres.end() || after == centres.end()) continue;
+      const cv::Point2d apart = after->second - before->second;
+      const cv::Point2d off = 0.5 * (before->second + after->second) - centre;
+      sum += std::max(0.0, 2.0 * cv::norm(off) - 0.7) / std::max(1.0, cv::norm(apart));
+      ++count;
+    }
+  }
+  return count >= 4 && sum < REGULAR * count;
 }
 
 bool SearchLattices(const CandidateIndex& index, size_t least, size_t most, Effort& effort,
@@ -174,16 +206,17 @@ bool SearchLattices(const CandidateIndex& index, size_t least, size_t most, Effo
         if (!IsSupported(index, seed, steps[i], steps[j], effort)) continue;
         ++pairs;
         Lattice lattice = GrowLattice(index, seed, steps[i], steps[j], most, effort);
-        const bool large = lattice.points.size() >= least;
+        const bool large = lattice.points.size() >= least && IsRegular(lattice, index);
         if (large && accept(lattice)) return true;
         // Members of a pattern that is none of ours would only grow the same again.
         if (large && pairs >= 2) {
           for (const LatticePoint& point : lattice.points) used[static_cast<size_t>(point.candidate)] = true;
         }
-        if (lattice.points.size() > largest.points.size()) largest = std::move(lattice);
+        if (lattice.points.size() > largest.points.size() && IsRegular(lattice, index)) largest = std::move(lattice);
       }
     }
   }
+  effort.left = std::max(effort.left, LAST_LOOK);
   return largest.points.size() < least && !largest.points.empty() && accept(largest);
 }
 

@@ -25,7 +25,11 @@ struct Lattice {
 Lattice GrowLattice(const CandidateIndex& index, int seed, const cv::Point2d& first,
                     const cv::Point2d& second, size_t most, Effort& effort);
 
-/// Grows lattices from all candidates, until `accept` returns true for one, or the effort is spent. Of smaller
+/// True when most points lie in the middle between their neighbours: points strewn at random can be grown along
+/// just as well, but not so evenly.
+bool IsRegular(const Lattice& lattice, const CandidateIndex& index);
+
+/// Grows lattices from all candidates, until `accept` returns true for a regular one, or the effort is spent. Of smaller
 /// ones than `least` only the largest is offered, last of all. True when one was accepted.
 bool SearchLattices(const CandidateIndex& index, size_t least, size_t most, Effort& effort,
                     const std::function<bool(const Lattice&)>& accept);

@@ -47,7 +47,7 @@ void RecoverMissing(const SheetPlane& plane, const cv::Mat& grey, PlacedDiscs& d
   const double usual = known.MedianRadius();
   for (size_t k = 0; k < discs.places.size(); ++k) {
     if (known.Has(k)) continue;
-    const cv::Point2d at = plane.Predict(known, known.places[k]);
+    const cv::Point2d at = plane.Predict(known.places[k]);
     const cv::Rect window = WindowAround(at, plane.Slope(known.places[k]), grey.size());
     if (window.width < 4 || window.height < 4) continue;
     const Region spot = NearestSpot(grey, window, at);
@@ -64,7 +64,7 @@ bool MissesOutside(const SheetPlane& plane, const PlacedDiscs& discs, const cv::
   const double margin = discs.MedianRadius() + 1.0;
   for (size_t k = 0; k < discs.places.size(); ++k) {
     if (discs.Has(k)) continue;
-    const cv::Point2d at = plane.Predict(discs, discs.places[k]);
+    const cv::Point2d at = plane.Predict(discs.places[k]);
     const bool inside = at.x > margin && at.y > margin && at.x < size.width - 1 - margin &&
                         at.y < size.height - 1 - margin;
     if (!inside) return true;

@@ -71,7 +71,7 @@ Range Shifts(int patternFrom, int patternSize, int latticeFrom, int latticeSize)
 
 }  // namespace
 
-Placement PlacePattern(const Lattice& lattice, const cv::Size& grid) {
+Placement PlacePattern(const Lattice& lattice, const cv::Size& grid, int lacking, Effort& effort) {
   Placement best;
   if (lattice.points.empty()) return best;
   const PlaceTable table(lattice);
@@ -86,10 +86,13 @@ Placement PlacePattern(const Lattice& lattice, const cv::Size& grid) {
                    [&](const cv::Point& p) { return Times(base, p); });
     const cv::Rect box = cv::boundingRect(turned);
     const cv::Rect& room = table.Box();
+    if (box.width > room.width + lacking || box.height > room.height + lacking) continue;
     const Range xs = Shifts(box.x, box.width, room.x, room.width);
     const Range ys = Shifts(box.y, box.height, room.y, room.height);
     for (int y = ys.from; y <= ys.to; ++y) {
       for (int x = xs.from; x <= xs.to; ++x) {
+        if (effort.Spent()) return {};
+        effort.left -= static_cast<int>(turned.size() / 4);
         const cv::Point shift(x, y);
         const int covered = static_cast<int>(std::count_if(
             turned.begin(), turned.end(), [&](const cv::Point& p) { return table.At(p + shift) >= 0; }));

@@ -34,9 +34,10 @@ class DarkSearch {
       finding_.fault = FaultOfFew(candidates);
     }
     const finder::CandidateIndex index(candidates.discs, grey_.size());
-    finder::Effort effort{EFFORT};
-    finder::SearchLattices(index, least, 3 * places_.size() + 60, effort,
+    effort_.left = EFFORT;
+    finder::SearchLattices(index, least, 3 * places_.size() + 60, effort_,
                            [&](const finder::Lattice& lattice) { return Accept(lattice, index); });
+    if (getenv("EFF")) fprintf(stderr,"effort left %d of cands %zu\n", effort_.left, candidates.discs.size());
     return finding_;
   }
 
@@ -49,9 +50,14 @@ class DarkSearch {
   }
 
   bool Accept(const finder::Lattice& lattice, const finder::CandidateIndex& index) {
-    const finder::Placement placement = finder::PlacePattern(lattice, grid_);
+    const bool complete = static_cast<int>(lattice.points.size()) >= grid_.area() - finder::MissingAllowed(grid_);
+    // What is too small for the grid is placed all the same: it tells what is missing.
+    const int lacking = complete ? 2 : grid_.width + grid_.height;
+    const finder::Placement placement = finder::PlacePattern(lattice, grid_, lacking, effort_);
     if (placement.covered < TELLING) return false;
+    if (getenv("EFF")) fprintf(stderr,"lattice %zu covered %d second %d\n", lattice.points.size(), placement.covered, placement.secondBest);
     PlacedDiscs discs;
+    discs.grid = grid_;
     discs.places = places_;
     for (const int k : placement.discs) {
       discs.centres.push_back(k >= 0 ? index[k].centre : cv::Point2d());
@@ -63,6 +69,7 @@ class DarkSearch {
     const GridFault fault = clear ? Complete(plane, discs, index)
                             : lattice.points.size() > places_.size() ? GridFault::BiggerLattice
                                                                      : FaultOfGaps(plane, discs);
+    if (getenv("EFF")) fprintf(stderr,"   %s missing %d\n", DescribeFault(fault).c_str(), discs.Missing());
     if (fault != GridFault::NothingLikeIt) finding_.fault = fault;
     if (fault != GridFault::None) return false;
     finding_.centres = discs.centres;
@@ -75,14 +82,13 @@ class DarkSearch {
   }
 
   /// Brings the discs to a whole grid, or says why they are none.
-  GridFault Complete(SheetPlane& plane, PlacedDiscs& discs, const finder::CandidateIndex& index) const {
-    if (finder::DropStrays(plane, discs) > 0 && !plane.Fit(discs)) return GridFault::NothingLikeIt;
+  GridFault Complete(SheetPlane& plane, PlacedDiscs& discs, const finder::CandidateIndex& index) {
     if (discs.Missing() > finder::MissingAllowed(grid_)) return FaultOfGaps(plane, discs);
+    if (!finder::DropStrays(plane, discs, finder::MissingAllowed(grid_))) return GridFault::NothingLikeIt;
     if (discs.Missing() > 0) finder::RecoverMissing(plane, grey_, discs);
     if (discs.Missing() > 0) return FaultOfGaps(plane, discs);
     if (!plane.Fit(discs) || !finder::LiesOnPlane(plane, discs)) return GridFault::NothingLikeIt;
-    finder::Effort effort{EFFORT};
-    if (finder::GoesOn(plane, discs, index, effort)) return GridFault::BiggerLattice;
+    if (finder::GoesOn(plane, discs, index, effort_)) return GridFault::BiggerLattice;
     if (finder::IsChessboard(plane, discs, grey_)) return GridFault::NothingLikeIt;
     finder::RefineDiscs(plane, grey_, discs);
     return GridFault::None;
@@ -91,6 +97,7 @@ class DarkSearch {
   const cv::Mat& grey_;
   const cv::Size grid_;
   const std::vector<cv::Point> places_;
+  finder::Effort effort_;
   GridFinding finding_;
 };
 

@@ -9,8 +9,9 @@ namespace finder {
 
 namespace {
 
-/// Neighbours are places not farther away than this, in steps, squared.
-constexpr int NEIGHBOURHOOD = 8;
+/// So many discs determine a polynomial of degree 3, or 2, with some to spare.
+constexpr int ENOUGH_FOR_CUBIC = 25;
+constexpr int ENOUGH_FOR_QUADRATIC = 13;
 
 double Median(std::vector<double>& values) {
   const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
@@ -24,13 +25,21 @@ int PlacedDiscs::Missing() const {
   return static_cast<int>(std::count(radii.begin(), radii.end(), 0.0));
 }
 
+int PlacedDiscs::At(const cv::Point& place) const {
+  if (place.y < 0 || place.y >= grid.height || place.x < place.y % 2) return -1;
+  const int column = (place.x - place.y % 2) / 2;
+  if (column >= grid.width || (place.x - place.y) % 2 != 0) return -1;
+  const int disc = place.y * grid.width + column;
+  return Has(static_cast<size_t>(disc)) ? disc : -1;
+}
+
 double PlacedDiscs::MedianRadius() const {
   std::vector<double> known;
   std::copy_if(radii.begin(), radii.end(), std::back_inserter(known), [](double r) { return r > 0.0; });
   return known.empty() ? 0.0 : Median(known);
 }
 
-bool SheetPlane::Fit(const PlacedDiscs& discs) {
+bool SheetPlane::FitPlane(const PlacedDiscs& discs) {
   std::vector<cv::Point2d> from;
   std::vector<cv::Point2d> to;
   for (size_t k = 0; k < discs.places.size(); ++k) {
@@ -66,22 +75,51 @@ double SheetPlane::Step(const cv::Point2d& place) const {
   return std::sqrt(std::abs(cv::determinant(Slope(place))));
 }
 
-cv::Point2d SheetPlane::NeighboursOffset(const PlacedDiscs& discs, const cv::Point& place) const {
-  std::vector<double> xs;
-  std::vector<double> ys;
-  for (size_t k = 0; k < discs.places.size(); ++k) {
-    const cv::Point apart = discs.places[k] - place;
-    const int square = apart.dot(apart);
-    if (!discs.Has(k) || square == 0 || square > NEIGHBOURHOOD) continue;
-    const cv::Point2d offset = discs.centres[k] - Project(discs.places[k]);
-    xs.push_back(offset.x);
-    ys.push_back(offset.y);
+/// The polynomial's terms at a place, as a row.
+cv::Mat SheetPlane::Terms(const cv::Point2d& place) const {
+  const double u = (place.x - middle_.x) / half_.x;
+  const double v = (place.y - middle_.y) / half_.y;
+  cv::Mat terms(1, (degree_ + 1) * (degree_ + 2) / 2, CV_64FC1);
+  double* out = terms.ptr<double>();
+  for (int total = 0; total <= degree_; ++total) {
+    for (int k = 0; k <= total; ++k) *out++ = std::pow(u, total - k) * std::pow(v, k);
   }
-  return xs.empty() ? cv::Point2d() : cv::Point2d(Median(xs), Median(ys));
+  return terms;
 }
 
-cv::Point2d SheetPlane::Predict(const PlacedDiscs& discs, const cv::Point& place) const {
-  return Project(place) + NeighboursOffset(discs, place);
+bool SheetPlane::FitBend(const PlacedDiscs& discs) {
+  const int known = static_cast<int>(discs.places.size()) - discs.Missing();
+  degree_ = known >= ENOUGH_FOR_CUBIC ? 3 : known >= ENOUGH_FOR_QUADRATIC ? 2 : 1;
+  half_ = 0.5 * cv::Point2d(2.0 * discs.grid.width - 1.0, discs.grid.height - 1.0);
+  middle_ = half_;
+  cv::Mat rows;
+  cv::Mat offsets;
+  for (size_t k = 0; k < discs.places.size(); ++k) {
+    if (!discs.Has(k)) continue;
+    // In steps, so that the far side counts as much as the near one.
+    const double weight = 1.0 / Step(discs.places[k]);
+    const cv::Point2d offset = discs.centres[k] - Project(discs.places[k]);
+    rows.push_back(cv::Mat(weight * Terms(discs.places[k])));
+    offsets.push_back(cv::Mat(weight * cv::Mat(cv::Matx12d(offset.x, offset.y))));
+  }
+  const cv::Mat normal = rows.t() * rows + 1e-9 * cv::Mat::eye(rows.cols, rows.cols, CV_64FC1);
+  if (cv::invert(normal, inverse_, cv::DECOMP_CHOLESKY) == 0.0) return false;
+  bend_ = inverse_ * rows.t() * offsets;
+  return cv::checkRange(bend_);
+}
+
+cv::Point2d SheetPlane::BendAt(const cv::Point2d& place) const {
+  const cv::Mat bend = Terms(place) * bend_;
+  return {bend.at<double>(0, 0), bend.at<double>(0, 1)};
+}
+
+double SheetPlane::Stray(const PlacedDiscs& discs, size_t k) const {
+  const cv::Point2d place = discs.places[k];
+  const double step = Step(place);
+  const cv::Mat terms = Terms(place) / step;
+  const double leverage = cv::Mat(terms * inverse_ * terms.t()).at<double>(0, 0);
+  // What a disc pulls the fit towards itself is taken back.
+  return cv::norm(discs.centres[k] - Predict(place)) / step / std::max(0.05, 1.0 - leverage);
 }
 
 }  // namespace finder
