@@ -20,8 +20,8 @@ constexpr double BEYOND = 0.17;
 /// So many discs around the grid are no accident.
 constexpr int BEYOND_AT_MOST = 3;
 /// Squares cover half of a chessboard; discs of that size would nearly touch, too, but leave light between.
-constexpr double DENSE = 0.40;
-constexpr double DARK_BETWEEN = 0.30;
+constexpr double DENSE = 0.33;
+constexpr double DARK_BETWEEN = 0.27;
 
 double Median(std::vector<double>& values) {
   const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);

@@ -17,8 +17,8 @@ constexpr int PASSES = 3;
 constexpr int BEGINNING = 200;
 /// What is left to look at the largest of too small ones.
 constexpr int LAST_LOOK = 50000;
-/// Mean distance from the middle between two neighbours, in steps between them.
-constexpr double REGULAR = 0.09;
+/// The largest irregularity of a pattern.
+constexpr double REGULAR = 0.07;
 /// Places are -REACH to REACH in both directions.
 constexpr int REACH = 60;
 /// Share of a step that a neighbour may be off its predicted place.
@@ -169,7 +169,7 @@ Lattice GrowLattice(const CandidateIndex& index, int seed, const cv::Point2d& fi
   return Growth(index, most, effort).Run(seed, first, second);
 }
 
-bool IsRegular(const Lattice& lattice, const CandidateIndex& index) {
+double Irregularity(const Lattice& lattice, const CandidateIndex& index) {
   std::map<std::pair<int, int>, cv::Point2d> centres;
   for (const LatticePoint& point : lattice.points) {
     centres[{point.place.y, point.place.x}] = index[point.candidate].centre;
@@ -187,7 +187,7 @@ bool IsRegular(const Lattice& lattice, const CandidateIndex& index) {
       ++count;
     }
   }
-  return count >= 4 && sum < REGULAR * count;
+  return count >= 4 ? sum / count : 1.0;
 }
 
 bool SearchLattices(const CandidateIndex& index, size_t least, size_t most, Effort& effort,
@@ -206,13 +206,13 @@ bool SearchLattices(const CandidateIndex& index, size_t least, size_t most, Effo
         if (!IsSupported(index, seed, steps[i], steps[j], effort)) continue;
         ++pairs;
         Lattice lattice = GrowLattice(index, seed, steps[i], steps[j], most, effort);
-        const bool large = lattice.points.size() >= least && IsRegular(lattice, index);
+        const bool large = lattice.points.size() >= least && Irregularity(lattice, index) < REGULAR;
         if (large && accept(lattice)) return true;
         // Members of a pattern that is none of ours would only grow the same again.
         if (large && pairs >= 2) {
           for (const LatticePoint& point : lattice.points) used[static_cast<size_t>(point.candidate)] = true;
         }
-        if (lattice.points.size() > largest.points.size() && IsRegular(lattice, index)) largest = std::move(lattice);
+        if (lattice.points.size() > largest.points.size() && Irregularity(lattice, index) < REGULAR) largest = std::move(lattice);
       }
     }
   }

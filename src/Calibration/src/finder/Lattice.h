@@ -25,9 +25,9 @@ struct Lattice {
 Lattice GrowLattice(const CandidateIndex& index, int seed, const cv::Point2d& first,
                     const cv::Point2d& second, size_t most, Effort& effort);
 
-/// True when most points lie in the middle between their neighbours: points strewn at random can be grown along
-/// just as well, but not so evenly.
-bool IsRegular(const Lattice& lattice, const CandidateIndex& index);
+/// How far points lie from the middle between their neighbours, as a mean share of the step: points strewn at
+/// random can be grown along just as well as a pattern, but not as evenly. 1 for too few to tell.
+double Irregularity(const Lattice& lattice, const CandidateIndex& index);
 
 /// Grows lattices from all candidates, until `accept` returns true for a regular one, or the effort is spent. Of smaller
 /// ones than `least` only the largest is offered, last of all. True when one was accepted.

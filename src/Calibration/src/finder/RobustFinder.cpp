@@ -17,7 +17,9 @@ using finder::PlacedDiscs;
 using finder::SheetPlane;
 
 /// Looks into the index that one search may take.
-constexpr int EFFORT = 400000;
+constexpr int EFFORT = 250000;
+/// A small lattice that is less regular than this speaks of nothing.
+constexpr double ACCIDENTAL = 0.03;
 /// Discs that are enough of a pattern to speak of its size.
 constexpr int TELLING = 12;
 
@@ -37,7 +39,6 @@ class DarkSearch {
     effort_.left = EFFORT;
     finder::SearchLattices(index, least, 3 * places_.size() + 60, effort_,
                            [&](const finder::Lattice& lattice) { return Accept(lattice, index); });
-    if (getenv("EFF")) fprintf(stderr,"effort left %d of cands %zu\n", effort_.left, candidates.discs.size());
     return finding_;
   }
 
@@ -55,7 +56,8 @@ class DarkSearch {
     const int lacking = complete ? 2 : grid_.width + grid_.height;
     const finder::Placement placement = finder::PlacePattern(lattice, grid_, lacking, effort_);
     if (placement.covered < TELLING) return false;
-    if (getenv("EFF")) fprintf(stderr,"lattice %zu covered %d second %d\n", lattice.points.size(), placement.covered, placement.secondBest);
+    // A few spots line up by accident here and there.
+    if (!complete && finder::Irregularity(lattice, index) > ACCIDENTAL) return false;
     PlacedDiscs discs;
     discs.grid = grid_;
     discs.places = places_;
@@ -69,7 +71,6 @@ class DarkSearch {
     const GridFault fault = clear ? Complete(plane, discs, index)
                             : lattice.points.size() > places_.size() ? GridFault::BiggerLattice
                                                                      : FaultOfGaps(plane, discs);
-    if (getenv("EFF")) fprintf(stderr,"   %s missing %d\n", DescribeFault(fault).c_str(), discs.Missing());
     if (fault != GridFault::NothingLikeIt) finding_.fault = fault;
     if (fault != GridFault::None) return false;
     finding_.centres = discs.centres;

@@ -118,8 +118,9 @@ double SheetPlane::Stray(const PlacedDiscs& discs, size_t k) const {
   const double step = Step(place);
   const cv::Mat terms = Terms(place) / step;
   const double leverage = cv::Mat(terms * inverse_ * terms.t()).at<double>(0, 0);
-  // What a disc pulls the fit towards itself is taken back.
-  return cv::norm(discs.centres[k] - Predict(place)) / step / std::max(0.05, 1.0 - leverage);
+  // A disc pulls the fit towards itself; of that half is taken back, in proportion: all of it would take the
+  // lens's own bend at the corners for strays.
+  return cv::norm(discs.centres[k] - Predict(place)) / step / std::sqrt(std::max(0.01, 1.0 - leverage));
 }
 
 }  // namespace finder
