@@ -29,8 +29,7 @@ struct Spot {
 /// Finds the spot that a region of a higher level continues.
 class SpotMap {
  public:
-  explicit SpotMap(const cv::Size& size)
-      : columns_(size.width / CELL + 1), rows_(size.height / CELL + 1) {
+  explicit SpotMap(const cv::Size& size) : columns_(size.width / CELL + 1), rows_(size.height / CELL + 1) {
     first_.assign(static_cast<size_t>(columns_ * rows_), -1);
   }
 
@@ -89,7 +88,8 @@ class SpotMap {
   std::vector<Spot> spots_;
 };
 
-/// One candidate for each spot that two levels at least see, one for small spots, as its middle level sees it.
+/// One candidate for each spot that two levels at least see, one for small spots, as its middle level sees
+/// it.
 std::vector<Candidate> Merge(const std::vector<Region>& regions, const cv::Size& size) {
   SpotMap map(size);
   std::vector<int> spotOf;

@@ -19,9 +19,10 @@ constexpr double OFF_TOGETHER = 0.3;
 constexpr double BEYOND = 0.17;
 /// So many discs around the grid are no accident.
 constexpr int BEYOND_AT_MOST = 3;
-/// Squares cover half of a chessboard; discs of that size would nearly touch, too, but leave light between.
-constexpr double DENSE = 0.33;
-constexpr double DARK_BETWEEN = 0.27;
+/// Squares of a chessboard cover half of it and touch at their corners: the places between them are half
+/// dark. Between discs of the usual size there is light, but around tiny ones blur tells nothing.
+constexpr double DENSE = 0.2;
+constexpr double DARK_BETWEEN = 0.24;
 
 double Median(std::vector<double>& values) {
   const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);

@@ -15,7 +15,8 @@ bool DropStrays(SheetPlane& plane, PlacedDiscs& discs, int atMost);
 /// True when all discs are near the plane, as far as a lens may bend it, and none is a stray.
 bool LiesOnPlane(const SheetPlane& plane, const PlacedDiscs& discs);
 
-/// True when the pattern goes on beyond the grid's size: discs like those of the grid lie on places around it.
+/// True when the pattern goes on beyond the grid's size: discs like those of the grid lie on places around
+/// it.
 bool GoesOn(const SheetPlane& plane, const PlacedDiscs& discs, const CandidateIndex& index, Effort& effort);
 
 /// True when the spots touch at their corners as the dark squares of a chessboard do.

@@ -1,4 +1,5 @@
-/// Grows lattices of candidates: which of them lie where a regular pattern, seen in perspective, has its places.
+/// Grows lattices of candidates: which of them lie where a regular pattern, seen in perspective, has its
+/// places.
 #include "finder/Lattice.h"
 
 #include <algorithm>
@@ -78,10 +79,9 @@ class Growth {
       const int here = At(from);
       const cv::Point2d step = Predict(from, direction);
       const double radius = index_[here].radius;
-      const int found =
-          index_.Nearest(Centre(here) + step, SLACK * cv::norm(step), effort_, [&](int k) {
-            return !taken_[static_cast<size_t>(k)] && AlikeInSize(radius, index_[k].radius);
-          });
+      const int found = index_.Nearest(Centre(here) + step, SLACK * cv::norm(step), effort_, [&](int k) {
+        return !taken_[static_cast<size_t>(k)] && AlikeInSize(radius, index_[k].radius);
+      });
       if (found >= 0) Put(to, found);
     }
   }
@@ -212,7 +212,8 @@ bool SearchLattices(const CandidateIndex& index, size_t least, size_t most, Effo
         if (large && pairs >= 2) {
           for (const LatticePoint& point : lattice.points) used[static_cast<size_t>(point.candidate)] = true;
         }
-        if (lattice.points.size() > largest.points.size() && Irregularity(lattice, index) < REGULAR) largest = std::move(lattice);
+        if (lattice.points.size() > largest.points.size() && Irregularity(lattice, index) < REGULAR)
+          largest = std::move(lattice);
       }
     }
   }

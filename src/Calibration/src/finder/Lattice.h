@@ -1,4 +1,5 @@
-/// Grows lattices of candidates: which of them lie where a regular pattern, seen in perspective, has its places.
+/// Grows lattices of candidates: which of them lie where a regular pattern, seen in perspective, has its
+/// places.
 #pragma once
 
 #include <functional>
@@ -29,8 +30,8 @@ Lattice GrowLattice(const CandidateIndex& index, int seed, const cv::Point2d& fi
 /// random can be grown along just as well as a pattern, but not as evenly. 1 for too few to tell.
 double Irregularity(const Lattice& lattice, const CandidateIndex& index);
 
-/// Grows lattices from all candidates, until `accept` returns true for a regular one, or the effort is spent. Of smaller
-/// ones than `least` only the largest is offered, last of all. True when one was accepted.
+/// Grows lattices from all candidates, until `accept` returns true for a regular one, or the effort is spent.
+/// Of smaller ones than `least` only the largest is offered, last of all. True when one was accepted.
 bool SearchLattices(const CandidateIndex& index, size_t least, size_t most, Effort& effort,
                     const std::function<bool(const Lattice&)>& accept);
 

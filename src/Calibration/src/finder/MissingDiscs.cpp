@@ -65,8 +65,8 @@ bool MissesOutside(const SheetPlane& plane, const PlacedDiscs& discs, const cv::
   for (size_t k = 0; k < discs.places.size(); ++k) {
     if (discs.Has(k)) continue;
     const cv::Point2d at = plane.Predict(discs.places[k]);
-    const bool inside = at.x > margin && at.y > margin && at.x < size.width - 1 - margin &&
-                        at.y < size.height - 1 - margin;
+    const bool inside =
+        at.x > margin && at.y > margin && at.x < size.width - 1 - margin && at.y < size.height - 1 - margin;
     if (!inside) return true;
   }
   return false;

@@ -44,7 +44,8 @@ class PlaceTable {
     for (const LatticePoint& point : lattice.points) places.push_back(point.place);
     box_ = cv::boundingRect(places);
     table_ = cv::Mat(box_.size(), CV_32SC1, cv::Scalar(-1));
-    for (const LatticePoint& point : lattice.points) table_.at<int>(point.place - box_.tl()) = point.candidate;
+    for (const LatticePoint& point : lattice.points)
+      table_.at<int>(point.place - box_.tl()) = point.candidate;
   }
 
   const cv::Rect& Box() const { return box_; }

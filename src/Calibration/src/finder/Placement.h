@@ -16,8 +16,8 @@ struct Placement {
 };
 
 /// The unmirrored way of laying the pattern that covers most places with candidates, over all bases of the
-/// lattice that may be in use and all shifts. The lattice may lack so many rows or columns of places in all. `discs` is empty when none
-/// covers any, or the effort is spent.
+/// lattice that may be in use and all shifts. The lattice may lack so many rows or columns of places in all.
+/// `discs` is empty when none covers any, or the effort is spent.
 Placement PlacePattern(const Lattice& lattice, const cv::Size& grid, int lacking, Effort& effort);
 
 }  // namespace finder

@@ -70,9 +70,8 @@ bool Recentre(const cv::Mat& grey, const cv::Matx22d& slope, Window& window, dou
   const double paper = RingLevel(samples, 0.45 * window.disc + 0.55 * window.outer, window.outer);
   double ink = RingLevel(samples, 0.0, 0.4 * window.disc);
   if (ink < 0.0) {
-    const auto darkest = std::min_element(samples.begin(), samples.end(), [](const Sample& a, const Sample& b) {
-      return a.value < b.value;
-    });
+    const auto darkest = std::min_element(samples.begin(), samples.end(),
+                                          [](const Sample& a, const Sample& b) { return a.value < b.value; });
     if (darkest == samples.end()) return false;
     ink = darkest->value;
   }

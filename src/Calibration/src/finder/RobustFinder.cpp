@@ -51,7 +51,8 @@ class DarkSearch {
   }
 
   bool Accept(const finder::Lattice& lattice, const finder::CandidateIndex& index) {
-    const bool complete = static_cast<int>(lattice.points.size()) >= grid_.area() - finder::MissingAllowed(grid_);
+    const bool complete =
+        static_cast<int>(lattice.points.size()) >= grid_.area() - finder::MissingAllowed(grid_);
     // What is too small for the grid is placed all the same: it tells what is missing.
     const int lacking = complete ? 2 : grid_.width + grid_.height;
     const finder::Placement placement = finder::PlacePattern(lattice, grid_, lacking, effort_);
@@ -68,7 +69,7 @@ class DarkSearch {
     SheetPlane plane;
     if (!plane.Fit(discs)) return false;
     const bool clear = placement.covered >= placement.secondBest + 2;
-    const GridFault fault = clear ? Complete(plane, discs, index)
+    const GridFault fault = clear                                    ? Complete(plane, discs, index)
                             : lattice.points.size() > places_.size() ? GridFault::BiggerLattice
                                                                      : FaultOfGaps(plane, discs);
     if (fault != GridFault::NothingLikeIt) finding_.fault = fault;

@@ -27,8 +27,9 @@ struct GridFinding {
 };
 
 /// Searches for the grid in a frame of 8 bits and 1, 3 (BGR) or 4 channels: dark discs on a light ground, or
-/// light ones on a dark ground. For sizes with one order only (finder::HasOneOrder); others are not found. The
-/// work is bounded for any frame, and so are the answers: the same frame always gives the same. Thread-safe.
+/// light ones on a dark ground. For sizes with one order only (finder::HasOneOrder); others are not found.
+/// The work is bounded for any frame, and so are the answers: the same frame always gives the same.
+/// Thread-safe.
 GridFinding SearchGridRobust(const cv::Mat& frame, const cv::Size& patternSize);
 
 /// The same with the signature of the default search. `points` is left empty when nothing is found.
