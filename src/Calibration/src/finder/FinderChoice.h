@@ -21,8 +21,8 @@ class FinderChoice {
   bool FindBoth(const cv::Mat& left, const cv::Mat& right, const cv::Size& grid,
                 std::vector<cv::Point2d>& leftPoints, std::vector<cv::Point2d>& rightPoints);
 
-  /// Why the last search that ended found nothing; None when it found the grid, and after a default one, which
-  /// gives no reasons.
+  /// Why the last search that ended found nothing; None when it found the grid, and after a default one,
+  /// which gives no reasons.
   GridFault Fault() const { return fault_; }
 
  private:
