@@ -25,6 +25,7 @@ TEST(BatchArguments, DefaultsSuitTheShippedGrid) {
   EXPECT_EQ(arguments.grid, cv::Size(4, 11));
   EXPECT_EQ(arguments.frame, cv::Size(0, 0));
   EXPECT_EQ(arguments.maxViews, 30);
+  EXPECT_EQ(arguments.finder, Calibrator::FINDER_ROBUST);
   EXPECT_EQ(arguments.output, "calibration");
 }
 
@@ -44,6 +45,12 @@ TEST(BatchArguments, EveryOptionReachesItsSetting) {
   EXPECT_EQ(arguments.output, "out/left");
   EXPECT_EQ(arguments.sampling.every, 7);
   EXPECT_EQ(arguments.sampling.maxFrames, 0);
+}
+
+TEST(BatchArguments, TheSearchIsChosenByName) {
+  EXPECT_EQ(Parse({"a.png", "--finder", "standard"}).arguments.finder, Calibrator::FINDER_STANDARD);
+  EXPECT_EQ(Parse({"a.png", "--finder", "robust"}).arguments.finder, Calibrator::FINDER_ROBUST);
+  EXPECT_EQ(Parse({"a.png", "--finder", "other"}).exitStatus, 2);
 }
 
 TEST(BatchArguments, PosesAreRecordedFromOneCameraOnly) {

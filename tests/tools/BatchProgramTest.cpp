@@ -76,8 +76,12 @@ TEST_F(BatchProgram, ProgressGoesToStandardErrorALineAPicture) {
                 folder_->File("progress")});
   ASSERT_EQ(Run(tool), 0) << tool.Errors();
   EXPECT_NE(tool.Errors().find("1/13 view_00.png: grid found\n"), std::string::npos) << tool.Errors();
-  EXPECT_NE(tool.Errors().find("13/13 empty.png: no grid found\n"), std::string::npos) << tool.Errors();
-  EXPECT_NE(tool.Output().find("  1 not used, no grid found:\n    empty.png\n"), std::string::npos)
+  EXPECT_NE(tool.Errors().find("13/13 empty.png: no grid found: nothing like the grid in sight\n"),
+            std::string::npos)
+      << tool.Errors();
+  EXPECT_NE(
+      tool.Output().find("  1 not used, no grid found: nothing like the grid in sight:\n    empty.png\n"),
+      std::string::npos)
       << tool.Output();
 }
 
@@ -160,7 +164,8 @@ TEST_F(BatchProgram, PicturesBecomeAModelOfTheAssistant) {
   Process tool({VELMORA_BATCH, Views(), folder_->File("empty.png"), "--record-model", "poses.json"}, options);
   ASSERT_EQ(Run(tool), 0) << tool.Errors();
   EXPECT_EQ(tool.Output(),
-            "Views: 12 used of 13 pictures\n  1 not used, no grid found:\n    empty.png\n"
+            "Views: 12 used of 13 pictures\n  1 not used, no grid found: nothing like the grid in sight:\n   "
+            " empty.png\n"
             "\nPose model: poses.json, 12 poses\n");
   CalibAssistant assistant(640, 480, 4, 11);
   ASSERT_TRUE(assistant.LoadModel(folder_->File("poses.json")));

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include "Calibrator.h"
+
 namespace {
 
 guided::Parsed Parse(std::vector<const char*> words) {
@@ -39,6 +41,12 @@ TEST(GuidedArguments, EveryOptionReachesItsSetting) {
   EXPECT_EQ(arguments.output, "out");
   EXPECT_EQ(Parse({"--video", "a.avi"}).arguments.settings.video, "a.avi");
   EXPECT_EQ(Parse({"--rtmp", "rtmp://here"}).arguments.settings.rtmp, "rtmp://here");
+}
+
+TEST(GuidedArguments, TheSearchIsChosenByName) {
+  EXPECT_EQ(Parse({"--webcam", "0"}).arguments.finder, Calibrator::FINDER_ROBUST);
+  EXPECT_EQ(Parse({"--webcam", "0", "--finder", "standard"}).arguments.finder, Calibrator::FINDER_STANDARD);
+  EXPECT_EQ(Parse({"--webcam", "0", "--finder", "other"}).exitStatus, 2);
 }
 
 TEST(GuidedArguments, ExactlyOneSourceIsWanted) {

@@ -1,4 +1,5 @@
-/// Calibrations of real photographs by the headless tool. Skipped where the photographs are absent.
+/// Calibrations of real photographs by the headless tool, with either search. Skipped where the photographs
+/// are absent.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -22,6 +23,7 @@ class RealPhotographs : public ::testing::Test {
     std::vector<std::string> command = {VELMORA_BATCH, std::string(VELMORA_SHARED_DATA) + "/" + set,
                                         "--hdist",     "0.2",
                                         "--output",    folder_.File("result")};
+    command.insert(command.end(), {"--finder", finder_});
     command.insert(command.end(), options.begin(), options.end());
     support::Process tool(command);
     EXPECT_EQ(tool.WaitForExit(std::chrono::minutes(4)), 0) << tool.Errors();
@@ -34,6 +36,7 @@ class RealPhotographs : public ::testing::Test {
   static double Focal(JSON& result) { return result.readMat("cameraMatrix").at<double>(0, 0); }
 
   support::TemporaryFolder folder_;
+  std::string finder_ = "standard";
 };
 
 const std::vector<std::string> VGA = {"--width", "640", "--height", "480"};
@@ -98,14 +101,55 @@ TEST_F(RealPhotographs, EndoscopePairRational) {
   EXPECT_NEAR(T.at<double>(2), -0.00406, 1e-5);
 }
 
+class RealPhotographsRobust : public RealPhotographs {
+ protected:
+  RealPhotographsRobust() { finder_ = "robust"; }
+};
+
+TEST_F(RealPhotographsRobust, OfficeGivesAllItsViewsAndNoWorseAResult) {
+  JSON result = Calibrate("office-4x11", {"--model", "classic"}, "15 used of 15");
+  EXPECT_LT(result.readDouble("error"), 1.03 * 0.143817);
+  EXPECT_NEAR(Focal(result), 1074.05, 10.0);
+}
+
+/// One of them is cut by the crop.
+TEST_F(RealPhotographsRobust, OfficeAtProcessingSizeGivesAllViewsThatAreWhole) {
+  JSON result =
+      Calibrate("office-4x11", VGA + std::vector<std::string>{"--model", "classic"}, "14 used of 15");
+  EXPECT_NEAR(Focal(result), 716.0, 8.0);
+}
+
+TEST_F(RealPhotographsRobust, FlatViewsAreAllFound) {
+  JSON result = Calibrate("flat-4x11", {"--model", "classic"}, "10 used of 10");
+  EXPECT_LT(result.readDouble("error"), 1.03 * 0.475);
+}
+
+TEST_F(RealPhotographsRobust, EndoscopePairsAreAllFound) {
+  const std::string right = std::string(VELMORA_SHARED_DATA) + "/endoscope-stereo-4x11/right";
+  JSON result = Calibrate("endoscope-stereo-4x11/left", VGA + std::vector<std::string>{"--right", right},
+                          "9 used of 9");
+  EXPECT_LT(result.readDouble("error"), 1.03 * 0.385785);
+}
+
+TEST_F(RealPhotographsRobust, APictureThatTheCropCutsIsRejectedInWords) {
+  support::Process tool({VELMORA_BATCH,
+                         std::string(VELMORA_SHARED_DATA) + "/office-4x11/dotboard_close_16.jpg", "--width",
+                         "640", "--height", "480", "--output", folder_.File("result")});
+  EXPECT_EQ(tool.WaitForExit(std::chrono::minutes(1)), 1);
+  EXPECT_NE(tool.Output().find("no grid found: part of the grid is outside the picture"), std::string::npos)
+      << tool.Output();
+}
+
 /// Each picture of another grid is found with its own size and never as a 4 x 11.
 TEST_F(RealPhotographs, OtherGridsAreFoundWithTheirOwnSizeOnly) {
   const std::vector<std::pair<std::string, std::string>> grids = {
       {"acircles1.png", "7x13"}, {"acircles4.png", "5x5"}, {"acircles7.png", "3x9"}};
   for (const auto& [file, grid] : grids) {
-    for (const std::string& asked : {grid, std::string("4x11")}) {
+    for (const auto& [asked, finder] :
+         {std::pair(grid, "standard"), std::pair(std::string("4x11"), "standard"), std::pair(grid, "robust"),
+          std::pair(std::string("4x11"), "robust")}) {
       support::Process tool({VELMORA_BATCH, std::string(VELMORA_SHARED_DATA) + "/other-grids/" + file,
-                             "--grid", asked, "--output", folder_.File("result")});
+                             "--grid", asked, "--finder", finder, "--output", folder_.File("result")});
       EXPECT_EQ(tool.WaitForExit(std::chrono::minutes(1)), 1) << tool.Errors();
       const std::string views =
           asked == grid ? "Views: 1 used of 1 pictures\n" : "Views: 0 used of 1 pictures\n";

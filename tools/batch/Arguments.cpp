@@ -27,6 +27,9 @@ const std::map<std::string, int> MODELS = {{"classic", Calibrator::MODEL_CLASSIC
                                            {"rational", Calibrator::MODEL_RATIONAL},
                                            {"full", Calibrator::MODEL_FULL}};
 
+const std::map<std::string, int> FINDERS = {{"standard", Calibrator::FINDER_STANDARD},
+                                            {"robust", Calibrator::FINDER_ROBUST}};
+
 /// "4x11" as a size; throws CLI's error otherwise.
 cv::Size ParseGrid(const std::string& text) {
   std::smatch parts;
@@ -78,6 +81,7 @@ Parsed ParseArguments(int argc, char** argv) {
   Parsed parsed;
   Arguments& arguments = parsed.arguments;
   std::string grid = "4x11";
+  std::string finder = "robust";
   CLI::App app(DESCRIPTION, "velmora-batch");
   app.footer(EXIT_STATUSES);
   app.add_option("inputs", arguments.inputs, "images, folders, patterns, videos, URLs")->required();
@@ -93,6 +97,9 @@ Parsed ParseArguments(int argc, char** argv) {
   app.add_option("--height", arguments.frame.height, "processing height (default: that of the input)")
       ->check(CLI::Range(16, 32000));
   app.add_option("--grid", grid, "circles per row and rows: COLSxROWS")->capture_default_str();
+  app.add_option("--finder", finder, "how the grid is searched: standard or robust")
+      ->check(CLI::IsMember(FINDERS))
+      ->capture_default_str();
   app.add_option("--max-views", arguments.maxViews, "use at most so many views, chosen to be spread")
       ->check(CLI::Range(5, 10000))
       ->capture_default_str();
@@ -115,6 +122,7 @@ Parsed ParseArguments(int argc, char** argv) {
     app.parse(argc, argv);
     arguments.grid = ParseGrid(grid);
     arguments.model = MODELS.at(arguments.modelName);
+    arguments.finder = FINDERS.at(finder);
     CheckTogether(arguments);
     parsed.run = true;
   } catch (const CLI::ParseError& error) {

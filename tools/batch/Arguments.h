@@ -20,6 +20,7 @@ struct Arguments {
   std::string calibRight;
   float hdist = 0.19F;  ///< metres across all row intervals of the grid
   int model = 0;        ///< of Calibrator
+  int finder = 1;       ///< of Calibrator
   std::string modelName = "rational";
   cv::Size grid{4, 11};
   cv::Size frame;  ///< processing size; zero members: the size of the input

@@ -27,6 +27,11 @@ cv::Size FrameSizeFor(const Arguments& arguments, const cv::Size& input) {
           arguments.frame.height > 0 ? arguments.frame.height : input.height};
 }
 
+std::string FaultOfSearch(Calibrator& calibrator) {
+  const std::string reason = calibrator.WhyNotFound();
+  return reason.empty() ? "no grid found" : "no grid found: " + reason;
+}
+
 std::string CameraViews::FaultOf(Picture& picture, Centres& centres) {
   if (picture.image.empty()) return "cannot be decoded";
   if (calibrator_ == nullptr) {
@@ -34,10 +39,11 @@ std::string CameraViews::FaultOf(Picture& picture, Centres& centres) {
     const cv::Size frame = FrameSize();
     calibrator_ = std::make_unique<Calibrator>(arguments_.grid, UnitOf(arguments_), Calibrator::MONOCULAR,
                                                frame.width, frame.height);
+    calibrator_->SetFinder(arguments_.finder);
   }
   if (picture.image.size() != inputSize_)
     return "of another size than the first (" + SizeText(inputSize_) + ")";
-  return calibrator_->DetectPoints(picture.image, centres, false) ? "" : "no grid found";
+  return calibrator_->DetectPoints(picture.image, centres, false) ? "" : FaultOfSearch(*calibrator_);
 }
 
 std::string CameraViews::Take(Picture& picture) {

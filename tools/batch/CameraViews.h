@@ -23,6 +23,9 @@ float UnitOf(const Arguments& arguments);
 /// The processing size for pictures of a size.
 cv::Size FrameSizeFor(const Arguments& arguments, const cv::Size& input);
 
+/// That the last search found no grid, and why, if that is known.
+std::string FaultOfSearch(Calibrator& calibrator);
+
 /// The views of one camera, and the calibrator that they go to.
 class CameraViews {
  public:

@@ -52,10 +52,11 @@ class Recording {
       const cv::Size frame = FrameSizeFor(arguments_, inputSize_);
       calibrator_ = std::make_unique<Calibrator>(arguments_.grid, UnitOf(arguments_), Calibrator::MONOCULAR,
                                                  frame.width, frame.height);
+      calibrator_->SetFinder(arguments_.finder);
     }
     if (picture.image.size() != inputSize_) return "of another size than the first";
     Centres centres;
-    if (!calibrator_->DetectPoints(picture.image, centres, false)) return "no grid found";
+    if (!calibrator_->DetectPoints(picture.image, centres, false)) return FaultOfSearch(*calibrator_);
     // The log has a remark on every matrix of points, which is what a pose is.
     Calibration::SetLogLevel(0);
     calibrator_->StartModelRecording();  // with the first pose: a recording without one would be left behind

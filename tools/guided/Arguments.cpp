@@ -3,6 +3,9 @@
 
 #include <CLI/CLI.hpp>
 #include <filesystem>
+#include <map>
+
+#include "Calibrator.h"
 
 namespace guided {
 
@@ -18,6 +21,9 @@ const char* const DESCRIPTION =
 const char* const FOOTER =
     "Keys in the window: r starts again, q quits.\n"
     "Exit status: 0 calibrated, 1 ended before that, 2 wrong usage, unreadable input or no display.";
+
+const std::map<std::string, int> FINDERS = {{"standard", Calibrator::FINDER_STANDARD},
+                                            {"robust", Calibrator::FINDER_ROBUST}};
 
 void DeclareSource(CLI::App& app, app::Settings& settings) {
   CLI::Option_group* source = app.add_option_group("source", "Exactly one of these");
@@ -39,6 +45,7 @@ Parsed ParseArguments(int argc, const char* const* argv, const std::string& ship
   Arguments& arguments = parsed.arguments;
   arguments.poses = shippedPoses;
   float hdist = 0.19F;
+  std::string finder = "robust";
   CLI::App app(DESCRIPTION, "velmora-guided");
   app.footer(FOOTER);
   DeclareSource(app, arguments.settings);
@@ -56,11 +63,15 @@ Parsed ParseArguments(int argc, const char* const* argv, const std::string& ship
       ->check(CLI::PositiveNumber)
       ->capture_default_str();
   app.add_option("--poses", arguments.poses, "model file with the poses to reach")->capture_default_str();
+  app.add_option("--finder", finder, "how the grid is searched: standard or robust")
+      ->check(CLI::IsMember(FINDERS))
+      ->capture_default_str();
   app.add_option("--output", arguments.output, "result file, without its extension .json")
       ->capture_default_str();
   try {
     app.parse(argc, argv);
     arguments.settings.hdist = hdist / ROW_INTERVALS;
+    arguments.finder = FINDERS.at(finder);
     parsed.run = true;
   } catch (const CLI::ParseError& error) {
     parsed.exitStatus = app.exit(error) == 0 ? 0 : WRONG_USAGE;

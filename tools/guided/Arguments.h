@@ -10,6 +10,7 @@ namespace guided {
 struct Arguments {
   app::Settings settings;  ///< the source, the frame size, and the grid's unit in metres
   std::string poses;       ///< model file of the assistant
+  int finder = 1;          ///< of Calibrator
   std::string output = "calibration";
 };
 

@@ -50,6 +50,7 @@ ExitStatus Run(const Arguments& arguments) {
   ExitStatus status = UNUSABLE;
   {
     Calibrator calibrator(GRID, settings.hdist, Calibrator::MONOCULAR, settings.width, settings.height);
+    calibrator.SetFinder(arguments.finder);
     app::DesktopScreen screen;
     LoopOptions options;
     options.poses = arguments.poses;

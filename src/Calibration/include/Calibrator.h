@@ -15,6 +15,7 @@
 
 class CalibAssistant;
 class CaptureReader;
+class FinderChoice;
 class JSON;
 class Preview;
 struct CapturedViews;
@@ -59,6 +60,9 @@ class VELMORA_API Calibrator {
   static constexpr int STATUS_COMPLETED = 300;
   static constexpr int STATUS_PROGRESS = 400;
 
+  static constexpr int FINDER_STANDARD = 0;
+  static constexpr int FINDER_ROBUST = 1;
+
   /// "5.1.0".
   static const std::string VERSION;
 
@@ -89,6 +93,18 @@ class VELMORA_API Calibrator {
   /// Mirrors what is shown, after all drawing; points and stored frames are never mirrored. Thread-safe.
   void SetFlipImage(const bool& flip);
   bool GetFlipImage();
+
+  // ---- Choice of the search. Thread-safe.
+
+  /// Chooses how grids are searched from the next frame on, pushed and captured ones and pairs alike:
+  /// FINDER_STANDARD, which is the default, or FINDER_ROBUST, which finds the grid in more frames, in less
+  /// time (see docs/finder.md). The robust one takes grids with an odd number of rows and of 12 to 600
+  /// circles; others are searched by the standard one all the same. An error line for other numbers.
+  void SetFinder(const int& finder);
+  int GetFinder();
+  /// Why the last search, of both frames of a pair the first that failed, found no grid, in words; empty when
+  /// it was found, and after standard searches.
+  std::string WhyNotFound();
 
   // ---- Assistant. Thread-safe.
 
@@ -396,6 +412,7 @@ class VELMORA_API Calibrator {
   std::condition_variable backgroundDone_;
   int backgroundTasks_ = 0;
 
+  const std::unique_ptr<FinderChoice> finder_;
   const std::unique_ptr<Delivery> delivery_;
   const std::unique_ptr<Preview> preview_;
   const std::unique_ptr<CaptureReader> capture_;

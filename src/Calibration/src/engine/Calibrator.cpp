@@ -11,6 +11,7 @@
 #include "capture/Delivery.h"
 #include "capture/Preview.h"
 #include "engine/TargetGeometry.h"
+#include "finder/FinderChoice.h"
 
 const std::string Calibrator::VERSION = "5.1.0";
 
@@ -21,6 +22,7 @@ Calibrator::Calibrator(const cv::Size& patternSize, const float& unit, const int
       frameWidth_(frameWidth),
       frameHeight_(frameHeight),
       objectTemplate_(MakeObjectTemplate(patternSize, unit)),
+      finder_(std::make_unique<FinderChoice>()),
       delivery_(std::make_unique<Delivery>(*this)),
       preview_(std::make_unique<Preview>()),
       capture_(std::make_unique<CaptureReader>([this] { cameraReader(); })) {

@@ -8,8 +8,8 @@
 #include "Log.h"
 #include "engine/FrameKind.h"
 #include "engine/FrameResize.h"
-#include "engine/GridFinder.h"
 #include "engine/Overlay.h"
+#include "finder/FinderChoice.h"
 
 namespace {
 
@@ -46,7 +46,7 @@ bool Calibrator::DetectPoints(cv::Mat& frame, std::vector<cv::Point2d>& points, 
   const auto start = std::chrono::steady_clock::now();
   lastPoints_.clear();
   if (!BringToProcessingSize(frame)) return false;
-  const bool found = FindGridStandard(frame, patternSize_, points);
+  const bool found = finder_->Find(frame, patternSize_, points);
   const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
 
   const auto assistant = Assistant();

@@ -1,13 +1,12 @@
 /// The calibrator's pairs: detection in both frames and stereo snapshots.
 #include <chrono>
-#include <future>
 #include <opencv2/imgproc.hpp>
 
 #include "CalibAssistant.h"
 #include "Calibrator.h"
 #include "Log.h"
-#include "engine/GridFinder.h"
 #include "engine/Overlay.h"
+#include "finder/FinderChoice.h"
 
 namespace {
 
@@ -20,24 +19,6 @@ void AssertSameSize(const cv::Mat& left, const cv::Mat& right, const char* funct
   if (left.size() == right.size()) return;
   cv::error(cv::Exception(cv::Error::StsAssert, "mFrameLeft.size() == mFrameRight.size()", function,
                           "src/Calibration/src/Calibrator", line));
-}
-
-/// Both searches side by side; results and exceptions are as if the left one ran first. True when both found.
-bool FindBoth(const cv::Mat& left, const cv::Mat& right, const cv::Size& grid, Centres& leftPoints,
-              Centres& rightPoints) {
-  // The search draws random numbers from its thread's generator.
-  const std::uint64_t randomState = cv::theRNG().state;
-  // A list of its own, handed over at the end: callers may pass one list for both.
-  Centres ofRight;
-  // Without a thread to be had, the second search follows the first.
-  auto rightSearch = std::async(std::launch::async | std::launch::deferred, [&] {
-    cv::theRNG().state = randomState;
-    return FindGridStandard(right, grid, ofRight);
-  });
-  const bool foundLeft = FindGridStandard(left, grid, leftPoints);
-  const bool foundRight = rightSearch.get();
-  rightPoints = std::move(ofRight);
-  return foundLeft && foundRight;
 }
 
 }  // namespace
@@ -66,7 +47,7 @@ bool Calibrator::DetectStereoPoints(cv::Mat& left, cv::Mat& right, Centres& left
   lastPoints_.clear();
   lastPointsRight_.clear();
   if (!BringToProcessingSize(left, right)) return false;
-  const bool found = FindBoth(left, right, patternSize_, leftPoints, rightPoints);
+  const bool found = finder_->FindBoth(left, right, patternSize_, leftPoints, rightPoints);
   const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
 
   if (found) {
@@ -111,8 +92,8 @@ bool Calibrator::AddStereoPoints(cv::Mat& left, cv::Mat& right, const bool& draw
   AssertSameSize(left, right, "AddStereoPoints", 483);
   Centres leftPoints;
   Centres rightPoints;
-  if (!BringToProcessingSize(left, right) || !FindBoth(left, right, patternSize_, leftPoints, rightPoints))
-    return false;
+  if (!BringToProcessingSize(left, right)) return false;
+  if (!finder_->FindBoth(left, right, patternSize_, leftPoints, rightPoints)) return false;
   const std::lock_guard<std::mutex> data(dataLock_);
   if (RefusesStereo()) return false;  // a computation began during the search
   lastFrame_ = left.clone();

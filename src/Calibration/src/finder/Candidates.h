@@ -1,0 +1,36 @@
+/// What may be discs of the grid: round dark spots that several grey levels agree on.
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <vector>
+
+#include "finder/Regions.h"
+
+namespace finder {
+
+struct Candidate {
+  cv::Point2d centre;
+  double radius = 0.0;  ///< of the disc of equal area, pixels
+  int levels = 0;       ///< how many grey levels see it
+};
+
+struct Candidates {
+  std::vector<Candidate> discs;  ///< those that most levels see first
+  int tooSmall = 0;              ///< round spots below the smallest size, as far as they can be told
+  int tooLarge = 0;              ///< round spots too large for a grid that fits into the picture
+};
+
+/// At most so many are kept.
+constexpr size_t MAX_CANDIDATES = 2500;
+
+/// The levels at which a picture is looked at: between its darkest and brightest parts, evenly. None for one
+/// without contrast.
+std::vector<int> ChooseLevels(const cv::Mat& grey);
+
+/// True for a region that an ellipse of not too different axes could be.
+bool IsRound(const Region& region);
+
+/// The dark spots of `grey` (CV_8UC1) that may belong to a grid of so many discs.
+Candidates FindCandidates(const cv::Mat& grey, int discs);
+
+}  // namespace finder

@@ -1,0 +1,113 @@
+/// What tells the grid from other things that its pattern can be laid on.
+#include "finder/Checks.h"
+
+#include <algorithm>
+#include <cmath>
+#include <set>
+#include <utility>
+
+#include "finder/Grey.h"
+
+namespace finder {
+
+namespace {
+
+// All in steps.
+constexpr double STRAY = 0.16;
+constexpr double FARTHEST_OFF = 0.9;
+constexpr double OFF_TOGETHER = 0.3;
+constexpr double BEYOND = 0.17;
+/// So many discs around the grid are no accident.
+constexpr int BEYOND_AT_MOST = 3;
+/// Squares of a chessboard cover half of it and touch at their corners: the places between them are half
+/// dark. Between discs of the usual size there is light, but around tiny ones blur tells nothing.
+constexpr double DENSE = 0.2;
+constexpr double DARK_BETWEEN = 0.24;
+
+double Median(std::vector<double>& values) {
+  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  return *middle;
+}
+
+/// The places of the pattern's lattice that touch the grid and are none of it.
+std::set<std::pair<int, int>> PlacesAround(const PlacedDiscs& discs) {
+  std::set<std::pair<int, int>> own;
+  for (const cv::Point& p : discs.places) own.insert({p.x, p.y});
+  std::set<std::pair<int, int>> around;
+  for (const cv::Point& p : discs.places) {
+    for (const cv::Point& step : {cv::Point(1, 1), cv::Point(1, -1), cv::Point(-1, 1), cv::Point(-1, -1),
+                                  cv::Point(2, 0), cv::Point(-2, 0)}) {
+      const std::pair<int, int> place(p.x + step.x, p.y + step.y);
+      if (own.count(place) == 0) around.insert(place);
+    }
+  }
+  return around;
+}
+
+}  // namespace
+
+bool DropStrays(SheetPlane& plane, PlacedDiscs& discs, int atMost) {
+  for (;;) {
+    double farthest = STRAY;
+    size_t stray = discs.places.size();
+    for (size_t k = 0; k < discs.places.size(); ++k) {
+      const double off = discs.Has(k) ? plane.Stray(discs, k) - 0.5 / plane.Step(discs.places[k]) : 0.0;
+      if (off <= farthest) continue;
+      farthest = off;
+      stray = k;
+    }
+    if (stray == discs.places.size()) return true;
+    // One at a time: the farthest one may be all that is wrong with the others.
+    discs.radii[stray] = 0.0;
+    if (discs.Missing() > atMost || !plane.Fit(discs)) return false;
+  }
+}
+
+bool LiesOnPlane(const SheetPlane& plane, const PlacedDiscs& discs) {
+  double sum = 0.0;
+  for (size_t k = 0; k < discs.places.size(); ++k) {
+    const double step = plane.Step(discs.places[k]);
+    const double off = cv::norm(discs.centres[k] - plane.Project(discs.places[k])) / step;
+    if (!(off < FARTHEST_OFF) || plane.Stray(discs, k) > STRAY + 0.5 / step) return false;
+    sum += off * off;
+  }
+  return std::sqrt(sum / static_cast<double>(discs.places.size())) < OFF_TOGETHER;
+}
+
+bool GoesOn(const SheetPlane& plane, const PlacedDiscs& discs, const CandidateIndex& index, Effort& effort) {
+  const double radius = discs.MedianRadius();
+  const auto isOwn = [&](int k) {
+    return std::any_of(discs.centres.begin(), discs.centres.end(), [&](const cv::Point2d& centre) {
+      return cv::norm(index[k].centre - centre) < 0.7 * radius;
+    });
+  };
+  int beyond = 0;
+  for (const auto& [x, y] : PlacesAround(discs)) {
+    const cv::Point place(x, y);
+    const double reach = BEYOND * plane.Step(place) + 0.5;
+    const int found = index.Nearest(plane.Predict(place), reach, effort, [&](int k) {
+      return index[k].radius > 0.65 * radius && index[k].radius < 1.5 * radius && !isOwn(k);
+    });
+    if (found >= 0) ++beyond;
+  }
+  return beyond > BEYOND_AT_MOST;
+}
+
+bool IsChessboard(const SheetPlane& plane, const PlacedDiscs& discs, const cv::Mat& grey) {
+  std::vector<double> cover;
+  std::vector<double> between;
+  for (size_t k = 0; k < discs.places.size(); ++k) {
+    const cv::Point2d place = discs.places[k];
+    const double step = plane.Step(place);
+    cover.push_back(CV_PI * discs.radii[k] * discs.radii[k] / (2.0 * step * step));
+    const cv::Point2d offset = discs.centres[k] - plane.Project(place);
+    const double dark = GreyAt(grey, discs.centres[k]);
+    const double light = GreyAt(grey, plane.Project(place + cv::Point2d(1.0, 0.0)) + offset);
+    const double middle = GreyAt(grey, plane.Project(place + cv::Point2d(0.5, 0.5)) + offset);
+    between.push_back(light - dark > 1.0 ? (light - middle) / (light - dark) : 1.0);
+  }
+  return Median(cover) > DENSE && Median(between) > DARK_BETWEEN;
+}
+
+}  // namespace finder

@@ -1,0 +1,60 @@
+/// Which search a calibrator uses, and what the last one said.
+#include "finder/FinderChoice.h"
+
+#include <future>
+
+#include "Calibrator.h"
+#include "engine/GridFinder.h"
+#include "finder/Pattern.h"
+
+namespace {
+
+using Centres = std::vector<cv::Point2d>;
+
+static_assert(Calibrator::FINDER_STANDARD == 0, "a choice starts with the default search");
+
+GridFault Search(int finder, const cv::Mat& frame, const cv::Size& grid, Centres& points, bool& found) {
+  if (finder == Calibrator::FINDER_STANDARD || !finder::HasOneOrder(grid)) {
+    found = FindGridStandard(frame, grid, points);
+    return GridFault::None;
+  }
+  GridFinding finding = SearchGridRobust(frame, grid);
+  points = std::move(finding.centres);
+  found = finding.Found();
+  return finding.fault;
+}
+
+}  // namespace
+
+bool FinderChoice::Set(int finder) {
+  if (finder != Calibrator::FINDER_STANDARD && finder != Calibrator::FINDER_ROBUST) return false;
+  finder_ = finder;
+  return true;
+}
+
+bool FinderChoice::Find(const cv::Mat& frame, const cv::Size& grid, Centres& points) {
+  bool found = false;
+  fault_ = Search(finder_, frame, grid, points, found);
+  return found;
+}
+
+bool FinderChoice::FindBoth(const cv::Mat& left, const cv::Mat& right, const cv::Size& grid,
+                            Centres& leftPoints, Centres& rightPoints) {
+  const int finder = finder_;
+  // The search draws random numbers from its thread's generator.
+  const std::uint64_t randomState = cv::theRNG().state;
+  // A list of its own, handed over at the end: callers may pass one list for both.
+  Centres ofRight;
+  bool foundRight = false;
+  // Without a thread to be had, the second search follows the first.
+  auto rightSearch = std::async(std::launch::async | std::launch::deferred, [&] {
+    cv::theRNG().state = randomState;
+    return Search(finder, right, grid, ofRight, foundRight);
+  });
+  bool foundLeft = false;
+  const GridFault leftFault = Search(finder, left, grid, leftPoints, foundLeft);
+  const GridFault rightFault = rightSearch.get();
+  rightPoints = std::move(ofRight);
+  fault_ = leftFault != GridFault::None ? leftFault : rightFault;
+  return foundLeft && foundRight;
+}

@@ -1,0 +1,224 @@
+/// Grows lattices of candidates: which of them lie where a regular pattern, seen in perspective, has its
+/// places.
+#include "finder/Lattice.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <utility>
+
+namespace finder {
+
+namespace {
+
+constexpr size_t NEIGHBOURS = 8;
+constexpr int SEED_PAIRS = 6;
+constexpr int PASSES = 3;
+/// What beginning a growth costs, in looks.
+constexpr int BEGINNING = 200;
+/// What is left to look at the largest of too small ones.
+constexpr int LAST_LOOK = 50000;
+/// The largest irregularity of a pattern.
+constexpr double REGULAR = 0.07;
+/// Places are -REACH to REACH in both directions.
+constexpr int REACH = 60;
+/// Share of a step that a neighbour may be off its predicted place.
+constexpr double SLACK = 0.32;
+constexpr double SEED_SLACK = 0.22;
+/// The farthest neighbours of a seed, in radii of a disc.
+constexpr double FARTHEST = 14.0;
+
+double Cross(const cv::Point2d& a, const cv::Point2d& b) {
+  return a.x * b.y - a.y * b.x;
+}
+
+/// A lattice under growth.
+class Growth {
+ public:
+  Growth(const CandidateIndex& index, size_t most, Effort& effort)
+      : index_(index), most_(most), effort_(effort), taken_(static_cast<size_t>(index.Count()), false) {
+    effort_.left -= BEGINNING;
+    at_.assign(static_cast<size_t>((2 * REACH + 1) * (2 * REACH + 1)), -1);
+  }
+
+  Lattice Run(int seed, const cv::Point2d& first, const cv::Point2d& second) {
+    lattice_.clockwise = Cross(first, second) > 0.0;
+    steps_ = {first, second};
+    Put({0, 0}, seed);
+    for (int pass = 0; pass < PASSES && !Full(); ++pass) {
+      const size_t before = lattice_.points.size();
+      for (size_t k = 0; k < lattice_.points.size() && !Full(); ++k) Extend(lattice_.points[k].place);
+      if (lattice_.points.size() == before) break;
+    }
+    return std::move(lattice_);
+  }
+
+ private:
+  static size_t Cell(const cv::Point& place) {
+    return static_cast<size_t>((place.y + REACH) * (2 * REACH + 1) + place.x + REACH);
+  }
+  static bool Inside(const cv::Point& place) {
+    return std::abs(place.x) <= REACH && std::abs(place.y) <= REACH;
+  }
+  bool Full() const { return lattice_.points.size() >= most_ || effort_.Spent(); }
+  int At(const cv::Point& place) const { return Inside(place) ? at_[Cell(place)] : -1; }
+  const cv::Point2d& Centre(int k) const { return index_[k].centre; }
+
+  void Put(const cv::Point& place, int candidate) {
+    at_[Cell(place)] = candidate;
+    taken_[static_cast<size_t>(candidate)] = true;
+    lattice_.points.push_back({place, candidate});
+  }
+
+  void Extend(const cv::Point& from) {
+    static const std::array<cv::Point, 4> DIRECTIONS = {cv::Point(1, 0), cv::Point(0, 1), cv::Point(-1, 0),
+                                                        cv::Point(0, -1)};
+    for (const cv::Point& direction : DIRECTIONS) {
+      const cv::Point to = from + direction;
+      if (Full() || !Inside(to) || At(to) >= 0) continue;
+      const int here = At(from);
+      const cv::Point2d step = Predict(from, direction);
+      const double radius = index_[here].radius;
+      const int found = index_.Nearest(Centre(here) + step, SLACK * cv::norm(step), effort_, [&](int k) {
+        return !taken_[static_cast<size_t>(k)] && AlikeInSize(radius, index_[k].radius);
+      });
+      if (found >= 0) Put(to, found);
+    }
+  }
+
+  /// The step from a place in a direction, as its surroundings have it.
+  cv::Point2d Predict(const cv::Point& from, const cv::Point& direction) const {
+    const cv::Point2d here = Centre(At(from));
+    cv::Point2d sum;
+    int count = 0;
+    const int behind = At(from - direction);
+    if (behind >= 0) {
+      cv::Point2d step = here - Centre(behind);
+      const int before = At(from - 2 * direction);
+      if (before >= 0) {
+        const double ratio = cv::norm(step) / std::max(1e-9, cv::norm(Centre(behind) - Centre(before)));
+        step *= std::min(1.18, std::max(0.85, ratio));
+      }
+      sum += step;
+      ++count;
+    }
+    const cv::Point across(direction.y, direction.x);
+    for (const cv::Point& side : {across, cv::Point(-across)}) {
+      const int beside = At(from + side);
+      const int ahead = At(from + side + direction);
+      if (beside < 0 || ahead < 0) continue;
+      sum += Centre(ahead) - Centre(beside);
+      ++count;
+    }
+    if (count > 0) return sum / count;
+    const double sign = direction.x + direction.y;
+    return sign * (direction.x != 0 ? steps_[0] : steps_[1]);
+  }
+
+  const CandidateIndex& index_;
+  const size_t most_;
+  Effort& effort_;
+  std::vector<bool> taken_;
+  std::vector<int> at_;
+  std::array<cv::Point2d, 2> steps_;
+  Lattice lattice_;
+};
+
+/// The steps from a candidate to its nearest neighbours of like size.
+std::vector<cv::Point2d> NeighbourSteps(const CandidateIndex& index, int seed, Effort& effort) {
+  const Candidate& from = index[seed];
+  std::vector<cv::Point2d> steps;
+  const auto nearer = [](const cv::Point2d& a, const cv::Point2d& b) { return a.dot(a) < b.dot(b); };
+  for (double reach = 3.5; steps.size() < NEIGHBOURS && reach <= FARTHEST; reach *= 2.0) {
+    steps.clear();
+    const double farthest = reach * (from.radius + 0.5);
+    index.Visit(from.centre, farthest, effort, [&](int k) {
+      const cv::Point2d step = index[k].centre - from.centre;
+      if (k == seed || step.dot(step) > farthest * farthest) return;
+      if (AlikeInSize(from.radius, index[k].radius)) steps.push_back(step);
+    });
+  }
+  const size_t kept = std::min(NEIGHBOURS, steps.size());
+  std::partial_sort(steps.begin(), steps.begin() + static_cast<std::ptrdiff_t>(kept), steps.end(), nearer);
+  steps.resize(kept);
+  return steps;
+}
+
+/// True when more candidates support that two steps are a base.
+bool IsSupported(const CandidateIndex& index, int seed, const cv::Point2d& a, const cv::Point2d& b,
+                 Effort& effort) {
+  const Candidate& from = index[seed];
+  const auto exists = [&](const cv::Point2d& step) {
+    const double reach = SEED_SLACK * std::min(cv::norm(a), cv::norm(b)) + 0.5;
+    return index.Nearest(from.centre + step, reach, effort,
+                         [&](int k) { return k != seed && AlikeInSize(from.radius, index[k].radius); }) >= 0;
+  };
+  return exists(a + b) && (exists(-a) || exists(-b) || exists(2.0 * a) || exists(2.0 * b));
+}
+
+}  // namespace
+
+bool AlikeInSize(double radius, double other) {
+  // In the smallest ones a pixel more or less makes much of a difference.
+  constexpr double BLURRED = 0.6;
+  return radius + BLURRED < 1.8 * (other + BLURRED) && other + BLURRED < 1.8 * (radius + BLURRED);
+}
+
+Lattice GrowLattice(const CandidateIndex& index, int seed, const cv::Point2d& first,
+                    const cv::Point2d& second, size_t most, Effort& effort) {
+  return Growth(index, most, effort).Run(seed, first, second);
+}
+
+double Irregularity(const Lattice& lattice, const CandidateIndex& index) {
+  std::map<std::pair<int, int>, cv::Point2d> centres;
+  for (const LatticePoint& point : lattice.points) {
+    centres[{point.place.y, point.place.x}] = index[point.candidate].centre;
+  }
+  double sum = 0.0;
+  int count = 0;
+  for (const auto& [place, centre] : centres) {
+    for (const auto& [y, x] : {std::pair<int, int>(0, 1), std::pair<int, int>(1, 0)}) {
+      const auto before = centres.find({place.first - y, place.second - x});
+      const auto after = centres.find({place.first + y, place.second + x});
+      if (before == centres.end() || after == centres.end()) continue;
+      const cv::Point2d apart = after->second - before->second;
+      const cv::Point2d off = 0.5 * (before->second + after->second) - centre;
+      sum += std::max(0.0, 2.0 * cv::norm(off) - 0.7) / std::max(1.0, cv::norm(apart));
+      ++count;
+    }
+  }
+  return count >= 4 ? sum / count : 1.0;
+}
+
+bool SearchLattices(const CandidateIndex& index, size_t least, size_t most, Effort& effort,
+                    const std::function<bool(const Lattice&)>& accept) {
+  std::vector<bool> used(static_cast<size_t>(index.Count()), false);
+  Lattice largest;
+  for (int seed = 0; seed < index.Count() && !effort.Spent(); ++seed) {
+    if (used[static_cast<size_t>(seed)]) continue;
+    const std::vector<cv::Point2d> steps = NeighbourSteps(index, seed, effort);
+    int pairs = 0;
+    for (size_t i = 0; i < steps.size() && pairs < SEED_PAIRS; ++i) {
+      for (size_t j = i + 1; j < steps.size() && pairs < SEED_PAIRS && !effort.Spent(); ++j) {
+        const double a = cv::norm(steps[i]);
+        const double b = cv::norm(steps[j]);
+        if (std::abs(Cross(steps[i], steps[j])) <= 0.3 * a * b || b > 4.0 * a) continue;
+        if (!IsSupported(index, seed, steps[i], steps[j], effort)) continue;
+        ++pairs;
+        Lattice lattice = GrowLattice(index, seed, steps[i], steps[j], most, effort);
+        const bool large = lattice.points.size() >= least && Irregularity(lattice, index) < REGULAR;
+        if (large && accept(lattice)) return true;
+        // Members of a pattern that is none of ours would only grow the same again.
+        if (large && pairs >= 2) {
+          for (const LatticePoint& point : lattice.points) used[static_cast<size_t>(point.candidate)] = true;
+        }
+        if (lattice.points.size() > largest.points.size() && Irregularity(lattice, index) < REGULAR)
+          largest = std::move(lattice);
+      }
+    }
+  }
+  effort.left = std::max(effort.left, LAST_LOOK);
+  return largest.points.size() < least && !largest.points.empty() && accept(largest);
+}
+
+}  // namespace finder

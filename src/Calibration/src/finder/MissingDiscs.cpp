@@ -1,0 +1,75 @@
+/// Looks for discs that are not among the candidates where the others say that they are.
+#include "finder/MissingDiscs.h"
+
+#include <cmath>
+#include <opencv2/imgproc.hpp>
+
+#include "finder/Regions.h"
+
+namespace finder {
+
+namespace {
+
+constexpr double LEAST_CONTRAST = 20.0;
+constexpr double FARTHEST_OFF = 0.30;  ///< steps
+
+/// The window around a place, which shows its disc and no whole neighbour.
+cv::Rect WindowAround(const cv::Point2d& at, const cv::Matx22d& slope, const cv::Size& size) {
+  const double halfWidth = 0.75 * (std::abs(slope(0, 0)) + std::abs(slope(0, 1))) + 2.0;
+  const double halfHeight = 0.75 * (std::abs(slope(1, 0)) + std::abs(slope(1, 1))) + 2.0;
+  const cv::Rect2d wanted(at.x - halfWidth, at.y - halfHeight, 2.0 * halfWidth, 2.0 * halfHeight);
+  const cv::Rect2d inside = wanted & cv::Rect2d(0.0, 0.0, size.width, size.height);
+  return {static_cast<int>(inside.x), static_cast<int>(inside.y), static_cast<int>(inside.width),
+          static_cast<int>(inside.height)};
+}
+
+/// The spot nearest to a place; its area is 0 without one.
+Region NearestSpot(const cv::Mat& grey, const cv::Rect& window, const cv::Point2d& at) {
+  Region nearest;
+  double low = 0.0;
+  double high = 0.0;
+  const cv::Mat part = grey(window);
+  cv::minMaxLoc(part, &low, &high);
+  if (high - low < LEAST_CONTRAST) return nearest;
+  for (Region& region : FindDarkRegions(part, {cvRound(0.5 * (low + high))}, RegionLimits())) {
+    region.centroid += cv::Point2d(window.tl());
+    if (nearest.area == 0.0 || cv::norm(region.centroid - at) < cv::norm(nearest.centroid - at)) {
+      nearest = region;
+    }
+  }
+  return nearest;
+}
+
+}  // namespace
+
+void RecoverMissing(const SheetPlane& plane, const cv::Mat& grey, PlacedDiscs& discs) {
+  const PlacedDiscs known = discs;
+  const double usual = known.MedianRadius();
+  for (size_t k = 0; k < discs.places.size(); ++k) {
+    if (known.Has(k)) continue;
+    const cv::Point2d at = plane.Predict(known.places[k]);
+    const cv::Rect window = WindowAround(at, plane.Slope(known.places[k]), grey.size());
+    if (window.width < 4 || window.height < 4) continue;
+    const Region spot = NearestSpot(grey, window, at);
+    const double radius = std::sqrt(spot.area / CV_PI);
+    const bool fits = radius > 0.5 * usual && radius < 1.8 * usual &&
+                      cv::norm(spot.centroid - at) < FARTHEST_OFF * plane.Step(known.places[k]) + 0.5;
+    if (!fits) continue;
+    discs.centres[k] = spot.centroid;
+    discs.radii[k] = radius;
+  }
+}
+
+bool MissesOutside(const SheetPlane& plane, const PlacedDiscs& discs, const cv::Size& size) {
+  const double margin = discs.MedianRadius() + 1.0;
+  for (size_t k = 0; k < discs.places.size(); ++k) {
+    if (discs.Has(k)) continue;
+    const cv::Point2d at = plane.Predict(discs.places[k]);
+    const bool inside =
+        at.x > margin && at.y > margin && at.x < size.width - 1 - margin && at.y < size.height - 1 - margin;
+    if (!inside) return true;
+  }
+  return false;
+}
+
+}  // namespace finder

@@ -1,0 +1,16 @@
+/// Looks for discs that are not among the candidates where the others say that they are.
+#pragma once
+
+#include <opencv2/core.hpp>
+
+#include "finder/SheetPlane.h"
+
+namespace finder {
+
+/// Fills missing discs in that are dark spots of the right size at the right place in `grey`.
+void RecoverMissing(const SheetPlane& plane, const cv::Mat& grey, PlacedDiscs& discs);
+
+/// True when a missing disc's place is at the edge of a picture of this size or beyond it.
+bool MissesOutside(const SheetPlane& plane, const PlacedDiscs& discs, const cv::Size& size);
+
+}  // namespace finder

@@ -1,0 +1,35 @@
+/// The places of the asymmetric circles grid, and which sizes of it have one order only.
+#include "finder/Pattern.h"
+
+namespace finder {
+
+namespace {
+
+constexpr int FEWEST_DISCS = 12;
+constexpr int MOST_DISCS = 600;
+
+}  // namespace
+
+std::vector<cv::Point> PatternPlaces(const cv::Size& grid) {
+  std::vector<cv::Point> places;
+  for (int row = 0; row < grid.height; ++row) {
+    for (int k = 0; k < grid.width; ++k) places.emplace_back(2 * k + row % 2, row);
+  }
+  return places;
+}
+
+cv::Point LatticePlace(const cv::Point& place) {
+  return {(place.x + place.y) / 2, (place.x - place.y) / 2};
+}
+
+int MissingAllowed(const cv::Size& grid) {
+  return std::min(6, grid.area() / 7);
+}
+
+bool HasOneOrder(const cv::Size& grid) {
+  if (grid.width < 2 || grid.height < 3 || grid.height % 2 == 0) return false;
+  if (grid.width > MOST_DISCS || grid.height > MOST_DISCS) return false;
+  return grid.area() >= FEWEST_DISCS && grid.area() <= MOST_DISCS;
+}
+
+}  // namespace finder

@@ -1,0 +1,115 @@
+/// Lays the grid's pattern onto a grown lattice.
+#include "finder/Placement.h"
+
+#include <algorithm>
+#include <array>
+#include <opencv2/imgproc.hpp>
+
+#include "finder/Pattern.h"
+
+namespace finder {
+
+namespace {
+
+using Base = std::array<int, 4>;  ///< a 2 x 2 matrix, row by row
+
+/// The largest step of the pattern's own base in that of the lattice.
+constexpr int STEEPEST = 2;
+
+/// All matrices of whole numbers, not too steep, that lead from one base of a lattice to another, turning in
+/// the same sense or not.
+std::vector<Base> Bases(int determinant) {
+  std::vector<Base> bases;
+  for (int a = -STEEPEST; a <= STEEPEST; ++a) {
+    for (int b = -STEEPEST; b <= STEEPEST; ++b) {
+      for (int c = -STEEPEST; c <= STEEPEST; ++c) {
+        for (int d = -STEEPEST; d <= STEEPEST; ++d) {
+          if (a * d - b * c == determinant) bases.push_back({a, b, c, d});
+        }
+      }
+    }
+  }
+  return bases;
+}
+
+cv::Point Times(const Base& base, const cv::Point& p) {
+  return {base[0] * p.x + base[1] * p.y, base[2] * p.x + base[3] * p.y};
+}
+
+/// The candidates of a lattice by place.
+class PlaceTable {
+ public:
+  explicit PlaceTable(const Lattice& lattice) {
+    std::vector<cv::Point> places;
+    for (const LatticePoint& point : lattice.points) places.push_back(point.place);
+    box_ = cv::boundingRect(places);
+    table_ = cv::Mat(box_.size(), CV_32SC1, cv::Scalar(-1));
+    for (const LatticePoint& point : lattice.points)
+      table_.at<int>(point.place - box_.tl()) = point.candidate;
+  }
+
+  const cv::Rect& Box() const { return box_; }
+  int At(const cv::Point& place) const {
+    return box_.contains(place) ? table_.at<int>(place - box_.tl()) : -1;
+  }
+
+ private:
+  cv::Rect box_;
+  cv::Mat table_;
+};
+
+struct Range {
+  int from, to;
+};
+
+/// The shifts at which an interval of the pattern may lie over one of the lattice: the shorter one within the
+/// longer one, or a place beyond.
+Range Shifts(int patternFrom, int patternSize, int latticeFrom, int latticeSize) {
+  const int low = latticeFrom - patternFrom;
+  const int high = low + latticeSize - patternSize;
+  return {std::min(low, high) - 1, std::max(low, high) + 1};
+}
+
+}  // namespace
+
+Placement PlacePattern(const Lattice& lattice, const cv::Size& grid, int lacking, Effort& effort) {
+  Placement best;
+  if (lattice.points.empty()) return best;
+  const PlaceTable table(lattice);
+  std::vector<cv::Point> pattern;
+  for (const cv::Point& place : PatternPlaces(grid)) pattern.push_back(LatticePlace(place));
+  std::vector<cv::Point> turned(pattern.size());
+  Base bestBase = {};
+  cv::Point bestShift;
+  // The pattern's own base, (1, 1) and (1, -1), turns against the clock.
+  for (const Base& base : Bases(lattice.clockwise ? -1 : 1)) {
+    std::transform(pattern.begin(), pattern.end(), turned.begin(),
+                   [&](const cv::Point& p) { return Times(base, p); });
+    const cv::Rect box = cv::boundingRect(turned);
+    const cv::Rect& room = table.Box();
+    if (box.width > room.width + lacking || box.height > room.height + lacking) continue;
+    const Range xs = Shifts(box.x, box.width, room.x, room.width);
+    const Range ys = Shifts(box.y, box.height, room.y, room.height);
+    for (int y = ys.from; y <= ys.to; ++y) {
+      for (int x = xs.from; x <= xs.to; ++x) {
+        if (effort.Spent()) return {};
+        effort.left -= static_cast<int>(turned.size() / 4);
+        const cv::Point shift(x, y);
+        const int covered = static_cast<int>(std::count_if(
+            turned.begin(), turned.end(), [&](const cv::Point& p) { return table.At(p + shift) >= 0; }));
+        if (covered > best.covered) {
+          best.secondBest = best.covered;
+          best.covered = covered;
+          bestBase = base;
+          bestShift = shift;
+        } else {
+          best.secondBest = std::max(best.secondBest, covered);
+        }
+      }
+    }
+  }
+  for (const cv::Point& p : pattern) best.discs.push_back(table.At(Times(bestBase, p) + bestShift));
+  return best;
+}
+
+}  // namespace finder

@@ -1,0 +1,23 @@
+/// Lays the grid's pattern onto a grown lattice.
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <vector>
+
+#include "finder/Lattice.h"
+
+namespace finder {
+
+/// Which candidate each disc of the pattern is.
+struct Placement {
+  std::vector<int> discs;  ///< candidates, row by row; -1 where there is none
+  int covered = 0;         ///< how many discs have one
+  int secondBest = 0;      ///< how many have one in the best other way
+};
+
+/// The unmirrored way of laying the pattern that covers most places with candidates, over all bases of the
+/// lattice that may be in use and all shifts. The lattice may lack so many rows or columns of places in all.
+/// `discs` is empty when none covers any, or the effort is spent.
+Placement PlacePattern(const Lattice& lattice, const cv::Size& grid, int lacking, Effort& effort);
+
+}  // namespace finder

@@ -1,0 +1,34 @@
+/// Dark connected regions of a picture, at several grey levels in one pass over it.
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <vector>
+
+namespace finder {
+
+/// A connected set of pixels darker than a level.
+struct Region {
+  int level = 0;         ///< number of the level, from 0
+  double area = 0.0;     ///< pixels
+  cv::Point2d centroid;  ///< pixels
+  double xx = 0.0;       ///< central second moments, divided by the area
+  double xy = 0.0;
+  double yy = 0.0;
+  cv::Rect box;
+};
+
+struct RegionLimits {
+  double minArea = 0.0;
+  double maxArea = 1e9;
+  /// A level with more runs of dark pixels than this is given up where it happens: it lies in the noise.
+  int maxRunsPerLevel = 1 << 30;
+  /// Regions that reach the picture's outermost pixels are passed over: they go on outside.
+  bool skipCut = true;
+};
+
+/// The regions of pixels with a value below each of the levels, which ascend, in the limits. Pixels are
+/// connected along rows and columns only, so that discs stay apart as long as they can. `grey` is CV_8UC1.
+std::vector<Region> FindDarkRegions(const cv::Mat& grey, const std::vector<int>& levels,
+                                    const RegionLimits& limits);
+
+}  // namespace finder

@@ -1,0 +1,154 @@
+/// The robust search of the asymmetric circles grid: by growing lattices of round spots.
+#include "finder/RobustFinder.h"
+
+#include <algorithm>
+#include <opencv2/imgproc.hpp>
+
+#include "finder/Checks.h"
+#include "finder/Lattice.h"
+#include "finder/MissingDiscs.h"
+#include "finder/Pattern.h"
+#include "finder/Placement.h"
+#include "finder/Refinement.h"
+
+namespace {
+
+using finder::PlacedDiscs;
+using finder::SheetPlane;
+
+/// Looks into the index that one search may take.
+constexpr int EFFORT = 250000;
+/// A small lattice that is less regular than this speaks of nothing.
+constexpr double ACCIDENTAL = 0.03;
+/// Discs that are enough of a pattern to speak of its size.
+constexpr int TELLING = 12;
+
+/// The search in one grey picture of dark discs.
+class DarkSearch {
+ public:
+  DarkSearch(const cv::Mat& grey, const cv::Size& grid)
+      : grey_(grey), grid_(grid), places_(finder::PatternPlaces(grid)) {}
+
+  GridFinding Run() {
+    const finder::Candidates candidates = finder::FindCandidates(grey_, grid_.area());
+    const size_t least = static_cast<size_t>(grid_.area() - finder::MissingAllowed(grid_));
+    if (candidates.discs.size() < least) {
+      finding_.fault = FaultOfFew(candidates);
+    }
+    const finder::CandidateIndex index(candidates.discs, grey_.size());
+    effort_.left = EFFORT;
+    finder::SearchLattices(index, least, 3 * places_.size() + 60, effort_,
+                           [&](const finder::Lattice& lattice) { return Accept(lattice, index); });
+    return finding_;
+  }
+
+ private:
+  GridFault FaultOfFew(const finder::Candidates& candidates) const {
+    const int needed = grid_.area() / 2;
+    if (candidates.tooSmall > needed) return GridFault::CirclesTooSmall;
+    if (candidates.tooLarge > 1) return GridFault::CirclesTooLarge;
+    return GridFault::TooFewCandidates;
+  }
+
+  bool Accept(const finder::Lattice& lattice, const finder::CandidateIndex& index) {
+    const bool complete =
+        static_cast<int>(lattice.points.size()) >= grid_.area() - finder::MissingAllowed(grid_);
+    // What is too small for the grid is placed all the same: it tells what is missing.
+    const int lacking = complete ? 2 : grid_.width + grid_.height;
+    const finder::Placement placement = finder::PlacePattern(lattice, grid_, lacking, effort_);
+    if (placement.covered < TELLING) return false;
+    // A few spots line up by accident here and there.
+    if (!complete && finder::Irregularity(lattice, index) > ACCIDENTAL) return false;
+    PlacedDiscs discs;
+    discs.grid = grid_;
+    discs.places = places_;
+    for (const int k : placement.discs) {
+      discs.centres.push_back(k >= 0 ? index[k].centre : cv::Point2d());
+      discs.radii.push_back(k >= 0 ? index[k].radius : 0.0);
+    }
+    SheetPlane plane;
+    if (!plane.Fit(discs)) return false;
+    const bool clear = placement.covered >= placement.secondBest + 2;
+    const GridFault fault = clear                                    ? Complete(plane, discs, index)
+                            : lattice.points.size() > places_.size() ? GridFault::BiggerLattice
+                                                                     : FaultOfGaps(plane, discs);
+    if (fault != GridFault::NothingLikeIt) finding_.fault = fault;
+    if (fault != GridFault::None) return false;
+    finding_.centres = discs.centres;
+    finding_.radii = discs.radii;
+    return true;
+  }
+
+  GridFault FaultOfGaps(const SheetPlane& plane, const PlacedDiscs& discs) const {
+    return finder::MissesOutside(plane, discs, grey_.size()) ? GridFault::PartOutside : GridFault::WrongSize;
+  }
+
+  /// Brings the discs to a whole grid, or says why they are none.
+  GridFault Complete(SheetPlane& plane, PlacedDiscs& discs, const finder::CandidateIndex& index) {
+    if (discs.Missing() > finder::MissingAllowed(grid_)) return FaultOfGaps(plane, discs);
+    if (!finder::DropStrays(plane, discs, finder::MissingAllowed(grid_))) return GridFault::NothingLikeIt;
+    if (discs.Missing() > 0) finder::RecoverMissing(plane, grey_, discs);
+    if (discs.Missing() > 0) return FaultOfGaps(plane, discs);
+    if (!plane.Fit(discs) || !finder::LiesOnPlane(plane, discs)) return GridFault::NothingLikeIt;
+    if (finder::GoesOn(plane, discs, index, effort_)) return GridFault::BiggerLattice;
+    if (finder::IsChessboard(plane, discs, grey_)) return GridFault::NothingLikeIt;
+    finder::RefineDiscs(plane, grey_, discs);
+    return GridFault::None;
+  }
+
+  const cv::Mat& grey_;
+  const cv::Size grid_;
+  const std::vector<cv::Point> places_;
+  finder::Effort effort_;
+  GridFinding finding_;
+};
+
+cv::Mat GreyOf(const cv::Mat& frame) {
+  cv::Mat grey = frame;
+  if (frame.channels() == 3) cv::cvtColor(frame, grey, cv::COLOR_BGR2GRAY);
+  if (frame.channels() == 4) cv::cvtColor(frame, grey, cv::COLOR_BGRA2GRAY);
+  return grey;
+}
+
+}  // namespace
+
+GridFinding SearchGridRobust(const cv::Mat& frame, const cv::Size& patternSize) {
+  GridFinding finding;
+  const bool usable = frame.depth() == CV_8U && frame.cols > 8 && frame.rows > 8 &&
+                      (frame.channels() == 1 || frame.channels() == 3 || frame.channels() == 4);
+  if (!usable || !finder::HasOneOrder(patternSize)) return finding;
+  const cv::Mat grey = GreyOf(frame);
+  finding = DarkSearch(grey, patternSize).Run();
+  if (finding.Found()) return finding;
+  const cv::Mat inverted = 255 - grey;
+  const GridFinding light = DarkSearch(inverted, patternSize).Run();
+  return light.Found() ? light : finding;
+}
+
+bool FindGridRobust(const cv::Mat& frame, const cv::Size& patternSize, std::vector<cv::Point2d>& points) {
+  GridFinding finding = SearchGridRobust(frame, patternSize);
+  points = std::move(finding.centres);
+  return finding.Found();
+}
+
+std::string DescribeFault(GridFault fault) {
+  switch (fault) {
+    case GridFault::None:
+      return "";
+    case GridFault::TooFewCandidates:
+      return "too few circles in sight";
+    case GridFault::CirclesTooSmall:
+      return "too few circles in sight: they are too small";
+    case GridFault::CirclesTooLarge:
+      return "too few circles in sight: they are too large";
+    case GridFault::BiggerLattice:
+      return "the circles are part of a bigger grid";
+    case GridFault::PartOutside:
+      return "part of the grid is outside the picture";
+    case GridFault::WrongSize:
+      return "a grid of another size, or circles of it are hidden";
+    case GridFault::NothingLikeIt:
+      break;
+  }
+  return "nothing like the grid in sight";
+}

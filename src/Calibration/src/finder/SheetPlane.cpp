@@ -1,0 +1,126 @@
+/// Where places of the pattern are in the picture: a plane in perspective, bent a little by the lens.
+#include "finder/SheetPlane.h"
+
+#include <algorithm>
+#include <cmath>
+#include <opencv2/calib3d.hpp>
+
+namespace finder {
+
+namespace {
+
+/// So many discs determine a polynomial of degree 3, or 2, with some to spare.
+constexpr int ENOUGH_FOR_CUBIC = 25;
+constexpr int ENOUGH_FOR_QUADRATIC = 13;
+
+double Median(std::vector<double>& values) {
+  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  return *middle;
+}
+
+}  // namespace
+
+int PlacedDiscs::Missing() const {
+  return static_cast<int>(std::count(radii.begin(), radii.end(), 0.0));
+}
+
+int PlacedDiscs::At(const cv::Point& place) const {
+  if (place.y < 0 || place.y >= grid.height || place.x < place.y % 2) return -1;
+  const int column = (place.x - place.y % 2) / 2;
+  if (column >= grid.width || (place.x - place.y) % 2 != 0) return -1;
+  const int disc = place.y * grid.width + column;
+  return Has(static_cast<size_t>(disc)) ? disc : -1;
+}
+
+double PlacedDiscs::MedianRadius() const {
+  std::vector<double> known;
+  std::copy_if(radii.begin(), radii.end(), std::back_inserter(known), [](double r) { return r > 0.0; });
+  return known.empty() ? 0.0 : Median(known);
+}
+
+bool SheetPlane::FitPlane(const PlacedDiscs& discs) {
+  std::vector<cv::Point2d> from;
+  std::vector<cv::Point2d> to;
+  for (size_t k = 0; k < discs.places.size(); ++k) {
+    if (!discs.Has(k)) continue;
+    from.emplace_back(discs.places[k]);
+    to.push_back(discs.centres[k]);
+  }
+  if (from.size() < 8) return false;
+  const cv::Mat H = cv::findHomography(from, to);
+  if (H.empty() || !cv::checkRange(H)) return false;
+  H_ = cv::Matx33d(H);
+  // All of the pattern is in front of the camera, and seen from its printed side.
+  return std::all_of(discs.places.begin(), discs.places.end(), [&](const cv::Point& place) {
+    const double depth = H_(2, 0) * place.x + H_(2, 1) * place.y + H_(2, 2);
+    return depth > 1e-6 && cv::determinant(Slope(place)) > 0.0;
+  });
+}
+
+cv::Point2d SheetPlane::Project(const cv::Point2d& place) const {
+  const cv::Vec3d p = H_ * cv::Vec3d(place.x, place.y, 1.0);
+  return {p[0] / p[2], p[1] / p[2]};
+}
+
+cv::Matx22d SheetPlane::Slope(const cv::Point2d& place) const {
+  const cv::Vec3d p = H_ * cv::Vec3d(place.x, place.y, 1.0);
+  const double x = p[0] / p[2];
+  const double y = p[1] / p[2];
+  return {(H_(0, 0) - x * H_(2, 0)) / p[2], (H_(0, 1) - x * H_(2, 1)) / p[2],
+          (H_(1, 0) - y * H_(2, 0)) / p[2], (H_(1, 1) - y * H_(2, 1)) / p[2]};
+}
+
+double SheetPlane::Step(const cv::Point2d& place) const {
+  return std::sqrt(std::abs(cv::determinant(Slope(place))));
+}
+
+/// The polynomial's terms at a place, as a row.
+cv::Mat SheetPlane::Terms(const cv::Point2d& place) const {
+  const double u = (place.x - middle_.x) / half_.x;
+  const double v = (place.y - middle_.y) / half_.y;
+  cv::Mat terms(1, (degree_ + 1) * (degree_ + 2) / 2, CV_64FC1);
+  double* out = terms.ptr<double>();
+  for (int total = 0; total <= degree_; ++total) {
+    for (int k = 0; k <= total; ++k) *out++ = std::pow(u, total - k) * std::pow(v, k);
+  }
+  return terms;
+}
+
+bool SheetPlane::FitBend(const PlacedDiscs& discs) {
+  const int known = static_cast<int>(discs.places.size()) - discs.Missing();
+  degree_ = known >= ENOUGH_FOR_CUBIC ? 3 : known >= ENOUGH_FOR_QUADRATIC ? 2 : 1;
+  half_ = 0.5 * cv::Point2d(2.0 * discs.grid.width - 1.0, discs.grid.height - 1.0);
+  middle_ = half_;
+  cv::Mat rows;
+  cv::Mat offsets;
+  for (size_t k = 0; k < discs.places.size(); ++k) {
+    if (!discs.Has(k)) continue;
+    // In steps, so that the far side counts as much as the near one.
+    const double weight = 1.0 / Step(discs.places[k]);
+    const cv::Point2d offset = discs.centres[k] - Project(discs.places[k]);
+    rows.push_back(cv::Mat(weight * Terms(discs.places[k])));
+    offsets.push_back(cv::Mat(weight * cv::Mat(cv::Matx12d(offset.x, offset.y))));
+  }
+  const cv::Mat normal = rows.t() * rows + 1e-9 * cv::Mat::eye(rows.cols, rows.cols, CV_64FC1);
+  if (cv::invert(normal, inverse_, cv::DECOMP_CHOLESKY) == 0.0) return false;
+  bend_ = inverse_ * rows.t() * offsets;
+  return cv::checkRange(bend_);
+}
+
+cv::Point2d SheetPlane::BendAt(const cv::Point2d& place) const {
+  const cv::Mat bend = Terms(place) * bend_;
+  return {bend.at<double>(0, 0), bend.at<double>(0, 1)};
+}
+
+double SheetPlane::Stray(const PlacedDiscs& discs, size_t k) const {
+  const cv::Point2d place = discs.places[k];
+  const double step = Step(place);
+  const cv::Mat terms = Terms(place) / step;
+  const double leverage = cv::Mat(terms * inverse_ * terms.t()).at<double>(0, 0);
+  // A disc pulls the fit towards itself; of that half is taken back, in proportion: all of it would take the
+  // lens's own bend at the corners for strays.
+  return cv::norm(discs.centres[k] - Predict(place)) / step / std::sqrt(std::max(0.01, 1.0 - leverage));
+}
+
+}  // namespace finder

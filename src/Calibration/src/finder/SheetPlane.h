@@ -1,0 +1,55 @@
+/// Where places of the pattern are in the picture: a plane in perspective, bent a little by the lens.
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <vector>
+
+namespace finder {
+
+/// Discs with known centres, by place.
+struct PlacedDiscs {
+  cv::Size grid;
+  std::vector<cv::Point> places;     ///< all of the pattern
+  std::vector<cv::Point2d> centres;  ///< as many
+  std::vector<double> radii;         ///< as many, pixels; 0 for a disc that is missing
+
+  bool Has(size_t k) const { return radii[k] > 0.0; }
+  /// The disc at a place, -1 when it is missing or there is none.
+  int At(const cv::Point& place) const;
+  int Missing() const;
+  double MedianRadius() const;
+};
+
+class SheetPlane {
+ public:
+  /// Fits the plane, and then how it is bent, to the discs that are not missing. False when there is no such
+  /// plane.
+  bool Fit(const PlacedDiscs& discs) { return FitPlane(discs) && FitBend(discs); }
+
+  /// By the plane alone.
+  cv::Point2d Project(const cv::Point2d& place) const;
+  /// How the picture changes with the place, pixels per step.
+  cv::Matx22d Slope(const cv::Point2d& place) const;
+  /// The length of a step around a place, pixels.
+  double Step(const cv::Point2d& place) const;
+
+  /// The plane's word, corrected for the lens.
+  cv::Point2d Predict(const cv::Point2d& place) const { return Project(place) + BendAt(place); }
+  /// How far a disc is from where the others put it, steps; for one that is not missing.
+  double Stray(const PlacedDiscs& discs, size_t k) const;
+
+ private:
+  bool FitPlane(const PlacedDiscs& discs);
+  bool FitBend(const PlacedDiscs& discs);
+  cv::Mat Terms(const cv::Point2d& place) const;
+  cv::Point2d BendAt(const cv::Point2d& place) const;
+
+  cv::Matx33d H_ = cv::Matx33d::eye();
+  cv::Point2d middle_;
+  cv::Point2d half_{1.0, 1.0};
+  int degree_ = 0;   ///< of the polynomial that the picture is bent by
+  cv::Mat bend_;     ///< its coefficients, of x and y
+  cv::Mat inverse_;  ///< of its normal equations
+};
+
+}  // namespace finder

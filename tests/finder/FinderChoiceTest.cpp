@@ -1,0 +1,131 @@
+/// The calibrator's choice between the searches.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+
+#include "engine/Collection.h"
+#include "engine/GridFinder.h"
+#include "finder/FinderScenes.h"
+#include "finder/RobustFinder.h"
+#include "foundation/Scopes.h"
+
+namespace {
+
+using Centres = std::vector<cv::Point2d>;
+
+cv::Mat HardPicture() {
+  cv::Mat picture;
+  for (int number = 0;; ++number) {
+    picture = unit::RandomFinderFrame(number).picture;
+    Centres points;
+    if (!FindGridStandard(picture, unit::GRID, points) && FindGridRobust(picture, unit::GRID, points)) {
+      return picture;
+    }
+  }
+}
+
+TEST(FinderChoice, IsTheStandardSearchAtFirst) {
+  const auto calibrator = unit::MakeCalibrator();
+  EXPECT_EQ(calibrator->GetFinder(), Calibrator::FINDER_STANDARD);
+  cv::Mat frame = unit::PictureWithGrid();
+  Centres expected;
+  ASSERT_TRUE(FindGridStandard(frame, unit::GRID, expected));
+  Centres points;
+  EXPECT_TRUE(calibrator->DetectPoints(frame, points, false));
+  EXPECT_EQ(points, expected);
+  EXPECT_EQ(calibrator->WhyNotFound(), "");
+}
+
+TEST(FinderChoice, RobustFindsWhatTheStandardSearchDoesNot) {
+  const cv::Mat picture = HardPicture();
+  const auto calibrator = unit::MakeCalibrator();
+  Centres points;
+  cv::Mat frame = picture.clone();
+  EXPECT_FALSE(calibrator->DetectPoints(frame, points, false));
+  calibrator->SetFinder(Calibrator::FINDER_ROBUST);
+  frame = picture.clone();
+  EXPECT_TRUE(calibrator->DetectPoints(frame, points, false));
+  calibrator->SetFinder(Calibrator::FINDER_STANDARD);
+  frame = picture.clone();
+  EXPECT_FALSE(calibrator->DetectPoints(frame, points, false));
+}
+
+TEST(FinderChoice, RobustSaysWhyItFoundNothingUntilItFindsTheGrid) {
+  const auto calibrator = unit::MakeCalibrator();
+  calibrator->SetFinder(Calibrator::FINDER_ROBUST);
+  Centres points;
+  cv::Mat frame = cv::Mat::zeros(unit::FRAME, CV_8UC3);
+  EXPECT_FALSE(calibrator->DetectPoints(frame, points, false));
+  EXPECT_EQ(calibrator->WhyNotFound(), "too few circles in sight");
+  frame = unit::PictureWithGrid();
+  EXPECT_TRUE(calibrator->DetectPoints(frame, points, false));
+  EXPECT_EQ(calibrator->WhyNotFound(), "");
+}
+
+TEST(FinderChoice, ReachesBothFramesOfAPair) {
+  const cv::Mat picture = HardPicture();
+  const auto calibrator = unit::MakeCalibrator(Calibrator::STEREO);
+  Centres left;
+  Centres right;
+  cv::Mat leftFrame = picture.clone();
+  cv::Mat rightFrame = picture.clone();
+  EXPECT_FALSE(calibrator->DetectStereoPoints(leftFrame, rightFrame, left, right, false));
+  calibrator->SetFinder(Calibrator::FINDER_ROBUST);
+  leftFrame = picture.clone();
+  rightFrame = picture.clone();
+  EXPECT_TRUE(calibrator->DetectStereoPoints(leftFrame, rightFrame, left, right, false));
+  EXPECT_EQ(left, right);
+  rightFrame.setTo(0);
+  EXPECT_FALSE(calibrator->DetectStereoPoints(leftFrame, rightFrame, left, right, false));
+  EXPECT_EQ(calibrator->WhyNotFound(), "too few circles in sight");
+}
+
+TEST(FinderChoice, ReachesPushedFrames) {
+  const auto calibrator = unit::MakeCalibrator();
+  calibrator->SetFinder(Calibrator::FINDER_ROBUST);
+  cv::Mat frame = HardPicture();
+  calibrator->NextFrameRGB(frame, 0, nullptr, false);
+  EXPECT_TRUE(calibrator->IsDetected());
+}
+
+TEST(FinderChoice, SizesWithoutOneOrderAreSearchedByTheStandardSearch) {
+  const cv::Size grid(4, 10);
+  const cv::Mat picture = unit::FlatGrid(grid);
+  Calibrator calibrator(grid, 0.02F, Calibrator::MONOCULAR, picture.cols, picture.rows);
+  calibrator.SetFinder(Calibrator::FINDER_ROBUST);
+  cv::Mat frame = picture.clone();
+  Centres points;
+  EXPECT_TRUE(calibrator.DetectPoints(frame, points, false));
+  EXPECT_EQ(points.size(), 40U);
+}
+
+TEST(FinderChoice, OfAnotherNumberIsRefusedWithAnErrorLine) {
+  const auto calibrator = unit::MakeCalibrator();
+  calibrator->SetFinder(Calibrator::FINDER_ROBUST);
+  const std::string printed = unit::PrintedBy([&] { calibrator->SetFinder(7); });
+  EXPECT_NE(printed.find("There is no finder 7."), std::string::npos) << printed;
+  EXPECT_EQ(calibrator->GetFinder(), Calibrator::FINDER_ROBUST);
+}
+
+TEST(FinderChoice, CanBeSwitchedWhileFramesAreSearched) {
+  const auto calibrator = unit::MakeCalibrator();
+  const cv::Mat picture = unit::PictureWithGrid();
+  std::atomic<bool> done{false};
+  std::thread searches([&] {
+    for (int k = 0; k < 20; ++k) {
+      cv::Mat frame = picture.clone();
+      Centres points;
+      EXPECT_TRUE(calibrator->DetectPoints(frame, points, false));
+    }
+    done = true;
+  });
+  for (int k = 0; !done; ++k) {
+    calibrator->SetFinder(k % 2 == 0 ? Calibrator::FINDER_ROBUST : Calibrator::FINDER_STANDARD);
+    calibrator->WhyNotFound();
+    std::this_thread::yield();
+  }
+  searches.join();
+}
+
+}  // namespace

@@ -1,0 +1,148 @@
+/// Growing lattices, and laying the pattern onto them.
+#include "finder/Lattice.h"
+
+#include <gtest/gtest.h>
+
+#include <numeric>
+
+#include "finder/Pattern.h"
+#include "finder/Placement.h"
+
+namespace {
+
+using finder::Candidate;
+using finder::CandidateIndex;
+using finder::Effort;
+using finder::Lattice;
+
+const cv::Size GRID(4, 11);
+const cv::Size FRAME_SIZE(640, 480);
+const cv::Matx33d PERSPECTIVE(38.0, 6.0, 120.0, -9.0, 30.0, 100.0, 0.01, 0.012, 1.0);
+
+/// Candidates where a view of the places has them.
+std::vector<Candidate> Seen(const std::vector<cv::Point>& places, const cv::Matx33d& H = PERSPECTIVE) {
+  std::vector<Candidate> candidates;
+  for (const cv::Point& place : places) {
+    const cv::Vec3d p = H * cv::Vec3d(place.x, place.y, 1.0);
+    candidates.push_back({{p[0] / p[2], p[1] / p[2]}, 9.0 / p[2], 5});
+  }
+  return candidates;
+}
+
+/// The first lattice of all candidates that a search offers.
+Lattice Grown(const std::vector<Candidate>& candidates) {
+  const CandidateIndex index(candidates, FRAME_SIZE);
+  Effort effort{1000000};
+  Lattice found;
+  finder::SearchLattices(index, candidates.size(), 400, effort, [&](const Lattice& lattice) {
+    found = lattice;
+    return lattice.points.size() == candidates.size();
+  });
+  return found;
+}
+
+std::vector<int> InOrder() {
+  std::vector<int> order(static_cast<size_t>(GRID.area()));
+  std::iota(order.begin(), order.end(), 0);
+  return order;
+}
+
+TEST(Lattice, GrowsOverAWholeGridInPerspective) {
+  const Lattice lattice = Grown(Seen(finder::PatternPlaces(GRID)));
+  ASSERT_EQ(lattice.points.size(), 44U);
+  std::set<std::pair<int, int>> places;
+  for (const auto& point : lattice.points) places.insert({point.place.x, point.place.y});
+  EXPECT_EQ(places.size(), 44U);
+}
+
+TEST(Lattice, OfPointsStrewnAtRandomIsNotRegular) {
+  cv::RNG random(2);
+  std::vector<Candidate> candidates;
+  for (int k = 0; k < 800; ++k) {
+    candidates.push_back({{random.uniform(5.0, 635.0), random.uniform(5.0, 475.0)}, 5.0, 3});
+  }
+  const CandidateIndex index(candidates, FRAME_SIZE);
+  Effort effort{300000};
+  int offered = 0;
+  finder::SearchLattices(index, 38, 400, effort, [&](const Lattice&) {
+    ++offered;
+    return false;
+  });
+  EXPECT_EQ(offered, 0);
+  const std::vector<Candidate> grid = Seen(finder::PatternPlaces(GRID));
+  EXPECT_LT(finder::Irregularity(Grown(grid), CandidateIndex(grid, FRAME_SIZE)), 0.02);
+}
+
+TEST(Lattice, SearchEndsWhenItsEffortIsSpent) {
+  const CandidateIndex index(Seen(finder::PatternPlaces(GRID)), FRAME_SIZE);
+  Effort effort{300};
+  EXPECT_FALSE(finder::SearchLattices(index, 44, 400, effort, [](const Lattice&) { return true; }));
+}
+
+TEST(Pattern, HasItsPlacesRowByRow) {
+  EXPECT_EQ(finder::PatternPlaces({2, 3}),
+            (std::vector<cv::Point>{{0, 0}, {2, 0}, {1, 1}, {3, 1}, {0, 2}, {2, 2}}));
+}
+
+TEST(Pattern, HasOneOrderWithAnOddNumberOfRows) {
+  for (const cv::Size& grid : {cv::Size(4, 11), cv::Size(3, 9), cv::Size(5, 5), cv::Size(7, 13)}) {
+    EXPECT_TRUE(finder::HasOneOrder(grid)) << grid;
+  }
+  for (const cv::Size& grid : {cv::Size(4, 10), cv::Size(1, 13), cv::Size(4, 1), cv::Size(2, 3),
+                               cv::Size(99, 99), cv::Size(-4, 11), cv::Size(1 << 30, 1 << 30)}) {
+    EXPECT_FALSE(finder::HasOneOrder(grid)) << grid;
+  }
+}
+
+TEST(Placement, PutsEveryDiscWhereItBelongs) {
+  for (double angle = 0.0; angle < 6.0; angle += 0.5) {
+    const cv::Matx33d turn(28.0 * std::cos(angle), -28.0 * std::sin(angle), 320.0, 28.0 * std::sin(angle),
+                           28.0 * std::cos(angle), 240.0, 0.0, 0.0, 1.0);
+    const Lattice lattice = Grown(Seen(finder::PatternPlaces(GRID), turn));
+    Effort effort{1000000};
+    const finder::Placement placement = finder::PlacePattern(lattice, GRID, 2, effort);
+    EXPECT_EQ(placement.discs, InOrder()) << angle;
+    EXPECT_EQ(placement.covered, 44);
+    EXPECT_LE(placement.secondBest, 42);
+  }
+}
+
+/// Every size that the search takes has one best way only.
+TEST(Placement, IsUniqueForAllSizesOfOneOrder) {
+  for (int columns = 2; columns <= 8; ++columns) {
+    for (int rows = 3; rows <= 15; rows += 2) {
+      const cv::Size grid(columns, rows);
+      if (!finder::HasOneOrder(grid)) continue;
+      Lattice lattice;
+      lattice.clockwise = false;
+      for (const cv::Point& place : finder::PatternPlaces(grid)) {
+        lattice.points.push_back({finder::LatticePlace(place), static_cast<int>(lattice.points.size())});
+      }
+      Effort effort{10000000};
+      const finder::Placement placement = finder::PlacePattern(lattice, grid, 2, effort);
+      EXPECT_EQ(placement.covered, grid.area());
+      EXPECT_LE(placement.secondBest + 2, grid.area()) << grid;
+    }
+  }
+}
+
+TEST(Placement, LeavesOutWhatIsMissingAndWhatIsBeside) {
+  std::vector<cv::Point> places = finder::PatternPlaces(GRID);
+  places.erase(places.begin() + 17);
+  places.emplace_back(9, 5);
+  const Lattice lattice = Grown(Seen(places));
+  Effort effort{1000000};
+  const finder::Placement placement = finder::PlacePattern(lattice, GRID, 2, effort);
+  std::vector<int> expected = InOrder();
+  expected[17] = -1;
+  for (size_t k = 18; k < expected.size(); ++k) --expected[k];
+  EXPECT_EQ(placement.discs, expected);
+}
+
+TEST(Placement, OfASpentEffortIsNone) {
+  const Lattice lattice = Grown(Seen(finder::PatternPlaces(GRID)));
+  Effort effort{0};
+  EXPECT_EQ(finder::PlacePattern(lattice, GRID, 2, effort).covered, 0);
+}
+
+}  // namespace
