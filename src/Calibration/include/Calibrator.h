@@ -54,6 +54,9 @@ class VELMORA_API Calibrator {
   static constexpr int MODEL_RATIONAL = 20;
   static constexpr int MODEL_FULL = 30;
 
+  static constexpr int SOLVER_OPENCV = 0;
+  static constexpr int SOLVER_SPARSE = 1;
+
   static constexpr int STATUS_NOT_READY = 100;
   static constexpr int STATUS_READY = 200;
   static constexpr int STATUS_COMPLETED = 300;
@@ -143,6 +146,16 @@ class VELMORA_API Calibrator {
   /// Detects and adds; true when a snapshot was added. With `draw` the corners are drawn, without overlay and
   /// mirroring. Frames of different sizes raise OpenCV's assertion error (-215).
   bool AddStereoPoints(cv::Mat& left, cv::Mat& right, const bool& draw);
+
+  // ---- Solvers. Thread-safe.
+
+  /// What later computations are done with. SOLVER_OPENCV, the default: OpenCV's own calibration, whose time
+  /// grows with the cube of the number of views. SOLVER_SPARSE: the engine's own, milliseconds for any usual
+  /// number of views; the classic model's results are the same, those of the larger models have coefficients
+  /// that are kept small. The form of the results does not depend on it. Any other number is refused with an
+  /// error line.
+  void SetSolver(const int& solver);
+  int GetSolver();
 
   // ---- Computation of a monocular calibrator. Thread-safe.
 
@@ -341,6 +354,7 @@ class VELMORA_API Calibrator {
     cv::Mat R, T, E, F;
   };
   class ProgressScope;
+  struct SolverChoice;
   struct Delivery;
   static constexpr size_t ENOUGH_SNAPSHOTS = 5;
 
@@ -396,6 +410,7 @@ class VELMORA_API Calibrator {
   std::condition_variable backgroundDone_;
   int backgroundTasks_ = 0;
 
+  const std::unique_ptr<SolverChoice> choice_;
   const std::unique_ptr<Delivery> delivery_;
   const std::unique_ptr<Preview> preview_;
   const std::unique_ptr<CaptureReader> capture_;

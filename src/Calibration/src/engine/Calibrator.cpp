@@ -10,6 +10,7 @@
 #include "capture/CaptureReader.h"
 #include "capture/Delivery.h"
 #include "capture/Preview.h"
+#include "engine/SolverChoice.h"
 #include "engine/TargetGeometry.h"
 
 const std::string Calibrator::VERSION = "5.1.0";
@@ -21,6 +22,7 @@ Calibrator::Calibrator(const cv::Size& patternSize, const float& unit, const int
       frameWidth_(frameWidth),
       frameHeight_(frameHeight),
       objectTemplate_(MakeObjectTemplate(patternSize, unit)),
+      choice_(std::make_unique<SolverChoice>()),
       delivery_(std::make_unique<Delivery>(*this)),
       preview_(std::make_unique<Preview>()),
       capture_(std::make_unique<CaptureReader>([this] { cameraReader(); })) {

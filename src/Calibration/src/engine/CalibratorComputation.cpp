@@ -4,6 +4,8 @@
 #include "Log.h"
 #include "engine/Intrinsics.h"
 #include "engine/ProgressScope.h"
+#include "engine/SolverChoice.h"
+#include "solver/SparseIntrinsics.h"
 
 /// With dataLock_ held.
 bool Calibrator::HasEnoughRecords() {
@@ -26,8 +28,10 @@ float Calibrator::ComputeCalibration(const int& model) {
   assistant_.reset();  // a computation ends guided collection
   data.unlock();
 
-  const IntrinsicsResult solved =
-      SolveIntrinsics(objectPoints, imagePoints, {frameWidth_, frameHeight_}, model);
+  const cv::Size frame(frameWidth_, frameHeight_);
+  const IntrinsicsResult solved = choice_->solver == SOLVER_SPARSE
+                                      ? SolveIntrinsicsSparsely(objectPoints, imagePoints, frame, model)
+                                      : SolveIntrinsics(objectPoints, imagePoints, frame, model);
 
   data.lock();
   results_.K = solved.K;

@@ -1,4 +1,4 @@
-/// Moves a camera's lens and all its poses to where the sum of squared distances is least.
+/// Moves what all views share, and each view's pose, to where the sum of squared distances is least.
 #include "solver/LevenbergMarquardt.h"
 
 #include <algorithm>
@@ -31,11 +31,8 @@ struct FullStep {
 
 class Minimiser {
  public:
-  Minimiser(const std::vector<View>& views, const Estimate& start, const SolveOptions& options)
-      : views_(views), options_(options) {
-    solution_ = Evaluated(start);
-    for (const View& view : views) coordinates_ += 2.0 * static_cast<double>(view.object.size());
-  }
+  Minimiser(const Measurements& measurements, const Estimate& start, const SolveOptions& options)
+      : measurements_(measurements), options_(options), solution_(Evaluated(start)) {}
 
   Solution Run() {
     if (!solution_.usable) return std::move(solution_);
@@ -51,10 +48,10 @@ class Minimiser {
   Solution Evaluated(const Estimate& estimate) const {
     Solution solution;
     solution.estimate = estimate;
-    solution.equations.resize(views_.size());
-    ForRanges(views_.size(), options_.threads, [&](size_t first, size_t last) {
+    solution.equations.resize(Views());
+    ForRanges(Views(), options_.threads, [&](size_t first, size_t last) {
       for (size_t i = first; i < last; ++i) {
-        solution.equations[i] = EquationsOf(views_[i], estimate.lens, estimate.poses[i]);
+        solution.equations[i] = measurements_.EquationsAt(i, estimate);
       }
     });
     solution.usable = true;
@@ -70,12 +67,13 @@ class Minimiser {
 
   double Cost(const Solution& solution) const { return solution.squares + solution.priorSquares; }
 
-  int Free() const { return solution_.estimate.lens.free; }
+  size_t Views() const { return measurements_.Views(); }
+  int Free() const { return measurements_.Shared(); }
 
   /// Of a coordinate of a pixel, as far as the present estimate can tell.
   double Variance() const {
-    const double unknowns = Free() + POSE_PARAMETERS * static_cast<double>(views_.size());
-    return solution_.squares / std::max(coordinates_ - unknowns, 1.0);
+    const double unknowns = Free() + POSE_PARAMETERS * static_cast<double>(Views());
+    return solution_.squares / std::max(measurements_.Coordinates() - unknowns, 1.0);
   }
 
   /// The diagonal of the lens' own block, of all views and the prior.
@@ -114,7 +112,7 @@ class Minimiser {
   }
 
   bool Sum(ReducedSystem& system) const {
-    const size_t count = views_.size();
+    const size_t count = Views();
     std::vector<ReducedView> reduced(count);
     ForRanges(count, options_.threads, [&](size_t first, size_t last) {
       for (size_t i = first; i < last; ++i) reduced[i] = Reduce(solution_.equations[i], Free(), damping_);
@@ -134,9 +132,9 @@ class Minimiser {
 
   bool Propose(FullStep& step) const {
     if (!LensStep(step.lens)) return false;
-    step.poses.resize(views_.size());
-    std::vector<double> predicted(views_.size());
-    ForRanges(views_.size(), options_.threads, [&](size_t first, size_t last) {
+    step.poses.resize(Views());
+    std::vector<double> predicted(Views());
+    ForRanges(Views(), options_.threads, [&](size_t first, size_t last) {
       for (size_t i = first; i < last; ++i) {
         step.poses[i] = PoseStepFor(solution_.equations[i], Free(), damping_, step.lens);
         predicted[i] = PredictedOf(solution_.equations[i], step.lens, step.poses[i]);
@@ -189,7 +187,7 @@ class Minimiser {
 
   Estimate After(const FullStep& step) const {
     Estimate estimate = solution_.estimate;
-    for (size_t i = 0; i < step.lens.size(); ++i) estimate.lens.values[i] += step.lens[i];
+    measurements_.MoveShared(estimate, step.lens);
     for (size_t i = 0; i < step.poses.size(); ++i) {
       estimate.poses[i] = Moved(estimate.poses[i], step.poses[i].data());
     }
@@ -217,13 +215,35 @@ class Minimiser {
     solution_.converged = damping_ > MOST_DAMPING;
   }
 
-  const std::vector<View>& views_;
+  const Measurements& measurements_;
   const SolveOptions& options_;
   Solution solution_;
-  double coordinates_ = 0.0;
   double damping_ = FIRST_DAMPING;
   double raise_ = 2.0;
   int sinceRejection_ = 3;
+};
+
+/// Views of one camera.
+class CameraMeasurements : public Measurements {
+ public:
+  CameraMeasurements(const std::vector<View>& views, int free) : views_(views), free_(free) {
+    for (const View& view : views) coordinates_ += 2.0 * static_cast<double>(view.object.size());
+  }
+
+  size_t Views() const override { return views_.size(); }
+  int Shared() const override { return free_; }
+  double Coordinates() const override { return coordinates_; }
+  ViewEquations EquationsAt(size_t view, const Estimate& estimate) const override {
+    return EquationsOf(views_[view], estimate.lens, estimate.poses[view]);
+  }
+  void MoveShared(Estimate& estimate, const Step& step) const override {
+    for (size_t i = 0; i < step.size(); ++i) estimate.lens.values[i] += step[i];
+  }
+
+ private:
+  const std::vector<View>& views_;
+  const int free_;
+  double coordinates_ = 0.0;
 };
 
 }  // namespace
@@ -245,8 +265,12 @@ ReducedSystem SystemOf(const std::vector<ViewEquations>& equations, const Lens& 
   return system;
 }
 
+Solution Minimise(const Measurements& measurements, const Estimate& start, const SolveOptions& options) {
+  return Minimiser(measurements, start, options).Run();
+}
+
 Solution Minimise(const std::vector<View>& views, const Estimate& start, const SolveOptions& options) {
-  return Minimiser(views, start, options).Run();
+  return Minimise(CameraMeasurements(views, start.lens.free), start, options);
 }
 
 }  // namespace sparse

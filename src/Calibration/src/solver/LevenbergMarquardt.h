@@ -1,4 +1,4 @@
-/// Moves a camera's lens and all its poses to where the sum of squared distances is least.
+/// Moves what all views share, and each view's pose, to where the sum of squared distances is least.
 #pragma once
 
 #include <functional>
@@ -7,6 +7,20 @@
 #include "solver/NormalEquations.h"
 
 namespace sparse {
+
+/// What was seen, in terms of parameters that all views share (a camera's lens, or how two cameras stand to
+/// each other) and of a pose for each view.
+class Measurements {
+ public:
+  virtual ~Measurements() = default;
+  virtual size_t Views() const = 0;
+  virtual int Shared() const = 0;
+  /// Numbers measured.
+  virtual double Coordinates() const = 0;
+  /// Called from several threads.
+  virtual ViewEquations EquationsAt(size_t view, const Estimate& estimate) const = 0;
+  virtual void MoveShared(Estimate& estimate, const Step& step) const = 0;
+};
 
 struct SolveOptions {
   Prior prior{};
@@ -38,6 +52,9 @@ ReducedSystem SystemOf(const std::vector<ViewEquations>& equations, const Lens& 
 
 /// Levenberg-Marquardt with the poses eliminated view by view. The result is the same for any number of
 /// threads: each view is worked out by itself and sums are taken in the order of the views.
+Solution Minimise(const Measurements& measurements, const Estimate& start, const SolveOptions& options);
+
+/// Of one camera.
 Solution Minimise(const std::vector<View>& views, const Estimate& start, const SolveOptions& options);
 
 }  // namespace sparse

@@ -21,6 +21,7 @@ using Prior = std::array<double, FULL_PARAMETERS>;
 
 struct Estimate {
   Lens lens;
+  Pose right;               ///< of a pair: from the left camera's frame to the right one's
   std::vector<Pose> poses;  ///< one for each view
 };
 

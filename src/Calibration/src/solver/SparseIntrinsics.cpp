@@ -6,8 +6,8 @@
 #include <opencv2/calib3d.hpp>
 #include <thread>
 
-#include "Calibrator.h"
 #include "solver/Covariance.h"
+#include "solver/ModelParameters.h"
 #include "solver/Start.h"
 #include "solver/Target.h"
 
@@ -15,17 +15,6 @@ namespace {
 
 using sparse::FULL_PARAMETERS;
 using sparse::POSE_PARAMETERS;
-
-int FreeParametersOf(int model) {
-  switch (model) {
-    case Calibrator::MODEL_RATIONAL:
-      return sparse::RATIONAL_PARAMETERS;
-    case Calibrator::MODEL_FULL:
-      return sparse::FULL_PARAMETERS;
-    default:
-      return sparse::CLASSIC_PARAMETERS;
-  }
-}
 
 /// Starting threads takes as long as dozens of views.
 int ThreadsFor(size_t views) {
@@ -129,7 +118,7 @@ IntrinsicsResult SolveIntrinsicsSparsely(const std::vector<std::vector<cv::Point
   for (const sparse::View& view : target.views) points += static_cast<double>(view.object.size());
   bool givenUp = false;
   sparse::StageOptions stages;
-  stages.free = FreeParametersOf(model);
+  stages.free = sparse::FreeParametersOf(model);
   stages.imageSize = imageSize;
   stages.threads = options.threads > 0 ? options.threads : ThreadsFor(target.views.size());
   stages.progress = [&](int iteration, double squares) {
