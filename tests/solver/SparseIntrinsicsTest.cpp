@@ -211,8 +211,11 @@ TEST(Poles, AreSeenWithinTheImageOnly) {
   lens.free = sparse::RATIONAL_PARAMETERS;
   lens.values = {500.0, 500.0, 319.5, 239.5};
   EXPECT_TRUE(sparse::IsFreeOfPoles(lens, unit::FRAME));
-  lens.values[9] = -1.0 / (0.6 * 0.6);  // corners are at 0.8
+  // A zero hides the pole but for its neighbourhood. Corners are at 0.8.
+  lens.values[4] = -2.77;
+  lens.values[9] = -1.0 / (0.6 * 0.6);
   EXPECT_FALSE(sparse::IsFreeOfPoles(lens, unit::FRAME));
+  lens.values[4] = 0.0;
   lens.values[9] = -1.0 / (4.0 * 4.0);
   EXPECT_TRUE(sparse::IsFreeOfPoles(lens, unit::FRAME));
 }

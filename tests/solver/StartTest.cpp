@@ -72,9 +72,9 @@ TEST(Start, RaisesForPointsOnALine) {
 TEST(Homography, LeavesLittleOfARightViewAndMuchOfAWrongOrder) {
   const sparse::Target target = ExactViews(unit::DistortedCamera(), 6);
   sparse::View view = target.views.front();
-  EXPECT_LT(sparse::HomographyResidual(view), 2.0);
+  EXPECT_LT(sparse::HomographyResidual(view), 5.0);  // of the distortion
   std::rotate(view.image.begin(), view.image.begin() + 1, view.image.end());
-  EXPECT_GT(sparse::HomographyResidual(view), 5.0);
+  EXPECT_GT(sparse::HomographyResidual(view), 10.0);
 }
 
 TEST(Homography, LeavesInfinitelyMuchOfPointsThatDetermineNone) {

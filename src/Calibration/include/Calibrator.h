@@ -156,6 +156,14 @@ class VELMORA_API Calibrator {
   /// error line.
   void SetSolver(const int& solver);
   int GetSolver();
+  /// Lets the sparse solver leave out views and points that do not belong to the camera that the others show;
+  /// a warning line names each, counted from 0. The RMS and the errors of views are then those of the points
+  /// that are kept. Off at first.
+  void SetRobust(const bool& robust);
+  /// The radius of the printed discs in metres. With it the sparse solver corrects the difference between the
+  /// centroid of a disc's picture, which a detector finds, and the picture of its centre. 0, the default, takes
+  /// centres as they are; what is no radius is refused with an error line.
+  void SetDiscRadius(const double& radius);
 
   // ---- Computation of a monocular calibrator. Thread-safe.
 

@@ -5,7 +5,6 @@
 #include "engine/Intrinsics.h"
 #include "engine/ProgressScope.h"
 #include "engine/SolverChoice.h"
-#include "solver/SparseIntrinsics.h"
 
 /// With dataLock_ held.
 bool Calibrator::HasEnoughRecords() {
@@ -30,7 +29,7 @@ float Calibrator::ComputeCalibration(const int& model) {
 
   const cv::Size frame(frameWidth_, frameHeight_);
   const IntrinsicsResult solved = choice_->solver == SOLVER_SPARSE
-                                      ? SolveIntrinsicsSparsely(objectPoints, imagePoints, frame, model)
+                                      ? choice_->SolveSparsely(objectPoints, imagePoints, frame, model)
                                       : SolveIntrinsics(objectPoints, imagePoints, frame, model);
 
   data.lock();

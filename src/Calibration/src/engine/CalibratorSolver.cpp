@@ -1,4 +1,6 @@
 /// The calibrator's choice of a solver.
+#include <cmath>
+
 #include "Calibrator.h"
 #include "Log.h"
 #include "engine/SolverChoice.h"
@@ -13,4 +15,35 @@ void Calibrator::SetSolver(const int& solver) {
 
 int Calibrator::GetSolver() {
   return choice_->solver;
+}
+
+void Calibrator::SetRobust(const bool& robust) {
+  choice_->robust = robust;
+}
+
+void Calibrator::SetDiscRadius(const double& radius) {
+  if (!std::isfinite(radius) || radius < 0.0) {
+    Log::error("There are no discs of radius %f.", radius);
+    return;
+  }
+  choice_->discRadius = radius;
+}
+
+IntrinsicsResult Calibrator::SolverChoice::SolveSparsely(
+    const std::vector<std::vector<cv::Point3d>>& objectPoints,
+    const std::vector<std::vector<cv::Point2d>>& imagePoints, const cv::Size& imageSize, int model) const {
+  SparseOptions options;
+  options.robust = robust;
+  options.discRadius = discRadius;
+  SparseResult solved = SolveIntrinsicsSparsely(objectPoints, imagePoints, imageSize, model, options);
+  for (const sparse::Rejected& rejected : solved.rejected) {
+    if (rejected.point == sparse::Rejected::WHOLE_VIEW) {
+      Log::warn("View %zu is left out: %s (%.2f px).", rejected.view, rejected.reason.c_str(),
+                rejected.residual);
+    } else {
+      Log::warn("Point %d of view %zu is left out: %s (%.2f px).", rejected.point, rejected.view,
+                rejected.reason.c_str(), rejected.residual);
+    }
+  }
+  return std::move(static_cast<IntrinsicsResult&>(solved));
 }

@@ -26,7 +26,9 @@ sparse::Lens LensOf(const cv::Mat& K, const cv::Mat& D, int model) {
   const cv::Mat_<double> matrix(K);
   const cv::Mat_<double> coefficients(D.reshape(1, 1));
   sparse::Lens lens;
-  lens.free = sparse::FreeParametersOf(model);
+  // Known coefficients all count, but for those that the classic model does not have.
+  const bool classic = sparse::FreeParametersOf(model) == sparse::CLASSIC_PARAMETERS;
+  lens.free = classic ? sparse::CLASSIC_PARAMETERS : sparse::FULL_PARAMETERS;
   lens.values = {matrix(0, 0), matrix(1, 1), matrix(0, 2), matrix(1, 2)};
   for (int i = 0; i < std::min(coefficients.cols, lens.free - 4); ++i) {
     lens.values[static_cast<size_t>(i + 4)] = coefficients(i);
