@@ -12,6 +12,7 @@
 
 #include "Export.h"
 #include "JavaTypes.h"
+#include "Verdict.h"
 
 class CalibAssistant;
 class CaptureReader;
@@ -161,9 +162,13 @@ class VELMORA_API Calibrator {
   /// that are kept. Off at first.
   void SetRobust(const bool& robust);
   /// The radius of the printed discs in metres. With it the sparse solver corrects the difference between the
-  /// centroid of a disc's picture, which a detector finds, and the picture of its centre. 0, the default, takes
-  /// centres as they are; what is no radius is refused with an error line.
+  /// centroid of a disc's picture, which a detector finds, and the picture of its centre. 0, the default,
+  /// takes centres as they are; what is no radius is refused with an error line.
   void SetDiscRadius(const double& radius);
+  /// How good the result of the last computation of one camera is, whichever solver it is of. Grade None
+  /// during STATUS_PROGRESS, in a stereo calibrator, before a computation, and after snapshots were added to
+  /// those that the result is of.
+  CalibrationVerdict GetVerdict();
 
   // ---- Computation of a monocular calibrator. Thread-safe.
 

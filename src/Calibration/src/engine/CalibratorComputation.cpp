@@ -2,7 +2,6 @@
 #include "CalibAssistant.h"
 #include "Calibrator.h"
 #include "Log.h"
-#include "engine/Intrinsics.h"
 #include "engine/ProgressScope.h"
 #include "engine/SolverChoice.h"
 
@@ -27,10 +26,8 @@ float Calibrator::ComputeCalibration(const int& model) {
   assistant_.reset();  // a computation ends guided collection
   data.unlock();
 
-  const cv::Size frame(frameWidth_, frameHeight_);
-  const IntrinsicsResult solved = choice_->solver == SOLVER_SPARSE
-                                      ? choice_->SolveSparsely(objectPoints, imagePoints, frame, model)
-                                      : SolveIntrinsics(objectPoints, imagePoints, frame, model);
+  const SolverChoice::Settings settings = choice_->Now();
+  SparseResult solved = settings.Solve(objectPoints, imagePoints, {frameWidth_, frameHeight_}, model);
 
   data.lock();
   results_.K = solved.K;
@@ -41,6 +38,8 @@ float Calibrator::ComputeCalibration(const int& model) {
   results_.stdDevExtrinsics = solved.stdDevExtrinsics;
   results_.perViewErrors = solved.perViewErrors;
   results_.rms = static_cast<float>(solved.rms);
+  choice_->rejected = std::move(solved.rejected);
+  choice_->usedDiscRadius = settings.discRadius;
   progress.Complete();
   return results_.rms;
 }

@@ -4,6 +4,7 @@
 #include "Calibrator.h"
 #include "Log.h"
 #include "engine/SolverChoice.h"
+#include "solver/Judge.h"
 
 void Calibrator::SetSolver(const int& solver) {
   if (solver != SOLVER_OPENCV && solver != SOLVER_SPARSE) {
@@ -29,13 +30,34 @@ void Calibrator::SetDiscRadius(const double& radius) {
   choice_->discRadius = radius;
 }
 
-IntrinsicsResult Calibrator::SolverChoice::SolveSparsely(
+CalibrationVerdict Calibrator::GetVerdict() {
+  if (kind_ != MONOCULAR || GetStatus() == STATUS_PROGRESS) return {};
+  std::unique_lock<std::mutex> data(dataLock_);
+  const auto objectPoints = records_.objectRecords;
+  const auto imagePoints = records_.imageRecords;
+  SparseResult result;
+  result.K = results_.K;
+  result.D = results_.D;
+  result.rvecs = results_.rvecs;
+  result.tvecs = results_.tvecs;
+  result.rejected = choice_->rejected;
+  const double discRadius = choice_->usedDiscRadius;
+  data.unlock();
+  return JudgeIntrinsics(objectPoints, imagePoints, {frameWidth_, frameHeight_}, result, discRadius);
+}
+
+SparseResult Calibrator::SolverChoice::Settings::Solve(
     const std::vector<std::vector<cv::Point3d>>& objectPoints,
     const std::vector<std::vector<cv::Point2d>>& imagePoints, const cv::Size& imageSize, int model) const {
+  SparseResult solved;
+  if (solver != SOLVER_SPARSE) {
+    static_cast<IntrinsicsResult&>(solved) = SolveIntrinsics(objectPoints, imagePoints, imageSize, model);
+    return solved;
+  }
   SparseOptions options;
   options.robust = robust;
   options.discRadius = discRadius;
-  SparseResult solved = SolveIntrinsicsSparsely(objectPoints, imagePoints, imageSize, model, options);
+  solved = SolveIntrinsicsSparsely(objectPoints, imagePoints, imageSize, model, options);
   for (const sparse::Rejected& rejected : solved.rejected) {
     if (rejected.point == sparse::Rejected::WHOLE_VIEW) {
       Log::warn("View %zu is left out: %s (%.2f px).", rejected.view, rejected.reason.c_str(),
@@ -45,5 +67,5 @@ IntrinsicsResult Calibrator::SolverChoice::SolveSparsely(
                 rejected.reason.c_str(), rejected.residual);
     }
   }
-  return std::move(static_cast<IntrinsicsResult&>(solved));
+  return solved;
 }

@@ -150,6 +150,10 @@ StagedSolution SolveAgain(const std::vector<View>& views, const StagedSolution& 
   return Stages(views, options).Solve(earlier.solution.estimate, options.free, earlier.prior);
 }
 
+Prior WeakPrior(const std::vector<View>& views, const Estimate& estimate, double variance) {
+  return PriorFor(DataRadius(views, estimate), variance, 1.0);
+}
+
 bool IsFreeOfPoles(const Lens& lens, const cv::Size& imageSize) {
   constexpr int STEPS = 2000;
   const double corner = CornerRadius(lens, imageSize);

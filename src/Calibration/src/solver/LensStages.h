@@ -29,6 +29,9 @@ StagedSolution SolveStages(const std::vector<View>& views, const Estimate& start
 StagedSolution SolveAgain(const std::vector<View>& views, const StagedSolution& earlier,
                           const StageOptions& options);
 
+/// The weak prior for the noise and the spread of these views.
+Prior WeakPrior(const std::vector<View>& views, const Estimate& estimate, double variance);
+
 /// True when the denominator of the radial distortion stays well above zero over the whole image.
 bool IsFreeOfPoles(const Lens& lens, const cv::Size& imageSize);
 
