@@ -96,8 +96,8 @@ cv::Mat SeenFromSomewhere(const cv::Mat& flat, cv::RNG& random) {
                            FRAME_SIZE.height * random.uniform(0.4, 0.6));
   std::vector<cv::Point2f> from;
   std::vector<cv::Point2f> to;
-  for (const cv::Point2d& corner : {cv::Point2d(-0.5, -0.5), cv::Point2d(0.5, -0.5), cv::Point2d(0.5, 0.5),
-                                    cv::Point2d(-0.5, 0.5)}) {
+  for (const cv::Point2d& corner :
+       {cv::Point2d(-0.5, -0.5), cv::Point2d(0.5, -0.5), cv::Point2d(0.5, 0.5), cv::Point2d(-0.5, 0.5)}) {
     const cv::Point2d p(corner.x * flat.cols * scale, corner.y * flat.rows * scale);
     const cv::Point2d turned(p.x * std::cos(turn) - p.y * std::sin(turn),
                              squeeze * (p.x * std::sin(turn) + p.y * std::cos(turn)));
@@ -166,8 +166,8 @@ cv::Mat RandomForeignFrame(int number) {
 
 cv::Mat FlatGrid(const cv::Size& grid, double radius, double step) {
   const int margin = cvRound(2.0 * step);
-  cv::Mat sheet(cvRound((grid.height - 1) * step) + 2 * margin, cvRound((2 * grid.width - 1) * step) + 2 * margin,
-                CV_8UC1, cv::Scalar(PAPER));
+  cv::Mat sheet(cvRound((grid.height - 1) * step) + 2 * margin,
+                cvRound((2 * grid.width - 1) * step) + 2 * margin, CV_8UC1, cv::Scalar(PAPER));
   for (int row = 0; row < grid.height; ++row) {
     for (int k = 0; k < grid.width; ++k) {
       PutDisc(sheet, margin + step * (2 * k + row % 2), margin + step * row, radius * step);

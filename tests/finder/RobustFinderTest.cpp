@@ -118,9 +118,9 @@ TEST(RobustFinder, LeavesThePictureAlone) {
 
 TEST(RobustFinder, NeverRaisesAnExceptionForAFrameThatItCannotUse) {
   std::vector<cv::Point2d> points = {{1.0, 2.0}};
-  for (const cv::Mat& frame : {cv::Mat(), cv::Mat(cv::Mat::zeros(480, 640, CV_16UC1)),
-                               cv::Mat(cv::Mat::zeros(480, 640, CV_8UC2)),
-                               cv::Mat(cv::Mat::zeros(1, 5000, CV_8UC3))}) {
+  for (const cv::Mat& frame :
+       {cv::Mat(), cv::Mat(cv::Mat::zeros(480, 640, CV_16UC1)), cv::Mat(cv::Mat::zeros(480, 640, CV_8UC2)),
+        cv::Mat(cv::Mat::zeros(1, 5000, CV_8UC3))}) {
     EXPECT_NO_THROW(EXPECT_FALSE(FindGridRobust(frame, unit::GRID, points)));
     EXPECT_TRUE(points.empty());
   }

@@ -22,6 +22,7 @@ class RealPhotographs : public ::testing::Test {
   JSON Calibrate(const std::string& set, const std::vector<std::string>& options, const std::string& views) {
     std::vector<std::string> command = {VELMORA_BATCH, std::string(VELMORA_SHARED_DATA) + "/" + set,
                                         "--hdist",     "0.2",
+                                        "--solver",    "opencv",
                                         "--output",    folder_.File("result")};
     command.insert(command.end(), {"--finder", finder_});
     command.insert(command.end(), options.begin(), options.end());

@@ -6,6 +6,7 @@
 #include <regex>
 
 #include "Calibrator.h"
+#include "batch/SolverOptions.h"
 
 namespace batch {
 
@@ -117,6 +118,7 @@ Parsed ParseArguments(int argc, char** argv) {
       "--record-model", arguments.recordModel,
       "instead of calibrating, write a pose model of the assistant: one pose for each picture that "
       "shows the grid, in their order");
+  AddSolverOptions(app, arguments);
   AddPairOptions(app, arguments);
   try {
     app.parse(argc, argv);

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "Calibrator.h"
 #include "batch/Pictures.h"
 
 namespace batch {
@@ -22,6 +23,8 @@ struct Arguments {
   int model = 0;        ///< of Calibrator
   int finder = 1;       ///< of Calibrator
   std::string modelName = "rational";
+  int solver = Calibrator::SOLVER_SPARSE;
+  double disc = -1.0;  ///< radius of the discs in metres; negative: that of the usual sheet
   cv::Size grid{4, 11};
   cv::Size frame;  ///< processing size; zero members: the size of the input
   int maxViews = 30;

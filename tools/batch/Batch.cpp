@@ -5,6 +5,7 @@
 
 #include "batch/CameraViews.h"
 #include "batch/Progress.h"
+#include "batch/VerdictReport.h"
 
 namespace batch {
 
@@ -41,8 +42,13 @@ ExitStatus Run(const Arguments& arguments) {
     return ReportTooFewViews("pictures", camera.Views().size());
   }
   std::cerr << "Computing the " << arguments.modelName << " model ...\n";
-  std::cout << ResultTable(camera.Calibrate());
+  const Report report = camera.Calibrate();
+  const CalibrationVerdict verdict = camera.Verdict();
+  std::cout << ResultTable(report) << "\n" << VerdictTable(verdict, report.used);
   if (camera.Save(arguments.output).empty()) return ReportUnwritten(arguments.output);
+  if (!SaveVerdict(verdict, arguments.output + "_verdict.json")) {
+    return ReportUnwritten(arguments.output + "_verdict");
+  }
   std::cout << "\nResult file: " << arguments.output << ".json\n";
   return CALIBRATED;
 }

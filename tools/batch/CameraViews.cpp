@@ -6,6 +6,7 @@
 #include <set>
 
 #include "JSON.h"
+#include "batch/SolverOptions.h"
 #include "batch/ViewSelection.h"
 
 namespace batch {
@@ -40,6 +41,7 @@ std::string CameraViews::FaultOf(Picture& picture, Centres& centres) {
     calibrator_ = std::make_unique<Calibrator>(arguments_.grid, UnitOf(arguments_), Calibrator::MONOCULAR,
                                                frame.width, frame.height);
     calibrator_->SetFinder(arguments_.finder);
+    ApplySolver(arguments_, *calibrator_);
   }
   if (picture.image.size() != inputSize_)
     return "of another size than the first (" + SizeText(inputSize_) + ")";
@@ -81,6 +83,10 @@ Report CameraViews::Calibrate() {
   report.stdDevs = calibrator_->GetStdDevIntrinsics();
   report.viewErrors = calibrator_->GetPerViewErrors();
   return report;
+}
+
+CalibrationVerdict CameraViews::Verdict() {
+  return calibrator_->GetVerdict();
 }
 
 std::string CameraViews::Save(const std::string& output) {

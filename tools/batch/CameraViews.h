@@ -45,6 +45,9 @@ class CameraViews {
   /// Computes from the views that spread best; the others are set aside. There must be enough.
   Report Calibrate();
 
+  /// Of the computation.
+  CalibrationVerdict Verdict();
+
   /// Writes the result file, extension added, and reads it back. The text, which is empty when that failed.
   std::string Save(const std::string& output);
 

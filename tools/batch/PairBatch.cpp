@@ -10,6 +10,8 @@
 #include "batch/CameraViews.h"
 #include "batch/Epipolar.h"
 #include "batch/Progress.h"
+#include "batch/SolverOptions.h"
+#include "batch/VerdictReport.h"
 #include "batch/ViewSelection.h"
 
 namespace batch {
@@ -115,7 +117,10 @@ struct CameraResults {
 ExitStatus CalibrateCamera(CameraViews& camera, const std::string& side, const std::string& output,
                            std::string& text) {
   std::cerr << "Computing the " << side << " camera ...\n";
-  std::cout << "== " << side << " camera\n" << ResultTable(camera.Calibrate()) << "\n";
+  const Report report = camera.Calibrate();
+  std::cout << "== " << side << " camera\n"
+            << ResultTable(report) << "\n"
+            << VerdictTable(camera.Verdict(), report.used) << "\n";
   text = camera.Save(output);
   return text.empty() ? ReportUnwritten(output) : CALIBRATED;
 }
@@ -190,6 +195,7 @@ ExitStatus RunPair(const Arguments& arguments) {
   std::cerr << "Computing the pair ...\n";
   const cv::Size frame = pairs.left.FrameSize();
   Calibrator calibrator(arguments.grid, UnitOf(arguments), Calibrator::STEREO, frame.width, frame.height);
+  ApplySolver(arguments, calibrator);
   std::cout << "== pair\n" << PairTable(CalibratePair(arguments, pairs, results, calibrator));
   if (SaveResultFile(calibrator, arguments.output).empty()) return ReportUnwritten(arguments.output);
   std::cout << "\nResult file: " << arguments.output << ".json\n";

@@ -12,6 +12,7 @@
 
 #include "Export.h"
 #include "JavaTypes.h"
+#include "Verdict.h"
 
 class CalibAssistant;
 class CaptureReader;
@@ -54,6 +55,9 @@ class VELMORA_API Calibrator {
   static constexpr int MODEL_CLASSIC = 10;
   static constexpr int MODEL_RATIONAL = 20;
   static constexpr int MODEL_FULL = 30;
+
+  static constexpr int SOLVER_OPENCV = 0;
+  static constexpr int SOLVER_SPARSE = 1;
 
   static constexpr int STATUS_NOT_READY = 100;
   static constexpr int STATUS_READY = 200;
@@ -159,6 +163,28 @@ class VELMORA_API Calibrator {
   /// Detects and adds; true when a snapshot was added. With `draw` the corners are drawn, without overlay and
   /// mirroring. Frames of different sizes raise OpenCV's assertion error (-215).
   bool AddStereoPoints(cv::Mat& left, cv::Mat& right, const bool& draw);
+
+  // ---- Solvers. Thread-safe.
+
+  /// What later computations are done with. SOLVER_OPENCV, the default: OpenCV's own calibration, whose time
+  /// grows with the cube of the number of views. SOLVER_SPARSE: the engine's own, milliseconds for any usual
+  /// number of views; the classic model's results are the same, those of the larger models have coefficients
+  /// that are kept small. The form of the results does not depend on it. Any other number is refused with an
+  /// error line.
+  void SetSolver(const int& solver);
+  int GetSolver();
+  /// Lets the sparse solver leave out views and points that do not belong to the camera that the others show;
+  /// a warning line names each, counted from 0. The RMS and the errors of views are then those of the points
+  /// that are kept. Off at first.
+  void SetRobust(const bool& robust);
+  /// The radius of the printed discs in metres. With it the sparse solver corrects the difference between the
+  /// centroid of a disc's picture, which a detector finds, and the picture of its centre. 0, the default,
+  /// takes centres as they are; what is no radius is refused with an error line.
+  void SetDiscRadius(const double& radius);
+  /// How good the result of the last computation of one camera is, whichever solver it is of. Grade None
+  /// during STATUS_PROGRESS, in a stereo calibrator, before a computation, and after snapshots were added to
+  /// those that the result is of.
+  CalibrationVerdict GetVerdict();
 
   // ---- Computation of a monocular calibrator. Thread-safe.
 
@@ -357,6 +383,7 @@ class VELMORA_API Calibrator {
     cv::Mat R, T, E, F;
   };
   class ProgressScope;
+  struct SolverChoice;
   struct Delivery;
   static constexpr size_t ENOUGH_SNAPSHOTS = 5;
 
@@ -413,6 +440,7 @@ class VELMORA_API Calibrator {
   int backgroundTasks_ = 0;
 
   const std::unique_ptr<FinderChoice> finder_;
+  const std::unique_ptr<SolverChoice> solver_;
   const std::unique_ptr<Delivery> delivery_;
   const std::unique_ptr<Preview> preview_;
   const std::unique_ptr<CaptureReader> capture_;

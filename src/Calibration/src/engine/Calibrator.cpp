@@ -10,6 +10,7 @@
 #include "capture/CaptureReader.h"
 #include "capture/Delivery.h"
 #include "capture/Preview.h"
+#include "engine/SolverChoice.h"
 #include "engine/TargetGeometry.h"
 #include "finder/FinderChoice.h"
 
@@ -23,6 +24,7 @@ Calibrator::Calibrator(const cv::Size& patternSize, const float& unit, const int
       frameHeight_(frameHeight),
       objectTemplate_(MakeObjectTemplate(patternSize, unit)),
       finder_(std::make_unique<FinderChoice>()),
+      solver_(std::make_unique<SolverChoice>()),
       delivery_(std::make_unique<Delivery>(*this)),
       preview_(std::make_unique<Preview>()),
       capture_(std::make_unique<CaptureReader>([this] { cameraReader(); })) {

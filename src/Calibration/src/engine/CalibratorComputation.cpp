@@ -2,8 +2,8 @@
 #include "CalibAssistant.h"
 #include "Calibrator.h"
 #include "Log.h"
-#include "engine/Intrinsics.h"
 #include "engine/ProgressScope.h"
+#include "engine/SolverChoice.h"
 
 /// With dataLock_ held.
 bool Calibrator::HasEnoughRecords() {
@@ -26,8 +26,8 @@ float Calibrator::ComputeCalibration(const int& model) {
   assistant_.reset();  // a computation ends guided collection
   data.unlock();
 
-  const IntrinsicsResult solved =
-      SolveIntrinsics(objectPoints, imagePoints, {frameWidth_, frameHeight_}, model);
+  const SolverChoice::Settings settings = solver_->Now();
+  SparseResult solved = settings.Solve(objectPoints, imagePoints, {frameWidth_, frameHeight_}, model);
 
   data.lock();
   results_.K = solved.K;
@@ -38,6 +38,8 @@ float Calibrator::ComputeCalibration(const int& model) {
   results_.stdDevExtrinsics = solved.stdDevExtrinsics;
   results_.perViewErrors = solved.perViewErrors;
   results_.rms = static_cast<float>(solved.rms);
+  solver_->rejected = std::move(solved.rejected);
+  solver_->usedDiscRadius = settings.discRadius;
   progress.Complete();
   return results_.rms;
 }

@@ -5,6 +5,8 @@
 #include "Log.h"
 #include "engine/Extrinsics.h"
 #include "engine/ProgressScope.h"
+#include "engine/SolverChoice.h"
+#include "solver/SparseExtrinsics.h"
 
 namespace {
 
@@ -66,8 +68,11 @@ float Calibrator::ComputeCalibrationStereo(const std::string& left, const std::s
   data.unlock();
 
   const ExtrinsicsResult solved =
-      SolveExtrinsics(records.objectRecords, records.imageRecords, records.imageRecordsRight, intrinsics,
-                      {frameWidth_, frameHeight_}, model);
+      solver_->solver == SOLVER_SPARSE
+          ? SolveExtrinsicsSparsely(records.objectRecords, records.imageRecords, records.imageRecordsRight,
+                                    intrinsics, model)
+          : SolveExtrinsics(records.objectRecords, records.imageRecords, records.imageRecordsRight,
+                            intrinsics, {frameWidth_, frameHeight_}, model);
 
   data.lock();
   results_.R = solved.R;

@@ -22,7 +22,7 @@ std::vector<std::vector<cv::Point2f>> Matching(const std::vector<std::vector<cv:
   return narrowed;
 }
 
-void WarnOfIgnoredCoefficients(const char* camera, const cv::Mat& D) {
+void WarnOf(const char* camera, const cv::Mat& D) {
   if (D.cols > CLASSIC_COEFFICIENTS && cv::countNonZero(D.colRange(CLASSIC_COEFFICIENTS, D.cols)) > 0) {
     Log::warn("The classic model ignores the distortion coefficients of the %s camera beyond the fifth.",
               camera);
@@ -31,15 +31,18 @@ void WarnOfIgnoredCoefficients(const char* camera, const cv::Mat& D) {
 
 }  // namespace
 
+void WarnOfIgnoredCoefficients(const StereoIntrinsics& intrinsics, int model) {
+  if (FlagsOfModel(model) != 0) return;
+  WarnOf("left", intrinsics.D);
+  WarnOf("right", intrinsics.DRight);
+}
+
 ExtrinsicsResult SolveExtrinsics(const std::vector<std::vector<cv::Point3d>>& objectPoints,
                                  const std::vector<std::vector<cv::Point2d>>& leftPoints,
                                  const std::vector<std::vector<cv::Point2d>>& rightPoints,
                                  const StereoIntrinsics& intrinsics, const cv::Size& imageSize, int model) {
   const int flags = FlagsOfModel(model);
-  if (flags == 0) {
-    WarnOfIgnoredCoefficients("left", intrinsics.D);
-    WarnOfIgnoredCoefficients("right", intrinsics.DRight);
-  }
+  WarnOfIgnoredCoefficients(intrinsics, model);
   // Copies: the solver cuts the coefficients of its arguments down to those of the model.
   cv::Mat K = intrinsics.K.clone();
   cv::Mat D = intrinsics.D.clone();

@@ -14,6 +14,9 @@ struct ExtrinsicsResult {
   cv::Mat R, T, E, F;  ///< right from left: x_right = R x_left + T; T in the unit of the object points
 };
 
+/// Says so, once for each camera, where the classic model ignores coefficients that are not zero.
+void WarnOfIgnoredCoefficients(const StereoIntrinsics& intrinsics, int model);
+
 /// Solves with OpenCV's stereo calibration and fixed intrinsics, which are not changed. The classic model
 /// ignores the coefficients beyond the fifth; a warning says so where they are not zero. Image points beyond
 /// the number of object points are left out. Raises cv::Exception when the solver does, as for too few image

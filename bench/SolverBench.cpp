@@ -1,0 +1,77 @@
+/// The sparse solver beside OpenCV's, on the same points and one thread.
+#include <opencv2/core.hpp>
+
+#include "Calibrator.h"
+#include "Ratio.h"
+#include "Views.h"
+#include "engine/TargetGeometry.h"
+#include "solver/SparseIntrinsics.h"
+
+namespace {
+
+const cv::Size GRID(4, 11);
+const cv::Size FRAME(640, 480);
+constexpr float UNIT = 0.02F;
+
+struct Data {
+  std::vector<std::vector<cv::Point3d>> object;
+  std::vector<std::vector<cv::Point2d>> image;
+};
+
+Data MakeData(int views) {
+  const world::Camera camera =
+      world::CameraFromFieldOfView(FRAME, 62.0, {-0.21, 0.06, 0.0008, -0.0006, -0.008});
+  const world::Sheet sheet(GRID, static_cast<double>(UNIT));
+  cv::RNG random(1);
+  Data data;
+  for (const world::Pose& pose : world::SampleViews(camera, views, 1, sheet)) {
+    data.image.push_back(world::TrueCentres(camera.lens, sheet, pose));
+    for (cv::Point2d& point : data.image.back()) {
+      point += cv::Point2d(random.gaussian(0.1), random.gaussian(0.1));
+    }
+    data.object.push_back(MakeObjectTemplate(GRID, UNIT));
+  }
+  return data;
+}
+
+void Sparse(const Data& data, int model) {
+  SparseOptions options;
+  options.threads = 1;
+  benchmark::DoNotOptimize(SolveIntrinsicsSparsely(data.object, data.image, FRAME, model, options).rms);
+}
+
+/// Arguments: model, views.
+void SparseBesideOpenCV(benchmark::State& state) {
+  const int model = static_cast<int>(state.range(0));
+  const Data data = MakeData(static_cast<int>(state.range(1)));
+  const int threads = cv::getNumThreads();
+  cv::setNumThreads(1);
+  bench::Ratio().Run(
+      state, [&] { Sparse(data, model); },
+      [&] { benchmark::DoNotOptimize(SolveIntrinsics(data.object, data.image, FRAME, model).rms); });
+  cv::setNumThreads(threads);
+}
+
+/// The sparse solver alone, for numbers of views that OpenCV's takes minutes for.
+void SparseAlone(benchmark::State& state) {
+  const int model = static_cast<int>(state.range(0));
+  const Data data = MakeData(static_cast<int>(state.range(1)));
+  for (auto iteration : state) {
+    static_cast<void>(iteration);
+    Sparse(data, model);
+  }
+  state.SetComplexityN(state.range(1));
+}
+
+}  // namespace
+
+BENCHMARK(SparseBesideOpenCV)
+    ->ArgsProduct({{Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL}, {10, 20, 40}})
+    ->Args({Calibrator::MODEL_FULL, 20})
+    ->Iterations(1)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(SparseAlone)
+    ->ArgsProduct({{Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL, Calibrator::MODEL_FULL},
+                   {50, 200, 1000}})
+    ->Unit(benchmark::kMillisecond);

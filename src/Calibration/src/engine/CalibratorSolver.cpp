@@ -1,0 +1,71 @@
+/// The calibrator's choice of a solver.
+#include <cmath>
+
+#include "Calibrator.h"
+#include "Log.h"
+#include "engine/SolverChoice.h"
+#include "solver/Judge.h"
+
+void Calibrator::SetSolver(const int& solver) {
+  if (solver != SOLVER_OPENCV && solver != SOLVER_SPARSE) {
+    Log::error("There is no solver %d.", solver);
+    return;
+  }
+  solver_->solver = solver;
+}
+
+int Calibrator::GetSolver() {
+  return solver_->solver;
+}
+
+void Calibrator::SetRobust(const bool& robust) {
+  solver_->robust = robust;
+}
+
+void Calibrator::SetDiscRadius(const double& radius) {
+  if (!std::isfinite(radius) || radius < 0.0) {
+    Log::error("There are no discs of radius %f.", radius);
+    return;
+  }
+  solver_->discRadius = radius;
+}
+
+CalibrationVerdict Calibrator::GetVerdict() {
+  if (kind_ != MONOCULAR || GetStatus() == STATUS_PROGRESS) return {};
+  std::unique_lock<std::mutex> data(dataLock_);
+  const auto objectPoints = records_.objectRecords;
+  const auto imagePoints = records_.imageRecords;
+  SparseResult result;
+  result.K = results_.K;
+  result.D = results_.D;
+  result.rvecs = results_.rvecs;
+  result.tvecs = results_.tvecs;
+  result.rejected = solver_->rejected;
+  const double discRadius = solver_->usedDiscRadius;
+  data.unlock();
+  return JudgeIntrinsics(objectPoints, imagePoints, {frameWidth_, frameHeight_}, result, discRadius);
+}
+
+SparseResult Calibrator::SolverChoice::Settings::Solve(
+    const std::vector<std::vector<cv::Point3d>>& objectPoints,
+    const std::vector<std::vector<cv::Point2d>>& imagePoints, const cv::Size& imageSize, int model) const {
+  SparseResult solved;
+  if (solver != SOLVER_SPARSE) {
+    static_cast<IntrinsicsResult&>(solved) = SolveIntrinsics(objectPoints, imagePoints, imageSize, model);
+    return solved;
+  }
+  SparseOptions options;
+  options.robust = robust;
+  options.discRadius = discRadius;
+  solved = SolveIntrinsicsSparsely(objectPoints, imagePoints, imageSize, model, options);
+  for (const sparse::Rejected& rejected : solved.rejected) {
+    if (rejected.point == sparse::Rejected::WHOLE_VIEW) {
+      Log::warn("View %zu is left out: %s (%.2f px).", rejected.view, rejected.reason.c_str(),
+                rejected.residual);
+    } else {
+      Log::warn("Point %d of view %zu is left out: %s (%.2f px).", rejected.point, rejected.view,
+                rejected.reason.c_str(), rejected.residual);
+    }
+  }
+  return solved;
+}

@@ -1,0 +1,51 @@
+/// How far the centre of a disc's picture is from the picture of its centre.
+#include "solver/DiscBias.h"
+
+#include <cmath>
+
+namespace sparse {
+
+namespace {
+
+/// With so many, the polygon misses a few thousandths of a pixel.
+constexpr int RIM_POINTS = 32;
+
+}  // namespace
+
+cv::Point2d DiscBias(const Projection& projection, const Pose& pose, const cv::Point3d& centre,
+                     double radius) {
+  const auto pixelOf = [&](double x, double y, cv::Point2d& pixel) {
+    return projection.Project(pose.R * cv::Vec3d(centre.x + x, centre.y + y, centre.z) + pose.t, pixel);
+  };
+  cv::Point2d middle;
+  if (!pixelOf(0.0, 0.0, middle)) return {};
+  double area = 0.0;
+  cv::Point2d moment;
+  cv::Point2d last;
+  for (int i = 0; i <= RIM_POINTS; ++i) {
+    const double angle = 2.0 * CV_PI * (i % RIM_POINTS) / RIM_POINTS;
+    cv::Point2d rim;
+    if (!pixelOf(radius * std::cos(angle), radius * std::sin(angle), rim)) return {};
+    rim -= middle;  // sums of small numbers keep their digits
+    if (i > 0) {
+      const double twice = last.x * rim.y - last.y * rim.x;
+      area += twice;
+      moment += twice * (last + rim);
+    }
+    last = rim;
+  }
+  return area != 0.0 ? moment * (1.0 / (3.0 * area)) : cv::Point2d();
+}
+
+std::vector<View> WithoutDiscBias(const std::vector<View>& views, const Estimate& estimate, double radius) {
+  const Projection projection(estimate.lens);
+  std::vector<View> corrected = views;
+  for (size_t i = 0; i < corrected.size(); ++i) {
+    for (size_t k = 0; k < corrected[i].object.size(); ++k) {
+      corrected[i].image[k] -= DiscBias(projection, estimate.poses[i], corrected[i].object[k], radius);
+    }
+  }
+  return corrected;
+}
+
+}  // namespace sparse

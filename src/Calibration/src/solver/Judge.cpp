@@ -1,0 +1,179 @@
+/// Judges a computed camera.
+#include "solver/Judge.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <opencv2/imgproc.hpp>
+
+#include "solver/Covariance.h"
+#include "solver/DiscBias.h"
+#include "solver/ProjectionUncertainty.h"
+#include "solver/SolutionMatrices.h"
+#include "solver/Target.h"
+
+namespace {
+
+using Grade = CalibrationVerdict::Grade;
+
+constexpr double WORTHLESS_FOCAL = 0.03;  // relative deviation
+constexpr double CAREFUL_FOCAL = 0.01;
+constexpr double WORTHLESS_PROJECTION = 0.01;  // deviation in widths of the image
+constexpr double CAREFUL_PROJECTION = 0.0025;
+constexpr double FAR_WORSE = 10.0;    // outside the data than within
+constexpr double DISAGREEMENT = 2.5;  // jackknife over formal
+constexpr double SMALL_COVERAGE = 0.4;
+constexpr int FEW_VIEWS = 10;
+
+sparse::Lens LensOf(const IntrinsicsResult& result) {
+  const cv::Mat_<double> K(result.K);
+  const cv::Mat_<double> D(result.D);
+  sparse::Lens lens;
+  lens.values = {K(0, 0), K(1, 1), K(0, 2), K(1, 2)};
+  for (int i = 0; i < D.cols; ++i) lens.values[static_cast<size_t>(i + 4)] = D(i);
+  if (D.cols > 5) {
+    const bool full = cv::countNonZero(D.colRange(8, D.cols)) > 0;
+    lens.free = full ? sparse::FULL_PARAMETERS : sparse::RATIONAL_PARAMETERS;
+  }
+  return lens;
+}
+
+/// The views that the result is of, with their poses; points that were left out weigh nothing.
+void CollectKept(const sparse::Target& target, const SparseResult& result, sparse::Solved& solved) {
+  sparse::Estimate& estimate = solved.staged.solution.estimate;
+  for (size_t i = 0; i < target.views.size(); ++i) {
+    sparse::View view = target.views[i];
+    bool left = false;
+    for (const sparse::Rejected& rejected : result.rejected) {
+      if (rejected.view != i) continue;
+      left = left || rejected.point == sparse::Rejected::WHOLE_VIEW;
+      if (left) break;
+      if (view.weights.empty()) view.weights.assign(view.object.size(), 1.0);
+      view.weights[static_cast<size_t>(rejected.point)] = 0.0;
+    }
+    if (left) continue;
+    sparse::Pose pose;
+    pose.R = sparse::TurnOf(result.rvecs.at<cv::Vec3d>(static_cast<int>(i)));
+    pose.t = result.tvecs.at<cv::Vec3d>(static_cast<int>(i)) + pose.R * target.middles[i];
+    estimate.poses.push_back(pose);
+    solved.kept.push_back(i);
+    solved.views.push_back(std::move(view));
+  }
+}
+
+sparse::Solved SolvedFrom(const sparse::Target& target, const SparseResult& result, double discRadius) {
+  sparse::Solved solved;
+  sparse::Solution& solution = solved.staged.solution;
+  solution.estimate.lens = LensOf(result);
+  CollectKept(target, result, solved);
+  if (discRadius > 0.0) solved.views = sparse::WithoutDiscBias(solved.views, solution.estimate, discRadius);
+  for (size_t i = 0; i < solved.views.size(); ++i) {
+    solution.equations.push_back(
+        sparse::EquationsOf(solved.views[i], solution.estimate.lens, solution.estimate.poses[i]));
+    solution.squares += solution.equations.back().squares;
+  }
+  if (solution.estimate.lens.free > sparse::CLASSIC_PARAMETERS) {
+    solved.staged.prior =
+        sparse::WeakPrior(solved.views, solution.estimate, sparse::NoiseVariance(solution, solved.views));
+  }
+  return solved;
+}
+
+std::vector<cv::Point2f> HullOf(const std::vector<sparse::View>& views) {
+  std::vector<cv::Point2f> points;
+  for (const sparse::View& view : views) points.insert(points.end(), view.image.begin(), view.image.end());
+  std::vector<cv::Point2f> hull;
+  cv::convexHull(points, hull);
+  return hull;
+}
+
+double RelativeFocal(const cv::Mat& covariance, const sparse::Lens& lens) {
+  return std::max(std::sqrt(covariance.at<double>(0, 0)) / lens.values[0],
+                  std::sqrt(covariance.at<double>(1, 1)) / lens.values[1]);
+}
+
+void Measure(const sparse::Solved& solved, const cv::Size& imageSize, CalibrationVerdict& verdict) {
+  const sparse::Lens& lens = solved.staged.solution.estimate.lens;
+  verdict.views = static_cast<int>(solved.views.size());
+  verdict.dataArea = HullOf(solved.views);
+  verdict.coverage = std::min(1.0, cv::contourArea(verdict.dataArea) / imageSize.area());
+  const sparse::ProjectionUncertainty uncertainty(lens, imageSize, verdict.dataArea);
+  const double nothing = std::numeric_limits<double>::infinity();
+  const cv::Mat formal = sparse::LensCovariance(solved.staged, solved.views);
+  const cv::Mat jackknife = sparse::JackknifeCovariance(solved.staged);
+  verdict.focalDeviation = formal.empty() ? nothing : RelativeFocal(formal, lens);
+  verdict.focalJackknife = jackknife.empty() ? nothing : RelativeFocal(jackknife, lens);
+  verdict.deviationInData = formal.empty() ? nothing : uncertainty.InArea(formal);
+  verdict.deviationInImage = formal.empty() ? nothing : uncertainty.InImage(formal);
+  verdict.jackknifeInData = jackknife.empty() ? nothing : uncertainty.InArea(jackknife);
+  if (!formal.empty()) verdict.deviationMap = uncertainty.Map(formal);
+}
+
+void Grant(CalibrationVerdict& verdict, Grade grade, const char* reason, const char* advice) {
+  verdict.grade = std::max(verdict.grade, grade);
+  verdict.remarks.push_back({reason, advice});
+}
+
+void JudgeFocal(const sparse::Lens& lens, const cv::Size& imageSize, CalibrationVerdict& verdict) {
+  const double focal = std::max(verdict.focalDeviation, verdict.focalJackknife);
+  if (!(focal <= WORTHLESS_FOCAL)) {
+    Grant(verdict, Grade::Worthless, "The views do not determine the focal length.",
+          "Tilt the sheet more, by 20 to 40 degrees and to all sides.");
+  } else if (focal > CAREFUL_FOCAL) {
+    Grant(verdict, Grade::WithCare, "The focal length is known to more than one percent only.",
+          "Tilt the sheet more, and take more views.");
+  }
+  const cv::Rect2d image(0.0, 0.0, imageSize.width, imageSize.height);
+  if (!image.contains({lens.values[2], lens.values[3]})) {
+    Grant(verdict, Grade::Worthless, "The principal point is outside the image.",
+          "Tilt the sheet more, to all sides, and check that the grid is the right one.");
+  }
+}
+
+void JudgeProjection(const cv::Size& imageSize, CalibrationVerdict& verdict) {
+  const double inData = std::max(verdict.deviationInData, verdict.jackknifeInData) / imageSize.width;
+  if (!(inData <= WORTHLESS_PROJECTION)) {
+    Grant(verdict, Grade::Worthless, "Projections are unsure by more than a hundredth of the image's width.",
+          "Take more views, tilted to all sides, near and far.");
+  } else if (inData > CAREFUL_PROJECTION) {
+    Grant(verdict, Grade::WithCare, "Projections are unsure by some pixels.",
+          verdict.views < FEW_VIEWS ? "There are few views: take ten or more."
+                                    : "Tilt the sheet more, and hold it still.");
+  }
+  const bool farWorse = !(verdict.deviationInImage <= FAR_WORSE * verdict.deviationInData);
+  if (farWorse || verdict.coverage < SMALL_COVERAGE) {
+    Grant(verdict, Grade::WithCare, "The result is valid only where there is data.",
+          "Come closer to the corners of the image with the sheet.");
+  }
+}
+
+void JudgeAgreement(CalibrationVerdict& verdict) {
+  if (verdict.focalJackknife > DISAGREEMENT * verdict.focalDeviation ||
+      verdict.jackknifeInData > DISAGREEMENT * verdict.deviationInData) {
+    Grant(verdict, Grade::WithCare, "The views disagree by more than their noise: a model error.",
+          "Check that the sheet is flat, or choose a larger lens model.");
+  }
+}
+
+}  // namespace
+
+CalibrationVerdict JudgeIntrinsics(const std::vector<std::vector<cv::Point3d>>& objectPoints,
+                                   const std::vector<std::vector<cv::Point2d>>& imagePoints,
+                                   const cv::Size& imageSize, const SparseResult& result, double discRadius) {
+  CalibrationVerdict verdict;
+  if (result.K.empty() || result.D.empty() || objectPoints.empty() ||
+      static_cast<size_t>(result.rvecs.rows) != objectPoints.size() ||
+      result.tvecs.rows != result.rvecs.rows) {
+    return verdict;
+  }
+  const sparse::Solved solved = SolvedFrom(sparse::TargetOf(objectPoints, imagePoints), result, discRadius);
+  verdict.grade = Grade::Good;
+  for (const sparse::Rejected& rejected : result.rejected) {
+    verdict.leftOut.push_back({rejected.view, rejected.point, rejected.residual, rejected.reason});
+  }
+  Measure(solved, imageSize, verdict);
+  JudgeFocal(solved.staged.solution.estimate.lens, imageSize, verdict);
+  JudgeProjection(imageSize, verdict);
+  JudgeAgreement(verdict);
+  return verdict;
+}

@@ -1,0 +1,40 @@
+/// How far the pixels of rays may be off.
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <vector>
+
+#include "solver/Projection.h"
+
+namespace sparse {
+
+/// The ray (x, y, 1) of a pixel. False when none is found.
+bool RayOf(const Projection& projection, const Lens& lens, const cv::Point2d& pixel, cv::Vec3d& ray);
+
+/// The derivatives of the pixels of fixed rays, over a grid of the image, without what a common turn of the
+/// camera's frame does.
+class ProjectionUncertainty {
+ public:
+  static constexpr int COLUMNS = 40;
+  static constexpr int ROWS = 30;
+
+  /// The turn is the one that changes least within the area.
+  ProjectionUncertainty(const Lens& lens, const cv::Size& imageSize, const std::vector<cv::Point2f>& area);
+
+  /// The standard deviation of a coordinate in each cell, given the covariance of the free parameters.
+  cv::Mat Map(const cv::Mat& covariance) const;
+  double InArea(const cv::Mat& covariance) const;
+  double InImage(const cv::Mat& covariance) const;
+
+ private:
+  struct Cell {
+    cv::Mat byLens;  ///< 2 x free; empty without a ray
+    bool inArea = false;
+  };
+
+  double Mean(const cv::Mat& covariance, bool areaOnly) const;
+
+  std::vector<Cell> cells_;
+};
+
+}  // namespace sparse

@@ -1,0 +1,23 @@
+/// A solution as the matrices that a calibrator hands out.
+#pragma once
+
+#include <vector>
+
+#include "engine/Intrinsics.h"
+#include "solver/LensStages.h"
+#include "solver/Target.h"
+
+namespace sparse {
+
+/// What a solution of some of a target's views says.
+struct Solved {
+  StagedSolution staged;
+  std::vector<View> views;   ///< those that it is of
+  std::vector<size_t> kept;  ///< which of the target's they are
+};
+
+/// In the form of SolveIntrinsics, with a row for each view of the target. Views that were left out have the
+/// pose that fits the lens best, its error and no standard deviations.
+IntrinsicsResult MatricesOf(const Solved& solved, const Target& target);
+
+}  // namespace sparse

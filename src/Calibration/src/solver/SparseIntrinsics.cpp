@@ -1,0 +1,106 @@
+/// Computes one camera's intrinsics in time that grows with the number of views, not its cube.
+#include "solver/SparseIntrinsics.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+#include <thread>
+
+#include "solver/DiscBias.h"
+#include "solver/ModelParameters.h"
+#include "solver/SolutionMatrices.h"
+#include "solver/Start.h"
+
+namespace {
+
+/// Starting threads takes as long as dozens of views.
+int ThreadsFor(size_t views) {
+  constexpr size_t WORTH_THREADS = 80;
+  constexpr unsigned MOST = 8;
+  return views < WORTH_THREADS ? 1
+                               : static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1U, MOST));
+}
+
+double PointsOf(const sparse::Target& target) {
+  double points = 0.0;
+  for (const sparse::View& view : target.views) points += static_cast<double>(view.object.size());
+  return points;
+}
+
+class Computation {
+ public:
+  Computation(const sparse::Target& target, const cv::Size& imageSize, int model,
+              const SparseOptions& options)
+      : target_(target), options_(options) {
+    stages_.free = sparse::FreeParametersOf(model);
+    stages_.imageSize = imageSize;
+    stages_.threads = options.threads > 0 ? options.threads : ThreadsFor(target.views.size());
+    stages_.progress = [this, points = PointsOf(target)](int iteration, double squares) {
+      givenUp_ =
+          givenUp_ || (options_.progress && !options_.progress(iteration, std::sqrt(squares / points)));
+      return !givenUp_;
+    };
+  }
+
+  SparseResult Run() {
+    sparse::Selection selection = Select();
+    sparse::Solved solved = Solve(selection);
+    if (givenUp_) CV_Error(cv::Error::StsError, "The computation was given up.");
+    if (!solved.staged.solution.usable) {
+      CV_Error(cv::Error::StsNoConv, "The views do not agree with any camera.");
+    }
+    SparseResult result;
+    static_cast<IntrinsicsResult&>(result) = sparse::MatricesOf(solved, target_);
+    result.rejected = std::move(selection.rejected);
+    return result;
+  }
+
+ private:
+  sparse::Selection Select() const {
+    if (options_.robust) {
+      return sparse::Selected(
+          target_.views, stages_,
+          [this](const std::vector<sparse::View>& views, const sparse::Estimate& estimate) {
+            return Corrected(views, estimate);
+          });
+    }
+    sparse::Selection all;
+    all.views = target_.views;
+    all.kept.resize(all.views.size());
+    std::iota(all.kept.begin(), all.kept.end(), size_t{0});
+    return all;
+  }
+
+  std::vector<sparse::View> Corrected(const std::vector<sparse::View>& views,
+                                      const sparse::Estimate& estimate) const {
+    return options_.discRadius > 0.0 ? sparse::WithoutDiscBias(views, estimate, options_.discRadius) : views;
+  }
+
+  sparse::Solved Solve(const sparse::Selection& selection) const {
+    sparse::Solved solved;
+    solved.kept = selection.kept;
+    solved.views = selection.views;
+    solved.staged =
+        sparse::SolveStages(solved.views, sparse::StartOf(solved.views, stages_.imageSize), stages_);
+    // Once brings most of it; wide lenses with distortion need it twice.
+    for (int i = 0; i < 2 && options_.discRadius > 0.0 && solved.staged.solution.usable; ++i) {
+      solved.views = Corrected(selection.views, solved.staged.solution.estimate);
+      solved.staged = sparse::SolveAgain(solved.views, solved.staged, stages_);
+    }
+    return solved;
+  }
+
+  const sparse::Target& target_;
+  const SparseOptions& options_;
+  sparse::StageOptions stages_;
+  bool givenUp_ = false;
+};
+
+}  // namespace
+
+SparseResult SolveIntrinsicsSparsely(const std::vector<std::vector<cv::Point3d>>& objectPoints,
+                                     const std::vector<std::vector<cv::Point2d>>& imagePoints,
+                                     const cv::Size& imageSize, int model, const SparseOptions& options) {
+  const sparse::Target target = sparse::TargetOf(objectPoints, imagePoints);
+  return Computation(target, imageSize, model, options).Run();
+}

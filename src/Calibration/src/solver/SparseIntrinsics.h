@@ -1,0 +1,35 @@
+/// Computes one camera's intrinsics in time that grows with the number of views, not its cube.
+#pragma once
+
+#include <functional>
+#include <opencv2/core.hpp>
+#include <vector>
+
+#include "engine/Intrinsics.h"
+#include "solver/Robust.h"
+
+struct SparseOptions {
+  /// Leave out views and points that do not belong to the camera that the others show.
+  bool robust = false;
+  /// Of the target's discs, in the unit of the object points. With it the image points are taken for the
+  /// centroids of the discs' pictures, which are not the pictures of their centres; 0 takes them as they are.
+  double discRadius = 0.0;
+  int threads = 0;  ///< 0: as many as pay, for that number of views
+  /// Called after each iteration with its number and the RMS in pixels; false gives up.
+  std::function<bool(int iteration, double rms)> progress;
+};
+
+struct SparseResult : IntrinsicsResult {
+  std::vector<sparse::Rejected> rejected;  ///< what was left out, by the numbers of views and points
+};
+
+/// Like SolveIntrinsics, with the solver of this engine: same points, same shapes, same order. The classic
+/// model's result is the same least-squares minimum. The larger models' coefficients are kept small by a
+/// weak prior, which moves the RMS by less than a hundredth. Standard deviations are those of
+/// 2 N - unknowns degrees of freedom, of rotation vectors and translations as they are handed out.
+///
+/// The target must be plane, with its points at z = 0. Raises cv::Exception for lists that do not match,
+/// points that are not finite, views that determine no pose, and when the caller gives up.
+SparseResult SolveIntrinsicsSparsely(const std::vector<std::vector<cv::Point3d>>& objectPoints,
+                                     const std::vector<std::vector<cv::Point2d>>& imagePoints,
+                                     const cv::Size& imageSize, int model, const SparseOptions& options = {});

@@ -1,0 +1,150 @@
+/// Where the search for a camera begins.
+#include "solver/Start.h"
+
+#include <cmath>
+#include <limits>
+
+namespace sparse {
+
+namespace {
+
+/// Moves points to their mean and scales them to a mean square of two.
+template <typename Points>
+cv::Matx33d NormaliserOf(const Points& points) {
+  cv::Vec2d mean(0.0, 0.0);
+  double squares = 0.0;
+  for (const auto& p : points) mean += cv::Vec2d(p.x, p.y) * (1.0 / static_cast<double>(points.size()));
+  for (const auto& p : points)
+    squares += (p.x - mean[0]) * (p.x - mean[0]) + (p.y - mean[1]) * (p.y - mean[1]);
+  const double scale = std::sqrt(2.0 * static_cast<double>(points.size()) / squares);
+  return {scale, 0.0, -scale * mean[0], 0.0, scale, -scale * mean[1], 0.0, 0.0, 1.0};
+}
+
+cv::Vec3d Column(const cv::Matx33d& matrix, int column) {
+  return {matrix(0, column), matrix(1, column), matrix(2, column)};
+}
+
+/// The two conditions that a view puts on 1 / fx^2 and 1 / fy^2: the target's axes are perpendicular and of
+/// equal length.
+void AddFocalConditions(const cv::Matx33d& homography, const cv::Vec2d& middle, double width,
+                        cv::Matx22d& products, cv::Vec2d& right) {
+  const cv::Matx33d centred =
+      cv::Matx33d(1.0 / width, 0.0, -middle[0] / width, 0.0, 1.0 / width, -middle[1] / width, 0.0, 0.0, 1.0) *
+      homography;
+  const cv::Vec3d a = Column(centred, 0);
+  const cv::Vec3d b = Column(centred, 1);
+  const double size = 1.0 / (cv::norm(a) * cv::norm(b));
+  const cv::Vec3d conditions[] = {
+      cv::Vec3d(a[0] * b[0], a[1] * b[1], a[2] * b[2]) * size,
+      cv::Vec3d(a[0] * a[0] - b[0] * b[0], a[1] * a[1] - b[1] * b[1], a[2] * a[2] - b[2] * b[2]) *
+          (0.5 * size)};
+  for (const cv::Vec3d& c : conditions) {
+    products += cv::Matx22d(c[0] * c[0], c[0] * c[1], c[0] * c[1], c[1] * c[1]);
+    right -= cv::Vec2d(c[0] * c[2], c[1] * c[2]);
+  }
+}
+
+/// Focal lengths from all views; one for both axes where the views do not tell them apart, and that of a
+/// usual lens where they tell nothing.
+cv::Vec2d FocalLengths(const std::vector<cv::Matx33d>& homographies, const cv::Vec2d& middle, double width) {
+  constexpr double USUAL = 1.0;
+  const auto sensible = [](double f) { return f > 0.1 && f < 20.0; };
+  cv::Matx22d products = cv::Matx22d::zeros();
+  cv::Vec2d right(0.0, 0.0);
+  for (const cv::Matx33d& homography : homographies) {
+    AddFocalConditions(homography, middle, width, products, right);
+  }
+  const double determinant = products(0, 0) * products(1, 1) - products(0, 1) * products(1, 0);
+  const cv::Vec2d both((products(1, 1) * right[0] - products(0, 1) * right[1]) / determinant,
+                       (products(0, 0) * right[1] - products(1, 0) * right[0]) / determinant);
+  const double fx = 1.0 / std::sqrt(both[0]);
+  const double fy = 1.0 / std::sqrt(both[1]);
+  if (sensible(fx) && sensible(fy) && fx < 2.0 * fy && fy < 2.0 * fx) return {fx * width, fy * width};
+  const double single = (right[0] + right[1]) / (products(0, 0) + 2.0 * products(0, 1) + products(1, 1));
+  const double f = 1.0 / std::sqrt(single);
+  return sensible(f) ? cv::Vec2d(f * width, f * width) : cv::Vec2d(USUAL * width, USUAL * width);
+}
+
+/// The turn nearest to the homography's axes, and the shift.
+Pose PoseOf(const cv::Matx33d& homography, const Lens& lens) {
+  const cv::Matx33d inverse(1.0 / lens.values[0], 0.0, -lens.values[2] / lens.values[0], 0.0,
+                            1.0 / lens.values[1], -lens.values[3] / lens.values[1], 0.0, 0.0, 1.0);
+  cv::Matx33d axes = inverse * homography;
+  double scale = 2.0 / (cv::norm(Column(axes, 0)) + cv::norm(Column(axes, 1)));
+  if (axes(2, 2) < 0.0) scale = -scale;  // the target is in front of the camera
+  axes = axes * scale;
+  const cv::Vec3d a = Column(axes, 0);
+  const cv::Vec3d b = Column(axes, 1);
+  const cv::Vec3d c = a.cross(b);
+  const cv::Matx33d turn(a[0], b[0], c[0], a[1], b[1], c[1], a[2], b[2], c[2]);
+  cv::Matx31d w;
+  cv::Matx33d u;
+  cv::Matx33d vt;
+  cv::SVD::compute(turn, w, u, vt);
+  return {u * vt, Column(axes, 2)};
+}
+
+cv::Matx33d RequiredHomography(const View& view) {
+  cv::Matx33d homography;
+  CV_Assert(HomographyOf(view, homography));
+  return homography;
+}
+
+}  // namespace
+
+bool HomographyOf(const View& view, cv::Matx33d& homography) {
+  if (view.object.size() < 4) return false;
+  const cv::Matx33d from = NormaliserOf(view.object);
+  const cv::Matx33d to = NormaliserOf(view.image);
+  cv::Matx<double, 9, 9> products = cv::Matx<double, 9, 9>::zeros();
+  for (size_t k = 0; k < view.object.size(); ++k) {
+    const cv::Vec3d p = from * cv::Vec3d(view.object[k].x, view.object[k].y, 1.0);
+    const cv::Vec3d q = to * cv::Vec3d(view.image[k].x, view.image[k].y, 1.0);
+    const double rows[2][9] = {{p[0], p[1], 1, 0, 0, 0, -q[0] * p[0], -q[0] * p[1], -q[0]},
+                               {0, 0, 0, p[0], p[1], 1, -q[1] * p[0], -q[1] * p[1], -q[1]}};
+    for (const auto& row : rows) {
+      for (int i = 0; i < 9; ++i) {
+        for (int j = 0; j < 9; ++j) products(i, j) += row[i] * row[j];
+      }
+    }
+  }
+  if (!std::isfinite(cv::norm(products))) return false;
+  cv::Mat values;
+  cv::Mat vectors;
+  cv::eigen(products, values, vectors);
+  const double* least = vectors.ptr<double>(8);
+  homography = to.inv() * cv::Matx33d(least) * from;
+  // A second direction without residual: the points are on a line.
+  return values.at<double>(7) > 1e-12 * values.at<double>(0) && std::isfinite(cv::norm(homography));
+}
+
+double HomographyResidual(const View& view) {
+  cv::Matx33d homography;
+  if (!HomographyOf(view, homography)) return std::numeric_limits<double>::infinity();
+  double squares = 0.0;
+  for (size_t k = 0; k < view.object.size(); ++k) {
+    const cv::Vec3d at = homography * cv::Vec3d(view.object[k].x, view.object[k].y, 1.0);
+    const cv::Point2d away(at[0] / at[2] - view.image[k].x, at[1] / at[2] - view.image[k].y);
+    squares += away.dot(away);
+  }
+  const double residual = std::sqrt(squares / static_cast<double>(view.object.size()));
+  return std::isfinite(residual) ? residual : std::numeric_limits<double>::infinity();
+}
+
+Estimate StartOf(const std::vector<View>& views, const cv::Size& imageSize) {
+  std::vector<cv::Matx33d> homographies;
+  homographies.reserve(views.size());
+  for (const View& view : views) homographies.push_back(RequiredHomography(view));
+  const cv::Vec2d middle(0.5 * (imageSize.width - 1), 0.5 * (imageSize.height - 1));
+  const cv::Vec2d focal = FocalLengths(homographies, middle, imageSize.width);
+  Estimate start;
+  start.lens.values = {focal[0], focal[1], middle[0], middle[1]};
+  for (const cv::Matx33d& homography : homographies) start.poses.push_back(PoseOf(homography, start.lens));
+  return start;
+}
+
+Pose StartPoseOf(const View& view, const Lens& lens) {
+  return PoseOf(RequiredHomography(view), lens);
+}
+
+}  // namespace sparse

@@ -1,0 +1,98 @@
+/// A calibrator's choice between the solvers.
+#include <gtest/gtest.h>
+
+#include <future>
+#include <nlohmann/json.hpp>
+#include <thread>
+
+#include "Calibrator.h"
+#include "Matchers.h"
+#include "engine/Collection.h"
+#include "engine/TargetGeometry.h"
+#include "foundation/Scopes.h"
+#include "solver/SparseIntrinsics.h"
+
+namespace {
+
+std::vector<std::string> KeysOf(const std::string& text) {
+  std::vector<std::string> keys;
+  for (const auto& item : nlohmann::json::parse(text).items()) keys.push_back(item.key());
+  return keys;
+}
+
+TEST(Solver, IsOpenCVsUnlessAnotherIsChosen) {
+  const auto calibrator = unit::MakeCalibrator();
+  EXPECT_EQ(calibrator->GetSolver(), Calibrator::SOLVER_OPENCV);
+  calibrator->SetSolver(Calibrator::SOLVER_SPARSE);
+  EXPECT_EQ(calibrator->GetSolver(), Calibrator::SOLVER_SPARSE);
+  calibrator->SetSolver(Calibrator::SOLVER_OPENCV);
+  EXPECT_EQ(calibrator->GetSolver(), Calibrator::SOLVER_OPENCV);
+}
+
+TEST(Solver, StaysWhenAnUnknownOneIsAskedFor) {
+  const auto calibrator = unit::MakeCalibrator();
+  calibrator->SetSolver(Calibrator::SOLVER_SPARSE);
+  EXPECT_EQ(unit::PrintedBy([&] { calibrator->SetSolver(7); }), "ERROR : There is no solver 7.\n");
+  EXPECT_EQ(calibrator->GetSolver(), Calibrator::SOLVER_SPARSE);
+}
+
+TEST(Solver, OfTheSparseKindGivesItsNumbersToTheAccessors) {
+  const auto views = unit::NoisyViews(7);
+  const auto calibrator = unit::CalibratorWith(views);
+  calibrator->SetSolver(Calibrator::SOLVER_SPARSE);
+  const float rms = calibrator->ComputeCalibration(Calibrator::MODEL_RATIONAL);
+  const IntrinsicsResult expected =
+      SolveIntrinsicsSparsely({views.size(), MakeObjectTemplate(unit::GRID, unit::UNIT)}, views, unit::FRAME,
+                              Calibrator::MODEL_RATIONAL);
+  EXPECT_EQ(rms, static_cast<float>(expected.rms));
+  EXPECT_SAME_MAT(calibrator->GetK(), expected.K);
+  EXPECT_SAME_MAT(calibrator->GetDistCoefs(), expected.D);
+  EXPECT_SAME_MAT(calibrator->GetStdDevIntrinsics(), expected.stdDevIntrinsics);
+  EXPECT_SAME_MAT(calibrator->GetPerViewErrors(), expected.perViewErrors);
+  EXPECT_SAME_MAT(calibrator->GetRotationVectors(), expected.rvecs);
+  EXPECT_SAME_MAT(calibrator->GetTranslationVectors(), expected.tvecs);
+  EXPECT_EQ(calibrator->GetStatus(), Calibrator::STATUS_COMPLETED);
+}
+
+TEST(Solver, DoesNotChangeTheResultFilesForm) {
+  const auto calibrator = unit::CalibratorWith(unit::NoisyViews(6));
+  calibrator->ComputeCalibration(Calibrator::MODEL_CLASSIC);
+  const std::string dense = calibrator->SaveResult(false, "");
+  calibrator->SetSolver(Calibrator::SOLVER_SPARSE);
+  calibrator->ComputeCalibration(Calibrator::MODEL_CLASSIC);
+  const std::string sparse = calibrator->SaveResult(false, "");
+  EXPECT_EQ(KeysOf(sparse), KeysOf(dense));
+  for (const char* const name : {"cameraMatrix", "distCoefs"}) {
+    const auto a = nlohmann::json::parse(sparse)[name];
+    const auto b = nlohmann::json::parse(dense)[name];
+    for (const char* const key : {"rows", "cols", "type", "depth"}) EXPECT_EQ(a[key], b[key]) << name << key;
+  }
+}
+
+TEST(Solver, GivesTheStatusBackWhenItFails) {
+  auto views = unit::NoisyViews(6);
+  views.back().pop_back();
+  const auto calibrator = unit::CalibratorWith(views);
+  calibrator->SetSolver(Calibrator::SOLVER_SPARSE);
+  EXPECT_THROW(calibrator->ComputeCalibration(Calibrator::MODEL_CLASSIC), cv::Exception);
+  EXPECT_EQ(calibrator->GetStatus(), Calibrator::STATUS_READY);
+}
+
+TEST(Solver, MayBeChosenWhileAComputationRuns) {
+  const auto calibrator = unit::CalibratorWith(unit::NoisyViews(8));
+  std::promise<void> chosen;
+  std::thread chooser([&] {
+    for (int i = 0; i < 1000; ++i) {
+      calibrator->SetSolver(i % 2 == 0 ? Calibrator::SOLVER_OPENCV : Calibrator::SOLVER_SPARSE);
+    }
+    chosen.set_value();
+  });
+  const float first = calibrator->ComputeCalibration(Calibrator::MODEL_CLASSIC);
+  chosen.get_future().wait();
+  chooser.join();
+  const float second = calibrator->ComputeCalibration(Calibrator::MODEL_CLASSIC);
+  EXPECT_GT(first, 0.0F);
+  EXPECT_NEAR(first, second, 1e-6F);
+}
+
+}  // namespace

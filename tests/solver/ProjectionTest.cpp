@@ -1,0 +1,131 @@
+/// Projection through a lens: the pixels of OpenCV's, and derivatives like differences.
+#include "solver/Projection.h"
+
+#include <gtest/gtest.h>
+
+#include <opencv2/calib3d.hpp>
+
+#include "solver/Problem.h"
+
+namespace {
+
+using sparse::Coordinate;
+using sparse::Lens;
+using sparse::Projection;
+
+Lens LensOf(int free) {
+  const std::array<double, sparse::FULL_PARAMETERS> all = {520.0,  510.0,   321.0,  236.0,  -0.21, 0.06,
+                                                           0.0008, -0.0006, -0.008, 0.11,   -0.03, 0.012,
+                                                           0.003,  -0.002,  0.001,  0.0015, 0.03,  -0.02};
+  Lens lens;
+  lens.free = free;
+  std::copy(all.begin(), all.begin() + free, lens.values.begin());
+  return lens;
+}
+
+const std::vector<cv::Vec3d>& Points() {
+  static const std::vector<cv::Vec3d> points = {
+      {0.0, 0.0, 0.4}, {0.1, -0.05, 0.3}, {-0.2, 0.15, 0.35}, {0.3, 0.2, 0.5}, {-1e-3, 0.21, 0.3}};
+  return points;
+}
+
+class ProjectionOfLens : public ::testing::TestWithParam<int> {
+ protected:
+  const Lens lens_ = LensOf(GetParam());
+
+  cv::Point2d Pixel(const Lens& lens, const cv::Vec3d& point) const {
+    cv::Point2d pixel;
+    EXPECT_TRUE(Projection(lens).Project(point, pixel));
+    return pixel;
+  }
+};
+
+TEST_P(ProjectionOfLens, GivesThePixelsOfOpenCV) {
+  const auto& p = lens_.values;
+  const cv::Matx33d K(p[0], 0, p[2], 0, p[1], p[3], 0, 0, 1);
+  const cv::Mat D = cv::Mat(1, 14, CV_64F, const_cast<double*>(p.data() + 4)).clone();
+  std::vector<cv::Point2d> expected;
+  cv::projectPoints(Points(), cv::Vec3d(), cv::Vec3d(), K, D, expected);
+  for (size_t i = 0; i < Points().size(); ++i) {
+    const cv::Point2d pixel = Pixel(lens_, Points()[i]);
+    EXPECT_NEAR(pixel.x, expected[i].x, 1e-10);
+    EXPECT_NEAR(pixel.y, expected[i].y, 1e-10);
+  }
+}
+
+TEST_P(ProjectionOfLens, GivesTheSamePixelsWithDerivatives) {
+  for (const cv::Vec3d& point : Points()) {
+    Coordinate u;
+    Coordinate v;
+    ASSERT_TRUE(Projection(lens_).Differentiate(point, u, v));
+    EXPECT_EQ(cv::Point2d(u.value, v.value), Pixel(lens_, point));
+  }
+}
+
+TEST_P(ProjectionOfLens, HasTheDerivativesThatDifferencesByTheLensShow) {
+  for (const cv::Vec3d& point : Points()) {
+    Coordinate u;
+    Coordinate v;
+    ASSERT_TRUE(Projection(lens_).Differentiate(point, u, v));
+    for (size_t i = 0; i < static_cast<size_t>(GetParam()); ++i) {
+      const double step = 1e-6 * std::max(1.0, std::abs(lens_.values[i]));
+      Lens more = lens_;
+      Lens less = lens_;
+      more.values[i] += step;
+      less.values[i] -= step;
+      const cv::Point2d difference = (Pixel(more, point) - Pixel(less, point)) / (2.0 * step);
+      EXPECT_NEAR(u.byLens[i], difference.x, 1e-5) << "parameter " << i;
+      EXPECT_NEAR(v.byLens[i], difference.y, 1e-5) << "parameter " << i;
+    }
+  }
+}
+
+TEST_P(ProjectionOfLens, HasTheDerivativesThatDifferencesByThePointShow) {
+  constexpr double STEP = 1e-7;
+  for (const cv::Vec3d& point : Points()) {
+    Coordinate u;
+    Coordinate v;
+    ASSERT_TRUE(Projection(lens_).Differentiate(point, u, v));
+    for (int i = 0; i < 3; ++i) {
+      cv::Vec3d shift;
+      shift[i] = STEP;
+      const cv::Point2d difference = (Pixel(lens_, point + shift) - Pixel(lens_, point - shift)) / (2 * STEP);
+      EXPECT_NEAR(u.byPoint[i], difference.x, 1e-4) << "axis " << i;
+      EXPECT_NEAR(v.byPoint[i], difference.y, 1e-4) << "axis " << i;
+    }
+  }
+}
+
+TEST_P(ProjectionOfLens, RefusesWhatIsNotInFrontOfTheCamera) {
+  cv::Point2d pixel;
+  Coordinate u;
+  Coordinate v;
+  for (const double depth : {0.0, -0.3, std::nan("")}) {
+    EXPECT_FALSE(Projection(lens_).Project({0.1, 0.1, depth}, pixel));
+    EXPECT_FALSE(Projection(lens_).Differentiate({0.1, 0.1, depth}, u, v));
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Models, ProjectionOfLens,
+                         ::testing::Values(sparse::CLASSIC_PARAMETERS, sparse::RATIONAL_PARAMETERS,
+                                           sparse::FULL_PARAMETERS));
+
+TEST(Projection, RefusesAPointOnAPole) {
+  Lens lens = LensOf(sparse::RATIONAL_PARAMETERS);
+  lens.values[9] = -4.0;  // 1 + k4 r^2 is zero at r = 0.5
+  lens.values[10] = lens.values[11] = 0.0;
+  cv::Point2d pixel;
+  EXPECT_FALSE(Projection(lens).Project({0.5, 0.0, 1.0}, pixel));
+  EXPECT_TRUE(Projection(lens).Project({0.4, 0.0, 1.0}, pixel));
+}
+
+TEST(Turn, IsThatOfARotationVector) {
+  for (const cv::Vec3d& rotation : {cv::Vec3d(0, 0, 0), cv::Vec3d(1e-6, -2e-6, 3e-7), cv::Vec3d(9e-5, 0, 0),
+                                    cv::Vec3d(2e-4, 1e-4, 0), cv::Vec3d(0.3, -1.2, 2.0)}) {
+    cv::Matx33d expected;
+    cv::Rodrigues(rotation, expected);
+    EXPECT_LT(cv::norm(sparse::TurnOf(rotation) - expected, cv::NORM_INF), 1e-15);
+  }
+}
+
+}  // namespace
