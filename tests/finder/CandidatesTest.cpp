@@ -28,8 +28,8 @@ TEST(Candidates, AreEllipsesButNoBarsAndNoCorners) {
   cv::Mat picture(300, 400, CV_8UC1, cv::Scalar(220));
   cv::ellipse(picture, {80, 80}, {30, 9}, 25.0, 0.0, 360.0, cv::Scalar(30), cv::FILLED, cv::LINE_AA);
   cv::rectangle(picture, {150, 60}, {290, 66}, cv::Scalar(30), cv::FILLED);
-  const std::vector<std::vector<cv::Point>> corner = {{{60, 160}, {140, 160}, {140, 175}, {75, 175}, {75, 260},
-                                                       {60, 260}}};
+  const std::vector<std::vector<cv::Point>> corner = {
+      {{60, 160}, {140, 160}, {140, 175}, {75, 175}, {75, 260}, {60, 260}}};
   cv::fillPoly(picture, corner, cv::Scalar(30));
   const Candidates candidates = finder::FindCandidates(picture, 44);
   ASSERT_EQ(candidates.discs.size(), 1U);

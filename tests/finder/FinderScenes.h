@@ -12,8 +12,8 @@ struct FinderFrame {
   double obliqueness = 0.0;          ///< degrees between the line of sight and the paper's normal
 };
 
-/// A 640 x 480 frame with all discs inside: any roll, tilt to 75 degrees, |k1| to 0.4, clutter to 200, blur to
-/// 2 pixels, noise to sigma 10. The same number gives the same frame.
+/// A 640 x 480 frame with all discs inside: any roll, tilt to 75 degrees, |k1| to 0.4, clutter to 200, blur
+/// to 2 pixels, noise to sigma 10. The same number gives the same frame.
 FinderFrame RandomFinderFrame(int number);
 
 /// A frame without the 4 x 11 grid: clutter, noise, text, chessboards or dots in other patterns, in turn.
