@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <numeric>
+#include <set>
 
 #include "finder/Pattern.h"
 #include "finder/Placement.h"
@@ -88,8 +89,9 @@ TEST(Pattern, HasOneOrderWithAnOddNumberOfRows) {
   for (const cv::Size& grid : {cv::Size(4, 11), cv::Size(3, 9), cv::Size(5, 5), cv::Size(7, 13)}) {
     EXPECT_TRUE(finder::HasOneOrder(grid)) << grid;
   }
-  for (const cv::Size& grid : {cv::Size(4, 10), cv::Size(1, 13), cv::Size(4, 1), cv::Size(2, 3),
-                               cv::Size(99, 99), cv::Size(-4, 11), cv::Size(1 << 30, 1 << 30)}) {
+  for (const cv::Size& grid :
+       {cv::Size(4, 10), cv::Size(1, 13), cv::Size(4, 1), cv::Size(2, 3), cv::Size(8, 3), cv::Size(99, 99),
+        cv::Size(-4, 11), cv::Size(1 << 30, 1 << 30)}) {
     EXPECT_FALSE(finder::HasOneOrder(grid)) << grid;
   }
 }

@@ -4,10 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <opencv2/imgproc.hpp>
+#include <set>
 
 #include "engine/Collection.h"
 #include "engine/GridFinder.h"
 #include "finder/FinderScenes.h"
+#include "finder/Pattern.h"
 
 namespace {
 
@@ -41,7 +43,9 @@ TEST(RobustFinder, FindsNearlyAllWholeGridsAndNoneInAWrongOrder) {
     SCOPED_TRACE(number);
     const unit::FinderFrame frame = unit::RandomFinderFrame(number);
     const GridFinding finding = SearchGridRobust(frame.picture, unit::GRID);
-    if (finding.Found()) EXPECT_TRUE(unit::InOrder(finding.centres, frame.centres));
+    if (finding.Found()) {
+      EXPECT_TRUE(unit::InOrder(finding.centres, frame.centres));
+    }
     if (frame.obliqueness > 60.0) ++oblique;
     if (frame.obliqueness > 60.0) continue;
     ++whole;
@@ -138,7 +142,9 @@ TEST(RobustFinder, SaysWhyItFoundNothing) {
   EXPECT_EQ(FaultOf(flat), GridFault::None);
   EXPECT_EQ(FaultOf(flat.rowRange(60, flat.rows)), GridFault::PartOutside);
   EXPECT_EQ(FaultOf(unit::FlatGrid({6, 13})), GridFault::BiggerLattice);
-  EXPECT_EQ(FaultOf(unit::FlatGrid({3, 9})), GridFault::WrongSize);
+  cv::Mat smaller;
+  cv::copyMakeBorder(unit::FlatGrid({3, 9}), smaller, 100, 100, 100, 100, cv::BORDER_REPLICATE);
+  EXPECT_EQ(FaultOf(smaller), GridFault::WrongSize);
   cv::Mat hidden = flat.clone();
   cv::circle(hidden, {flat.cols / 2, flat.rows / 2}, 40, cv::Scalar(235), cv::FILLED);
   EXPECT_EQ(FaultOf(hidden), GridFault::WrongSize);
@@ -146,9 +152,11 @@ TEST(RobustFinder, SaysWhyItFoundNothing) {
 }
 
 TEST(RobustFinder, SaysThatCirclesAreTooSmall) {
-  cv::Mat small;
-  cv::resize(unit::FlatGrid(unit::GRID), small, cv::Size(), 0.1, 0.1, cv::INTER_AREA);
-  EXPECT_EQ(FaultOf(small), GridFault::CirclesTooSmall);
+  cv::Mat dots(480, 640, CV_8UC1, cv::Scalar(235));
+  for (const cv::Point& place : finder::PatternPlaces(unit::GRID)) {
+    dots(cv::Rect(100 + 6 * place.x, 100 + 6 * place.y, 2, 1)).setTo(25);
+  }
+  EXPECT_EQ(FaultOf(dots), GridFault::CirclesTooSmall);
 }
 
 TEST(RobustFinder, SaysThatCirclesAreTooLarge) {

@@ -84,7 +84,8 @@ TEST(Checks, DropTheStrayAndKeepWhatTheLensBends) {
 
 TEST(Checks, GiveUpWhenTooManyDiscsAreStrays) {
   PlacedDiscs discs = FlatDiscs();
-  for (size_t k = 3; k < 44; k += 4) discs.centres[k] += cv::Point2d(0.4 * STEP, k % 8 == 3 ? 12.0 : -12.0);
+  for (size_t k = 1; k < 44; k += 4)
+    discs.centres[k + k % 3] += cv::Point2d(0.4 * STEP, k % 8 == 1 ? 12.0 : -12.0);
   SheetPlane plane;
   ASSERT_TRUE(plane.Fit(discs));
   EXPECT_FALSE(finder::DropStrays(plane, discs, 6));

@@ -110,9 +110,9 @@ TEST_F(PairProgram, APairWithTheGridInOneImageOnlyIsRejectedForThatSide) {
   Process tool(
       {VELMORA_BATCH, folder_->File("half.png"), "--split", "vertical", "--output", folder_->File("half")});
   EXPECT_EQ(tool.WaitForExit(LONG_ENOUGH), 1);
-  EXPECT_NE(tool.Output().find(
-                "  1 not used, left: no grid found: nothing like the grid in sight:\n    half.png\n"),
-            std::string::npos)
+  EXPECT_NE(
+      tool.Output().find("  1 not used, left: no grid found: too few circles in sight:\n    half.png\n"),
+      std::string::npos)
       << tool.Output();
 }
 

@@ -150,7 +150,7 @@ Candidates FindCandidates(const cv::Mat& grey, int discs) {
   const double largest = 1.5 * pixels / discs;
   RegionLimits limits;
   limits.minArea = SPECK_AREA;
-  limits.maxArea = 4.0 * largest;
+  limits.maxArea = 0.25 * pixels;
   limits.maxRunsPerLevel = 1000 + grey.size().area() / 10;
   std::vector<Region> regions = FindDarkRegions(grey, ChooseLevels(grey), limits);
 

@@ -60,6 +60,17 @@ void RecoverMissing(const SheetPlane& plane, const cv::Mat& grey, PlacedDiscs& d
   }
 }
 
+bool ReachesEdge(const SheetPlane& plane, const PlacedDiscs& discs, const cv::Size& size) {
+  for (size_t k = 0; k < discs.places.size(); ++k) {
+    if (!discs.Has(k)) continue;
+    const double room = plane.Step(discs.places[k]) + discs.radii[k];
+    const cv::Point2d& at = discs.centres[k];
+    if (at.x < room || at.y < room || at.x > size.width - 1 - room || at.y > size.height - 1 - room)
+      return true;
+  }
+  return false;
+}
+
 bool MissesOutside(const SheetPlane& plane, const PlacedDiscs& discs, const cv::Size& size) {
   const double margin = discs.MedianRadius() + 1.0;
   for (size_t k = 0; k < discs.places.size(); ++k) {

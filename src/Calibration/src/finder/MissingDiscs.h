@@ -13,4 +13,7 @@ void RecoverMissing(const SheetPlane& plane, const cv::Mat& grey, PlacedDiscs& d
 /// True when a missing disc's place is at the edge of a picture of this size or beyond it.
 bool MissesOutside(const SheetPlane& plane, const PlacedDiscs& discs, const cv::Size& size);
 
+/// True when there is no room for another row between some disc and the edge of the picture.
+bool ReachesEdge(const SheetPlane& plane, const PlacedDiscs& discs, const cv::Size& size);
+
 }  // namespace finder

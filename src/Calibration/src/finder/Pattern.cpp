@@ -5,6 +5,8 @@ namespace finder {
 
 namespace {
 
+/// Half a turn of three rows covers all discs but one.
+constexpr int LEAST_ROWS = 5;
 constexpr int FEWEST_DISCS = 12;
 constexpr int MOST_DISCS = 600;
 
@@ -27,7 +29,7 @@ int MissingAllowed(const cv::Size& grid) {
 }
 
 bool HasOneOrder(const cv::Size& grid) {
-  if (grid.width < 2 || grid.height < 3 || grid.height % 2 == 0) return false;
+  if (grid.width < 2 || grid.height < LEAST_ROWS || grid.height % 2 == 0) return false;
   if (grid.width > MOST_DISCS || grid.height > MOST_DISCS) return false;
   return grid.area() >= FEWEST_DISCS && grid.area() <= MOST_DISCS;
 }

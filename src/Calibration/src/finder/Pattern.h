@@ -16,7 +16,7 @@ cv::Point LatticePlace(const cv::Point& place);
 int MissingAllowed(const cv::Size& grid);
 
 /// True for the sizes that the robust search takes: with an odd number of rows (otherwise half a turn leads
-/// the grid onto itself, and the order would be a guess), at least 2 x 3 and of at least 12 and at most 600
+/// the grid onto itself, and the order would be a guess), at least 2 x 5 and of at least 12 and at most 600
 /// discs.
 bool HasOneOrder(const cv::Size& grid);
 

@@ -69,14 +69,23 @@ class DarkSearch {
     SheetPlane plane;
     if (!plane.Fit(discs)) return false;
     const bool clear = placement.covered >= placement.secondBest + 2;
-    const GridFault fault = clear                                    ? Complete(plane, discs, index)
-                            : lattice.points.size() > places_.size() ? GridFault::BiggerLattice
-                                                                     : FaultOfGaps(plane, discs);
-    if (fault != GridFault::NothingLikeIt) finding_.fault = fault;
+    const GridFault fault = clear ? Complete(plane, discs, index) : FaultOfDoubt(plane, discs, lattice);
+    // The largest lattice has the last word.
+    if (fault == GridFault::None || lattice.points.size() > said_) {
+      finding_.fault = fault;
+      said_ = lattice.points.size();
+    }
     if (fault != GridFault::None) return false;
     finding_.centres = discs.centres;
     finding_.radii = discs.radii;
     return true;
+  }
+
+  /// For a pattern that can be laid in several ways: it is too large, or cut, or too small.
+  GridFault FaultOfDoubt(const SheetPlane& plane, const PlacedDiscs& discs,
+                         const finder::Lattice& lattice) const {
+    if (lattice.points.size() > places_.size()) return GridFault::BiggerLattice;
+    return finder::ReachesEdge(plane, discs, grey_.size()) ? GridFault::PartOutside : GridFault::WrongSize;
   }
 
   GridFault FaultOfGaps(const SheetPlane& plane, const PlacedDiscs& discs) const {
@@ -101,6 +110,7 @@ class DarkSearch {
   const std::vector<cv::Point> places_;
   finder::Effort effort_;
   GridFinding finding_;
+  size_t said_ = 0;  ///< size of the lattice that the fault is of
 };
 
 cv::Mat GreyOf(const cv::Mat& frame) {
