@@ -16,7 +16,8 @@ namespace {
 
 std::vector<std::string> KeysOf(const std::string& text) {
   std::vector<std::string> keys;
-  for (const auto& item : nlohmann::json::parse(text).items()) keys.push_back(item.key());
+  const nlohmann::json document = nlohmann::json::parse(text);
+  for (const auto& item : document.items()) keys.push_back(item.key());
   return keys;
 }
 

@@ -47,10 +47,27 @@ TEST(BatchArguments, EveryOptionReachesItsSetting) {
   EXPECT_EQ(arguments.sampling.maxFrames, 0);
 }
 
+<<<<<<< HEAD
 TEST(BatchArguments, TheSearchIsChosenByName) {
   EXPECT_EQ(Parse({"a.png", "--finder", "standard"}).arguments.finder, Calibrator::FINDER_STANDARD);
   EXPECT_EQ(Parse({"a.png", "--finder", "robust"}).arguments.finder, Calibrator::FINDER_ROBUST);
   EXPECT_EQ(Parse({"a.png", "--finder", "other"}).exitStatus, 2);
+=======
+TEST(BatchArguments, TheSparseSolverAndTheUsualDiscAreTheDefault) {
+  const batch::Arguments arguments = Parse({"a.png"}).arguments;
+  EXPECT_EQ(arguments.solver, Calibrator::SOLVER_SPARSE);
+  EXPECT_LT(arguments.disc, 0.0);
+}
+
+TEST(BatchArguments, TheSolverAndTheDiscCanBeChosen) {
+  const batch::Parsed parsed = Parse({"a.png", "--solver", "opencv", "--disc", "0"});
+  ASSERT_TRUE(parsed.run);
+  EXPECT_EQ(parsed.arguments.solver, Calibrator::SOLVER_OPENCV);
+  EXPECT_EQ(parsed.arguments.disc, 0.0);
+  EXPECT_EQ(Parse({"a.png", "--solver", "sparse"}).arguments.solver, Calibrator::SOLVER_SPARSE);
+  EXPECT_FALSE(Parse({"a.png", "--solver", "guess"}).run);
+  EXPECT_FALSE(Parse({"a.png", "--disc", "-0.01"}).run);
+>>>>>>> solver
 }
 
 TEST(BatchArguments, PosesAreRecordedFromOneCameraOnly) {

@@ -71,6 +71,20 @@ TEST_F(BatchProgram, AFolderOfViewsBecomesAnAccurateResultFile) {
   EXPECT_LT(distance.mean, 0.5);
 }
 
+TEST_F(BatchProgram, TheVerdictIsPrintedAndWrittenBesideTheResult) {
+  Process tool(
+      {VELMORA_BATCH, Views(), "--hdist", "0.2", "--model", "classic", "--output", folder_->File("judged")});
+  ASSERT_EQ(Run(tool), 0) << tool.Errors();
+  JSON verdict;
+  ASSERT_TRUE(verdict.load(folder_->File("judged_verdict.json")));
+  EXPECT_EQ(verdict.readInt("views"), 12);
+  EXPECT_GT(verdict.readDouble("deviationInData"), 0.0);
+  EXPECT_LT(verdict.readDouble("focalDeviation"), 0.01);
+  EXPECT_NE(tool.Output().find("Verdict: " + verdict.readString("grade")), std::string::npos)
+      << tool.Output();
+  EXPECT_EQ(tool.Output().find("worthless"), std::string::npos) << tool.Output();
+}
+
 TEST_F(BatchProgram, ProgressGoesToStandardErrorALineAPicture) {
   Process tool({VELMORA_BATCH, Views(), folder_->File("empty.png"), "--model", "classic", "--output",
                 folder_->File("progress")});

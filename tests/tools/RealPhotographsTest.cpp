@@ -2,6 +2,7 @@
 /// are absent.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <set>
 
@@ -21,18 +22,35 @@ class RealPhotographs : public ::testing::Test {
 
   /// Runs the tool and reads its result file; `views` is how many it must find of how many.
   JSON Calibrate(const std::string& set, const std::vector<std::string>& options, const std::string& views) {
+<<<<<<< HEAD
     return CalibrateIn(std::string(VELMORA_SHARED_DATA) + "/" + set, options, views);
   }
   JSON CalibrateIn(const std::string& folder, const std::vector<std::string>& options,
                    const std::string& views) {
-    std::vector<std::string> command = {VELMORA_BATCH, folder,     "--hdist",
-                                        "0.2",         "--solver", "opencv",
-                                        "--output",    folder_.File("result")};
+    std::vector<std::string> command = {
+      VELMORA_BATCH,
+      folder,
+      "--hdist",
+      "0.2",
+      "--solver",
+      "opencv",
+=======
+    std::vector<std::string> command = {VELMORA_BATCH, std::string(VELMORA_SHARED_DATA) + "/" + set,
+                                        "--hdist",     "0.2",
+>>>>>>> solver
+      "--output",
+      folder_.File("result")
+    };
     command.insert(command.end(), {"--finder", finder_});
     command.insert(command.end(), options.begin(), options.end());
+    // The figures are those of the bare calls.
+    if (std::find(options.begin(), options.end(), "--solver") == options.end()) {
+      command.insert(command.end(), {"--solver", "opencv"});
+    }
     support::Process tool(command);
     EXPECT_EQ(tool.WaitForExit(std::chrono::minutes(4)), 0) << tool.Errors();
-    EXPECT_NE(tool.Output().find("Views: " + views + " pictures\n"), std::string::npos) << tool.Output();
+    printed_ = tool.Output();
+    EXPECT_NE(printed_.find("Views: " + views + " pictures\n"), std::string::npos) << printed_;
     JSON result;
     EXPECT_TRUE(result.load(folder_.File("result.json")));
     return result;
@@ -41,7 +59,11 @@ class RealPhotographs : public ::testing::Test {
   static double Focal(JSON& result) { return result.readMat("cameraMatrix").at<double>(0, 0); }
 
   support::TemporaryFolder folder_;
+<<<<<<< HEAD
   std::string finder_ = "standard";
+=======
+  std::string printed_;
+>>>>>>> solver
 };
 
 const std::vector<std::string> VGA = {"--width", "640", "--height", "480"};
@@ -81,6 +103,17 @@ TEST_F(RealPhotographs, FlatViewsAreAllFoundAndGiveAnAbsurdFocalLength) {
   EXPECT_NEAR(result.readDouble("error"), 0.475, 5e-4);
   EXPECT_NEAR(Focal(result), 3150.0, 10.0);
   EXPECT_NEAR(result.readMat("cameraMatrix").at<double>(1, 2), 1007.0, 1.0);
+  EXPECT_NE(printed_.find("Verdict: worthless"), std::string::npos) << printed_;
+}
+
+TEST_F(RealPhotographs, WithTheSparseSolverFlatViewsAreWorthlessAndTheOfficeIsUsable) {
+  const std::vector<std::string> sparse = {"--solver", "sparse", "--model", "classic"};
+  Calibrate("flat-4x11", sparse, "10 used of 10");
+  EXPECT_NE(printed_.find("Verdict: worthless"), std::string::npos) << printed_;
+  JSON office = Calibrate("office-4x11", sparse, "11 used of 15");
+  EXPECT_NEAR(Focal(office), 1074.05, 2.0);
+  EXPECT_NE(printed_.find("Verdict: usable with care"), std::string::npos) << printed_;
+  EXPECT_NE(printed_.find("model error"), std::string::npos) << printed_;
 }
 
 TEST_F(RealPhotographs, EndoscopeLeftRational) {

@@ -126,7 +126,9 @@ class Stages {
       StagedSolution candidate = Solve(other, free, prior);
       const bool lower = candidate.solution.squares + candidate.solution.priorSquares <
                          best.solution.squares + best.solution.priorSquares;
-      if (candidate.solution.usable && lower &&
+      // A start without a pole is worth more than a lower sum of squares with one.
+      const bool better = lower || !IsFreeOfPoles(best.solution.estimate.lens, options_.imageSize);
+      if (candidate.solution.usable && better &&
           IsFreeOfPoles(candidate.solution.estimate.lens, options_.imageSize)) {
         best = std::move(candidate);
       }
