@@ -47,12 +47,12 @@ TEST(BatchArguments, EveryOptionReachesItsSetting) {
   EXPECT_EQ(arguments.sampling.maxFrames, 0);
 }
 
-<<<<<<< HEAD
 TEST(BatchArguments, TheSearchIsChosenByName) {
   EXPECT_EQ(Parse({"a.png", "--finder", "standard"}).arguments.finder, Calibrator::FINDER_STANDARD);
   EXPECT_EQ(Parse({"a.png", "--finder", "robust"}).arguments.finder, Calibrator::FINDER_ROBUST);
   EXPECT_EQ(Parse({"a.png", "--finder", "other"}).exitStatus, 2);
-=======
+}
+
 TEST(BatchArguments, TheSparseSolverAndTheUsualDiscAreTheDefault) {
   const batch::Arguments arguments = Parse({"a.png"}).arguments;
   EXPECT_EQ(arguments.solver, Calibrator::SOLVER_SPARSE);
@@ -67,7 +67,6 @@ TEST(BatchArguments, TheSolverAndTheDiscCanBeChosen) {
   EXPECT_EQ(Parse({"a.png", "--solver", "sparse"}).arguments.solver, Calibrator::SOLVER_SPARSE);
   EXPECT_FALSE(Parse({"a.png", "--solver", "guess"}).run);
   EXPECT_FALSE(Parse({"a.png", "--disc", "-0.01"}).run);
->>>>>>> solver
 }
 
 TEST(BatchArguments, PosesAreRecordedFromOneCameraOnly) {

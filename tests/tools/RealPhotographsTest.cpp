@@ -22,25 +22,12 @@ class RealPhotographs : public ::testing::Test {
 
   /// Runs the tool and reads its result file; `views` is how many it must find of how many.
   JSON Calibrate(const std::string& set, const std::vector<std::string>& options, const std::string& views) {
-<<<<<<< HEAD
     return CalibrateIn(std::string(VELMORA_SHARED_DATA) + "/" + set, options, views);
   }
   JSON CalibrateIn(const std::string& folder, const std::vector<std::string>& options,
                    const std::string& views) {
-    std::vector<std::string> command = {
-      VELMORA_BATCH,
-      folder,
-      "--hdist",
-      "0.2",
-      "--solver",
-      "opencv",
-=======
-    std::vector<std::string> command = {VELMORA_BATCH, std::string(VELMORA_SHARED_DATA) + "/" + set,
-                                        "--hdist",     "0.2",
->>>>>>> solver
-      "--output",
-      folder_.File("result")
-    };
+    std::vector<std::string> command = {VELMORA_BATCH, folder,     "--hdist",
+                                        "0.2",         "--output", folder_.File("result")};
     command.insert(command.end(), {"--finder", finder_});
     command.insert(command.end(), options.begin(), options.end());
     // The figures are those of the bare calls.
@@ -59,11 +46,8 @@ class RealPhotographs : public ::testing::Test {
   static double Focal(JSON& result) { return result.readMat("cameraMatrix").at<double>(0, 0); }
 
   support::TemporaryFolder folder_;
-<<<<<<< HEAD
   std::string finder_ = "standard";
-=======
   std::string printed_;
->>>>>>> solver
 };
 
 const std::vector<std::string> VGA = {"--width", "640", "--height", "480"};
