@@ -15,7 +15,7 @@ using namespace system_test;  // NOLINT
 
 namespace {
 
-constexpr int SNAPSHOTS = 8;
+constexpr int SNAPSHOTS = 12;  ///< as many as there are views: few of them may be too much alike
 
 class Capture : public testing::Test {
  protected:
