@@ -90,6 +90,8 @@ class Stages {
   StagedSolution Solve(const Estimate& start, int free, const Prior& prior) const {
     SolveOptions solve;
     solve.prior = prior;
+    // The classic model has no flat valley: digits that others can be compared with cost one more step.
+    if (free == options_.free && free == CLASSIC_PARAMETERS) solve.precision = 1e-11;
     solve.threads = options_.threads;
     solve.progress = options_.progress;
     Estimate from = start;

@@ -15,8 +15,6 @@ namespace {
 constexpr double FIRST_DAMPING = 1e-3;
 constexpr double LEAST_DAMPING = 1e-15;
 constexpr double MOST_DAMPING = 1e12;
-/// Reductions of the sum of squares below this share of the noise's variance end the search.
-constexpr double NOTHING_LEFT = 1e-9;
 
 size_t Index(int row, int column) {
   return static_cast<size_t>(row * FULL_PARAMETERS + column);
@@ -170,7 +168,7 @@ class Minimiser {
       Reject();
       return;
     }
-    if (step.predicted < NOTHING_LEFT * Variance() && damping_ <= FIRST_DAMPING) {
+    if (step.predicted < options_.precision * Variance() && damping_ <= FIRST_DAMPING) {
       solution_.converged = true;
       return;
     }
