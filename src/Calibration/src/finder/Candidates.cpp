@@ -116,7 +116,8 @@ std::vector<int> ChooseLevels(const cv::Mat& grey) {
     const unsigned char* pixels = grey.ptr(row);
     for (int x = 1; x < grey.cols; x += 3, ++total) ++histogram[pixels[x]];
   }
-  const int tail = total / 250;
+  // Few enough not to miss a small grid on a plain ground.
+  const int tail = total / 4000;
   int low = 0;
   int high = 255;
   for (int sum = 0; low < 255 && (sum += histogram[static_cast<size_t>(low)]) <= tail;) ++low;
