@@ -48,10 +48,18 @@ cv::Mat Noise() {
   return frame;
 }
 
-void Rendered(benchmark::State& state) { Compare(state, bench::GridFrame({640, 480})); }
-void RenderedLarge(benchmark::State& state) { Compare(state, bench::GridFrame({1280, 720})); }
-void Clutter(benchmark::State& state) { Compare(state, Blobs(300)); }
-void NoiseTexture(benchmark::State& state) { Compare(state, Noise()); }
+void Rendered(benchmark::State& state) {
+  Compare(state, bench::GridFrame({640, 480}));
+}
+void RenderedLarge(benchmark::State& state) {
+  Compare(state, bench::GridFrame({1280, 720}));
+}
+void Clutter(benchmark::State& state) {
+  Compare(state, Blobs(300));
+}
+void NoiseTexture(benchmark::State& state) {
+  Compare(state, Noise());
+}
 
 }  // namespace
 
