@@ -152,7 +152,7 @@ Candidates FindCandidates(const cv::Mat& grey, int discs) {
   RegionLimits limits;
   limits.minArea = SPECK_AREA;
   limits.maxArea = 0.25 * pixels;
-  limits.maxRunsPerLevel = 1000 + grey.size().area() / 10;
+  limits.maxRunsPerLevel = 1000 + grey.size().area() / 25;
   std::vector<Region> regions = FindDarkRegions(grey, ChooseLevels(grey), limits);
 
   Candidates candidates;
