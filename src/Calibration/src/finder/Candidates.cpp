@@ -116,7 +116,8 @@ std::vector<int> ChooseLevels(const cv::Mat& grey) {
     const unsigned char* pixels = grey.ptr(row);
     for (int x = 1; x < grey.cols; x += 3, ++total) ++histogram[pixels[x]];
   }
-  const int tail = total / 250;
+  // Few enough not to miss a small grid on a plain ground.
+  const int tail = total / 4000;
   int low = 0;
   int high = 255;
   for (int sum = 0; low < 255 && (sum += histogram[static_cast<size_t>(low)]) <= tail;) ++low;
@@ -151,7 +152,7 @@ Candidates FindCandidates(const cv::Mat& grey, int discs) {
   RegionLimits limits;
   limits.minArea = SPECK_AREA;
   limits.maxArea = 0.25 * pixels;
-  limits.maxRunsPerLevel = 1000 + grey.size().area() / 10;
+  limits.maxRunsPerLevel = 1000 + grey.size().area() / 25;
   std::vector<Region> regions = FindDarkRegions(grey, ChooseLevels(grey), limits);
 
   Candidates candidates;

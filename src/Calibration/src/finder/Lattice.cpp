@@ -70,7 +70,8 @@ class Growth {
     lattice_.points.push_back({place, candidate});
   }
 
-  void Extend(const cv::Point& from) {
+  /// `from` is a copy: the list of points that it comes from grows meanwhile.
+  void Extend(const cv::Point from) {
     static const std::array<cv::Point, 4> DIRECTIONS = {cv::Point(1, 0), cv::Point(0, 1), cv::Point(-1, 0),
                                                         cv::Point(0, -1)};
     for (const cv::Point& direction : DIRECTIONS) {

@@ -1,0 +1,75 @@
+/// What the robust search costs beside the default one, on the same frame and one thread.
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
+
+#include "Frames.h"
+#include "Ratio.h"
+#include "engine/GridFinder.h"
+#include "finder/RobustFinder.h"
+
+namespace {
+
+const cv::Size GRID(4, 11);
+
+void Compare(benchmark::State& state, const cv::Mat& frame) {
+  cv::setNumThreads(1);
+  std::vector<cv::Point2d> points;
+  std::vector<cv::Point2d> barePoints;
+  bench::Ratio().Run(
+      state, [&] { benchmark::DoNotOptimize(FindGridRobust(frame, GRID, points)); },
+      [&] { benchmark::DoNotOptimize(FindGridStandard(frame, GRID, barePoints)); });
+  cv::setNumThreads(-1);
+}
+
+/// One of the real photographs; skipped where they are absent.
+void Photograph(benchmark::State& state, const char* name) {
+  const cv::Mat frame = cv::imread(std::string(VELMORA_SHARED_DATA) + "/" + name);
+  if (frame.empty()) return state.SkipWithError("no photograph");
+  Compare(state, frame);
+}
+
+/// Dark discs strewn at random.
+cv::Mat Blobs(int count) {
+  cv::Mat frame(480, 640, CV_8UC1, cv::Scalar(210));
+  cv::RNG random(6);
+  for (int k = 0; k < count; ++k) {
+    const cv::Point at(random.uniform(10, 630), random.uniform(10, 470));
+    cv::circle(frame, at, random.uniform(4, 8), cv::Scalar(random.uniform(20, 90)), cv::FILLED, cv::LINE_AA);
+  }
+  return frame;
+}
+
+cv::Mat Noise() {
+  cv::Mat frame(480, 640, CV_8UC1);
+  cv::RNG random(6);
+  random.fill(frame, cv::RNG::NORMAL, 128.0, 50.0);
+  cv::GaussianBlur(frame, frame, {}, 3.0);
+  cv::normalize(frame, frame, 0.0, 255.0, cv::NORM_MINMAX);
+  return frame;
+}
+
+void Rendered(benchmark::State& state) {
+  Compare(state, bench::GridFrame({640, 480}));
+}
+void RenderedLarge(benchmark::State& state) {
+  Compare(state, bench::GridFrame({1280, 720}));
+}
+void Clutter(benchmark::State& state) {
+  Compare(state, Blobs(300));
+}
+void NoiseTexture(benchmark::State& state) {
+  Compare(state, Noise());
+}
+
+}  // namespace
+
+BENCHMARK_CAPTURE(Photograph, office, "office-4x11/dotboard_close_1.jpg")
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Photograph, flat, "flat-4x11/Image__2018-02-12__15-11-38.png")
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(Rendered)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(RenderedLarge)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(Clutter)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(NoiseTexture)->UseManualTime()->Unit(benchmark::kMillisecond);
