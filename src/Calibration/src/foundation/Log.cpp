@@ -11,6 +11,9 @@ std::atomic<int> LOG_LEVEL{DEBUG_LEVEL};
 namespace {
 
 /// The four steps of a line, with the stream locked so that lines of different threads do not mix.
+#if defined(__GNUC__)
+__attribute__((format(printf, 2, 0)))
+#endif
 void print(const char* prefix, const char* format, std::va_list arguments) {
   flockfile(stdout);
   std::fputs(prefix, stdout);
