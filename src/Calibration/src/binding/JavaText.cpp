@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 
 #include "Jni.h"
 
@@ -21,7 +22,7 @@ constexpr char UTF16[] = "UTF-16LE";
 class Converter {
  public:
   Converter(const char* to, const char* from) : handle_(iconv_open(to, from)) {
-    if (handle_ == reinterpret_cast<iconv_t>(-1)) throw std::runtime_error("texts cannot be converted");
+    if (reinterpret_cast<std::intptr_t>(handle_) == -1) throw std::runtime_error("texts cannot be converted");
   }
   ~Converter() { iconv_close(handle_); }
   Converter(const Converter&) = delete;
