@@ -279,6 +279,14 @@ TEST(JSONMatrix, RaisesForSizesThatNoMemoryHolds) {
                cv::Exception);
 }
 
+TEST(JSONMatrix, RaisesForMoreThanTwoGibibytesBeforeAskingForThem) {
+  EXPECT_THROW(Decoded(R"({"rows": 65537, "cols": 32768, "type": 0, "depth": 0, "data": []})"),
+               cv::Exception);
+  EXPECT_THROW(Decoded(R"({"rows": 2147483647, "cols": 83647, "type": 13, "depth": 5, "data": []})"),
+               cv::Exception);
+  EXPECT_EQ(Decoded(R"({"rows": 65536, "cols": 1024, "type": 0, "depth": 0, "data": []})").rows, 65536);
+}
+
 TEST(JSONMatrix, RaisesForSizesWhoseBytesCannotBeCounted) {
   // 2^30 x 2^30 elements of 16 bytes are 2^64 bytes, which a 64-bit number takes for none at all.
   EXPECT_THROW(Decoded(R"({"rows": 1073741824, "cols": 1073741824, "type": 14, "depth": 6, "data": [1]})"),
@@ -308,6 +316,12 @@ TEST(JSONMatrix, RaisesATypeErrorForDataThatIsNoArray) {
     EXPECT_NE(std::string(error.what()).find("type must be array, but is string"), std::string::npos)
         << error.what();
   }
+}
+
+TEST(JSONMatrix, TakesTheNearestNumberForRealsBeyondAnIntegerType) {
+  const cv::Mat matrix =
+      Decoded(R"({"rows": 1, "cols": 4, "type": 2, "depth": 2, "data": [1.9, -1e5, 1e300, -0.5]})");
+  EXPECT_SAME_MAT(matrix, (cv::Mat_<ushort>(1, 4) << 1, 0, 65535, 0));
 }
 
 TEST(JSONMatrix, RaisesATypeErrorForElementsThatAreNoNumbers) {

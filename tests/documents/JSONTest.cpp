@@ -104,6 +104,12 @@ TEST(JSON, TruncatesNumbersReadAsIntegersTowardZero) {
   EXPECT_EQ(document.readInt("down"), -3);
 }
 
+TEST(JSON, ReadsRealsBeyondAnIntegerAsTheNearestOne) {
+  JSON document = Parsed(R"({"up": 1e300, "down": -1e10})");
+  EXPECT_EQ(document.readInt("up"), std::numeric_limits<int>::max());
+  EXPECT_EQ(document.readInt("down"), std::numeric_limits<int>::min());
+}
+
 TEST(JSON, CutsLongIntegersTo32Bits) {
   JSON document = Parsed(R"({"long": 4294967301})");
   EXPECT_EQ(document.readInt("long"), 5);

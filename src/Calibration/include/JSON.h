@@ -43,7 +43,8 @@ class VELMORA_API JSON {
 
   /// Reads what addMat stored. The elements of "data" are read as "depth" says; at most as many as the matrix
   /// holds are copied, the rest of a matrix with fewer stays unset, as does all of one with a depth beyond
-  /// CV_64F. Raises cv::Exception when no matrix of the stated size and type can be made.
+  /// CV_64F. Raises cv::Exception when no matrix of the stated size and type can be made;
+  /// 2 GiB are the most.
   cv::Mat readMat(const std::string& key);
 
   /// The document as text, indented by four blanks, non-ASCII characters as they are.

@@ -3,9 +3,9 @@
 
 #include <filesystem>
 #include <fstream>
-#include <limits>
 
 #include "AtomicFile.h"
+#include "JsonNumber.h"
 #include "Log.h"
 #include "MatrixCodec.h"
 
@@ -13,13 +13,16 @@ namespace {
 
 constexpr int TYPE_MASK = 0xFFF;
 
-/// Raises for a matrix whose bytes cannot be counted: OpenCV's product would run over, and its matrix would
-/// claim elements that it has no memory for.
-void CheckCountable(int rows, int cols, int type) {
+/// No document has the elements of a larger matrix: its sizes are wrong.
+constexpr size_t MOST_BYTES = size_t{1} << 31;
+
+/// Raises for a matrix that is too large, before OpenCV's product of its sizes may run over or its memory be
+/// asked of the system.
+void CheckSize(int rows, int cols, int type) {
   if (rows <= 0 || cols <= 0) return;
   const size_t rowBytes = static_cast<size_t>(cols) * static_cast<size_t>(CV_ELEM_SIZE(type));
-  if (static_cast<size_t>(rows) > std::numeric_limits<size_t>::max() / rowBytes) {
-    CV_Error(cv::Error::StsNoMem, "a matrix of this size fits into no memory");
+  if (static_cast<size_t>(rows) > MOST_BYTES / rowBytes) {
+    CV_Error(cv::Error::StsNoMem, "a matrix of this size is in no document");
   }
 }
 
@@ -61,7 +64,7 @@ bool JSON::readBool(const std::string& key) {
   return document_[key].get<bool>();
 }
 int JSON::readInt(const std::string& key) {
-  return document_[key].get<int>();
+  return NumberOf<int>(document_[key]);
 }
 double JSON::readDouble(const std::string& key) {
   return document_[key].get<double>();
@@ -72,11 +75,11 @@ std::string JSON::readString(const std::string& key) {
 
 cv::Mat JSON::readMat(const std::string& key) {
   nlohmann::json& entry = document_[key];
-  const int rows = entry["rows"].get<int>();
-  const int cols = entry["cols"].get<int>();
-  const int type = entry["type"].get<int>() & TYPE_MASK;
-  const int depth = entry["depth"].get<int>();
-  CheckCountable(rows, cols, type);
+  const int rows = NumberOf<int>(entry["rows"]);
+  const int cols = NumberOf<int>(entry["cols"]);
+  const int type = NumberOf<int>(entry["type"]) & TYPE_MASK;
+  const int depth = NumberOf<int>(entry["depth"]);
+  CheckSize(rows, cols, type);
   cv::Mat matrix;
   matrix.create(rows, cols, type);
   if (depth <= MAX_ENCODED_DEPTH) DecodeElements(entry["data"], depth, matrix);

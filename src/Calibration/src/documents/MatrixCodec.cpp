@@ -6,6 +6,8 @@
 #include <cstring>
 #include <vector>
 
+#include "JsonNumber.h"
+
 namespace {
 
 template <typename T>
@@ -27,7 +29,10 @@ nlohmann::json Encode(const cv::Mat& matrix) {
 
 template <typename T>
 void Decode(const nlohmann::json& data, cv::Mat& matrix) {
-  const auto elements = data.get<std::vector<T>>();
+  if (!data.is_array()) static_cast<void>(data.get<std::vector<T>>());  // raises the library's error
+  std::vector<T> elements;
+  elements.reserve(data.size());
+  for (const auto& element : data) elements.push_back(NumberOf<T>(element));
   const size_t room = matrix.total() * matrix.elemSize();
   const size_t bytes = std::min(room, elements.size() * sizeof(T));
   if (bytes > 0) std::memcpy(matrix.data, elements.data(), bytes);
