@@ -56,8 +56,10 @@ ProjectionUncertainty::ProjectionUncertainty(const Lens& lens, const cv::Size& i
   cv::Mat mixed = cv::Mat::zeros(3, lens.free, CV_64F);
   std::vector<cv::Mat> byTurn;
   for (int i = 0; i < ROWS * COLUMNS; ++i) {
-    const cv::Point2d pixel((i % COLUMNS + 0.5) * imageSize.width / COLUMNS - 0.5,
-                            (i / COLUMNS + 0.5) * imageSize.height / ROWS - 0.5);
+    const int row = i / COLUMNS;
+    const int column = i % COLUMNS;
+    const cv::Point2d pixel((column + 0.5) * imageSize.width / COLUMNS - 0.5,
+                            (row + 0.5) * imageSize.height / ROWS - 0.5);
     Cell cell;
     cell.inArea = area.size() > 2 && cv::pointPolygonTest(area, pixel, false) >= 0.0;
     cv::Vec3d ray;
