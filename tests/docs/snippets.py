@@ -101,7 +101,7 @@ def is_tested(path, source):
     name = os.path.basename(path)
     if name == "CMakeLists.txt":
         return is_tested(os.path.dirname(path), source)
-    for folder in ("examples", "tests"):
+    for folder in ("examples", "java", "tests"):
         for root, _, files in os.walk(os.path.join(source, folder)):
             for file in files:
                 if file in ("CMakeLists.txt", "tests.cmake"):
