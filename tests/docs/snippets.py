@@ -12,7 +12,8 @@ known to be true:
     <!-- like FILE -->       a JSON text with the keys and types of a file that an earlier command wrote
 
 A comment that begins with "prepare:" holds commands that the reader does not see. All commands of a page run in one
-temporary folder, in their order, with build, share and examples as in the project.
+temporary folder, in their order, with build, docs, examples, share and src as in the
+project.
 """
 import json
 import os
@@ -26,6 +27,8 @@ import textwrap
 GAP = re.compile(r"\s*(//|#) \.\.\.\s*$")
 NUMBER = re.compile(r"-?\d[\d.]*(e-?\d+)?")
 PATIENCE = 120  # seconds
+# Numbers that mean a size, a state or a type, and so are the same everywhere.
+EXACT = {"rows", "cols", "columns", "type", "depth", "sensor", "imgWidth", "imgHeight", "width", "height", "count", "ii"}
 NO_CAMERA = 60  # added to the numbers of cameras
 
 
@@ -117,8 +120,9 @@ class Workshop:
     def __init__(self, source, build):
         self.folder = tempfile.TemporaryDirectory(prefix="velmora-docs-")
         self.source = source
-        for name, target in {"build": build, "share": source + "/share", "examples": source + "/examples"}.items():
-            os.symlink(target, os.path.join(self.folder.name, name))
+        os.symlink(build, self.path("build"))
+        for name in ("docs", "examples", "share", "src"):
+            os.symlink(os.path.join(source, name), self.path(name))
 
     def path(self, name):
         return os.path.join(self.folder.name, name)
@@ -231,12 +235,16 @@ def compare_json(said, real, where):
             raise Fault(f"{where} has the keys {sorted(real)}, said are {sorted(said)}")
         for key in said:
             compare_json(said[key], real[key], f"{where}.{key}")
+            if key in EXACT and said[key] != real[key]:
+                raise Fault(f"{where}.{key} is said to be {said[key]} and is {real[key]}")
     elif isinstance(said, list):
         if len(said) > len(real) or bool(said) != bool(real):
             raise Fault(f"{where} has {len(real)} elements, said are {len(said)}")
         for i, element in enumerate(said):
             compare_json(element, real[i], f"{where}[{i}]")
-    elif isinstance(said, str) and NUMBER.sub("0", said) != NUMBER.sub("0", real) and not said.startswith("{"):
+    elif isinstance(said, str) and said.startswith("{"):
+        json.loads(real)  # a document within a text
+    elif isinstance(said, str) and NUMBER.sub("0", said) != NUMBER.sub("0", real):
         raise Fault(f"{where} is said to be {said!r} and is {real!r}")
 
 
