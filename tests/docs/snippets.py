@@ -28,7 +28,8 @@ GAP = re.compile(r"\s*(//|#) \.\.\.\s*$")
 NUMBER = re.compile(r"-?\d[\d.]*(e-?\d+)?")
 PATIENCE = 120  # seconds
 # Numbers that mean a size, a state or a type, and so are the same everywhere.
-EXACT = {"rows", "cols", "columns", "type", "depth", "sensor", "imgWidth", "imgHeight", "width", "height", "count", "ii"}
+EXACT = {"rows", "cols", "columns", "type", "depth", "sensor", "imgWidth", "imgHeight", "width", "height", "count",
+         "ii"}
 NO_CAMERA = 60  # added to the numbers of cameras
 
 
@@ -117,21 +118,20 @@ def is_tested(path, source):
 class Workshop:
     """The folder in which the commands of a page run."""
 
-    def __init__(self, source, build):
-        self.folder = tempfile.TemporaryDirectory(prefix="velmora-docs-")
-        self.source = source
+    def __init__(self, folder, source, build):
+        self.folder = folder
         os.symlink(build, self.path("build"))
         for name in ("docs", "examples", "share", "src"):
             os.symlink(os.path.join(source, name), self.path(name))
 
     def path(self, name):
-        return os.path.join(self.folder.name, name)
+        return os.path.join(self.folder, name)
 
     def run(self, commands):
         environment = {name: value for name, value in os.environ.items() if name not in ("DISPLAY", "WAYLAND_DISPLAY")}
         # Debian's Python, which has its cv2, before whatever else is on the path.
         environment["PATH"] = "/usr/bin:" + environment["PATH"]
-        done = subprocess.run(["bash", "-e", "-c", commands], cwd=self.folder.name, env=environment,
+        done = subprocess.run(["bash", "-e", "-c", commands], cwd=self.folder, env=environment,
                               capture_output=True, text=True, timeout=PATIENCE, stdin=subprocess.DEVNULL, check=False)
         return done.returncode, done.stdout, done.stderr
 
@@ -278,13 +278,14 @@ def check_block(block, workshop, source, build):
 
 def faults_of(page, source, build):
     """What is wrong with a page's text, and how many blocks were looked at."""
-    faults, workshop = [], Workshop(source, build)
-    blocks = blocks_of(page)
-    for block in blocks:
-        try:
-            check_block(block, workshop, source, build)
-        except (Fault, ValueError, OSError, subprocess.TimeoutExpired) as fault:
-            faults.append(f"line {block.line}: {fault}")
+    faults, blocks = [], blocks_of(page)
+    with tempfile.TemporaryDirectory(prefix="velmora-docs-") as folder:
+        workshop = Workshop(folder, source, build)
+        for block in blocks:
+            try:
+                check_block(block, workshop, source, build)
+            except (Fault, ValueError, OSError, subprocess.TimeoutExpired) as fault:
+                faults.append(f"line {block.line}: {fault}")
     return faults, len(blocks)
 
 
