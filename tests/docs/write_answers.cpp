@@ -1,4 +1,5 @@
-/// Writes what the page on formats shows, as the engine gives it: write_answers IMAGES..., into the current folder.
+/// Writes what the page on formats shows, as the engine gives it: write_answers IMAGES..., into the current
+/// folder.
 ///
 /// Status answers before and after a calibration, answers of the operations by number, a recorded pose model.
 #include <fstream>
