@@ -70,7 +70,7 @@ TEST(RenderProgram, NamesTheOptionOrTheFileThatItCannotUse) {
       {{"--views", "1", "--grid", "1000x11"}, "--grid"},
       {{"--views", "1", "--dist", "a,b"}, "--dist"},
       {{"--views", "1", "--dist", "1,2,3"}, "distortion coefficients"},
-      {{"--views", "1", "--seed", ""}, "--seed"},
+      {{"--views", "1", "--seed", "x"}, "--seed"},
       {{"--video", "v.avi", "--seconds", "1e9"}, "frames"},
       {{"--video", "v.avi", "--follow", "none.json"}, "none.json"},
       {{"--video", "v.avi", "--follow", "empty.json"}, "empty.json"},
