@@ -12,12 +12,12 @@ using support::Process;
 constexpr std::chrono::minutes LONG_ENOUGH{2};
 
 /// Runs a program in the folder; what it said, of which there must be one line, and status 2.
-std::string Complaint(const support::TemporaryFolder& folder, std::vector<std::string> command) {
+std::string Complaint(const support::TemporaryFolder& folder, const std::vector<std::string>& command) {
   Process::Options options;
   options.folder = folder.Path();
   Process tool(command, options);
   EXPECT_EQ(tool.WaitForExit(LONG_ENOUGH), 2) << ::testing::PrintToString(command);
-  const std::string errors = tool.Errors();
+  std::string errors = tool.Errors();
   EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 1) << errors;
   EXPECT_EQ(tool.Output(), "");
   return errors;
