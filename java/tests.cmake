@@ -73,7 +73,7 @@ foreach(class ${camera_test_classes})
 endforeach()
 
 add_test(NAME java.DocumentedExample COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/documented_example.sh"
-  "${PROJECT_SOURCE_DIR}/docs/java.md" "${velmora_jar}" "${footage}/poses.avi" "${poses}")
+  "${PROJECT_SOURCE_DIR}/examples/java/GuidedCamera.java" "${velmora_jar}" "${footage}/poses.avi" "${poses}")
 set_tests_properties(java.DocumentedExample PROPERTIES LABELS java TIMEOUT 300
   ENVIRONMENT "LD_PRELOAD=${preload};${test_environment}")
 

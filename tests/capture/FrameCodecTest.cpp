@@ -7,6 +7,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "Matchers.h"
+#include "base64.h"
 #include "capture/Pushes.h"
 
 namespace {
@@ -33,6 +34,15 @@ TEST(FrameCodec, GivesNothingForATextWithoutAPicture) {
   for (const std::string text : {"", "=", "TWFu", "no picture at all"}) {
     EXPECT_TRUE(DecodeJpegB64(text).empty()) << text;
   }
+}
+
+TEST(FrameCodec, GivesNothingForAPictureThatClaimsAnEnormousSize) {
+  std::vector<unsigned char> bitmap;
+  cv::imencode(".bmp", cv::Mat(1, 1, CV_8UC3), bitmap);
+  // Width and height in the header, of four bytes each: 60138 x 60138.
+  bitmap[18] = bitmap[19] = bitmap[22] = bitmap[23] = 0xEA;
+  const std::string text = base64_encode(bitmap.data(), static_cast<unsigned int>(bitmap.size()));
+  EXPECT_TRUE(DecodeJpegB64(text).empty());
 }
 
 TEST(FrameCodec, EncodesWithQuality70) {

@@ -58,6 +58,17 @@ TEST(GuidedArguments, ExactlyOneSourceIsWanted) {
   EXPECT_FALSE(Parse({"--help"}).run);
 }
 
+TEST(GuidedArguments, NumbersThatCannotBeAreRefused) {
+  const std::vector<std::pair<const char*, const char*>> wrong = {
+      {"--hdist", ""},      {"--hdist", "wide"},     {"--hdist", "-1"},    {"--hdist", "nan"},
+      {"--hdist", "1e300"}, {"--width", "0"},        {"--width", "32001"}, {"--height", "tall"},
+      {"--fps", "0"},       {"--fps", "99999999999"}};
+  for (const auto& [option, value] : wrong) {
+    EXPECT_EQ(Parse({"--video", "a.avi", option, value}).exitStatus, 2) << option << " " << value;
+  }
+  EXPECT_EQ(Parse({"--video", "a.avi", "--hdist"}).exitStatus, 2);
+}
+
 TEST(GuidedArguments, TheShippedPosesAreBesideTheProgramsFolder) {
   EXPECT_EQ(guided::ShippedPoses("/usr/bin/velmora-guided"), "/usr/share/velmora/poses-4x11.json");
 }

@@ -103,6 +103,19 @@ TEST_F(PairProgram, AResultFileThatIsNoneIsNamed) {
   EXPECT_FALSE(fs::exists(folder_->File("none.json")));
 }
 
+TEST_F(PairProgram, AResultFileWithMatricesOfOtherSizesIsRefused) {
+  JSON small;
+  small.addMat("cameraMatrix", cv::Mat::eye(2, 2, CV_64F));
+  small.addMat("distCoefs", cv::Mat::zeros(1, 14, CV_64F));
+  ASSERT_TRUE(small.save(folder_->File("small.json")));
+  Process tool({VELMORA_BATCH, folder_->File("both"), "--split", "vertical", "--calib_left",
+                folder_->File("small.json"), "--calib_right", folder_->File("small.json"), "--output",
+                folder_->File("none")});
+  EXPECT_EQ(tool.WaitForExit(LONG_ENOUGH), 1);
+  EXPECT_NE(tool.Errors().find("\nError: the calibration failed: "), std::string::npos) << tool.Errors();
+  EXPECT_FALSE(fs::exists(folder_->File("none.json")));
+}
+
 TEST_F(PairProgram, APairWithTheGridInOneImageOnlyIsRejectedForThatSide) {
   cv::Mat half = cv::imread(folder_->File("both") + "/100.png");
   half.colRange(0, 640).setTo(cv::Scalar::all(120));

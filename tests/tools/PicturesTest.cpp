@@ -92,6 +92,28 @@ TEST_F(Pictures, ABrokenImageIsHandedOutEmpty) {
   EXPECT_FALSE(pictures[1].image.empty());
 }
 
+/// A picture file that claims a size and holds next to nothing.
+std::string Claiming(int width, int height) {
+  std::vector<unsigned char> bytes;
+  cv::imencode(".bmp", cv::Mat(1, 1, CV_8UC3), bytes);
+  const auto put = [&bytes](size_t at, int value) {
+    for (size_t i = 0; i < 4; ++i) bytes[at + i] = static_cast<unsigned char>(value >> (8 * i));
+  };
+  put(18, width);  // as the header of a bitmap has them
+  put(22, height);
+  return std::string(bytes.begin(), bytes.end());
+}
+
+TEST_F(Pictures, AnImageThatClaimsAnImpossibleSizeIsHandedOutEmpty) {
+  support::WriteText(folder_.File("claims.bmp"), Claiming(60000, 60000));
+  support::WriteText(folder_.File("nothing.png"), "");
+  const auto pictures = All({folder_.File("claims.bmp"), folder_.File("nothing.png"), Image("whole.png")});
+  ASSERT_EQ(pictures.size(), 3u);
+  EXPECT_TRUE(pictures[0].image.empty());
+  EXPECT_TRUE(pictures[1].image.empty());
+  EXPECT_FALSE(pictures[2].image.empty());
+}
+
 TEST_F(Pictures, AFileThatIsNeitherPictureNorVideoIsRefused) {
   support::WriteText(folder_.File("data.bin"), "neither");
   EXPECT_THROW(All({folder_.File("data.bin")}), InputError);

@@ -6,6 +6,7 @@
 #include <regex>
 
 #include "Calibrator.h"
+#include "Finite.h"
 #include "batch/SolverOptions.h"
 
 namespace batch {
@@ -89,6 +90,7 @@ Parsed ParseArguments(int argc, char** argv) {
   app.add_option("--hdist", arguments.hdist,
                  "distance in metres across the row intervals of the grid (ten of them in 4x11)")
       ->check(CLI::PositiveNumber)
+      ->check(FaultUnlessFinite)
       ->capture_default_str();
   app.add_option("--model", arguments.modelName, "lens model: classic, rational or full")
       ->check(CLI::IsMember(MODELS))

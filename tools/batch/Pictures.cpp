@@ -22,6 +22,15 @@ bool IsUrl(const std::string& input) {
   return input.find("://") != std::string::npos;
 }
 
+/// Empty when the file cannot be decoded; OpenCV raises an exception for one that claims an enormous size.
+cv::Mat ReadImage(const std::string& file) {
+  try {
+    return cv::imread(file, cv::IMREAD_COLOR);
+  } catch (const cv::Exception&) {
+    return {};
+  }
+}
+
 bool HasImageExtension(const fs::path& file) {
   static const std::set<std::string> extensions = {".png", ".jpg", ".jpeg", ".bmp",  ".tif", ".tiff",
                                                    ".pgm", ".ppm", ".pbm",  ".webp", ".jp2"};
@@ -100,7 +109,7 @@ bool PictureStream::Next(Picture& picture) {
   const std::string file = files_[next_++];
   picture.name = fs::path(file).filename().string();
   if (!IsUrl(file)) {
-    picture.image = cv::imread(file, cv::IMREAD_COLOR);
+    picture.image = ReadImage(file);
     if (!picture.image.empty() || HasImageExtension(file)) return true;
   }
   if (!OpenVideo(file)) throw InputError("'" + file + "' is neither a picture nor a video that can be read");

@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 #include <map>
 
+#include "Finite.h"
 #include "batch/Arguments.h"
 #include "batch/CameraViews.h"
 
@@ -25,7 +26,8 @@ void AddSolverOptions(CLI::App& app, Arguments& arguments) {
   app.add_option("--disc", arguments.disc,
                  "radius of the discs in metres, for the sparse solver; 0: no correction of their centres "
                  "(default: 0.4 times the distance of adjacent rows)")
-      ->check(CLI::NonNegativeNumber);
+      ->check(CLI::NonNegativeNumber)
+      ->check(FaultUnlessFinite);
 }
 
 void ApplySolver(const Arguments& arguments, Calibrator& calibrator) {

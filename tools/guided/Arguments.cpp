@@ -6,6 +6,7 @@
 #include <map>
 
 #include "Calibrator.h"
+#include "Finite.h"
 
 namespace guided {
 
@@ -61,6 +62,7 @@ Parsed ParseArguments(int argc, const char* const* argv, const std::string& ship
       ->capture_default_str();
   app.add_option("--hdist", hdist, "distance in metres across the ten row intervals of the grid")
       ->check(CLI::PositiveNumber)
+      ->check(FaultUnlessFinite)
       ->capture_default_str();
   app.add_option("--poses", arguments.poses, "model file with the poses to reach")->capture_default_str();
   app.add_option("--finder", finder, "how the grid is searched: standard or robust")

@@ -16,7 +16,11 @@ constexpr int QUALITY = 70;
 cv::Mat DecodeJpegB64(const std::string& text) {
   std::string bytes = base64_decode(text);
   if (bytes.empty() || bytes.size() > static_cast<size_t>(std::numeric_limits<int>::max())) return cv::Mat();
-  return cv::imdecode(cv::Mat(1, static_cast<int>(bytes.size()), CV_8UC1, bytes.data()), cv::IMREAD_COLOR);
+  try {
+    return cv::imdecode(cv::Mat(1, static_cast<int>(bytes.size()), CV_8UC1, bytes.data()), cv::IMREAD_COLOR);
+  } catch (const cv::Exception&) {
+    return cv::Mat();  // it claims an enormous size
+  }
 }
 
 std::vector<unsigned char> EncodeJpeg(const cv::Mat& picture, const cv::Size& size) {
