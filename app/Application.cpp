@@ -21,9 +21,15 @@ namespace {
 
 constexpr int ERROR_STATUS = -1;
 constexpr std::chrono::milliseconds QUIT_GRACE{500};
+/// No frame has longer sides.
+constexpr int LONGEST_SIDE = 32767;
 
 /// Circles per row and rows of the printed sheet.
 const cv::Size PATTERN_SIZE(4, 11);
+
+bool IsFrameSize(int width, int height) {
+  return width > 0 && height > 0 && width <= LONGEST_SIDE && height <= LONGEST_SIDE;
+}
 
 LoopOptions OptionsOf(const Settings& settings, const SourcePlan& plan, const CaptureRequest& source) {
   return {settings.model, settings.output, plan.videoFile, cv::Size(settings.width, settings.height),
@@ -92,6 +98,11 @@ int RunApplication(const std::vector<std::string>& arguments, std::ostream& out,
   const Selection selection = SelectCameras(commandLine.settings, plan.stereo, err);
   if (selection.exitStatus) {
     return *selection.exitStatus;
+  }
+  if (!IsFrameSize(commandLine.settings.width, commandLine.settings.height)) {
+    err << "ERROR: '--width' and '--height' take whole numbers from 1 to " << LONGEST_SIDE << "."
+        << std::endl;
+    return ERROR_STATUS;
   }
   SilenceLibraries();
   Captures captures = OpenCaptures(plan, NewVideoCapture, err);

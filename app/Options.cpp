@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <limits>
 
 #include "HelpText.h"
 
@@ -23,9 +24,12 @@ bool IsKnown(const std::string& argument) {
   return std::find(KNOWN_OPTIONS.begin(), KNOWN_OPTIONS.end(), argument) != KNOWN_OPTIONS.end();
 }
 
-/// The leading whole number of the text; 0 when it does not begin with one.
+/// The leading whole number of the text, or the nearest one that an int holds; 0 when it does not begin with
+/// one.
 int ToInt(const std::string& text) {
-  return static_cast<int>(std::strtol(text.c_str(), nullptr, 10));
+  const long number = std::strtol(text.c_str(), nullptr, 10);
+  return static_cast<int>(
+      std::clamp<long>(number, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
 }
 
 std::optional<std::string> TextOf(const OptionValues& values, const char* option) {

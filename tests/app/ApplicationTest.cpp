@@ -36,6 +36,13 @@ TEST(Application, HelpEndsWithStatusOne) {
   EXPECT_EQ(outcome.err, "");
 }
 
+TEST(Application, FrameSizesThatNoFrameHasEndWithStatusMinusOne) {
+  constexpr char WRONG[] = "ERROR: '--width' and '--height' take whole numbers from 1 to 32767.\n";
+  ExpectError({"--video", "none.avi", "--width", "0"}, WRONG);
+  ExpectError({"--video", "none.avi", "--height", "wide"}, WRONG);
+  ExpectError({"--video", "none.avi", "--width", "99999999999"}, WRONG);
+}
+
 TEST(Application, AWrongArgumentEndsWithStatusMinusOne) {
   ExpectError({"--webcam"}, "ERROR: missing value after '--webcam'.\n");
 }

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include <sstream>
 
 #include "HelpText.h"
@@ -147,6 +149,12 @@ TEST_F(Options, NumbersAreReadToTheFirstOtherCharacterInBaseTen) {
   EXPECT_EQ(settings.height, 600);
   EXPECT_EQ(settings.fps, -5);
   EXPECT_EQ(settings.webcam, 0);
+}
+
+TEST_F(Options, NumbersBeyondAnIntAreTheNearestOne) {
+  const Settings settings = Accepted({"--webcam", "99999999999", "--fps", "-99999999999"});
+  EXPECT_EQ(settings.webcam, std::numeric_limits<int>::max());
+  EXPECT_EQ(settings.fps, std::numeric_limits<int>::min());
 }
 
 TEST_F(Options, TextThatIsNoNumberIsZero) {
