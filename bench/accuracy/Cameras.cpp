@@ -66,7 +66,8 @@ world::Camera MakeCamera(LensKind kind, double degrees) {
 }
 
 world::Rig MakeRig(LensKind kind, double degrees, double baseline, double toeIn) {
-  world::Rig rig = world::SideBySideRig(MakeCamera(kind, degrees), MakeCamera(kind, 0.98 * degrees), baseline, toeIn);
+  world::Rig rig =
+      world::SideBySideRig(MakeCamera(kind, degrees), MakeCamera(kind, 0.98 * degrees), baseline, toeIn);
   cv::Matx33d turn;
   cv::Rodrigues(cv::Vec3d(0.012, 0.004, -0.015), turn);
   rig.R = turn * rig.R;

@@ -15,8 +15,8 @@ enum class LensKind { Light, Strong, WideAngle, Tilted };
 
 std::string NameOf(LensKind kind);
 
-/// The number of parameters (focal lengths, principal point, coefficients) of the smallest model that holds the
-/// lens.
+/// The number of parameters (focal lengths, principal point, coefficients) of the smallest model that holds
+/// the lens.
 int ParametersOf(LensKind kind);
 
 /// A camera of 640 x 480 pixels, not quite square ones, with its principal point off the middle, which sees

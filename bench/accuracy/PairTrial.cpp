@@ -27,7 +27,8 @@ std::vector<cv::Point2d> Straight(const std::vector<cv::Point2d>& pixels, const 
 }
 
 /// What the calibrated pair makes of exact pictures of the grid: the error of depths, as a share of them.
-double MedianDepthError(const world::Rig& rig, const std::vector<world::Pose>& poses, const PairResult& result) {
+double MedianDepthError(const world::Rig& rig, const std::vector<world::Pose>& poses,
+                        const PairResult& result) {
   const world::Sheet sheet(GRID, static_cast<double>(UNIT));
   cv::Mat right;
   cv::hconcat(result.pair.R, result.pair.T, right);
@@ -68,7 +69,8 @@ PairTrial Compared(const world::Rig& rig, const std::vector<world::Pose>& poses,
 
 PairTrial RunPairTrial(const PairCase& what, std::uint64_t seed) {
   const world::Rig rig = MakeRig(what.lens, what.fieldOfView, what.baseline, what.toeIn);
-  const auto poses = world::SampleRigViews(rig, what.views, seed, world::Sheet(GRID, static_cast<double>(UNIT)));
+  const auto poses =
+      world::SampleRigViews(rig, what.views, seed, world::Sheet(GRID, static_cast<double>(UNIT)));
   cv::RNG random(world::MixSeeds(seed, 2));
   PairPoints points;
   for (const world::Pose& pose : poses) {

@@ -51,7 +51,8 @@ SparseResult Solve(const Points& views, const cv::Size& imageSize, int model, in
   return SolveIntrinsicsSparsely(Targets(views.size()), views, imageSize, model, options);
 }
 
-PairResult SolvePair(const Points& left, const Points& right, const cv::Size& imageSize, int model, int solver) {
+PairResult SolvePair(const Points& left, const Points& right, const cv::Size& imageSize, int model,
+                     int solver) {
   PairResult result;
   result.left = Solve(left, imageSize, model, solver);
   result.right = Solve(right, imageSize, model, solver);

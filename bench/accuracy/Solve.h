@@ -21,7 +21,8 @@ extern const cv::Size GRID;
 extern const float UNIT;  ///< metres
 
 /// One camera, from views of the grid; on one thread.
-SparseResult Solve(const Points& views, const cv::Size& imageSize, int model, int solver, double discRadius = 0.0);
+SparseResult Solve(const Points& views, const cv::Size& imageSize, int model, int solver,
+                   double discRadius = 0.0);
 
 /// A pair, each camera alone first, as users do it.
 struct PairResult {
@@ -29,6 +30,7 @@ struct PairResult {
   SparseResult right;
   ExtrinsicsResult pair;
 };
-PairResult SolvePair(const Points& left, const Points& right, const cv::Size& imageSize, int model, int solver);
+PairResult SolvePair(const Points& left, const Points& right, const cv::Size& imageSize, int model,
+                     int solver);
 
 }  // namespace accuracy

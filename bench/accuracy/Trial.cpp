@@ -13,8 +13,9 @@
 
 namespace accuracy {
 
-const std::array<const char*, PARAMETERS> PARAMETER_NAMES = {"fx", "fy", "cx", "cy", "k1", "k2", "p1",   "p2",  "k3",
-                                                             "k4", "k5", "k6", "s1", "s2", "s3", "s4", "tauX", "tauY"};
+const std::array<const char*, PARAMETERS> PARAMETER_NAMES = {"fx", "fy", "cx", "cy", "k1",   "k2",
+                                                             "p1", "p2", "k3", "k4", "k5",   "k6",
+                                                             "s1", "s2", "s3", "s4", "tauX", "tauY"};
 
 namespace {
 
@@ -32,14 +33,15 @@ double Finite(double value) {
 
 void CompareParameters(const world::Lens& truth, const SparseResult& result, Trial& trial) {
   const std::array<double, 4> trueK = {truth.K()(0, 0), truth.K()(1, 1), truth.K()(0, 2), truth.K()(1, 2)};
-  const std::array<double, 4> K = {result.K.at<double>(0, 0), result.K.at<double>(1, 1), result.K.at<double>(0, 2),
-                                   result.K.at<double>(1, 2)};
+  const std::array<double, 4> K = {result.K.at<double>(0, 0), result.K.at<double>(1, 1),
+                                   result.K.at<double>(0, 2), result.K.at<double>(1, 2)};
   for (std::size_t i = 0; i < PARAMETERS; ++i) {
     const std::size_t k = i - 4;
     const double expected = i < 4 ? trueK[i] : k < truth.D().size() ? truth.D()[k] : 0.0;
-    const double estimate = i < 4                                        ? K[i]
-                            : k < static_cast<std::size_t>(result.D.cols) ? result.D.at<double>(static_cast<int>(k))
-                                                                          : 0.0;
+    const double estimate = i < 4 ? K[i]
+                            : k < static_cast<std::size_t>(result.D.cols)
+                                ? result.D.at<double>(static_cast<int>(k))
+                                : 0.0;
     trial.errors[i] = Finite(estimate - expected);
     trial.deviations[i] = result.stdDevIntrinsics.at<double>(static_cast<int>(i));
   }
@@ -57,8 +59,8 @@ void CompareForecast(const Points& views, const SparseResult& result, const cv::
 
 }  // namespace
 
-Trial Judged(const world::Camera& camera, const Points& views, const SparseResult& result, int model, LensKind lens,
-             double discRadius) {
+Trial Judged(const world::Camera& camera, const Points& views, const SparseResult& result, int model,
+             LensKind lens, double discRadius) {
   Trial trial;
   trial.rms = result.rms;
   if (ParametersOfModel(model) >= ParametersOf(lens)) trial.comparable = ParametersOfModel(model);
@@ -74,8 +76,8 @@ Trial Judged(const world::Camera& camera, const Points& views, const SparseResul
   return trial;
 }
 
-std::vector<cv::Point2d> NoisyPoints(const world::Camera& camera, const world::Pose& pose, double noise, double sag,
-                                     cv::RNG& random) {
+std::vector<cv::Point2d> NoisyPoints(const world::Camera& camera, const world::Pose& pose, double noise,
+                                     double sag, cv::RNG& random) {
   const world::Sheet sheet(GRID, static_cast<double>(UNIT));
   std::vector<cv::Point3d> grid = sheet.GridPoints();
   const double half = sheet.GridMiddle().y;

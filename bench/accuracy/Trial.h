@@ -10,7 +10,8 @@
 
 namespace accuracy {
 
-/// Which views the camera is calibrated from: well spread ones, or such as show the sheet from the front only.
+/// Which views the camera is calibrated from: well spread ones, or such as show the sheet from the front
+/// only.
 enum class ViewKind { Spread, Frontal };
 
 /// What a trial is of. Trials of the same case differ by their seeds: other views (but for frontal ones) and
@@ -38,9 +39,9 @@ struct Trial {
   std::array<double, PARAMETERS> errors = {};
   std::array<double, PARAMETERS> deviations = {};
   int comparable = 4;
-  double imageError = 0.0;  ///< mean distance of projections from the truth over the whole image, pixels
+  double imageError = 0.0;   ///< mean distance of projections from the truth over the whole image, pixels
   double turnedError = 0.0;  ///< the same after the best turn of the camera's frame
-  double dataError = 0.0;   ///< the same where the views were
+  double dataError = 0.0;    ///< the same where the views were
   /// Root of the mean square of the latter over what the verdict's formal deviation, and the larger of it and
   /// the jackknife's, lets expect: 1 on average if they are true.
   double overFormal = 0.0;
@@ -48,14 +49,14 @@ struct Trial {
 };
 
 /// How far the result for these views is off.
-Trial Judged(const world::Camera& camera, const Points& views, const SparseResult& result,
-             int model, LensKind lens, double discRadius = 0.0);
+Trial Judged(const world::Camera& camera, const Points& views, const SparseResult& result, int model,
+             LensKind lens, double discRadius = 0.0);
 
 /// Calibrates from projected points with Gaussian noise. The same case and seed give the same trial.
 Trial RunTrial(const Case& what, std::uint64_t seed);
 
 /// The picture points of a pose with noise; the sheet may be bent.
-std::vector<cv::Point2d> NoisyPoints(const world::Camera& camera, const world::Pose& pose, double noise, double sag,
-                                     cv::RNG& random);
+std::vector<cv::Point2d> NoisyPoints(const world::Camera& camera, const world::Pose& pose, double noise,
+                                     double sag, cv::RNG& random);
 
 }  // namespace accuracy
