@@ -1,4 +1,6 @@
 /// Tables of how true the reported standard deviations are, and where they mislead.
+#include <algorithm>
+
 #include "Tables.h"
 
 namespace accuracy {
@@ -33,6 +35,12 @@ void AddParameters(const Case& what, const std::vector<Trial>& trials, std::vect
                    {"in 2 s.d.", honesty.within2, true}};
     rows.push_back(row);
   }
+}
+
+double ShareOf(const std::vector<Trial>& trials, CalibrationVerdict::Grade grade) {
+  const auto count =
+      std::count_if(trials.begin(), trials.end(), [grade](const Trial& t) { return t.grade == grade; });
+  return static_cast<double>(count) / static_cast<double>(trials.size());
 }
 
 struct Fault {
@@ -73,8 +81,13 @@ std::vector<Fault> Faults() {
 }  // namespace
 
 Table DeviationsTable(const Effort& effort) {
-  Table table{"deviations", "Standard deviations", "How often errors were within one and two reported standard deviations (true ones: 68 % and 95 %), each model "
-              "on the lens that takes it. Error / deviation is the median of their ratios over that of normal errors, 0.6745.", {}};
+  Table table{"deviations",
+              "Standard deviations",
+              "How often errors were within one and two reported standard deviations (true ones: 68 % and 95 "
+              "%), each model "
+              "on the lens that takes it. Error / deviation is the median of their ratios over that of "
+              "normal errors, 0.6745.",
+              {}};
   constexpr int SPARSE = Calibrator::SOLVER_SPARSE;
   constexpr int OPENCV = Calibrator::SOLVER_OPENCV;
   constexpr int CLASSIC = Calibrator::MODEL_CLASSIC;
@@ -100,9 +113,15 @@ Table DeviationsTable(const Effort& effort) {
 }
 
 Table MisleadingTable(const Effort& effort) {
-  Table table{"misleading", "Where standard deviations mislead", "Calibrations with a fault beside one without.", {}};
+  Table table{"misleading",
+              "Where standard deviations mislead",
+              "Calibrations with a fault beside one without. Good, worthless: how often the verdict said so.",
+              {}};
   for (const Fault& fault : Faults()) {
-    Row row = RowOf(fault.what, RunTrials(fault.what, effort.Of(100)));
+    const std::vector<Trial> trials = RunTrials(fault.what, effort.Of(100));
+    Row row = RowOf(fault.what, trials);
+    row.numbers.push_back({"good", ShareOf(trials, CalibrationVerdict::Grade::Good), true});
+    row.numbers.push_back({"worthless", ShareOf(trials, CalibrationVerdict::Grade::Worthless), true});
     row.conditions.insert(row.conditions.begin(), {"fault", fault.name});
     table.rows.push_back(row);
   }

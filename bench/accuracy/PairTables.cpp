@@ -82,8 +82,12 @@ Row RowOfPair(const PairCase& what, int count) {
 }  // namespace
 
 Table PairsTable(const Effort& effort) {
-  Table table{"pairs", "Pairs of cameras", "Each camera alone, then the pair. Median errors: angle of the rotation and of the translation's direction, length "
-              "of the difference of translations, baseline, and triangulated depths of exact points.", {}};
+  Table table{"pairs",
+              "Pairs of cameras",
+              "Each camera alone, then the pair. Median errors: angle of the rotation and of the "
+              "translation's direction, length "
+              "of the difference of translations, baseline, and triangulated depths of exact points.",
+              {}};
   for (const PairCase& what : Cases()) table.rows.push_back(RowOfPair(what, effort.Of(30)));
   return table;
 }

@@ -41,7 +41,8 @@ void Try(const PictureCase& what, const SearchedPictures& searched, const Way& w
   outcome.pictures += points.pictures;
   outcome.found += static_cast<double>(points.found.size());
   if (!points.found.empty()) outcome.centreErrors.push_back(points.CentreError());
-  outcome.trials.push_back(RunPictureTrial(what, searched.camera, points, way.model, way.solver, way.correctDiscs));
+  outcome.trials.push_back(
+      RunPictureTrial(what, searched.camera, points, way.model, way.solver, way.correctDiscs));
 }
 
 Row RowOfWay(const PictureCase& what, const Way& way, const Outcome& outcome) {
@@ -54,7 +55,8 @@ Row RowOfWay(const PictureCase& what, const Way& way, const Outcome& outcome) {
                     {"solver", NameOfSolver(way.solver) + (way.correctDiscs ? " + discs" : "")},
                     {"trials", Text(static_cast<double>(outcome.trials.size()))},
                     {"failed", FailuresOf(outcome.trials)}};
-  row.numbers = {{"found", outcome.found / outcome.pictures, true}, {"centres", Median(outcome.centreErrors)}};
+  row.numbers = {{"found", outcome.found / outcome.pictures, true},
+                 {"centres", Median(outcome.centreErrors)}};
   for (const Number& number : NumbersOf(outcome.trials)) row.numbers.push_back(number);
   return row;
 }
@@ -62,9 +64,14 @@ Row RowOfWay(const PictureCase& what, const Way& way, const Outcome& outcome) {
 }  // namespace
 
 Table PicturesTable(const Effort& effort) {
-  Table table{"pictures", "Rendered pictures", "Found: share of the pictures in which the grid was found; centres: root of the mean square of their distance "
-              "from the pictures of the discs' centres. Clear pictures have blur of 0.6 px and noise of 2 grey levels, poor ones "
-              "1.2 px and 8.", {}};
+  Table table{"pictures",
+              "Rendered pictures",
+              "Found: share of the pictures in which the grid was found; centres: root of the mean square of "
+              "their distance "
+              "from the pictures of the discs' centres. Clear pictures have blur of 0.6 px and noise of 2 "
+              "grey levels, poor ones "
+              "1.2 px and 8.",
+              {}};
   constexpr std::array<std::array<double, 2>, 2> QUALITIES = {{{0.6, 2.0}, {1.2, 8.0}}};
   for (const double degrees : {50.0, 65.0, 85.0}) {
     for (const auto& quality : QUALITIES) {
@@ -78,7 +85,8 @@ Table PicturesTable(const Effort& effort) {
         const SearchedPictures searched = SearchPictures(what, static_cast<std::uint64_t>(seed));
         for (std::size_t i = 0; i < ways.size(); ++i) Try(what, searched, ways[i], outcomes[i]);
       }
-      for (std::size_t i = 0; i < ways.size(); ++i) table.rows.push_back(RowOfWay(what, ways[i], outcomes[i]));
+      for (std::size_t i = 0; i < ways.size(); ++i)
+        table.rows.push_back(RowOfWay(what, ways[i], outcomes[i]));
     }
   }
   return table;

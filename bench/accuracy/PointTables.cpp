@@ -53,7 +53,10 @@ Table NoiseTable(const Effort& effort) {
 }
 
 Table FieldsOfViewTable(const Effort& effort) {
-  Table table{"fields", "Field of view and distortion", "The field of view is from the left to the right edge, in degrees, distortion included.", {}};
+  Table table{"fields",
+              "Field of view and distortion",
+              "The field of view is from the left to the right edge, in degrees, distortion included.",
+              {}};
   for (const LensKind lens : {LensKind::Light, LensKind::Strong, LensKind::WideAngle}) {
     for (const double degrees : {40.0, 55.0, 70.0, 85.0, 100.0}) {
       for (const int model : MODELS) {
@@ -68,8 +71,12 @@ Table FieldsOfViewTable(const Effort& effort) {
 }
 
 Table ModelsTable(const Effort& effort) {
-  Table table{"models", "Lens models", "The classic model holds the light and the strong lens, the rational one the wide-angle lens too, the full one "
-              "the tilted sensor too.", {}};
+  Table table{"models",
+              "Lens models",
+              "The classic model holds the light and the strong lens, the rational one the wide-angle lens "
+              "too, the full one "
+              "the tilted sensor too.",
+              {}};
   for (const LensKind lens : {LensKind::Light, LensKind::Strong, LensKind::WideAngle, LensKind::Tilted}) {
     Case what;
     what.lens = lens;

@@ -7,9 +7,9 @@ namespace accuracy {
 
 const std::vector<NamedTable>& AllTables() {
   static const std::vector<NamedTable> tables = {
-      {"models", ModelsTable},     {"views", ViewsTable},           {"noise", NoiseTable},
+      {"models", ModelsTable},       {"views", ViewsTable},           {"noise", NoiseTable},
       {"fields", FieldsOfViewTable}, {"deviations", DeviationsTable}, {"misleading", MisleadingTable},
-      {"pairs", PairsTable},       {"pictures", PicturesTable}};
+      {"pairs", PairsTable},         {"pictures", PicturesTable}};
   return tables;
 }
 
@@ -17,7 +17,8 @@ std::vector<Number> NumbersOf(const std::vector<Trial>& trials) {
   const std::vector<Trial> good = Succeeded(trials);
   std::vector<Number> numbers;
   for (std::size_t i = 0; i < 4; ++i) {
-    numbers.push_back({PARAMETER_NAMES[i], Median(Each(good, [i](const Trial& t) { return std::abs(t.errors[i]); }))});
+    numbers.push_back(
+        {PARAMETER_NAMES[i], Median(Each(good, [i](const Trial& t) { return std::abs(t.errors[i]); }))});
   }
   const auto image = Each(good, [](const Trial& t) { return t.imageError; });
   const auto turned = Each(good, [](const Trial& t) { return t.turnedError; });

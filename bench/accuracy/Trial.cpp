@@ -51,6 +51,7 @@ void CompareForecast(const Points& views, const SparseResult& result, const cv::
                      double rmsInData, Trial& trial) {
   const std::vector<std::vector<cv::Point3d>> targets(views.size(), MakeObjectTemplate(GRID, UNIT));
   const CalibrationVerdict verdict = JudgeIntrinsics(targets, views, size, result, discRadius);
+  trial.grade = verdict.grade;
   // Deviations are of one coordinate.
   const double error = rmsInData / std::sqrt(2.0);
   trial.overFormal = Finite(error / verdict.deviationInData);

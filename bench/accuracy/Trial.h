@@ -7,6 +7,7 @@
 #include "Calibrator.h"
 #include "Cameras.h"
 #include "Solve.h"
+#include "Verdict.h"
 
 namespace accuracy {
 
@@ -46,6 +47,7 @@ struct Trial {
   /// the jackknife's, lets expect: 1 on average if they are true.
   double overFormal = 0.0;
   double overVerdict = 0.0;
+  CalibrationVerdict::Grade grade = CalibrationVerdict::Grade::None;
 };
 
 /// How far the result for these views is off.

@@ -41,8 +41,9 @@ void Report(const Arguments& arguments) {
 
 int main(int argc, char** argv) {
   Arguments arguments;
-  CLI::App app("Calibrates many cameras whose truth is known, and prints how far off they came out, as Markdown.",
-               "velmora-accuracy");
+  CLI::App app(
+      "Calibrates many cameras whose truth is known, and prints how far off they came out, as Markdown.",
+      "velmora-accuracy");
   app.add_flag("--quick", arguments.quick, "a tenth of the trials");
   app.add_option("--csv", arguments.folder, "write each table to a CSV file in this folder too")
       ->check(CLI::ExistingDirectory);
