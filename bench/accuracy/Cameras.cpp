@@ -52,11 +52,6 @@ std::string NameOf(LensKind kind) {
   return "";
 }
 
-int ParametersOf(LensKind kind) {
-  if (kind == LensKind::WideAngle) return 12;
-  return kind == LensKind::Tilted ? 18 : 9;
-}
-
 world::Camera MakeCamera(LensKind kind, double degrees) {
   const double edge = std::tan(0.5 * degrees * CV_PI / 180.0);
   const std::vector<double> D = CoefficientsOf(kind, CORNER * edge);

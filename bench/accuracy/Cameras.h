@@ -15,10 +15,6 @@ enum class LensKind { Light, Strong, WideAngle, Tilted };
 
 std::string NameOf(LensKind kind);
 
-/// The number of parameters (focal lengths, principal point, coefficients) of the smallest model that holds
-/// the lens.
-int ParametersOf(LensKind kind);
-
 /// A camera of 640 x 480 pixels, not quite square ones, with its principal point off the middle, which sees
 /// `degrees` from its left to its right edge, distortion included. Light and strong distortion are shares of
 /// the picture, the same for any field of view: 4 % and 25 % at the corners.

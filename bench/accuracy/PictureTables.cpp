@@ -36,13 +36,12 @@ struct Outcome {
   std::vector<double> centreErrors;
 };
 
-void Try(const PictureCase& what, const SearchedPictures& searched, const Way& way, Outcome& outcome) {
+void Try(const SearchedPictures& searched, const Way& way, Outcome& outcome) {
   const FoundPoints& points = way.finder == Calibrator::FINDER_ROBUST ? searched.robust : searched.standard;
   outcome.pictures += points.pictures;
   outcome.found += static_cast<double>(points.found.size());
   if (!points.found.empty()) outcome.centreErrors.push_back(points.CentreError());
-  outcome.trials.push_back(
-      RunPictureTrial(what, searched.camera, points, way.model, way.solver, way.correctDiscs));
+  outcome.trials.push_back(RunPictureTrial(searched.camera, points, way.model, way.solver, way.correctDiscs));
 }
 
 Row RowOfWay(const PictureCase& what, const Way& way, const Outcome& outcome) {
@@ -83,7 +82,7 @@ Table PicturesTable(const Effort& effort) {
       std::vector<Outcome> outcomes(ways.size());
       for (int seed = 1; seed <= effort.Of(12); ++seed) {
         const SearchedPictures searched = SearchPictures(what, static_cast<std::uint64_t>(seed));
-        for (std::size_t i = 0; i < ways.size(); ++i) Try(what, searched, ways[i], outcomes[i]);
+        for (std::size_t i = 0; i < ways.size(); ++i) Try(searched, ways[i], outcomes[i]);
       }
       for (std::size_t i = 0; i < ways.size(); ++i)
         table.rows.push_back(RowOfWay(what, ways[i], outcomes[i]));

@@ -65,15 +65,15 @@ SearchedPictures SearchPictures(const PictureCase& what, std::uint64_t seed) {
   return searched;
 }
 
-Trial RunPictureTrial(const PictureCase& what, const world::Camera& camera, const FoundPoints& points,
-                      int model, int solver, bool correctDiscs) {
+Trial RunPictureTrial(const world::Camera& camera, const FoundPoints& points, int model, int solver,
+                      bool correctDiscs) {
   const double discRadius = correctDiscs ? world::Sheet::DISC_RADIUS * static_cast<double>(UNIT) : 0.0;
   Trial trial;
   trial.failed = true;
   if (points.found.size() < FEWEST_VIEWS) return trial;
   try {
-    return Judged(camera, points.found, Solve(points.found, camera.size, model, solver, discRadius), model,
-                  what.lens, discRadius);
+    return Judged(camera, points.found, Solve(points.found, camera.size, model, solver, discRadius),
+                  discRadius);
   } catch (const std::exception&) {
     return trial;
   }

@@ -38,7 +38,7 @@ struct SearchedPictures {
 SearchedPictures SearchPictures(const PictureCase& what, std::uint64_t seed);
 
 /// Calibrates from what was found, with fewer views if some were missed; with four or less it fails.
-Trial RunPictureTrial(const PictureCase& what, const world::Camera& camera, const FoundPoints& points,
-                      int model, int solver, bool correctDiscs);
+Trial RunPictureTrial(const world::Camera& camera, const FoundPoints& points, int model, int solver,
+                      bool correctDiscs);
 
 }  // namespace accuracy

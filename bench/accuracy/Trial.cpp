@@ -31,19 +31,20 @@ double Finite(double value) {
   return std::isfinite(value) ? value : NOTHING;
 }
 
-void CompareParameters(const world::Lens& truth, const SparseResult& result, Trial& trial) {
-  const std::array<double, 4> trueK = {truth.K()(0, 0), truth.K()(1, 1), truth.K()(0, 2), truth.K()(1, 2)};
-  const std::array<double, 4> K = {result.K.at<double>(0, 0), result.K.at<double>(1, 1),
-                                   result.K.at<double>(0, 2), result.K.at<double>(1, 2)};
+/// In the order of PARAMETER_NAMES, with zeros for coefficients that the lens has not.
+std::array<double, PARAMETERS> ValuesOf(const world::Lens& lens) {
+  std::array<double, PARAMETERS> values = {lens.K()(0, 0), lens.K()(1, 1), lens.K()(0, 2), lens.K()(1, 2)};
+  std::copy(lens.D().begin(), lens.D().end(), values.begin() + 4);
+  return values;
+}
+
+void CompareParameters(const world::Lens& truth, const world::Lens& estimate, const cv::Mat& deviations,
+                       Trial& trial) {
+  const auto expected = ValuesOf(truth);
+  const auto values = ValuesOf(estimate);
   for (std::size_t i = 0; i < PARAMETERS; ++i) {
-    const std::size_t k = i - 4;
-    const double expected = i < 4 ? trueK[i] : k < truth.D().size() ? truth.D()[k] : 0.0;
-    const double estimate = i < 4 ? K[i]
-                            : k < static_cast<std::size_t>(result.D.cols)
-                                ? result.D.at<double>(static_cast<int>(k))
-                                : 0.0;
-    trial.errors[i] = Finite(estimate - expected);
-    trial.deviations[i] = result.stdDevIntrinsics.at<double>(static_cast<int>(i));
+    trial.errors[i] = Finite(values[i] - expected[i]);
+    trial.deviations[i] = deviations.at<double>(static_cast<int>(i));
   }
 }
 
@@ -60,13 +61,12 @@ void CompareForecast(const Points& views, const SparseResult& result, const cv::
 
 }  // namespace
 
-Trial Judged(const world::Camera& camera, const Points& views, const SparseResult& result, int model,
-             LensKind lens, double discRadius) {
+Trial Judged(const world::Camera& camera, const Points& views, const SparseResult& result,
+             double discRadius) {
   Trial trial;
   trial.rms = result.rms;
-  if (ParametersOfModel(model) >= ParametersOf(lens)) trial.comparable = ParametersOfModel(model);
-  CompareParameters(camera.lens, result, trial);
   const world::Lens estimate = world::LensFrom(result.K, result.D);
+  CompareParameters(camera.lens, estimate, result.stdDevIntrinsics, trial);
   trial.imageError = Finite(world::MeanProjectionDistance(camera.lens, estimate, camera.size).mean);
   trial.turnedError = Finite(
       world::MeanProjectionDistance(camera.lens, estimate, camera.size, {}, world::Alignment::Rotated).mean);
@@ -99,7 +99,7 @@ Trial RunTrial(const Case& what, std::uint64_t seed) {
     views.push_back(NoisyPoints(camera, pose, what.noise, what.sag, random));
   }
   try {
-    return Judged(camera, views, Solve(views, camera.size, what.model, what.solver), what.model, what.lens);
+    return Judged(camera, views, Solve(views, camera.size, what.model, what.solver));
   } catch (const std::exception&) {
     // No result, or a focal length that is none.
     Trial trial;

@@ -35,11 +35,10 @@ extern const std::array<const char*, PARAMETERS> PARAMETER_NAMES;
 struct Trial {
   bool failed = false;  ///< the computation raised, or its result is no camera; nothing else counts then
   double rms = 0.0;
-  /// Estimate minus truth and reported standard deviation. Only the first `comparable` parameters can be
-  /// compared: coefficients have the same meaning only in a model that holds the true lens.
+  /// Estimate minus truth and reported standard deviation. Coefficients have the same meaning only in a model
+  /// that holds the true lens.
   std::array<double, PARAMETERS> errors = {};
   std::array<double, PARAMETERS> deviations = {};
-  int comparable = 4;
   double imageError = 0.0;   ///< mean distance of projections from the truth over the whole image, pixels
   double turnedError = 0.0;  ///< the same after the best turn of the camera's frame
   double dataError = 0.0;    ///< the same where the views were
@@ -51,8 +50,8 @@ struct Trial {
 };
 
 /// How far the result for these views is off.
-Trial Judged(const world::Camera& camera, const Points& views, const SparseResult& result, int model,
-             LensKind lens, double discRadius = 0.0);
+Trial Judged(const world::Camera& camera, const Points& views, const SparseResult& result,
+             double discRadius = 0.0);
 
 /// Calibrates from projected points with Gaussian noise. The same case and seed give the same trial.
 Trial RunTrial(const Case& what, std::uint64_t seed);

@@ -144,7 +144,7 @@ TEST(AccuracyReport, OfPicturesTakesTheCorrectionOfDiscs) {
   ASSERT_EQ(searched.robust.found.size(), static_cast<std::size_t>(what.views));
   EXPECT_LT(searched.robust.CentreError(), 0.3);
   const auto trial = [&](bool correctDiscs) {
-    return accuracy::RunPictureTrial(what, searched.camera, searched.robust, Calibrator::MODEL_CLASSIC,
+    return accuracy::RunPictureTrial(searched.camera, searched.robust, Calibrator::MODEL_CLASSIC,
                                      Calibrator::SOLVER_SPARSE, correctDiscs);
   };
   const Trial plain = trial(false);

@@ -15,8 +15,10 @@ namespace {
 
 accuracy::Table TwoRows() {
   accuracy::Table table{"small", "Small", "Two rows.", {}};
-  table.rows = {{{{"views", "5"}, {"noise", "0.1"}}, {{"fx", 1.5}, {"share", 0.684, true}, {"detail", 7.0, false, true}}},
-                {{{"views", "9"}, {"noise", "0.1"}}, {{"fx", 0.25}, {"share", 0.7, true}, {"detail", 8.0, false, true}}}};
+  table.rows = {{{{"views", "5"}, {"noise", "0.1"}},
+                 {{"fx", 1.5}, {"share", 0.684, true}, {"detail", 7.0, false, true}}},
+                {{{"views", "9"}, {"noise", "0.1"}},
+                 {{"fx", 0.25}, {"share", 0.7, true}, {"detail", 8.0, false, true}}}};
   return table;
 }
 
