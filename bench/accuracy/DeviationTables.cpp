@@ -26,7 +26,8 @@ struct Group {
 /// One row for each kind of parameters.
 void AddParameters(const Case& what, const std::vector<Trial>& trials, std::vector<Row>& rows) {
   const auto count = static_cast<std::size_t>(ParametersOfModel(what.model));
-  for (const Group& group : {Group{"fx, fy", 0, 2}, Group{"cx, cy", 2, 4}, Group{"distortion", 4, count}}) {
+  for (const Group& group :
+       {Group{"focal lengths", 0, 2}, Group{"principal point", 2, 4}, Group{"distortion", 4, count}}) {
     Row row = RowOf(what, trials);
     row.conditions.push_back({"parameters", group.name});
     const Honesty honesty = HonestyOf(trials, group.first, group.last);

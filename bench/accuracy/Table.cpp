@@ -29,6 +29,11 @@ std::string General(double value, int digits) {
   return text;
 }
 
+/// A comma would end the field.
+std::string Field(const std::string& text) {
+  return text.find(',') == std::string::npos ? text : '"' + text + '"';
+}
+
 bool Varies(const Table& table, std::size_t condition) {
   for (const Row& row : table.rows) {
     if (row.conditions[condition].value != table.rows.front().conditions[condition].value) return true;
@@ -103,16 +108,16 @@ void WriteCsv(const Table& table, const std::string& folder) {
   const char* separator = "";
   if (!table.rows.empty()) {
     for (const Condition& condition : table.rows.front().conditions) {
-      file << separator << condition.name;
+      file << separator << Field(condition.name);
       separator = ",";
     }
-    for (const Number& number : table.rows.front().numbers) file << ',' << number.name;
+    for (const Number& number : table.rows.front().numbers) file << ',' << Field(number.name);
     file << '\n';
   }
   for (const Row& row : table.rows) {
     separator = "";
     for (const Condition& condition : row.conditions) {
-      file << separator << condition.value;
+      file << separator << Field(condition.value);
       separator = ",";
     }
     for (const Number& number : row.numbers) file << ',' << General(number.value, 6);

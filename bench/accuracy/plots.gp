@@ -6,7 +6,7 @@ set datafile columnheaders
 set datafile missing NaN
 set terminal pngcairo size 800,480 font "sans,11" background "white"
 set style fill solid 0.85 noborder
-set grid ytics lc rgb "#dddddd" lw 1
+set grid ytics mytics lc rgb "#cccccc" lw 1, lc rgb "#eeeeee" lw 1
 set border 3
 set tics nomirror
 set key outside right top Left reverse
@@ -85,9 +85,9 @@ if (there("models")) {
   lenses = "light strong wide-angle tilted"
   set title "Which model for which lens (85 degrees, 12 views, noise 0.1 px)"
   set ylabel error
-  set logscale y
+  unset logscale y
   set xrange [0.5:4.5]
-  set yrange [0.01:*]
+  set yrange [0:*]
   set xtics ("light" 1, "strong" 2, "wide-angle" 3, "tilted sensor" 4)
   plot for [i = 1:3] file("models") \
          using (is("model", model(i)) && is("solver", "sparse") ? place(lenses, "lens") + (i - 2) * 0.28 - 0.065 : NaN):"turned" \
@@ -105,10 +105,10 @@ if (there("deviations")) {
   unset logscale y
   set yrange [0:1.05]
   set xrange [0.4:8.6]
+  set bmargin 3.5
   set xtics ("classic\n5 views" 1, "classic\n12 views" 2, "classic\n30 views" 3, "classic\nOpenCV" 4, \
              "rational" 5, "rational\nOpenCV" 6, "full" 7, "full\nOpenCV" 8)
-  groups = "focal centre distortion"
-  array NAMES[3] = ["fx, fy", "cx, cy", "distortion"]
+  array NAMES[3] = ["focal lengths", "principal point", "distortion"]
   set boxwidth 0.24
   study(r) = int(r / 3) + 1
   offset(r) = (int(r) % 3 - 1) * 0.27
@@ -118,6 +118,7 @@ if (there("deviations")) {
          with boxes lc rgb COLORS[i] title NAMES[i], \
        0.683 with lines lw 1.5 dt 2 lc rgb "black" title "68 %", \
        0.954 with lines lw 1.5 dt 3 lc rgb "black" title "95 %"
+  unset bmargin
   set terminal pngcairo size 800,480 font "sans,11" background "white"
 }
 
@@ -130,6 +131,7 @@ if (there("pictures")) {
   set yrange [0.005:1]
   set xrange [0.4:6.6]
   set xtics ("50 deg\nclear" 1, "50 deg\npoor" 2, "65 deg\nclear" 3, "65 deg\npoor" 4, "85 deg\nclear" 5, "85 deg\npoor" 6)
+  set bmargin 3.5
   set boxwidth 0.19
   at() = place("50 65 85", "field of view") * 2 - (is("pictures", "clear") ? 1 : 0)
   plot file("pictures") using (is("model", "classic") && is("finder", "standard") && is("solver", "sparse") ? at() - 0.3 : NaN):"turned" \
@@ -140,6 +142,7 @@ if (there("pictures")) {
          with boxes lc rgb PALE[2] title "standard, discs corrected", \
        file("pictures") using (is("model", "classic") && is("finder", "robust") && is("solver", "sparse + discs") ? at() + 0.3 : NaN):"turned" \
          with boxes lc rgb COLORS[2] title "robust, discs corrected"
+  unset bmargin
 }
 
 set xtics auto scale 1

@@ -1,7 +1,6 @@
 /// How tables of the accuracy report are written.
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <limits>
 #include <sstream>
 
@@ -33,11 +32,15 @@ TEST(AccuracyTable, TellsCommonConditionsOnce) {
 TEST(AccuracyTable, HasEverythingAsCsv) {
   const support::TemporaryFolder folder;
   accuracy::WriteCsv(TwoRows(), folder.Path());
-  std::ifstream file(folder.Path() + "/small.csv");
-  std::ostringstream text;
-  text << file.rdbuf();
-  EXPECT_EQ(text.str(), "views,noise,fx,share,detail\n5,0.1,1.5,0.684,7\n9,0.1,0.25,0.7,8\n");
-  EXPECT_THROW(accuracy::WriteCsv(TwoRows(), folder.Path() + "/none"), std::runtime_error);
+  EXPECT_EQ(support::ReadText(folder.File("small.csv")),
+            "views,noise,fx,share,detail\n5,0.1,1.5,0.684,7\n9,0.1,0.25,0.7,8\n");
+  EXPECT_THROW(accuracy::WriteCsv(TwoRows(), folder.File("none")), std::runtime_error);
+}
+
+TEST(AccuracyTable, QuotesCommasInCsv) {
+  const support::TemporaryFolder folder;
+  accuracy::WriteCsv({"comma", "", "", {{{{"parameters", "fx, fy"}}, {{"error", 1.0}}}}}, folder.Path());
+  EXPECT_EQ(support::ReadText(folder.File("comma.csv")), "parameters,error\n\"fx, fy\",1\n");
 }
 
 TEST(AccuracyTable, ShowsThreeDigits) {
