@@ -9,7 +9,7 @@ namespace accuracy {
 
 double Quantile(std::vector<double> values, double share) {
   if (values.empty()) return std::numeric_limits<double>::quiet_NaN();
-  const auto at = static_cast<std::ptrdiff_t>(share * static_cast<double>(values.size() - 1) + 0.5);
+  const auto at = static_cast<std::ptrdiff_t>(std::lround(share * static_cast<double>(values.size() - 1)));
   std::nth_element(values.begin(), values.begin() + at, values.end());
   return values[static_cast<std::size_t>(at)];
 }
@@ -41,6 +41,7 @@ std::vector<Trial> Succeeded(const std::vector<Trial>& trials) {
 std::vector<double> Each(const std::vector<Trial>& trials,
                          const std::function<double(const Trial&)>& number) {
   std::vector<double> values;
+  values.reserve(trials.size());
   for (const Trial& trial : trials) values.push_back(number(trial));
   return values;
 }
