@@ -30,11 +30,11 @@ if (there("views")) {
   set ylabel error
   set logscale y
   set xrange [4:31]
-  set yrange [*:10 < *]
+  set yrange [0.05:4]
   plot for [i = 1:3] file("views") using (is("model", model(i)) && is("solver", "sparse") ? column("views") : NaN):"turned" \
          with linespoints lw 2 pt 7 lc rgb COLORS[i] title model(i), \
        for [i = 1:3] file("views") using (is("model", model(i)) && is("solver", "sparse") ? column("views") : NaN):"turned 90" \
-         with lines lw 1 dt 3 lc rgb COLORS[i] title model(i)." 90 %", \
+         with lines lw 2 dt 3 lc rgb COLORS[i] title model(i)." 90 %", \
        for [i = 2:3] file("views") using (is("model", model(i)) && is("solver", "opencv") ? column("views") : NaN):"turned" \
          with linespoints lw 2 dt 2 pt 6 lc rgb COLORS[i] title model(i)." OpenCV"
 }
@@ -46,12 +46,14 @@ if (there("noise")) {
   set ylabel "error of projections, px"
   set logscale xy
   set xrange [0.015:0.7]
+  set xtics (0.02, 0.05, 0.1, 0.2, 0.5)
   set yrange [*:*]
   plot for [i = 1:3] file("noise") using (is("model", model(i)) ? column("noise") : NaN):"turned" \
          with linespoints lw 2 pt 7 lc rgb COLORS[i] title model(i).", image", \
        for [i = 1:3] file("noise") using (is("model", model(i)) ? column("noise") : NaN):"data" \
          with linespoints lw 2 dt 2 pt 6 lc rgb COLORS[i] title model(i).", where views are"
   unset logscale x
+  set xtics auto
 }
 
 if (there("fields")) {
@@ -153,6 +155,7 @@ if (there("pairs")) {
   set ylabel "error of the translation, mm"
   unset logscale
   set xrange [4:21]
+  set xtics (5, 10, 20)
   set yrange [0:*]
   baselines = "60 120 240"
   plot for [i = 1:3] file("pairs") \
@@ -160,5 +163,5 @@ if (there("pairs")) {
          with linespoints lw 2 pt 7 lc rgb COLORS[i] title word(baselines, i)." mm apart", \
        for [i = 1:3] file("pairs") \
          using (int($0) < 9 && is("baseline mm", word(baselines, i)) ? column("views") : NaN):"T 90" \
-         with lines lw 1 dt 3 lc rgb COLORS[i] title word(baselines, i)." mm, 90 %"
+         with lines lw 2 dt 3 lc rgb COLORS[i] title word(baselines, i)." mm, 90 %"
 }
