@@ -68,7 +68,7 @@ if (there("fields")) {
   do for [l = 1:3] {
     set title word(lenses, l)." lens"
     if (l == 1) { set ylabel error } else { unset ylabel }
-    set key inside top center horizontal
+    set key inside top center vertical Left reverse samplen 2
     plot for [i = 1:3] file("fields") \
            using (is("model", model(i)) && is("lens", word(lenses, l)) ? column("field of view") : NaN):"turned" \
            with linespoints lw 2 pt 7 lc rgb COLORS[i] title model(i)
@@ -135,14 +135,14 @@ if (there("pictures")) {
   set xtics ("50 deg\nclear" 1, "50 deg\npoor" 2, "65 deg\nclear" 3, "65 deg\npoor" 4, "85 deg\nclear" 5, "85 deg\npoor" 6)
   set bmargin 3.5
   set boxwidth 0.19
-  at() = place("50 65 85", "field of view") * 2 - (is("pictures", "clear") ? 1 : 0)
-  plot file("pictures") using (is("model", "classic") && is("finder", "standard") && is("solver", "sparse") ? at() - 0.3 : NaN):"turned" \
+  at(shift) = shift + place("50 65 85", "field of view") * 2 - (is("pictures", "clear") ? 1 : 0)
+  plot file("pictures") using (is("model", "classic") && is("finder", "standard") && is("solver", "sparse") ? at(-0.3) : NaN):"turned" \
          with boxes lc rgb PALE[1] title "standard finder", \
-       file("pictures") using (is("model", "classic") && is("finder", "robust") && is("solver", "sparse") ? at() - 0.1 : NaN):"turned" \
+       file("pictures") using (is("model", "classic") && is("finder", "robust") && is("solver", "sparse") ? at(-0.1) : NaN):"turned" \
          with boxes lc rgb COLORS[1] title "robust finder", \
-       file("pictures") using (is("model", "classic") && is("finder", "standard") && is("solver", "sparse + discs") ? at() + 0.1 : NaN):"turned" \
+       file("pictures") using (is("model", "classic") && is("finder", "standard") && is("solver", "sparse + discs") ? at(0.1) : NaN):"turned" \
          with boxes lc rgb PALE[2] title "standard, discs corrected", \
-       file("pictures") using (is("model", "classic") && is("finder", "robust") && is("solver", "sparse + discs") ? at() + 0.3 : NaN):"turned" \
+       file("pictures") using (is("model", "classic") && is("finder", "robust") && is("solver", "sparse + discs") ? at(0.3) : NaN):"turned" \
          with boxes lc rgb COLORS[2] title "robust, discs corrected"
   unset bmargin
 }
