@@ -102,10 +102,12 @@ ProjectionDistance MeanProjectionDistance(const Lens& truth, const Lens& estimat
   for (const Probe& probe : probes) {
     const double error = cv::norm(TurnedPixel(estimate, R, probe.ray) - probe.pixel);
     distance.mean += error;
+    distance.rms += error * error;
     distance.max = std::max(distance.max, error);
   }
   distance.count = static_cast<int>(probes.size());
   distance.mean /= distance.count;
+  distance.rms = std::sqrt(distance.rms / distance.count);
   return distance;
 }
 

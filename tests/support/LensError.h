@@ -14,6 +14,8 @@ enum class Alignment { Raw, Rotated };
 
 struct ProjectionDistance {
   double mean = 0.0;
+  /// Root of the mean square.
+  double rms = 0.0;
   double max = 0.0;
   /// Pixels that were compared.
   int count = 0;

@@ -1,0 +1,82 @@
+/// Renders pictures, searches the grid in them and calibrates.
+#include "PictureTrial.h"
+
+#include <cmath>
+
+#include "Renderer.h"
+#include "Views.h"
+#include "engine/GridFinder.h"
+#include "finder/RobustFinder.h"
+
+namespace accuracy {
+
+namespace {
+
+constexpr std::size_t FEWEST_VIEWS = 5;
+
+world::Scene SceneOf(const PictureCase& what, std::uint64_t seed) {
+  world::Scene scene;
+  scene.camera = MakeCamera(what.lens, what.fieldOfView);
+  scene.sheet = world::Sheet(GRID, static_cast<double>(UNIT));
+  scene.blur = what.blur;
+  scene.noise = what.grain;
+  scene.light = 0.2;
+  scene.seed = seed;
+  return scene;
+}
+
+using Search = bool (*)(const cv::Mat& frame, const cv::Size& grid, std::vector<cv::Point2d>& points);
+
+void Look(Search search, const cv::Mat& picture, const std::vector<cv::Point2d>& truth, FoundPoints& into) {
+  ++into.pictures;
+  std::vector<cv::Point2d> points;
+  if (!search(picture, GRID, points)) return;
+  into.found.push_back(points);
+  into.truth.push_back(truth);
+}
+
+}  // namespace
+
+double FoundPoints::CentreError() const {
+  double squares = 0.0;
+  double count = 0.0;
+  for (std::size_t view = 0; view < found.size(); ++view) {
+    for (std::size_t i = 0; i < found[view].size(); ++i) {
+      const cv::Point2d off = found[view][i] - truth[view][i];
+      squares += off.dot(off);
+      count += 1.0;
+    }
+  }
+  return std::sqrt(squares / count);
+}
+
+SearchedPictures SearchPictures(const PictureCase& what, std::uint64_t seed) {
+  world::Renderer renderer(SceneOf(what, seed));
+  const world::Scene& scene = renderer.GetScene();
+  SearchedPictures searched;
+  searched.camera = scene.camera;
+  std::uint64_t number = 0;
+  for (const world::Pose& pose : world::SampleViews(scene.camera, what.views, seed, scene.sheet)) {
+    const cv::Mat picture = renderer.Render(pose, number++);
+    const auto truth = world::TrueCentres(scene.camera.lens, scene.sheet, pose);
+    Look(FindGridStandard, picture, truth, searched.standard);
+    Look(FindGridRobust, picture, truth, searched.robust);
+  }
+  return searched;
+}
+
+Trial RunPictureTrial(const world::Camera& camera, const FoundPoints& points, int model, int solver,
+                      bool correctDiscs) {
+  const double discRadius = correctDiscs ? world::Sheet::DISC_RADIUS * static_cast<double>(UNIT) : 0.0;
+  Trial trial;
+  trial.failed = true;
+  if (points.found.size() < FEWEST_VIEWS) return trial;
+  try {
+    return Judged(camera, points.found, Solve(points.found, camera.size, model, solver, discRadius),
+                  discRadius);
+  } catch (const std::exception&) {
+    return trial;
+  }
+}
+
+}  // namespace accuracy

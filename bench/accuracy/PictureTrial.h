@@ -1,0 +1,44 @@
+/// Calibrations from rendered pictures: the search of the grid counts too.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "Trial.h"
+
+namespace accuracy {
+
+/// What the pictures are like.
+struct PictureCase {
+  LensKind lens = LensKind::Strong;
+  double fieldOfView = 65.0;
+  int views = 12;
+  double blur = 0.6;   ///< sigma, pixels
+  double grain = 2.0;  ///< sigma of the sensor's noise, grey levels
+};
+
+/// Points found in pictures, with the poses' true ones beside them.
+struct FoundPoints {
+  Points found;
+  Points truth;
+  int pictures = 0;
+
+  /// Root of the mean square of the distances from the truth, pixels; of the found grids.
+  double CentreError() const;
+};
+
+/// The same pictures searched by both finders.
+struct SearchedPictures {
+  world::Camera camera;
+  FoundPoints standard;
+  FoundPoints robust;
+};
+
+/// Renders and searches. The same case and seed give the same points.
+SearchedPictures SearchPictures(const PictureCase& what, std::uint64_t seed);
+
+/// Calibrates from what was found, with fewer views if some were missed; with four or less it fails.
+Trial RunPictureTrial(const world::Camera& camera, const FoundPoints& points, int model, int solver,
+                      bool correctDiscs);
+
+}  // namespace accuracy

@@ -1,0 +1,67 @@
+/// Calls the engine's computations.
+#include "Solve.h"
+
+#include "Calibrator.h"
+#include "engine/TargetGeometry.h"
+#include "solver/SparseExtrinsics.h"
+
+namespace accuracy {
+
+const cv::Size GRID(4, 11);
+const float UNIT = 0.02F;
+
+namespace {
+
+std::vector<std::vector<cv::Point3d>> Targets(std::size_t count) {
+  return std::vector<std::vector<cv::Point3d>>(count, MakeObjectTemplate(GRID, UNIT));
+}
+
+/// With as many coefficients as result files have.
+cv::Mat Padded(const cv::Mat& D) {
+  cv::Mat padded = cv::Mat::zeros(1, 14, CV_64F);
+  D.copyTo(padded.colRange(0, D.cols));
+  return padded;
+}
+
+}  // namespace
+
+std::string NameOfModel(int model) {
+  if (model == Calibrator::MODEL_RATIONAL) return "rational";
+  return model == Calibrator::MODEL_FULL ? "full" : "classic";
+}
+
+std::string NameOfSolver(int solver) {
+  return solver == Calibrator::SOLVER_SPARSE ? "sparse" : "opencv";
+}
+
+int ParametersOfModel(int model) {
+  if (model == Calibrator::MODEL_RATIONAL) return 12;
+  return model == Calibrator::MODEL_FULL ? 18 : 9;
+}
+
+SparseResult Solve(const Points& views, const cv::Size& imageSize, int model, int solver, double discRadius) {
+  SparseResult result;
+  if (solver == Calibrator::SOLVER_OPENCV) {
+    static_cast<IntrinsicsResult&>(result) = SolveIntrinsics(Targets(views.size()), views, imageSize, model);
+    return result;
+  }
+  SparseOptions options;
+  options.discRadius = discRadius;
+  options.threads = 1;
+  return SolveIntrinsicsSparsely(Targets(views.size()), views, imageSize, model, options);
+}
+
+PairResult SolvePair(const Points& left, const Points& right, const cv::Size& imageSize, int model,
+                     int solver) {
+  PairResult result;
+  result.left = Solve(left, imageSize, model, solver);
+  result.right = Solve(right, imageSize, model, solver);
+  const StereoIntrinsics lenses{result.left.K, Padded(result.left.D), result.right.K, Padded(result.right.D)};
+  const auto targets = Targets(left.size());
+  result.pair = solver == Calibrator::SOLVER_OPENCV
+                    ? SolveExtrinsics(targets, left, right, lenses, imageSize, model)
+                    : SolveExtrinsicsSparsely(targets, left, right, lenses, model);
+  return result;
+}
+
+}  // namespace accuracy

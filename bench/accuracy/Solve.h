@@ -1,0 +1,36 @@
+/// The engine's computations, by the numbers that its users choose them with.
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <string>
+#include <vector>
+
+#include "engine/Extrinsics.h"
+#include "solver/SparseIntrinsics.h"
+
+namespace accuracy {
+
+using Points = std::vector<std::vector<cv::Point2d>>;
+
+std::string NameOfModel(int model);
+std::string NameOfSolver(int solver);
+/// The number of parameters that a model estimates.
+int ParametersOfModel(int model);
+
+extern const cv::Size GRID;
+extern const float UNIT;  ///< metres
+
+/// One camera, from views of the grid; on one thread.
+SparseResult Solve(const Points& views, const cv::Size& imageSize, int model, int solver,
+                   double discRadius = 0.0);
+
+/// A pair, each camera alone first, as users do it.
+struct PairResult {
+  SparseResult left;
+  SparseResult right;
+  ExtrinsicsResult pair;
+};
+PairResult SolvePair(const Points& left, const Points& right, const cv::Size& imageSize, int model,
+                     int solver);
+
+}  // namespace accuracy

@@ -1,0 +1,111 @@
+/// Calibrates from points with noise and compares with the truth.
+#include "Trial.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "LensError.h"
+#include "Seed.h"
+#include "Views.h"
+#include "engine/TargetGeometry.h"
+#include "solver/Judge.h"
+
+namespace accuracy {
+
+const std::array<const char*, PARAMETERS> PARAMETER_NAMES = {"fx", "fy", "cx", "cy", "k1",   "k2",
+                                                             "p1", "p2", "k3", "k4", "k5",   "k6",
+                                                             "s1", "s2", "s3", "s4", "tauX", "tauY"};
+
+namespace {
+
+const double NOTHING = std::numeric_limits<double>::infinity();
+
+std::vector<world::Pose> PosesFor(const Case& what, const world::Camera& camera, std::uint64_t seed) {
+  const world::Sheet sheet(GRID, static_cast<double>(UNIT));
+  if (what.viewKind == ViewKind::Frontal) return world::FrontalViews(camera, what.views, sheet);
+  return world::SampleViews(camera, what.views, seed, sheet);
+}
+
+double Finite(double value) {
+  return std::isfinite(value) ? value : NOTHING;
+}
+
+/// In the order of PARAMETER_NAMES, with zeros for coefficients that the lens has not.
+std::array<double, PARAMETERS> ValuesOf(const world::Lens& lens) {
+  std::array<double, PARAMETERS> values = {lens.K()(0, 0), lens.K()(1, 1), lens.K()(0, 2), lens.K()(1, 2)};
+  std::copy(lens.D().begin(), lens.D().end(), values.begin() + 4);
+  return values;
+}
+
+void CompareParameters(const world::Lens& truth, const world::Lens& estimate, const cv::Mat& deviations,
+                       Trial& trial) {
+  const auto expected = ValuesOf(truth);
+  const auto values = ValuesOf(estimate);
+  for (std::size_t i = 0; i < PARAMETERS; ++i) {
+    trial.errors[i] = Finite(values[i] - expected[i]);
+    trial.deviations[i] = deviations.at<double>(static_cast<int>(i));
+  }
+}
+
+void CompareForecast(const Points& views, const SparseResult& result, const cv::Size& size, double discRadius,
+                     double rmsInData, Trial& trial) {
+  const std::vector<std::vector<cv::Point3d>> targets(views.size(), MakeObjectTemplate(GRID, UNIT));
+  const CalibrationVerdict verdict = JudgeIntrinsics(targets, views, size, result, discRadius);
+  trial.grade = verdict.grade;
+  // Deviations are of one coordinate.
+  const double error = rmsInData / std::sqrt(2.0);
+  trial.overFormal = Finite(error / verdict.deviationInData);
+  trial.overVerdict = Finite(error / std::max(verdict.deviationInData, verdict.jackknifeInData));
+}
+
+}  // namespace
+
+Trial Judged(const world::Camera& camera, const Points& views, const SparseResult& result,
+             double discRadius) {
+  Trial trial;
+  trial.rms = result.rms;
+  const world::Lens estimate = world::LensFrom(result.K, result.D);
+  CompareParameters(camera.lens, estimate, result.stdDevIntrinsics, trial);
+  trial.imageError = Finite(world::MeanProjectionDistance(camera.lens, estimate, camera.size).mean);
+  trial.turnedError = Finite(
+      world::MeanProjectionDistance(camera.lens, estimate, camera.size, {}, world::Alignment::Rotated).mean);
+  const world::ProjectionDistance inData = world::MeanProjectionDistance(
+      camera.lens, estimate, camera.size, world::CoveredRegion(views), world::Alignment::Rotated);
+  trial.dataError = Finite(inData.mean);
+  CompareForecast(views, result, camera.size, discRadius, inData.rms, trial);
+  return trial;
+}
+
+std::vector<cv::Point2d> NoisyPoints(const world::Camera& camera, const world::Pose& pose, double noise,
+                                     double sag, cv::RNG& random) {
+  const world::Sheet sheet(GRID, static_cast<double>(UNIT));
+  std::vector<cv::Point3d> grid = sheet.GridPoints();
+  const double half = sheet.GridMiddle().y;
+  for (cv::Point3d& point : grid) {
+    const double along = (point.y - half) / half;
+    point.z = sag * (1.0 - along * along);
+  }
+  std::vector<cv::Point2d> points = world::ProjectPoints(camera.lens, grid, pose);
+  for (cv::Point2d& point : points) point += cv::Point2d(random.gaussian(noise), random.gaussian(noise));
+  return points;
+}
+
+Trial RunTrial(const Case& what, std::uint64_t seed) {
+  const world::Camera camera = MakeCamera(what.lens, what.fieldOfView);
+  cv::RNG random(world::MixSeeds(seed, 1));
+  Points views;
+  for (const world::Pose& pose : PosesFor(what, camera, seed)) {
+    views.push_back(NoisyPoints(camera, pose, what.noise, what.sag, random));
+  }
+  try {
+    return Judged(camera, views, Solve(views, camera.size, what.model, what.solver));
+  } catch (const std::exception&) {
+    // No result, or a focal length that is none.
+    Trial trial;
+    trial.failed = true;
+    return trial;
+  }
+}
+
+}  // namespace accuracy
