@@ -4,7 +4,7 @@
 
 #include <algorithm>
 #include <array>
-#include <map>
+#include <opencv2/imgproc.hpp>
 #include <utility>
 
 namespace finder {
@@ -171,19 +171,27 @@ Lattice GrowLattice(const CandidateIndex& index, int seed, const cv::Point2d& fi
 }
 
 double Irregularity(const Lattice& lattice, const CandidateIndex& index) {
-  std::map<std::pair<int, int>, cv::Point2d> centres;
-  for (const LatticePoint& point : lattice.points) {
-    centres[{point.place.y, point.place.x}] = index[point.candidate].centre;
-  }
+  std::vector<cv::Point> places;
+  for (const LatticePoint& point : lattice.points) places.push_back(point.place);
+  // An empty place all round spares asking whether there are neighbours.
+  const cv::Rect box = cv::boundingRect(places);
+  const int width = box.width + 2;
+  const auto cellOf = [&](const cv::Point& place) {
+    return static_cast<size_t>((place.y - box.y + 1) * width + place.x - box.x + 1);
+  };
+  std::vector<int> candidates(static_cast<size_t>(width * (box.height + 2)), -1);
+  for (const LatticePoint& point : lattice.points) candidates[cellOf(point.place)] = point.candidate;
   double sum = 0.0;
   int count = 0;
-  for (const auto& [place, centre] : centres) {
-    for (const auto& [y, x] : {std::pair<int, int>(0, 1), std::pair<int, int>(1, 0)}) {
-      const auto before = centres.find({place.first - y, place.second - x});
-      const auto after = centres.find({place.first + y, place.second + x});
-      if (before == centres.end() || after == centres.end()) continue;
-      const cv::Point2d apart = after->second - before->second;
-      const cv::Point2d off = 0.5 * (before->second + after->second) - centre;
+  for (const LatticePoint& point : lattice.points) {
+    const size_t cell = cellOf(point.place);
+    for (const size_t step : {size_t{1}, static_cast<size_t>(width)}) {
+      const int before = candidates[cell - step];
+      const int after = candidates[cell + step];
+      if (before < 0 || after < 0) continue;
+      const cv::Point2d apart = index[after].centre - index[before].centre;
+      const cv::Point2d off =
+          0.5 * (index[before].centre + index[after].centre) - index[point.candidate].centre;
       sum += std::max(0.0, 2.0 * cv::norm(off) - 0.7) / std::max(1.0, cv::norm(apart));
       ++count;
     }

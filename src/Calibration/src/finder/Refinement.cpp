@@ -2,6 +2,7 @@
 #include "finder/Refinement.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace finder {
@@ -18,76 +19,121 @@ const double HALF_WAY = std::sqrt(0.5);
 /// An elliptic window around a disc, seen as a circle in steps.
 struct Window {
   cv::Point2d centre;
-  cv::Matx22d toSteps;
+  cv::Matx22d form;    ///< of the square of the distance, in steps, of a point from the centre
   double disc = 0.0;   ///< radius of the disc, steps
   double outer = 0.0;  ///< radius of the window, steps
-
-  double DistanceOf(double x, double y) const {
-    const cv::Vec2d apart = toSteps * cv::Vec2d(x - centre.x, y - centre.y);
-    return std::sqrt(apart.dot(apart));
-  }
 };
 
-struct Sample {
-  int x, y;
-  double distance;
-  unsigned char value;
+/// The pixels `from` to `to`, not included, of a row.
+struct Span {
+  int row, from, to;
 };
 
-/// All pixels in the window; empty when it does not fit into the picture.
-std::vector<Sample> SamplesIn(const cv::Mat& grey, const Window& window, const cv::Matx22d& slope) {
-  std::vector<Sample> samples;
-  const double halfWidth = window.outer * std::hypot(slope(0, 0), slope(0, 1));
-  const double halfHeight = window.outer * std::hypot(slope(1, 0), slope(1, 1));
-  const int left = std::max(0, cvFloor(window.centre.x - halfWidth));
-  const int top = std::max(0, cvFloor(window.centre.y - halfHeight));
-  const int right = std::min(grey.cols - 1, cvCeil(window.centre.x + halfWidth));
-  const int bottom = std::min(grey.rows - 1, cvCeil(window.centre.y + halfHeight));
-  for (int y = top; y <= bottom; ++y) {
-    for (int x = left; x <= right; ++x) {
-      const double distance = window.DistanceOf(x, y);
-      if (distance <= window.outer) samples.push_back({x, y, distance, grey.at<unsigned char>(y, x)});
-    }
-  }
-  return samples;
+/// The pixels of a row within a radius of the window's centre.
+Span SpanOf(const Window& window, double radius, int row, int width) {
+  const double a = window.form(0, 0);
+  const double b = window.form(0, 1);
+  const double y = row - window.centre.y;
+  const double square = b * b * y * y - a * (window.form(1, 1) * y * y - radius * radius);
+  if (square < 0.0) return {row, 0, 0};
+  const double middle = window.centre.x - b * y / a;
+  const double half = std::sqrt(square) / a;
+  const int from = std::max(0, cvCeil(middle - half));
+  return {row, from, std::max(from, std::min(width, cvFloor(middle + half) + 1))};
 }
 
-/// The middle value of the samples in a ring; -1 without any.
-double RingLevel(const std::vector<Sample>& samples, double from, double to) {
-  std::vector<unsigned char> values;
-  for (const Sample& sample : samples) {
-    if (sample.distance >= from && sample.distance <= to) values.push_back(sample.value);
+std::vector<Span> SpansOf(const Window& window, double radius, const cv::Size& size) {
+  const double half = radius * std::sqrt(window.form(0, 0) / cv::determinant(window.form));
+  const int bottom = std::min(size.height - 1, cvFloor(window.centre.y + half));
+  std::vector<Span> spans;
+  for (int row = std::max(0, cvCeil(window.centre.y - half)); row <= bottom; ++row) {
+    spans.push_back(SpanOf(window, radius, row, size.width));
   }
-  if (values.empty()) return -1.0;
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
+  return spans;
+}
+
+/// How many pixels have which value.
+class Histogram {
+ public:
+  void Add(const unsigned char* pixels, int from, int to) {
+    for (int x = from; x < to; ++x) ++counts_[pixels[x]];
+    total_ += std::max(0, to - from);
+  }
+  bool Empty() const { return total_ == 0; }
+  /// The smallest value that more than so many are not above.
+  int Above(int below) const {
+    int value = 0;
+    for (int sum = counts_[0]; sum <= below && value < 255;) sum += counts_[static_cast<size_t>(++value)];
+    return value;
+  }
+  int Median() const { return Above(total_ / 2); }
+  int Darkest() const { return Above(0); }
+
+ private:
+  std::array<int, 256> counts_ = {};
+  int total_ = 0;
+};
+
+/// The grey values of paper and ink.
+struct Tones {
+  double paper = 0.0;
+  double ink = 0.0;
+};
+
+/// False when they cannot be told apart.
+bool TonesIn(const cv::Mat& grey, const Window& window, const std::vector<Span>& spans, Tones& tones) {
+  const double ring = 0.45 * window.disc + 0.55 * window.outer;
+  Histogram paper;
+  Histogram core;
+  Histogram all;
+  for (const Span& span : spans) {
+    const unsigned char* pixels = grey.ptr(span.row);
+    const Span hole = SpanOf(window, ring, span.row, grey.cols);
+    const Span ink = SpanOf(window, 0.4 * window.disc, span.row, grey.cols);
+    all.Add(pixels, span.from, span.to);
+    core.Add(pixels, ink.from, ink.to);
+    if (hole.from == hole.to) {
+      paper.Add(pixels, span.from, span.to);
+    } else {
+      paper.Add(pixels, span.from, hole.from);
+      paper.Add(pixels, hole.to, span.to);
+    }
+  }
+  if (paper.Empty()) return false;
+  tones.paper = paper.Median();
+  tones.ink = core.Empty() ? all.Darkest() : core.Median();
+  return tones.paper - tones.ink >= LEAST_CONTRAST;
 }
 
 /// One round; false when paper and ink cannot be told apart.
-bool Recentre(const cv::Mat& grey, const cv::Matx22d& slope, Window& window, double& area) {
-  const std::vector<Sample> samples = SamplesIn(grey, window, slope);
-  const double paper = RingLevel(samples, 0.45 * window.disc + 0.55 * window.outer, window.outer);
-  double ink = RingLevel(samples, 0.0, 0.4 * window.disc);
-  if (ink < 0.0) {
-    const auto darkest = std::min_element(samples.begin(), samples.end(),
-                                          [](const Sample& a, const Sample& b) { return a.value < b.value; });
-    if (darkest == samples.end()) return false;
-    ink = darkest->value;
+bool Recentre(const cv::Mat& grey, Window& window, double& area) {
+  const std::vector<Span> spans = SpansOf(window, window.outer, grey.size());
+  Tones tones;
+  if (!TonesIn(grey, window, spans, tones)) return false;
+  std::array<double, 256> shares;
+  std::array<double, 256> weights;
+  for (size_t value = 0; value < 256; ++value) {
+    const double dark = (tones.paper - static_cast<double>(value)) / (tones.paper - tones.ink);
+    shares[value] = std::min(1.0, std::max(0.0, dark));
+    weights[value] = std::min(1.0 - PAPER, std::max(0.0, dark - PAPER));
   }
-  if (paper < 0.0 || paper - ink < LEAST_CONTRAST) return false;
   cv::Point2d sum;
-  double weights = 0.0;
+  double total = 0.0;
   area = 0.0;
-  for (const Sample& sample : samples) {
-    const double dark = (paper - sample.value) / (paper - ink);
-    const double weight = std::min(1.0 - PAPER, std::max(0.0, dark - PAPER));
-    sum += weight * cv::Point2d(sample.x, sample.y);
-    weights += weight;
-    area += std::min(1.0, std::max(0.0, dark));
+  for (const Span& span : spans) {
+    const unsigned char* pixels = grey.ptr(span.row);
+    double ofRow = 0.0;
+    for (int x = span.from; x < span.to; ++x) {
+      const double weight = weights[pixels[x]];
+      sum.x += weight * x;
+      ofRow += weight;
+      area += shares[pixels[x]];
+    }
+    sum.y += ofRow * span.row;
+    total += ofRow;
   }
-  if (!(weights > 0.0)) return false;
-  window.centre = sum / weights;
+  if (!(total > 0.0)) return false;
+  window.centre = sum / total;
   return true;
 }
 
@@ -100,12 +146,13 @@ void RefineDiscs(const SheetPlane& plane, const cv::Mat& grey, PlacedDiscs& disc
     const double radius = discs.radii[k];
     Window window;
     window.centre = discs.centres[k];
-    window.toSteps = slope.inv();
+    const cv::Matx22d toSteps = slope.inv();
+    window.form = toSteps.t() * toSteps;
     window.disc = radius / step;
     window.outer = window.disc + std::min(0.32, std::max(0.1, HALF_WAY - window.disc));
     double area = 0.0;
     bool refined = true;
-    for (int round = 0; round < ROUNDS && refined; ++round) refined = Recentre(grey, slope, window, area);
+    for (int round = 0; round < ROUNDS && refined; ++round) refined = Recentre(grey, window, area);
     if (!refined || cv::norm(window.centre - discs.centres[k]) > 0.25 * radius + 0.5) continue;
     discs.centres[k] = window.centre;
     discs.radii[k] = std::sqrt(area / CV_PI);
