@@ -32,16 +32,16 @@ double Cross(const cv::Point2d& a, const cv::Point2d& b) {
   return a.x * b.y - a.y * b.x;
 }
 
-/// A lattice under growth.
+/// A lattice under growth; one after the other.
 class Growth {
  public:
   Growth(const CandidateIndex& index, size_t most, Effort& effort)
       : index_(index), most_(most), effort_(effort), taken_(static_cast<size_t>(index.Count()), false) {
-    effort_.left -= BEGINNING;
     at_.assign(static_cast<size_t>((2 * REACH + 1) * (2 * REACH + 1)), -1);
   }
 
   Lattice Run(int seed, const cv::Point2d& first, const cv::Point2d& second) {
+    effort_.left -= BEGINNING;
     lattice_.clockwise = Cross(first, second) > 0.0;
     steps_ = {first, second};
     Put({0, 0}, seed);
@@ -50,7 +50,13 @@ class Growth {
       for (size_t k = 0; k < lattice_.points.size() && !Full(); ++k) Extend(lattice_.points[k].place);
       if (lattice_.points.size() == before) break;
     }
-    return std::move(lattice_);
+    Lattice grown;
+    std::swap(grown, lattice_);
+    for (const LatticePoint& point : grown.points) {
+      at_[Cell(point.place)] = -1;
+      taken_[static_cast<size_t>(point.candidate)] = false;
+    }
+    return grown;
   }
 
  private:
@@ -119,7 +125,7 @@ class Growth {
   const CandidateIndex& index_;
   const size_t most_;
   Effort& effort_;
-  std::vector<bool> taken_;
+  std::vector<char> taken_;
   std::vector<int> at_;
   std::array<cv::Point2d, 2> steps_;
   Lattice lattice_;
@@ -202,6 +208,7 @@ double Irregularity(const Lattice& lattice, const CandidateIndex& index) {
 bool SearchLattices(const CandidateIndex& index, size_t least, size_t most, Effort& effort,
                     const std::function<bool(const Lattice&)>& accept) {
   std::vector<bool> used(static_cast<size_t>(index.Count()), false);
+  Growth growth(index, most, effort);
   Lattice largest;
   for (int seed = 0; seed < index.Count() && !effort.Spent(); ++seed) {
     if (used[static_cast<size_t>(seed)]) continue;
@@ -214,15 +221,16 @@ bool SearchLattices(const CandidateIndex& index, size_t least, size_t most, Effo
         if (std::abs(Cross(steps[i], steps[j])) <= 0.3 * a * b || b > 4.0 * a) continue;
         if (!IsSupported(index, seed, steps[i], steps[j], effort)) continue;
         ++pairs;
-        Lattice lattice = GrowLattice(index, seed, steps[i], steps[j], most, effort);
-        const bool large = lattice.points.size() >= least && Irregularity(lattice, index) < REGULAR;
+        Lattice lattice = growth.Run(seed, steps[i], steps[j]);
+        const bool large = lattice.points.size() >= least;
+        if (!large && lattice.points.size() <= largest.points.size()) continue;
+        if (Irregularity(lattice, index) >= REGULAR) continue;
         if (large && accept(lattice)) return true;
         // Members of a pattern that is none of ours would only grow the same again.
         if (large && pairs >= 2) {
           for (const LatticePoint& point : lattice.points) used[static_cast<size_t>(point.candidate)] = true;
         }
-        if (lattice.points.size() > largest.points.size() && Irregularity(lattice, index) < REGULAR)
-          largest = std::move(lattice);
+        if (lattice.points.size() > largest.points.size()) largest = std::move(lattice);
       }
     }
   }

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
 
 namespace finder {
 
@@ -60,6 +61,7 @@ class Histogram {
     total_ += std::max(0, to - from);
   }
   bool Empty() const { return total_ == 0; }
+  int Of(size_t value) const { return counts_[value]; }
   /// The smallest value that more than so many are not above.
   int Above(int below) const {
     int value = 0;
@@ -80,12 +82,12 @@ struct Tones {
   double ink = 0.0;
 };
 
-/// False when they cannot be told apart.
-bool TonesIn(const cv::Mat& grey, const Window& window, const std::vector<Span>& spans, Tones& tones) {
+/// `all` becomes the histogram of the window. False when they cannot be told apart.
+bool TonesIn(const cv::Mat& grey, const Window& window, const std::vector<Span>& spans, Histogram& all,
+             Tones& tones) {
   const double ring = 0.45 * window.disc + 0.55 * window.outer;
   Histogram paper;
   Histogram core;
-  Histogram all;
   for (const Span& span : spans) {
     const unsigned char* pixels = grey.ptr(span.row);
     const Span hole = SpanOf(window, ring, span.row, grey.cols);
@@ -107,30 +109,31 @@ bool TonesIn(const cv::Mat& grey, const Window& window, const std::vector<Span>&
 
 /// One round; false when paper and ink cannot be told apart.
 bool Recentre(const cv::Mat& grey, Window& window, double& area) {
+  // Whole numbers add up faster.
+  constexpr double UNIT = 1 << 20;
   const std::vector<Span> spans = SpansOf(window, window.outer, grey.size());
+  Histogram all;
   Tones tones;
-  if (!TonesIn(grey, window, spans, tones)) return false;
-  std::array<double, 256> shares;
-  std::array<double, 256> weights;
+  if (!TonesIn(grey, window, spans, all, tones)) return false;
+  std::array<std::int64_t, 256> weights;
+  area = 0.0;
   for (size_t value = 0; value < 256; ++value) {
     const double dark = (tones.paper - static_cast<double>(value)) / (tones.paper - tones.ink);
-    shares[value] = std::min(1.0, std::max(0.0, dark));
-    weights[value] = std::min(1.0 - PAPER, std::max(0.0, dark - PAPER));
+    area += all.Of(value) * std::min(1.0, std::max(0.0, dark));
+    weights[value] = cvRound(UNIT * std::min(1.0 - PAPER, std::max(0.0, dark - PAPER)));
   }
   cv::Point2d sum;
   double total = 0.0;
-  area = 0.0;
   for (const Span& span : spans) {
     const unsigned char* pixels = grey.ptr(span.row);
-    double ofRow = 0.0;
+    std::int64_t moment = 0;
+    std::int64_t ofRow = 0;
     for (int x = span.from; x < span.to; ++x) {
-      const double weight = weights[pixels[x]];
-      sum.x += weight * x;
-      ofRow += weight;
-      area += shares[pixels[x]];
+      moment += weights[pixels[x]] * x;
+      ofRow += weights[pixels[x]];
     }
-    sum.y += ofRow * span.row;
-    total += ofRow;
+    sum += cv::Point2d(static_cast<double>(moment), static_cast<double>(ofRow) * span.row);
+    total += static_cast<double>(ofRow);
   }
   if (!(total > 0.0)) return false;
   window.centre = sum / total;

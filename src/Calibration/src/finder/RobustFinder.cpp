@@ -17,7 +17,7 @@ using finder::PlacedDiscs;
 using finder::SheetPlane;
 
 /// Looks into the index that one search may take.
-constexpr int EFFORT = 150000;
+constexpr int EFFORT = 75000;
 /// A small lattice that is less regular than this speaks of nothing.
 constexpr double ACCIDENTAL = 0.03;
 /// Discs that are enough of a pattern to speak of its size.
