@@ -3,9 +3,9 @@
 
 #include <opencv2/imgproc.hpp>
 
-#include "Views.h"
 #include "Renderer.h"
 #include "Truth.h"
+#include "Views.h"
 #include "engine/Collection.h"
 #include "engine/GridFinder.h"
 #include "finder/FinderScenes.h"
@@ -104,8 +104,8 @@ TEST_P(FinderAccuracy, IsNoWorseThanThatOfTheStandardSearch) {
     Centres ofStandard;
     Centres ofRobust;
     // A find in a wrong order is none.
-    const bool found = FindGridStandard(sight.dark, unit::GRID, ofStandard) &&
-                       unit::InOrder(ofStandard, sight.truth);
+    const bool found =
+        FindGridStandard(sight.dark, unit::GRID, ofStandard) && unit::InOrder(ofStandard, sight.truth);
     if (found) ++standard.found;
     if (!FindGridRobust(sight.picture, unit::GRID, ofRobust)) continue;
     ++robust.found;

@@ -1,5 +1,5 @@
-/// The robust search in what calibrators read, and in what is pushed to their grabbers. The discs are light on
-/// dark, so that the standard search finds none.
+/// The robust search in what calibrators read, and in what is pushed to their grabbers. The discs are light
+/// on dark, so that the standard search finds none.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -1,5 +1,6 @@
-/// Any frame is searched without an exception, in bounded time, and what is found lies in the frame. The time is
-/// handed to the fuzzer as if it were code reached, so that it looks for slow frames; the slowest one is told.
+/// Any frame is searched without an exception, in bounded time, and what is found lies in the frame. The time
+/// is handed to the fuzzer as if it were code reached, so that it looks for slow frames; the slowest one is
+/// told.
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
