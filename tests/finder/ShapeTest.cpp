@@ -5,7 +5,6 @@
 
 #include <opencv2/imgproc.hpp>
 
-#include "finder/FinderScenes.h"
 #include "finder/Pattern.h"
 
 namespace {
