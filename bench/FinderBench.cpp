@@ -1,4 +1,6 @@
 /// What the robust search costs beside the default one, on the same frame and one thread.
+#include <fstream>
+#include <iterator>
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
@@ -6,6 +8,7 @@
 #include "Ratio.h"
 #include "engine/GridFinder.h"
 #include "finder/RobustFinder.h"
+#include "fuzz/PaintedFrame.h"
 
 namespace {
 
@@ -48,6 +51,25 @@ cv::Mat Noise() {
   return frame;
 }
 
+/// One of the slowest frames that the fuzz target found, beside the default search of a usual frame of its
+/// size: the default search of the same one may take minutes.
+void Slow(benchmark::State& state, const char* name) {
+  const cv::Size size(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
+  std::ifstream file(std::string(VELMORA_SLOW_FRAMES) + "/" + name, std::ios::binary);
+  const std::vector<char> bytes(std::istreambuf_iterator<char>(file), {});
+  const auto* data = reinterpret_cast<const std::uint8_t*>(bytes.data());
+  if (bytes.empty()) return state.SkipWithError("no such frame");
+  const cv::Mat frame = fuzz::PaintedFrame(data, bytes.size(), size);
+  const cv::Mat usual = bench::GridFrame(size);
+  cv::setNumThreads(1);
+  std::vector<cv::Point2d> points;
+  std::vector<cv::Point2d> barePoints;
+  bench::Ratio().Run(
+      state, [&] { benchmark::DoNotOptimize(FindGridRobust(frame, GRID, points)); },
+      [&] { benchmark::DoNotOptimize(FindGridStandard(usual, GRID, barePoints)); });
+  cv::setNumThreads(-1);
+}
+
 void Rendered(benchmark::State& state) {
   Compare(state, bench::GridFrame({640, 480}));
 }
@@ -73,3 +95,23 @@ BENCHMARK(Rendered)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(RenderedLarge)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(Clutter)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(NoiseTexture)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Slow, slow_1, "slow_1")
+    ->Args({640, 480})
+    ->Args({1280, 720})
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Slow, slow_2, "slow_2")
+    ->Args({640, 480})
+    ->Args({1280, 720})
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Slow, slow_3, "slow_3")
+    ->Args({640, 480})
+    ->Args({1280, 720})
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Slow, slow_4, "slow_4")
+    ->Args({640, 480})
+    ->Args({1280, 720})
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);

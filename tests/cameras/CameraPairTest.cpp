@@ -40,6 +40,17 @@ TEST_F(CameraPair, IsDetectedInAndReadAgainAfterItWasClosed) {
   EXPECT_EQ(CountOf(std::string(LEFT_CLOSED) + RIGHT_CLOSED), 2);
 }
 
+/// Light discs on dark: only the robust search finds them.
+TEST_F(CameraPair, IsDetectedInByTheSearchThatIsChosenWhileItIsRead) {
+  const unit::PicturePair pair = unit::PairWithGrid();
+  cameras_.Provide(0, {cv::Scalar::all(255) - pair.left});
+  cameras_.Provide(1, {cv::Scalar::all(255) - pair.right});
+  ASSERT_TRUE(Open());
+  EXPECT_FALSE(calibrator_->AddStereoPoints());
+  calibrator_->SetFinder(Calibrator::FINDER_ROBUST);
+  EXPECT_TRUE(Detects());
+}
+
 TEST_F(CameraPair, AMissingCameraIsReportedByItsSideAndNumber) {
   EXPECT_FALSE(Open(-3, 1));
   cameras_.Provide(0, {Blank({640, 480})});

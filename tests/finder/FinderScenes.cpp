@@ -5,6 +5,7 @@
 
 #include "Renderer.h"
 #include "Views.h"
+#include "finder/Pattern.h"
 
 namespace unit {
 
@@ -93,13 +94,34 @@ cv::Mat OtherDots(cv::RNG& random) {
   return FlatGrid(grid, random.uniform(0.3, 0.5), 30.0);
 }
 
-/// The flat picture seen from somewhere, before clutter, blurred and noisy.
-cv::Mat SeenFromSomewhere(const cv::Mat& flat, cv::RNG& random) {
+constexpr int SHAPE_PITCH = 40;
+
+/// Shapes of so many corners, as far from their middles, on the grid's places.
+cv::Mat CorneredShapes(int corners, double radius, double turn) {
+  cv::Mat sheet(13 * SHAPE_PITCH, 10 * SHAPE_PITCH, CV_8UC1, cv::Scalar(PAPER));
+  for (const cv::Point& place : finder::PatternPlaces({4, 11})) {
+    const cv::Point2d at(SHAPE_PITCH * (place.x + 1.5), SHAPE_PITCH * (place.y + 1.5));
+    std::vector<cv::Point> outline;
+    for (int corner = 0; corner < corners; ++corner) {
+      const double angle = turn + 2.0 * CV_PI * corner / corners;
+      // In sixteenths of a pixel.
+      outline.emplace_back(cvRound(16.0 * (at.x + radius * std::cos(angle))),
+                           cvRound(16.0 * (at.y + radius * std::sin(angle))));
+    }
+    cv::fillConvexPoly(sheet, outline, cv::Scalar(INK), cv::LINE_AA, 4);
+  }
+  return sheet;
+}
+
+/// The flat picture seen from somewhere, before clutter, blurred and noisy. `shrunk` becomes how much a
+/// length shrinks where the sheet leans most, about.
+cv::Mat SeenFromSomewhere(const cv::Mat& flat, cv::RNG& random, double* shrunk = nullptr) {
   const double scale = std::min(static_cast<double>(FRAME_SIZE.width) / flat.cols,
                                 static_cast<double>(FRAME_SIZE.height) / flat.rows) *
                        random.uniform(0.4, 1.1);
   const double turn = random.uniform(0.0, 2.0 * CV_PI);
   const double squeeze = random.uniform(0.4, 1.0);
+  if (shrunk != nullptr) *shrunk = scale * squeeze;
   const cv::Point2d middle(FRAME_SIZE.width * random.uniform(0.4, 0.6),
                            FRAME_SIZE.height * random.uniform(0.4, 0.6));
   std::vector<cv::Point2f> from;
@@ -170,6 +192,18 @@ cv::Mat RandomForeignFrame(int number) {
     default:
       return SeenFromSomewhere(OtherDots(random), random);
   }
+}
+
+CorneredFrame RandomCorneredFrame(int number) {
+  cv::RNG random(9000011U * static_cast<unsigned>(number + 1));
+  CorneredFrame frame;
+  frame.corners = random.uniform(3, 6);
+  const double radius = SHAPE_PITCH * random.uniform(0.3, 0.7);
+  const cv::Mat sheet = CorneredShapes(frame.corners, radius, random.uniform(0.0, 2.0 * CV_PI));
+  double shrunk = 0.0;
+  frame.picture = SeenFromSomewhere(sheet, random, &shrunk);
+  frame.least = 2.0 * radius * std::cos(CV_PI / frame.corners) * shrunk;
+  return frame;
 }
 
 cv::Mat FlatGrid(const cv::Size& grid, double radius, double step) {

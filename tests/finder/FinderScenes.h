@@ -19,6 +19,14 @@ FinderFrame RandomFinderFrame(int number);
 /// A frame without the 4 x 11 grid: clutter, noise, text, chessboards or dots in other patterns, in turn.
 cv::Mat RandomForeignFrame(int number);
 
+/// Triangles, squares or pentagons on the places of the 4 x 11 grid, seen from somewhere.
+struct CorneredFrame {
+  cv::Mat picture;
+  int corners = 0;
+  double least = 0.0;  ///< pixels across one of them, where it is narrowest
+};
+CorneredFrame RandomCorneredFrame(int number);
+
 /// A flat picture of dark discs in staggered rows.
 cv::Mat FlatGrid(const cv::Size& grid, double radius = 0.4, double step = 24.0);
 

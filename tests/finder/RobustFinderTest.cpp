@@ -61,6 +61,18 @@ TEST(RobustFinder, FindsNothingInPicturesOfOtherThings) {
   }
 }
 
+TEST(RobustFinder, TakesNoTrianglesOrSquaresForDiscs) {
+  int tellable = 0;
+  for (int number = 0; number < 150; ++number) {
+    const unit::CorneredFrame frame = unit::RandomCorneredFrame(number);
+    // The fewest pixels across that corners can be told at; five of them look round.
+    if (frame.corners > 4 || frame.least < 8.0) continue;
+    ++tellable;
+    EXPECT_FALSE(SearchGridRobust(frame.picture, unit::GRID).Found()) << number;
+  }
+  EXPECT_GT(tellable, 50);
+}
+
 TEST(RobustFinder, GivesTheRadiiOfTheDiscs) {
   const double step = 30.0;
   const GridFinding finding = SearchGridRobust(unit::FlatGrid(unit::GRID, 0.4, step), unit::GRID);

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 #include <array>
-#include <map>
+#include <opencv2/imgproc.hpp>
 #include <utility>
 
 namespace finder {
@@ -32,16 +32,16 @@ double Cross(const cv::Point2d& a, const cv::Point2d& b) {
   return a.x * b.y - a.y * b.x;
 }
 
-/// A lattice under growth.
+/// A lattice under growth; one after the other.
 class Growth {
  public:
   Growth(const CandidateIndex& index, size_t most, Effort& effort)
       : index_(index), most_(most), effort_(effort), taken_(static_cast<size_t>(index.Count()), false) {
-    effort_.left -= BEGINNING;
     at_.assign(static_cast<size_t>((2 * REACH + 1) * (2 * REACH + 1)), -1);
   }
 
   Lattice Run(int seed, const cv::Point2d& first, const cv::Point2d& second) {
+    effort_.left -= BEGINNING;
     lattice_.clockwise = Cross(first, second) > 0.0;
     steps_ = {first, second};
     Put({0, 0}, seed);
@@ -50,7 +50,13 @@ class Growth {
       for (size_t k = 0; k < lattice_.points.size() && !Full(); ++k) Extend(lattice_.points[k].place);
       if (lattice_.points.size() == before) break;
     }
-    return std::move(lattice_);
+    Lattice grown;
+    std::swap(grown, lattice_);
+    for (const LatticePoint& point : grown.points) {
+      at_[Cell(point.place)] = -1;
+      taken_[static_cast<size_t>(point.candidate)] = false;
+    }
+    return grown;
   }
 
  private:
@@ -119,7 +125,7 @@ class Growth {
   const CandidateIndex& index_;
   const size_t most_;
   Effort& effort_;
-  std::vector<bool> taken_;
+  std::vector<char> taken_;
   std::vector<int> at_;
   std::array<cv::Point2d, 2> steps_;
   Lattice lattice_;
@@ -171,19 +177,27 @@ Lattice GrowLattice(const CandidateIndex& index, int seed, const cv::Point2d& fi
 }
 
 double Irregularity(const Lattice& lattice, const CandidateIndex& index) {
-  std::map<std::pair<int, int>, cv::Point2d> centres;
-  for (const LatticePoint& point : lattice.points) {
-    centres[{point.place.y, point.place.x}] = index[point.candidate].centre;
-  }
+  std::vector<cv::Point> places;
+  for (const LatticePoint& point : lattice.points) places.push_back(point.place);
+  // An empty place all round spares asking whether there are neighbours.
+  const cv::Rect box = cv::boundingRect(places);
+  const int width = box.width + 2;
+  const auto cellOf = [&](const cv::Point& place) {
+    return static_cast<size_t>((place.y - box.y + 1) * width + place.x - box.x + 1);
+  };
+  std::vector<int> candidates(static_cast<size_t>(width * (box.height + 2)), -1);
+  for (const LatticePoint& point : lattice.points) candidates[cellOf(point.place)] = point.candidate;
   double sum = 0.0;
   int count = 0;
-  for (const auto& [place, centre] : centres) {
-    for (const auto& [y, x] : {std::pair<int, int>(0, 1), std::pair<int, int>(1, 0)}) {
-      const auto before = centres.find({place.first - y, place.second - x});
-      const auto after = centres.find({place.first + y, place.second + x});
-      if (before == centres.end() || after == centres.end()) continue;
-      const cv::Point2d apart = after->second - before->second;
-      const cv::Point2d off = 0.5 * (before->second + after->second) - centre;
+  for (const LatticePoint& point : lattice.points) {
+    const size_t cell = cellOf(point.place);
+    for (const size_t step : {size_t{1}, static_cast<size_t>(width)}) {
+      const int before = candidates[cell - step];
+      const int after = candidates[cell + step];
+      if (before < 0 || after < 0) continue;
+      const cv::Point2d apart = index[after].centre - index[before].centre;
+      const cv::Point2d off =
+          0.5 * (index[before].centre + index[after].centre) - index[point.candidate].centre;
       sum += std::max(0.0, 2.0 * cv::norm(off) - 0.7) / std::max(1.0, cv::norm(apart));
       ++count;
     }
@@ -194,6 +208,7 @@ double Irregularity(const Lattice& lattice, const CandidateIndex& index) {
 bool SearchLattices(const CandidateIndex& index, size_t least, size_t most, Effort& effort,
                     const std::function<bool(const Lattice&)>& accept) {
   std::vector<bool> used(static_cast<size_t>(index.Count()), false);
+  Growth growth(index, most, effort);
   Lattice largest;
   for (int seed = 0; seed < index.Count() && !effort.Spent(); ++seed) {
     if (used[static_cast<size_t>(seed)]) continue;
@@ -206,15 +221,16 @@ bool SearchLattices(const CandidateIndex& index, size_t least, size_t most, Effo
         if (std::abs(Cross(steps[i], steps[j])) <= 0.3 * a * b || b > 4.0 * a) continue;
         if (!IsSupported(index, seed, steps[i], steps[j], effort)) continue;
         ++pairs;
-        Lattice lattice = GrowLattice(index, seed, steps[i], steps[j], most, effort);
-        const bool large = lattice.points.size() >= least && Irregularity(lattice, index) < REGULAR;
+        Lattice lattice = growth.Run(seed, steps[i], steps[j]);
+        const bool large = lattice.points.size() >= least;
+        if (!large && lattice.points.size() <= largest.points.size()) continue;
+        if (Irregularity(lattice, index) >= REGULAR) continue;
         if (large && accept(lattice)) return true;
         // Members of a pattern that is none of ours would only grow the same again.
         if (large && pairs >= 2) {
           for (const LatticePoint& point : lattice.points) used[static_cast<size_t>(point.candidate)] = true;
         }
-        if (lattice.points.size() > largest.points.size() && Irregularity(lattice, index) < REGULAR)
-          largest = std::move(lattice);
+        if (lattice.points.size() > largest.points.size()) largest = std::move(lattice);
       }
     }
   }

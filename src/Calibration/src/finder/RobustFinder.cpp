@@ -10,6 +10,7 @@
 #include "finder/Pattern.h"
 #include "finder/Placement.h"
 #include "finder/Refinement.h"
+#include "finder/Shape.h"
 
 namespace {
 
@@ -17,7 +18,7 @@ using finder::PlacedDiscs;
 using finder::SheetPlane;
 
 /// Looks into the index that one search may take.
-constexpr int EFFORT = 150000;
+constexpr int EFFORT = 60000;
 /// A small lattice that is less regular than this speaks of nothing.
 constexpr double ACCIDENTAL = 0.03;
 /// Discs that are enough of a pattern to speak of its size.
@@ -102,7 +103,7 @@ class DarkSearch {
     if (finder::GoesOn(plane, discs, index, effort_)) return GridFault::BiggerLattice;
     if (finder::IsChessboard(plane, discs, grey_)) return GridFault::NothingLikeIt;
     finder::RefineDiscs(plane, grey_, discs);
-    return GridFault::None;
+    return finder::AreDiscs(plane, grey_, discs) ? GridFault::None : GridFault::NothingLikeIt;
   }
 
   const cv::Mat& grey_;

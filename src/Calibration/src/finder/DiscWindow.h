@@ -1,0 +1,67 @@
+/// The pixels around a disc, and the grey values of its ink and its paper.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <opencv2/core.hpp>
+#include <vector>
+
+#include "finder/SheetPlane.h"
+
+namespace finder {
+
+/// The pixels `from` to `to`, not included, of a row.
+struct Span {
+  int row, from, to;
+};
+
+/// An elliptic window around a disc, seen as a circle in steps.
+struct DiscWindow {
+  cv::Point2d centre;
+  cv::Matx22d toSteps;  ///< from pixels
+  cv::Matx22d form;     ///< of the square of the distance, in steps, of a point from the centre
+  double disc = 0.0;    ///< radius of the disc, steps
+  double outer = 0.0;   ///< radius of the window, steps
+};
+
+/// The window of a disc that is not missing: it ends before its neighbours begin.
+DiscWindow WindowOf(const SheetPlane& plane, const PlacedDiscs& discs, size_t k);
+
+/// The pixels of each row that are in the window.
+std::vector<Span> SpansOf(const DiscWindow& window, const cv::Size& size);
+
+/// How many pixels have which value.
+class Histogram {
+ public:
+  void Add(const unsigned char* pixels, int from, int to) {
+    for (int x = from; x < to; ++x) ++counts_[pixels[x]];
+    total_ += std::max(0, to - from);
+  }
+  bool Empty() const { return total_ == 0; }
+  int Of(size_t value) const { return counts_[value]; }
+  int Median() const { return Above(total_ / 2); }
+  int Darkest() const { return Above(0); }
+
+ private:
+  /// The smallest value that more pixels than so many do not exceed.
+  int Above(int below) const;
+
+  std::array<int, 256> counts_ = {};
+  int total_ = 0;
+};
+
+/// The grey values of paper and ink.
+struct Tones {
+  double paper = 0.0;
+  double ink = 0.0;
+
+  double Darkness(double value) const { return (paper - value) / (paper - ink); }
+  /// The darkness without the paper's noise: 0 to 0.88.
+  double Weight(double value) const;
+};
+
+/// `all` becomes the histogram of the window. False when paper and ink cannot be told apart.
+bool TonesIn(const cv::Mat& grey, const DiscWindow& window, const std::vector<Span>& spans, Histogram& all,
+             Tones& tones);
+
+}  // namespace finder
