@@ -1,0 +1,36 @@
+/// Asks for poses until the camera is known as well as it was wished.
+#include "guided/NextPoses.h"
+
+#include <iomanip>
+#include <sstream>
+
+namespace guided {
+
+namespace {
+
+/// Fewer leave no room for an error of the sheet or of the model to show.
+constexpr int LEAST_POSES = 6;
+
+}  // namespace
+
+NextPoses::State NextPoses::Ask() {
+  proposal_ = calibrator_.ProposePose(Calibrator::MODEL_RATIONAL);
+  const int taken = calibrator_.GetNumberOfRecords();
+  if (taken >= LEAST_POSES && !proposal_.nominal && proposal_.deviation <= wish_) return State::Known;
+  if (taken >= most_ || !calibrator_.AskForPose(proposal_.centres)) return State::GivenUp;
+  return State::Asked;
+}
+
+std::string NextPoses::Precision() const {
+  std::ostringstream text;
+  text << std::fixed << std::setprecision(2);
+  if (proposal_.nominal) {
+    text << "camera not known yet";
+  } else {
+    text << "known to " << proposal_.deviation << " px";
+  }
+  text << ", wanted " << wish_ << " px";
+  return text.str();
+}
+
+}  // namespace guided
