@@ -196,7 +196,8 @@ ExitStatus RunPair(const Arguments& arguments) {
   Calibrator calibrator(arguments.grid, UnitOf(arguments), Calibrator::STEREO, frame.width, frame.height);
   tools::ApplyEngineOptions(arguments, UnitOf(arguments), calibrator);
   std::cout << "== pair\n" << PairTable(CalibratePair(arguments, pairs, results, calibrator));
-  if (SaveResultFile(calibrator, arguments.output).empty()) return ReportUnwritten(arguments.output + ".json");
+  if (SaveResultFile(calibrator, arguments.output).empty())
+    return ReportUnwritten(arguments.output + ".json");
   std::cout << "\nResult file: " << arguments.output << ".json\n";
   return CALIBRATED;
 }
