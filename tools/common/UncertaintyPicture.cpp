@@ -76,6 +76,7 @@ class ColourScale {
 
 std::vector<cv::Point> Scaled(const std::vector<cv::Point2f>& polygon, double scale) {
   std::vector<cv::Point> scaled;
+  scaled.reserve(polygon.size());
   for (const cv::Point2f& point : polygon) scaled.emplace_back(cv::Point2d(point) * scale);
   return scaled;
 }

@@ -11,6 +11,13 @@ namespace {
 /// Fewer leave no room for an error of the sheet or of the model to show.
 constexpr int LEAST_POSES = 6;
 
+std::string InPixels(double value) {
+  constexpr double SMALL = 0.1;
+  std::ostringstream text;
+  text << std::fixed << std::setprecision(value < SMALL ? 4 : 2) << value << " px";
+  return text.str();
+}
+
 }  // namespace
 
 NextPoses::State NextPoses::Ask() {
@@ -23,13 +30,12 @@ NextPoses::State NextPoses::Ask() {
 
 std::string NextPoses::Precision() const {
   std::ostringstream text;
-  text << std::fixed << std::setprecision(2);
   if (proposal_.nominal) {
     text << "camera not known yet";
   } else {
-    text << "known to " << proposal_.deviation << " px";
+    text << "known to " << InPixels(proposal_.deviation);
   }
-  text << ", wanted " << wish_ << " px";
+  text << ", wanted " << InPixels(wish_);
   return text.str();
 }
 
