@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <opencv2/calib3d.hpp>
 
 #include "Calibrator.h"
@@ -160,6 +161,25 @@ TEST(Candidates, AreFoundByBothSearchesInTheirOrder) {
     EXPECT_LT(cv::norm(points, candidate.view.image, cv::NORM_INF), 2.0);
   }
   EXPECT_GE(standard, 22);
+}
+
+TEST(Candidates, KeepToTheLargestSpacing) {
+  const cv::Size large(1920, 1080);
+  sparse::Lens lens;
+  lens.values = {1600.0, 1600.0, 960.0, 540.0};
+  const auto largest = [&](double most) {
+    double spacing = 0.0;
+    const auto candidates = sparse::CandidatesFor(lens, CentredGrid(), large, 200, most);
+    EXPECT_GE(candidates.size(), 100U);
+    for (const sparse::Candidate& candidate : candidates) {
+      for (size_t i = 1; i < 4; ++i) {
+        spacing = std::max(spacing, cv::norm(candidate.view.image[i] - candidate.view.image[i - 1]));
+      }
+    }
+    return spacing;
+  };
+  EXPECT_LE(largest(185.0), 185.0);
+  EXPECT_GT(largest(std::numeric_limits<double>::infinity()), 230.0);
 }
 
 TEST(NextPose, IsTheSameForTheSameViews) {

@@ -1,10 +1,12 @@
 /// The calibrator's proposal of a pose, and the assistant that asks for it.
+#include <limits>
 #include <opencv2/calib3d.hpp>
 
 #include "CalibAssistant.h"
 #include "Calibrator.h"
 #include "Log.h"
 #include "engine/SolverChoice.h"
+#include "finder/FinderChoice.h"
 #include "solver/NextPose.h"
 
 namespace {
@@ -42,6 +44,13 @@ std::vector<cv::Point3d> Centred(std::vector<cv::Point3d> points, cv::Vec3d& mid
   return points;
 }
 
+/// The standard search passes over discs of more than 5000 pixels. Neighbours in a row are five radii apart.
+double MostSpacing(int finder) {
+  constexpr double LARGEST_RADIUS = 37.0;
+  return finder == Calibrator::FINDER_STANDARD ? 5.0 * LARGEST_RADIUS
+                                               : std::numeric_limits<double>::infinity();
+}
+
 }  // namespace
 
 PoseProposal Calibrator::ProposePose(const int& model) {
@@ -58,8 +67,8 @@ PoseProposal Calibrator::ProposePose(const int& model) {
   const Seen seen = SeenIn(objectPoints, imagePoints, imageSize, model, options);
   const sparse::Knowledge knowledge = sparse::KnowledgeFrom(seen.solved, seen.target.views, imageSize);
   cv::Vec3d middle;
-  const sparse::NextPose next =
-      sparse::ChooseNextPose(knowledge, Centred(objectTemplate_, middle), imageSize);
+  const sparse::NextPose next = sparse::ChooseNextPose(knowledge, Centred(objectTemplate_, middle), imageSize,
+                                                       MostSpacing(finder_->Get()));
 
   PoseProposal proposal;
   proposal.centres = next.candidate.view.image;

@@ -128,12 +128,12 @@ double PoseScore::With(const Candidate& candidate) const {
 }
 
 NextPose ChooseNextPose(const Knowledge& knowledge, const std::vector<cv::Point3d>& object,
-                        const cv::Size& imageSize) {
+                        const cv::Size& imageSize, double mostSpacing) {
   const PoseScore score(knowledge, imageSize);
   NextPose best;
   best.now = score.Now();
   best.then = std::numeric_limits<double>::infinity();
-  for (Candidate& candidate : CandidatesFor(knowledge.lens, object, imageSize, CANDIDATES)) {
+  for (Candidate& candidate : CandidatesFor(knowledge.lens, object, imageSize, CANDIDATES, mostSpacing)) {
     const double then = score.With(candidate);
     if (then >= best.then) continue;
     best.then = then;

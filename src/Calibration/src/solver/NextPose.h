@@ -46,6 +46,7 @@ struct NextPose {
 };
 
 NextPose ChooseNextPose(const Knowledge& knowledge, const std::vector<cv::Point3d>& object,
-                        const cv::Size& imageSize);
+                        const cv::Size& imageSize,
+                        double mostSpacing = std::numeric_limits<double>::infinity());
 
 }  // namespace sparse

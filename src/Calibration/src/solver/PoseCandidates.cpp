@@ -166,17 +166,28 @@ bool SeenThrough(const Projection& projection, const std::vector<cv::Point3d>& o
   return true;
 }
 
+/// Between neighbours in a row.
+double LargestSpacing(const View& view) {
+  double largest = 0.0;
+  for (size_t i = 1; i < view.object.size(); ++i) {
+    if (view.object[i].y != view.object[i - 1].y) continue;
+    largest = std::max(largest, cv::norm(view.image[i] - view.image[i - 1]));
+  }
+  return largest;
+}
+
 }  // namespace
 
 std::vector<Candidate> CandidatesFor(const Lens& lens, const std::vector<cv::Point3d>& object,
-                                     const cv::Size& imageSize, int count) {
+                                     const cv::Size& imageSize, int count, double mostSpacing) {
   constexpr int TRIES = 4;  // for each
   const Placing placing(lens, object, imageSize);
   const Projection projection(lens);
   std::vector<Candidate> candidates;
   for (int i = 1; i <= TRIES * count && candidates.size() < static_cast<size_t>(count); ++i) {
     Candidate candidate;
-    if (placing.Place(AppearanceOf(i), candidate.pose) && SeenThrough(projection, object, candidate)) {
+    if (placing.Place(AppearanceOf(i), candidate.pose) && SeenThrough(projection, object, candidate) &&
+        LargestSpacing(candidate.view) <= mostSpacing) {
       candidates.push_back(std::move(candidate));
     }
   }

@@ -1,6 +1,7 @@
 /// Poses in which the target could be seen next.
 #pragma once
 
+#include <limits>
 #include <opencv2/core.hpp>
 #include <vector>
 
@@ -18,7 +19,9 @@ struct Candidate {
 /// with some room around it, upright as the assistant's sheet is, 30 to 85 percent of the image long, tilted
 /// by 40 degrees at most. The same arguments give the same poses, spread all over what is possible. The
 /// object points are about their middle, in the plane z = 0.
+/// Neighbours in a row are `mostSpacing` pixels apart at most.
 std::vector<Candidate> CandidatesFor(const Lens& lens, const std::vector<cv::Point3d>& object,
-                                     const cv::Size& imageSize, int count);
+                                     const cv::Size& imageSize, int count,
+                                     double mostSpacing = std::numeric_limits<double>::infinity());
 
 }  // namespace sparse
