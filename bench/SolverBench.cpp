@@ -5,6 +5,7 @@
 #include "Ratio.h"
 #include "Views.h"
 #include "engine/TargetGeometry.h"
+#include "solver/NextPose.h"
 #include "solver/SparseIntrinsics.h"
 
 namespace {
@@ -63,6 +64,22 @@ void SparseAlone(benchmark::State& state) {
   state.SetComplexityN(state.range(1));
 }
 
+/// The choice of the next pose out of 500, beside the computation of the views that it follows from.
+void NextPoseBesideSparse(benchmark::State& state) {
+  const int model = static_cast<int>(state.range(0));
+  const Data data = MakeData(10);
+  const sparse::Target target = sparse::TargetOf(data.object, data.image);
+  const SparseResult result = SolveIntrinsicsSparsely(data.object, data.image, FRAME, model);
+  const sparse::Knowledge knowledge =
+      sparse::KnowledgeFrom(sparse::SolvedFrom(target, result, 0.0), target.views, FRAME);
+  bench::Ratio().Run(
+      state,
+      [&] {
+        benchmark::DoNotOptimize(sparse::ChooseNextPose(knowledge, target.views.front().object, FRAME).then);
+      },
+      [&] { Sparse(data, model); });
+}
+
 }  // namespace
 
 BENCHMARK(SparseBesideOpenCV)
@@ -74,4 +91,11 @@ BENCHMARK(SparseBesideOpenCV)
 BENCHMARK(SparseAlone)
     ->ArgsProduct({{Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL, Calibrator::MODEL_FULL},
                    {50, 200, 1000}})
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(NextPoseBesideSparse)
+    ->Arg(Calibrator::MODEL_CLASSIC)
+    ->Arg(Calibrator::MODEL_RATIONAL)
+    ->Arg(Calibrator::MODEL_FULL)
+    ->Iterations(20)
+    ->UseManualTime()
     ->Unit(benchmark::kMillisecond);

@@ -23,7 +23,7 @@ file(GLOB VELMORA_JUNIT_API_JARS /usr/share/java/junit-jupiter-api.jar /usr/shar
 set(VELMORA_JUNIT_API_JARS "${VELMORA_JUNIT_API_JARS}" CACHE INTERNAL "What tests of JUnit 5 are compiled with")
 set(tests src/test/java/com/velotrix/quiverleaf/sdk)
 set(test_classes ArgumentsTest CalibratorTest GuidedTest ListenerTest NativeLibraryTest NativeMethodsTest
-  PushedFramesTest ResultsTest SoakTest TextTest)
+  PushedFramesTest ResultsTest SoakTest SolvingTest TextTest)
 set(camera_test_classes CaptureTest PairTest)
 set(test_helpers Cameras Footage LoadProgram RawFrames Recorder Soak Usage Views)
 if(VELMORA_SANITIZE)

@@ -49,6 +49,29 @@ TEST(GuidedArguments, TheSearchIsChosenByName) {
   EXPECT_EQ(Parse({"--webcam", "0", "--finder", "other"}).exitStatus, 2);
 }
 
+TEST(GuidedArguments, TheSolverIsChosenAsInTheHeadlessTool) {
+  EXPECT_EQ(Parse({"--webcam", "0"}).arguments.solver, Calibrator::SOLVER_SPARSE);
+  EXPECT_LT(Parse({"--webcam", "0"}).arguments.disc, 0.0);
+  const guided::Parsed parsed = Parse({"--webcam", "0", "--solver", "opencv", "--disc", "0.004"});
+  EXPECT_EQ(parsed.arguments.solver, Calibrator::SOLVER_OPENCV);
+  EXPECT_EQ(parsed.arguments.disc, 0.004);
+  EXPECT_EQ(Parse({"--webcam", "0", "--solver", "other"}).exitStatus, 2);
+  EXPECT_EQ(Parse({"--webcam", "0", "--disc", "-1"}).exitStatus, 2);
+}
+
+TEST(GuidedArguments, AWishIsANumberOfPixels) {
+  EXPECT_EQ(Parse({"--webcam", "0"}).arguments.until, 0.0);
+  EXPECT_EQ(Parse({"--webcam", "0", "--until", "0.3px"}).arguments.until, 0.3);
+  EXPECT_EQ(Parse({"--webcam", "0", "--until", "0.25"}).arguments.until, 0.25);
+  EXPECT_EQ(Parse({"--webcam", "0", "--until", "2 px", "--max-poses", "9"}).arguments.mostPoses, 9);
+  for (const char* wrong : {"", "px", "0", "-1", "nan", "inf", "0.3mm", "0.3px px", "0.3pxx"}) {
+    EXPECT_EQ(Parse({"--webcam", "0", "--until", wrong}).exitStatus, 2) << wrong;
+  }
+  EXPECT_EQ(Parse({"--webcam", "0", "--max-poses", "9"}).exitStatus, 2);
+  EXPECT_EQ(Parse({"--webcam", "0", "--until", "1px", "--max-poses", "3"}).exitStatus, 2);
+  EXPECT_EQ(Parse({"--webcam", "0", "--until", "1px", "--poses", "mine.json"}).exitStatus, 2);
+}
+
 TEST(GuidedArguments, ExactlyOneSourceIsWanted) {
   EXPECT_EQ(Parse({}).exitStatus, 2);
   EXPECT_EQ(Parse({"--webcam", "0", "--video", "a.avi"}).exitStatus, 2);

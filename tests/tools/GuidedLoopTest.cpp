@@ -8,8 +8,12 @@
 #include <sstream>
 #include <thread>
 
+#include <fstream>
+#include <nlohmann/json.hpp>
+
 #include "Calibration.h"
 #include "JSON.h"
+#include "LensError.h"
 #include "Reach.h"
 #include "Renderer.h"
 #include "TemporaryFolder.h"
@@ -87,6 +91,10 @@ class GuidedLoopRun : public ::testing::Test {
   guided::ExitStatus Run() {
     return guided::GuidedLoop(calibrator_, feed_, screen_, options_, out_, err_).Run();
   }
+  nlohmann::json Verdict() const {
+    std::ifstream file(options_.output + "_verdict.json");
+    return nlohmann::json::parse(file);
+  }
   bool Printed(const std::string& words) const { return out_.str().find(words) != std::string::npos; }
 
   static inline const auto pictures_ = std::make_unique<std::deque<cv::Mat>>();
@@ -111,7 +119,9 @@ TEST_F(GuidedLoopRun, EndsWithTheResultFileAfterTheLastPose) {
   }
   EXPECT_TRUE(Printed("Views: 6 used of 6 pictures")) << out_.str();
   EXPECT_TRUE(Printed("\nResult file: " + options_.output + ".json\n")) << out_.str();
+  EXPECT_TRUE(Printed("\nVerdict: ")) << out_.str();
   EXPECT_EQ(err_.str(), "");
+  EXPECT_EQ(Verdict().at("views"), 6);
   JSON result;
   ASSERT_TRUE(result.load(options_.output + ".json"));
   EXPECT_LT(result.readDouble("error"), 0.2);
@@ -166,6 +176,93 @@ TEST_F(GuidedLoopRun, ReportsTooFewPosesForAComputation) {
   three.save(options_.poses);
   EXPECT_EQ(Run(), guided::ENDED_BEFORE);
   EXPECT_EQ(err_.str(), "The video ended with 3 of 3 poses reached.\n");
+}
+
+/// A camera before which somebody brings the sheet to wherever it is asked for, roughly.
+class FollowingFeed final : public app::FrameFeed {
+ public:
+  FollowingFeed(Calibrator& calibrator, const world::Scene& scene)
+      : calibrator_(calibrator), scene_(scene), renderer_(scene) {}
+
+  bool Take(cv::Mat& frame, std::chrono::milliseconds) override {
+    if (calibrator_.GetAssistantGoal() < 0) return false;
+    const auto centres = calibrator_.ProposePose(Calibrator::MODEL_RATIONAL).centres;
+    world::Pose pose = world::PoseNearest(scene_.camera, scene_.sheet, centres);
+    for (int i = 0; i < 3; ++i) {
+      pose.rvec[i] += random_.gaussian(0.02);
+      pose.tvec[i] *= 1.0 + random_.gaussian(0.01);
+    }
+    frame = renderer_.Render(pose, ++frames);
+    return true;
+  }
+  bool FailedToStart() const override { return false; }
+
+  std::uint64_t frames = 0;
+
+ private:
+  Calibrator& calibrator_;
+  const world::Scene scene_;
+  world::Renderer renderer_;
+  cv::RNG random_{5};
+};
+
+/// The loop with a wish for the precision.
+class GuidedToAWish : public GuidedLoopRun {
+ protected:
+  GuidedToAWish() {
+    scene_.camera = world::CameraFromFieldOfView(FRAME, 62.0, {-0.2, 0.05, 0.0, 0.0, 0.0});
+    scene_.noise = 20.0;
+    scene_.blur = 0.7;
+    calibrator_.SetSolver(Calibrator::SOLVER_SPARSE);
+    calibrator_.SetDiscRadius(0.008);
+  }
+
+  guided::ExitStatus RunTo(double wish, int most) {
+    options_.until = wish;
+    options_.mostPoses = most;
+    options_.sourceEnded = [] { return false; };
+    FollowingFeed feed(calibrator_, scene_);
+    const guided::ExitStatus status =
+        guided::GuidedLoop(calibrator_, feed, screen_, options_, out_, err_).Run();
+    frames_ = feed.frames;
+    return status;
+  }
+
+  world::Scene scene_;
+  std::uint64_t frames_ = 0;
+};
+
+TEST_F(GuidedToAWish, AsksForPosesUntilTheCameraIsKnownThatWell) {
+  constexpr double WISH = 0.012;
+  ASSERT_EQ(RunTo(WISH, 20), guided::CALIBRATED) << err_.str() << out_.str();
+  const int poses = calibrator_.GetNumberOfRecords();
+  RecordProperty("poses", poses);
+  EXPECT_GT(poses, 6) << out_.str();
+  EXPECT_LE(poses, 12) << out_.str();
+  EXPECT_TRUE(Printed("until projections are known to 0.012 px, at most 20 times.")) << out_.str();
+  EXPECT_TRUE(Printed("camera not known yet, wanted 0.0120 px")) << out_.str();
+  EXPECT_TRUE(Printed("Pose 6 reached.\n  known to ")) << out_.str();
+  EXPECT_FALSE(Printed("wish is not met")) << out_.str();
+  EXPECT_TRUE(Printed("\nVerdict: ")) << out_.str();
+  EXPECT_LT(Verdict().at("deviationInImage").get<double>(), 1.3 * WISH) << Verdict();
+  const auto error = world::MeanProjectionDistance(
+      scene_.camera.lens, world::LensFrom(calibrator_.GetK(), calibrator_.GetDistCoefs()), FRAME, {},
+      world::Alignment::Rotated);
+  EXPECT_LT(error.mean, 3.0 * WISH) << out_.str();
+}
+
+TEST_F(GuidedToAWish, TellsWhenTheWishIsNotMetAndCalibratesAllTheSame) {
+  ASSERT_EQ(RunTo(0.0001, 7), guided::CALIBRATED) << err_.str() << out_.str();
+  EXPECT_TRUE(Printed("No more poses after 7: the wish is not met.\n")) << out_.str();
+  EXPECT_EQ(calibrator_.GetNumberOfRecords(), 7);
+  EXPECT_TRUE(std::filesystem::exists(options_.output + ".json"));
+}
+
+TEST_F(GuidedToAWish, BeginsAgainOnR) {
+  screen_.keys = {-1, -1, 'r'};
+  ASSERT_EQ(RunTo(0.0001, 6), guided::CALIBRATED) << err_.str() << out_.str();
+  EXPECT_TRUE(Printed("From the first pose again.\nPose 1 reached.\n")) << out_.str();
+  EXPECT_EQ(calibrator_.GetNumberOfRecords(), 6);
 }
 
 }  // namespace

@@ -7,7 +7,6 @@
 
 #include "Calibrator.h"
 #include "Finite.h"
-#include "batch/SolverOptions.h"
 
 namespace batch {
 
@@ -28,9 +27,6 @@ const char* const EXIT_STATUSES =
 const std::map<std::string, int> MODELS = {{"classic", Calibrator::MODEL_CLASSIC},
                                            {"rational", Calibrator::MODEL_RATIONAL},
                                            {"full", Calibrator::MODEL_FULL}};
-
-const std::map<std::string, int> FINDERS = {{"standard", Calibrator::FINDER_STANDARD},
-                                            {"robust", Calibrator::FINDER_ROBUST}};
 
 /// "4x11" as a size; throws CLI's error otherwise.
 cv::Size ParseGrid(const std::string& text) {
@@ -83,7 +79,6 @@ Parsed ParseArguments(int argc, char** argv) {
   Parsed parsed;
   Arguments& arguments = parsed.arguments;
   std::string grid = "4x11";
-  std::string finder = "robust";
   CLI::App app(DESCRIPTION, "velmora-batch");
   app.footer(EXIT_STATUSES);
   app.add_option("inputs", arguments.inputs, "images, folders, patterns, videos, URLs")->required();
@@ -100,9 +95,6 @@ Parsed ParseArguments(int argc, char** argv) {
   app.add_option("--height", arguments.frame.height, "processing height (default: that of the input)")
       ->check(CLI::Range(16, 32000));
   app.add_option("--grid", grid, "circles per row and rows: COLSxROWS")->capture_default_str();
-  app.add_option("--finder", finder, "how the grid is searched: standard or robust")
-      ->check(CLI::IsMember(FINDERS))
-      ->capture_default_str();
   app.add_option("--max-views", arguments.maxViews, "use at most so many views, chosen to be spread")
       ->check(CLI::Range(5, 10000))
       ->capture_default_str();
@@ -120,13 +112,12 @@ Parsed ParseArguments(int argc, char** argv) {
       "--record-model", arguments.recordModel,
       "instead of calibrating, write a pose model of the assistant: one pose for each picture that "
       "shows the grid, in their order");
-  AddSolverOptions(app, arguments);
+  tools::AddEngineOptions(app, arguments);
   AddPairOptions(app, arguments);
   try {
     app.parse(argc, argv);
     arguments.grid = ParseGrid(grid);
     arguments.model = MODELS.at(arguments.modelName);
-    arguments.finder = FINDERS.at(finder);
     CheckTogether(arguments);
     parsed.run = true;
   } catch (const CLI::ParseError& error) {

@@ -7,13 +7,14 @@
 
 #include "Calibrator.h"
 #include "batch/Pictures.h"
+#include "common/EngineOptions.h"
 
 namespace batch {
 
 /// How one picture that shows two cameras is cut: into an upper and a lower or a left and a right half.
 enum class Split { None, Horizontal, Vertical };
 
-struct Arguments {
+struct Arguments : tools::EngineOptions {
   std::vector<std::string> inputs;       ///< of the only or left camera, or of split pictures
   std::vector<std::string> rightInputs;  ///< of the right camera of a pair
   Split split = Split::None;
@@ -21,10 +22,7 @@ struct Arguments {
   std::string calibRight;
   float hdist = 0.19F;  ///< metres across all row intervals of the grid
   int model = 0;        ///< of Calibrator
-  int finder = 1;       ///< of Calibrator
   std::string modelName = "rational";
-  int solver = Calibrator::SOLVER_SPARSE;
-  double disc = -1.0;  ///< radius of the discs in metres; negative: that of the usual sheet
   cv::Size grid{4, 11};
   cv::Size frame;  ///< processing size; zero members: the size of the input
   int maxViews = 30;

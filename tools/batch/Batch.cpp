@@ -2,10 +2,12 @@
 #include "batch/Batch.h"
 
 #include <iostream>
+#include <opencv2/imgcodecs.hpp>
 
 #include "batch/CameraViews.h"
 #include "batch/Progress.h"
 #include "batch/VerdictReport.h"
+#include "common/UncertaintyPicture.h"
 
 namespace batch {
 
@@ -27,10 +29,22 @@ ExitStatus ReportTooFewViews(const std::string& where, size_t found) {
   return TOO_FEW_VIEWS;
 }
 
-ExitStatus ReportUnwritten(const std::string& output) {
-  std::cerr << "Cannot write '" << output << ".json'.\n";
+ExitStatus ReportUnwritten(const std::string& file) {
+  std::cerr << "Cannot write '" << file << "'.\n";
   return UNUSABLE_INPUT;
 }
+
+namespace {
+
+bool SaveUncertainty(const CalibrationVerdict& verdict, const CameraViews& camera, const std::string& path) {
+  try {
+    return cv::imwrite(path, tools::DrawUncertainty(verdict, camera.FrameSize(), camera.Used()));
+  } catch (const cv::Exception&) {
+    return false;
+  }
+}
+
+}  // namespace
 
 ExitStatus Run(const Arguments& arguments) {
   CheckOutput(arguments.output);
@@ -45,9 +59,12 @@ ExitStatus Run(const Arguments& arguments) {
   const Report report = camera.Calibrate();
   const CalibrationVerdict verdict = camera.Verdict();
   std::cout << ResultTable(report) << "\n" << VerdictTable(verdict, report.used);
-  if (camera.Save(arguments.output).empty()) return ReportUnwritten(arguments.output);
+  if (camera.Save(arguments.output).empty()) return ReportUnwritten(arguments.output + ".json");
   if (!SaveVerdict(verdict, arguments.output + "_verdict.json")) {
-    return ReportUnwritten(arguments.output + "_verdict");
+    return ReportUnwritten(arguments.output + "_verdict.json");
+  }
+  if (!SaveUncertainty(verdict, camera, arguments.output + "_uncertainty.png")) {
+    return ReportUnwritten(arguments.output + "_uncertainty.png");
   }
   std::cout << "\nResult file: " << arguments.output << ".json\n";
   return CALIBRATED;

@@ -20,7 +20,7 @@ void LookAtPictures(const Arguments& arguments, const std::function<std::string(
 /// Prints on standard error that too few of the views held the grid.
 ExitStatus ReportTooFewViews(const std::string& where, size_t found);
 
-/// Prints on standard error that the result file could not be written.
-ExitStatus ReportUnwritten(const std::string& output);
+/// Prints on standard error that the file could not be written.
+ExitStatus ReportUnwritten(const std::string& file);
 
 }  // namespace batch

@@ -6,7 +6,6 @@
 #include <set>
 
 #include "JSON.h"
-#include "batch/SolverOptions.h"
 #include "batch/ViewSelection.h"
 
 namespace batch {
@@ -40,8 +39,7 @@ std::string CameraViews::FaultOf(Picture& picture, Centres& centres) {
     const cv::Size frame = FrameSize();
     calibrator_ = std::make_unique<Calibrator>(arguments_.grid, UnitOf(arguments_), Calibrator::MONOCULAR,
                                                frame.width, frame.height);
-    calibrator_->SetFinder(arguments_.finder);
-    ApplySolver(arguments_, *calibrator_);
+    tools::ApplyEngineOptions(arguments_, UnitOf(arguments_), *calibrator_);
   }
   if (picture.image.size() != inputSize_)
     return "of another size than the first (" + SizeText(inputSize_) + ")";
@@ -71,6 +69,7 @@ Report CameraViews::Calibrate() {
   for (size_t i = 0; i < views_.size(); ++i) {
     if (isChosen.count(i) > 0) {
       calibrator_->AddPoints(views_[i]);
+      used_.push_back(views_[i]);
       report.used.push_back(names_[i]);
     } else {
       report.rejected.push_back({names_[i], SET_ASIDE});

@@ -39,6 +39,8 @@ class CameraViews {
   bool SawPictures() const { return calibrator_ != nullptr; }
   cv::Size FrameSize() const { return FrameSizeFor(arguments_, inputSize_); }
   const std::vector<Centres>& Views() const { return views_; }
+  /// Those that the computation was of.
+  const std::vector<Centres>& Used() const { return used_; }
   const std::vector<std::string>& Names() const { return names_; }
   const std::vector<Rejection>& Rejected() const { return rejected_; }
 
@@ -59,6 +61,7 @@ class CameraViews {
   std::unique_ptr<Calibrator> calibrator_;
   std::vector<std::string> names_;
   std::vector<Centres> views_;
+  std::vector<Centres> used_;
   std::vector<Rejection> rejected_;
 };
 

@@ -10,7 +10,6 @@
 #include "batch/CameraViews.h"
 #include "batch/Epipolar.h"
 #include "batch/Progress.h"
-#include "batch/SolverOptions.h"
 #include "batch/VerdictReport.h"
 #include "batch/ViewSelection.h"
 
@@ -122,7 +121,7 @@ ExitStatus CalibrateCamera(CameraViews& camera, const std::string& side, const s
             << ResultTable(report) << "\n"
             << VerdictTable(camera.Verdict(), report.used) << "\n";
   text = camera.Save(output);
-  return text.empty() ? ReportUnwritten(output) : CALIBRATED;
+  return text.empty() ? ReportUnwritten(output + ".json") : CALIBRATED;
 }
 
 ExitStatus CameraResultsFor(const Arguments& arguments, PairViews& pairs, CameraResults& results) {
@@ -195,9 +194,10 @@ ExitStatus RunPair(const Arguments& arguments) {
   std::cerr << "Computing the pair ...\n";
   const cv::Size frame = pairs.left.FrameSize();
   Calibrator calibrator(arguments.grid, UnitOf(arguments), Calibrator::STEREO, frame.width, frame.height);
-  ApplySolver(arguments, calibrator);
+  tools::ApplyEngineOptions(arguments, UnitOf(arguments), calibrator);
   std::cout << "== pair\n" << PairTable(CalibratePair(arguments, pairs, results, calibrator));
-  if (SaveResultFile(calibrator, arguments.output).empty()) return ReportUnwritten(arguments.output);
+  if (SaveResultFile(calibrator, arguments.output).empty())
+    return ReportUnwritten(arguments.output + ".json");
   std::cout << "\nResult file: " << arguments.output << ".json\n";
   return CALIBRATED;
 }

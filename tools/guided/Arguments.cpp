@@ -2,10 +2,10 @@
 #include "guided/Arguments.h"
 
 #include <CLI/CLI.hpp>
+#include <cmath>
 #include <filesystem>
-#include <map>
+#include <sstream>
 
-#include "Calibrator.h"
 #include "Finite.h"
 
 namespace guided {
@@ -23,8 +23,29 @@ const char* const FOOTER =
     "Keys in the window: r starts again, q quits.\n"
     "Exit status: 0 calibrated, 1 ended before that, 2 wrong usage, unreadable input or no display.";
 
-const std::map<std::string, int> FINDERS = {{"standard", Calibrator::FINDER_STANDARD},
-                                            {"robust", Calibrator::FINDER_ROBUST}};
+/// "0.3px" or "0.3" as a number of pixels; throws CLI's error otherwise.
+double ParsePixels(const std::string& text) {
+  std::istringstream stream(text);
+  double pixels = 0.0;
+  std::string unit;
+  if (!(stream >> pixels) || !(pixels > 0.0) || !std::isfinite(pixels) ||
+      (stream >> unit && (unit != "px" || stream >> unit))) {
+    throw CLI::ValidationError("--until", "'" + text + "' is no number of pixels, such as 0.3px");
+  }
+  return pixels;
+}
+
+void DeclareEnd(CLI::App& app, std::string& until, Arguments& arguments) {
+  auto* wish =
+      app.add_option("--until", until,
+                     "ask for the pose that tells most, again and again, until projections are known "
+                     "to so many pixels over the whole image, such as 0.3px");
+  wish->excludes(app.get_option("--poses"));
+  app.add_option("--max-poses", arguments.mostPoses, "with --until: ask for so many poses at most")
+      ->check(CLI::Range(6, 1000))
+      ->capture_default_str()
+      ->needs(wish);
+}
 
 void DeclareSource(CLI::App& app, app::Settings& settings) {
   CLI::Option_group* source = app.add_option_group("source", "Exactly one of these");
@@ -46,7 +67,7 @@ Parsed ParseArguments(int argc, const char* const* argv, const std::string& ship
   Arguments& arguments = parsed.arguments;
   arguments.poses = shippedPoses;
   float hdist = 0.19F;
-  std::string finder = "robust";
+  std::string until;
   CLI::App app(DESCRIPTION, "velmora-guided");
   app.footer(FOOTER);
   DeclareSource(app, arguments.settings);
@@ -65,15 +86,14 @@ Parsed ParseArguments(int argc, const char* const* argv, const std::string& ship
       ->check(FaultUnlessFinite)
       ->capture_default_str();
   app.add_option("--poses", arguments.poses, "model file with the poses to reach")->capture_default_str();
-  app.add_option("--finder", finder, "how the grid is searched: standard or robust")
-      ->check(CLI::IsMember(FINDERS))
-      ->capture_default_str();
+  DeclareEnd(app, until, arguments);
+  tools::AddEngineOptions(app, arguments);
   app.add_option("--output", arguments.output, "result file, without its extension .json")
       ->capture_default_str();
   try {
     app.parse(argc, argv);
     arguments.settings.hdist = hdist / ROW_INTERVALS;
-    arguments.finder = FINDERS.at(finder);
+    if (app.count("--until") > 0) arguments.until = ParsePixels(until);
     parsed.run = true;
   } catch (const CLI::ParseError& error) {
     parsed.exitStatus = app.exit(error) == 0 ? 0 : WRONG_USAGE;

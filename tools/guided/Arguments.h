@@ -4,13 +4,15 @@
 #include <string>
 
 #include "Settings.h"
+#include "common/EngineOptions.h"
 
 namespace guided {
 
-struct Arguments {
+struct Arguments : tools::EngineOptions {
   app::Settings settings;  ///< the source, the frame size, and the grid's unit in metres
   std::string poses;       ///< model file of the assistant
-  int finder = 1;          ///< of Calibrator
+  double until = 0.0;  ///< ask for poses until projections are known to so many pixels; 0: those of the model
+  int mostPoses = 20;  ///< asked for at most
   std::string output = "calibration";
 };
 

@@ -1,8 +1,11 @@
 /// The live window of a guided calibration.
 #include "guided/GuidedLoop.h"
 
+#include <opencv2/imgproc.hpp>
+
 #include "batch/CameraViews.h"
 #include "batch/Report.h"
+#include "batch/VerdictReport.h"
 
 namespace guided {
 
@@ -40,7 +43,12 @@ GuidedLoop::GuidedLoop(Calibrator& calibrator, app::FrameFeed& feed, app::Screen
 
 ExitStatus GuidedLoop::Run() {
   if (!Begin()) return UNUSABLE;
-  out_ << "Bring the sheet to the drawn one, " << goal_ << " times. r starts again, q quits." << std::endl;
+  if (next_) {
+    out_ << "Bring the sheet to the drawn one, until projections are known to " << options_.until
+         << " px, at most " << goal_ << " times. r starts again, q quits." << std::endl;
+  } else {
+    out_ << "Bring the sheet to the drawn one, " << goal_ << " times. r starts again, q quits." << std::endl;
+  }
   while (ShowNext() == Step::GoOn && Follow() == Step::GoOn &&
          React(screen_.WaitKey(fresh_ ? LIVE_WAIT : IDLE_WAIT)) == Step::GoOn) {
   }
@@ -51,9 +59,15 @@ ExitStatus GuidedLoop::Run() {
 /// From the first pose. False, after the engine's error line, when the poses cannot be used.
 bool GuidedLoop::Begin() {
   calibrator_.Reset();
+  reached_ = 0;
+  if (options_.until > 0.0) {
+    calibrator_.DisableAssistant();
+    next_.emplace(calibrator_, options_.until, options_.mostPoses);
+    goal_ = options_.mostPoses;
+    return next_->Ask() == NextPoses::State::Asked;
+  }
   calibrator_.EnableAssistant(options_.poses);
   goal_ = calibrator_.GetAssistantGoal();
-  reached_ = 0;
   return goal_ > 0;
 }
 
@@ -63,6 +77,7 @@ GuidedLoop::Step GuidedLoop::ShowNext() {
   if (fresh_) {
     std::vector<cv::Point2d> points;
     calibrator_.DetectPoints(frame, points, true);
+    if (next_) DrawPrecision(frame);
     screen_.Show(WINDOW, frame);
     return Step::GoOn;
   }
@@ -101,14 +116,42 @@ GuidedLoop::Step GuidedLoop::Follow() {
 void GuidedLoop::TellOfPoses() {
   for (const int records = calibrator_.GetNumberOfRecords(); reached_ < records;) {
     ++reached_;
-    out_ << "Pose " << reached_ << " of " << goal_ << " reached." << std::endl;
+    out_ << "Pose " << reached_ << (next_ ? " reached." : " of " + std::to_string(goal_) + " reached.")
+         << std::endl;
   }
-  // The assistant ends with the last pose.
-  if (!computing_ && calibrator_.GetAssistantGoal() < 0) {
-    computing_ = true;
-    lastPose_ = Clock::now();
-    out_ << "Computing the rational model. This may take a while..." << std::endl;
+  // The assistant ends with the last pose of its model, or with the one that was asked for.
+  if (computing_ || calibrator_.GetAssistantGoal() >= 0) return;
+  if (next_) {
+    AskForNext();
+  } else {
+    BeginComputation();
   }
+}
+
+void GuidedLoop::AskForNext() {
+  const NextPoses::State state = next_->Ask();
+  out_ << "  " << next_->Precision() << std::endl;
+  if (state == NextPoses::State::Asked) return;
+  if (state == NextPoses::State::GivenUp) {
+    out_ << "No more poses after " << reached_ << ": the wish is not met." << std::endl;
+  }
+  BeginComputation();
+  calibrator_.ComputeCalibrationMultithread(Calibrator::MODEL_RATIONAL);
+}
+
+void GuidedLoop::BeginComputation() {
+  computing_ = true;
+  lastPose_ = Clock::now();
+  out_ << "Computing the rational model. This may take a while..." << std::endl;
+}
+
+/// Above the score bar, away from the texts of the engine.
+void GuidedLoop::DrawPrecision(cv::Mat& frame) const {
+  const cv::Point place(10, frame.rows - 14);
+  cv::putText(frame, next_->Precision(), place, cv::FONT_HERSHEY_DUPLEX, 0.5, cv::Scalar::all(0), 3,
+              cv::LINE_AA);
+  cv::putText(frame, next_->Precision(), place, cv::FONT_HERSHEY_DUPLEX, 0.5, cv::Scalar::all(255), 1,
+              cv::LINE_AA);
 }
 
 GuidedLoop::Step GuidedLoop::FollowComputation() {
@@ -124,9 +167,15 @@ GuidedLoop::Step GuidedLoop::FollowComputation() {
 }
 
 GuidedLoop::Step GuidedLoop::Save() {
-  out_ << batch::ResultTable(ReportOf(calibrator_, options_.frame));
+  const batch::Report report = ReportOf(calibrator_, options_.frame);
+  const CalibrationVerdict verdict = calibrator_.GetVerdict();
+  out_ << batch::ResultTable(report) << "\n" << batch::VerdictTable(verdict, report.used);
+  const std::string verdictFile = options_.output + "_verdict.json";
   if (batch::SaveResultFile(calibrator_, options_.output).empty()) {
     err_ << "ERROR: cannot write '" << options_.output << ".json'." << std::endl;
+    status_ = UNUSABLE;
+  } else if (!batch::SaveVerdict(verdict, verdictFile)) {
+    err_ << "ERROR: cannot write '" << verdictFile << "'." << std::endl;
     status_ = UNUSABLE;
   } else {
     out_ << "\nResult file: " << options_.output << ".json" << std::endl;

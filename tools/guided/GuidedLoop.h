@@ -3,12 +3,14 @@
 
 #include <chrono>
 #include <functional>
+#include <optional>
 #include <ostream>
 #include <string>
 
 #include "Calibrator.h"
 #include "FrameFeed.h"
 #include "Screen.h"
+#include "guided/NextPoses.h"
 
 namespace guided {
 
@@ -20,10 +22,14 @@ struct LoopOptions {
   cv::Size frame;      ///< processing size
   /// True once a recording has no more frames.
   std::function<bool()> sourceEnded = [] { return false; };
+  /// Pixels to which projections are to be known, by poses that are chosen for it; 0: by those of the model.
+  double until = 0.0;
+  int mostPoses = 20;  ///< that are chosen
 };
 
 /// Shows each frame with the pose to reach, tells of each pose that was reached, and saves the result once
-/// the computation that follows the last pose is done. Made, run and destroyed on the window thread.
+/// the computation that follows the last pose is done. The poses are those of the model or, with a wish for
+/// the precision, those that tell most until it is met. Made, run and destroyed on the window thread.
 class GuidedLoop {
  public:
   static const char* const WINDOW;
@@ -44,6 +50,9 @@ class GuidedLoop {
   Step FollowComputation();
   Step Save();
   void TellOfPoses();
+  void AskForNext();
+  void BeginComputation();
+  void DrawPrecision(cv::Mat& frame) const;
 
   Calibrator& calibrator_;
   app::FrameFeed& feed_;
@@ -51,6 +60,7 @@ class GuidedLoop {
   const LoopOptions options_;
   std::ostream& out_;
   std::ostream& err_;
+  std::optional<NextPoses> next_;  ///< with a wish
   ExitStatus status_ = ENDED_BEFORE;
   int goal_ = 0;
   int reached_ = 0;

@@ -50,11 +50,13 @@ ExitStatus Run(const Arguments& arguments) {
   ExitStatus status = UNUSABLE;
   {
     Calibrator calibrator(GRID, settings.hdist, Calibrator::MONOCULAR, settings.width, settings.height);
-    calibrator.SetFinder(arguments.finder);
+    tools::ApplyEngineOptions(arguments, settings.hdist, calibrator);
     app::DesktopScreen screen;
     LoopOptions options;
     options.poses = arguments.poses;
     options.output = arguments.output;
+    options.until = arguments.until;
+    options.mostPoses = arguments.mostPoses;
     options.frame = {settings.width, settings.height};
     if (plan.videoFile) options.sourceEnded = [ended] { return ended->load(); };
     status = GuidedLoop(calibrator, reader, screen, options, std::cout, std::cerr).Run();

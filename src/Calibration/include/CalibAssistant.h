@@ -10,6 +10,7 @@
 
 #include "Export.h"
 
+struct AssistantModel;
 struct DrawingLayers;
 
 /// The pose assistant: shows one target pose at a time, scores how close the detected grid is to it, and
@@ -17,7 +18,7 @@ struct DrawingLayers;
 ///
 /// States, told by the pose index and the pose count (the goal):
 ///  1. constructed: index -1, count -2;
-///  2. running, after Start or Reset: index 0 to count - 1, one target shown;
+///  2. running, after Start, StartAt or Reset: index 0 to count - 1, one target shown;
 ///  3. finished, after Next on the last pose: index equals count, the last target stays shown;
 ///  4. stopped, after Stop: index -1, count -1, no poses.
 /// A Start that fails leaves (or brings) the assistant to "stopped"; nothing of a half-read model remains.
@@ -45,6 +46,11 @@ class VELMORA_API CalibAssistant {
 
   /// Loads the model and shows the first pose. A model that cannot be used stops the assistant.
   void Start(const std::string& path);
+  /// Shows one pose, given by the circles' centres. False, with an error line, for one that cannot be shown;
+  /// the poses are then as they were.
+  bool StartAt(const std::vector<cv::Point2d>& centres);
+  /// True after StartAt: the one who gave the pose decides what follows it.
+  bool IsSinglePose() const;
   void Stop();
   /// Back to the first pose; nothing happens without poses.
   void Reset();
@@ -69,6 +75,7 @@ class VELMORA_API CalibAssistant {
 
  private:
   void ShowPose(int index);
+  void Take(AssistantModel&& model, bool single);
 
   /// Room that the drawings share, see DrawPattern.
   const std::unique_ptr<DrawingLayers> layers_;
@@ -77,6 +84,7 @@ class VELMORA_API CalibAssistant {
   std::chrono::steady_clock::time_point lastDrawingTime_;
   float score_ = 10000.0F;
   float scale_ = 1.0F;
+  bool single_ = false;
   int poseIndex_ = -1;
   int poseCount_ = -2;
   int frameWidth_;

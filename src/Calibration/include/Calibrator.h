@@ -12,6 +12,7 @@
 
 #include "Export.h"
 #include "JavaTypes.h"
+#include "PoseProposal.h"
 #include "Verdict.h"
 
 class CalibAssistant;
@@ -85,6 +86,9 @@ class VELMORA_API Calibrator {
   /// The same as GetStatus.
   int ReadStatus();
   bool isCalibrating();
+  /// True from the call of a computation on a thread of its own until it has ended, well or not: from before
+  /// STATUS_PROGRESS until the result can be asked for.
+  bool IsComputing();
   /// True when the last monocular detection found the grid and was not yet made a snapshot. Waits for a
   /// detection under way. Always false in a stereo calibrator.
   bool IsDetected();
@@ -117,6 +121,11 @@ class VELMORA_API Calibrator {
   void DisableAssistant();
   /// The number of poses of the assistant, -1 without one.
   int GetAssistantGoal();
+  /// Replaces the assistant by one that asks for this pose alone: the circles' centres in pixels of the
+  /// processing size. When the grid is there a snapshot is taken and the assistant ends (its goal is -1
+  /// then); no computation follows. False, with an error line, for centres that are no picture of the 4 x 11
+  /// sheet, and in a stereo calibrator; the assistant is then as before.
+  bool AskForPose(const std::vector<cv::Point2d>& centres);
 
   // ---- Detection. Frame thread.
 
@@ -185,6 +194,12 @@ class VELMORA_API Calibrator {
   /// during STATUS_PROGRESS, in a stereo calibrator, before a computation, and after snapshots were added to
   /// those that the result is of.
   CalibrationVerdict GetVerdict();
+  /// The pose of the grid, all of it in the image and tilted by 40 degrees at most, from which a snapshot
+  /// would tell most about the camera for a lens model (as in ComputeCalibration). It follows from the
+  /// snapshots so far, by the sparse solver with the settings above, whichever solver is chosen; the same
+  /// snapshots give the same pose. Takes milliseconds, changes nothing. Without a proposal during
+  /// STATUS_PROGRESS and in a stereo calibrator.
+  PoseProposal ProposePose(const int& model);
 
   // ---- Computation of a monocular calibrator. Thread-safe.
 

@@ -83,6 +83,20 @@ AssistantModel ReadAssistantModel(const std::string& path, const cv::Size& frame
   }
 }
 
+AssistantModel ModelOfPose(const std::vector<cv::Point2d>& centres, const cv::Size& frame,
+                           const cv::Size& pattern) {
+  constexpr float USUAL_WIDTH = 640.0F;
+  constexpr float USUAL_HEIGHT = 480.0F;
+  AssistantModel model;
+  cv::Mat pose;
+  if (!centres.empty()) cv::Mat(centres).convertTo(pose, CV_32F);
+  CheckPose(pose, "centres", pattern.area());
+  model.scale = std::min(static_cast<float>(frame.width) / USUAL_WIDTH,
+                         static_cast<float>(frame.height) / USUAL_HEIGHT);
+  model.poses.push_back(pose);
+  return model;
+}
+
 void FitSheet(const std::vector<cv::Point2f>& circles, const std::vector<cv::Point2f>& outline,
               AssistantModel& model) {
   model.homographies.clear();

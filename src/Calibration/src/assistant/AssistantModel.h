@@ -16,6 +16,11 @@ struct AssistantModel {
 /// is no JSON, lacks a member, holds no pose, or a pose that has another number of circles or spans no area.
 AssistantModel ReadAssistantModel(const std::string& path, const cv::Size& frame, const cv::Size& pattern);
 
+/// The model of one pose, given by centres in the frame. The scale is that of a model for 640 x 480 pixels.
+/// Raises std::runtime_error as above.
+AssistantModel ModelOfPose(const std::vector<cv::Point2d>& centres, const cv::Size& frame,
+                           const cv::Size& pattern);
+
 /// Fits the sheet, of these circles and this outline, to each pose. Raises std::runtime_error for a pose in
 /// which the sheet cannot be drawn.
 void FitSheet(const std::vector<cv::Point2f>& circles, const std::vector<cv::Point2f>& outline,

@@ -21,6 +21,12 @@ const int ROW_X[] = {1467, 1349, 1231, 1113, 994, 876, 758, 640, 522, 404, 286};
 const int EVEN_ROW_Y[] = {206, 443, 679, 915};
 const int ODD_ROW_Y[] = {324, 560, 797, 1033};
 
+void RequireSheet(size_t circles, const cv::Size& pattern) {
+  if (circles != static_cast<size_t>(pattern.area())) {
+    throw std::runtime_error("the assistant guides a grid of 4 x 11 circles only");
+  }
+}
+
 }  // namespace
 
 CalibAssistant::CalibAssistant(const int& frameWidth, const int& frameHeight, const int& patternColumns,
@@ -49,23 +55,44 @@ void CalibAssistant::InitDefaultPattern() {
 
 bool CalibAssistant::LoadModel(const std::string& path) {
   try {
-    if (patternPoints_.size() != static_cast<size_t>(patternSize_.area())) {
-      throw std::runtime_error("the assistant guides a grid of 4 x 11 circles only");
-    }
+    RequireSheet(patternPoints_.size(), patternSize_);
     AssistantModel model = ReadAssistantModel(path, {frameWidth_, frameHeight_}, patternSize_);
     FitSheet(patternPoints_, patternOutline_, model);
-    const std::lock_guard<std::mutex> lock(lock_);
-    poses_ = std::move(model.poses);
-    homographies_ = std::move(model.homographies);
-    scale_ = model.scale;
-    poseIndex_ = 0;
-    poseCount_ = static_cast<int>(poses_.size());
-    ShowPose(0);
+    Take(std::move(model), false);
     return true;
   } catch (const std::exception& fault) {
     Log::error("Cannot use assistant model '%s': %s", path.c_str(), fault.what());
     return false;
   }
+}
+
+bool CalibAssistant::StartAt(const std::vector<cv::Point2d>& centres) {
+  try {
+    RequireSheet(patternPoints_.size(), patternSize_);
+    AssistantModel model = ModelOfPose(centres, {frameWidth_, frameHeight_}, patternSize_);
+    FitSheet(patternPoints_, patternOutline_, model);
+    Take(std::move(model), true);
+    return true;
+  } catch (const std::exception& fault) {
+    Log::error("Cannot ask for that pose: %s", fault.what());
+    return false;
+  }
+}
+
+void CalibAssistant::Take(AssistantModel&& model, bool single) {
+  const std::lock_guard<std::mutex> lock(lock_);
+  poses_ = std::move(model.poses);
+  homographies_ = std::move(model.homographies);
+  scale_ = model.scale;
+  single_ = single;
+  poseIndex_ = 0;
+  poseCount_ = static_cast<int>(poses_.size());
+  ShowPose(0);
+}
+
+bool CalibAssistant::IsSinglePose() const {
+  const std::lock_guard<std::mutex> lock(lock_);
+  return single_;
 }
 
 void CalibAssistant::Start(const std::string& path) {

@@ -63,6 +63,11 @@ bool Calibrator::isCalibrating() {
   return GetStatus() == STATUS_PROGRESS;
 }
 
+bool Calibrator::IsComputing() {
+  const std::lock_guard<std::mutex> lock(backgroundLock_);
+  return backgroundTasks_ > 0;
+}
+
 bool Calibrator::IsDetected() {
   const std::lock_guard<std::mutex> lock(pointsLock_);
   return kind_ == MONOCULAR && !lastPoints_.empty();

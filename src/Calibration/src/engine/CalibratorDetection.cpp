@@ -77,8 +77,9 @@ void Calibrator::Guide(const std::shared_ptr<CalibAssistant>& assistant,
     // be taken once more at the last pose.
     const std::lock_guard<std::mutex> data(dataLock_);
     const bool enough = records_.objectRecords.size() >= ENOUGH_SNAPSHOTS;
-    if (enough && assistant_ == assistant) assistant_.reset();
+    if ((enough || assistant->IsSinglePose()) && assistant_ == assistant) assistant_.reset();
   }
+  if (assistant->IsSinglePose()) return;
   ComputeCalibrationMultithread(MODEL_RATIONAL);
 }
 

@@ -3,44 +3,9 @@
 
 #include <cmath>
 
-#include "solver/Cholesky.h"
+#include "solver/ScaledSystem.h"
 
 namespace sparse {
-
-namespace {
-
-/// Solves with a matrix of any scale of its parameters.
-class ScaledSystem {
- public:
-  using Matrix = std::array<double, static_cast<size_t>(FULL_PARAMETERS) * FULL_PARAMETERS>;
-
-  bool Decompose(Matrix matrix, int free) {
-    for (int i = 0; i < free; ++i) {
-      const double own = matrix[static_cast<size_t>(i * FULL_PARAMETERS + i)];
-      if (!(own > 0.0)) return false;
-      scale_[static_cast<size_t>(i)] = 1.0 / std::sqrt(own);
-    }
-    for (int i = 0; i < free; ++i) {
-      for (int j = 0; j < free; ++j) {
-        matrix[static_cast<size_t>(i * FULL_PARAMETERS + j)] *=
-            scale_[static_cast<size_t>(i)] * scale_[static_cast<size_t>(j)];
-      }
-    }
-    return cholesky_.Decompose(matrix.data(), FULL_PARAMETERS, free);
-  }
-
-  void Solve(Step& x) const {
-    for (size_t i = 0; i < x.size(); ++i) x[i] *= scale_[i];
-    cholesky_.Solve(x.data());
-    for (size_t i = 0; i < x.size(); ++i) x[i] *= scale_[i];
-  }
-
- private:
-  Cholesky<FULL_PARAMETERS> cholesky_;
-  std::array<double, FULL_PARAMETERS> scale_{};
-};
-
-}  // namespace
 
 cv::Mat LensCovariance(const StagedSolution& staged, const std::vector<View>& views) {
   const Lens& lens = staged.solution.estimate.lens;
@@ -66,7 +31,7 @@ cv::Mat JackknifeCovariance(const StagedSolution& staged) {
   cv::Mat covariance = cv::Mat::zeros(lens.free, lens.free, CV_64F);
   for (const ViewEquations& equations : staged.solution.equations) {
     const ReducedView view = Reduce(equations, lens.free, 0.0);
-    ScaledSystem::Matrix without = system.matrix;
+    LensMatrix without = system.matrix;
     for (size_t i = 0; i < without.size(); ++i) without[i] -= view.matrix[i];
     ScaledSystem scaled;
     if (!scaled.Decompose(without, lens.free)) return {};

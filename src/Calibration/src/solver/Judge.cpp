@@ -7,7 +7,6 @@
 #include <opencv2/imgproc.hpp>
 
 #include "solver/Covariance.h"
-#include "solver/DiscBias.h"
 #include "solver/ProjectionUncertainty.h"
 #include "solver/SolutionMatrices.h"
 #include "solver/Target.h"
@@ -24,60 +23,6 @@ constexpr double FAR_WORSE = 10.0;    // outside the data than within
 constexpr double DISAGREEMENT = 2.5;  // jackknife over formal
 constexpr double SMALL_COVERAGE = 0.4;
 constexpr int FEW_VIEWS = 10;
-
-sparse::Lens LensOf(const IntrinsicsResult& result) {
-  const cv::Mat_<double> K(result.K);
-  const cv::Mat_<double> D(result.D);
-  sparse::Lens lens;
-  lens.values = {K(0, 0), K(1, 1), K(0, 2), K(1, 2)};
-  for (int i = 0; i < D.cols; ++i) lens.values[static_cast<size_t>(i + 4)] = D(i);
-  if (D.cols > 5) {
-    const bool full = cv::countNonZero(D.colRange(8, D.cols)) > 0;
-    lens.free = full ? sparse::FULL_PARAMETERS : sparse::RATIONAL_PARAMETERS;
-  }
-  return lens;
-}
-
-/// The views that the result is of, with their poses; points that were left out weigh nothing.
-void CollectKept(const sparse::Target& target, const SparseResult& result, sparse::Solved& solved) {
-  sparse::Estimate& estimate = solved.staged.solution.estimate;
-  for (size_t i = 0; i < target.views.size(); ++i) {
-    sparse::View view = target.views[i];
-    bool left = false;
-    for (const sparse::Rejected& rejected : result.rejected) {
-      if (rejected.view != i) continue;
-      left = left || rejected.point == sparse::Rejected::WHOLE_VIEW;
-      if (left) break;
-      if (view.weights.empty()) view.weights.assign(view.object.size(), 1.0);
-      view.weights[static_cast<size_t>(rejected.point)] = 0.0;
-    }
-    if (left) continue;
-    sparse::Pose pose;
-    pose.R = sparse::TurnOf(result.rvecs.at<cv::Vec3d>(static_cast<int>(i)));
-    pose.t = result.tvecs.at<cv::Vec3d>(static_cast<int>(i)) + pose.R * target.middles[i];
-    estimate.poses.push_back(pose);
-    solved.kept.push_back(i);
-    solved.views.push_back(std::move(view));
-  }
-}
-
-sparse::Solved SolvedFrom(const sparse::Target& target, const SparseResult& result, double discRadius) {
-  sparse::Solved solved;
-  sparse::Solution& solution = solved.staged.solution;
-  solution.estimate.lens = LensOf(result);
-  CollectKept(target, result, solved);
-  if (discRadius > 0.0) solved.views = sparse::WithoutDiscBias(solved.views, solution.estimate, discRadius);
-  for (size_t i = 0; i < solved.views.size(); ++i) {
-    solution.equations.push_back(
-        sparse::EquationsOf(solved.views[i], solution.estimate.lens, solution.estimate.poses[i]));
-    solution.squares += solution.equations.back().squares;
-  }
-  if (solution.estimate.lens.free > sparse::CLASSIC_PARAMETERS) {
-    solved.staged.prior =
-        sparse::WeakPrior(solved.views, solution.estimate, sparse::NoiseVariance(solution, solved.views));
-  }
-  return solved;
-}
 
 std::vector<cv::Point2f> HullOf(const std::vector<sparse::View>& views) {
   std::vector<cv::Point2f> points;
@@ -166,7 +111,8 @@ CalibrationVerdict JudgeIntrinsics(const std::vector<std::vector<cv::Point3d>>& 
       result.tvecs.rows != result.rvecs.rows) {
     return verdict;
   }
-  const sparse::Solved solved = SolvedFrom(sparse::TargetOf(objectPoints, imagePoints), result, discRadius);
+  const sparse::Solved solved =
+      sparse::SolvedFrom(sparse::TargetOf(objectPoints, imagePoints), result, discRadius);
   verdict.grade = Grade::Good;
   for (const sparse::Rejected& rejected : result.rejected) {
     verdict.leftOut.push_back({rejected.view, rejected.point, rejected.residual, rejected.reason});

@@ -112,4 +112,16 @@ double ProjectionUncertainty::InImage(const cv::Mat& covariance) const {
   return Mean(covariance, false);
 }
 
+cv::Mat ProjectionUncertainty::MeanProduct() const {
+  cv::Mat sum;
+  int count = 0;
+  for (const Cell& cell : cells_) {
+    if (cell.byLens.empty()) continue;
+    const cv::Mat product = cell.byLens.t() * cell.byLens;
+    sum = sum.empty() ? product : cv::Mat(sum + product);
+    ++count;
+  }
+  return count > 0 ? cv::Mat(sum / count) : sum;
+}
+
 }  // namespace sparse

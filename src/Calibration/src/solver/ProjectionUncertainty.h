@@ -25,6 +25,9 @@ class ProjectionUncertainty {
   cv::Mat Map(const cv::Mat& covariance) const;
   double InArea(const cv::Mat& covariance) const;
   double InImage(const cv::Mat& covariance) const;
+  /// The mean product of the derivatives with themselves over the image, free x free: half its trace with a
+  /// covariance is the square of InImage.
+  cv::Mat MeanProduct() const;
 
  private:
   struct Cell {

@@ -1,4 +1,4 @@
-/// A solution as the matrices that a calibrator hands out.
+/// A solution as the matrices that a calibrator hands out, and back.
 #include "solver/SolutionMatrices.h"
 
 #include <algorithm>
@@ -6,6 +6,7 @@
 #include <opencv2/calib3d.hpp>
 
 #include "solver/Covariance.h"
+#include "solver/DiscBias.h"
 
 namespace sparse {
 
@@ -114,6 +115,42 @@ void CopyDeviations(const Solved& solved, const Target& target, IntrinsicsResult
   }
 }
 
+Lens LensOf(const IntrinsicsResult& result) {
+  const cv::Mat_<double> K(result.K);
+  const cv::Mat_<double> D(result.D);
+  Lens lens;
+  lens.values = {K(0, 0), K(1, 1), K(0, 2), K(1, 2)};
+  for (int i = 0; i < D.cols; ++i) lens.values[static_cast<size_t>(i + 4)] = D(i);
+  if (D.cols > 5) {
+    const bool full = cv::countNonZero(D.colRange(8, D.cols)) > 0;
+    lens.free = full ? FULL_PARAMETERS : RATIONAL_PARAMETERS;
+  }
+  return lens;
+}
+
+/// The views that the result is of, with their poses; points that were left out weigh nothing.
+void CollectKept(const Target& target, const SparseResult& result, Solved& solved) {
+  Estimate& estimate = solved.staged.solution.estimate;
+  for (size_t i = 0; i < target.views.size(); ++i) {
+    View view = target.views[i];
+    bool left = false;
+    for (const Rejected& rejected : result.rejected) {
+      if (rejected.view != i) continue;
+      left = left || rejected.point == Rejected::WHOLE_VIEW;
+      if (left) break;
+      if (view.weights.empty()) view.weights.assign(view.object.size(), 1.0);
+      view.weights[static_cast<size_t>(rejected.point)] = 0.0;
+    }
+    if (left) continue;
+    Pose pose;
+    pose.R = TurnOf(result.rvecs.at<cv::Vec3d>(static_cast<int>(i)));
+    pose.t = result.tvecs.at<cv::Vec3d>(static_cast<int>(i)) + pose.R * target.middles[i];
+    estimate.poses.push_back(pose);
+    solved.kept.push_back(i);
+    solved.views.push_back(std::move(view));
+  }
+}
+
 }  // namespace
 
 IntrinsicsResult MatricesOf(const Solved& solved, const Target& target) {
@@ -129,6 +166,23 @@ IntrinsicsResult MatricesOf(const Solved& solved, const Target& target) {
   PlaceLeftOut(solved, target, result);
   CopyDeviations(solved, target, result);
   return result;
+}
+
+Solved SolvedFrom(const Target& target, const SparseResult& result, double discRadius) {
+  Solved solved;
+  Solution& solution = solved.staged.solution;
+  solution.estimate.lens = LensOf(result);
+  CollectKept(target, result, solved);
+  if (discRadius > 0.0) solved.views = WithoutDiscBias(solved.views, solution.estimate, discRadius);
+  for (size_t i = 0; i < solved.views.size(); ++i) {
+    solution.equations.push_back(
+        EquationsOf(solved.views[i], solution.estimate.lens, solution.estimate.poses[i]));
+    solution.squares += solution.equations.back().squares;
+  }
+  if (solution.estimate.lens.free > CLASSIC_PARAMETERS) {
+    solved.staged.prior = WeakPrior(solved.views, solution.estimate, NoiseVariance(solution, solved.views));
+  }
+  return solved;
 }
 
 }  // namespace sparse

@@ -1,10 +1,11 @@
-/// A solution as the matrices that a calibrator hands out.
+/// A solution as the matrices that a calibrator hands out, and back.
 #pragma once
 
 #include <vector>
 
 #include "engine/Intrinsics.h"
 #include "solver/LensStages.h"
+#include "solver/SparseIntrinsics.h"
 #include "solver/Target.h"
 
 namespace sparse {
@@ -19,5 +20,9 @@ struct Solved {
 /// In the form of SolveIntrinsics, with a row for each view of the target. Views that were left out have the
 /// pose that fits the lens best, its error and no standard deviations.
 IntrinsicsResult MatricesOf(const Solved& solved, const Target& target);
+
+/// The solution that either solver's result for the target's views is, with the equations at it. What the
+/// result left out is left out here too; `discRadius` is that of the computation.
+Solved SolvedFrom(const Target& target, const SparseResult& result, double discRadius);
 
 }  // namespace sparse

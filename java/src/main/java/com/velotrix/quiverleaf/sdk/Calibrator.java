@@ -113,6 +113,39 @@ public final class Calibrator implements AutoCloseable {
   /** Drops snapshots and results; does nothing during a computation. */
   public void reset() { Calibration.nResetCalibrator(id()); }
 
+  // ---- Search, solver, verdict.
+
+  /** How later frames are searched; {@link Finder#STANDARD} at first. */
+  public void setFinder(Finder finder) { EngineChoices.nSetFinder(id(), finder.code()); }
+
+  /** What later computations are done with; {@link Solver#OPENCV} at first. */
+  public void setSolver(Solver solver) { EngineChoices.nSetSolver(id(), solver.code()); }
+
+  /** Lets the sparse solver leave out snapshots and points that disagree; not at first. */
+  public void setRobust(boolean robust) { EngineChoices.nSetRobust(id(), robust); }
+
+  /**
+   * Has the sparse solver correct the centres of discs of that radius in metres; 0, as at first, takes them
+   * as they are.
+   */
+  public void setDiscRadius(double metres) {
+    if (!(metres >= 0.0) || Double.isInfinite(metres)) {
+      throw new IllegalArgumentException("discs of radius " + metres + " cannot be");
+    }
+    EngineChoices.nSetDiscRadius(id(), metres);
+  }
+
+  /**
+   * How good the result of the last computation of one camera is. Its grade is NONE during a computation,
+   * before the first, and after snapshots were added.
+   */
+  public Verdict verdict() {
+    requireKind(Kind.MONOCULAR);
+    String json = EngineChoices.nGetVerdict(id());
+    id(); // closed meanwhile, it has none
+    return Verdict.parse(json);
+  }
+
   // ---- Frames handed out.
 
   /** Mirrors the frames that are handed out; results do not depend on it. */
@@ -189,7 +222,8 @@ public final class Calibrator implements AutoCloseable {
   }
 
   /**
-   * Waits for a result: that of a computation that was started, or that the assistant starts.
+   * Waits for a result: that of a computation that was started, or that the assistant starts. Without one
+   * under way, a result that is there already is returned at once.
    *
    * @throws TimeoutException when there is none in time
    * @throws IllegalStateException when the computation ended without one, which the engine's log explains

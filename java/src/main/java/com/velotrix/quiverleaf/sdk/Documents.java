@@ -5,6 +5,8 @@ import com.google.gson.JsonElement;
 import com.google.gson.JsonObject;
 import com.google.gson.JsonParseException;
 import com.google.gson.JsonParser;
+import java.util.ArrayList;
+import java.util.List;
 
 /** Reads the engine's JSON. Whatever is wrong with a text is told as IllegalArgumentException. */
 final class Documents {
@@ -25,6 +27,27 @@ final class Documents {
   static int integer(JsonObject object, String key) { return number(object, key).intValue(); }
 
   static double real(JsonObject object, String key) { return number(object, key).doubleValue(); }
+
+  /** A number; null stands for one that is not finite, which JSON cannot say. */
+  static double realOrInfinite(JsonObject object, String key) {
+    JsonElement element = member(object, key);
+    return element.isJsonNull() ? Double.POSITIVE_INFINITY : number(element, key).doubleValue();
+  }
+
+  static List<JsonObject> objects(JsonObject object, String key) {
+    JsonElement element = member(object, key);
+    if (!element.isJsonArray()) {
+      throw new IllegalArgumentException("'" + key + "' is no array");
+    }
+    List<JsonObject> objects = new ArrayList<>();
+    for (JsonElement item : element.getAsJsonArray()) {
+      if (!item.isJsonObject()) {
+        throw new IllegalArgumentException("'" + key + "' holds something else than objects");
+      }
+      objects.add(item.getAsJsonObject());
+    }
+    return objects;
+  }
 
   static String text(JsonObject object, String key) {
     JsonElement element = member(object, key);

@@ -13,17 +13,20 @@ final class ResultWait {
   static CalibrationResult on(Calibrator calibrator, Duration patience)
       throws InterruptedException, TimeoutException {
     long end = System.nanoTime() + patience.toNanos();
-    boolean computing = false;
+    boolean started = false;
     for (;;) {
+      // Before the status: what that tells is final when nothing is computed any more. The status alone does
+      // not tell that a computation is about to replace the result.
+      boolean computing = EngineChoices.nIsComputing(calibrator.id());
       CalibratorStatus now = calibrator.status();
       Optional<CalibrationResult> result = now.result();
-      if (result.isPresent()) {
+      if (!computing && result.isPresent()) {
         return result.get();
       }
-      if (computing && now.status() == Status.READY) {
+      if (started && !computing) {
         throw new IllegalStateException("the computation failed; the engine's log says why");
       }
-      computing = now.status() == Status.PROGRESS;
+      started = started || computing;
       if (System.nanoTime() - end > 0) {
         throw new TimeoutException("no result in time: " + now);
       }

@@ -39,14 +39,24 @@ class NativeMethodsTest {
     assertEquals(0, json.get("ni").getAsInt());
   }
 
-  @Test
-  void the_46_native_methods_are_the_functions_that_the_library_exports() throws Exception {
+  private static Set<String> functionsOf(Class<?> type) {
     Set<String> declared = new TreeSet<>();
-    for (Method method : Calibration.class.getDeclaredMethods()) {
+    for (Method method : type.getDeclaredMethods()) {
       if (Modifier.isNative(method.getModifiers())) {
-        declared.add("Java_com_velotrix_quiverleaf_sdk_Calibration_" + method.getName());
+        declared.add("Java_com_velotrix_quiverleaf_sdk_" + type.getSimpleName() + "_" + method.getName());
       }
     }
+    return declared;
+  }
+
+  @Test
+  void the_46_native_methods_and_those_of_choices_are_the_functions_that_the_library_exports()
+      throws Exception {
+    Set<String> declared = functionsOf(Calibration.class);
+    assertEquals(46, declared.size());
+    Set<String> choices = functionsOf(EngineChoices.class);
+    assertEquals(8, choices.size());
+    declared.addAll(choices);
     Process nm =
         new ProcessBuilder("nm", "-D", "--defined-only", System.getProperty("velmora.test.library")).start();
     Set<String> exported = new TreeSet<>();
@@ -57,7 +67,6 @@ class NativeMethodsTest {
       }
     }
     assertEquals(0, nm.waitFor());
-    assertEquals(46, declared.size());
     assertEquals(declared, exported);
   }
 

@@ -74,8 +74,52 @@ class ResultsTest {
     assertThrows(IllegalArgumentException.class, () -> CalibratorStatus.parse("{\"ii\":100}"));
   }
 
+  private static final String VERDICT =
+      "{\"coverage\":0.5,\"deviationInData\":0.25,\"deviationInImage\":null,\"focalDeviation\":0.001,"
+      + "\"focalJackknife\":0.002,\"grade\":\"usable with care\",\"jackknifeInData\":0.5,"
+      + "\"leftOut\":[{\"point\":-1,\"reason\":\"wrong order\",\"residual\":12.5,\"view\":3}],"
+      + "\"remarks\":[{\"advice\":\"Come closer.\",\"reason\":\"Far.\"}],\"views\":7}";
+
+  @Test
+  void a_verdict_gives_its_grade_remarks_and_numbers() {
+    Verdict verdict = Verdict.parse(VERDICT);
+    assertEquals(Verdict.Grade.WITH_CARE, verdict.grade());
+    assertEquals(7, verdict.views());
+    assertEquals(0.001, verdict.focalDeviation());
+    assertEquals(0.002, verdict.focalJackknife());
+    assertEquals(0.25, verdict.deviationInData());
+    assertEquals(0.5, verdict.jackknifeInData());
+    assertEquals(Double.POSITIVE_INFINITY, verdict.deviationInImage());
+    assertEquals(0.5, verdict.coverage());
+    assertEquals(1, verdict.remarks().size());
+    assertEquals("Far.", verdict.remarks().get(0).reason());
+    assertEquals("Come closer.", verdict.remarks().get(0).advice());
+    assertEquals(3, verdict.leftOut().get(0).view());
+    assertEquals(-1, verdict.leftOut().get(0).point());
+    assertEquals(12.5, verdict.leftOut().get(0).residual());
+    assertEquals("wrong order", verdict.leftOut().get(0).reason());
+    assertEquals(VERDICT, verdict.json());
+    assertThrows(UnsupportedOperationException.class, () -> verdict.remarks().clear());
+  }
+
+  @Test
+  void what_is_no_verdict_is_refused_in_words() {
+    for (String text : new String[] {"", "{}", "[]", MONOCULAR, VERDICT.replace("usable with care", "fine"),
+             VERDICT.replace("0.25", "\"x\""), VERDICT.replace("\"views\":7", "\"views\":\"7\""),
+             VERDICT.replace("[{\"advice", "[3,{\"advice"), VERDICT.replace("\"reason\":\"Far.\"", "\"r\":1"),
+             VERDICT.replace(
+                 "[{\"point\":-1,\"reason\":\"wrong order\",\"residual\":12.5,\"view\":3}]", "7")}) {
+      String words = assertThrows(IllegalArgumentException.class, () -> Verdict.parse(text)).getMessage();
+      assertFalse(words.isEmpty(), text);
+    }
+  }
+
   @Test
   void numbers_are_those_of_the_engine() {
+    assertEquals(0, Finder.STANDARD.code());
+    assertEquals(1, Finder.ROBUST.code());
+    assertEquals(0, Solver.OPENCV.code());
+    assertEquals(1, Solver.SPARSE.code());
     assertEquals(100, Status.NOT_READY.code());
     assertEquals(200, Status.READY.code());
     assertEquals(300, Status.COMPLETED.code());

@@ -1,0 +1,36 @@
+package com.velotrix.quiverleaf.sdk;
+
+/**
+ * How a calibrator searches and solves, and how good its result is, addressed by the calibrator's number;
+ * beside {@link Calibration}, whose rules hold here too. {@link Calibrator} is the comfortable way to the
+ * same.
+ */
+public final class EngineChoices {
+  static { NativeLibrary.load(); }
+
+  private EngineChoices() {}
+
+  /** 0 for the standard search, 1 for the robust one. Unknown: false. */
+  public static native boolean nSetFinder(int id, int finder);
+
+  /** The search that is chosen. Unknown: -1. */
+  public static native int nGetFinder(int id);
+
+  /** 0 for OpenCV's solver, 1 for the sparse one. Unknown: false. */
+  public static native boolean nSetSolver(int id, int solver);
+
+  /** The solver that is chosen. Unknown: -1. */
+  public static native int nGetSolver(int id);
+
+  /** Whether the sparse solver leaves out what disagrees. Unknown: false. */
+  public static native boolean nSetRobust(int id, boolean robust);
+
+  /** The radius of the discs in metres, 0 for no correction of their centres. Unknown: false. */
+  public static native boolean nSetDiscRadius(int id, double radius);
+
+  /** The verdict on the last result as JSON. Unknown: an empty text. */
+  public static native String nGetVerdict(int id);
+
+  /** Whether a computation was started that has not ended yet. Unknown: false. */
+  public static native boolean nIsComputing(int id);
+}

@@ -1,0 +1,16 @@
+package com.velotrix.quiverleaf.sdk;
+
+/** How the grid is searched. */
+public enum Finder {
+  /** OpenCV's search, which a calibrator begins with. */
+  STANDARD(0),
+  /** Finds the grid in more frames, in less time. */
+  ROBUST(1);
+
+  private final int code;
+
+  Finder(int code) { this.code = code; }
+
+  /** The engine's number for it. */
+  public int code() { return code; }
+}

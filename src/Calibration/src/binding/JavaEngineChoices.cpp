@@ -1,0 +1,65 @@
+/// The native methods of com.velotrix.quiverleaf.sdk.EngineChoices, which go to the calibrators directly.
+#include <jni.h>
+
+#include "binding/JavaArguments.h"
+#include "binding/Registry.h"
+
+#define EXPORT(Result, name) \
+  extern "C" JNIEXPORT Result JNICALL Java_com_velotrix_quiverleaf_sdk_EngineChoices_##name
+
+namespace {
+
+/// True when there is a calibrator of that number, which the work was done with.
+template <typename Work>
+jboolean With(JNIEnv* env, jint id, Work work) {
+  return jni::AtBorder(env, jboolean{JNI_FALSE}, [&] {
+    const auto calibrator = Registry::OfProcess().Find(id);
+    if (calibrator == nullptr) return jboolean{JNI_FALSE};
+    work(*calibrator);
+    return jboolean{JNI_TRUE};
+  });
+}
+
+}  // namespace
+
+EXPORT(jboolean, nSetFinder)(JNIEnv* env, jclass, jint id, jint finder) {
+  return With(env, id, [&](Calibrator& calibrator) { calibrator.SetFinder(finder); });
+}
+
+EXPORT(jboolean, nSetSolver)(JNIEnv* env, jclass, jint id, jint solver) {
+  return With(env, id, [&](Calibrator& calibrator) { calibrator.SetSolver(solver); });
+}
+
+EXPORT(jboolean, nSetRobust)(JNIEnv* env, jclass, jint id, jboolean robust) {
+  return With(env, id, [&](Calibrator& calibrator) { calibrator.SetRobust(robust != 0); });
+}
+
+EXPORT(jboolean, nSetDiscRadius)(JNIEnv* env, jclass, jint id, jdouble radius) {
+  return With(env, id, [&](Calibrator& calibrator) { calibrator.SetDiscRadius(radius); });
+}
+
+EXPORT(jint, nGetFinder)(JNIEnv* env, jclass, jint id) {
+  jint finder = -1;
+  With(env, id, [&](Calibrator& calibrator) { finder = calibrator.GetFinder(); });
+  return finder;
+}
+
+EXPORT(jint, nGetSolver)(JNIEnv* env, jclass, jint id) {
+  jint solver = -1;
+  With(env, id, [&](Calibrator& calibrator) { solver = calibrator.GetSolver(); });
+  return solver;
+}
+
+EXPORT(jboolean, nIsComputing)(JNIEnv* env, jclass, jint id) {
+  bool computing = false;
+  With(env, id, [&](Calibrator& calibrator) { computing = calibrator.IsComputing(); });
+  return computing ? JNI_TRUE : JNI_FALSE;
+}
+
+EXPORT(jstring, nGetVerdict)(JNIEnv* env, jclass, jint id) {
+  return jni::AtBorder(env, static_cast<jstring>(nullptr), [&] {
+    const auto calibrator = Registry::OfProcess().Find(id);
+    const std::string text = calibrator == nullptr ? "" : calibrator->GetVerdict().ToJson();
+    return jni::Returned(env, jni::ToJava(env, text));
+  });
+}

@@ -1,0 +1,42 @@
+/// The options of the calibrating tools that say how to search grids and how to solve.
+#include "common/EngineOptions.h"
+
+#include <CLI/CLI.hpp>
+#include <map>
+
+#include "Finite.h"
+
+namespace tools {
+
+namespace {
+
+/// As on the sheet that comes with the system: radius over unit.
+constexpr double USUAL_DISC = 0.4;
+
+}  // namespace
+
+void AddEngineOptions(CLI::App& app, EngineOptions& options) {
+  static const std::map<std::string, int> finders = {{"standard", Calibrator::FINDER_STANDARD},
+                                                     {"robust", Calibrator::FINDER_ROBUST}};
+  static const std::map<std::string, int> solvers = {{"sparse", Calibrator::SOLVER_SPARSE},
+                                                     {"opencv", Calibrator::SOLVER_OPENCV}};
+  app.add_option("--finder", options.finder, "how the grid is searched: standard or robust (default: robust)")
+      ->transform(CLI::CheckedTransformer(finders).description("{standard,robust}"));
+  app.add_option("--solver", options.solver,
+                 "sparse (milliseconds; leaves out what disagrees) or opencv (default: sparse)")
+      ->transform(CLI::CheckedTransformer(solvers).description("{sparse,opencv}"));
+  app.add_option("--disc", options.disc,
+                 "radius of the discs in metres, for the sparse solver; 0: no correction of their centres "
+                 "(default: 0.4 times the distance of adjacent rows)")
+      ->check(CLI::NonNegativeNumber)
+      ->check(FaultUnlessFinite);
+}
+
+void ApplyEngineOptions(const EngineOptions& options, float unit, Calibrator& calibrator) {
+  calibrator.SetFinder(options.finder);
+  calibrator.SetSolver(options.solver);
+  calibrator.SetRobust(true);
+  calibrator.SetDiscRadius(options.disc >= 0.0 ? options.disc : USUAL_DISC * static_cast<double>(unit));
+}
+
+}  // namespace tools

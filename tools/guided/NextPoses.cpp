@@ -1,0 +1,42 @@
+/// Asks for poses until the camera is known as well as it was wished.
+#include "guided/NextPoses.h"
+
+#include <iomanip>
+#include <sstream>
+
+namespace guided {
+
+namespace {
+
+/// Fewer leave no room for an error of the sheet or of the model to show.
+constexpr int LEAST_POSES = 6;
+
+std::string InPixels(double value) {
+  constexpr double SMALL = 0.1;
+  std::ostringstream text;
+  text << std::fixed << std::setprecision(value < SMALL ? 4 : 2) << value << " px";
+  return text.str();
+}
+
+}  // namespace
+
+NextPoses::State NextPoses::Ask() {
+  proposal_ = calibrator_.ProposePose(Calibrator::MODEL_RATIONAL);
+  const int taken = calibrator_.GetNumberOfRecords();
+  if (taken >= LEAST_POSES && !proposal_.nominal && proposal_.deviation <= wish_) return State::Known;
+  if (taken >= most_ || !calibrator_.AskForPose(proposal_.centres)) return State::GivenUp;
+  return State::Asked;
+}
+
+std::string NextPoses::Precision() const {
+  std::ostringstream text;
+  if (proposal_.nominal) {
+    text << "camera not known yet";
+  } else {
+    text << "known to " << InPixels(proposal_.deviation);
+  }
+  text << ", wanted " << InPixels(wish_);
+  return text.str();
+}
+
+}  // namespace guided
