@@ -13,7 +13,7 @@ using sparse::POSE_PARAMETERS;
 sparse::Lens LensOf(int free) {
   sparse::Lens lens;
   lens.free = free;
-  lens.values = {500.0, 510.0,  320.0, 240.0, -0.2,  0.05,  0.001, -0.002, 0.01,
+  lens.values = {500.0, 510.0, 320.0, 240.0, -0.2,  0.05,   0.001, -0.002, 0.01,
                  0.1,   -0.02, 0.003, 0.002, 0.001, -0.003, 0.0,   0.01,   -0.02};
   std::fill(lens.values.begin() + free, lens.values.end(), 0.0);
   return lens;

@@ -26,7 +26,8 @@ const char* const EXIT_STATUSES =
 
 const std::map<std::string, int> MODELS = {{"classic", Calibrator::MODEL_CLASSIC},
                                            {"rational", Calibrator::MODEL_RATIONAL},
-                                           {"full", Calibrator::MODEL_FULL}};
+                                           {"full", Calibrator::MODEL_FULL},
+                                           {"auto", Arguments::MODEL_AUTO}};
 
 const std::map<std::string, int> FINDERS = {{"standard", Calibrator::FINDER_STANDARD},
                                             {"robust", Calibrator::FINDER_ROBUST}};
@@ -71,6 +72,9 @@ void CheckTogether(const Arguments& arguments) {
   if (!arguments.calibLeft.empty() && !arguments.IsPair()) {
     throw CLI::ValidationError("--calib_left", "a pair is needed: --right or --split");
   }
+  if (arguments.IsPair() && arguments.model == Arguments::MODEL_AUTO) {
+    throw CLI::ValidationError("--model", "auto is for one camera; a pair needs the rational or full model");
+  }
   if (arguments.IsPair() && arguments.calibLeft.empty() && arguments.model == Calibrator::MODEL_CLASSIC) {
     throw CLI::ValidationError("--model", "a pair is computed from cameras of the rational or full model");
   }
@@ -90,7 +94,8 @@ Parsed ParseArguments(int argc, char** argv) {
                  "distance in metres across the row intervals of the grid (ten of them in 4x11)")
       ->check(CLI::PositiveNumber)
       ->capture_default_str();
-  app.add_option("--model", arguments.modelName, "lens model: classic, rational or full")
+  app.add_option("--model", arguments.modelName,
+                 "lens model: classic, rational, full, or auto: as large as the views ask for")
       ->check(CLI::IsMember(MODELS))
       ->capture_default_str();
   app.add_option("--width", arguments.frame.width, "processing width (default: that of the input)")

@@ -5,6 +5,7 @@
 #include "Log.h"
 #include "engine/SolverChoice.h"
 #include "solver/Judge.h"
+#include "solver/ModelComparison.h"
 
 void Calibrator::SetSolver(const int& solver) {
   if (solver != SOLVER_OPENCV && solver != SOLVER_SPARSE) {
@@ -44,6 +45,20 @@ CalibrationVerdict Calibrator::GetVerdict() {
   const double discRadius = solver_->usedDiscRadius;
   data.unlock();
   return JudgeIntrinsics(objectPoints, imagePoints, {frameWidth_, frameHeight_}, result, discRadius);
+}
+
+ModelChoice Calibrator::ChooseModel() {
+  if (kind_ != MONOCULAR || GetStatus() == STATUS_PROGRESS) return {};
+  std::unique_lock<std::mutex> data(dataLock_);
+  if (!HasEnoughRecords()) return {};
+  const auto objectPoints = records_.objectRecords;
+  const auto imagePoints = records_.imageRecords;
+  data.unlock();
+  const SolverChoice::Settings settings = solver_->Now();
+  SparseOptions options;
+  options.robust = settings.solver == SOLVER_SPARSE && settings.robust;
+  options.discRadius = settings.discRadius;
+  return CompareModels(objectPoints, imagePoints, {frameWidth_, frameHeight_}, options);
 }
 
 SparseResult Calibrator::SolverChoice::Settings::Solve(

@@ -165,6 +165,10 @@ ViewEquations EquationsOf(const View& view, const Lens& lens, const Pose& pose) 
   }
 }
 
+ViewEquations PoseEquationsOf(const View& view, const Lens& lens, const Pose& pose) {
+  return Accumulate<0>(view, lens, pose);
+}
+
 ReducedView Reduce(const ViewEquations& equations, int free, double damping) {
   ReducedView reduced;
   Cholesky<POSE_PARAMETERS> cholesky;
