@@ -50,6 +50,9 @@ class VELMORA_API Calibrator {
   using FrameListener =
       std::function<void(const std::vector<unsigned char>& jpeg, const std::string& status)>;
 
+  /// Gets the number of iterations so far and the RMS reprojection error in pixels.
+  using ProgressListener = std::function<void(int iterations, double rms)>;
+
   static constexpr int MONOCULAR = 0;
   static constexpr int STEREO = 1;
 
@@ -182,6 +185,14 @@ class VELMORA_API Calibrator {
   /// centroid of a disc's picture, which a detector finds, and the picture of its centre. 0, the default,
   /// takes centres as they are; what is no radius is refused with an error line.
   void SetDiscRadius(const double& radius);
+  /// Is told of each iteration of the sparse solver, on the computing thread, by computations that start
+  /// later. It may call CancelComputation. An exception of it ends the computation as one of the solver does.
+  /// An empty one takes the listener away.
+  void SetProgressListener(ProgressListener listener);
+  /// Ends a computation of the sparse solver that is under way after its present iteration. It then returns
+  /// -1.0, with a warning line; the status and earlier results are as before it. Does nothing when none is
+  /// under way; one of the other solver is not ended, nor is one that is already past its last iteration.
+  void CancelComputation();
   /// How good the result of the last computation of one camera is, whichever solver it is of. Grade None
   /// during STATUS_PROGRESS, in a stereo calibrator, before a computation, and after snapshots were added to
   /// those that the result is of.

@@ -1,5 +1,6 @@
 /// The calibrator's choice of a solver.
 #include <cmath>
+#include <utility>
 
 #include "Calibrator.h"
 #include "Log.h"
@@ -29,6 +30,16 @@ void Calibrator::SetDiscRadius(const double& radius) {
     return;
   }
   solver_->discRadius = radius;
+}
+
+void Calibrator::SetProgressListener(ProgressListener listener) {
+  const std::lock_guard<std::mutex> lock(solver_->listenerLock);
+  solver_->listener = std::move(listener);
+}
+
+void Calibrator::CancelComputation() {
+  const std::lock_guard<std::mutex> lock(statusLock_);
+  if (status_ == STATUS_PROGRESS) solver_->cancelled = true;
 }
 
 CalibrationVerdict Calibrator::GetVerdict() {
@@ -72,6 +83,7 @@ SparseResult Calibrator::SolverChoice::Settings::Solve(
   SparseOptions options;
   options.robust = robust;
   options.discRadius = discRadius;
+  options.progress = progress;
   solved = SolveIntrinsicsSparsely(objectPoints, imagePoints, imageSize, model, options);
   for (const sparse::Rejected& rejected : solved.rejected) {
     if (rejected.point == sparse::Rejected::WHOLE_VIEW) {

@@ -19,9 +19,10 @@ using Candidate = ModelChoice::Candidate;
 constexpr size_t MOST_FOLDS = 10;
 
 double PointsOf(const sparse::View& view) {
-  return view.weights.empty() ? static_cast<double>(view.object.size())
-                              : static_cast<double>(std::count_if(view.weights.begin(), view.weights.end(),
-                                                                  [](double weight) { return weight > 0.0; }));
+  return view.weights.empty()
+             ? static_cast<double>(view.object.size())
+             : static_cast<double>(std::count_if(view.weights.begin(), view.weights.end(),
+                                                 [](double weight) { return weight > 0.0; }));
 }
 
 double PointsOf(const std::vector<sparse::View>& views) {
@@ -86,8 +87,7 @@ Candidate CandidateOf(const sparse::Selection& selection, const sparse::StageOpt
   Candidate candidate;
   candidate.model = model;
   candidate.rms = std::sqrt(squares / points);
-  candidate.criterion =
-      2.0 * points * std::log(squares / (2.0 * points)) + unknowns * std::log(2.0 * points);
+  candidate.criterion = 2.0 * points * std::log(squares / (2.0 * points)) + unknowns * std::log(2.0 * points);
   candidate.unseen = UnseenRms(solved, stages);
   candidate.poleFree = sparse::IsFreeOfPoles(solved.staged.solution.estimate.lens, stages.imageSize);
   return candidate;
@@ -145,9 +145,9 @@ ModelChoice ChooseAmong(const std::vector<Candidate>& candidates) {
                                " one: " + fault + ".");
       continue;
     }
-    choice.reasons.push_back(names + "better than the " + ModelChoice::NameOf(best->model) +
-                             " one: RMS " + Instead(larger.rms, best->rms) +
-                             ", of views that it did not see " + Instead(larger.unseen, best->unseen) + ".");
+    choice.reasons.push_back(names + "better than the " + ModelChoice::NameOf(best->model) + " one: RMS " +
+                             Instead(larger.rms, best->rms) + ", of views that it did not see " +
+                             Instead(larger.unseen, best->unseen) + ".");
     best = &larger;
   }
   choice.model = best->model;
