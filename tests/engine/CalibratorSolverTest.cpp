@@ -96,4 +96,75 @@ TEST(Solver, MayBeChosenWhileAComputationRuns) {
   EXPECT_NEAR(first, second, 1e-6F);
 }
 
+TEST(Solver, TellsTheListenerOfItsIterations) {
+  const auto calibrator = unit::CalibratorWith(unit::NoisyViews(6));
+  calibrator->SetSolver(Calibrator::SOLVER_SPARSE);
+  std::vector<std::pair<int, double>> told;
+  calibrator->SetProgressListener([&](int iterations, double rms) { told.emplace_back(iterations, rms); });
+  const float rms = calibrator->ComputeCalibration(Calibrator::MODEL_RATIONAL);
+  ASSERT_GE(told.size(), 5U);
+  for (size_t i = 0; i < told.size(); ++i) EXPECT_EQ(told[i].first, static_cast<int>(i) + 1);
+  EXPECT_EQ(static_cast<float>(told.back().second), rms);
+  calibrator->SetProgressListener({});
+  const size_t before = told.size();
+  calibrator->ComputeCalibration(Calibrator::MODEL_CLASSIC);
+  EXPECT_EQ(told.size(), before);
+}
+
+TEST(Solver, LeavesEverythingAsItWasWhenItIsCancelled) {
+  const auto calibrator = unit::CalibratorWith(unit::NoisyViews(6));
+  calibrator->SetSolver(Calibrator::SOLVER_SPARSE);
+  const float rms = calibrator->ComputeCalibration(Calibrator::MODEL_CLASSIC);
+  const cv::Mat K = calibrator->GetK().clone();
+  const cv::Mat poses = calibrator->GetRotationVectors().clone();
+  std::promise<void> started;
+  std::promise<void> goOn;
+  calibrator->SetProgressListener([&](int iterations, double) {
+    if (iterations != 1) return;
+    started.set_value();
+    goOn.get_future().wait();
+  });
+  auto second =
+      std::async(std::launch::async, [&] { return calibrator->ComputeCalibration(Calibrator::MODEL_FULL); });
+  started.get_future().wait();
+  EXPECT_EQ(calibrator->GetStatus(), Calibrator::STATUS_PROGRESS);
+  calibrator->CancelComputation();
+  goOn.set_value();
+  EXPECT_EQ(second.get(), -1.0F);
+  EXPECT_EQ(calibrator->GetStatus(), Calibrator::STATUS_COMPLETED);
+  EXPECT_EQ(calibrator->GetRMS(), rms);
+  EXPECT_SAME_MAT(calibrator->GetK(), K);
+  EXPECT_SAME_MAT(calibrator->GetRotationVectors(), poses);
+  // A cancellation does not outlive what it ended.
+  calibrator->SetProgressListener({});
+  EXPECT_GT(calibrator->ComputeCalibration(Calibrator::MODEL_FULL), 0.0F);
+}
+
+TEST(Solver, IsCancelledByItsListenerToo) {
+  const auto calibrator = unit::CalibratorWith(unit::NoisyViews(6));
+  calibrator->SetSolver(Calibrator::SOLVER_SPARSE);
+  calibrator->SetRobust(true);
+  calibrator->SetProgressListener([&](int, double) { calibrator->CancelComputation(); });
+  EXPECT_EQ(
+      unit::PrintedBy([&] { EXPECT_EQ(calibrator->ComputeCalibration(Calibrator::MODEL_RATIONAL), -1.0F); }),
+      "WARN  : The computation was cancelled.\n");
+  EXPECT_EQ(calibrator->GetStatus(), Calibrator::STATUS_READY);
+  EXPECT_TRUE(calibrator->GetK().empty());
+}
+
+TEST(Solver, IsNotCancelledAheadOfTime) {
+  const auto calibrator = unit::CalibratorWith(unit::NoisyViews(6));
+  calibrator->SetSolver(Calibrator::SOLVER_SPARSE);
+  calibrator->CancelComputation();
+  EXPECT_GT(calibrator->ComputeCalibration(Calibrator::MODEL_CLASSIC), 0.0F);
+}
+
+TEST(Solver, FailsWithItsListener) {
+  const auto calibrator = unit::CalibratorWith(unit::NoisyViews(6));
+  calibrator->SetSolver(Calibrator::SOLVER_SPARSE);
+  calibrator->SetProgressListener([](int, double) { throw std::runtime_error("no"); });
+  EXPECT_THROW(calibrator->ComputeCalibration(Calibrator::MODEL_CLASSIC), std::runtime_error);
+  EXPECT_EQ(calibrator->GetStatus(), Calibrator::STATUS_READY);
+}
+
 }  // namespace

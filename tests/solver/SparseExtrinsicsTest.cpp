@@ -89,6 +89,26 @@ TEST_F(SparseExtrinsics, RaiseForTooFewImagePoints) {
   EXPECT_THROW(Sparse(Calibrator::MODEL_RATIONAL), cv::Exception);
 }
 
+TEST_F(SparseExtrinsics, RaiseWhenTheCallerGivesUp) {
+  int calls = 0;
+  EXPECT_THROW(
+      SolveExtrinsicsSparsely(Targets(), pairs_.left, pairs_.right, intrinsics_, Calibrator::MODEL_RATIONAL,
+                              1, [&](int, double) { return ++calls < 2; }),
+      cv::Exception);
+  EXPECT_EQ(calls, 2);
+}
+
+TEST_F(SparseExtrinsics, StayAsTheyWereWhenACalibratorIsCancelled) {
+  const auto calibrator = unit::StereoCalibratorWith(pairs_);
+  calibrator->SetSolver(Calibrator::SOLVER_SPARSE);
+  calibrator->SetProgressListener([&](int, double) { calibrator->CancelComputation(); });
+  EXPECT_EQ(calibrator->ComputeCalibrationStereo(unit::LeftResult(), unit::RightResult(),
+                                                 Calibrator::MODEL_RATIONAL, false),
+            -1.0F);
+  EXPECT_EQ(calibrator->GetStatus(), Calibrator::STATUS_READY);
+  EXPECT_TRUE(calibrator->GetR().empty());
+}
+
 TEST_F(SparseExtrinsics, AreThoseOfACalibratorThatIsAskedForThem) {
   const auto calibrator = unit::StereoCalibratorWith(pairs_);
   calibrator->SetSolver(Calibrator::SOLVER_SPARSE);

@@ -126,6 +126,7 @@ TEST(BatchArguments, WrongUsageEndsWithStatusTwo) {
       {"a.png", "--right", "b.png", "--split", "vertical"},
       {"a.png", "--right", "b.png", "--calib_left", "l.json"},
       {"a.png", "--calib_left", "l.json", "--calib_right", "r.json"},
+      {"a.png", "--right", "b.png", "--model", "auto"},
       {"a.png", "--right", "b.png", "--model", "classic"}};
   for (const auto& words : wrong) {
     const batch::Parsed parsed = Parse(words);

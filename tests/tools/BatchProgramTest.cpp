@@ -71,6 +71,19 @@ TEST_F(BatchProgram, AFolderOfViewsBecomesAnAccurateResultFile) {
   EXPECT_LT(distance.mean, 0.5);
 }
 
+TEST_F(BatchProgram, TheModelIsChosenWithReasonsWhenThatIsAskedFor) {
+  Process tool(
+      {VELMORA_BATCH, Views(), "--hdist", "0.2", "--model", "auto", "--output", folder_->File("auto")});
+  ASSERT_EQ(Run(tool), 0) << tool.Errors();
+  // The rendered lens has the coefficients of the classic model.
+  EXPECT_NE(tool.Output().find("Model: classic"), std::string::npos) << tool.Output();
+  EXPECT_NE(tool.Output().find("The rational model is not better"), std::string::npos) << tool.Output();
+  EXPECT_NE(tool.Output().find("The full model is not better"), std::string::npos) << tool.Output();
+  JSON result;
+  ASSERT_TRUE(result.load(folder_->File("auto.json")));
+  EXPECT_EQ(result.readMat("distCoefs").cols, 5);
+}
+
 TEST_F(BatchProgram, TheVerdictIsPrintedAndWrittenBesideTheResult) {
   Process tool(
       {VELMORA_BATCH, Views(), "--hdist", "0.2", "--model", "classic", "--output", folder_->File("judged")});

@@ -26,7 +26,8 @@ const char* const EXIT_STATUSES =
 
 const std::map<std::string, int> MODELS = {{"classic", Calibrator::MODEL_CLASSIC},
                                            {"rational", Calibrator::MODEL_RATIONAL},
-                                           {"full", Calibrator::MODEL_FULL}};
+                                           {"full", Calibrator::MODEL_FULL},
+                                           {"auto", Arguments::MODEL_AUTO}};
 
 /// "4x11" as a size; throws CLI's error otherwise.
 cv::Size ParseGrid(const std::string& text) {
@@ -68,6 +69,9 @@ void CheckTogether(const Arguments& arguments) {
   if (!arguments.calibLeft.empty() && !arguments.IsPair()) {
     throw CLI::ValidationError("--calib_left", "a pair is needed: --right or --split");
   }
+  if (arguments.IsPair() && arguments.model == Arguments::MODEL_AUTO) {
+    throw CLI::ValidationError("--model", "auto is for one camera; a pair needs the rational or full model");
+  }
   if (arguments.IsPair() && arguments.calibLeft.empty() && arguments.model == Calibrator::MODEL_CLASSIC) {
     throw CLI::ValidationError("--model", "a pair is computed from cameras of the rational or full model");
   }
@@ -87,7 +91,8 @@ Parsed ParseArguments(int argc, char** argv) {
       ->check(CLI::PositiveNumber)
       ->check(FaultUnlessFinite)
       ->capture_default_str();
-  app.add_option("--model", arguments.modelName, "lens model: classic, rational or full")
+  app.add_option("--model", arguments.modelName,
+                 "lens model: classic, rational, full, or auto: as large as the views ask for")
       ->check(CLI::IsMember(MODELS))
       ->capture_default_str();
   app.add_option("--width", arguments.frame.width, "processing width (default: that of the input)")

@@ -15,13 +15,15 @@ namespace batch {
 enum class Split { None, Horizontal, Vertical };
 
 struct Arguments : tools::EngineOptions {
+  static constexpr int MODEL_AUTO = -1;  ///< as large as the views ask for
+
   std::vector<std::string> inputs;       ///< of the only or left camera, or of split pictures
   std::vector<std::string> rightInputs;  ///< of the right camera of a pair
   Split split = Split::None;
   std::string calibLeft;  ///< result files of the cameras of a pair; empty: they are calibrated first
   std::string calibRight;
   float hdist = 0.19F;  ///< metres across all row intervals of the grid
-  int model = 0;        ///< of Calibrator
+  int model = 0;        ///< of Calibrator, or MODEL_AUTO
   std::string modelName = "rational";
   cv::Size grid{4, 11};
   cv::Size frame;  ///< processing size; zero members: the size of the input

@@ -75,13 +75,21 @@ Report CameraViews::Calibrate() {
       report.rejected.push_back({names_[i], SET_ASIDE});
     }
   }
-  calibrator_->ComputeCalibration(arguments_.model);
+  calibrator_->ComputeCalibration(ChosenModel(report));
   report.rms = static_cast<double>(calibrator_->GetRMS());
   report.K = calibrator_->GetK();
   report.D = calibrator_->GetDistCoefs();
   report.stdDevs = calibrator_->GetStdDevIntrinsics();
   report.viewErrors = calibrator_->GetPerViewErrors();
   return report;
+}
+
+int CameraViews::ChosenModel(Report& report) {
+  if (arguments_.model != Arguments::MODEL_AUTO) return arguments_.model;
+  const ModelChoice choice = calibrator_->ChooseModel();
+  report.model = choice.Name();
+  report.modelReasons = choice.reasons;
+  return choice.model;
 }
 
 CalibrationVerdict CameraViews::Verdict() {

@@ -55,6 +55,8 @@ class CameraViews {
 
  private:
   std::string FaultOf(Picture& picture, Centres& centres);
+  /// The model to compute; of an automatic choice the report gets name and reasons.
+  int ChosenModel(Report& report);
 
   const Arguments& arguments_;
   cv::Size inputSize_;  ///< of the first picture; the others must agree

@@ -116,10 +116,12 @@ std::string ViewsTable(const std::vector<std::string>& used, const std::vector<R
 }
 
 std::string ResultTable(const Report& report) {
+  std::string reasons;
+  for (const std::string& reason : report.modelReasons) reasons += "  " + reason + "\n";
   return ViewsTable(report.used, report.rejected) + "\n" +
          Formatted("Model: %s, image size %d x %d\n", report.model.c_str(), report.frame.width,
                    report.frame.height) +
-         Formatted("RMS reprojection error: %.6f px\n\n", report.rms) + ParameterTable(report) +
+         reasons + Formatted("RMS reprojection error: %.6f px\n\n", report.rms) + ParameterTable(report) +
          "\nWorst views:\n" + WorstViews(report);
 }
 

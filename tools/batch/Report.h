@@ -20,6 +20,7 @@ struct Rejection {
 /// What a calibration of one camera gave.
 struct Report {
   std::string model;
+  std::vector<std::string> modelReasons;  ///< of an automatic choice
   cv::Size frame;
   std::vector<std::string> used;  ///< names of the views, in the order of the errors
   std::vector<Rejection> rejected;

@@ -12,6 +12,7 @@
 
 #include "Export.h"
 #include "JavaTypes.h"
+#include "ModelChoice.h"
 #include "PoseProposal.h"
 #include "Verdict.h"
 
@@ -49,6 +50,9 @@ class VELMORA_API Calibrator {
   /// Gets a processed frame as JPEG (empty when there is no picture) and GetStatus_QVX.
   using FrameListener =
       std::function<void(const std::vector<unsigned char>& jpeg, const std::string& status)>;
+
+  /// Gets the number of iterations so far and the RMS reprojection error in pixels.
+  using ProgressListener = std::function<void(int iterations, double rms)>;
 
   static constexpr int MONOCULAR = 0;
   static constexpr int STEREO = 1;
@@ -190,10 +194,23 @@ class VELMORA_API Calibrator {
   /// centroid of a disc's picture, which a detector finds, and the picture of its centre. 0, the default,
   /// takes centres as they are; what is no radius is refused with an error line.
   void SetDiscRadius(const double& radius);
+  /// Is told of each iteration of the sparse solver, on the computing thread, by computations that start
+  /// later. It may call CancelComputation. An exception of it ends the computation as one of the solver does.
+  /// An empty one takes the listener away.
+  void SetProgressListener(ProgressListener listener);
+  /// Ends a computation of the sparse solver that is under way after its present iteration. It then returns
+  /// -1.0, with a warning line; the status and earlier results are as before it. Does nothing when none is
+  /// under way; one of the other solver is not ended, nor is one that is already past its last iteration.
+  void CancelComputation();
   /// How good the result of the last computation of one camera is, whichever solver it is of. Grade None
   /// during STATUS_PROGRESS, in a stereo calibrator, before a computation, and after snapshots were added to
   /// those that the result is of.
   CalibrationVerdict GetVerdict();
+  /// Which lens model the snapshots ask for, found with the sparse solver in a tenth of a second for usual
+  /// numbers of views; robustness and disc radius count when that solver is chosen. Changes neither status
+  /// nor results. Nothing is chosen during STATUS_PROGRESS, in a stereo calibrator, and (with an error line)
+  /// with fewer than five snapshots. An exception of the solver reaches the caller.
+  ModelChoice ChooseModel();
   /// The pose of the grid, all of it in the image and tilted by 40 degrees at most, from which a snapshot
   /// would tell most about the camera for a lens model (as in ComputeCalibration). It follows from the
   /// snapshots so far, by the sparse solver with the settings above, whichever solver is chosen; the same

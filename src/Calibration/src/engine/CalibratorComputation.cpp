@@ -27,7 +27,13 @@ float Calibrator::ComputeCalibration(const int& model) {
   data.unlock();
 
   const SolverChoice::Settings settings = solver_->Now();
-  SparseResult solved = settings.Solve(objectPoints, imagePoints, {frameWidth_, frameHeight_}, model);
+  SparseResult solved;
+  try {
+    solved = settings.Solve(objectPoints, imagePoints, {frameWidth_, frameHeight_}, model);
+  } catch (const cv::Exception&) {
+    if (!progress.Cancelled()) throw;
+    return -1.0F;
+  }
 
   data.lock();
   results_.K = solved.K;

@@ -1,10 +1,12 @@
 /// The calibrator's choice of a solver.
 #include <cmath>
+#include <utility>
 
 #include "Calibrator.h"
 #include "Log.h"
 #include "engine/SolverChoice.h"
 #include "solver/Judge.h"
+#include "solver/ModelComparison.h"
 
 void Calibrator::SetSolver(const int& solver) {
   if (solver != SOLVER_OPENCV && solver != SOLVER_SPARSE) {
@@ -30,6 +32,16 @@ void Calibrator::SetDiscRadius(const double& radius) {
   solver_->discRadius = radius;
 }
 
+void Calibrator::SetProgressListener(ProgressListener listener) {
+  const std::lock_guard<std::mutex> lock(solver_->listenerLock);
+  solver_->listener = std::move(listener);
+}
+
+void Calibrator::CancelComputation() {
+  const std::lock_guard<std::mutex> lock(statusLock_);
+  if (status_ == STATUS_PROGRESS) solver_->cancelled = true;
+}
+
 CalibrationVerdict Calibrator::GetVerdict() {
   if (kind_ != MONOCULAR || GetStatus() == STATUS_PROGRESS) return {};
   std::unique_lock<std::mutex> data(dataLock_);
@@ -46,6 +58,20 @@ CalibrationVerdict Calibrator::GetVerdict() {
   return JudgeIntrinsics(objectPoints, imagePoints, {frameWidth_, frameHeight_}, result, discRadius);
 }
 
+ModelChoice Calibrator::ChooseModel() {
+  if (kind_ != MONOCULAR || GetStatus() == STATUS_PROGRESS) return {};
+  std::unique_lock<std::mutex> data(dataLock_);
+  if (!HasEnoughRecords()) return {};
+  const auto objectPoints = records_.objectRecords;
+  const auto imagePoints = records_.imageRecords;
+  data.unlock();
+  const SolverChoice::Settings settings = solver_->Now();
+  SparseOptions options;
+  options.robust = settings.solver == SOLVER_SPARSE && settings.robust;
+  options.discRadius = settings.discRadius;
+  return CompareModels(objectPoints, imagePoints, {frameWidth_, frameHeight_}, options);
+}
+
 SparseResult Calibrator::SolverChoice::Settings::Solve(
     const std::vector<std::vector<cv::Point3d>>& objectPoints,
     const std::vector<std::vector<cv::Point2d>>& imagePoints, const cv::Size& imageSize, int model) const {
@@ -57,6 +83,7 @@ SparseResult Calibrator::SolverChoice::Settings::Solve(
   SparseOptions options;
   options.robust = robust;
   options.discRadius = discRadius;
+  options.progress = progress;
   solved = SolveIntrinsicsSparsely(objectPoints, imagePoints, imageSize, model, options);
   for (const sparse::Rejected& rejected : solved.rejected) {
     if (rejected.point == sparse::Rejected::WHOLE_VIEW) {

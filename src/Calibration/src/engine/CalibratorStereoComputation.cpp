@@ -67,12 +67,18 @@ float Calibrator::ComputeCalibrationStereo(const std::string& left, const std::s
   assistant_.reset();  // a computation ends guided collection
   data.unlock();
 
-  const ExtrinsicsResult solved =
-      solver_->solver == SOLVER_SPARSE
-          ? SolveExtrinsicsSparsely(records.objectRecords, records.imageRecords, records.imageRecordsRight,
-                                    intrinsics, model)
-          : SolveExtrinsics(records.objectRecords, records.imageRecords, records.imageRecordsRight,
-                            intrinsics, {frameWidth_, frameHeight_}, model);
+  const SolverChoice::Settings settings = solver_->Now();
+  ExtrinsicsResult solved;
+  try {
+    solved = settings.solver == SOLVER_SPARSE
+                 ? SolveExtrinsicsSparsely(records.objectRecords, records.imageRecords,
+                                           records.imageRecordsRight, intrinsics, model, 1, settings.progress)
+                 : SolveExtrinsics(records.objectRecords, records.imageRecords, records.imageRecordsRight,
+                                   intrinsics, {frameWidth_, frameHeight_}, model);
+  } catch (const cv::Exception&) {
+    if (!progress.Cancelled()) throw;
+    return -1.0F;
+  }
 
   data.lock();
   results_.R = solved.R;

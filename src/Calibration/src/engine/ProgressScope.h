@@ -2,6 +2,8 @@
 #pragma once
 
 #include "Calibrator.h"
+#include "Log.h"
+#include "engine/SolverChoice.h"
 
 /// Marks the calibrator as computing; gives the status back as it was unless the computation was completed.
 class Calibrator::ProgressScope {
@@ -12,6 +14,7 @@ class Calibrator::ProgressScope {
     active_ = calibrator_.status_ != STATUS_PROGRESS;
     endStatus_ = calibrator_.status_;
     calibrator_.status_ = STATUS_PROGRESS;
+    if (active_) calibrator_.solver_->cancelled = false;
   }
   ~ProgressScope() {
     if (active_) calibrator_.SetStatus(endStatus_);
@@ -20,6 +23,12 @@ class Calibrator::ProgressScope {
   ProgressScope& operator=(const ProgressScope&) = delete;
 
   bool Active() const { return active_; }
+  /// True when the computation was told to end; says so in the log.
+  bool Cancelled() const {
+    const bool cancelled = calibrator_.solver_->cancelled;
+    if (cancelled) Log::warn("The computation was cancelled.");
+    return cancelled;
+  }
   void Complete() { endStatus_ = STATUS_COMPLETED; }
 
  private:

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
+#include <mutex>
 #include <opencv2/core.hpp>
 #include <vector>
 
@@ -14,6 +16,8 @@ struct Calibrator::SolverChoice {
     int solver = SOLVER_OPENCV;
     bool robust = false;
     double discRadius = 0.0;  ///< zero for a solver that does not correct it
+    /// Called after each iteration of the sparse solver with its number and the RMS; false gives up.
+    std::function<bool(int, double)> progress;
 
     /// Tells in the log what was left out.
     SparseResult Solve(const std::vector<std::vector<cv::Point3d>>& objectPoints,
@@ -21,14 +25,29 @@ struct Calibrator::SolverChoice {
                        int model) const;
   };
 
-  Settings Now() const {
+  Settings Now() {
     const int chosen = solver;
-    return {chosen, robust, chosen == SOLVER_SPARSE ? discRadius.load() : 0.0};
+    return {chosen, robust, chosen == SOLVER_SPARSE ? discRadius.load() : 0.0, Progress()};
+  }
+
+  /// Tells the listener of the moment and gives up once cancelled.
+  std::function<bool(int, double)> Progress() {
+    const std::lock_guard<std::mutex> lock(listenerLock);
+    return [this, told = listener, iterations = 0](int /*ofThisStage*/, double rms) mutable {
+      ++iterations;
+      if (told) told(iterations, rms);
+      return !cancelled.load();
+    };
   }
 
   std::atomic<int> solver{SOLVER_OPENCV};
   std::atomic<bool> robust{false};
   std::atomic<double> discRadius{0.0};
+  /// Falls when a computation is marked as under way, and is raised only during one: under the status' lock.
+  std::atomic<bool> cancelled{false};
+
+  std::mutex listenerLock;
+  ProgressListener listener;
 
   /// What the last result left out, and its disc radius; guarded as results are.
   std::vector<sparse::Rejected> rejected;

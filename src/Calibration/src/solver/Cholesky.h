@@ -18,9 +18,9 @@ class Cholesky {
         double sum = matrix[i * stride + j];
         for (int k = 0; k < j; ++k) sum -= At(i, k) * At(j, k);
         if (i != j) {
-          At(i, j) = sum / At(j, j);
+          At(i, j) = sum * inverse_[static_cast<size_t>(j)];
         } else if (sum > SINGULAR * matrix[i * stride + i]) {
-          At(i, i) = std::sqrt(sum);
+          inverse_[static_cast<size_t>(i)] = 1.0 / std::sqrt(sum);
         } else {
           return false;
         }
@@ -33,7 +33,7 @@ class Cholesky {
   void Forward(double* x) const {
     for (int i = 0; i < rows_; ++i) {
       for (int k = 0; k < i; ++k) x[i] -= At(i, k) * x[k];
-      x[i] /= At(i, i);
+      x[i] *= inverse_[static_cast<size_t>(i)];
     }
   }
 
@@ -41,7 +41,7 @@ class Cholesky {
   void Backward(double* x) const {
     for (int i = rows_ - 1; i >= 0; --i) {
       for (int k = i + 1; k < rows_; ++k) x[i] -= At(k, i) * x[k];
-      x[i] /= At(i, i);
+      x[i] *= inverse_[static_cast<size_t>(i)];
     }
   }
 
@@ -56,7 +56,8 @@ class Cholesky {
   double& At(int row, int column) { return lower_[static_cast<size_t>(row * N + column)]; }
   double At(int row, int column) const { return lower_[static_cast<size_t>(row * N + column)]; }
 
-  std::array<double, static_cast<size_t>(N) * N> lower_{};
+  std::array<double, static_cast<size_t>(N) * N> lower_{};  ///< but for the diagonal
+  std::array<double, N> inverse_{};                         ///< of the diagonal
   int rows_ = 0;
 };
 

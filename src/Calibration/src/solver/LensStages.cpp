@@ -51,28 +51,18 @@ double DataRadius(const std::vector<View>& views, const Estimate& estimate) {
 
 /// Standard deviations that leave the coefficients free to do all that is seen of lenses: at the rim of the
 /// data the denominator may change by half, prisms by a hundredth, and the sensor may lean by a degree.
-Prior PriorFor(double radius, double variance, double strength) {
+///
+/// `denominator` is how much stronger that of the denominator is.
+Prior PriorFor(double radius, double variance, double denominator) {
   Prior prior{};
   const double r2 = radius * radius;
   const auto pull = [&](int parameter, double deviation) {
-    prior[static_cast<size_t>(parameter)] = strength * variance / (deviation * deviation);
+    prior[static_cast<size_t>(parameter)] = variance / (deviation * deviation);
   };
-  for (int i = 0; i < 3; ++i) pull(K4 + i, 0.5 / std::pow(r2, i + 1));
+  for (int i = 0; i < 3; ++i) pull(K4 + i, 0.5 / (std::sqrt(denominator) * std::pow(r2, i + 1)));
   for (int i = 0; i < 4; ++i) pull(S1 + i, 0.01 / std::pow(r2, i % 2 + 1));
   for (int i = 0; i < 2; ++i) pull(TAU_X + i, 0.02);
   return prior;
-}
-
-/// The same lens, but for terms of higher order, with numerator and denominator both multiplied by
-/// 1 + b r^2: another place to begin.
-Lens Multiplied(const Lens& lens, double b) {
-  Lens multiplied = lens;
-  auto& p = multiplied.values;
-  p[K3] += b * p[K2];
-  p[K2] += b * p[K1];
-  p[K1] += b;
-  p[K4] += b;
-  return multiplied;
 }
 
 class Stages {
@@ -92,6 +82,9 @@ class Stages {
     solve.prior = prior;
     // The classic model has no flat valley: digits that others can be compared with cost one more step.
     if (free == options_.free && free == CLASSIC_PARAMETERS) solve.precision = 1e-11;
+    // What is only a start for the next model need not be exact, and is near that one's minimum.
+    if (free < options_.free) solve.precision = 1e-2;
+    if (free > CLASSIC_PARAMETERS) solve.firstDamping = 1e-6;
     solve.threads = options_.threads;
     solve.progress = options_.progress;
     Estimate from = start;
@@ -100,42 +93,23 @@ class Stages {
   }
 
  private:
+  /// With the weak prior the larger models have one minimum, wherever the search begins.
   StagedSolution Enlarged(const StagedSolution& smaller, int free) const {
     const Estimate& from = smaller.solution.estimate;
     const double radius = DataRadius(views_, from);
     double variance = NoiseVariance(smaller.solution, views_);
-    StagedSolution best;
-    for (double strength = 1.0; strength < 1e13; strength *= 10.0) {
-      best = Best(from, free, PriorFor(radius, variance, strength));
+    StagedSolution larger;
+    for (double strength = 1.0; strength < 1e13; strength *= 3.0) {
+      larger = Solve(from, free, PriorFor(radius, variance, strength));
       // The smaller model may have been far off: once more with the noise as it is now known.
-      const double known = NoiseVariance(best.solution, views_);
+      const double known = NoiseVariance(larger.solution, views_);
       if (known < 0.5 * variance) {
         variance = known;
-        best = Solve(best.solution.estimate, free, PriorFor(radius, variance, strength));
+        larger = Solve(larger.solution.estimate, free, PriorFor(radius, variance, strength));
       }
-      if (IsFreeOfPoles(best.solution.estimate.lens, options_.imageSize)) break;
+      if (IsFreeOfPoles(larger.solution.estimate.lens, options_.imageSize)) break;
     }
-    return best;
-  }
-
-  StagedSolution Best(const Estimate& from, int free, const Prior& prior) const {
-    StagedSolution best = Solve(from, free, prior);
-    if (free != RATIONAL_PARAMETERS) return best;
-    const double radius = DataRadius(views_, from);
-    for (const double b : {1.0, -0.6}) {
-      Estimate other = from;
-      other.lens = Multiplied(from.lens, b / (radius * radius));
-      StagedSolution candidate = Solve(other, free, prior);
-      const bool lower = candidate.solution.squares + candidate.solution.priorSquares <
-                         best.solution.squares + best.solution.priorSquares;
-      // A start without a pole is worth more than a lower sum of squares with one.
-      const bool better = lower || !IsFreeOfPoles(best.solution.estimate.lens, options_.imageSize);
-      if (candidate.solution.usable && better &&
-          IsFreeOfPoles(candidate.solution.estimate.lens, options_.imageSize)) {
-        best = std::move(candidate);
-      }
-    }
-    return best;
+    return larger;
   }
 
   const std::vector<View>& views_;

@@ -20,8 +20,8 @@ struct StagedSolution {
 };
 
 /// The larger models have a flat valley in which coefficients grow without an effect on the pixels: a weak
-/// prior on those beyond the classic ones keeps them out of it. It is strengthened as far as it takes to have
-/// no pole of the distortion within the image.
+/// prior on those beyond the classic ones keeps them out of it. That of the denominator is strengthened as
+/// far as it takes to have no pole of the distortion within the image.
 StagedSolution SolveStages(const std::vector<View>& views, const Estimate& start,
                            const StageOptions& options);
 

@@ -12,7 +12,6 @@ namespace sparse {
 
 namespace {
 
-constexpr double FIRST_DAMPING = 1e-3;
 constexpr double LEAST_DAMPING = 1e-15;
 constexpr double MOST_DAMPING = 1e12;
 
@@ -168,7 +167,7 @@ class Minimiser {
       Reject();
       return;
     }
-    if (step.predicted < options_.precision * Variance() && damping_ <= FIRST_DAMPING) {
+    if (step.predicted < options_.precision * Variance() && damping_ <= options_.firstDamping) {
       solution_.converged = true;
       return;
     }
@@ -216,7 +215,7 @@ class Minimiser {
   const Measurements& measurements_;
   const SolveOptions& options_;
   Solution solution_;
-  double damping_ = FIRST_DAMPING;
+  double damping_ = options_.firstDamping;
   double raise_ = 2.0;
   int sinceRejection_ = 3;
 };

@@ -26,6 +26,7 @@ struct SolveOptions {
   Prior prior{};
   int threads = 1;
   int mostIterations = 500;
+  double firstDamping = 1e-3;  ///< shares of the diagonal
   /// Reductions of the sum of squares below this share of the noise's variance end the search.
   double precision = 1e-9;
   /// Called after each iteration with its number and the sum of squares; false ends the computation there.

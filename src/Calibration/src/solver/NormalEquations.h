@@ -32,6 +32,9 @@ using PoseStep = std::array<double, POSE_PARAMETERS>;
 
 ViewEquations EquationsOf(const View& view, const Lens& lens, const Pose& pose);
 
+/// The same with a known lens: its parameters have no columns.
+ViewEquations PoseEquationsOf(const View& view, const Lens& lens, const Pose& pose);
+
 /// Eliminates the pose; `damping` is added to the diagonal of its block, as a share of it.
 ReducedView Reduce(const ViewEquations& equations, int free, double damping);
 

@@ -34,7 +34,16 @@ struct Coordinate {
 /// What is in front of a lens of fixed parameters.
 class Projection {
  public:
+  /// What the formulas use of a lens: its parameters, and the tilt with its derivatives by both angles.
+  struct Constants {
+    Lens lens;
+    bool tilted = false;
+    cv::Matx33d tilt, tiltByX, tiltByY;
+  };
+
   explicit Projection(const Lens& lens);
+
+  const Constants& Numbers() const { return constants_; }
 
   /// The pixel of a point in the camera's frame. False when the point is not in front of the camera, or its
   /// pixel is not finite.
@@ -44,21 +53,7 @@ class Projection {
   bool Differentiate(const cv::Vec3d& point, Coordinate& u, Coordinate& v) const;
 
  private:
-  struct Bent;
-  struct Tilted;
-
-  Bent Bend(double x, double y) const;
-  Tilted Tilt(const Bent& bent) const;
-  static void ByCamera(const Tilted& tilted, Coordinate& u, Coordinate& v);
-  void ByRadial(const Bent& bent, const cv::Matx22d& byBent, Coordinate& u, Coordinate& v) const;
-  void ByPrismAndTilt(const Bent& bent, const Tilted& tilted, const cv::Matx22d& byBent, Coordinate& u,
-                      Coordinate& v) const;
-  static void ByPoint(const Bent& bent, const cv::Matx22d& byBent, double nearness, Coordinate& u,
-                      Coordinate& v);
-
-  Lens lens_;
-  bool tilted_;
-  cv::Matx33d tilt_, tiltByX_, tiltByY_;
+  Constants constants_;
 };
 
 }  // namespace sparse

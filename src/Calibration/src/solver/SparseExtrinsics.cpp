@@ -94,7 +94,8 @@ void FillEpipolar(const StereoIntrinsics& intrinsics, const sparse::Pose& right,
 ExtrinsicsResult SolveExtrinsicsSparsely(const std::vector<std::vector<cv::Point3d>>& objectPoints,
                                          const std::vector<std::vector<cv::Point2d>>& leftPoints,
                                          const std::vector<std::vector<cv::Point2d>>& rightPoints,
-                                         const StereoIntrinsics& intrinsics, int model, int threads) {
+                                         const StereoIntrinsics& intrinsics, int model, int threads,
+                                         const std::function<bool(int, double)>& progress) {
   WarnOfIgnoredCoefficients(intrinsics, model);
   const sparse::Target left = sparse::TargetOf(objectPoints, Matching(leftPoints, objectPoints));
   const sparse::Target right = sparse::TargetOf(objectPoints, Matching(rightPoints, objectPoints));
@@ -103,11 +104,18 @@ ExtrinsicsResult SolveExtrinsicsSparsely(const std::vector<std::vector<cv::Point
   const sparse::PairMeasurements measurements(left.views, right.views, leftLens, rightLens);
   sparse::SolveOptions options;
   options.threads = threads;
+  bool givenUp = false;
+  const double points = 0.5 * measurements.Coordinates();
+  options.progress = [&](int iteration, double squares) {
+    givenUp = progress && !progress(iteration, std::sqrt(squares / points));
+    return !givenUp;
+  };
   const sparse::Solution solution =
       sparse::Minimise(measurements, StartOf(left, right, leftLens, rightLens), options);
+  if (givenUp) CV_Error(cv::Error::StsError, "The computation was given up.");
   if (!solution.usable) CV_Error(cv::Error::StsNoConv, "The views do not agree with any pair of cameras.");
   ExtrinsicsResult result;
-  result.rms = std::sqrt(solution.squares / (0.5 * measurements.Coordinates()));
+  result.rms = std::sqrt(solution.squares / points);
   FillEpipolar(intrinsics, solution.estimate.right, result);
   return result;
 }

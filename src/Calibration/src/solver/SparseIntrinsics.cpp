@@ -3,13 +3,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
 #include <thread>
 
-#include "solver/DiscBias.h"
 #include "solver/ModelParameters.h"
-#include "solver/SolutionMatrices.h"
-#include "solver/Start.h"
+#include "solver/SelectedViews.h"
 
 namespace {
 
@@ -43,8 +40,9 @@ class Computation {
   }
 
   SparseResult Run() {
-    sparse::Selection selection = Select();
-    sparse::Solved solved = Solve(selection);
+    sparse::Selection selection =
+        sparse::SelectedFrom(target_.views, stages_, {options_.robust, options_.discRadius});
+    const sparse::Solved solved = sparse::SolveSelected(selection, stages_, options_.discRadius);
     if (givenUp_) CV_Error(cv::Error::StsError, "The computation was given up.");
     if (!solved.staged.solution.usable) {
       CV_Error(cv::Error::StsNoConv, "The views do not agree with any camera.");
@@ -56,40 +54,6 @@ class Computation {
   }
 
  private:
-  sparse::Selection Select() const {
-    if (options_.robust) {
-      return sparse::Selected(
-          target_.views, stages_,
-          [this](const std::vector<sparse::View>& views, const sparse::Estimate& estimate) {
-            return Corrected(views, estimate);
-          });
-    }
-    sparse::Selection all;
-    all.views = target_.views;
-    all.kept.resize(all.views.size());
-    std::iota(all.kept.begin(), all.kept.end(), size_t{0});
-    return all;
-  }
-
-  std::vector<sparse::View> Corrected(const std::vector<sparse::View>& views,
-                                      const sparse::Estimate& estimate) const {
-    return options_.discRadius > 0.0 ? sparse::WithoutDiscBias(views, estimate, options_.discRadius) : views;
-  }
-
-  sparse::Solved Solve(const sparse::Selection& selection) const {
-    sparse::Solved solved;
-    solved.kept = selection.kept;
-    solved.views = selection.views;
-    solved.staged =
-        sparse::SolveStages(solved.views, sparse::StartOf(solved.views, stages_.imageSize), stages_);
-    // Once brings most of it; wide lenses with distortion need it twice.
-    for (int i = 0; i < 2 && options_.discRadius > 0.0 && solved.staged.solution.usable; ++i) {
-      solved.views = Corrected(selection.views, solved.staged.solution.estimate);
-      solved.staged = sparse::SolveAgain(solved.views, solved.staged, stages_);
-    }
-    return solved;
-  }
-
   const sparse::Target& target_;
   const SparseOptions& options_;
   sparse::StageOptions stages_;

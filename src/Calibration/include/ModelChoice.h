@@ -1,0 +1,27 @@
+/// Which lens model the snapshots ask for, in numbers and in words.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Export.h"
+
+/// The lens models side by side. A larger one always fits the points more closely; it is chosen only when
+/// that is worth its coefficients and it meets views better that it did not see.
+struct VELMORA_API ModelChoice {
+  struct Candidate {
+    int model = 0;           ///< of Calibrator
+    double rms = 0.0;        ///< pixels
+    double criterion = 0.0;  ///< Bayesian information criterion; the smaller the better
+    double unseen = 0.0;     ///< RMS of views that were left out in turn, their poses fitted; pixels
+    bool poleFree = false;   ///< the denominator of the distortion has no root within the image
+  };
+
+  int model = 0;                      ///< of Calibrator; 0: there was nothing to choose from
+  std::vector<Candidate> candidates;  ///< the classic, the rational and the full model
+  std::vector<std::string> reasons;   ///< for each of the larger models, why it is chosen or not
+
+  /// "classic", "rational", "full", or "none".
+  std::string Name() const;
+  static std::string NameOf(int model);
+};

@@ -1,0 +1,17 @@
+/// Compares the lens models on the same views.
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <vector>
+
+#include "ModelChoice.h"
+#include "solver/SparseIntrinsics.h"
+
+/// With the options of a computation, of which robustness is applied once, by the full model: what even that
+/// cannot explain is left out for all. Raises cv::Exception as SolveIntrinsicsSparsely does.
+ModelChoice CompareModels(const std::vector<std::vector<cv::Point3d>>& objectPoints,
+                          const std::vector<std::vector<cv::Point2d>>& imagePoints, const cv::Size& imageSize,
+                          const SparseOptions& options = {});
+
+/// The choice among candidates that are in the order of their size, with its reasons.
+ModelChoice ChooseAmong(const std::vector<ModelChoice::Candidate>& candidates);

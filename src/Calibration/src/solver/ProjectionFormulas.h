@@ -1,0 +1,182 @@
+/// The formulas of the projection through a lens and of its derivatives, for one point or several at once.
+#pragma once
+
+#include <array>
+
+#include "solver/Projection.h"
+
+namespace sparse {
+
+enum Parameter { FX, FY, CX, CY, K1, K2, P1, P2, K3, K4, K5, K6, S1, S2, S3, S4, TAU_X, TAU_Y };
+
+/// A coordinate of one or several pixels (numbers of the kind T) with its derivatives by the lens' parameters
+/// and by the point in the camera's frame.
+template <typename T>
+struct CoordinateOf {
+  T value{};
+  std::array<T, FULL_PARAMETERS> byLens{};
+  std::array<T, 3> byPoint{};
+};
+
+template <typename T>
+class ProjectionFormulas {
+ public:
+  explicit ProjectionFormulas(const Projection::Constants& constants)
+      : lens_(constants.lens), constants_(constants) {}
+
+  /// Of the point (x, y, 1) * depth. Derivatives by parameters that are not free are not touched.
+  void Differentiate(const T& x, const T& y, const T& nearness, CoordinateOf<T>& u,
+                     CoordinateOf<T>& v) const {
+    const Bent bent = Bend(x, y);
+    const Tilted tilted = Tilt(bent);
+    const auto& p = lens_.values;
+    u.value = p[FX] * tilted.x + p[CX];
+    v.value = p[FY] * tilted.y + p[CY];
+    const Matrix byBent = {p[FX] * tilted.xx, p[FX] * tilted.xy, p[FY] * tilted.yx, p[FY] * tilted.yy};
+    ByCamera(tilted, u, v);
+    ByRadial(bent, byBent, u, v);
+    if (lens_.free > S1) ByPrismAndTilt(bent, tilted, byBent, u, v);
+    ByPoint(bent, byBent, nearness, u, v);
+  }
+
+  void Project(const T& x, const T& y, T& u, T& v) const {
+    const Tilted tilted = Tilt(Bend(x, y));
+    u = lens_.values[FX] * tilted.x + lens_.values[CX];
+    v = lens_.values[FY] * tilted.y + lens_.values[CY];
+  }
+
+ private:
+  struct Matrix {
+    T xx, xy, yx, yy;
+  };
+
+  /// The distorted ray before the tilt.
+  struct Bent {
+    T x, y, r2, x0, y0;  ///< distorted, and the ray it came from
+    Matrix byRay;
+    T fraction, inverse;  ///< of the radial distortion, and of its denominator
+  };
+
+  /// The distorted ray on the tilted sensor, with its derivatives by the one before.
+  struct Tilted {
+    T x, y, nearness;
+    T xx, xy, yx, yy;
+  };
+
+  Bent Bend(const T& x, const T& y) const {
+    const auto& p = lens_.values;
+    Bent bent;
+    const T r2 = x * x + y * y;
+    bent.x0 = x;
+    bent.y0 = y;
+    bent.r2 = r2;
+    bent.inverse = 1.0 / (1.0 + r2 * (p[K4] + r2 * (p[K5] + r2 * p[K6])));
+    bent.fraction = (1.0 + r2 * (p[K1] + r2 * (p[K2] + r2 * p[K3]))) * bent.inverse;
+    const T prismX = p[S1] + r2 * p[S2];
+    const T prismY = p[S3] + r2 * p[S4];
+    const T xy = x * y;
+    bent.x = x * bent.fraction + 2.0 * p[P1] * xy + p[P2] * (r2 + 2.0 * x * x) + r2 * prismX;
+    bent.y = y * bent.fraction + p[P1] * (r2 + 2.0 * y * y) + 2.0 * p[P2] * xy + r2 * prismY;
+    const T slope = (p[K1] + r2 * (2.0 * p[K2] + r2 * (3.0 * p[K3])) -
+                     bent.fraction * (p[K4] + r2 * (2.0 * p[K5] + r2 * (3.0 * p[K6])))) *
+                    bent.inverse;
+    const T alongX = 2.0 * (x * slope + (p[S1] + 2.0 * p[S2] * r2));
+    const T alongY = 2.0 * (y * slope + (p[S3] + 2.0 * p[S4] * r2));
+    const T both = 2.0 * p[P1] * x + 2.0 * p[P2] * y;
+    bent.byRay.xx = bent.fraction + alongX * x + 2.0 * p[P1] * y + 6.0 * p[P2] * x;
+    bent.byRay.xy = alongX * y + both;
+    bent.byRay.yx = alongY * x + both;
+    bent.byRay.yy = bent.fraction + alongY * y + 6.0 * p[P1] * y + 2.0 * p[P2] * x;
+    return bent;
+  }
+
+  Tilted Tilt(const Bent& bent) const {
+    const T zero{};
+    if (!constants_.tilted) return {bent.x, bent.y, zero + 1.0, zero + 1.0, zero, zero, zero + 1.0};
+    const cv::Matx33d& tilt = constants_.tilt;
+    const auto row = [&](int i) { return tilt(i, 0) * bent.x + tilt(i, 1) * bent.y + tilt(i, 2); };
+    Tilted tilted;
+    tilted.nearness = 1.0 / row(2);
+    tilted.x = row(0) * tilted.nearness;
+    tilted.y = row(1) * tilted.nearness;
+    tilted.xx = (tilt(0, 0) - tilted.x * tilt(2, 0)) * tilted.nearness;
+    tilted.xy = (tilt(0, 1) - tilted.x * tilt(2, 1)) * tilted.nearness;
+    tilted.yx = (tilt(1, 0) - tilted.y * tilt(2, 0)) * tilted.nearness;
+    tilted.yy = (tilt(1, 1) - tilted.y * tilt(2, 1)) * tilted.nearness;
+    return tilted;
+  }
+
+  static void ByCamera(const Tilted& tilted, CoordinateOf<T>& u, CoordinateOf<T>& v) {
+    const T zero{};
+    u.byLens[FX] = tilted.x;
+    v.byLens[FY] = tilted.y;
+    u.byLens[FY] = v.byLens[FX] = u.byLens[CY] = v.byLens[CX] = zero;
+    u.byLens[CX] = v.byLens[CY] = zero + 1.0;
+  }
+
+  void ByRadial(const Bent& bent, const Matrix& byBent, CoordinateOf<T>& u, CoordinateOf<T>& v) const {
+    const T& x = bent.x0;
+    const T& y = bent.y0;
+    const T& r2 = bent.r2;
+    const auto along = [&](Parameter parameter, const T& dx, const T& dy) {
+      u.byLens[parameter] = byBent.xx * dx + byBent.xy * dy;
+      v.byLens[parameter] = byBent.yx * dx + byBent.yy * dy;
+    };
+    // Each power is the one before times the squared radius; the denominator's are those of the numerator
+    // times the fraction.
+    const auto power = [&](Parameter parameter, Parameter before) {
+      u.byLens[parameter] = r2 * u.byLens[before];
+      v.byLens[parameter] = r2 * v.byLens[before];
+    };
+    const T first = r2 * bent.inverse;
+    along(K1, x * first, y * first);
+    power(K2, K1);
+    power(K3, K2);
+    const T xy = 2.0 * x * y;
+    along(P1, xy, r2 + 2.0 * y * y);
+    along(P2, r2 + 2.0 * x * x, xy);
+    if (lens_.free <= K4) return;
+    u.byLens[K4] = -bent.fraction * u.byLens[K1];
+    v.byLens[K4] = -bent.fraction * v.byLens[K1];
+    power(K5, K4);
+    power(K6, K5);
+  }
+
+  void ByPrismAndTilt(const Bent& bent, const Tilted& tilted, const Matrix& byBent, CoordinateOf<T>& u,
+                      CoordinateOf<T>& v) const {
+    const T& r2 = bent.r2;
+    u.byLens[S1] = byBent.xx * r2;
+    v.byLens[S1] = byBent.yx * r2;
+    u.byLens[S3] = byBent.xy * r2;
+    v.byLens[S3] = byBent.yy * r2;
+    for (const Parameter first : {S1, S3}) {
+      u.byLens[first + 1] = u.byLens[first] * r2;
+      v.byLens[first + 1] = v.byLens[first] * r2;
+    }
+    const auto tilt = [&](Parameter parameter, const cv::Matx33d& by) {
+      const auto change = [&](int i) { return by(i, 0) * bent.x + by(i, 1) * bent.y + by(i, 2); };
+      const T depth = change(2);
+      u.byLens[parameter] = lens_.values[FX] * (change(0) - tilted.x * depth) * tilted.nearness;
+      v.byLens[parameter] = lens_.values[FY] * (change(1) - tilted.y * depth) * tilted.nearness;
+    };
+    tilt(TAU_X, constants_.tiltByX);
+    tilt(TAU_Y, constants_.tiltByY);
+  }
+
+  static void ByPoint(const Bent& bent, const Matrix& byBent, const T& nearness, CoordinateOf<T>& u,
+                      CoordinateOf<T>& v) {
+    const Matrix& byRay = bent.byRay;
+    const auto row = [&](const T& x, const T& y, CoordinateOf<T>& coordinate) {
+      const T byX = nearness * (x * byRay.xx + y * byRay.yx);
+      const T byY = nearness * (x * byRay.xy + y * byRay.yy);
+      coordinate.byPoint = {byX, byY, -(byX * bent.x0 + byY * bent.y0)};
+    };
+    row(byBent.xx, byBent.xy, u);
+    row(byBent.yx, byBent.yy, v);
+  }
+
+  const Lens& lens_;
+  const Projection::Constants& constants_;
+};
+
+}  // namespace sparse
