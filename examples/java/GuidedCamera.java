@@ -1,5 +1,8 @@
 import com.velotrix.quiverleaf.sdk.CalibrationResult;
 import com.velotrix.quiverleaf.sdk.Calibrator;
+import com.velotrix.quiverleaf.sdk.Finder;
+import com.velotrix.quiverleaf.sdk.Solver;
+import com.velotrix.quiverleaf.sdk.Verdict;
 import java.nio.file.Path;
 import java.time.Duration;
 
@@ -10,6 +13,8 @@ public class GuidedCamera {
     Path poses = Path.of(arguments[1]);
     try (Calibrator calibrator = Calibrator.builder().hdist(0.2).frameSize(640, 480).build()) {
       calibrator.onFrames(frame -> System.out.println(frame.jpeg().length + " bytes, " + frame.status()));
+      calibrator.setFinder(Finder.ROBUST);
+      calibrator.setSolver(Solver.SPARSE);
       calibrator.startAssistant(poses);
       if (!calibrator.openContent(video)) { // or openCamera(0, 640, 480, 30)
         throw new IllegalArgumentException(video + " cannot be opened");
@@ -17,7 +22,11 @@ public class GuidedCamera {
       CalibrationResult result = calibrator.awaitResult(Duration.ofMinutes(5));
       calibrator.closeSource();
       System.out.println(result.cameraMatrix() + "\nRMS " + result.rms() + " px");
-      calibrator.save(Path.of("camera.json"));
+      Verdict verdict = calibrator.verdict();
+      System.out.println("Verdict: " + verdict);
+      if (verdict.grade() != Verdict.Grade.WORTHLESS) {
+        calibrator.save(Path.of("camera.json"));
+      }
     }
   }
 }
