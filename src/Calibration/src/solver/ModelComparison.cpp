@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdio>
 #include <limits>
+#include <sstream>
 
 #include "Calibrator.h"
 #include "solver/ModelParameters.h"
@@ -138,16 +139,18 @@ ModelChoice ChooseAmong(const std::vector<Candidate>& candidates) {
   const Candidate* best = &candidates.front();
   for (size_t i = 1; i < candidates.size(); ++i) {
     const Candidate& larger = candidates[i];
-    const std::string names = "The " + ModelChoice::NameOf(larger.model) + " model is ";
     const std::string fault = FaultOf(larger, *best);
+    std::ostringstream reason;
+    reason << "The " << ModelChoice::NameOf(larger.model) << " model is " << (fault.empty() ? "" : "not ")
+           << "better than the " << ModelChoice::NameOf(best->model) << " one: ";
     if (!fault.empty()) {
-      choice.reasons.push_back(names + "not better than the " + ModelChoice::NameOf(best->model) +
-                               " one: " + fault + ".");
+      reason << fault << ".";
+      choice.reasons.push_back(reason.str());
       continue;
     }
-    choice.reasons.push_back(names + "better than the " + ModelChoice::NameOf(best->model) + " one: RMS " +
-                             Instead(larger.rms, best->rms) + ", of views that it did not see " +
-                             Instead(larger.unseen, best->unseen) + ".");
+    reason << "RMS " << Instead(larger.rms, best->rms) << ", of views that it did not see "
+           << Instead(larger.unseen, best->unseen) << ".";
+    choice.reasons.push_back(reason.str());
     best = &larger;
   }
   choice.model = best->model;

@@ -92,7 +92,7 @@ class Jacobian {
         return;
       }
     }
-    if (column + LAST_WIDTH == COLUMNS) {
+    if (column + LAST_WIDTH == COLUMNS) {  // NOLINT(bugprone-branch-clone): not for other widths
       AddTile<2, LAST_WIDTH>(row, column, equations);
     } else {
       AddTile<2, 4>(row, column, equations);
