@@ -12,8 +12,6 @@
 
 namespace {
 
-constexpr int ERRORS = 1;
-
 void Write(const char* name, const std::string& text) {
   std::ofstream file(name);
   file << text << "\n";

@@ -105,7 +105,7 @@ TEST_F(AtomicFile, IsNotOpenedThroughLinksThatLeadInACircle) {
 }
 
 TEST_F(AtomicFile, KeepsTheRightsOfAnEarlierOne) {
-  for (const mode_t rights : {0600, 0640, 0666, 0755}) {
+  for (const mode_t rights : {0600U, 0640U, 0666U, 0755U}) {
     support::WriteText(path_, "earlier");
     ASSERT_EQ(chmod(path_.c_str(), rights), 0);
     EXPECT_EQ(WriteFileAtomically(path_, "text"), WriteOutcome::Written);

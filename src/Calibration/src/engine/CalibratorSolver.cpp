@@ -85,13 +85,12 @@ SparseResult Calibrator::SolverChoice::Settings::Solve(
   options.discRadius = discRadius;
   options.progress = progress;
   solved = SolveIntrinsicsSparsely(objectPoints, imagePoints, imageSize, model, options);
-  for (const sparse::Rejected& rejected : solved.rejected) {
-    if (rejected.point == sparse::Rejected::WHOLE_VIEW) {
-      Log::warn("View %zu is left out: %s (%.2f px).", rejected.view, rejected.reason.c_str(),
-                rejected.residual);
+  for (const sparse::Rejected& item : solved.rejected) {
+    if (item.point == sparse::Rejected::WHOLE_VIEW) {
+      Log::warn("View %zu is left out: %s (%.2f px).", item.view, item.reason.c_str(), item.residual);
     } else {
-      Log::warn("Point %d of view %zu is left out: %s (%.2f px).", rejected.point, rejected.view,
-                rejected.reason.c_str(), rejected.residual);
+      Log::warn("Point %d of view %zu is left out: %s (%.2f px).", item.point, item.view, item.reason.c_str(),
+                item.residual);
     }
   }
   return solved;
