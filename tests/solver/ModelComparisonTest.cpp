@@ -10,6 +10,7 @@
 #include "engine/Collection.h"
 #include "engine/TargetGeometry.h"
 #include "foundation/Scopes.h"
+#include "solver/NoisyViews.h"
 
 namespace {
 
@@ -22,19 +23,6 @@ world::Camera LeaningCamera() {
   return world::CameraFromFieldOfView(
       unit::FRAME, 75.0,
       {-0.28, 0.11, 0.0012, 0.0009, -0.02, 0.0, 0.0, 0.0, 0.01, -0.004, -0.008, 0.004, 0.04, -0.03});
-}
-
-unit::PointLists Seen(const world::Camera& camera, int count, std::uint64_t seed) {
-  const world::Sheet sheet(unit::GRID, static_cast<double>(unit::UNIT));
-  cv::RNG random(seed + 1);
-  unit::PointLists views;
-  for (const world::Pose& pose : world::SampleViews(camera, count, seed, sheet)) {
-    views.push_back(world::TrueCentres(camera.lens, sheet, pose));
-    for (cv::Point2d& centre : views.back()) {
-      centre += cv::Point2d(random.gaussian(0.1), random.gaussian(0.1));
-    }
-  }
-  return views;
 }
 
 /// Fewer under the thread sanitizer, which takes half a minute for each and has one thread to look at.
@@ -53,7 +41,7 @@ ModelChoice Chosen(const unit::PointLists& views, const SparseOptions& options =
 
 TEST(ModelComparison, ChoosesTheClassicModelForALensOfItsKind) {
   for (const std::uint64_t seed : Seeds()) {
-    const ModelChoice choice = Chosen(Seen(unit::DistortedCamera(), 15, seed));
+    const ModelChoice choice = Chosen(unit::NoisyViews(unit::DistortedCamera(), 15, seed));
     EXPECT_EQ(choice.Name(), "classic") << seed;
     ASSERT_EQ(choice.reasons.size(), 2U);
     EXPECT_EQ(choice.reasons[0].find("The rational model is not better than the classic one: "), 0U);
@@ -63,7 +51,7 @@ TEST(ModelComparison, ChoosesTheClassicModelForALensOfItsKind) {
 
 TEST(ModelComparison, ChoosesTheRationalModelForAStrongLensOfItsKind) {
   for (const std::uint64_t seed : Seeds()) {
-    const ModelChoice choice = Chosen(Seen(RationalCamera(), 15, seed));
+    const ModelChoice choice = Chosen(unit::NoisyViews(RationalCamera(), 15, seed));
     EXPECT_EQ(choice.Name(), "rational") << seed;
     EXPECT_EQ(choice.reasons[0].find("The rational model is better than the classic one: RMS"), 0U);
     EXPECT_LT(choice.candidates[1].unseen, choice.candidates[0].unseen);
@@ -72,19 +60,19 @@ TEST(ModelComparison, ChoosesTheRationalModelForAStrongLensOfItsKind) {
 
 TEST(ModelComparison, ChoosesTheFullModelForASensorThatLeans) {
   for (const std::uint64_t seed : Seeds()) {
-    EXPECT_EQ(Chosen(Seen(LeaningCamera(), 20, seed)).Name(), "full") << seed;
+    EXPECT_EQ(Chosen(unit::NoisyViews(LeaningCamera(), 20, seed)).Name(), "full") << seed;
   }
 }
 
 TEST(ModelComparison, MeetsUnseenViewsWithTheErrorOfTheirPointsAlone) {
   // With many views the lens is as good as known: what is left is the noise, less what poses take up.
-  const ModelChoice choice = Chosen(Seen(unit::DistortedCamera(), 40, 46));
+  const ModelChoice choice = Chosen(unit::NoisyViews(unit::DistortedCamera(), 40, 46));
   EXPECT_NEAR(choice.candidates[0].unseen, choice.candidates[0].rms, 0.02 * choice.candidates[0].rms);
   EXPECT_GT(choice.candidates[0].unseen, choice.candidates[0].rms);
 }
 
 TEST(ModelComparison, IsNotMisledByAViewInWrongOrder) {
-  auto views = Seen(unit::DistortedCamera(), 15, 47);
+  auto views = unit::NoisyViews(unit::DistortedCamera(), 15, 47);
   std::reverse(views[3].begin(), views[3].end());
   SparseOptions options;
   options.robust = true;
@@ -130,7 +118,7 @@ TEST(ModelComparison, MayStepOverARationalModelThatIsNotBetter) {
 }
 
 TEST(ModelComparison, IsACalibratorsToo) {
-  const auto calibrator = unit::CalibratorWith(Seen(unit::DistortedCamera(), 12, 41));
+  const auto calibrator = unit::CalibratorWith(unit::NoisyViews(unit::DistortedCamera(), 12, 41));
   const ModelChoice choice = calibrator->ChooseModel();
   EXPECT_EQ(choice.model, Calibrator::MODEL_CLASSIC);
   EXPECT_EQ(choice.candidates.size(), 3U);
@@ -139,7 +127,7 @@ TEST(ModelComparison, IsACalibratorsToo) {
 }
 
 TEST(ModelComparison, ChoosesNothingWithoutEnoughSnapshots) {
-  const auto calibrator = unit::CalibratorWith(Seen(unit::DistortedCamera(), 4, 41));
+  const auto calibrator = unit::CalibratorWith(unit::NoisyViews(unit::DistortedCamera(), 4, 41));
   EXPECT_NE(unit::PrintedBy([&] { EXPECT_EQ(calibrator->ChooseModel().Name(), "none"); }), "");
   EXPECT_EQ(unit::MakeCalibrator(Calibrator::STEREO)->ChooseModel().model, 0);
 }

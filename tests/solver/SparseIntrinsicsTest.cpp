@@ -13,6 +13,7 @@
 #include "engine/Collection.h"
 #include "engine/TargetGeometry.h"
 #include "solver/LensStages.h"
+#include "solver/NoisyViews.h"
 
 namespace {
 
@@ -28,19 +29,8 @@ IntrinsicsResult Dense(const unit::PointLists& views, int model) {
   return SolveIntrinsics(Targets(views.size()), views, unit::FRAME, model);
 }
 
-/// Random views of the distorted camera with a tenth of a pixel of noise.
 unit::PointLists RandomViews(int count, std::uint64_t seed) {
-  const world::Camera camera = unit::DistortedCamera();
-  const world::Sheet sheet(unit::GRID, static_cast<double>(unit::UNIT));
-  cv::RNG random(seed + 1);
-  unit::PointLists views;
-  for (const world::Pose& pose : world::SampleViews(camera, count, seed, sheet)) {
-    views.push_back(world::TrueCentres(camera.lens, sheet, pose));
-    for (cv::Point2d& centre : views.back()) {
-      centre += cv::Point2d(random.gaussian(0.1), random.gaussian(0.1));
-    }
-  }
-  return views;
+  return unit::NoisyViews(unit::DistortedCamera(), count, seed);
 }
 
 double DistanceInHull(const world::Lens& a, const world::Lens& b, const unit::PointLists& views) {
