@@ -56,7 +56,7 @@ void CompareForecast(const Points& views, const SparseResult& result, const cv::
   // Deviations are of one coordinate.
   const double error = rmsInData / std::sqrt(2.0);
   trial.overFormal = Finite(error / verdict.deviationInData);
-  trial.overVerdict = Finite(error / std::max(verdict.deviationInData, verdict.jackknifeInData));
+  trial.overVerdict = Finite(error / verdict.ExpectedInData());
 }
 
 }  // namespace

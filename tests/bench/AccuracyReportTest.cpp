@@ -116,9 +116,43 @@ TEST(AccuracyReport, StandardDeviationsMisleadWhenTheSheetIsBent) {
   what.sag = 0.002;
   const Trials trials = accuracy::RunTrials(what, 20);
   EXPECT_LT(accuracy::HonestyOf(trials, 0, 4).within2, 0.4);
-  // So does leaving out views: the same sheet is bent in all of them.
-  EXPECT_GT(accuracy::RootMeanSquare(accuracy::Each(trials, [](const Trial& t) { return t.overVerdict; })),
-            2.0);
+}
+
+TEST(AccuracyReport, VerdictForecastsTheErrorsThatABentSheetMakes) {
+  for (const double sag : {0.0005, 0.002}) {
+    Case what = Classic();
+    what.sag = sag;
+    const Trials trials = accuracy::RunTrials(what, 20);
+    EXPECT_NEAR(
+        accuracy::RootMeanSquare(accuracy::Each(trials, [](const Trial& t) { return t.overVerdict; })), 1.0,
+        0.2);
+    for (const Trial& trial : trials) EXPECT_NE(trial.grade, CalibrationVerdict::Grade::Good);
+  }
+}
+
+/// Cameras, sheets and numbers of views of all kinds.
+Case AnyCase(int number) {
+  constexpr double SAGS[] = {0.0, 0.0, 0.0001, 0.00025, 0.0005};
+  constexpr LensKind LENSES[] = {LensKind::Light, LensKind::Strong, LensKind::WideAngle, LensKind::Tilted};
+  Case what;
+  what.lens = LENSES[number % 4];
+  what.fieldOfView = what.lens == LensKind::WideAngle ? 100.0 : 50.0 + 4.0 * (number % 7);
+  what.views = 4 + number % 17;
+  what.sag = SAGS[number % 5];
+  what.noise = number % 3 == 0 ? 0.3 : 0.1;
+  what.model = number % 11 == 0 ? Calibrator::MODEL_FULL : Calibrator::MODEL_CLASSIC;
+  return what;
+}
+
+TEST(AccuracyReport, VerdictCallsNothingGoodThatIsFarWorseThanForecast) {
+  int good = 0;
+  for (int i = 0; i < 200; ++i) {
+    const Trial trial = accuracy::RunTrial(AnyCase(i), static_cast<std::uint64_t>(1000 + i));
+    if (trial.failed || trial.grade != CalibrationVerdict::Grade::Good) continue;
+    ++good;
+    EXPECT_LT(trial.overVerdict, 3.0) << i;
+  }
+  EXPECT_GT(good, 60);
 }
 
 TEST(AccuracyReport, OfPairsIsTenthsOfDegreesAndMillimetres) {

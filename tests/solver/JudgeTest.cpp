@@ -117,6 +117,61 @@ TEST(Verdict, SeesABentSheet) {
   EXPECT_TRUE(Says(verdict, "views disagree")) << verdict.ToJson();
 }
 
+unit::PointLists SeenOf(const std::vector<cv::Point3d>& sheet, int count, std::uint64_t seed) {
+  cv::RNG random(seed + 1);
+  unit::PointLists views;
+  for (const world::Pose& pose : RandomPoses(count, seed)) {
+    views.push_back(world::ProjectPoints(unit::DistortedCamera().lens, sheet, pose));
+    for (cv::Point2d& point : views.back()) point += cv::Point2d(random.gaussian(0.1), random.gaussian(0.1));
+  }
+  return views;
+}
+
+TEST(Verdict, MeasuresASheetThatIsBentTheSameWayInAllViews) {
+  auto sheet = MakeObjectTemplate(unit::GRID, unit::UNIT);
+  for (cv::Point3d& point : sheet) point.z = 0.0005 * (1.0 - std::pow(point.y / 0.1 - 1.0, 2.0));
+  const CalibrationVerdict verdict = Judged(SeenOf(sheet, 20, 4));
+  EXPECT_EQ(verdict.grade, Grade::WithCare) << verdict.ToJson();
+  EXPECT_NEAR(verdict.sheetBend, 0.0005, 0.00015);
+  EXPECT_TRUE(Says(verdict, "The sheet is bent by about 0.5 mm")) << verdict.ToJson();
+  EXPECT_GT(verdict.systematicInData, 2.0 * verdict.deviationInData);
+  EXPECT_NEAR(
+      verdict.ExpectedInData(),
+      std::hypot(std::max(verdict.deviationInData, verdict.jackknifeInData), verdict.systematicInData),
+      1e-12);
+}
+
+TEST(Verdict, MeasuresASheetThatIsOutOfProportion) {
+  auto sheet = MakeObjectTemplate(unit::GRID, unit::UNIT);
+  for (cv::Point3d& point : sheet) point.y *= 0.99;
+  const CalibrationVerdict verdict = Judged(SeenOf(sheet, 20, 4));
+  EXPECT_EQ(verdict.grade, Grade::WithCare) << verdict.ToJson();
+  EXPECT_NEAR(verdict.sheetStretch, -0.01, 0.001);
+  EXPECT_TRUE(Says(verdict, "out of proportion, its length off by -1.0")) << verdict.ToJson();
+}
+
+TEST(Verdict, SaysNothingOfTheSheetWhenItIsFlat) {
+  const CalibrationVerdict verdict = Judged(Seen(RandomPoses(20, 4), 4));
+  EXPECT_EQ(verdict.systematicInData, 0.0);
+  EXPECT_EQ(verdict.sheetBend, 0.0);
+  EXPECT_EQ(verdict.sheetStretch, 0.0);
+  EXPECT_EQ(verdict.ExpectedInData(), std::max(verdict.deviationInData, verdict.jackknifeInData));
+}
+
+TEST(Verdict, SeesALensThatTheModelDoesNotHold) {
+  const world::Camera fisheye = world::CameraFromFieldOfView(
+      unit::FRAME, 120.0, {4.0 / 15.0, 0.0, 0.0008, -0.0006, 0.0, 3.0 / 5.0, 0.0, 0.0});
+  unit::PointLists views;
+  for (const world::Pose& pose : world::SampleViews(fisheye, 20, 3, Paper())) {
+    views.push_back(world::TrueCentres(fisheye.lens, Paper(), pose));
+  }
+  const CalibrationVerdict classic = Judged(views);
+  EXPECT_EQ(classic.grade, Grade::WithCare) << classic.ToJson();
+  EXPECT_TRUE(Says(classic, "The lens is not of this model")) << classic.ToJson();
+  EXPECT_EQ(classic.sheetBend, 0.0);
+  EXPECT_FALSE(Says(Judged(views, Calibrator::MODEL_RATIONAL), "not of this model"));
+}
+
 sparse::Lens SparseLens(const cv::Mat& K, const cv::Mat& D) {
   const cv::Mat_<double> k(K);
   const cv::Mat_<double> d(D);

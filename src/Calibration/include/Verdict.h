@@ -34,11 +34,21 @@ struct VELMORA_API CalibrationVerdict {
   double focalJackknife = 0.0;   ///< the same by the jackknife
   double deviationInData = 0.0;  ///< formal, of projections, root of the mean square where there are data
   double jackknifeInData = 0.0;
+  /// By how much projections are moved, where there are data, by what the residuals show to be no noise: a
+  /// sheet that is bent or out of proportion, or a lens that the model does not hold. 0 when they show none
+  /// of these.
+  double systematicInData = 0.0;
+  double sheetBend = 0.0;  ///< metres from the sheet's lowest dot to its highest, where that is the cause
+  double sheetStretch =
+      0.0;  ///< share by which the sheet is longer than it should be, where that is the cause
   double deviationInImage = 0.0;      ///< formal, over the whole image
   double coverage = 0.0;              ///< share of the image within the data's convex hull
   std::vector<cv::Point2f> dataArea;  ///< that hull
   cv::Mat deviationMap;  ///< CV_64F, 30 x 40 cells over the image; NaN where the lens has no ray for a pixel
 
+  /// What projections may be off by where there are data, all in all: the larger of both deviations, and what
+  /// is no noise.
+  double ExpectedInData() const;
   /// "good", "usable with care", "worthless" or "no result".
   std::string Words() const;
   /// All but the map, with the remarks, as a JSON text.

@@ -3,10 +3,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iomanip>
 #include <limits>
 #include <opencv2/imgproc.hpp>
+#include <sstream>
 
 #include "solver/Covariance.h"
+#include "solver/OmittedEffects.h"
 #include "solver/ProjectionUncertainty.h"
 #include "solver/SolutionMatrices.h"
 #include "solver/Target.h"
@@ -19,6 +22,8 @@ constexpr double WORTHLESS_FOCAL = 0.03;  // relative deviation
 constexpr double CAREFUL_FOCAL = 0.01;
 constexpr double WORTHLESS_PROJECTION = 0.01;  // deviation in widths of the image
 constexpr double CAREFUL_PROJECTION = 0.0025;
+/// Systematic errors below this share of the width are not worth a word.
+constexpr double LEAST_SYSTEMATIC = 0.0002;
 constexpr double FAR_WORSE = 10.0;    // outside the data than within
 constexpr double DISAGREEMENT = 2.5;  // jackknife over formal
 constexpr double SMALL_COVERAGE = 0.4;
@@ -54,7 +59,51 @@ void Measure(const sparse::Solved& solved, const cv::Size& imageSize, Calibratio
   if (!formal.empty()) verdict.deviationMap = uncertainty.Map(formal);
 }
 
-void Grant(CalibrationVerdict& verdict, Grade grade, const char* reason, const char* advice) {
+/// How far a change of the lens' parameters moves projections where there are data.
+double ShiftInArea(const sparse::Solved& solved, const cv::Mat& lensShift, const cv::Size& imageSize,
+                   const std::vector<cv::Point2f>& area) {
+  sparse::Lens lens = solved.staged.solution.estimate.lens;
+  lens.free = lensShift.rows;
+  return sparse::ProjectionUncertainty(lens, imageSize, area).InArea(lensShift * lensShift.t());
+}
+
+std::string Decimal(double value, int digits) {
+  std::ostringstream text;
+  text << std::fixed << std::setprecision(digits) << value;
+  return text.str();
+}
+
+/// What takes most off the residuals, if any does more than noise would. Each looks a little like the others.
+struct Systematic {
+  sparse::OmittedEffect effect;
+  CalibrationVerdict::Remark remark;
+};
+
+Systematic SystematicErrorOf(const sparse::Solved& solved, CalibrationVerdict& verdict) {
+  const sparse::OmittedEffect bend = sparse::OmittedBend(solved);
+  const sparse::OmittedEffect proportions = sparse::OmittedProportions(solved);
+  const sparse::OmittedEffect lens = sparse::OmittedLensTerms(solved);
+  const double most = std::max({bend.squares, proportions.squares, lens.squares});
+  if (bend.significant && bend.squares == most) {
+    verdict.sheetBend = sparse::DepthOfBend(bend, solved.views.front());
+    return {bend,
+            {"The sheet is bent by about " + Decimal(1e3 * verdict.sheetBend, 1) + " mm",
+             "Mount the sheet on a flat, stiff board."}};
+  }
+  if (proportions.significant && proportions.squares == most) {
+    verdict.sheetStretch = proportions.values.at<double>(0);
+    return {proportions,
+            {"The sheet is out of proportion, its length off by " + Decimal(100.0 * verdict.sheetStretch, 2) +
+                 " %",
+             "Print it without any fitting to the page, and measure it both ways."}};
+  }
+  if (lens.significant && lens.squares == most) {
+    return {lens, {"The lens is not of this model", "Choose a larger lens model."}};
+  }
+  return {};
+}
+
+void Grant(CalibrationVerdict& verdict, Grade grade, const std::string& reason, const std::string& advice) {
   verdict.grade = std::max(verdict.grade, grade);
   verdict.remarks.push_back({reason, advice});
 }
@@ -92,6 +141,23 @@ void JudgeProjection(const cv::Size& imageSize, CalibrationVerdict& verdict) {
   }
 }
 
+/// True when there is something to tell. Steps from a worthless result lead nowhere.
+bool JudgeSystematicError(const sparse::Solved& solved, const cv::Size& imageSize,
+                          CalibrationVerdict& verdict) {
+  if (verdict.grade == Grade::Worthless) return false;
+  const Systematic systematic = SystematicErrorOf(solved, verdict);
+  if (systematic.effect.lensShift.empty()) return false;
+  verdict.systematicInData = ShiftInArea(solved, systematic.effect.lensShift, imageSize, verdict.dataArea);
+  const double noise = std::max(verdict.deviationInData, verdict.jackknifeInData);
+  const double least = std::max(LEAST_SYSTEMATIC * imageSize.width, noise);
+  if (!(verdict.systematicInData > least)) return false;
+  Grant(verdict, Grade::WithCare,
+        systematic.remark.reason + ": projections are off by about " + Decimal(verdict.systematicInData, 2) +
+            " px.",
+        systematic.remark.advice);
+  return true;
+}
+
 void JudgeAgreement(CalibrationVerdict& verdict) {
   if (verdict.focalJackknife > DISAGREEMENT * verdict.focalDeviation ||
       verdict.jackknifeInData > DISAGREEMENT * verdict.deviationInData) {
@@ -120,6 +186,6 @@ CalibrationVerdict JudgeIntrinsics(const std::vector<std::vector<cv::Point3d>>& 
   Measure(solved, imageSize, verdict);
   JudgeFocal(solved.staged.solution.estimate.lens, imageSize, verdict);
   JudgeProjection(imageSize, verdict);
-  JudgeAgreement(verdict);
+  if (!JudgeSystematicError(solved, imageSize, verdict)) JudgeAgreement(verdict);
   return verdict;
 }

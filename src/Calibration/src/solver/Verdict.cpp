@@ -1,6 +1,7 @@
 /// How good a calibration is, in words and as JSON.
 #include "Verdict.h"
 
+#include <algorithm>
 #include <cmath>
 #include <nlohmann/json.hpp>
 
@@ -12,6 +13,10 @@ nlohmann::json Number(double value) {
 }
 
 }  // namespace
+
+double CalibrationVerdict::ExpectedInData() const {
+  return std::hypot(std::max(deviationInData, jackknifeInData), systematicInData);
+}
 
 std::string CalibrationVerdict::Words() const {
   switch (grade) {
@@ -34,6 +39,9 @@ std::string CalibrationVerdict::ToJson() const {
   text["focalJackknife"] = Number(focalJackknife);
   text["deviationInData"] = Number(deviationInData);
   text["jackknifeInData"] = Number(jackknifeInData);
+  text["systematicInData"] = Number(systematicInData);
+  text["sheetBend"] = Number(sheetBend);
+  text["sheetStretch"] = Number(sheetStretch);
   text["deviationInImage"] = Number(deviationInImage);
   text["coverage"] = Number(coverage);
   text["remarks"] = nlohmann::json::array();
