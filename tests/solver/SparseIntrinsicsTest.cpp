@@ -110,20 +110,32 @@ TEST(SparseIntrinsics, HaveTheFormOfTheDefaultSolvers) {
   EXPECT_EQ(cv::countNonZero(full.stdDevIntrinsics), 18);
 }
 
-TEST(SparseIntrinsics, OfTheRationalModelLoseLittleToTheDefaultSolvers) {
-  std::vector<double> sparseErrors;
-  std::vector<double> denseErrors;
-  for (const std::uint64_t seed : {1U, 2U, 3U}) {
-    const auto views = RandomViews(10, seed);
-    const IntrinsicsResult sparse = Sparse(views, Calibrator::MODEL_RATIONAL);
-    const IntrinsicsResult dense = Dense(views, Calibrator::MODEL_RATIONAL);
-    EXPECT_LT(sparse.rms, 1.006 * dense.rms);
-    sparseErrors.push_back(ErrorInHull(sparse, views));
-    denseErrors.push_back(ErrorInHull(dense, views));
+sparse::Lens LensOf(const IntrinsicsResult& result) {
+  sparse::Lens lens;
+  const cv::Mat_<double> K = result.K;
+  const cv::Mat_<double> D = result.D;
+  lens.values = {K(0, 0), K(1, 1), K(0, 2), K(1, 2)};
+  std::copy(D.begin(), D.end(), lens.values.begin() + 4);
+  return lens;
+}
+
+bool HasPoles(const IntrinsicsResult& result) {
+  return !sparse::IsFreeOfPoles(LensOf(result), unit::FRAME);
+}
+
+TEST(SparseIntrinsics, OfTheLargerModelsAreNearerToTheTruthThanTheDefaultSolvers) {
+  for (const int model : {Calibrator::MODEL_RATIONAL, Calibrator::MODEL_FULL}) {
+    double logarithms = 0.0;
+    for (const std::uint64_t seed : {1U, 2U, 3U, 4U, 5U}) {
+      const auto views = RandomViews(10, seed);
+      const IntrinsicsResult sparse = Sparse(views, model);
+      const IntrinsicsResult dense = Dense(views, model);
+      // A pole within the image buys the default solver some of its RMS: it bends a narrow ring to the noise.
+      EXPECT_LT(sparse.rms, (HasPoles(dense) ? 1.02 : 1.006) * dense.rms) << model << " " << seed;
+      logarithms += std::log(ErrorInHull(sparse, views) / ErrorInHull(dense, views));
+    }
+    EXPECT_LT(logarithms, 0.0) << model;
   }
-  std::sort(sparseErrors.begin(), sparseErrors.end());
-  std::sort(denseErrors.begin(), denseErrors.end());
-  EXPECT_LT(sparseErrors[1], 1.05 * denseErrors[1]);
 }
 
 TEST(SparseIntrinsics, OfTheLargerModelsAreNearTheTruthAndHaveNoPoles) {
@@ -132,13 +144,8 @@ TEST(SparseIntrinsics, OfTheLargerModelsAreNearTheTruthAndHaveNoPoles) {
       const auto views = RandomViews(20, seed);
       const IntrinsicsResult result = Sparse(views, model);
       EXPECT_LT(ErrorInHull(result, views), 0.3);
-      sparse::Lens lens;
-      const cv::Mat D = result.D;
-      lens.values = {result.K.at<double>(0, 0), result.K.at<double>(1, 1), result.K.at<double>(0, 2),
-                     result.K.at<double>(1, 2)};
-      std::copy(D.begin<double>(), D.end<double>(), lens.values.begin() + 4);
-      EXPECT_TRUE(sparse::IsFreeOfPoles(lens, unit::FRAME));
-      EXPECT_LT(cv::norm(D, cv::NORM_INF), 20.0) << D;
+      EXPECT_FALSE(HasPoles(result));
+      EXPECT_LT(cv::norm(result.D, cv::NORM_INF), 20.0) << result.D;
     }
   }
 }
