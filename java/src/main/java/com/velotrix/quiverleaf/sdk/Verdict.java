@@ -96,6 +96,9 @@ public final class Verdict {
   private final double focalJackknife;
   private final double deviationInData;
   private final double jackknifeInData;
+  private final double systematicInData;
+  private final double sheetBend;
+  private final double sheetStretch;
   private final double deviationInImage;
   private final double coverage;
 
@@ -108,6 +111,9 @@ public final class Verdict {
     focalJackknife = Documents.realOrInfinite(document, "focalJackknife");
     deviationInData = Documents.realOrInfinite(document, "deviationInData");
     jackknifeInData = Documents.realOrInfinite(document, "jackknifeInData");
+    systematicInData = Documents.realOrInfinite(document, "systematicInData");
+    sheetBend = Documents.realOrInfinite(document, "sheetBend");
+    sheetStretch = Documents.realOrInfinite(document, "sheetStretch");
     deviationInImage = Documents.realOrInfinite(document, "deviationInImage");
     coverage = Documents.realOrInfinite(document, "coverage");
     for (JsonObject remark : Documents.objects(document, "remarks")) {
@@ -148,6 +154,18 @@ public final class Verdict {
 
   /** The same from leaving out each snapshot in turn. */
   public double jackknifeInData() { return jackknifeInData; }
+
+  /**
+   * By how many pixels projections are off where there is data for a reason that is no noise: a sheet that is bent or
+   * out of proportion, or a lens that the model does not hold; 0 when the snapshots show none of these.
+   */
+  public double systematicInData() { return systematicInData; }
+
+  /** Metres from the sheet's lowest dot to its highest, where that is the reason; else 0. */
+  public double sheetBend() { return sheetBend; }
+
+  /** The share by which the sheet is longer than it should be, where that is the reason; else 0. */
+  public double sheetStretch() { return sheetStretch; }
 
   /** Deviation of projections in pixels over the whole image, from the noise of the points. */
   public double deviationInImage() { return deviationInImage; }

@@ -78,7 +78,8 @@ class ResultsTest {
       "{\"coverage\":0.5,\"deviationInData\":0.25,\"deviationInImage\":null,\"focalDeviation\":0.001,"
       + "\"focalJackknife\":0.002,\"grade\":\"usable with care\",\"jackknifeInData\":0.5,"
       + "\"leftOut\":[{\"point\":-1,\"reason\":\"wrong order\",\"residual\":12.5,\"view\":3}],"
-      + "\"remarks\":[{\"advice\":\"Come closer.\",\"reason\":\"Far.\"}],\"views\":7}";
+      + "\"remarks\":[{\"advice\":\"Come closer.\",\"reason\":\"Far.\"}],"
+      + "\"sheetBend\":0.0005,\"sheetStretch\":-0.01,\"systematicInData\":0.75,\"views\":7}";
 
   @Test
   void a_verdict_gives_its_grade_remarks_and_numbers() {
@@ -89,6 +90,9 @@ class ResultsTest {
     assertEquals(0.002, verdict.focalJackknife());
     assertEquals(0.25, verdict.deviationInData());
     assertEquals(0.5, verdict.jackknifeInData());
+    assertEquals(0.75, verdict.systematicInData());
+    assertEquals(0.0005, verdict.sheetBend());
+    assertEquals(-0.01, verdict.sheetStretch());
     assertEquals(Double.POSITIVE_INFINITY, verdict.deviationInImage());
     assertEquals(0.5, verdict.coverage());
     assertEquals(1, verdict.remarks().size());
