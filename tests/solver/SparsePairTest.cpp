@@ -8,6 +8,7 @@
 #include <opencv2/calib3d.hpp>
 
 #include "Calibrator.h"
+#include "JSON.h"
 #include "LensError.h"
 #include "Matchers.h"
 #include "engine/StereoCollection.h"
@@ -79,7 +80,7 @@ StereoIntrinsics Truth(const world::Rig& rig) {
 }
 
 ExtrinsicsResult Refined(const unit::PointPairs& pairs, const StereoIntrinsics& start, int model,
-                         const RefinementOptions& options = {}) {
+                         const SparsePairOptions& options = {}) {
   return RefinePairSparsely(Targets(pairs.left.size()), pairs.left, pairs.right, start, unit::FRAME, model,
                             options);
 }
@@ -199,7 +200,7 @@ TEST(SparsePair, IsTheSameForAnyNumberOfThreads) {
   const StereoIntrinsics start = EachAlone(pairs, Calibrator::MODEL_RATIONAL);
   const ExtrinsicsResult single = Refined(pairs, start, Calibrator::MODEL_RATIONAL);
   for (const int threads : {2, 5}) {
-    RefinementOptions options;
+    SparsePairOptions options;
     options.threads = threads;
     const ExtrinsicsResult several = Refined(pairs, start, Calibrator::MODEL_RATIONAL, options);
     EXPECT_EQ(several.rms, single.rms);
@@ -289,7 +290,7 @@ TEST(SparsePair, IsCorrectedForTheDiscsCentroids) {
   const world::Rig rig = RigFor(Calibrator::MODEL_CLASSIC);
   const double radius = 0.4 * static_cast<double>(unit::UNIT);
   const unit::PointPairs pairs = Centroids(rig, 12, radius);
-  RefinementOptions options;
+  SparsePairOptions options;
   const double before =
       Refined(pairs, Truth(rig), Calibrator::MODEL_CLASSIC, options).refined.K.at<double>(0, 0);
   options.discRadius = radius;
@@ -322,11 +323,55 @@ TEST(SparsePair, RaisesForBadInput) {
   EXPECT_THROW(refine(good, wrong), cv::Exception);
 }
 
+TEST(SparsePair, ComesFromACalibratorThatIsAskedToRefine) {
+  const auto calibrator = unit::StereoCalibratorWith(unit::NoisyPairs(8));
+  const auto compute = [&] {
+    return calibrator->ComputeCalibrationStereo(unit::LeftResult(), unit::RightResult(),
+                                                Calibrator::MODEL_RATIONAL, false);
+  };
+  calibrator->SetRefineLenses(true);
+  compute();  // with OpenCV's solver, which holds the lenses
+  const StereoIntrinsics given = Truth(unit::PairOfCameras());
+  EXPECT_SAME_MAT(calibrator->GetKLeft(), given.K);
+  calibrator->SetSolver(Calibrator::SOLVER_SPARSE);
+  const float rms = compute();
+  const ExtrinsicsResult expected = Refined(unit::NoisyPairs(8), given, Calibrator::MODEL_RATIONAL);
+  EXPECT_EQ(rms, static_cast<float>(expected.rms));
+  EXPECT_SAME_MAT(calibrator->GetKLeft(), expected.refined.K);
+  EXPECT_SAME_MAT(calibrator->GetDistCoefsLeft(), expected.refined.D);
+  EXPECT_SAME_MAT(calibrator->GetKRight(), expected.refined.KRight);
+  EXPECT_SAME_MAT(calibrator->GetDistCoefsRight(), expected.refined.DRight);
+  EXPECT_SAME_MAT(calibrator->GetR(), expected.R);
+  EXPECT_SAME_MAT(calibrator->GetFundamentalMatrix(), expected.F);
+  JSON saved;
+  saved.fromJson(calibrator->SaveResult(false, ""));
+  EXPECT_SAME_MAT(saved.readMat("cameraMatrix2"), expected.refined.KRight);
+  EXPECT_SAME_MAT(saved.readMat("distCoefs"), expected.refined.D);
+  calibrator->SetRefineLenses(false);
+  compute();
+  EXPECT_SAME_MAT(calibrator->GetKLeft(), given.K);
+  EXPECT_SAME_MAT(calibrator->GetDistCoefsRight(), given.DRight);
+}
+
+TEST(SparsePair, LeavesTheResultsAloneWhenACalibratorIsCancelled) {
+  const auto calibrator = unit::StereoCalibratorWith(unit::NoisyPairs(6));
+  calibrator->SetSolver(Calibrator::SOLVER_SPARSE);
+  calibrator->SetRefineLenses(true);
+  calibrator->SetProgressListener([&](int iterations, double) {
+    if (iterations == 7) calibrator->CancelComputation();
+  });
+  EXPECT_EQ(calibrator->ComputeCalibrationStereo(unit::LeftResult(), unit::RightResult(),
+                                                 Calibrator::MODEL_RATIONAL, false),
+            -1.0F);
+  EXPECT_EQ(calibrator->GetStatus(), Calibrator::STATUS_READY);
+  EXPECT_TRUE(calibrator->GetR().empty());
+}
+
 TEST(SparsePair, RaisesWhenTheCallerGivesUp) {
   const world::Rig rig = RigFor(Calibrator::MODEL_RATIONAL);
   const unit::PointPairs pairs = Seen(rig, 6, 1, 0.1);
   int all = 0;
-  RefinementOptions options;
+  SparsePairOptions options;
   options.progress = [&](int, double) { return ++all > 0; };
   Refined(pairs, Truth(rig), Calibrator::MODEL_RATIONAL, options);
   for (const int last : {1, all - 1}) {

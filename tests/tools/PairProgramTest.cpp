@@ -72,6 +72,23 @@ TEST_F(PairProgram, TwoFoldersBecomeThreeResultFiles) {
   }
 }
 
+TEST_F(PairProgram, RefinesTheLensesWithThePairWhenAskedTo) {
+  Process tool({VELMORA_BATCH, folder_->File("both"), "--split", "vertical", "--hdist", "0.2", "--output",
+                folder_->File("refined"), "--refine-lenses"});
+  ASSERT_EQ(tool.WaitForExit(LONG_ENOUGH), 0) << tool.Errors();
+  EXPECT_NE(tool.Output().find("Refined left  lens:      fx "), std::string::npos) << tool.Output();
+  EXPECT_NE(tool.Output().find("Refined right lens:      fx "), std::string::npos) << tool.Output();
+  ExpectStereoResult(folder_->File("refined.json"));
+  JSON pair;
+  JSON alone;
+  ASSERT_TRUE(pair.load(folder_->File("refined.json")));
+  ASSERT_TRUE(alone.load(folder_->File("refined_left.json")));
+  EXPECT_EQ(pair.readMat("distCoefs").size(), cv::Size(14, 1));
+  const double refined = pair.readMat("cameraMatrix").at<double>(0, 0);
+  EXPECT_NE(refined, alone.readMat("cameraMatrix").at<double>(0, 0));
+  EXPECT_NEAR(refined, rig_.left.lens.K()(0, 0), 0.002 * refined);
+}
+
 TEST_F(PairProgram, WithResultFilesOnlyThePairIsComputed) {
   Process both({VELMORA_BATCH, folder_->File("both"), "--split", "vertical", "--hdist", "0.2", "--output",
                 folder_->File("first")});

@@ -164,6 +164,10 @@ PairReport CalibratePair(const Arguments& arguments, const PairViews& pairs, con
   report.rms = static_cast<double>(rms);
   report.R = calibrator.GetR();
   report.T = calibrator.GetStereoTranslation();
+  if (arguments.refineLenses) {
+    report.refinedLeft = calibrator.GetKLeft();
+    report.refinedRight = calibrator.GetKRight();
+  }
   report.epipolarDistance = MeanEpipolarDistance(
       left, right, {calibrator.GetKLeft(), calibrator.GetDistCoefsLeft()},
       {calibrator.GetKRight(), calibrator.GetDistCoefsRight()}, calibrator.GetFundamentalMatrix());
@@ -195,6 +199,7 @@ ExitStatus RunPair(const Arguments& arguments) {
   const cv::Size frame = pairs.left.FrameSize();
   Calibrator calibrator(arguments.grid, UnitOf(arguments), Calibrator::STEREO, frame.width, frame.height);
   tools::ApplyEngineOptions(arguments, UnitOf(arguments), calibrator);
+  calibrator.SetRefineLenses(arguments.refineLenses);
   std::cout << "== pair\n" << PairTable(CalibratePair(arguments, pairs, results, calibrator));
   if (SaveResultFile(calibrator, arguments.output).empty())
     return ReportUnwritten(arguments.output + ".json");

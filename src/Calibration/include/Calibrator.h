@@ -194,6 +194,12 @@ class VELMORA_API Calibrator {
   /// centroid of a disc's picture, which a detector finds, and the picture of its centre. 0, the default,
   /// takes centres as they are; what is no radius is refused with an error line.
   void SetDiscRadius(const double& radius);
+  /// Lets the sparse solver, with a pair of cameras, move both lenses too, from those that the monocular
+  /// results have, together with how the cameras stand to each other and all poses of the grid: the results
+  /// then have refined camera matrices (3 x 3) and coefficients (1 x 14, of which the model's are refined).
+  /// For monocular results that were computed from the same views, or fewer; such of many more views are
+  /// better left alone. Holds for computations that begin later; off at first; nothing to the other solver.
+  void SetRefineLenses(const bool& refine);
   /// Is told of each iteration of the sparse solver, on the computing thread, by computations that start
   /// later. It may call CancelComputation. An exception of it ends the computation as one of the solver does.
   /// An empty one takes the listener away.
@@ -231,12 +237,12 @@ class VELMORA_API Calibrator {
   // ---- Computation of a stereo calibrator. Thread-safe.
 
   /// Computes how the right camera stands to the left one, from the snapshots and the monocular results of
-  /// both cameras (paths, or with `fromFiles` false the texts themselves), which are held fixed. `model` says
-  /// which coefficients count. Returns the RMS reprojection error in pixels; 0.0, with an error line, when a
-  /// result cannot be read; -1.0 when nothing was computed: during STATUS_PROGRESS, in a monocular
-  /// calibrator, and (with an error line) with fewer than five snapshots or a result with fewer than 14
-  /// coefficients. Ends the assistant. An exception of the solver reaches the caller; the status is then as
-  /// before.
+  /// both cameras (paths, or with `fromFiles` false the texts themselves), which are held fixed unless
+  /// SetRefineLenses lets them move. `model` says which coefficients count. Returns the RMS reprojection
+  /// error in pixels; 0.0, with an error line, when a result cannot be read; -1.0 when nothing was computed:
+  /// during STATUS_PROGRESS, in a monocular calibrator, and (with an error line) with fewer than five
+  /// snapshots or a result with fewer than 14 coefficients. Ends the assistant. An exception of the solver
+  /// reaches the caller; the status is then as before.
   float ComputeCalibrationStereo(const std::string& left, const std::string& right, const int& model,
                                  const bool& fromFiles);
   /// The same from texts on a thread of its own. Follow it through the status. A failure is logged.

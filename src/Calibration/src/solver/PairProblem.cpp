@@ -64,6 +64,20 @@ Pose BeforeRight(const Pose& relative, const Pose& left) {
   return {relative.R * left.R, relative.R * left.t + relative.t};
 }
 
+Estimate LeftOf(const PairEstimate& pair) {
+  Estimate estimate;
+  estimate.lens = pair.left;
+  estimate.poses = pair.poses;
+  return estimate;
+}
+
+Estimate RightOf(const PairEstimate& pair) {
+  Estimate estimate;
+  estimate.lens = pair.right;
+  for (const Pose& pose : pair.poses) estimate.poses.push_back(BeforeRight(pair.relative, pose));
+  return estimate;
+}
+
 PairEstimate StartOf(const PairTarget& target, const Lens& left, const Lens& right) {
   PairEstimate start;
   start.left = left;

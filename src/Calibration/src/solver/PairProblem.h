@@ -33,6 +33,10 @@ Lens KnownLens(const cv::Mat& K, const cv::Mat& D, int model);
 /// The same point of the target before the right camera.
 Pose BeforeRight(const Pose& relative, const Pose& left);
 
+/// What one of the cameras alone makes of it.
+Estimate LeftOf(const PairEstimate& pair);
+Estimate RightOf(const PairEstimate& pair);
+
 /// Poses before the left camera, and the median of what the views say of the right one.
 PairEstimate StartOf(const PairTarget& target, const Lens& left, const Lens& right);
 

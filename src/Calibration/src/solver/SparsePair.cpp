@@ -5,10 +5,8 @@
 #include <cmath>
 #include <utility>
 
-#include "solver/DiscBias.h"
 #include "solver/LensStages.h"
 #include "solver/ModelParameters.h"
-#include "solver/SparseExtrinsics.h"
 
 namespace sparse {
 
@@ -16,20 +14,6 @@ namespace {
 
 constexpr int FIRST_OF_DENOMINATOR = 9;
 constexpr int LAST_OF_DENOMINATOR = 11;
-
-Estimate LeftOf(const PairEstimate& pair) {
-  Estimate estimate;
-  estimate.lens = pair.left;
-  estimate.poses = pair.poses;
-  return estimate;
-}
-
-Estimate RightOf(const PairEstimate& pair) {
-  Estimate estimate;
-  estimate.lens = pair.right;
-  for (const Pose& pose : pair.poses) estimate.poses.push_back(BeforeRight(pair.relative, pose));
-  return estimate;
-}
 
 void Strengthen(Prior& prior) {
   for (int i = FIRST_OF_DENOMINATOR; i <= LAST_OF_DENOMINATOR; ++i) prior[static_cast<size_t>(i)] *= 3.0;
@@ -91,13 +75,6 @@ RefinedPair RefinePair(const PairTarget& target, PairEstimate start, int free, c
   return refined;
 }
 
-PairTarget WithoutDiscBias(const PairTarget& target, const PairEstimate& estimate, double radius) {
-  PairTarget corrected = target;
-  corrected.left.views = WithoutDiscBias(target.left.views, LeftOf(estimate), radius);
-  corrected.right.views = WithoutDiscBias(target.right.views, RightOf(estimate), radius);
-  return corrected;
-}
-
 }  // namespace sparse
 
 namespace {
@@ -126,7 +103,7 @@ ExtrinsicsResult RefinePairSparsely(const std::vector<std::vector<cv::Point3d>>&
                                     const std::vector<std::vector<cv::Point2d>>& leftPoints,
                                     const std::vector<std::vector<cv::Point2d>>& rightPoints,
                                     const StereoIntrinsics& intrinsics, const cv::Size& imageSize, int model,
-                                    const RefinementOptions& options) {
+                                    const SparsePairOptions& options) {
   WarnOfIgnoredCoefficients(intrinsics, model);
   const sparse::PairTarget target = sparse::PairTargetOf(objectPoints, leftPoints, rightPoints);
   double points = 0.0;
@@ -140,8 +117,8 @@ ExtrinsicsResult RefinePairSparsely(const std::vector<std::vector<cv::Point3d>>&
   };
   const sparse::PairEstimate start =
       SolveWithKnownLenses(target, sparse::KnownLens(intrinsics.K, intrinsics.D, model),
-                           sparse::KnownLens(intrinsics.KRight, intrinsics.DRight, model), options.threads,
-                           options.progress)
+                           sparse::KnownLens(intrinsics.KRight, intrinsics.DRight, model),
+                           {0.0, options.threads, options.progress})
           .estimate;
   const int free = sparse::FreeParametersOf(model);
   sparse::RefinedPair refined = RefinePair(target, start, free, imageSize, solve);

@@ -1,19 +1,12 @@
 /// Computes both lenses of a pair of cameras and how these stand to each other from the same views.
 #pragma once
 
-#include <functional>
 #include <opencv2/core.hpp>
 #include <vector>
 
 #include "engine/Extrinsics.h"
 #include "solver/PairMinimiser.h"
-
-struct RefinementOptions {
-  double discRadius = 0.0;  ///< as in SparseOptions
-  int threads = 1;
-  /// Called after each iteration with its number and the RMS in pixels; false gives up.
-  std::function<bool(int iteration, double rms)> progress;
-};
+#include "solver/SparseExtrinsics.h"
 
 /// Starts from the pair with these lenses held, then moves them too, with all poses. Free are the
 /// coefficients of the model; of larger ones the rational model holds those that it has not, the classic
@@ -24,12 +17,9 @@ ExtrinsicsResult RefinePairSparsely(const std::vector<std::vector<cv::Point3d>>&
                                     const std::vector<std::vector<cv::Point2d>>& leftPoints,
                                     const std::vector<std::vector<cv::Point2d>>& rightPoints,
                                     const StereoIntrinsics& intrinsics, const cv::Size& imageSize, int model,
-                                    const RefinementOptions& options = {});
+                                    const SparsePairOptions& options = {});
 
 namespace sparse {
-
-/// With the image points that the discs' centres would have been seen at.
-PairTarget WithoutDiscBias(const PairTarget& target, const PairEstimate& estimate, double radius);
 
 struct RefinedPair {
   PairSolution solution;
