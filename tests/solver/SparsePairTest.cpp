@@ -11,83 +11,21 @@
 #include "JSON.h"
 #include "LensError.h"
 #include "Matchers.h"
-#include "engine/StereoCollection.h"
-#include "engine/TargetGeometry.h"
 #include "foundation/Scopes.h"
 #include "solver/ModelParameters.h"
-#include "solver/SparseExtrinsics.h"
-#include "solver/SparseIntrinsics.h"
+#include "solver/PairViews.h"
 
 namespace {
 
 const int MODELS[] = {Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL, Calibrator::MODEL_FULL};
 
-const world::Sheet& Paper() {
-  static const world::Sheet sheet(unit::GRID, static_cast<double>(unit::UNIT));
-  return sheet;
-}
-
-std::vector<std::vector<cv::Point3d>> Targets(size_t count) {
-  return std::vector<std::vector<cv::Point3d>>(count, MakeObjectTemplate(unit::GRID, unit::UNIT));
-}
-
-/// Lenses of as many coefficients as the model has.
-world::Rig RigFor(int model) {
-  world::Rig rig = unit::PairOfCameras();
-  const size_t count = model == Calibrator::MODEL_CLASSIC ? 5 : model == Calibrator::MODEL_RATIONAL ? 8 : 14;
-  for (world::Camera* camera : {&rig.left, &rig.right}) {
-    std::vector<double> D = camera->lens.D();
-    std::fill(D.begin() + static_cast<std::ptrdiff_t>(count), D.end(), 0.0);
-    camera->lens = world::Lens(camera->lens.K(), D);
-  }
-  return rig;
-}
-
-unit::PointPairs Seen(const world::Rig& rig, int count, std::uint64_t seed, double noise) {
-  cv::RNG random(seed + 1);
-  const auto noisy = [&](std::vector<cv::Point2d> centres) {
-    for (cv::Point2d& centre : centres) {
-      centre += cv::Point2d(random.gaussian(noise), random.gaussian(noise));
-    }
-    return centres;
-  };
-  unit::PointPairs pairs;
-  for (const world::Pose& pose : world::SampleRigViews(rig, count, seed, Paper())) {
-    pairs.left.push_back(noisy(world::TrueCentres(rig.left.lens, Paper(), pose)));
-    pairs.right.push_back(noisy(world::TrueCentres(rig.right.lens, Paper(), world::RightPose(rig, pose))));
-  }
-  return pairs;
-}
-
-/// As a monocular result of the larger models has them.
-cv::Mat Padded(const cv::Mat& D) {
-  cv::Mat padded = cv::Mat::zeros(1, 14, CV_64F);
-  D.copyTo(padded.colRange(0, D.cols));
-  return padded;
-}
-
-StereoIntrinsics EachAlone(const unit::PointPairs& pairs, int model) {
-  const auto targets = Targets(pairs.left.size());
-  const SparseResult left = SolveIntrinsicsSparsely(targets, pairs.left, unit::FRAME, model);
-  const SparseResult right = SolveIntrinsicsSparsely(targets, pairs.right, unit::FRAME, model);
-  return {left.K, Padded(left.D), right.K, Padded(right.D)};
-}
-
-StereoIntrinsics Truth(const world::Rig& rig) {
-  const auto left = unit::IntrinsicsOf(rig.left);
-  const auto right = unit::IntrinsicsOf(rig.right);
-  return {left.K.clone(), Padded(left.D), right.K.clone(), Padded(right.D)};
-}
-
-ExtrinsicsResult Refined(const unit::PointPairs& pairs, const StereoIntrinsics& start, int model,
-                         const SparsePairOptions& options = {}) {
-  return RefinePairSparsely(Targets(pairs.left.size()), pairs.left, pairs.right, start, unit::FRAME, model,
-                            options);
-}
-
-ExtrinsicsResult Fixed(const unit::PointPairs& pairs, const StereoIntrinsics& lenses, int model) {
-  return SolveExtrinsicsSparsely(Targets(pairs.left.size()), pairs.left, pairs.right, lenses, model);
-}
+using unit::EachAlone;
+using unit::Paper;
+using unit::Refined;
+using unit::RigFor;
+using unit::Seen;
+using unit::Targets;
+using unit::WithHeldLenses;
 
 /// Not rounded to single precision, which moves the tilt of the full model more than this is about.
 sparse::PairTarget Unrounded(const unit::PointPairs& pairs) {
@@ -119,7 +57,7 @@ TEST(SparsePair, IsTheTruthWithoutNoise) {
   for (const int model : MODELS) {
     const world::Rig rig = RigFor(model);
     const unit::PointPairs pairs = Seen(rig, 12, 3, 0.0);
-    const StereoIntrinsics truth = Truth(rig);
+    const StereoIntrinsics truth = unit::TrueLenses(rig);
     const sparse::PairTarget target = Unrounded(pairs);
     const sparse::Lens left = sparse::KnownLens(truth.K, truth.D, model);
     const sparse::Lens right = sparse::KnownLens(truth.KRight, truth.DRight, model);
@@ -153,7 +91,7 @@ struct Errors {
     cv::Rodrigues(cv::Matx33d(result.R) * rig.R.t(), rotation);
     turn.push_back(cv::norm(rotation) * 180.0 / CV_PI);
     shift.push_back(1000.0 * cv::norm(cv::Vec3d(result.T.ptr<double>()) - rig.T));
-    const StereoIntrinsics truth = Truth(rig);
+    const StereoIntrinsics truth = unit::TrueLenses(rig);
     const auto distance = [&](const cv::Mat& K, const cv::Mat& D, const cv::Mat& ownK, const cv::Mat& ownD,
                               const unit::PointLists& views) {
       return world::MeanProjectionDistance(K, D, ownK, ownD, unit::FRAME, world::CoveredRegion(views),
@@ -178,7 +116,7 @@ TEST(SparsePair, IsNotFurtherFromTheTruthThanWithTheLensesOfEachCameraAlone) {
     for (std::uint64_t seed = 1; seed <= 25; ++seed) {
       const unit::PointPairs pairs = Seen(rig, 12, seed, 0.1);
       const StereoIntrinsics alone = EachAlone(pairs, model);
-      fixed.Add(rig, pairs, alone, Fixed(pairs, alone, model));
+      fixed.Add(rig, pairs, alone, WithHeldLenses(pairs, alone, model));
       const ExtrinsicsResult together = Refined(pairs, alone, model);
       refined.Add(rig, pairs, together.refined, together);
     }
@@ -226,7 +164,7 @@ TEST(SparsePair, HasSmallerErrorsThanWithHeldLenses) {
   for (const int model : MODELS) {
     const unit::ScopedLogLevel quiet(1);
     const StereoIntrinsics start = EachAlone(pairs, model);
-    EXPECT_LT(Refined(pairs, start, model).rms, Fixed(pairs, start, model).rms) << model;
+    EXPECT_LT(Refined(pairs, start, model).rms, WithHeldLenses(pairs, start, model).rms) << model;
   }
 }
 
@@ -234,7 +172,7 @@ TEST(SparsePair, HoldsCoefficientsThatTheRationalModelHasNotAndDropsThoseThatThe
   const unit::ScopedLogLevel quiet(1);
   const world::Rig rig = RigFor(Calibrator::MODEL_FULL);
   const unit::PointPairs pairs = Seen(rig, 8, 1, 0.1);
-  const StereoIntrinsics start = Truth(rig);
+  const StereoIntrinsics start = unit::TrueLenses(rig);
   const cv::Mat rational = Refined(pairs, start, Calibrator::MODEL_RATIONAL).refined.D;
   EXPECT_EQ(rational.size(), cv::Size(14, 1));
   EXPECT_SAME_MAT(rational.colRange(8, 14), start.D.colRange(8, 14));
@@ -246,9 +184,9 @@ TEST(SparsePair, HoldsCoefficientsThatTheRationalModelHasNotAndDropsThoseThatThe
 
 TEST(SparsePair, LeavesTheGivenLensesAlone) {
   const world::Rig rig = RigFor(Calibrator::MODEL_RATIONAL);
-  const StereoIntrinsics start = Truth(rig);
+  const StereoIntrinsics start = unit::TrueLenses(rig);
   Refined(Seen(rig, 6, 1, 0.1), start, Calibrator::MODEL_RATIONAL);
-  const StereoIntrinsics truth = Truth(rig);
+  const StereoIntrinsics truth = unit::TrueLenses(rig);
   EXPECT_SAME_MAT(start.K, truth.K);
   EXPECT_SAME_MAT(start.D, truth.D);
   EXPECT_SAME_MAT(start.KRight, truth.KRight);
@@ -292,11 +230,11 @@ TEST(SparsePair, IsCorrectedForTheDiscsCentroids) {
   const unit::PointPairs pairs = Centroids(rig, 12, radius);
   SparsePairOptions options;
   const double before =
-      Refined(pairs, Truth(rig), Calibrator::MODEL_CLASSIC, options).refined.K.at<double>(0, 0);
+      Refined(pairs, unit::TrueLenses(rig), Calibrator::MODEL_CLASSIC, options).refined.K.at<double>(0, 0);
   options.discRadius = radius;
   const double after =
-      Refined(pairs, Truth(rig), Calibrator::MODEL_CLASSIC, options).refined.K.at<double>(0, 0);
-  const double truth = Truth(rig).K.at<double>(0, 0);
+      Refined(pairs, unit::TrueLenses(rig), Calibrator::MODEL_CLASSIC, options).refined.K.at<double>(0, 0);
+  const double truth = unit::TrueLenses(rig).K.at<double>(0, 0);
   EXPECT_GT(std::abs(before - truth), 0.02);
   EXPECT_LT(std::abs(after - truth), 0.002);
 }
@@ -304,7 +242,7 @@ TEST(SparsePair, IsCorrectedForTheDiscsCentroids) {
 TEST(SparsePair, RaisesForBadInput) {
   const world::Rig rig = RigFor(Calibrator::MODEL_RATIONAL);
   const unit::PointPairs good = Seen(rig, 6, 1, 0.1);
-  const StereoIntrinsics lenses = Truth(rig);
+  const StereoIntrinsics lenses = unit::TrueLenses(rig);
   const auto refine = [&](const unit::PointPairs& pairs, const StereoIntrinsics& start) {
     Refined(pairs, start, Calibrator::MODEL_RATIONAL);
   };
@@ -318,7 +256,7 @@ TEST(SparsePair, RaisesForBadInput) {
   pairs.left[2][7].x = std::nan("");
   EXPECT_THROW(refine(pairs, lenses), cv::Exception);
   EXPECT_THROW(refine({}, lenses), cv::Exception);
-  StereoIntrinsics wrong = Truth(rig);
+  StereoIntrinsics wrong = unit::TrueLenses(rig);
   wrong.K = cv::Mat::eye(2, 3, CV_64F);
   EXPECT_THROW(refine(good, wrong), cv::Exception);
 }
@@ -331,7 +269,7 @@ TEST(SparsePair, ComesFromACalibratorThatIsAskedToRefine) {
   };
   calibrator->SetRefineLenses(true);
   compute();  // with OpenCV's solver, which holds the lenses
-  const StereoIntrinsics given = Truth(unit::PairOfCameras());
+  const StereoIntrinsics given = unit::TrueLenses(unit::PairOfCameras());
   EXPECT_SAME_MAT(calibrator->GetKLeft(), given.K);
   calibrator->SetSolver(Calibrator::SOLVER_SPARSE);
   const float rms = compute();
@@ -373,11 +311,11 @@ TEST(SparsePair, RaisesWhenTheCallerGivesUp) {
   int all = 0;
   SparsePairOptions options;
   options.progress = [&](int, double) { return ++all > 0; };
-  Refined(pairs, Truth(rig), Calibrator::MODEL_RATIONAL, options);
+  Refined(pairs, unit::TrueLenses(rig), Calibrator::MODEL_RATIONAL, options);
   for (const int last : {1, all - 1}) {
     int calls = 0;
     options.progress = [&](int, double) { return ++calls < last; };
-    EXPECT_THROW(Refined(pairs, Truth(rig), Calibrator::MODEL_RATIONAL, options), cv::Exception);
+    EXPECT_THROW(Refined(pairs, unit::TrueLenses(rig), Calibrator::MODEL_RATIONAL, options), cv::Exception);
     EXPECT_EQ(calls, last);
   }
 }

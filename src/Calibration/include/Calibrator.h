@@ -13,6 +13,7 @@
 #include "Export.h"
 #include "JavaTypes.h"
 #include "ModelChoice.h"
+#include "PairVerdict.h"
 #include "PoseProposal.h"
 #include "Verdict.h"
 
@@ -212,6 +213,10 @@ class VELMORA_API Calibrator {
   /// during STATUS_PROGRESS, in a stereo calibrator, before a computation, and after snapshots were added to
   /// those that the result is of.
   CalibrationVerdict GetVerdict();
+  /// How good the result of the last computation of a pair is, whichever solver it is of. Grade None during
+  /// STATUS_PROGRESS, in a monocular calibrator, before a computation, after one that failed, and after
+  /// snapshots were added to those that the result is of. Takes milliseconds, changes nothing.
+  PairVerdict GetPairVerdict();
   /// Which lens model the snapshots ask for, found with the sparse solver in a tenth of a second for usual
   /// numbers of views; robustness and disc radius count when that solver is chosen. Changes neither status
   /// nor results. Nothing is chosen during STATUS_PROGRESS, in a stereo calibrator, and (with an error line)

@@ -59,6 +59,7 @@ float Calibrator::ComputeCalibrationStereo(const std::string& left, const std::s
   results_.D = intrinsics.D;
   results_.KRight = intrinsics.KRight;
   results_.DRight = intrinsics.DRight;
+  solver_->usedPairs = 0;
   if (!IsRational(intrinsics.D, left) || !IsRational(intrinsics.DRight, right)) return -1.0F;
   ProgressScope progress(*this);
   if (!progress.Active()) return -1.0F;
@@ -89,6 +90,7 @@ float Calibrator::ComputeCalibrationStereo(const std::string& left, const std::s
   results_.F = solved.F;
   results_.rms = static_cast<float>(solved.rms);
   solver_->usedDiscRadius = settings.discRadius;
+  solver_->usedPairs = records.objectRecords.size();
   solver_->usedPairModel = model;
   solver_->usedRefinement = settings.refineLenses;
   progress.Complete();

@@ -63,7 +63,9 @@ struct Calibrator::SolverChoice {
   /// What the last result left out, and its disc radius; guarded as results are.
   std::vector<sparse::Rejected> rejected;
   double usedDiscRadius = 0.0;
-  /// Of the last pair: the lens model, and whether the lenses were refined.
+  /// Of the last pair's result, if there is one: the number of snapshots, the lens model, and whether the
+  /// lenses were refined.
+  size_t usedPairs = 0;
   int usedPairModel = MODEL_CLASSIC;
   bool usedRefinement = false;
 };
