@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
 #include <opencv2/calib3d.hpp>
 #include <opencv2/imgcodecs.hpp>
 
@@ -50,6 +52,11 @@ class PairProgram : public ::testing::Test {
     EXPECT_LT(cv::norm(turn) * 180.0 / CV_PI, 0.1);
   }
 
+  static nlohmann::json VerdictIn(const std::string& name) {
+    std::ifstream file(folder_->File(name));
+    return nlohmann::json::parse(file, nullptr, false);
+  }
+
   static support::TemporaryFolder* folder_;
   static const world::Rig rig_;
 };
@@ -64,12 +71,35 @@ TEST_F(PairProgram, TwoFoldersBecomeThreeResultFiles) {
   ASSERT_EQ(tool.WaitForExit(LONG_ENOUGH), 0) << tool.Errors();
   EXPECT_NE(tool.Output().find("Baseline:                0.0"), std::string::npos) << tool.Output();
   ExpectStereoResult(folder_->File("pair.json"));
+  EXPECT_NE(tool.Output().find("\n  By leaving out views: rotation to 0."), std::string::npos)
+      << tool.Output();
+  EXPECT_EQ(VerdictIn("pair_verdict.json")["grade"], "good") << tool.Output();
+  EXPECT_EQ(VerdictIn("pair_left_verdict.json")["grade"], "good");
+  EXPECT_EQ(VerdictIn("pair_right_verdict.json")["views"], 12);
   for (const char* camera : {"pair_left.json", "pair_right.json"}) {
     JSON result;
     ASSERT_TRUE(result.load(folder_->File(camera)));
     EXPECT_EQ(result.readInt("sensor"), 0);
     EXPECT_EQ(result.readMat("distCoefs").cols, 14);
   }
+}
+
+TEST_F(PairProgram, NamesThePairWhosePicturesAreNotOfTheSameTime) {
+  for (const char* side : {"wrongleft", "wrongright"}) fs::create_directory(folder_->File(side));
+  for (int i = 0; i < 12; ++i) {
+    const std::string name = "/" + std::to_string(100 + i) + ".png";
+    fs::copy(folder_->File("left") + name, folder_->File("wrongleft") + name);
+    // A picture that the right camera took before and after.
+    const int other = i == 3 ? 4 : i;
+    fs::copy(folder_->File("right") + "/" + std::to_string(100 + other) + ".png",
+             folder_->File("wrongright") + name);
+  }
+  Process tool({VELMORA_BATCH, folder_->File("wrongleft"), "--right", folder_->File("wrongright"), "--hdist",
+                "0.2", "--output", folder_->File("wrong")});
+  ASSERT_EQ(tool.WaitForExit(LONG_ENOUGH), 0) << tool.Errors();
+  EXPECT_NE(tool.Output().find("  Not at the same place in both pictures: 103.png ("), std::string::npos)
+      << tool.Output();
+  EXPECT_NE(VerdictIn("wrong_verdict.json")["grade"], "good");
 }
 
 TEST_F(PairProgram, RefinesTheLensesWithThePairWhenAskedTo) {
