@@ -129,6 +129,7 @@ TEST(BatchArguments, WrongUsageEndsWithStatusTwo) {
       {"a.png", "--every", "0"},
       {"a.png", "--unknown", "1"},
       {"a.png", "--output"},
+      {"a.png", "--output", ""},
       {"a.png", "--split", "diagonal"},
       {"a.png", "--right", "b.png", "--split", "vertical"},
       {"a.png", "--right", "b.png", "--calib_left", "l.json"},

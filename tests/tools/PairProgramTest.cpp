@@ -151,16 +151,31 @@ TEST_F(PairProgram, AResultFileThatIsNoneIsNamed) {
 }
 
 TEST_F(PairProgram, AResultFileWithMatricesOfOtherSizesIsRefused) {
-  JSON small;
-  small.addMat("cameraMatrix", cv::Mat::eye(2, 2, CV_64F));
-  small.addMat("distCoefs", cv::Mat::zeros(1, 14, CV_64F));
-  ASSERT_TRUE(small.save(folder_->File("small.json")));
-  Process tool({VELMORA_BATCH, folder_->File("both"), "--split", "vertical", "--calib_left",
-                folder_->File("small.json"), "--calib_right", folder_->File("small.json"), "--output",
-                folder_->File("none")});
-  EXPECT_EQ(tool.WaitForExit(LONG_ENOUGH), 1);
-  EXPECT_NE(tool.Errors().find("\nError: the calibration failed: "), std::string::npos) << tool.Errors();
-  EXPECT_FALSE(fs::exists(folder_->File("none.json")));
+  struct Wrong {
+    cv::Mat K, D;
+    std::string fault;
+  };
+  const cv::Mat K = cv::Mat::eye(3, 3, CV_64F);
+  const cv::Mat D = cv::Mat::zeros(1, 14, CV_64F);
+  const std::string good = folder_->File("shaped.json");
+  JSON camera;
+  camera.addMat("cameraMatrix", K);
+  camera.addMat("distCoefs", D);
+  ASSERT_TRUE(camera.save(good));
+  const std::string bad = folder_->File("small.json");
+  for (const Wrong& wrong : {Wrong{K.rowRange(0, 2).clone(), D, "cameraMatrix is 2 x 3, not 3 x 3"},
+                             Wrong{K, D.t(), "distCoefs is 14 x 1, not 1 x 14"},
+                             Wrong{K, cv::Mat::zeros(1, 15, CV_64F), "distCoefs is 1 x 15, not 1 x 14"}}) {
+    JSON small;
+    small.addMat("cameraMatrix", wrong.K);
+    small.addMat("distCoefs", wrong.D);
+    ASSERT_TRUE(small.save(bad));
+    Process tool({VELMORA_BATCH, folder_->File("both"), "--split", "vertical", "--calib_left", good,
+                  "--calib_right", bad, "--output", folder_->File("none")});
+    EXPECT_EQ(tool.WaitForExit(LONG_ENOUGH), 2);
+    EXPECT_EQ(tool.Errors(), "Error: '" + bad + "' is no result of a camera: its " + wrong.fault + ".\n");
+    EXPECT_FALSE(fs::exists(folder_->File("none.json")));
+  }
 }
 
 TEST_F(PairProgram, APairWithTheGridInOneImageOnlyIsRejectedForThatSide) {

@@ -66,6 +66,7 @@ void AddPairOptions(CLI::App& app, Arguments& arguments) {
 
 /// What the options cannot say of each other by themselves.
 void CheckTogether(const Arguments& arguments) {
+  if (arguments.output.empty()) throw CLI::ValidationError("--output", "a name is needed");
   if (!arguments.recordModel.empty() && arguments.IsPair()) {
     throw CLI::ValidationError("--record-model", "poses are recorded from one camera");
   }

@@ -7,6 +7,7 @@
 #include <set>
 
 #include "Halves.h"
+#include "batch/CameraFile.h"
 #include "batch/CameraViews.h"
 #include "batch/Epipolar.h"
 #include "batch/Progress.h"
@@ -208,6 +209,9 @@ PairVerdict VerdictOf(Calibrator& calibrator, const CameraResults& results) {
 
 ExitStatus RunPair(const Arguments& arguments) {
   CheckOutputs(arguments);
+  for (const std::string& file : {arguments.calibLeft, arguments.calibRight}) {
+    if (!file.empty()) CheckCameraFile(file);
+  }
   PairViews pairs(arguments);
   LookAtPairs(arguments, pairs);
   if (pairs.names.size() < ENOUGH_VIEWS) {
