@@ -25,7 +25,8 @@ class SparseExtrinsics : public ::testing::Test {
   }
 
   ExtrinsicsResult Sparse(int model, int threads = 1) const {
-    return SolveExtrinsicsSparsely(Targets(), pairs_.left, pairs_.right, intrinsics_, model, threads);
+    return SolveExtrinsicsSparsely(Targets(), pairs_.left, pairs_.right, intrinsics_, model,
+                                   {0.0, threads, {}});
   }
 
   ExtrinsicsResult Dense(int model) const {
@@ -93,7 +94,7 @@ TEST_F(SparseExtrinsics, RaiseWhenTheCallerGivesUp) {
   int calls = 0;
   EXPECT_THROW(
       SolveExtrinsicsSparsely(Targets(), pairs_.left, pairs_.right, intrinsics_, Calibrator::MODEL_RATIONAL,
-                              1, [&](int, double) { return ++calls < 2; }),
+                              {0.0, 1, [&](int, double) { return ++calls < 2; }}),
       cv::Exception);
   EXPECT_EQ(calls, 2);
 }

@@ -91,6 +91,13 @@ TEST(BatchArguments, APairIsGivenByTwoInputsOrASplit) {
   EXPECT_EQ(Parse({"a.avi", "--split", "horizontal"}).arguments.split, batch::Split::Horizontal);
 }
 
+TEST(BatchArguments, LensesAreRefinedForPairsOfTheSparseSolverOnly) {
+  EXPECT_FALSE(Parse({"a.png", "--right", "b.png"}).arguments.refineLenses);
+  EXPECT_TRUE(Parse({"a.png", "--right", "b.png", "--refine-lenses"}).arguments.refineLenses);
+  EXPECT_EQ(Parse({"a.png", "--refine-lenses"}).exitStatus, 2);
+  EXPECT_EQ(Parse({"a.png", "--split", "vertical", "--refine-lenses", "--solver", "opencv"}).exitStatus, 2);
+}
+
 TEST(BatchArguments, ResultFilesOfThePairsCamerasAllowEveryModel) {
   const batch::Parsed parsed = Parse({"a.avi", "--split", "vertical", "--calib_left", "l.json",
                                       "--calib_right", "r.json", "--model", "classic"});
@@ -122,6 +129,7 @@ TEST(BatchArguments, WrongUsageEndsWithStatusTwo) {
       {"a.png", "--every", "0"},
       {"a.png", "--unknown", "1"},
       {"a.png", "--output"},
+      {"a.png", "--output", ""},
       {"a.png", "--split", "diagonal"},
       {"a.png", "--right", "b.png", "--split", "vertical"},
       {"a.png", "--right", "b.png", "--calib_left", "l.json"},

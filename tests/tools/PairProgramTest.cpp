@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
 #include <opencv2/calib3d.hpp>
 #include <opencv2/imgcodecs.hpp>
 
@@ -50,6 +52,11 @@ class PairProgram : public ::testing::Test {
     EXPECT_LT(cv::norm(turn) * 180.0 / CV_PI, 0.1);
   }
 
+  static nlohmann::json VerdictIn(const std::string& name) {
+    std::ifstream file(folder_->File(name));
+    return nlohmann::json::parse(file, nullptr, false);
+  }
+
   static support::TemporaryFolder* folder_;
   static const world::Rig rig_;
 };
@@ -64,12 +71,52 @@ TEST_F(PairProgram, TwoFoldersBecomeThreeResultFiles) {
   ASSERT_EQ(tool.WaitForExit(LONG_ENOUGH), 0) << tool.Errors();
   EXPECT_NE(tool.Output().find("Baseline:                0.0"), std::string::npos) << tool.Output();
   ExpectStereoResult(folder_->File("pair.json"));
+  EXPECT_NE(tool.Output().find("\n  By leaving out views: rotation to 0."), std::string::npos)
+      << tool.Output();
+  EXPECT_EQ(VerdictIn("pair_verdict.json")["grade"], "good") << tool.Output();
+  EXPECT_EQ(VerdictIn("pair_left_verdict.json")["grade"], "good");
+  EXPECT_EQ(VerdictIn("pair_right_verdict.json")["views"], 12);
   for (const char* camera : {"pair_left.json", "pair_right.json"}) {
     JSON result;
     ASSERT_TRUE(result.load(folder_->File(camera)));
     EXPECT_EQ(result.readInt("sensor"), 0);
     EXPECT_EQ(result.readMat("distCoefs").cols, 14);
   }
+}
+
+TEST_F(PairProgram, NamesThePairWhosePicturesAreNotOfTheSameTime) {
+  for (const char* side : {"wrongleft", "wrongright"}) fs::create_directory(folder_->File(side));
+  for (int i = 0; i < 12; ++i) {
+    const std::string name = "/" + std::to_string(100 + i) + ".png";
+    fs::copy(folder_->File("left") + name, folder_->File("wrongleft") + name);
+    // A picture that the right camera took before and after.
+    const int other = i == 3 ? 4 : i;
+    fs::copy(folder_->File("right") + "/" + std::to_string(100 + other) + ".png",
+             folder_->File("wrongright") + name);
+  }
+  Process tool({VELMORA_BATCH, folder_->File("wrongleft"), "--right", folder_->File("wrongright"), "--hdist",
+                "0.2", "--output", folder_->File("wrong")});
+  ASSERT_EQ(tool.WaitForExit(LONG_ENOUGH), 0) << tool.Errors();
+  EXPECT_NE(tool.Output().find("  Not at the same place in both pictures: 103.png ("), std::string::npos)
+      << tool.Output();
+  EXPECT_NE(VerdictIn("wrong_verdict.json")["grade"], "good");
+}
+
+TEST_F(PairProgram, RefinesTheLensesWithThePairWhenAskedTo) {
+  Process tool({VELMORA_BATCH, folder_->File("both"), "--split", "vertical", "--hdist", "0.2", "--output",
+                folder_->File("refined"), "--refine-lenses"});
+  ASSERT_EQ(tool.WaitForExit(LONG_ENOUGH), 0) << tool.Errors();
+  EXPECT_NE(tool.Output().find("Refined left  lens:      fx "), std::string::npos) << tool.Output();
+  EXPECT_NE(tool.Output().find("Refined right lens:      fx "), std::string::npos) << tool.Output();
+  ExpectStereoResult(folder_->File("refined.json"));
+  JSON pair;
+  JSON alone;
+  ASSERT_TRUE(pair.load(folder_->File("refined.json")));
+  ASSERT_TRUE(alone.load(folder_->File("refined_left.json")));
+  EXPECT_EQ(pair.readMat("distCoefs").size(), cv::Size(14, 1));
+  const double refined = pair.readMat("cameraMatrix").at<double>(0, 0);
+  EXPECT_NE(refined, alone.readMat("cameraMatrix").at<double>(0, 0));
+  EXPECT_NEAR(refined, rig_.left.lens.K()(0, 0), 0.002 * refined);
 }
 
 TEST_F(PairProgram, WithResultFilesOnlyThePairIsComputed) {
@@ -104,16 +151,31 @@ TEST_F(PairProgram, AResultFileThatIsNoneIsNamed) {
 }
 
 TEST_F(PairProgram, AResultFileWithMatricesOfOtherSizesIsRefused) {
-  JSON small;
-  small.addMat("cameraMatrix", cv::Mat::eye(2, 2, CV_64F));
-  small.addMat("distCoefs", cv::Mat::zeros(1, 14, CV_64F));
-  ASSERT_TRUE(small.save(folder_->File("small.json")));
-  Process tool({VELMORA_BATCH, folder_->File("both"), "--split", "vertical", "--calib_left",
-                folder_->File("small.json"), "--calib_right", folder_->File("small.json"), "--output",
-                folder_->File("none")});
-  EXPECT_EQ(tool.WaitForExit(LONG_ENOUGH), 1);
-  EXPECT_NE(tool.Errors().find("\nError: the calibration failed: "), std::string::npos) << tool.Errors();
-  EXPECT_FALSE(fs::exists(folder_->File("none.json")));
+  struct Wrong {
+    cv::Mat K, D;
+    std::string fault;
+  };
+  const cv::Mat K = cv::Mat::eye(3, 3, CV_64F);
+  const cv::Mat D = cv::Mat::zeros(1, 14, CV_64F);
+  const std::string good = folder_->File("shaped.json");
+  JSON camera;
+  camera.addMat("cameraMatrix", K);
+  camera.addMat("distCoefs", D);
+  ASSERT_TRUE(camera.save(good));
+  const std::string bad = folder_->File("small.json");
+  for (const Wrong& wrong : {Wrong{K.rowRange(0, 2).clone(), D, "cameraMatrix is 2 x 3, not 3 x 3"},
+                             Wrong{K, D.t(), "distCoefs is 14 x 1, not 1 x 14"},
+                             Wrong{K, cv::Mat::zeros(1, 15, CV_64F), "distCoefs is 1 x 15, not 1 x 14"}}) {
+    JSON small;
+    small.addMat("cameraMatrix", wrong.K);
+    small.addMat("distCoefs", wrong.D);
+    ASSERT_TRUE(small.save(bad));
+    Process tool({VELMORA_BATCH, folder_->File("both"), "--split", "vertical", "--calib_left", good,
+                  "--calib_right", bad, "--output", folder_->File("none")});
+    EXPECT_EQ(tool.WaitForExit(LONG_ENOUGH), 2);
+    EXPECT_EQ(tool.Errors(), "Error: '" + bad + "' is no result of a camera: its " + wrong.fault + ".\n");
+    EXPECT_FALSE(fs::exists(folder_->File("none.json")));
+  }
 }
 
 TEST_F(PairProgram, APairWithTheGridInOneImageOnlyIsRejectedForThatSide) {

@@ -57,17 +57,27 @@ void AddPairOptions(CLI::App& app, Arguments& arguments) {
       app.add_option("--calib_left", arguments.calibLeft,
                      "result file of the left camera (default: calibrated first, from the same pictures)");
   auto* calibRight = app.add_option("--calib_right", arguments.calibRight, "result file of the right camera");
+  app.add_flag("--refine-lenses", arguments.refineLenses,
+               "refine both lenses of a pair together with it, from the common views; the pair's result file "
+               "then holds them");
   calibLeft->needs(calibRight);
   calibRight->needs(calibLeft);
 }
 
 /// What the options cannot say of each other by themselves.
 void CheckTogether(const Arguments& arguments) {
+  if (arguments.output.empty()) throw CLI::ValidationError("--output", "a name is needed");
   if (!arguments.recordModel.empty() && arguments.IsPair()) {
     throw CLI::ValidationError("--record-model", "poses are recorded from one camera");
   }
   if (!arguments.calibLeft.empty() && !arguments.IsPair()) {
     throw CLI::ValidationError("--calib_left", "a pair is needed: --right or --split");
+  }
+  if (arguments.refineLenses && !arguments.IsPair()) {
+    throw CLI::ValidationError("--refine-lenses", "a pair is needed: --right or --split");
+  }
+  if (arguments.refineLenses && arguments.solver != Calibrator::SOLVER_SPARSE) {
+    throw CLI::ValidationError("--refine-lenses", "only the sparse solver refines lenses");
   }
   if (arguments.IsPair() && arguments.model == Arguments::MODEL_AUTO) {
     throw CLI::ValidationError("--model", "auto is for one camera; a pair needs the rational or full model");

@@ -22,8 +22,9 @@ struct Arguments : tools::EngineOptions {
   Split split = Split::None;
   std::string calibLeft;  ///< result files of the cameras of a pair; empty: they are calibrated first
   std::string calibRight;
-  float hdist = 0.19F;  ///< metres across all row intervals of the grid
-  int model = 0;        ///< of Calibrator, or MODEL_AUTO
+  bool refineLenses = false;  ///< of a pair, together with it
+  float hdist = 0.19F;        ///< metres across all row intervals of the grid
+  int model = 0;              ///< of Calibrator, or MODEL_AUTO
   std::string modelName = "rational";
   cv::Size grid{4, 11};
   cv::Size frame;  ///< processing size; zero members: the size of the input

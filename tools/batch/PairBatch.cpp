@@ -7,6 +7,7 @@
 #include <set>
 
 #include "Halves.h"
+#include "batch/CameraFile.h"
 #include "batch/CameraViews.h"
 #include "batch/Epipolar.h"
 #include "batch/Progress.h"
@@ -16,6 +17,8 @@
 namespace batch {
 
 namespace {
+
+const char* const VERDICT_ENDING = "_verdict.json";
 
 /// Pictures of the left and the right camera, taken together.
 class PairStream {
@@ -111,28 +114,40 @@ struct CameraResults {
   std::string left;
   std::string right;
   bool fromFiles = false;
+  CalibrationVerdict leftVerdict;  ///< of cameras that were computed from these pictures
+  CalibrationVerdict rightVerdict;
 };
 
+template <typename AnyVerdict>
+ExitStatus SaveVerdictFile(const AnyVerdict& verdict, const std::string& output) {
+  const std::string file = output + VERDICT_ENDING;
+  return SaveVerdict(verdict, file) ? CALIBRATED : ReportUnwritten(file);
+}
+
 ExitStatus CalibrateCamera(CameraViews& camera, const std::string& side, const std::string& output,
-                           std::string& text) {
+                           std::string& text, CalibrationVerdict& verdict) {
   std::cerr << "Computing the " << side << " camera ...\n";
   const Report report = camera.Calibrate();
+  verdict = camera.Verdict();
   std::cout << "== " << side << " camera\n"
             << ResultTable(report) << "\n"
-            << VerdictTable(camera.Verdict(), report.used) << "\n";
+            << VerdictTable(verdict, report.used) << "\n";
   text = camera.Save(output);
-  return text.empty() ? ReportUnwritten(output + ".json") : CALIBRATED;
+  return text.empty() ? ReportUnwritten(output + ".json") : SaveVerdictFile(verdict, output);
 }
 
 ExitStatus CameraResultsFor(const Arguments& arguments, PairViews& pairs, CameraResults& results) {
   if (!arguments.calibLeft.empty()) {
-    results = {arguments.calibLeft, arguments.calibRight, true};
+    results.left = arguments.calibLeft;
+    results.right = arguments.calibRight;
+    results.fromFiles = true;
     return CALIBRATED;
   }
-  ExitStatus status = CalibrateCamera(pairs.left, "left", arguments.output + "_left", results.left);
-  if (status == CALIBRATED)
-    status = CalibrateCamera(pairs.right, "right", arguments.output + "_right", results.right);
-  return status;
+  const ExitStatus status =
+      CalibrateCamera(pairs.left, "left", arguments.output + "_left", results.left, results.leftVerdict);
+  if (status != CALIBRATED) return status;
+  return CalibrateCamera(pairs.right, "right", arguments.output + "_right", results.right,
+                         results.rightVerdict);
 }
 
 /// Computes the pair from the common views that spread best.
@@ -164,6 +179,10 @@ PairReport CalibratePair(const Arguments& arguments, const PairViews& pairs, con
   report.rms = static_cast<double>(rms);
   report.R = calibrator.GetR();
   report.T = calibrator.GetStereoTranslation();
+  if (arguments.refineLenses) {
+    report.refinedLeft = calibrator.GetKLeft();
+    report.refinedRight = calibrator.GetKRight();
+  }
   report.epipolarDistance = MeanEpipolarDistance(
       left, right, {calibrator.GetKLeft(), calibrator.GetDistCoefsLeft()},
       {calibrator.GetKRight(), calibrator.GetDistCoefsRight()}, calibrator.GetFundamentalMatrix());
@@ -171,16 +190,28 @@ PairReport CalibratePair(const Arguments& arguments, const PairViews& pairs, con
 }
 
 void CheckOutputs(const Arguments& arguments) {
-  CheckOutput(arguments.output);
-  if (!arguments.calibLeft.empty()) return;
-  CheckOutput(arguments.output + "_left");
-  CheckOutput(arguments.output + "_right");
+  for (const char* side : {"", "_left", "_right"}) {
+    if (*side != '\0' && !arguments.calibLeft.empty()) break;
+    CheckOutput(arguments.output + side);
+    CheckWritable(arguments.output + side + VERDICT_ENDING);
+  }
+}
+
+/// Of the pair, with that of its cameras where they were computed too.
+PairVerdict VerdictOf(Calibrator& calibrator, const CameraResults& results) {
+  PairVerdict verdict = calibrator.GetPairVerdict();
+  verdict.Consider(results.leftVerdict, "left");
+  verdict.Consider(results.rightVerdict, "right");
+  return verdict;
 }
 
 }  // namespace
 
 ExitStatus RunPair(const Arguments& arguments) {
   CheckOutputs(arguments);
+  for (const std::string& file : {arguments.calibLeft, arguments.calibRight}) {
+    if (!file.empty()) CheckCameraFile(file);
+  }
   PairViews pairs(arguments);
   LookAtPairs(arguments, pairs);
   if (pairs.names.size() < ENOUGH_VIEWS) {
@@ -195,9 +226,13 @@ ExitStatus RunPair(const Arguments& arguments) {
   const cv::Size frame = pairs.left.FrameSize();
   Calibrator calibrator(arguments.grid, UnitOf(arguments), Calibrator::STEREO, frame.width, frame.height);
   tools::ApplyEngineOptions(arguments, UnitOf(arguments), calibrator);
-  std::cout << "== pair\n" << PairTable(CalibratePair(arguments, pairs, results, calibrator));
+  calibrator.SetRefineLenses(arguments.refineLenses);
+  const PairReport report = CalibratePair(arguments, pairs, results, calibrator);
+  const PairVerdict verdict = VerdictOf(calibrator, results);
+  std::cout << "== pair\n" << PairTable(report) << "\n" << VerdictTable(verdict, report.used);
   if (SaveResultFile(calibrator, arguments.output).empty())
     return ReportUnwritten(arguments.output + ".json");
+  if (SaveVerdictFile(verdict, arguments.output) != CALIBRATED) return UNUSABLE_INPUT;
   std::cout << "\nResult file: " << arguments.output << ".json\n";
   return CALIBRATED;
 }

@@ -125,6 +125,17 @@ std::string ResultTable(const Report& report) {
          "\nWorst views:\n" + WorstViews(report);
 }
 
+namespace {
+
+std::string RefinedLens(const char* side, const cv::Mat& K) {
+  return K.empty()
+             ? ""
+             : Formatted("Refined %-5s lens:      fx %.3f, fy %.3f, cx %.3f, cy %.3f\n", side,
+                         K.at<double>(0, 0), K.at<double>(1, 1), K.at<double>(0, 2), K.at<double>(1, 2));
+}
+
+}  // namespace
+
 std::string PairTable(const PairReport& report) {
   const cv::Mat T = report.T;
   cv::Mat turn;
@@ -137,7 +148,8 @@ std::string PairTable(const PairReport& report) {
          Formatted("Baseline:                %.6f m\n", cv::norm(T)) +
          Formatted("Translation:             %.6f %.6f %.6f m\n", T.at<double>(0), T.at<double>(1),
                    T.at<double>(2)) +
-         Formatted("Rotation:                %.4f degrees\n", degrees);
+         Formatted("Rotation:                %.4f degrees\n", degrees) +
+         RefinedLens("left", report.refinedLeft) + RefinedLens("right", report.refinedRight);
 }
 
 }  // namespace batch

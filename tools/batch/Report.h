@@ -34,8 +34,9 @@ struct PairReport {
   std::vector<std::string> used;
   std::vector<Rejection> rejected;
   double rms = 0.0;
-  cv::Mat R, T;                   ///< right from left
-  double epipolarDistance = 0.0;  ///< mean, pixels
+  cv::Mat R, T;                       ///< right from left
+  double epipolarDistance = 0.0;      ///< mean, pixels
+  cv::Mat refinedLeft, refinedRight;  ///< camera matrices that were refined with the pair; else empty
 };
 
 /// How many views were used, and the pictures that were not, by reason; of long lists the first names.

@@ -9,19 +9,42 @@ namespace batch {
 
 namespace {
 
+std::string NameOf(size_t view, const std::vector<std::string>& names) {
+  return view < names.size() ? names[view] : "view " + std::to_string(view);
+}
+
 std::string NameOf(const CalibrationVerdict::LeftOut& left, const std::vector<std::string>& names) {
-  const std::string view = left.view < names.size() ? names[left.view] : "view " + std::to_string(left.view);
+  const std::string view = NameOf(left.view, names);
   return left.point < 0 ? view : "point " + std::to_string(left.point) + " of " + view;
+}
+
+/// The grade, and what speaks against the result.
+std::string Judgement(const std::string& words, const std::vector<CalibrationVerdict::Remark>& remarks) {
+  std::string text = "Verdict: " + words + "\n";
+  for (const auto& remark : remarks) text += "  " + remark.reason + "\n    " + remark.advice + "\n";
+  return text;
+}
+
+std::string DeviationsText(const PairVerdict::Deviations& deviations) {
+  std::ostringstream text;
+  text << std::fixed << std::setprecision(3) << "rotation to " << deviations.rotation
+       << " degrees, baseline to " << 100.0 * deviations.baseline << " %, its direction to "
+       << deviations.direction << " degrees\n";
+  return text.str();
+}
+
+bool SaveLine(const std::string& text, const std::string& path) {
+  std::ofstream file(path);
+  file << text << "\n";
+  file.close();
+  return !file.fail();
 }
 
 }  // namespace
 
 std::string VerdictTable(const CalibrationVerdict& verdict, const std::vector<std::string>& names) {
   std::ostringstream text;
-  text << std::fixed << "Verdict: " << verdict.Words() << "\n";
-  for (const auto& remark : verdict.remarks) {
-    text << "  " << remark.reason << "\n    " << remark.advice << "\n";
-  }
+  text << std::fixed << Judgement(verdict.Words(), verdict.remarks);
   text << std::setprecision(2) << "  Focal length to " << 100.0 * verdict.focalDeviation
        << " % (by the noise), " << 100.0 * verdict.focalJackknife << " % (by leaving out views)\n"
        << "  Projections to " << verdict.deviationInData << " px where there is data ("
@@ -35,11 +58,28 @@ std::string VerdictTable(const CalibrationVerdict& verdict, const std::vector<st
   return text.str();
 }
 
+std::string VerdictTable(const PairVerdict& verdict, const std::vector<std::string>& names) {
+  std::string text = Judgement(verdict.Words(), verdict.remarks);
+  text += "  By the noise: " + DeviationsText(verdict.formal);
+  text += "  By leaving out views: " + DeviationsText(verdict.jackknife);
+  if (!verdict.lensesRefined) {
+    text += "  With lenses known from these views only: " + DeviationsText(verdict.withLenses);
+  }
+  std::ostringstream apart;
+  apart << std::fixed << std::setprecision(1);
+  for (const auto& item : verdict.disagreements) {
+    apart << "  Not at the same place in both pictures: " << NameOf(item.view, names) << " (" << item.factor
+          << " times the noise)\n";
+  }
+  return text + apart.str();
+}
+
 bool SaveVerdict(const CalibrationVerdict& verdict, const std::string& path) {
-  std::ofstream file(path);
-  file << verdict.ToJson() << "\n";
-  file.close();
-  return !file.fail();
+  return SaveLine(verdict.ToJson(), path);
+}
+
+bool SaveVerdict(const PairVerdict& verdict, const std::string& path) {
+  return SaveLine(verdict.ToJson(), path);
 }
 
 }  // namespace batch

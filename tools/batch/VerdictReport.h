@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "PairVerdict.h"
 #include "Verdict.h"
 
 namespace batch {
@@ -11,7 +12,10 @@ namespace batch {
 /// The verdict in words; `names` are those of the views.
 std::string VerdictTable(const CalibrationVerdict& verdict, const std::vector<std::string>& names);
 
+std::string VerdictTable(const PairVerdict& verdict, const std::vector<std::string>& names);
+
 /// Writes the verdict as JSON. False when it could not be written.
 bool SaveVerdict(const CalibrationVerdict& verdict, const std::string& path);
+bool SaveVerdict(const PairVerdict& verdict, const std::string& path);
 
 }  // namespace batch

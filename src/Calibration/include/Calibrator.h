@@ -13,6 +13,7 @@
 #include "Export.h"
 #include "JavaTypes.h"
 #include "ModelChoice.h"
+#include "PairVerdict.h"
 #include "PoseProposal.h"
 #include "Verdict.h"
 
@@ -194,6 +195,12 @@ class VELMORA_API Calibrator {
   /// centroid of a disc's picture, which a detector finds, and the picture of its centre. 0, the default,
   /// takes centres as they are; what is no radius is refused with an error line.
   void SetDiscRadius(const double& radius);
+  /// Lets the sparse solver, with a pair of cameras, move both lenses too, from those that the monocular
+  /// results have, together with how the cameras stand to each other and all poses of the grid: the results
+  /// then have refined camera matrices (3 x 3) and coefficients (1 x 14, of which the model's are refined).
+  /// For monocular results that were computed from the same views, or fewer; such of many more views are
+  /// better left alone. Holds for computations that begin later; off at first; nothing to the other solver.
+  void SetRefineLenses(const bool& refine);
   /// Is told of each iteration of the sparse solver, on the computing thread, by computations that start
   /// later. It may call CancelComputation. An exception of it ends the computation as one of the solver does.
   /// An empty one takes the listener away.
@@ -206,6 +213,10 @@ class VELMORA_API Calibrator {
   /// during STATUS_PROGRESS, in a stereo calibrator, before a computation, and after snapshots were added to
   /// those that the result is of.
   CalibrationVerdict GetVerdict();
+  /// How good the result of the last computation of a pair is, whichever solver it is of. Grade None during
+  /// STATUS_PROGRESS, in a monocular calibrator, before a computation, after one that failed, and after
+  /// snapshots were added to those that the result is of. Takes milliseconds, changes nothing.
+  PairVerdict GetPairVerdict();
   /// Which lens model the snapshots ask for, found with the sparse solver in a tenth of a second for usual
   /// numbers of views; robustness and disc radius count when that solver is chosen. Changes neither status
   /// nor results. Nothing is chosen during STATUS_PROGRESS, in a stereo calibrator, and (with an error line)
@@ -231,12 +242,12 @@ class VELMORA_API Calibrator {
   // ---- Computation of a stereo calibrator. Thread-safe.
 
   /// Computes how the right camera stands to the left one, from the snapshots and the monocular results of
-  /// both cameras (paths, or with `fromFiles` false the texts themselves), which are held fixed. `model` says
-  /// which coefficients count. Returns the RMS reprojection error in pixels; 0.0, with an error line, when a
-  /// result cannot be read; -1.0 when nothing was computed: during STATUS_PROGRESS, in a monocular
-  /// calibrator, and (with an error line) with fewer than five snapshots or a result with fewer than 14
-  /// coefficients. Ends the assistant. An exception of the solver reaches the caller; the status is then as
-  /// before.
+  /// both cameras (paths, or with `fromFiles` false the texts themselves), which are held fixed unless
+  /// SetRefineLenses lets them move. `model` says which coefficients count. Returns the RMS reprojection
+  /// error in pixels; 0.0, with an error line, when a result cannot be read; -1.0 when nothing was computed:
+  /// during STATUS_PROGRESS, in a monocular calibrator, and (with an error line) with fewer than five
+  /// snapshots or a result with fewer than 14 coefficients. Ends the assistant. An exception of the solver
+  /// reaches the caller; the status is then as before.
   float ComputeCalibrationStereo(const std::string& left, const std::string& right, const int& model,
                                  const bool& fromFiles);
   /// The same from texts on a thread of its own. Follow it through the status. A failure is logged.

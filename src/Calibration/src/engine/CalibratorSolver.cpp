@@ -7,6 +7,7 @@
 #include "engine/SolverChoice.h"
 #include "solver/Judge.h"
 #include "solver/ModelComparison.h"
+#include "solver/SparsePair.h"
 
 void Calibrator::SetSolver(const int& solver) {
   if (solver != SOLVER_OPENCV && solver != SOLVER_SPARSE) {
@@ -30,6 +31,10 @@ void Calibrator::SetDiscRadius(const double& radius) {
     return;
   }
   solver_->discRadius = radius;
+}
+
+void Calibrator::SetRefineLenses(const bool& refine) {
+  solver_->refineLenses = refine;
 }
 
 void Calibrator::SetProgressListener(ProgressListener listener) {
@@ -94,4 +99,19 @@ SparseResult Calibrator::SolverChoice::Settings::Solve(
     }
   }
   return solved;
+}
+
+ExtrinsicsResult Calibrator::SolverChoice::Settings::SolvePair(
+    const std::vector<std::vector<cv::Point3d>>& objectPoints,
+    const std::vector<std::vector<cv::Point2d>>& leftPoints,
+    const std::vector<std::vector<cv::Point2d>>& rightPoints, const StereoIntrinsics& intrinsics,
+    const cv::Size& imageSize, int model) const {
+  if (solver != SOLVER_SPARSE) {
+    return SolveExtrinsics(objectPoints, leftPoints, rightPoints, intrinsics, imageSize, model);
+  }
+  const SparsePairOptions options{discRadius, 1, progress};
+  return refineLenses
+             ? RefinePairSparsely(objectPoints, leftPoints, rightPoints, intrinsics, imageSize, model,
+                                  options)
+             : SolveExtrinsicsSparsely(objectPoints, leftPoints, rightPoints, intrinsics, model, options);
 }

@@ -6,7 +6,6 @@
 #include "engine/Extrinsics.h"
 #include "engine/ProgressScope.h"
 #include "engine/SolverChoice.h"
-#include "solver/SparseExtrinsics.h"
 
 namespace {
 
@@ -60,6 +59,7 @@ float Calibrator::ComputeCalibrationStereo(const std::string& left, const std::s
   results_.D = intrinsics.D;
   results_.KRight = intrinsics.KRight;
   results_.DRight = intrinsics.DRight;
+  solver_->usedPairs = 0;
   if (!IsRational(intrinsics.D, left) || !IsRational(intrinsics.DRight, right)) return -1.0F;
   ProgressScope progress(*this);
   if (!progress.Active()) return -1.0F;
@@ -70,22 +70,29 @@ float Calibrator::ComputeCalibrationStereo(const std::string& left, const std::s
   const SolverChoice::Settings settings = solver_->Now();
   ExtrinsicsResult solved;
   try {
-    solved = settings.solver == SOLVER_SPARSE
-                 ? SolveExtrinsicsSparsely(records.objectRecords, records.imageRecords,
-                                           records.imageRecordsRight, intrinsics, model, 1, settings.progress)
-                 : SolveExtrinsics(records.objectRecords, records.imageRecords, records.imageRecordsRight,
-                                   intrinsics, {frameWidth_, frameHeight_}, model);
+    solved = settings.SolvePair(records.objectRecords, records.imageRecords, records.imageRecordsRight,
+                                intrinsics, {frameWidth_, frameHeight_}, model);
   } catch (const cv::Exception&) {
     if (!progress.Cancelled()) throw;
     return -1.0F;
   }
 
   data.lock();
+  if (settings.refineLenses) {
+    results_.K = solved.refined.K;
+    results_.D = solved.refined.D;
+    results_.KRight = solved.refined.KRight;
+    results_.DRight = solved.refined.DRight;
+  }
   results_.R = solved.R;
   results_.T = solved.T;
   results_.E = solved.E;
   results_.F = solved.F;
   results_.rms = static_cast<float>(solved.rms);
+  solver_->usedDiscRadius = settings.discRadius;
+  solver_->usedPairs = records.objectRecords.size();
+  solver_->usedPairModel = model;
+  solver_->usedRefinement = settings.refineLenses;
   progress.Complete();
   return results_.rms;
 }

@@ -11,7 +11,8 @@ struct StereoIntrinsics {
 
 struct ExtrinsicsResult {
   double rms = -1.0;
-  cv::Mat R, T, E, F;  ///< right from left: x_right = R x_left + T; T in the unit of the object points
+  cv::Mat R, T, E, F;        ///< right from left: x_right = R x_left + T; T in the unit of the object points
+  StereoIntrinsics refined;  ///< of a computation that moves the lenses too; else empty
 };
 
 /// Says so, once for each camera, where the classic model ignores coefficients that are not zero.

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Calibrator.h"
+#include "engine/Extrinsics.h"
 #include "solver/SparseIntrinsics.h"
 
 struct Calibrator::SolverChoice {
@@ -15,7 +16,8 @@ struct Calibrator::SolverChoice {
   struct Settings {
     int solver = SOLVER_OPENCV;
     bool robust = false;
-    double discRadius = 0.0;  ///< zero for a solver that does not correct it
+    double discRadius = 0.0;    ///< zero for a solver that does not correct it
+    bool refineLenses = false;  ///< of pairs; false for a solver that does not
     /// Called after each iteration of the sparse solver with its number and the RMS; false gives up.
     std::function<bool(int, double)> progress;
 
@@ -23,11 +25,19 @@ struct Calibrator::SolverChoice {
     SparseResult Solve(const std::vector<std::vector<cv::Point3d>>& objectPoints,
                        const std::vector<std::vector<cv::Point2d>>& imagePoints, const cv::Size& imageSize,
                        int model) const;
+
+    /// Of a pair.
+    ExtrinsicsResult SolvePair(const std::vector<std::vector<cv::Point3d>>& objectPoints,
+                               const std::vector<std::vector<cv::Point2d>>& leftPoints,
+                               const std::vector<std::vector<cv::Point2d>>& rightPoints,
+                               const StereoIntrinsics& intrinsics, const cv::Size& imageSize,
+                               int model) const;
   };
 
   Settings Now() {
     const int chosen = solver;
-    return {chosen, robust, chosen == SOLVER_SPARSE ? discRadius.load() : 0.0, Progress()};
+    const bool sparse = chosen == SOLVER_SPARSE;
+    return {chosen, robust, sparse ? discRadius.load() : 0.0, sparse && refineLenses, Progress()};
   }
 
   /// Tells the listener of the moment and gives up once cancelled.
@@ -43,6 +53,7 @@ struct Calibrator::SolverChoice {
   std::atomic<int> solver{SOLVER_OPENCV};
   std::atomic<bool> robust{false};
   std::atomic<double> discRadius{0.0};
+  std::atomic<bool> refineLenses{false};
   /// Falls when a computation is marked as under way, and is raised only during one: under the status' lock.
   std::atomic<bool> cancelled{false};
 
@@ -52,4 +63,9 @@ struct Calibrator::SolverChoice {
   /// What the last result left out, and its disc radius; guarded as results are.
   std::vector<sparse::Rejected> rejected;
   double usedDiscRadius = 0.0;
+  /// Of the last pair's result, if there is one: the number of snapshots, the lens model, and whether the
+  /// lenses were refined.
+  size_t usedPairs = 0;
+  int usedPairModel = MODEL_CLASSIC;
+  bool usedRefinement = false;
 };

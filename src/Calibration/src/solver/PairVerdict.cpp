@@ -1,0 +1,54 @@
+/// How good the calibration of a pair is, in words and as JSON.
+#include "PairVerdict.h"
+
+#include <algorithm>
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+namespace {
+
+/// JSON has no number for what is not finite.
+nlohmann::json Number(double value) {
+  return std::isfinite(value) ? nlohmann::json(value) : nlohmann::json();
+}
+
+nlohmann::json Object(const PairVerdict::Deviations& deviations) {
+  return {{"rotation", Number(deviations.rotation)},
+          {"baseline", Number(deviations.baseline)},
+          {"direction", Number(deviations.direction)}};
+}
+
+}  // namespace
+
+void PairVerdict::Consider(const CalibrationVerdict& camera, const std::string& side) {
+  if (grade == Grade::None || lensesRefined || camera.grade <= Grade::Good) return;
+  grade = std::max(grade, camera.grade);
+  remarks.push_back({"The " + side + " camera by itself is " + camera.Words() + ".",
+                     "See what is said of it, and calibrate it again."});
+}
+
+std::string PairVerdict::Words() const {
+  CalibrationVerdict verdict;
+  verdict.grade = grade;
+  return verdict.Words();
+}
+
+std::string PairVerdict::ToJson() const {
+  nlohmann::json text;
+  text["grade"] = Words();
+  text["views"] = views;
+  text["lensesRefined"] = lensesRefined;
+  text["formal"] = Object(formal);
+  text["jackknife"] = Object(jackknife);
+  text["withLenses"] = Object(withLenses);
+  text["disagreement"] = Number(disagreement);
+  text["disagreements"] = nlohmann::json::array();
+  for (const Disagreement& item : disagreements) {
+    text["disagreements"].push_back({{"view", item.view}, {"factor", Number(item.factor)}});
+  }
+  text["remarks"] = nlohmann::json::array();
+  for (const Remark& remark : remarks) {
+    text["remarks"].push_back({{"reason", remark.reason}, {"advice", remark.advice}});
+  }
+  return text.dump();
+}
