@@ -6,14 +6,12 @@
 #include <utility>
 
 #include "solver/Cholesky.h"
+#include "solver/Damping.h"
 #include "solver/Threads.h"
 
 namespace sparse {
 
 namespace {
-
-constexpr double LEAST_DAMPING = 1e-15;
-constexpr double MOST_DAMPING = 1e12;
 
 size_t Index(int row, int column) {
   return static_cast<size_t>(row * FULL_PARAMETERS + column);
@@ -91,7 +89,7 @@ class Minimiser {
     std::array<double, FULL_PARAMETERS> scale{};
     for (int i = 0; i < Free(); ++i) {
       double& own = system.matrix[Index(i, i)];
-      own += damping_ * diagonal[static_cast<size_t>(i)];
+      own += damping_.Value() * diagonal[static_cast<size_t>(i)];
       if (!(own > 0.0)) return false;
       scale[static_cast<size_t>(i)] = 1.0 / std::sqrt(own);
     }
@@ -112,7 +110,9 @@ class Minimiser {
     const size_t count = Views();
     std::vector<ReducedView> reduced(count);
     ForRanges(count, options_.threads, [&](size_t first, size_t last) {
-      for (size_t i = first; i < last; ++i) reduced[i] = Reduce(solution_.equations[i], Free(), damping_);
+      for (size_t i = first; i < last; ++i) {
+        reduced[i] = Reduce(solution_.equations[i], Free(), damping_.Value());
+      }
     });
     for (const ReducedView& view : reduced) {
       if (!view.solvable) return false;
@@ -133,7 +133,7 @@ class Minimiser {
     std::vector<double> predicted(Views());
     ForRanges(Views(), options_.threads, [&](size_t first, size_t last) {
       for (size_t i = first; i < last; ++i) {
-        step.poses[i] = PoseStepFor(solution_.equations[i], Free(), damping_, step.lens);
+        step.poses[i] = PoseStepFor(solution_.equations[i], Free(), damping_.Value(), step.lens);
         predicted[i] = PredictedOf(solution_.equations[i], step.lens, step.poses[i]);
       }
     });
@@ -141,7 +141,7 @@ class Minimiser {
     const auto& values = solution_.estimate.lens.values;
     const auto diagonal = LensDiagonal();
     for (size_t i = 0; i < values.size(); ++i) {
-      step.predicted += damping_ * diagonal[i] * step.lens[i] * step.lens[i];
+      step.predicted += damping_.Value() * diagonal[i] * step.lens[i] * step.lens[i];
       step.predicted -= options_.prior[i] * values[i] * step.lens[i];
     }
     return true;
@@ -156,7 +156,7 @@ class Minimiser {
     for (int i = 0; i < POSE_PARAMETERS; ++i) {
       const double step = pose[static_cast<size_t>(i)];
       const int row = Free() + i;
-      sum += step * (damping_ * equations.At(row, row) * step - equations.At(row, residual));
+      sum += step * (damping_.Value() * equations.At(row, row) * step - equations.At(row, residual));
     }
     return sum;
   }
@@ -164,10 +164,10 @@ class Minimiser {
   void Iterate() {
     FullStep step;
     if (!Propose(step)) {
-      Reject();
+      solution_.converged = !damping_.Reject();
       return;
     }
-    if (step.predicted < options_.precision * Variance() && damping_ <= options_.firstDamping) {
+    if (step.predicted < options_.precision * Variance() && damping_.Value() <= options_.firstDamping) {
       solution_.converged = true;
       return;
     }
@@ -176,9 +176,9 @@ class Minimiser {
     if (trial.usable && Cost(trial) < Cost(solution_)) {
       trial.iterations = solution_.iterations;
       solution_ = std::move(trial);
-      Accept(gain);
+      damping_.Accept(gain);
     } else {
-      Reject();
+      solution_.converged = !damping_.Reject();
     }
   }
 
@@ -191,33 +191,10 @@ class Minimiser {
     return estimate;
   }
 
-  void Accept(double gain) {
-    // Soon after a rejection the damping falls carefully, or the next step is rejected again.
-    const double fall = sinceRejection_ < 3 ? 0.5 : 0.1;
-    if (gain > 0.75) {
-      damping_ *= fall;
-    } else if (gain > 0.5) {
-      damping_ *= 0.7;
-    }
-    damping_ = std::max(damping_, LEAST_DAMPING);
-    raise_ = 2.0;
-    ++sinceRejection_;
-  }
-
-  void Reject() {
-    damping_ *= raise_;
-    raise_ *= 2.0;
-    sinceRejection_ = 0;
-    // No step helps any more: rounding is all that is left.
-    solution_.converged = damping_ > MOST_DAMPING;
-  }
-
   const Measurements& measurements_;
   const SolveOptions& options_;
   Solution solution_;
-  double damping_ = options_.firstDamping;
-  double raise_ = 2.0;
-  int sinceRejection_ = 3;
+  Damping damping_{options_.firstDamping};
 };
 
 /// Views of one camera.

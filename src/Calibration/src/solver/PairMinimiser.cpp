@@ -5,14 +5,12 @@
 #include <cmath>
 #include <utility>
 
+#include "solver/Damping.h"
 #include "solver/Threads.h"
 
 namespace sparse {
 
 namespace {
-
-constexpr double LEAST_DAMPING = 1e-15;
-constexpr double MOST_DAMPING = 1e12;
 
 /// What the priors pull at: strengths and values of the lenses' free parameters, zero for the other ones.
 struct Pulls {
@@ -69,11 +67,11 @@ class Minimiser {
   }
 
   bool SharedStep(const PairStep& diagonal, PairStep& step) const {
-    ReducedPair system = SumOf(solution_, 0, damping_, options_);
+    ReducedPair system = SumOf(solution_, 0, damping_.Value(), options_);
     if (!system.solvable) return false;
     for (int i = 0; i < Shared(); ++i) {
       const auto k = static_cast<size_t>(i);
-      system.matrix[static_cast<size_t>(i * MOST_PAIR_PARAMETERS + i)] += damping_ * diagonal[k];
+      system.matrix[static_cast<size_t>(i * MOST_PAIR_PARAMETERS + i)] += damping_.Value() * diagonal[k];
       step[k] = -system.gradient[k];
     }
     PairSystem scaled;
@@ -89,14 +87,14 @@ class Minimiser {
     std::vector<double> predicted(left_.size());
     ForRanges(left_.size(), options_.threads, [&](size_t first, size_t last) {
       for (size_t i = first; i < last; ++i) {
-        step.poses[i] = PoseStepFor(solution_.equations[i], 0, damping_, step.shared);
+        step.poses[i] = PoseStepFor(solution_.equations[i], 0, damping_.Value(), step.shared);
         predicted[i] = PredictedOf(solution_.equations[i], step.shared, step.poses[i]);
       }
     });
     for (const double value : predicted) step.predicted += value;
     const Pulls pulls = PullsOf(solution_.estimate, options_);
     for (size_t i = 0; i < diagonal.size(); ++i) {
-      step.predicted += damping_ * diagonal[i] * step.shared[i] * step.shared[i];
+      step.predicted += damping_.Value() * diagonal[i] * step.shared[i] * step.shared[i];
       step.predicted -= pulls.strengths[i] * pulls.values[i] * step.shared[i];
     }
     return true;
@@ -109,7 +107,7 @@ class Minimiser {
     for (int i = 0; i < POSE_PARAMETERS; ++i) {
       const double step = pose[static_cast<size_t>(i)];
       const int row = Shared() + i;
-      sum += step * (damping_ * equations.At(row, row) * step - equations.Gradient(row));
+      sum += step * (damping_.Value() * equations.At(row, row) * step - equations.Gradient(row));
     }
     return sum;
   }
@@ -117,11 +115,11 @@ class Minimiser {
   void Iterate() {
     FullStep step;
     if (!Propose(step)) {
-      Reject();
+      solution_.converged = !damping_.Reject();
       return;
     }
     const double variance = NoiseVariance(solution_, left_, Shared());
-    if (step.predicted < options_.precision * variance && damping_ <= options_.firstDamping) {
+    if (step.predicted < options_.precision * variance && damping_.Value() <= options_.firstDamping) {
       solution_.converged = true;
       return;
     }
@@ -130,9 +128,9 @@ class Minimiser {
     if (trial.usable && Cost(trial) < Cost(solution_)) {
       trial.iterations = solution_.iterations;
       solution_ = std::move(trial);
-      Accept(gain);
+      damping_.Accept(gain);
     } else {
-      Reject();
+      solution_.converged = !damping_.Reject();
     }
   }
 
@@ -151,34 +149,11 @@ class Minimiser {
     return estimate;
   }
 
-  void Accept(double gain) {
-    // Soon after a rejection the damping falls carefully, or the next step is rejected again.
-    const double fall = sinceRejection_ < 3 ? 0.5 : 0.1;
-    if (gain > 0.75) {
-      damping_ *= fall;
-    } else if (gain > 0.5) {
-      damping_ *= 0.7;
-    }
-    damping_ = std::max(damping_, LEAST_DAMPING);
-    raise_ = 2.0;
-    ++sinceRejection_;
-  }
-
-  void Reject() {
-    damping_ *= raise_;
-    raise_ *= 2.0;
-    sinceRejection_ = 0;
-    // No step helps any more: rounding is all that is left.
-    solution_.converged = damping_ > MOST_DAMPING;
-  }
-
   const std::vector<View>& left_;
   const std::vector<View>& right_;
   const PairOptions& options_;
   PairSolution solution_;
-  double damping_ = options_.firstDamping;
-  double raise_ = 2.0;
-  int sinceRejection_ = 3;
+  Damping damping_{options_.firstDamping};
 };
 
 }  // namespace
