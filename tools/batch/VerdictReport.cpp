@@ -1,7 +1,6 @@
 /// What the headless tool says of a result's worth.
 #include "batch/VerdictReport.h"
 
-#include <fstream>
 #include <iomanip>
 #include <sstream>
 
@@ -33,13 +32,6 @@ std::string VerdictTable(const CalibrationVerdict& verdict, const std::vector<st
     text << "  Left out: " << NameOf(left, names) << ", " << left.reason << " (" << left.residual << " px)\n";
   }
   return text.str();
-}
-
-bool SaveVerdict(const CalibrationVerdict& verdict, const std::string& path) {
-  std::ofstream file(path);
-  file << verdict.ToJson() << "\n";
-  file.close();
-  return !file.fail();
 }
 
 }  // namespace batch

@@ -11,7 +11,4 @@ namespace batch {
 /// The verdict in words; `names` are those of the views.
 std::string VerdictTable(const CalibrationVerdict& verdict, const std::vector<std::string>& names);
 
-/// Writes the verdict as JSON. False when it could not be written.
-bool SaveVerdict(const CalibrationVerdict& verdict, const std::string& path);
-
 }  // namespace batch

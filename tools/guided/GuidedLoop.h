@@ -1,11 +1,11 @@
 /// The live window of a guided calibration, from the first pose to the saved result.
 #pragma once
 
-#include <chrono>
 #include <functional>
 #include <optional>
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "Calibrator.h"
 #include "FrameFeed.h"
@@ -41,10 +41,10 @@ class GuidedLoop {
 
  private:
   enum class Step { GoOn, Stop };
-  using Clock = std::chrono::steady_clock;
 
   bool Begin();
   Step ShowNext();
+  void DetectIn(cv::Mat& frame);
   Step React(int key);
   Step Follow();
   Step FollowComputation();
@@ -64,10 +64,9 @@ class GuidedLoop {
   ExitStatus status_ = ENDED_BEFORE;
   int goal_ = 0;
   int reached_ = 0;
-  bool fresh_ = false;      ///< a frame was shown in this turn
-  bool computing_ = false;  ///< the last pose was reached
-  bool inProgress_ = false;
-  Clock::time_point lastPose_;
+  bool fresh_ = false;                          ///< a frame was shown in this turn
+  bool computing_ = false;                      ///< the last pose was reached
+  std::vector<std::vector<cv::Point2d>> seen_;  ///< the circles of each snapshot
 };
 
 }  // namespace guided
