@@ -6,7 +6,7 @@
 #include <regex>
 
 #include "Calibrator.h"
-#include "Finite.h"
+#include "Numbers.h"
 
 namespace batch {
 
@@ -88,8 +88,7 @@ Parsed ParseArguments(int argc, char** argv) {
   app.add_option("inputs", arguments.inputs, "images, folders, patterns, videos, URLs")->required();
   app.add_option("--hdist", arguments.hdist,
                  "distance in metres across the row intervals of the grid (ten of them in 4x11)")
-      ->check(CLI::PositiveNumber)
-      ->check(FaultUnlessFinite)
+      ->check(FaultUnlessPositive, "POSITIVE")
       ->capture_default_str();
   app.add_option("--model", arguments.modelName,
                  "lens model: classic, rational, full, or auto: as large as the views ask for")
@@ -108,10 +107,10 @@ Parsed ParseArguments(int argc, char** argv) {
       ->capture_default_str();
   app.add_option("--every", arguments.sampling.every,
                  "take every N-th frame of a video (default: about 150 of a file)")
-      ->check(CLI::PositiveNumber);
+      ->check(FaultUnlessPositive, "POSITIVE");
   app.add_option("--max-frames", arguments.sampling.maxFrames,
                  "frames taken at most of a stream, 0 for no limit")
-      ->check(CLI::NonNegativeNumber)
+      ->check(FaultIfNegative, "NONNEGATIVE")
       ->capture_default_str();
   app.add_option(
       "--record-model", arguments.recordModel,

@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <sstream>
 
-#include "Finite.h"
+#include "Numbers.h"
 
 namespace guided {
 
@@ -49,7 +49,7 @@ void DeclareEnd(CLI::App& app, std::string& until, Arguments& arguments) {
 
 void DeclareSource(CLI::App& app, app::Settings& settings) {
   CLI::Option_group* source = app.add_option_group("source", "Exactly one of these");
-  source->add_option("--webcam", settings.webcam, "index of a camera")->check(CLI::NonNegativeNumber);
+  source->add_option("--webcam", settings.webcam, "index of a camera")->check(FaultIfNegative, "NONNEGATIVE");
   source->add_option("--video", settings.video, "video file or URL");
   source->add_option("--rtmp", settings.rtmp, "address of an RTMP stream");
   source->add_option("--gstreamer", settings.gstreamerHost, "host of a GStreamer TCP stream");
@@ -79,11 +79,10 @@ Parsed ParseArguments(int argc, const char* const* argv, const std::string& ship
       ->check(CLI::Range(64, 32000))
       ->capture_default_str();
   app.add_option("--fps", arguments.settings.fps, "rate asked of a camera")
-      ->check(CLI::PositiveNumber)
+      ->check(FaultUnlessPositive, "POSITIVE")
       ->capture_default_str();
   app.add_option("--hdist", hdist, "distance in metres across the ten row intervals of the grid")
-      ->check(CLI::PositiveNumber)
-      ->check(FaultUnlessFinite)
+      ->check(FaultUnlessPositive, "POSITIVE")
       ->capture_default_str();
   app.add_option("--poses", arguments.poses, "model file with the poses to reach")->capture_default_str();
   DeclareEnd(app, until, arguments);
