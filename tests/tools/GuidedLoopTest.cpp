@@ -117,7 +117,7 @@ class GuidedLoopRun : public ::testing::Test {
   Calibrator calibrator_{{4, 11}, 0.02F, Calibrator::MONOCULAR, FRAME.width, FRAME.height};
   PictureFeed feed_;
   KeyScreen screen_;
-  guided::LoopOptions options_{folder_.File("poses.json"), folder_.File("camera"), FRAME,
+  guided::LoopOptions options_{folder_.File("poses.json"), folder_.File("camera"), FRAME, "video 'a.avi'",
                                [] { return true; }};
   std::ostringstream out_;
   std::ostringstream err_;
@@ -177,7 +177,7 @@ TEST_F(GuidedLoopRun, ReportsASourceWithoutFrames) {
   feed_.pictures.clear();
   feed_.broken = true;
   EXPECT_EQ(Run(), guided::UNUSABLE);
-  EXPECT_EQ(err_.str(), "ERROR: the source delivers no frame.\n");
+  EXPECT_EQ(err_.str(), "ERROR: cannot read video 'a.avi'.\n");
 }
 
 TEST_F(GuidedLoopRun, ReportsAResultThatCannotBeWritten) {

@@ -34,7 +34,7 @@ ExitStatus ReportUnwritten(const std::string& file) {
 }
 
 ExitStatus Run(const Arguments& arguments) {
-  CheckOutput(arguments.output);
+  CheckJudgedOutput(arguments.output);
   CameraViews camera(arguments);
   LookAtPictures(arguments, [&](Picture& picture) { return camera.Take(picture); });
   if (!camera.SawPictures()) throw InputError("no picture could be read from the input");

@@ -29,10 +29,9 @@ bool WritePicture(const cv::Mat& picture, const std::string& path) {
 
 std::string SaveVerdict(const CalibrationVerdict& verdict, const cv::Size& frame,
                         const std::vector<std::vector<cv::Point2d>>& seen, const std::string& name) {
-  const std::string text = name + "_verdict.json";
-  const std::string picture = name + "_uncertainty.png";
-  if (!WriteText(verdict.ToJson(), text)) return text;
-  return WritePicture(DrawUncertainty(verdict, frame, seen), picture) ? "" : picture;
+  const VerdictFiles files(name);
+  if (!WriteText(verdict.ToJson(), files.text)) return files.text;
+  return WritePicture(DrawUncertainty(verdict, frame, seen), files.picture) ? "" : files.picture;
 }
 
 }  // namespace tools

@@ -9,8 +9,18 @@
 
 namespace tools {
 
-/// Writes the verdict to NAME_verdict.json, and the picture of how sure projections are, with the circles
-/// that were seen, to NAME_uncertainty.png. The file that could not be written, or an empty text.
+/// Where the verdict on the result NAME goes: NAME_verdict.json, and the picture of how sure projections are,
+/// NAME_uncertainty.png.
+struct VerdictFiles {
+  std::string text;
+  std::string picture;
+
+  explicit VerdictFiles(const std::string& name)
+      : text(name + "_verdict.json"), picture(name + "_uncertainty.png") {}
+};
+
+/// Writes both; the picture shows the circles that were seen. The file that could not be written, or an empty
+/// text.
 std::string SaveVerdict(const CalibrationVerdict& verdict, const cv::Size& frame,
                         const std::vector<std::vector<cv::Point2d>>& seen, const std::string& name);
 

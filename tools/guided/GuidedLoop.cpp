@@ -81,7 +81,7 @@ GuidedLoop::Step GuidedLoop::ShowNext() {
     return Step::GoOn;
   }
   if (feed_.FailedToStart()) {
-    err_ << "ERROR: the source delivers no frame." << std::endl;
+    err_ << "ERROR: cannot read " << options_.source << "." << std::endl;
     status_ = UNUSABLE;
     return Step::Stop;
   }

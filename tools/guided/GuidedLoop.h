@@ -20,6 +20,7 @@ struct LoopOptions {
   std::string poses;   ///< model file of the assistant
   std::string output;  ///< result file, without its extension
   cv::Size frame;      ///< processing size
+  std::string source;  ///< what frames come from, in words
   /// True once a recording has no more frames.
   std::function<bool()> sourceEnded = [] { return false; };
   /// Pixels to which projections are to be known, by poses that are chosen for it; 0: by those of the model.
