@@ -60,6 +60,18 @@ void DeclareSource(CLI::App& app, app::Settings& settings) {
       ->capture_default_str();
 }
 
+void DeclareFrames(CLI::App& app, app::Settings& settings) {
+  app.add_option("--width", settings.width, "width of the frames to work in, also asked of a camera")
+      ->check(CLI::Range(64, 32000))
+      ->capture_default_str();
+  app.add_option("--height", settings.height, "height of these frames")
+      ->check(CLI::Range(64, 32000))
+      ->capture_default_str();
+  app.add_option("--fps", settings.fps, "rate asked of a camera")
+      ->check(FaultUnlessPositive, "POSITIVE")
+      ->capture_default_str();
+}
+
 }  // namespace
 
 Parsed ParseArguments(int argc, const char* const* argv, const std::string& shippedPoses) {
@@ -71,16 +83,7 @@ Parsed ParseArguments(int argc, const char* const* argv, const std::string& ship
   CLI::App app(DESCRIPTION, "velmora-guided");
   app.footer(FOOTER);
   DeclareSource(app, arguments.settings);
-  app.add_option("--width", arguments.settings.width,
-                 "width of the frames to work in, also asked of a camera")
-      ->check(CLI::Range(64, 32000))
-      ->capture_default_str();
-  app.add_option("--height", arguments.settings.height, "height of these frames")
-      ->check(CLI::Range(64, 32000))
-      ->capture_default_str();
-  app.add_option("--fps", arguments.settings.fps, "rate asked of a camera")
-      ->check(FaultUnlessPositive, "POSITIVE")
-      ->capture_default_str();
+  DeclareFrames(app, arguments.settings);
   app.add_option("--hdist", hdist, "distance in metres across the ten row intervals of the grid")
       ->check(FaultUnlessPositive, "POSITIVE")
       ->capture_default_str();
