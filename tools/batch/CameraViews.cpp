@@ -42,11 +42,7 @@ Report CameraViews::Calibrate() {
     }
   }
   calibrator.ComputeCalibration(ChosenModel(report));
-  report.rms = static_cast<double>(calibrator.GetRMS());
-  report.K = calibrator.GetK();
-  report.D = calibrator.GetDistCoefs();
-  report.stdDevs = calibrator.GetStdDevIntrinsics();
-  report.viewErrors = calibrator.GetPerViewErrors();
+  CopyResult(calibrator, report);
   return report;
 }
 
@@ -64,6 +60,14 @@ CalibrationVerdict CameraViews::Verdict() {
 
 std::string CameraViews::Save(const std::string& output) {
   return SaveResultFile(*search_.Engine(), output);
+}
+
+void CopyResult(Calibrator& calibrator, Report& report) {
+  report.rms = static_cast<double>(calibrator.GetRMS());
+  report.K = calibrator.GetK();
+  report.D = calibrator.GetDistCoefs();
+  report.stdDevs = calibrator.GetStdDevIntrinsics();
+  report.viewErrors = calibrator.GetPerViewErrors();
 }
 
 std::string SaveResultFile(Calibrator& calibrator, const std::string& output) {

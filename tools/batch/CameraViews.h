@@ -52,6 +52,9 @@ class CameraViews {
   std::vector<Rejection> rejected_;
 };
 
+/// Fills in what the calibrator's computation came to.
+void CopyResult(Calibrator& calibrator, Report& report);
+
 /// Saves the calibrator's result and reads it back; the text, empty when that failed.
 std::string SaveResultFile(Calibrator& calibrator, const std::string& output);
 

@@ -23,11 +23,7 @@ batch::Report ReportOf(Calibrator& calibrator, const cv::Size& frame) {
   report.frame = frame;
   for (int i = 1; i <= calibrator.GetNumberOfRecords(); ++i)
     report.used.push_back("pose " + std::to_string(i));
-  report.rms = static_cast<double>(calibrator.GetRMS());
-  report.K = calibrator.GetK();
-  report.D = calibrator.GetDistCoefs();
-  report.stdDevs = calibrator.GetStdDevIntrinsics();
-  report.viewErrors = calibrator.GetPerViewErrors();
+  batch::CopyResult(calibrator, report);
   return report;
 }
 
