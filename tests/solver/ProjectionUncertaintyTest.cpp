@@ -61,6 +61,15 @@ TEST(ProjectionUncertainty, IsMeasuredWithoutTheTurnThatTheAreaAllows) {
   EXPECT_LT(turned.InArea(shift), 0.1 * raw.InImage(shift));
 }
 
+TEST(ProjectionUncertainty, IsANumberHoweverRoundingTurnsOut) {
+  // Covariances of points without noise cancel to a few parts in 1e17, of either sign.
+  const sparse::ProjectionUncertainty uncertainty(Barrel(), FRAME, MIDDLE);
+  const cv::Mat less = -1e-20 * cv::Mat::eye(sparse::CLASSIC_PARAMETERS, sparse::CLASSIC_PARAMETERS, CV_64F);
+  EXPECT_EQ(uncertainty.InArea(less), 0.0);
+  EXPECT_EQ(uncertainty.InImage(less), 0.0);
+  EXPECT_EQ(cv::countNonZero(uncertainty.Map(less)), 0);
+}
+
 TEST(ProjectionUncertainty, IsBoundlessWhereThereIsNothingToMeasure) {
   EXPECT_TRUE(std::isinf(sparse::ProjectionUncertainty(Barrel(), FRAME, {}).InArea(SomeCovariance())));
   sparse::Lens none = Barrel();

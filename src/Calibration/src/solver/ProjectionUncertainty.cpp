@@ -56,12 +56,13 @@ class Derivatives {
   std::vector<double> byTurn_;
 };
 
-/// The mean variance of both coordinates of each cell, from two rows for each.
+/// The mean variance of both coordinates of each cell, from two rows for each. Where large terms cancel,
+/// rounding may leave less than nothing.
 cv::Mat Variances(const cv::Mat& byLens, const cv::Mat& covariance) {
   cv::Mat variances;
   cv::reduce(byLens.mul(byLens * covariance), variances, 1, cv::REDUCE_SUM);
   cv::reduce(variances.reshape(1, byLens.rows / 2), variances, 1, cv::REDUCE_AVG);
-  return variances;
+  return cv::max(variances, 0.0);
 }
 
 double RootOfMean(const cv::Mat& byLens, const cv::Mat& covariance) {
