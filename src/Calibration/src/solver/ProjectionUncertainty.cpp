@@ -83,8 +83,10 @@ ProjectionUncertainty::ProjectionUncertainty(const Lens& lens, const cv::Size& i
   Derivatives inside(lens.free);
   Derivatives outside(lens.free);
   for (int i = 0; i < ROWS * COLUMNS; ++i) {
-    const cv::Point2d pixel((i % COLUMNS + 0.5) * imageSize.width / COLUMNS - 0.5,
-                            (i / COLUMNS + 0.5) * imageSize.height / ROWS - 0.5);
+    const int row = i / COLUMNS;
+    const int column = i % COLUMNS;
+    const cv::Point2d pixel((column + 0.5) * imageSize.width / COLUMNS - 0.5,
+                            (row + 0.5) * imageSize.height / ROWS - 0.5);
     cv::Vec3d ray;
     Coordinate u;
     Coordinate v;
