@@ -1,3 +1,4 @@
+/// The application as a whole: command line, sources, window, loop.
 #include "Application.h"
 
 #include <cstdlib>

@@ -1,3 +1,4 @@
+/// Opens the planned captures and turns them into a source of frames.
 #include "Captures.h"
 
 #include <opencv2/videoio.hpp>

@@ -1,3 +1,4 @@
+/// Reads frames on a thread of its own, so that a source that stalls stalls nothing else.
 #include "FrameReader.h"
 
 #include <condition_variable>

@@ -1,3 +1,4 @@
+/// Cuts a frame that shows two cameras into the image of each.
 #include "Halves.h"
 
 namespace app {

@@ -1,3 +1,4 @@
+/// The text that explains the application to its user.
 #include "HelpText.h"
 
 #include "Calibrator.h"

@@ -1,3 +1,4 @@
+/// What the interactive loops have in common: keys, waiting, the texts around a calibration.
 #include "InteractiveLoop.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+/// Keeps the video libraries from writing to the console beside the application's own lines.
 #include "LibraryNoise.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+/// What the monocular loop asks of a calibrator.
 #include "MonocularEngine.h"
 
 namespace app {

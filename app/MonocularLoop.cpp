@@ -1,3 +1,4 @@
+/// The interactive loop for one camera: show, take snapshots, calibrate, quit.
 #include "MonocularLoop.h"
 
 namespace app {

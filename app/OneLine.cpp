@@ -1,3 +1,4 @@
+/// Brings the text of an exception to one line of the console.
 #include "OneLine.h"
 
 #include <sstream>

@@ -1,3 +1,4 @@
+/// Reads the command line: words to a table of option values, and the table to settings.
 #include "Options.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+/// Windows and keys, as far as the interactive loops need them.
 #include "Screen.h"
 
 #include <opencv2/highgui.hpp>

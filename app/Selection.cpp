@@ -1,3 +1,4 @@
+/// Decides whether one camera or a pair is calibrated.
 #include "Selection.h"
 
 namespace app {

@@ -1,3 +1,4 @@
+/// Decides from the settings alone what is to be opened, and how.
 #include "Sources.h"
 
 namespace app {

@@ -1,3 +1,4 @@
+/// What the stereo loop asks of a calibrator.
 #include "StereoEngine.h"
 
 namespace app {

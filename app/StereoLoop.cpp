@@ -1,3 +1,4 @@
+/// The interactive loop for a pair of cameras: show, take snapshots, calibrate, quit.
 #include "StereoLoop.h"
 
 #include <filesystem>

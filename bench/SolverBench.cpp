@@ -5,6 +5,7 @@
 #include "Ratio.h"
 #include "Views.h"
 #include "engine/TargetGeometry.h"
+#include "solver/Judge.h"
 #include "solver/NextPose.h"
 #include "solver/SparseIntrinsics.h"
 
@@ -80,6 +81,20 @@ void NextPoseBesideSparse(benchmark::State& state) {
       [&] { Sparse(data, model); });
 }
 
+/// The verdict on a result beside its computation. Arguments: model, views.
+void VerdictBesideSparse(benchmark::State& state) {
+  const int model = static_cast<int>(state.range(0));
+  const Data data = MakeData(static_cast<int>(state.range(1)));
+  const SparseResult result = SolveIntrinsicsSparsely(data.object, data.image, FRAME, model);
+  bench::Ratio().Run(
+      state,
+      [&] {
+        benchmark::DoNotOptimize(
+            JudgeIntrinsics(data.object, data.image, FRAME, result, 0.0).deviationInData);
+      },
+      [&] { Sparse(data, model); });
+}
+
 }  // namespace
 
 BENCHMARK(SparseBesideOpenCV)
@@ -96,6 +111,11 @@ BENCHMARK(NextPoseBesideSparse)
     ->Arg(Calibrator::MODEL_CLASSIC)
     ->Arg(Calibrator::MODEL_RATIONAL)
     ->Arg(Calibrator::MODEL_FULL)
+    ->Iterations(20)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(VerdictBesideSparse)
+    ->ArgsProduct({{Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL, Calibrator::MODEL_FULL}, {12, 40}})
     ->Iterations(20)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);

@@ -22,7 +22,7 @@ file(GLOB VELMORA_JUNIT_API_JARS /usr/share/java/junit-jupiter-api.jar /usr/shar
   /usr/share/java/apiguardian-api.jar /usr/share/java/opentest4j.jar)
 set(VELMORA_JUNIT_API_JARS "${VELMORA_JUNIT_API_JARS}" CACHE INTERNAL "What tests of JUnit 5 are compiled with")
 set(tests src/test/java/com/velotrix/quiverleaf/sdk)
-set(test_classes ArgumentsTest CalibratorTest GuidedTest ListenerTest NativeLibraryTest NativeMethodsTest
+set(test_classes ArgumentsTest AwaitResultTest CalibratorTest GuidedTest ListenerTest NativeLibraryTest NativeMethodsTest
   PushedFramesTest ResultsTest SoakTest SolvingTest TextTest)
 set(camera_test_classes CaptureTest PairTest)
 set(test_helpers Cameras Footage LoadProgram RawFrames Recorder Soak Usage Views)

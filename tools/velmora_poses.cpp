@@ -22,13 +22,23 @@ struct Arguments {
   double fieldOfView = 64.0;
 };
 
+std::vector<std::vector<cv::Point2d>> CentresOf(const std::string& name,
+                                                const std::vector<world::Appearance>& list,
+                                                const world::Camera& camera) {
+  try {
+    return poses::CentresOf(list, camera);
+  } catch (const std::runtime_error& fault) {
+    throw std::runtime_error("'" + name + "': " + fault.what());
+  }
+}
+
 void Run(const Arguments& arguments) {
   // The log has a remark on every matrix of points.
   Calibration::SetLogLevel(0);
   const cv::Size frame(arguments.width, arguments.height);
   const auto list = poses::ReadPoseList(arguments.list);
   const world::Camera camera = world::CameraFromFieldOfView(frame, arguments.fieldOfView);
-  JSON model = poses::ModelOf(poses::CentresOf(list, camera), frame);
+  JSON model = poses::ModelOf(CentresOf(arguments.list, list, camera), frame);
   JSON written;
   if (!model.save(arguments.output) || !written.load(arguments.output) ||
       written.toJson() != model.toJson()) {

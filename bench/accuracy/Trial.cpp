@@ -53,6 +53,7 @@ void CompareForecast(const Points& views, const SparseResult& result, const cv::
   const std::vector<std::vector<cv::Point3d>> targets(views.size(), MakeObjectTemplate(GRID, UNIT));
   const CalibrationVerdict verdict = JudgeIntrinsics(targets, views, size, result, discRadius);
   trial.grade = verdict.grade;
+  trial.deviationInData = verdict.deviationInData;
   // Deviations are of one coordinate.
   const double error = rmsInData / std::sqrt(2.0);
   trial.overFormal = Finite(error / verdict.deviationInData);

@@ -42,8 +42,10 @@ struct Trial {
   double imageError = 0.0;   ///< mean distance of projections from the truth over the whole image, pixels
   double turnedError = 0.0;  ///< the same after the best turn of the camera's frame
   double dataError = 0.0;    ///< the same where the views were
-  /// Root of the mean square of the latter over what the verdict's formal deviation, and the larger of it and
-  /// the jackknife's, lets expect: 1 on average if they are true.
+  /// The deviation of a coordinate there that the verdict expects from the noise.
+  double deviationInData = 0.0;
+  /// Root of the mean square of the distances where the views were, over what the verdict's formal deviation,
+  /// and the larger of it and the jackknife's, lets expect: 1 on average if they are true.
   double overFormal = 0.0;
   double overVerdict = 0.0;
   CalibrationVerdict::Grade grade = CalibrationVerdict::Grade::None;

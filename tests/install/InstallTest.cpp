@@ -64,6 +64,12 @@ support::TemporaryFolder* Installation::folder_ = nullptr;
 
 TEST_F(Installation, RunsEveryProgram) {
   ExpectHelpFromEveryProgramIn(Prefix() + "/bin");
+  std::set<std::string> installed;
+  for (const auto& entry : fs::directory_iterator(Prefix() + "/bin")) {
+    installed.insert(entry.path().filename().string());
+  }
+  EXPECT_EQ(installed, std::set<std::string>(PROGRAMS.begin(), PROGRAMS.end()))
+      << "examples stay where they are";
   // The guided program knows the poses that were installed with it.
   EXPECT_NE(OutputOf({Prefix() + "/bin/velmora-guided", "--help"}, OnItsOwn()).find(Poses()),
             std::string::npos);

@@ -15,14 +15,25 @@ using namespace system_test;  // NOLINT
 
 namespace {
 
-constexpr int SNAPSHOTS = 12;  ///< as many as there are views: few of them may be too much alike
+constexpr int VIEWS = 12;
+constexpr int HELD = 5;        ///< how often a video and a sequence show each view
+constexpr int SNAPSHOTS = 10;  ///< nearly as many as there are views: few of them may be too much alike
 
 class Capture : public testing::Test {
  protected:
+  /// Of what will be read, each of another view: so many frames apart as each is shown. On the reader's
+  /// thread, which waits for them.
+  void TakeSnapshotsOf(int hold) {
+    calibrator_.SetFrameListener([this, hold, apart = 0](const auto&, const auto&) mutable {
+      if (++apart >= hold && calibrator_.AddPoints()) apart = 0;
+    });
+  }
+
   /// Numbered pictures of the sheet, each as often as told; the pattern of their paths.
   std::string Pictures(const std::string& extension, int hold) {
+    TakeSnapshotsOf(hold);
     int number = 0;
-    for (const cv::Mat& view : ViewsOf(camera_, 12)) {
+    for (const cv::Mat& view : ViewsOf(camera_, VIEWS)) {
       for (int i = 0; i < hold; ++i) {
         cv::imwrite(folder_.File(cv::format("view-%03d.", number++) + extension), view);
       }
@@ -31,18 +42,18 @@ class Capture : public testing::Test {
   }
 
   std::string Video() {
-    WriteVideo(folder_.File("sheet.avi"), ViewsOf(camera_, 12), 5);
+    TakeSnapshotsOf(HELD);
+    WriteVideo(folder_.File("sheet.avi"), ViewsOf(camera_, VIEWS), HELD);
     return folder_.File("sheet.avi");
   }
 
-  /// Takes snapshots of what is being read and calibrates from them.
+  bool Collects() {
+    return WaitUntil([&] { return calibrator_.GetNumberOfRecords() >= SNAPSHOTS; });
+  }
+
+  /// Calibrates from what is being read.
   void ExpectCalibration() {
-    ASSERT_TRUE(WaitUntil([&] {
-      if (calibrator_.IsDetected()) {
-        calibrator_.AddPoints();
-      }
-      return calibrator_.GetNumberOfRecords() >= SNAPSHOTS;
-    })) << output_.Text();
+    ASSERT_TRUE(Collects()) << output_.Text();
     calibrator_.CloseFFmpegContent();
     EXPECT_LT(calibrator_.ComputeCalibration(Calibrator::MODEL_CLASSIC), 0.7F);
     const cv::Mat K = calibrator_.GetK();
@@ -69,7 +80,7 @@ TEST_F(Capture, AVideoFileIsCalibrated) {
 }
 
 TEST_F(Capture, ASequenceOfPicturesIsCalibrated) {
-  ASSERT_TRUE(calibrator_.OpenFFmpegContent(Pictures("png", 5)));
+  ASSERT_TRUE(calibrator_.OpenFFmpegContent(Pictures("png", HELD)));
   ExpectCalibration();
 }
 
@@ -128,12 +139,7 @@ TEST_F(Capture, AnRtmpStreamIsCalibrated) {
   const WebServer server(folder_.Path());
   VideoSender sender(Video(), server.Rtmp("sheet"));
   ASSERT_TRUE(WaitUntil([&] { return calibrator_.OpenFFmpegContent(server.Rtmp("sheet")); }));
-  ASSERT_TRUE(WaitUntil([&] {
-    if (calibrator_.IsDetected()) {
-      calibrator_.AddPoints();
-    }
-    return calibrator_.GetNumberOfRecords() >= SNAPSHOTS;
-  })) << sender.Program().Errors();
+  ASSERT_TRUE(Collects()) << sender.Program().Errors();
 }
 
 TEST_F(Capture, ATestPictureIsReadToItsEndAndTheNextPipelineIsOpened) {

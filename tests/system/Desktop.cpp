@@ -1,3 +1,4 @@
+/// A virtual desktop of its own: an X server without a monitor, its windows, keys and pictures.
 #include "Desktop.h"
 
 #include <cstdio>

@@ -1,3 +1,4 @@
+/// Videos of the sheet for the system tests.
 #include "Footage.h"
 
 #include <opencv2/videoio.hpp>

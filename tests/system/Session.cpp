@@ -1,3 +1,4 @@
+/// A run of the application on a virtual desktop, driven as its user drives it.
 #include "Session.h"
 
 namespace system_test {

@@ -96,6 +96,18 @@ TEST_F(BatchProgram, TheVerdictIsPrintedAndWrittenBesideTheResult) {
   EXPECT_NE(tool.Output().find("Verdict: " + verdict.readString("grade")), std::string::npos)
       << tool.Output();
   EXPECT_EQ(tool.Output().find("worthless"), std::string::npos) << tool.Output();
+  EXPECT_FALSE(cv::imread(folder_->File("judged_uncertainty.png")).empty());
+}
+
+TEST_F(BatchProgram, NamesTheFileThatItCouldNotWriteBeforeItLooksAtPictures) {
+  for (const std::string file : {"full.json", "full_verdict.json", "full_uncertainty.png"}) {
+    const support::TemporaryFolder folder;
+    fs::create_directory(folder.File(file));
+    Process tool({VELMORA_BATCH, Views(), "--output", folder.File("full")});
+    EXPECT_EQ(Run(tool), 2);
+    EXPECT_EQ(tool.Errors(), "Error: '" + folder.File(file) + "' is a folder.\n");
+    EXPECT_EQ(tool.Output(), "");
+  }
 }
 
 TEST_F(BatchProgram, ProgressGoesToStandardErrorALineAPicture) {

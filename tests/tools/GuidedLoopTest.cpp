@@ -5,19 +5,21 @@
 
 #include <deque>
 #include <filesystem>
-#include <sstream>
-#include <thread>
-
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <opencv2/imgcodecs.hpp>
+#include <sstream>
+#include <thread>
 
 #include "Calibration.h"
 #include "JSON.h"
 #include "LensError.h"
+#include "Matchers.h"
 #include "Reach.h"
 #include "Renderer.h"
 #include "TemporaryFolder.h"
 #include "Views.h"
+#include "common/UncertaintyPicture.h"
 #include "poses/PoseModel.h"
 
 namespace {
@@ -95,6 +97,18 @@ class GuidedLoopRun : public ::testing::Test {
     std::ifstream file(options_.output + "_verdict.json");
     return nlohmann::json::parse(file);
   }
+  /// The picture of uncertainty is what there is to say of the result, with the circles of all poses.
+  void ExpectUncertaintyOfThePoses() {
+    const cv::Mat picture = cv::imread(options_.output + "_uncertainty.png");
+    std::vector<std::vector<cv::Point2d>> seen;
+    for (const cv::Mat& frame : *pictures_) {
+      cv::Mat changed = frame.clone();
+      seen.emplace_back();
+      Calibrator finder({4, 11}, 0.02F, Calibrator::MONOCULAR, FRAME.width, FRAME.height);
+      ASSERT_TRUE(finder.DetectPoints(changed, seen.back(), false));
+    }
+    EXPECT_SAME_MAT(picture, tools::DrawUncertainty(calibrator_.GetVerdict(), FRAME, seen));
+  }
   bool Printed(const std::string& words) const { return out_.str().find(words) != std::string::npos; }
 
   static inline const auto pictures_ = std::make_unique<std::deque<cv::Mat>>();
@@ -103,7 +117,7 @@ class GuidedLoopRun : public ::testing::Test {
   Calibrator calibrator_{{4, 11}, 0.02F, Calibrator::MONOCULAR, FRAME.width, FRAME.height};
   PictureFeed feed_;
   KeyScreen screen_;
-  guided::LoopOptions options_{folder_.File("poses.json"), folder_.File("camera"), FRAME,
+  guided::LoopOptions options_{folder_.File("poses.json"), folder_.File("camera"), FRAME, "video 'a.avi'",
                                [] { return true; }};
   std::ostringstream out_;
   std::ostringstream err_;
@@ -122,6 +136,7 @@ TEST_F(GuidedLoopRun, EndsWithTheResultFileAfterTheLastPose) {
   EXPECT_TRUE(Printed("\nVerdict: ")) << out_.str();
   EXPECT_EQ(err_.str(), "");
   EXPECT_EQ(Verdict().at("views"), 6);
+  ExpectUncertaintyOfThePoses();
   JSON result;
   ASSERT_TRUE(result.load(options_.output + ".json"));
   EXPECT_LT(result.readDouble("error"), 0.2);
@@ -149,6 +164,7 @@ TEST_F(GuidedLoopRun, BeginsAgainOnR) {
   EXPECT_TRUE(Printed("Pose 2 of 6 reached.\nFrom the first pose again.\nPose 1 of 6 reached.\n"))
       << out_.str();
   EXPECT_TRUE(Printed("Views: 6 used of 6 pictures")) << out_.str();
+  ExpectUncertaintyOfThePoses();
 }
 
 TEST_F(GuidedLoopRun, NeedsPosesThatCanBeUsed) {
@@ -161,13 +177,20 @@ TEST_F(GuidedLoopRun, ReportsASourceWithoutFrames) {
   feed_.pictures.clear();
   feed_.broken = true;
   EXPECT_EQ(Run(), guided::UNUSABLE);
-  EXPECT_EQ(err_.str(), "ERROR: the source delivers no frame.\n");
+  EXPECT_EQ(err_.str(), "ERROR: cannot read video 'a.avi'.\n");
 }
 
 TEST_F(GuidedLoopRun, ReportsAResultThatCannotBeWritten) {
   options_.output = "/nowhere/camera";
   EXPECT_EQ(Run(), guided::UNUSABLE);
   EXPECT_EQ(err_.str(), "ERROR: cannot write '/nowhere/camera.json'.\n");
+}
+
+TEST_F(GuidedLoopRun, ReportsAPictureThatCannotBeWritten) {
+  const std::string picture = options_.output + "_uncertainty.png";
+  std::filesystem::create_directory(picture);
+  EXPECT_EQ(Run(), guided::UNUSABLE);
+  EXPECT_EQ(err_.str(), "ERROR: cannot write '" + picture + "'.\n");
 }
 
 TEST_F(GuidedLoopRun, ReportsTooFewPosesForAComputation) {

@@ -82,6 +82,9 @@ TEST_F(PairProgram, TwoFoldersBecomeThreeResultFiles) {
     EXPECT_EQ(result.readInt("sensor"), 0);
     EXPECT_EQ(result.readMat("distCoefs").cols, 14);
   }
+  for (const char* picture : {"pair_left_uncertainty.png", "pair_right_uncertainty.png"}) {
+    EXPECT_FALSE(cv::imread(folder_->File(picture)).empty()) << picture;
+  }
 }
 
 TEST_F(PairProgram, NamesThePairWhosePicturesAreNotOfTheSameTime) {

@@ -71,6 +71,10 @@ TEST(RenderProgram, NamesTheOptionOrTheFileThatItCannotUse) {
       {{"--views", "1", "--dist", "a,b"}, "--dist"},
       {{"--views", "1", "--dist", "1,2,3"}, "distortion coefficients"},
       {{"--views", "1", "--seed", "x"}, "--seed"},
+      {{"--views", "1", "--fx", "0"}, "--fx: '0' is no positive number\n"},
+      {{"--views", "1", "--cx", "nan"}, "--cx: 'nan' is no number"},
+      {{"--video", "v.avi", "--fps", "-3"}, "--fps: '-3' is no positive number\n"},
+      {{"--video", "v.avi", "--away", "-1"}, "--away: '-1' is neither zero nor a positive number\n"},
       {{"--video", "v.avi", "--seconds", "1e9"}, "frames"},
       {{"--video", "v.avi", "--follow", "none.json"}, "none.json"},
       {{"--video", "v.avi", "--follow", "empty.json"}, "empty.json"},
@@ -83,6 +87,19 @@ TEST(RenderProgram, NamesTheOptionOrTheFileThatItCannotUse) {
     command.insert(command.end(), words.begin(), words.end());
     EXPECT_NE(Complaint(folder, command).find(named), std::string::npos) << named;
   }
+}
+
+TEST(BatchUsage, SaysInFewWordsWhichNumberItCannotUse) {
+  for (const std::string number : {"0", "-1", "nan", "1e99", "wide"}) {
+    Process tool({VELMORA_BATCH, "x.png", "--hdist", number});
+    EXPECT_EQ(tool.WaitForExit(LONG_ENOUGH), 2);
+    EXPECT_EQ(tool.Errors(),
+              "--hdist: '" + number + "' is no positive number\nRun with --help for more information.\n");
+  }
+  Process tool({VELMORA_BATCH, "x.png", "--disc", "-1"});
+  EXPECT_EQ(tool.WaitForExit(LONG_ENOUGH), 2);
+  EXPECT_EQ(tool.Errors(),
+            "--disc: '-1' is neither zero nor a positive number\nRun with --help for more information.\n");
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 #include <regex>
 
 #include "Calibrator.h"
-#include "Finite.h"
+#include "Numbers.h"
 
 namespace batch {
 
@@ -41,6 +41,45 @@ cv::Size ParseGrid(const std::string& text) {
     throw CLI::ValidationError("--grid", "each side must be 2 to 100 circles");
   }
   return grid;
+}
+
+/// What is calibrated, and in which frames.
+void AddCameraOptions(CLI::App& app, std::string& grid, Arguments& arguments) {
+  app.add_option("inputs", arguments.inputs, "images, folders, patterns, videos, URLs")->required();
+  app.add_option("--hdist", arguments.hdist,
+                 "distance in metres across the row intervals of the grid (ten of them in 4x11)")
+      ->check(FaultUnlessPositive, "POSITIVE")
+      ->capture_default_str();
+  app.add_option("--model", arguments.modelName,
+                 "lens model: classic, rational, full, or auto: as large as the views ask for")
+      ->check(CLI::IsMember(MODELS))
+      ->capture_default_str();
+  app.add_option("--width", arguments.frame.width, "processing width (default: that of the input)")
+      ->check(CLI::Range(16, 32000));
+  app.add_option("--height", arguments.frame.height, "processing height (default: that of the input)")
+      ->check(CLI::Range(16, 32000));
+  app.add_option("--grid", grid, "circles per row and rows: COLSxROWS")->capture_default_str();
+}
+
+/// Which views are used, and where the outcome goes.
+void AddViewOptions(CLI::App& app, Arguments& arguments) {
+  app.add_option("--max-views", arguments.maxViews, "use at most so many views, chosen to be spread")
+      ->check(CLI::Range(5, 10000))
+      ->capture_default_str();
+  app.add_option("--output", arguments.output,
+                 "result file, without its extension .json; those of a pair's cameras get _left and _right")
+      ->capture_default_str();
+  app.add_option("--every", arguments.sampling.every,
+                 "take every N-th frame of a video (default: about 150 of a file)")
+      ->check(FaultUnlessPositive, "POSITIVE");
+  app.add_option("--max-frames", arguments.sampling.maxFrames,
+                 "frames taken at most of a stream, 0 for no limit")
+      ->check(FaultIfNegative, "NONNEGATIVE")
+      ->capture_default_str();
+  app.add_option(
+      "--record-model", arguments.recordModel,
+      "instead of calibrating, write a pose model of the assistant: one pose for each picture that "
+      "shows the grid, in their order");
 }
 
 void AddPairOptions(CLI::App& app, Arguments& arguments) {
@@ -95,38 +134,8 @@ Parsed ParseArguments(int argc, char** argv) {
   std::string grid = "4x11";
   CLI::App app(DESCRIPTION, "velmora-batch");
   app.footer(EXIT_STATUSES);
-  app.add_option("inputs", arguments.inputs, "images, folders, patterns, videos, URLs")->required();
-  app.add_option("--hdist", arguments.hdist,
-                 "distance in metres across the row intervals of the grid (ten of them in 4x11)")
-      ->check(CLI::PositiveNumber)
-      ->check(FaultUnlessFinite)
-      ->capture_default_str();
-  app.add_option("--model", arguments.modelName,
-                 "lens model: classic, rational, full, or auto: as large as the views ask for")
-      ->check(CLI::IsMember(MODELS))
-      ->capture_default_str();
-  app.add_option("--width", arguments.frame.width, "processing width (default: that of the input)")
-      ->check(CLI::Range(16, 32000));
-  app.add_option("--height", arguments.frame.height, "processing height (default: that of the input)")
-      ->check(CLI::Range(16, 32000));
-  app.add_option("--grid", grid, "circles per row and rows: COLSxROWS")->capture_default_str();
-  app.add_option("--max-views", arguments.maxViews, "use at most so many views, chosen to be spread")
-      ->check(CLI::Range(5, 10000))
-      ->capture_default_str();
-  app.add_option("--output", arguments.output,
-                 "result file, without its extension .json; those of a pair's cameras get _left and _right")
-      ->capture_default_str();
-  app.add_option("--every", arguments.sampling.every,
-                 "take every N-th frame of a video (default: about 150 of a file)")
-      ->check(CLI::PositiveNumber);
-  app.add_option("--max-frames", arguments.sampling.maxFrames,
-                 "frames taken at most of a stream, 0 for no limit")
-      ->check(CLI::NonNegativeNumber)
-      ->capture_default_str();
-  app.add_option(
-      "--record-model", arguments.recordModel,
-      "instead of calibrating, write a pose model of the assistant: one pose for each picture that "
-      "shows the grid, in their order");
+  AddCameraOptions(app, grid, arguments);
+  AddViewOptions(app, arguments);
   tools::AddEngineOptions(app, arguments);
   AddPairOptions(app, arguments);
   try {

@@ -2,12 +2,11 @@
 #include "batch/Batch.h"
 
 #include <iostream>
-#include <opencv2/imgcodecs.hpp>
 
 #include "batch/CameraViews.h"
 #include "batch/Progress.h"
 #include "batch/VerdictReport.h"
-#include "common/UncertaintyPicture.h"
+#include "common/VerdictFiles.h"
 
 namespace batch {
 
@@ -34,20 +33,8 @@ ExitStatus ReportUnwritten(const std::string& file) {
   return UNUSABLE_INPUT;
 }
 
-namespace {
-
-bool SaveUncertainty(const CalibrationVerdict& verdict, const CameraViews& camera, const std::string& path) {
-  try {
-    return cv::imwrite(path, tools::DrawUncertainty(verdict, camera.FrameSize(), camera.Used()));
-  } catch (const cv::Exception&) {
-    return false;
-  }
-}
-
-}  // namespace
-
 ExitStatus Run(const Arguments& arguments) {
-  CheckOutput(arguments.output);
+  CheckJudgedOutput(arguments.output);
   CameraViews camera(arguments);
   LookAtPictures(arguments, [&](Picture& picture) { return camera.Take(picture); });
   if (!camera.SawPictures()) throw InputError("no picture could be read from the input");
@@ -60,12 +47,9 @@ ExitStatus Run(const Arguments& arguments) {
   const CalibrationVerdict verdict = camera.Verdict();
   std::cout << ResultTable(report) << "\n" << VerdictTable(verdict, report.used);
   if (camera.Save(arguments.output).empty()) return ReportUnwritten(arguments.output + ".json");
-  if (!SaveVerdict(verdict, arguments.output + "_verdict.json")) {
-    return ReportUnwritten(arguments.output + "_verdict.json");
-  }
-  if (!SaveUncertainty(verdict, camera, arguments.output + "_uncertainty.png")) {
-    return ReportUnwritten(arguments.output + "_uncertainty.png");
-  }
+  const std::string unwritten =
+      tools::SaveVerdict(verdict, camera.FrameSize(), camera.Used(), arguments.output);
+  if (!unwritten.empty()) return ReportUnwritten(unwritten);
   std::cout << "\nResult file: " << arguments.output << ".json\n";
   return CALIBRATED;
 }

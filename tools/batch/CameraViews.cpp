@@ -7,48 +7,13 @@
 
 #include "JSON.h"
 #include "batch/ViewSelection.h"
+#include "common/VerdictFiles.h"
 
 namespace batch {
 
-namespace {
-
-std::string SizeText(const cv::Size& size) {
-  return std::to_string(size.width) + " x " + std::to_string(size.height);
-}
-
-}  // namespace
-
-float UnitOf(const Arguments& arguments) {
-  return arguments.hdist / static_cast<float>(arguments.grid.height - 1);
-}
-
-cv::Size FrameSizeFor(const Arguments& arguments, const cv::Size& input) {
-  return {arguments.frame.width > 0 ? arguments.frame.width : input.width,
-          arguments.frame.height > 0 ? arguments.frame.height : input.height};
-}
-
-std::string FaultOfSearch(Calibrator& calibrator) {
-  const std::string reason = calibrator.WhyNotFound();
-  return reason.empty() ? "no grid found" : "no grid found: " + reason;
-}
-
-std::string CameraViews::FaultOf(Picture& picture, Centres& centres) {
-  if (picture.image.empty()) return "cannot be decoded";
-  if (calibrator_ == nullptr) {
-    inputSize_ = picture.image.size();
-    const cv::Size frame = FrameSize();
-    calibrator_ = std::make_unique<Calibrator>(arguments_.grid, UnitOf(arguments_), Calibrator::MONOCULAR,
-                                               frame.width, frame.height);
-    tools::ApplyEngineOptions(arguments_, UnitOf(arguments_), *calibrator_);
-  }
-  if (picture.image.size() != inputSize_)
-    return "of another size than the first (" + SizeText(inputSize_) + ")";
-  return calibrator_->DetectPoints(picture.image, centres, false) ? "" : FaultOfSearch(*calibrator_);
-}
-
 std::string CameraViews::Take(Picture& picture) {
   Centres centres;
-  std::string fault = FaultOf(picture, centres);
+  std::string fault = search_.FaultOf(picture, centres);
   if (fault.empty()) {
     names_.push_back(picture.name);
     views_.push_back(std::move(centres));
@@ -59,6 +24,7 @@ std::string CameraViews::Take(Picture& picture) {
 }
 
 Report CameraViews::Calibrate() {
+  Calibrator& calibrator = *search_.Engine();
   Report report;
   report.model = arguments_.modelName;
   report.frame = FrameSize();
@@ -68,36 +34,40 @@ Report CameraViews::Calibrate() {
   const std::set<size_t> isChosen(chosen.begin(), chosen.end());
   for (size_t i = 0; i < views_.size(); ++i) {
     if (isChosen.count(i) > 0) {
-      calibrator_->AddPoints(views_[i]);
+      calibrator.AddPoints(views_[i]);
       used_.push_back(views_[i]);
       report.used.push_back(names_[i]);
     } else {
       report.rejected.push_back({names_[i], SET_ASIDE});
     }
   }
-  calibrator_->ComputeCalibration(ChosenModel(report));
-  report.rms = static_cast<double>(calibrator_->GetRMS());
-  report.K = calibrator_->GetK();
-  report.D = calibrator_->GetDistCoefs();
-  report.stdDevs = calibrator_->GetStdDevIntrinsics();
-  report.viewErrors = calibrator_->GetPerViewErrors();
+  calibrator.ComputeCalibration(ChosenModel(report));
+  CopyResult(calibrator, report);
   return report;
 }
 
 int CameraViews::ChosenModel(Report& report) {
   if (arguments_.model != Arguments::MODEL_AUTO) return arguments_.model;
-  const ModelChoice choice = calibrator_->ChooseModel();
+  const ModelChoice choice = search_.Engine()->ChooseModel();
   report.model = choice.Name();
   report.modelReasons = choice.reasons;
   return choice.model;
 }
 
 CalibrationVerdict CameraViews::Verdict() {
-  return calibrator_->GetVerdict();
+  return search_.Engine()->GetVerdict();
 }
 
 std::string CameraViews::Save(const std::string& output) {
-  return SaveResultFile(*calibrator_, output);
+  return SaveResultFile(*search_.Engine(), output);
+}
+
+void CopyResult(Calibrator& calibrator, Report& report) {
+  report.rms = static_cast<double>(calibrator.GetRMS());
+  report.K = calibrator.GetK();
+  report.D = calibrator.GetDistCoefs();
+  report.stdDevs = calibrator.GetStdDevIntrinsics();
+  report.viewErrors = calibrator.GetPerViewErrors();
 }
 
 std::string SaveResultFile(Calibrator& calibrator, const std::string& output) {
@@ -114,6 +84,13 @@ std::string SaveResultFile(Calibrator& calibrator, const std::string& output) {
 
 void CheckOutput(const std::string& output) {
   CheckWritable(output + ".json");
+}
+
+void CheckJudgedOutput(const std::string& output) {
+  CheckOutput(output);
+  const tools::VerdictFiles files(output);
+  CheckWritable(files.text);
+  CheckWritable(files.picture);
 }
 
 void CheckWritable(const std::string& name) {

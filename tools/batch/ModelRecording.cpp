@@ -2,7 +2,6 @@
 #include "batch/ModelRecording.h"
 
 #include <iostream>
-#include <memory>
 
 #include "Calibration.h"
 #include "Calibrator.h"
@@ -16,7 +15,7 @@ namespace {
 /// The poses of one camera's pictures, in the engine's recording.
 class Recording {
  public:
-  explicit Recording(const Arguments& arguments) : arguments_(arguments) {}
+  explicit Recording(const Arguments& arguments) : arguments_(arguments), search_(arguments) {}
 
   /// The reason when the picture gives no pose, else an empty text.
   std::string Take(Picture& picture) {
@@ -34,7 +33,8 @@ class Recording {
 
   /// False when the file does not hold all the poses afterwards.
   bool Save() {
-    if (calibrator_ == nullptr || !calibrator_->StopModelRecording(arguments_.recordModel)) return false;
+    Calibrator* const calibrator = search_.Engine();
+    if (calibrator == nullptr || !calibrator->StopModelRecording(arguments_.recordModel)) return false;
     try {
       JSON written;
       return written.load(arguments_.recordModel) &&
@@ -46,28 +46,20 @@ class Recording {
 
  private:
   std::string FaultOf(Picture& picture) {
-    if (picture.image.empty()) return "cannot be decoded";
-    if (calibrator_ == nullptr) {
-      inputSize_ = picture.image.size();
-      const cv::Size frame = FrameSizeFor(arguments_, inputSize_);
-      calibrator_ = std::make_unique<Calibrator>(arguments_.grid, UnitOf(arguments_), Calibrator::MONOCULAR,
-                                                 frame.width, frame.height);
-      calibrator_->SetFinder(arguments_.finder);
-    }
-    if (picture.image.size() != inputSize_) return "of another size than the first";
     Centres centres;
-    if (!calibrator_->DetectPoints(picture.image, centres, false)) return FaultOfSearch(*calibrator_);
+    std::string fault = search_.FaultOf(picture, centres);
+    if (!fault.empty()) return fault;
+    Calibrator& calibrator = *search_.Engine();
     // The log has a remark on every matrix of points, which is what a pose is.
     Calibration::SetLogLevel(0);
-    calibrator_->StartModelRecording();  // with the first pose: a recording without one would be left behind
-    calibrator_->AddPoints();
+    calibrator.StartModelRecording();  // with the first pose: a recording without one would be left behind
+    calibrator.AddPoints();
     Calibration::SetLogLevel(1);
     return "";
   }
 
   const Arguments& arguments_;
-  cv::Size inputSize_;
-  std::unique_ptr<Calibrator> calibrator_;
+  PictureSearch search_;
   std::vector<std::string> names_;
   std::vector<Rejection> rejected_;
 };

@@ -13,12 +13,11 @@
 #include "batch/Progress.h"
 #include "batch/VerdictReport.h"
 #include "batch/ViewSelection.h"
+#include "common/VerdictFiles.h"
 
 namespace batch {
 
 namespace {
-
-const char* const VERDICT_ENDING = "_verdict.json";
 
 /// Pictures of the left and the right camera, taken together.
 class PairStream {
@@ -118,10 +117,9 @@ struct CameraResults {
   CalibrationVerdict rightVerdict;
 };
 
-template <typename AnyVerdict>
-ExitStatus SaveVerdictFile(const AnyVerdict& verdict, const std::string& output) {
-  const std::string file = output + VERDICT_ENDING;
-  return SaveVerdict(verdict, file) ? CALIBRATED : ReportUnwritten(file);
+/// `unwritten` is the file that could not be written, or empty.
+ExitStatus StatusOf(const std::string& unwritten) {
+  return unwritten.empty() ? CALIBRATED : ReportUnwritten(unwritten);
 }
 
 ExitStatus CalibrateCamera(CameraViews& camera, const std::string& side, const std::string& output,
@@ -133,7 +131,8 @@ ExitStatus CalibrateCamera(CameraViews& camera, const std::string& side, const s
             << ResultTable(report) << "\n"
             << VerdictTable(verdict, report.used) << "\n";
   text = camera.Save(output);
-  return text.empty() ? ReportUnwritten(output + ".json") : SaveVerdictFile(verdict, output);
+  return StatusOf(text.empty() ? output + ".json"
+                               : tools::SaveVerdict(verdict, camera.FrameSize(), camera.Used(), output));
 }
 
 ExitStatus CameraResultsFor(const Arguments& arguments, PairViews& pairs, CameraResults& results) {
@@ -190,11 +189,11 @@ PairReport CalibratePair(const Arguments& arguments, const PairViews& pairs, con
 }
 
 void CheckOutputs(const Arguments& arguments) {
-  for (const char* side : {"", "_left", "_right"}) {
-    if (*side != '\0' && !arguments.calibLeft.empty()) break;
-    CheckOutput(arguments.output + side);
-    CheckWritable(arguments.output + side + VERDICT_ENDING);
-  }
+  CheckOutput(arguments.output);
+  CheckWritable(tools::VerdictFiles(arguments.output).text);
+  if (!arguments.calibLeft.empty()) return;
+  CheckJudgedOutput(arguments.output + "_left");
+  CheckJudgedOutput(arguments.output + "_right");
 }
 
 /// Of the pair, with that of its cameras where they were computed too.
@@ -230,9 +229,10 @@ ExitStatus RunPair(const Arguments& arguments) {
   const PairReport report = CalibratePair(arguments, pairs, results, calibrator);
   const PairVerdict verdict = VerdictOf(calibrator, results);
   std::cout << "== pair\n" << PairTable(report) << "\n" << VerdictTable(verdict, report.used);
-  if (SaveResultFile(calibrator, arguments.output).empty())
-    return ReportUnwritten(arguments.output + ".json");
-  if (SaveVerdictFile(verdict, arguments.output) != CALIBRATED) return UNUSABLE_INPUT;
+  const ExitStatus written = StatusOf(SaveResultFile(calibrator, arguments.output).empty()
+                                          ? arguments.output + ".json"
+                                          : tools::SaveVerdict(verdict, arguments.output));
+  if (written != CALIBRATED) return written;
   std::cout << "\nResult file: " << arguments.output << ".json\n";
   return CALIBRATED;
 }

@@ -1,7 +1,6 @@
 /// What the headless tool says of a result's worth.
 #include "batch/VerdictReport.h"
 
-#include <fstream>
 #include <iomanip>
 #include <sstream>
 
@@ -31,13 +30,6 @@ std::string DeviationsText(const PairVerdict::Deviations& deviations) {
        << " degrees, baseline to " << 100.0 * deviations.baseline << " %, its direction to "
        << deviations.direction << " degrees\n";
   return text.str();
-}
-
-bool SaveLine(const std::string& text, const std::string& path) {
-  std::ofstream file(path);
-  file << text << "\n";
-  file.close();
-  return !file.fail();
 }
 
 }  // namespace
@@ -72,14 +64,6 @@ std::string VerdictTable(const PairVerdict& verdict, const std::vector<std::stri
           << " times the noise)\n";
   }
   return text + apart.str();
-}
-
-bool SaveVerdict(const CalibrationVerdict& verdict, const std::string& path) {
-  return SaveLine(verdict.ToJson(), path);
-}
-
-bool SaveVerdict(const PairVerdict& verdict, const std::string& path) {
-  return SaveLine(verdict.ToJson(), path);
 }
 
 }  // namespace batch

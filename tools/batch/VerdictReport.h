@@ -11,11 +11,6 @@ namespace batch {
 
 /// The verdict in words; `names` are those of the views.
 std::string VerdictTable(const CalibrationVerdict& verdict, const std::vector<std::string>& names);
-
 std::string VerdictTable(const PairVerdict& verdict, const std::vector<std::string>& names);
-
-/// Writes the verdict as JSON. False when it could not be written.
-bool SaveVerdict(const CalibrationVerdict& verdict, const std::string& path);
-bool SaveVerdict(const PairVerdict& verdict, const std::string& path);
 
 }  // namespace batch

@@ -4,7 +4,7 @@
 #include <CLI/CLI.hpp>
 #include <map>
 
-#include "Finite.h"
+#include "Numbers.h"
 
 namespace tools {
 
@@ -28,8 +28,7 @@ void AddEngineOptions(CLI::App& app, EngineOptions& options) {
   app.add_option("--disc", options.disc,
                  "radius of the discs in metres, for the sparse solver; 0: no correction of their centres "
                  "(default: 0.4 times the distance of adjacent rows)")
-      ->check(CLI::NonNegativeNumber)
-      ->check(FaultUnlessFinite);
+      ->check(FaultIfNegative, "NONNEGATIVE");
 }
 
 void ApplyEngineOptions(const EngineOptions& options, float unit, Calibrator& calibrator) {

@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <sstream>
 
-#include "Finite.h"
+#include "Numbers.h"
 
 namespace guided {
 
@@ -49,7 +49,7 @@ void DeclareEnd(CLI::App& app, std::string& until, Arguments& arguments) {
 
 void DeclareSource(CLI::App& app, app::Settings& settings) {
   CLI::Option_group* source = app.add_option_group("source", "Exactly one of these");
-  source->add_option("--webcam", settings.webcam, "index of a camera")->check(CLI::NonNegativeNumber);
+  source->add_option("--webcam", settings.webcam, "index of a camera")->check(FaultIfNegative, "NONNEGATIVE");
   source->add_option("--video", settings.video, "video file or URL");
   source->add_option("--rtmp", settings.rtmp, "address of an RTMP stream");
   source->add_option("--gstreamer", settings.gstreamerHost, "host of a GStreamer TCP stream");
@@ -57,6 +57,18 @@ void DeclareSource(CLI::App& app, app::Settings& settings) {
   app.add_option("--port", settings.port, "port of the GStreamer stream")->capture_default_str();
   app.add_option("--codec", settings.codec, "codec of the GStreamer stream: h264 or mjpeg")
       ->check(CLI::IsMember({"h264", "mjpeg"}))
+      ->capture_default_str();
+}
+
+void DeclareFrames(CLI::App& app, app::Settings& settings) {
+  app.add_option("--width", settings.width, "width of the frames to work in, also asked of a camera")
+      ->check(CLI::Range(64, 32000))
+      ->capture_default_str();
+  app.add_option("--height", settings.height, "height of these frames")
+      ->check(CLI::Range(64, 32000))
+      ->capture_default_str();
+  app.add_option("--fps", settings.fps, "rate asked of a camera")
+      ->check(FaultUnlessPositive, "POSITIVE")
       ->capture_default_str();
 }
 
@@ -71,19 +83,9 @@ Parsed ParseArguments(int argc, const char* const* argv, const std::string& ship
   CLI::App app(DESCRIPTION, "velmora-guided");
   app.footer(FOOTER);
   DeclareSource(app, arguments.settings);
-  app.add_option("--width", arguments.settings.width,
-                 "width of the frames to work in, also asked of a camera")
-      ->check(CLI::Range(64, 32000))
-      ->capture_default_str();
-  app.add_option("--height", arguments.settings.height, "height of these frames")
-      ->check(CLI::Range(64, 32000))
-      ->capture_default_str();
-  app.add_option("--fps", arguments.settings.fps, "rate asked of a camera")
-      ->check(CLI::PositiveNumber)
-      ->capture_default_str();
+  DeclareFrames(app, arguments.settings);
   app.add_option("--hdist", hdist, "distance in metres across the ten row intervals of the grid")
-      ->check(CLI::PositiveNumber)
-      ->check(FaultUnlessFinite)
+      ->check(FaultUnlessPositive, "POSITIVE")
       ->capture_default_str();
   app.add_option("--poses", arguments.poses, "model file with the poses to reach")->capture_default_str();
   DeclareEnd(app, until, arguments);

@@ -6,6 +6,7 @@
 #include "batch/CameraViews.h"
 #include "batch/Report.h"
 #include "batch/VerdictReport.h"
+#include "common/VerdictFiles.h"
 
 namespace guided {
 
@@ -15,8 +16,6 @@ constexpr int KEY_QUIT = 'q';
 constexpr int KEY_RESTART = 'r';
 constexpr int LIVE_WAIT = 1;
 constexpr int IDLE_WAIT = 10;
-/// How long a computation may take to begin; one that ends at once may not be seen at all.
-constexpr std::chrono::seconds BEGINNING{5};
 
 batch::Report ReportOf(Calibrator& calibrator, const cv::Size& frame) {
   batch::Report report;
@@ -24,11 +23,7 @@ batch::Report ReportOf(Calibrator& calibrator, const cv::Size& frame) {
   report.frame = frame;
   for (int i = 1; i <= calibrator.GetNumberOfRecords(); ++i)
     report.used.push_back("pose " + std::to_string(i));
-  report.rms = static_cast<double>(calibrator.GetRMS());
-  report.K = calibrator.GetK();
-  report.D = calibrator.GetDistCoefs();
-  report.stdDevs = calibrator.GetStdDevIntrinsics();
-  report.viewErrors = calibrator.GetPerViewErrors();
+  batch::CopyResult(calibrator, report);
   return report;
 }
 
@@ -60,6 +55,7 @@ ExitStatus GuidedLoop::Run() {
 bool GuidedLoop::Begin() {
   calibrator_.Reset();
   reached_ = 0;
+  seen_.clear();
   if (options_.until > 0.0) {
     calibrator_.DisableAssistant();
     next_.emplace(calibrator_, options_.until, options_.mostPoses);
@@ -75,14 +71,13 @@ GuidedLoop::Step GuidedLoop::ShowNext() {
   cv::Mat frame;
   fresh_ = feed_.Take(frame, std::chrono::milliseconds(0));
   if (fresh_) {
-    std::vector<cv::Point2d> points;
-    calibrator_.DetectPoints(frame, points, true);
+    DetectIn(frame);
     if (next_) DrawPrecision(frame);
     screen_.Show(WINDOW, frame);
     return Step::GoOn;
   }
   if (feed_.FailedToStart()) {
-    err_ << "ERROR: the source delivers no frame." << std::endl;
+    err_ << "ERROR: cannot read " << options_.source << "." << std::endl;
     status_ = UNUSABLE;
     return Step::Stop;
   }
@@ -91,6 +86,13 @@ GuidedLoop::Step GuidedLoop::ShowNext() {
     return Step::Stop;
   }
   return Step::GoOn;
+}
+
+/// Keeps the circles of the frames that become snapshots.
+void GuidedLoop::DetectIn(cv::Mat& frame) {
+  std::vector<cv::Point2d> points;
+  calibrator_.DetectPoints(frame, points, true);
+  if (calibrator_.GetNumberOfRecords() > static_cast<int>(seen_.size())) seen_.push_back(std::move(points));
 }
 
 GuidedLoop::Step GuidedLoop::React(int key) {
@@ -141,7 +143,6 @@ void GuidedLoop::AskForNext() {
 
 void GuidedLoop::BeginComputation() {
   computing_ = true;
-  lastPose_ = Clock::now();
   out_ << "Computing the rational model. This may take a while..." << std::endl;
 }
 
@@ -155,13 +156,8 @@ void GuidedLoop::DrawPrecision(cv::Mat& frame) const {
 }
 
 GuidedLoop::Step GuidedLoop::FollowComputation() {
-  const int status = calibrator_.GetStatus();
-  if (status == Calibrator::STATUS_COMPLETED) return Save();
-  if (status == Calibrator::STATUS_PROGRESS) {
-    inProgress_ = true;
-    return Step::GoOn;
-  }
-  if (!inProgress_ && Clock::now() - lastPose_ < BEGINNING) return Step::GoOn;
+  if (calibrator_.IsComputing()) return Step::GoOn;
+  if (calibrator_.GetStatus() == Calibrator::STATUS_COMPLETED) return Save();
   err_ << "ERROR: the calibration failed." << std::endl;
   return Step::Stop;
 }
@@ -170,16 +166,15 @@ GuidedLoop::Step GuidedLoop::Save() {
   const batch::Report report = ReportOf(calibrator_, options_.frame);
   const CalibrationVerdict verdict = calibrator_.GetVerdict();
   out_ << batch::ResultTable(report) << "\n" << batch::VerdictTable(verdict, report.used);
-  const std::string verdictFile = options_.output + "_verdict.json";
-  if (batch::SaveResultFile(calibrator_, options_.output).empty()) {
-    err_ << "ERROR: cannot write '" << options_.output << ".json'." << std::endl;
-    status_ = UNUSABLE;
-  } else if (!batch::SaveVerdict(verdict, verdictFile)) {
-    err_ << "ERROR: cannot write '" << verdictFile << "'." << std::endl;
-    status_ = UNUSABLE;
-  } else {
+  const bool written = !batch::SaveResultFile(calibrator_, options_.output).empty();
+  const std::string unwritten = written ? tools::SaveVerdict(verdict, options_.frame, seen_, options_.output)
+                                        : options_.output + ".json";
+  if (unwritten.empty()) {
     out_ << "\nResult file: " << options_.output << ".json" << std::endl;
     status_ = CALIBRATED;
+  } else {
+    err_ << "ERROR: cannot write '" << unwritten << "'." << std::endl;
+    status_ = UNUSABLE;
   }
   return Step::Stop;
 }

@@ -1,11 +1,11 @@
 /// The live window of a guided calibration, from the first pose to the saved result.
 #pragma once
 
-#include <chrono>
 #include <functional>
 #include <optional>
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "Calibrator.h"
 #include "FrameFeed.h"
@@ -20,6 +20,7 @@ struct LoopOptions {
   std::string poses;   ///< model file of the assistant
   std::string output;  ///< result file, without its extension
   cv::Size frame;      ///< processing size
+  std::string source;  ///< what frames come from, in words
   /// True once a recording has no more frames.
   std::function<bool()> sourceEnded = [] { return false; };
   /// Pixels to which projections are to be known, by poses that are chosen for it; 0: by those of the model.
@@ -41,10 +42,10 @@ class GuidedLoop {
 
  private:
   enum class Step { GoOn, Stop };
-  using Clock = std::chrono::steady_clock;
 
   bool Begin();
   Step ShowNext();
+  void DetectIn(cv::Mat& frame);
   Step React(int key);
   Step Follow();
   Step FollowComputation();
@@ -64,10 +65,9 @@ class GuidedLoop {
   ExitStatus status_ = ENDED_BEFORE;
   int goal_ = 0;
   int reached_ = 0;
-  bool fresh_ = false;      ///< a frame was shown in this turn
-  bool computing_ = false;  ///< the last pose was reached
-  bool inProgress_ = false;
-  Clock::time_point lastPose_;
+  bool fresh_ = false;                          ///< a frame was shown in this turn
+  bool computing_ = false;                      ///< the last pose was reached
+  std::vector<std::vector<cv::Point2d>> seen_;  ///< the circles of each snapshot
 };
 
 }  // namespace guided

@@ -32,7 +32,7 @@ app::FrameReader::Source TellingOfItsEnd(app::FrameReader::Source source,
 
 ExitStatus Run(const Arguments& arguments) {
   const app::Settings& settings = arguments.settings;
-  batch::CheckOutput(arguments.output);
+  batch::CheckJudgedOutput(arguments.output);
   const app::SourcePlan plan = app::PlanSources(settings);
   app::Captures captures = app::OpenCaptures(plan, app::NewVideoCapture, std::cerr);
   if (captures.empty()) return UNUSABLE;
@@ -58,6 +58,7 @@ ExitStatus Run(const Arguments& arguments) {
     options.until = arguments.until;
     options.mostPoses = arguments.mostPoses;
     options.frame = {settings.width, settings.height};
+    options.source = plan.captures.front().name;
     if (plan.videoFile) options.sourceEnded = [ended] { return ended->load(); };
     status = GuidedLoop(calibrator, reader, screen, options, std::cout, std::cerr).Run();
   }

@@ -1,6 +1,8 @@
 /// The options of the renderer.
 #include "render/Arguments.h"
 
+#include "Numbers.h"
+
 namespace render {
 
 namespace {
@@ -13,14 +15,14 @@ void DeclareWork(CLI::App& app, Arguments& a) {
                  "Render a video (.avi); the truth goes to FILE.truth.json, without \".avi\"");
   app.add_option("--seconds", a.seconds, "Duration of the video")
       ->capture_default_str()
-      ->check(CLI::PositiveNumber);
+      ->check(FaultUnlessPositive, "POSITIVE");
   app.add_option("--fps", a.fps, "Frames per second of the video")
       ->capture_default_str()
-      ->check(CLI::PositiveNumber);
+      ->check(FaultUnlessPositive, "POSITIVE");
   app.add_option("--away", a.away,
                  "In the video, take the sheet out of the image after every N views (0: never)")
       ->capture_default_str()
-      ->check(CLI::NonNegativeNumber);
+      ->check(FaultIfNegative, "NONNEGATIVE");
   app.add_option("--follow", a.follow,
                  "In the video, take the sheet through the poses of this model of the assistant");
   app.add_option("--sheet", a.sheet, "Write the flat sheet as a PNG of 150 dpi");
@@ -32,14 +34,18 @@ void DeclareScene(CLI::App& app, Arguments& a) {
   app.add_option("--fov", a.fieldOfView, "Horizontal field of view, degrees")
       ->capture_default_str()
       ->check(CLI::Range(1.0, 170.0));
-  app.add_option("--fx", a.fx, "Focal length, pixels; instead of --fov")->check(CLI::PositiveNumber);
-  app.add_option("--fy", a.fy, "Focal length along y; that of x by default")->check(CLI::PositiveNumber);
-  app.add_option("--cx", a.cx, "Principal point; the middle of the image by default");
-  app.add_option("--cy", a.cy, "Principal point; the middle of the image by default");
+  app.add_option("--fx", a.fx, "Focal length, pixels; instead of --fov")
+      ->check(FaultUnlessPositive, "POSITIVE");
+  app.add_option("--fy", a.fy, "Focal length along y; that of x by default")
+      ->check(FaultUnlessPositive, "POSITIVE");
+  app.add_option("--cx", a.cx, "Principal point; the middle of the image by default")
+      ->check(FaultUnlessFinite);
+  app.add_option("--cy", a.cy, "Principal point; the middle of the image by default")
+      ->check(FaultUnlessFinite);
   app.add_option("--dist", a.distortion, "Distortion coefficients k1,k2,p1,p2,k3,...")->delimiter(',');
   app.add_option("--unit", a.unit, "Distance of neighbouring rows, metres")
       ->capture_default_str()
-      ->check(CLI::PositiveNumber);
+      ->check(FaultUnlessPositive, "POSITIVE");
   app.add_option("--blur", a.blur, "Gaussian blur, sigma in pixels")->check(CLI::Range(0.0, 100.0));
   app.add_option("--noise", a.noise, "Sensor noise, sigma in grey levels")->check(CLI::Range(0.0, 255.0));
   app.add_option("--light", a.light, "Unevenness of the light")->check(CLI::Range(0.0, 1.0));
@@ -54,7 +60,7 @@ void DeclareRig(CLI::App& app, Arguments& a) {
                                   "FILE_left.avi and FILE_right.avi");
   app.add_option("--baseline", a.baseline, "Distance of the cameras, metres")
       ->capture_default_str()
-      ->check(CLI::PositiveNumber)
+      ->check(FaultUnlessPositive, "POSITIVE")
       ->needs(rig);
   app.add_option("--toe-in", a.toeIn, "Angle at which the cameras' axes meet, degrees")
       ->capture_default_str()

@@ -94,6 +94,10 @@ class VELMORA_API Calibrator {
   /// True from the call of a computation on a thread of its own until it has ended, well or not: from before
   /// STATUS_PROGRESS until the result can be asked for.
   bool IsComputing();
+  /// True when the computation that ended last brought no result: it failed, had too little to work with, or
+  /// was cancelled. One that was refused because another was under way does not count. Settled before
+  /// IsComputing turns false, so ask that first; Reset and EnableAssistant make it false.
+  bool HasFailed();
   /// True when the last monocular detection found the grid and was not yet made a snapshot. Waits for a
   /// detection under way. Always false in a stereo calibrator.
   bool IsDetected();
@@ -450,6 +454,8 @@ class VELMORA_API Calibrator {
   void jpegB64grabber();
   void RGBgrabber();
   void RunInBackground(const char* name, std::function<void()> task);
+  int Completed();
+  void NoteEndWithoutResult(int completedBefore);
   cv::Mat ResultOf(int ofKind, cv::Mat Results::*member);
   bool GuardOfUnreachableResults();
   std::string ResultText(const Results& results, JSON& document) const;
@@ -463,8 +469,10 @@ class VELMORA_API Calibrator {
   // Locks, always taken in this order; dataLock_ and statusLock_ are held for copying only.
   std::mutex pointsLock_;  ///< one detection or collection at a time; guards the last detection
   std::mutex dataLock_;    ///< guards records, results, recording and assistant
-  std::mutex statusLock_;  ///< guards the status
+  std::mutex statusLock_;  ///< guards the status and what became of the computations
   int status_ = STATUS_NOT_READY;
+  int completed_ = 0;    ///< the number of computations that brought a result
+  bool failed_ = false;  ///< the one that ended last brought none
 
   cv::Mat lastFrame_;
   cv::Mat lastFrameRight_;

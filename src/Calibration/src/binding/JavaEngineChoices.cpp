@@ -56,6 +56,16 @@ EXPORT(jboolean, nIsComputing)(JNIEnv* env, jclass, jint id) {
   return computing ? JNI_TRUE : JNI_FALSE;
 }
 
+EXPORT(jboolean, nHasFailed)(JNIEnv* env, jclass, jint id) {
+  bool failed = false;
+  With(env, id, [&](Calibrator& calibrator) { failed = calibrator.HasFailed(); });
+  return failed ? JNI_TRUE : JNI_FALSE;
+}
+
+EXPORT(jboolean, nCancelComputation)(JNIEnv* env, jclass, jint id) {
+  return With(env, id, [](Calibrator& calibrator) { calibrator.CancelComputation(); });
+}
+
 EXPORT(jstring, nGetVerdict)(JNIEnv* env, jclass, jint id) {
   return jni::AtBorder(env, static_cast<jstring>(nullptr), [&] {
     const auto calibrator = Registry::OfProcess().Find(id);

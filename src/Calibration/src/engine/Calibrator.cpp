@@ -68,6 +68,23 @@ bool Calibrator::IsComputing() {
   return backgroundTasks_ > 0;
 }
 
+bool Calibrator::HasFailed() {
+  const std::lock_guard<std::mutex> lock(statusLock_);
+  return failed_;
+}
+
+int Calibrator::Completed() {
+  const std::lock_guard<std::mutex> lock(statusLock_);
+  return completed_;
+}
+
+/// For a computation that may have ended before it was marked as under way. When another is under way, or
+/// brought a result meanwhile, that one ended last, or kept this one from beginning.
+void Calibrator::NoteEndWithoutResult(int completedBefore) {
+  const std::lock_guard<std::mutex> lock(statusLock_);
+  if (completed_ == completedBefore && status_ != STATUS_PROGRESS) failed_ = true;
+}
+
 bool Calibrator::IsDetected() {
   const std::lock_guard<std::mutex> lock(pointsLock_);
   return kind_ == MONOCULAR && !lastPoints_.empty();
@@ -85,6 +102,7 @@ void Calibrator::Reset() {
   records_ = Records{};
   results_ = Results{};
   status_ = STATUS_NOT_READY;
+  failed_ = false;
 }
 
 std::string Calibrator::GetVersion() {
@@ -103,8 +121,10 @@ void Calibrator::EnableAssistant(const std::string& modelPath) {
   auto assistant =
       std::make_shared<CalibAssistant>(frameWidth_, frameHeight_, patternSize_.width, patternSize_.height);
   assistant->Start(modelPath);
-  const std::lock_guard<std::mutex> lock(dataLock_);
+  const std::lock_guard<std::mutex> data(dataLock_);
   assistant_ = std::move(assistant);
+  const std::lock_guard<std::mutex> lock(statusLock_);
+  failed_ = false;  // a new computation is to come
 }
 
 void Calibrator::DisableAssistant() {
@@ -123,7 +143,8 @@ int Calibrator::GetAssistantGoal() {
 }
 
 void Calibrator::RunInBackground(const char* name, std::function<void()> task) {
-  const auto finish = [this] {
+  const auto finish = [this](int completedBefore) {
+    NoteEndWithoutResult(completedBefore);
     // Notified under the lock: the destructor may end the calibrator as soon as it is free.
     const std::lock_guard<std::mutex> lock(backgroundLock_);
     --backgroundTasks_;
@@ -134,16 +155,17 @@ void Calibrator::RunInBackground(const char* name, std::function<void()> task) {
     ++backgroundTasks_;
   }
   try {
-    std::thread([name, finish, task = std::move(task)] {
+    std::thread([this, name, finish, task = std::move(task)] {
+      const int completedBefore = Completed();
       try {
         task();
       } catch (const std::exception& fault) {
         Log::error("%s failed: %s", name, fault.what());
       }
-      finish();
+      finish(completedBefore);
     }).detach();
   } catch (const std::system_error& fault) {
     Log::error("%s failed: %s", name, fault.what());
-    finish();
+    finish(Completed());
   }
 }

@@ -5,7 +5,8 @@
 #include "Log.h"
 #include "engine/SolverChoice.h"
 
-/// Marks the calibrator as computing; gives the status back as it was unless the computation was completed.
+/// Marks the calibrator as computing; gives the status back as it was, and notes a failure, unless the
+/// computation was completed.
 class Calibrator::ProgressScope {
  public:
   /// Inactive when a computation is under way already.
@@ -17,7 +18,11 @@ class Calibrator::ProgressScope {
     if (active_) calibrator_.solver_->cancelled = false;
   }
   ~ProgressScope() {
-    if (active_) calibrator_.SetStatus(endStatus_);
+    if (!active_) return;
+    const std::lock_guard<std::mutex> lock(calibrator_.statusLock_);
+    calibrator_.status_ = endStatus_;
+    calibrator_.failed_ = !completed_;
+    if (completed_) ++calibrator_.completed_;
   }
   ProgressScope(const ProgressScope&) = delete;
   ProgressScope& operator=(const ProgressScope&) = delete;
@@ -29,10 +34,14 @@ class Calibrator::ProgressScope {
     if (cancelled) Log::warn("The computation was cancelled.");
     return cancelled;
   }
-  void Complete() { endStatus_ = STATUS_COMPLETED; }
+  void Complete() {
+    endStatus_ = STATUS_COMPLETED;
+    completed_ = true;
+  }
 
  private:
   Calibrator& calibrator_;
   int endStatus_ = STATUS_NOT_READY;
   bool active_ = false;
+  bool completed_ = false;
 };

@@ -9,32 +9,11 @@ namespace sparse {
 
 namespace {
 
-cv::Mat Rows(const Coordinate& u, const Coordinate& v, int free) {
-  cv::Mat rows(2, free, CV_64F);
-  for (int i = 0; i < free; ++i) {
-    rows.at<double>(0, i) = u.byLens[static_cast<size_t>(i)];
-    rows.at<double>(1, i) = v.byLens[static_cast<size_t>(i)];
-  }
-  return rows;
-}
-
-cv::Mat ByTurn(const Coordinate& u, const Coordinate& v, const cv::Vec3d& ray) {
-  const cv::Vec3d first = ray.cross(u.byPoint);
-  const cv::Vec3d second = ray.cross(v.byPoint);
-  return (cv::Mat_<double>(2, 3) << first[0], first[1], first[2], second[0], second[1], second[2]);
-}
-
-double VarianceOf(const cv::Mat& byLens, const cv::Mat& covariance) {
-  return 0.5 * cv::trace(byLens * covariance * byLens.t())[0];
-}
-
-}  // namespace
-
-bool RayOf(const Projection& projection, const Lens& lens, const cv::Point2d& pixel, cv::Vec3d& ray) {
+/// The ray of a pixel, with the derivatives there.
+bool Unproject(const Projection& projection, const Lens& lens, const cv::Point2d& pixel, cv::Vec3d& ray,
+               Coordinate& u, Coordinate& v) {
   constexpr int MOST_STEPS = 30;
   ray = {(pixel.x - lens.values[2]) / lens.values[0], (pixel.y - lens.values[3]) / lens.values[1], 1.0};
-  Coordinate u;
-  Coordinate v;
   for (int i = 0; i < MOST_STEPS; ++i) {
     if (!projection.Differentiate(ray, u, v)) return false;
     const double x = pixel.x - u.value;
@@ -49,79 +28,108 @@ bool RayOf(const Projection& projection, const Lens& lens, const cv::Point2d& pi
   return false;
 }
 
+/// The derivatives in some cells, a row for each coordinate.
+class Derivatives {
+ public:
+  explicit Derivatives(int free) : free_(free) {}
+
+  void Add(int cell, const cv::Vec3d& ray, const Coordinate& u, const Coordinate& v) {
+    cells_.push_back(cell);
+    for (const Coordinate* coordinate : {&u, &v}) {
+      byLens_.insert(byLens_.end(), coordinate->byLens.begin(), coordinate->byLens.begin() + free_);
+      const cv::Vec3d byTurn = ray.cross(coordinate->byPoint);
+      byTurn_.insert(byTurn_.end(), byTurn.val, byTurn.val + 3);
+    }
+  }
+
+  const std::vector<int>& Cells() const { return cells_; }
+  cv::Mat ByLens() { return {Rows(), free_, CV_64F, byLens_.data()}; }
+  /// By the turn of the camera's frame.
+  cv::Mat ByTurn() { return {Rows(), 3, CV_64F, byTurn_.data()}; }
+
+ private:
+  int Rows() const { return 2 * static_cast<int>(cells_.size()); }
+
+  int free_;
+  std::vector<int> cells_;
+  std::vector<double> byLens_;
+  std::vector<double> byTurn_;
+};
+
+/// The mean variance of both coordinates of each cell, from two rows for each. Where large terms cancel,
+/// rounding may leave less than nothing.
+cv::Mat Variances(const cv::Mat& byLens, const cv::Mat& covariance) {
+  cv::Mat variances;
+  cv::reduce(byLens.mul(byLens * covariance), variances, 1, cv::REDUCE_SUM);
+  cv::reduce(variances.reshape(1, byLens.rows / 2), variances, 1, cv::REDUCE_AVG);
+  return cv::max(variances, 0.0);
+}
+
+double RootOfMean(const cv::Mat& byLens, const cv::Mat& covariance) {
+  return std::sqrt(cv::mean(Variances(byLens, covariance))[0]);
+}
+
+}  // namespace
+
+bool RayOf(const Projection& projection, const Lens& lens, const cv::Point2d& pixel, cv::Vec3d& ray) {
+  Coordinate u;
+  Coordinate v;
+  return Unproject(projection, lens, pixel, ray, u, v);
+}
+
 ProjectionUncertainty::ProjectionUncertainty(const Lens& lens, const cv::Size& imageSize,
                                              const std::vector<cv::Point2f>& area) {
   const Projection projection(lens);
-  cv::Mat turns = cv::Mat::zeros(3, 3, CV_64F);
-  cv::Mat mixed = cv::Mat::zeros(3, lens.free, CV_64F);
-  std::vector<cv::Mat> byTurn;
+  Derivatives inside(lens.free);
+  Derivatives outside(lens.free);
   for (int i = 0; i < ROWS * COLUMNS; ++i) {
     const int row = i / COLUMNS;
     const int column = i % COLUMNS;
     const cv::Point2d pixel((column + 0.5) * imageSize.width / COLUMNS - 0.5,
                             (row + 0.5) * imageSize.height / ROWS - 0.5);
-    Cell cell;
-    cell.inArea = area.size() > 2 && cv::pointPolygonTest(area, pixel, false) >= 0.0;
     cv::Vec3d ray;
     Coordinate u;
     Coordinate v;
-    byTurn.emplace_back();
-    if (RayOf(projection, lens, pixel, ray) && projection.Differentiate(ray, u, v)) {
-      cell.byLens = Rows(u, v, lens.free);
-      byTurn.back() = ByTurn(u, v, ray);
-      if (cell.inArea) {
-        turns += byTurn.back().t() * byTurn.back();
-        mixed += byTurn.back().t() * cell.byLens;
-      }
-    }
-    cells_.push_back(cell);
+    if (!Unproject(projection, lens, pixel, ray, u, v)) continue;
+    const bool inArea = area.size() > 2 && cv::pointPolygonTest(area, pixel, false) >= 0.0;
+    (inArea ? inside : outside).Add(i, ray, u, v);
   }
+  inArea_ = static_cast<int>(inside.Cells().size());
+  cells_ = inside.Cells();
+  cells_.insert(cells_.end(), outside.Cells().begin(), outside.Cells().end());
+  byLens_ = inside.ByLens().clone();
+  byLens_.push_back(outside.ByLens());
+  if (inArea_ == 0) return;
+  // The turn that makes up best, in the area, for a change of each parameter.
+  cv::Mat byTurn = inside.ByTurn();
   cv::Mat turn;
-  if (!cv::solve(turns, mixed, turn, cv::DECOMP_CHOLESKY)) return;
-  for (size_t i = 0; i < cells_.size(); ++i) {
-    if (!cells_[i].byLens.empty()) cells_[i].byLens = cells_[i].byLens - byTurn[i] * turn;
-  }
+  if (!cv::solve(byTurn.t() * byTurn, byTurn.t() * inside.ByLens(), turn, cv::DECOMP_CHOLESKY)) return;
+  byTurn.push_back(outside.ByTurn());
+  byLens_ -= byTurn * turn;
 }
 
 cv::Mat ProjectionUncertainty::Map(const cv::Mat& covariance) const {
   cv::Mat map(ROWS, COLUMNS, CV_64F, cv::Scalar(std::numeric_limits<double>::quiet_NaN()));
-  for (size_t i = 0; i < cells_.size(); ++i) {
-    if (cells_[i].byLens.empty()) continue;
-    map.at<double>(static_cast<int>(i) / COLUMNS, static_cast<int>(i) % COLUMNS) =
-        std::sqrt(VarianceOf(cells_[i].byLens, covariance));
+  if (cells_.empty()) return map;
+  const cv::Mat variances = Variances(byLens_, covariance);
+  for (int i = 0; i < variances.rows; ++i) {
+    const int cell = cells_[static_cast<size_t>(i)];
+    map.at<double>(cell / COLUMNS, cell % COLUMNS) = std::sqrt(variances.at<double>(i));
   }
   return map;
 }
 
-double ProjectionUncertainty::Mean(const cv::Mat& covariance, bool areaOnly) const {
-  double sum = 0.0;
-  int count = 0;
-  for (const Cell& cell : cells_) {
-    if (cell.byLens.empty() || (areaOnly && !cell.inArea)) continue;
-    sum += VarianceOf(cell.byLens, covariance);
-    ++count;
-  }
-  return count > 0 ? std::sqrt(sum / count) : std::numeric_limits<double>::infinity();
-}
-
 double ProjectionUncertainty::InArea(const cv::Mat& covariance) const {
-  return Mean(covariance, true);
+  return inArea_ == 0 ? std::numeric_limits<double>::infinity()
+                      : RootOfMean(byLens_.rowRange(0, 2 * inArea_), covariance);
 }
 
 double ProjectionUncertainty::InImage(const cv::Mat& covariance) const {
-  return Mean(covariance, false);
+  return cells_.empty() ? std::numeric_limits<double>::infinity() : RootOfMean(byLens_, covariance);
 }
 
 cv::Mat ProjectionUncertainty::MeanProduct() const {
-  cv::Mat sum;
-  int count = 0;
-  for (const Cell& cell : cells_) {
-    if (cell.byLens.empty()) continue;
-    const cv::Mat product = cell.byLens.t() * cell.byLens;
-    sum = sum.empty() ? product : cv::Mat(sum + product);
-    ++count;
-  }
-  return count > 0 ? cv::Mat(sum / count) : sum;
+  return cells_.empty() ? cv::Mat() : cv::Mat(byLens_.t() * byLens_ / static_cast<double>(cells_.size()));
 }
 
 }  // namespace sparse

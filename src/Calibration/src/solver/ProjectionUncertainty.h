@@ -30,14 +30,9 @@ class ProjectionUncertainty {
   cv::Mat MeanProduct() const;
 
  private:
-  struct Cell {
-    cv::Mat byLens;  ///< 2 x free; empty without a ray
-    bool inArea = false;
-  };
-
-  double Mean(const cv::Mat& covariance, bool areaOnly) const;
-
-  std::vector<Cell> cells_;
+  std::vector<int> cells_;  ///< those that have a ray, the ones in the area first
+  int inArea_ = 0;          ///< how many of them are in it
+  cv::Mat byLens_;          ///< two rows of derivatives by the free parameters for each of them
 };
 
 }  // namespace sparse

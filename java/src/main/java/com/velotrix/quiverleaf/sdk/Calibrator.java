@@ -222,11 +222,19 @@ public final class Calibrator implements AutoCloseable {
   }
 
   /**
+   * Ends a computation of the sparse solver that is under way; it then fails, and earlier results stay. Does
+   * nothing when none is under way.
+   */
+  public void cancelComputation() { EngineChoices.nCancelComputation(id()); }
+
+  /**
    * Waits for a result: that of a computation that was started, or that the assistant starts. Without one
    * under way, a result that is there already is returned at once.
    *
    * @throws TimeoutException when there is none in time
-   * @throws IllegalStateException when the computation ended without one, which the engine's log explains
+   * @throws IllegalStateException when the computation that ended last brought none, which the engine's log
+   *     explains; {@link #result} still has an earlier one. It is so until a computation brings a result, the
+   *     assistant is started, or the calibrator is reset
    */
   public CalibrationResult awaitResult(Duration patience) throws InterruptedException, TimeoutException {
     return ResultWait.on(this, patience);

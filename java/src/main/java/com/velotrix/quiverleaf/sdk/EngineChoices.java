@@ -1,9 +1,9 @@
 package com.velotrix.quiverleaf.sdk;
 
 /**
- * How a calibrator searches and solves, and how good its result is, addressed by the calibrator's number;
- * beside {@link Calibration}, whose rules hold here too. {@link Calibrator} is the comfortable way to the
- * same.
+ * How a calibrator searches and solves, what becomes of its computations, and how good its result is,
+ * addressed by the calibrator's number; beside {@link Calibration}, whose rules hold here too. {@link
+ * Calibrator} is the comfortable way to the same.
  */
 public final class EngineChoices {
   static { NativeLibrary.load(); }
@@ -33,4 +33,13 @@ public final class EngineChoices {
 
   /** Whether a computation was started that has not ended yet. Unknown: false. */
   public static native boolean nIsComputing(int id);
+
+  /**
+   * Whether the computation that ended last brought no result. True before nIsComputing turns false, so ask
+   * that first. Unknown: false.
+   */
+  public static native boolean nHasFailed(int id);
+
+  /** Ends a computation of the sparse solver that is under way. Unknown: false. */
+  public static native boolean nCancelComputation(int id);
 }

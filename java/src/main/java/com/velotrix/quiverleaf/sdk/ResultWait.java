@@ -15,16 +15,20 @@ final class ResultWait {
     long end = System.nanoTime() + patience.toNanos();
     boolean started = false;
     for (;;) {
-      // Before the status: what that tells is final when nothing is computed any more. The status alone does
-      // not tell that a computation is about to replace the result.
+      // In this order: when nothing is computed any more, failure and status are those of the last
+      // computation. The status alone does not tell that a computation is about to replace the result.
       boolean computing = EngineChoices.nIsComputing(calibrator.id());
+      boolean failed = EngineChoices.nHasFailed(calibrator.id());
       CalibratorStatus now = calibrator.status();
+      if (!computing && failed) {
+        throw new IllegalStateException("the computation failed; the engine's log says why");
+      }
       Optional<CalibrationResult> result = now.result();
       if (!computing && result.isPresent()) {
         return result.get();
       }
-      if (started && !computing) {
-        throw new IllegalStateException("the computation failed; the engine's log says why");
+      if (started && !computing && now.status() != Status.PROGRESS) {
+        throw new IllegalStateException("the result was dropped by a reset or another snapshot: " + now);
       }
       started = started || computing;
       if (System.nanoTime() - end > 0) {

@@ -109,6 +109,21 @@ class PairTest {
     }
   }
 
+  @Test
+  void a_refused_result_of_one_camera_is_a_failure_beside_the_earlier_result() throws Exception {
+    CalibrationResult left = alone("left");
+    CalibrationResult right = alone("right");
+    CalibrationResult classic = CalibrationResult.parse(ResultsTest.MONOCULAR); // needs 14 coefficients
+    try (Calibrator pair = collected()) {
+      pair.calibratePair(left, right, LensModel.RATIONAL);
+      double baseline = pair.awaitResult(Views.PATIENCE).baseline();
+      pair.calibratePair(left, classic, LensModel.RATIONAL);
+      assertThrows(IllegalStateException.class, () -> pair.awaitResult(Views.PATIENCE));
+      pair.calibratePair(left, right, LensModel.RATIONAL);
+      assertEquals(baseline, pair.awaitResult(Views.PATIENCE).baseline(), 1e-9);
+    }
+  }
+
   /** What is broken is answered by an error line or an exception; deleting waits for the worker thread. */
   private static void callBoth(Calibrator pair, String left, String right) {
     try {

@@ -9,7 +9,7 @@ import org.junit.jupiter.api.DisplayNameGeneration;
 import org.junit.jupiter.api.DisplayNameGenerator;
 import org.junit.jupiter.api.Test;
 
-/** The choice of search and solver, the verdict, and which result is waited for. */
+/** The choice of search and solver, and the verdict. */
 @DisplayNameGeneration(DisplayNameGenerator.ReplaceUnderscores.class)
 class SolvingTest {
   private static final int UNKNOWN = 1_000_000;
@@ -43,6 +43,8 @@ class SolvingTest {
       assertFalse(EngineChoices.nSetRobust(UNKNOWN, true));
       assertFalse(EngineChoices.nSetDiscRadius(UNKNOWN, 0.01));
       assertFalse(EngineChoices.nIsComputing(UNKNOWN));
+      assertFalse(EngineChoices.nHasFailed(UNKNOWN));
+      assertFalse(EngineChoices.nCancelComputation(UNKNOWN));
       assertEquals(-1, EngineChoices.nGetFinder(UNKNOWN));
       assertEquals(-1, EngineChoices.nGetSolver(UNKNOWN));
       assertEquals("", EngineChoices.nGetVerdict(UNKNOWN));
@@ -82,28 +84,5 @@ class SolvingTest {
     closed.close();
     assertThrows(IllegalStateException.class, closed::verdict);
     assertThrows(IllegalStateException.class, () -> closed.setSolver(Solver.SPARSE));
-  }
-
-  @Test
-  void the_result_of_the_computation_that_was_just_started_is_waited_for() throws Exception {
-    try (Calibrator calibrator = Views.calibrated()) {
-      calibrator.setSolver(Solver.SPARSE);
-      // The results tell the models apart: 5 coefficients or 14.
-      for (int i = 0; i < 50; ++i) {
-        LensModel model = i % 2 == 0 ? LensModel.RATIONAL : LensModel.CLASSIC;
-        calibrator.calibrate(model);
-        CalibrationResult result = calibrator.awaitResult(Views.PATIENCE);
-        assertEquals(model == LensModel.CLASSIC ? 5 : 14, result.distortion().columns(), "round " + i);
-      }
-      assertFalse(EngineChoices.nIsComputing(calibrator.id()));
-    }
-  }
-
-  @Test
-  void without_a_computation_the_result_is_there_at_once() throws Exception {
-    try (Calibrator calibrator = Views.calibrated()) {
-      CalibrationResult result = calibrator.awaitResult(Views.PATIENCE);
-      assertEquals(result.json(), calibrator.awaitResult(Views.PATIENCE).json());
-    }
   }
 }
