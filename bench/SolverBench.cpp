@@ -1,13 +1,16 @@
 /// The sparse solver beside OpenCV's, on the same points and one thread.
-#include <opencv2/core.hpp>
+#include <opencv2/calib3d.hpp>
 
 #include "Calibrator.h"
 #include "Ratio.h"
+#include "Rig.h"
 #include "Views.h"
+#include "engine/LensModel.h"
 #include "engine/TargetGeometry.h"
 #include "solver/Judge.h"
 #include "solver/NextPose.h"
 #include "solver/SparseIntrinsics.h"
+#include "solver/SparsePair.h"
 
 namespace {
 
@@ -31,6 +34,30 @@ Data MakeData(int views) {
     for (cv::Point2d& point : data.image.back()) {
       point += cv::Point2d(random.gaussian(0.1), random.gaussian(0.1));
     }
+    data.object.push_back(MakeObjectTemplate(GRID, UNIT));
+  }
+  return data;
+}
+
+struct PairData {
+  std::vector<std::vector<cv::Point3d>> object;
+  std::vector<std::vector<cv::Point2d>> left;
+  std::vector<std::vector<cv::Point2d>> right;
+};
+
+PairData MakePairData(int views) {
+  const world::Rig rig = world::SideBySideRig(FRAME, 62.0, 0.11, 8.0, {-0.21, 0.06, 0.0008, -0.0006, -0.008},
+                                              {-0.15, 0.03, -0.0005, 0.0007, 0.004});
+  const world::Sheet sheet(GRID, static_cast<double>(UNIT));
+  cv::RNG random(1);
+  const auto noisy = [&](std::vector<cv::Point2d> points) {
+    for (cv::Point2d& point : points) point += cv::Point2d(random.gaussian(0.1), random.gaussian(0.1));
+    return points;
+  };
+  PairData data;
+  for (const world::Pose& pose : world::SampleRigViews(rig, views, 1, sheet)) {
+    data.left.push_back(noisy(world::TrueCentres(rig.left.lens, sheet, pose)));
+    data.right.push_back(noisy(world::TrueCentres(rig.right.lens, sheet, world::RightPose(rig, pose))));
     data.object.push_back(MakeObjectTemplate(GRID, UNIT));
   }
   return data;
@@ -93,10 +120,50 @@ void VerdictBesideSparse(benchmark::State& state) {
             JudgeIntrinsics(data.object, data.image, FRAME, result, 0.0).deviationInData);
       },
       [&] { Sparse(data, model); });
-}
+
+  /// A pair with refined lenses, beside OpenCV's from the same start. Arguments: model, views.
+  void RefinedPairBesideOpenCV(benchmark::State & state) {
+    const int model = static_cast<int>(state.range(0));
+    const PairData data = MakePairData(static_cast<int>(state.range(1)));
+    const auto zeros = [] { return cv::Mat(cv::Mat::zeros(1, 14, CV_64F)); };
+    StereoIntrinsics start{{}, zeros(), {}, zeros()};
+    const SparseResult left = SolveIntrinsicsSparsely(data.object, data.left, FRAME, model);
+    const SparseResult right = SolveIntrinsicsSparsely(data.object, data.right, FRAME, model);
+    start.K = left.K;
+    start.KRight = right.K;
+    left.D.copyTo(start.D.colRange(0, left.D.cols));
+    right.D.copyTo(start.DRight.colRange(0, right.D.cols));
+    double rms = 0.0;
+    double other = 0.0;
+    const int threads = cv::getNumThreads();
+    cv::setNumThreads(1);
+    bench::Ratio().Run(
+        state, [&] { rms = RefinePairSparsely(data.object, data.left, data.right, start, FRAME, model).rms; },
+        [&] {
+          cv::Mat K = start.K.clone();
+          cv::Mat D = start.D.clone();
+          cv::Mat KRight = start.KRight.clone();
+          cv::Mat DRight = start.DRight.clone();
+          cv::Mat R;
+          cv::Mat T;
+          cv::Mat E;
+          cv::Mat F;
+          other = cv::stereoCalibrate(Narrowed(data.object), Narrowed(data.left), Narrowed(data.right), K, D,
+                                      KRight, DRight, FRAME, R, T, E, F,
+                                      cv::CALIB_USE_INTRINSIC_GUESS | FlagsOfModel(model), SolverCriteria());
+        });
+    cv::setNumThreads(threads);
+    state.counters["rms"] = rms;
+    state.counters["rms_of_opencv"] = other;
+  }
 
 }  // namespace
 
+BENCHMARK(RefinedPairBesideOpenCV)
+    ->ArgsProduct({{Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL}, {10, 20}})
+    ->Iterations(3)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(SparseBesideOpenCV)
     ->ArgsProduct({{Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL}, {10, 20, 40}})
     ->Args({Calibrator::MODEL_FULL, 20})

@@ -6,7 +6,7 @@ namespace accuracy {
 
 namespace {
 
-std::vector<PairCase> Cases() {
+std::vector<PairCase> OfViewsAndBaselines(bool refined) {
   std::vector<PairCase> cases;
   for (const int views : {5, 10, 20}) {
     for (const double baseline : {0.06, 0.12, 0.24}) {
@@ -14,9 +14,15 @@ std::vector<PairCase> Cases() {
       what.views = views;
       what.baseline = baseline;
       what.toeIn = 50.0 * baseline;
+      what.refined = refined;
       cases.push_back(what);
     }
   }
+  return cases;
+}
+
+std::vector<PairCase> Cases() {
+  std::vector<PairCase> cases = OfViewsAndBaselines(false);
   for (const double noise : {0.0, 0.02, 0.1, 0.5}) {
     PairCase what;
     what.noise = noise;
@@ -34,6 +40,17 @@ std::vector<PairCase> Cases() {
         cases.push_back(what);
       }
     }
+  }
+  const std::vector<PairCase> refined = OfViewsAndBaselines(true);
+  cases.insert(cases.end(), refined.begin(), refined.end());
+  for (const int model : {Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL, Calibrator::MODEL_FULL}) {
+    PairCase what;
+    what.lens = LensKind::WideAngle;
+    what.fieldOfView = 85.0;
+    what.views = 10;
+    what.model = model;
+    what.refined = true;
+    cases.push_back(what);
   }
   return cases;
 }
@@ -66,6 +83,7 @@ Row RowOfPair(const PairCase& what, int count) {
            {"noise", Text(what.noise)},
            {"model", NameOfModel(what.model)},
            {"solver", NameOfSolver(what.solver)},
+           {"lenses", what.refined ? "refined" : "held"},
            {"trials", Text(count)},
            {"failed", Text(failed)}},
           {{"R deg", Median(turn)},
@@ -84,7 +102,8 @@ Row RowOfPair(const PairCase& what, int count) {
 Table PairsTable(const Effort& effort) {
   Table table{"pairs",
               "Pairs of cameras",
-              "Each camera alone, then the pair. Median errors: angle of the rotation and of the "
+              "Each camera alone, then the pair, the lenses held or refined with it. Median errors: angle of "
+              "the rotation and of the "
               "translation's direction, length "
               "of the difference of translations, baseline, and triangulated depths of exact points.",
               {}};

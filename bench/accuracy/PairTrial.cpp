@@ -78,7 +78,10 @@ PairTrial RunPairTrial(const PairCase& what, std::uint64_t seed) {
     points.right.push_back(NoisyPoints(rig.right, world::RightPose(rig, pose), what.noise, 0.0, random));
   }
   try {
-    return Compared(rig, poses, SolvePair(points.left, points.right, rig.left.size, what.model, what.solver));
+    const PairResult held = SolvePair(points.left, points.right, rig.left.size, what.model, what.solver);
+    return Compared(
+        rig, poses,
+        what.refined ? RefinedPair(held, points.left, points.right, rig.left.size, what.model) : held);
   } catch (const std::exception&) {
     PairTrial trial;
     trial.failed = true;

@@ -3,7 +3,7 @@
 
 #include "Calibrator.h"
 #include "engine/TargetGeometry.h"
-#include "solver/SparseExtrinsics.h"
+#include "solver/SparsePair.h"
 
 namespace accuracy {
 
@@ -61,6 +61,19 @@ PairResult SolvePair(const Points& left, const Points& right, const cv::Size& im
   result.pair = solver == Calibrator::SOLVER_OPENCV
                     ? SolveExtrinsics(targets, left, right, lenses, imageSize, model)
                     : SolveExtrinsicsSparsely(targets, left, right, lenses, model);
+  return result;
+}
+
+PairResult RefinedPair(const PairResult& held, const Points& left, const Points& right,
+                       const cv::Size& imageSize, int model) {
+  PairResult result = held;
+  result.pair = RefinePairSparsely(Targets(left.size()), left, right,
+                                   {held.left.K, Padded(held.left.D), held.right.K, Padded(held.right.D)},
+                                   imageSize, model);
+  result.left.K = result.pair.refined.K;
+  result.left.D = result.pair.refined.D;
+  result.right.K = result.pair.refined.KRight;
+  result.right.D = result.pair.refined.DRight;
   return result;
 }
 

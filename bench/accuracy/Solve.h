@@ -33,4 +33,8 @@ struct PairResult {
 PairResult SolvePair(const Points& left, const Points& right, const cv::Size& imageSize, int model,
                      int solver);
 
+/// The same with both lenses refined together with the pair, from where that ended.
+PairResult RefinedPair(const PairResult& held, const Points& left, const Points& right,
+                       const cv::Size& imageSize, int model);
+
 }  // namespace accuracy

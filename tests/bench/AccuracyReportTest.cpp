@@ -186,6 +186,23 @@ TEST(AccuracyReport, OfPairsIsTenthsOfDegreesAndMillimetres) {
   EXPECT_LT(accuracy::Median(depth), 0.001);
 }
 
+TEST(AccuracyReport, OfPairsIsBetterWithRefinedLenses) {
+  std::vector<double> turn[2];
+  std::vector<double> depth[2];
+  for (const bool refined : {false, true}) {
+    accuracy::PairCase what;
+    what.refined = refined;
+    for (std::uint64_t seed = 1; seed <= 15; ++seed) {
+      const accuracy::PairTrial trial = accuracy::RunPairTrial(what, seed);
+      ASSERT_FALSE(trial.failed);
+      turn[refined].push_back(trial.turn);
+      depth[refined].push_back(trial.depth);
+    }
+  }
+  EXPECT_LT(accuracy::Median(turn[1]), accuracy::Median(turn[0]));
+  EXPECT_LT(accuracy::Median(depth[1]), accuracy::Median(depth[0]));
+}
+
 TEST(AccuracyReport, OfPicturesTakesTheCorrectionOfDiscs) {
   const accuracy::PictureCase what;
   const accuracy::SearchedPictures searched = accuracy::SearchPictures(what, 1);

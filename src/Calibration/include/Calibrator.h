@@ -218,8 +218,9 @@ class VELMORA_API Calibrator {
   /// those that the result is of.
   CalibrationVerdict GetVerdict();
   /// How good the result of the last computation of a pair is, whichever solver it is of. Grade None during
-  /// STATUS_PROGRESS, in a monocular calibrator, before a computation, after one that failed, and after
-  /// snapshots were added to those that the result is of. Takes milliseconds, changes nothing.
+  /// STATUS_PROGRESS, in a monocular calibrator, before a computation, after one that failed with lenses that
+  /// it had read, and after snapshots were added to those that the result is of. Takes milliseconds, changes
+  /// nothing.
   PairVerdict GetPairVerdict();
   /// Which lens model the snapshots ask for, found with the sparse solver in a tenth of a second for usual
   /// numbers of views; robustness and disc radius count when that solver is chosen. Changes neither status

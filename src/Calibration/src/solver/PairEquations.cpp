@@ -81,13 +81,14 @@ class Adder {
 /// The pose's block, its diagonal raised by a share of itself.
 bool DecomposePose(const PairViewEquations& equations, double damping, Cholesky<POSE_PARAMETERS>& cholesky) {
   const int first = equations.layout.Shared();
-  PoseStep block[POSE_PARAMETERS] = {};
+  std::array<double, static_cast<size_t>(POSE_PARAMETERS) * POSE_PARAMETERS> block{};
   for (int i = 0; i < POSE_PARAMETERS; ++i) {
     for (int j = 0; j <= i; ++j) {
-      block[i][static_cast<size_t>(j)] = equations.At(first + j, first + i) * (i == j ? 1.0 + damping : 1.0);
+      block[static_cast<size_t>(i * POSE_PARAMETERS + j)] =
+          equations.At(first + j, first + i) * (i == j ? 1.0 + damping : 1.0);
     }
   }
-  return cholesky.Decompose(block[0].data(), POSE_PARAMETERS, POSE_PARAMETERS);
+  return cholesky.Decompose(block.data(), POSE_PARAMETERS, POSE_PARAMETERS);
 }
 
 double Product(const PoseStep& a, const PoseStep& b) {

@@ -14,7 +14,8 @@ using Grade = PairVerdict::Grade;
 using Deviations = PairVerdict::Deviations;
 
 constexpr double DEGREES = 180.0 / CV_PI;
-constexpr Deviations WORTHLESS = {1.0, 0.03, 2.0};
+/// A direction that is off by 5 degrees leads a tenth of the disparity away from epipolar lines.
+constexpr Deviations WORTHLESS = {1.0, 0.03, 5.0};
 constexpr Deviations CAREFUL = {0.2, 0.01, 0.5};
 constexpr double DISAGREEMENT = 2.5;  // jackknife over formal
 constexpr double MOVED = 3.0;         // pictures of a view apart, in units of the noise
