@@ -120,42 +120,43 @@ void VerdictBesideSparse(benchmark::State& state) {
             JudgeIntrinsics(data.object, data.image, FRAME, result, 0.0).deviationInData);
       },
       [&] { Sparse(data, model); });
+}
 
-  /// A pair with refined lenses, beside OpenCV's from the same start. Arguments: model, views.
-  void RefinedPairBesideOpenCV(benchmark::State & state) {
-    const int model = static_cast<int>(state.range(0));
-    const PairData data = MakePairData(static_cast<int>(state.range(1)));
-    const auto zeros = [] { return cv::Mat(cv::Mat::zeros(1, 14, CV_64F)); };
-    StereoIntrinsics start{{}, zeros(), {}, zeros()};
-    const SparseResult left = SolveIntrinsicsSparsely(data.object, data.left, FRAME, model);
-    const SparseResult right = SolveIntrinsicsSparsely(data.object, data.right, FRAME, model);
-    start.K = left.K;
-    start.KRight = right.K;
-    left.D.copyTo(start.D.colRange(0, left.D.cols));
-    right.D.copyTo(start.DRight.colRange(0, right.D.cols));
-    double rms = 0.0;
-    double other = 0.0;
-    const int threads = cv::getNumThreads();
-    cv::setNumThreads(1);
-    bench::Ratio().Run(
-        state, [&] { rms = RefinePairSparsely(data.object, data.left, data.right, start, FRAME, model).rms; },
-        [&] {
-          cv::Mat K = start.K.clone();
-          cv::Mat D = start.D.clone();
-          cv::Mat KRight = start.KRight.clone();
-          cv::Mat DRight = start.DRight.clone();
-          cv::Mat R;
-          cv::Mat T;
-          cv::Mat E;
-          cv::Mat F;
-          other = cv::stereoCalibrate(Narrowed(data.object), Narrowed(data.left), Narrowed(data.right), K, D,
-                                      KRight, DRight, FRAME, R, T, E, F,
-                                      cv::CALIB_USE_INTRINSIC_GUESS | FlagsOfModel(model), SolverCriteria());
-        });
-    cv::setNumThreads(threads);
-    state.counters["rms"] = rms;
-    state.counters["rms_of_opencv"] = other;
-  }
+/// A pair with refined lenses, beside OpenCV's from the same start. Arguments: model, views.
+void RefinedPairBesideOpenCV(benchmark::State& state) {
+  const int model = static_cast<int>(state.range(0));
+  const PairData data = MakePairData(static_cast<int>(state.range(1)));
+  const auto zeros = [] { return cv::Mat(cv::Mat::zeros(1, 14, CV_64F)); };
+  StereoIntrinsics start{{}, zeros(), {}, zeros()};
+  const SparseResult left = SolveIntrinsicsSparsely(data.object, data.left, FRAME, model);
+  const SparseResult right = SolveIntrinsicsSparsely(data.object, data.right, FRAME, model);
+  start.K = left.K;
+  start.KRight = right.K;
+  left.D.copyTo(start.D.colRange(0, left.D.cols));
+  right.D.copyTo(start.DRight.colRange(0, right.D.cols));
+  double rms = 0.0;
+  double other = 0.0;
+  const int threads = cv::getNumThreads();
+  cv::setNumThreads(1);
+  bench::Ratio().Run(
+      state, [&] { rms = RefinePairSparsely(data.object, data.left, data.right, start, FRAME, model).rms; },
+      [&] {
+        cv::Mat K = start.K.clone();
+        cv::Mat D = start.D.clone();
+        cv::Mat KRight = start.KRight.clone();
+        cv::Mat DRight = start.DRight.clone();
+        cv::Mat R;
+        cv::Mat T;
+        cv::Mat E;
+        cv::Mat F;
+        other = cv::stereoCalibrate(Narrowed(data.object), Narrowed(data.left), Narrowed(data.right), K, D,
+                                    KRight, DRight, FRAME, R, T, E, F,
+                                    cv::CALIB_USE_INTRINSIC_GUESS | FlagsOfModel(model), SolverCriteria());
+      });
+  cv::setNumThreads(threads);
+  state.counters["rms"] = rms;
+  state.counters["rms_of_opencv"] = other;
+}
 
 }  // namespace
 
