@@ -44,7 +44,7 @@ class StreamCalibration : public testing::Test {
       }
     }
     EXPECT_EQ(session.CalibrateAndReview(), SNAPSHOTS);
-    EXPECT_EQ(session.Quit(), 1);
+    EXPECT_EQ(session.Quit(), 1) << session.Application().Errors();
     JSON result;
     ASSERT_TRUE(result.load(folder_.File("result.json"))) << session.Application().Output();
     EXPECT_GT(result.readDouble("error"), 0.0);
