@@ -156,8 +156,9 @@ public final class Verdict {
   public double jackknifeInData() { return jackknifeInData; }
 
   /**
-   * By how many pixels projections are off where there is data for a reason that is no noise: a sheet that is bent or
-   * out of proportion, or a lens that the model does not hold; 0 when the snapshots show none of these.
+   * By how many pixels projections are off where there is data for a reason that is no noise: a sheet that is
+   * bent or out of proportion, or a lens that the model does not hold; 0 when the snapshots show none of
+   * these.
    */
   public double systematicInData() { return systematicInData; }
 
