@@ -45,7 +45,7 @@ struct Trial {
   /// The deviation of a coordinate there that the verdict expects from the noise.
   double deviationInData = 0.0;
   /// Root of the mean square of the distances where the views were, over what the verdict's formal deviation,
-  /// and the larger of it and the jackknife's, lets expect: 1 on average if they are true.
+  /// and the verdict all in all, let expect: 1 on average if they are true.
   double overFormal = 0.0;
   double overVerdict = 0.0;
   CalibrationVerdict::Grade grade = CalibrationVerdict::Grade::None;

@@ -1,6 +1,7 @@
 /// How a calibrator tells that the computation that ended last brought no result.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <future>
 
 #include "Calibrator.h"
@@ -32,6 +33,8 @@ bool FailsInBackground(Calibrator& calibrator, int model = CLASSIC) {
   return calibrator.HasFailed();
 }
 
+constexpr std::chrono::seconds PATIENCE{60};
+
 /// A calibrator whose sparse solver waits in its first iteration until it is let go on.
 class HeldComputation {
  public:
@@ -40,10 +43,10 @@ class HeldComputation {
     calibrator->SetProgressListener([this](int iterations, double) {
       if (iterations != 1) return;
       begun_.set_value();
-      goOn_.get_future().wait();
+      goOn_.get_future().wait_for(PATIENCE);
     });
     calibrator->ComputeCalibrationMultithread(CLASSIC);
-    begun_.get_future().wait();
+    EXPECT_EQ(begun_.get_future().wait_for(PATIENCE), std::future_status::ready);
   }
 
   void GoOnToItsEnd() {

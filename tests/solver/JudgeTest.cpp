@@ -150,6 +150,13 @@ TEST(Verdict, MeasuresASheetThatIsOutOfProportion) {
   EXPECT_TRUE(Says(verdict, "out of proportion, its length off by -1.0")) << verdict.ToJson();
 }
 
+TEST(Verdict, NamesASheetThatIsSkewed) {
+  auto sheet = MakeObjectTemplate(unit::GRID, unit::UNIT);
+  for (cv::Point3d& point : sheet) point.x += 0.01 * point.y;
+  const CalibrationVerdict verdict = Judged(SeenOf(sheet, 20, 4));
+  EXPECT_TRUE(Says(verdict, "out of proportion, skewed by ")) << verdict.ToJson();
+}
+
 TEST(Verdict, SaysNothingOfTheSheetWhenItIsFlat) {
   const CalibrationVerdict verdict = Judged(Seen(RandomPoses(20, 4), 4));
   EXPECT_EQ(verdict.systematicInData, 0.0);

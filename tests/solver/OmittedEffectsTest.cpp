@@ -128,6 +128,30 @@ TEST(OmittedEffects, AreNotSeenInNoise) {
   }
 }
 
+TEST(OmittedEffects, AreNotSeenInTheDefaultSolversResultsOfNoise) {
+  for (const int model : {Calibrator::MODEL_RATIONAL, Calibrator::MODEL_FULL}) {
+    for (const std::uint64_t seed : {1U, 2U, 3U}) {
+      const auto views = Seen(Flat(), 10, seed);
+      const std::vector<Target> targets(views.size(), Flat());
+      SparseResult result;
+      static_cast<IntrinsicsResult&>(result) = SolveIntrinsics(targets, views, unit::FRAME, model);
+      const sparse::Solved solved = sparse::SolvedFrom(sparse::TargetOf(targets, views), result, 0.0);
+      EXPECT_FALSE(sparse::OmittedBend(solved).significant) << model << " " << seed;
+      EXPECT_FALSE(sparse::OmittedProportions(solved).significant) << model << " " << seed;
+      EXPECT_FALSE(sparse::OmittedLensTerms(solved).significant) << model << " " << seed;
+    }
+  }
+}
+
+TEST(OmittedEffects, CountAsMuchAsTheyAreMoreThanNoise) {
+  sparse::OmittedEffect effect;
+  effect.values = cv::Mat::zeros(9, 1, CV_64F);
+  effect.squares = 40.0;
+  EXPECT_EQ(effect.Excess(), 0.0);
+  effect.significant = true;
+  EXPECT_EQ(effect.Excess(), 31.0);
+}
+
 TEST(OmittedEffects, TakeOffAsMuchOfNoiseAsTheirNumberOfParameters) {
   double bend = 0.0;
   double proportions = 0.0;

@@ -244,6 +244,20 @@ TEST(PairVerdict, IsNoneWithoutAResult) {
   EXPECT_EQ(unit::MakeCalibrator()->GetPairVerdict().grade, Grade::None);
 }
 
+TEST(PairVerdict, KnowsNothingOfAPairThatCannotSeeTheSheet) {
+  const auto model = Calibrator::MODEL_CLASSIC;
+  const world::Rig rig = RigFor(model);
+  const auto pairs = Seen(rig, 12, 1, 0.1);
+  const PairVerdict verdict =
+      JudgePair({unit::Targets(pairs.left.size()), pairs.left, pairs.right, model, false, 0.0},
+                unit::TrueLenses(rig), cv::Mat(rig.R), cv::Mat(cv::Vec3d(0.0, 0.0, -10.0)));
+  EXPECT_EQ(verdict.grade, Grade::Worthless);
+  EXPECT_TRUE(Says(verdict, "do not agree with this pair"));
+  EXPECT_TRUE(std::isinf(verdict.formal.rotation));
+  EXPECT_TRUE(std::isinf(verdict.jackknife.baseline));
+  EXPECT_TRUE(nlohmann::json::parse(verdict.ToJson())["formal"]["rotation"].is_null());
+}
+
 TEST(PairVerdict, ComesFromACalibratorWithEitherSolver) {
   const unit::PointPairs pairs = unit::NoisyPairs(8);
   const auto calibrator = unit::StereoCalibratorWith(pairs);

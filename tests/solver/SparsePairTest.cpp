@@ -343,6 +343,29 @@ TEST(SparsePair, LeavesTheResultsAloneWhenACalibratorIsCancelled) {
   EXPECT_TRUE(calibrator->GetR().empty());
 }
 
+TEST(SparsePair, KeepsAnEarlierResultWithItsLensesWhenACalibratorIsCancelled) {
+  const auto calibrator = unit::StereoCalibratorWith(unit::NoisyPairs(8));
+  calibrator->SetSolver(Calibrator::SOLVER_SPARSE);
+  calibrator->SetRefineLenses(true);
+  std::vector<int> numbers;
+  calibrator->SetProgressListener([&](int iterations, double) { numbers.push_back(iterations); });
+  const auto compute = [&] {
+    return calibrator->ComputeCalibrationStereo(unit::LeftResult(), unit::RightResult(),
+                                                Calibrator::MODEL_RATIONAL, false);
+  };
+  compute();
+  for (size_t i = 0; i < numbers.size(); ++i) EXPECT_EQ(numbers[i], static_cast<int>(i) + 1);
+  const cv::Mat lens = calibrator->GetKRight();
+  const std::string saved = calibrator->SaveResult(false, "");
+  const PairVerdict verdict = calibrator->GetPairVerdict();
+  calibrator->SetProgressListener([&](int, double) { calibrator->CancelComputation(); });
+  EXPECT_EQ(compute(), -1.0F);
+  EXPECT_EQ(calibrator->GetStatus(), Calibrator::STATUS_COMPLETED);
+  EXPECT_SAME_MAT(calibrator->GetKRight(), lens);
+  EXPECT_EQ(calibrator->SaveResult(false, ""), saved);
+  EXPECT_EQ(calibrator->GetPairVerdict().ToJson(), verdict.ToJson());
+}
+
 TEST(SparsePair, RaisesWhenTheCallerGivesUp) {
   const world::Rig rig = RigFor(Calibrator::MODEL_RATIONAL);
   const unit::PointPairs pairs = Seen(rig, 6, 1, 0.1);

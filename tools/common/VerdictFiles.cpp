@@ -1,4 +1,4 @@
-/// The files that tell what a camera's result is worth.
+/// The files that tell what a result is worth.
 #include "common/VerdictFiles.h"
 
 #include <fstream>

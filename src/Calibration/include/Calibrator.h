@@ -94,9 +94,10 @@ class VELMORA_API Calibrator {
   /// True from the call of a computation on a thread of its own until it has ended, well or not: from before
   /// STATUS_PROGRESS until the result can be asked for.
   bool IsComputing();
-  /// True when the computation that ended last brought no result: it failed, had too little to work with, or
-  /// was cancelled. One that was refused because another was under way does not count. Settled before
-  /// IsComputing turns false, so ask that first; Reset and EnableAssistant make it false.
+  /// True when the computation that ended last brought no result: it failed, was cancelled, or (on a thread
+  /// of its own, where no return value tells so) had too little to work with. One that was refused because
+  /// another was under way does not count. Settled before IsComputing turns false, so ask that first; Reset
+  /// and EnableAssistant make it false.
   bool HasFailed();
   /// True when the last monocular detection found the grid and was not yet made a snapshot. Waits for a
   /// detection under way. Always false in a stereo calibrator.
@@ -220,7 +221,7 @@ class VELMORA_API Calibrator {
   /// How good the result of the last computation of a pair is, whichever solver it is of. Grade None during
   /// STATUS_PROGRESS, in a monocular calibrator, before a computation, after one that failed with lenses that
   /// it had read, and after snapshots were added to those that the result is of. Takes milliseconds, changes
-  /// nothing.
+  /// nothing. Raises cv::Exception for snapshots of which no pose can be found.
   PairVerdict GetPairVerdict();
   /// Which lens model the snapshots ask for, found with the sparse solver in a tenth of a second for usual
   /// numbers of views; robustness and disc radius count when that solver is chosen. Changes neither status

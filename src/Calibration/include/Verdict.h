@@ -39,8 +39,8 @@ struct VELMORA_API CalibrationVerdict {
   /// of these.
   double systematicInData = 0.0;
   double sheetBend = 0.0;  ///< metres from the sheet's lowest dot to its highest, where that is the cause
-  double sheetStretch =
-      0.0;  ///< share by which the sheet is longer than it should be, where that is the cause
+  /// The share by which the sheet is longer than it should be, where proportions are the cause.
+  double sheetStretch = 0.0;
   double deviationInImage = 0.0;      ///< formal, over the whole image
   double coverage = 0.0;              ///< share of the image within the data's convex hull
   std::vector<cv::Point2f> dataArea;  ///< that hull

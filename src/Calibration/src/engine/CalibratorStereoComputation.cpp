@@ -1,4 +1,7 @@
 /// The calibrator's computation of a pair.
+#include <exception>
+#include <utility>
+
 #include "CalibAssistant.h"
 #include "Calibrator.h"
 #include "JSON.h"
@@ -54,12 +57,16 @@ float Calibrator::ComputeCalibrationStereo(const std::string& left, const std::s
 
   data.lock();
   if (RefusesStereo() || !HasEnoughRecords()) return -1.0F;  // another thread was faster
-  // What was read stays, whatever becomes of the computation.
-  results_.K = intrinsics.K;
-  results_.D = intrinsics.D;
-  results_.KRight = intrinsics.KRight;
-  results_.DRight = intrinsics.DRight;
-  solver_->usedPairs = 0;
+  const auto hold = [this](const StereoIntrinsics& lenses) {
+    results_.K = lenses.K;
+    results_.D = lenses.D;
+    results_.KRight = lenses.KRight;
+    results_.DRight = lenses.DRight;
+  };
+  const StereoIntrinsics earlier{results_.K, results_.D, results_.KRight, results_.DRight};
+  const size_t earlierPairs = std::exchange(solver_->usedPairs, 0);
+  // What was read stays, whatever becomes of the computation: but a failure leaves an earlier result whole.
+  hold(intrinsics);
   if (!IsRational(intrinsics.D, left) || !IsRational(intrinsics.DRight, right)) return -1.0F;
   ProgressScope progress(*this);
   if (!progress.Active()) return -1.0F;
@@ -72,18 +79,16 @@ float Calibrator::ComputeCalibrationStereo(const std::string& left, const std::s
   try {
     solved = settings.SolvePair(records.objectRecords, records.imageRecords, records.imageRecordsRight,
                                 intrinsics, {frameWidth_, frameHeight_}, model);
-  } catch (const cv::Exception&) {
+  } catch (const std::exception&) {
+    data.lock();
+    if (earlierPairs > 0) hold(earlier);
+    solver_->usedPairs = earlierPairs;
     if (!progress.Cancelled()) throw;
     return -1.0F;
   }
 
   data.lock();
-  if (settings.refineLenses) {
-    results_.K = solved.refined.K;
-    results_.D = solved.refined.D;
-    results_.KRight = solved.refined.KRight;
-    results_.DRight = solved.refined.DRight;
-  }
+  if (settings.refineLenses) hold(solved.refined);
   results_.R = solved.R;
   results_.T = solved.T;
   results_.E = solved.E;

@@ -83,21 +83,24 @@ Systematic SystematicErrorOf(const sparse::Solved& solved, CalibrationVerdict& v
   const sparse::OmittedEffect bend = sparse::OmittedBend(solved);
   const sparse::OmittedEffect proportions = sparse::OmittedProportions(solved);
   const sparse::OmittedEffect lens = sparse::OmittedLensTerms(solved);
-  const double most = std::max({bend.squares, proportions.squares, lens.squares});
-  if (bend.significant && bend.squares == most) {
+  const double most = std::max({bend.Excess(), proportions.Excess(), lens.Excess()});
+  if (bend.significant && bend.Excess() == most) {
     verdict.sheetBend = sparse::DepthOfBend(bend, solved.views.front());
     return {bend,
             {"The sheet is bent by about " + Decimal(1e3 * verdict.sheetBend, 1) + " mm",
              "Mount the sheet on a flat, stiff board."}};
   }
-  if (proportions.significant && proportions.squares == most) {
+  if (proportions.significant && proportions.Excess() == most) {
     verdict.sheetStretch = proportions.values.at<double>(0);
+    const double skew = proportions.values.at<double>(1);
     return {proportions,
-            {"The sheet is out of proportion, its length off by " + Decimal(100.0 * verdict.sheetStretch, 2) +
-                 " %",
+            {std::abs(skew) > std::abs(verdict.sheetStretch)
+                 ? "The sheet is out of proportion, skewed by " + Decimal(100.0 * skew, 2) + " %"
+                 : "The sheet is out of proportion, its length off by " +
+                       Decimal(100.0 * verdict.sheetStretch, 2) + " %",
              "Print it without any fitting to the page, and measure it both ways."}};
   }
-  if (lens.significant && lens.squares == most) {
+  if (lens.significant && lens.Excess() == most) {
     return {lens, {"The lens is not of this model", "Choose a larger lens model."}};
   }
   return {};
@@ -148,8 +151,7 @@ bool JudgeSystematicError(const sparse::Solved& solved, const cv::Size& imageSiz
   const Systematic systematic = SystematicErrorOf(solved, verdict);
   if (systematic.effect.lensShift.empty()) return false;
   verdict.systematicInData = ShiftInArea(solved, systematic.effect.lensShift, imageSize, verdict.dataArea);
-  const double noise = std::max(verdict.deviationInData, verdict.jackknifeInData);
-  const double least = std::max(LEAST_SYSTEMATIC * imageSize.width, noise);
+  const double least = std::max(LEAST_SYSTEMATIC * imageSize.width, verdict.deviationInData);
   if (!(verdict.systematicInData > least)) return false;
   Grant(verdict, Grade::WithCare,
         systematic.remark.reason + ": projections are off by about " + Decimal(verdict.systematicInData, 2) +
@@ -186,6 +188,8 @@ CalibrationVerdict JudgeIntrinsics(const std::vector<std::vector<cv::Point3d>>& 
   Measure(solved, imageSize, verdict);
   JudgeFocal(solved.staged.solution.estimate.lens, imageSize, verdict);
   JudgeProjection(imageSize, verdict);
-  if (!JudgeSystematicError(solved, imageSize, verdict)) JudgeAgreement(verdict);
+  const bool explained =
+      JudgeSystematicError(solved, imageSize, verdict) && verdict.jackknifeInData < verdict.systematicInData;
+  if (!explained) JudgeAgreement(verdict);
   return verdict;
 }

@@ -1,6 +1,7 @@
 /// What a solution did not reckon with, as its residuals show it.
 #include "solver/OmittedEffects.h"
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 
@@ -47,11 +48,7 @@ class EnlargedSystem {
     lens.free = FULL_PARAMETERS;  // derivatives by terms that were not estimated are asked for, too
     const Projection projection(lens);
     for (size_t i = 0; i < solved.views.size() && solvable_; ++i) AddView(projection, i);
-    for (int i = 0; i < free_; ++i) {
-      const auto k = static_cast<size_t>(i);
-      sums_.at<double>(i, i) += solved.staged.prior[k];
-      sums_.at<double>(i, sums_.cols - 1) += solved.staged.prior[k] * lens.values[k];
-    }
+    for (int i = 0; i < free_; ++i) sums_.at<double>(i, i) += solved.staged.prior[static_cast<size_t>(i)];
   }
 
   /// Pulls the effect's parameters toward zero.
@@ -67,8 +64,8 @@ class EnlargedSystem {
     cv::Mat values;
     if (!solvable_ || !SolveScaled(sums_(lens, lens), sums_(lens, own), spread)) return effect;
     const cv::Mat matrix = sums_(own, own) - spread.t() * sums_(lens, own);
-    const cv::Mat gradient =
-        sums_.col(sums_.cols - 1).rowRange(own) - spread.t() * sums_.col(sums_.cols - 1).rowRange(lens);
+    // The solution is where its own lens' gradient is zero, whatever prior it was found with.
+    const cv::Mat gradient = sums_.col(sums_.cols - 1).rowRange(own).clone();
     if (!SolveScaled(matrix, gradient, values)) return effect;
     effect.values = -values;
     effect.lensShift = spread * values;

@@ -14,6 +14,9 @@ struct OmittedEffect {
   double squares = 0.0;  ///< what it would take off the sum of squares, in variances of the noise
   /// Noise alone takes off as much in one of thirty thousand computations.
   bool significant = false;
+
+  /// By how much `squares` are more than noise takes off on average; nothing when that is not significant.
+  double Excess() const { return significant ? squares - values.rows : 0.0; }
 };
 
 /// The sheet bent: depths a x^2 + b x y + c y^2 about its middle. `values` are a, b, c in 1 / unit.

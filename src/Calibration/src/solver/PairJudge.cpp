@@ -34,10 +34,12 @@ Deviations Larger(const Deviations& a, const Deviations& b) {
           std::max(a.direction, b.direction)};
 }
 
+constexpr double NOTHING = std::numeric_limits<double>::infinity();
+constexpr Deviations UNKNOWN{NOTHING, NOTHING, NOTHING};
+
 /// From the covariance whose last six rows are turn and shift of the right camera.
 Deviations DeviationsOf(const cv::Mat& covariance, const cv::Vec3d& T) {
-  constexpr double NOTHING = std::numeric_limits<double>::infinity();
-  if (covariance.empty()) return {NOTHING, NOTHING, NOTHING};
+  if (covariance.empty()) return UNKNOWN;
   const cv::Mat own = covariance(cv::Rect(covariance.cols - 6, covariance.rows - 6, 6, 6));
   const double length = cv::norm(T);
   const cv::Matx33d shift = own(cv::Rect(3, 3, 3, 3));
@@ -144,7 +146,9 @@ void JudgeAgreement(PairVerdict& verdict) {
           "Leave that view out: the sheet or a camera moved, or the pictures are not of the same time.");
   }
   const Deviations& jackknife = verdict.jackknife;
-  const Deviations usual = Larger(verdict.formal, verdict.withLenses);
+  // Lenses that these views do not determine at all are no measure of what is usual.
+  const Deviations usual =
+      Beyond(verdict.withLenses, WORTHLESS) ? verdict.formal : Larger(verdict.formal, verdict.withLenses);
   if (verdict.disagreement > APART || IsDisagreement(jackknife.rotation, usual.rotation, CAREFUL.rotation) ||
       IsDisagreement(jackknife.baseline, usual.baseline, CAREFUL.baseline) ||
       IsDisagreement(jackknife.direction, usual.direction, CAREFUL.direction)) {
@@ -171,6 +175,7 @@ PairVerdict JudgePair(const PairRecords& records, const StereoIntrinsics& lenses
   verdict.views = static_cast<int>(records.objectPoints.size());
   verdict.lensesRefined = records.lensesRefined;
   if (!judged.solution.usable) {
+    verdict.formal = verdict.jackknife = verdict.withLenses = UNKNOWN;
     Grant(verdict, Grade::Worthless, "The views do not agree with this pair of cameras.",
           "Check that the result and the views belong together.");
     return verdict;

@@ -62,7 +62,8 @@ cv::Mat Variances(const cv::Mat& byLens, const cv::Mat& covariance) {
   cv::Mat variances;
   cv::reduce(byLens.mul(byLens * covariance), variances, 1, cv::REDUCE_SUM);
   cv::reduce(variances.reshape(1, byLens.rows / 2), variances, 1, cv::REDUCE_AVG);
-  return cv::max(variances, 0.0);
+  variances.setTo(0.0, variances < 0.0);
+  return variances;
 }
 
 double RootOfMean(const cv::Mat& byLens, const cv::Mat& covariance) {

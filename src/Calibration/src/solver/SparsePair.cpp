@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <utility>
 
 #include "solver/LensStages.h"
@@ -106,6 +107,9 @@ ExtrinsicsResult RefinePairSparsely(const std::vector<std::vector<cv::Point3d>>&
                                     const SparsePairOptions& options) {
   WarnOfIgnoredCoefficients(intrinsics, model);
   const sparse::PairTarget target = sparse::PairTargetOf(objectPoints, leftPoints, rightPoints);
+  // Not a copy: the one who is told counts.
+  std::function<bool(int, double)> progress;
+  if (options.progress) progress = std::cref(options.progress);
   double points = 0.0;
   for (const sparse::View& view : target.left.views) points += 2.0 * static_cast<double>(view.object.size());
   bool givenUp = false;
@@ -118,7 +122,7 @@ ExtrinsicsResult RefinePairSparsely(const std::vector<std::vector<cv::Point3d>>&
   const sparse::PairEstimate start =
       SolveWithKnownLenses(target, sparse::KnownLens(intrinsics.K, intrinsics.D, model),
                            sparse::KnownLens(intrinsics.KRight, intrinsics.DRight, model),
-                           {0.0, options.threads, options.progress})
+                           {0.0, options.threads, progress})
           .estimate;
   const int free = sparse::FreeParametersOf(model);
   sparse::RefinedPair refined = RefinePair(target, start, free, imageSize, solve);

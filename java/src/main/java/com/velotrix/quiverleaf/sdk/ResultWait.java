@@ -27,7 +27,8 @@ final class ResultWait {
       if (!computing && result.isPresent()) {
         return result.get();
       }
-      if (started && !computing && now.status() != Status.PROGRESS) {
+      if (started && !computing && now.status() != Status.PROGRESS
+          && !EngineChoices.nIsComputing(calibrator.id())) {
         throw new IllegalStateException("the result was dropped by a reset or another snapshot: " + now);
       }
       started = started || computing;
