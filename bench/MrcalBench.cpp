@@ -108,9 +108,11 @@ void SolveWithMrcal(Seed& seed, const char* model) {
   const mrcal_problem_constants_t constants{};
   const int size[] = {FRAME.width, FRAME.height};
   const int views = static_cast<int>(seed.frames.size());
-  mrcal_optimize(nullptr, 0, nullptr, 0, seed.lens.data(), nullptr, seed.frames.data(), nullptr, nullptr, 1,
-                 0, views, 0, 0, seed.boards.data(), nullptr, views, 0, seed.points.data(), &lens, size,
-                 selections, &constants, SPACING, COLUMNS, ROWS, false, false);
+  const mrcal_stats_t stats =
+      mrcal_optimize(nullptr, 0, nullptr, 0, seed.lens.data(), nullptr, seed.frames.data(), nullptr, nullptr,
+                     1, 0, views, 0, 0, seed.boards.data(), nullptr, views, 0, seed.points.data(), &lens,
+                     size, selections, &constants, SPACING, COLUMNS, ROWS, false, false);
+  if (stats.rms_reproj_error__pixels < 0.0) throw std::runtime_error("mrcal found no solution");
 }
 
 /// By OpenCV's projection.

@@ -297,6 +297,22 @@ TEST(SparsePair, RaisesForBadInput) {
   StereoIntrinsics wrong = unit::TrueLenses(rig);
   wrong.K = cv::Mat::eye(2, 3, CV_64F);
   EXPECT_THROW(refine(good, wrong), cv::Exception);
+  wrong = unit::TrueLenses(rig);
+  wrong.DRight = cv::Mat();
+  EXPECT_THROW(refine(good, wrong), cv::Exception);
+}
+
+TEST(SparsePair, StartsFromLensesOfFewCoefficientsToo) {
+  const world::Rig rig = RigFor(Calibrator::MODEL_RATIONAL);
+  const unit::PointPairs pairs = Seen(rig, 8, 1, 0.1);
+  StereoIntrinsics few = unit::TrueLenses(rig);
+  const ExtrinsicsResult expected = Refined(pairs, few, Calibrator::MODEL_RATIONAL);
+  few.D = cv::Mat::zeros(1, 4, CV_64F);
+  few.DRight = cv::Mat::zeros(1, 5, CV_64F);
+  const ExtrinsicsResult refined = Refined(pairs, few, Calibrator::MODEL_RATIONAL);
+  EXPECT_EQ(refined.refined.D.size(), cv::Size(14, 1));
+  EXPECT_NEAR(refined.rms, expected.rms, 0.001 * expected.rms);
+  EXPECT_MAT_NEAR(refined.T, expected.T, 1e-4);
 }
 
 TEST(SparsePair, ComesFromACalibratorThatIsAskedToRefine) {

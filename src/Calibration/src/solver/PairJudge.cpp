@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 
+#include "solver/Median.h"
 #include "solver/ModelParameters.h"
 #include "solver/PairCovariance.h"
 
@@ -76,12 +77,6 @@ Judged SolutionOf(const PairRecords& records, const StereoIntrinsics& lenses, co
   return judged;
 }
 
-double MedianOf(std::vector<double> values) {
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
-}
-
 void Measure(const Judged& judged, PairVerdict& verdict) {
   const cv::Vec3d& T = judged.solution.estimate.relative.t;
   const int first = verdict.lensesRefined ? 0 : LayoutOf(judged.solution.estimate).Lenses();
@@ -92,7 +87,7 @@ void Measure(const Judged& judged, PairVerdict& verdict) {
   verdict.withLenses = formal(0);
   verdict.jackknife = DeviationsOf(SharedJackknife(judged.solution, judged.options, first), T);
   const std::vector<double> apart = DisagreementsOf(judged.solution, judged.target);
-  verdict.disagreement = MedianOf(apart);
+  verdict.disagreement = sparse::MedianOf(apart);
   for (size_t i = 0; i < apart.size(); ++i) {
     if (apart[i] > MOVED && apart[i] > MOVED_BESIDE * verdict.disagreement) {
       verdict.disagreements.push_back({i, apart[i]});

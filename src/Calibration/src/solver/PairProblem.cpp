@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <opencv2/calib3d.hpp>
 
+#include "solver/Median.h"
 #include "solver/ModelParameters.h"
 
 namespace sparse {
@@ -26,15 +27,9 @@ Pose PoseBefore(const Lens& lens, const View& view) {
   const std::vector<double> D(p.begin() + 4, p.end());
   cv::Vec3d rotation;
   Pose pose;
-  cv::solvePnP(view.object, view.image, K, D, rotation, pose.t);
+  CV_Assert(cv::solvePnP(view.object, view.image, K, D, rotation, pose.t));
   pose.R = TurnOf(rotation);
   return pose;
-}
-
-double MedianOf(std::vector<double> values) {
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
 }
 
 }  // namespace
@@ -46,7 +41,7 @@ PairTarget PairTargetOf(const std::vector<std::vector<cv::Point3d>>& objectPoint
 }
 
 Lens KnownLens(const cv::Mat& K, const cv::Mat& D, int model) {
-  CV_Assert(K.rows == 3 && K.cols == 3 && K.channels() == 1 && D.channels() == 1);
+  CV_Assert(K.rows == 3 && K.cols == 3 && K.channels() == 1 && D.channels() == 1 && !D.empty());
   const cv::Mat_<double> matrix(K);
   const cv::Mat_<double> coefficients(D.reshape(1, 1));
   Lens lens;

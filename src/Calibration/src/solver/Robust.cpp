@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 
+#include "solver/Median.h"
 #include "solver/Start.h"
 
 namespace sparse {
@@ -22,13 +23,6 @@ constexpr double SCREEN_WIDTHS = 0.008;
 constexpr size_t FEWEST_VIEWS = 5;
 
 using Residuals = std::vector<std::vector<double>>;
-
-double MedianOf(std::vector<double> values) {
-  if (values.empty()) return 0.0;
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
-}
 
 Residuals ResidualsOf(const std::vector<View>& views, const Estimate& estimate) {
   const Projection projection(estimate.lens);
