@@ -81,7 +81,7 @@ float Calibrator::ComputeCalibrationStereo(const std::string& left, const std::s
                                 intrinsics, {frameWidth_, frameHeight_}, model);
   } catch (const std::exception&) {
     data.lock();
-    if (earlierPairs > 0) hold(earlier);
+    if (!results_.R.empty()) hold(earlier);
     solver_->usedPairs = earlierPairs;
     if (!progress.Cancelled()) throw;
     return -1.0F;
