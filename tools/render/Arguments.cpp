@@ -1,6 +1,8 @@
 /// The options of the renderer.
 #include "render/Arguments.h"
 
+#include <CLI/CLI.hpp>
+
 #include "Numbers.h"
 
 namespace render {
