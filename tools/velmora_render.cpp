@@ -6,6 +6,7 @@
 #include "render/Arguments.h"
 #include "render/Files.h"
 #include "render/OneCamera.h"
+#include "render/PrintedSheet.h"
 #include "render/Scenes.h"
 #include "render/TwoCameras.h"
 
@@ -22,7 +23,11 @@ void Run(const render::Arguments& a) {
     throw std::invalid_argument("--follow goes with the --video of one camera");
   }
   if (!a.video.empty()) render::CheckVideoName(a.video);
-  if (!a.sheet.empty()) render::WritePicture(a.sheet, render::SheetOf(a).Draw());
+  if (!a.sheet.empty()) render::CheckSheetName(a.sheet);
+  if (!a.sheet.empty()) {
+    render::WriteSheet(a.sheet, render::SheetOf(a));
+    std::cout << render::AdviceOn(a.sheet, render::SheetOf(a));
+  }
   if (a.views > 0 && a.rig) render::RenderPicturePairs(a);
   if (a.views > 0 && !a.rig) render::RenderPictures(a);
   if (!a.video.empty() && a.rig) render::RenderVideoPair(a);
@@ -34,6 +39,7 @@ void Run(const render::Arguments& a) {
 int main(int argc, char** argv) {
   render::Arguments arguments;
   CLI::App app("Renders pictures of the printed circles grid with known truth.", "velmora-render");
+  app.set_version_flag("--version", app.get_name() + " " VELMORA_VERSION, "Print the version and exit");
   render::Declare(app, arguments);
   try {
     app.parse(argc, argv);
@@ -41,6 +47,9 @@ int main(int argc, char** argv) {
     return 0;
   } catch (const CLI::CallForHelp&) {
     std::cout << app.help();
+    return 0;
+  } catch (const CLI::CallForVersion& version) {
+    std::cout << version.what() << '\n';
     return 0;
   } catch (const std::exception& fault) {
     std::cerr << "velmora-render: " << fault.what() << '\n';

@@ -12,6 +12,8 @@ namespace {
 void DeclareWork(CLI::App& app, Arguments& a) {
   app.add_option("-o,--output", a.output, "Folder of the pictures and truth.json, made when absent")
       ->capture_default_str();
+  app.add_flag("--overwrite", a.overwrite,
+               "Write into a folder that holds other pictures; those rendered earlier are removed");
   app.add_option("--views", a.views, "Render this many pictures")->check(CLI::Range(1, 100000));
   app.add_option("--video", a.video,
                  "Render a video (.avi); the truth goes to FILE.truth.json, without \".avi\"");
@@ -27,7 +29,7 @@ void DeclareWork(CLI::App& app, Arguments& a) {
       ->check(FaultIfNegative, "NONNEGATIVE");
   app.add_option("--follow", a.follow,
                  "In the video, take the sheet through the poses of this model of the assistant");
-  app.add_option("--sheet", a.sheet, "Write the flat sheet as a PNG of 150 dpi");
+  app.add_option("--sheet", a.sheet, "Write the flat sheet to print, as a PNG in its true size");
 }
 
 void DeclareScene(CLI::App& app, Arguments& a) {

@@ -15,6 +15,7 @@ namespace render {
 /// The command line as given.
 struct Arguments {
   std::string output = ".";
+  bool overwrite = false;
   std::string video;
   std::string sheet;
   int views = 0;

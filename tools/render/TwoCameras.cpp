@@ -1,9 +1,13 @@
 /// Renders what two cameras see at once.
 #include "render/TwoCameras.h"
 
+#include <iostream>
+
 #include "RigRenderer.h"
 #include "Truth.h"
 #include "render/Files.h"
+#include "render/OutputFolder.h"
+#include "render/Progress.h"
 #include "render/Scenes.h"
 
 namespace render {
@@ -63,10 +67,11 @@ void RenderPicturePairs(const Arguments& a) {
   const std::vector<world::Pose> poses = ViewsOf(a, rig, scene.sheet, a.views);
   const std::filesystem::path folder(a.output);
   const bool combined = !a.combine.empty();
-  MakeFolder(combined ? folder : folder / "left");
-  MakeFolder(combined ? folder : folder / "right");
+  const std::vector<std::filesystem::path> own = {folder / "left", folder / "right"};
+  std::cout << PrepareFolders(combined ? std::vector{folder} : own, a.views, a.overwrite);
   world::RigRenderer renderer(rig, scene);
   world::Truth truth = world::TruthOf(rig, scene);
+  Progress progress;
   for (int k = 0; k < a.views; ++k) {
     const world::Pose& pose = poses[static_cast<std::size_t>(k)];
     const world::PicturePair pair = renderer.Render(pose, static_cast<std::uint64_t>(k));
@@ -76,6 +81,7 @@ void RenderPicturePairs(const Arguments& a) {
     WritePicture((folder / left).string(), combined ? Combined(a, pair) : pair.left);
     if (!combined) WritePicture((folder / right).string(), pair.right);
     truth.frames.push_back(world::TruthFrameOf(rig, scene, pose, k, left, right));
+    progress.Step(k + 1, a.views);
   }
   world::SaveTruth(truth, (folder / "truth.json").string());
   if (combined) return;
@@ -93,10 +99,12 @@ void RenderVideoPair(const Arguments& a) {
   world::Truth truth = world::TruthOf(rig, scene);
   {
     PairVideo video(a);
+    Progress progress;
     for (int k = 0; k < frames; ++k) {
       const world::Pose pose = path.At(k / a.fps);
       video.Write(renderer.Render(pose, static_cast<std::uint64_t>(k)));
       truth.frames.push_back(world::TruthFrameOf(rig, scene, pose, k));
+      progress.Step(k + 1, frames);
     }
   }
   world::SaveTruth(truth, TruthName(a.video));
