@@ -6,6 +6,7 @@ import static org.junit.jupiter.api.Assertions.assertTrue;
 import com.google.gson.JsonArray;
 import com.google.gson.JsonParser;
 import com.velotrix.quiverleaf.sdk.CalibrationResult;
+import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import org.junit.jupiter.api.DisplayNameGeneration;
@@ -92,7 +93,7 @@ class LiveWindowTest {
       hand.press("snapshot");
       assertTrue(hand.sees("message", "The grid is not in view."));
       hand.press("save");
-      assertTrue(hand.sees("message", "there is no result to save"));
+      assertTrue(hand.sees("message", "Nothing to save yet: calibrate first."));
     }
   }
 
@@ -105,5 +106,31 @@ class LiveWindowTest {
     assertEquals(2, process.waitFor());
     assertTrue(
         Files.readString(errors).startsWith("ERROR: there is no option --frobnicate\nusage: velmora-live "));
+  }
+
+  /**
+   * What the launcher has Java run with as the level of OpenCV's log, when that is set as given, or not at
+   * all.
+   */
+  private String libraryLogLevel(String given) throws Exception {
+    Path stub = folder.resolve("java");
+    Files.writeString(stub, "#!/bin/sh\nprintf %s \"$OPENCV_LOG_LEVEL\"\n");
+    assertTrue(stub.toFile().setExecutable(true));
+    ProcessBuilder launcher = new ProcessBuilder(System.getProperty("velmora.test.launcher"));
+    launcher.environment().put("PATH", folder + ":" + System.getenv("PATH"));
+    launcher.environment().remove("OPENCV_LOG_LEVEL");
+    if (given != null) {
+      launcher.environment().put("OPENCV_LOG_LEVEL", given);
+    }
+    Process process = launcher.start();
+    String level = new String(process.getInputStream().readAllBytes(), StandardCharsets.UTF_8);
+    assertEquals(0, process.waitFor());
+    return level;
+  }
+
+  @Test
+  void the_launcher_keeps_warnings_of_the_video_library_to_itself_unless_they_are_wanted() throws Exception {
+    assertEquals("ERROR", libraryLogLevel(null));
+    assertEquals("WARNING", libraryLogLevel("WARNING"));
   }
 }

@@ -255,7 +255,7 @@ public final class Calibrator implements AutoCloseable {
     String base = path.endsWith(".json") ? path.substring(0, path.length() - 5) : path;
     String json = Calibration.nGetCalibrationJSON(id(), true, base);
     if (json.isEmpty()) {
-      throw new IllegalStateException("there is no result to save");
+      throw new IllegalStateException("Nothing to save yet: calibrate first.");
     }
     Path written = Path.of(base + ".json");
     if (!Files.exists(written) || !Files.readString(written).equals(json)) {
