@@ -77,6 +77,15 @@ class Snippets(unittest.TestCase):
         self.expect_fault("another reason", block(marker, "console", f"$ {say}"))
         self.expect_fault("no command", block(marker, "console", "$ V=1"))
 
+    def test_without_a_camera_or_a_stream_other_programs_miss_no_more_either(self):
+        marker = "<!-- needs a camera -->"
+        for said in ("[v4l2] Cannot open video device /dev/video60: none", "Cannot identify device '/dev/video60'.",
+                     "ERROR: cannot open GStreamer stream of host"):
+            self.assertEqual(self.faults(block(marker, "console", f'$ echo "{said}"; exit 1')), [])
+        self.assertEqual(self.faults(block(
+            marker, "console", '$ [ /dev/video1 = /dev/video""61 ] && echo cannot open webcam; exit 1')), [])
+        self.expect_fault("another reason", block(marker, "console", "$ echo ffmpeg: command not found; exit 127"))
+
     def test_scripts_exist(self):
         self.assertEqual(self.faults(block("<!-- scripts -->", "sh", "scripts/build dev # words")), [])
         self.expect_fault("no program", block("<!-- scripts -->", "sh", "scripts/built"))

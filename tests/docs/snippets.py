@@ -7,7 +7,8 @@ known to be true:
                              "// ..." or "# ..." stand for what is left out
     <!-- run -->             the commands are run (```sh), and print what the page says where they begin with "$ "
                              (```console): numbers may differ, "..." stands for any lines
-    <!-- needs a camera -->  the commands are run with cameras that do not exist, and complain of nothing else
+    <!-- needs a camera -->  the commands are run with cameras and streams that do not exist, and complain of nothing
+                             else
     <!-- scripts -->         the first word of each line is a program of the project, or is built by it
     <!-- like FILE -->       a JSON text with the keys and types of a file that an earlier command wrote
 
@@ -31,6 +32,8 @@ PATIENCE = 120  # seconds
 EXACT = {"rows", "cols", "columns", "type", "depth", "sensor", "imgWidth", "imgHeight", "width", "height", "count",
          "ii"}
 NO_CAMERA = 60  # added to the numbers of cameras
+CAMERA_MISSED = re.compile(r"cannot open (webcam|GStreamer stream)|[Cc]annot open .*camera|"
+                           r"[Cc]annot (open video|identify) device '?/dev/video")
 
 
 class Fault(Exception):
@@ -197,9 +200,9 @@ def run_without_camera(block, workshop):
         if re.match(r"[A-Z]+=", command):
             continue
         text = settings + "\n" + command
-        text = re.sub(r"(--webcam\S*) (\d+)", lambda m: f"{m[1]} {int(m[2]) + NO_CAMERA}", text)
+        text = re.sub(r"(--webcam\S* |/dev/video)(\d+)", lambda m: f"{m[1]}{int(m[2]) + NO_CAMERA}", text)
         status, out, err = workshop.run(text)
-        if status == 0 or not re.search(r"cannot open webcam|[Cc]annot open .*camera", out + err):
+        if status == 0 or not CAMERA_MISSED.search(out + err):
             raise Fault(f"{command} fails for another reason than the camera:\n{out}{err}")
         count += 1
     if count == 0:
