@@ -19,8 +19,10 @@ std::vector<std::string> CommandOf(const std::vector<std::string>& arguments) {
   return command;
 }
 
-support::Process::Options OptionsOf(const std::string& display, const std::string& folder) {
+support::Process::Options OptionsOf(const std::string& display, const std::string& folder,
+                                    const std::map<std::string, std::string>& environment = {}) {
   support::Process::Options options;
+  options.environment = environment;
   options.unset = {"WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "OPENCV_LOG_LEVEL"};
   if (display.empty()) {
     options.unset.push_back("DISPLAY");
@@ -51,8 +53,10 @@ std::string LastLine(const std::string& text) {
 
 }  // namespace
 
-Session::Session(Desktop& desktop, const std::vector<std::string>& arguments, const std::string& folder)
-    : desktop_(desktop), application_(CommandOf(arguments), OptionsOf(desktop.Display(), folder)) {
+Session::Session(Desktop& desktop, const std::vector<std::string>& arguments, const std::string& folder,
+                 const std::map<std::string, std::string>& environment)
+    : desktop_(desktop),
+      application_(CommandOf(arguments), OptionsOf(desktop.Display(), folder, environment)) {
 }
 
 bool Session::Press(const std::string& title, const std::string& key, const std::function<bool()>& effect) {

@@ -1,6 +1,7 @@
 /// A run of the application on a virtual desktop, driven as its user drives it.
 #pragma once
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -12,8 +13,9 @@ namespace system_test {
 /// takes keys from the moment on at which it is ready for them, which is not to be seen from outside.
 class Session {
  public:
-  /// Starts the application in the folder.
-  Session(Desktop& desktop, const std::vector<std::string>& arguments, const std::string& folder);
+  /// Starts the application in the folder, with variables of its own beside those of this process.
+  Session(Desktop& desktop, const std::vector<std::string>& arguments, const std::string& folder,
+          const std::map<std::string, std::string>& environment = {});
 
   support::Process& Application() { return application_; }
 

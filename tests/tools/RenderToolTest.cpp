@@ -81,7 +81,7 @@ TEST(RenderTool, RefusesAFolderWhoseOtherPicturesWouldStay) {
   EXPECT_EQ(fewer.status, 2);
   EXPECT_EQ(fewer.errors,
             "velmora-render: \"out\" holds 2 other pictures (view002.png to view003.png): give another "
-            "folder, or --overwrite, which replaces and removes rendered ones\n");
+            "folder, or --overwrite, which replaces or removes pictures named viewNNN.png\n");
   EXPECT_EQ(CountFiles(folder.File("out")), 5);
 
   std::filesystem::create_directory(folder.File("mine"));
@@ -111,6 +111,7 @@ TEST(RenderTool, RemovesEarlierPicturesAndNoOthersWhenToldToOverwrite) {
   const Outcome outcome = Render(folder, {"--views", "2", "--overwrite", "--output", "out"});
   EXPECT_EQ(outcome.status, 0) << outcome.errors;
   EXPECT_EQ(outcome.output,
+            "\"out\": 2 earlier pictures (view000.png to view001.png) replaced\n"
             "\"out\": 2 earlier pictures (view002.png to view003.png) removed\n"
             "\"out\": 2 other pictures (photo.jpg to view2.png) left, which were not rendered here\n");
   EXPECT_FALSE(std::filesystem::exists(folder.File("out/view002.png")));

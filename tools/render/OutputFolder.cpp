@@ -46,9 +46,10 @@ Names ImagesIn(const fs::path& folder) {
   return names;
 }
 
-/// What a folder holds beside the pictures that are simply written anew.
+/// What a folder holds.
 struct Contents {
-  Names earlier;  ///< rendered in an earlier run
+  Names same;     ///< of a name that will be written anew
+  Names earlier;  ///< of other names that the program gives
   Names foreign;
 };
 
@@ -56,6 +57,7 @@ Contents ContentsOf(const fs::path& folder, int pictures) {
   Contents contents;
   for (const std::string& name : ImagesIn(folder)) {
     const int number = NumberOf(name);
+    if (number >= 0 && number < pictures) contents.same.push_back(name);
     if (number >= pictures) contents.earlier.push_back(name);
     if (number < 0) contents.foreign.push_back(name);
   }
@@ -80,7 +82,7 @@ void CheckFolder(const fs::path& folder, int pictures) {
   std::sort(others.begin(), others.end());
   throw std::invalid_argument(
       "\"" + folder.string() + "\" holds " + Count(others, " other") +
-      ": give another folder, or --overwrite, which replaces and removes rendered ones");
+      ": give another folder, or --overwrite, which replaces or removes pictures named viewNNN.png");
 }
 
 std::string ClearFolder(const fs::path& folder, int pictures) {
@@ -93,6 +95,7 @@ std::string ClearFolder(const fs::path& folder, int pictures) {
   }
   std::string told;
   const std::string place = "\"" + folder.string() + "\": ";
+  if (!contents.same.empty()) told += place + Count(contents.same, " earlier") + " replaced\n";
   if (!contents.earlier.empty()) told += place + Count(contents.earlier, " earlier") + " removed\n";
   if (!contents.foreign.empty())
     told += place + Count(contents.foreign, " other") + " left, which were not rendered here\n";

@@ -9,9 +9,9 @@ namespace render {
 
 /// Makes the folders for so many pictures each. A folder that holds pictures which would stay, and so be
 /// taken for pictures of the same camera, is a std::invalid_argument, unless `overwrite`: then pictures of an
-/// earlier run are removed. Those that only have to be written over need no permission where a truth.json
-/// shows that they were rendered. Nothing is removed unless all folders can be used. What was removed or left
-/// is told in whole lines.
+/// earlier run, which their names tell, are removed. Those that only have to be written over need no
+/// permission where a truth.json shows that they were rendered. Nothing is removed unless all folders can be
+/// used. What is removed, replaced or left is told in whole lines.
 std::string PrepareFolders(const std::vector<std::filesystem::path>& folders, int pictures, bool overwrite);
 
 }  // namespace render
