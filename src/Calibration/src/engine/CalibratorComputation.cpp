@@ -45,6 +45,8 @@ float Calibrator::ComputeCalibration(const int& model) {
   results_.perViewErrors = solved.perViewErrors;
   results_.rms = static_cast<float>(solved.rms);
   solver_->rejected = std::move(solved.rejected);
+  solver_->usedRobust = solved.robust;
+  solver_->tooFewAgree = solved.tooFewAgree;
   solver_->usedDiscRadius = settings.discRadius;
   progress.Complete();
   return results_.rms;

@@ -58,6 +58,8 @@ CalibrationVerdict Calibrator::GetVerdict() {
   result.rvecs = results_.rvecs;
   result.tvecs = results_.tvecs;
   result.rejected = solver_->rejected;
+  result.robust = solver_->usedRobust;
+  result.tooFewAgree = solver_->tooFewAgree;
   const double discRadius = solver_->usedDiscRadius;
   data.unlock();
   return JudgeIntrinsics(objectPoints, imagePoints, {frameWidth_, frameHeight_}, result, discRadius);

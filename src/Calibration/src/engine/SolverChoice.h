@@ -60,8 +60,10 @@ struct Calibrator::SolverChoice {
   std::mutex listenerLock;
   ProgressListener listener;
 
-  /// What the last result left out, and its disc radius; guarded as results are.
+  /// What the last result left out, whether it was to and could, and its disc radius; guarded as results are.
   std::vector<sparse::Rejected> rejected;
+  bool usedRobust = false;
+  bool tooFewAgree = false;
   double usedDiscRadius = 0.0;
   /// Of the last pair's result, if there is one: the number of snapshots, the lens model, and whether the
   /// lenses were refined.

@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "Calibrator.h"
+#include "solver/KnownLens.h"
 #include "solver/ModelParameters.h"
 #include "solver/SelectedViews.h"
 #include "solver/Start.h"
@@ -32,23 +33,6 @@ double PointsOf(const std::vector<sparse::View>& views) {
   return points;
 }
 
-/// Views with a lens that stays as it is: what is left is their poses.
-class PoseMeasurements : public sparse::Measurements {
- public:
-  explicit PoseMeasurements(const std::vector<sparse::View>& views) : views_(views) {}
-
-  size_t Views() const override { return views_.size(); }
-  int Shared() const override { return 0; }
-  double Coordinates() const override { return 2.0 * PointsOf(views_); }
-  sparse::ViewEquations EquationsAt(size_t view, const sparse::Estimate& estimate) const override {
-    return sparse::PoseEquationsOf(views_[view], estimate.lens, estimate.poses[view]);
-  }
-  void MoveShared(sparse::Estimate& /*estimate*/, const sparse::Step& /*step*/) const override {}
-
- private:
-  const std::vector<sparse::View>& views_;
-};
-
 /// Squared distances of the views that the lens was not computed from; infinite when it cannot be.
 double SquaresOfFold(const sparse::Solved& solved, const sparse::StageOptions& stages, size_t fold,
                      size_t folds) {
@@ -65,7 +49,7 @@ double SquaresOfFold(const sparse::Solved& solved, const sparse::StageOptions& s
   const sparse::Solution lens = sparse::SolveAgain(seenViews, seen, stages).solution;
   if (!lens.usable) return std::numeric_limits<double>::infinity();
   unseen.lens = lens.estimate.lens;
-  const sparse::Solution poses = sparse::Minimise(PoseMeasurements(unseenViews), unseen, {});
+  const sparse::Solution poses = sparse::SolvePoses(unseenViews, unseen);
   return poses.usable ? poses.squares : std::numeric_limits<double>::infinity();
 }
 

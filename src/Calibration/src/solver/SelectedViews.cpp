@@ -1,8 +1,6 @@
 /// Solves from those views and points that belong to the camera.
 #include "solver/SelectedViews.h"
 
-#include <numeric>
-
 #include "solver/DiscBias.h"
 #include "solver/Start.h"
 
@@ -23,11 +21,7 @@ Selection SelectedFrom(const std::vector<View>& views, const StageOptions& stage
       return Corrected(seen, estimate, options.discRadius);
     });
   }
-  Selection all;
-  all.views = views;
-  all.kept.resize(views.size());
-  std::iota(all.kept.begin(), all.kept.end(), size_t{0});
-  return all;
+  return AllOf(views);
 }
 
 Solved SolveSelected(const Selection& selection, const StageOptions& stages, double discRadius) {

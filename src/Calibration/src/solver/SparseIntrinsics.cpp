@@ -50,6 +50,8 @@ class Computation {
     SparseResult result;
     static_cast<IntrinsicsResult&>(result) = sparse::MatricesOf(solved, target_);
     result.rejected = std::move(selection.rejected);
+    result.robust = options_.robust;
+    result.tooFewAgree = selection.tooFewAgree;
     return result;
   }
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "engine/Intrinsics.h"
-#include "solver/Robust.h"
+#include "solver/Selection.h"
 
 struct SparseOptions {
   /// Leave out views and points that do not belong to the camera that the others show.
@@ -21,6 +21,9 @@ struct SparseOptions {
 
 struct SparseResult : IntrinsicsResult {
   std::vector<sparse::Rejected> rejected;  ///< what was left out, by the numbers of views and points
+  bool robust = false;                     ///< whether what disagrees was to be left out
+  /// So few views agree with each other that none of the others could be called wrong.
+  bool tooFewAgree = false;
 };
 
 /// Like SolveIntrinsics, with the solver of this engine: same points, same shapes, same order. The classic

@@ -1,0 +1,39 @@
+/// Radial distortion of one parameter, which needs no camera to be taken off.
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <vector>
+
+#include "solver/Problem.h"
+
+namespace sparse {
+
+/// A pixel at the distance r from the image's middle is straightened to the distance r / (1 + lambda r^2), r
+/// in half diagonals of the image. That follows lenses of every kind well enough to tell the picture of a
+/// plane from any other, fisheyes with a negative lambda.
+class Division {
+ public:
+  Division(double lambda, const cv::Size& imageSize);
+
+  double Lambda() const { return lambda_; }
+
+  /// Not finite where nothing is imaged.
+  cv::Point2d Straightened(const cv::Point2d& pixel) const;
+  /// The pixel that is straightened to the point; not finite when none is.
+  cv::Point2d Bent(const cv::Point2d& point) const;
+
+ private:
+  double lambda_;
+  double unit_;
+  cv::Point2d middle_;
+};
+
+/// The root of the mean square of the points' distances, in pixels, from the homography that fits the
+/// straightened view best; infinite when there is none.
+double HomographyResidual(const View& view, const Division& division);
+
+/// The division under which most views are near homographies: the residuals' sum is least, none of which
+/// counts more than `most` pixels. Looks at 40 views at the most, those that are largest in the image.
+Division BestDivision(const std::vector<View>& views, const cv::Size& imageSize, double most);
+
+}  // namespace sparse

@@ -1,0 +1,63 @@
+/// Finds the views that are no picture of a plane target, before anything is known of the camera.
+#include "solver/Screening.h"
+
+#include <algorithm>
+#include <functional>
+
+#include "solver/Division.h"
+#include "solver/Median.h"
+#include "solver/Start.h"
+
+namespace sparse {
+
+namespace {
+
+constexpr double FACTOR = 8.0;  // beyond the median
+/// What distortion leaves beside the shared one bends the grid by less than this share of the image's width.
+constexpr double WIDTHS = 0.008;
+
+std::vector<double> ResidualsOf(const std::vector<View>& views,
+                                const std::function<double(const View&)>& residualOf) {
+  std::vector<double> residuals;
+  residuals.reserve(views.size());
+  for (const View& view : views) residuals.push_back(residualOf(view));
+  return residuals;
+}
+
+double LimitFor(const std::vector<double>& residuals, const cv::Size& imageSize) {
+  return std::max(FACTOR * MedianOf(residuals), WIDTHS * imageSize.width);
+}
+
+bool AreAllWithin(const std::vector<double>& residuals, double limit) {
+  return std::all_of(residuals.begin(), residuals.end(), [&](double residual) { return residual <= limit; });
+}
+
+}  // namespace
+
+Selection Screened(const std::vector<View>& views, const cv::Size& imageSize) {
+  std::vector<double> residuals =
+      ResidualsOf(views, [](const View& view) { return HomographyResidual(view); });
+  double limit = LimitFor(residuals, imageSize);
+  if (AreAllWithin(residuals, limit)) return AllOf(views);
+  // Views that fill the image of a wide lens are as far from a homography as wrong ones. Looking for the
+  // distortion takes longer than a computation: only where there is something to tell apart.
+  const Division division = BestDivision(views, imageSize, WIDTHS * imageSize.width);
+  residuals = ResidualsOf(views, [&](const View& view) { return HomographyResidual(view, division); });
+  limit = LimitFor(residuals, imageSize);
+  Selection selection;
+  for (size_t i = 0; i < views.size(); ++i) {
+    if (residuals[i] <= limit) {
+      selection.kept.push_back(i);
+      selection.views.push_back(views[i]);
+    } else {
+      selection.rejected.push_back({i, Rejected::WHOLE_VIEW, residuals[i],
+                                    "not the picture of a plane grid: wrong order or another pattern"});
+    }
+  }
+  if (AreEnough(selection.kept.size(), views.size())) return selection;
+  selection = AllOf(views);
+  selection.tooFewAgree = true;
+  return selection;
+}
+
+}  // namespace sparse

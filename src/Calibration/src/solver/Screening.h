@@ -1,0 +1,14 @@
+/// Finds the views that are no picture of a plane target, before anything is known of the camera.
+#pragma once
+
+#include <vector>
+
+#include "solver/Selection.h"
+
+namespace sparse {
+
+/// The views whose points are near those of a homography, once the distortion that all views share is taken
+/// off: others are in a wrong order or no grid at all. Where too few are, all views are kept.
+Selection Screened(const std::vector<View>& views, const cv::Size& imageSize);
+
+}  // namespace sparse

@@ -1,0 +1,22 @@
+/// Which views and points a camera is computed from, and what was left out.
+#include "solver/Selection.h"
+
+#include <numeric>
+
+namespace sparse {
+
+Selection AllOf(const std::vector<View>& views) {
+  Selection all;
+  all.views = views;
+  all.kept.resize(views.size());
+  std::iota(all.kept.begin(), all.kept.end(), size_t{0});
+  return all;
+}
+
+bool AreEnough(size_t left, size_t of) {
+  constexpr size_t MANY = 5;
+  constexpr size_t FEWEST = 3;
+  return left >= MANY ? 2 * left >= of : left >= FEWEST && 2 * left > of;
+}
+
+}  // namespace sparse
