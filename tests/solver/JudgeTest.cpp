@@ -147,14 +147,14 @@ TEST(Verdict, MeasuresASheetThatIsOutOfProportion) {
   const CalibrationVerdict verdict = Judged(SeenOf(sheet, 20, 4));
   EXPECT_EQ(verdict.grade, Grade::WithCare) << verdict.ToJson();
   EXPECT_NEAR(verdict.sheetStretch, -0.01, 0.001);
-  EXPECT_TRUE(Says(verdict, "out of proportion, its length off by -1.0")) << verdict.ToJson();
+  EXPECT_TRUE(Says(verdict, "The print is distorted, 1.0")) << verdict.ToJson();
 }
 
 TEST(Verdict, NamesASheetThatIsSkewed) {
   auto sheet = MakeObjectTemplate(unit::GRID, unit::UNIT);
   for (cv::Point3d& point : sheet) point.x += 0.01 * point.y;
   const CalibrationVerdict verdict = Judged(SeenOf(sheet, 20, 4));
-  EXPECT_TRUE(Says(verdict, "out of proportion, skewed by ")) << verdict.ToJson();
+  EXPECT_TRUE(Says(verdict, "The print is distorted, skewed by ")) << verdict.ToJson();
 }
 
 TEST(Verdict, SaysNothingOfTheSheetWhenItIsFlat) {
@@ -174,9 +174,9 @@ TEST(Verdict, SeesALensThatTheModelDoesNotHold) {
   }
   const CalibrationVerdict classic = Judged(views);
   EXPECT_EQ(classic.grade, Grade::WithCare) << classic.ToJson();
-  EXPECT_TRUE(Says(classic, "The lens is not of this model")) << classic.ToJson();
+  EXPECT_TRUE(Says(classic, "The lens does not fit this model")) << classic.ToJson();
   EXPECT_EQ(classic.sheetBend, 0.0);
-  EXPECT_FALSE(Says(Judged(views, Calibrator::MODEL_RATIONAL), "not of this model"));
+  EXPECT_FALSE(Says(Judged(views, Calibrator::MODEL_RATIONAL), "does not fit this model"));
 }
 
 sparse::Lens SparseLens(const cv::Mat& K, const cv::Mat& D) {

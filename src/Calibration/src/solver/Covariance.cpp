@@ -28,6 +28,11 @@ cv::Mat JackknifeCovariance(const StagedSolution& staged) {
   const Lens& lens = staged.solution.estimate.lens;
   const ReducedSystem system = SystemOf(staged.solution.equations, lens, staged.prior);
   if (!system.solvable) return {};
+  ScaledSystem all;
+  if (!all.Decompose(system.matrix, lens.free)) return {};
+  // Where all views together would go from here: nowhere, unless the discs were corrected anew.
+  Step together = system.gradient;
+  all.Solve(together);
   cv::Mat covariance = cv::Mat::zeros(lens.free, lens.free, CV_64F);
   for (const ViewEquations& equations : staged.solution.equations) {
     const ReducedView view = Reduce(equations, lens.free, 0.0);
@@ -35,8 +40,10 @@ cv::Mat JackknifeCovariance(const StagedSolution& staged) {
     for (size_t i = 0; i < without.size(); ++i) without[i] -= view.matrix[i];
     ScaledSystem scaled;
     if (!scaled.Decompose(without, lens.free)) return {};
-    Step change = view.gradient;
+    Step change{};
+    for (size_t i = 0; i < change.size(); ++i) change[i] = view.gradient[i] - system.gradient[i];
     scaled.Solve(change);
+    for (size_t i = 0; i < change.size(); ++i) change[i] += together[i];
     const cv::Mat column(lens.free, 1, CV_64F, change.data());
     covariance += column * column.t();
   }

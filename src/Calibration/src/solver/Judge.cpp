@@ -9,9 +9,10 @@
 #include <sstream>
 
 #include "solver/Covariance.h"
-#include "solver/OmittedEffects.h"
+#include "solver/LargerModel.h"
 #include "solver/ProjectionUncertainty.h"
 #include "solver/SolutionMatrices.h"
+#include "solver/SystematicErrors.h"
 #include "solver/Target.h"
 
 namespace {
@@ -28,6 +29,7 @@ constexpr double FAR_WORSE = 10.0;    // outside the data than within
 constexpr double DISAGREEMENT = 2.5;  // jackknife over formal
 constexpr double SMALL_COVERAGE = 0.4;
 constexpr int FEW_VIEWS = 10;
+constexpr int FEWEST_AGREEING = 5;  // of those that outvoted others
 
 std::vector<cv::Point2f> HullOf(const std::vector<sparse::View>& views) {
   std::vector<cv::Point2f> points;
@@ -59,51 +61,10 @@ void Measure(const sparse::Solved& solved, const cv::Size& imageSize, Calibratio
   if (!formal.empty()) verdict.deviationMap = uncertainty.Map(formal);
 }
 
-/// How far a change of the lens' parameters moves projections where there are data.
-double ShiftInArea(const sparse::Solved& solved, const cv::Mat& lensShift, const cv::Size& imageSize,
-                   const std::vector<cv::Point2f>& area) {
-  sparse::Lens lens = solved.staged.solution.estimate.lens;
-  lens.free = lensShift.rows;
-  return sparse::ProjectionUncertainty(lens, imageSize, area).InArea(lensShift * lensShift.t());
-}
-
 std::string Decimal(double value, int digits) {
   std::ostringstream text;
   text << std::fixed << std::setprecision(digits) << value;
   return text.str();
-}
-
-/// What takes most off the residuals, if any does more than noise would. Each looks a little like the others.
-struct Systematic {
-  sparse::OmittedEffect effect;
-  CalibrationVerdict::Remark remark;
-};
-
-Systematic SystematicErrorOf(const sparse::Solved& solved, CalibrationVerdict& verdict) {
-  const sparse::OmittedEffect bend = sparse::OmittedBend(solved);
-  const sparse::OmittedEffect proportions = sparse::OmittedProportions(solved);
-  const sparse::OmittedEffect lens = sparse::OmittedLensTerms(solved);
-  const double most = std::max({bend.Excess(), proportions.Excess(), lens.Excess()});
-  if (bend.significant && bend.Excess() == most) {
-    verdict.sheetBend = sparse::DepthOfBend(bend, solved.views.front());
-    return {bend,
-            {"The sheet is bent by about " + Decimal(1e3 * verdict.sheetBend, 1) + " mm",
-             "Mount the sheet on a flat, stiff board."}};
-  }
-  if (proportions.significant && proportions.Excess() == most) {
-    verdict.sheetStretch = proportions.values.at<double>(0);
-    const double skew = proportions.values.at<double>(1);
-    return {proportions,
-            {std::abs(skew) > std::abs(verdict.sheetStretch)
-                 ? "The sheet is out of proportion, skewed by " + Decimal(100.0 * skew, 2) + " %"
-                 : "The sheet is out of proportion, its length off by " +
-                       Decimal(100.0 * verdict.sheetStretch, 2) + " %",
-             "Print it without any fitting to the page, and measure it both ways."}};
-  }
-  if (lens.significant && lens.Excess() == most) {
-    return {lens, {"The lens is not of this model", "Choose a larger lens model."}};
-  }
-  return {};
 }
 
 void Grant(CalibrationVerdict& verdict, Grade grade, const std::string& reason, const std::string& advice) {
@@ -117,7 +78,8 @@ void JudgeFocal(const sparse::Lens& lens, const cv::Size& imageSize, Calibration
     Grant(verdict, Grade::Worthless, "The views do not determine the focal length.",
           "Tilt the sheet more, by 20 to 40 degrees and to all sides.");
   } else if (focal > CAREFUL_FOCAL) {
-    Grant(verdict, Grade::WithCare, "The focal length is known to more than one percent only.",
+    Grant(verdict, Grade::WithCare,
+          "The focal length is known only to within " + Decimal(100.0 * focal, 1) + " %.",
           "Tilt the sheet more, and take more views.");
   }
   const cv::Rect2d image(0.0, 0.0, imageSize.width, imageSize.height);
@@ -130,10 +92,12 @@ void JudgeFocal(const sparse::Lens& lens, const cv::Size& imageSize, Calibration
 void JudgeProjection(const cv::Size& imageSize, CalibrationVerdict& verdict) {
   const double inData = std::max(verdict.deviationInData, verdict.jackknifeInData) / imageSize.width;
   if (!(inData <= WORTHLESS_PROJECTION)) {
-    Grant(verdict, Grade::Worthless, "Projections are unsure by more than a hundredth of the image's width.",
+    Grant(verdict, Grade::Worthless,
+          "Projections are uncertain by more than a hundredth of the image's width.",
           "Take more views, tilted to all sides, near and far.");
   } else if (inData > CAREFUL_PROJECTION) {
-    Grant(verdict, Grade::WithCare, "Projections are unsure by some pixels.",
+    Grant(verdict, Grade::WithCare,
+          "Projections are uncertain by " + Decimal(inData * imageSize.width, 1) + " px.",
           verdict.views < FEW_VIEWS ? "There are few views: take ten or more."
                                     : "Tilt the sheet more, and hold it still.");
   }
@@ -144,27 +108,78 @@ void JudgeProjection(const cv::Size& imageSize, CalibrationVerdict& verdict) {
   }
 }
 
-/// True when there is something to tell. Steps from a worthless result lead nowhere.
-bool JudgeSystematicError(const sparse::Solved& solved, const cv::Size& imageSize,
-                          CalibrationVerdict& verdict) {
-  if (verdict.grade == Grade::Worthless) return false;
-  const Systematic systematic = SystematicErrorOf(solved, verdict);
-  if (systematic.effect.lensShift.empty()) return false;
-  verdict.systematicInData = ShiftInArea(solved, systematic.effect.lensShift, imageSize, verdict.dataArea);
-  const double least = std::max(LEAST_SYSTEMATIC * imageSize.width, verdict.deviationInData);
-  if (!(verdict.systematicInData > least)) return false;
-  Grant(verdict, Grade::WithCare,
-        systematic.remark.reason + ": projections are off by about " + Decimal(verdict.systematicInData, 2) +
-            " px.",
-        systematic.remark.advice);
-  return true;
+/// Whether enough views are left to believe that those left out are the wrong ones.
+void JudgeSelection(const SparseResult& result, CalibrationVerdict& verdict) {
+  const bool leftOut = std::any_of(
+      result.rejected.begin(), result.rejected.end(),
+      [](const sparse::Rejected& rejected) { return rejected.point == sparse::Rejected::WHOLE_VIEW; });
+  if (result.tooFewAgree) {
+    Grant(verdict, Grade::WithCare,
+          "Too few views agree with each other to tell which of the others are wrong.",
+          "Look at the views with the largest errors, and take more.");
+  } else if (leftOut && verdict.views < FEWEST_AGREEING) {
+    Grant(verdict, Grade::WithCare,
+          "Only " + std::to_string(verdict.views) + " views agree, and the others were left out.",
+          "Take more views, to be sure that it is the others that are wrong.");
+  }
 }
 
-void JudgeAgreement(CalibrationVerdict& verdict) {
+CalibrationVerdict::Remark RemarkOnBend(const sparse::SystematicError& error, const sparse::Solved& solved,
+                                        CalibrationVerdict& verdict) {
+  verdict.sheetBend = sparse::DepthOfBend(error.effect, solved.views.front());
+  return {"The sheet is bent by about " + Decimal(1e3 * verdict.sheetBend, 1) + " mm",
+          "Mount the sheet on a flat, stiff board."};
+}
+
+CalibrationVerdict::Remark RemarkOnProportions(const sparse::SystematicError& error,
+                                               CalibrationVerdict& verdict) {
+  const double stretch = error.effect.values.at<double>(0);
+  const double skew = error.effect.values.at<double>(1);
+  verdict.sheetStretch = stretch;
+  const char* const advice =
+      "Print it at full size, without fitting it to the page, and measure it both ways.";
+  if (std::abs(skew) > std::abs(stretch)) {
+    return {"The print is distorted, skewed by " + Decimal(100.0 * skew, 2) + " %", advice};
+  }
+  return {"The print is distorted, " + Decimal(100.0 * std::abs(stretch), 2) + " % too " +
+              (stretch < 0.0 ? "short" : "long") + " along its columns",
+          advice};
+}
+
+/// Of the first cause that is one; the reason is empty when there is none.
+CalibrationVerdict::Remark RemarkOn(const sparse::SystematicError& error, const sparse::Solved& solved,
+                                    sparse::LargerModel& larger, CalibrationVerdict& verdict) {
+  using Cause = sparse::SystematicError::Cause;
+  if (error.cause == Cause::Bend) return RemarkOnBend(error, solved, verdict);
+  if (error.cause == Cause::Proportions) return RemarkOnProportions(error, verdict);
+  if (larger.Name().empty()) return {};
+  return {"The lens does not fit this model", "Try the " + larger.Name() + " model."};
+}
+
+/// True when there is something to tell. Steps from a worthless result lead nowhere.
+bool JudgeSystematicError(const sparse::Solved& solved, const cv::Size& imageSize,
+                          sparse::LargerModel& larger, CalibrationVerdict& verdict) {
+  if (verdict.grade == Grade::Worthless) return false;
+  const double least = std::max(LEAST_SYSTEMATIC * imageSize.width, verdict.deviationInData);
+  for (const sparse::SystematicError& error :
+       sparse::SystematicErrorsOf(solved, imageSize, verdict.dataArea, least)) {
+    const CalibrationVerdict::Remark remark = RemarkOn(error, solved, larger, verdict);
+    if (remark.reason.empty()) continue;
+    verdict.systematicInData = error.shift;
+    Grant(verdict, Grade::WithCare,
+          remark.reason + ": projections are off by about " + Decimal(error.shift, 2) + " px.",
+          remark.advice);
+    return true;
+  }
+  return false;
+}
+
+void JudgeAgreement(sparse::LargerModel& larger, CalibrationVerdict& verdict) {
   if (verdict.focalJackknife > DISAGREEMENT * verdict.focalDeviation ||
       verdict.jackknifeInData > DISAGREEMENT * verdict.deviationInData) {
-    Grant(verdict, Grade::WithCare, "The views disagree by more than their noise: a model error.",
-          "Check that the sheet is flat, or choose a larger lens model.");
+    Grant(verdict, Grade::WithCare, "The views disagree more than noise explains: there is a model error.",
+          larger.Name().empty() ? "Check that the sheet is flat, and that focus and zoom stay as they are."
+                                : "Check that the sheet is flat, then try the " + larger.Name() + " model.");
   }
 }
 
@@ -188,8 +203,10 @@ CalibrationVerdict JudgeIntrinsics(const std::vector<std::vector<cv::Point3d>>& 
   Measure(solved, imageSize, verdict);
   JudgeFocal(solved.staged.solution.estimate.lens, imageSize, verdict);
   JudgeProjection(imageSize, verdict);
-  const bool explained =
-      JudgeSystematicError(solved, imageSize, verdict) && verdict.jackknifeInData < verdict.systematicInData;
-  if (!explained) JudgeAgreement(verdict);
+  JudgeSelection(result, verdict);
+  sparse::LargerModel larger(objectPoints, imagePoints, imageSize, result, discRadius);
+  const bool explained = JudgeSystematicError(solved, imageSize, larger, verdict) &&
+                         verdict.jackknifeInData < verdict.systematicInData;
+  if (!explained) JudgeAgreement(larger, verdict);
   return verdict;
 }

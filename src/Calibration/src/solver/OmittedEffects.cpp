@@ -64,8 +64,10 @@ class EnlargedSystem {
     cv::Mat values;
     if (!solvable_ || !SolveScaled(sums_(lens, lens), sums_(lens, own), spread)) return effect;
     const cv::Mat matrix = sums_(own, own) - spread.t() * sums_(lens, own);
-    // The solution is where its own lens' gradient is zero, whatever prior it was found with.
-    const cv::Mat gradient = sums_.col(sums_.cols - 1).rowRange(own).clone();
+    const cv::Mat slope = sums_.col(sums_.cols - 1);
+    // The data's own slope at the lens is not zero: a prior pulls, and the corrections of the discs may be
+    // newer than the solution. What the lens alone would gain by following it is not the effect's.
+    const cv::Mat gradient = slope.rowRange(own) - spread.t() * slope.rowRange(lens);
     if (!SolveScaled(matrix, gradient, values)) return effect;
     effect.values = -values;
     effect.lensShift = spread * values;

@@ -115,19 +115,6 @@ void CopyDeviations(const Solved& solved, const Target& target, IntrinsicsResult
   }
 }
 
-Lens LensOf(const IntrinsicsResult& result) {
-  const cv::Mat_<double> K(result.K);
-  const cv::Mat_<double> D(result.D);
-  Lens lens;
-  lens.values = {K(0, 0), K(1, 1), K(0, 2), K(1, 2)};
-  for (int i = 0; i < D.cols; ++i) lens.values[static_cast<size_t>(i + 4)] = D(i);
-  if (D.cols > 5) {
-    const bool full = cv::countNonZero(D.colRange(8, D.cols)) > 0;
-    lens.free = full ? FULL_PARAMETERS : RATIONAL_PARAMETERS;
-  }
-  return lens;
-}
-
 /// The views that the result is of, with their poses; points that were left out weigh nothing.
 void CollectKept(const Target& target, const SparseResult& result, Solved& solved) {
   Estimate& estimate = solved.staged.solution.estimate;
@@ -152,6 +139,19 @@ void CollectKept(const Target& target, const SparseResult& result, Solved& solve
 }
 
 }  // namespace
+
+Lens LensOf(const IntrinsicsResult& result) {
+  const cv::Mat_<double> K(result.K);
+  const cv::Mat_<double> D(result.D);
+  Lens lens;
+  lens.values = {K(0, 0), K(1, 1), K(0, 2), K(1, 2)};
+  for (int i = 0; i < D.cols; ++i) lens.values[static_cast<size_t>(i + 4)] = D(i);
+  if (D.cols > 5) {
+    const bool full = cv::countNonZero(D.colRange(8, D.cols)) > 0;
+    lens.free = full ? FULL_PARAMETERS : RATIONAL_PARAMETERS;
+  }
+  return lens;
+}
 
 IntrinsicsResult MatricesOf(const Solved& solved, const Target& target) {
   IntrinsicsResult result;

@@ -21,6 +21,9 @@ struct Solved {
 /// pose that fits the lens best, its error and no standard deviations.
 IntrinsicsResult MatricesOf(const Solved& solved, const Target& target);
 
+/// The lens of K and D. One of 14 coefficients is the rational one where those beyond it are zero.
+Lens LensOf(const IntrinsicsResult& result);
+
 /// The solution that either solver's result for the target's views is, with the equations at it. What the
 /// result left out is left out here too; `discRadius` is that of the computation.
 Solved SolvedFrom(const Target& target, const SparseResult& result, double discRadius);
