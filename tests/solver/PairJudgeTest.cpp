@@ -142,7 +142,7 @@ TEST(PairVerdict, IsNotGoodWhenThePicturesAreNotOfTheSameTime) {
     for (const PairVerdict& verdict :
          {JudgedHeld(pairs, EachAlone(pairs, model), model), JudgedRefined(pairs, model)}) {
       EXPECT_NE(verdict.grade, Grade::Good) << verdict.ToJson();
-      EXPECT_TRUE(Says(verdict, "views disagree by more than their noise") ||
+      EXPECT_TRUE(Says(verdict, "views disagree more than noise explains") ||
                   Says(verdict, "do not determine") ||
                   Says(verdict, "do not show the sheet at the same place"))
           << verdict.ToJson();

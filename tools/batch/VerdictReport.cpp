@@ -12,9 +12,18 @@ std::string NameOf(size_t view, const std::vector<std::string>& names) {
   return view < names.size() ? names[view] : "view " + std::to_string(view);
 }
 
-std::string NameOf(const CalibrationVerdict::LeftOut& left, const std::vector<std::string>& names) {
-  const std::string view = NameOf(left.view, names);
-  return left.point < 0 ? view : "point " + std::to_string(left.point) + " of " + view;
+/// A view that is left out, or a circle of one that is kept.
+std::string LeftOutText(const CalibrationVerdict::LeftOut& left, const std::vector<std::string>& names) {
+  std::ostringstream text;
+  text << std::fixed << std::setprecision(2);
+  if (left.point < 0) {
+    text << "  Left out: " << NameOf(left.view, names) << ", " << left.reason << " (" << left.residual
+         << " px)\n";
+  } else {
+    text << "  Ignored: circle " << left.point << " of " << NameOf(left.view, names) << ", " << left.residual
+         << " px from where the others put it\n";
+  }
+  return text.str();
 }
 
 /// The grade, and what speaks against the result.
@@ -42,11 +51,8 @@ std::string VerdictTable(const CalibrationVerdict& verdict, const std::vector<st
        << "  Projections to " << verdict.deviationInData << " px where there is data ("
        << verdict.jackknifeInData << " px by leaving out views), " << verdict.deviationInImage
        << " px over the whole image\n"
-       << std::setprecision(0) << "  Data cover " << 100.0 * verdict.coverage << " % of the image\n"
-       << std::setprecision(2);
-  for (const auto& left : verdict.leftOut) {
-    text << "  Left out: " << NameOf(left, names) << ", " << left.reason << " (" << left.residual << " px)\n";
-  }
+       << std::setprecision(0) << "  Data cover " << 100.0 * verdict.coverage << " % of the image\n";
+  for (const auto& left : verdict.leftOut) text << LeftOutText(left, names);
   return text.str();
 }
 
@@ -55,7 +61,7 @@ std::string VerdictTable(const PairVerdict& verdict, const std::vector<std::stri
   text += "  By the noise: " + DeviationsText(verdict.formal);
   text += "  By leaving out views: " + DeviationsText(verdict.jackknife);
   if (!verdict.lensesRefined) {
-    text += "  With lenses known from these views only: " + DeviationsText(verdict.withLenses);
+    text += "  Including the lenses' own uncertainty: " + DeviationsText(verdict.withLenses);
   }
   std::ostringstream apart;
   apart << std::fixed << std::setprecision(1);

@@ -117,7 +117,7 @@ void JudgeDeviations(bool fullModel, PairVerdict& verdict) {
           "Rotation and translation are right together with the refined lenses only.",
           "Use the lenses of the same result, or choose the rational model.");
   } else if (Beyond(known, CAREFUL)) {
-    Grant(verdict, Grade::WithCare, "Rotation or translation are known roughly only.", more);
+    Grant(verdict, Grade::WithCare, "Rotation or translation is known only roughly.", more);
   } else if (Beyond(BesideTilt(verdict.withLenses, fullModel), CAREFUL)) {
     Grant(verdict, Grade::WithCare,
           "The result is as good as the lenses that were given: these views would not show their errors.",
@@ -147,7 +147,7 @@ void JudgeAgreement(PairVerdict& verdict) {
   if (verdict.disagreement > APART || IsDisagreement(jackknife.rotation, usual.rotation, CAREFUL.rotation) ||
       IsDisagreement(jackknife.baseline, usual.baseline, CAREFUL.baseline) ||
       IsDisagreement(jackknife.direction, usual.direction, CAREFUL.direction)) {
-    Grant(verdict, Grade::WithCare, "The views disagree by more than their noise.",
+    Grant(verdict, Grade::WithCare, "The views disagree more than noise explains.",
           "Check that the cameras are fixed to each other and take their pictures at the same time, that the "
           "sheet is flat, and that the lenses are those of these cameras.");
   }

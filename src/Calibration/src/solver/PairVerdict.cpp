@@ -24,7 +24,7 @@ void PairVerdict::Consider(const CalibrationVerdict& camera, const std::string& 
   if (grade == Grade::None || lensesRefined || camera.grade <= Grade::Good) return;
   grade = std::max(grade, camera.grade);
   remarks.push_back({"The " + side + " camera by itself is " + camera.Words() + ".",
-                     "See what is said of it, and calibrate it again."});
+                     "See its own verdict, and calibrate it again."});
 }
 
 std::string PairVerdict::Words() const {
