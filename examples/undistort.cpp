@@ -2,7 +2,8 @@
 ///
 ///   velmora-undistort RESULT.json PICTURE STRAIGHTENED
 ///
-/// The picture has to be of the size that the camera was calibrated at.
+/// The picture has to be of the size that the camera was calibrated at. An EXIF orientation is not obeyed: the
+/// result describes the sensor, whichever way up the camera was held.
 #include <iostream>
 #include <opencv2/calib3d.hpp>
 #include <opencv2/imgcodecs.hpp>
@@ -21,7 +22,7 @@ int main(int argc, char** argv) {
     const cv::Mat D = result.readMat("distCoefs");
     const cv::Size size(result.readInt("imgWidth"), result.readInt("imgHeight"));
 
-    const cv::Mat picture = cv::imread(argv[2]);
+    const cv::Mat picture = cv::imread(argv[2], cv::IMREAD_COLOR | cv::IMREAD_IGNORE_ORIENTATION);
     if (picture.size() != size) throw std::runtime_error("the picture is missing or of another size");
     cv::Mat straightened;
     cv::undistort(picture, straightened, K, D);

@@ -11,6 +11,7 @@ int main(int argc, char** argv) {
   app::SilenceLibraries();
   const batch::Parsed parsed = batch::ParseArguments(argc, argv);
   if (!parsed.run) return parsed.exitStatus;
+  std::cerr << tools::HdistWarning(parsed.arguments.hdist);
   Calibration::SetLogLevel(1);
   try {
     if (!parsed.arguments.recordModel.empty()) return batch::RecordModel(parsed.arguments);

@@ -12,6 +12,7 @@
 
 #include "LensError.h"
 #include "Truth.h"
+#include "common/CommandLine.h"
 
 namespace {
 
@@ -25,26 +26,51 @@ struct Result {
   double rms = 0.0;
 };
 
+/// A member of a result file; raises std::runtime_error in ordinary words when there is none of that kind.
+template <typename Value>
+Value Member(const nlohmann::json& document, const char* key) {
+  const auto found = document.find(key);
+  if (found == document.end()) throw std::runtime_error(std::string("it has no ") + key);
+  try {
+    return found->template get<Value>();
+  } catch (const nlohmann::json::exception&) {
+    throw std::runtime_error(std::string("its ") + key + " is of another kind");
+  }
+}
+
 std::vector<double> MatrixData(const nlohmann::json& document, const char* key) {
-  return document.at(key).at("data").get<std::vector<double>>();
+  const auto matrix = Member<nlohmann::json>(document, key);
+  const auto data = matrix.is_object() ? matrix.find("data") : matrix.end();
+  if (data == matrix.end() || !data->is_array() ||
+      !std::all_of(data->begin(), data->end(), [](const auto& number) { return number.is_number(); })) {
+    throw std::runtime_error(std::string("its ") + key + " is not a matrix");
+  }
+  return data->get<std::vector<double>>();
+}
+
+Result ResultIn(const nlohmann::json& document) {
+  if (!document.is_object()) throw std::runtime_error("it is not a JSON object");
+  const std::vector<double> k = MatrixData(document, "cameraMatrix");
+  if (k.size() != 9) throw std::runtime_error("its cameraMatrix does not hold 9 numbers");
+  Result result;
+  result.lens = world::Lens(cv::Matx33d(k.data()), MatrixData(document, "distCoefs"));
+  result.size = {Member<int>(document, "imgWidth"), Member<int>(document, "imgHeight")};
+  result.rms = Member<double>(document, "error");
+  if (result.size.width < 1 || result.size.height < 1) {
+    throw std::runtime_error("its image size is not positive");
+  }
+  return result;
 }
 
 Result LoadResult(const std::string& path) {
   std::ifstream file(path);
-  if (!file) throw std::runtime_error("cannot read \"" + path + "\"");
+  if (!file) throw std::runtime_error("cannot read '" + path + "'");
   try {
-    const nlohmann::json document = nlohmann::json::parse(file);
-    const std::vector<double> k = MatrixData(document, "cameraMatrix");
-    if (k.size() != 9) throw std::runtime_error("\"cameraMatrix\" does not hold 9 numbers");
-    Result result;
-    result.lens = world::Lens(cv::Matx33d(k.data()), MatrixData(document, "distCoefs"));
-    result.size = {document.at("imgWidth").get<int>(), document.at("imgHeight").get<int>()};
-    result.rms = document.at("error").get<double>();
-    if (result.size.width < 1 || result.size.height < 1)
-      throw std::runtime_error("the image size is not positive");
-    return result;
+    return ResultIn(nlohmann::json::parse(file));
+  } catch (const nlohmann::json::parse_error&) {
+    throw std::runtime_error("'" + path + "' is not a result file: it is not JSON, or ends too early");
   } catch (const std::exception& fault) {
-    throw std::runtime_error("\"" + path + "\" is not a result file: " + fault.what());
+    throw std::runtime_error("'" + path + "' is not a result file: " + fault.what());
   }
 }
 
@@ -103,7 +129,7 @@ void Compare(const std::string& resultPath, const std::string& truthPath) {
   using world::Alignment;
   PrintDistance("Whole-image projection distance",
                 world::MeanProjectionDistance(lens, result.lens, result.size, {}, Alignment::Raw));
-  PrintDistance("  after the best turn of the camera",
+  PrintDistance("  after the best rotation of the camera",
                 world::MeanProjectionDistance(lens, result.lens, result.size, {}, Alignment::Rotated));
 }
 
@@ -112,18 +138,18 @@ void Compare(const std::string& resultPath, const std::string& truthPath) {
 int main(int argc, char** argv) {
   std::string result;
   std::string truth;
-  CLI::App app("Compares a calibration result with the truth of rendered pictures.", "velmora-compare");
-  app.add_option("RESULT", result, "Result file of a calibration")->required();
-  app.add_option("TRUTH", truth, "Truth file of the rendered pictures")->required();
+  CLI::App app("Compares a calibration result with the truth of rendered images.", "velmora-compare");
+  tools::PrepareCommandLine(app);
+  app.add_option("RESULT", result, "result file of a calibration")->required();
+  app.add_option("TRUTH", truth, "truth file of the rendered images")->required();
   try {
     app.parse(argc, argv);
     Compare(result, truth);
     return 0;
-  } catch (const CLI::CallForHelp&) {
-    std::cout << app.help();
-    return 0;
+  } catch (const CLI::ParseError& error) {
+    return tools::EndOfParsing(app, error, "give a result file and a truth file");
   } catch (const std::exception& fault) {
-    std::cerr << "velmora-compare: " << fault.what() << '\n';
+    std::cerr << "Error: " << fault.what() << ".\n";
     return FAILURE;
   }
 }

@@ -18,7 +18,7 @@ int main(int argc, char** argv) {
   try {
     return guided::Run(parsed.arguments);
   } catch (const std::exception& error) {
-    std::cerr << "ERROR: " << app::OneLine(error.what()) << std::endl;
+    std::cerr << "Error: " << app::OneLine(error.what()) << "." << std::endl;
     return guided::UNUSABLE;
   }
 }

@@ -3,6 +3,7 @@
 #include <iostream>
 
 #include "Calibration.h"
+#include "common/CommandLine.h"
 #include "poses/PoseList.h"
 #include "poses/PoseModel.h"
 
@@ -52,28 +53,32 @@ void Run(const Arguments& arguments) {
 int main(int argc, char** argv) {
   Arguments arguments;
   CLI::App app(DESCRIPTION, "velmora-poses");
+  tools::PrepareCommandLine(app);
   app.add_option("list", arguments.list, "the list of poses")->required();
-  app.add_option("-o,--output", arguments.output, "the model file")->capture_default_str();
+  app.add_option("-o,--output", arguments.output, "the model file")->type_name("FILE")->capture_default_str();
   app.add_option("--width", arguments.width, "width of the model's frames")
       ->capture_default_str()
-      ->check(CLI::Range(64, 32000));
+      ->check(CLI::Range(64, 32000))
+      ->type_name("PIXELS");
   app.add_option("--height", arguments.height, "height of the model's frames")
       ->capture_default_str()
-      ->check(CLI::Range(64, 32000));
+      ->check(CLI::Range(64, 32000))
+      ->type_name("PIXELS");
   app.add_option("--fov", arguments.fieldOfView,
                  "horizontal field of view that the poses are drawn for, degrees")
       ->capture_default_str()
-      ->check(CLI::Range(20.0, 120.0));
+      ->check(CLI::Range(20, 120))
+      ->type_name("DEGREES");
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : USAGE_ERROR;
+    return tools::EndOfParsing(app, error, "name a list of poses");
   }
   try {
     Run(arguments);
     return 0;
   } catch (const std::exception& fault) {
-    std::cerr << "velmora-poses: " << fault.what() << '\n';
+    std::cerr << "Error: " << fault.what() << ".\n";
     return USAGE_ERROR;
   }
 }

@@ -9,7 +9,8 @@ import javax.imageio.ImageIO;
 /**
  * Straightens a picture with a result file: Undistort RESULT.json PICTURE STRAIGHTENED.png
  *
- * <p>The picture has to be of the size that the camera was calibrated at. Neither the engine nor OpenCV is
+ * <p>The picture has to be of the size that the camera was calibrated at. An EXIF orientation is not obeyed:
+ * ImageIO leaves it alone, and the result describes the sensor. Neither the engine nor OpenCV is
  * needed: the model is the one in docs/conventions.md.
  */
 public class Undistort {

@@ -5,6 +5,7 @@
 #include <opencv2/calib3d.hpp>
 #include <opencv2/imgcodecs.hpp>
 
+#include "ExifFiles.h"
 #include "JSON.h"
 #include "Process.h"
 #include "Renderer.h"
@@ -124,6 +125,28 @@ TEST_F(Undistort, MakesTheSamePictureInJava) {
     // A lens that bends nothing would make any two programs agree.
     EXPECT_GT(cv::norm(expected, picture_, cv::NORM_INF), 100.0);
     ExpectSamePictures(Straightened(program, "java.png"), expected);
+  }
+}
+
+/// The result describes the sensor, whichever way up the camera was held.
+TEST_F(Undistort, LeavesPicturesAsTheSensorSawThemInEveryLanguage) {
+  const std::string jpeg = support::Encoded(picture_, ".jpg");
+  std::vector<std::vector<std::string>> programs = {{VELMORA_UNDISTORT}};
+  const std::string python = VELMORA_PYTHON;
+  Process probe({python.empty() ? "false" : python, "-c", "import cv2"});
+  if (probe.WaitForExit(LONG_ENOUGH) == 0) programs.push_back({python, VELMORA_UNDISTORT_PY});
+  const std::string java = VELMORA_JAVA;
+  if (!java.empty()) programs.push_back({java, "-cp", VELMORA_JAR, VELMORA_UNDISTORT_JAVA});
+  for (const auto& program : programs) {
+    support::WriteText(folder_.File("picture.png"), jpeg);
+    const cv::Mat expected = Straightened(program, "plain.png");
+    ASSERT_EQ(expected.size(), cv::Size(640, 480)) << program.back();
+    for (const int orientation : {3, 6}) {
+      support::WriteText(folder_.File("picture.png"), support::TurnedJpeg(jpeg, orientation));
+      const cv::Mat turned = Straightened(program, "turned.png");
+      ASSERT_EQ(turned.size(), expected.size()) << program.back();
+      EXPECT_EQ(cv::norm(turned, expected, cv::NORM_INF), 0.0) << program.back() << " " << orientation;
+    }
   }
 }
 

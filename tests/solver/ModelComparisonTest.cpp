@@ -100,8 +100,8 @@ TEST(ModelComparison, WantsALargerModelToBeBetterInEveryRespect) {
   const double nothing = std::numeric_limits<double>::infinity();
   const std::tuple<ModelChoice, const char*> refused[] = {
       {choose(-99.0, 0.11, true), "not worth its coefficients"},
-      {choose(-101.0, 0.13, true), "did not see worse"},
-      {choose(-101.0, nothing, true), "did not see worse"},
+      {choose(-101.0, 0.13, true), "predicts views kept out of the fit less well"},
+      {choose(-101.0, nothing, true), "predicts views kept out of the fit less well"},
       {choose(-101.0, 0.11, false), "pole"}};
   for (const auto& [choice, words] : refused) {
     EXPECT_EQ(choice.Name(), "classic");

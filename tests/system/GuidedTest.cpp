@@ -52,7 +52,7 @@ TEST_F(GuidedProgram, CalibratesFromAVideoOfTheShippedPoses) {
   EXPECT_TRUE(program.Running()) << "the bar was never seen";
   ASSERT_EQ(program.WaitForExit(PATIENCE), 0) << program.Output() << program.Errors();
   EXPECT_NE(program.Output().find("Pose 12 of 12 reached.\n"), std::string::npos) << program.Output();
-  EXPECT_NE(program.Output().find("\nResult file: camera.json\n"), std::string::npos) << program.Output();
+  EXPECT_NE(program.Output().find("\nWritten:\n  camera.json\n  camera_verdict.json\n"), std::string::npos) << program.Output();
 
   JSON result;
   ASSERT_TRUE(result.load(folder_.File("camera.json")));
@@ -74,7 +74,7 @@ TEST_F(GuidedProgram, SaysWhatItCannotUseInOneLine) {
   support::Process noFolder({VELMORA_GUIDED, "--video", missing, "--output", "/nowhere/camera"},
                             OnTheDesktop());
   EXPECT_EQ(noFolder.WaitForExit(PATIENCE), 2);
-  EXPECT_EQ(noFolder.Errors(), "ERROR: folder '/nowhere' does not exist\n");
+  EXPECT_EQ(noFolder.Errors(), "Error: folder '/nowhere' does not exist.\n");
 }
 
 }  // namespace

@@ -20,13 +20,14 @@ TEST(BatchArguments, DefaultsSuitTheShippedGrid) {
   ASSERT_TRUE(parsed.run);
   const batch::Arguments& arguments = parsed.arguments;
   EXPECT_EQ(arguments.inputs, std::vector<std::string>{"a.png"});
-  EXPECT_FLOAT_EQ(arguments.hdist, 0.19F);
+  EXPECT_FLOAT_EQ(arguments.hdist, 0.2F);
   EXPECT_EQ(arguments.model, Calibrator::MODEL_RATIONAL);
   EXPECT_EQ(arguments.grid, cv::Size(4, 11));
   EXPECT_EQ(arguments.frame, cv::Size(0, 0));
   EXPECT_EQ(arguments.maxViews, 30);
   EXPECT_EQ(arguments.finder, Calibrator::FINDER_ROBUST);
   EXPECT_EQ(arguments.output, "calibration");
+  EXPECT_FALSE(arguments.strict);
 }
 
 TEST(BatchArguments, EveryOptionReachesItsSetting) {
@@ -67,6 +68,16 @@ TEST(BatchArguments, TheSolverAndTheDiscCanBeChosen) {
   EXPECT_EQ(Parse({"a.png", "--solver", "sparse"}).arguments.solver, Calibrator::SOLVER_SPARSE);
   EXPECT_FALSE(Parse({"a.png", "--solver", "guess"}).run);
   EXPECT_FALSE(Parse({"a.png", "--disc", "-0.01"}).run);
+}
+
+TEST(BatchArguments, TheResultsNameMayHaveItsExtension) {
+  EXPECT_EQ(Parse({"a.png", "--output", "out/left.json"}).arguments.output, "out/left");
+  EXPECT_EQ(Parse({"a.png", "--output", ".json"}).exitStatus, 2);
+  EXPECT_EQ(Parse({"a.png", "--output", "out/"}).exitStatus, 2);
+}
+
+TEST(BatchArguments, AWorthlessResultGetsAStatusOfItsOwnOnDemand) {
+  EXPECT_TRUE(Parse({"a.png", "--strict"}).arguments.strict);
 }
 
 TEST(BatchArguments, PosesAreRecordedFromOneCameraOnly) {
@@ -113,6 +124,7 @@ TEST(BatchArguments, WrongUsageEndsWithStatusTwo) {
       {"a.png", "--hdist", "0"},
       {"a.png", "--hdist", "-0.1"},
       {"a.png", "--hdist", "wide"},
+      {"a.png", "--hdist", "20cm"},
       {"a.png", "--hdist", "nan"},
       {"a.png", "--hdist", "1e300"},
       {"a.png", "--hdist"},

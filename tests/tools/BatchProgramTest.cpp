@@ -59,7 +59,7 @@ TEST_F(BatchProgram, AFolderOfViewsBecomesAnAccurateResultFile) {
   Process tool(
       {VELMORA_BATCH, Views(), "--hdist", "0.2", "--model", "classic", "--output", folder_->File("camera")});
   ASSERT_EQ(Run(tool), 0) << tool.Errors();
-  EXPECT_NE(tool.Output().find("Views: 12 used of 12 pictures"), std::string::npos) << tool.Output();
+  EXPECT_NE(tool.Output().find("12 of 12 images used"), std::string::npos) << tool.Output();
   JSON result;
   ASSERT_TRUE(result.load(folder_->File("camera.json")));
   EXPECT_LT(result.readDouble("error"), 0.2);
@@ -128,8 +128,7 @@ TEST_F(BatchProgram, ViewsBeyondTheMaximumAreSetAside) {
   Process tool(
       {VELMORA_BATCH, Views(), "--max-views", "8", "--model", "classic", "--output", folder_->File("few")});
   ASSERT_EQ(Run(tool), 0) << tool.Errors();
-  EXPECT_NE(tool.Output().find(
-                "Views: 8 used of 12 pictures\n  4 not used, grid found, but other views spread better"),
+  EXPECT_NE(tool.Output().find("8 of 12 images used\n  4 found but not needed (--max-views 8):\n"),
             std::string::npos)
       << tool.Output();
 }
@@ -139,7 +138,7 @@ TEST_F(BatchProgram, TooFewViewsEndWithStatusOneAndLeaveAnEarlierResultAlone) {
   Process tool({VELMORA_BATCH, folder_->File("empty.png"), Views() + "/view_00.png", "--output",
                 folder_->File("kept")});
   EXPECT_EQ(Run(tool), 1);
-  EXPECT_NE(tool.Errors().find("Too few views: the grid was found in 1 pictures, at least 5 are needed.\n"),
+  EXPECT_NE(tool.Errors().find("Too few views: the grid was found in 1 image, at least 5 are needed.\n"),
             std::string::npos)
       << tool.Errors();
   EXPECT_EQ(support::ReadText(folder_->File("kept.json")), "earlier");
@@ -160,7 +159,7 @@ TEST_F(BatchProgram, UnusableInputAndOutputEndWithStatusTwoAndOneLine) {
   const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
       {{"nowhere"}, "Error: 'nowhere' does not exist.\n"},
       {{folder_->File("notes.txt")},
-       "Error: '" + folder_->File("notes.txt") + "' is neither a picture nor a video that can be read.\n"},
+       "Error: '" + folder_->File("notes.txt") + "' is neither an image nor a video that can be read.\n"},
       {{Views(), "--output", "/nowhere/camera"}, "Error: folder '/nowhere' does not exist.\n"},
       {{Views(), "--output", "/proc/camera"}, ""}};
   for (const auto& [words, message] : cases) {
@@ -203,9 +202,9 @@ TEST_F(BatchProgram, PicturesBecomeAModelOfTheAssistant) {
   Process tool({VELMORA_BATCH, Views(), folder_->File("empty.png"), "--record-model", "poses.json"}, options);
   ASSERT_EQ(Run(tool), 0) << tool.Errors();
   EXPECT_EQ(tool.Output(),
-            "Views: 12 used of 13 pictures\n  1 not used, no grid found: nothing like the grid in sight:\n   "
+            "12 of 13 images used\n  1 not used, no grid found: nothing like the grid in sight:\n   "
             " empty.png\n"
-            "\nPose model: poses.json, 12 poses\n");
+            "\nPose model of 12 poses\n\nWritten:\n  poses.json\n");
   CalibAssistant assistant(640, 480, 4, 11);
   ASSERT_TRUE(assistant.LoadModel(folder_->File("poses.json")));
   EXPECT_EQ(assistant.GetGoal(), 12);
@@ -221,7 +220,7 @@ TEST_F(BatchProgram, NoModelIsLeftBehindWithoutAPose) {
   options.folder = folder_->Path();
   Process tool({VELMORA_BATCH, folder_->File("empty.png"), "--record-model", "none.json"}, options);
   EXPECT_EQ(Run(tool), 1);
-  EXPECT_NE(tool.Errors().find("No pose: the grid was found in none of the pictures.\n"), std::string::npos);
+  EXPECT_NE(tool.Errors().find("No pose: the grid was found in none of the images.\n"), std::string::npos);
   EXPECT_FALSE(fs::exists(folder_->File("none.json")));
   EXPECT_FALSE(fs::exists(folder_->File("model_tmp.json")));
   Process refused({VELMORA_BATCH, Views(), "--record-model", "/nowhere/poses.json"}, options);

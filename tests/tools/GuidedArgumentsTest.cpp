@@ -19,9 +19,10 @@ TEST(GuidedArguments, DefaultsSuitTheShippedSheetAndPoses) {
   EXPECT_EQ(arguments.settings.webcam, 1);
   EXPECT_EQ(arguments.settings.width, 640);
   EXPECT_EQ(arguments.settings.height, 480);
-  EXPECT_FLOAT_EQ(arguments.settings.hdist, 0.019F);
+  EXPECT_FLOAT_EQ(arguments.settings.hdist, 0.02F);
   EXPECT_EQ(arguments.poses, "shipped.json");
   EXPECT_EQ(arguments.output, "calibration");
+  EXPECT_FALSE(arguments.strict);
 }
 
 TEST(GuidedArguments, EveryOptionReachesItsSetting) {
@@ -57,6 +58,12 @@ TEST(GuidedArguments, TheSolverIsChosenAsInTheHeadlessTool) {
   EXPECT_EQ(parsed.arguments.disc, 0.004);
   EXPECT_EQ(Parse({"--webcam", "0", "--solver", "other"}).exitStatus, 2);
   EXPECT_EQ(Parse({"--webcam", "0", "--disc", "-1"}).exitStatus, 2);
+}
+
+TEST(GuidedArguments, TheResultsNameMayHaveItsExtension) {
+  EXPECT_EQ(Parse({"--webcam", "0", "--output", "left.json", "--strict"}).arguments.output, "left");
+  EXPECT_TRUE(Parse({"--webcam", "0", "--strict"}).arguments.strict);
+  EXPECT_EQ(Parse({"--webcam", "0", "--output", ".json"}).exitStatus, 2);
 }
 
 TEST(GuidedArguments, AWishIsANumberOfPixels) {

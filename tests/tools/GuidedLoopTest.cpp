@@ -131,8 +131,10 @@ TEST_F(GuidedLoopRun, EndsWithTheResultFileAfterTheLastPose) {
   for (int pose = 1; pose <= 6; ++pose) {
     EXPECT_TRUE(Printed("Pose " + std::to_string(pose) + " of 6 reached.\n")) << out_.str();
   }
-  EXPECT_TRUE(Printed("Views: 6 used of 6 pictures")) << out_.str();
-  EXPECT_TRUE(Printed("\nResult file: " + options_.output + ".json\n")) << out_.str();
+  EXPECT_TRUE(Printed("6 of 6 images used\n")) << out_.str();
+  EXPECT_TRUE(Printed("\nWritten:\n  " + options_.output + ".json\n  " + options_.output +
+                      "_verdict.json\n  " + options_.output + "_uncertainty.png\n"))
+      << out_.str();
   EXPECT_TRUE(Printed("\nVerdict: ")) << out_.str();
   EXPECT_EQ(err_.str(), "");
   EXPECT_EQ(Verdict().at("views"), 6);
@@ -161,9 +163,9 @@ TEST_F(GuidedLoopRun, BeginsAgainOnR) {
   feed_.pictures.insert(feed_.pictures.end(), all.begin(), all.end());
   screen_.keys = {-1, 'r'};
   ASSERT_EQ(Run(), guided::CALIBRATED) << err_.str() << out_.str();
-  EXPECT_TRUE(Printed("Pose 2 of 6 reached.\nFrom the first pose again.\nPose 1 of 6 reached.\n"))
+  EXPECT_TRUE(Printed("Pose 2 of 6 reached.\nStarting again at the first pose.\nPose 1 of 6 reached.\n"))
       << out_.str();
-  EXPECT_TRUE(Printed("Views: 6 used of 6 pictures")) << out_.str();
+  EXPECT_TRUE(Printed("6 of 6 images used\n")) << out_.str();
   ExpectUncertaintyOfThePoses();
 }
 
@@ -177,20 +179,20 @@ TEST_F(GuidedLoopRun, ReportsASourceWithoutFrames) {
   feed_.pictures.clear();
   feed_.broken = true;
   EXPECT_EQ(Run(), guided::UNUSABLE);
-  EXPECT_EQ(err_.str(), "ERROR: cannot read video 'a.avi'.\n");
+  EXPECT_EQ(err_.str(), "Error: cannot read video 'a.avi'.\n");
 }
 
 TEST_F(GuidedLoopRun, ReportsAResultThatCannotBeWritten) {
   options_.output = "/nowhere/camera";
   EXPECT_EQ(Run(), guided::UNUSABLE);
-  EXPECT_EQ(err_.str(), "ERROR: cannot write '/nowhere/camera.json'.\n");
+  EXPECT_EQ(err_.str(), "Error: cannot write '/nowhere/camera.json'.\n");
 }
 
 TEST_F(GuidedLoopRun, ReportsAPictureThatCannotBeWritten) {
   const std::string picture = options_.output + "_uncertainty.png";
   std::filesystem::create_directory(picture);
   EXPECT_EQ(Run(), guided::UNUSABLE);
-  EXPECT_EQ(err_.str(), "ERROR: cannot write '" + picture + "'.\n");
+  EXPECT_EQ(err_.str(), "Error: cannot write '" + picture + "'.\n");
 }
 
 TEST_F(GuidedLoopRun, ReportsTooFewPosesForAComputation) {
@@ -263,9 +265,9 @@ TEST_F(GuidedToAWish, AsksForPosesUntilTheCameraIsKnownThatWell) {
   EXPECT_GT(poses, 6) << out_.str();
   EXPECT_LE(poses, 12) << out_.str();
   EXPECT_TRUE(Printed("until projections are known to 0.012 px, at most 20 times.")) << out_.str();
-  EXPECT_TRUE(Printed("camera not known yet, wanted 0.0120 px")) << out_.str();
+  EXPECT_TRUE(Printed("camera not known yet (goal 0.0120 px)")) << out_.str();
   EXPECT_TRUE(Printed("Pose 6 reached.\n  known to ")) << out_.str();
-  EXPECT_FALSE(Printed("wish is not met")) << out_.str();
+  EXPECT_FALSE(Printed("goal is not reached")) << out_.str();
   EXPECT_TRUE(Printed("\nVerdict: ")) << out_.str();
   EXPECT_LT(Verdict().at("deviationInImage").get<double>(), 1.3 * WISH) << Verdict();
   const auto error = world::MeanProjectionDistance(
@@ -276,7 +278,7 @@ TEST_F(GuidedToAWish, AsksForPosesUntilTheCameraIsKnownThatWell) {
 
 TEST_F(GuidedToAWish, TellsWhenTheWishIsNotMetAndCalibratesAllTheSame) {
   ASSERT_EQ(RunTo(0.0001, 7), guided::CALIBRATED) << err_.str() << out_.str();
-  EXPECT_TRUE(Printed("No more poses after 7: the wish is not met.\n")) << out_.str();
+  EXPECT_TRUE(Printed("No more poses after 7: the goal is not reached.\n")) << out_.str();
   EXPECT_EQ(calibrator_.GetNumberOfRecords(), 7);
   EXPECT_TRUE(std::filesystem::exists(options_.output + ".json"));
 }
@@ -284,7 +286,7 @@ TEST_F(GuidedToAWish, TellsWhenTheWishIsNotMetAndCalibratesAllTheSame) {
 TEST_F(GuidedToAWish, BeginsAgainOnR) {
   screen_.keys = {-1, -1, 'r'};
   ASSERT_EQ(RunTo(0.0001, 6), guided::CALIBRATED) << err_.str() << out_.str();
-  EXPECT_TRUE(Printed("From the first pose again.\nPose 1 reached.\n")) << out_.str();
+  EXPECT_TRUE(Printed("Starting again at the first pose.\nPose 1 reached.\n")) << out_.str();
   EXPECT_EQ(calibrator_.GetNumberOfRecords(), 6);
 }
 

@@ -71,7 +71,7 @@ TEST_F(PairProgram, TwoFoldersBecomeThreeResultFiles) {
   ASSERT_EQ(tool.WaitForExit(LONG_ENOUGH), 0) << tool.Errors();
   EXPECT_NE(tool.Output().find("Baseline:                0.0"), std::string::npos) << tool.Output();
   ExpectStereoResult(folder_->File("pair.json"));
-  EXPECT_NE(tool.Output().find("\n  By leaving out views: rotation to 0."), std::string::npos)
+  EXPECT_NE(tool.Output().find("\n  When views are left out: rotation to 0."), std::string::npos)
       << tool.Output();
   EXPECT_EQ(VerdictIn("pair_verdict.json")["grade"], "good") << tool.Output();
   EXPECT_EQ(VerdictIn("pair_left_verdict.json")["grade"], "good");
@@ -139,7 +139,7 @@ TEST_F(PairProgram, UnequalNumbersOfPicturesAreRefused) {
   Process tool({VELMORA_BATCH, folder_->File("left"), "--right", folder_->File("right") + "/100.png",
                 "--output", folder_->File("unequal")});
   EXPECT_EQ(tool.WaitForExit(LONG_ENOUGH), 2);
-  EXPECT_EQ(tool.Errors(), "Error: the left camera has 12 pictures, the right one 1.\n");
+  EXPECT_EQ(tool.Errors(), "Error: the left camera has 12 images, the right one 1.\n");
 }
 
 TEST_F(PairProgram, AResultFileThatIsNoneIsNamed) {

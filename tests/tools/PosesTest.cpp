@@ -95,11 +95,11 @@ TEST(PosesProgram, ReportsWhatItCannotUse) {
   const support::TemporaryFolder folder;
   support::WriteText(folder.File("huge.txt"), "0 0 1 60 60 90\n");
   const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
-      {{folder.File("none.txt")}, "velmora-poses: '" + folder.File("none.txt") + "' cannot be read\n"},
+      {{folder.File("none.txt")}, "Error: '" + folder.File("none.txt") + "' cannot be read.\n"},
       {{folder.File("huge.txt")},
-       "velmora-poses: '" + folder.File("huge.txt") + "': in pose 1 not all of the grid is in the image\n"},
+       "Error: '" + folder.File("huge.txt") + "': in pose 1 not all of the grid is in the image.\n"},
       {{VELMORA_POSES_LIST, "--output", "/nowhere/poses.json"},
-       "velmora-poses: cannot write '/nowhere/poses.json'\n"}};
+       "Error: cannot write '/nowhere/poses.json'.\n"}};
   for (const auto& [words, message] : cases) {
     std::vector<std::string> command = {VELMORA_POSES};
     command.insert(command.end(), words.begin(), words.end());

@@ -37,7 +37,7 @@ class RealPhotographs : public ::testing::Test {
     support::Process tool(command);
     EXPECT_EQ(tool.WaitForExit(std::chrono::minutes(4)), 0) << tool.Errors();
     printed_ = tool.Output();
-    EXPECT_NE(printed_.find("Views: " + views + " pictures\n"), std::string::npos) << printed_;
+    EXPECT_NE(printed_.find(views + " images used"), std::string::npos) << printed_;
     JSON result;
     EXPECT_TRUE(result.load(folder_.File("result.json")));
     return result;
@@ -58,7 +58,7 @@ std::vector<std::string> operator+(std::vector<std::string> a, const std::vector
 }
 
 TEST_F(RealPhotographs, OfficeAtItsOwnSizeClassic) {
-  JSON result = Calibrate("office-4x11", {"--model", "classic"}, "11 used of 15");
+  JSON result = Calibrate("office-4x11", {"--model", "classic"}, "11 of 15");
   EXPECT_NEAR(result.readDouble("error"), 0.143817, 2e-6);
   const cv::Mat K = result.readMat("cameraMatrix");
   EXPECT_NEAR(K.at<double>(0, 0), 1074.05, 0.01);
@@ -70,20 +70,19 @@ TEST_F(RealPhotographs, OfficeAtItsOwnSizeClassic) {
 }
 
 TEST_F(RealPhotographs, OfficeAtItsOwnSizeRational) {
-  JSON result = Calibrate("office-4x11", {"--model", "rational"}, "11 used of 15");
+  JSON result = Calibrate("office-4x11", {"--model", "rational"}, "11 of 15");
   EXPECT_NEAR(result.readDouble("error"), 0.139649, 2e-6);
   EXPECT_EQ(result.readMat("distCoefs").cols, 14);
 }
 
 TEST_F(RealPhotographs, OfficeAtProcessingSizeClassic) {
-  JSON result =
-      Calibrate("office-4x11", VGA + std::vector<std::string>{"--model", "classic"}, "5 used of 15");
+  JSON result = Calibrate("office-4x11", VGA + std::vector<std::string>{"--model", "classic"}, "5 of 15");
   EXPECT_NEAR(result.readDouble("error"), 0.132132, 2e-6);
   EXPECT_NEAR(Focal(result), 699.86, 0.01);
 }
 
 TEST_F(RealPhotographs, FlatViewsAreAllFoundAndGiveAnAbsurdFocalLength) {
-  JSON result = Calibrate("flat-4x11", {"--model", "classic"}, "10 used of 10");
+  JSON result = Calibrate("flat-4x11", {"--model", "classic"}, "10 of 10");
   EXPECT_NEAR(result.readDouble("error"), 0.475, 5e-4);
   EXPECT_NEAR(Focal(result), 3150.0, 10.0);
   EXPECT_NEAR(result.readMat("cameraMatrix").at<double>(1, 2), 1007.0, 1.0);
@@ -92,28 +91,28 @@ TEST_F(RealPhotographs, FlatViewsAreAllFoundAndGiveAnAbsurdFocalLength) {
 
 TEST_F(RealPhotographs, WithTheSparseSolverFlatViewsAreWorthlessAndTheOfficeIsUsable) {
   const std::vector<std::string> sparse = {"--solver", "sparse", "--model", "classic"};
-  Calibrate("flat-4x11", sparse, "10 used of 10");
+  Calibrate("flat-4x11", sparse, "10 of 10");
   EXPECT_NE(printed_.find("Verdict: worthless"), std::string::npos) << printed_;
-  JSON office = Calibrate("office-4x11", sparse, "11 used of 15");
+  JSON office = Calibrate("office-4x11", sparse, "11 of 15");
   EXPECT_NEAR(Focal(office), 1074.05, 2.0);
   EXPECT_NE(printed_.find("Verdict: usable with care"), std::string::npos) << printed_;
   EXPECT_NE(printed_.find("The sheet is bent by about 0."), std::string::npos) << printed_;
 }
 
 TEST_F(RealPhotographs, EndoscopeLeftRational) {
-  JSON result = Calibrate("endoscope-stereo-4x11/left", VGA, "9 used of 9");
+  JSON result = Calibrate("endoscope-stereo-4x11/left", VGA, "9 of 9");
   EXPECT_NEAR(result.readDouble("error"), 0.379975, 2e-6);
 }
 
 TEST_F(RealPhotographs, EndoscopeRightRational) {
-  JSON result = Calibrate("endoscope-stereo-4x11/right", VGA, "9 used of 9");
+  JSON result = Calibrate("endoscope-stereo-4x11/right", VGA, "9 of 9");
   EXPECT_NEAR(result.readDouble("error"), 0.386482, 2e-6);
 }
 
 TEST_F(RealPhotographs, EndoscopePairRational) {
   const std::string right = std::string(VELMORA_SHARED_DATA) + "/endoscope-stereo-4x11/right";
-  JSON result = Calibrate("endoscope-stereo-4x11/left", VGA + std::vector<std::string>{"--right", right},
-                          "9 used of 9");
+  JSON result =
+      Calibrate("endoscope-stereo-4x11/left", VGA + std::vector<std::string>{"--right", right}, "9 of 9");
   EXPECT_EQ(result.readInt("sensor"), 1);
   EXPECT_NEAR(result.readDouble("error"), 0.385785, 2e-6);
   const cv::Mat T = result.readMat("T");
@@ -130,7 +129,7 @@ class RealPhotographsRobust : public RealPhotographs {
 
 /// The one that is most oblique, of a sheet that is not quite flat, fits worse than all others.
 TEST_F(RealPhotographsRobust, OfficeGivesAllItsViews) {
-  JSON result = Calibrate("office-4x11", {"--model", "classic"}, "15 used of 15");
+  JSON result = Calibrate("office-4x11", {"--model", "classic"}, "15 of 15");
   EXPECT_LT(result.readDouble("error"), 0.175);
   EXPECT_NEAR(Focal(result), 1074.05, 10.0);
 }
@@ -153,39 +152,38 @@ class OfficeWithout {
 TEST_F(RealPhotographsRobust, TheViewsThatBothSearchesFindGiveNoWorseAResult) {
   const OfficeWithout views(
       {"dotboard_close_10.jpg", "dotboard_close_2.jpg", "dotboard_far_6.jpg", "dotboard_far_9.jpg"});
-  JSON result = CalibrateIn(views.Path(), {"--model", "classic"}, "11 used of 11");
+  JSON result = CalibrateIn(views.Path(), {"--model", "classic"}, "11 of 11");
   EXPECT_LT(result.readDouble("error"), 0.143817);
 }
 
 /// The robust solver leaves out the points of the bent sheet that no flat one explains.
 TEST_F(RealPhotographsRobust, AllViewsTogetherGiveNoWorseAResultByTheSparseSolver) {
-  JSON result = Calibrate("office-4x11", {"--solver", "sparse", "--model", "classic"}, "15 used of 15");
+  JSON result = Calibrate("office-4x11", {"--solver", "sparse", "--model", "classic"}, "15 of 15");
   EXPECT_LT(result.readDouble("error"), 0.143817);
   EXPECT_NEAR(Focal(result), 1074.05, 10.0);
 }
 
 TEST_F(RealPhotographsRobust, AllViewsButTheBentOneGiveAboutThatResultToo) {
   const OfficeWithout views({"dotboard_close_10.jpg"});
-  JSON result = CalibrateIn(views.Path(), {"--model", "classic"}, "14 used of 14");
+  JSON result = CalibrateIn(views.Path(), {"--model", "classic"}, "14 of 14");
   EXPECT_LT(result.readDouble("error"), 1.03 * 0.143817);
 }
 
 /// One of them is cut by the crop.
 TEST_F(RealPhotographsRobust, OfficeAtProcessingSizeGivesAllViewsThatAreWhole) {
-  JSON result =
-      Calibrate("office-4x11", VGA + std::vector<std::string>{"--model", "classic"}, "14 used of 15");
+  JSON result = Calibrate("office-4x11", VGA + std::vector<std::string>{"--model", "classic"}, "14 of 15");
   EXPECT_NEAR(Focal(result), 716.0, 8.0);
 }
 
 TEST_F(RealPhotographsRobust, FlatViewsAreAllFound) {
-  JSON result = Calibrate("flat-4x11", {"--model", "classic"}, "10 used of 10");
+  JSON result = Calibrate("flat-4x11", {"--model", "classic"}, "10 of 10");
   EXPECT_LT(result.readDouble("error"), 1.03 * 0.475);
 }
 
 TEST_F(RealPhotographsRobust, EndoscopePairsAreAllFound) {
   const std::string right = std::string(VELMORA_SHARED_DATA) + "/endoscope-stereo-4x11/right";
-  JSON result = Calibrate("endoscope-stereo-4x11/left", VGA + std::vector<std::string>{"--right", right},
-                          "9 used of 9");
+  JSON result =
+      Calibrate("endoscope-stereo-4x11/left", VGA + std::vector<std::string>{"--right", right}, "9 of 9");
   EXPECT_LT(result.readDouble("error"), 1.03 * 0.385785);
 }
 
@@ -209,8 +207,7 @@ TEST_F(RealPhotographs, OtherGridsAreFoundWithTheirOwnSizeOnly) {
       support::Process tool({VELMORA_BATCH, std::string(VELMORA_SHARED_DATA) + "/other-grids/" + file,
                              "--grid", asked, "--finder", finder, "--output", folder_.File("result")});
       EXPECT_EQ(tool.WaitForExit(std::chrono::minutes(1)), 1) << tool.Errors();
-      const std::string views =
-          asked == grid ? "Views: 1 used of 1 pictures\n" : "Views: 0 used of 1 pictures\n";
+      const std::string views = asked == grid ? "1 of 1 image used\n" : "0 of 1 image used\n";
       EXPECT_NE(tool.Output().find(views), std::string::npos) << file << " asked for " << asked;
     }
   }

@@ -39,11 +39,27 @@ TEST(BatchReport, RejectedPicturesAreGroupedByReason) {
   const std::string table = batch::ViewsTable(
       {"a.png"}, {{"b.png", "no grid found"}, {"c.png", "cannot be decoded"}, {"d.png", "no grid found"}});
   EXPECT_EQ(table,
-            "Views: 1 used of 4 pictures\n"
+            "1 of 4 images used\n"
             "  2 not used, no grid found:\n"
             "    b.png, d.png\n"
             "  1 not used, cannot be decoded:\n"
             "    c.png\n");
+}
+
+TEST(BatchReport, ViewsThatDisagreeAreNotCountedAsUsed) {
+  batch::Report report = SomeReport(5);
+  report.disagreeing = {1, 3};
+  report.rejected = {batch::NotNeeded("g.png", 30)};
+  const std::string table = batch::ResultTable(report);
+  EXPECT_TRUE(Holds(table,
+                    "4 of 7 images used; 2 disagree\n"
+                    "  1 found but not needed (--max-views 30):\n"
+                    "    g.png\n"
+                    "  2 found but in disagreement with the others:\n"
+                    "    b.png, d.png\n"));
+  EXPECT_TRUE(Holds(table, "Worst views:\n    0.4000 px  f.png\n"));
+  EXPECT_TRUE(Holds(batch::ViewsTable({"a.png", "b.png"}, {}, {0}), "1 of 2 images used; 1 disagrees\n"));
+  EXPECT_TRUE(Holds(batch::ViewsTable({"a.png"}, {}), "1 of 1 image used\n"));
 }
 
 TEST(BatchReport, LongListsOfNamesAreBrokenIntoLines) {
@@ -102,7 +118,7 @@ TEST(BatchReport, APairIsToldByBaselineRotationAndEpipolarDistance) {
   report.R = (cv::Mat_<double>(3, 3) << std::cos(angle), 0, std::sin(angle), 0, 1, 0, -std::sin(angle), 0,
               std::cos(angle));
   EXPECT_EQ(batch::PairTable(report),
-            "Views: 1 used of 1 pictures\n"
+            "1 of 1 pair used\n"
             "\n"
             "Pair: rational model\n"
             "RMS reprojection error:  0.250000 px\n"
@@ -110,6 +126,18 @@ TEST(BatchReport, APairIsToldByBaselineRotationAndEpipolarDistance) {
             "Baseline:                0.100000 m\n"
             "Translation:             -0.060000 0.000000 0.080000 m\n"
             "Rotation:                30.0000 degrees\n");
+}
+
+TEST(BatchReport, CamerasThatChangedPlacesAreRemarkedOn) {
+  const std::string remark = "  The right camera stands to the left of the left one: are the two swapped?\n";
+  batch::PairReport report;
+  report.R = cv::Mat::eye(3, 3, CV_64F);
+  report.T = (cv::Mat_<double>(3, 1) << 0.1, 0.02, 0.03);
+  EXPECT_TRUE(Holds(batch::PairTable(report), remark));
+  report.T = (cv::Mat_<double>(3, 1) << -0.1, 0.02, 0.03);
+  EXPECT_FALSE(Holds(batch::PairTable(report), remark));
+  report.T = (cv::Mat_<double>(3, 1) << 0.02, -0.1, 0.0);  // one above the other
+  EXPECT_FALSE(Holds(batch::PairTable(report), remark));
 }
 
 }  // namespace

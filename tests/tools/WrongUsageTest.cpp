@@ -41,9 +41,8 @@ TEST(CompareProgram, NamesTheResultThatItCannotUse) {
   WriteResult(folder.File("small.json"), cv::Mat::eye(2, 2, CV_64F));
   WriteResult(folder.File("zero.json"), cv::Mat::zeros(3, 3, CV_64F));
   for (const std::string name : {"none", "empty", "broken", "list", "small", "zero"}) {
-    EXPECT_NE(
-        Complaint(folder, {VELMORA_COMPARE, name + ".json", "truth.json"}).find("\"" + name + ".json\""),
-        std::string::npos)
+    EXPECT_NE(Complaint(folder, {VELMORA_COMPARE, name + ".json", "truth.json"}).find("'" + name + ".json'"),
+              std::string::npos)
         << name;
   }
 }
@@ -71,9 +70,9 @@ TEST(RenderProgram, NamesTheOptionOrTheFileThatItCannotUse) {
       {{"--views", "1", "--dist", "a,b"}, "--dist"},
       {{"--views", "1", "--dist", "1,2,3"}, "distortion coefficients"},
       {{"--views", "1", "--seed", "x"}, "--seed"},
-      {{"--views", "1", "--fx", "0"}, "--fx: '0' is no positive number\n"},
-      {{"--views", "1", "--cx", "nan"}, "--cx: 'nan' is no number"},
-      {{"--video", "v.avi", "--fps", "-3"}, "--fps: '-3' is no positive number\n"},
+      {{"--views", "1", "--fx", "0"}, "--fx: '0' is not a positive number\n"},
+      {{"--views", "1", "--cx", "nan"}, "--cx: 'nan' is not a usable number"},
+      {{"--video", "v.avi", "--fps", "-3"}, "--fps: '-3' is not a positive number\n"},
       {{"--video", "v.avi", "--away", "-1"}, "--away: '-1' is neither zero nor a positive number\n"},
       {{"--video", "v.avi", "--seconds", "1e9"}, "frames"},
       {{"--video", "v.avi", "--follow", "none.json"}, "none.json"},
@@ -90,16 +89,37 @@ TEST(RenderProgram, NamesTheOptionOrTheFileThatItCannotUse) {
 }
 
 TEST(BatchUsage, SaysInFewWordsWhichNumberItCannotUse) {
-  for (const std::string number : {"0", "-1", "nan", "1e99", "wide"}) {
+  for (const std::string number : {"0", "-1"}) {
     Process tool({VELMORA_BATCH, "x.png", "--hdist", number});
     EXPECT_EQ(tool.WaitForExit(LONG_ENOUGH), 2);
     EXPECT_EQ(tool.Errors(),
-              "--hdist: '" + number + "' is no positive number\nRun with --help for more information.\n");
+              "Error: --hdist: '" + number + "' is not a positive number. See velmora-batch --help.\n");
+  }
+  for (const std::string number : {"nan", "1e99", "wide"}) {
+    Process tool({VELMORA_BATCH, "x.png", "--hdist", number});
+    EXPECT_EQ(tool.WaitForExit(LONG_ENOUGH), 2);
+    EXPECT_EQ(tool.Errors(), "Error: --hdist: '" + number +
+                                 "' is not a number of metres, such as 0.2. See velmora-batch --help.\n");
   }
   Process tool({VELMORA_BATCH, "x.png", "--disc", "-1"});
   EXPECT_EQ(tool.WaitForExit(LONG_ENOUGH), 2);
   EXPECT_EQ(tool.Errors(),
-            "--disc: '-1' is neither zero nor a positive number\nRun with --help for more information.\n");
+            "Error: --disc: '-1' is neither zero nor a positive number. See velmora-batch --help.\n");
+}
+
+TEST(CompareProgram, SaysInOrdinaryWordsWhatIsWrongWithAResult) {
+  const support::TemporaryFolder folder;
+  support::WriteText(folder.File("none.json"), "{}");
+  support::WriteText(folder.File("text.json"), R"({"cameraMatrix": {"data": ["a"]}})");
+  support::WriteText(folder.File("cut.json"), "{\"cameraMatrix\":");
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      {"none", "it has no cameraMatrix"},
+      {"text", "its cameraMatrix is not a matrix"},
+      {"cut", "it is not JSON, or ends too early"}};
+  for (const auto& [name, fault] : cases) {
+    EXPECT_EQ(Complaint(folder, {VELMORA_COMPARE, name + ".json", "truth.json"}),
+              "Error: '" + name + ".json' is not a result file: " + fault + ".\n");
+  }
 }
 
 }  // namespace

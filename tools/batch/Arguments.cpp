@@ -7,12 +7,13 @@
 
 #include "Calibrator.h"
 #include "Numbers.h"
+#include "common/CommandLine.h"
+#include "common/OutputFiles.h"
 
 namespace batch {
 
 namespace {
 
-constexpr int WRONG_USAGE = 2;
 constexpr int MAX_GRID_SIDE = 100;
 
 const char* const DESCRIPTION =
@@ -22,7 +23,7 @@ const char* const DESCRIPTION =
 
 const char* const EXIT_STATUSES =
     "Exit status: 0 calibrated (or recorded), 1 too few views held the grid, 2 wrong usage or unreadable "
-    "input.";
+    "input, 3 with --strict: calibrated, but the result is worthless.";
 
 const std::map<std::string, int> MODELS = {{"classic", Calibrator::MODEL_CLASSIC},
                                            {"rational", Calibrator::MODEL_RATIONAL},
@@ -47,18 +48,25 @@ cv::Size ParseGrid(const std::string& text) {
 void AddCameraOptions(CLI::App& app, std::string& grid, Arguments& arguments) {
   app.add_option("inputs", arguments.inputs, "images, folders, patterns, videos, URLs")->required();
   app.add_option("--hdist", arguments.hdist,
-                 "distance in metres across the row intervals of the grid (ten of them in 4x11)")
-      ->check(FaultUnlessPositive, "POSITIVE")
-      ->capture_default_str();
+                 "distance in metres across the row intervals of the grid (ten of them in 4x11; default: "
+                 "0.2, that of "
+                 "the supplied sheet)")
+      ->check(FaultUnlessMetres, "positive")
+      ->type_name("METRES");
   app.add_option("--model", arguments.modelName,
                  "lens model: classic, rational, full, or auto: as large as the views ask for")
       ->check(CLI::IsMember(MODELS))
+      ->type_name("NAME")
       ->capture_default_str();
   app.add_option("--width", arguments.frame.width, "processing width (default: that of the input)")
-      ->check(CLI::Range(16, 32000));
+      ->check(CLI::Range(16, 32000))
+      ->type_name("PIXELS");
   app.add_option("--height", arguments.frame.height, "processing height (default: that of the input)")
-      ->check(CLI::Range(16, 32000));
-  app.add_option("--grid", grid, "circles per row and rows: COLSxROWS")->capture_default_str();
+      ->check(CLI::Range(16, 32000))
+      ->type_name("PIXELS");
+  app.add_option("--grid", grid, "circles per row and rows, each 2 to 100")
+      ->type_name("COLSxROWS")
+      ->capture_default_str();
 }
 
 /// Which views are used, and where the outcome goes.
@@ -66,36 +74,45 @@ void AddViewOptions(CLI::App& app, Arguments& arguments) {
   app.add_option("--max-views", arguments.maxViews, "use at most so many views, chosen to be spread")
       ->check(CLI::Range(5, 10000))
       ->capture_default_str();
-  app.add_option("--output", arguments.output,
-                 "result file, without its extension .json; those of a pair's cameras get _left and _right")
+  app.add_option(
+         "--output", arguments.output,
+         "name of the result file, to which .json is added; those of a pair's cameras get _left and _right")
+      ->type_name("NAME")
       ->capture_default_str();
   app.add_option("--every", arguments.sampling.every,
                  "take every N-th frame of a video (default: about 150 of a file)")
-      ->check(FaultUnlessPositive, "POSITIVE");
+      ->check(FaultUnlessPositive, "positive");
   app.add_option("--max-frames", arguments.sampling.maxFrames,
                  "frames taken at most of a stream, 0 for no limit")
-      ->check(FaultIfNegative, "NONNEGATIVE")
+      ->check(FaultIfNegative, "not negative")
       ->capture_default_str();
-  app.add_option(
-      "--record-model", arguments.recordModel,
-      "instead of calibrating, write a pose model of the assistant: one pose for each picture that "
-      "shows the grid, in their order");
+  app.add_flag("--strict", arguments.strict,
+               "end with exit status 3 when the verdict on the result is worthless; the files are written "
+               "all the same");
+  app.add_option("--record-model", arguments.recordModel,
+                 "instead of calibrating, write a pose model of the assistant: one pose for each image that "
+                 "shows the grid, in their order")
+      ->type_name("FILE");
 }
 
 void AddPairOptions(CLI::App& app, Arguments& arguments) {
-  static const std::map<std::string, Split> splits = {{"horizontal", Split::Horizontal},
-                                                      {"vertical", Split::Vertical}};
+  const std::vector<std::pair<std::string, int>> splits = {
+      {"horizontal", static_cast<int>(Split::Horizontal)}, {"vertical", static_cast<int>(Split::Vertical)}};
   auto* right = app.add_option("--right", arguments.rightInputs,
-                               "the right camera of a pair: as many pictures, in the same order, or a video");
+                               "the right camera of a pair: as many images, in the same order, or a video")
+                    ->type_name("INPUT");
   auto* split =
       app.add_option("--split", arguments.split,
-                     "each picture holds a pair: horizontal (upper is left) or vertical (left is left)")
-          ->transform(CLI::CheckedTransformer(splits).description("{horizontal,vertical}"));
+                     "each image holds a pair: horizontal (upper is left) or vertical (left is left)")
+          ->transform(tools::OneOf(splits))
+          ->type_name("WAY");
   split->excludes(right);
   auto* calibLeft =
       app.add_option("--calib_left", arguments.calibLeft,
-                     "result file of the left camera (default: calibrated first, from the same pictures)");
-  auto* calibRight = app.add_option("--calib_right", arguments.calibRight, "result file of the right camera");
+                     "result file of the left camera (default: calibrated first, from the same images)")
+          ->type_name("FILE");
+  auto* calibRight = app.add_option("--calib_right", arguments.calibRight, "result file of the right camera")
+                         ->type_name("FILE");
   app.add_flag("--refine-lenses", arguments.refineLenses,
                "refine both lenses of a pair together with it, from the common views; the pair's result file "
                "then holds them");
@@ -105,7 +122,9 @@ void AddPairOptions(CLI::App& app, Arguments& arguments) {
 
 /// What the options cannot say of each other by themselves.
 void CheckTogether(const Arguments& arguments) {
-  if (arguments.output.empty()) throw CLI::ValidationError("--output", "a name is needed");
+  if (arguments.output.empty() || arguments.output.back() == '/') {
+    throw CLI::ValidationError("--output", "a name is needed");
+  }
   if (!arguments.recordModel.empty() && arguments.IsPair()) {
     throw CLI::ValidationError("--record-model", "poses are recorded from one camera");
   }
@@ -133,6 +152,7 @@ Parsed ParseArguments(int argc, char** argv) {
   Arguments& arguments = parsed.arguments;
   std::string grid = "4x11";
   CLI::App app(DESCRIPTION, "velmora-batch");
+  tools::PrepareCommandLine(app);
   app.footer(EXIT_STATUSES);
   AddCameraOptions(app, grid, arguments);
   AddViewOptions(app, arguments);
@@ -142,10 +162,11 @@ Parsed ParseArguments(int argc, char** argv) {
     app.parse(argc, argv);
     arguments.grid = ParseGrid(grid);
     arguments.model = MODELS.at(arguments.modelName);
+    arguments.output = tools::WithoutExtension(arguments.output);
     CheckTogether(arguments);
     parsed.run = true;
   } catch (const CLI::ParseError& error) {
-    parsed.exitStatus = app.exit(error) == 0 ? 0 : WRONG_USAGE;
+    parsed.exitStatus = tools::EndOfParsing(app, error, "nothing to do: name images, a folder or a video");
   }
   return parsed;
 }

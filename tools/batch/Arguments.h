@@ -8,6 +8,7 @@
 #include "Calibrator.h"
 #include "batch/Pictures.h"
 #include "common/EngineOptions.h"
+#include "common/Hdist.h"
 
 namespace batch {
 
@@ -22,15 +23,16 @@ struct Arguments : tools::EngineOptions {
   Split split = Split::None;
   std::string calibLeft;  ///< result files of the cameras of a pair; empty: they are calibrated first
   std::string calibRight;
-  bool refineLenses = false;  ///< of a pair, together with it
-  float hdist = 0.19F;        ///< metres across all row intervals of the grid
-  int model = 0;              ///< of Calibrator, or MODEL_AUTO
+  bool refineLenses = false;            ///< of a pair, together with it
+  float hdist = tools::SUPPLIED_HDIST;  ///< metres across all row intervals of the grid
+  int model = 0;                        ///< of Calibrator, or MODEL_AUTO
   std::string modelName = "rational";
   cv::Size grid{4, 11};
   cv::Size frame;  ///< processing size; zero members: the size of the input
   int maxViews = 30;
-  std::string output = "calibration";
-  std::string recordModel;  ///< model file of the assistant to record, instead of a calibration
+  std::string output = "calibration";  ///< without .json
+  bool strict = false;                 ///< a worthless result gets a status of its own
+  std::string recordModel;             ///< model file of the assistant to record, instead of a calibration
   SamplingOptions sampling;
 
   bool IsPair() const { return split != Split::None || !rightInputs.empty(); }

@@ -6,12 +6,11 @@
 #include "batch/CameraViews.h"
 #include "batch/Progress.h"
 #include "batch/VerdictReport.h"
-#include "common/VerdictFiles.h"
 
 namespace batch {
 
 void LookAtPictures(const Arguments& arguments, const std::function<std::string(Picture&)>& take) {
-  PictureStream pictures(ExpandInputs(arguments.inputs), arguments.sampling);
+  PictureStream pictures(ExpandInputsAloud(arguments.inputs), arguments.sampling);
   Progress progress;
   Picture picture;
   for (int done = 1; pictures.Next(picture); ++done) {
@@ -20,16 +19,23 @@ void LookAtPictures(const Arguments& arguments, const std::function<std::string(
                   picture.name + ": " + (fault.empty() ? "grid found" : fault));
   }
   progress.Finish();
+  std::cerr << OrientationsText(pictures.OrientationsIgnored());
 }
 
-ExitStatus ReportTooFewViews(const std::string& where, size_t found) {
-  std::cerr << "Too few views: the grid was found in " << found << " " << where << ", at least "
-            << ENOUGH_VIEWS << " are needed.\n";
+ExitStatus ReportTooFewViews(const std::string& what, size_t found, const std::string& hint) {
+  std::cerr << "Too few views: the grid was found in " << found << " " << what << (found == 1 ? "" : "s")
+            << ", at least " << ENOUGH_VIEWS << " are needed.\n"
+            << hint;
   return TOO_FEW_VIEWS;
 }
 
+ExitStatus EndWithFiles(const tools::OutputFiles& files, bool worthless, const Arguments& arguments) {
+  std::cout << "\n" << files.Text();
+  return worthless && arguments.strict ? WORTHLESS : CALIBRATED;
+}
+
 ExitStatus ReportUnwritten(const std::string& file) {
-  std::cerr << "Cannot write '" << file << "'.\n";
+  std::cerr << "Error: cannot write '" << file << "'.\n";
   return UNUSABLE_INPUT;
 }
 
@@ -37,21 +43,20 @@ ExitStatus Run(const Arguments& arguments) {
   CheckJudgedOutput(arguments.output);
   CameraViews camera(arguments);
   LookAtPictures(arguments, [&](Picture& picture) { return camera.Take(picture); });
-  if (!camera.SawPictures()) throw InputError("no picture could be read from the input");
+  if (!camera.SawPictures()) throw InputError("no image could be read from the input");
   if (camera.Views().size() < ENOUGH_VIEWS) {
     std::cout << ViewsTable(camera.Names(), camera.Rejected());
-    return ReportTooFewViews("pictures", camera.Views().size());
+    return ReportTooFewViews("image", camera.Views().size(), camera.OtherGridText());
   }
   std::cerr << "Computing the " << arguments.modelName << " model ...\n";
   const Report report = camera.Calibrate();
   const CalibrationVerdict verdict = camera.Verdict();
   std::cout << ResultTable(report) << "\n" << VerdictTable(verdict, report.used);
-  if (camera.Save(arguments.output).empty()) return ReportUnwritten(arguments.output + ".json");
-  const std::string unwritten =
-      tools::SaveVerdict(verdict, camera.FrameSize(), camera.Used(), arguments.output);
+  tools::OutputFiles files;
+  std::string text;
+  const std::string unwritten = SaveJudged(camera, verdict, arguments.output, text, files);
   if (!unwritten.empty()) return ReportUnwritten(unwritten);
-  std::cout << "\nResult file: " << arguments.output << ".json\n";
-  return CALIBRATED;
+  return EndWithFiles(files, verdict.grade == CalibrationVerdict::Grade::Worthless, arguments);
 }
 
 }  // namespace batch

@@ -4,10 +4,11 @@
 #include <functional>
 
 #include "batch/Arguments.h"
+#include "common/OutputFiles.h"
 
 namespace batch {
 
-enum ExitStatus { CALIBRATED = 0, TOO_FEW_VIEWS = 1, UNUSABLE_INPUT = 2 };
+enum ExitStatus { CALIBRATED = 0, TOO_FEW_VIEWS = 1, UNUSABLE_INPUT = 2, WORTHLESS = 3 };
 
 /// Reads the pictures, calibrates, writes the result file and prints the table. Progress and errors go to
 /// standard error, the table to standard output. Raises InputError for unusable inputs.
@@ -17,8 +18,11 @@ ExitStatus Run(const Arguments& arguments);
 /// gave no view, else an empty text.
 void LookAtPictures(const Arguments& arguments, const std::function<std::string(Picture&)>& take);
 
-/// Prints on standard error that too few of the views held the grid.
-ExitStatus ReportTooFewViews(const std::string& where, size_t found);
+/// Prints on standard error that too few of the images (or pairs) held the grid, and a hint if there is one.
+ExitStatus ReportTooFewViews(const std::string& what, size_t found, const std::string& hint);
+
+/// Prints the list of written files; how a run ends whose result is of that worth.
+ExitStatus EndWithFiles(const tools::OutputFiles& files, bool worthless, const Arguments& arguments);
 
 /// Prints on standard error that the file could not be written.
 ExitStatus ReportUnwritten(const std::string& file);

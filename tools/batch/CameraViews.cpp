@@ -6,6 +6,7 @@
 #include <set>
 
 #include "JSON.h"
+#include "batch/VerdictReport.h"
 #include "batch/ViewSelection.h"
 #include "common/VerdictFiles.h"
 
@@ -38,11 +39,12 @@ Report CameraViews::Calibrate() {
       used_.push_back(views_[i]);
       report.used.push_back(names_[i]);
     } else {
-      report.rejected.push_back({names_[i], SET_ASIDE});
+      report.rejected.push_back(NotNeeded(names_[i], arguments_.maxViews));
     }
   }
   calibrator.ComputeCalibration(ChosenModel(report));
   CopyResult(calibrator, report);
+  report.disagreeing = ViewsLeftOut(calibrator.GetVerdict());
   return report;
 }
 
@@ -80,6 +82,15 @@ std::string SaveResultFile(Calibrator& calibrator, const std::string& output) {
   } catch (const std::exception&) {
     return "";
   }
+}
+
+std::string SaveJudged(CameraViews& camera, const CalibrationVerdict& verdict, const std::string& output,
+                       std::string& text, tools::OutputFiles& files) {
+  files.Announce(output + ".json");
+  text = camera.Save(output);
+  if (text.empty()) return output + ".json";
+  files.Written(output + ".json");
+  return tools::SaveVerdict(verdict, camera.FrameSize(), camera.Used(), output, files);
 }
 
 void CheckOutput(const std::string& output) {

@@ -8,6 +8,7 @@
 #include "Calibrator.h"
 #include "batch/PictureSearch.h"
 #include "batch/Report.h"
+#include "common/OutputFiles.h"
 
 namespace batch {
 
@@ -30,6 +31,9 @@ class CameraViews {
   const std::vector<Centres>& Used() const { return used_; }
   const std::vector<std::string>& Names() const { return names_; }
   const std::vector<Rejection>& Rejected() const { return rejected_; }
+
+  /// What else the images show when not one held the grid; see PictureSearch.
+  std::string OtherGridText() { return views_.empty() ? search_.OtherGridText() : ""; }
 
   /// Computes from the views that spread best; the others are set aside. There must be enough.
   Report Calibrate();
@@ -57,6 +61,11 @@ void CopyResult(Calibrator& calibrator, Report& report);
 
 /// Saves the calibrator's result and reads it back; the text, empty when that failed.
 std::string SaveResultFile(Calibrator& calibrator, const std::string& output);
+
+/// Saves a camera's result, whose text is handed out, and what it is worth, and notes the files. The one that
+/// could not be written, or an empty text.
+std::string SaveJudged(CameraViews& camera, const CalibrationVerdict& verdict, const std::string& output,
+                       std::string& text, tools::OutputFiles& files);
 
 /// Raises InputError when NAME.json cannot be written: that should be known before minutes of work.
 void CheckOutput(const std::string& output);

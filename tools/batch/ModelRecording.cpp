@@ -29,6 +29,7 @@ class Recording {
   }
 
   const std::vector<std::string>& Names() const { return names_; }
+  std::string OtherGridText() { return names_.empty() ? search_.OtherGridText() : ""; }
   std::string Table() const { return ViewsTable(names_, rejected_); }
 
   /// False when the file does not hold all the poses afterwards.
@@ -72,15 +73,15 @@ ExitStatus RecordModel(const Arguments& arguments) {
   LookAtPictures(arguments, [&](Picture& picture) { return recording.Take(picture); });
   std::cout << recording.Table();
   if (recording.Names().empty()) {
-    std::cerr << "No pose: the grid was found in none of the pictures.\n";
+    std::cerr << "No pose: the grid was found in none of the images.\n" << recording.OtherGridText();
     return TOO_FEW_VIEWS;
   }
-  if (!recording.Save()) {
-    std::cerr << "Cannot write '" << arguments.recordModel << "'.\n";
-    return UNUSABLE_INPUT;
-  }
-  std::cout << "\nPose model: " << arguments.recordModel << ", " << recording.Names().size() << " poses\n";
-  return CALIBRATED;
+  tools::OutputFiles files;
+  files.Announce(arguments.recordModel);
+  if (!recording.Save()) return ReportUnwritten(arguments.recordModel);
+  files.Written(arguments.recordModel);
+  std::cout << "\nPose model of " << recording.Names().size() << " poses\n";
+  return EndWithFiles(files, false, arguments);
 }
 
 }  // namespace batch

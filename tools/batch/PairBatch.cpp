@@ -23,13 +23,13 @@ namespace {
 class PairStream {
  public:
   explicit PairStream(const Arguments& arguments)
-      : split_(arguments.split), left_(ExpandInputs(arguments.inputs), arguments.sampling) {
+      : split_(arguments.split), left_(ExpandInputsAloud(arguments.inputs), arguments.sampling) {
     if (split_ == Split::None) {
-      right_ = std::make_unique<PictureStream>(ExpandInputs(arguments.rightInputs), arguments.sampling);
+      right_ = std::make_unique<PictureStream>(ExpandInputsAloud(arguments.rightInputs), arguments.sampling);
       const int leftCount = left_.ExpectedCount();
       const int rightCount = right_->ExpectedCount();
       if (leftCount != rightCount) {
-        throw InputError("the left camera has " + std::to_string(leftCount) + " pictures, the right one " +
+        throw InputError("the left camera has " + std::to_string(leftCount) + " images, the right one " +
                          std::to_string(rightCount));
       }
     }
@@ -41,12 +41,16 @@ class PairStream {
     const cv::Mat both = left.image;
     const app::Split way = split_ == Split::Horizontal ? app::Split::Horizontal : app::Split::Vertical;
     right.name = left.name;
+    right.endsTooEarly = left.endsTooEarly;
     left.image = app::HalfOf(both, way, app::Camera::Left);
     right.image = app::HalfOf(both, way, app::Camera::Right);
     return true;
   }
 
   int ExpectedCount() const { return left_.ExpectedCount(); }
+  int OrientationsIgnored() const {
+    return left_.OrientationsIgnored() + (right_ == nullptr ? 0 : right_->OrientationsIgnored());
+  }
 
  private:
   Split split_;
@@ -100,21 +104,25 @@ void LookAtPairs(const Arguments& arguments, PairViews& pairs) {
     progress.Step(done, stream.ExpectedCount(), name + ": " + (fault.empty() ? "grid found in both" : fault));
   }
   progress.Finish();
+  std::cerr << OrientationsText(stream.OrientationsIgnored());
   if (!pairs.left.SawPictures() || !pairs.right.SawPictures()) {
-    throw InputError("no pair of pictures could be read from the input");
+    throw InputError("no pair of images could be read from the input");
   }
   if (pairs.left.FrameSize() != pairs.right.FrameSize()) {
-    throw InputError("the pictures of the two cameras differ in size: give --width and --height");
+    throw InputError("the images of the two cameras differ in size: give --width and --height");
   }
 }
 
-/// The cameras' result texts, or paths when result files were given.
+/// Of one camera of the pair.
+struct CameraResult {
+  std::string text;            ///< of the result, or the path of the file that was given
+  CalibrationVerdict verdict;  ///< when it was computed from these images
+};
+
 struct CameraResults {
-  std::string left;
-  std::string right;
+  CameraResult left;
+  CameraResult right;
   bool fromFiles = false;
-  CalibrationVerdict leftVerdict;  ///< of cameras that were computed from these pictures
-  CalibrationVerdict rightVerdict;
 };
 
 /// `unwritten` is the file that could not be written, or empty.
@@ -123,30 +131,28 @@ ExitStatus StatusOf(const std::string& unwritten) {
 }
 
 ExitStatus CalibrateCamera(CameraViews& camera, const std::string& side, const std::string& output,
-                           std::string& text, CalibrationVerdict& verdict) {
+                           CameraResult& result, tools::OutputFiles& files) {
   std::cerr << "Computing the " << side << " camera ...\n";
   const Report report = camera.Calibrate();
-  verdict = camera.Verdict();
+  result.verdict = camera.Verdict();
   std::cout << "== " << side << " camera\n"
             << ResultTable(report) << "\n"
-            << VerdictTable(verdict, report.used) << "\n";
-  text = camera.Save(output);
-  return StatusOf(text.empty() ? output + ".json"
-                               : tools::SaveVerdict(verdict, camera.FrameSize(), camera.Used(), output));
+            << VerdictTable(result.verdict, report.used) << "\n";
+  return StatusOf(SaveJudged(camera, result.verdict, output, result.text, files));
 }
 
-ExitStatus CameraResultsFor(const Arguments& arguments, PairViews& pairs, CameraResults& results) {
+ExitStatus CameraResultsFor(const Arguments& arguments, PairViews& pairs, CameraResults& results,
+                            tools::OutputFiles& files) {
   if (!arguments.calibLeft.empty()) {
-    results.left = arguments.calibLeft;
-    results.right = arguments.calibRight;
+    results.left.text = arguments.calibLeft;
+    results.right.text = arguments.calibRight;
     results.fromFiles = true;
     return CALIBRATED;
   }
   const ExitStatus status =
-      CalibrateCamera(pairs.left, "left", arguments.output + "_left", results.left, results.leftVerdict);
+      CalibrateCamera(pairs.left, "left", arguments.output + "_left", results.left, files);
   if (status != CALIBRATED) return status;
-  return CalibrateCamera(pairs.right, "right", arguments.output + "_right", results.right,
-                         results.rightVerdict);
+  return CalibrateCamera(pairs.right, "right", arguments.output + "_right", results.right, files);
 }
 
 /// Computes the pair from the common views that spread best.
@@ -162,7 +168,7 @@ PairReport CalibratePair(const Arguments& arguments, const PairViews& pairs, con
   std::vector<Centres> right;
   for (size_t i = 0; i < pairs.names.size(); ++i) {
     if (isChosen.count(i) == 0) {
-      report.rejected.push_back({pairs.names[i], SET_ASIDE});
+      report.rejected.push_back(NotNeeded(pairs.names[i], arguments.maxViews));
       continue;
     }
     calibrator.AddStereoPoints(pairs.leftCentres[i], pairs.rightCentres[i]);
@@ -170,8 +176,8 @@ PairReport CalibratePair(const Arguments& arguments, const PairViews& pairs, con
     right.push_back(pairs.rightCentres[i]);
     report.used.push_back(pairs.names[i]);
   }
-  const float rms =
-      calibrator.ComputeCalibrationStereo(results.left, results.right, arguments.model, results.fromFiles);
+  const float rms = calibrator.ComputeCalibrationStereo(results.left.text, results.right.text,
+                                                        arguments.model, results.fromFiles);
   if (calibrator.GetStatus() != Calibrator::STATUS_COMPLETED) {
     throw InputError("the result files of the cameras cannot be used");  // the engine has said why
   }
@@ -196,11 +202,21 @@ void CheckOutputs(const Arguments& arguments) {
   CheckJudgedOutput(arguments.output + "_right");
 }
 
+/// The file that could not be written, or an empty text.
+std::string SavePair(Calibrator& calibrator, const PairVerdict& verdict, const std::string& output,
+                     tools::OutputFiles& files) {
+  const std::string file = output + ".json";
+  files.Announce(file);
+  if (SaveResultFile(calibrator, output).empty()) return file;
+  files.Written(file);
+  return tools::SaveVerdict(verdict, output, files);
+}
+
 /// Of the pair, with that of its cameras where they were computed too.
 PairVerdict VerdictOf(Calibrator& calibrator, const CameraResults& results) {
   PairVerdict verdict = calibrator.GetPairVerdict();
-  verdict.Consider(results.leftVerdict, "left");
-  verdict.Consider(results.rightVerdict, "right");
+  verdict.Consider(results.left.verdict, "left");
+  verdict.Consider(results.right.verdict, "right");
   return verdict;
 }
 
@@ -214,11 +230,12 @@ ExitStatus RunPair(const Arguments& arguments) {
   PairViews pairs(arguments);
   LookAtPairs(arguments, pairs);
   if (pairs.names.size() < ENOUGH_VIEWS) {
-    std::cout << ViewsTable(pairs.names, pairs.rejected);
-    return ReportTooFewViews("pairs", pairs.names.size());
+    std::cout << ViewsTable(pairs.names, pairs.rejected, {}, "pair");
+    return ReportTooFewViews("pair", pairs.names.size(), pairs.left.OtherGridText());
   }
   CameraResults results;
-  const ExitStatus status = CameraResultsFor(arguments, pairs, results);
+  tools::OutputFiles files;
+  const ExitStatus status = CameraResultsFor(arguments, pairs, results, files);
   if (status != CALIBRATED) return status;
 
   std::cerr << "Computing the pair ...\n";
@@ -229,12 +246,9 @@ ExitStatus RunPair(const Arguments& arguments) {
   const PairReport report = CalibratePair(arguments, pairs, results, calibrator);
   const PairVerdict verdict = VerdictOf(calibrator, results);
   std::cout << "== pair\n" << PairTable(report) << "\n" << VerdictTable(verdict, report.used);
-  const ExitStatus written = StatusOf(SaveResultFile(calibrator, arguments.output).empty()
-                                          ? arguments.output + ".json"
-                                          : tools::SaveVerdict(verdict, arguments.output));
+  const ExitStatus written = StatusOf(SavePair(calibrator, verdict, arguments.output, files));
   if (written != CALIBRATED) return written;
-  std::cout << "\nResult file: " << arguments.output << ".json\n";
-  return CALIBRATED;
+  return EndWithFiles(files, verdict.grade == PairVerdict::Grade::Worthless, arguments);
 }
 
 }  // namespace batch

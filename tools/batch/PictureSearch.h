@@ -27,6 +27,9 @@ class PictureSearch {
 
   /// Null as long as no picture could be decoded.
   Calibrator* Engine() const { return calibrator_.get(); }
+  /// After a search for another grid that found none: a line when the images show the supplied one, which the
+  /// default options look for; else an empty text.
+  std::string OtherGridText();
   /// The processing size.
   cv::Size FrameSize() const;
 
@@ -34,6 +37,7 @@ class PictureSearch {
   const Arguments& arguments_;
   cv::Size inputSize_;
   std::unique_ptr<Calibrator> calibrator_;
+  std::vector<cv::Mat> withoutGrid_;  ///< the first of them, when the grid is not the supplied one
 };
 
 }  // namespace batch

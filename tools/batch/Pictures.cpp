@@ -1,16 +1,13 @@
 /// The pictures that the headless tool works on.
 #include "batch/Pictures.h"
 
-#include <glob.h>
-
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <limits>
-#include <opencv2/imgcodecs.hpp>
-#include <set>
 
 #include "LibraryNoise.h"
+#include "batch/ImageFile.h"
 
 namespace batch {
 
@@ -18,78 +15,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool IsUrl(const std::string& input) {
-  return input.find("://") != std::string::npos;
-}
-
-/// Empty when the file cannot be decoded; OpenCV raises an exception for one that claims an enormous size.
-cv::Mat ReadImage(const std::string& file) {
-  try {
-    return cv::imread(file, cv::IMREAD_COLOR);
-  } catch (const cv::Exception&) {
-    return {};
-  }
-}
-
-bool HasImageExtension(const fs::path& file) {
-  static const std::set<std::string> extensions = {".png", ".jpg", ".jpeg", ".bmp",  ".tif", ".tiff",
-                                                   ".pgm", ".ppm", ".pbm",  ".webp", ".jp2"};
-  std::string extension = file.extension().string();
-  std::transform(extension.begin(), extension.end(), extension.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return extensions.count(extension) > 0;
-}
-
-std::vector<std::string> ImagesIn(const std::string& folder) {
-  std::vector<std::string> images;
-  for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
-    if (entry.is_regular_file() && HasImageExtension(entry.path())) images.push_back(entry.path().string());
-  }
-  if (images.empty()) throw InputError("no image in folder '" + folder + "'");
-  std::sort(images.begin(), images.end());
-  return images;
-}
-
-std::vector<std::string> Matches(const std::string& pattern) {
-  glob_t found{};
-  std::vector<std::string> files;
-  if (glob(pattern.c_str(), GLOB_TILDE, nullptr, &found) == 0) {
-    files.assign(found.gl_pathv, found.gl_pathv + found.gl_pathc);
-  }
-  globfree(&found);
-  if (files.empty()) throw InputError("nothing matches '" + pattern + "'");
-  return files;
-}
-
-void Append(std::vector<std::string>& all, const std::vector<std::string>& more) {
-  all.insert(all.end(), more.begin(), more.end());
-}
-
-std::vector<std::string> Expand(const std::string& input) {
-  if (IsUrl(input)) return {input};
-  std::error_code error;
-  if (fs::is_directory(input, error)) return ImagesIn(input);
-  if (fs::exists(input, error)) return {input};
-  if (input.find_first_of("*?[") == std::string::npos) throw InputError("'" + input + "' does not exist");
-  std::vector<std::string> files;
-  for (const std::string& match : Matches(input)) {
-    Append(files, fs::is_directory(match, error) ? ImagesIn(match) : std::vector<std::string>{match});
-  }
-  return files;
-}
-
 }  // namespace
 
 int SamplingStep(const SamplingOptions& options, double frameCount) {
   if (options.every > 0) return options.every;
   if (!(frameCount > AUTOMATIC_FRAMES)) return 1;
   return static_cast<int>(std::min(1e6, std::ceil(frameCount / AUTOMATIC_FRAMES)));
-}
-
-std::vector<std::string> ExpandInputs(const std::vector<std::string>& inputs) {
-  std::vector<std::string> files;
-  for (const std::string& input : inputs) Append(files, Expand(input));
-  return files;
 }
 
 PictureStream::PictureStream(std::vector<std::string> files, const SamplingOptions& options)
@@ -109,11 +40,20 @@ bool PictureStream::Next(Picture& picture) {
   const std::string file = files_[next_++];
   picture.name = fs::path(file).filename().string();
   if (!IsUrl(file)) {
-    picture.image = ReadImage(file);
+    ImageFile read = ReadImageFile(file);
+    picture.image = read.image;
+    picture.endsTooEarly = read.endsTooEarly;
+    if (!picture.image.empty() && read.orientationIgnored) ++orientationsIgnored_;
     if (!picture.image.empty() || HasImageExtension(file)) return true;
   }
-  if (!OpenVideo(file)) throw InputError("'" + file + "' is neither a picture nor a video that can be read");
+  if (!OpenVideo(file)) throw InputError("'" + file + "' is neither an image nor a video that can be read");
   return Next(picture);
+}
+
+std::string OrientationsText(int images) {
+  if (images == 0) return "";
+  return "EXIF orientation ignored in " + std::to_string(images) + (images == 1 ? " image" : " images") +
+         ": the sensor is what is calibrated\n";
 }
 
 bool PictureStream::OpenVideo(const std::string& file) {
@@ -140,6 +80,7 @@ bool PictureStream::NextFrame(Picture& picture) {
   }
   cv::Mat frame;
   if (!video_.read(frame) || frame.empty()) return false;
+  picture.endsTooEarly = false;
   picture.name = videoName_ + "#" + std::to_string(frame_);
   picture.image = frame.clone();
   ++frame_;

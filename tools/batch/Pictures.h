@@ -4,22 +4,18 @@
 #include <memory>
 #include <opencv2/core.hpp>
 #include <opencv2/videoio.hpp>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
-namespace batch {
+#include "batch/InputFiles.h"
 
-/// An input that cannot be used at all: wrong path, empty folder, nothing that reads as picture or video.
-class InputError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
+namespace batch {
 
 /// One picture; `image` is empty when it could not be decoded.
 struct Picture {
   std::string name;  ///< file name, or file name and "#" and the frame number
   cv::Mat image;
+  bool endsTooEarly = false;  ///< the end of the file is missing
 };
 
 struct SamplingOptions {
@@ -33,9 +29,8 @@ constexpr int AUTOMATIC_FRAMES = 150;
 /// Every how many frames a video of that many frames (0 or less: unknown) is sampled.
 int SamplingStep(const SamplingOptions& options, double frameCount);
 
-/// The inputs as single files and URLs: folders become their image files and patterns their matches, both in
-/// order of name. Raises InputError for what does not exist, matches nothing or holds no image.
-std::vector<std::string> ExpandInputs(const std::vector<std::string>& inputs);
+/// A line about images whose orientation tag was not obeyed; empty when there is none.
+std::string OrientationsText(int images);
 
 /// Hands out the pictures of all inputs one after the other.
 class PictureStream {
@@ -49,6 +44,9 @@ class PictureStream {
   /// How many pictures there are as far as is known; 0 when it is not.
   int ExpectedCount() const { return expected_; }
 
+  /// How many images so far asked to be shown turned or mirrored. They were not: the sensor is calibrated.
+  int OrientationsIgnored() const { return orientationsIgnored_; }
+
  private:
   bool NextFrame(Picture& picture);
   bool OpenVideo(const std::string& file);
@@ -57,6 +55,7 @@ class PictureStream {
   SamplingOptions options_;
   size_t next_ = 0;
   int expected_ = 0;
+  int orientationsIgnored_ = 0;
 
   cv::VideoCapture video_;
   std::string videoName_;

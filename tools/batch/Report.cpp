@@ -2,6 +2,7 @@
 #include "batch/Report.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdarg>
 #include <cstdio>
 #include <numeric>
@@ -9,14 +10,11 @@
 
 namespace batch {
 
-const char* const SET_ASIDE = "grid found, but other views spread better";
-
 namespace {
 
 constexpr size_t WORST_VIEWS = 5;
 constexpr size_t LINE_WIDTH = 100;
-constexpr size_t LISTED_NAMES =
-    40;  // frames of a video come by the hundred; the progress lines name them all
+constexpr size_t LISTED_NAMES = 40;  // frames of a video come by the hundred
 
 const char* const PARAMETERS[] = {"fx", "fy", "cx", "cy", "k1", "k2", "p1", "p2",    "k3",
                                   "k4", "k5", "k6", "s1", "s2", "s3", "s4", "tau x", "tau y"};
@@ -80,8 +78,11 @@ std::string ParameterTable(const Report& report) {
 }
 
 std::string WorstViews(const Report& report) {
-  std::vector<size_t> order(std::min(report.used.size(), static_cast<size_t>(report.viewErrors.rows)));
-  std::iota(order.begin(), order.end(), size_t{0});
+  const size_t count = std::min(report.used.size(), static_cast<size_t>(report.viewErrors.rows));
+  std::vector<size_t> order;
+  for (size_t i = 0; i < count; ++i) {
+    if (report.disagreeing.count(i) == 0) order.push_back(i);
+  }
   const auto error = [&](size_t i) { return report.viewErrors.at<double>(static_cast<int>(i)); };
   std::stable_sort(order.begin(), order.end(), [&](size_t a, size_t b) { return error(a) > error(b); });
   std::string text;
@@ -91,23 +92,22 @@ std::string WorstViews(const Report& report) {
   return text;
 }
 
-}  // namespace
-
-std::string ViewsTable(const std::vector<std::string>& used, const std::vector<Rejection>& rejected) {
-  std::string text =
-      Formatted("Views: %zu used of %zu pictures\n", used.size(), used.size() + rejected.size());
+/// The names by reason, of long lists the first ones.
+std::string ReasonsText(const std::vector<Rejection>& rejected) {
+  std::string text;
   std::vector<std::pair<std::string, std::vector<std::string>>> byReason;
   for (const Rejection& rejection : rejected) {
+    const std::string heading = (rejection.hasGrid ? "" : "not used, ") + rejection.reason;
     const auto same = std::find_if(byReason.begin(), byReason.end(),
-                                   [&](const auto& entry) { return entry.first == rejection.reason; });
+                                   [&](const auto& entry) { return entry.first == heading; });
     if (same == byReason.end()) {
-      byReason.push_back({rejection.reason, {rejection.name}});
+      byReason.push_back({heading, {rejection.name}});
     } else {
       same->second.push_back(rejection.name);
     }
   }
-  for (const auto& [reason, names] : byReason) {
-    text += Formatted("  %zu not used, ", names.size()) + reason + ":\n";
+  for (const auto& [heading, names] : byReason) {
+    text += Formatted("  %zu ", names.size()) + heading + ":\n";
     const size_t listed = std::min(names.size(), LISTED_NAMES);
     text += Wrapped({names.begin(), names.begin() + static_cast<std::ptrdiff_t>(listed)}, "    ");
     if (listed < names.size()) text += Formatted("    and %zu more\n", names.size() - listed);
@@ -115,10 +115,30 @@ std::string ViewsTable(const std::vector<std::string>& used, const std::vector<R
   return text;
 }
 
+}  // namespace
+
+std::string ViewsTable(const std::vector<std::string>& used, const std::vector<Rejection>& rejected,
+                       const std::set<size_t>& disagreeing, const std::string& what) {
+  const size_t all = used.size() + rejected.size();
+  std::string text = Formatted("%zu of %zu ", used.size() - disagreeing.size(), all) + what +
+                     (all == 1 ? "" : "s") + " used";
+  if (disagreeing.size() == 1) text += "; 1 disagrees";
+  if (disagreeing.size() > 1) text += Formatted("; %zu disagree", disagreeing.size());
+  std::vector<Rejection> reasons = rejected;
+  for (const size_t view : disagreeing) {
+    reasons.push_back({used.at(view), "found but in disagreement with the others", true});
+  }
+  return text + "\n" + ReasonsText(reasons);
+}
+
+Rejection NotNeeded(const std::string& name, int maxViews) {
+  return {name, "found but not needed (--max-views " + std::to_string(maxViews) + ")", true};
+}
+
 std::string ResultTable(const Report& report) {
   std::string reasons;
   for (const std::string& reason : report.modelReasons) reasons += "  " + reason + "\n";
-  return ViewsTable(report.used, report.rejected) + "\n" +
+  return ViewsTable(report.used, report.rejected, report.disagreeing) + "\n" +
          Formatted("Model: %s, image size %d x %d\n", report.model.c_str(), report.frame.width,
                    report.frame.height) +
          reasons + Formatted("RMS reprojection error: %.6f px\n\n", report.rms) + ParameterTable(report) +
@@ -126,6 +146,15 @@ std::string ResultTable(const Report& report) {
 }
 
 namespace {
+
+/// The right camera sees the world further to the left, so that points move along -x from left to right.
+std::string SwappedText(const cv::Mat& T) {
+  const bool sideways =
+      std::abs(T.at<double>(0)) > std::max(std::abs(T.at<double>(1)), std::abs(T.at<double>(2)));
+  return sideways && T.at<double>(0) > 0.0
+             ? "  The right camera stands to the left of the left one: are the two swapped?\n"
+             : "";
+}
 
 std::string RefinedLens(const char* side, const cv::Mat& K) {
   return K.empty()
@@ -141,14 +170,14 @@ std::string PairTable(const PairReport& report) {
   cv::Mat turn;
   cv::Rodrigues(report.R, turn);
   const double degrees = cv::norm(turn) * 180.0 / CV_PI;
-  return ViewsTable(report.used, report.rejected) + "\n" +
+  return ViewsTable(report.used, report.rejected, {}, "pair") + "\n" +
          Formatted("Pair: %s model\n", report.model.c_str()) +
          Formatted("RMS reprojection error:  %.6f px\n", report.rms) +
          Formatted("Mean epipolar distance:  %.6f px\n", report.epipolarDistance) +
          Formatted("Baseline:                %.6f m\n", cv::norm(T)) +
          Formatted("Translation:             %.6f %.6f %.6f m\n", T.at<double>(0), T.at<double>(1),
                    T.at<double>(2)) +
-         Formatted("Rotation:                %.4f degrees\n", degrees) +
+         Formatted("Rotation:                %.4f degrees\n", degrees) + SwappedText(report.T) +
          RefinedLens("left", report.refinedLeft) + RefinedLens("right", report.refinedRight);
 }
 

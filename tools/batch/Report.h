@@ -2,20 +2,22 @@
 #pragma once
 
 #include <opencv2/core.hpp>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace batch {
 
-/// Why a picture with the grid was not used.
-extern const char* const SET_ASIDE;
-
 /// A picture that was not used, and why.
 struct Rejection {
   std::string name;
   std::string reason;
+  bool hasGrid = false;  ///< it was found, and set aside all the same
 };
+
+/// Of a picture with the grid, when there are more than that many views.
+Rejection NotNeeded(const std::string& name, int maxViews);
 
 /// What a calibration of one camera gave.
 struct Report {
@@ -23,6 +25,7 @@ struct Report {
   std::vector<std::string> modelReasons;  ///< of an automatic choice
   cv::Size frame;
   std::vector<std::string> used;  ///< names of the views, in the order of the errors
+  std::set<size_t> disagreeing;   ///< indexes of views that the solver left out of the result
   std::vector<Rejection> rejected;
   double rms = 0.0;
   cv::Mat K, D, stdDevs, viewErrors;  ///< as the engine hands them out
@@ -40,7 +43,9 @@ struct PairReport {
 };
 
 /// How many views were used, and the pictures that were not, by reason; of long lists the first names.
-std::string ViewsTable(const std::vector<std::string>& used, const std::vector<Rejection>& rejected);
+/// `disagreeing` are those of the views that the solver left out, `what` is the word for one picture.
+std::string ViewsTable(const std::vector<std::string>& used, const std::vector<Rejection>& rejected,
+                       const std::set<size_t>& disagreeing = {}, const std::string& what = "image");
 
 /// The whole table: views, model, RMS, parameters with standard deviations, the worst views.
 std::string ResultTable(const Report& report);

@@ -46,20 +46,21 @@ std::string DeviationsText(const PairVerdict::Deviations& deviations) {
 std::string VerdictTable(const CalibrationVerdict& verdict, const std::vector<std::string>& names) {
   std::ostringstream text;
   text << std::fixed << Judgement(verdict.Words(), verdict.remarks);
-  text << std::setprecision(2) << "  Focal length to " << 100.0 * verdict.focalDeviation
-       << " % (by the noise), " << 100.0 * verdict.focalJackknife << " % (by leaving out views)\n"
-       << "  Projections to " << verdict.deviationInData << " px where there is data ("
-       << verdict.jackknifeInData << " px by leaving out views), " << verdict.deviationInImage
+  text << std::setprecision(2) << "  Focal length known to " << 100.0 * verdict.focalDeviation
+       << " % (from the noise), " << 100.0 * verdict.focalJackknife
+       << " % (repeatability when views are left out)\n"
+       << "  Projections accurate to " << verdict.deviationInData << " px where the grid was seen ("
+       << verdict.jackknifeInData << " px when views are left out), " << verdict.deviationInImage
        << " px over the whole image\n"
-       << std::setprecision(0) << "  Data cover " << 100.0 * verdict.coverage << " % of the image\n";
+       << std::setprecision(0) << "  The grid was seen in " << 100.0 * verdict.coverage << " % of the image\n";
   for (const auto& left : verdict.leftOut) text << LeftOutText(left, names);
   return text.str();
 }
 
 std::string VerdictTable(const PairVerdict& verdict, const std::vector<std::string>& names) {
   std::string text = Judgement(verdict.Words(), verdict.remarks);
-  text += "  By the noise: " + DeviationsText(verdict.formal);
-  text += "  By leaving out views: " + DeviationsText(verdict.jackknife);
+  text += "  From the noise: " + DeviationsText(verdict.formal);
+  text += "  When views are left out: " + DeviationsText(verdict.jackknife);
   if (!verdict.lensesRefined) {
     text += "  Including the lenses' own uncertainty: " + DeviationsText(verdict.withLenses);
   }
@@ -70,6 +71,14 @@ std::string VerdictTable(const PairVerdict& verdict, const std::vector<std::stri
           << " times the noise)\n";
   }
   return text + apart.str();
+}
+
+std::set<size_t> ViewsLeftOut(const CalibrationVerdict& verdict) {
+  std::set<size_t> views;
+  for (const auto& left : verdict.leftOut) {
+    if (left.point < 0) views.insert(left.view);
+  }
+  return views;
 }
 
 }  // namespace batch

@@ -1,6 +1,7 @@
 /// What the headless tool says of a result's worth.
 #pragma once
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -12,5 +13,8 @@ namespace batch {
 /// The verdict in words; `names` are those of the views.
 std::string VerdictTable(const CalibrationVerdict& verdict, const std::vector<std::string>& names);
 std::string VerdictTable(const PairVerdict& verdict, const std::vector<std::string>& names);
+
+/// Indexes of the views that the computation left out as a whole.
+std::set<size_t> ViewsLeftOut(const CalibrationVerdict& verdict);
 
 }  // namespace batch

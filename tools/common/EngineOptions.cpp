@@ -2,9 +2,9 @@
 #include "common/EngineOptions.h"
 
 #include <CLI/CLI.hpp>
-#include <map>
 
 #include "Numbers.h"
+#include "common/CommandLine.h"
 
 namespace tools {
 
@@ -16,19 +16,18 @@ constexpr double USUAL_DISC = 0.4;
 }  // namespace
 
 void AddEngineOptions(CLI::App& app, EngineOptions& options) {
-  static const std::map<std::string, int> finders = {{"standard", Calibrator::FINDER_STANDARD},
-                                                     {"robust", Calibrator::FINDER_ROBUST}};
-  static const std::map<std::string, int> solvers = {{"sparse", Calibrator::SOLVER_SPARSE},
-                                                     {"opencv", Calibrator::SOLVER_OPENCV}};
   app.add_option("--finder", options.finder, "how the grid is searched: standard or robust (default: robust)")
-      ->transform(CLI::CheckedTransformer(finders).description("{standard,robust}"));
+      ->transform(OneOf({{"standard", Calibrator::FINDER_STANDARD}, {"robust", Calibrator::FINDER_ROBUST}}))
+      ->type_name("NAME");
   app.add_option("--solver", options.solver,
                  "sparse (milliseconds; leaves out what disagrees) or opencv (default: sparse)")
-      ->transform(CLI::CheckedTransformer(solvers).description("{sparse,opencv}"));
+      ->transform(OneOf({{"sparse", Calibrator::SOLVER_SPARSE}, {"opencv", Calibrator::SOLVER_OPENCV}}))
+      ->type_name("NAME");
   app.add_option("--disc", options.disc,
                  "radius of the discs in metres, for the sparse solver; 0: no correction of their centres "
                  "(default: 0.4 times the distance of adjacent rows)")
-      ->check(FaultIfNegative, "NONNEGATIVE");
+      ->check(FaultIfNegative, "not negative")
+      ->type_name("METRES");
 }
 
 void ApplyEngineOptions(const EngineOptions& options, float unit, Calibrator& calibrator) {

@@ -236,7 +236,7 @@ cv::Mat DrawUncertainty(const CalibrationVerdict& verdict, const cv::Size& frame
   drawing.Lines();
   DrawScale(scale, layout.scale, picture);
   Write(picture, "Standard deviation of projections. Verdict: " + verdict.Words(), {MARGIN, HEAD - 13}, 0.55);
-  Write(picture, "dots: circles that were seen    white line: around them    grey: no data, or no ray",
+  Write(picture, "dots: circles that were seen    white line: around them    grey: no circles seen",
         {MARGIN, layout.picture.height - 12});
   return picture;
 }

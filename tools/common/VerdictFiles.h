@@ -7,6 +7,7 @@
 
 #include "PairVerdict.h"
 #include "Verdict.h"
+#include "common/OutputFiles.h"
 
 namespace tools {
 
@@ -20,12 +21,13 @@ struct VerdictFiles {
       : text(name + "_verdict.json"), picture(name + "_uncertainty.png") {}
 };
 
-/// Writes both; the picture shows the circles that were seen. The file that could not be written, or an empty
-/// text.
+/// Writes both and notes them; the picture shows the circles that were seen. The file that could not be
+/// written, or an empty text.
 std::string SaveVerdict(const CalibrationVerdict& verdict, const cv::Size& frame,
-                        const std::vector<std::vector<cv::Point2d>>& seen, const std::string& name);
+                        const std::vector<std::vector<cv::Point2d>>& seen, const std::string& name,
+                        OutputFiles& files);
 
 /// Writes that on a pair, which has no picture.
-std::string SaveVerdict(const PairVerdict& verdict, const std::string& name);
+std::string SaveVerdict(const PairVerdict& verdict, const std::string& name, OutputFiles& files);
 
 }  // namespace tools

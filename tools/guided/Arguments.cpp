@@ -7,12 +7,14 @@
 #include <sstream>
 
 #include "Numbers.h"
+#include "common/CommandLine.h"
+#include "common/Hdist.h"
+#include "common/OutputFiles.h"
 
 namespace guided {
 
 namespace {
 
-constexpr int WRONG_USAGE = 2;
 constexpr float ROW_INTERVALS = 10.0F;
 
 const char* const DESCRIPTION =
@@ -21,7 +23,8 @@ const char* const DESCRIPTION =
 
 const char* const FOOTER =
     "Keys in the window: r starts again, q quits.\n"
-    "Exit status: 0 calibrated, 1 ended before that, 2 wrong usage, unreadable input or no display.";
+    "Exit status: 0 calibrated, 1 ended before that, 2 wrong usage, unreadable input or no display, 3 with "
+    "--strict: calibrated, but the result is worthless.";
 
 /// "0.3px" or "0.3" as a number of pixels; throws CLI's error otherwise.
 double ParsePixels(const std::string& text) {
@@ -30,7 +33,7 @@ double ParsePixels(const std::string& text) {
   std::string unit;
   if (!(stream >> pixels) || !(pixels > 0.0) || !std::isfinite(pixels) ||
       (stream >> unit && (unit != "px" || stream >> unit))) {
-    throw CLI::ValidationError("--until", "'" + text + "' is no number of pixels, such as 0.3px");
+    throw CLI::ValidationError("--until", "'" + text + "' is not a number of pixels such as 0.3px");
   }
   return pixels;
 }
@@ -38,37 +41,45 @@ double ParsePixels(const std::string& text) {
 void DeclareEnd(CLI::App& app, std::string& until, Arguments& arguments) {
   auto* wish =
       app.add_option("--until", until,
-                     "ask for the pose that tells most, again and again, until projections are known "
-                     "to so many pixels over the whole image, such as 0.3px");
+                     "keep proposing the most informative pose until projections are known to this accuracy "
+                     "over the whole image, such as 0.3px")
+          ->type_name("PIXELS");
   wish->excludes(app.get_option("--poses"));
-  app.add_option("--max-poses", arguments.mostPoses, "with --until: ask for so many poses at most")
+  app.add_option("--max-poses", arguments.mostPoses, "propose at most this many poses")
       ->check(CLI::Range(6, 1000))
       ->capture_default_str()
       ->needs(wish);
 }
 
 void DeclareSource(CLI::App& app, app::Settings& settings) {
-  CLI::Option_group* source = app.add_option_group("source", "Exactly one of these");
-  source->add_option("--webcam", settings.webcam, "index of a camera")->check(FaultIfNegative, "NONNEGATIVE");
-  source->add_option("--video", settings.video, "video file or URL");
-  source->add_option("--rtmp", settings.rtmp, "address of an RTMP stream");
-  source->add_option("--gstreamer", settings.gstreamerHost, "host of a GStreamer TCP stream");
+  CLI::Option_group* source = app.add_option_group("Source (exactly one)");
+  source->add_option("--webcam", settings.webcam, "index of a camera")
+      ->check(FaultIfNegative, "not negative");
+  source->add_option("--video", settings.video, "video file or URL")->type_name("FILE");
+  source->add_option("--rtmp", settings.rtmp, "address of an RTMP stream")->type_name("URL");
+  source->add_option("--gstreamer", settings.gstreamerHost, "host of a GStreamer TCP stream")
+      ->type_name("HOST");
   source->require_option(1);
-  app.add_option("--port", settings.port, "port of the GStreamer stream")->capture_default_str();
+  app.add_option("--port", settings.port, "port of the GStreamer stream")
+      ->type_name("NUMBER")
+      ->capture_default_str();
   app.add_option("--codec", settings.codec, "codec of the GStreamer stream: h264 or mjpeg")
       ->check(CLI::IsMember({"h264", "mjpeg"}))
+      ->type_name("NAME")
       ->capture_default_str();
 }
 
 void DeclareFrames(CLI::App& app, app::Settings& settings) {
   app.add_option("--width", settings.width, "width of the frames to work in, also asked of a camera")
       ->check(CLI::Range(64, 32000))
+      ->type_name("PIXELS")
       ->capture_default_str();
   app.add_option("--height", settings.height, "height of these frames")
       ->check(CLI::Range(64, 32000))
+      ->type_name("PIXELS")
       ->capture_default_str();
   app.add_option("--fps", settings.fps, "rate asked of a camera")
-      ->check(FaultUnlessPositive, "POSITIVE")
+      ->check(FaultUnlessPositive, "positive")
       ->capture_default_str();
 }
 
@@ -78,27 +89,40 @@ Parsed ParseArguments(int argc, const char* const* argv, const std::string& ship
   Parsed parsed;
   Arguments& arguments = parsed.arguments;
   arguments.poses = shippedPoses;
-  float hdist = 0.19F;
   std::string until;
   CLI::App app(DESCRIPTION, "velmora-guided");
+  tools::PrepareCommandLine(app);
   app.footer(FOOTER);
   DeclareSource(app, arguments.settings);
   DeclareFrames(app, arguments.settings);
-  app.add_option("--hdist", hdist, "distance in metres across the ten row intervals of the grid")
-      ->check(FaultUnlessPositive, "POSITIVE")
+  app.add_option(
+         "--hdist", parsed.arguments.hdist,
+         "distance in metres across the ten row intervals of the grid (default: 0.2, that of the supplied "
+         "sheet)")
+      ->check(FaultUnlessMetres, "positive")
+      ->type_name("METRES");
+  app.add_option("--poses", arguments.poses, "model file with the poses to reach")
+      ->type_name("FILE")
       ->capture_default_str();
-  app.add_option("--poses", arguments.poses, "model file with the poses to reach")->capture_default_str();
   DeclareEnd(app, until, arguments);
   tools::AddEngineOptions(app, arguments);
-  app.add_option("--output", arguments.output, "result file, without its extension .json")
+  app.add_option("--output", arguments.output, "name of the result file, to which .json is added")
+      ->type_name("NAME")
       ->capture_default_str();
+  app.add_flag("--strict", arguments.strict,
+               "end with exit status 3 when the verdict on the result is worthless; the files are written "
+               "all the same");
   try {
     app.parse(argc, argv);
-    arguments.settings.hdist = hdist / ROW_INTERVALS;
+    arguments.settings.hdist = arguments.hdist / ROW_INTERVALS;
+    arguments.output = tools::WithoutExtension(arguments.output);
+    if (arguments.output.empty() || arguments.output.back() == '/') {
+      throw CLI::ValidationError("--output", "a name is needed");
+    }
     if (app.count("--until") > 0) arguments.until = ParsePixels(until);
     parsed.run = true;
   } catch (const CLI::ParseError& error) {
-    parsed.exitStatus = app.exit(error) == 0 ? 0 : WRONG_USAGE;
+    parsed.exitStatus = tools::EndOfParsing(app, error);
   }
   return parsed;
 }

@@ -5,15 +5,18 @@
 
 #include "Settings.h"
 #include "common/EngineOptions.h"
+#include "common/Hdist.h"
 
 namespace guided {
 
 struct Arguments : tools::EngineOptions {
-  app::Settings settings;  ///< the source, the frame size, and the grid's unit in metres
-  std::string poses;       ///< model file of the assistant
+  app::Settings settings;               ///< the source, the frame size, and the grid's unit in metres
+  float hdist = tools::SUPPLIED_HDIST;  ///< metres across the ten row intervals
+  std::string poses;                    ///< model file of the assistant
   double until = 0.0;  ///< ask for poses until projections are known to so many pixels; 0: those of the model
   int mostPoses = 20;  ///< asked for at most
-  std::string output = "calibration";
+  std::string output = "calibration";  ///< without .json
+  bool strict = false;                 ///< a worthless result gets a status of its own
 };
 
 /// What the command line asks for: run, or end with that status (help was printed, or what is wrong).

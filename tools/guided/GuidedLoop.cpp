@@ -77,7 +77,7 @@ GuidedLoop::Step GuidedLoop::ShowNext() {
     return Step::GoOn;
   }
   if (feed_.FailedToStart()) {
-    err_ << "ERROR: cannot read " << options_.source << "." << std::endl;
+    err_ << "Error: cannot read " << options_.source << "." << std::endl;
     status_ = UNUSABLE;
     return Step::Stop;
   }
@@ -101,7 +101,7 @@ GuidedLoop::Step GuidedLoop::React(int key) {
     return Step::Stop;
   }
   if (key == KEY_RESTART && !computing_) {
-    out_ << "From the first pose again." << std::endl;
+    out_ << "Starting again at the first pose." << std::endl;
     if (!Begin()) {
       status_ = UNUSABLE;
       return Step::Stop;
@@ -135,7 +135,7 @@ void GuidedLoop::AskForNext() {
   out_ << "  " << next_->Precision() << std::endl;
   if (state == NextPoses::State::Asked) return;
   if (state == NextPoses::State::GivenUp) {
-    out_ << "No more poses after " << reached_ << ": the wish is not met." << std::endl;
+    out_ << "No more poses after " << reached_ << ": the goal is not reached." << std::endl;
   }
   BeginComputation();
   calibrator_.ComputeCalibrationMultithread(Calibrator::MODEL_RATIONAL);
@@ -158,25 +158,35 @@ void GuidedLoop::DrawPrecision(cv::Mat& frame) const {
 GuidedLoop::Step GuidedLoop::FollowComputation() {
   if (calibrator_.IsComputing()) return Step::GoOn;
   if (calibrator_.GetStatus() == Calibrator::STATUS_COMPLETED) return Save();
-  err_ << "ERROR: the calibration failed." << std::endl;
+  err_ << "Error: the calibration failed." << std::endl;
   return Step::Stop;
 }
 
 GuidedLoop::Step GuidedLoop::Save() {
-  const batch::Report report = ReportOf(calibrator_, options_.frame);
+  batch::Report report = ReportOf(calibrator_, options_.frame);
   const CalibrationVerdict verdict = calibrator_.GetVerdict();
+  report.disagreeing = batch::ViewsLeftOut(verdict);
   out_ << batch::ResultTable(report) << "\n" << batch::VerdictTable(verdict, report.used);
-  const bool written = !batch::SaveResultFile(calibrator_, options_.output).empty();
-  const std::string unwritten = written ? tools::SaveVerdict(verdict, options_.frame, seen_, options_.output)
-                                        : options_.output + ".json";
-  if (unwritten.empty()) {
-    out_ << "\nResult file: " << options_.output << ".json" << std::endl;
-    status_ = CALIBRATED;
-  } else {
-    err_ << "ERROR: cannot write '" << unwritten << "'." << std::endl;
+  tools::OutputFiles files;
+  const std::string unwritten = Write(verdict, files);
+  if (!unwritten.empty()) {
+    err_ << "Error: cannot write '" << unwritten << "'." << std::endl;
     status_ = UNUSABLE;
+    return Step::Stop;
   }
+  out_ << "\n" << files.Text() << std::flush;
+  const bool worthless = verdict.grade == CalibrationVerdict::Grade::Worthless;
+  status_ = worthless && options_.strict ? WORTHLESS : CALIBRATED;
   return Step::Stop;
+}
+
+/// The file that could not be written, or an empty text.
+std::string GuidedLoop::Write(const CalibrationVerdict& verdict, tools::OutputFiles& files) {
+  const std::string result = options_.output + ".json";
+  files.Announce(result);
+  if (batch::SaveResultFile(calibrator_, options_.output).empty()) return result;
+  files.Written(result);
+  return tools::SaveVerdict(verdict, options_.frame, seen_, options_.output, files);
 }
 
 }  // namespace guided

@@ -10,11 +10,12 @@
 #include "Calibrator.h"
 #include "FrameFeed.h"
 #include "Screen.h"
+#include "common/OutputFiles.h"
 #include "guided/NextPoses.h"
 
 namespace guided {
 
-enum ExitStatus { CALIBRATED = 0, ENDED_BEFORE = 1, UNUSABLE = 2 };
+enum ExitStatus { CALIBRATED = 0, ENDED_BEFORE = 1, UNUSABLE = 2, WORTHLESS = 3 };
 
 struct LoopOptions {
   std::string poses;   ///< model file of the assistant
@@ -25,7 +26,8 @@ struct LoopOptions {
   std::function<bool()> sourceEnded = [] { return false; };
   /// Pixels to which projections are to be known, by poses that are chosen for it; 0: by those of the model.
   double until = 0.0;
-  int mostPoses = 20;  ///< that are chosen
+  int mostPoses = 20;   ///< that are chosen
+  bool strict = false;  ///< a worthless result gets a status of its own
 };
 
 /// Shows each frame with the pose to reach, tells of each pose that was reached, and saves the result once
@@ -50,6 +52,7 @@ class GuidedLoop {
   Step Follow();
   Step FollowComputation();
   Step Save();
+  std::string Write(const CalibrationVerdict& verdict, tools::OutputFiles& files);
   void TellOfPoses();
   void AskForNext();
   void BeginComputation();

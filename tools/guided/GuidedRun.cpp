@@ -4,12 +4,14 @@
 #include <atomic>
 #include <iostream>
 #include <memory>
+#include <sstream>
 
 #include "Captures.h"
 #include "Display.h"
 #include "FrameReader.h"
 #include "OneLine.h"
 #include "batch/CameraViews.h"
+#include "guided/Cameras.h"
 
 namespace guided {
 
@@ -28,17 +30,29 @@ app::FrameReader::Source TellingOfItsEnd(app::FrameReader::Source source,
   };
 }
 
+/// The interactive application begins its lines in capital letters.
+std::string InOurForm(const std::string& line) {
+  const std::string capitals = "ERROR: ";
+  return line.rfind(capitals, 0) == 0 ? "Error: " + line.substr(capitals.size()) : line;
+}
+
 }  // namespace
 
 ExitStatus Run(const Arguments& arguments) {
   const app::Settings& settings = arguments.settings;
   batch::CheckJudgedOutput(arguments.output);
+  std::cerr << tools::HdistWarning(arguments.hdist);
   const app::SourcePlan plan = app::PlanSources(settings);
-  app::Captures captures = app::OpenCaptures(plan, app::NewVideoCapture, std::cerr);
-  if (captures.empty()) return UNUSABLE;
+  std::ostringstream complaint;
+  app::Captures captures = app::OpenCaptures(plan, app::NewVideoCapture, complaint);
+  if (captures.empty()) {
+    std::cerr << InOurForm(complaint.str());
+    if (settings.webcam) std::cerr << CamerasText("/dev", *settings.webcam);
+    return UNUSABLE;
+  }
   std::string reason;
   if (!DisplayAvailable(&reason)) {
-    std::cerr << "ERROR: " << app::OneLine(reason) << std::endl;
+    std::cerr << "Error: " << app::OneLine(reason) << std::endl;
     return UNUSABLE;
   }
 
@@ -57,6 +71,7 @@ ExitStatus Run(const Arguments& arguments) {
     options.output = arguments.output;
     options.until = arguments.until;
     options.mostPoses = arguments.mostPoses;
+    options.strict = arguments.strict;
     options.frame = {settings.width, settings.height};
     options.source = plan.captures.front().name;
     if (plan.videoFile) options.sourceEnded = [ended] { return ended->load(); };

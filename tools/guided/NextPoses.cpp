@@ -35,7 +35,7 @@ std::string NextPoses::Precision() const {
   } else {
     text << "known to " << InPixels(proposal_.deviation);
   }
-  text << ", wanted " << InPixels(wish_);
+  text << " (goal " << InPixels(wish_) << ")";
   return text.str();
 }
 

@@ -85,6 +85,13 @@ std::string Instead(double larger, double smaller) {
   return text;
 }
 
+/// "0.123 px against 0.234 px".
+std::string Against(double larger, double smaller) {
+  char text[64];
+  std::snprintf(text, sizeof(text), "%.3f px against %.3f px", larger, smaller);
+  return text;
+}
+
 /// Why the larger model is not better than the smaller one; empty when it is.
 std::string FaultOf(const Candidate& larger, const Candidate& smaller) {
   if (!larger.poleFree) return "its distortion has a pole within the image";
@@ -92,7 +99,7 @@ std::string FaultOf(const Candidate& larger, const Candidate& smaller) {
     return "its closer fit (RMS " + Instead(larger.rms, smaller.rms) + ") is not worth its coefficients";
   }
   if (!(larger.unseen <= smaller.unseen)) {
-    return "it meets views that it did not see worse (" + Instead(larger.unseen, smaller.unseen) + ")";
+    return "it predicts views kept out of the fit less well (" + Against(larger.unseen, smaller.unseen) + ")";
   }
   return {};
 }
