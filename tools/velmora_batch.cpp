@@ -3,6 +3,7 @@
 
 #include "Calibration.h"
 #include "LibraryNoise.h"
+#include "OneLine.h"
 #include "batch/Batch.h"
 #include "batch/ModelRecording.h"
 #include "batch/PairBatch.h"
@@ -19,6 +20,10 @@ int main(int argc, char** argv) {
   } catch (const batch::InputError& error) {
     std::cerr << "Error: " << error.what() << ".\n";
     return batch::UNUSABLE_INPUT;
+  } catch (const cv::Exception& error) {
+    // Without the place in the library's source.
+    std::cerr << "Error: the calibration failed: " << app::OneLine(error.err) << ".\n";
+    return batch::TOO_FEW_VIEWS;
   } catch (const std::exception& error) {
     std::cerr << "Error: the calibration failed: " << error.what() << "\n";
     return batch::TOO_FEW_VIEWS;
