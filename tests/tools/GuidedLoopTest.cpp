@@ -124,6 +124,7 @@ class GuidedLoopRun : public ::testing::Test {
 };
 
 TEST_F(GuidedLoopRun, EndsWithTheResultFileAfterTheLastPose) {
+  options_.strict = true;  // of no effect on a good result
   ASSERT_EQ(Run(), guided::CALIBRATED) << err_.str();
   EXPECT_EQ(screen_.shown, 6);
   EXPECT_EQ(screen_.closed, 1);
@@ -142,6 +143,29 @@ TEST_F(GuidedLoopRun, EndsWithTheResultFileAfterTheLastPose) {
   JSON result;
   ASSERT_TRUE(result.load(options_.output + ".json"));
   EXPECT_LT(result.readDouble("error"), 0.2);
+}
+
+TEST_F(GuidedLoopRun, GivesAWorthlessResultAStatusOfItsOwnOnDemand) {
+  world::Scene scene;
+  scene.camera = world::CameraFromFieldOfView(FRAME, 62.0);
+  scene.noise = 2.0;
+  world::Renderer renderer(scene);
+  std::vector<std::vector<cv::Point2d>> centres;
+  feed_.pictures.clear();
+  for (int i = 0; i < 6; ++i) {
+    world::Appearance facing;
+    facing.span = 0.45 + 0.09 * i;
+    world::Pose pose;
+    ASSERT_TRUE(world::PlaceGrid(scene.camera, scene.sheet, facing, 10.0, pose));
+    centres.push_back(world::TrueCentres(scene.camera.lens, scene.sheet, pose));
+    feed_.pictures.push_back(renderer.Render(pose, centres.size()));
+  }
+  poses::ModelOf(centres, FRAME).save(options_.poses);
+  calibrator_.SetSolver(Calibrator::SOLVER_SPARSE);
+  options_.strict = true;
+  EXPECT_EQ(Run(), guided::WORTHLESS) << err_.str() << out_.str();
+  EXPECT_TRUE(Printed("Verdict: worthless")) << out_.str();
+  EXPECT_TRUE(std::filesystem::exists(options_.output + ".json"));
 }
 
 TEST_F(GuidedLoopRun, TellsHowFarAVideoGot) {

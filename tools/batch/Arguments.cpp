@@ -47,10 +47,10 @@ cv::Size ParseGrid(const std::string& text) {
 /// What is calibrated, and in which frames.
 void AddCameraOptions(CLI::App& app, std::string& grid, Arguments& arguments) {
   app.add_option("inputs", arguments.inputs, "images, folders, patterns, videos, URLs")->required();
-  app.add_option("--hdist", arguments.hdist,
-                 "distance in metres across the row intervals of the grid (ten of them in 4x11; default: "
-                 "0.2, that of "
-                 "the supplied sheet)")
+  app.add_option(
+         "--hdist", arguments.hdist,
+         "distance in metres across the row intervals of the grid, ten of them in 4x11 (default: 0.2, "
+         "that of the supplied sheet)")
       ->check(FaultUnlessMetres, "positive")
       ->type_name("METRES");
   app.add_option("--model", arguments.modelName,

@@ -49,8 +49,8 @@ ExitStatus Run(const Arguments& arguments) {
     return ReportTooFewViews("image", camera.Views().size(), camera.OtherGridText());
   }
   std::cerr << "Computing the " << arguments.modelName << " model ...\n";
-  const Report report = camera.Calibrate();
-  const CalibrationVerdict verdict = camera.Verdict();
+  Report report = camera.Calibrate();
+  const CalibrationVerdict verdict = camera.Verdict(report);
   std::cout << ResultTable(report) << "\n" << VerdictTable(verdict, report.used);
   tools::OutputFiles files;
   std::string text;

@@ -44,7 +44,6 @@ Report CameraViews::Calibrate() {
   }
   calibrator.ComputeCalibration(ChosenModel(report));
   CopyResult(calibrator, report);
-  report.disagreeing = ViewsLeftOut(calibrator.GetVerdict());
   return report;
 }
 
@@ -56,8 +55,10 @@ int CameraViews::ChosenModel(Report& report) {
   return choice.model;
 }
 
-CalibrationVerdict CameraViews::Verdict() {
-  return search_.Engine()->GetVerdict();
+CalibrationVerdict CameraViews::Verdict(Report& report) {
+  CalibrationVerdict verdict = search_.Engine()->GetVerdict();
+  report.disagreeing = ViewsLeftOut(verdict);
+  return verdict;
 }
 
 std::string CameraViews::Save(const std::string& output) {

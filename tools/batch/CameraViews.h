@@ -38,8 +38,8 @@ class CameraViews {
   /// Computes from the views that spread best; the others are set aside. There must be enough.
   Report Calibrate();
 
-  /// Of the computation.
-  CalibrationVerdict Verdict();
+  /// Of the computation; the views that it left out are noted in the report.
+  CalibrationVerdict Verdict(Report& report);
 
   /// Writes the result file, extension added, and reads it back. The text, which is empty when that failed.
   std::string Save(const std::string& output);

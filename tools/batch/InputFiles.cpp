@@ -21,16 +21,22 @@ std::string ExtensionOf(const fs::path& file) {
   return extension;
 }
 
-/// Why a folder's entry is no image to take; empty when it is one. Hidden files that are no images, such as
-/// those in which systems keep a folder's look, are not worth a word.
-std::string KindUnlessImage(const fs::directory_entry& entry, bool& worthAWord) {
+bool IsHidden(const fs::directory_entry& entry) {
+  return entry.path().filename().string().front() == '.';
+}
+
+/// Systems keep a folder's look in hidden files, which nobody misses.
+bool IsWorthAWord(const fs::directory_entry& entry) {
+  return !IsHidden(entry) || HasImageExtension(entry.path().string());
+}
+
+/// Why a folder's entry is no image to take; empty when it is one.
+std::string KindUnlessImage(const fs::directory_entry& entry) {
   std::error_code error;
-  const bool hidden = entry.path().filename().string().front() == '.';
   const bool image = HasImageExtension(entry.path().string());
-  worthAWord = !hidden || image;
   if (entry.is_directory(error)) return "folder";
   if (!entry.exists(error)) return "broken link";
-  if (hidden) return "hidden";
+  if (IsHidden(entry)) return "hidden";
   if (image && entry.is_regular_file(error)) return "";
   const std::string extension = ExtensionOf(entry.path());
   return extension.empty() ? "without an extension" : extension;
@@ -40,11 +46,10 @@ std::vector<std::string> ImagesIn(const std::string& folder, SkippedFiles& all) 
   std::vector<std::string> images;
   SkippedFiles here;
   for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
-    bool worthAWord = true;
-    const std::string kind = KindUnlessImage(entry, worthAWord);
+    const std::string kind = KindUnlessImage(entry);
     if (kind.empty()) {
       images.push_back(entry.path().string());
-    } else if (worthAWord) {
+    } else if (IsWorthAWord(entry)) {
       here.Add(kind);
       all.Add(kind);
     }

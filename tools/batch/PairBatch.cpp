@@ -133,8 +133,8 @@ ExitStatus StatusOf(const std::string& unwritten) {
 ExitStatus CalibrateCamera(CameraViews& camera, const std::string& side, const std::string& output,
                            CameraResult& result, tools::OutputFiles& files) {
   std::cerr << "Computing the " << side << " camera ...\n";
-  const Report report = camera.Calibrate();
-  result.verdict = camera.Verdict();
+  Report report = camera.Calibrate();
+  result.verdict = camera.Verdict(report);
   std::cout << "== " << side << " camera\n"
             << ResultTable(report) << "\n"
             << VerdictTable(result.verdict, report.used) << "\n";

@@ -5,7 +5,6 @@
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
-#include <numeric>
 #include <opencv2/calib3d.hpp>
 
 namespace batch {
