@@ -3,6 +3,7 @@
 #include <iostream>
 #include <stdexcept>
 
+#include "common/CommandLine.h"
 #include "render/Arguments.h"
 #include "render/Files.h"
 #include "render/OneCamera.h"
@@ -39,20 +40,16 @@ void Run(const render::Arguments& a) {
 int main(int argc, char** argv) {
   render::Arguments arguments;
   CLI::App app("Renders pictures of the printed circles grid with known truth.", "velmora-render");
-  app.set_version_flag("--version", app.get_name() + " " VELMORA_VERSION, "Print the version and exit");
+  tools::PrepareCommandLine(app);
   render::Declare(app, arguments);
   try {
     app.parse(argc, argv);
     Run(arguments);
     return 0;
-  } catch (const CLI::CallForHelp&) {
-    std::cout << app.help();
-    return 0;
-  } catch (const CLI::CallForVersion& version) {
-    std::cout << version.what() << '\n';
-    return 0;
+  } catch (const CLI::ParseError& error) {
+    return tools::EndOfParsing(app, error);
   } catch (const std::exception& fault) {
-    std::cerr << "velmora-render: " << fault.what() << '\n';
+    std::cerr << "Error: " << fault.what() << ".\n";
     return USAGE_ERROR;
   }
 }

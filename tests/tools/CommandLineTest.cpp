@@ -1,6 +1,4 @@
 /// Help, version and mistakes at the command line, as a user of the tools meets them.
-#include "common/CommandLine.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -12,7 +10,8 @@ namespace {
 using support::Process;
 constexpr std::chrono::minutes LONG_ENOUGH{1};
 
-const std::vector<std::string> PROGRAMS = {VELMORA_BATCH, VELMORA_GUIDED, VELMORA_COMPARE, VELMORA_POSES};
+const std::vector<std::string> PROGRAMS = {VELMORA_BATCH, VELMORA_GUIDED, VELMORA_COMPARE, VELMORA_POSES,
+                                           VELMORA_RENDER};
 
 std::string NameOf(const std::string& program) {
   return program.substr(program.rfind('/') + 1);
@@ -95,6 +94,8 @@ TEST(CommandLine, SaysInOneLineWhatIsWrong) {
             "Error: give a result file and a truth file. See velmora-compare --help.\n");
   EXPECT_EQ(Complaint(VELMORA_POSES, {"list.txt", "--fov", "10"}),
             "Error: --fov: '10' is not a number from 20 to 120. See velmora-poses --help.\n");
+  EXPECT_EQ(Complaint(VELMORA_RENDER, {"--veiws", "3"}),
+            "Error: unknown option --veiws (did you mean --views?). See velmora-render --help.\n");
 }
 
 }  // namespace

@@ -53,7 +53,7 @@ TEST(RenderTool, AsksForASheetNameThatEndsInPng) {
   const TemporaryFolder folder;
   const Outcome outcome = Render(folder, {"--sheet", "sheet.pdf"});
   EXPECT_EQ(outcome.status, 2);
-  EXPECT_EQ(outcome.errors, "velmora-render: --sheet takes a file name that ends in .png\n");
+  EXPECT_EQ(outcome.errors, "Error: --sheet takes a file name that ends in .png.\n");
 }
 
 TEST(RenderTool, SaysWhatToDoWithTheSheet) {
@@ -80,8 +80,8 @@ TEST(RenderTool, RefusesAFolderWhoseOtherPicturesWouldStay) {
   const Outcome fewer = Render(folder, {"--views", "2", "--seed", "5", "--output", "out"});
   EXPECT_EQ(fewer.status, 2);
   EXPECT_EQ(fewer.errors,
-            "velmora-render: \"out\" holds 2 other pictures (view002.png to view003.png): give another "
-            "folder, or --overwrite, which replaces or removes pictures named viewNNN.png\n");
+            "Error: \"out\" holds 2 other pictures (view002.png to view003.png): give another "
+            "folder, or --overwrite, which replaces or removes pictures named viewNNN.png.\n");
   EXPECT_EQ(CountFiles(folder.File("out")), 5);
 
   std::filesystem::create_directory(folder.File("mine"));

@@ -11,12 +11,14 @@ namespace {
 
 void DeclareWork(CLI::App& app, Arguments& a) {
   app.add_option("-o,--output", a.output, "Folder of the pictures and truth.json, made when absent")
+      ->type_name("FOLDER")
       ->capture_default_str();
   app.add_flag("--overwrite", a.overwrite,
                "Write into a folder that holds other pictures; those rendered earlier are removed");
   app.add_option("--views", a.views, "Render this many pictures")->check(CLI::Range(1, 100000));
   app.add_option("--video", a.video,
-                 "Render a video (.avi); the truth goes to FILE.truth.json, without \".avi\"");
+                 "Render a video (.avi); the truth goes to FILE.truth.json, without \".avi\"")
+      ->type_name("FILE");
   app.add_option("--seconds", a.seconds, "Duration of the video")
       ->capture_default_str()
       ->check(FaultUnlessPositive, "POSITIVE");
@@ -28,13 +30,17 @@ void DeclareWork(CLI::App& app, Arguments& a) {
       ->capture_default_str()
       ->check(FaultIfNegative, "NONNEGATIVE");
   app.add_option("--follow", a.follow,
-                 "In the video, take the sheet through the poses of this model of the assistant");
-  app.add_option("--sheet", a.sheet, "Write the flat sheet to print, as a PNG in its true size");
+                 "In the video, take the sheet through the poses of this model of the assistant")
+      ->type_name("FILE");
+  app.add_option("--sheet", a.sheet, "Write the flat sheet to print, as a PNG in its true size")
+      ->type_name("FILE");
 }
 
 void DeclareScene(CLI::App& app, Arguments& a) {
-  app.add_option("--size", a.size, "Image size, WxH")->capture_default_str();
-  app.add_option("--grid", a.grid, "Discs, COLUMNSxROWS")->capture_default_str();
+  app.add_option("--size", a.size, "Image size, pixels")->type_name("WIDTHxHEIGHT")->capture_default_str();
+  app.add_option("--grid", a.grid, "Discs in a row, and rows")
+      ->type_name("COLUMNSxROWS")
+      ->capture_default_str();
   app.add_option("--fov", a.fieldOfView, "Horizontal field of view, degrees")
       ->capture_default_str()
       ->check(CLI::Range(1.0, 170.0));
@@ -78,6 +84,7 @@ void DeclareRig(CLI::App& app, Arguments& a) {
                  "Both cameras in one picture or video: vertical (side by side) or horizontal (the left one "
                  "above the right one)")
       ->check(CLI::IsMember({"vertical", "horizontal"}))
+      ->type_name("WAY")
       ->needs(rig);
 }
 

@@ -19,22 +19,21 @@ constexpr int MOST_KEYS = 200;
 /// In a video, how long the sheet takes from one view to the next.
 constexpr double SECONDS_PER_VIEW = 1.2;
 
-/// "WxH" with positive numbers up to `most`.
-cv::Size ParseSize(const std::string& text, const std::string& option, int most) {
+/// "WxH" with positive numbers up to `most`; `form` is what the option takes, in words.
+cv::Size ParseSize(const std::string& text, const std::string& form, int most) {
   std::istringstream stream(text);
   cv::Size size;
   char separator = '\0';
   const bool parsed = static_cast<bool>(stream >> size.width >> separator >> size.height);
   if (!parsed || stream.peek() != std::istringstream::traits_type::eof() || separator != 'x' ||
       size.width < 1 || size.height < 1 || size.width > most || size.height > most) {
-    throw std::invalid_argument(option + " wants two numbers from 1 to " + std::to_string(most) +
-                                " joined by an x");
+    throw std::invalid_argument(form + " (each 1 to " + std::to_string(most) + ")");
   }
   return size;
 }
 
 world::Camera CameraOf(const Arguments& a, const std::vector<double>& distortion) {
-  const cv::Size size = ParseSize(a.size, "--size", LARGEST_SIDE);
+  const cv::Size size = ParseSize(a.size, "--size takes WIDTHxHEIGHT, such as 640x480", LARGEST_SIDE);
   world::Camera camera = world::CameraFromFieldOfView(size, a.fieldOfView);
   cv::Matx33d K = camera.lens.K();
   if (a.fx) K(0, 0) = K(1, 1) = *a.fx;
@@ -48,7 +47,7 @@ world::Camera CameraOf(const Arguments& a, const std::vector<double>& distortion
 }  // namespace
 
 world::Sheet SheetOf(const Arguments& a) {
-  return world::Sheet(ParseSize(a.grid, "--grid", MOST_DISCS), a.unit);
+  return world::Sheet(ParseSize(a.grid, "--grid takes COLUMNSxROWS, such as 4x11", MOST_DISCS), a.unit);
 }
 
 world::Scene SceneOf(const Arguments& a) {
