@@ -25,7 +25,7 @@ set(tests src/test/java/com/velotrix/quiverleaf/sdk)
 set(test_classes ArgumentsTest AwaitResultTest CalibratorTest GuidedTest ListenerTest NativeLibraryTest NativeMethodsTest
   PushedFramesTest ResultsTest SoakTest SolvingTest TextTest)
 set(camera_test_classes CaptureTest PairTest)
-set(test_helpers Cameras Footage LoadProgram RawFrames Recorder Soak Usage Views)
+set(test_helpers Cameras Footage LoadProgram PlantedFault RawFrames Recorder Soak Usage Views)
 if(VELMORA_SANITIZE)
   list(REMOVE_ITEM test_classes SoakTest)  # what the sanitizer keeps back is no leak
 endif()
@@ -56,12 +56,13 @@ add_custom_target(velmora_java_footage ALL DEPENDS "${footage}/rendered")
 set(java_test_options -Xcheck:jni -Djava.awt.headless=true "-Dvelmora.test.footage=${footage}"
   "-Dvelmora.test.poses=${poses}" "-Dvelmora.test.library=$<TARGET_FILE:Calibration>"
   "-Dvelmora.test.jar=${velmora_jar}" -cp "${VELMORA_JUNIT_JAR}:${velmora_jar}:${tests_jar}")
+# Fails for what the machine finds in native code of ours.
+set(VELMORA_RUN_CHECKED "${CMAKE_CURRENT_SOURCE_DIR}/run_checked.sh" CACHE INTERNAL "Judges what a machine prints")
 function(add_junit_test class preloaded)
-  add_test(NAME "java.${class}" COMMAND "${Java_JAVA_EXECUTABLE}" ${java_test_options}
+  add_test(NAME "java.${class}" COMMAND "${VELMORA_RUN_CHECKED}" "${Java_JAVA_EXECUTABLE}" ${java_test_options}
     org.junit.platform.console.ConsoleLauncher --select-class=com.velotrix.quiverleaf.sdk.${class}
     --fail-if-no-tests --disable-banner --details=tree)
   set_tests_properties("java.${class}" PROPERTIES LABELS java TIMEOUT 300
-    FAIL_REGULAR_EXPRESSION "in native method;WARNING: JNI;AddressSanitizer;runtime error:"
     ENVIRONMENT "LD_PRELOAD=${preload}${preloaded};VELMORA_FAKE_CAMERAS=${CMAKE_CURRENT_BINARY_DIR}/cameras/${class};${test_environment}")
 endfunction()
 foreach(class ${test_classes})
@@ -71,6 +72,18 @@ endforeach()
 foreach(class ${camera_test_classes})
   add_junit_test(${class} "$<TARGET_FILE:velmora_fake_camera>")
 endforeach()
+
+# The check itself: with faults that are planted in native code.
+add_library(velmora_planted_fault MODULE src/test/native/planted_fault.cpp)
+target_include_directories(velmora_planted_fault SYSTEM PRIVATE ${JAVA_INCLUDE_PATH} ${JAVA_INCLUDE_PATH2})
+target_link_libraries(velmora_planted_fault PRIVATE velmora_warnings)
+add_test(NAME java.FaultsOfNativeCodeAreFound COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/run_checked_tests.sh"
+  "${VELMORA_RUN_CHECKED}" "${CMAKE_CURRENT_SOURCE_DIR}/src/test/fixtures"
+  "${Java_JAVA_EXECUTABLE}" -Xcheck:jni -XX:-CreateCoredumpOnCrash
+  "-Dvelmora.test.planted=$<TARGET_FILE:velmora_planted_fault>"
+  -cp "${tests_jar}" com.velotrix.quiverleaf.sdk.PlantedFault)
+set_tests_properties(java.FaultsOfNativeCodeAreFound PROPERTIES LABELS java TIMEOUT 300
+  ENVIRONMENT "LD_PRELOAD=${preload};${test_environment}")
 
 add_test(NAME java.DocumentedExample COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/documented_example.sh"
   "${PROJECT_SOURCE_DIR}/examples/java/GuidedCamera.java" "${velmora_jar}" "${footage}/poses.avi" "${poses}")
