@@ -6,20 +6,26 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <thread>
 
 #include "TemporaryFolder.h"
+#include "documents/RefusedCalls.h"
 #include "foundation/Scopes.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-mode_t RightsOf(const std::string& path) {
+struct stat StateOf(const std::string& path) {
   struct stat state {};
   EXPECT_EQ(stat(path.c_str(), &state), 0);
-  return state.st_mode & 07777;
+  return state;
+}
+
+mode_t RightsOf(const std::string& path) {
+  return StateOf(path).st_mode & 07777;
 }
 
 class AtomicFile : public ::testing::Test {
@@ -140,6 +146,77 @@ TEST_F(AtomicFile, WritesIntoAPipeInsteadOfReplacingIt) {
   EXPECT_TRUE(fs::is_fifo(path_));
 }
 
+TEST_F(AtomicFile, IsWrittenDirectlyWhereNoOtherMayTakeItsPlace) {
+  // As a mount point is, and somebody else's file in a shared folder.
+  for (const int error : {EBUSY, EPERM, EXDEV}) {
+    support::WriteText(path_, "a longer earlier text");
+    const auto inode = StateOf(path_).st_ino;
+    const unit::RefusedCall refused(unit::RefusedCall::RENAME, error);
+    EXPECT_EQ(WriteFileAtomically(path_, "text"), WriteOutcome::Written);
+    EXPECT_EQ(support::ReadText(path_), "text");
+    EXPECT_EQ(StateOf(path_).st_ino, inode);
+    EXPECT_EQ(Names(), std::vector<std::string>{"file"});
+  }
+}
+
+TEST_F(AtomicFile, IsWrittenWhereRightsAndOwnersCannotBeChanged) {
+  // As on file systems of other systems, whose files all have the same.
+  support::WriteText(path_, "earlier");
+  const unit::RefusedCall owner(unit::RefusedCall::FCHOWN, EPERM);
+  for (const int error : {EPERM, ENOTSUP}) {
+    const unit::RefusedCall rights(unit::RefusedCall::FCHMOD, error);
+    EXPECT_EQ(WriteFileAtomically(path_, "text"), WriteOutcome::Written);
+    EXPECT_EQ(support::ReadText(path_), "text");
+  }
+}
+
+TEST_F(AtomicFile, StaysWholeWhenItsRightsCannotBeKept) {
+  support::WriteText(path_, "earlier");
+  ASSERT_EQ(chmod(path_.c_str(), 0600), 0);
+  const unit::RefusedCall refused(unit::RefusedCall::FCHMOD, EIO);
+  EXPECT_EQ(WriteFileAtomically(path_, "text"), WriteOutcome::Failed);
+  EXPECT_EQ(support::ReadText(path_), "earlier");
+  EXPECT_EQ(Names(), std::vector<std::string>{"file"});
+}
+
+TEST_F(AtomicFile, KeepsTheOwnerAndTheGroupOfAnEarlierOne) {
+  if (geteuid() != 0) GTEST_SKIP() << "only the superuser may give files away";
+  constexpr uid_t SOMEBODY = 4711;
+  constexpr gid_t GROUP = 4712;
+  support::WriteText(path_, "earlier");
+  ASSERT_EQ(chown(path_.c_str(), SOMEBODY, GROUP), 0);
+  ASSERT_EQ(chmod(path_.c_str(), 0664), 0);
+  EXPECT_EQ(WriteFileAtomically(path_, "text"), WriteOutcome::Written);
+  EXPECT_EQ(StateOf(path_).st_uid, SOMEBODY);
+  EXPECT_EQ(StateOf(path_).st_gid, GROUP);
+  EXPECT_EQ(RightsOf(path_), 0664U);
+}
+
+TEST_F(AtomicFile, IsWrittenIntoWhatTheProcessHasOpen) {
+  int ends[2] = {};
+  ASSERT_EQ(pipe2(ends, O_NONBLOCK | O_CLOEXEC), 0);
+  for (const char* folder : {"/dev/fd/", "/proc/self/fd/"}) {
+    EXPECT_EQ(WriteFileAtomically(folder + std::to_string(ends[1]), "text"), WriteOutcome::Written);
+    char read[8] = {};
+    EXPECT_EQ(::read(ends[0], read, sizeof(read)), 4);
+    EXPECT_STREQ(read, "text");
+  }
+  close(ends[0]);
+  close(ends[1]);
+}
+
+TEST_F(AtomicFile, IsStillTheFileThatTheProcessHasOpen) {
+  support::WriteText(path_, "earlier");
+  const int descriptor = open(path_.c_str(), O_RDWR | O_APPEND);
+  ASSERT_GE(descriptor, 0);
+  fs::create_symlink("/dev/fd/" + std::to_string(descriptor), folder_.File("link"));
+  EXPECT_EQ(WriteFileAtomically(folder_.File("link"), "text"), WriteOutcome::Written);
+  EXPECT_EQ(write(descriptor, " and more", 9), 9);
+  close(descriptor);
+  EXPECT_EQ(support::ReadText(path_), "text and more");
+  EXPECT_EQ(Names(), (std::vector<std::string>{"file", "link"}));
+}
+
 /// As a user without special rights, who owns nothing here.
 class AtomicFileOfAnybody : public AtomicFile {
  protected:
@@ -149,9 +226,10 @@ class AtomicFileOfAnybody : public AtomicFile {
     support::WriteText(path_, "earlier");
   }
 
+  static constexpr uid_t ANYBODY = 65534;
+
   WriteOutcome WriteAsAnybody(const std::string& text) const {
     const int result = unit::InChild([&] {
-      constexpr uid_t ANYBODY = 65534;
       if (setresgid(ANYBODY, ANYBODY, ANYBODY) != 0 || setresuid(ANYBODY, ANYBODY, ANYBODY) != 0) return 100;
       return static_cast<int>(WriteFileAtomically(path_, text));
     });
@@ -179,6 +257,16 @@ TEST_F(AtomicFileOfAnybody, IsWrittenThoughItBelongsToSomebodyElse) {
   EXPECT_EQ(WriteAsAnybody("text"), WriteOutcome::Written);
   EXPECT_EQ(support::ReadText(path_), "text");
   EXPECT_EQ(RightsOf(path_), 0666U);
+  EXPECT_EQ(StateOf(path_).st_uid, ANYBODY);  // it may not be given away
+}
+
+TEST_F(AtomicFileOfAnybody, IsWrittenDirectlyWhereOnlyOwnersMayReplaceTheirFiles) {
+  ASSERT_EQ(chmod(path_.c_str(), 0666), 0);
+  ASSERT_EQ(chmod(folder_.Path().c_str(), 01777), 0);
+  EXPECT_EQ(WriteAsAnybody("text"), WriteOutcome::Written);
+  EXPECT_EQ(support::ReadText(path_), "text");
+  EXPECT_EQ(StateOf(path_).st_uid, 0U);
+  EXPECT_EQ(Names(), std::vector<std::string>{"file"});
 }
 
 }  // namespace

@@ -54,8 +54,8 @@ class VELMORA_API JSON {
   void fromJson(const std::string& text);
 
   /// Writes the text to the path. False, silently, when the path cannot be opened for writing. An earlier
-  /// file stays whole until the new one is complete; a failure while writing is reported at error level and
-  /// leaves the earlier file.
+  /// file stays whole until the new one is complete, where it can be replaced; a failure while writing is
+  /// reported at error level and leaves the earlier file.
   bool save(const std::string& path) const;
 
   /// Replaces the document by the content of the file. False, silently, when the path cannot be opened or
