@@ -99,6 +99,16 @@ TEST_F(TargetDrawn, ColoursTheRowsInTurnWithRedFirst) {
   }
 }
 
+TEST_F(TargetDrawn, HasCirclesOfTheRadiusThatDoublePrecisionGives) {
+  // 9 times the nearest float is 10.999..., which single precision rounds to 11.
+  scale_ = 704.0F / 576.0F;
+  const cv::Mat drawn = Drawn();
+  scale_ = 1.15F;
+  EXPECT_SAME_MAT(Drawn(), drawn);
+  scale_ = 1.25F;
+  EXPECT_FALSE(support::SameMat(Drawn(), drawn));
+}
+
 TEST_F(TargetDrawn, PulsesWithItsAge) {
   const cv::Mat first = Drawn();
   age_ = 0.5;

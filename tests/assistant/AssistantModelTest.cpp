@@ -86,12 +86,33 @@ TEST_F(AssistantModelFile, MustBeReadable) {
   }
 }
 
+TEST_F(AssistantModelFile, MustBeJson) {
+  for (const char* text : {"", "no JSON", "{\"count\": 1"}) {
+    support::WriteText(path_, text);
+    try {
+      ReadAssistantModel(path_, FRAME, PATTERN);
+      ADD_FAILURE() << "the model was read: " << text;
+    } catch (const UnreadableModel&) {
+      ADD_FAILURE() << "it was read, but is none";
+    } catch (const std::runtime_error& fault) {
+      EXPECT_STREQ(fault.what(), "it is no JSON text");
+    }
+  }
+}
+
 TEST_F(AssistantModelFile, MustHoldEachMember) {
-  for (const char* key : {"imgWidth", "imgHeight", "count", "points0"}) {
+  for (const char* key : {"imgWidth", "imgHeight", "count"}) {
     nlohmann::json model = OnePose();
     model.erase(key);
-    ExpectFault(model, "type must be number, but is null");
+    ExpectFault(model, std::string("it has no number '") + key + "'");
+    model[key] = "text";
+    ExpectFault(model, std::string("it has no number '") + key + "'");
   }
+  nlohmann::json model = OnePose();
+  model.erase("points0");
+  ExpectFault(model, "it has no list of points 'points0'");
+  model["points0"] = 7;
+  ExpectFault(model, "it has no list of points 'points0'");
 }
 
 TEST_F(AssistantModelFile, MustHoldAPoseAndAnImageSize) {
@@ -109,7 +130,7 @@ TEST_F(AssistantModelFile, MustHoldAPoseAndAnImageSize) {
 TEST_F(AssistantModelFile, MustHoldEveryPoseOfItsCount) {
   nlohmann::json model = OnePose();
   model["count"] = 2;
-  ExpectFault(model, "null");
+  ExpectFault(model, "it has no list of points 'points1'");
 }
 
 TEST_F(AssistantModelFile, MustHoldAsManyPointsAsTheGrid) {

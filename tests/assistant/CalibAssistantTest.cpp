@@ -118,12 +118,29 @@ TEST_F(Assistant, KeepsItsPosesWhenAnotherModelCannotBeLoaded) {
   assistant_.Start(path_);
   assistant_.Next();
   const std::string missing = folder_.File("missing.json");
-  bool loaded = true;
-  EXPECT_EQ(unit::PrintedBy([&] { loaded = assistant_.LoadModel(missing); }),
+  support::WriteText(folder_.File("none.json"), "{}");
+  for (const std::string& model : {missing, folder_.Path(), folder_.File("none.json")}) {
+    bool loaded = true;
+    unit::PrintedBy([&] { loaded = assistant_.LoadModel(model); });
+    EXPECT_FALSE(loaded);
+    EXPECT_EQ(assistant_.GetGoal(), 3);
+    EXPECT_TRUE(assistant_.CheckValidity(poses_[1]));
+  }
+}
+
+TEST_F(Assistant, TellsOfAFileThatCannotBeReadWhenItIsStartedWithIt) {
+  const std::string missing = folder_.File("missing.json");
+  EXPECT_EQ(unit::PrintedBy([&] { EXPECT_FALSE(assistant_.LoadModel(missing)); }), "");
+  EXPECT_EQ(unit::PrintedBy([&] { assistant_.Start(missing); }),
             "ERROR : Cannot use assistant model '" + missing + "': it cannot be read\n");
-  EXPECT_FALSE(loaded);
-  EXPECT_EQ(assistant_.GetGoal(), 3);
-  EXPECT_TRUE(assistant_.CheckValidity(poses_[1]));
+}
+
+TEST_F(Assistant, TellsOfAModelThatLacksAMemberOnceInWords) {
+  const std::string none = folder_.File("none.json");
+  support::WriteText(none, "{}");
+  const std::string line = "ERROR : Cannot use assistant model '" + none + "': it has no number 'count'\n";
+  EXPECT_EQ(unit::PrintedBy([&] { EXPECT_FALSE(assistant_.LoadModel(none)); }), line);
+  EXPECT_EQ(unit::PrintedBy([&] { assistant_.Start(none); }), line);
 }
 
 TEST_F(Assistant, IsStoppedByAStartThatFails) {

@@ -10,6 +10,7 @@
 #include "Matchers.h"
 #include "TemporaryFolder.h"
 #include "engine/Collection.h"
+#include "foundation/OneLine.h"
 #include "foundation/Scopes.h"
 
 namespace {
@@ -194,7 +195,7 @@ TEST(Computation, OnAWorkerLogsAFailureAndGivesTheStatusBack) {
   const auto views = UnevenViews();
   const std::string refusal = RefusalOf(views);
   const auto calibrator = unit::CalibratorWith(views);
-  const std::string expected = "ERROR : Calibration failed: " + refusal + "\n";
+  const std::string expected = "ERROR : Calibration failed: " + OneLine(refusal) + "\n";
   std::string printed;
   {
     const support::CapturedStdout captured;
@@ -217,7 +218,7 @@ TEST(Computation, OnAWorkerIsWaitedForByTheCalibratorsEnd) {
       calibrator->ComputeCalibrationMultithread(Calibrator::MODEL_CLASSIC);
       calibrator.reset();
     });
-    ASSERT_EQ(printed, "ERROR : Calibration failed: " + refusal + "\n");
+    ASSERT_EQ(printed, "ERROR : Calibration failed: " + OneLine(refusal) + "\n");
   }
 }
 

@@ -3,9 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <clocale>
+#include <cstdlib>
 #include <ctime>
 
 #include "Calibrator.h"
+#include "TemporaryFolder.h"
 #include "foundation/Scopes.h"
 
 namespace {
@@ -40,6 +43,22 @@ TEST(ResultDocument, TellsTheTimeOfACalibratorToo) {
   const std::time_t first = std::time(nullptr);
   const std::string text = calibrator.currentDateTime();
   ExpectTimeBetween(text, first, std::time(nullptr));
+}
+
+TEST(ResultDocument, TellsTheTimeWithoutRegardToTheUsersLocale) {
+  // Window libraries make it the process' own. The locale is made here: which ones there are is the
+  // machine's.
+  const support::TemporaryFolder folder;
+  const std::string make = "localedef -i en_US -f UTF-8 '" + folder.File("en_US.UTF-8") + "' >/dev/null 2>&1";
+  if (std::system(make.c_str()) != 0)
+    GTEST_SKIP() << "no locale can be made here";  // NOLINT: a fixed command
+  const unit::ScopedVariable place("LOCPATH", folder.Path());
+  constexpr int NO_LOCALE = 2;
+  EXPECT_EQ(unit::InChild([&] {
+              if (std::setlocale(LC_ALL, "en_US.UTF-8") == nullptr) return NO_LOCALE;
+              return unit::WithDigitsHidden(CurrentDateTime()) == "9999999999:99:99" ? 0 : 1;
+            }),
+            0);
 }
 
 TEST(ResultDocument, AlwaysAppendsTheExtension) {

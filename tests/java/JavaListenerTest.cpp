@@ -223,6 +223,16 @@ TEST_F(JavaListening, GetsWhatIsPassedToItsCallDirectly) {
   EXPECT_EQ(recorder.Status(), "{\"it\": \"é\"}");
 }
 
+TEST_F(JavaListening, GetsTextsBeyondTheFirstPlaneUnharmed) {
+  // In UTF-16 a pair of units; the machine's own kind of UTF-8 has another form of it.
+  Recorder recorder(env_);
+  ASSERT_TRUE(Register(recorder, true));
+  const std::string status = "{\"it\": \"\xF0\x9F\x98\x80 caf\xC3\xA9\"}";
+  const std::string printed = unit::PrintedBy([&] { calibrator_->onCalibrationCallback(env_, {1}, status); });
+  EXPECT_EQ(recorder.Status(), status);
+  EXPECT_EQ(printed, "");
+}
+
 TEST_F(JavaListening, MayBeReplacedAndClearedWhileFramesFlow) {
   const unit::ScopedLogLevel silent(0);
   Recorder recorder(env_);

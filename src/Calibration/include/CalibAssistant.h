@@ -40,11 +40,13 @@ class VELMORA_API CalibAssistant {
   /// Fills the built-in printed sheet (44 circles, 6 outline points; 1753 x 1239 units). For the constructor.
   void InitDefaultPattern();
 
-  /// Reads the model file and maps its poses to the frame. False, with an error line that names the file and
-  /// the fault, when it cannot be read or used; the poses are then as they were.
+  /// Reads the model file and maps its poses to the frame. False, silently, when it cannot be read; false,
+  /// with an error line that names the file and the fault, when it is no model for this assistant. The poses
+  /// are then as they were.
   bool LoadModel(const std::string& path);
 
-  /// Loads the model and shows the first pose. A model that cannot be used stops the assistant.
+  /// Loads the model and shows the first pose. A model that cannot be read or used stops the assistant, with
+  /// an error line that names the file and the fault.
   void Start(const std::string& path);
   /// Shows one pose, given by the circles' centres. False, with an error line, for one that cannot be shown;
   /// the poses are then as they were.
@@ -74,6 +76,7 @@ class VELMORA_API CalibAssistant {
   void DrawPattern(cv::Mat& frame);
 
  private:
+  bool Load(const std::string& path, bool tellUnreadable);
   void ShowPose(int index);
   void Take(AssistantModel&& model, bool single);
 

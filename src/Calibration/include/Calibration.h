@@ -30,7 +30,8 @@ class VELMORA_API Calibration {
 
   // ---- Detection. False for a number that does not exist.
 
-  /// A frame of OpenCV type `type` at `data`, which is drawn on in place when it has the processing size.
+  /// A frame of OpenCV type `type` at `data`, rows without padding. It is read only: what is drawn goes to a
+  /// copy, as does the scaling.
   static bool DetectPattern(const int& id, const int& width, const int& height, const int& type,
                             unsigned char* data);
   static bool DetectPattern(const int& id, cv::Mat& image);

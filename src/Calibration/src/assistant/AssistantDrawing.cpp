@@ -17,7 +17,7 @@ const std::array<cv::Scalar, 7> PALETTE = {
     cv::Scalar(0, 0, 255),   cv::Scalar(0, 128, 255), cv::Scalar(0, 200, 200), cv::Scalar(0, 255, 0),
     cv::Scalar(200, 200, 0), cv::Scalar(255, 0, 0),   cv::Scalar(255, 0, 255)};
 
-constexpr float CIRCLE_RADIUS = 9.0F;
+constexpr double CIRCLE_RADIUS = 9.0;
 constexpr float FULL_BAR = 2850.0F;  ///< score above the threshold at which the bar spans the frame
 
 cv::Point Rounded(const cv::Point2f& point) {

@@ -48,10 +48,26 @@ void MapToFrame(cv::Mat& pose, float sx, float sy, float scale) {
   }
 }
 
+/// What the reading gives; what the JSON library or OpenCV have against it becomes those words.
+template <typename Reading>
+auto InWords(const std::string& fault, Reading reading) {
+  try {
+    return reading();
+  } catch (const nlohmann::json::exception&) {
+    throw std::runtime_error(fault);
+  } catch (const cv::Exception&) {
+    throw std::runtime_error(fault);  // sizes that no matrix can have
+  }
+}
+
+int ReadNumber(JSON& document, const char* key) {
+  return InWords(std::string("it has no number '") + key + "'", [&] { return document.readInt(key); });
+}
+
 AssistantModel Parse(JSON& document, const cv::Size& frame, const cv::Size& pattern) {
-  const int count = document.readInt("count");
-  const int width = document.readInt("imgWidth");
-  const int height = document.readInt("imgHeight");
+  const int count = ReadNumber(document, "count");
+  const int width = ReadNumber(document, "imgWidth");
+  const int height = ReadNumber(document, "imgHeight");
   if (count < 1) throw std::runtime_error("it holds no pose");
   if (width < 1 || height < 1) throw std::runtime_error("its image size is not positive");
   const float sx = static_cast<float>(frame.width) / static_cast<float>(width);
@@ -61,7 +77,7 @@ AssistantModel Parse(JSON& document, const cv::Size& frame, const cv::Size& patt
   model.scale = std::min(sx, sy);
   for (int i = 0; i < count; ++i) {
     const std::string key = "points" + std::to_string(i);
-    cv::Mat pose = document.readMat(key);
+    cv::Mat pose = InWords("it has no list of points '" + key + "'", [&] { return document.readMat(key); });
     CheckPose(pose, key, pattern.area());
     MapToFrame(pose, sx, sy, model.scale);
     model.poses.push_back(pose);
@@ -73,14 +89,9 @@ AssistantModel Parse(JSON& document, const cv::Size& frame, const cv::Size& patt
 
 AssistantModel ReadAssistantModel(const std::string& path, const cv::Size& frame, const cv::Size& pattern) {
   JSON document;
-  try {
-    if (!document.load(path)) throw std::runtime_error("it cannot be read");
-    return Parse(document, frame, pattern);
-  } catch (const nlohmann::json::exception& fault) {
-    throw std::runtime_error(fault.what());
-  } catch (const cv::Exception& fault) {
-    throw std::runtime_error(fault.what());
-  }
+  const bool read = InWords("it is no JSON text", [&] { return document.load(path); });
+  if (!read) throw UnreadableModel("it cannot be read");
+  return Parse(document, frame, pattern);
 }
 
 AssistantModel ModelOfPose(const std::vector<cv::Point2d>& centres, const cv::Size& frame,

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <opencv2/core.hpp>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -12,8 +13,15 @@ struct AssistantModel {
   float scale = 1.0F;
 };
 
-/// Reads and maps the model. Raises std::runtime_error with the fault in words when the file cannot be read,
-/// is no JSON, lacks a member, holds no pose, or a pose that has another number of circles or spans no area.
+/// Raised for a model file that cannot be read at all.
+class UnreadableModel : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// Reads and maps the model. Raises UnreadableModel when the file cannot be read, and std::runtime_error with
+/// the fault in words when it is no JSON, lacks a member, holds no pose, or a pose that has another number of
+/// circles or spans no area.
 AssistantModel ReadAssistantModel(const std::string& path, const cv::Size& frame, const cv::Size& pattern);
 
 /// The model of one pose, given by centres in the frame. The scale is that of a model for 640 x 480 pixels.

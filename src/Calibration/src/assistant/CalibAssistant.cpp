@@ -8,6 +8,7 @@
 #include "AssistantDrawing.h"
 #include "AssistantModel.h"
 #include "Log.h"
+#include "foundation/OneLine.h"
 
 namespace {
 
@@ -54,15 +55,24 @@ void CalibAssistant::InitDefaultPattern() {
 }
 
 bool CalibAssistant::LoadModel(const std::string& path) {
+  return Load(path, false);
+}
+
+bool CalibAssistant::Load(const std::string& path, bool tellUnreadable) {
+  const auto report = [&path](const std::exception& fault) {
+    Log::error("Cannot use assistant model '%s': %s", path.c_str(), OneLine(fault.what()).c_str());
+    return false;
+  };
   try {
     RequireSheet(patternPoints_.size(), patternSize_);
     AssistantModel model = ReadAssistantModel(path, {frameWidth_, frameHeight_}, patternSize_);
     FitSheet(patternPoints_, patternOutline_, model);
     Take(std::move(model), false);
     return true;
+  } catch (const UnreadableModel& fault) {
+    return tellUnreadable && report(fault);
   } catch (const std::exception& fault) {
-    Log::error("Cannot use assistant model '%s': %s", path.c_str(), fault.what());
-    return false;
+    return report(fault);
   }
 }
 
@@ -74,7 +84,7 @@ bool CalibAssistant::StartAt(const std::vector<cv::Point2d>& centres) {
     Take(std::move(model), true);
     return true;
   } catch (const std::exception& fault) {
-    Log::error("Cannot ask for that pose: %s", fault.what());
+    Log::error("Cannot ask for that pose: %s", OneLine(fault.what()).c_str());
     return false;
   }
 }
@@ -96,7 +106,7 @@ bool CalibAssistant::IsSinglePose() const {
 }
 
 void CalibAssistant::Start(const std::string& path) {
-  if (!LoadModel(path)) Stop();
+  if (!Load(path, true)) Stop();
 }
 
 void CalibAssistant::ShowPose(int index) {

@@ -5,6 +5,7 @@
 
 #include "Jni.h"
 #include "Log.h"
+#include "foundation/OneLine.h"
 
 struct JavaListener::References {
   References(JNIEnv* env, jobject object, jclass type)
@@ -41,7 +42,7 @@ std::shared_ptr<const JavaListener> JavaListener::Make(JNIEnv* env, jobject list
     return std::shared_ptr<const JavaListener>(
         new JavaListener(std::move(references), sendsImage, imageSize));
   } catch (const std::exception& fault) {
-    Log::error("Cannot register the calibration listener: %s", fault.what());
+    Log::error("Cannot register the calibration listener: %s", OneLine(fault.what()).c_str());
     return nullptr;
   }
 }
@@ -55,6 +56,6 @@ void JavaListener::OnFrame(JNIEnv* env, const std::vector<unsigned char>& jpeg,
     env->CallVoidMethod(references_->listener.Get(), references_->onFrame, bytes.Get(), text.Get());
     jni::Check(env);
   } catch (const std::exception& fault) {
-    Log::error("The calibration listener failed: %s", fault.what());
+    Log::error("The calibration listener failed: %s", OneLine(fault.what()).c_str());
   }
 }

@@ -50,8 +50,9 @@ class Converter {
   iconv_t handle_;
 };
 
+/// ASCII without NUL. Whether a plain char has a sign is the machine's choice.
 bool IsPlain(const std::string& text) {
-  return std::all_of(text.begin(), text.end(), [](char c) { return c > 0; });
+  return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<signed char>(c) > 0; });
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include "engine/SolverChoice.h"
 #include "engine/TargetGeometry.h"
 #include "finder/FinderChoice.h"
+#include "foundation/OneLine.h"
 
 const std::string Calibrator::VERSION = "5.1.0";
 
@@ -41,7 +42,7 @@ Calibrator::~Calibrator() {
   try {
     StopModelRecording();
   } catch (const std::exception& fault) {
-    Log::error("Cannot save the recorded model: %s", fault.what());
+    Log::error("Cannot save the recorded model: %s", OneLine(fault.what()).c_str());
   }
 }
 
@@ -160,7 +161,7 @@ void Calibrator::RunInBackground(const char* name, std::function<void()> task) {
       try {
         task();
       } catch (const std::exception& fault) {
-        Log::error("%s failed: %s", name, fault.what());
+        Log::error("%s failed: %s", name, OneLine(fault.what()).c_str());
       }
       finish(completedBefore);
     }).detach();

@@ -7,6 +7,7 @@
 #include "Log.h"
 #include "engine/SolverChoice.h"
 #include "finder/FinderChoice.h"
+#include "foundation/OneLine.h"
 #include "solver/NextPose.h"
 
 namespace {
@@ -29,7 +30,7 @@ Seen SeenIn(const std::vector<std::vector<cv::Point3d>>& objectPoints,
     const SparseResult result = SolveIntrinsicsSparsely(objectPoints, imagePoints, imageSize, model, options);
     seen.solved = sparse::SolvedFrom(seen.target, result, options.discRadius);
   } catch (const cv::Exception& fault) {
-    Log::debug("No camera for a proposal: %s", fault.what());
+    Log::debug("No camera for a proposal: %s", OneLine(fault.what()).c_str());
   }
   return seen;
 }

@@ -10,7 +10,8 @@ std::string CurrentDateTime() {
   std::tm local{};
   localtime_r(&now, &local);
   char text[80] = "";
-  std::strftime(text, sizeof(text), "%Y%m%d%X", &local);
+  // %X of the C locale, whatever a window library or the program made the process' own.
+  std::strftime(text, sizeof(text), "%Y%m%d%H:%M:%S", &local);
   return text;
 }
 
