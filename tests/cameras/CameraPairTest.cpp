@@ -40,6 +40,19 @@ TEST_F(CameraPair, IsDetectedInAndReadAgainAfterItWasClosed) {
   EXPECT_EQ(CountOf(std::string(LEFT_CLOSED) + RIGHT_CLOSED), 2);
 }
 
+TEST_F(CameraPair, IsClosedWholeByTheCloseOfWhateverIsOpen) {
+  ProvidePair();
+  for (int round = 0; round < 2; ++round) {
+    ASSERT_TRUE(Open());
+    EXPECT_TRUE(Detects());
+    calibrator_->CloseSource();
+  }
+  EXPECT_EQ(CountOf(std::string(LEFT_CLOSED) + RIGHT_CLOSED), 2);
+  ASSERT_TRUE(calibrator_->OpenNativeCamera(0, 640, 480, 30, 0));
+  calibrator_->CloseSource();
+  EXPECT_EQ(CountOf("DEBUG : Camera closed\n"), 1);
+}
+
 /// Light discs on dark: only the robust search finds them.
 TEST_F(CameraPair, IsDetectedInByTheSearchThatIsChosenWhileItIsRead) {
   const unit::PicturePair pair = unit::PairWithGrid();

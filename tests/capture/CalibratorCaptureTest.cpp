@@ -103,6 +103,58 @@ TEST_F(CalibratorCapture, KeepsItsProcessingSize) {
   EXPECT_NEAR(K.at<double>(0, 2), unit::FRAME.width / 2.0, 20.0);
 }
 
+TEST_F(CalibratorCapture, TellsThatItsSourceHasEnded) {
+  const unit::ScopedLogLevel silent(0);
+  const auto calibrator = unit::MakeCalibrator();
+  std::atomic<int> frames{0};
+  std::atomic<int> framesAtEnd{-1};
+  calibrator->SetFrameListener([&](const auto&, const auto&) { ++frames; });
+  calibrator->SetSourceEndListener([&] {
+    framesAtEnd = frames.load();
+    calibrator->SetSourceEndListener({});  // as any listener may
+    throw 7;
+  });
+  EXPECT_FALSE(calibrator->HasSourceEnded());
+  for (int round = 0; round < 2; ++round) {
+    ASSERT_TRUE(calibrator->OpenFFmpegContent(Sequence({unit::PictureWithoutGrid()}, 3)));
+    EXPECT_TRUE(unit::Eventually([&] { return calibrator->HasSourceEnded(); }));
+    calibrator->CloseSource();
+    EXPECT_FALSE(calibrator->HasSourceEnded());
+  }
+  EXPECT_EQ(framesAtEnd, 3);
+}
+
+TEST_F(CalibratorCapture, ReportsASourceEndListenerThatThrows) {
+  const auto calibrator = unit::MakeCalibrator();
+  calibrator->SetSourceEndListener([] { throw std::runtime_error("two\nlines\n"); });
+  const std::string content = Sequence({unit::PictureWithoutGrid()});
+  EXPECT_EQ(unit::PrintedBy([&] {
+              ASSERT_TRUE(calibrator->OpenFFmpegContent(content));
+              EXPECT_TRUE(unit::Eventually([&] { return calibrator->HasSourceEnded(); }));
+              calibrator->EndSources();
+            }),
+            "WARN  : The source delivers no frames.\nERROR : The source's listener failed: two lines\n");
+}
+
+TEST_F(CalibratorCapture, TakesASourceThatDidNotOpenForOneThatHasEnded) {
+  const unit::ScopedLogLevel silent(0);
+  const auto calibrator = unit::MakeCalibrator();
+  std::atomic<int> told{0};
+  calibrator->SetSourceEndListener([&] { ++told; });
+  EXPECT_FALSE(calibrator->OpenFFmpegContent(folder_.File("missing.avi")));
+  EXPECT_TRUE(calibrator->HasSourceEnded());
+  EXPECT_EQ(told, 0);
+  // Frames come from elsewhere now.
+  cv::Mat frame = unit::PictureWithoutGrid();
+  calibrator->NextFrameRGB(frame, 0, nullptr, false);
+  EXPECT_FALSE(calibrator->HasSourceEnded());
+  EXPECT_FALSE(calibrator->OpenFFmpegContent(folder_.File("missing.avi")));
+  EXPECT_TRUE(calibrator->HasSourceEnded());
+  ASSERT_TRUE(calibrator->OpenFFmpegContent(Sequence({unit::PictureWithoutGrid()}, 50)));
+  EXPECT_FALSE(calibrator->OpenFFmpegContent(folder_.File("missing.avi"))) << "one is open";
+  EXPECT_FALSE(calibrator->HasSourceEnded());
+}
+
 TEST_F(CalibratorCapture, DestroyingItStopsTheReaderFirst) {
   auto calibrator = unit::MakeCalibrator();
   ASSERT_TRUE(calibrator->OpenFFmpegContent(Sequence({unit::PictureWithGrid()}, 50)));

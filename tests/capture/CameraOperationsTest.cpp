@@ -73,7 +73,7 @@ TEST_F(CameraOperations, ACameraThatDoesNotOpenIsReported) {
 }
 
 TEST_F(CameraOperations, AnExceptionOfTheLibraryIsReported) {
-  left->opens = [](const std::string&) -> bool { throw std::runtime_error("no such thing"); };
+  left->opens = [](const std::string&) -> bool { throw std::runtime_error("no such\nthing\n"); };
   EXPECT_EQ(PrintedByOpening(false),
             "ERROR : The capture library failed: no such thing\n"
             "ERROR : Could not open camera 0\n");

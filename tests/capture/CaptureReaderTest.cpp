@@ -67,6 +67,86 @@ TEST_F(Reader, PausesAfterAnEmptyFrame) {
   EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(3 * 32 - 20));
 }
 
+/// A source of three frames, and nothing more.
+class ReaderOfAFile : public Reader {
+ protected:
+  ReaderOfAFile() {
+    left->deliver = [this] { return ++asked_ <= 3 ? Frames({640, 480})() : cv::Mat(); };
+  }
+  bool AwaitEnd() {
+    return unit::Eventually([&] { return ends > 0; });
+  }
+
+  std::atomic<int> asked_{0};
+};
+
+TEST_F(ReaderOfAFile, TellsItsEndOnceAfterItsLastFrame) {
+  EXPECT_FALSE(reader->SourceEnded());
+  int endsAtLastFrame = -1;
+  onViews = [&](CapturedViews&) { endsAtLastFrame = ends; };
+  const std::string printed = unit::PrintedBy([&] {
+    ASSERT_TRUE(reader->OpenContent("video"));
+    ASSERT_TRUE(AwaitEnd());
+    const int grabs = left->grabs;
+    ASSERT_TRUE(unit::Eventually([&] { return left->grabs > grabs + 12; })) << "it may go on";
+    EXPECT_TRUE(reader->SourceEnded());
+    EXPECT_TRUE(reader->Running());
+    reader->Close(words);
+  });
+  EXPECT_EQ(processed, 3);
+  EXPECT_EQ(endsAtLastFrame, 0);
+  EXPECT_EQ(ends, 1);
+  EXPECT_FALSE(reader->SourceEnded());
+  EXPECT_EQ(printed, "WARN  : The source delivers no frames.\nDEBUG : releasing\nDEBUG : closed\n");
+}
+
+TEST_F(ReaderOfAFile, TakesAPipelinesEndForOneToo) {
+  ASSERT_TRUE(reader->OpenPipe("pipe"));
+  EXPECT_TRUE(AwaitEnd());
+}
+
+TEST_F(ReaderOfAFile, ForgetsAnEndWhenFramesComeAgain) {
+  ASSERT_TRUE(reader->OpenContent("stream"));
+  ASSERT_TRUE(AwaitEnd());
+  asked_ = 2;
+  EXPECT_TRUE(unit::Eventually([&] { return ends == 2; })) << "told again after the next frames";
+  EXPECT_EQ(processed, 4);
+}
+
+TEST_F(ReaderOfAFile, ForgetsAnEndWithTheNextOpenAndOnRequest) {
+  ASSERT_TRUE(reader->OpenContent("video"));
+  ASSERT_TRUE(AwaitEnd());
+  reader->ForgetEnd();
+  EXPECT_FALSE(reader->SourceEnded());
+  reader->Close(words);
+  reader->NoteFailedOpen();
+  EXPECT_TRUE(reader->SourceEnded());
+  left->deliver = Frames({640, 480});
+  ASSERT_TRUE(OpenCamera());
+  EXPECT_FALSE(reader->SourceEnded());
+  reader->NoteFailedOpen();  // of an Open that was refused while this one is read
+  EXPECT_FALSE(reader->SourceEnded());
+}
+
+TEST_F(ReaderOfAFile, DoesNotTakeASilentCameraForOneThatHasEnded) {
+  ASSERT_TRUE(OpenCamera());
+  ASSERT_TRUE(unit::Eventually([&] { return left->grabs > 15; }));
+  EXPECT_EQ(ends, 0);
+  EXPECT_FALSE(reader->SourceEnded());
+}
+
+TEST_F(Reader, TellsTheEndOfACameraThatIsGoneButNotOfOneThatIsClosed) {
+  ASSERT_TRUE(OpenCamera());
+  NextViews();
+  reader->Close(words);
+  EXPECT_EQ(ends, 0);
+  ASSERT_TRUE(OpenCamera());
+  NextViews();
+  left->opened = false;
+  EXPECT_TRUE(unit::Eventually([&] { return ends == 1; }));
+  EXPECT_TRUE(reader->SourceEnded());
+}
+
 TEST_F(Reader, EndsWithinATenthOfASecondWithoutFrames) {
   left->deliver = [] { return cv::Mat(); };
   std::vector<Clock::duration> waits;

@@ -24,6 +24,22 @@ TEST_P(Grabber, ProcessesOnAThreadOfItsOwn) {
   EXPECT_TRUE(calibrator_->IsDetected());
 }
 
+TEST_P(Grabber, HasABodyThatReturnsAtOnceOnAnyOtherThread) {
+  const auto body = [this] {
+    GetParam() == Kind::JPEG ? calibrator_->jpegB64grabber() : calibrator_->RGBgrabber();
+  };
+  EXPECT_EQ(unit::PrintedBy(body), "");
+  const std::string printed = unit::PrintedBy([&] {
+    Open();
+    body();
+    Push(unit::PlainPicture(50));
+    EXPECT_TRUE(audience_.AwaitCalls(1));
+    Destroy();
+  });
+  EXPECT_EQ(printed, StartedLine() + ExitedLine());
+  EXPECT_NE(audience_.Calls().front().thread, std::this_thread::get_id());
+}
+
 TEST_P(Grabber, ProcessesOnlyTheLastOfThreePushedAtOnce) {
   const int levels[] = {50, 100, 150};
   cv::Mat images[3];

@@ -19,7 +19,7 @@ class ReaderFixture : public testing::Test {
  protected:
   std::unique_ptr<CaptureReader> MakeReader() {
     auto made = std::make_unique<CaptureReader>(
-        [this] { reader_->Read([this](CapturedViews& views) { Keep(views); }); },
+        [this] { reader_->Read([this](CapturedViews& views) { Keep(views); }, [this] { ++ends; }); },
         [this, sources = 0]() mutable -> std::unique_ptr<FrameSource> {
           return std::make_unique<FakeSource>(sources++ == 0 ? left : right);
         });
@@ -47,6 +47,7 @@ class ReaderFixture : public testing::Test {
   /// Counts what is processed; tests may do more, on the reader's thread.
   std::function<void(CapturedViews&)> onViews = [](CapturedViews&) {};
   std::atomic<int> processed{0};
+  std::atomic<int> ends{0};  ///< of sources, as they were told
 
   CaptureReader* reader_ = nullptr;  ///< stays while `reader` is being reset
   std::mutex lock_;                  ///< guards last_

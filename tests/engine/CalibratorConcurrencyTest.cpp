@@ -40,6 +40,36 @@ void ReadEverything(Calibrator& calibrator) {
   }
 }
 
+TEST(CalibratorConcurrency, AnswersWithStatusCountAndResultOfOneMoment) {
+  constexpr int ROUNDS = 3000;
+  const unit::ScopedLogLevel silent(0);
+  const auto views = unit::NoisyViews(5);
+  const auto calibrator = unit::MakeCalibrator();
+  calibrator->SetSolver(Calibrator::SOLVER_SPARSE);
+  std::atomic<bool> changing{true};
+
+  unit::Crowd crowd;
+  crowd.Add([&] {
+    for (int round = 0; round < ROUNDS; ++round) {
+      for (const auto& view : views) calibrator->AddPoints(view);
+      if (round % 10 == 0) calibrator->ComputeCalibration(Calibrator::MODEL_CLASSIC);
+      calibrator->Reset();
+    }
+    changing = false;
+  });
+  crowd.Add([&] {
+    while (changing) {
+      const nlohmann::json answer = nlohmann::json::parse(calibrator->GetStatus_QVX());
+      const int status = answer.at("ii");
+      ASSERT_EQ(answer.at("ni") == 5, status != Calibrator::STATUS_NOT_READY) << answer;
+      if (status == Calibrator::STATUS_COMPLETED) {
+        ASSERT_NE(answer.at("cj"), "") << answer;
+      }
+    }
+  });
+  crowd.RunToTheEnd();
+}
+
 TEST(CalibratorConcurrency, DetectsWhileOthersReadAddResetComputeAndSwitchTheAssistant) {
   constexpr int DETECTIONS = 16;
   const support::TemporaryFolder folder;

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <future>
+#include <limits>
 
 #include "Calibrator.h"
 #include "Matchers.h"
@@ -78,6 +79,48 @@ TEST(Failure, OfTheSolverIsToldBesideTheEarlierResult) {
   calibrator->AddPoints(UnevenView());
   EXPECT_TRUE(FailsInBackground(*calibrator));
   EXPECT_SAME_MAT(calibrator->GetK(), K);
+}
+
+TEST(Failure, IsAResultThatIsNotFinite) {
+  const auto calibrator = unit::CompletedCalibrator();
+  const cv::Mat K = calibrator->GetK().clone();
+  auto view = unit::NoisyViews(1).front();
+  view[7].x = std::numeric_limits<double>::quiet_NaN();
+  calibrator->AddPoints(view);
+  for (const int status : {Calibrator::STATUS_READY, Calibrator::STATUS_COMPLETED}) {
+    calibrator->SetStatus(status);
+    EXPECT_THROW(calibrator->ComputeCalibration(CLASSIC), cv::Exception);
+    EXPECT_TRUE(calibrator->HasFailed());
+    EXPECT_EQ(calibrator->GetStatus(), status);
+    EXPECT_SAME_MAT(calibrator->GetK(), K);
+    EXPECT_EQ(calibrator->GetRMS(), -1.0F);
+  }
+  EXPECT_EQ(calibrator->GetNumberOfRecords(), 7);
+}
+
+TEST(Failure, IsAResultOfASheetWithoutASize) {
+  // As NewCalibrator makes a calibrator of: its answer is that a computation fails.
+  Calibrator calibrator(unit::GRID, 1e-30F, Calibrator::MONOCULAR, unit::FRAME.width, unit::FRAME.height);
+  for (const auto& view : unit::NoisyViews(6)) calibrator.AddPoints(view);
+  EXPECT_TRUE(FailsInBackground(calibrator));
+  EXPECT_EQ(calibrator.GetStatus(), Calibrator::STATUS_READY);
+}
+
+TEST(Failure, IsAPairsResultThatIsNotFinite) {
+  const auto calibrator = unit::CompletedStereoCalibrator();
+  const cv::Mat R = calibrator->GetR().clone();
+  const cv::Mat K = calibrator->GetKLeft().clone();
+  const float rms = calibrator->GetRMS();
+  auto pairs = unit::NoisyPairs(1);
+  pairs.right[0][7].y = std::numeric_limits<double>::quiet_NaN();
+  calibrator->AddStereoPoints(pairs.left[0], pairs.right[0]);
+  EXPECT_THROW(calibrator->ComputeCalibrationStereo(unit::RightResult(), unit::LeftResult(), CLASSIC, false),
+               cv::Exception);
+  EXPECT_TRUE(calibrator->HasFailed());
+  EXPECT_EQ(calibrator->GetStatus(), Calibrator::STATUS_READY);
+  EXPECT_SAME_MAT(calibrator->GetR(), R);
+  EXPECT_SAME_MAT(calibrator->GetKLeft(), K);
+  EXPECT_EQ(calibrator->GetRMS(), rms);
 }
 
 TEST(Failure, ForWantOfSnapshotsIsToldToo) {

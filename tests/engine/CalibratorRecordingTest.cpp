@@ -173,10 +173,20 @@ TEST_F(Recording, IsWrittenToAnotherFileOnRequest) {
   const auto model = nlohmann::json::parse(support::ReadText(folder_.File("mine.json")));
   EXPECT_EQ(model.at("count"), 1);
   ExpectPose(model.at("points0"), taken_[0]);
-  unit::PrintedBy([&] {
-    calibrator_->StartModelRecording();
-    EXPECT_FALSE(calibrator_->StopModelRecording("/nowhere/mine.json"));
-  });
+}
+
+TEST_F(Recording, GoesOnWhenItsFileCannotBeOpened) {
+  unit::PrintedBy([&] { calibrator_->StartModelRecording(); });
+  TakeSnapshot(0);
+  EXPECT_EQ(unit::PrintedBy([&] { EXPECT_FALSE(calibrator_->StopModelRecording("/nowhere/mine.json")); }),
+            "");
+  TakeSnapshot(1);
+  EXPECT_EQ(unit::PrintedBy([&] { EXPECT_TRUE(calibrator_->StopModelRecording(folder_.File("mine.json"))); }),
+            "INFO  : Stop model recording\n");
+  const auto model = nlohmann::json::parse(support::ReadText(folder_.File("mine.json")));
+  EXPECT_EQ(model.at("count"), 2);
+  ExpectPose(model.at("points0"), taken_[0]);
+  ExpectPose(model.at("points1"), taken_[1]);
 }
 
 TEST_F(Recording, ReportsNothingWhenItCannotBeSaved) {

@@ -14,6 +14,7 @@
 #include "Matchers.h"
 #include "TemporaryFolder.h"
 #include "engine/StereoCollection.h"
+#include "foundation/OneLine.h"
 #include "foundation/Scopes.h"
 
 namespace {
@@ -254,6 +255,16 @@ TEST_F(StereoComputation, ReportsAFileThatCannotBeOpened) {
   }
 }
 
+TEST_F(StereoComputation, OpensBothResultsBeforeItLooksIntoEither) {
+  const auto calibrator = unit::StereoCalibratorWith(unit::NoisyPairs(6));
+  const std::string incomplete = folder_.File("incomplete.json");
+  const std::string missing = folder_.File("missing.json");
+  support::WriteText(incomplete, Without(leftText_, "cameraMatrix"));
+  ExpectRefusal(*calibrator, incomplete, missing, true, CannotOpen(missing), 0.0F);
+  ExpectRefusal(*calibrator, incomplete, incomplete, true, CannotOpen(incomplete), 0.0F);
+  ExpectRefusal(*calibrator, missing, incomplete, true, CannotOpen(missing), 0.0F);
+}
+
 TEST_F(StereoComputation, TakesTextsForPathsAndPathsForTextsAsUnreadable) {
   const auto calibrator = unit::StereoCalibratorWith(unit::NoisyPairs(6));
   ExpectRefusal(*calibrator, leftText_, rightText_, true, CannotOpen(leftText_), 0.0F);
@@ -350,6 +361,17 @@ TEST_F(StereoComputation, ReplacesTheMatricesOfACompletedCalibratorEvenWhenItRef
   ExpectLoaded(*calibrator, classic, right_);
   EXPECT_SAME_MAT(calibrator->GetR(), R);
   EXPECT_EQ(calibrator->GetRMS(), rms);
+}
+
+TEST_F(StereoComputation, SavesTheLensesOfItsResultWhateverWasReadAndRefusedSince) {
+  const auto calibrator = unit::CompletedStereoCalibrator();
+  const std::string saved = calibrator->SaveResult(false, "");
+  const std::string status = calibrator->GetStatus_QVX();
+  const std::string other = unit::MonocularResult({2.0 * left_.K, left_.D.colRange(0, 5).clone()});
+  unit::PrintedBy([&] { EXPECT_EQ(calibrator->ComputeCalibrationStereo(other, other, 20, false), -1.0F); });
+  EXPECT_SAME_MAT(calibrator->GetKLeft(), 2.0 * left_.K);
+  EXPECT_EQ(calibrator->SaveResult(false, ""), saved);
+  EXPECT_EQ(calibrator->GetStatus_QVX(), status);
 }
 
 TEST_F(StereoComputation, ReplacesNothingWhenAFileCannotBeOpened) {
@@ -559,7 +581,7 @@ TEST_F(StereoComputationOnAWorker, ReportsWhatItRefuses) {
 
 TEST_F(StereoComputationOnAWorker, LogsAFailureGivesTheStatusBackAndIsUsableAgain) {
   const auto pairs = UnevenPairs();
-  const std::string expected = "ERROR : Stereo calibration failed: " + RefusalOf(pairs) + "\n";
+  const std::string expected = "ERROR : Stereo calibration failed: " + OneLine(RefusalOf(pairs)) + "\n";
   const auto calibrator = unit::StereoCalibratorWith(pairs);
   std::string printed;
   {

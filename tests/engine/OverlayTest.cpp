@@ -37,6 +37,18 @@ OverlayText SpeedOf(double elapsed) {
   return OverlayTexts(state).back();
 }
 
+TEST(Overlay, IsDrawnByACalibratorForEverybody) {
+  Calibrator calibrator({4, 11}, 0.02F, Calibrator::MONOCULAR, 640, 480);
+  cv::Mat frame(480, 640, CV_8UC3, cv::Scalar::all(50));
+  cv::Mat expected = frame.clone();
+  calibrator.drawInfo(frame, 0.05);
+  OverlayState state = SomeState();
+  state.snapshots = 0;
+  state.goal = -1;
+  DrawOverlay(state, expected);
+  EXPECT_SAME_MAT(frame, expected);
+}
+
 TEST(Overlay, HasSixTextsInDrawingOrder) {
   const std::vector<OverlayText> texts = OverlayTexts(SomeState());
   ASSERT_EQ(texts.size(), 6U);

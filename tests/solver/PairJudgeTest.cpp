@@ -283,16 +283,17 @@ TEST(PairVerdict, ComesFromACalibratorWithEitherSolver) {
   EXPECT_EQ(calibrator->GetPairVerdict().grade, Grade::None);
 }
 
-TEST(PairVerdict, IsNotOfLensesThatWereReadSinceTheResult) {
+TEST(PairVerdict, StaysThatOfItsResultWhenOtherLensesAreReadAndRefused) {
   const auto calibrator = unit::StereoCalibratorWith(unit::NoisyPairs(8));
   calibrator->ComputeCalibrationStereo(unit::LeftResult(), unit::RightResult(), Calibrator::MODEL_FULL,
                                        false);
-  ASSERT_NE(calibrator->GetPairVerdict().grade, Grade::None);
+  const PairVerdict verdict = calibrator->GetPairVerdict();
+  ASSERT_NE(verdict.grade, Grade::None);
   unit::KnownIntrinsics narrow = unit::IntrinsicsOf(unit::PairOfCameras().left);
   narrow.D = narrow.D.colRange(0, 5).clone();
   calibrator->ComputeCalibrationStereo(unit::MonocularResult(narrow), unit::RightResult(),
                                        Calibrator::MODEL_FULL, false);
-  EXPECT_EQ(calibrator->GetPairVerdict().grade, Grade::None);
+  EXPECT_EQ(calibrator->GetPairVerdict().ToJson(), verdict.ToJson());
 }
 
 TEST(PairVerdict, IsAJsonTextToo) {

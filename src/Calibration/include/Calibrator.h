@@ -52,6 +52,9 @@ class VELMORA_API Calibrator {
   using FrameListener =
       std::function<void(const std::vector<unsigned char>& jpeg, const std::string& status)>;
 
+  /// Is told that a source has ended.
+  using SourceEndListener = std::function<void()>;
+
   /// Gets the number of iterations so far and the RMS reprojection error in pixels.
   using ProgressListener = std::function<void(int iterations, double rms)>;
 
@@ -218,9 +221,9 @@ class VELMORA_API Calibrator {
   /// during STATUS_PROGRESS, in a stereo calibrator, before a computation, and after snapshots were added to
   /// those that the result is of.
   CalibrationVerdict GetVerdict();
-  /// How good the result of the last computation of a pair is, whichever solver it is of. Grade None during
-  /// STATUS_PROGRESS, in a monocular calibrator, before a computation, after one that failed with lenses that
-  /// it had read, and after snapshots were added to those that the result is of. Takes milliseconds, changes
+  /// How good the result of the last computation of a pair is, whichever solver it is of, with the lenses
+  /// that it was found with. Grade None during STATUS_PROGRESS, in a monocular calibrator, before a
+  /// computation, and after snapshots were added to those that the result is of. Takes milliseconds, changes
   /// nothing. Raises cv::Exception for snapshots of which no pose can be found.
   PairVerdict GetPairVerdict();
   /// Which lens model the snapshots ask for, found with the sparse solver in a tenth of a second for usual
@@ -240,7 +243,8 @@ class VELMORA_API Calibrator {
   /// Computes the intrinsics with the lens model (MODEL_RATIONAL, MODEL_FULL, anything else classic). Returns
   /// the RMS reprojection error in pixels, or -1.0 when nothing was computed: during STATUS_PROGRESS, in a
   /// stereo calibrator, or (with an error line) with fewer than five snapshots. Ends the assistant. An
-  /// exception of the solver reaches the caller; the status and earlier results are then as before.
+  /// exception of the solver reaches the caller, and cv::Exception is raised for a result that is not finite;
+  /// the status and earlier results are then as before.
   float ComputeCalibration(const int& model);
   /// The same on a thread of its own. Follow it through the status. A failure is logged.
   void ComputeCalibrationMultithread(const int& model);
@@ -253,7 +257,11 @@ class VELMORA_API Calibrator {
   /// error in pixels; 0.0, with an error line, when a result cannot be read; -1.0 when nothing was computed:
   /// during STATUS_PROGRESS, in a monocular calibrator, and (with an error line) with fewer than five
   /// snapshots or a result with fewer than 14 coefficients. Ends the assistant. An exception of the solver
-  /// reaches the caller; the status is then as before.
+  /// reaches the caller, and cv::Exception is raised for a result that is not finite; the status is then as
+  /// before.
+  ///
+  /// GetKLeft, GetDistCoefsLeft, GetKRight and GetDistCoefsRight give what was read last, even where it was
+  /// refused; SaveResult and GetPairVerdict go by the lenses that the result was found with.
   float ComputeCalibrationStereo(const std::string& left, const std::string& right, const int& model,
                                  const bool& fromFiles);
   /// The same from texts on a thread of its own. Follow it through the status. A failure is logged.
@@ -299,9 +307,10 @@ class VELMORA_API Calibrator {
   /// kind, date and time in the current folder). An empty text during STATUS_PROGRESS, and with an error line
   /// before a computation. A failed save is reported by an error line; the text is returned all the same.
   std::string SaveResult(const bool& save, const std::string& path);
-  /// Local date and time as strftime's "%Y%m%d%X" gives it.
+  /// Local date and time as strftime's "%Y%m%d%X" gives it in the C locale, such as 2026111423:50:56.
   std::string currentDateTime();
-  /// Status, snapshot count, a sentence and, when completed, the result file's text, as one JSON text.
+  /// Status, snapshot count, a sentence and, when completed, the result file's text, all of one moment, as
+  /// one JSON text.
   std::string GetStatus_QVX();
 
   // ---- Sources of frames, one at a time. A source that is open is read on a thread of the calibrator's own:
@@ -336,6 +345,20 @@ class VELMORA_API Calibrator {
   bool OpenGstreamerPipe(std::string pipe);
   void CloseGstreamerPipe();
 
+  /// Closes whatever is open, both cameras of a pair too: as CloseStereoNativeCamera where a right camera is
+  /// open, and as CloseNativeCamera otherwise.
+  void CloseSource();
+
+  /// True when the source that was opened last brings no frame any more: content or a pipeline that came to
+  /// its end, a source that is no longer open by itself, or one that an Open failed to open. False before any
+  /// Open, after a Close, and as soon as another source is opened or a frame is pushed. Settled after the
+  /// last frame was processed, so a computation that it started is under way by then.
+  bool HasSourceEnded();
+  /// Calls the function when a source ends by itself, on the thread that read it, after its last frame was
+  /// processed; again if frames come after that and end. Not for an Open that failed, which says so itself.
+  /// An empty one ends that. What it throws is logged. A Close does not wait in it.
+  void SetSourceEndListener(SourceEndListener listener);
+
   /// Shows frames as they are processed in the window "Preview", which all calibrators of the process share
   /// and which has a thread of its own: pictures that come faster than it can show are skipped. Without a
   /// display one error line is printed and nothing is shown. The window goes away when a source is closed and
@@ -351,6 +374,9 @@ class VELMORA_API Calibrator {
 
   /// The reader's thread runs this; on any other it returns at once.
   void cameraReader();
+  /// The grabbers' threads run these; on any other they return at once.
+  void jpegB64grabber();
+  void RGBgrabber();
 
   // ---- Frames pushed in. Thread-safe. Each is decoded, searched with DetectPoints, which draws on it, and
   // handed to the listeners. That happens on the caller's thread or, while the grabber of its kind is open,
@@ -401,7 +427,11 @@ class VELMORA_API Calibrator {
   /// Calls the Java listener, if there is one.
   void onCalibrationCallback(JNIEnv* env, std::vector<unsigned char> jpeg, const std::string& json);
 
-  // ---- Review and recording.
+  // ---- Overlay, review and recording.
+
+  /// Writes the snapshot count, the frame's size, version, status and speed into the frame's top left corner;
+  /// `elapsed` is the duration of a detection in seconds. What detection draws. Frame thread.
+  void drawInfo(cv::Mat& frame, const double& elapsed);
 
   /// Shows every snapshot with the grid reprojected through the computed model in the window "Reprojected
   /// frame", a key press each. Returns at once during STATUS_PROGRESS and in a stereo calibrator, and with an
@@ -410,9 +440,10 @@ class VELMORA_API Calibrator {
 
   /// From here on the centres of each snapshot that AddPoints() takes are recorded as a pose. Thread-safe.
   void StartModelRecording();
-  /// Writes the recorded poses to "model_tmp.json" in the current folder. Thread-safe.
+  /// Ends the recording and writes its poses to "model_tmp.json" in the current folder. Thread-safe.
   void StopModelRecording();
-  /// The same to another file. False when nothing was recorded or the file could not be opened.
+  /// The same to another file. False when nothing is recorded, and when the file could not be opened: the
+  /// recording then goes on, and can be written elsewhere.
   bool StopModelRecording(const std::string& path);
 
  private:
@@ -440,9 +471,9 @@ class VELMORA_API Calibrator {
   std::string FaultOf(const cv::Mat& frame) const;
   bool BringToProcessingSize(cv::Mat& frame);
   bool BringToProcessingSize(cv::Mat& left, cv::Mat& right);
-  void drawInfo(cv::Mat& frame, const double& elapsed);
   void Guide(const std::shared_ptr<CalibAssistant>& assistant, const std::vector<cv::Point2d>& points);
   void RecordPose(const std::vector<cv::Point2d>& points);
+  bool SaveRecording(const std::string& path);
   int StoreSnapshot(const std::vector<cv::Point2d>& points);
   bool RefusesStereo();
   void MirrorIfWanted(cv::Mat& left, cv::Mat& right);
@@ -450,16 +481,16 @@ class VELMORA_API Calibrator {
                           const std::vector<cv::Point2d>& rightPoints);
   bool ShowSourceIf(bool opened);
   void ProcessCaptured(CapturedViews& views, JNIEnv* env);
+  void TellSourceEnd();
   void RequireProcessable(const cv::Mat& frame) const;
   bool HasEnoughRecords();
   void ProcessPushed(cv::Mat& frame, JNIEnv* env);
-  void jpegB64grabber();
-  void RGBgrabber();
   void RunInBackground(const char* name, std::function<void()> task);
   int Completed();
   void NoteEndWithoutResult(int completedBefore);
   cv::Mat ResultOf(int ofKind, cv::Mat Results::*member);
   bool GuardOfUnreachableResults();
+  Results ResultsToSave() const;
   std::string ResultText(const Results& results, JSON& document) const;
 
   const int kind_;

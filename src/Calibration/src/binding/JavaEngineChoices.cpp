@@ -1,7 +1,10 @@
 /// The native methods of com.velotrix.quiverleaf.sdk.EngineChoices, which go to the calibrators directly.
 #include <jni.h>
 
+#include <memory>
+
 #include "binding/JavaArguments.h"
+#include "binding/JavaThread.h"
 #include "binding/Registry.h"
 
 #define EXPORT(Result, name) \
@@ -19,6 +22,30 @@ jboolean With(JNIEnv* env, jint id, Work work) {
     return jboolean{JNI_TRUE};
   });
 }
+
+/// A java.lang.Runnable, for any thread. The class is one that is never unloaded, so its method stays.
+class Task {
+ public:
+  Task(JNIEnv* env, jobject runnable) : machine_(JavaMachineOf(env)), runnable_(env, runnable) {
+    const jni::LocalReference<jclass> type(env, env->FindClass("java/lang/Runnable"));
+    jni::Check(env);
+    run_ = env->GetMethodID(type.Get(), "run", "()V");
+    jni::Check(env);
+  }
+  /// Throws jni::JavaException for what Java throws.
+  void Run() const {
+    const JavaThread thread(machine_);
+    JNIEnv* const env = thread.Environment();
+    if (env == nullptr) return;
+    env->CallVoidMethod(runnable_.Get(), run_);
+    jni::Check(env);
+  }
+
+ private:
+  JavaVM* machine_;
+  jni::GlobalReference runnable_;
+  jmethodID run_ = nullptr;
+};
 
 }  // namespace
 
@@ -60,6 +87,27 @@ EXPORT(jboolean, nHasFailed)(JNIEnv* env, jclass, jint id) {
   bool failed = false;
   With(env, id, [&](Calibrator& calibrator) { failed = calibrator.HasFailed(); });
   return failed ? JNI_TRUE : JNI_FALSE;
+}
+
+EXPORT(jboolean, nCloseSource)(JNIEnv* env, jclass, jint id) {
+  return With(env, id, [](Calibrator& calibrator) { calibrator.CloseSource(); });
+}
+
+EXPORT(jboolean, nHasSourceEnded)(JNIEnv* env, jclass, jint id) {
+  bool ended = false;
+  With(env, id, [&](Calibrator& calibrator) { ended = calibrator.HasSourceEnded(); });
+  return ended ? JNI_TRUE : JNI_FALSE;
+}
+
+EXPORT(jboolean, nSetSourceEndListener)(JNIEnv* env, jclass, jint id, jobject listener) {
+  return With(env, id, [&](Calibrator& calibrator) {
+    if (listener == nullptr) {
+      calibrator.SetSourceEndListener({});
+    } else {
+      const auto task = std::make_shared<const Task>(env, listener);
+      calibrator.SetSourceEndListener([task] { task->Run(); });
+    }
+  });
 }
 
 EXPORT(jboolean, nCancelComputation)(JNIEnv* env, jclass, jint id) {

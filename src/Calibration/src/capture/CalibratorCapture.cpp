@@ -55,8 +55,24 @@ void Calibrator::CloseGstreamerPipe() {
   if (capture_->Close(PIPE)) preview_->SourceClosed();
 }
 
+void Calibrator::CloseSource() {
+  if (capture_->SecondOpened()) {
+    CloseStereoNativeCamera();
+  } else {
+    CloseNativeCamera();
+  }
+}
+
+bool Calibrator::HasSourceEnded() {
+  return capture_->SourceEnded();
+}
+
 bool Calibrator::ShowSourceIf(bool opened) {
-  if (opened) preview_->SourceOpened();
+  if (opened) {
+    preview_->SourceOpened();
+  } else {
+    capture_->NoteFailedOpen();
+  }
   return opened;
 }
 
@@ -81,7 +97,8 @@ void Calibrator::split(const std::string& s, char separator, std::vector<std::st
 void Calibrator::cameraReader() {
   const OwnThread own(*this);
   const JavaThread thread(delivery_->javaMachine);
-  capture_->Read([&](CapturedViews& views) { ProcessCaptured(views, thread.Environment()); });
+  capture_->Read([&](CapturedViews& views) { ProcessCaptured(views, thread.Environment()); },
+                 [this] { TellSourceEnd(); });
 }
 
 /// Detection draws on the frame; what it leaves is shown and handed on.

@@ -11,6 +11,7 @@
 #include "capture/OwnThread.h"
 #include "capture/Preview.h"
 #include "engine/FrameKind.h"
+#include "foundation/OneLine.h"
 
 namespace {
 
@@ -20,7 +21,7 @@ void Guarded(const char* what, Action action) {
   try {
     action();
   } catch (const std::exception& fault) {
-    Log::error("%s failed: %s", what, fault.what());
+    Log::error("%s failed: %s", what, OneLine(fault.what()).c_str());
   } catch (...) {
     Log::error("%s failed.", what);
   }
@@ -66,6 +67,7 @@ void Calibrator::setBypassProcessing(const bool& bypass) {
 }
 
 void Calibrator::NextFrameJpegB64(std::string& base64Jpeg, const int& tag, JNIEnv* env, bool fromGrabber) {
+  capture_->ForgetEnd();
   if (!fromGrabber && delivery_->jpegGrabber.Offer(base64Jpeg, tag)) return;
   const BusyScope busy(delivery_->jpegBusy);
   if (!busy.Entered()) return;
@@ -76,6 +78,7 @@ void Calibrator::NextFrameJpegB64(std::string& base64Jpeg, const int& tag, JNIEn
 }
 
 void Calibrator::NextFrameRGB(cv::Mat& image, const int& tag, JNIEnv* env, bool fromGrabber) {
+  capture_->ForgetEnd();
   if (!fromGrabber && delivery_->rgbGrabber.Offer(image, tag)) return;
   const BusyScope busy(delivery_->rgbBusy);
   if (!busy.Entered()) return;
@@ -102,6 +105,7 @@ void Calibrator::ProcessPushed(cv::Mat& frame, JNIEnv* env) {
 }
 
 void Calibrator::jpegB64grabber() {
+  if (!delivery_->jpegGrabber.RunsHere()) return;
   {
     const OwnThread own(*this);
     const JavaThread thread(delivery_->javaMachine);
@@ -116,6 +120,7 @@ void Calibrator::jpegB64grabber() {
 }
 
 void Calibrator::RGBgrabber() {
+  if (!delivery_->rgbGrabber.RunsHere()) return;
   {
     const OwnThread own(*this);
     const JavaThread thread(delivery_->javaMachine);
@@ -133,6 +138,16 @@ void Calibrator::RGBgrabber() {
 void Calibrator::SetFrameListener(FrameListener listener) {
   delivery_->listeners.SetNative(
       listener == nullptr ? nullptr : std::make_shared<const FrameListener>(std::move(listener)));
+}
+
+void Calibrator::SetSourceEndListener(SourceEndListener listener) {
+  delivery_->listeners.SetSourceEnd(
+      listener == nullptr ? nullptr : std::make_shared<const SourceEndListener>(std::move(listener)));
+}
+
+void Calibrator::TellSourceEnd() {
+  const auto listener = delivery_->listeners.Current().sourceEnd;
+  if (listener != nullptr) Guarded("The source's listener", [&] { (*listener)(); });
 }
 
 void Calibrator::RegisterJavaVM(JNIEnv* env) {

@@ -6,6 +6,7 @@
 #include "Log.h"
 #include "capture/CaptureReader.h"
 #include "capture/ContentOptions.h"
+#include "foundation/OneLine.h"
 
 namespace {
 
@@ -42,7 +43,7 @@ void ReleaseSource(FrameSource* source) {
   try {
     source->Release();
   } catch (const std::exception& fault) {
-    Log::error("The capture library failed: %s", fault.what());
+    Log::error("The capture library failed: %s", OneLine(fault.what()).c_str());
   }
 }
 
@@ -85,7 +86,7 @@ bool CaptureReader::OpenSource(const std::function<void()>& open) {
     open();
     primaryOpened_ = primary_->IsOpened();
   } catch (const std::exception& fault) {
-    Log::error("The capture library failed: %s", fault.what());
+    Log::error("The capture library failed: %s", OneLine(fault.what()).c_str());
     ReleasePrimary();
   }
   return primaryOpened_;
@@ -101,6 +102,7 @@ bool CaptureReader::OpenCamera(int index, const FrameFormat& asked, int splitMod
   if (!MayOpen("Native camera is already opened.")) return false;
   const int device = std::max(index, 0);
   splitMode_ = splitMode;
+  endsEmpty_ = false;
   if (!OpenSource([&] { OpenMonoOrConcatenated(device, asked); })) {
     Log::error("Could not open camera %d", device);
     return false;
@@ -133,6 +135,7 @@ bool CaptureReader::OpenCameraPair(int leftIndex, int rightIndex, const FrameFor
     return false;
   const int left = std::max(leftIndex, 0);
   const int right = std::max(rightIndex, 0);
+  endsEmpty_ = false;
   if (!OpenSource([&] {
         primary_->Open(left);
         SetMotionJpeg(*primary_);
@@ -164,6 +167,7 @@ bool CaptureReader::OpenContent(const std::string& content) {
   const auto operation = BeginOperation();
   if (!MayOpen("FFmpeg content is already opened.")) return false;
   const Content parsed = ParseContent(content);
+  endsEmpty_ = true;
   const bool opened = OpenSource([&] {
     primary_->Open(parsed.source, cv::CAP_ANY);
     ReadFormat();
@@ -179,6 +183,7 @@ bool CaptureReader::OpenContent(const std::string& content) {
 bool CaptureReader::OpenPipe(const std::string& pipe) {
   const auto operation = BeginOperation();
   if (!MayOpen("Gstreamer pipe is already opened.")) return false;
+  endsEmpty_ = true;
   const bool opened = OpenSource([&] {
     primary_->Open(pipe, cv::CAP_GSTREAMER);
     ReadFormat();
@@ -192,7 +197,9 @@ bool CaptureReader::OpenPipe(const std::string& pipe) {
 
 bool CaptureReader::Close(const ClosingWords& words) {
   const auto operation = BeginOperation();
-  return primary_ != nullptr && ClosePrimary(words);
+  const bool closed = primary_ != nullptr && ClosePrimary(words);
+  ended_ = false;
+  return closed;
 }
 
 /// With the operation begun.
@@ -212,6 +219,7 @@ bool CaptureReader::ClosePrimary(const ClosingWords& words) {
 void CaptureReader::ClosePair() {
   const auto operation = BeginOperation();
   if (!ClosePrimary(LEFT_CAMERA)) JoinThread();
+  ended_ = false;
   if (!secondOpened_) {
     Log::error("Can't close right native camera. Right camera is not opened.");
     return;
@@ -226,6 +234,7 @@ void CaptureReader::Stop() {
   StopThread();
   ReleasePrimary();
   ReleaseSecond();
+  ended_ = false;
 }
 
 void CaptureReader::ReleasePrimary() {

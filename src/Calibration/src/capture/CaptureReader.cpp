@@ -11,6 +11,9 @@ namespace {
 /// After a turn without a frame.
 constexpr std::chrono::microseconds EMPTY_PAUSE{32000};
 
+/// So many of them in a row, a third of a second, are the end of a file or stream.
+constexpr int TURNS_OF_AN_END = 10;
+
 /// The library ends its texts with a line break.
 std::string FirstLine(const std::exception& fault) {
   const std::string text = fault.what();
@@ -44,6 +47,7 @@ bool CaptureReader::Start() {
   twoDevices_ = secondOpened_;  // a right camera that was left open makes a pair of any source
   reported_ = OncePerCause();
   stopRequested_ = false;
+  ended_ = false;
   try {
     thread_ = std::thread([this] {
       readerId_ = std::this_thread::get_id();
@@ -73,20 +77,25 @@ void CaptureReader::JoinThread() {
   if (!OnReaderThread() && thread_.joinable()) thread_.join();
 }
 
-void CaptureReader::Read(const Process& process) {
+void CaptureReader::Read(const Process& process, const Ended& ended) {
   if (!OnReaderThread()) return;
   const RunningScope running(running_);
   CapturedViews views;
+  int emptyTurns = 0;
   while (!stopRequested_) {
     primaryOpened_ = primary_->IsOpened();
     if (!primaryOpened_) {
       Log::warn("The source is no longer open. Reading ends.");
+      NoteEnd(ended);
       return;
     }
     if (!ReadViews(views)) {
+      if (endsEmpty_ && ++emptyTurns == TURNS_OF_AN_END) NoteEnd(ended);
       Pause();
       continue;
     }
+    emptyTurns = 0;
+    ended_ = false;
     try {
       process(views);
     } catch (const std::exception& fault) {
@@ -124,6 +133,17 @@ bool CaptureReader::ReadFrom(FrameSource& source, cv::Mat& frame) {
     if (reported_.IsNew(cause)) Log::error("The source failed: %s", cause.c_str());
   }
   return false;
+}
+
+/// Not of a source that is being closed.
+void CaptureReader::NoteEnd(const Ended& ended) {
+  if (stopRequested_) return;
+  ended_ = true;
+  if (ended) ended();
+}
+
+void CaptureReader::NoteFailedOpen() {
+  if (!primaryOpened_) ended_ = true;
 }
 
 void CaptureReader::Pause() {

@@ -39,6 +39,7 @@ class CaptureReader {
  public:
   using NewSource = std::function<std::unique_ptr<FrameSource>()>;
   using Process = std::function<void(CapturedViews& views)>;
+  using Ended = std::function<void()>;
 
   /// `body` is what the thread runs: it calls Read.
   explicit CaptureReader(std::function<void()> body, NewSource newSource = NewVideoSource);
@@ -60,13 +61,20 @@ class CaptureReader {
   /// Ends the thread, waits for it and releases the sources, without a word.
   void Stop();
 
-  /// Reads frames and hands them to `process` until a stop is requested or the source is no longer open. For
-  /// the body: returns at once on any other thread.
-  void Read(const Process& process);
+  /// Reads frames and hands them to `process` until a stop is requested or the source is no longer open.
+  /// Calls `ended` when the source ends by itself. For the body: returns at once on any other thread.
+  void Read(const Process& process, const Ended& ended = {});
 
   bool Running() const { return running_; }
   /// From a Close on until the next source opens.
   bool StopRequested() const { return stopRequested_; }
+  /// True when no frame comes any more though a source was asked for: see Calibrator::HasSourceEnded.
+  bool SourceEnded() const { return ended_; }
+  /// Frames come from elsewhere now.
+  void ForgetEnd() { ended_ = false; }
+  /// After an Open that failed.
+  void NoteFailedOpen();
+  bool SecondOpened() const { return secondOpened_; }
   /// As the source reported it when it was opened.
   FrameFormat Format();
   /// True when the last camera was found to deliver two views side by side.
@@ -92,6 +100,7 @@ class CaptureReader {
 
   bool ReadViews(CapturedViews& views);
   bool ReadFrom(FrameSource& source, cv::Mat& frame);
+  void NoteEnd(const Ended& ended);
   void Pause();
 
   const std::function<void()> body_;
@@ -105,6 +114,7 @@ class CaptureReader {
   std::thread thread_;
   bool twoDevices_ = false;  ///< decided when the thread starts
   OncePerCause reported_;    ///< of one run of the thread
+  bool endsEmpty_ = false;   ///< a source that delivers nothing has ended: it is no camera
 
   // As of the last look: only the owner of the sources may ask them.
   std::atomic<bool> primaryOpened_{false};
@@ -112,6 +122,7 @@ class CaptureReader {
   std::atomic<bool> concatenated_{false};
   std::atomic<bool> running_{false};
   std::atomic<bool> stopRequested_{false};
+  std::atomic<bool> ended_{false};
   std::atomic<std::thread::id> readerId_{};
 
   std::mutex pauseLock_;

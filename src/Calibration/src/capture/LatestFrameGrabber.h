@@ -1,6 +1,7 @@
 /// A thread that works on the newest of the frames handed to it.
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <functional>
@@ -71,6 +72,9 @@ class LatestFrameGrabber {
     return true;
   }
 
+  /// True on the thread that runs the body.
+  bool RunsHere() const { return bodyThread_ == std::this_thread::get_id(); }
+
   /// Closes for good and waits for the thread's end. Not to be called from the body.
   void End() {
     {
@@ -97,13 +101,16 @@ class LatestFrameGrabber {
     while (served_ != openings_) {
       ++served_;
       lock.unlock();
+      bodyThread_ = std::this_thread::get_id();
       body_();
+      bodyThread_ = std::thread::id();
       lock.lock();
     }
     threadLives_ = false;
   }
 
   const std::function<void()> body_;
+  std::atomic<std::thread::id> bodyThread_{};
   std::mutex lock_;  ///< guards all that follows, but for joining the thread
   std::condition_variable changed_;
   bool open_ = false;

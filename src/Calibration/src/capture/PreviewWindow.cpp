@@ -8,6 +8,7 @@
 #include "Display.h"
 #include "Log.h"
 #include "capture/OncePerCause.h"
+#include "foundation/OneLine.h"
 
 namespace {
 
@@ -126,7 +127,7 @@ void PreviewWindow::Run() {
     try {
       Draw(wanted, picture, exists);
     } catch (const std::exception& fault) {
-      if (reported.IsNew(fault.what())) Log::error("The preview failed: %s", fault.what());
+      if (reported.IsNew(fault.what())) Log::error("The preview failed: %s", OneLine(fault.what()).c_str());
     }
     lock.lock();
     AwaitWork(lock, exists);

@@ -2,6 +2,7 @@
 #include "CalibAssistant.h"
 #include "Calibrator.h"
 #include "Log.h"
+#include "engine/Finite.h"
 #include "engine/ProgressScope.h"
 #include "engine/SolverChoice.h"
 
@@ -34,6 +35,7 @@ float Calibrator::ComputeCalibration(const int& model) {
     if (!progress.Cancelled()) throw;
     return -1.0F;
   }
+  RequireFinite(solved.rms, {solved.K, solved.D, solved.rvecs, solved.tvecs});
 
   data.lock();
   results_.K = solved.K;

@@ -9,7 +9,7 @@ PairVerdict Calibrator::GetPairVerdict() {
   if (solver_->usedPairs != records_.objectRecords.size()) return {};
   const PairRecords records{records_.objectRecords, records_.imageRecords,   records_.imageRecordsRight,
                             solver_->usedPairModel, solver_->usedRefinement, solver_->usedDiscRadius};
-  const StereoIntrinsics lenses{results_.K, results_.D, results_.KRight, results_.DRight};
+  const StereoIntrinsics lenses = solver_->usedLenses;
   const cv::Mat R = results_.R;
   const cv::Mat T = results_.T;
   data.unlock();

@@ -3,6 +3,7 @@
 #include "JSON.h"
 #include "Log.h"
 #include "engine/ResultDocument.h"
+#include "engine/SolverChoice.h"
 
 cv::Mat Calibrator::ResultOf(int ofKind, cv::Mat Results::*member) {
   const std::lock_guard<std::mutex> data(dataLock_);
@@ -94,6 +95,20 @@ std::string Calibrator::currentDateTime() {
   return CurrentDateTime();
 }
 
+/// With dataLock_ held: what is saved. A pair's lenses are those that its result was found with, whatever was
+/// read since.
+Calibrator::Results Calibrator::ResultsToSave() const {
+  Results results = results_;
+  if (kind_ == STEREO) {
+    const StereoIntrinsics& lenses = solver_->usedLenses;
+    results.K = lenses.K;
+    results.D = lenses.D;
+    results.KRight = lenses.KRight;
+    results.DRight = lenses.DRight;
+  }
+  return results;
+}
+
 std::string Calibrator::ResultText(const Results& results, JSON& document) const {
   const bool mono = results.rms != -1.0F && !results.K.empty() && !results.D.empty();
   const bool stereo =
@@ -124,7 +139,7 @@ std::string Calibrator::SaveResult(const bool& save, const std::string& path) {
       Log::error("The calibration process has not been performed yet.");
       return "";
     }
-    results = results_;
+    results = ResultsToSave();
   }
   if (kind_ != MONOCULAR && kind_ != STEREO) return "";
   JSON document;
@@ -136,13 +151,22 @@ std::string Calibrator::SaveResult(const bool& save, const std::string& path) {
 }
 
 std::string Calibrator::GetStatus_QVX() {
+  // All of one moment: who reads "completed" finds the result beside it.
+  std::unique_lock<std::mutex> data(dataLock_);
+  const int status = GetStatus();
+  const int count = static_cast<int>(records_.objectRecords.size());
+  const Results results = status == STATUS_COMPLETED ? ResultsToSave() : Results{};
+  data.unlock();
+
   JSON answer;
   answer.addString("op", "cs");
   answer.addString("c", "success");
-  const int status = GetStatus();
   answer.addInt("ii", status);
-  answer.addInt("ni", GetNumberOfRecords());
+  answer.addInt("ni", count);
   answer.addString("it", StatusSentence(status));
-  if (status == STATUS_COMPLETED) answer.addString("cj", SaveResult(false, ""));
+  if (status == STATUS_COMPLETED) {
+    JSON document;
+    answer.addString("cj", ResultText(results, document));
+  }
   return answer.toJson();
 }

@@ -63,16 +63,24 @@ void Calibrator::StartModelRecording() {
 }
 
 void Calibrator::StopModelRecording() {
-  StopModelRecording("model_tmp.json");
+  const std::lock_guard<std::mutex> data(dataLock_);
+  if (recording_ == nullptr) return;
+  Log::info("Stop model recording");
+  SaveRecording("model_tmp.json");
+  recording_.reset();
 }
 
 bool Calibrator::StopModelRecording(const std::string& path) {
   const std::lock_guard<std::mutex> data(dataLock_);
-  if (recording_ == nullptr) return false;
+  if (recording_ == nullptr || !SaveRecording(path)) return false;
   Log::info("Stop model recording");
-  // The counter runs on over recordings: a second one holds poses from the first one's count on.
-  recording_->addInt("count", recordCounter_);
-  const bool opened = recording_->save(path);
   recording_.reset();
-  return opened;
+  return true;
+}
+
+/// With dataLock_ held and a recording open. The counter runs on over recordings: a second one holds poses
+/// from the first one's count on.
+bool Calibrator::SaveRecording(const std::string& path) {
+  recording_->addInt("count", recordCounter_);
+  return recording_->save(path);
 }

@@ -1,12 +1,12 @@
 /// The calibrator's computation of a pair.
 #include <exception>
-#include <utility>
 
 #include "CalibAssistant.h"
 #include "Calibrator.h"
 #include "JSON.h"
 #include "Log.h"
 #include "engine/Extrinsics.h"
+#include "engine/Finite.h"
 #include "engine/ProgressScope.h"
 #include "engine/SolverChoice.h"
 
@@ -14,18 +14,12 @@ namespace {
 
 constexpr int RATIONAL_COEFFICIENTS = 14;
 
-/// Reads a monocular result, a file or its text, into K and D. False, reported as an unreadable file, for
-/// whatever holds no such result.
-bool ReadIntrinsics(const std::string& source, bool fromFile, cv::Mat& K, cv::Mat& D) {
+/// True when the reading succeeds; reported as an unreadable file otherwise.
+template <typename Reading>
+bool Reads(const std::string& source, Reading reading) {
   bool read = false;
   try {
-    JSON document;
-    read = !fromFile || document.load(source);
-    if (!fromFile) document.fromJson(source);
-    if (read) {
-      K = document.readMat("cameraMatrix");
-      D = document.readMat("distCoefs");
-    }
+    read = reading();
   } catch (const nlohmann::json::exception&) {
     read = false;
   } catch (const cv::Exception&) {
@@ -33,6 +27,33 @@ bool ReadIntrinsics(const std::string& source, bool fromFile, cv::Mat& K, cv::Ma
   }
   if (!read) Log::error("Cannot open file: %s", source.c_str());
   return read;
+}
+
+bool Open(const std::string& source, bool isFile, JSON& document) {
+  return Reads(source, [&] {
+    if (isFile) return document.load(source);
+    document.fromJson(source);
+    return true;
+  });
+}
+
+bool ReadLens(const std::string& source, JSON& document, cv::Mat& K, cv::Mat& D) {
+  return Reads(source, [&] {
+    K = document.readMat("cameraMatrix");
+    D = document.readMat("distCoefs");
+    return true;
+  });
+}
+
+/// Reads two monocular results, files or their texts: both are opened before either is looked into. False,
+/// with an error line that names the first of which that cannot be done.
+bool ReadIntrinsics(const std::string& left, const std::string& right, bool fromFiles,
+                    StereoIntrinsics& intrinsics) {
+  JSON leftDocument;
+  JSON rightDocument;
+  return Open(left, fromFiles, leftDocument) && Open(right, fromFiles, rightDocument) &&
+         ReadLens(left, leftDocument, intrinsics.K, intrinsics.D) &&
+         ReadLens(right, rightDocument, intrinsics.KRight, intrinsics.DRight);
 }
 
 bool IsRational(const cv::Mat& D, const std::string& source) {
@@ -52,8 +73,7 @@ float Calibrator::ComputeCalibrationStereo(const std::string& left, const std::s
   data.unlock();
 
   StereoIntrinsics intrinsics;
-  if (!ReadIntrinsics(left, fromFiles, intrinsics.K, intrinsics.D)) return 0.0F;
-  if (!ReadIntrinsics(right, fromFiles, intrinsics.KRight, intrinsics.DRight)) return 0.0F;
+  if (!ReadIntrinsics(left, right, fromFiles, intrinsics)) return 0.0F;
 
   data.lock();
   if (RefusesStereo() || !HasEnoughRecords()) return -1.0F;  // another thread was faster
@@ -64,8 +84,7 @@ float Calibrator::ComputeCalibrationStereo(const std::string& left, const std::s
     results_.DRight = lenses.DRight;
   };
   const StereoIntrinsics earlier{results_.K, results_.D, results_.KRight, results_.DRight};
-  const size_t earlierPairs = std::exchange(solver_->usedPairs, 0);
-  // What was read stays, whatever becomes of the computation: but a failure leaves an earlier result whole.
+  // What was read stays, even where it is refused; an earlier result keeps the lenses that it was found with.
   hold(intrinsics);
   if (!IsRational(intrinsics.D, left) || !IsRational(intrinsics.DRight, right)) return -1.0F;
   ProgressScope progress(*this);
@@ -79,16 +98,19 @@ float Calibrator::ComputeCalibrationStereo(const std::string& left, const std::s
   try {
     solved = settings.SolvePair(records.objectRecords, records.imageRecords, records.imageRecordsRight,
                                 intrinsics, {frameWidth_, frameHeight_}, model);
+    const StereoIntrinsics& lenses = solved.refined;
+    RequireFinite(solved.rms,
+                  {solved.R, solved.T, solved.E, solved.F, lenses.K, lenses.D, lenses.KRight, lenses.DRight});
   } catch (const std::exception&) {
     data.lock();
     if (!results_.R.empty()) hold(earlier);
-    solver_->usedPairs = earlierPairs;
     if (!progress.Cancelled()) throw;
     return -1.0F;
   }
 
   data.lock();
-  if (settings.refineLenses) hold(solved.refined);
+  solver_->usedLenses = settings.refineLenses ? solved.refined : intrinsics;
+  hold(solver_->usedLenses);
   results_.R = solved.R;
   results_.T = solved.T;
   results_.E = solved.E;

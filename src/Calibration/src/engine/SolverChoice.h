@@ -65,9 +65,10 @@ struct Calibrator::SolverChoice {
   bool usedRobust = false;
   bool tooFewAgree = false;
   double usedDiscRadius = 0.0;
-  /// Of the last pair's result, if there is one: the number of snapshots, the lens model, and whether the
-  /// lenses were refined.
+  /// Of the last pair's result, if there is one: the number of snapshots, the lenses that it was found with,
+  /// the lens model, and whether the lenses were refined.
   size_t usedPairs = 0;
+  StereoIntrinsics usedLenses;
   int usedPairModel = MODEL_CLASSIC;
   bool usedRefinement = false;
 };

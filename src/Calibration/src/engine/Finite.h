@@ -1,0 +1,9 @@
+/// Tells numbers from what is none.
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <vector>
+
+/// Raises cv::Exception (StsNoConv) unless the error, as single precision holds it, and all elements of the
+/// matrices are finite. Solvers end in such numbers when the views determine no camera.
+void RequireFinite(double rms, const std::vector<cv::Mat>& matrices);
