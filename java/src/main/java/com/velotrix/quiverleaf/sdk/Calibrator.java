@@ -185,12 +185,20 @@ public final class Calibrator implements AutoCloseable {
 
   // ---- Assistant.
 
-  /** Draws the poses of a model file into the frames, one after the other, and takes their snapshots. */
+  /**
+   * Draws the poses of a model file into the frames, one after the other, and takes their snapshots.
+   *
+   * @throws IllegalArgumentException when the file is no model, which the engine's log explains; there is no
+   *     assistant then
+   */
   public void startAssistant(Path model) throws IOException {
     if (!Files.isReadable(model)) {
       throw new java.nio.file.NoSuchFileException(model.toString());
     }
     Calibration.nStartAssistant(id(), model.toString());
+    if (Calibration.nGetAssistantGoal(id()) < 1 && !EngineChoices.nIsComputing(id())) {
+      throw new IllegalArgumentException(model + " is no model of poses; the engine's log says why");
+    }
   }
 
   /** Ends the assistant; snapshots are kept. */
@@ -234,7 +242,8 @@ public final class Calibrator implements AutoCloseable {
    * @throws TimeoutException when there is none in time
    * @throws IllegalStateException when the computation that ended last brought none, which the engine's log
    *     explains; {@link #result} still has an earlier one. It is so until a computation brings a result, the
-   *     assistant is started, or the calibrator is reset
+   *     assistant is started, or the calibrator is reset. Also when nothing is computed and {@link
+   *     #sourceEnded} says that no frame comes any more: a computation is to be started before the wait
    */
   public CalibrationResult awaitResult(Duration patience) throws InterruptedException, TimeoutException {
     return ResultWait.on(this, patience);
@@ -248,11 +257,15 @@ public final class Calibrator implements AutoCloseable {
    *
    * @param file its path; ".json" is appended unless it ends in that
    * @return the file written
+   * @throws IllegalArgumentException when the path has no name before ".json"
    * @throws IllegalStateException when there is no result
    */
   public Path save(Path file) throws IOException {
     String path = file.toString();
     String base = path.endsWith(".json") ? path.substring(0, path.length() - 5) : path;
+    if (base.isEmpty()) {
+      throw new IllegalArgumentException("'" + path + "' names no file");
+    }
     String json = Calibration.nGetCalibrationJSON(id(), true, base);
     if (json.isEmpty()) {
       throw new IllegalStateException("Nothing to save yet: calibrate first.");
@@ -283,12 +296,15 @@ public final class Calibrator implements AutoCloseable {
     return Calibration.nOpenNativeCamera(id(), index, width, height, fps, split.code());
   }
 
-  /** Opens two cameras as a pair. The right one stays open until another source is, or until close. */
+  /** Opens two cameras as a pair. */
   public boolean openCameras(int left, int right, int width, int height, int fps) {
     return Calibration.nOpenNativeStereoCamera(id(), left, right, width, height, fps);
   }
 
-  /** Opens a file or URL; false, with a line in the log, when that fails. */
+  /**
+   * Opens a file or URL; false, with a line in the log, when that fails. At its end it stays open until
+   * {@link #closeSource}; {@link #onSourceEnded} tells.
+   */
   public boolean openContent(String content) {
     return Calibration.nOpenFFmpegContent(id(), Objects.requireNonNull(content, "content"));
   }
@@ -298,8 +314,24 @@ public final class Calibrator implements AutoCloseable {
     return Calibration.nOpenGstreamerPipe(id(), Objects.requireNonNull(pipeline, "pipeline"));
   }
 
-  /** Stops reading the source and closes it. */
-  public void closeSource() { Calibration.nCloseNativeCamera(id()); }
+  /** Stops reading the source and closes it, both cameras of a pair. */
+  public void closeSource() { EngineChoices.nCloseSource(id()); }
+
+  /**
+   * Whether no frame comes any more though a source was asked for: a file or stream that came to its end, a
+   * source that is gone, or an open method that answered false. Not any more after {@link #closeSource}, and
+   * once another source is opened or a frame is pushed.
+   */
+  public boolean sourceEnded() { return EngineChoices.nHasSourceEnded(id()); }
+
+  /**
+   * Has the listener run when a source ends by itself, in place of an earlier listener: on the thread that
+   * read it, after its last frame. Not for an open method that answered false. What it throws is written to
+   * the engine's log.
+   */
+  public void onSourceEnded(Runnable listener) {
+    EngineChoices.nSetSourceEndListener(id(), Objects.requireNonNull(listener, "listener"));
+  }
 
   // ---- Frames that the program pushes.
 
@@ -333,7 +365,7 @@ public final class Calibrator implements AutoCloseable {
    *     the data
    */
   public void push(byte[] data, int width, int height, FrameFormat format) {
-    if (!format.fits(width, height) || data.length < format.bytes(width, height)) {
+    if (!format.fits(width, height) || !format.isHeldBy(data.length, width, height)) {
       throw new IllegalArgumentException(
           data.length + " bytes are no " + format + " frame of " + width + " x " + height);
     }

@@ -1,9 +1,9 @@
 package com.velotrix.quiverleaf.sdk;
 
 /**
- * How a calibrator searches and solves, what becomes of its computations, and how good its result is,
- * addressed by the calibrator's number; beside {@link Calibration}, whose rules hold here too. {@link
- * Calibrator} is the comfortable way to the same.
+ * How a calibrator searches and solves, what becomes of its computations and its source, and how good its
+ * result is, addressed by the calibrator's number; beside {@link Calibration}, whose rules hold here too.
+ * {@link Calibrator} is the comfortable way to the same.
  */
 public final class EngineChoices {
   static { NativeLibrary.load(); }
@@ -39,6 +39,21 @@ public final class EngineChoices {
    * that first. Unknown: false.
    */
   public static native boolean nHasFailed(int id);
+
+  /** Closes whatever source is open, both cameras of a pair too. Unknown: false. */
+  public static native boolean nCloseSource(int id);
+
+  /**
+   * Whether no frame comes any more though a source was asked for: it ended by itself, or an open failed.
+   * False again after a close, and once another source is opened or a frame is pushed. Unknown: false.
+   */
+  public static native boolean nHasSourceEnded(int id);
+
+  /**
+   * Has the listener run, on the thread that read it, when a source ends by itself, in place of an earlier
+   * listener; null for none. Unknown: false.
+   */
+  public static native boolean nSetSourceEndListener(int id, Runnable listener);
 
   /** Ends a computation of the sparse solver that is under way. Unknown: false. */
   public static native boolean nCancelComputation(int id);

@@ -23,10 +23,18 @@ public enum FrameFormat {
   /**
    * The bytes of a frame without padding. YUV frames may have more: all rows are padded evenly then,
    * two rows of chroma in planes counting as one.
+   *
+   * @throws ArithmeticException when they are more than an array can have
    */
   public int bytes(int width, int height) {
     return this == RGB ? Math.multiplyExact(Math.multiplyExact(width, height), 3)
                        : Math.multiplyExact(Math.multiplyExact(height, 3) / 2, width);
+  }
+
+  /** Whether an array of that length holds a frame of that size, which {@link #fits}. */
+  boolean isHeldBy(int length, int width, int height) {
+    long pixels = (long) width * height;
+    return pixels <= length && (this == RGB ? 3 * pixels : 3 * pixels / 2) <= length;
   }
 
   /** Whether there are frames of that size: both sides are positive, and for YUV even. */

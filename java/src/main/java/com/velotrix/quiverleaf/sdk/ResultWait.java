@@ -12,11 +12,13 @@ final class ResultWait {
 
   static CalibrationResult on(Calibrator calibrator, Duration patience)
       throws InterruptedException, TimeoutException {
-    long end = System.nanoTime() + patience.toNanos();
+    long end = System.nanoTime() + nanosOf(patience);
     boolean started = false;
     for (;;) {
-      // In this order: when nothing is computed any more, failure and status are those of the last
-      // computation. The status alone does not tell that a computation is about to replace the result.
+      // In this order: when the source has ended, what its last frame started is under way; when nothing is
+      // computed any more, failure and status are those of the last computation. The status alone does not
+      // tell that a computation is about to replace the result.
+      boolean ended = EngineChoices.nHasSourceEnded(calibrator.id());
       boolean computing = EngineChoices.nIsComputing(calibrator.id());
       boolean failed = EngineChoices.nHasFailed(calibrator.id());
       CalibratorStatus now = calibrator.status();
@@ -31,11 +33,24 @@ final class ResultWait {
           && !EngineChoices.nIsComputing(calibrator.id())) {
         throw new IllegalStateException("the result was dropped by a reset or another snapshot: " + now);
       }
+      if (ended && !computing && now.status() != Status.PROGRESS) {
+        throw new IllegalStateException(
+            "no frame comes any more, the source has ended or could not be opened: " + now);
+      }
       started = started || computing;
       if (System.nanoTime() - end > 0) {
         throw new TimeoutException("no result in time: " + now);
       }
       Thread.sleep(POLL_MILLISECONDS);
+    }
+  }
+
+  /** The nearest that the clock can count; three centuries are for ever. */
+  private static long nanosOf(Duration patience) {
+    try {
+      return patience.toNanos();
+    } catch (ArithmeticException e) {
+      return patience.isNegative() ? 0 : Long.MAX_VALUE;
     }
   }
 }

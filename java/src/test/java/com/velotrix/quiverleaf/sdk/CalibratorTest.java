@@ -70,7 +70,10 @@ class CalibratorTest {
             -> calibrator.openContent("a"),
         ()
             -> calibrator.openPipeline("a"),
-        calibrator::closeSource, calibrator::startGrabbers, calibrator::stopGrabbers,
+        calibrator::closeSource, calibrator::sourceEnded,
+        ()
+            -> calibrator.onSourceEnded(() -> {}),
+        calibrator::startGrabbers, calibrator::stopGrabbers,
         ()
             -> calibrator.push(frame),
         () -> calibrator.push("text"), () -> calibrator.push(frame, 4, 4, FrameFormat.RGB));
@@ -137,8 +140,9 @@ class CalibratorTest {
       for (FrameFormat format : FrameFormat.values()) {
         byte[] data = new byte[format.bytes(64, 48)];
         calibrator.push(data, 64, 48, format);
-        for (int[] size : new int[][] {{64, 50}, {0, 48}, {64, -48}, {40000, 40000}}) {
-          assertThrows(RuntimeException.class, () -> calibrator.push(data, size[0], size[1], format));
+        for (int[] size : new int[][] {{64, 50}, {0, 48}, {64, -48}, {40000, 40000}, {100000, 100000},
+                 {Integer.MAX_VALUE - 1, Integer.MAX_VALUE - 1}}) {
+          assertThrows(IllegalArgumentException.class, () -> calibrator.push(data, size[0], size[1], format));
         }
       }
       assertThrows(
@@ -169,6 +173,37 @@ class CalibratorTest {
   }
 
   @Test
+  void a_wait_may_be_for_ever() throws Exception {
+    try (Calibrator calibrator = Views.calibrated()) {
+      assertTrue(calibrator.awaitResult(Duration.ofSeconds(Long.MAX_VALUE)).rms() > 0.0);
+      calibrator.reset();
+      assertThrows(TimeoutException.class, () -> calibrator.awaitResult(Duration.ofSeconds(Long.MIN_VALUE)));
+      Thread waiting = new Thread(() -> {
+        try {
+          calibrator.awaitResult(Duration.ofSeconds(Long.MAX_VALUE));
+        } catch (InterruptedException | TimeoutException e) {
+          // as it shall end
+        }
+      });
+      waiting.start();
+      assertTrue(Views.eventually(() -> waiting.getState() == Thread.State.TIMED_WAITING));
+      waiting.interrupt();
+      waiting.join();
+    }
+  }
+
+  @Test
+  void a_result_without_a_name_is_not_saved_anywhere() throws Exception {
+    try (Calibrator calibrator = Views.calibrated()) {
+      String[] before = new java.io.File(".").list();
+      for (String path : new String[] {"", ".json"}) {
+        assertThrows(IllegalArgumentException.class, () -> calibrator.save(Path.of(path)));
+      }
+      assertEquals(before.length, new java.io.File(".").list().length);
+    }
+  }
+
+  @Test
   void a_result_is_saved_under_the_name_given() throws Exception {
     try (Calibrator calibrator = Views.calibrated()) {
       assertEquals(folder.resolve("camera.json"), calibrator.save(folder.resolve("camera")));
@@ -186,6 +221,11 @@ class CalibratorTest {
   void an_assistant_needs_its_file_of_poses() throws Exception {
     try (Calibrator calibrator = Calibrator.builder().build()) {
       assertThrows(NoSuchFileException.class, () -> calibrator.startAssistant(folder.resolve("absent")));
+      assertFalse(calibrator.assistantGoal().isPresent());
+      Path none = Files.writeString(folder.resolve("none.json"), "{}");
+      IllegalArgumentException refusal =
+          assertThrows(IllegalArgumentException.class, () -> calibrator.startAssistant(none));
+      assertTrue(refusal.getMessage().startsWith(none.toString()), refusal.getMessage());
       assertFalse(calibrator.assistantGoal().isPresent());
       calibrator.startAssistant(Footage.poses());
       assertEquals(12, calibrator.assistantGoal().getAsInt());

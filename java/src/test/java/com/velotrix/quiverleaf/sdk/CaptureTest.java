@@ -2,11 +2,13 @@ package com.velotrix.quiverleaf.sdk;
 
 import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertFalse;
+import static org.junit.jupiter.api.Assertions.assertThrows;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import java.awt.image.BufferedImage;
 import java.io.ByteArrayInputStream;
 import java.util.List;
+import java.util.concurrent.atomic.AtomicInteger;
 import javax.imageio.ImageIO;
 import org.junit.jupiter.api.DisplayNameGeneration;
 import org.junit.jupiter.api.DisplayNameGenerator;
@@ -49,6 +51,70 @@ class CaptureTest {
       assertFalse(calibrator.openContent("/nowhere/video.avi"));
       assertFalse(calibrator.openCamera(0, 640, 480, 30));
       assertFalse(calibrator.openPipeline("no pipeline at all"));
+    }
+  }
+
+  @Test
+  void waiting_for_a_result_ends_with_the_source() throws Exception {
+    try (Calibrator calibrator = Calibrator.builder().build()) {
+      AtomicInteger ends = new AtomicInteger();
+      calibrator.onSourceEnded(ends::incrementAndGet);
+      calibrator.startAssistant(Footage.poses());
+      // The sheet is in none of its pictures long enough for all of the poses.
+      assertTrue(calibrator.openContent(Footage.file("poses.avi") + " startingFrame=200"));
+      IllegalStateException end =
+          assertThrows(IllegalStateException.class, () -> calibrator.awaitResult(Views.PATIENCE));
+      assertTrue(end.getMessage().contains("the source has ended"), end.getMessage());
+      assertTrue(calibrator.sourceEnded());
+      assertTrue(Views.eventually(() -> ends.get() == 1));
+      calibrator.closeSource();
+      assertFalse(calibrator.sourceEnded());
+    }
+  }
+
+  @Test
+  void waiting_for_a_result_of_a_source_that_did_not_open_ends_at_once() {
+    try (Calibrator calibrator = Calibrator.builder().build()) {
+      assertFalse(calibrator.openContent("/nowhere/video.avi"));
+      assertTrue(calibrator.sourceEnded());
+      IllegalStateException end =
+          assertThrows(IllegalStateException.class, () -> calibrator.awaitResult(Views.PATIENCE));
+      assertTrue(end.getMessage().contains("could not be opened"), end.getMessage());
+    }
+  }
+
+  @Test
+  void a_listener_of_the_source_s_end_may_throw_or_close_the_calibrator() throws Exception {
+    String video = Footage.file("poses.avi") + " startingFrame=250";
+    Calibrator calibrator = Calibrator.builder().build();
+    calibrator.onSourceEnded(() -> { throw new IllegalStateException("not today"); });
+    assertTrue(calibrator.openContent(video));
+    assertTrue(Views.eventually(calibrator::sourceEnded));
+    calibrator.closeSource();
+    calibrator.onSourceEnded(calibrator::close);
+    int id = calibrator.id();
+    assertTrue(calibrator.openContent(video));
+    assertTrue(Views.eventually(() -> Calibration.nGetStatus(id) == -1));
+  }
+
+  @Test
+  void a_pair_is_opened_again_and_leaves_no_camera_to_the_next_source() throws Exception {
+    try (Cameras cameras = new Cameras();
+         Calibrator calibrator = Calibrator.builder().kind(Kind.STEREO).build()) {
+      cameras.provide(0, Footage.pictures("pairs/left").subList(0, 1));
+      cameras.provide(1, Footage.pictures("pairs/right").subList(0, 1));
+      for (int round = 1; round <= 2; ++round) {
+        int snapshots = round;
+        assertTrue(calibrator.openCameras(0, 1, 640, 480, 30));
+        assertEquals(2, cameras.open());
+        assertTrue(Views.eventually(() -> calibrator.takeSnapshot() && calibrator.snapshots() == snapshots));
+        calibrator.closeSource();
+        assertEquals(0, cameras.open());
+      }
+      assertTrue(calibrator.openContent(Footage.file("poses.avi").toString()));
+      listen(calibrator);
+      expectPictures();
+      assertFalse(calibrator.takeSnapshot());
     }
   }
 

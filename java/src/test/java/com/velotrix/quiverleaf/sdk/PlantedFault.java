@@ -17,7 +17,5 @@ final class PlantedFault {
   }
 
   /** Called by the native method. */
-  static void fail() {
-    throw new IllegalStateException("not today");
-  }
+  static void fail() { throw new IllegalStateException("not today"); }
 }

@@ -45,6 +45,9 @@ class SolvingTest {
       assertFalse(EngineChoices.nIsComputing(UNKNOWN));
       assertFalse(EngineChoices.nHasFailed(UNKNOWN));
       assertFalse(EngineChoices.nCancelComputation(UNKNOWN));
+      assertFalse(EngineChoices.nCloseSource(UNKNOWN));
+      assertFalse(EngineChoices.nHasSourceEnded(UNKNOWN));
+      assertFalse(EngineChoices.nSetSourceEndListener(UNKNOWN, () -> {}));
       assertEquals(-1, EngineChoices.nGetFinder(UNKNOWN));
       assertEquals(-1, EngineChoices.nGetSolver(UNKNOWN));
       assertEquals("", EngineChoices.nGetVerdict(UNKNOWN));
