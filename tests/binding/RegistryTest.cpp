@@ -89,6 +89,17 @@ TEST(RegistryNumbers, AreRefusedToSizesBeyondUse) {
   EXPECT_TRUE(refused(4, 11, 0.02F, 640, -1));
 }
 
+TEST(RegistryNumbers, OfAGridOfOneCircleAreGivenAndFindNothing) {
+  const int id = Calibration::NewCalibrator(1, 1, 0.02F, Calibrator::MONOCULAR, 640, 480);
+  ASSERT_GE(id, 0);
+  for (const int finder : {Calibrator::FINDER_STANDARD, Calibrator::FINDER_ROBUST}) {
+    Registry::OfProcess().Find(id)->SetFinder(finder);
+    cv::Mat picture = unit::PictureWithGrid();
+    EXPECT_FALSE(Calibration::DetectPattern(id, picture));
+  }
+  Calibration::DeleteCalibrator(id);
+}
+
 /// Every operation, on a number that does not exist: the line, and the default.
 TEST(RegistryDefaults, OfOperationsWithoutAResultAreALineAlone) {
   std::string text = "text";

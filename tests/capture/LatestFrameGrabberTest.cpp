@@ -157,6 +157,23 @@ TEST(LatestFrameGrabber, WaitsForItsBodyWhenItEnds) {
   EXPECT_TRUE(left);
 }
 
+TEST(LatestFrameGrabber, MayBeEndedBySeveralAtOnce) {
+  // In turns of its own, as two that meet at the wrong moment used to wait for ever.
+  for (int round = 0; round < 50; ++round) {
+    std::promise<void> leave;
+    const std::shared_future<void> left = leave.get_future().share();
+    LatestFrameGrabber<int> grabber([left] { left.wait(); });
+    ASSERT_TRUE(grabber.Open());
+    const auto end = [&grabber] { grabber.End(); };
+    auto first = std::async(std::launch::async, end);
+    auto second = std::async(std::launch::async, end);
+    leave.set_value();
+    const auto deadline = Clock::now() + std::chrono::seconds(60);
+    ASSERT_EQ(first.wait_until(deadline), std::future_status::ready) << "round " << round;
+    ASSERT_EQ(second.wait_until(deadline), std::future_status::ready) << "round " << round;
+  }
+}
+
 TEST(LatestFrameGrabber, EndsThoughItsBodyOpensItAgain) {
   std::atomic<int> runs{0};
   std::promise<void> running;

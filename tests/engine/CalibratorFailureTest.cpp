@@ -135,6 +135,30 @@ TEST(Failure, OfACallOnTheCallersThreadIsToldToo) {
   EXPECT_TRUE(calibrator->HasFailed());
 }
 
+TEST(Failure, IsWhateverAProgressListenerThrows) {
+  const auto calibrator = unit::CompletedCalibrator();
+  calibrator->SetSolver(Calibrator::SOLVER_SPARSE);
+  calibrator->SetProgressListener([](int, double) { throw 42; });
+  EXPECT_EQ(unit::PrintedBy([&] {
+              calibrator->ComputeCalibrationMultithread(CLASSIC);
+              EXPECT_TRUE(unit::Eventually([&] { return !calibrator->IsComputing(); }));
+            }),
+            "ERROR : Calibration failed.\n");
+  EXPECT_TRUE(calibrator->HasFailed());
+  EXPECT_EQ(calibrator->GetStatus(), Calibrator::STATUS_COMPLETED);
+}
+
+TEST(Failure, OfAPairGivesTheEarlierLensesBackWhateverWasThrown) {
+  const auto calibrator = unit::CompletedStereoCalibrator();
+  const cv::Mat K = calibrator->GetKLeft().clone();
+  calibrator->SetSolver(Calibrator::SOLVER_SPARSE);
+  calibrator->SetProgressListener([](int, double) { throw 42; });
+  EXPECT_THROW(calibrator->ComputeCalibrationStereo(unit::RightResult(), unit::LeftResult(), CLASSIC, false),
+               int);
+  EXPECT_SAME_MAT(calibrator->GetKLeft(), K);
+  EXPECT_TRUE(calibrator->HasFailed());
+}
+
 TEST(Failure, IsForgottenWithTheNextResult) {
   const auto calibrator = unit::CalibratorWith(unit::NoisyViews(4));
   ASSERT_TRUE(FailsInBackground(*calibrator));

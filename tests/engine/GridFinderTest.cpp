@@ -66,6 +66,14 @@ TEST(GridFinder, FindsNothingWhenADiscIsHidden) {
   EXPECT_FALSE(FindGridStandard(picture, unit::GRID, points));
 }
 
+TEST(GridFinder, FindsNoGridOfOneCircleOrNone) {
+  for (const cv::Size grid : {cv::Size(1, 1), cv::Size(0, 0), cv::Size(0, 11), cv::Size(-1, -1)}) {
+    std::vector<cv::Point2d> points(3);
+    EXPECT_FALSE(FindGridStandard(unit::PictureWithGrid(), grid, points)) << grid;
+    EXPECT_TRUE(points.empty());
+  }
+}
+
 TEST(GridFinder, LeavesThePictureAlone) {
   const cv::Mat picture = unit::PictureWithGrid();
   const cv::Mat before = picture.clone();

@@ -75,13 +75,15 @@ class LatestFrameGrabber {
   /// True on the thread that runs the body.
   bool RunsHere() const { return bodyThread_ == std::this_thread::get_id(); }
 
-  /// Closes for good and waits for the thread's end. Not to be called from the body.
+  /// Closes for good and waits for the thread's end, as others do who call it meanwhile. Not to be called
+  /// from the body.
   void End() {
     {
       const std::lock_guard<std::mutex> lock(lock_);
       CloseLocked();
       ended_ = true;
     }
+    const std::lock_guard<std::mutex> joining(joinLock_);
     if (thread_.joinable()) thread_.join();
   }
 
@@ -111,7 +113,8 @@ class LatestFrameGrabber {
 
   const std::function<void()> body_;
   std::atomic<std::thread::id> bodyThread_{};
-  std::mutex lock_;  ///< guards all that follows, but for joining the thread
+  std::mutex joinLock_;  ///< one End at a time joins the thread; the body never takes it
+  std::mutex lock_;      ///< guards all that follows, but for joining the thread
   std::condition_variable changed_;
   bool open_ = false;
   bool ended_ = false;

@@ -162,6 +162,8 @@ void Calibrator::RunInBackground(const char* name, std::function<void()> task) {
         task();
       } catch (const std::exception& fault) {
         Log::error("%s failed: %s", name, OneLine(fault.what()).c_str());
+      } catch (...) {  // a progress listener may throw anything
+        Log::error("%s failed.", name);
       }
       finish(completedBefore);
     }).detach();

@@ -1,5 +1,4 @@
 /// The calibrator's computation of a pair.
-#include <exception>
 
 #include "CalibAssistant.h"
 #include "Calibrator.h"
@@ -101,7 +100,7 @@ float Calibrator::ComputeCalibrationStereo(const std::string& left, const std::s
     const StereoIntrinsics& lenses = solved.refined;
     RequireFinite(solved.rms,
                   {solved.R, solved.T, solved.E, solved.F, lenses.K, lenses.D, lenses.KRight, lenses.DRight});
-  } catch (const std::exception&) {
+  } catch (...) {  // a progress listener may throw anything
     data.lock();
     if (!results_.R.empty()) hold(earlier);
     if (!progress.Cancelled()) throw;

@@ -6,6 +6,10 @@
 #include <opencv2/imgproc.hpp>
 
 bool FindGridStandard(const cv::Mat& frame, const cv::Size& patternSize, std::vector<cv::Point2d>& points) {
+  if (patternSize.width < 1 || patternSize.height < 1 || patternSize.area() < 2) {
+    points.clear();
+    return false;  // one circle is no grid, and asked for one the library reads beyond its own lists
+  }
   cv::Mat image = frame;
   // Not every version of the blob detector takes four channels; the grey values are the same either way.
   if (frame.channels() == 4) cv::cvtColor(frame, image, cv::COLOR_BGRA2GRAY);
