@@ -63,6 +63,18 @@ TEST_F(CameraFaults, ASilentCameraHoldsACloseOnlyUntilItSpeaks) {
   EXPECT_EQ(closing.wait_for(std::chrono::seconds(30)), std::future_status::ready);
 }
 
+TEST_F(CameraFaults, ACameraThatStaysSilentIsLeftBehindByAClose) {
+  OpenWithGrid();
+  cameras_.Behave(0, "silent");
+  const auto start = Clock::now();
+  calibrator_->CloseNativeCamera();
+  EXPECT_LT(Clock::now() - start, std::chrono::seconds(4));
+  EXPECT_EQ(CountOf("WARN  : The source does not answer; its thread is left behind.\n"), 1) << Printed();
+  cameras_.Behave(0, "");
+  ASSERT_TRUE(unit::Eventually([&] { return Open(); })) << "as soon as it lets go of whom it held";
+  EXPECT_TRUE(DetectsAnew());
+}
+
 TEST_F(CameraFaults, PicturesThatAreNotOfTheCamerasSizeAreReadOver) {
   const cv::Mat grid = unit::PictureWithGrid();
   cv::Mat large;

@@ -1,6 +1,11 @@
 /// A calibrator that reads files, addresses and pipelines by itself, calibrated from each to the end.
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <functional>
+#include <memory>
 #include <opencv2/imgcodecs.hpp>
 #include <thread>
 
@@ -185,6 +190,58 @@ TEST_F(Capture, AServerThatIsKilledEndsNothing) {
   server.Program().Kill();
   EXPECT_TRUE(EventuallyPrinted("WARN  : The source delivers no frames.\n"));
   calibrator_.CloseGstreamerPipe();
+}
+
+/// A pipeline that a calibrator reads until its server freezes: no more frames, and no end of the connection.
+class FreezingStream {
+ public:
+  explicit FreezingStream(Calibrator& calibrator) {
+    calibrator.SetFrameListener([frames = frames_](const auto&, const auto&) { ++*frames; });
+    opened_ = calibrator.OpenGstreamerPipe("tcpclientsrc host=127.0.0.1 port=" + server_.Port() +
+                                           " ! multipartdemux ! jpegdec ! videoconvert ! appsink sync=false");
+  }
+
+  /// True when frames came, and stopped coming.
+  bool Freeze() {
+    if (!opened_ || !WaitUntil([&] { return *frames_ >= 3; })) return false;
+    server_.Program().Signal(SIGSTOP);
+    return WaitUntil([&] {  // what was under way arrives still
+      const int before = *frames_;
+      return !WaitUntil([&] { return *frames_ > before; }, std::chrono::milliseconds(1000));
+    });
+  }
+
+ private:
+  StreamServer server_{"videotestsrc is-live=true ! video/x-raw,format=I420,width=320,height=240", MJPEG};
+  const std::shared_ptr<std::atomic<int>> frames_ = std::make_shared<std::atomic<int>>(0);
+  bool opened_ = false;
+};
+
+std::chrono::steady_clock::duration TimeOf(const std::function<void()>& action) {
+  const auto start = std::chrono::steady_clock::now();
+  action();
+  return std::chrono::steady_clock::now() - start;
+}
+
+constexpr std::chrono::seconds SOON{3};
+const char* const LEFT_BEHIND = "WARN  : The source does not answer; its thread is left behind.\n";
+
+TEST_F(Capture, AStreamThatStallsHoldsUpNoClose) {
+  FreezingStream stream(calibrator_);
+  ASSERT_TRUE(stream.Freeze());
+  EXPECT_LT(TimeOf([&] { calibrator_.CloseGstreamerPipe(); }), SOON);
+  EXPECT_EQ(output_.Text(),
+            std::string(LEFT_BEHIND) + "DEBUG : Release gstreamer pipe\nDEBUG : Gstreamer pipe closed\n");
+  ASSERT_TRUE(calibrator_.OpenFFmpegContent(Video())) << "a fresh source";
+  ASSERT_TRUE(Collects());
+}
+
+TEST_F(Capture, AStreamThatStallsHoldsUpNoEndOfItsCalibrator) {
+  auto calibrator = std::make_unique<Calibrator>(cv::Size(4, 11), 0.02F, Calibrator::MONOCULAR, 640, 480);
+  FreezingStream stream(*calibrator);
+  ASSERT_TRUE(stream.Freeze());
+  EXPECT_LT(TimeOf([&] { calibrator.reset(); }), SOON);
+  EXPECT_EQ(output_.Text(), LEFT_BEHIND);
 }
 
 }  // namespace

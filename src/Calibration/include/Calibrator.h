@@ -320,8 +320,8 @@ class VELMORA_API Calibrator {
   // An Open returns true when the source is open and its reader started, and prints an error line otherwise.
   // A Close stops the reader, waits for it and releases the source; it prints an error line when there is
   // nothing to close. Every Close but the stereo one closes what any Open but the stereo one opened, and says
-  // nothing before the first Open. The reader ends within a frame's time, or as soon as the library's own
-  // call returns (which a silent camera can hold for ten seconds).
+  // nothing before the first Open. The reader ends within a frame's time. One whose source has not answered
+  // for two seconds is left behind, with a warning line: the source is released when it answers, if ever.
   //
   // On the reader's own thread a Close does not wait, and an Open is refused; the calibrator must not be
   // destroyed there.
@@ -434,8 +434,8 @@ class VELMORA_API Calibrator {
   void drawInfo(cv::Mat& frame, const double& elapsed);
 
   /// Shows every snapshot with the grid reprojected through the computed model in the window "Reprojected
-  /// frame", a key press each. Returns at once during STATUS_PROGRESS and in a stereo calibrator, and with an
-  /// error line without a display. Snapshots that have no result yet are shown plain. Window thread.
+  /// frame", a key press each, until it is closed. Returns at once during STATUS_PROGRESS and in a stereo
+  /// calibrator, with an error line without a display. One without a result is plain. Window thread.
   void WatchReprojection();
 
   /// From here on the centres of each snapshot that AddPoints() takes are recorded as a pose. Thread-safe.

@@ -218,9 +218,10 @@ bool CaptureReader::ClosePrimary(const ClosingWords& words) {
 
 void CaptureReader::ClosePair() {
   const auto operation = BeginOperation();
+  const bool secondOpened = secondOpened_;  // before it may be left behind together with the first
   if (!ClosePrimary(LEFT_CAMERA)) JoinThread();
   ended_ = false;
-  if (!secondOpened_) {
+  if (!secondOpened) {
     Log::error("Can't close right native camera. Right camera is not opened.");
     return;
   }

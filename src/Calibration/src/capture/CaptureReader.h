@@ -2,7 +2,6 @@
 #pragma once
 
 #include <atomic>
-#include <condition_variable>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -11,7 +10,7 @@
 
 #include "capture/FrameSource.h"
 #include "capture/FrameSplit.h"
-#include "capture/OncePerCause.h"
+#include "capture/ReaderRun.h"
 
 /// Size and rate of frames: what is asked of a camera, or what a source reports.
 struct FrameFormat {
@@ -34,16 +33,19 @@ struct ClosingWords {
 /// Closes of different threads wait for each other. On the reader's own thread, that is from within
 /// `process`, a Close does not wait: the thread ends after the frame at hand; an Open is refused there.
 ///
+/// No function waits for a source without end: after two seconds a thread that is stuck in one is left
+/// behind, with a warning line, and its sources with it. The next Open takes fresh ones.
+///
 /// While the thread runs the sources are its own; otherwise they belong to the Open or Close under way.
 class CaptureReader {
  public:
   using NewSource = std::function<std::unique_ptr<FrameSource>()>;
-  using Process = std::function<void(CapturedViews& views)>;
-  using Ended = std::function<void()>;
+  using Process = ReaderRun::Process;
+  using Ended = ReaderRun::Ended;
 
   /// `body` is what the thread runs: it calls Read.
   explicit CaptureReader(std::function<void()> body, NewSource newSource = NewVideoSource);
-  /// Stops the thread and waits for it.
+  /// Stops the thread and waits for it, as a Close does.
   ~CaptureReader();
   CaptureReader(const CaptureReader&) = delete;
   CaptureReader& operator=(const CaptureReader&) = delete;
@@ -58,7 +60,7 @@ class CaptureReader {
   bool Close(const ClosingWords& words);
   void ClosePair();
 
-  /// Ends the thread, waits for it and releases the sources, without a word.
+  /// Ends the thread, waits for it as a Close does, and releases the sources.
   void Stop();
 
   /// Reads frames and hands them to `process` until a stop is requested or the source is no longer open.
@@ -81,11 +83,10 @@ class CaptureReader {
   bool Concatenated() const { return concatenated_; }
 
  private:
-  class RunningScope;
   using OperationLock = std::unique_lock<std::mutex>;
 
   OperationLock BeginOperation();
-  bool OnReaderThread() const { return readerId_ == std::this_thread::get_id(); }
+  bool OnReaderThread() const;
   bool MayOpen(const char* alreadyOpened, const char* rightAlreadyOpened = nullptr);
   bool OpenSource(const std::function<void()>& open);
   void OpenMonoOrConcatenated(int device, const FrameFormat& asked);
@@ -95,26 +96,21 @@ class CaptureReader {
   bool Start();
   void StopThread();
   void JoinThread();
+  void LeaveSources(bool both);
   void ReleasePrimary();
   void ReleaseSecond();
-
-  bool ReadViews(CapturedViews& views);
-  bool ReadFrom(FrameSource& source, cv::Mat& frame);
-  void NoteEnd(const Ended& ended);
-  void Pause();
 
   const std::function<void()> body_;
   const NewSource newSource_;
 
   std::mutex operationLock_;  ///< one Open or Close at a time
-  std::unique_ptr<FrameSource> primary_;
-  std::unique_ptr<FrameSource> second_;
+  std::shared_ptr<FrameSource> primary_;
+  std::shared_ptr<FrameSource> second_;
   int splitMode_ = 0;
   FrameFormat format_;
   std::thread thread_;
-  bool twoDevices_ = false;  ///< decided when the thread starts
-  OncePerCause reported_;    ///< of one run of the thread
-  bool endsEmpty_ = false;   ///< a source that delivers nothing has ended: it is no camera
+  std::shared_ptr<ReaderRun> run_;  ///< of the thread, until it was waited for
+  bool endsEmpty_ = false;          ///< a source that delivers nothing has ended: it is no camera
 
   // As of the last look: only the owner of the sources may ask them.
   std::atomic<bool> primaryOpened_{false};
@@ -123,8 +119,4 @@ class CaptureReader {
   std::atomic<bool> running_{false};
   std::atomic<bool> stopRequested_{false};
   std::atomic<bool> ended_{false};
-  std::atomic<std::thread::id> readerId_{};
-
-  std::mutex pauseLock_;
-  std::condition_variable stopping_;
 };
