@@ -3,12 +3,14 @@
 
 #include <opencv2/highgui.hpp>
 
+#include "Display.h"
+
 namespace app {
 
 void DesktopScreen::Show(const std::string& window, const cv::Mat& picture) {
   // Made before its first picture: the window that imshow makes by itself has a tool bar wider than the
-  // picture.
-  if (opened_.insert(window).second) cv::namedWindow(window, cv::WINDOW_AUTOSIZE | cv::WINDOW_GUI_NORMAL);
+  // picture, and is as large as that.
+  if (opened_.insert(window).second) OpenPictureWindow(window, picture.size());
   cv::imshow(window, picture);
 }
 

@@ -17,8 +17,9 @@ namespace unit {
 struct WindowLog {
   std::atomic<bool> displayAnswers{true};
   std::atomic<bool> createFails{false};
-  std::atomic<bool> slow{false};  ///< a picture stays in Show while this holds
-  std::atomic<int> entered{0};    ///< into Show
+  std::atomic<bool> createWaits{false};  ///< making the window takes as long as this holds
+  std::atomic<bool> slow{false};         ///< a picture stays in Show while this holds
+  std::atomic<int> entered{0};           ///< into Show
   std::atomic<int> tended{0};
   std::atomic<bool> exists{false};
   std::atomic<int> created{0};
@@ -62,6 +63,7 @@ class FakeCalls final : public WindowCalls {
   void Create() override {
     log_->NoteThread();
     ++log_->created;
+    while (log_->createWaits) std::this_thread::yield();
     if (log_->createFails) throw std::runtime_error("no window");
     log_->exists = true;
   }

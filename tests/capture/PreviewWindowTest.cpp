@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <future>
+
 #include "capture/FakeWindow.h"
 #include "foundation/Crowd.h"
 #include "foundation/Scopes.h"
@@ -126,6 +129,35 @@ TEST_F(SharedWindow, AWindowThatFailsIsReportedOnce) {
     }
   });
   EXPECT_EQ(printed, "ERROR : The preview failed: no window\n");
+}
+
+TEST_F(SharedWindow, IsThereWhenTheFirstOpeningReturns) {
+  log->createWaits = true;
+  auto opening = std::async(std::launch::async, [&] { return Open(&first); });
+  ASSERT_TRUE(unit::Eventually([&] { return log->created == 1; }));
+  EXPECT_EQ(opening.wait_for(std::chrono::milliseconds(200)), std::future_status::timeout);
+  log->createWaits = false;
+  EXPECT_TRUE(opening.get());
+  EXPECT_TRUE(log->exists);
+  EXPECT_GE(log->tended, 1);
+}
+
+TEST_F(SharedWindow, ThatIsNeverThereIsWaitedForOnceAndNotForEver) {
+  log->createWaits = true;
+  EXPECT_TRUE(Open(&first));
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_TRUE(Open(&second));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(4));
+  log->createWaits = false;
+}
+
+TEST_F(SharedWindow, AnOpeningThatIsTakenBackIsNotWaitedFor) {
+  log->createWaits = true;
+  auto opening = std::async(std::launch::async, [&] { return Open(&first); });
+  ASSERT_TRUE(unit::Eventually([&] { return log->created == 1; }));
+  window.Close(&first);
+  EXPECT_EQ(opening.wait_for(std::chrono::seconds(4)), std::future_status::ready);
+  log->createWaits = false;
 }
 
 TEST_F(SharedWindow, OpensNoMoreAfterItsEnd) {

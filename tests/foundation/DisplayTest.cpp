@@ -2,42 +2,17 @@
 #include "Display.h"
 
 #include <gtest/gtest.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 
+#include <chrono>
 #include <cstdlib>
-#include <cstring>
-#include <stdexcept>
 #include <string>
 
 #include "Process.h"
 #include "TemporaryFolder.h"
+#include "foundation/LocalServer.h"
 #include "foundation/Scopes.h"
 
 namespace {
-
-/// A local socket that accepts connections into its queue and never answers.
-class SilentServer {
- public:
-  /// A name that starts with a zero byte is one outside the file system.
-  explicit SilentServer(const std::string& name) : socket_(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::memcpy(address.sun_path, name.data(), name.size());
-    const auto length = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + name.size());
-    if (bind(socket_, reinterpret_cast<const sockaddr*>(&address), length) != 0 || listen(socket_, 8) != 0) {
-      close(socket_);
-      throw std::runtime_error("cannot listen");
-    }
-  }
-  ~SilentServer() { close(socket_); }
-  SilentServer(const SilentServer&) = delete;
-  SilentServer& operator=(const SilentServer&) = delete;
-
- private:
-  int socket_;
-};
 
 class Display : public ::testing::Test {
  protected:
@@ -67,7 +42,7 @@ TEST_F(Display, IsAbsentWhenNoServerListensThere) {
 }
 
 TEST_F(Display, IsAbsentWhenTheServerAcceptsButNeverAnswers) {
-  const SilentServer server(std::string(1, '\0') + "/tmp/.X11-unix/X48152");
+  const unit::LocalServer server(unit::XSocketName(48152));
   const unit::ScopedVariable silent("DISPLAY", ":48152");
   const auto start = std::chrono::steady_clock::now();
   EXPECT_FALSE(DisplayAvailable(&reason_));
@@ -92,17 +67,32 @@ TEST_F(Display, IsAbsentForPlatformsThatNeedAServer) {
   EXPECT_EQ(reason_, "No display to open a window on: DISPLAY is not set.");
 }
 
-TEST_F(Display, IsThereWhenAWaylandSocketAccepts) {
+TEST_F(Display, IsAbsentForPlatformsThatAreNotInstalled) {
+  const unit::ScopedVariable unknown("QT_QPA_PLATFORM", "nosuchplatform");
+  EXPECT_FALSE(DisplayAvailable(&reason_));
+  EXPECT_EQ(reason_,
+            "No display to open a window on: the window library cannot work with QT_QPA_PLATFORM set to "
+            "'nosuchplatform'.");
+}
+
+TEST_F(Display, IsAbsentForPlatformsWithoutTheirDevice) {
+  if (std::system("test -e /dev/fb0") == 0) GTEST_SKIP() << "this machine has a frame buffer";
+  const unit::ScopedVariable frameBuffer("QT_QPA_PLATFORM", "linuxfb");
+  EXPECT_FALSE(DisplayAvailable(&reason_));
+}
+
+TEST_F(Display, IsAbsentWhenAWaylandSocketAcceptsAndNothingComesOfIt) {
   const support::TemporaryFolder folder;
-  const SilentServer server(folder.File("wayland-7"));
+  const unit::LocalServer server(folder.File("wayland-7"));
   {
     const unit::ScopedVariable absolute("WAYLAND_DISPLAY", folder.File("wayland-7"));
-    EXPECT_TRUE(DisplayAvailable(&reason_));
+    EXPECT_FALSE(DisplayAvailable(&reason_));
+    EXPECT_EQ(reason_,
+              "No display to open a window on: the window library cannot use the one that there is.");
   }
   const unit::ScopedVariable runtime("XDG_RUNTIME_DIR", folder.Path());
   const unit::ScopedVariable relative("WAYLAND_DISPLAY", "wayland-7");
-  EXPECT_TRUE(DisplayAvailable(&reason_));
-  EXPECT_EQ(reason_, "untouched");
+  EXPECT_FALSE(DisplayAvailable(&reason_));
 }
 
 TEST_F(Display, IsAbsentWhenTheWaylandSocketIsMissing) {
@@ -127,6 +117,8 @@ TEST_F(Display, IsThereWhileAServerAnswers) {
     const unit::ScopedVariable live("DISPLAY", name);
     EXPECT_TRUE(DisplayAvailable(&reason_));
     EXPECT_EQ(reason_, "untouched");
+    const unit::ScopedVariable other("QT_QPA_PLATFORM", "nosuchplatform");
+    EXPECT_FALSE(DisplayAvailable(&reason_)) << "the window library would not use the server";
   }
   const unit::ScopedVariable ended("DISPLAY", name);
   EXPECT_FALSE(DisplayAvailable(&reason_));

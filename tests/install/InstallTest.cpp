@@ -70,6 +70,7 @@ TEST_F(Installation, RunsEveryProgram) {
   }
   EXPECT_EQ(installed, std::set<std::string>(PROGRAMS.begin(), PROGRAMS.end()))
       << "examples stay where they are";
+  EXPECT_TRUE(fs::exists(Prefix() + "/" VELMORA_LIBDIR "/velmora/velmora-window-probe"));
   // The guided program knows the poses that were installed with it.
   EXPECT_NE(OutputOf({Prefix() + "/bin/velmora-guided", "--help"}, OnItsOwn()).find(Poses()),
             std::string::npos);

@@ -1,6 +1,8 @@
 /// A virtual desktop of its own: an X server without a monitor, its windows, keys and pictures.
 #include "Desktop.h"
 
+#include <dlfcn.h>
+
 #include <cstdio>
 #include <opencv2/imgcodecs.hpp>
 #include <sstream>
@@ -12,6 +14,46 @@ namespace system_test {
 namespace {
 
 constexpr std::chrono::milliseconds POLL_INTERVAL{5};
+
+/// A message of one client of an X server to a window of another, as the X library has it.
+struct ClientMessage {
+  int type = 33;
+  unsigned long serial = 0;
+  int sent = 1;
+  void* display = nullptr;
+  unsigned long window = 0;
+  unsigned long kind = 0;
+  int format = 32;
+  long words[5] = {};
+};
+union Event {
+  ClientMessage message;
+  long space[24];
+};
+
+template <typename Function>
+Function Named(void* library, const char* name) {
+  void* const function = dlsym(library, name);
+  if (function == nullptr) throw std::runtime_error(std::string("no ") + name);
+  return reinterpret_cast<Function>(function);
+}
+
+/// No tool of the tests sends this message, so the X library itself does; it is there where windows are.
+void AskToClose(const std::string& display, unsigned long window) {
+  void* const library = dlopen("libX11.so.6", RTLD_NOW);
+  if (library == nullptr) throw std::runtime_error("no X library");
+  void* const connection = Named<void* (*)(const char*)>(library, "XOpenDisplay")(display.c_str());
+  if (connection == nullptr) throw std::runtime_error("no connection to " + display);
+  const auto atom = Named<unsigned long (*)(void*, const char*, int)>(library, "XInternAtom");
+  Event event{};
+  event.message = ClientMessage();
+  event.message.window = window;
+  event.message.kind = atom(connection, "WM_PROTOCOLS", 0);
+  event.message.words[0] = static_cast<long>(atom(connection, "WM_DELETE_WINDOW", 0));
+  Named<int (*)(void*, unsigned long, int, long, Event*)>(library, "XSendEvent")(connection, window, 0, 0,
+                                                                                 &event);
+  Named<int (*)(void*)>(library, "XCloseDisplay")(connection);
+}
 
 }  // namespace
 
@@ -54,6 +96,19 @@ std::string Desktop::AwaitWindow(const std::string& title) {
 
 void Desktop::PressKey(const std::string& window, const std::string& key) {
   RunTool({"xdotool", "key", "--window", window, key});
+}
+
+void Desktop::CloseWindow(const std::string& window) {
+  AskToClose(display_, std::stoul(window));
+}
+
+cv::Size Desktop::SizeOf(const std::string& window) {
+  const std::string geometry = RunTool({"xdotool", "getwindowgeometry", "--shell", window});
+  const auto valueOf = [&](const std::string& name) {
+    const auto at = geometry.find(name + "=");
+    return at == std::string::npos ? 0 : std::stoi(geometry.substr(at + name.size() + 1));
+  };
+  return {valueOf("WIDTH"), valueOf("HEIGHT")};
 }
 
 cv::Mat Desktop::PictureOf(const std::string& window) {

@@ -35,6 +35,13 @@ class Desktop {
   /// Presses and releases a key in the window. Keys are named as xdotool names them.
   void PressKey(const std::string& window, const std::string& key);
 
+  /// Asks the window to close, as the X in its title bar does. Throws std::runtime_error when it cannot be
+  /// asked.
+  void CloseWindow(const std::string& window);
+
+  /// Of the window's inside; empty when it is gone.
+  cv::Size SizeOf(const std::string& window);
+
   /// What the window shows; empty when it is gone.
   cv::Mat PictureOf(const std::string& window);
 

@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <opencv2/imgproc.hpp>
 #include <regex>
 
 #include "Footage.h"
@@ -154,6 +155,39 @@ TEST_F(Interactive, EnterWithTooFewSnapshotsReportsMinusOneAndTheWindowComesBack
   EXPECT_EQ(session.Quit(), 1);
   EXPECT_NE(session.Application().Output().find("Calibration computed! Error = -1\n\n"), std::string::npos);
   EXPECT_FALSE(std::ifstream(folder_.File("none.json")).is_open());
+}
+
+TEST_F(Interactive, ClosingTheReviewEndsIt) {
+  Session session(desktop_,
+                  {"--video", Video("sheet.avi", ViewsOf(SmallCamera(), 60), 3), "--output", "result"},
+                  folder_.Path());
+  ASSERT_TRUE(session.AwaitPicture());
+  TakeSnapshots(session, 7);
+  std::string review;
+  ASSERT_TRUE(session.Press("Frame", "Return", [&] {
+    review = desktop_.FindWindow("Reprojected frame");
+    return !review.empty();
+  }));
+  ASSERT_FALSE(session.StillPicture("Reprojected frame").empty());
+  desktop_.CloseWindow(review);
+  EXPECT_FALSE(desktop_.AwaitWindow("Frame").empty()) << "the session goes on";
+  EXPECT_TRUE(desktop_.FindWindow("Reprojected frame").empty());
+  EXPECT_EQ(session.Quit(), 1);
+}
+
+TEST_F(Interactive, APictureLargerThanAScreenIsShownScaledDown) {
+  cv::Mat large;
+  cv::resize(ViewsOf(SmallCamera(), 1).front(), large, {1920, 1080});
+  Session session(desktop_,
+                  {"--video", Video("large.avi", {large}, 1), "--width", "1920", "--height", "1080"},
+                  folder_.Path());
+  ASSERT_TRUE(session.AwaitPicture());
+  const cv::Mat live = session.StillPicture("Frame");
+  EXPECT_LE(live.cols, 1280);
+  EXPECT_LE(live.rows, 720);
+  EXPECT_GE(live.cols, 1200) << "no smaller than need be";
+  EXPECT_NE(session.TakeSnapshot(), "");
+  EXPECT_EQ(session.Quit(), 1);
 }
 
 /// Seconds of processor time that a process has used so far.

@@ -62,6 +62,35 @@ TEST_F(PreviewOnADesktop, FollowsTheSourceAndEndsWithTheProgram) {
   EXPECT_EQ(program.Output(), "");
 }
 
+TEST_F(PreviewOnADesktop, AProgramMayLeaveWhileItsWindowIsBeingMade) {
+  for (int milliseconds = 0; milliseconds <= 500; milliseconds += 25) {
+    support::Process program({VELMORA_LEAVING_PROGRAM, std::to_string(milliseconds)}, On(desktop_.Display()));
+    ASSERT_EQ(program.WaitForExit(PATIENCE), 0) << "after " << milliseconds << " ms: " << program.Errors();
+    ASSERT_EQ(program.Output(), "left\n");
+  }
+}
+
+TEST_F(PreviewOnADesktop, APictureLargerThanAScreenIsShownScaledDown) {
+  support::Process program({VELMORA_LEAVING_PROGRAM, "60000", "1920", "1080"}, On(desktop_.Display()));
+  cv::Size size;
+  EXPECT_TRUE(WaitUntil([&] {
+    const std::string window = desktop_.FindWindow("Preview");
+    if (!window.empty()) size = desktop_.SizeOf(window);
+    return size == cv::Size(1280, 720);
+  })) << size;
+}
+
+TEST_F(PreviewOnADesktop, APlatformThatIsNotInstalledChangesNothingElse) {
+  support::Process::Options options = On(desktop_.Display());
+  options.unset = {"WAYLAND_DISPLAY"};
+  options.environment["QT_QPA_PLATFORM"] = "nosuchplatform";
+  support::Process program({VELMORA_LEAVING_PROGRAM, "500"}, options);
+  EXPECT_EQ(program.WaitForExit(PATIENCE), 0) << program.Errors();
+  EXPECT_EQ(program.Output(),
+            "ERROR : Cannot open the preview. No display to open a window on: the window library cannot work "
+            "with QT_QPA_PLATFORM set to 'nosuchplatform'.\nleft\n");
+}
+
 TEST_F(PreviewOnADesktop, ADisplayThatDoesNotAnswerChangesNothingElse) {
   support::Process program({VELMORA_PREVIEW_PROGRAM, Pipeline()}, On(":97"));
   ASSERT_TRUE(program.WaitForOutput("ERROR : Cannot open the preview.", PATIENCE));

@@ -15,32 +15,49 @@ namespace {
 constexpr char TITLE[] = "Preview";
 constexpr std::chrono::milliseconds TENDING_INTERVAL{20};
 constexpr std::chrono::milliseconds PATIENCE_AT_EXIT{1000};
+constexpr std::chrono::milliseconds PATIENCE_AT_OPENING{5000};
 
 class DesktopCalls final : public WindowCalls {
  public:
   bool DisplayAnswers(std::string& reason) override { return DisplayAvailable(&reason); }
 
   void Create() override {
-    cv::namedWindow(TITLE, cv::WINDOW_AUTOSIZE);
-    EndThreadBeforeLibrary();
+    if (!created_) EndThreadBeforeLibrary();  // an exit while the library sets itself up waits for that
+    OpenPictureWindow(TITLE, cv::Size());
+    if (!created_) EndThreadBeforeLibrary();
+    created_ = true;
+    large_ = false;
   }
 
   void Show(const cv::Mat& picture) override {
+    if (!large_ && !FitsAScreen(picture.size())) {
+      cv::destroyWindow(TITLE);
+      OpenPictureWindow(TITLE, picture.size());
+      large_ = true;
+    }
     cv::imshow(TITLE, picture);
     if (!shown_) EndThreadBeforeLibrary();
     shown_ = true;
   }
 
-  void Tend() override { cv::waitKey(1); }
+  void Tend() override {
+    cv::waitKey(1);
+    if (!tended_) EndThreadBeforeLibrary();
+    tended_ = true;
+  }
+
   void Destroy() override { cv::destroyWindow(TITLE); }
 
  private:
-  /// What was registered last is run first, so this comes after the library has set itself up.
+  /// What was registered last is run first, so this comes each time the library has set something up.
   static void EndThreadBeforeLibrary() {
     std::atexit([] { PreviewWindow::OfProcess().End(PATIENCE_AT_EXIT); });
   }
 
+  bool created_ = false;
   bool shown_ = false;
+  bool tended_ = false;
+  bool large_ = false;  ///< the window that there is shows pictures scaled down
 };
 
 }  // namespace
@@ -83,7 +100,16 @@ bool PreviewWindow::Open(const void* owner, std::string& reason) {
   }
   owners_.insert(owner);
   changed_.notify_all();
+  AwaitFirstWindow(lock, owner);
   return true;
+}
+
+/// The window library must not be setting itself up while the process exits: it would use what the exit takes
+/// away. So nobody who opened the first window goes on before that is over.
+void PreviewWindow::AwaitFirstWindow(std::unique_lock<std::mutex>& lock, const void* owner) {
+  changed_.wait_for(lock, PATIENCE_AT_OPENING,
+                    [&] { return settled_ || ended_ || ending_ || owners_.count(owner) == 0; });
+  settled_ = true;  // or it is stuck, which is waited for only once
 }
 
 bool PreviewWindow::StartThread(std::string& reason) {
@@ -130,6 +156,10 @@ void PreviewWindow::Run() {
       if (reported.IsNew(fault.what())) Log::error("The preview failed: %s", OneLine(fault.what()).c_str());
     }
     lock.lock();
+    if (exists && !settled_) {
+      settled_ = true;
+      changed_.notify_all();
+    }
     AwaitWork(lock, exists);
   }
   ended_ = true;

@@ -25,7 +25,8 @@ class WindowCalls {
 
 /// One window that all who want it share: it exists while somebody does, and shows the newest picture of any
 /// of them. Window calls must all come from the same thread, so they are made on one of the window's own,
-/// started when it is first needed. All functions are thread-safe, and none waits for a window call.
+/// started when it is first needed. All functions are thread-safe, and none waits for a window call but the
+/// first Open.
 class PreviewWindow {
  public:
   explicit PreviewWindow(std::unique_ptr<WindowCalls> calls);
@@ -37,7 +38,9 @@ class PreviewWindow {
   /// The process's window on the desktop. Its thread ends when the process exits.
   static PreviewWindow& OfProcess();
 
-  /// Makes the owner want the window. False, with one sentence for the user, when there can be none.
+  /// Makes the owner want the window. False, with one sentence for the user, when there can be none. The
+  /// first time it returns when the window is there, or after five seconds: a process that exits while the
+  /// window library sets itself up crashes.
   bool Open(const void* owner, std::string& reason);
   void Close(const void* owner);
   /// Replaces a picture not shown yet. Nobody may write into the picture afterwards. Nothing happens when the
@@ -49,6 +52,7 @@ class PreviewWindow {
 
  private:
   bool StartThread(std::string& reason);
+  void AwaitFirstWindow(std::unique_lock<std::mutex>& lock, const void* owner);
   void Run();
   void Draw(bool wanted, const cv::Mat& picture, bool& exists);
   void AwaitWork(std::unique_lock<std::mutex>& lock, bool exists);
@@ -59,6 +63,7 @@ class PreviewWindow {
   std::set<const void*> owners_;
   cv::Mat pending_;                  ///< empty when everything is shown
   const void* pendingOf_ = nullptr;  ///< whose picture it is
+  bool settled_ = false;             ///< the first window was made, or failed, or is not waited for any more
   bool ending_ = false;
   bool ended_ = false;
   std::thread thread_;

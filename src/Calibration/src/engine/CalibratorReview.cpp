@@ -7,6 +7,38 @@
 #include "Log.h"
 #include "engine/Review.h"
 
+namespace {
+
+/// How often the window is looked after while a key is waited for, in milliseconds.
+constexpr int KEY_WAIT = 50;
+
+/// Closed by its user, that is; back-ends that cannot tell answer with a negative number.
+bool IsClosed(const char* window) {
+  try {
+    return cv::getWindowProperty(window, cv::WND_PROP_VISIBLE) == 0.0;
+  } catch (const cv::Exception&) {
+    return true;  // no window is left
+  }
+}
+
+/// True when a key was pressed, false when the window was closed: without one there are no keys.
+bool AwaitKey(const char* window) {
+  while (cv::waitKey(KEY_WAIT) < 0) {
+    if (IsClosed(window)) return false;
+  }
+  return true;
+}
+
+void Destroy(const char* window) {
+  try {
+    cv::destroyWindow(window);
+  } catch (const cv::Exception&) {
+    // Closed by its user already.
+  }
+}
+
+}  // namespace
+
 void Calibrator::WatchReprojection() {
   if (kind_ != MONOCULAR) return;
   Records records;
@@ -25,7 +57,7 @@ void Calibrator::WatchReprojection() {
 
   const char* const window = "Reprojected frame";
   const int total = static_cast<int>(records.snapshots.size());
-  cv::namedWindow(window, cv::WINDOW_AUTOSIZE);
+  OpenPictureWindow(window, {frameWidth_, frameHeight_});
   for (int i = 0; i < total; ++i) {
     const auto index = static_cast<size_t>(i);
     const ReviewView view = {records.snapshots[index],
@@ -46,7 +78,7 @@ void Calibrator::WatchReprojection() {
                 results.rms};
     }
     cv::imshow(window, DrawReview(view, computed ? &result : nullptr));
-    cv::waitKey(0);
+    if (!AwaitKey(window)) break;
   }
-  cv::destroyWindow(window);
+  Destroy(window);
 }

@@ -1,19 +1,18 @@
-/// Looks for a window system that answers.
+/// Looks for a window system that the window library can use.
 #include "Display.h"
 
 #ifdef __linux__
 
-#include <dlfcn.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <cstdlib>
 #include <cstring>
-#include <future>
-#include <memory>
-#include <thread>
+
+#include "foundation/DisplayRules.h"
+#include "foundation/WindowProbe.h"
+#include "foundation/XServer.h"
 
 namespace {
 
@@ -22,37 +21,6 @@ constexpr std::chrono::seconds ANSWER_TIME{3};
 std::string Environment(const char* name) {
   const char* value = std::getenv(name);
   return value == nullptr ? "" : value;
-}
-
-/// Qt platforms that draw without a server.
-bool PlatformNeedsNoServer() {
-  const std::string platform = Environment("QT_QPA_PLATFORM");
-  const std::string name = platform.substr(0, platform.find(':'));
-  return name == "offscreen" || name == "minimal" || name == "vnc" || name == "linuxfb" || name == "eglfs";
-}
-
-/// Connects to an X server once. The X library is loaded at run time: the engine needs it for nothing else.
-bool XServerAnswers(const std::string& display) {
-  void* library = dlopen("libX11.so.6", RTLD_NOW | RTLD_LOCAL);
-  if (library == nullptr) return false;
-  using Open = void* (*)(const char*);
-  using Close = int (*)(void*);
-  const auto open = reinterpret_cast<Open>(dlsym(library, "XOpenDisplay"));
-  const auto close = reinterpret_cast<Close>(dlsym(library, "XCloseDisplay"));
-  if (open == nullptr || close == nullptr) return false;
-  void* connection = open(display.c_str());
-  if (connection == nullptr) return false;
-  close(connection);
-  return true;  // the library stays loaded: threads of it may
-}
-
-/// A server that accepts but never answers would block for ever, so the question is put on a thread that is
-/// left behind when time runs out.
-bool XServerAnswersInTime(const std::string& display) {
-  auto answer = std::make_shared<std::promise<bool>>();
-  auto result = answer->get_future();
-  std::thread([answer, display] { answer->set_value(XServerAnswers(display)); }).detach();
-  return result.wait_for(ANSWER_TIME) == std::future_status::ready && result.get();
 }
 
 bool WaylandSocketAccepts() {
@@ -70,19 +38,32 @@ bool WaylandSocketAccepts() {
   return accepted;
 }
 
+/// A server answers, but the window library does not come up on it.
+std::string Unusable(const std::string& platform) {
+  return platform.empty() ? "the window library cannot use the one that there is."
+                          : "the window library cannot work with QT_QPA_PLATFORM set to '" + platform + "'.";
+}
+
+std::string NoServer(const std::string& display) {
+  return display.empty() ? "DISPLAY is not set." : "DISPLAY is '" + display + "', which does not answer.";
+}
+
 }  // namespace
 
 bool DisplayAvailable(std::string* reason) {
-  if (PlatformNeedsNoServer()) return true;
+  const std::string platform = Environment("QT_QPA_PLATFORM");
   const std::string display = Environment("DISPLAY");
-  if (!display.empty() && XServerAnswersInTime(display)) return true;
-  if (WaylandSocketAccepts()) return true;
-  if (reason != nullptr) {
-    *reason = display.empty()
-                  ? "No display to open a window on: DISPLAY is not set."
-                  : "No display to open a window on: DISPLAY is '" + display + "', which does not answer.";
+  Servers servers;
+  servers.x = !display.empty() && XServerAnswers(display, ANSWER_TIME);
+  servers.wayland = WaylandSocketAccepts();
+  std::string fault;
+  if (NeedsServer(platform) && !servers.x && !servers.wayland) {
+    fault = NoServer(display);
+  } else if (!Usable(platform, servers, AskWindowProbe(FindWindowProbe(), ANSWER_TIME))) {
+    fault = Unusable(platform);
   }
-  return false;
+  if (reason != nullptr && !fault.empty()) *reason = "No display to open a window on: " + fault;
+  return fault.empty();
 }
 
 #else
