@@ -27,6 +27,7 @@ struct FakeDevice {
 
   std::atomic<bool> opened{false};
   std::atomic<int> grabs{0};
+  std::atomic<int> sources{0};  ///< how many there are of it
 
   void Note(const std::string& call) {
     const std::lock_guard<std::mutex> lock(lock_);
@@ -49,7 +50,10 @@ struct FakeDevice {
 
 class FakeSource final : public FrameSource {
  public:
-  explicit FakeSource(std::shared_ptr<FakeDevice> device) : device_(std::move(device)) {}
+  explicit FakeSource(std::shared_ptr<FakeDevice> device) : device_(std::move(device)) { ++device_->sources; }
+  ~FakeSource() override { --device_->sources; }
+  FakeSource(const FakeSource&) = delete;
+  FakeSource& operator=(const FakeSource&) = delete;
 
   bool Open(int device) override { return Open("device " + std::to_string(device), 0); }
 

@@ -35,7 +35,7 @@ class StalledSource : public unit::ReaderFixture {
   void LetGoOn() {
     if (!released_) release_.set_value();
     released_ = true;
-    EXPECT_TRUE(unit::Eventually([&] { return !asked_ || left.use_count() == 1; }));
+    EXPECT_TRUE(unit::Eventually([&] { return !asked_ || left->sources == 0; }));
   }
 
   void OpenAndStall() {
