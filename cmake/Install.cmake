@@ -3,8 +3,10 @@ include(CMakePackageConfigHelpers)
 
 install(TARGETS Calibration EXPORT VelmoraTargets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT library NAMELINK_COMPONENT development)
-# The library looks for it there.
-install(TARGETS velmora-window-probe RUNTIME DESTINATION "${CMAKE_INSTALL_LIBDIR}/velmora" COMPONENT library)
+if(TARGET velmora-window-probe)
+  # The library looks for it there.
+  install(TARGETS velmora-window-probe RUNTIME DESTINATION "${CMAKE_INSTALL_LIBDIR}/velmora" COMPONENT library)
+endif()
 install(FILES share/velmora/poses-4x11.json share/velmora/poses-4x11.txt
   DESTINATION "${CMAKE_INSTALL_DATADIR}/velmora" COMPONENT library)
 

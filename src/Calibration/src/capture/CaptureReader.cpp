@@ -12,8 +12,8 @@ namespace {
 /// alive, and short enough for somebody who waits for a window to close.
 constexpr std::chrono::milliseconds PATIENCE{2000};
 
-/// What the current thread reads for; null on threads that are no reader's. Never followed, only compared:
-/// the reader may be gone when its thread was left behind.
+/// What the current thread reads for; null on threads that are no reader's. The reader is only compared with:
+/// it may be gone when its thread was left behind.
 struct ReaderOfThread {
   const CaptureReader* reader = nullptr;
   ReaderRun* run = nullptr;

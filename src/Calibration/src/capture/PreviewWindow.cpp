@@ -107,9 +107,8 @@ bool PreviewWindow::Open(const void* owner, std::string& reason) {
 /// The window library must not be setting itself up while the process exits: it would use what the exit takes
 /// away. So nobody who opened the first window goes on before that is over.
 void PreviewWindow::AwaitFirstWindow(std::unique_lock<std::mutex>& lock, const void* owner) {
-  changed_.wait_for(lock, PATIENCE_AT_OPENING,
-                    [&] { return settled_ || ended_ || ending_ || owners_.count(owner) == 0; });
-  settled_ = true;  // or it is stuck, which is waited for only once
+  const auto isOver = [&] { return settled_ || ended_ || ending_ || owners_.count(owner) == 0; };
+  if (!changed_.wait_for(lock, PATIENCE_AT_OPENING, isOver)) settled_ = true;  // stuck: not waited for again
 }
 
 bool PreviewWindow::StartThread(std::string& reason) {
