@@ -65,10 +65,17 @@ TEST_F(CameraFaults, ASilentCameraHoldsACloseOnlyUntilItSpeaks) {
 
 TEST_F(CameraFaults, ACameraThatStaysSilentIsLeftBehindByAClose) {
   OpenWithGrid();
+  std::atomic<int> frames{0};
+  calibrator_->SetFrameListener([&](const auto&, const auto&) { ++frames; });
   cameras_.Behave(0, "silent");
+  ASSERT_TRUE(unit::Eventually([&] {  // the frames on their way have arrived
+    const int before = frames;
+    return !unit::Eventually([&] { return frames > before; }, std::chrono::seconds(1));
+  }));
   const auto start = Clock::now();
   calibrator_->CloseNativeCamera();
   EXPECT_LT(Clock::now() - start, std::chrono::seconds(4));
+  calibrator_->SetFrameListener({});
   EXPECT_EQ(CountOf("WARN  : The source does not answer; its thread is left behind.\n"), 1) << Printed();
   cameras_.Behave(0, "");
   ASSERT_TRUE(unit::Eventually([&] { return Open(); })) << "as soon as it lets go of whom it held";
