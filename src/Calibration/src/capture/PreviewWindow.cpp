@@ -22,10 +22,11 @@ class DesktopCalls final : public WindowCalls {
   bool DisplayAnswers(std::string& reason) override { return DisplayAvailable(&reason); }
 
   void Create() override {
-    if (!created_) EndThreadBeforeLibrary();  // an exit while the library sets itself up waits for that
+    EndThreadBeforeLibrary();  // an exit while the library sets itself up waits for that
     OpenPictureWindow(TITLE, cv::Size());
-    if (!created_) EndThreadBeforeLibrary();
-    created_ = true;
+    EndThreadBeforeLibrary();
+    shown_ = false;
+    tended_ = false;
     large_ = false;
   }
 
@@ -34,6 +35,7 @@ class DesktopCalls final : public WindowCalls {
       cv::destroyWindow(TITLE);
       OpenPictureWindow(TITLE, picture.size());
       large_ = true;
+      shown_ = false;
     }
     cv::imshow(TITLE, picture);
     if (!shown_) EndThreadBeforeLibrary();
@@ -54,10 +56,10 @@ class DesktopCalls final : public WindowCalls {
     std::atexit([] { PreviewWindow::OfProcess().End(PATIENCE_AT_EXIT); });
   }
 
-  bool created_ = false;
+  // Of the window that there is.
   bool shown_ = false;
   bool tended_ = false;
-  bool large_ = false;  ///< the window that there is shows pictures scaled down
+  bool large_ = false;  ///< it shows pictures scaled down
 };
 
 }  // namespace
