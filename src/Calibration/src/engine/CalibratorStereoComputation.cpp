@@ -1,5 +1,4 @@
 /// The calibrator's computation of a pair.
-
 #include "CalibAssistant.h"
 #include "Calibrator.h"
 #include "JSON.h"
