@@ -215,10 +215,10 @@ TEST(RenderProgram, GivesBothCamerasTheSameLensByDefault) {
 TEST(RenderProgram, RefusesRigsThatMakeNoSense) {
   const TemporaryFolder folder;
   const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
-      {{"--views", "2", "--baseline", "0.1"}, "--baseline requires --rig"},
-      {{"--views", "2", "--toe-in", "5"}, "--toe-in requires --rig"},
-      {{"--views", "2", "--dist-right=0.1,0,0,0"}, "--dist-right requires --rig"},
-      {{"--views", "2", "--combine", "vertical"}, "--combine requires --rig"},
+      {{"--views", "2", "--baseline", "0.1"}, "--baseline goes only with --rig"},
+      {{"--views", "2", "--toe-in", "5"}, "--toe-in goes only with --rig"},
+      {{"--views", "2", "--dist-right=0.1,0,0,0"}, "--dist-right goes only with --rig"},
+      {{"--views", "2", "--combine", "vertical"}, "--combine goes only with --rig"},
       {{"--views", "2", "--rig", "--combine", "diagonal"}, "--combine"},
       {{"--views", "2", "--rig", "--baseline", "0"}, "--baseline"},
       {{"--views", "2", "--rig", "--toe-in", "-90"}, "the two cameras cannot see the whole grid together"},

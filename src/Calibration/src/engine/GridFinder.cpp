@@ -6,7 +6,7 @@
 #include <opencv2/imgproc.hpp>
 
 bool FindGridStandard(const cv::Mat& frame, const cv::Size& patternSize, std::vector<cv::Point2d>& points) {
-  if (patternSize.width < 1 || patternSize.height < 1 || patternSize.area() < 2) {
+  if (patternSize.area() < 2) {
     points.clear();
     return false;  // one circle is no grid, and asked for one the library reads beyond its own lists
   }
