@@ -2,8 +2,8 @@
 ///
 ///   velmora-undistort RESULT.json PICTURE STRAIGHTENED
 ///
-/// The picture has to be of the size that the camera was calibrated at. An EXIF orientation is not obeyed: the
-/// result describes the sensor, whichever way up the camera was held.
+/// The picture has to be of the size that the camera was calibrated at. An EXIF orientation is not obeyed:
+/// the result describes the sensor, whichever way up the camera was held.
 #include <iostream>
 #include <opencv2/calib3d.hpp>
 #include <opencv2/imgcodecs.hpp>

@@ -52,7 +52,8 @@ TEST_F(GuidedProgram, CalibratesFromAVideoOfTheShippedPoses) {
   EXPECT_TRUE(program.Running()) << "the bar was never seen";
   ASSERT_EQ(program.WaitForExit(PATIENCE), 0) << program.Output() << program.Errors();
   EXPECT_NE(program.Output().find("Pose 12 of 12 reached.\n"), std::string::npos) << program.Output();
-  EXPECT_NE(program.Output().find("\nWritten:\n  camera.json\n  camera_verdict.json\n"), std::string::npos) << program.Output();
+  EXPECT_NE(program.Output().find("\nWritten:\n  camera.json\n  camera_verdict.json\n"), std::string::npos)
+      << program.Output();
 
   JSON result;
   ASSERT_TRUE(result.load(folder_.File("camera.json")));

@@ -52,7 +52,8 @@ std::string VerdictTable(const CalibrationVerdict& verdict, const std::vector<st
        << "  Projections accurate to " << verdict.deviationInData << " px where the grid was seen ("
        << verdict.jackknifeInData << " px when views are left out), " << verdict.deviationInImage
        << " px over the whole image\n"
-       << std::setprecision(0) << "  The grid was seen in " << 100.0 * verdict.coverage << " % of the image\n";
+       << std::setprecision(0) << "  The grid was seen in " << 100.0 * verdict.coverage
+       << " % of the image\n";
   for (const auto& left : verdict.leftOut) text << LeftOutText(left, names);
   return text.str();
 }

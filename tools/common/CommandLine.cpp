@@ -170,7 +170,8 @@ std::string InPlainWords(const CLI::App& app, const CLI::ParseError& error, cons
     return CLI::detail::find_and_replace(message, " requires ", " goes only with ");
   }
   const auto option = Between(message, "Could not convert: ", " = ");
-  if (option) return *option + ": '" + *Between(message, " = ", "") + "' is not a whole number of reasonable size";
+  if (option)
+    return *option + ": '" + *Between(message, " = ", "") + "' is not a whole number of reasonable size";
   return message;
 }
 
