@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <numeric>
 #include <opencv2/imgproc.hpp>
 #include <utility>
 
@@ -25,6 +26,12 @@ constexpr int REACH = 60;
 /// Share of a step that a neighbour may be off its predicted place.
 constexpr double SLACK = 0.32;
 constexpr double SEED_SLACK = 0.22;
+/// Fewer candidates than this are tried in the order in which they come.
+constexpr int MANY = 60;
+/// So many are tried before they are put in order.
+constexpr size_t AT_ONCE = 6;
+/// How far two opposite steps may differ, as a share of one.
+constexpr double OPPOSITE = 0.15;
 /// The farthest neighbours of a seed, in radii of a disc.
 constexpr double FARTHEST = 14.0;
 
@@ -151,6 +158,18 @@ std::vector<cv::Point2d> NeighbourSteps(const CandidateIndex& index, int seed, E
   return steps;
 }
 
+/// How many of the steps have one of the same length the other way, as all have inside a pattern.
+int OppositePairs(const std::vector<cv::Point2d>& steps) {
+  int pairs = 0;
+  for (size_t i = 0; i < steps.size(); ++i) {
+    const double reach = OPPOSITE * cv::norm(steps[i]) + 0.5;
+    for (size_t j = i + 1; j < steps.size(); ++j) {
+      if (cv::norm(steps[i] + steps[j]) < reach) ++pairs;
+    }
+  }
+  return pairs;
+}
+
 /// True when more candidates support that two steps are a base.
 bool IsSupported(const CandidateIndex& index, int seed, const cv::Point2d& a, const cv::Point2d& b,
                  Effort& effort) {
@@ -205,12 +224,33 @@ double Irregularity(const Lattice& lattice, const CandidateIndex& index) {
   return count >= 4 ? sum / count : 1.0;
 }
 
+std::vector<int> SeedsInOrder(const CandidateIndex& index, Effort& effort) {
+  std::vector<int> seeds(static_cast<size_t>(index.Count()));
+  std::iota(seeds.begin(), seeds.end(), 0);
+  if (index.Count() < MANY) return seeds;
+  std::vector<int> pairs(seeds.size(), 0);
+  for (const int seed : seeds) {
+    if (effort.Spent()) break;
+    pairs[static_cast<size_t>(seed)] = OppositePairs(NeighbourSteps(index, seed, effort));
+  }
+  std::stable_sort(seeds.begin(), seeds.end(), [&](int a, int b) {
+    return pairs[static_cast<size_t>(a)] > pairs[static_cast<size_t>(b)];
+  });
+  return seeds;
+}
+
 bool SearchLattices(const CandidateIndex& index, size_t least, size_t most, Effort& effort,
                     const std::function<bool(const Lattice&)>& accept) {
   std::vector<bool> used(static_cast<size_t>(index.Count()), false);
   Growth growth(index, most, effort);
   Lattice largest;
-  for (int seed = 0; seed < index.Count() && !effort.Spent(); ++seed) {
+  std::vector<int> seeds(static_cast<size_t>(index.Count()));
+  std::iota(seeds.begin(), seeds.end(), 0);
+  for (size_t next = 0; next < seeds.size() + AT_ONCE && !effort.Spent(); ++next) {
+    // Mostly one of the first is right, and the order would cost more than it spares.
+    if (next < AT_ONCE && next >= seeds.size()) continue;
+    if (next == AT_ONCE) seeds = SeedsInOrder(index, effort);
+    const int seed = seeds[next < AT_ONCE ? next : next - AT_ONCE];
     if (used[static_cast<size_t>(seed)]) continue;
     const std::vector<cv::Point2d> steps = NeighbourSteps(index, seed, effort);
     int pairs = 0;

@@ -30,6 +30,10 @@ Lattice GrowLattice(const CandidateIndex& index, int seed, const cv::Point2d& fi
 /// random can be grown along just as well as a pattern, but not as evenly. 1 for too few to tell.
 double Irregularity(const Lattice& lattice, const CandidateIndex& index);
 
+/// All candidates in the order in which they are worth growing from: those first whose neighbours lie
+/// opposite to each other in pairs, as inside a pattern. Where there are few, in their own order.
+std::vector<int> SeedsInOrder(const CandidateIndex& index, Effort& effort);
+
 /// Grows lattices from all candidates, until `accept` returns true for a regular one, or the effort is spent.
 /// Of smaller ones than `least` only the largest is offered, last of all. True when one was accepted.
 bool SearchLattices(const CandidateIndex& index, size_t least, size_t most, Effort& effort,

@@ -5,6 +5,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "finder/Checks.h"
+#include "finder/HiddenDiscs.h"
 #include "finder/Lattice.h"
 #include "finder/MissingDiscs.h"
 #include "finder/Pattern.h"
@@ -18,7 +19,7 @@ using finder::PlacedDiscs;
 using finder::SheetPlane;
 
 /// Looks into the index that one search may take.
-constexpr int EFFORT = 60000;
+constexpr int EFFORT = 300000;
 /// A small lattice that is less regular than this speaks of nothing.
 constexpr double ACCIDENTAL = 0.03;
 /// Discs that are enough of a pattern to speak of its size.
@@ -97,13 +98,17 @@ class DarkSearch {
   GridFault Complete(SheetPlane& plane, PlacedDiscs& discs, const finder::CandidateIndex& index) {
     if (discs.Missing() > finder::MissingAllowed(grid_)) return FaultOfGaps(plane, discs);
     if (!finder::DropStrays(plane, discs, finder::MissingAllowed(grid_))) return GridFault::NothingLikeIt;
-    if (discs.Missing() > 0) finder::RecoverMissing(plane, grey_, discs);
+    const bool gaps = discs.Missing() > 0;
+    if (gaps) finder::RecoverMissing(plane, grey_, discs);
     if (discs.Missing() > 0) return FaultOfGaps(plane, discs);
-    if (!plane.Fit(discs) || !finder::LiesOnPlane(plane, discs)) return GridFault::NothingLikeIt;
+    // What was recovered is in place but for what hides a part of it.
+    const GridFault offPlane = gaps ? GridFault::PartlyHidden : GridFault::NothingLikeIt;
+    if (!plane.Fit(discs) || !finder::LiesOnPlane(plane, discs)) return offPlane;
     if (finder::GoesOn(plane, discs, index, effort_)) return GridFault::BiggerLattice;
     if (finder::IsChessboard(plane, discs, grey_)) return GridFault::NothingLikeIt;
     finder::RefineDiscs(plane, grey_, discs);
-    return finder::AreDiscs(plane, grey_, discs) ? GridFault::None : GridFault::NothingLikeIt;
+    if (!finder::AreDiscs(plane, grey_, discs)) return GridFault::NothingLikeIt;
+    return finder::AreWhole(plane, grey_, discs) ? GridFault::None : GridFault::PartlyHidden;
   }
 
   const cv::Mat& grey_;
@@ -158,6 +163,8 @@ std::string DescribeFault(GridFault fault) {
       return "part of the grid is outside the picture";
     case GridFault::WrongSize:
       return "a grid of another size, or circles of it are hidden";
+    case GridFault::PartlyHidden:
+      return "a disc is partly hidden";
     case GridFault::NothingLikeIt:
       break;
   }

@@ -14,6 +14,7 @@ enum class GridFault {
   BiggerLattice,
   PartOutside,
   WrongSize,
+  PartlyHidden,
   NothingLikeIt
 };
 

@@ -2,6 +2,7 @@
 #include "finder/SheetPlane.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <opencv2/calib3d.hpp>
 
@@ -76,13 +77,15 @@ double SheetPlane::Step(const cv::Point2d& place) const {
 }
 
 /// The polynomial's terms at a place, as a row.
-cv::Mat SheetPlane::Terms(const cv::Point2d& place) const {
+SheetPlane::Row SheetPlane::Terms(const cv::Point2d& place) const {
   const double u = (place.x - middle_.x) / half_.x;
   const double v = (place.y - middle_.y) / half_.y;
-  cv::Mat terms(1, (degree_ + 1) * (degree_ + 2) / 2, CV_64FC1);
-  double* out = terms.ptr<double>();
-  for (int total = 0; total <= degree_; ++total) {
-    for (int k = 0; k <= total; ++k) *out++ = std::pow(u, total - k) * std::pow(v, k);
+  const std::array<double, 4> us = {1.0, u, u * u, u * u * u};
+  const std::array<double, 4> vs = {1.0, v, v * v, v * v * v};
+  Row terms = Row::zeros();
+  int count = 0;
+  for (size_t total = 0; total <= static_cast<size_t>(degree_); ++total) {
+    for (size_t k = 0; k <= total; ++k) terms(count++) = us[total - k] * vs[k];
   }
   return terms;
 }
@@ -92,32 +95,33 @@ bool SheetPlane::FitBend(const PlacedDiscs& discs) {
   degree_ = known >= ENOUGH_FOR_CUBIC ? 3 : known >= ENOUGH_FOR_QUADRATIC ? 2 : 1;
   half_ = 0.5 * cv::Point2d(2.0 * discs.grid.width - 1.0, discs.grid.height - 1.0);
   middle_ = half_;
-  cv::Mat rows;
-  cv::Mat offsets;
+  cv::Matx<double, TERMS, TERMS> normal = cv::Matx<double, TERMS, TERMS>::eye() * 1e-9;
+  cv::Matx<double, TERMS, 2> right = cv::Matx<double, TERMS, 2>::zeros();
   for (size_t k = 0; k < discs.places.size(); ++k) {
     if (!discs.Has(k)) continue;
     // In steps, so that the far side counts as much as the near one.
     const double weight = 1.0 / Step(discs.places[k]);
     const cv::Point2d offset = discs.centres[k] - Project(discs.places[k]);
-    rows.push_back(cv::Mat(weight * Terms(discs.places[k])));
-    offsets.push_back(cv::Mat(weight * cv::Mat(cv::Matx12d(offset.x, offset.y))));
+    const Row row = Terms(discs.places[k]) * weight;
+    normal += row.t() * row;
+    right += row.t() * cv::Matx12d(weight * offset.x, weight * offset.y);
   }
-  const cv::Mat normal = rows.t() * rows + 1e-9 * cv::Mat::eye(rows.cols, rows.cols, CV_64FC1);
-  if (cv::invert(normal, inverse_, cv::DECOMP_CHOLESKY) == 0.0) return false;
-  bend_ = inverse_ * rows.t() * offsets;
-  return cv::checkRange(bend_);
+  bool solved = false;
+  inverse_ = normal.inv(cv::DECOMP_CHOLESKY, &solved);
+  bend_ = inverse_ * right;
+  return solved && cv::checkRange(bend_);
 }
 
 cv::Point2d SheetPlane::BendAt(const cv::Point2d& place) const {
-  const cv::Mat bend = Terms(place) * bend_;
-  return {bend.at<double>(0, 0), bend.at<double>(0, 1)};
+  const cv::Matx12d bend = Terms(place) * bend_;
+  return {bend(0), bend(1)};
 }
 
 double SheetPlane::Stray(const PlacedDiscs& discs, size_t k) const {
   const cv::Point2d place = discs.places[k];
   const double step = Step(place);
-  const cv::Mat terms = Terms(place) / step;
-  const double leverage = cv::Mat(terms * inverse_ * terms.t()).at<double>(0, 0);
+  const Row terms = Terms(place) * (1.0 / step);
+  const double leverage = (terms * inverse_ * terms.t())(0);
   // A disc pulls the fit towards itself; of that half is taken back, in proportion: all of it would take the
   // lens's own bend at the corners for strays.
   return cv::norm(discs.centres[k] - Predict(place)) / step / std::sqrt(std::max(0.01, 1.0 - leverage));

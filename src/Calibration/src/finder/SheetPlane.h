@@ -26,6 +26,9 @@ class SheetPlane {
   /// plane.
   bool Fit(const PlacedDiscs& discs) { return FitPlane(discs) && FitBend(discs); }
 
+  /// Fits how it is bent anew, for discs that have moved a little; the plane stays.
+  bool FitBend(const PlacedDiscs& discs);
+
   /// By the plane alone.
   cv::Point2d Project(const cv::Point2d& place) const;
   /// How the picture changes with the place, pixels per step.
@@ -39,17 +42,19 @@ class SheetPlane {
   double Stray(const PlacedDiscs& discs, size_t k) const;
 
  private:
+  static constexpr int TERMS = 10;  ///< of a polynomial of third degree; those beyond a lower degree are 0
+  using Row = cv::Matx<double, 1, TERMS>;
+
   bool FitPlane(const PlacedDiscs& discs);
-  bool FitBend(const PlacedDiscs& discs);
-  cv::Mat Terms(const cv::Point2d& place) const;
+  Row Terms(const cv::Point2d& place) const;
   cv::Point2d BendAt(const cv::Point2d& place) const;
 
   cv::Matx33d H_ = cv::Matx33d::eye();
   cv::Point2d middle_;
   cv::Point2d half_{1.0, 1.0};
-  int degree_ = 0;   ///< of the polynomial that the picture is bent by
-  cv::Mat bend_;     ///< its coefficients, of x and y
-  cv::Mat inverse_;  ///< of its normal equations
+  int degree_ = 0;                          ///< of the polynomial that the picture is bent by
+  cv::Matx<double, TERMS, 2> bend_;         ///< its coefficients, of x and y
+  cv::Matx<double, TERMS, TERMS> inverse_;  ///< of its normal equations
 };
 
 }  // namespace finder

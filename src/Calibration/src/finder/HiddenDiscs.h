@@ -1,0 +1,15 @@
+/// Finds discs of which a part is hidden, and puts centres right that a shadow's edge or a reflection moved.
+#pragma once
+
+#include <opencv2/core.hpp>
+
+#include "finder/SheetPlane.h"
+
+namespace finder {
+
+/// Looks at each disc, refined before, that is not quite where the others put it: the rim of a whole one goes
+/// all around. Those whose rim has another middle than their darkness get the rim's. False when a part of one
+/// is hidden.
+bool AreWhole(const SheetPlane& plane, const cv::Mat& grey, PlacedDiscs& discs);
+
+}  // namespace finder

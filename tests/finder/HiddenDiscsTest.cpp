@@ -1,0 +1,109 @@
+/// Discs that are partly hidden, and discs that only look so.
+#include "finder/HiddenDiscs.h"
+
+#include <gtest/gtest.h>
+
+#include <opencv2/imgproc.hpp>
+
+#include "engine/Collection.h"
+#include "finder/FinderScenes.h"
+#include "finder/Pattern.h"
+#include "finder/Rim.h"
+#include "finder/RobustFinder.h"
+
+namespace {
+
+constexpr double STEP = 36.0;
+constexpr int PAPER = 235;
+constexpr int INK = 25;
+
+cv::Point2d CentreOf(size_t disc) {
+  const cv::Point place = finder::PatternPlaces(unit::GRID)[disc];
+  return {2.0 * STEP + STEP * place.x, 2.0 * STEP + STEP * place.y};
+}
+
+/// A sheet from the front; `direction` and `beyond` (radii from its middle) say what of a disc is covered in
+/// `tone`.
+cv::Mat Covered(size_t disc, double direction, double beyond, int tone) {
+  cv::Mat picture = unit::FlatGrid(unit::GRID, 0.4, STEP);
+  const cv::Point2d normal(std::cos(direction), std::sin(direction));
+  const cv::Point2d along(-normal.y, normal.x);
+  const double radius = 0.4 * STEP;
+  std::vector<cv::Point> outline;
+  for (const auto& [out, side] :
+       {std::pair(beyond, -1.2), std::pair(1.25, -1.2), std::pair(1.25, 1.2), std::pair(beyond, 1.2)}) {
+    const cv::Point2d at = CentreOf(disc) + normal * (out * radius) + along * (side * radius);
+    outline.emplace_back(cvRound(16.0 * at.x), cvRound(16.0 * at.y));
+  }
+  cv::fillConvexPoly(picture, outline, cv::Scalar(tone), cv::LINE_AA, 4);
+  cv::GaussianBlur(picture, picture, cv::Size(), 0.7);
+  return picture;
+}
+
+/// The largest distance of a disc from its true place.
+double WorstOf(const GridFinding& finding) {
+  double worst = 0.0;
+  for (size_t k = 0; k < finding.centres.size(); ++k) {
+    worst = std::max(worst, cv::norm(finding.centres[k] - CentreOf(k)));
+  }
+  return worst;
+}
+
+TEST(HiddenDiscs, OneThatPaperOrGlareHidesAPartOfIsRefused) {
+  for (const double beyond : {0.0, 0.3, 0.5}) {
+    for (size_t disc = 0; disc < 44; disc += 3) {
+      const double direction = 0.7 * static_cast<double>(disc);
+      const GridFinding finding = SearchGridRobust(Covered(disc, direction, beyond, PAPER), unit::GRID);
+      EXPECT_EQ(finding.fault, GridFault::PartlyHidden) << disc << ", " << beyond;
+      EXPECT_TRUE(finding.centres.empty());
+    }
+  }
+  EXPECT_EQ(DescribeFault(GridFault::PartlyHidden), "a disc is partly hidden");
+}
+
+TEST(HiddenDiscs, OneThatAFingerReachesIntoIsNeverFoundOffItsPlace) {
+  int told = 0;
+  for (const double beyond : {0.0, 0.3, 0.5}) {
+    for (size_t disc = 0; disc < 44; disc += 3) {
+      const double direction = 0.7 * static_cast<double>(disc);
+      const GridFinding finding = SearchGridRobust(Covered(disc, direction, beyond, INK), unit::GRID);
+      EXPECT_LT(WorstOf(finding), 0.5) << disc << ", " << beyond;
+      if (finding.fault == GridFault::PartlyHidden) ++told;
+    }
+  }
+  EXPECT_GT(told, 20);
+}
+
+TEST(HiddenDiscs, AShadowsEdgeMovesNoDisc) {
+  for (int number = 0; number < 12; ++number) {
+    cv::Mat picture = unit::FlatGrid(unit::GRID, 0.4, STEP);
+    const double angle = 0.5 * number;
+    const cv::Point2d middle(picture.cols * 0.5 + 3.0 * number, picture.rows * 0.5);
+    for (int y = 0; y < picture.rows; ++y) {
+      for (int x = 0; x < picture.cols; ++x) {
+        const double out = (x - middle.x) * std::cos(angle) + (y - middle.y) * std::sin(angle);
+        const double dark = std::min(1.0, std::max(0.0, 0.5 + out / 3.0));
+        unsigned char& pixel = picture.at<unsigned char>(y, x);
+        pixel = cv::saturate_cast<unsigned char>(pixel * (1.0 - 0.65 * dark));
+      }
+    }
+    cv::GaussianBlur(picture, picture, cv::Size(), 0.7);
+    const GridFinding finding = SearchGridRobust(picture, unit::GRID);
+    ASSERT_TRUE(finding.Found()) << number << ": " << DescribeFault(finding.fault);
+    EXPECT_LT(WorstOf(finding), 0.7) << number;
+  }
+}
+
+TEST(Rim, OfAWholeDiscIsSeenAllAroundAndThatOfAHalfOneIsNot) {
+  finder::ExpectedDisc expected;
+  expected.centre = CentreOf(17) + cv::Point2d(1.5, -2.0);
+  expected.slope = cv::Matx22d(STEP, 0.0, 0.0, STEP);
+  expected.radius = 0.4;
+  expected.contrast = PAPER - INK;
+  const finder::Rim whole = finder::FollowRim(Covered(16, 0.0, 0.0, PAPER), expected);
+  EXPECT_EQ(whole.seen, 1.0);
+  EXPECT_LT(cv::norm(whole.centre - CentreOf(17)), 0.1);
+  EXPECT_LT(finder::FollowRim(Covered(17, 0.0, 0.0, PAPER), expected).seen, 0.75);
+}
+
+}  // namespace
