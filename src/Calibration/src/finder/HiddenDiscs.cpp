@@ -12,7 +12,7 @@ namespace finder {
 
 namespace {
 
-/// A disc nearer to where the others put it is not looked at, pixels.
+/// A disc nearer to where the others put it is not right at, pixels.
 constexpr double CLOSE = 0.2;
 /// Nor one that is off by less than so many times the usual: it is the lens, or noise.
 constexpr double USUAL = 1.5;
@@ -62,7 +62,7 @@ Look LookAt(const SheetPlane& plane, const cv::Mat& grey, const PlacedDiscs& all
 
 bool AreWhole(const SheetPlane& flat, const cv::Mat& grey, PlacedDiscs& discs) {
   SheetPlane plane = flat;
-  std::vector<bool> looked(discs.places.size(), false);
+  std::vector<bool> right(discs.places.size(), false);
   for (int round = 0; round < ROUNDS; ++round) {
     if (!plane.FitBend(discs)) return false;
     std::vector<double> off;
@@ -74,11 +74,13 @@ bool AreWhole(const SheetPlane& flat, const cv::Mat& grey, PlacedDiscs& discs) {
     const PlacedDiscs before = discs;
     bool moved = false;
     for (size_t k = 0; k < discs.places.size(); ++k) {
-      if (off[k] < least || looked[k]) continue;
-      looked[k] = true;
+      if (off[k] < least || right[k]) continue;
       const Look look = LookAt(plane, grey, before, discs, k, usual);
-      if (look == Look::Hidden) return false;
-      if (look == Look::PutRight) moved = true;
+      // Later rounds only put right: what is off was judged among all the others.
+      if (look == Look::Hidden && round == 0) return false;
+      if (look != Look::PutRight) continue;
+      right[k] = true;
+      moved = true;
     }
     if (!moved) break;
   }
