@@ -15,13 +15,17 @@ namespace {
 /// A disc nearer to where the others put it is not right at, pixels.
 constexpr double CLOSE = 0.2;
 /// Nor one that is off by less than so many times the usual: it is the lens, or noise.
-constexpr double USUAL = 1.5;
+constexpr double USUAL = 2.0;
 /// The least share of a whole disc's rim.
 constexpr double WHOLE = 0.8;
 /// With less a disc is partly hidden however far off the others are.
 constexpr double HALF = 0.65;
 /// What is off by more than so many times the usual is none of the others' noise.
 constexpr double STRAY = 4.5;
+/// And than so many times the usual, not a lens's bend either.
+constexpr double FAR_OFF = 10.0;
+/// The least share of the rim of a disc that is taken for whole where it was found, whatever the others say.
+constexpr double WHOLE_ALONE = 0.9;
 /// Two centres nearer to each other are the same, pixels.
 constexpr double SAME = 0.2;
 /// Discs put right show others, which they had pulled the plane away from.
@@ -35,20 +39,56 @@ double Median(std::vector<double> values) {
 
 enum class Look { InPlace, PutRight, Hidden };
 
+/// A disc as it was found, of the shape that the sheet has there.
+ExpectedDisc AsFound(const SheetPlane& plane, const cv::Mat& grey, const PlacedDiscs& all, size_t k) {
+  const cv::Point2d place = all.places[k];
+  const auto across = [&](const cv::Point2d& step) {
+    return plane.Predict(place + 0.5 * step) - plane.Predict(place - 0.5 * step);
+  };
+  const cv::Point2d x = across({1.0, 0.0});
+  const cv::Point2d y = across({0.0, 1.0});
+  ExpectedDisc disc;
+  disc.centre = all.centres[k];
+  disc.slope = {x.x, y.x, x.y, y.y};
+  disc.radius = all.radii[k] / std::sqrt(std::abs(cv::determinant(disc.slope)));
+  disc.contrast = ContrastAround(plane, grey, all, k);
+  return disc;
+}
+
+/// The rim of a disc, followed when it is asked for first: it stays where it is.
+class OnceFollowed {
+ public:
+  const Rim& Of(const SheetPlane& plane, const cv::Mat& grey, const PlacedDiscs& all, size_t k,
+                ExpectedDisc expected) {
+    if (followed_) return rim_;
+    followed_ = true;
+    expected.contrast = ContrastAround(plane, grey, all, k);
+    rim_.centre = all.centres[k];
+    rim_.seen = 1.0;
+    if (expected.contrast > 0.0) rim_ = FollowRim(grey, expected);
+    return rim_;
+  }
+
+ private:
+  bool followed_ = false;
+  Rim rim_;
+};
+
 Look LookAt(const SheetPlane& plane, const cv::Mat& grey, const PlacedDiscs& all, PlacedDiscs& discs,
-            size_t k, double usual) {
+            size_t k, double strays, double usual, OnceFollowed& followed) {
   ExpectedDisc expected;
   if (!ExpectDisc(plane, all, k, expected)) return Look::InPlace;
   // In its place among those around it, whatever shadow is upon it.
   const double off = cv::norm(expected.centre - all.centres[k]);
   if (off < CLOSE) return Look::InPlace;
-  expected.contrast = ContrastAround(plane, grey, all, k);
-  if (!(expected.contrast > 0.0)) return Look::InPlace;
-  const Rim rim = FollowRim(grey, expected);
+  const Rim& rim = followed.Of(plane, grey, all, k, expected);
   if (rim.seen < WHOLE) {
     // Prints with ragged discs have ragged rims, and all their discs are off a little.
     const bool part = rim.seen < HALF && off > 0.1 * all.radii[k] + CLOSE;
-    return part || off > STRAY * usual ? Look::Hidden : Look::InPlace;
+    if (!part && off <= STRAY * usual) return Look::InPlace;
+    // Where a lens bends much the others are wrong about the corners.
+    if (strays > FAR_OFF * usual) return Look::Hidden;
+    return FollowRim(grey, AsFound(plane, grey, all, k)).seen < WHOLE_ALONE ? Look::Hidden : Look::InPlace;
   }
   // The rim must be right about where the disc is.
   if (cv::norm(rim.centre - expected.centre) > 0.7 * off) return Look::InPlace;
@@ -63,6 +103,7 @@ Look LookAt(const SheetPlane& plane, const cv::Mat& grey, const PlacedDiscs& all
 bool AreWhole(const SheetPlane& flat, const cv::Mat& grey, PlacedDiscs& discs) {
   SheetPlane plane = flat;
   std::vector<bool> right(discs.places.size(), false);
+  std::vector<OnceFollowed> rims(discs.places.size());
   for (int round = 0; round < ROUNDS; ++round) {
     if (!plane.FitBend(discs)) return false;
     std::vector<double> off;
@@ -75,7 +116,7 @@ bool AreWhole(const SheetPlane& flat, const cv::Mat& grey, PlacedDiscs& discs) {
     bool moved = false;
     for (size_t k = 0; k < discs.places.size(); ++k) {
       if (off[k] < least || right[k]) continue;
-      const Look look = LookAt(plane, grey, before, discs, k, usual);
+      const Look look = LookAt(plane, grey, before, discs, k, off[k], usual, rims[k]);
       // Later rounds only put right: what is off was judged among all the others.
       if (look == Look::Hidden && round == 0) return false;
       if (look != Look::PutRight) continue;

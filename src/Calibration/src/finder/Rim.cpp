@@ -25,6 +25,8 @@ constexpr double LEAST_STEP = 0.22;
 /// The expected radius is only about right: how firm it is, in edges, and the share by which it may change.
 constexpr double FIRM = 4.0;
 constexpr double GROWTH = 0.1;
+/// A centre that moves less than this has settled, pixels.
+constexpr double SETTLED = 0.03;
 /// Added before ratios are taken, grey levels: below, noise is all.
 constexpr double DARK = 16.0;
 
@@ -45,7 +47,7 @@ class RimFollower {
       FindEdges();
       // First all edges draw, then those on one circle.
       const double scale = (round < 2 ? 0.5 : 0.2) * Tolerance();
-      Adapt(scale);
+      if (Adapt(scale) < SETTLED * pixel_ && round >= 2) break;
     }
     FindEdges();
     const auto seen = std::count_if(edges_.begin(), edges_.end(), [&](const Edge& edge) {
@@ -97,8 +99,9 @@ class RimFollower {
     return {normal, (steepest + between) * stride, rise(steepest)};
   }
 
-  /// Moves the centre and changes the radius a little. Edges far off the others hardly count.
-  void Adapt(double scale) {
+  /// Moves the centre and changes the radius a little, and tells by how much in steps. Edges far off the
+  /// others hardly count.
+  double Adapt(double scale) {
     cv::Vec3d change;
     for (int round = 0; round < 3; ++round) {
       cv::Matx33d normal = cv::Matx33d::diag({1e-9, 1e-9, FIRM});
@@ -118,6 +121,7 @@ class RimFollower {
     const double grown = std::min(most, std::max(-most, grown_ + change[2]));
     disc_.radius += grown - grown_;
     grown_ = grown;
+    return std::hypot(change[0], change[1]);
   }
 
   const cv::Mat& grey_;
