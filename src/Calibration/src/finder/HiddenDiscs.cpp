@@ -39,8 +39,8 @@ double Median(std::vector<double> values) {
 
 enum class Look { InPlace, PutRight, Hidden };
 
-/// A disc as it was found, of the shape that the sheet has there.
-ExpectedDisc AsFound(const SheetPlane& plane, const cv::Mat& grey, const PlacedDiscs& all, size_t k) {
+/// True when the rim goes all around a disc where it was found, in the shape that the sheet has there.
+bool IsWholeAsFound(const SheetPlane& plane, const cv::Mat& grey, const PlacedDiscs& all, size_t k) {
   const cv::Point2d place = all.places[k];
   const auto across = [&](const cv::Point2d& step) {
     return plane.Predict(place + 0.5 * step) - plane.Predict(place - 0.5 * step);
@@ -51,8 +51,9 @@ ExpectedDisc AsFound(const SheetPlane& plane, const cv::Mat& grey, const PlacedD
   disc.centre = all.centres[k];
   disc.slope = {x.x, y.x, x.y, y.y};
   disc.radius = all.radii[k] / std::sqrt(std::abs(cv::determinant(disc.slope)));
+  if (!(disc.radius < 1.0)) return false;
   disc.contrast = ContrastAround(plane, grey, all, k);
-  return disc;
+  return FollowRim(grey, disc).seen >= WHOLE_ALONE;
 }
 
 /// The rim of a disc, followed when it is asked for first: it stays where it is.
@@ -88,7 +89,7 @@ Look LookAt(const SheetPlane& plane, const cv::Mat& grey, const PlacedDiscs& all
     if (!part && off <= STRAY * usual) return Look::InPlace;
     // Where a lens bends much the others are wrong about the corners.
     if (strays > FAR_OFF * usual) return Look::Hidden;
-    return FollowRim(grey, AsFound(plane, grey, all, k)).seen < WHOLE_ALONE ? Look::Hidden : Look::InPlace;
+    return IsWholeAsFound(plane, grey, all, k) ? Look::InPlace : Look::Hidden;
   }
   // The rim must be right about where the disc is.
   if (cv::norm(rim.centre - expected.centre) > 0.7 * off) return Look::InPlace;
