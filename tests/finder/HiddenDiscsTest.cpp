@@ -94,6 +94,15 @@ TEST(HiddenDiscs, AShadowsEdgeMovesNoDisc) {
   }
 }
 
+TEST(HiddenDiscs, ACornerThatTheLensBendsAwayFromItsNeighboursIsNotTakenForHidden) {
+  for (const int number : {121, 500, 594, 1404, 1663}) {
+    const unit::FinderFrame frame = unit::RandomFinderFrame(number);
+    const GridFinding finding = SearchGridRobust(frame.picture, unit::GRID);
+    ASSERT_TRUE(finding.Found()) << number << ": " << DescribeFault(finding.fault);
+    EXPECT_TRUE(unit::InOrder(finding.centres, frame.centres)) << number;
+  }
+}
+
 TEST(Rim, OfAWholeDiscIsSeenAllAroundAndThatOfAHalfOneIsNot) {
   finder::ExpectedDisc expected;
   expected.centre = CentreOf(17) + cv::Point2d(1.5, -2.0);
