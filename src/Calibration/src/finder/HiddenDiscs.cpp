@@ -26,8 +26,9 @@ constexpr double STRAY = 4.5;
 constexpr double FAR_OFF = 10.0;
 /// The least share of the rim of a disc that is taken for whole where it was found, whatever the others say.
 constexpr double WHOLE_ALONE = 0.9;
-/// Two centres nearer to each other are the same, pixels.
-constexpr double SAME = 0.2;
+/// By how much the middle of a whole disc's rim may be wrong: pixels, and shares of the radius.
+constexpr double UNSURE = 0.7;
+constexpr double UNSURE_RADII = 0.06;
 /// Discs put right show others, which they had pulled the plane away from.
 constexpr int ROUNDS = 3;
 
@@ -39,8 +40,8 @@ double Median(std::vector<double> values) {
 
 enum class Look { InPlace, PutRight, Hidden };
 
-/// True when the rim goes all around a disc where it was found, in the shape that the sheet has there.
-bool IsWholeAsFound(const SheetPlane& plane, const cv::Mat& grey, const PlacedDiscs& all, size_t k) {
+/// The rim of a disc, looked for where the disc was found, in the shape that the sheet has there.
+Rim RimAsFound(const SheetPlane& plane, const cv::Mat& grey, const PlacedDiscs& all, size_t k) {
   const cv::Point2d place = all.places[k];
   const auto across = [&](const cv::Point2d& step) {
     return plane.Predict(place + 0.5 * step) - plane.Predict(place - 0.5 * step);
@@ -51,9 +52,9 @@ bool IsWholeAsFound(const SheetPlane& plane, const cv::Mat& grey, const PlacedDi
   disc.centre = all.centres[k];
   disc.slope = {x.x, y.x, x.y, y.y};
   disc.radius = all.radii[k] / std::sqrt(std::abs(cv::determinant(disc.slope)));
-  if (!(disc.radius < 1.0)) return false;
+  if (!(disc.radius < 1.0)) return {0.0, disc.centre};
   disc.contrast = ContrastAround(plane, grey, all, k);
-  return FollowRim(grey, disc).seen >= WHOLE_ALONE;
+  return FollowRim(grey, disc);
 }
 
 /// The rim of a disc, followed when it is asked for first: it stays where it is.
@@ -89,11 +90,13 @@ Look LookAt(const SheetPlane& plane, const cv::Mat& grey, const PlacedDiscs& all
     if (!part && off <= STRAY * usual) return Look::InPlace;
     // Where a lens bends much the others are wrong about the corners.
     if (strays > FAR_OFF * usual) return Look::Hidden;
-    return IsWholeAsFound(plane, grey, all, k) ? Look::InPlace : Look::Hidden;
+    return RimAsFound(plane, grey, all, k).seen >= WHOLE_ALONE ? Look::InPlace : Look::Hidden;
   }
-  // The rim must be right about where the disc is.
-  if (cv::norm(rim.centre - expected.centre) > 0.7 * off) return Look::InPlace;
-  if (cv::norm(rim.centre - all.centres[k]) < SAME) return Look::InPlace;
+  // A rim is known less well than the middle of the darkness, most of all at corners, where the others are
+  // wrong about size and shape: only what is off for certain is put where its rim is.
+  if (strays <= STRAY * usual || cv::norm(rim.centre - expected.centre) > 0.7 * off) return Look::InPlace;
+  if (cv::norm(rim.centre - all.centres[k]) < std::max(UNSURE, UNSURE_RADII * all.radii[k]))
+    return Look::InPlace;
   discs.centres[k] = rim.centre;
   discs.radii[k] = expected.radius * std::sqrt(std::abs(cv::determinant(expected.slope)));
   return Look::PutRight;
