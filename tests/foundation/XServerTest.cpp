@@ -6,6 +6,7 @@
 #include <array>
 #include <thread>
 
+#include "foundation/Crowd.h"
 #include "foundation/LocalServer.h"
 
 namespace {
@@ -60,6 +61,35 @@ TEST(XServer, KeepsItsClientUntilTheNextQuestion) {
   EXPECT_TRUE(isConnected(second));
   close(first);
   close(second);
+}
+
+TEST(XServer, ThatIsSilentKeepsNoOtherQuestionFromItsAnswer) {
+  const unit::LocalServer silent(unit::XSocketName(48156));
+  EXPECT_FALSE(XServerAnswers(":48156", std::chrono::milliseconds(100)));
+  const unit::LocalServer server(unit::XSocketName(48157));
+  std::thread serving([&] {
+    const int client = server.Accept();
+    LetIn(client);
+    close(client);
+  });
+  EXPECT_TRUE(XServerAnswers(":48157", PATIENCE));
+  serving.join();
+}
+
+TEST(XServer, AnswersSeveralThatAskAtOnce) {
+  const unit::LocalServer server(unit::XSocketName(48158));
+  constexpr int ASKING = 4;
+  std::thread serving([&] {
+    for (int i = 0; i < ASKING; ++i) {
+      const int client = server.Accept();
+      LetIn(client);
+      close(client);
+    }
+  });
+  unit::Crowd crowd;
+  for (int i = 0; i < ASKING; ++i) crowd.Add([] { EXPECT_TRUE(XServerAnswers(":48158", PATIENCE)); });
+  crowd.RunToTheEnd();
+  serving.join();
 }
 
 TEST(XServer, ThatIsNotThereDoesNotAnswer) {

@@ -14,6 +14,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds RETRY_TIME{1000};
 constexpr std::chrono::milliseconds RETRY_PAUSE{50};
+constexpr std::chrono::milliseconds READING_TIME{1000};  ///< of a small file, with much to spare
 
 /// The functions of the X library, which is loaded at run time: the engine needs it for nothing else. It is
 /// the one that never ends the process, whatever becomes of a connection. It stays loaded.
@@ -51,9 +52,18 @@ void Keep(void* connection) {
   if (connection != nullptr) Library().disconnect(connection);
 }
 
+/// One connection at a time: the library reads the file of the display's keys into memory that all threads
+/// share. It does so before it speaks to the server, so that whoever has not had its turn by then may go on
+/// beside one that waits for a silent server.
+void* Connect(const std::string& display) {
+  static auto* const turn = new std::timed_mutex;
+  const std::unique_lock<std::timed_mutex> mine(*turn, READING_TIME);
+  return Library().connect(display.c_str(), nullptr);
+}
+
 /// Null when it is refused.
 void* ConnectOnce(const std::string& display) {
-  void* const connection = Library().connect(display.c_str(), nullptr);  // never null, but may be in error
+  void* const connection = Connect(display);  // never null, but may be in error
   if (Library().hasError(connection) == 0) return connection;
   Library().disconnect(connection);
   return nullptr;

@@ -3,21 +3,31 @@ package com.velotrix.quiverleaf.sdk;
 import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertFalse;
 import static org.junit.jupiter.api.Assertions.assertThrows;
+import static org.junit.jupiter.api.Assertions.assertTimeout;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import java.awt.image.BufferedImage;
 import java.io.ByteArrayInputStream;
+import java.io.IOException;
+import java.io.RandomAccessFile;
+import java.io.UncheckedIOException;
+import java.nio.file.Files;
+import java.nio.file.Path;
+import java.time.Duration;
+import java.util.Arrays;
 import java.util.List;
 import java.util.concurrent.atomic.AtomicInteger;
 import javax.imageio.ImageIO;
 import org.junit.jupiter.api.DisplayNameGeneration;
 import org.junit.jupiter.api.DisplayNameGenerator;
 import org.junit.jupiter.api.Test;
+import org.junit.jupiter.api.io.TempDir;
 
 /** Sources that the engine reads by itself, with a listener. */
 @DisplayNameGeneration(DisplayNameGenerator.ReplaceUnderscores.class)
 class CaptureTest {
   private final Recorder recorder = new Recorder();
+  @TempDir Path folder;
 
   private void listen(Calibrator calibrator) {
     assertTrue(Calibration.nRegisterCalibrationListener(calibrator.id(), recorder, true, 0, 0));
@@ -95,6 +105,32 @@ class CaptureTest {
     int id = calibrator.id();
     assertTrue(calibrator.openContent(video));
     assertTrue(Views.eventually(() -> Calibration.nGetStatus(id) == -1));
+  }
+
+  @Test
+  void a_stream_that_stalls_holds_nobody_up_who_closes() throws Exception {
+    Path pipe = folder.resolve("stream.avi");
+    assertEquals(0, new ProcessBuilder("mkfifo", pipe.toString()).start().waitFor());
+    byte[] beginning = Arrays.copyOf(Files.readAllBytes(Footage.file("poses.avi")), 2_000_000);
+    Calibrator calibrator = Calibrator.builder().build();
+    listen(calibrator);
+    try (RandomAccessFile end = new RandomAccessFile(pipe.toFile(), "rw")) { // waits for no reader
+      Thread sender = new Thread(() -> send(end, beginning));
+      sender.start();
+      assertTrue(calibrator.openContent(pipe.toString()));
+      sender.join();
+      assertTrue(recorder.await(1));
+      recorder.awaitQuiet(300);
+      assertTimeout(Duration.ofSeconds(3), calibrator::close);
+    }
+  }
+
+  private static void send(RandomAccessFile end, byte[] bytes) {
+    try {
+      end.write(bytes);
+    } catch (IOException e) {
+      throw new UncheckedIOException(e);
+    }
   }
 
   @Test

@@ -58,6 +58,18 @@ final class Recorder implements JNICalibrationListener {
     }
   }
 
+  /** Waits until no call has come for that long. */
+  void awaitQuiet(long milliseconds) throws InterruptedException {
+    lock.lock();
+    try {
+      while (called.await(milliseconds, TimeUnit.MILLISECONDS)) {
+        // Another one came.
+      }
+    } finally {
+      lock.unlock();
+    }
+  }
+
   private <T> T locked(java.util.function.Supplier<T> value) {
     lock.lock();
     try {
