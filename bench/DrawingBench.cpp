@@ -2,8 +2,8 @@
 #include "Calibrator.h"
 #include "Frames.h"
 #include "Ratio.h"
-#include "engine/GridFinder.h"
-#include "engine/Overlay.h"
+#include "finder/StandardFinder.h"
+#include "imaging/Overlay.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 
 #include "Frames.h"
 #include "Ratio.h"
-#include "engine/GridFinder.h"
 #include "finder/RobustFinder.h"
+#include "finder/StandardFinder.h"
 #include "fuzz/PaintedFrame.h"
 
 namespace {

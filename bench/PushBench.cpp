@@ -9,7 +9,7 @@
 #include "Frames.h"
 #include "Ratio.h"
 #include "base64.h"
-#include "engine/Overlay.h"
+#include "imaging/Overlay.h"
 
 namespace {
 

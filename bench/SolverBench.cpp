@@ -5,10 +5,10 @@
 #include "Ratio.h"
 #include "Rig.h"
 #include "Views.h"
-#include "engine/LensModel.h"
-#include "engine/TargetGeometry.h"
-#include "solver/Judge.h"
-#include "solver/NextPose.h"
+#include "model/LensModel.h"
+#include "model/TargetGeometry.h"
+#include "quality/Judge.h"
+#include "quality/NextPose.h"
 #include "solver/SparseIntrinsics.h"
 #include "solver/SparsePair.h"
 
@@ -149,9 +149,9 @@ void RefinedPairBesideOpenCV(benchmark::State& state) {
         cv::Mat T;
         cv::Mat E;
         cv::Mat F;
-        other = cv::stereoCalibrate(Narrowed(data.object), Narrowed(data.left), Narrowed(data.right), K, D,
-                                    KRight, DRight, FRAME, R, T, E, F,
-                                    cv::CALIB_USE_INTRINSIC_GUESS | FlagsOfModel(model), SolverCriteria());
+        other = cv::stereoCalibrate(
+            Narrowed(data.object), Narrowed(data.left), Narrowed(data.right), K, D, KRight, DRight, FRAME, R,
+            T, E, F, cv::CALIB_USE_INTRINSIC_GUESS | velmora::LensModelOf(model).flags, OpenCvCriteria());
       });
   cv::setNumThreads(threads);
   state.counters["rms"] = rms;

@@ -5,8 +5,8 @@
 
 #include "Renderer.h"
 #include "Views.h"
-#include "engine/GridFinder.h"
 #include "finder/RobustFinder.h"
+#include "finder/StandardFinder.h"
 
 namespace accuracy {
 

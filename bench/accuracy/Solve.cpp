@@ -2,7 +2,7 @@
 #include "Solve.h"
 
 #include "Calibrator.h"
-#include "engine/TargetGeometry.h"
+#include "model/TargetGeometry.h"
 #include "solver/SparsePair.h"
 
 namespace accuracy {

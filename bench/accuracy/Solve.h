@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/Extrinsics.h"
+#include "solver/OpenCvExtrinsics.h"
 #include "solver/SparseIntrinsics.h"
 
 namespace accuracy {

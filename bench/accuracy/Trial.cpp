@@ -8,8 +8,8 @@
 #include "LensError.h"
 #include "Seed.h"
 #include "Views.h"
-#include "engine/TargetGeometry.h"
-#include "solver/Judge.h"
+#include "model/TargetGeometry.h"
+#include "quality/Judge.h"
 
 namespace accuracy {
 

@@ -10,9 +10,9 @@
 #include "Matchers.h"
 #include "TemporaryFolder.h"
 #include "assistant/SheetPainting.h"
-#include "engine/Collection.h"
-#include "foundation/Crowd.h"
-#include "foundation/Scopes.h"
+#include "unit/Collection.h"
+#include "unit/Crowd.h"
+#include "unit/Scopes.h"
 
 namespace {
 

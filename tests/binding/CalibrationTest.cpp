@@ -7,7 +7,7 @@
 
 #include "Calibrator.h"
 #include "Log.h"
-#include "foundation/Scopes.h"
+#include "unit/Scopes.h"
 
 namespace {
 

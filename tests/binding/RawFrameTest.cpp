@@ -7,9 +7,9 @@
 
 #include "Log.h"
 #include "Matchers.h"
-#include "engine/Collection.h"
-#include "engine/GridFinder.h"
-#include "foundation/Scopes.h"
+#include "finder/StandardFinder.h"
+#include "unit/Collection.h"
+#include "unit/Scopes.h"
 
 namespace {
 

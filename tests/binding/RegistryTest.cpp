@@ -15,9 +15,9 @@
 #include "TemporaryFolder.h"
 #include "base64.h"
 #include "binding/Registry.h"
-#include "engine/Collection.h"
-#include "foundation/Crowd.h"
-#include "foundation/Scopes.h"
+#include "unit/Collection.h"
+#include "unit/Crowd.h"
+#include "unit/Scopes.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include <opencv2/imgproc.hpp>
 
 #include "cameras/FakeCameras.h"
-#include "engine/Collection.h"
-#include "foundation/Crowd.h"
+#include "unit/Collection.h"
+#include "unit/Crowd.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 #include <opencv2/imgproc.hpp>
 
 #include "cameras/FakeCameras.h"
-#include "engine/Collection.h"
-#include "engine/StereoCollection.h"
+#include "unit/Collection.h"
+#include "unit/StereoCollection.h"
 
 namespace {
 

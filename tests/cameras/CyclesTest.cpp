@@ -1,8 +1,8 @@
 /// Opening and closing over and over costs nothing that is not given back.
 #include "cameras/FakeCameras.h"
 #include "cameras/Resources.h"
-#include "engine/Collection.h"
-#include "engine/StereoCollection.h"
+#include "unit/Collection.h"
+#include "unit/StereoCollection.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include "Calibrator.h"
 #include "CapturedStdout.h"
 #include "TemporaryFolder.h"
-#include "foundation/Scopes.h"
+#include "unit/Scopes.h"
 
 namespace cameras {
 

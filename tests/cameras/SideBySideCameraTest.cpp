@@ -5,8 +5,8 @@
 #include "JSON.h"
 #include "Matchers.h"
 #include "cameras/FakeCameras.h"
-#include "engine/Collection.h"
-#include "engine/StereoCollection.h"
+#include "unit/Collection.h"
+#include "unit/StereoCollection.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "cameras/FakeCameras.h"
-#include "engine/Collection.h"
+#include "unit/Collection.h"
 
 namespace {
 

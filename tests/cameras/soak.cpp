@@ -13,8 +13,8 @@
 #include "cameras/FakeCameras.h"
 #include "cameras/Preload.h"
 #include "cameras/Resources.h"
-#include "engine/Collection.h"
-#include "engine/StereoCollection.h"
+#include "unit/Collection.h"
+#include "unit/StereoCollection.h"
 
 namespace {
 

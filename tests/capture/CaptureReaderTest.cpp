@@ -7,7 +7,7 @@
 #include <future>
 
 #include "capture/ReaderFixture.h"
-#include "foundation/Crowd.h"
+#include "unit/Crowd.h"
 
 namespace {
 

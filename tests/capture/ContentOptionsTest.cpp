@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "Calibrator.h"
-#include "foundation/Scopes.h"
+#include "unit/Scopes.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "capture/FakeWindow.h"
-#include "engine/Collection.h"
-#include "foundation/Scopes.h"
+#include "unit/Collection.h"
+#include "unit/Scopes.h"
 
 namespace {
 

@@ -7,8 +7,8 @@
 #include <future>
 
 #include "capture/FakeWindow.h"
-#include "foundation/Crowd.h"
-#include "foundation/Scopes.h"
+#include "unit/Crowd.h"
+#include "unit/Scopes.h"
 
 namespace {
 

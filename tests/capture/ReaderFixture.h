@@ -10,7 +10,7 @@
 
 #include "capture/CaptureReader.h"
 #include "capture/FakeSource.h"
-#include "foundation/Scopes.h"
+#include "unit/Scopes.h"
 
 namespace unit {
 

@@ -12,7 +12,7 @@
 
 #include "TemporaryFolder.h"
 #include "documents/RefusedCalls.h"
-#include "foundation/Scopes.h"
+#include "unit/Scopes.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 
 #include "JSON.h"
 #include "TemporaryFolder.h"
-#include "foundation/Scopes.h"
+#include "unit/Scopes.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 
 #include "JSON.h"
 #include "Matchers.h"
-#include "foundation/Scopes.h"
+#include "unit/Scopes.h"
 
 namespace {
 

@@ -6,10 +6,10 @@
 #include "Renderer.h"
 #include "Truth.h"
 #include "Views.h"
-#include "engine/Collection.h"
-#include "engine/GridFinder.h"
 #include "finder/FinderScenes.h"
 #include "finder/RobustFinder.h"
+#include "finder/StandardFinder.h"
+#include "unit/Collection.h"
 
 namespace {
 

@@ -4,11 +4,11 @@
 #include <atomic>
 #include <thread>
 
-#include "engine/Collection.h"
-#include "engine/GridFinder.h"
 #include "finder/FinderScenes.h"
 #include "finder/RobustFinder.h"
-#include "foundation/Scopes.h"
+#include "finder/StandardFinder.h"
+#include "unit/Collection.h"
+#include "unit/Scopes.h"
 
 namespace {
 

@@ -7,11 +7,11 @@
 
 #include "Renderer.h"
 #include "Views.h"
-#include "engine/Collection.h"
 #include "finder/FinderScenes.h"
 #include "finder/Pattern.h"
 #include "finder/Rim.h"
 #include "finder/RobustFinder.h"
+#include "unit/Collection.h"
 
 namespace {
 

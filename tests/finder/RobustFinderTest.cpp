@@ -6,10 +6,10 @@
 #include <opencv2/imgproc.hpp>
 #include <set>
 
-#include "engine/Collection.h"
-#include "engine/GridFinder.h"
 #include "finder/FinderScenes.h"
 #include "finder/Pattern.h"
+#include "finder/StandardFinder.h"
+#include "unit/Collection.h"
 
 namespace {
 

@@ -3,11 +3,11 @@
 
 #include <opencv2/imgproc.hpp>
 
-#include "engine/Collection.h"
 #include "finder/FinderScenes.h"
 #include "finder/Lattice.h"
 #include "finder/Pattern.h"
 #include "finder/RobustFinder.h"
+#include "unit/Collection.h"
 
 namespace {
 

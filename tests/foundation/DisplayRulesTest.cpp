@@ -5,7 +5,7 @@
 #include <unistd.h>
 
 #include "TemporaryFolder.h"
-#include "foundation/Scopes.h"
+#include "unit/Scopes.h"
 
 namespace {
 

@@ -9,8 +9,8 @@
 
 #include "Process.h"
 #include "TemporaryFolder.h"
-#include "foundation/LocalServer.h"
-#include "foundation/Scopes.h"
+#include "unit/LocalServer.h"
+#include "unit/Scopes.h"
 
 namespace {
 

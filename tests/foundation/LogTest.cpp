@@ -13,7 +13,7 @@
 
 #include "CapturedStdout.h"
 #include "TemporaryFolder.h"
-#include "foundation/Scopes.h"
+#include "unit/Scopes.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <cerrno>
 
 #include "TemporaryFolder.h"
-#include "foundation/Scopes.h"
+#include "unit/Scopes.h"
 
 namespace {
 

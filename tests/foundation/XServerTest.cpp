@@ -6,8 +6,8 @@
 #include <array>
 #include <thread>
 
-#include "foundation/Crowd.h"
-#include "foundation/LocalServer.h"
+#include "unit/Crowd.h"
+#include "unit/LocalServer.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 
 #include "LensError.h"
 #include "Views.h"
-#include "engine/Collection.h"
 #include "frozen/Cases.h"
+#include "unit/Collection.h"
 
 namespace frozen {
 

@@ -2,8 +2,8 @@
 #include <memory>
 #include <string>
 
-#include "engine/StereoCollection.h"
 #include "frozen/Cases.h"
+#include "unit/StereoCollection.h"
 
 namespace frozen {
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "engine/Collection.h"
 #include "frozen/Cases.h"
+#include "unit/Collection.h"
 
 namespace frozen {
 

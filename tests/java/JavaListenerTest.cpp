@@ -5,11 +5,11 @@
 
 #include "Machine.h"
 #include "Recorder.h"
-#include "binding/JavaThread.h"
-#include "binding/Jni.h"
-#include "capture/FrameCodec.h"
-#include "capture/Pushes.h"
-#include "foundation/Scopes.h"
+#include "calibrator/Pushes.h"
+#include "imaging/FrameCodec.h"
+#include "jni/JavaThread.h"
+#include "jni/Jni.h"
+#include "unit/Scopes.h"
 
 using java_test::Recorder;
 

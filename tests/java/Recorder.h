@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "binding/Jni.h"
-#include "foundation/Scopes.h"
+#include "jni/Jni.h"
+#include "unit/Scopes.h"
 
 namespace java_test {
 

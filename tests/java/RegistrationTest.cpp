@@ -2,9 +2,9 @@
 #include <gtest/gtest.h>
 
 #include "Machine.h"
-#include "binding/Jni.h"
-#include "engine/Collection.h"
-#include "foundation/Scopes.h"
+#include "jni/Jni.h"
+#include "unit/Collection.h"
+#include "unit/Scopes.h"
 
 namespace {
 

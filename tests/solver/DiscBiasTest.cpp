@@ -7,10 +7,10 @@
 
 #include "Calibrator.h"
 #include "Views.h"
-#include "engine/Collection.h"
-#include "engine/TargetGeometry.h"
-#include "foundation/Scopes.h"
+#include "model/TargetGeometry.h"
 #include "solver/SparseIntrinsics.h"
+#include "unit/Collection.h"
+#include "unit/Scopes.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <opencv2/core.hpp>
 
 #include "Views.h"
-#include "engine/Collection.h"
+#include "unit/Collection.h"
 
 namespace unit {
 

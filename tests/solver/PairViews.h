@@ -5,10 +5,10 @@
 #include <opencv2/core.hpp>
 
 #include "Calibrator.h"
-#include "engine/StereoCollection.h"
-#include "engine/TargetGeometry.h"
+#include "model/TargetGeometry.h"
 #include "solver/SparseIntrinsics.h"
 #include "solver/SparsePair.h"
+#include "unit/StereoCollection.h"
 
 namespace unit {
 

@@ -9,11 +9,11 @@
 #include "Calibrator.h"
 #include "Matchers.h"
 #include "Views.h"
-#include "engine/Collection.h"
-#include "engine/TargetGeometry.h"
-#include "foundation/Scopes.h"
+#include "model/TargetGeometry.h"
 #include "solver/SparseIntrinsics.h"
 #include "solver/WideViews.h"
+#include "unit/Collection.h"
+#include "unit/Scopes.h"
 
 namespace {
 

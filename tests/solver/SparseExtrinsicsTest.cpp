@@ -5,9 +5,9 @@
 
 #include "Calibrator.h"
 #include "Matchers.h"
-#include "engine/StereoCollection.h"
-#include "engine/TargetGeometry.h"
-#include "foundation/Scopes.h"
+#include "model/TargetGeometry.h"
+#include "unit/Scopes.h"
+#include "unit/StereoCollection.h"
 
 namespace {
 

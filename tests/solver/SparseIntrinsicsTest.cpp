@@ -10,10 +10,10 @@
 #include "LensError.h"
 #include "Matchers.h"
 #include "Views.h"
-#include "engine/Collection.h"
-#include "engine/TargetGeometry.h"
+#include "model/TargetGeometry.h"
 #include "solver/LensStages.h"
 #include "solver/NoisyViews.h"
+#include "unit/Collection.h"
 
 namespace {
 

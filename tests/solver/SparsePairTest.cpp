@@ -11,11 +11,10 @@
 #include "JSON.h"
 #include "LensError.h"
 #include "Matchers.h"
-#include "engine/Intrinsics.h"
-#include "engine/LensModel.h"
-#include "foundation/Scopes.h"
-#include "solver/ModelParameters.h"
+#include "model/LensModel.h"
+#include "solver/OpenCvIntrinsics.h"
 #include "solver/PairViews.h"
+#include "unit/Scopes.h"
 
 namespace {
 
@@ -69,7 +68,7 @@ TEST(SparsePair, IsTheTruthWithoutNoise) {
     start.right.values[1] *= 0.98;
     start.right.values[2] += 6.0;
     const sparse::PairEstimate result =
-        RefinePair(target, start, sparse::FreeParametersOf(model), unit::FRAME, {}).solution.estimate;
+        RefinePair(target, start, velmora::LensModelOf(model).parameters, unit::FRAME, {}).solution.estimate;
     EXPECT_MAT_NEAR(cv::Mat(result.relative.R), cv::Mat(rig.R), 1e-6);
     EXPECT_MAT_NEAR(cv::Mat(result.relative.t), cv::Mat(rig.T), 1e-6);
     // The coefficients of the larger models may stand for each other; projections show that they do.
@@ -150,7 +149,7 @@ TEST(SparsePair, IsTheMinimumThatOpenCVFindsWithTheClassicModel) {
   cv::Mat F;
   const double rms = cv::stereoCalibrate(Narrowed(Targets(8)), Narrowed(pairs.left), Narrowed(pairs.right),
                                          other.K, other.D, other.KRight, other.DRight, unit::FRAME, R, T, E,
-                                         F, cv::CALIB_USE_INTRINSIC_GUESS, SolverCriteria());
+                                         F, cv::CALIB_USE_INTRINSIC_GUESS, OpenCvCriteria());
   EXPECT_NEAR(own.rms, rms, 1e-9);
   EXPECT_MAT_NEAR(own.R, R, 1e-6);
   EXPECT_MAT_NEAR(own.T, T, 1e-6);

@@ -7,9 +7,9 @@
 
 #include "Camera.h"
 #include "Views.h"
-#include "engine/Collection.h"
-#include "engine/TargetGeometry.h"
+#include "model/TargetGeometry.h"
 #include "solver/Target.h"
+#include "unit/Collection.h"
 
 namespace {
 

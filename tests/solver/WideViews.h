@@ -10,9 +10,9 @@
 
 #include "LensError.h"
 #include "Views.h"
-#include "engine/Collection.h"
-#include "engine/TargetGeometry.h"
+#include "model/TargetGeometry.h"
 #include "solver/SparseIntrinsics.h"
+#include "unit/Collection.h"
 
 namespace unit {
 

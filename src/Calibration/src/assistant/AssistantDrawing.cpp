@@ -1,5 +1,5 @@
 /// Draws the pose to reach.
-#include "AssistantDrawing.h"
+#include "assistant/AssistantDrawing.h"
 
 #include <algorithm>
 #include <array>

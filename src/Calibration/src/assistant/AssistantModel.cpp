@@ -1,5 +1,5 @@
 /// Reads the assistant's model file and fits the sheet to its poses.
-#include "AssistantModel.h"
+#include "assistant/AssistantModel.h"
 
 #include <algorithm>
 #include <cmath>

@@ -5,9 +5,9 @@
 #include <opencv2/imgproc.hpp>
 #include <stdexcept>
 
-#include "AssistantDrawing.h"
-#include "AssistantModel.h"
 #include "Log.h"
+#include "assistant/AssistantDrawing.h"
+#include "assistant/AssistantModel.h"
 #include "foundation/OneLine.h"
 
 namespace {

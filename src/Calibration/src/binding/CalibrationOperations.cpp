@@ -6,8 +6,8 @@
 #include "Log.h"
 #include "base64.h"
 #include "binding/Registry.h"
-#include "capture/FrameCodec.h"
-#include "capture/OwnThread.h"
+#include "calibrator/OwnThread.h"
+#include "imaging/FrameCodec.h"
 
 namespace {
 

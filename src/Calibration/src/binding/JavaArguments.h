@@ -8,7 +8,7 @@
 #include <string>
 
 #include "Log.h"
-#include "binding/Jni.h"
+#include "jni/Jni.h"
 
 namespace jni {
 

@@ -4,8 +4,8 @@
 #include <memory>
 
 #include "binding/JavaArguments.h"
-#include "binding/JavaThread.h"
 #include "binding/Registry.h"
+#include "jni/JavaThread.h"
 
 #define EXPORT(Result, name) \
   extern "C" JNIEXPORT Result JNICALL Java_com_velotrix_quiverleaf_sdk_EngineChoices_##name

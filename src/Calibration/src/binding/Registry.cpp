@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "Log.h"
-#include "capture/OwnThread.h"
+#include "calibrator/OwnThread.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 /// Writes a text file so that an earlier one stays whole until the new one is complete.
-#include "AtomicFile.h"
+#include "documents/AtomicFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

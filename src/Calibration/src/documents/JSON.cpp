@@ -4,10 +4,10 @@
 #include <filesystem>
 #include <fstream>
 
-#include "AtomicFile.h"
-#include "JsonNumber.h"
 #include "Log.h"
-#include "MatrixCodec.h"
+#include "documents/AtomicFile.h"
+#include "documents/JsonNumber.h"
+#include "documents/MatrixCodec.h"
 
 namespace {
 

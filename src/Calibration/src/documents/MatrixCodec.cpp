@@ -1,12 +1,12 @@
 /// The elements of a matrix as a JSON array, and back.
-#include "MatrixCodec.h"
+#include "documents/MatrixCodec.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <vector>
 
-#include "JsonNumber.h"
+#include "documents/JsonNumber.h"
 
 namespace {
 

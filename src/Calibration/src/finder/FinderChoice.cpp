@@ -3,18 +3,18 @@
 
 #include <future>
 
-#include "Calibrator.h"
-#include "engine/GridFinder.h"
 #include "finder/Pattern.h"
+#include "finder/StandardFinder.h"
+#include "model/Codes.h"
 
 namespace {
 
 using Centres = std::vector<cv::Point2d>;
 
-static_assert(Calibrator::FINDER_STANDARD == 0, "a choice starts with the default search");
+static_assert(velmora::FINDER_STANDARD == 0, "a choice starts with the default search");
 
 GridFault Search(int finder, const cv::Mat& frame, const cv::Size& grid, Centres& points, bool& found) {
-  if (finder == Calibrator::FINDER_STANDARD || !finder::HasOneOrder(grid)) {
+  if (finder == velmora::FINDER_STANDARD || !finder::HasOneOrder(grid)) {
     found = FindGridStandard(frame, grid, points);
     return GridFault::None;
   }
@@ -27,7 +27,7 @@ GridFault Search(int finder, const cv::Mat& frame, const cv::Size& grid, Centres
 }  // namespace
 
 bool FinderChoice::Set(int finder) {
-  if (finder != Calibrator::FINDER_STANDARD && finder != Calibrator::FINDER_ROBUST) return false;
+  if (finder != velmora::FINDER_STANDARD && finder != velmora::FINDER_ROBUST) return false;
   finder_ = finder;
   return true;
 }

@@ -10,7 +10,7 @@
 /// Switchable at any time, from any thread; a search under way ends as it began.
 class FinderChoice {
  public:
-  /// False for a number that is none of Calibrator's finders; nothing changes then.
+  /// False for a number that is no finder's; nothing changes then.
   bool Set(int finder);
   int Get() const { return finder_; }
 

@@ -1,5 +1,5 @@
 /// Brings the text of an exception to one line of the log.
-#include "OneLine.h"
+#include "foundation/OneLine.h"
 
 std::string OneLine(const std::string& text) {
   constexpr char WHITE[] = " \t\r\n";

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <limits>
 
-#include "solver/Median.h"
+#include "foundation/Median.h"
 
 namespace sparse {
 

@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <opencv2/calib3d.hpp>
 
-#include "solver/Median.h"
-#include "solver/ModelParameters.h"
+#include "foundation/Median.h"
+#include "model/LensModel.h"
 
 namespace sparse {
 
@@ -46,7 +46,7 @@ Lens KnownLens(const cv::Mat& K, const cv::Mat& D, int model) {
   const cv::Mat_<double> coefficients(D.reshape(1, 1));
   Lens lens;
   // Known coefficients all count, but for those that the classic model does not have.
-  const bool classic = FreeParametersOf(model) == CLASSIC_PARAMETERS;
+  const bool classic = velmora::LensModelOf(model).parameters == CLASSIC_PARAMETERS;
   lens.free = classic ? CLASSIC_PARAMETERS : FULL_PARAMETERS;
   lens.values = {matrix(0, 0), matrix(1, 1), matrix(0, 2), matrix(1, 2)};
   for (int i = 0; i < std::min(coefficients.cols, lens.free - 4); ++i) {

@@ -4,11 +4,14 @@
 #include <array>
 #include <opencv2/core.hpp>
 
+#include "model/LensModel.h"
+
 namespace sparse {
 
-constexpr int CLASSIC_PARAMETERS = 9;
-constexpr int RATIONAL_PARAMETERS = 12;
-constexpr int FULL_PARAMETERS = 18;
+using velmora::CLASSIC_PARAMETERS;
+using velmora::FULL_PARAMETERS;
+using velmora::RATIONAL_PARAMETERS;
+
 constexpr int POSE_PARAMETERS = 6;
 
 /// fx, fy, cx, cy and the distortion coefficients in OpenCV's order: k1, k2, p1, p2, k3, k4, k5, k6, s1, s2,

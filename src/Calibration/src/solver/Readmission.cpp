@@ -3,8 +3,8 @@
 
 #include <algorithm>
 
+#include "foundation/Median.h"
 #include "solver/KnownLens.h"
-#include "solver/Median.h"
 #include "solver/Outliers.h"
 #include "solver/Start.h"
 

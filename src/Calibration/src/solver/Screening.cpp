@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <functional>
 
+#include "foundation/Median.h"
 #include "solver/Division.h"
-#include "solver/Median.h"
 #include "solver/Start.h"
 
 namespace sparse {

@@ -3,8 +3,8 @@
 
 #include <vector>
 
-#include "engine/Intrinsics.h"
 #include "solver/LensStages.h"
+#include "solver/OpenCvIntrinsics.h"
 #include "solver/SparseIntrinsics.h"
 #include "solver/Target.h"
 

@@ -5,7 +5,7 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-#include "engine/Extrinsics.h"
+#include "solver/OpenCvExtrinsics.h"
 #include "solver/PairProblem.h"
 
 struct SparsePairOptions {

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <thread>
 
-#include "solver/ModelParameters.h"
+#include "model/LensModel.h"
 #include "solver/SelectedViews.h"
 
 namespace {
@@ -29,7 +29,7 @@ class Computation {
   Computation(const sparse::Target& target, const cv::Size& imageSize, int model,
               const SparseOptions& options)
       : target_(target), options_(options) {
-    stages_.free = sparse::FreeParametersOf(model);
+    stages_.free = velmora::LensModelOf(model).parameters;
     stages_.imageSize = imageSize;
     stages_.threads = options.threads > 0 ? options.threads : ThreadsFor(target.views.size());
     stages_.progress = [this, points = PointsOf(target)](int iteration, double squares) {

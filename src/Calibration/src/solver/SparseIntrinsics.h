@@ -5,7 +5,7 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-#include "engine/Intrinsics.h"
+#include "solver/OpenCvIntrinsics.h"
 #include "solver/Selection.h"
 
 struct SparseOptions {

@@ -6,8 +6,8 @@
 #include <functional>
 #include <utility>
 
+#include "model/LensModel.h"
 #include "solver/LensStages.h"
-#include "solver/ModelParameters.h"
 
 namespace sparse {
 
@@ -124,7 +124,7 @@ ExtrinsicsResult RefinePairSparsely(const std::vector<std::vector<cv::Point3d>>&
                            sparse::KnownLens(intrinsics.KRight, intrinsics.DRight, model),
                            {0.0, options.threads, progress})
           .estimate;
-  const int free = sparse::FreeParametersOf(model);
+  const int free = velmora::LensModelOf(model).parameters;
   sparse::RefinedPair refined = RefinePair(target, start, free, imageSize, solve);
   // Once brings most of it; wide lenses with distortion need it twice.
   for (int i = 0; i < 2 && options.discRadius > 0.0 && refined.solution.usable && !givenUp; ++i) {

@@ -4,7 +4,7 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-#include "engine/Extrinsics.h"
+#include "solver/OpenCvExtrinsics.h"
 #include "solver/PairMinimiser.h"
 #include "solver/SparseExtrinsics.h"
 

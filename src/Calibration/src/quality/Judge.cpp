@@ -1,0 +1,212 @@
+/// Judges a computed camera.
+#include "quality/Judge.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iomanip>
+#include <limits>
+#include <opencv2/imgproc.hpp>
+#include <sstream>
+
+#include "quality/LargerModel.h"
+#include "quality/ProjectionUncertainty.h"
+#include "quality/SystematicErrors.h"
+#include "solver/Covariance.h"
+#include "solver/SolutionMatrices.h"
+#include "solver/Target.h"
+
+namespace {
+
+using Grade = CalibrationVerdict::Grade;
+
+constexpr double WORTHLESS_FOCAL = 0.03;  // relative deviation
+constexpr double CAREFUL_FOCAL = 0.01;
+constexpr double WORTHLESS_PROJECTION = 0.01;  // deviation in widths of the image
+constexpr double CAREFUL_PROJECTION = 0.0025;
+/// Systematic errors below this share of the width are not worth a word.
+constexpr double LEAST_SYSTEMATIC = 0.0002;
+constexpr double FAR_WORSE = 10.0;    // outside the data than within
+constexpr double DISAGREEMENT = 2.5;  // jackknife over formal
+constexpr double SMALL_COVERAGE = 0.4;
+constexpr int FEW_VIEWS = 10;
+constexpr int FEWEST_AGREEING = 5;  // of those that outvoted others
+
+std::vector<cv::Point2f> HullOf(const std::vector<sparse::View>& views) {
+  std::vector<cv::Point2f> points;
+  for (const sparse::View& view : views) points.insert(points.end(), view.image.begin(), view.image.end());
+  std::vector<cv::Point2f> hull;
+  cv::convexHull(points, hull);
+  return hull;
+}
+
+double RelativeFocal(const cv::Mat& covariance, const sparse::Lens& lens) {
+  return std::max(std::sqrt(covariance.at<double>(0, 0)) / lens.values[0],
+                  std::sqrt(covariance.at<double>(1, 1)) / lens.values[1]);
+}
+
+void Measure(const sparse::Solved& solved, const cv::Size& imageSize, CalibrationVerdict& verdict) {
+  const sparse::Lens& lens = solved.staged.solution.estimate.lens;
+  verdict.views = static_cast<int>(solved.views.size());
+  verdict.dataArea = HullOf(solved.views);
+  verdict.coverage = std::min(1.0, cv::contourArea(verdict.dataArea) / imageSize.area());
+  const sparse::ProjectionUncertainty uncertainty(lens, imageSize, verdict.dataArea);
+  const double nothing = std::numeric_limits<double>::infinity();
+  const cv::Mat formal = sparse::LensCovariance(solved.staged, solved.views);
+  const cv::Mat jackknife = sparse::JackknifeCovariance(solved.staged);
+  verdict.focalDeviation = formal.empty() ? nothing : RelativeFocal(formal, lens);
+  verdict.focalJackknife = jackknife.empty() ? nothing : RelativeFocal(jackknife, lens);
+  verdict.deviationInData = formal.empty() ? nothing : uncertainty.InArea(formal);
+  verdict.deviationInImage = formal.empty() ? nothing : uncertainty.InImage(formal);
+  verdict.jackknifeInData = jackknife.empty() ? nothing : uncertainty.InArea(jackknife);
+  if (!formal.empty()) verdict.deviationMap = uncertainty.Map(formal);
+}
+
+std::string Decimal(double value, int digits) {
+  std::ostringstream text;
+  text << std::fixed << std::setprecision(digits) << value;
+  return text.str();
+}
+
+void Grant(CalibrationVerdict& verdict, Grade grade, const std::string& reason, const std::string& advice) {
+  verdict.grade = std::max(verdict.grade, grade);
+  verdict.remarks.push_back({reason, advice});
+}
+
+void JudgeFocal(const sparse::Lens& lens, const cv::Size& imageSize, CalibrationVerdict& verdict) {
+  const double focal = std::max(verdict.focalDeviation, verdict.focalJackknife);
+  if (!(focal <= WORTHLESS_FOCAL)) {
+    Grant(verdict, Grade::Worthless, "The views do not determine the focal length.",
+          "Tilt the sheet more, by 20 to 40 degrees and to all sides.");
+  } else if (focal > CAREFUL_FOCAL) {
+    Grant(verdict, Grade::WithCare,
+          "The focal length is known only to within " + Decimal(100.0 * focal, 1) + " %.",
+          "Tilt the sheet more, and take more views.");
+  }
+  const cv::Rect2d image(0.0, 0.0, imageSize.width, imageSize.height);
+  if (!image.contains({lens.values[2], lens.values[3]})) {
+    Grant(verdict, Grade::Worthless, "The principal point is outside the image.",
+          "Tilt the sheet more, to all sides, and check that the grid is the right one.");
+  }
+}
+
+void JudgeProjection(const cv::Size& imageSize, CalibrationVerdict& verdict) {
+  const double inData = std::max(verdict.deviationInData, verdict.jackknifeInData) / imageSize.width;
+  if (!(inData <= WORTHLESS_PROJECTION)) {
+    Grant(verdict, Grade::Worthless,
+          "Projections are uncertain by more than a hundredth of the image's width.",
+          "Take more views, tilted to all sides, near and far.");
+  } else if (inData > CAREFUL_PROJECTION) {
+    Grant(verdict, Grade::WithCare,
+          "Projections are uncertain by " + Decimal(inData * imageSize.width, 1) + " px.",
+          verdict.views < FEW_VIEWS ? "There are few views: take ten or more."
+                                    : "Tilt the sheet more, and hold it still.");
+  }
+  const bool farWorse = !(verdict.deviationInImage <= FAR_WORSE * verdict.deviationInData);
+  if (farWorse || verdict.coverage < SMALL_COVERAGE) {
+    Grant(verdict, Grade::WithCare, "The result is valid only where there is data.",
+          "Come closer to the corners of the image with the sheet.");
+  }
+}
+
+/// Whether enough views are left to believe that those left out are the wrong ones.
+void JudgeSelection(const SparseResult& result, CalibrationVerdict& verdict) {
+  const bool leftOut = std::any_of(
+      result.rejected.begin(), result.rejected.end(),
+      [](const sparse::Rejected& rejected) { return rejected.point == sparse::Rejected::WHOLE_VIEW; });
+  if (result.tooFewAgree) {
+    Grant(verdict, Grade::WithCare,
+          "Too few views agree with each other to tell which of the others are wrong.",
+          "Look at the views with the largest errors, and take more.");
+  } else if (leftOut && verdict.views < FEWEST_AGREEING) {
+    Grant(verdict, Grade::WithCare,
+          "Only " + std::to_string(verdict.views) + " views agree, and the others were left out.",
+          "Take more views, to be sure that it is the others that are wrong.");
+  }
+}
+
+CalibrationVerdict::Remark RemarkOnBend(const sparse::SystematicError& error, const sparse::Solved& solved,
+                                        CalibrationVerdict& verdict) {
+  verdict.sheetBend = sparse::DepthOfBend(error.effect, solved.views.front());
+  return {"The sheet is bent by about " + Decimal(1e3 * verdict.sheetBend, 1) + " mm",
+          "Mount the sheet on a flat, stiff board."};
+}
+
+CalibrationVerdict::Remark RemarkOnProportions(const sparse::SystematicError& error,
+                                               CalibrationVerdict& verdict) {
+  const double stretch = error.effect.values.at<double>(0);
+  const double skew = error.effect.values.at<double>(1);
+  verdict.sheetStretch = stretch;
+  const char* const advice =
+      "Print it at full size, without fitting it to the page, and measure it both ways.";
+  if (std::abs(skew) > std::abs(stretch)) {
+    return {"The print is distorted, skewed by " + Decimal(100.0 * skew, 2) + " %", advice};
+  }
+  return {"The print is distorted, " + Decimal(100.0 * std::abs(stretch), 2) + " % too " +
+              (stretch < 0.0 ? "short" : "long") + " along its columns",
+          advice};
+}
+
+/// Of the first cause that is one; the reason is empty when there is none.
+CalibrationVerdict::Remark RemarkOn(const sparse::SystematicError& error, const sparse::Solved& solved,
+                                    sparse::LargerModel& larger, CalibrationVerdict& verdict) {
+  using Cause = sparse::SystematicError::Cause;
+  if (error.cause == Cause::Bend) return RemarkOnBend(error, solved, verdict);
+  if (error.cause == Cause::Proportions) return RemarkOnProportions(error, verdict);
+  if (larger.Name().empty()) return {};
+  return {"The lens does not fit this model", "Try the " + larger.Name() + " model."};
+}
+
+/// True when there is something to tell. Steps from a worthless result lead nowhere.
+bool JudgeSystematicError(const sparse::Solved& solved, const cv::Size& imageSize,
+                          sparse::LargerModel& larger, CalibrationVerdict& verdict) {
+  if (verdict.grade == Grade::Worthless) return false;
+  const double least = std::max(LEAST_SYSTEMATIC * imageSize.width, verdict.deviationInData);
+  for (const sparse::SystematicError& error :
+       sparse::SystematicErrorsOf(solved, imageSize, verdict.dataArea, least)) {
+    const CalibrationVerdict::Remark remark = RemarkOn(error, solved, larger, verdict);
+    if (remark.reason.empty()) continue;
+    verdict.systematicInData = error.shift;
+    Grant(verdict, Grade::WithCare,
+          remark.reason + ": projections are off by about " + Decimal(error.shift, 2) + " px.",
+          remark.advice);
+    return true;
+  }
+  return false;
+}
+
+void JudgeAgreement(sparse::LargerModel& larger, CalibrationVerdict& verdict) {
+  if (verdict.focalJackknife > DISAGREEMENT * verdict.focalDeviation ||
+      verdict.jackknifeInData > DISAGREEMENT * verdict.deviationInData) {
+    Grant(verdict, Grade::WithCare, "The views disagree more than noise explains: there is a model error.",
+          larger.Name().empty() ? "Check that the sheet is flat, and that focus and zoom stay as they are."
+                                : "Check that the sheet is flat, then try the " + larger.Name() + " model.");
+  }
+}
+
+}  // namespace
+
+CalibrationVerdict JudgeIntrinsics(const std::vector<std::vector<cv::Point3d>>& objectPoints,
+                                   const std::vector<std::vector<cv::Point2d>>& imagePoints,
+                                   const cv::Size& imageSize, const SparseResult& result, double discRadius) {
+  CalibrationVerdict verdict;
+  if (result.K.empty() || result.D.empty() || objectPoints.empty() ||
+      static_cast<size_t>(result.rvecs.rows) != objectPoints.size() ||
+      result.tvecs.rows != result.rvecs.rows) {
+    return verdict;
+  }
+  const sparse::Solved solved =
+      sparse::SolvedFrom(sparse::TargetOf(objectPoints, imagePoints), result, discRadius);
+  verdict.grade = Grade::Good;
+  for (const sparse::Rejected& rejected : result.rejected) {
+    verdict.leftOut.push_back({rejected.view, rejected.point, rejected.residual, rejected.reason});
+  }
+  Measure(solved, imageSize, verdict);
+  JudgeFocal(solved.staged.solution.estimate.lens, imageSize, verdict);
+  JudgeProjection(imageSize, verdict);
+  JudgeSelection(result, verdict);
+  sparse::LargerModel larger(objectPoints, imagePoints, imageSize, result, discRadius);
+  const bool explained = JudgeSystematicError(solved, imageSize, larger, verdict) &&
+                         verdict.jackknifeInData < verdict.systematicInData;
+  if (!explained) JudgeAgreement(larger, verdict);
+  return verdict;
+}

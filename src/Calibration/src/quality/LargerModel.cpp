@@ -1,0 +1,36 @@
+/// Whether a larger lens model than that of a result is worth its coefficients.
+#include "quality/LargerModel.h"
+
+#include "model/LensModel.h"
+#include "quality/ModelComparison.h"
+#include "solver/SolutionMatrices.h"
+
+namespace sparse {
+
+LargerModel::LargerModel(const std::vector<std::vector<cv::Point3d>>& objectPoints,
+                         const std::vector<std::vector<cv::Point2d>>& imagePoints, const cv::Size& imageSize,
+                         const SparseResult& result, double discRadius)
+    : objectPoints_(objectPoints),
+      imagePoints_(imagePoints),
+      imageSize_(imageSize),
+      free_(LensOf(result).free) {
+  options_.robust = result.robust;
+  options_.discRadius = discRadius;
+}
+
+const std::string& LargerModel::Name() {
+  if (!asked_) name_ = Ask();
+  asked_ = true;
+  return name_;
+}
+
+std::string LargerModel::Ask() const {
+  try {
+    const ModelChoice choice = CompareModels(objectPoints_, imagePoints_, imageSize_, options_);
+    return velmora::LensModelOf(choice.model).parameters > free_ ? choice.Name() : "";
+  } catch (const cv::Exception&) {
+    return "";  // a model that cannot be computed is no advice
+  }
+}
+
+}  // namespace sparse

@@ -1,0 +1,20 @@
+/// Judges a computed pair of cameras.
+#pragma once
+
+#include "PairVerdict.h"
+#include "solver/OpenCvExtrinsics.h"
+
+/// What a pair was computed from, and how.
+struct PairRecords {
+  std::vector<std::vector<cv::Point3d>> objectPoints;
+  std::vector<std::vector<cv::Point2d>> leftPoints;
+  std::vector<std::vector<cv::Point2d>> rightPoints;
+  int model = 0;
+  bool lensesRefined = false;
+  double discRadius = 0.0;  ///< that of the computation
+};
+
+/// Of either solver's result for the records. `lenses` are those that belong to R and T. Grade None without a
+/// result. Raises cv::Exception for lists that do not match.
+PairVerdict JudgePair(const PairRecords& records, const StereoIntrinsics& lenses, const cv::Mat& R,
+                      const cv::Mat& T);

@@ -1,0 +1,23 @@
+/// Which causes could be behind residuals that are no noise, and what each does to the result.
+#pragma once
+
+#include <vector>
+
+#include "quality/OmittedEffects.h"
+
+namespace sparse {
+
+struct SystematicError {
+  enum class Cause { Bend, Proportions, LensTerms };
+
+  Cause cause = Cause::Bend;
+  OmittedEffect effect;
+  double shift = 0.0;  ///< pixels by which projections are moved where there are data
+};
+
+/// The significant ones that move projections by more than `least` pixels within the area, the one that takes
+/// most off the residuals first. Each looks a little like the others: usually only the first is there.
+std::vector<SystematicError> SystematicErrorsOf(const Solved& solved, const cv::Size& imageSize,
+                                                const std::vector<cv::Point2f>& area, double least);
+
+}  // namespace sparse

@@ -1,0 +1,67 @@
+/// Pictures as they travel.
+#include "imaging/FrameCodec.h"
+
+#include <gtest/gtest.h>
+
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
+
+#include "Matchers.h"
+#include "base64.h"
+#include "calibrator/Pushes.h"
+
+namespace {
+
+std::vector<unsigned char> Jpeg70(const cv::Mat& picture) {
+  std::vector<unsigned char> bytes;
+  cv::imencode(".jpg", picture, bytes, {cv::IMWRITE_JPEG_QUALITY, 70});
+  return bytes;
+}
+
+TEST(FrameCodec, DecodesTheTextOfAPicture) {
+  std::vector<unsigned char> bytes;
+  const cv::Mat picture = unit::PictureWithGrid();
+  cv::imencode(".png", picture, bytes);
+  EXPECT_SAME_MAT(DecodeJpegB64(unit::Base64Of(bytes)), picture);
+}
+
+TEST(FrameCodec, DecodesAGreyPictureInColour) {
+  const cv::Mat grey(8, 8, CV_8UC1, cv::Scalar(90));
+  EXPECT_EQ(DecodeJpegB64(unit::JpegB64(grey)).type(), CV_8UC3);
+}
+
+TEST(FrameCodec, GivesNothingForATextWithoutAPicture) {
+  for (const std::string text : {"", "=", "TWFu", "no picture at all"}) {
+    EXPECT_TRUE(DecodeJpegB64(text).empty()) << text;
+  }
+}
+
+TEST(FrameCodec, GivesNothingForAPictureThatClaimsAnEnormousSize) {
+  std::vector<unsigned char> bitmap;
+  cv::imencode(".bmp", cv::Mat(1, 1, CV_8UC3), bitmap);
+  // Width and height in the header, of four bytes each: 60138 x 60138.
+  bitmap[18] = bitmap[19] = bitmap[22] = bitmap[23] = 0xEA;
+  const std::string text = base64_encode(bitmap.data(), static_cast<unsigned int>(bitmap.size()));
+  EXPECT_TRUE(DecodeJpegB64(text).empty());
+}
+
+TEST(FrameCodec, EncodesWithQuality70) {
+  const cv::Mat picture = unit::PictureWithGrid();
+  EXPECT_EQ(EncodeJpeg(picture, cv::Size()), Jpeg70(picture));
+}
+
+TEST(FrameCodec, ScalesOnlyWhenBothSidesArePositive) {
+  const cv::Mat picture = unit::PictureWithGrid();
+  cv::Mat small;
+  cv::resize(picture, small, {200, 100}, 0, 0, cv::INTER_LINEAR);
+  EXPECT_EQ(EncodeJpeg(picture, {200, 100}), Jpeg70(small));
+  for (const cv::Size& size : {cv::Size(0, 100), cv::Size(200, 0), cv::Size(-1, 100), cv::Size(200, -1)}) {
+    EXPECT_EQ(EncodeJpeg(picture, size), Jpeg70(picture)) << size;
+  }
+}
+
+TEST(FrameCodec, EncodesNothingOfAnEmptyPicture) {
+  EXPECT_TRUE(EncodeJpeg(cv::Mat(), {200, 100}).empty());
+}
+
+}  // namespace

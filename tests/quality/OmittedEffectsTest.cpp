@@ -1,0 +1,174 @@
+/// What residuals tell of the sheet and of the lens, beside what was done to them.
+#include "quality/OmittedEffects.h"
+
+#include <gtest/gtest.h>
+
+#include "Calibrator.h"
+#include "Views.h"
+#include "model/TargetGeometry.h"
+#include "quality/ProjectionUncertainty.h"
+#include "unit/Collection.h"
+
+namespace {
+
+using Target = std::vector<cv::Point3d>;
+
+Target Flat() {
+  return MakeObjectTemplate(unit::GRID, unit::UNIT);
+}
+
+/// Depths a x^2 + b x y + c y^2 about the middle.
+Target Bent(double a, double b, double c) {
+  Target target = Flat();
+  cv::Point3d middle;
+  for (const cv::Point3d& point : target) middle += point * (1.0 / static_cast<double>(target.size()));
+  for (cv::Point3d& point : target) {
+    const cv::Point3d p = point - middle;
+    point.z = a * p.x * p.x + b * p.x * p.y + c * p.y * p.y;
+  }
+  return target;
+}
+
+/// Pictures of what the sheet really is like.
+unit::PointLists Seen(const world::Lens& lens, const Target& target, int count, std::uint64_t seed,
+                      double noise) {
+  const world::Camera camera = {unit::FRAME, lens};
+  const world::Sheet sheet(unit::GRID, static_cast<double>(unit::UNIT));
+  cv::RNG random(seed + 1);
+  unit::PointLists views;
+  for (const world::Pose& pose : world::SampleViews(camera, count, seed, sheet)) {
+    views.push_back(world::ProjectPoints(lens, target, pose));
+    for (cv::Point2d& point : views.back())
+      point += cv::Point2d(random.gaussian(noise), random.gaussian(noise));
+  }
+  return views;
+}
+
+unit::PointLists Seen(const Target& target, int count, std::uint64_t seed, double noise = 0.1) {
+  return Seen(unit::DistortedCamera().lens, target, count, seed, noise);
+}
+
+struct Computed {
+  SparseResult result;
+  sparse::Solved solved;
+};
+
+/// As if the sheet were flat and in proportion.
+Computed Compute(const unit::PointLists& views, int model = Calibrator::MODEL_CLASSIC) {
+  const std::vector<Target> targets(views.size(), Flat());
+  Computed computed;
+  computed.result = SolveIntrinsicsSparsely(targets, views, unit::FRAME, model);
+  computed.solved = sparse::SolvedFrom(sparse::TargetOf(targets, views), computed.result, 0.0);
+  return computed;
+}
+
+TEST(OmittedBend, IsMeasured) {
+  const Computed computed = Compute(Seen(Bent(0.05, -0.03, -0.08), 12, 1, 0.01));
+  const sparse::OmittedEffect bend = sparse::OmittedBend(computed.solved);
+  ASSERT_TRUE(bend.significant);
+  EXPECT_NEAR(bend.values.at<double>(0), 0.05, 0.005);
+  EXPECT_NEAR(bend.values.at<double>(1), -0.03, 0.005);
+  EXPECT_NEAR(bend.values.at<double>(2), -0.08, 0.005);
+}
+
+TEST(OmittedBend, HasTheDepthOfTheSheet) {
+  const Target bent = Bent(0.0, 0.0, 0.08);
+  const double half = 5.0 * static_cast<double>(unit::UNIT);
+  const Computed computed = Compute(Seen(bent, 12, 2, 0.01));
+  const sparse::OmittedEffect bend = sparse::OmittedBend(computed.solved);
+  EXPECT_NEAR(sparse::DepthOfBend(bend, computed.solved.views.front()), 0.08 * half * half, 0.00005);
+}
+
+TEST(OmittedBend, TellsHowFarTheLensIsOff) {
+  const auto views = Seen(Bent(0.0, 0.0, 0.05), 12, 3, 0.01);
+  const Computed computed = Compute(views);
+  const Computed flat = Compute(Seen(Flat(), 12, 3, 0.01));
+  const sparse::OmittedEffect bend = sparse::OmittedBend(computed.solved);
+  for (int i = 0; i < 2; ++i) {
+    const double off = flat.result.K.at<double>(i, i) - computed.result.K.at<double>(i, i);
+    EXPECT_GT(std::abs(off), 0.5);
+    EXPECT_NEAR(bend.lensShift.at<double>(i), off, 0.1 * std::abs(off)) << i;
+  }
+}
+
+TEST(OmittedProportions, AreMeasured) {
+  Target target = Flat();
+  for (cv::Point3d& point : target) {
+    point.x += 0.002 * point.y;
+    point.y *= 1.005;
+  }
+  const Computed computed = Compute(Seen(target, 12, 4, 0.01));
+  const sparse::OmittedEffect proportions = sparse::OmittedProportions(computed.solved);
+  ASSERT_TRUE(proportions.significant);
+  EXPECT_NEAR(proportions.values.at<double>(0), 0.005, 0.0005);
+  EXPECT_NEAR(proportions.values.at<double>(1), 0.002, 0.0005);
+  EXPECT_GT(proportions.squares, sparse::OmittedBend(computed.solved).squares);
+}
+
+TEST(OmittedLensTerms, AreSeenInALensThatTheModelDoesNotHold) {
+  const world::Camera wide = world::CameraFromFieldOfView(
+      unit::FRAME, 90.0, {4.0 / 15.0, 0.0, 0.0008, -0.0006, 0.0, 3.0 / 5.0, 0.0, 0.0});
+  const auto views = Seen(wide.lens, Flat(), 20, 5, 0.05);
+  const sparse::OmittedEffect classic = sparse::OmittedLensTerms(Compute(views).solved);
+  EXPECT_TRUE(classic.significant);
+  EXPECT_EQ(classic.lensShift.size(), cv::Size(1, sparse::FULL_PARAMETERS));
+  EXPECT_FALSE(sparse::OmittedLensTerms(Compute(views, Calibrator::MODEL_RATIONAL).solved).significant);
+  EXPECT_TRUE(sparse::OmittedLensTerms(Compute(views, Calibrator::MODEL_FULL).solved).values.empty());
+}
+
+TEST(OmittedEffects, AreNotSeenInNoise) {
+  for (const int model : {Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL}) {
+    for (std::uint64_t seed = 1; seed <= 30; ++seed) {
+      const sparse::Solved solved =
+          Compute(Seen(Flat(), 6 + static_cast<int>(seed) % 10, seed), model).solved;
+      EXPECT_FALSE(sparse::OmittedBend(solved).significant) << seed;
+      EXPECT_FALSE(sparse::OmittedProportions(solved).significant) << seed;
+      EXPECT_FALSE(sparse::OmittedLensTerms(solved).significant) << seed;
+    }
+  }
+}
+
+TEST(OmittedEffects, AreNotSeenInTheDefaultSolversResultsOfNoise) {
+  for (const int model : {Calibrator::MODEL_RATIONAL, Calibrator::MODEL_FULL}) {
+    for (const std::uint64_t seed : {1U, 2U, 3U}) {
+      const auto views = Seen(Flat(), 10, seed);
+      const std::vector<Target> targets(views.size(), Flat());
+      SparseResult result;
+      static_cast<IntrinsicsResult&>(result) = SolveIntrinsics(targets, views, unit::FRAME, model);
+      const sparse::Solved solved = sparse::SolvedFrom(sparse::TargetOf(targets, views), result, 0.0);
+      EXPECT_FALSE(sparse::OmittedBend(solved).significant) << model << " " << seed;
+      EXPECT_FALSE(sparse::OmittedProportions(solved).significant) << model << " " << seed;
+      EXPECT_FALSE(sparse::OmittedLensTerms(solved).significant) << model << " " << seed;
+    }
+  }
+}
+
+TEST(OmittedEffects, CountAsMuchAsTheyAreMoreThanNoise) {
+  sparse::OmittedEffect effect;
+  effect.values = cv::Mat::zeros(9, 1, CV_64F);
+  effect.squares = 40.0;
+  EXPECT_EQ(effect.Excess(), 0.0);
+  effect.significant = true;
+  EXPECT_EQ(effect.Excess(), 31.0);
+}
+
+TEST(OmittedEffects, TakeOffAsMuchOfNoiseAsTheirNumberOfParameters) {
+  double bend = 0.0;
+  double proportions = 0.0;
+  constexpr int RUNS = 60;
+  for (std::uint64_t seed = 1; seed <= RUNS; ++seed) {
+    const sparse::Solved solved = Compute(Seen(Flat(), 12, seed)).solved;
+    bend += sparse::OmittedBend(solved).squares / RUNS;
+    proportions += sparse::OmittedProportions(solved).squares / RUNS;
+  }
+  // Means of chi-squared numbers, their own deviations 0.32 and 0.26.
+  EXPECT_NEAR(bend, 3.0, 1.0);
+  EXPECT_NEAR(proportions, 2.0, 0.8);
+}
+
+TEST(OmittedEffects, ArePassedOverWhereNothingCanBeSolved) {
+  EXPECT_FALSE(sparse::OmittedBend(sparse::Solved()).significant);
+  EXPECT_TRUE(sparse::OmittedBend(sparse::Solved()).lensShift.empty());
+}
+
+}  // namespace
