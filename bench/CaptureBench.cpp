@@ -16,6 +16,8 @@
 #include "Ratio.h"
 #include "capture/CaptureReader.h"
 
+using namespace velmora;
+
 namespace {
 
 const cv::Size GRID(4, 11);

@@ -5,6 +5,8 @@
 #include "finder/StandardFinder.h"
 #include "imaging/Overlay.h"
 
+using namespace velmora;
+
 namespace {
 
 const cv::Size GRID(4, 11);

@@ -10,6 +10,8 @@
 #include "finder/StandardFinder.h"
 #include "fuzz/PaintedFrame.h"
 
+using namespace velmora;
+
 namespace {
 
 const cv::Size GRID(4, 11);

@@ -16,6 +16,8 @@ extern "C" {
 #pragma GCC diagnostic ignored "-Wold-style-cast"
 #endif
 #include <mrcal/mrcal.h>
+
+using namespace velmora;
 #if defined(__GNUC__)
 #pragma GCC diagnostic pop
 #endif

@@ -11,6 +11,8 @@
 #include "base64.h"
 #include "imaging/Overlay.h"
 
+using namespace velmora;
+
 namespace {
 
 const cv::Size GRID(4, 11);

@@ -12,6 +12,8 @@
 #include "solver/SparseIntrinsics.h"
 #include "solver/SparsePair.h"
 
+using namespace velmora;
+
 namespace {
 
 const cv::Size GRID(4, 11);
@@ -96,14 +98,14 @@ void SparseAlone(benchmark::State& state) {
 void NextPoseBesideSparse(benchmark::State& state) {
   const int model = static_cast<int>(state.range(0));
   const Data data = MakeData(10);
-  const sparse::Target target = sparse::TargetOf(data.object, data.image);
+  const solver::Target target = solver::TargetOf(data.object, data.image);
   const SparseResult result = SolveIntrinsicsSparsely(data.object, data.image, FRAME, model);
-  const sparse::Knowledge knowledge =
-      sparse::KnowledgeFrom(sparse::SolvedFrom(target, result, 0.0), target.views, FRAME);
+  const solver::Knowledge knowledge =
+      solver::KnowledgeFrom(solver::SolvedFrom(target, result, 0.0), target.views, FRAME);
   bench::Ratio().Run(
       state,
       [&] {
-        benchmark::DoNotOptimize(sparse::ChooseNextPose(knowledge, target.views.front().object, FRAME).then);
+        benchmark::DoNotOptimize(solver::ChooseNextPose(knowledge, target.views.front().object, FRAME).then);
       },
       [&] { Sparse(data, model); });
 }

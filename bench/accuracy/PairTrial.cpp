@@ -8,6 +8,8 @@
 #include "LensError.h"
 #include "Seed.h"
 
+using namespace velmora;
+
 namespace accuracy {
 
 namespace {

@@ -8,6 +8,8 @@
 #include "finder/RobustFinder.h"
 #include "finder/StandardFinder.h"
 
+using namespace velmora;
+
 namespace accuracy {
 
 namespace {

@@ -5,6 +5,8 @@
 #include "model/TargetGeometry.h"
 #include "solver/SparsePair.h"
 
+using namespace velmora;
+
 namespace accuracy {
 
 const cv::Size GRID(4, 11);

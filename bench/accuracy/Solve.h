@@ -21,14 +21,14 @@ extern const cv::Size GRID;
 extern const float UNIT;  ///< metres
 
 /// One camera, from views of the grid; on one thread.
-SparseResult Solve(const Points& views, const cv::Size& imageSize, int model, int solver,
+velmora::SparseResult Solve(const Points& views, const cv::Size& imageSize, int model, int solver,
                    double discRadius = 0.0);
 
 /// A pair, each camera alone first, as users do it.
 struct PairResult {
-  SparseResult left;
-  SparseResult right;
-  ExtrinsicsResult pair;
+  velmora::SparseResult left;
+  velmora::SparseResult right;
+  velmora::ExtrinsicsResult pair;
 };
 PairResult SolvePair(const Points& left, const Points& right, const cv::Size& imageSize, int model,
                      int solver);

@@ -11,6 +11,8 @@
 #include "model/TargetGeometry.h"
 #include "quality/Judge.h"
 
+using namespace velmora;
+
 namespace accuracy {
 
 const std::array<const char*, PARAMETERS> PARAMETER_NAMES = {"fx", "fy", "cx", "cy", "k1",   "k2",

@@ -8,6 +8,8 @@
 
 #include "Matchers.h"
 
+using namespace velmora;
+
 namespace {
 
 const cv::Scalar PALETTE[] = {{0, 0, 255},   {0, 128, 255}, {0, 200, 200}, {0, 255, 0},

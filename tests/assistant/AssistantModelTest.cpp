@@ -7,6 +7,8 @@
 
 #include "TemporaryFolder.h"
 
+using namespace velmora;
+
 namespace {
 
 const cv::Size FRAME(640, 480);

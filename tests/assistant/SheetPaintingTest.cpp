@@ -8,6 +8,8 @@
 
 #include "assistant/AssistantDrawing.h"
 
+using namespace velmora;
+
 namespace {
 
 using unit::SheetPainting;

@@ -11,6 +11,8 @@
 #include "unit/Collection.h"
 #include "unit/Scopes.h"
 
+using namespace velmora;
+
 namespace {
 
 const char* const SHORT = "ERROR : ERROR: Frame buffer has a wrong format. Cannot decode incoming frame.\n";

@@ -19,6 +19,8 @@
 #include "unit/Crowd.h"
 #include "unit/Scopes.h"
 
+using namespace velmora;
+
 namespace {
 
 using nlohmann::json;

@@ -20,6 +20,8 @@
 #include "unit/Crowd.h"
 #include "unit/Scopes.h"
 
+using namespace velmora;
+
 namespace {
 
 constexpr int THREADS = 4;

@@ -11,6 +11,8 @@
 #include "unit/Collection.h"
 #include "unit/Scopes.h"
 
+using namespace velmora;
+
 namespace {
 
 class Guided : public ::testing::Test {

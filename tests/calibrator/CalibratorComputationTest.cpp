@@ -13,6 +13,8 @@
 #include "unit/Collection.h"
 #include "unit/Scopes.h"
 
+using namespace velmora;
+
 namespace {
 
 void ExpectResultsOf(Calibrator& calibrator, const unit::DirectSolution& direct) {

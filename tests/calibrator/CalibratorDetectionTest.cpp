@@ -11,6 +11,8 @@
 #include "unit/Collection.h"
 #include "unit/Scopes.h"
 
+using namespace velmora;
+
 namespace {
 
 /// Where the overlay's speed text is: the one text that is not known beforehand.

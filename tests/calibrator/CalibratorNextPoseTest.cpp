@@ -11,6 +11,8 @@
 #include "unit/Collection.h"
 #include "unit/Scopes.h"
 
+using namespace velmora;
+
 namespace {
 
 PoseProposal ProposalWith(int views) {

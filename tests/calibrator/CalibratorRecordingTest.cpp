@@ -10,6 +10,8 @@
 #include "unit/Collection.h"
 #include "unit/Scopes.h"
 
+using namespace velmora;
+
 namespace {
 
 class Recording : public ::testing::Test {

@@ -17,6 +17,8 @@
 #include "unit/Scopes.h"
 #include "unit/StereoCollection.h"
 
+using namespace velmora;
+
 namespace {
 
 const char* const UNREACHABLE = "ERROR : Cannot perform any action while computing calibration.\n";

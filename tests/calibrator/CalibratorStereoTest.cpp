@@ -13,6 +13,8 @@
 #include "unit/Scopes.h"
 #include "unit/StereoCollection.h"
 
+using namespace velmora;
+
 namespace {
 
 using Centres = std::vector<cv::Point2d>;

@@ -5,6 +5,8 @@
 
 #include <limits>
 
+using namespace velmora;
+
 namespace {
 
 constexpr double NONE = std::numeric_limits<double>::quiet_NaN();

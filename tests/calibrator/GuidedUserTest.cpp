@@ -13,6 +13,8 @@
 #include "unit/Collection.h"
 #include "unit/Scopes.h"
 
+using namespace velmora;
+
 namespace {
 
 constexpr double FRAMES_PER_SECOND = 30.0;

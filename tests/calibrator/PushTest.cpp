@@ -8,6 +8,8 @@
 #include "imaging/FrameCodec.h"
 #include "unit/Scopes.h"
 
+using namespace velmora;
+
 namespace {
 
 using unit::Kind;

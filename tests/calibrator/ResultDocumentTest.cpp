@@ -11,6 +11,8 @@
 #include "TemporaryFolder.h"
 #include "unit/Scopes.h"
 
+using namespace velmora;
+
 namespace {
 
 std::string LocalTime(std::time_t time) {

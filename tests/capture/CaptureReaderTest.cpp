@@ -9,6 +9,8 @@
 #include "capture/ReaderFixture.h"
 #include "unit/Crowd.h"
 
+using namespace velmora;
+
 namespace {
 
 using Clock = std::chrono::steady_clock;

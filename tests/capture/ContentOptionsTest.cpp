@@ -6,6 +6,8 @@
 #include "Calibrator.h"
 #include "unit/Scopes.h"
 
+using namespace velmora;
+
 namespace {
 
 using Pieces = std::vector<std::string>;

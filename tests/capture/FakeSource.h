@@ -16,6 +16,8 @@
 
 namespace unit {
 
+using namespace velmora;
+
 /// What a fake source does, and what was done to it. Tests keep it while the reader owns the source.
 struct FakeDevice {
   /// To be set before the source is opened.

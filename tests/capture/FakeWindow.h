@@ -13,6 +13,8 @@
 
 namespace unit {
 
+using namespace velmora;
+
 /// What happened to a fake window. Tests keep it while the preview owns the calls.
 struct WindowLog {
   std::atomic<bool> displayAnswers{true};

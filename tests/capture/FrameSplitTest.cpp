@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace velmora;
+
 namespace {
 
 constexpr int LEFT = 10;

@@ -8,6 +8,8 @@
 #include <future>
 #include <vector>
 
+using namespace velmora;
+
 namespace {
 
 using Clock = std::chrono::steady_clock;

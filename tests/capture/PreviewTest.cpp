@@ -7,6 +7,8 @@
 #include "unit/Collection.h"
 #include "unit/Scopes.h"
 
+using namespace velmora;
+
 namespace {
 
 class PreviewOfOne : public testing::Test {

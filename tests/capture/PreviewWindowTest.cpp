@@ -10,6 +10,8 @@
 #include "unit/Crowd.h"
 #include "unit/Scopes.h"
 
+using namespace velmora;
+
 namespace {
 
 class SharedWindow : public testing::Test {

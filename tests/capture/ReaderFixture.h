@@ -14,6 +14,8 @@
 
 namespace unit {
 
+using namespace velmora;
+
 /// A reader whose first source is `left` and whose second is `right`. What it processes can be waited for.
 class ReaderFixture : public testing::Test {
  protected:

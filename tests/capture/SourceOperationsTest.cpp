@@ -3,6 +3,8 @@
 
 #include "capture/ReaderFixture.h"
 
+using namespace velmora;
+
 namespace {
 
 using Calls = std::vector<std::string>;

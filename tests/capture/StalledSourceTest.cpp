@@ -6,6 +6,8 @@
 
 #include "capture/ReaderFixture.h"
 
+using namespace velmora;
+
 namespace {
 
 using Clock = std::chrono::steady_clock;

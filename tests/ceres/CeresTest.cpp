@@ -8,6 +8,8 @@
 #include "solver/NoisyViews.h"
 #include "solver/PairViews.h"
 
+using namespace velmora;
+
 namespace {
 
 /// In single precision, as the engine takes them.

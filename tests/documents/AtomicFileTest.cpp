@@ -14,6 +14,8 @@
 #include "documents/RefusedCalls.h"
 #include "unit/Scopes.h"
 
+using namespace velmora;
+
 namespace {
 
 namespace fs = std::filesystem;

@@ -5,6 +5,8 @@
 
 #include "Matchers.h"
 
+using namespace velmora;
+
 namespace {
 
 TEST(MatrixCodec, KnowsDepthsUpToDouble) {

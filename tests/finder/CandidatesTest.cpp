@@ -8,6 +8,8 @@
 #include "finder/CandidateIndex.h"
 #include "finder/FinderScenes.h"
 
+using namespace velmora;
+
 namespace {
 
 using finder::Candidates;

@@ -11,6 +11,8 @@
 #include "finder/StandardFinder.h"
 #include "unit/Collection.h"
 
+using namespace velmora;
+
 namespace {
 
 using Centres = std::vector<cv::Point2d>;

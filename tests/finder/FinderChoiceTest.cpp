@@ -10,6 +10,8 @@
 #include "unit/Collection.h"
 #include "unit/Scopes.h"
 
+using namespace velmora;
+
 namespace {
 
 using Centres = std::vector<cv::Point2d>;

@@ -7,6 +7,8 @@
 #include "Views.h"
 #include "finder/Pattern.h"
 
+using namespace velmora;
+
 namespace unit {
 
 namespace {

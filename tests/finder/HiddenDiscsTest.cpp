@@ -13,6 +13,8 @@
 #include "finder/RobustFinder.h"
 #include "unit/Collection.h"
 
+using namespace velmora;
+
 namespace {
 
 constexpr double STEP = 36.0;

@@ -9,6 +9,8 @@
 #include "finder/Pattern.h"
 #include "finder/Placement.h"
 
+using namespace velmora;
+
 namespace {
 
 using finder::Candidate;

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <opencv2/imgproc.hpp>
 
+using namespace velmora;
+
 namespace {
 
 using finder::Region;

@@ -11,6 +11,8 @@
 #include "finder/StandardFinder.h"
 #include "unit/Collection.h"
 
+using namespace velmora;
+
 namespace {
 
 double Rms(const std::vector<cv::Point2d>& found, const std::vector<cv::Point2d>& truth) {

@@ -9,6 +9,8 @@
 #include "finder/RobustFinder.h"
 #include "unit/Collection.h"
 
+using namespace velmora;
+
 namespace {
 
 TEST(SeedOrder, PutsTheInsideOfAPatternBeforeStrewnSpots) {

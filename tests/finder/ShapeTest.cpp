@@ -7,6 +7,8 @@
 
 #include "finder/Pattern.h"
 
+using namespace velmora;
+
 namespace {
 
 constexpr double STEP = 40.0;

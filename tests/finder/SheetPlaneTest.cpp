@@ -11,6 +11,8 @@
 #include "finder/Pattern.h"
 #include "finder/Refinement.h"
 
+using namespace velmora;
+
 namespace {
 
 using finder::PlacedDiscs;

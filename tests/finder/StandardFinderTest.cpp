@@ -9,6 +9,8 @@
 
 #include "unit/Collection.h"
 
+using namespace velmora;
+
 namespace {
 
 TEST(GridFinder, FindsTheCentresOfEachViewInTheOrderOfTheGrid) {

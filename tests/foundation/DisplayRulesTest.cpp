@@ -7,6 +7,8 @@
 #include "TemporaryFolder.h"
 #include "unit/Scopes.h"
 
+using namespace velmora;
+
 namespace {
 
 constexpr Servers NONE{};

@@ -5,6 +5,8 @@
 
 #include <opencv2/core.hpp>
 
+using namespace velmora;
+
 namespace {
 
 TEST(OneLine, IsATextOfOneLineItself) {

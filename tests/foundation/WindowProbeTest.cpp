@@ -10,6 +10,8 @@
 #include "TemporaryFolder.h"
 #include "unit/Scopes.h"
 
+using namespace velmora;
+
 namespace {
 
 constexpr std::chrono::seconds PATIENCE{60};

@@ -9,6 +9,8 @@
 #include "unit/Crowd.h"
 #include "unit/LocalServer.h"
 
+using namespace velmora;
+
 namespace {
 
 constexpr std::chrono::seconds PATIENCE{60};

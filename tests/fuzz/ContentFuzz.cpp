@@ -7,6 +7,8 @@
 #include "Calibration.h"
 #include "capture/ContentOptions.h"
 
+using namespace velmora;
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   Calibration::SetLogLevel(0);
   const std::string text(reinterpret_cast<const char*>(data), size);

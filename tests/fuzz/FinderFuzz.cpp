@@ -11,6 +11,8 @@
 #include "finder/RobustFinder.h"
 #include "fuzz/PaintedFrame.h"
 
+using namespace velmora;
+
 #ifdef __clang__
 /// libFuzzer counts what is set in this section.
 __attribute__((section("__libfuzzer_extra_counters"))) static std::uint8_t times[256];

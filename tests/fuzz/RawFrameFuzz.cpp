@@ -6,6 +6,8 @@
 #include "Calibration.h"
 #include "binding/RawFrame.h"
 
+using namespace velmora;
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   constexpr std::size_t HEAD = 6;
   if (size < HEAD) return 0;

@@ -10,6 +10,8 @@
 #include "base64.h"
 #include "calibrator/Pushes.h"
 
+using namespace velmora;
+
 namespace {
 
 std::vector<unsigned char> Jpeg70(const cv::Mat& picture) {

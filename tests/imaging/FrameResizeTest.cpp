@@ -8,6 +8,8 @@
 #include "Matchers.h"
 #include "unit/Collection.h"
 
+using namespace velmora;
+
 namespace {
 
 const cv::Size TARGET(640, 480);

@@ -10,6 +10,8 @@
 #include "Calibrator.h"
 #include "Matchers.h"
 
+using namespace velmora;
+
 namespace {
 
 const cv::Scalar WHITE(255, 255, 255);

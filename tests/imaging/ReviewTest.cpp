@@ -9,6 +9,8 @@
 #include "Matchers.h"
 #include "model/TargetGeometry.h"
 
+using namespace velmora;
+
 namespace {
 
 class Review : public ::testing::Test {

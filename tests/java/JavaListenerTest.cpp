@@ -11,6 +11,8 @@
 #include "jni/Jni.h"
 #include "unit/Scopes.h"
 
+using namespace velmora;
+
 using java_test::Recorder;
 
 namespace {

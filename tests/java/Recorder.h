@@ -9,6 +9,8 @@
 
 namespace java_test {
 
+using namespace velmora;
+
 /// A com.velotrix.quiverleaf.sdk.Recorder. For the thread of its environment only.
 class Recorder {
  public:

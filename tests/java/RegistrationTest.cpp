@@ -6,6 +6,8 @@
 #include "unit/Collection.h"
 #include "unit/Scopes.h"
 
+using namespace velmora;
+
 namespace {
 
 TEST(Registration, FailsWithAnErrorLineThatNamesWhatIsMissing) {

@@ -6,6 +6,8 @@
 #include <climits>
 #include <opencv2/calib3d.hpp>
 
+using namespace velmora;
+
 namespace {
 
 using velmora::LensModelName;

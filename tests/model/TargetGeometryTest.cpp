@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+using namespace velmora;
+
 namespace {
 
 TEST(TargetGeometry, HasOnePointForEachCircle) {

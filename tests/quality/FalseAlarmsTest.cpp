@@ -9,6 +9,8 @@
 #include "unit/Collection.h"
 #include "unit/Scopes.h"
 
+using namespace velmora;
+
 namespace {
 
 using Grade = CalibrationVerdict::Grade;
@@ -19,7 +21,7 @@ constexpr int RATIONAL = Calibrator::MODEL_RATIONAL;
 struct Judged {
   SparseResult result;
   CalibrationVerdict verdict;
-  sparse::Solved solved;
+  solver::Solved solved;
 };
 
 Judged Judge(const unit::PointLists& views, int model, double discRadius) {
@@ -30,7 +32,7 @@ Judged Judge(const unit::PointLists& views, int model, double discRadius) {
   Judged judged;
   judged.result = SolveIntrinsicsSparsely(targets, views, unit::FRAME, model, options);
   judged.verdict = JudgeIntrinsics(targets, views, unit::FRAME, judged.result, discRadius);
-  judged.solved = sparse::SolvedFrom(sparse::TargetOf(targets, views), judged.result, discRadius);
+  judged.solved = solver::SolvedFrom(solver::TargetOf(targets, views), judged.result, discRadius);
   return judged;
 }
 
@@ -71,9 +73,9 @@ TEST(VerdictWithDiscs, FindsNoFaultInCleanViews) {
     for (std::uint64_t seed = 1; seed <= SEEDS; ++seed) {
       const Judged judged =
           Judge(unit::DiscViews(clean.camera, 20, seed, clean.noise), clean.model, unit::DISC);
-      EXPECT_FALSE(sparse::OmittedLensTerms(judged.solved).significant) << clean.name << " " << seed;
-      EXPECT_FALSE(sparse::OmittedBend(judged.solved).significant) << clean.name << " " << seed;
-      EXPECT_FALSE(sparse::OmittedProportions(judged.solved).significant) << clean.name << " " << seed;
+      EXPECT_FALSE(solver::OmittedLensTerms(judged.solved).significant) << clean.name << " " << seed;
+      EXPECT_FALSE(solver::OmittedBend(judged.solved).significant) << clean.name << " " << seed;
+      EXPECT_FALSE(solver::OmittedProportions(judged.solved).significant) << clean.name << " " << seed;
       EXPECT_EQ(judged.verdict.systematicInData, 0.0) << clean.name << " " << seed;
       EXPECT_FALSE(Says(judged.verdict, "disagree")) << clean.name << " " << seed << judged.verdict.ToJson();
       EXPECT_LT(judged.verdict.jackknifeInData, 2.5 * judged.verdict.deviationInData)
@@ -148,9 +150,9 @@ TEST(LensRemark, DoesNotComeWhereTheChoiceOfTheModelRefusesLargerOnes) {
       EXPECT_FALSE(Says(verdict, "The lens")) << verdict.ToJson();
       EXPECT_FALSE(Says(verdict, "model.")) << verdict.ToJson();
       const Judged judged = Judge(views, CLASSIC, 0.0);
-      for (const sparse::SystematicError& error :
-           sparse::SystematicErrorsOf(judged.solved, unit::FRAME, verdict.dataArea, 0.128)) {
-        suspected += error.cause == sparse::SystematicError::Cause::LensTerms ? 1 : 0;
+      for (const solver::SystematicError& error :
+           solver::SystematicErrorsOf(judged.solved, unit::FRAME, verdict.dataArea, 0.128)) {
+        suspected += error.cause == solver::SystematicError::Cause::LensTerms ? 1 : 0;
       }
     }
   }
@@ -162,7 +164,7 @@ TEST(LargerModel, IsThatOfTheChoice) {
   const auto name = [](const unit::PointLists& views, int model) {
     const Judged judged = Judge(views, model, 0.0);
     const auto targets = unit::FlatTargets(views.size());
-    return sparse::LargerModel(targets, views, unit::FRAME, judged.result, 0.0).Name();
+    return solver::LargerModel(targets, views, unit::FRAME, judged.result, 0.0).Name();
   };
   const auto fisheye = unit::CloseAndSmallViews(unit::FisheyeCamera(100.0), 9, 0.4, 1);
   EXPECT_EQ(name(fisheye, CLASSIC), "rational");

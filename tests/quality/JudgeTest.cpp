@@ -14,6 +14,8 @@
 #include "quality/ProjectionUncertainty.h"
 #include "unit/Collection.h"
 
+using namespace velmora;
+
 namespace {
 
 using Grade = CalibrationVerdict::Grade;
@@ -179,11 +181,11 @@ TEST(Verdict, SeesALensThatTheModelDoesNotHold) {
   EXPECT_FALSE(Says(Judged(views, Calibrator::MODEL_RATIONAL), "does not fit this model"));
 }
 
-sparse::Lens SparseLens(const cv::Mat& K, const cv::Mat& D) {
+solver::Lens SparseLens(const cv::Mat& K, const cv::Mat& D) {
   const cv::Mat_<double> k(K);
   const cv::Mat_<double> d(D);
-  sparse::Lens lens;
-  lens.free = sparse::FULL_PARAMETERS;
+  solver::Lens lens;
+  lens.free = solver::FULL_PARAMETERS;
   lens.values = {k(0, 0), k(1, 1), k(0, 2), k(1, 2)};
   for (int i = 0; i < d.cols; ++i) lens.values[static_cast<size_t>(i + 4)] = d(i);
   return lens;
@@ -193,14 +195,14 @@ sparse::Lens SparseLens(const cv::Mat& K, const cv::Mat& D) {
 class TrueCells {
  public:
   explicit TrueCells(const std::vector<cv::Point2f>& area) {
-    const sparse::Projection truth(lens_);
+    const solver::Projection truth(lens_);
     for (int i = 0; i < 40 * 30; ++i) {
       Cell cell;
       cell.pixel = {(i % 40 + 0.5) * 16.0 - 0.5, (i / 40 + 0.5) * 16.0 - 0.5};
       if (cv::pointPolygonTest(area, cell.pixel, false) < 0.0) continue;
-      EXPECT_TRUE(sparse::RayOf(truth, lens_, cell.pixel, cell.ray));
-      sparse::Coordinate u;
-      sparse::Coordinate v;
+      EXPECT_TRUE(solver::RayOf(truth, lens_, cell.pixel, cell.ray));
+      solver::Coordinate u;
+      solver::Coordinate v;
       EXPECT_TRUE(truth.Differentiate(cell.ray, u, v));
       for (int k = 0; k < 3; ++k) {
         cell.byTurn(0, k) = cell.ray.cross(u.byPoint)[k];
@@ -213,7 +215,7 @@ class TrueCells {
 
   /// The mean square of a coordinate's error, after the best common turn.
   double MeanSquareOf(const SparseResult& result) const {
-    const sparse::Projection estimate(SparseLens(result.K, result.D));
+    const solver::Projection estimate(SparseLens(result.K, result.D));
     std::vector<cv::Vec2d> errors;
     cv::Vec3d mixed;
     for (const Cell& cell : cells_) {
@@ -238,12 +240,12 @@ class TrueCells {
     cv::Matx23d byTurn;
   };
 
-  static sparse::Lens TrueLens() {
+  static solver::Lens TrueLens() {
     const world::Lens lens = unit::DistortedCamera().lens;
     return SparseLens(cv::Mat(lens.K()), cv::Mat(lens.D(), true).reshape(1, 1));
   }
 
-  const sparse::Lens lens_ = TrueLens();
+  const solver::Lens lens_ = TrueLens();
   cv::Matx33d turns_ = cv::Matx33d::zeros();
   std::vector<Cell> cells_;
 };
@@ -338,20 +340,20 @@ TEST(Verdict, IsAJsonTextToo) {
 }
 
 TEST(Rays, LeadBackToTheirPixels) {
-  sparse::Lens lens;
+  solver::Lens lens;
   lens.values = {530.0, 525.0, 318.0, 242.0, -0.21, 0.06, 0.0008, -0.0006, -0.008};
-  const sparse::Projection projection(lens);
+  const solver::Projection projection(lens);
   for (const cv::Point2d& pixel : {cv::Point2d(0, 0), cv::Point2d(639, 479), cv::Point2d(318, 242)}) {
     cv::Vec3d ray;
     cv::Point2d back;
-    ASSERT_TRUE(sparse::RayOf(projection, lens, pixel, ray));
+    ASSERT_TRUE(solver::RayOf(projection, lens, pixel, ray));
     ASSERT_TRUE(projection.Project(ray, back));
     EXPECT_LT(cv::norm(back - pixel), 1e-5);
   }
   lens.values[4] = -0.9;  // folds before the corners
   lens.values[5] = 0.0;
   cv::Vec3d ray;
-  EXPECT_FALSE(sparse::RayOf(sparse::Projection(lens), lens, {0, 0}, ray));
+  EXPECT_FALSE(solver::RayOf(solver::Projection(lens), lens, {0, 0}, ray));
 }
 
 }  // namespace

@@ -12,6 +12,8 @@
 #include "unit/Collection.h"
 #include "unit/Scopes.h"
 
+using namespace velmora;
+
 namespace {
 
 world::Camera RationalCamera() {

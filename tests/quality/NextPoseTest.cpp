@@ -16,6 +16,8 @@
 #include "model/TargetGeometry.h"
 #include "unit/Collection.h"
 
+using namespace velmora;
+
 namespace {
 
 const world::Sheet& Paper() {
@@ -31,16 +33,16 @@ std::vector<cv::Point3d> CentredGrid() {
   return grid;
 }
 
-sparse::Lens TrueLens(int free) {
+solver::Lens TrueLens(int free) {
   const world::Lens& truth = unit::DistortedCamera().lens;
-  sparse::Lens lens;
+  solver::Lens lens;
   lens.free = free;
   lens.values = {truth.K()(0, 0), truth.K()(1, 1), truth.K()(0, 2), truth.K()(1, 2)};
   for (size_t i = 0; i < truth.D().size(); ++i) lens.values[i + 4] = truth.D()[i];
   return lens;
 }
 
-world::Pose PoseOf(const sparse::Pose& centred) {
+world::Pose PoseOf(const solver::Pose& centred) {
   world::Pose pose;
   cv::Rodrigues(centred.R, pose.rvec);
   pose.tvec = centred.t - centred.R * MIDDLE;
@@ -55,35 +57,35 @@ std::vector<cv::Point2d> Seen(const world::Pose& pose, cv::RNG& random) {
 
 /// The expected deviation of projections for these poses, at the true camera and with the true noise.
 double TrueDeviation(const std::vector<world::Pose>& poses, int free) {
-  sparse::Knowledge knowledge;
+  solver::Knowledge knowledge;
   knowledge.lens = TrueLens(free);
   knowledge.variance = 0.01;
-  sparse::View view;
+  solver::View view;
   view.object = CentredGrid();
   for (const world::Pose& pose : poses) {
     view.image = world::TrueCentres(unit::DistortedCamera().lens, Paper(), pose);
-    sparse::Pose centred;
-    centred.R = sparse::TurnOf(pose.rvec);
+    solver::Pose centred;
+    centred.R = solver::TurnOf(pose.rvec);
     centred.t = pose.tvec + centred.R * MIDDLE;
-    const auto reduced = sparse::Reduce(sparse::EquationsOf(view, knowledge.lens, centred), free, 0.0);
+    const auto reduced = solver::Reduce(solver::EquationsOf(view, knowledge.lens, centred), free, 0.0);
     EXPECT_TRUE(reduced.solvable);
     for (size_t i = 0; i < reduced.matrix.size(); ++i) knowledge.information[i] += reduced.matrix[i];
   }
   // The larger models' priors, for a rim of the data at 0.7.
-  for (int i = sparse::CLASSIC_PARAMETERS; i < std::min(free, sparse::RATIONAL_PARAMETERS); ++i) {
-    const double deviation = 0.5 / std::pow(0.49, i - sparse::CLASSIC_PARAMETERS + 1);
-    knowledge.information[static_cast<size_t>(i * sparse::FULL_PARAMETERS + i)] +=
+  for (int i = solver::CLASSIC_PARAMETERS; i < std::min(free, solver::RATIONAL_PARAMETERS); ++i) {
+    const double deviation = 0.5 / std::pow(0.49, i - solver::CLASSIC_PARAMETERS + 1);
+    knowledge.information[static_cast<size_t>(i * solver::FULL_PARAMETERS + i)] +=
         knowledge.variance / (deviation * deviation);
   }
-  return sparse::PoseScore(knowledge, unit::FRAME).Now();
+  return solver::PoseScore(knowledge, unit::FRAME).Now();
 }
 
-sparse::Knowledge KnowledgeOf(const unit::PointLists& views, int model) {
+solver::Knowledge KnowledgeOf(const unit::PointLists& views, int model) {
   const std::vector<std::vector<cv::Point3d>> objects(views.size(),
                                                       MakeObjectTemplate(unit::GRID, unit::UNIT));
-  const sparse::Target target = sparse::TargetOf(objects, views);
+  const solver::Target target = solver::TargetOf(objects, views);
   const SparseResult result = SolveIntrinsicsSparsely(objects, views, unit::FRAME, model);
-  return sparse::KnowledgeFrom(sparse::SolvedFrom(target, result, 0.0), target.views, unit::FRAME);
+  return solver::KnowledgeFrom(solver::SolvedFrom(target, result, 0.0), target.views, unit::FRAME);
 }
 
 /// Three random poses, then proposed ones, each from what was seen (with noise) in those before it, and
@@ -94,8 +96,8 @@ std::vector<world::Pose> ProposedPoses(int count, int model, std::uint64_t seed,
   unit::PointLists views;
   for (const world::Pose& pose : poses) views.push_back(Seen(pose, random));
   while (static_cast<int>(poses.size()) < count) {
-    const sparse::NextPose next =
-        sparse::ChooseNextPose(KnowledgeOf(views, model), CentredGrid(), unit::FRAME);
+    const solver::NextPose next =
+        solver::ChooseNextPose(KnowledgeOf(views, model), CentredGrid(), unit::FRAME);
     poses.push_back(PoseOf(next.candidate.pose));
     for (int i = 0; i < 3; ++i) {
       poses.back().rvec[i] += random.gaussian(miss);
@@ -136,15 +138,15 @@ TEST_P(ProposedViews, SevenTellAsMuchAsTwentyRandomOnes) {
 
 INSTANTIATE_TEST_SUITE_P(
     Models, ProposedViews,
-    ::testing::Values(Trial{Calibrator::MODEL_CLASSIC, sparse::CLASSIC_PARAMETERS, 0.0},
-                      Trial{Calibrator::MODEL_CLASSIC, sparse::CLASSIC_PARAMETERS, 0.1},
-                      Trial{Calibrator::MODEL_RATIONAL, sparse::RATIONAL_PARAMETERS, 0.0},
-                      Trial{Calibrator::MODEL_RATIONAL, sparse::RATIONAL_PARAMETERS, 0.1}));
+    ::testing::Values(Trial{Calibrator::MODEL_CLASSIC, solver::CLASSIC_PARAMETERS, 0.0},
+                      Trial{Calibrator::MODEL_CLASSIC, solver::CLASSIC_PARAMETERS, 0.1},
+                      Trial{Calibrator::MODEL_RATIONAL, solver::RATIONAL_PARAMETERS, 0.0},
+                      Trial{Calibrator::MODEL_RATIONAL, solver::RATIONAL_PARAMETERS, 0.1}));
 
 TEST(Candidates, AreWholeInTheImageAndNotTiltedByMoreThan45Degrees) {
-  const auto candidates = sparse::CandidatesFor(TrueLens(9), CentredGrid(), unit::FRAME, 500);
+  const auto candidates = solver::CandidatesFor(TrueLens(9), CentredGrid(), unit::FRAME, 500);
   ASSERT_EQ(candidates.size(), 500U);
-  for (const sparse::Candidate& candidate : candidates) {
+  for (const solver::Candidate& candidate : candidates) {
     const world::Pose pose = PoseOf(candidate.pose);
     EXPECT_TRUE(world::DiscsInside(unit::DistortedCamera(), Paper(), pose));
     EXPECT_LE(std::acos(candidate.pose.R(2, 2)) * 180.0 / CV_PI, 45.0);
@@ -164,9 +166,9 @@ TEST(Candidates, AreFoundByBothSearchesInTheirOrder) {
   world::Renderer renderer(scene);
   FinderChoice robust;
   ASSERT_TRUE(robust.Set(Calibrator::FINDER_ROBUST));
-  const auto candidates = sparse::CandidatesFor(TrueLens(9), CentredGrid(), unit::FRAME, 24);
+  const auto candidates = solver::CandidatesFor(TrueLens(9), CentredGrid(), unit::FRAME, 24);
   int standard = 0;
-  for (const sparse::Candidate& candidate : candidates) {
+  for (const solver::Candidate& candidate : candidates) {
     const cv::Mat picture = renderer.Render(PoseOf(candidate.pose));
     std::vector<cv::Point2d> points;
     EXPECT_TRUE(robust.Find(picture, unit::GRID, points));
@@ -180,13 +182,13 @@ TEST(Candidates, AreFoundByBothSearchesInTheirOrder) {
 
 TEST(Candidates, KeepToTheLargestSpacing) {
   const cv::Size large(1920, 1080);
-  sparse::Lens lens;
+  solver::Lens lens;
   lens.values = {1600.0, 1600.0, 960.0, 540.0};
   const auto largest = [&](double most) {
     double spacing = 0.0;
-    const auto candidates = sparse::CandidatesFor(lens, CentredGrid(), large, 200, most);
+    const auto candidates = solver::CandidatesFor(lens, CentredGrid(), large, 200, most);
     EXPECT_GE(candidates.size(), 100U);
-    for (const sparse::Candidate& candidate : candidates) {
+    for (const solver::Candidate& candidate : candidates) {
       for (size_t i = 1; i < 4; ++i) {
         spacing = std::max(spacing, cv::norm(candidate.view.image[i] - candidate.view.image[i - 1]));
       }
@@ -199,11 +201,11 @@ TEST(Candidates, KeepToTheLargestSpacing) {
 
 TEST(NextPose, IsTheSameForTheSameViews) {
   const auto choose = [] {
-    return sparse::ChooseNextPose(KnowledgeOf(unit::NoisyViews(4), Calibrator::MODEL_RATIONAL), CentredGrid(),
+    return solver::ChooseNextPose(KnowledgeOf(unit::NoisyViews(4), Calibrator::MODEL_RATIONAL), CentredGrid(),
                                   unit::FRAME);
   };
-  const sparse::NextPose first = choose();
-  const sparse::NextPose second = choose();
+  const solver::NextPose first = choose();
+  const solver::NextPose second = choose();
   ASSERT_EQ(first.candidate.view.image.size(), 44U);
   EXPECT_EQ(first.candidate.view.image, second.candidate.view.image);
   EXPECT_EQ(first.now, second.now);
@@ -217,9 +219,9 @@ TEST(NextPose, ExpectsWhatTheVerdictWillMeasure) {
   unit::PointLists views;
   for (const world::Pose& pose : poses) views.push_back(Seen(pose, random));
   const auto next =
-      sparse::ChooseNextPose(KnowledgeOf(views, Calibrator::MODEL_CLASSIC), CentredGrid(), unit::FRAME);
+      solver::ChooseNextPose(KnowledgeOf(views, Calibrator::MODEL_CLASSIC), CentredGrid(), unit::FRAME);
   views.push_back(Seen(PoseOf(next.candidate.pose), random));
-  const double measured = sparse::PoseScore(KnowledgeOf(views, Calibrator::MODEL_CLASSIC), unit::FRAME).Now();
+  const double measured = solver::PoseScore(KnowledgeOf(views, Calibrator::MODEL_CLASSIC), unit::FRAME).Now();
   EXPECT_NEAR(measured, next.then, 0.25 * next.then);
 }
 
@@ -227,14 +229,14 @@ TEST(NextPose, IsOfAUsualCameraWhereTheEstimateIsAbsurd) {
   const unit::PointLists views = unit::NoisyViews(5);
   const std::vector<std::vector<cv::Point3d>> objects(views.size(),
                                                       MakeObjectTemplate(unit::GRID, unit::UNIT));
-  const sparse::Target target = sparse::TargetOf(objects, views);
+  const solver::Target target = solver::TargetOf(objects, views);
   SparseResult result = SolveIntrinsicsSparsely(objects, views, unit::FRAME, Calibrator::MODEL_CLASSIC);
   const auto nominal = [&](double fx, double cx) {
     result.K.at<double>(0, 0) = fx;
     result.K.at<double>(0, 2) = cx;
     const auto knowledge =
-        sparse::KnowledgeFrom(sparse::SolvedFrom(target, result, 0.0), target.views, unit::FRAME);
-    const auto next = sparse::ChooseNextPose(knowledge, CentredGrid(), unit::FRAME);
+        solver::KnowledgeFrom(solver::SolvedFrom(target, result, 0.0), target.views, unit::FRAME);
+    const auto next = solver::ChooseNextPose(knowledge, CentredGrid(), unit::FRAME);
     EXPECT_EQ(next.candidate.view.image.size(), 44U);
     EXPECT_TRUE(std::isfinite(next.then));
     return knowledge.nominal;
@@ -248,9 +250,9 @@ TEST(NextPose, IsOfAUsualCameraWhereTheEstimateIsAbsurd) {
 }
 
 TEST(NextPose, NeedsNoView) {
-  const sparse::Knowledge nothing = sparse::KnowledgeFrom({}, {}, unit::FRAME);
+  const solver::Knowledge nothing = solver::KnowledgeFrom({}, {}, unit::FRAME);
   EXPECT_TRUE(nothing.nominal);
-  const auto next = sparse::ChooseNextPose(nothing, CentredGrid(), unit::FRAME);
+  const auto next = solver::ChooseNextPose(nothing, CentredGrid(), unit::FRAME);
   EXPECT_EQ(next.candidate.view.image.size(), 44U);
   EXPECT_LT(next.then, next.now);
 }

@@ -9,6 +9,8 @@
 #include "quality/ProjectionUncertainty.h"
 #include "unit/Collection.h"
 
+using namespace velmora;
+
 namespace {
 
 using Target = std::vector<cv::Point3d>;
@@ -50,7 +52,7 @@ unit::PointLists Seen(const Target& target, int count, std::uint64_t seed, doubl
 
 struct Computed {
   SparseResult result;
-  sparse::Solved solved;
+  solver::Solved solved;
 };
 
 /// As if the sheet were flat and in proportion.
@@ -58,13 +60,13 @@ Computed Compute(const unit::PointLists& views, int model = Calibrator::MODEL_CL
   const std::vector<Target> targets(views.size(), Flat());
   Computed computed;
   computed.result = SolveIntrinsicsSparsely(targets, views, unit::FRAME, model);
-  computed.solved = sparse::SolvedFrom(sparse::TargetOf(targets, views), computed.result, 0.0);
+  computed.solved = solver::SolvedFrom(solver::TargetOf(targets, views), computed.result, 0.0);
   return computed;
 }
 
 TEST(OmittedBend, IsMeasured) {
   const Computed computed = Compute(Seen(Bent(0.05, -0.03, -0.08), 12, 1, 0.01));
-  const sparse::OmittedEffect bend = sparse::OmittedBend(computed.solved);
+  const solver::OmittedEffect bend = solver::OmittedBend(computed.solved);
   ASSERT_TRUE(bend.significant);
   EXPECT_NEAR(bend.values.at<double>(0), 0.05, 0.005);
   EXPECT_NEAR(bend.values.at<double>(1), -0.03, 0.005);
@@ -75,15 +77,15 @@ TEST(OmittedBend, HasTheDepthOfTheSheet) {
   const Target bent = Bent(0.0, 0.0, 0.08);
   const double half = 5.0 * static_cast<double>(unit::UNIT);
   const Computed computed = Compute(Seen(bent, 12, 2, 0.01));
-  const sparse::OmittedEffect bend = sparse::OmittedBend(computed.solved);
-  EXPECT_NEAR(sparse::DepthOfBend(bend, computed.solved.views.front()), 0.08 * half * half, 0.00005);
+  const solver::OmittedEffect bend = solver::OmittedBend(computed.solved);
+  EXPECT_NEAR(solver::DepthOfBend(bend, computed.solved.views.front()), 0.08 * half * half, 0.00005);
 }
 
 TEST(OmittedBend, TellsHowFarTheLensIsOff) {
   const auto views = Seen(Bent(0.0, 0.0, 0.05), 12, 3, 0.01);
   const Computed computed = Compute(views);
   const Computed flat = Compute(Seen(Flat(), 12, 3, 0.01));
-  const sparse::OmittedEffect bend = sparse::OmittedBend(computed.solved);
+  const solver::OmittedEffect bend = solver::OmittedBend(computed.solved);
   for (int i = 0; i < 2; ++i) {
     const double off = flat.result.K.at<double>(i, i) - computed.result.K.at<double>(i, i);
     EXPECT_GT(std::abs(off), 0.5);
@@ -98,32 +100,32 @@ TEST(OmittedProportions, AreMeasured) {
     point.y *= 1.005;
   }
   const Computed computed = Compute(Seen(target, 12, 4, 0.01));
-  const sparse::OmittedEffect proportions = sparse::OmittedProportions(computed.solved);
+  const solver::OmittedEffect proportions = solver::OmittedProportions(computed.solved);
   ASSERT_TRUE(proportions.significant);
   EXPECT_NEAR(proportions.values.at<double>(0), 0.005, 0.0005);
   EXPECT_NEAR(proportions.values.at<double>(1), 0.002, 0.0005);
-  EXPECT_GT(proportions.squares, sparse::OmittedBend(computed.solved).squares);
+  EXPECT_GT(proportions.squares, solver::OmittedBend(computed.solved).squares);
 }
 
 TEST(OmittedLensTerms, AreSeenInALensThatTheModelDoesNotHold) {
   const world::Camera wide = world::CameraFromFieldOfView(
       unit::FRAME, 90.0, {4.0 / 15.0, 0.0, 0.0008, -0.0006, 0.0, 3.0 / 5.0, 0.0, 0.0});
   const auto views = Seen(wide.lens, Flat(), 20, 5, 0.05);
-  const sparse::OmittedEffect classic = sparse::OmittedLensTerms(Compute(views).solved);
+  const solver::OmittedEffect classic = solver::OmittedLensTerms(Compute(views).solved);
   EXPECT_TRUE(classic.significant);
-  EXPECT_EQ(classic.lensShift.size(), cv::Size(1, sparse::FULL_PARAMETERS));
-  EXPECT_FALSE(sparse::OmittedLensTerms(Compute(views, Calibrator::MODEL_RATIONAL).solved).significant);
-  EXPECT_TRUE(sparse::OmittedLensTerms(Compute(views, Calibrator::MODEL_FULL).solved).values.empty());
+  EXPECT_EQ(classic.lensShift.size(), cv::Size(1, solver::FULL_PARAMETERS));
+  EXPECT_FALSE(solver::OmittedLensTerms(Compute(views, Calibrator::MODEL_RATIONAL).solved).significant);
+  EXPECT_TRUE(solver::OmittedLensTerms(Compute(views, Calibrator::MODEL_FULL).solved).values.empty());
 }
 
 TEST(OmittedEffects, AreNotSeenInNoise) {
   for (const int model : {Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL}) {
     for (std::uint64_t seed = 1; seed <= 30; ++seed) {
-      const sparse::Solved solved =
+      const solver::Solved solved =
           Compute(Seen(Flat(), 6 + static_cast<int>(seed) % 10, seed), model).solved;
-      EXPECT_FALSE(sparse::OmittedBend(solved).significant) << seed;
-      EXPECT_FALSE(sparse::OmittedProportions(solved).significant) << seed;
-      EXPECT_FALSE(sparse::OmittedLensTerms(solved).significant) << seed;
+      EXPECT_FALSE(solver::OmittedBend(solved).significant) << seed;
+      EXPECT_FALSE(solver::OmittedProportions(solved).significant) << seed;
+      EXPECT_FALSE(solver::OmittedLensTerms(solved).significant) << seed;
     }
   }
 }
@@ -135,16 +137,16 @@ TEST(OmittedEffects, AreNotSeenInTheDefaultSolversResultsOfNoise) {
       const std::vector<Target> targets(views.size(), Flat());
       SparseResult result;
       static_cast<IntrinsicsResult&>(result) = SolveIntrinsics(targets, views, unit::FRAME, model);
-      const sparse::Solved solved = sparse::SolvedFrom(sparse::TargetOf(targets, views), result, 0.0);
-      EXPECT_FALSE(sparse::OmittedBend(solved).significant) << model << " " << seed;
-      EXPECT_FALSE(sparse::OmittedProportions(solved).significant) << model << " " << seed;
-      EXPECT_FALSE(sparse::OmittedLensTerms(solved).significant) << model << " " << seed;
+      const solver::Solved solved = solver::SolvedFrom(solver::TargetOf(targets, views), result, 0.0);
+      EXPECT_FALSE(solver::OmittedBend(solved).significant) << model << " " << seed;
+      EXPECT_FALSE(solver::OmittedProportions(solved).significant) << model << " " << seed;
+      EXPECT_FALSE(solver::OmittedLensTerms(solved).significant) << model << " " << seed;
     }
   }
 }
 
 TEST(OmittedEffects, CountAsMuchAsTheyAreMoreThanNoise) {
-  sparse::OmittedEffect effect;
+  solver::OmittedEffect effect;
   effect.values = cv::Mat::zeros(9, 1, CV_64F);
   effect.squares = 40.0;
   EXPECT_EQ(effect.Excess(), 0.0);
@@ -157,9 +159,9 @@ TEST(OmittedEffects, TakeOffAsMuchOfNoiseAsTheirNumberOfParameters) {
   double proportions = 0.0;
   constexpr int RUNS = 60;
   for (std::uint64_t seed = 1; seed <= RUNS; ++seed) {
-    const sparse::Solved solved = Compute(Seen(Flat(), 12, seed)).solved;
-    bend += sparse::OmittedBend(solved).squares / RUNS;
-    proportions += sparse::OmittedProportions(solved).squares / RUNS;
+    const solver::Solved solved = Compute(Seen(Flat(), 12, seed)).solved;
+    bend += solver::OmittedBend(solved).squares / RUNS;
+    proportions += solver::OmittedProportions(solved).squares / RUNS;
   }
   // Means of chi-squared numbers, their own deviations 0.32 and 0.26.
   EXPECT_NEAR(bend, 3.0, 1.0);
@@ -167,8 +169,8 @@ TEST(OmittedEffects, TakeOffAsMuchOfNoiseAsTheirNumberOfParameters) {
 }
 
 TEST(OmittedEffects, ArePassedOverWhereNothingCanBeSolved) {
-  EXPECT_FALSE(sparse::OmittedBend(sparse::Solved()).significant);
-  EXPECT_TRUE(sparse::OmittedBend(sparse::Solved()).lensShift.empty());
+  EXPECT_FALSE(solver::OmittedBend(solver::Solved()).significant);
+  EXPECT_TRUE(solver::OmittedBend(solver::Solved()).lensShift.empty());
 }
 
 }  // namespace

@@ -9,6 +9,8 @@
 
 #include "solver/PairViews.h"
 
+using namespace velmora;
+
 namespace {
 
 using Grade = PairVerdict::Grade;

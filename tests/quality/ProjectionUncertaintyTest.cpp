@@ -5,20 +5,22 @@
 
 #include <cmath>
 
+using namespace velmora;
+
 namespace {
 
 const cv::Size FRAME(640, 480);
 const std::vector<cv::Point2f> MIDDLE = {{160, 120}, {480, 120}, {480, 360}, {160, 360}};
 
-sparse::Lens Barrel() {
-  sparse::Lens lens;
+solver::Lens Barrel() {
+  solver::Lens lens;
   lens.values = {500.0, 501.0, 320.0, 240.0, -0.2, 0.05};
   return lens;
 }
 
 /// Parameters that vary independently, each in its own way.
 cv::Mat SomeCovariance() {
-  cv::Mat covariance = cv::Mat::zeros(sparse::CLASSIC_PARAMETERS, sparse::CLASSIC_PARAMETERS, CV_64F);
+  cv::Mat covariance = cv::Mat::zeros(solver::CLASSIC_PARAMETERS, solver::CLASSIC_PARAMETERS, CV_64F);
   for (int i = 0; i < covariance.rows; ++i) covariance.at<double>(i, i) = i < 4 ? 0.01 * (1 + i) : 1e-6 * i;
   return covariance;
 }
@@ -28,7 +30,7 @@ double SquareOf(double value) {
 }
 
 TEST(ProjectionUncertainty, OfTheImageIsThatOfItsCells) {
-  const sparse::ProjectionUncertainty uncertainty(Barrel(), FRAME, MIDDLE);
+  const solver::ProjectionUncertainty uncertainty(Barrel(), FRAME, MIDDLE);
   const cv::Mat map = uncertainty.Map(SomeCovariance());
   double sum = 0.0;
   double sumInside = 0.0;
@@ -53,28 +55,28 @@ TEST(ProjectionUncertainty, OfTheImageIsThatOfItsCells) {
 
 TEST(ProjectionUncertainty, IsMeasuredWithoutTheTurnThatTheAreaAllows) {
   // A shift of the principal point is nearly a turn of the camera.
-  cv::Mat shift = cv::Mat::zeros(sparse::CLASSIC_PARAMETERS, sparse::CLASSIC_PARAMETERS, CV_64F);
+  cv::Mat shift = cv::Mat::zeros(solver::CLASSIC_PARAMETERS, solver::CLASSIC_PARAMETERS, CV_64F);
   shift.at<double>(2, 2) = 1.0;
-  const sparse::ProjectionUncertainty turned(Barrel(), FRAME, MIDDLE);
-  const sparse::ProjectionUncertainty raw(Barrel(), FRAME, {});
+  const solver::ProjectionUncertainty turned(Barrel(), FRAME, MIDDLE);
+  const solver::ProjectionUncertainty raw(Barrel(), FRAME, {});
   EXPECT_NEAR(raw.InImage(shift), std::sqrt(0.5), 1e-9);
   EXPECT_LT(turned.InArea(shift), 0.1 * raw.InImage(shift));
 }
 
 TEST(ProjectionUncertainty, IsANumberHoweverRoundingTurnsOut) {
   // Covariances of points without noise cancel to a few parts in 1e17, of either sign.
-  const sparse::ProjectionUncertainty uncertainty(Barrel(), FRAME, MIDDLE);
-  const cv::Mat less = -1e-20 * cv::Mat::eye(sparse::CLASSIC_PARAMETERS, sparse::CLASSIC_PARAMETERS, CV_64F);
+  const solver::ProjectionUncertainty uncertainty(Barrel(), FRAME, MIDDLE);
+  const cv::Mat less = -1e-20 * cv::Mat::eye(solver::CLASSIC_PARAMETERS, solver::CLASSIC_PARAMETERS, CV_64F);
   EXPECT_EQ(uncertainty.InArea(less), 0.0);
   EXPECT_EQ(uncertainty.InImage(less), 0.0);
   EXPECT_EQ(cv::countNonZero(uncertainty.Map(less)), 0);
 }
 
 TEST(ProjectionUncertainty, IsBoundlessWhereThereIsNothingToMeasure) {
-  EXPECT_TRUE(std::isinf(sparse::ProjectionUncertainty(Barrel(), FRAME, {}).InArea(SomeCovariance())));
-  sparse::Lens none = Barrel();
+  EXPECT_TRUE(std::isinf(solver::ProjectionUncertainty(Barrel(), FRAME, {}).InArea(SomeCovariance())));
+  solver::Lens none = Barrel();
   none.values[0] = std::nan("");  // no pixel has a ray
-  const sparse::ProjectionUncertainty nowhere(none, FRAME, MIDDLE);
+  const solver::ProjectionUncertainty nowhere(none, FRAME, MIDDLE);
   EXPECT_TRUE(std::isinf(nowhere.InImage(SomeCovariance())));
   EXPECT_TRUE(std::isinf(nowhere.InArea(SomeCovariance())));
   EXPECT_TRUE(nowhere.MeanProduct().empty());

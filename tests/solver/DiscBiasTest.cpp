@@ -12,6 +12,8 @@
 #include "unit/Collection.h"
 #include "unit/Scopes.h"
 
+using namespace velmora;
+
 namespace {
 
 constexpr double DISC = 0.008;
@@ -48,25 +50,25 @@ cv::Point2d Centroid(const world::Camera& camera, const world::Pose& pose, const
 }
 
 TEST(DiscBias, IsThatOfAnEllipseWithoutDistortion) {
-  sparse::Lens lens;
+  solver::Lens lens;
   lens.values = {400.0, 410.0, 320.0, 240.0};
-  const sparse::Pose pose = {sparse::TurnOf({0.5, -0.4, 0.1}), {0.05, -0.02, 0.3}};
+  const solver::Pose pose = {solver::TurnOf({0.5, -0.4, 0.1}), {0.05, -0.02, 0.3}};
   const cv::Matx33d K(400.0, 0.0, 320.0, 0.0, 410.0, 240.0, 0.0, 0.0, 1.0);
   const cv::Matx33d axes(pose.R(0, 0), pose.R(0, 1), pose.t[0], pose.R(1, 0), pose.R(1, 1), pose.t[1],
                          pose.R(2, 0), pose.R(2, 1), pose.t[2]);
   const cv::Vec3d centre = K * pose.t;
   const cv::Point2d expected =
       MiddleOfEllipse(K * axes, DISC) - cv::Point2d(centre[0] / centre[2], centre[1] / centre[2]);
-  const cv::Point2d bias = sparse::DiscBias(sparse::Projection(lens), pose, {}, DISC);
+  const cv::Point2d bias = solver::DiscBias(solver::Projection(lens), pose, {}, DISC);
   EXPECT_GT(cv::norm(expected), 0.05);
   EXPECT_LT(cv::norm(bias - expected), 0.01 * cv::norm(expected));
 }
 
 TEST(DiscBias, IsNoneForADiscThatReachesBehindTheCamera) {
-  sparse::Lens lens;
+  solver::Lens lens;
   lens.values = {400.0, 400.0, 320.0, 240.0};
-  const sparse::Pose edgeOn = {sparse::TurnOf({1.5, 0.0, 0.0}), {0.0, 0.0, 0.005}};
-  EXPECT_EQ(sparse::DiscBias(sparse::Projection(lens), edgeOn, {}, DISC), cv::Point2d());
+  const solver::Pose edgeOn = {solver::TurnOf({1.5, 0.0, 0.0}), {0.0, 0.0, 0.005}};
+  EXPECT_EQ(solver::DiscBias(solver::Projection(lens), edgeOn, {}, DISC), cv::Point2d());
 }
 
 class DiscCorrection : public ::testing::TestWithParam<double> {};

@@ -5,13 +5,15 @@
 
 #include <cmath>
 
+using namespace velmora;
+
 namespace {
 
-using sparse::MOST_COLUMNS;
-using sparse::POSE_PARAMETERS;
+using solver::MOST_COLUMNS;
+using solver::POSE_PARAMETERS;
 
-sparse::Lens LensOf(int free) {
-  sparse::Lens lens;
+solver::Lens LensOf(int free) {
+  solver::Lens lens;
   lens.free = free;
   lens.values = {500.0, 510.0, 320.0, 240.0, -0.2,  0.05,   0.001, -0.002, 0.01,
                  0.1,   -0.02, 0.003, 0.002, 0.001, -0.003, 0.0,   0.01,   -0.02};
@@ -19,14 +21,14 @@ sparse::Lens LensOf(int free) {
   return lens;
 }
 
-const sparse::Pose& SomePose() {
-  static const sparse::Pose pose = {sparse::TurnOf({0.2, -0.3, 0.1}), {0.01, -0.02, 0.6}};
+const solver::Pose& SomePose() {
+  static const solver::Pose pose = {solver::TurnOf({0.2, -0.3, 0.1}), {0.01, -0.02, 0.6}};
   return pose;
 }
 
-sparse::View SomeView(int points, bool weighted) {
+solver::View SomeView(int points, bool weighted) {
   cv::RNG random(3);
-  sparse::View view;
+  solver::View view;
   for (int i = 0; i < points; ++i) {
     view.object.emplace_back(random.uniform(-0.2, 0.2), random.uniform(-0.2, 0.2), 0.0);
     view.image.emplace_back(random.uniform(0.0, 640.0), random.uniform(0.0, 480.0));
@@ -36,7 +38,7 @@ sparse::View SomeView(int points, bool weighted) {
 }
 
 /// One row of the Jacobian with its residual.
-std::vector<double> RowOf(const sparse::Coordinate& coordinate, const cv::Vec3d& turned, double seen,
+std::vector<double> RowOf(const solver::Coordinate& coordinate, const cv::Vec3d& turned, double seen,
                           int free) {
   std::vector<double> row(coordinate.byLens.begin(), coordinate.byLens.begin() + free);
   const cv::Vec3d byTurn = turned.cross(coordinate.byPoint);
@@ -46,14 +48,14 @@ std::vector<double> RowOf(const sparse::Coordinate& coordinate, const cv::Vec3d&
   return row;
 }
 
-cv::Mat ProductsOneByOne(const sparse::View& view, const sparse::Lens& lens) {
+cv::Mat ProductsOneByOne(const solver::View& view, const solver::Lens& lens) {
   const int columns = lens.free + POSE_PARAMETERS + 1;
   cv::Mat products = cv::Mat::zeros(columns, columns, CV_64F);
   for (size_t k = 0; k < view.object.size(); ++k) {
     const cv::Vec3d turned = SomePose().R * cv::Vec3d(view.object[k].x, view.object[k].y, view.object[k].z);
-    sparse::Coordinate u;
-    sparse::Coordinate v;
-    EXPECT_TRUE(sparse::Projection(lens).Differentiate(turned + SomePose().t, u, v));
+    solver::Coordinate u;
+    solver::Coordinate v;
+    EXPECT_TRUE(solver::Projection(lens).Differentiate(turned + SomePose().t, u, v));
     const double weight = view.weights.empty() ? 1.0 : view.weights[k];
     for (const auto& row :
          {RowOf(u, turned, view.image[k].x, lens.free), RowOf(v, turned, view.image[k].y, lens.free)}) {
@@ -65,12 +67,12 @@ cv::Mat ProductsOneByOne(const sparse::View& view, const sparse::Lens& lens) {
 }
 
 TEST(NormalEquations, AreTheSumsOverPointsOneByOne) {
-  for (const int free : {sparse::CLASSIC_PARAMETERS, sparse::RATIONAL_PARAMETERS, sparse::FULL_PARAMETERS}) {
+  for (const int free : {solver::CLASSIC_PARAMETERS, solver::RATIONAL_PARAMETERS, solver::FULL_PARAMETERS}) {
     for (const int points : {4, 5, 44, 64, 65, 131}) {
       for (const bool weighted : {false, true}) {
-        const sparse::View view = SomeView(points, weighted);
-        const sparse::Lens lens = LensOf(free);
-        const sparse::ViewEquations equations = sparse::EquationsOf(view, lens, SomePose());
+        const solver::View view = SomeView(points, weighted);
+        const solver::Lens lens = LensOf(free);
+        const solver::ViewEquations equations = solver::EquationsOf(view, lens, SomePose());
         const cv::Mat expected = ProductsOneByOne(view, lens);
         ASSERT_TRUE(equations.usable);
         EXPECT_EQ(equations.squares, equations.At(expected.rows - 1, expected.rows - 1));
@@ -88,9 +90,9 @@ TEST(NormalEquations, AreTheSumsOverPointsOneByOne) {
 
 TEST(NormalEquations, AreNotUsableWithAPointBehindTheCamera) {
   for (const size_t behind : {0U, 43U, 44U}) {
-    sparse::View view = SomeView(45, false);
+    solver::View view = SomeView(45, false);
     view.object[behind].z = -5.0;
-    EXPECT_FALSE(sparse::EquationsOf(view, LensOf(sparse::FULL_PARAMETERS), SomePose()).usable);
+    EXPECT_FALSE(solver::EquationsOf(view, LensOf(solver::FULL_PARAMETERS), SomePose()).usable);
   }
 }
 

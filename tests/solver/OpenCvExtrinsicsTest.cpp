@@ -12,6 +12,8 @@
 #include "unit/Scopes.h"
 #include "unit/StereoCollection.h"
 
+using namespace velmora;
+
 namespace {
 
 const char* const LEFT_WARNING =

@@ -10,6 +10,8 @@
 #include "model/TargetGeometry.h"
 #include "unit/Collection.h"
 
+using namespace velmora;
+
 namespace {
 
 std::vector<std::vector<cv::Point3d>> Targets(size_t count) {

@@ -8,18 +8,20 @@
 #include "solver/Target.h"
 #include "solver/WideViews.h"
 
+using namespace velmora;
+
 namespace {
 
 constexpr double HALF = 0.5;
 
-sparse::Selection Three() {
+solver::Selection Three() {
   const auto points = unit::CloseAndSmallViews(unit::DistortedCamera(), 3, 0.3, 1);
-  return sparse::AllOf(sparse::TargetOf(unit::FlatTargets(3), {points.begin(), points.begin() + 3}).views);
+  return solver::AllOf(solver::TargetOf(unit::FlatTargets(3), {points.begin(), points.begin() + 3}).views);
 }
 
 /// One pixel each, and ten for the points named of the second view.
-sparse::Residuals OffIn(const std::vector<size_t>& points) {
-  sparse::Residuals residuals(3, std::vector<double>(44, 1.0));
+solver::Residuals OffIn(const std::vector<size_t>& points) {
+  solver::Residuals residuals(3, std::vector<double>(44, 1.0));
   for (const size_t point : points) residuals[1][point] = 10.0;
   return residuals;
 }
@@ -31,19 +33,19 @@ std::vector<size_t> FirstPoints(size_t count) {
 }
 
 TEST(Outliers, AreBeyondFourAndAHalfDeviations) {
-  EXPECT_FALSE(sparse::IsOutlier(4.49, 1.0));
-  EXPECT_TRUE(sparse::IsOutlier(4.51, 1.0));
-  EXPECT_TRUE(sparse::IsOutlier(std::numeric_limits<double>::infinity(), 1.0));
-  EXPECT_TRUE(sparse::IsOutlier(std::numeric_limits<double>::quiet_NaN(), 1.0));
+  EXPECT_FALSE(solver::IsOutlier(4.49, 1.0));
+  EXPECT_TRUE(solver::IsOutlier(4.51, 1.0));
+  EXPECT_TRUE(solver::IsOutlier(std::numeric_limits<double>::infinity(), 1.0));
+  EXPECT_TRUE(solver::IsOutlier(std::numeric_limits<double>::quiet_NaN(), 1.0));
 }
 
 TEST(Outliers, HardlyMoveTheDeviation) {
-  sparse::Residuals residuals = OffIn(FirstPoints(44));
-  EXPECT_NEAR(sparse::DeviationOf(residuals), 1.0 / 1.177, 1e-12);
+  solver::Residuals residuals = OffIn(FirstPoints(44));
+  EXPECT_NEAR(solver::DeviationOf(residuals), 1.0 / 1.177, 1e-12);
 }
 
 TEST(Outliers, AreLeftOutPointByPointWhileHalfOfTheViewIsLeft) {
-  const sparse::Selection selection = sparse::WithoutOutliers(Three(), OffIn(FirstPoints(22)), 1.0, HALF);
+  const solver::Selection selection = solver::WithoutOutliers(Three(), OffIn(FirstPoints(22)), 1.0, HALF);
   EXPECT_EQ(selection.kept, (std::vector<size_t>{0, 1, 2}));
   ASSERT_EQ(selection.rejected.size(), 22U);
   EXPECT_EQ(selection.rejected.front().view, 1U);
@@ -55,11 +57,11 @@ TEST(Outliers, AreLeftOutPointByPointWhileHalfOfTheViewIsLeft) {
 }
 
 TEST(Outliers, TakeTheirViewAlongWhenLessThanHalfIsLeft) {
-  const sparse::Selection selection = sparse::WithoutOutliers(Three(), OffIn(FirstPoints(23)), 1.0, HALF);
+  const solver::Selection selection = solver::WithoutOutliers(Three(), OffIn(FirstPoints(23)), 1.0, HALF);
   EXPECT_EQ(selection.kept, (std::vector<size_t>{0, 2}));
   ASSERT_EQ(selection.rejected.size(), 1U);
   EXPECT_EQ(selection.rejected.front().view, 1U);
-  EXPECT_EQ(selection.rejected.front().point, sparse::Rejected::WHOLE_VIEW);
+  EXPECT_EQ(selection.rejected.front().point, solver::Rejected::WHOLE_VIEW);
   EXPECT_NEAR(selection.rejected.front().residual, std::sqrt((23.0 * 100.0 + 21.0) / 44.0), 1e-9);
 }
 
@@ -67,23 +69,23 @@ TEST(Outliers, TakeTheirViewAlongWhenTheOthersDoNotSpanTheTarget) {
   // All but the two first rows of eleven.
   std::vector<size_t> points;
   for (size_t i = 8; i < 44; ++i) points.push_back(i);
-  const sparse::Residuals residuals = OffIn(points);
-  EXPECT_EQ(sparse::WithoutOutliers(Three(), residuals, 1.0, 0.1).kept, (std::vector<size_t>{0, 2}));
+  const solver::Residuals residuals = OffIn(points);
+  EXPECT_EQ(solver::WithoutOutliers(Three(), residuals, 1.0, 0.1).kept, (std::vector<size_t>{0, 2}));
   // As many points, all over the target.
   points.clear();
   for (size_t i = 0; i < 44; ++i) {
     if (i % 11 > 1) points.push_back(i);
   }
   ASSERT_EQ(points.size(), 36U);
-  EXPECT_EQ(sparse::WithoutOutliers(Three(), OffIn(points), 1.0, 0.1).kept, (std::vector<size_t>{0, 1, 2}));
+  EXPECT_EQ(solver::WithoutOutliers(Three(), OffIn(points), 1.0, 0.1).kept, (std::vector<size_t>{0, 1, 2}));
 }
 
 TEST(Outliers, OfSelectionsKeepWhatWasLeftOutBefore) {
-  sparse::Selection before = Three();
+  solver::Selection before = Three();
   before.kept = {0, 1, 3};
-  before.rejected.push_back({2, sparse::Rejected::WHOLE_VIEW, 9.0, "no grid"});
+  before.rejected.push_back({2, solver::Rejected::WHOLE_VIEW, 9.0, "no grid"});
   before.tooFewAgree = true;
-  const sparse::Selection selection = sparse::WithoutOutliers(before, OffIn({7}), 1.0, HALF);
+  const solver::Selection selection = solver::WithoutOutliers(before, OffIn({7}), 1.0, HALF);
   ASSERT_EQ(selection.rejected.size(), 2U);
   EXPECT_EQ(selection.rejected[0].view, 2U);
   EXPECT_EQ(selection.rejected[1].point, 7);

@@ -12,6 +12,8 @@
 
 namespace unit {
 
+using namespace velmora;
+
 inline const world::Sheet& Paper() {
   static const world::Sheet sheet(GRID, static_cast<double>(UNIT));
   return sheet;

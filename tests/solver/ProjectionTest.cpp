@@ -7,14 +7,16 @@
 
 #include "solver/Problem.h"
 
+using namespace velmora;
+
 namespace {
 
-using sparse::Coordinate;
-using sparse::Lens;
-using sparse::Projection;
+using solver::Coordinate;
+using solver::Lens;
+using solver::Projection;
 
 Lens LensOf(int free) {
-  const std::array<double, sparse::FULL_PARAMETERS> all = {520.0,  510.0,   321.0,  236.0,  -0.21, 0.06,
+  const std::array<double, solver::FULL_PARAMETERS> all = {520.0,  510.0,   321.0,  236.0,  -0.21, 0.06,
                                                            0.0008, -0.0006, -0.008, 0.11,   -0.03, 0.012,
                                                            0.003,  -0.002,  0.001,  0.0015, 0.03,  -0.02};
   Lens lens;
@@ -107,11 +109,11 @@ TEST_P(ProjectionOfLens, RefusesWhatIsNotInFrontOfTheCamera) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Models, ProjectionOfLens,
-                         ::testing::Values(sparse::CLASSIC_PARAMETERS, sparse::RATIONAL_PARAMETERS,
-                                           sparse::FULL_PARAMETERS));
+                         ::testing::Values(solver::CLASSIC_PARAMETERS, solver::RATIONAL_PARAMETERS,
+                                           solver::FULL_PARAMETERS));
 
 TEST(Projection, RefusesAPointOnAPole) {
-  Lens lens = LensOf(sparse::RATIONAL_PARAMETERS);
+  Lens lens = LensOf(solver::RATIONAL_PARAMETERS);
   lens.values[9] = -4.0;  // 1 + k4 r^2 is zero at r = 0.5
   lens.values[10] = lens.values[11] = 0.0;
   cv::Point2d pixel;
@@ -124,7 +126,7 @@ TEST(Turn, IsThatOfARotationVector) {
                                     cv::Vec3d(2e-4, 1e-4, 0), cv::Vec3d(0.3, -1.2, 2.0)}) {
     cv::Matx33d expected;
     cv::Rodrigues(rotation, expected);
-    EXPECT_LT(cv::norm(sparse::TurnOf(rotation) - expected, cv::NORM_INF), 1e-15);
+    EXPECT_LT(cv::norm(solver::TurnOf(rotation) - expected, cv::NORM_INF), 1e-15);
   }
 }
 

@@ -15,6 +15,8 @@
 #include "unit/Collection.h"
 #include "unit/Scopes.h"
 
+using namespace velmora;
+
 namespace {
 
 constexpr int VIEWS = 20;
@@ -42,8 +44,8 @@ SparseResult Robustly(const unit::PointLists& views, bool robust = true) {
 
 std::set<size_t> ViewsLeftOut(const SparseResult& result) {
   std::set<size_t> views;
-  for (const sparse::Rejected& rejected : result.rejected) {
-    if (rejected.point == sparse::Rejected::WHOLE_VIEW) views.insert(rejected.view);
+  for (const solver::Rejected& rejected : result.rejected) {
+    if (rejected.point == solver::Rejected::WHOLE_VIEW) views.insert(rejected.view);
   }
   return views;
 }
@@ -89,7 +91,7 @@ TEST_P(Damage, OfPointsIsNamedAndWithoutEffect) {
   for (size_t k = 0; k < 5; ++k) views_[9][7 * k] += cv::Point2d(2.1, -2.1);
   const SparseResult damaged = Robustly(views_);
   std::set<std::pair<size_t, int>> named;
-  for (const sparse::Rejected& rejected : damaged.rejected) named.insert({rejected.view, rejected.point});
+  for (const solver::Rejected& rejected : damaged.rejected) named.insert({rejected.view, rejected.point});
   const std::set<std::pair<size_t, int>> expected = {{5, 10}, {5, 11}, {9, 0}, {9, 7},
                                                      {9, 14}, {9, 21}, {9, 28}};
   EXPECT_TRUE(std::includes(named.begin(), named.end(), expected.begin(), expected.end()));

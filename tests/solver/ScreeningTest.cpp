@@ -12,10 +12,12 @@
 #include "solver/Target.h"
 #include "solver/WideViews.h"
 
+using namespace velmora;
+
 namespace {
 
-std::vector<sparse::View> ViewsOf(const unit::PointLists& points) {
-  return sparse::TargetOf(unit::FlatTargets(points.size()), points).views;
+std::vector<solver::View> ViewsOf(const unit::PointLists& points) {
+  return solver::TargetOf(unit::FlatTargets(points.size()), points).views;
 }
 
 struct Wide {
@@ -40,10 +42,10 @@ std::vector<Wide> WideLenses() {
           {"fisheye of 120 degrees", unit::FisheyeCamera(120.0), RATIONAL, 9, 0.2}};
 }
 
-std::set<size_t> ViewsLeftOut(const std::vector<sparse::Rejected>& rejected) {
+std::set<size_t> ViewsLeftOut(const std::vector<solver::Rejected>& rejected) {
   std::set<size_t> views;
-  for (const sparse::Rejected& item : rejected) {
-    if (item.point == sparse::Rejected::WHOLE_VIEW) views.insert(item.view);
+  for (const solver::Rejected& item : rejected) {
+    if (item.point == solver::Rejected::WHOLE_VIEW) views.insert(item.view);
   }
   return views;
 }
@@ -59,7 +61,7 @@ TEST(Screening, KeepsViewsThatFillTheImageOfAWideLens) {
     size_t screened = 0;
     for (std::uint64_t seed = 1; seed <= 5; ++seed) {
       const auto views = ViewsOf(unit::CloseAndSmallViews(wide.camera, wide.close, wide.smallTo, seed));
-      screened += sparse::Screened(views, unit::FRAME).rejected.size();
+      screened += solver::Screened(views, unit::FRAME).rejected.size();
     }
     EXPECT_LE(screened, 1U) << wide.name << ", of 100";
   }
@@ -90,30 +92,30 @@ TEST(Screening, OfThreeViewsKeepsAllAndSaysSo) {
   auto points = unit::CloseAndSmallViews(unit::DistortedCamera(), 3, 0.2, 8);
   points.resize(3);
   std::rotate(points[1].begin(), points[1].begin() + 1, points[1].end());
-  const sparse::Selection selection = sparse::Screened(ViewsOf(points), unit::FRAME);
+  const solver::Selection selection = solver::Screened(ViewsOf(points), unit::FRAME);
   EXPECT_EQ(selection.kept, (std::vector<size_t>{0, 1, 2}));
   EXPECT_TRUE(selection.rejected.empty());
   EXPECT_TRUE(selection.tooFewAgree);
 }
 
 TEST(AreEnough, AreHalfOfManyAndMostOfAFew) {
-  EXPECT_TRUE(sparse::AreEnough(10, 20));
-  EXPECT_FALSE(sparse::AreEnough(9, 20));
-  EXPECT_TRUE(sparse::AreEnough(5, 10));
-  EXPECT_TRUE(sparse::AreEnough(4, 5));
-  EXPECT_TRUE(sparse::AreEnough(4, 6));
-  EXPECT_TRUE(sparse::AreEnough(4, 7));
-  EXPECT_FALSE(sparse::AreEnough(4, 8));
-  EXPECT_FALSE(sparse::AreEnough(3, 6));
-  EXPECT_TRUE(sparse::AreEnough(3, 5));
-  EXPECT_FALSE(sparse::AreEnough(2, 3));
+  EXPECT_TRUE(solver::AreEnough(10, 20));
+  EXPECT_FALSE(solver::AreEnough(9, 20));
+  EXPECT_TRUE(solver::AreEnough(5, 10));
+  EXPECT_TRUE(solver::AreEnough(4, 5));
+  EXPECT_TRUE(solver::AreEnough(4, 6));
+  EXPECT_TRUE(solver::AreEnough(4, 7));
+  EXPECT_FALSE(solver::AreEnough(4, 8));
+  EXPECT_FALSE(solver::AreEnough(3, 6));
+  EXPECT_TRUE(solver::AreEnough(3, 5));
+  EXPECT_FALSE(solver::AreEnough(2, 3));
 }
 
 /// All views of a camera, some of them left out, and the true lens.
 struct LeftOut {
-  std::vector<sparse::View> views;
-  sparse::Selection selection;
-  sparse::Estimate estimate;
+  std::vector<solver::View> views;
+  solver::Selection selection;
+  solver::Estimate estimate;
 };
 
 LeftOut Without(const unit::PointLists& points, const std::set<size_t>& out, const SparseResult& lens) {
@@ -125,12 +127,12 @@ LeftOut Without(const unit::PointLists& points, const std::set<size_t>& out, con
   for (int i = 0; i < 5; ++i) left.estimate.lens.values[static_cast<size_t>(4 + i)] = lens.D.at<double>(i);
   for (size_t i = 0; i < left.views.size(); ++i) {
     if (out.count(i) > 0) {
-      left.selection.rejected.push_back({i, sparse::Rejected::WHOLE_VIEW, 9.0, "no grid"});
+      left.selection.rejected.push_back({i, solver::Rejected::WHOLE_VIEW, 9.0, "no grid"});
       continue;
     }
     left.selection.kept.push_back(i);
     left.selection.views.push_back(left.views[i]);
-    left.estimate.poses.push_back(sparse::StartPoseOf(left.views[i], left.estimate.lens));
+    left.estimate.poses.push_back(solver::StartPoseOf(left.views[i], left.estimate.lens));
   }
   return left;
 }
@@ -140,7 +142,7 @@ TEST(Readmission, TakesBackViewsThatFitTheLensAndNoOthers) {
   const SparseResult lens = Robustly(points, Calibrator::MODEL_CLASSIC, false);
   std::reverse(points[4].begin(), points[4].end());
   LeftOut left = Without(points, {2, 4, 19}, lens);
-  ASSERT_TRUE(sparse::Readmit(left.views, unit::FRAME, left.selection, left.estimate));
+  ASSERT_TRUE(solver::Readmit(left.views, unit::FRAME, left.selection, left.estimate));
   EXPECT_EQ(ViewsLeftOut(left.selection.rejected), (std::set<size_t>{4}));
   EXPECT_EQ(left.selection.kept.size(), 19U);
   EXPECT_TRUE(std::is_sorted(left.selection.kept.begin(), left.selection.kept.end()));
@@ -148,7 +150,7 @@ TEST(Readmission, TakesBackViewsThatFitTheLensAndNoOthers) {
   ASSERT_EQ(left.estimate.poses.size(), 19U);
   // The poses taken along are those of the views: the last one's is where its own start is, nearly.
   EXPECT_LT(
-      cv::norm(left.estimate.poses.back().t - sparse::StartPoseOf(left.views[19], left.estimate.lens).t),
+      cv::norm(left.estimate.poses.back().t - solver::StartPoseOf(left.views[19], left.estimate.lens).t),
       0.1);
 }
 
@@ -157,7 +159,7 @@ TEST(Readmission, IsNoneWhereNothingFits) {
   const SparseResult lens = Robustly(points, Calibrator::MODEL_CLASSIC, false);
   std::reverse(points[4].begin(), points[4].end());
   LeftOut left = Without(points, {4}, lens);
-  EXPECT_FALSE(sparse::Readmit(left.views, unit::FRAME, left.selection, left.estimate));
+  EXPECT_FALSE(solver::Readmit(left.views, unit::FRAME, left.selection, left.estimate));
   EXPECT_EQ(left.selection.kept.size(), 19U);
 }
 
@@ -165,7 +167,7 @@ TEST(KnownLens, HasThePosesOfLeastSquares) {
   const auto points = unit::CloseAndSmallViews(unit::DistortedCamera(), 6, 0.3, 9);
   const SparseResult lens = Robustly(points, Calibrator::MODEL_CLASSIC, false);
   const LeftOut all = Without(points, {}, lens);
-  const sparse::Solution solution = sparse::SolvePoses(all.views, all.estimate);
+  const solver::Solution solution = solver::SolvePoses(all.views, all.estimate);
   ASSERT_TRUE(solution.usable);
   EXPECT_EQ(solution.estimate.lens.values, all.estimate.lens.values);
   EXPECT_NEAR(std::sqrt(solution.squares / (44.0 * 20.0)), lens.rms, 1e-6);

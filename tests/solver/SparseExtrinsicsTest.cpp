@@ -9,6 +9,8 @@
 #include "unit/Scopes.h"
 #include "unit/StereoCollection.h"
 
+using namespace velmora;
+
 namespace {
 
 class SparseExtrinsics : public ::testing::Test {

@@ -15,6 +15,8 @@
 #include "solver/NoisyViews.h"
 #include "unit/Collection.h"
 
+using namespace velmora;
+
 namespace {
 
 std::vector<std::vector<cv::Point3d>> Targets(size_t count) {
@@ -110,8 +112,8 @@ TEST(SparseIntrinsics, HaveTheFormOfTheDefaultSolvers) {
   EXPECT_EQ(cv::countNonZero(full.stdDevIntrinsics), 18);
 }
 
-sparse::Lens LensOf(const IntrinsicsResult& result) {
-  sparse::Lens lens;
+solver::Lens LensOf(const IntrinsicsResult& result) {
+  solver::Lens lens;
   const cv::Mat_<double> K = result.K;
   const cv::Mat_<double> D = result.D;
   lens.values = {K(0, 0), K(1, 1), K(0, 2), K(1, 2)};
@@ -120,7 +122,7 @@ sparse::Lens LensOf(const IntrinsicsResult& result) {
 }
 
 bool HasPoles(const IntrinsicsResult& result) {
-  return !sparse::IsFreeOfPoles(LensOf(result), unit::FRAME);
+  return !solver::IsFreeOfPoles(LensOf(result), unit::FRAME);
 }
 
 TEST(SparseIntrinsics, OfTheLargerModelsAreNearerToTheTruthThanTheDefaultSolvers) {
@@ -204,17 +206,17 @@ TEST(SparseIntrinsics, RaiseWhenTheListsDoNotMatch) {
 }
 
 TEST(Poles, AreSeenWithinTheImageOnly) {
-  sparse::Lens lens;
-  lens.free = sparse::RATIONAL_PARAMETERS;
+  solver::Lens lens;
+  lens.free = solver::RATIONAL_PARAMETERS;
   lens.values = {500.0, 500.0, 319.5, 239.5};
-  EXPECT_TRUE(sparse::IsFreeOfPoles(lens, unit::FRAME));
+  EXPECT_TRUE(solver::IsFreeOfPoles(lens, unit::FRAME));
   // A zero hides the pole but for its neighbourhood. Corners are at 0.8.
   lens.values[4] = -2.77;
   lens.values[9] = -1.0 / (0.6 * 0.6);
-  EXPECT_FALSE(sparse::IsFreeOfPoles(lens, unit::FRAME));
+  EXPECT_FALSE(solver::IsFreeOfPoles(lens, unit::FRAME));
   lens.values[4] = 0.0;
   lens.values[9] = -1.0 / (4.0 * 4.0);
-  EXPECT_TRUE(sparse::IsFreeOfPoles(lens, unit::FRAME));
+  EXPECT_TRUE(solver::IsFreeOfPoles(lens, unit::FRAME));
 }
 
 }  // namespace

@@ -16,6 +16,8 @@
 #include "solver/PairViews.h"
 #include "unit/Scopes.h"
 
+using namespace velmora;
+
 namespace {
 
 const int MODELS[] = {Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL, Calibrator::MODEL_FULL};
@@ -29,8 +31,8 @@ using unit::Targets;
 using unit::WithHeldLenses;
 
 /// Not rounded to single precision, which moves the tilt of the full model more than this is about.
-sparse::PairTarget Unrounded(const unit::PointPairs& pairs) {
-  sparse::PairTarget target = sparse::PairTargetOf(Targets(pairs.left.size()), pairs.left, pairs.right);
+solver::PairTarget Unrounded(const unit::PointPairs& pairs) {
+  solver::PairTarget target = solver::PairTargetOf(Targets(pairs.left.size()), pairs.left, pairs.right);
   const auto object = Paper().GridPoints();
   for (size_t i = 0; i < pairs.left.size(); ++i) {
     target.left.views[i].image = pairs.left[i];
@@ -44,12 +46,12 @@ sparse::PairTarget Unrounded(const unit::PointPairs& pairs) {
   return target;
 }
 
-world::Lens WorldLens(const sparse::Lens& lens) {
+world::Lens WorldLens(const solver::Lens& lens) {
   const auto& p = lens.values;
   return world::Lens(cv::Matx33d(p[0], 0.0, p[2], 0.0, p[1], p[3], 0.0, 0.0, 1.0), {p.begin() + 4, p.end()});
 }
 
-double FarthestProjection(const sparse::Lens& estimate, const sparse::Lens& truth,
+double FarthestProjection(const solver::Lens& estimate, const solver::Lens& truth,
                           const std::vector<cv::Point2f>& area) {
   return world::MeanProjectionDistance(WorldLens(truth), WorldLens(estimate), unit::FRAME, area).max;
 }
@@ -59,15 +61,15 @@ TEST(SparsePair, IsTheTruthWithoutNoise) {
     const world::Rig rig = RigFor(model);
     const unit::PointPairs pairs = Seen(rig, 12, 3, 0.0);
     const StereoIntrinsics truth = unit::TrueLenses(rig);
-    const sparse::PairTarget target = Unrounded(pairs);
-    const sparse::Lens left = sparse::KnownLens(truth.K, truth.D, model);
-    const sparse::Lens right = sparse::KnownLens(truth.KRight, truth.DRight, model);
-    sparse::PairEstimate start = sparse::StartOf(target, left, right);
+    const solver::PairTarget target = Unrounded(pairs);
+    const solver::Lens left = solver::KnownLens(truth.K, truth.D, model);
+    const solver::Lens right = solver::KnownLens(truth.KRight, truth.DRight, model);
+    solver::PairEstimate start = solver::StartOf(target, left, right);
     start.left.values[0] *= 1.02;
     start.left.values[4] += 0.03;
     start.right.values[1] *= 0.98;
     start.right.values[2] += 6.0;
-    const sparse::PairEstimate result =
+    const solver::PairEstimate result =
         RefinePair(target, start, velmora::LensModelOf(model).parameters, unit::FRAME, {}).solution.estimate;
     EXPECT_MAT_NEAR(cv::Mat(result.relative.R), cv::Mat(rig.R), 1e-6);
     EXPECT_MAT_NEAR(cv::Mat(result.relative.t), cv::Mat(rig.T), 1e-6);

@@ -16,6 +16,8 @@
 
 namespace unit {
 
+using namespace velmora;
+
 constexpr double DISC = 0.008;
 
 /// A lens whose image's right edge, distortion included, is half the field of view from its middle.

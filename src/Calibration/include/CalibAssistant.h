@@ -10,8 +10,10 @@
 
 #include "Export.h"
 
+namespace velmora {
 struct AssistantModel;
 struct DrawingLayers;
+}  // namespace velmora
 
 /// The pose assistant: shows one target pose at a time, scores how close the detected grid is to it, and
 /// moves on to the next.
@@ -78,10 +80,10 @@ class VELMORA_API CalibAssistant {
  private:
   bool Load(const std::string& path, bool tellUnreadable);
   void ShowPose(int index);
-  void Take(AssistantModel&& model, bool single);
+  void Take(velmora::AssistantModel&& model, bool single);
 
   /// Room that the drawings share, see DrawPattern.
-  const std::unique_ptr<DrawingLayers> layers_;
+  const std::unique_ptr<velmora::DrawingLayers> layers_;
   mutable std::mutex lock_;
   std::chrono::steady_clock::time_point creationTime_;
   std::chrono::steady_clock::time_point lastDrawingTime_;

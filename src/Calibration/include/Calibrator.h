@@ -18,11 +18,14 @@
 #include "Verdict.h"
 
 class CalibAssistant;
+class JSON;
+
+namespace velmora {
 class CaptureReader;
 class FinderChoice;
-class JSON;
 class Preview;
 struct CapturedViews;
+}  // namespace velmora
 
 /// A calibrator collects snapshots of a printed asymmetric circles grid and computes a camera's intrinsics or
 /// how the two cameras of a pair stand to each other.
@@ -480,7 +483,7 @@ class VELMORA_API Calibrator {
   int StoreStereoSnapshot(const std::vector<cv::Point2d>& leftPoints,
                           const std::vector<cv::Point2d>& rightPoints);
   bool ShowSourceIf(bool opened);
-  void ProcessCaptured(CapturedViews& views, JNIEnv* env);
+  void ProcessCaptured(velmora::CapturedViews& views, JNIEnv* env);
   void TellSourceEnd();
   void RequireProcessable(const cv::Mat& frame) const;
   bool HasEnoughRecords();
@@ -523,9 +526,9 @@ class VELMORA_API Calibrator {
   std::condition_variable backgroundDone_;
   int backgroundTasks_ = 0;
 
-  const std::unique_ptr<FinderChoice> finder_;
+  const std::unique_ptr<velmora::FinderChoice> finder_;
   const std::unique_ptr<SolverChoice> solver_;
   const std::unique_ptr<Delivery> delivery_;
-  const std::unique_ptr<Preview> preview_;
-  const std::unique_ptr<CaptureReader> capture_;
+  const std::unique_ptr<velmora::Preview> preview_;
+  const std::unique_ptr<velmora::CaptureReader> capture_;
 };

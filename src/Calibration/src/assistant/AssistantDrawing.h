@@ -4,6 +4,8 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
+namespace velmora {
+
 /// What a drawing of the target needs to know.
 struct TargetDrawing {
   const std::vector<cv::Point2f>& circles;  ///< on the sheet, row by row
@@ -26,3 +28,5 @@ struct DrawingLayers {
 
 /// Draws the sheet in its target pose, pulsing, and the score bar, in place.
 void DrawTarget(const TargetDrawing& drawing, cv::Mat& frame, DrawingLayers& layers);
+
+}  // namespace velmora

@@ -9,6 +9,8 @@
 
 #include "JSON.h"
 
+namespace velmora {
+
 namespace {
 
 /// No sheet that somebody can reach has a corner further from the frame's; drawing needs a bound.
@@ -119,3 +121,5 @@ void FitSheet(const std::vector<cv::Point2f>& circles, const std::vector<cv::Poi
     model.homographies.push_back(homography);
   }
 }
+
+}  // namespace velmora

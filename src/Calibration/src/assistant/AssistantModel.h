@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+namespace velmora {
+
 /// The poses of a model, mapped to the frame.
 struct AssistantModel {
   std::vector<cv::Mat> poses;         ///< each circles x 1 of two floats
@@ -33,3 +35,5 @@ AssistantModel ModelOfPose(const std::vector<cv::Point2d>& centres, const cv::Si
 /// which the sheet cannot be drawn.
 void FitSheet(const std::vector<cv::Point2f>& circles, const std::vector<cv::Point2f>& outline,
               AssistantModel& model);
+
+}  // namespace velmora

@@ -10,6 +10,8 @@
 #include "assistant/AssistantModel.h"
 #include "foundation/OneLine.h"
 
+using namespace velmora;
+
 namespace {
 
 constexpr float NO_SCORE = 10000.0F;

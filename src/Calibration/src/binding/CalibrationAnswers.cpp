@@ -3,6 +3,8 @@
 #include "JSON.h"
 #include "binding/Registry.h"
 
+using namespace velmora;
+
 namespace {
 
 constexpr char SNAPSHOT[] = "snapshot";

@@ -9,6 +9,8 @@
 #include "calibrator/OwnThread.h"
 #include "imaging/FrameCodec.h"
 
+using namespace velmora;
+
 namespace {
 
 constexpr int LARGEST_GRID_SIDE = 1000;

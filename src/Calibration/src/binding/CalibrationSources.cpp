@@ -2,6 +2,8 @@
 #include "Calibration.h"
 #include "binding/Registry.h"
 
+using namespace velmora;
+
 bool Calibration::OpenNativeCamera(const int& id, int index, int width, int height, int fps, int splitMode) {
   const auto calibrator = Registry::OfProcess().Find(id);
   return calibrator != nullptr && calibrator->OpenNativeCamera(index, width, height, fps, splitMode);

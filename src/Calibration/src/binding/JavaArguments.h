@@ -10,7 +10,7 @@
 #include "Log.h"
 #include "jni/Jni.h"
 
-namespace jni {
+namespace velmora::jni {
 
 /// An argument that a call cannot be made with. It is reported in the log; the call has no effect.
 class BadArgument : public std::runtime_error {
@@ -79,4 +79,4 @@ Object Returned(JNIEnv* env, const LocalReference<Object>& reference) {
   return static_cast<Object>(env->NewLocalRef(reference.Get()));
 }
 
-}  // namespace jni
+}  // namespace velmora::jni

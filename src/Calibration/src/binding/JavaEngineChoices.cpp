@@ -7,6 +7,8 @@
 #include "binding/Registry.h"
 #include "jni/JavaThread.h"
 
+using namespace velmora;
+
 #define EXPORT(Result, name) \
   extern "C" JNIEXPORT Result JNICALL Java_com_velotrix_quiverleaf_sdk_EngineChoices_##name
 

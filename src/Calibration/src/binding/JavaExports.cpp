@@ -6,6 +6,8 @@
 #include "binding/JavaArguments.h"
 #include "binding/RawFrame.h"
 
+using namespace velmora;
+
 #define EXPORT(Result, name) \
   extern "C" JNIEXPORT Result JNICALL Java_com_velotrix_quiverleaf_sdk_Calibration_##name
 

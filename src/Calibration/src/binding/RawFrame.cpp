@@ -6,6 +6,8 @@
 
 #include "Log.h"
 
+namespace velmora {
+
 namespace {
 
 constexpr int LARGEST_SIDE = 32767;
@@ -77,3 +79,5 @@ cv::Mat DecodeRawFrame(std::vector<unsigned char>& data, int width, int height, 
   }
   return bgr;
 }
+
+}  // namespace velmora

@@ -8,6 +8,8 @@
 #include "Log.h"
 #include "calibrator/OwnThread.h"
 
+namespace velmora {
+
 namespace {
 
 void Destroy(Calibrator* calibrator) {
@@ -64,3 +66,5 @@ std::shared_ptr<Calibrator> Registry::Remove(int id) {
   ReportMissing(id);
   return nullptr;
 }
+
+}  // namespace velmora

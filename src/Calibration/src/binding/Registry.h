@@ -7,6 +7,8 @@
 
 #include "Calibrator.h"
 
+namespace velmora {
+
 /// Numbers are given in order from 0 and never again. A calibrator that is removed while somebody holds it
 /// lives until he lets go. Destroying is safe on any thread: where it would have to wait for the thread that
 /// it runs on, another one does it. All functions are thread-safe.
@@ -26,3 +28,5 @@ class Registry {
   int nextId_ = 0;
   std::map<int, std::shared_ptr<Calibrator>> calibrators_;
 };
+
+}  // namespace velmora

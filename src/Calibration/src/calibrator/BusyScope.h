@@ -3,6 +3,8 @@
 
 #include <atomic>
 
+namespace velmora {
+
 /// Sets the flag until the end of the scope, unless it is set already.
 class BusyScope {
  public:
@@ -19,3 +21,5 @@ class BusyScope {
   std::atomic<bool>& busy_;
   const bool entered_;
 };
+
+}  // namespace velmora

@@ -18,6 +18,8 @@
 #include "model/LensModel.h"
 #include "model/TargetGeometry.h"
 
+using namespace velmora;
+
 static_assert(Calibrator::MODEL_CLASSIC == velmora::MODEL_CLASSIC);
 static_assert(Calibrator::MODEL_RATIONAL == velmora::MODEL_RATIONAL);
 static_assert(Calibrator::MODEL_FULL == velmora::MODEL_FULL);

@@ -9,6 +9,8 @@
 #include "capture/Preview.h"
 #include "jni/JavaThread.h"
 
+using namespace velmora;
+
 namespace {
 
 constexpr ClosingWords CAMERA = {"Waiting for camera thread to finish", "Release camera", "Camera closed",

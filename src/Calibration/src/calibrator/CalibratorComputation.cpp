@@ -6,6 +6,8 @@
 #include "calibrator/ProgressScope.h"
 #include "calibrator/SolverChoice.h"
 
+using namespace velmora;
+
 /// With dataLock_ held.
 bool Calibrator::HasEnoughRecords() {
   if (records_.objectRecords.size() >= ENOUGH_SNAPSHOTS) return true;

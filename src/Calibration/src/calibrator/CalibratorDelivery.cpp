@@ -13,6 +13,8 @@
 #include "jni/JavaListener.h"
 #include "jni/JavaThread.h"
 
+using namespace velmora;
+
 namespace {
 
 /// Runs the action; what it throws is logged. Nothing that happens to one frame may end the flow of frames.

@@ -11,6 +11,8 @@
 #include "imaging/FrameResize.h"
 #include "imaging/Overlay.h"
 
+using namespace velmora;
+
 namespace {
 
 constexpr int AROUND_VERTICAL_AXIS = 1;

@@ -3,6 +3,8 @@
 #include "Log.h"
 #include "finder/FinderChoice.h"
 
+using namespace velmora;
+
 void Calibrator::SetFinder(const int& finder) {
   if (!finder_->Set(finder)) Log::error("There is no finder %d.", finder);
 }

@@ -10,12 +10,14 @@
 #include "foundation/OneLine.h"
 #include "quality/NextPose.h"
 
+using namespace velmora;
+
 namespace {
 
 /// What the snapshots say of a lens; nothing when they do not agree with any camera.
 struct Seen {
-  sparse::Target target;
-  sparse::Solved solved;
+  solver::Target target;
+  solver::Solved solved;
 };
 
 Seen SeenIn(const std::vector<std::vector<cv::Point3d>>& objectPoints,
@@ -25,10 +27,10 @@ Seen SeenIn(const std::vector<std::vector<cv::Point3d>>& objectPoints,
   Seen seen;
   if (imagePoints.empty()) return seen;
   try {
-    seen.target = sparse::TargetOf(objectPoints, imagePoints);
+    seen.target = solver::TargetOf(objectPoints, imagePoints);
     if (imagePoints.size() < ENOUGH_FOR_A_LENS) return seen;
     const SparseResult result = SolveIntrinsicsSparsely(objectPoints, imagePoints, imageSize, model, options);
-    seen.solved = sparse::SolvedFrom(seen.target, result, options.discRadius);
+    seen.solved = solver::SolvedFrom(seen.target, result, options.discRadius);
   } catch (const cv::Exception& fault) {
     Log::debug("No camera for a proposal: %s", OneLine(fault.what()).c_str());
   }
@@ -66,9 +68,9 @@ PoseProposal Calibrator::ProposePose(const int& model) {
   const cv::Size imageSize(frameWidth_, frameHeight_);
 
   const Seen seen = SeenIn(objectPoints, imagePoints, imageSize, model, options);
-  const sparse::Knowledge knowledge = sparse::KnowledgeFrom(seen.solved, seen.target.views, imageSize);
+  const solver::Knowledge knowledge = solver::KnowledgeFrom(seen.solved, seen.target.views, imageSize);
   cv::Vec3d middle;
-  const sparse::NextPose next = sparse::ChooseNextPose(knowledge, Centred(objectTemplate_, middle), imageSize,
+  const solver::NextPose next = solver::ChooseNextPose(knowledge, Centred(objectTemplate_, middle), imageSize,
                                                        MostSpacing(finder_->Get()));
 
   PoseProposal proposal;

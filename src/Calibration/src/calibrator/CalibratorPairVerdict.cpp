@@ -3,6 +3,8 @@
 #include "calibrator/SolverChoice.h"
 #include "quality/PairJudge.h"
 
+using namespace velmora;
+
 PairVerdict Calibrator::GetPairVerdict() {
   if (kind_ != STEREO || GetStatus() == STATUS_PROGRESS) return {};
   std::unique_lock<std::mutex> data(dataLock_);

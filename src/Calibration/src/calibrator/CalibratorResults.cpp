@@ -5,6 +5,8 @@
 #include "calibrator/ResultDocument.h"
 #include "calibrator/SolverChoice.h"
 
+using namespace velmora;
+
 cv::Mat Calibrator::ResultOf(int ofKind, cv::Mat Results::*member) {
   const std::lock_guard<std::mutex> data(dataLock_);
   if (GetStatus() == STATUS_PROGRESS || kind_ != ofKind) return cv::Mat();

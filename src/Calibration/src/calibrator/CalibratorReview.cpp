@@ -7,6 +7,8 @@
 #include "Log.h"
 #include "imaging/Review.h"
 
+using namespace velmora;
+
 namespace {
 
 /// How often the window is looked after while a key is waited for, in milliseconds.

@@ -3,6 +3,8 @@
 #include "JSON.h"
 #include "Log.h"
 
+using namespace velmora;
+
 bool Calibrator::AddPoints() {
   const std::lock_guard<std::mutex> lock(pointsLock_);
   const std::lock_guard<std::mutex> data(dataLock_);

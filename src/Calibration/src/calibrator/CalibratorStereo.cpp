@@ -8,6 +8,8 @@
 #include "finder/FinderChoice.h"
 #include "imaging/Overlay.h"
 
+using namespace velmora;
+
 namespace {
 
 using Centres = std::vector<cv::Point2d>;

@@ -8,6 +8,8 @@
 #include "calibrator/SolverChoice.h"
 #include "solver/OpenCvExtrinsics.h"
 
+using namespace velmora;
+
 namespace {
 
 constexpr int RATIONAL_COEFFICIENTS = 14;

@@ -18,8 +18,8 @@ struct Calibrator::Delivery {
   std::atomic<bool> jpegBusy{false};
   std::atomic<bool> rgbBusy{false};
   std::atomic<JavaVM*> javaMachine{nullptr};
-  FrameListeners listeners;
+  velmora::FrameListeners listeners;
   // Last, so that their threads end before what they use.
-  LatestFrameGrabber<std::string> jpegGrabber;
-  LatestFrameGrabber<cv::Mat> rgbGrabber;
+  velmora::LatestFrameGrabber<std::string> jpegGrabber;
+  velmora::LatestFrameGrabber<cv::Mat> rgbGrabber;
 };

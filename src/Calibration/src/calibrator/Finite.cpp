@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace velmora {
+
 void RequireFinite(double rms, const std::vector<cv::Mat>& matrices) {
   const bool finite = std::all_of(matrices.begin(), matrices.end(), [](const cv::Mat& matrix) {
     return matrix.empty() || cv::checkRange(matrix);
@@ -12,3 +14,5 @@ void RequireFinite(double rms, const std::vector<cv::Mat>& matrices) {
     CV_Error(cv::Error::StsNoConv, "the views determine no camera: the result is not finite");
   }
 }
+
+}  // namespace velmora

@@ -6,6 +6,8 @@
 
 #include "Calibrator.h"
 
+namespace velmora {
+
 class JavaListener;
 
 /// Up to two listeners of frames, a C++ and a Java one, and one of a source's end. Callers work on a copy of
@@ -41,3 +43,5 @@ class FrameListeners {
   mutable std::mutex lock_;
   Registered registered_;
 };
+
+}  // namespace velmora

@@ -3,6 +3,8 @@
 
 class Calibrator;
 
+namespace velmora {
+
 /// Marks the current thread as the calibrator's own until the end of the scope. A calibrator cannot wait for
 /// a thread on that thread: whoever destroys calibrators asks here first.
 class OwnThread {
@@ -19,3 +21,5 @@ class OwnThread {
 
   const Calibrator* const earlier_;
 };
+
+}  // namespace velmora

@@ -5,6 +5,8 @@
 
 #include "Calibrator.h"
 
+namespace velmora {
+
 std::string CurrentDateTime() {
   const std::time_t now = std::time(nullptr);
   std::tm local{};
@@ -32,3 +34,5 @@ const char* StatusSentence(int status) {
       return "Calibration not ready to be performed yet. Not enough snapshots have been collected.";
   }
 }
+
+}  // namespace velmora

@@ -3,6 +3,8 @@
 
 #include <string>
 
+namespace velmora {
+
 /// Local date and time as strftime's "%Y%m%d%X" gives it.
 std::string CurrentDateTime();
 
@@ -11,3 +13,5 @@ std::string ResultFileName(const std::string& path, int kind);
 
 /// What a status means to a user.
 const char* StatusSentence(int status);
+
+}  // namespace velmora

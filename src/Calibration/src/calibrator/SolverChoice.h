@@ -22,16 +22,16 @@ struct Calibrator::SolverChoice {
     std::function<bool(int, double)> progress;
 
     /// Tells in the log what was left out.
-    SparseResult Solve(const std::vector<std::vector<cv::Point3d>>& objectPoints,
-                       const std::vector<std::vector<cv::Point2d>>& imagePoints, const cv::Size& imageSize,
-                       int model) const;
+    velmora::SparseResult Solve(const std::vector<std::vector<cv::Point3d>>& objectPoints,
+                                const std::vector<std::vector<cv::Point2d>>& imagePoints,
+                                const cv::Size& imageSize, int model) const;
 
     /// Of a pair.
-    ExtrinsicsResult SolvePair(const std::vector<std::vector<cv::Point3d>>& objectPoints,
-                               const std::vector<std::vector<cv::Point2d>>& leftPoints,
-                               const std::vector<std::vector<cv::Point2d>>& rightPoints,
-                               const StereoIntrinsics& intrinsics, const cv::Size& imageSize,
-                               int model) const;
+    velmora::ExtrinsicsResult SolvePair(const std::vector<std::vector<cv::Point3d>>& objectPoints,
+                                        const std::vector<std::vector<cv::Point2d>>& leftPoints,
+                                        const std::vector<std::vector<cv::Point2d>>& rightPoints,
+                                        const velmora::StereoIntrinsics& intrinsics,
+                                        const cv::Size& imageSize, int model) const;
   };
 
   Settings Now() {
@@ -61,14 +61,14 @@ struct Calibrator::SolverChoice {
   ProgressListener listener;
 
   /// What the last result left out, whether it was to and could, and its disc radius; guarded as results are.
-  std::vector<sparse::Rejected> rejected;
+  std::vector<velmora::solver::Rejected> rejected;
   bool usedRobust = false;
   bool tooFewAgree = false;
   double usedDiscRadius = 0.0;
   /// Of the last pair's result, if there is one: the number of snapshots, the lenses that it was found with,
   /// the lens model, and whether the lenses were refined.
   size_t usedPairs = 0;
-  StereoIntrinsics usedLenses;
+  velmora::StereoIntrinsics usedLenses;
   int usedPairModel = MODEL_CLASSIC;
   bool usedRefinement = false;
 };

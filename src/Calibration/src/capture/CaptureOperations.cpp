@@ -8,6 +8,8 @@
 #include "capture/ContentOptions.h"
 #include "foundation/OneLine.h"
 
+namespace velmora {
+
 namespace {
 
 constexpr ClosingWords LEFT_CAMERA = {"Waiting for camera thread to finish", "Release left camera",
@@ -247,3 +249,5 @@ void CaptureReader::ReleaseSecond() {
   ReleaseSource(second_.get());
   secondOpened_ = false;
 }
+
+}  // namespace velmora

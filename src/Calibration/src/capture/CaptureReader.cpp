@@ -6,6 +6,8 @@
 
 #include "Log.h"
 
+namespace velmora {
+
 namespace {
 
 /// How long a Close waits for a thread that is in its source: long enough for any frame of a source that is
@@ -98,3 +100,5 @@ void CaptureReader::Read(const Process& process, const Ended& ended) {
 void CaptureReader::NoteFailedOpen() {
   if (!primaryOpened_) ended_ = true;
 }
+
+}  // namespace velmora

@@ -12,6 +12,8 @@
 #include "capture/FrameSplit.h"
 #include "capture/ReaderRun.h"
 
+namespace velmora {
+
 /// Size and rate of frames: what is asked of a camera, or what a source reports.
 struct FrameFormat {
   int width = 0;
@@ -120,3 +122,5 @@ class CaptureReader {
   std::atomic<bool> stopRequested_{false};
   std::atomic<bool> ended_{false};
 };
+
+}  // namespace velmora

@@ -6,6 +6,8 @@
 
 #include "Log.h"
 
+namespace velmora {
+
 namespace {
 
 void ReadStartFrame(const std::string& token, std::optional<int>& startFrame) {
@@ -37,3 +39,5 @@ Content ParseContent(const std::string& content) {
   parsed.source = tokens.size() >= 2 ? tokens.front() : content;
   return parsed;
 }
+
+}  // namespace velmora

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+namespace velmora {
+
 /// Appends the pieces of the text between separators: adjacent separators have an empty piece between them,
 /// one at the end is followed by none, and an empty text has no piece.
 void SplitText(const std::string& text, char separator, std::vector<std::string>& pieces);
@@ -20,3 +22,5 @@ struct Content {
 /// what follows is the frame to start with; the last one counts. A start frame that is used, and one that is
 /// no integer, is logged.
 Content ParseContent(const std::string& content);
+
+}  // namespace velmora

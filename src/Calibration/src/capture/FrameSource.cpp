@@ -3,6 +3,8 @@
 
 #include <opencv2/videoio.hpp>
 
+namespace velmora {
+
 namespace {
 
 class VideoSource final : public FrameSource {
@@ -25,3 +27,5 @@ class VideoSource final : public FrameSource {
 std::unique_ptr<FrameSource> NewVideoSource() {
   return std::make_unique<VideoSource>();
 }
+
+}  // namespace velmora

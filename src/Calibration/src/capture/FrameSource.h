@@ -5,6 +5,8 @@
 #include <opencv2/core.hpp>
 #include <string>
 
+namespace velmora {
+
 /// What the reader needs of a capture of the video library; properties are the library's. Any function may
 /// raise an exception of that library. One thread at a time may use a source.
 class FrameSource {
@@ -25,3 +27,5 @@ class FrameSource {
 
 /// A source that is the library's own capture.
 std::unique_ptr<FrameSource> NewVideoSource();
+
+}  // namespace velmora

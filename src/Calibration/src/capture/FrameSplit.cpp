@@ -1,6 +1,8 @@
 /// Cuts the frames of a side-by-side camera.
 #include "capture/FrameSplit.h"
 
+namespace velmora {
+
 namespace {
 
 constexpr int RIGHT_ALONE = 1;
@@ -17,3 +19,5 @@ CapturedViews SplitViews(const cv::Mat& frame, int mode) {
   if (mode == LEFT_ALONE) return {left(), {}, false};
   return {left(), right(), mode == PAIR};
 }
+
+}  // namespace velmora

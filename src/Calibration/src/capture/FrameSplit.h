@@ -3,6 +3,8 @@
 
 #include <opencv2/core.hpp>
 
+namespace velmora {
+
 /// What one turn of the reader delivers.
 struct CapturedViews {
   cv::Mat frame;      ///< of the left or only camera
@@ -14,3 +16,5 @@ struct CapturedViews {
 /// both as a pair; any other value keeps both but leaves detection to the left one. The halves are copies of
 /// their own, as wide as half of the frame, rounded down: both are empty for a frame one pixel wide.
 CapturedViews SplitViews(const cv::Mat& frame, int mode);
+
+}  // namespace velmora

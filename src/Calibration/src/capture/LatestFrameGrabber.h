@@ -9,6 +9,8 @@
 #include <thread>
 #include <utility>
 
+namespace velmora {
+
 /// Holds one pending frame, which a newer one replaces, and a thread that takes it. All functions are
 /// thread-safe, and Open, Close and Offer may be called from the body itself.
 ///
@@ -127,3 +129,5 @@ class LatestFrameGrabber {
   int tag_ = 0;
   std::thread thread_;
 };
+
+}  // namespace velmora

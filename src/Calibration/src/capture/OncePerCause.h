@@ -4,6 +4,8 @@
 #include <set>
 #include <string>
 
+namespace velmora {
+
 /// Remembers causes by their texts. Numbers in them do not count, so that addresses and sizes that change
 /// make no new cause. One thread at a time may use it.
 class OncePerCause {
@@ -27,3 +29,5 @@ class OncePerCause {
 
   std::set<std::string> seen_;
 };
+
+}  // namespace velmora

@@ -5,6 +5,8 @@
 
 #include "Log.h"
 
+namespace velmora {
+
 namespace {
 
 cv::Mat InColour(const cv::Mat& picture) {
@@ -89,3 +91,5 @@ void Preview::Show(const cv::Mat& frame, const cv::Mat& right) {
   enabled_ = windowOpen_;
   window_.Show(this, picture);
 }
+
+}  // namespace velmora

@@ -8,6 +8,8 @@
 
 #include "capture/PreviewWindow.h"
 
+namespace velmora {
+
 /// Whether a calibrator shows its frames, and whether the window is open for it. When no window can be opened
 /// one error line is printed and the preview is off. All functions are thread-safe; Show never waits for the
 /// window.
@@ -47,3 +49,5 @@ class Preview {
 /// A picture of both: the right one is brought to the left one's size, and grey ones to colour, where they
 /// differ.
 cv::Mat SideBySidePicture(const cv::Mat& left, const cv::Mat& right);
+
+}  // namespace velmora

@@ -10,6 +10,8 @@
 #include "capture/OncePerCause.h"
 #include "foundation/OneLine.h"
 
+namespace velmora {
+
 namespace {
 
 constexpr char TITLE[] = "Preview";
@@ -189,3 +191,5 @@ void PreviewWindow::AwaitWork(std::unique_lock<std::mutex>& lock, bool exists) {
     changed_.wait(lock, work);
   }
 }
+
+}  // namespace velmora

@@ -10,6 +10,8 @@
 #include <string>
 #include <thread>
 
+namespace velmora {
+
 /// The calls of the window library. All but DisplayAnswers are made on one thread.
 class WindowCalls {
  public:
@@ -68,3 +70,5 @@ class PreviewWindow {
   bool ended_ = false;
   std::thread thread_;
 };
+
+}  // namespace velmora

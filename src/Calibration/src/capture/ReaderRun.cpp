@@ -5,6 +5,8 @@
 
 #include "Log.h"
 
+namespace velmora {
+
 namespace {
 
 /// After a turn without a frame.
@@ -144,3 +146,5 @@ void ReaderRun::Pause() {
   std::unique_lock<std::mutex> lock(lock_);
   changed_.wait_for(lock, EMPTY_PAUSE, [this] { return stopRequested_; });
 }
+
+}  // namespace velmora

@@ -13,6 +13,8 @@
 #include "capture/FrameSplit.h"
 #include "capture/OncePerCause.h"
 
+namespace velmora {
+
 /// What a run reads from, and how.
 struct ReaderInput {
   std::shared_ptr<FrameSource> primary;
@@ -81,3 +83,5 @@ class ReaderRun {
   bool cutOff_ = false;
   bool ended_ = false;
 };
+
+}  // namespace velmora

@@ -10,6 +10,8 @@
 #include <cstdio>
 #include <filesystem>
 
+namespace velmora {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -103,3 +105,5 @@ WriteOutcome WriteFileAtomically(const std::string& path, const std::string& tex
   // a shared folder.
   return done ? WriteDirectly(target, text) : WriteOutcome::Failed;
 }
+
+}  // namespace velmora

@@ -3,6 +3,8 @@
 
 #include <string>
 
+namespace velmora {
+
 enum class WriteOutcome {
   Written,
   NotOpened,  ///< the path cannot be opened for writing; nothing changed
@@ -16,3 +18,5 @@ enum class WriteOutcome {
 /// (a pipe), what the process has open (/dev/stdout), files in folders that take no new ones, mount points,
 /// and files that may be written to but not replaced.
 WriteOutcome WriteFileAtomically(const std::string& path, const std::string& text);
+
+}  // namespace velmora

@@ -9,6 +9,8 @@
 #include "documents/JsonNumber.h"
 #include "documents/MatrixCodec.h"
 
+using namespace velmora;
+
 namespace {
 
 constexpr int TYPE_MASK = 0xFFF;

@@ -6,6 +6,8 @@
 #include <nlohmann/json.hpp>
 #include <type_traits>
 
+namespace velmora {
+
 /// The library's own conversion, type errors included, but for reals beyond an integer type: those become the
 /// nearest of its numbers, where the conversion of the language is undefined.
 template <typename Number>
@@ -20,3 +22,5 @@ Number NumberOf(const nlohmann::json& value) {
   }
   return value.get<Number>();
 }
+
+}  // namespace velmora

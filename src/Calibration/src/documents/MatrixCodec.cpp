@@ -8,6 +8,8 @@
 
 #include "documents/JsonNumber.h"
 
+namespace velmora {
+
 namespace {
 
 template <typename T>
@@ -70,3 +72,5 @@ nlohmann::json EncodeElements(const cv::Mat& matrix) {
 void DecodeElements(const nlohmann::json& data, int depth, cv::Mat& matrix) {
   WithElementOf(depth, [&](auto element) { Decode<decltype(element)>(data, matrix); });
 }
+
+}  // namespace velmora

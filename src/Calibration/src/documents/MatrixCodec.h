@@ -4,6 +4,8 @@
 #include <nlohmann/json.hpp>
 #include <opencv2/core.hpp>
 
+namespace velmora {
+
 /// The greatest depth that the encoding knows.
 constexpr int MAX_ENCODED_DEPTH = CV_64F;
 
@@ -13,3 +15,5 @@ nlohmann::json EncodeElements(const cv::Mat& matrix);
 /// Copies the elements, read as of the depth, into the matrix from its first element on, at most as many
 /// bytes as it holds. Raises the JSON library's type error when `data` is no array of numbers.
 void DecodeElements(const nlohmann::json& data, int depth, cv::Mat& matrix);
+
+}  // namespace velmora

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-namespace finder {
+namespace velmora::finder {
 
 CandidateIndex::CandidateIndex(const std::vector<Candidate>& candidates, const cv::Size& size)
     : candidates_(candidates),
@@ -28,4 +28,4 @@ CandidateIndex::CandidateIndex(const std::vector<Candidate>& candidates, const c
   }
 }
 
-}  // namespace finder
+}  // namespace velmora::finder

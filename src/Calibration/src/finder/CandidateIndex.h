@@ -7,7 +7,7 @@
 
 #include "finder/Candidates.h"
 
-namespace finder {
+namespace velmora::finder {
 
 /// What a search may still spend, in looks into the index; it bounds the time for any picture.
 struct Effort {
@@ -70,4 +70,4 @@ class CandidateIndex {
   std::vector<int> sorted_;
 };
 
-}  // namespace finder
+}  // namespace velmora::finder

@@ -5,7 +5,7 @@
 #include <array>
 #include <cmath>
 
-namespace finder {
+namespace velmora::finder {
 
 namespace {
 
@@ -179,4 +179,4 @@ Candidates FindCandidates(const cv::Mat& grey, int discs) {
   return candidates;
 }
 
-}  // namespace finder
+}  // namespace velmora::finder

@@ -6,7 +6,7 @@
 
 #include "finder/Regions.h"
 
-namespace finder {
+namespace velmora::finder {
 
 struct Candidate {
   cv::Point2d centre;
@@ -33,4 +33,4 @@ bool IsRound(const Region& region);
 /// The dark spots of `grey` (CV_8UC1) that may belong to a grid of so many discs.
 Candidates FindCandidates(const cv::Mat& grey, int discs);
 
-}  // namespace finder
+}  // namespace velmora::finder

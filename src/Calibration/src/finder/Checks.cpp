@@ -8,7 +8,7 @@
 
 #include "finder/Grey.h"
 
-namespace finder {
+namespace velmora::finder {
 
 namespace {
 
@@ -110,4 +110,4 @@ bool IsChessboard(const SheetPlane& plane, const PlacedDiscs& discs, const cv::M
   return Median(cover) > DENSE && Median(between) > DARK_BETWEEN;
 }
 
-}  // namespace finder
+}  // namespace velmora::finder

@@ -6,7 +6,7 @@
 #include "finder/CandidateIndex.h"
 #include "finder/SheetPlane.h"
 
-namespace finder {
+namespace velmora::finder {
 
 /// Declares discs missing that are not where the others say, and fits the plane to the rest. False when more
 /// than so many are missing then, or nothing fits.
@@ -22,4 +22,4 @@ bool GoesOn(const SheetPlane& plane, const PlacedDiscs& discs, const CandidateIn
 /// True when the spots touch at their corners as the dark squares of a chessboard do.
 bool IsChessboard(const SheetPlane& plane, const PlacedDiscs& discs, const cv::Mat& grey);
 
-}  // namespace finder
+}  // namespace velmora::finder

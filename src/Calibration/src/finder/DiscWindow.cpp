@@ -3,7 +3,7 @@
 
 #include <cmath>
 
-namespace finder {
+namespace velmora::finder {
 
 namespace {
 
@@ -82,4 +82,4 @@ bool TonesIn(const cv::Mat& grey, const DiscWindow& window, const std::vector<Sp
   return tones.paper - tones.ink >= LEAST_CONTRAST;
 }
 
-}  // namespace finder
+}  // namespace velmora::finder

@@ -8,7 +8,7 @@
 
 #include "finder/SheetPlane.h"
 
-namespace finder {
+namespace velmora::finder {
 
 /// The pixels `from` to `to`, not included, of a row.
 struct Span {
@@ -64,4 +64,4 @@ struct Tones {
 bool TonesIn(const cv::Mat& grey, const DiscWindow& window, const std::vector<Span>& spans, Histogram& all,
              Tones& tones);
 
-}  // namespace finder
+}  // namespace velmora::finder

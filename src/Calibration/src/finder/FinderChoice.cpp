@@ -7,6 +7,8 @@
 #include "finder/StandardFinder.h"
 #include "model/Codes.h"
 
+namespace velmora {
+
 namespace {
 
 using Centres = std::vector<cv::Point2d>;
@@ -58,3 +60,5 @@ bool FinderChoice::FindBoth(const cv::Mat& left, const cv::Mat& right, const cv:
   fault_ = leftFault != GridFault::None ? leftFault : rightFault;
   return foundLeft && foundRight;
 }
+
+}  // namespace velmora

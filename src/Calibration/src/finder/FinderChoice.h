@@ -7,6 +7,8 @@
 
 #include "finder/RobustFinder.h"
 
+namespace velmora {
+
 /// Switchable at any time, from any thread; a search under way ends as it began.
 class FinderChoice {
  public:
@@ -29,3 +31,5 @@ class FinderChoice {
   std::atomic<int> finder_{0};
   std::atomic<GridFault> fault_{GridFault::None};
 };
+
+}  // namespace velmora

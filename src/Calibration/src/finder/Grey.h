@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <opencv2/core.hpp>
 
-namespace finder {
+namespace velmora::finder {
 
 /// The value at a place, from the four pixels around it; beyond the picture that of its edge.
 inline double GreyAt(const cv::Mat& grey, const cv::Point2d& at) {
@@ -19,4 +19,4 @@ inline double GreyAt(const cv::Mat& grey, const cv::Point2d& at) {
   return (1.0 - v) * ((1.0 - u) * upper[0] + u * upper[1]) + v * ((1.0 - u) * lower[0] + u * lower[1]);
 }
 
-}  // namespace finder
+}  // namespace velmora::finder

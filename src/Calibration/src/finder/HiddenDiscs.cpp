@@ -8,7 +8,7 @@
 #include "finder/Rim.h"
 #include "finder/Surroundings.h"
 
-namespace finder {
+namespace velmora::finder {
 
 namespace {
 
@@ -132,4 +132,4 @@ bool AreWhole(const SheetPlane& flat, const cv::Mat& grey, PlacedDiscs& discs) {
   return true;
 }
 
-}  // namespace finder
+}  // namespace velmora::finder

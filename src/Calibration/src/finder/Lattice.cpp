@@ -8,7 +8,7 @@
 #include <opencv2/imgproc.hpp>
 #include <utility>
 
-namespace finder {
+namespace velmora::finder {
 
 namespace {
 
@@ -278,4 +278,4 @@ bool SearchLattices(const CandidateIndex& index, size_t least, size_t most, Effo
   return largest.points.size() < least && !largest.points.empty() && accept(largest);
 }
 
-}  // namespace finder
+}  // namespace velmora::finder

@@ -8,7 +8,7 @@
 
 #include "finder/CandidateIndex.h"
 
-namespace finder {
+namespace velmora::finder {
 
 /// A candidate with its place in a lattice; the lattice's base is any two of the pattern's steps.
 struct LatticePoint {
@@ -42,4 +42,4 @@ bool SearchLattices(const CandidateIndex& index, size_t least, size_t most, Effo
 /// True for discs that may be neighbours in one pattern.
 bool AlikeInSize(double radius, double other);
 
-}  // namespace finder
+}  // namespace velmora::finder

@@ -6,7 +6,7 @@
 
 #include "finder/Regions.h"
 
-namespace finder {
+namespace velmora::finder {
 
 namespace {
 
@@ -83,4 +83,4 @@ bool MissesOutside(const SheetPlane& plane, const PlacedDiscs& discs, const cv::
   return false;
 }
 
-}  // namespace finder
+}  // namespace velmora::finder

@@ -5,7 +5,7 @@
 
 #include "finder/SheetPlane.h"
 
-namespace finder {
+namespace velmora::finder {
 
 /// Fills missing discs in that are dark spots of the right size at the right place in `grey`.
 void RecoverMissing(const SheetPlane& plane, const cv::Mat& grey, PlacedDiscs& discs);
@@ -16,4 +16,4 @@ bool MissesOutside(const SheetPlane& plane, const PlacedDiscs& discs, const cv::
 /// True when there is no room for another row between some disc and the edge of the picture.
 bool ReachesEdge(const SheetPlane& plane, const PlacedDiscs& discs, const cv::Size& size);
 
-}  // namespace finder
+}  // namespace velmora::finder

@@ -1,7 +1,7 @@
 /// The places of the asymmetric circles grid, and which sizes of it have one order only.
 #include "finder/Pattern.h"
 
-namespace finder {
+namespace velmora::finder {
 
 namespace {
 
@@ -34,4 +34,4 @@ bool HasOneOrder(const cv::Size& grid) {
   return grid.area() >= FEWEST_DISCS && grid.area() <= MOST_DISCS;
 }
 
-}  // namespace finder
+}  // namespace velmora::finder

@@ -4,7 +4,7 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-namespace finder {
+namespace velmora::finder {
 
 /// The discs' places (2j + i mod 2, i), row by row, in steps.
 std::vector<cv::Point> PatternPlaces(const cv::Size& grid);
@@ -20,4 +20,4 @@ int MissingAllowed(const cv::Size& grid);
 /// discs.
 bool HasOneOrder(const cv::Size& grid);
 
-}  // namespace finder
+}  // namespace velmora::finder

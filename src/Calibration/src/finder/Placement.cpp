@@ -7,7 +7,7 @@
 
 #include "finder/Pattern.h"
 
-namespace finder {
+namespace velmora::finder {
 
 namespace {
 
@@ -112,4 +112,4 @@ Placement PlacePattern(const Lattice& lattice, const cv::Size& grid, int lacking
   return best;
 }
 
-}  // namespace finder
+}  // namespace velmora::finder

@@ -6,7 +6,7 @@
 
 #include "finder/Lattice.h"
 
-namespace finder {
+namespace velmora::finder {
 
 /// Which candidate each disc of the pattern is.
 struct Placement {
@@ -20,4 +20,4 @@ struct Placement {
 /// `discs` is empty when none covers any, or the effort is spent.
 Placement PlacePattern(const Lattice& lattice, const cv::Size& grid, int lacking, Effort& effort);
 
-}  // namespace finder
+}  // namespace velmora::finder

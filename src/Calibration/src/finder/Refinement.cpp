@@ -7,7 +7,7 @@
 
 #include "finder/DiscWindow.h"
 
-namespace finder {
+namespace velmora::finder {
 
 namespace {
 
@@ -61,4 +61,4 @@ void RefineDiscs(const SheetPlane& plane, const cv::Mat& grey, PlacedDiscs& disc
   }
 }
 
-}  // namespace finder
+}  // namespace velmora::finder

@@ -5,10 +5,10 @@
 
 #include "finder/SheetPlane.h"
 
-namespace finder {
+namespace velmora::finder {
 
 /// Centres become centroids of the darkness in a window around each disc, radii those of discs of the same
 /// darkness. A disc whose surroundings do not allow that stays as it is.
 void RefineDiscs(const SheetPlane& plane, const cv::Mat& grey, PlacedDiscs& discs);
 
-}  // namespace finder
+}  // namespace velmora::finder

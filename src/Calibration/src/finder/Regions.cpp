@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace finder {
+namespace velmora::finder {
 
 namespace {
 
@@ -253,4 +253,4 @@ std::vector<Region> FindDarkRegions(const cv::Mat& grey, const std::vector<int>&
   return found;
 }
 
-}  // namespace finder
+}  // namespace velmora::finder

@@ -4,7 +4,7 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-namespace finder {
+namespace velmora::finder {
 
 /// A connected set of pixels darker than a level.
 struct Region {
@@ -31,4 +31,4 @@ struct RegionLimits {
 std::vector<Region> FindDarkRegions(const cv::Mat& grey, const std::vector<int>& levels,
                                     const RegionLimits& limits);
 
-}  // namespace finder
+}  // namespace velmora::finder

@@ -8,7 +8,7 @@
 
 #include "finder/Grey.h"
 
-namespace finder {
+namespace velmora::finder {
 
 namespace {
 
@@ -138,4 +138,4 @@ Rim FollowRim(const cv::Mat& grey, const ExpectedDisc& expected) {
   return RimFollower(grey, expected).Run();
 }
 
-}  // namespace finder
+}  // namespace velmora::finder

@@ -3,7 +3,7 @@
 
 #include <opencv2/core.hpp>
 
-namespace finder {
+namespace velmora::finder {
 
 /// A disc as it should be seen: an ellipse in the picture, a circle in steps.
 struct ExpectedDisc {
@@ -22,4 +22,4 @@ struct Rim {
 /// edge and a reflection move it little. `expected.centre` may be off by a third of the radius.
 Rim FollowRim(const cv::Mat& grey, const ExpectedDisc& expected);
 
-}  // namespace finder
+}  // namespace velmora::finder

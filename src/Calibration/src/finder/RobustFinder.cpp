@@ -13,6 +13,8 @@
 #include "finder/Refinement.h"
 #include "finder/Shape.h"
 
+namespace velmora {
+
 namespace {
 
 using finder::PlacedDiscs;
@@ -170,3 +172,5 @@ std::string DescribeFault(GridFault fault) {
   }
   return "nothing like the grid in sight";
 }
+
+}  // namespace velmora

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+namespace velmora {
+
 /// Why a search found no grid.
 enum class GridFault {
   None,
@@ -38,3 +40,5 @@ bool FindGridRobust(const cv::Mat& frame, const cv::Size& patternSize, std::vect
 
 /// The fault in words; empty for none.
 std::string DescribeFault(GridFault fault);
+
+}  // namespace velmora

@@ -7,7 +7,7 @@
 
 #include "finder/DiscWindow.h"
 
-namespace finder {
+namespace velmora::finder {
 
 namespace {
 
@@ -75,4 +75,4 @@ bool AreDiscs(const SheetPlane& plane, const cv::Mat& grey, const PlacedDiscs& d
   return shape.second < 0.5 && shape.third < 0.2 && shape.fourth < 0.2 + shape.second;
 }
 
-}  // namespace finder
+}  // namespace velmora::finder

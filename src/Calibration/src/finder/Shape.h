@@ -5,7 +5,7 @@
 
 #include "finder/SheetPlane.h"
 
-namespace finder {
+namespace velmora::finder {
 
 /// How far spots are from discs, in the sheet's plane: the harmonic moments of second, third and fourth order
 /// as shares of a disc's absolute ones, as a mean over all spots. Discs have none; a square has 0.49 of the
@@ -20,4 +20,4 @@ ShapeMoments MeanShape(const SheetPlane& plane, const cv::Mat& grey, const Place
 /// True when the spots, refined before, are discs seen in perspective.
 bool AreDiscs(const SheetPlane& plane, const cv::Mat& grey, const PlacedDiscs& discs);
 
-}  // namespace finder
+}  // namespace velmora::finder

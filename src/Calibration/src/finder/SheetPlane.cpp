@@ -6,7 +6,7 @@
 #include <cmath>
 #include <opencv2/calib3d.hpp>
 
-namespace finder {
+namespace velmora::finder {
 
 namespace {
 
@@ -127,4 +127,4 @@ double SheetPlane::Stray(const PlacedDiscs& discs, size_t k) const {
   return cv::norm(discs.centres[k] - Predict(place)) / step / std::sqrt(std::max(0.01, 1.0 - leverage));
 }
 
-}  // namespace finder
+}  // namespace velmora::finder

@@ -4,7 +4,7 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-namespace finder {
+namespace velmora::finder {
 
 /// Discs with known centres, by place.
 struct PlacedDiscs {
@@ -57,4 +57,4 @@ class SheetPlane {
   cv::Matx<double, TERMS, TERMS> inverse_;  ///< of its normal equations
 };
 
-}  // namespace finder
+}  // namespace velmora::finder

@@ -5,6 +5,8 @@
 #include <opencv2/features2d.hpp>
 #include <opencv2/imgproc.hpp>
 
+namespace velmora {
+
 bool FindGridStandard(const cv::Mat& frame, const cv::Size& patternSize, std::vector<cv::Point2d>& points) {
   if (patternSize.area() < 2) {
     points.clear();
@@ -17,3 +19,5 @@ bool FindGridStandard(const cv::Mat& frame, const cv::Size& patternSize, std::ve
       cv::SimpleBlobDetector::create(cv::SimpleBlobDetector::Params());
   return cv::findCirclesGrid(image, patternSize, points, cv::CALIB_CB_ASYMMETRIC_GRID, detector);
 }
+
+}  // namespace velmora

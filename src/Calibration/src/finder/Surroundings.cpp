@@ -7,7 +7,7 @@
 
 #include "finder/DiscWindow.h"
 
-namespace finder {
+namespace velmora::finder {
 
 namespace {
 
@@ -94,4 +94,4 @@ double ContrastAround(const SheetPlane& plane, const cv::Mat& grey, const Placed
   return *middle;
 }
 
-}  // namespace finder
+}  // namespace velmora::finder

@@ -6,7 +6,7 @@
 #include "finder/Rim.h"
 #include "finder/SheetPlane.h"
 
-namespace finder {
+namespace velmora::finder {
 
 /// The disc on a place as those around it continue, without a word from itself: place and size by
 /// polynomials, whatever the lens; the contrast is left alone. False when there are too few.
@@ -15,4 +15,4 @@ bool ExpectDisc(const SheetPlane& plane, const PlacedDiscs& discs, size_t k, Exp
 /// The median contrast between paper and ink of the nearest discs, grey levels; 0 when they have none.
 double ContrastAround(const SheetPlane& plane, const cv::Mat& grey, const PlacedDiscs& discs, size_t k);
 
-}  // namespace finder
+}  // namespace velmora::finder

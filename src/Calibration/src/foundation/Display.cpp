@@ -14,6 +14,8 @@
 #include "foundation/WindowProbe.h"
 #include "foundation/XServer.h"
 
+using namespace velmora;
+
 namespace {
 
 constexpr std::chrono::seconds ANSWER_TIME{3};

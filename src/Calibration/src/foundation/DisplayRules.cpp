@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <vector>
 
+namespace velmora {
+
 namespace {
 
 /// The names of platforms in the order in which they are tried, without their options; "" when none is named.
@@ -82,3 +84,5 @@ bool Usable(const std::string& platform, const Servers& servers, ProbeAnswer pro
   }
   return false;
 }
+
+}  // namespace velmora

@@ -5,6 +5,8 @@
 
 #include "foundation/WindowProbe.h"
 
+namespace velmora {
+
 /// Which servers accept connections.
 struct Servers {
   bool x = false;
@@ -18,3 +20,5 @@ bool NeedsServer(const std::string& platform);
 /// server for a platform that uses one, and, when the probe cannot be run at all, a platform whose device or
 /// whose plugin is there.
 bool Usable(const std::string& platform, const Servers& servers, ProbeAnswer probe);
+
+}  // namespace velmora

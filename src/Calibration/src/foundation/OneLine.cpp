@@ -1,6 +1,8 @@
 /// Brings the text of an exception to one line of the log.
 #include "foundation/OneLine.h"
 
+namespace velmora {
+
 std::string OneLine(const std::string& text) {
   constexpr char WHITE[] = " \t\r\n";
   std::string line;
@@ -15,3 +17,5 @@ std::string OneLine(const std::string& text) {
   }
   return line;
 }
+
+}  // namespace velmora

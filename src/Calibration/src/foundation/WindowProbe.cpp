@@ -12,7 +12,8 @@
 #include <csignal>
 #include <filesystem>
 
-extern char** environ;  // NOLINT: the system's own
+namespace velmora {
+
 
 namespace {
 
@@ -74,7 +75,7 @@ class Launch {
     std::string name = program;
     char* const arguments[] = {&name[0], nullptr};
     pid_t child = -1;
-    return posix_spawn(&child, program.c_str(), &files_, &attributes_, arguments, environ) == 0 ? child : -1;
+    return posix_spawn(&child, program.c_str(), &files_, &attributes_, arguments, ::environ) == 0 ? child : -1;
   }
 
  private:
@@ -143,3 +144,5 @@ ProbeAnswer AskWindowProbe(const std::string& program, std::chrono::milliseconds
   End(child);
   return answer;
 }
+
+}  // namespace velmora

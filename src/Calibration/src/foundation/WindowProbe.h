@@ -4,6 +4,8 @@
 #include <chrono>
 #include <string>
 
+namespace velmora {
+
 /// The program that tries it, see window_probe.cpp.
 constexpr char WINDOW_PROBE[] = "velmora-window-probe";
 
@@ -25,3 +27,5 @@ std::string FindWindowProbe();
 /// Runs the program and returns what it tells. The program is ended when time runs out. Thread-safe, and safe
 /// in a process that has other children and threads.
 ProbeAnswer AskWindowProbe(const std::string& program, std::chrono::milliseconds patience);
+
+}  // namespace velmora

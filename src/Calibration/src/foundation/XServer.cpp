@@ -8,6 +8,8 @@
 #include <mutex>
 #include <thread>
 
+namespace velmora {
+
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -91,3 +93,5 @@ bool XServerAnswers(const std::string& display, std::chrono::milliseconds patien
   std::thread([answer, display] { answer->set_value(ConnectAndKeep(display)); }).detach();
   return result.wait_for(patience) == std::future_status::ready && result.get();
 }
+
+}  // namespace velmora

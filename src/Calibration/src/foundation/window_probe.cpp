@@ -17,6 +17,8 @@
 
 #include "foundation/WindowProbe.h"
 
+using namespace velmora;
+
 namespace {
 
 void Tell(char word) {

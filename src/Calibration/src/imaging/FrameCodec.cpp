@@ -7,6 +7,8 @@
 
 #include "base64.h"
 
+namespace velmora {
+
 namespace {
 
 constexpr int QUALITY = 70;
@@ -31,3 +33,5 @@ std::vector<unsigned char> EncodeJpeg(const cv::Mat& picture, const cv::Size& si
   cv::imencode(".jpg", scaled, bytes, {cv::IMWRITE_JPEG_QUALITY, QUALITY});
   return bytes;
 }
+
+}  // namespace velmora

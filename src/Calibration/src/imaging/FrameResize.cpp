@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <opencv2/imgproc.hpp>
 
+namespace velmora {
+
 namespace {
 
 constexpr double MAX_SCALED_PIXELS = 256e6;
@@ -46,3 +48,5 @@ bool ResizeFrame(const cv::Mat& src, cv::Mat& dst, const cv::Size& size, bool fi
   dst = covered.isContinuous() ? covered : covered.clone();
   return true;
 }
+
+}  // namespace velmora

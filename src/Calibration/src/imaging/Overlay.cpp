@@ -9,6 +9,8 @@
 #include "foundation/Version.h"
 #include "model/Codes.h"
 
+namespace velmora {
+
 namespace {
 
 const cv::Scalar WHITE(255, 255, 255);
@@ -94,3 +96,5 @@ void DrawGrid(const std::vector<cv::Point2d>& points, const cv::Size& patternSiz
   cv::Mat(points).convertTo(corners, CV_32F);
   cv::drawChessboardCorners(frame, patternSize, corners, true);
 }
+
+}  // namespace velmora

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+namespace velmora {
+
 /// What the overlay tells.
 struct OverlayState {
   int snapshots = 0;
@@ -28,3 +30,5 @@ void DrawOverlay(const OverlayState& state, cv::Mat& frame);
 
 /// Draws found or projected centres as a chain in the order of the grid.
 void DrawGrid(const std::vector<cv::Point2d>& points, const cv::Size& patternSize, cv::Mat& frame);
+
+}  // namespace velmora

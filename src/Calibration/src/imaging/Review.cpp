@@ -7,6 +7,8 @@
 
 #include "imaging/Overlay.h"
 
+namespace velmora {
+
 namespace {
 
 const cv::Scalar WHITE(255, 255, 255);
@@ -44,3 +46,5 @@ cv::Mat DrawReview(const ReviewView& view, const ReviewResult* result) {
   }
   return picture;
 }
+
+}  // namespace velmora

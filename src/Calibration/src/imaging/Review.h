@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+namespace velmora {
+
 /// One snapshot of a review.
 struct ReviewView {
   cv::Mat snapshot;
@@ -28,3 +30,5 @@ cv::Mat DrawReview(const ReviewView& view, const ReviewResult* result);
 
 /// The texts in drawing order.
 std::vector<std::string> ReviewTexts(const ReviewView& view, const ReviewResult* result);
+
+}  // namespace velmora

@@ -7,6 +7,8 @@
 #include "foundation/OneLine.h"
 #include "jni/Jni.h"
 
+namespace velmora {
+
 struct JavaListener::References {
   References(JNIEnv* env, jobject object, jclass type)
       : listener(env, object),
@@ -59,3 +61,5 @@ void JavaListener::OnFrame(JNIEnv* env, const std::vector<unsigned char>& jpeg,
     Log::error("The calibration listener failed: %s", OneLine(fault.what()).c_str());
   }
 }
+
+}  // namespace velmora

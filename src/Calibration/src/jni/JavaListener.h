@@ -8,6 +8,8 @@
 
 #include "JavaTypes.h"
 
+namespace velmora {
+
 /// A registered com.velotrix.quiverleaf.sdk.JNICalibrationListener. It holds the object and its class until
 /// it is destroyed, which may happen on any thread.
 class JavaListener {
@@ -35,3 +37,5 @@ class JavaListener {
   const bool sendsImage_;
   const cv::Size imageSize_;
 };
+
+}  // namespace velmora

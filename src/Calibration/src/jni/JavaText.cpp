@@ -8,7 +8,7 @@
 
 #include "jni/Jni.h"
 
-namespace jni {
+namespace velmora::jni {
 
 namespace {
 
@@ -98,4 +98,4 @@ std::string FromJava(JNIEnv* env, jstring text) {
   return result;
 }
 
-}  // namespace jni
+}  // namespace velmora::jni

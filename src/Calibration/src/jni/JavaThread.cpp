@@ -5,6 +5,8 @@
 
 #include "Log.h"
 
+namespace velmora {
+
 namespace {
 
 constexpr jint LEAST_VERSION = JNI_VERSION_1_6;
@@ -34,3 +36,5 @@ JavaThread::JavaThread(JavaVM* machine) : machine_(machine) {
 JavaThread::~JavaThread() {
   if (attachedHere_) machine_->DetachCurrentThread();
 }
+
+}  // namespace velmora

@@ -3,6 +3,8 @@
 
 #include "JavaTypes.h"
 
+namespace velmora {
+
 /// The virtual machine of the environment; null, with an error line, when there is none.
 JavaVM* JavaMachineOf(JNIEnv* env);
 
@@ -23,3 +25,5 @@ class JavaThread {
   JNIEnv* env_ = nullptr;
   bool attachedHere_ = false;
 };
+
+}  // namespace velmora

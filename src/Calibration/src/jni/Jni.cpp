@@ -3,7 +3,7 @@
 
 #include "jni/JavaThread.h"
 
-namespace jni {
+namespace velmora::jni {
 
 namespace {
 
@@ -61,4 +61,4 @@ std::vector<unsigned char> FromJava(JNIEnv* env, jbyteArray bytes) {
   return result;
 }
 
-}  // namespace jni
+}  // namespace velmora::jni

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace jni {
+namespace velmora::jni {
 
 /// What Java threw, in the words of its toString().
 class JavaException : public std::runtime_error {
@@ -69,4 +69,4 @@ LocalReference<jbyteArray> ToJava(JNIEnv* env, const std::vector<unsigned char>&
 std::string FromJava(JNIEnv* env, jstring text);
 std::vector<unsigned char> FromJava(JNIEnv* env, jbyteArray bytes);
 
-}  // namespace jni
+}  // namespace velmora::jni

@@ -3,6 +3,8 @@
 #include "jni/JavaListener.h"
 #include "jni/JavaThread.h"
 
+namespace velmora {
+
 struct JavaListener::References {};
 
 JavaListener::~JavaListener() = default;
@@ -26,3 +28,5 @@ JavaThread::JavaThread(JavaVM* machine) : machine_(machine) {
 }
 
 JavaThread::~JavaThread() = default;
+
+}  // namespace velmora

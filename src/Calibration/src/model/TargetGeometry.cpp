@@ -1,6 +1,8 @@
 /// The printed grid's points in its own frame.
 #include "model/TargetGeometry.h"
 
+namespace velmora {
+
 std::vector<cv::Point3d> MakeObjectTemplate(const cv::Size& patternSize, float unit) {
   std::vector<cv::Point3d> points;
   for (int row = 0; row < patternSize.height; ++row) {
@@ -12,3 +14,5 @@ std::vector<cv::Point3d> MakeObjectTemplate(const cv::Size& patternSize, float u
   }
   return points;
 }
+
+}  // namespace velmora

@@ -15,6 +15,8 @@
 #include "solver/SolutionMatrices.h"
 #include "solver/Target.h"
 
+namespace velmora {
+
 namespace {
 
 using Grade = CalibrationVerdict::Grade;
@@ -31,28 +33,28 @@ constexpr double SMALL_COVERAGE = 0.4;
 constexpr int FEW_VIEWS = 10;
 constexpr int FEWEST_AGREEING = 5;  // of those that outvoted others
 
-std::vector<cv::Point2f> HullOf(const std::vector<sparse::View>& views) {
+std::vector<cv::Point2f> HullOf(const std::vector<solver::View>& views) {
   std::vector<cv::Point2f> points;
-  for (const sparse::View& view : views) points.insert(points.end(), view.image.begin(), view.image.end());
+  for (const solver::View& view : views) points.insert(points.end(), view.image.begin(), view.image.end());
   std::vector<cv::Point2f> hull;
   cv::convexHull(points, hull);
   return hull;
 }
 
-double RelativeFocal(const cv::Mat& covariance, const sparse::Lens& lens) {
+double RelativeFocal(const cv::Mat& covariance, const solver::Lens& lens) {
   return std::max(std::sqrt(covariance.at<double>(0, 0)) / lens.values[0],
                   std::sqrt(covariance.at<double>(1, 1)) / lens.values[1]);
 }
 
-void Measure(const sparse::Solved& solved, const cv::Size& imageSize, CalibrationVerdict& verdict) {
-  const sparse::Lens& lens = solved.staged.solution.estimate.lens;
+void Measure(const solver::Solved& solved, const cv::Size& imageSize, CalibrationVerdict& verdict) {
+  const solver::Lens& lens = solved.staged.solution.estimate.lens;
   verdict.views = static_cast<int>(solved.views.size());
   verdict.dataArea = HullOf(solved.views);
   verdict.coverage = std::min(1.0, cv::contourArea(verdict.dataArea) / imageSize.area());
-  const sparse::ProjectionUncertainty uncertainty(lens, imageSize, verdict.dataArea);
+  const solver::ProjectionUncertainty uncertainty(lens, imageSize, verdict.dataArea);
   const double nothing = std::numeric_limits<double>::infinity();
-  const cv::Mat formal = sparse::LensCovariance(solved.staged, solved.views);
-  const cv::Mat jackknife = sparse::JackknifeCovariance(solved.staged);
+  const cv::Mat formal = solver::LensCovariance(solved.staged, solved.views);
+  const cv::Mat jackknife = solver::JackknifeCovariance(solved.staged);
   verdict.focalDeviation = formal.empty() ? nothing : RelativeFocal(formal, lens);
   verdict.focalJackknife = jackknife.empty() ? nothing : RelativeFocal(jackknife, lens);
   verdict.deviationInData = formal.empty() ? nothing : uncertainty.InArea(formal);
@@ -72,7 +74,7 @@ void Grant(CalibrationVerdict& verdict, Grade grade, const std::string& reason, 
   verdict.remarks.push_back({reason, advice});
 }
 
-void JudgeFocal(const sparse::Lens& lens, const cv::Size& imageSize, CalibrationVerdict& verdict) {
+void JudgeFocal(const solver::Lens& lens, const cv::Size& imageSize, CalibrationVerdict& verdict) {
   const double focal = std::max(verdict.focalDeviation, verdict.focalJackknife);
   if (!(focal <= WORTHLESS_FOCAL)) {
     Grant(verdict, Grade::Worthless, "The views do not determine the focal length.",
@@ -112,7 +114,7 @@ void JudgeProjection(const cv::Size& imageSize, CalibrationVerdict& verdict) {
 void JudgeSelection(const SparseResult& result, CalibrationVerdict& verdict) {
   const bool leftOut = std::any_of(
       result.rejected.begin(), result.rejected.end(),
-      [](const sparse::Rejected& rejected) { return rejected.point == sparse::Rejected::WHOLE_VIEW; });
+      [](const solver::Rejected& rejected) { return rejected.point == solver::Rejected::WHOLE_VIEW; });
   if (result.tooFewAgree) {
     Grant(verdict, Grade::WithCare,
           "Too few views agree with each other to tell which of the others are wrong.",
@@ -124,14 +126,14 @@ void JudgeSelection(const SparseResult& result, CalibrationVerdict& verdict) {
   }
 }
 
-CalibrationVerdict::Remark RemarkOnBend(const sparse::SystematicError& error, const sparse::Solved& solved,
+CalibrationVerdict::Remark RemarkOnBend(const solver::SystematicError& error, const solver::Solved& solved,
                                         CalibrationVerdict& verdict) {
-  verdict.sheetBend = sparse::DepthOfBend(error.effect, solved.views.front());
+  verdict.sheetBend = solver::DepthOfBend(error.effect, solved.views.front());
   return {"The sheet is bent by about " + Decimal(1e3 * verdict.sheetBend, 1) + " mm",
           "Mount the sheet on a flat, stiff board."};
 }
 
-CalibrationVerdict::Remark RemarkOnProportions(const sparse::SystematicError& error,
+CalibrationVerdict::Remark RemarkOnProportions(const solver::SystematicError& error,
                                                CalibrationVerdict& verdict) {
   const double stretch = error.effect.values.at<double>(0);
   const double skew = error.effect.values.at<double>(1);
@@ -147,9 +149,9 @@ CalibrationVerdict::Remark RemarkOnProportions(const sparse::SystematicError& er
 }
 
 /// Of the first cause that is one; the reason is empty when there is none.
-CalibrationVerdict::Remark RemarkOn(const sparse::SystematicError& error, const sparse::Solved& solved,
-                                    sparse::LargerModel& larger, CalibrationVerdict& verdict) {
-  using Cause = sparse::SystematicError::Cause;
+CalibrationVerdict::Remark RemarkOn(const solver::SystematicError& error, const solver::Solved& solved,
+                                    solver::LargerModel& larger, CalibrationVerdict& verdict) {
+  using Cause = solver::SystematicError::Cause;
   if (error.cause == Cause::Bend) return RemarkOnBend(error, solved, verdict);
   if (error.cause == Cause::Proportions) return RemarkOnProportions(error, verdict);
   if (larger.Name().empty()) return {};
@@ -157,12 +159,12 @@ CalibrationVerdict::Remark RemarkOn(const sparse::SystematicError& error, const 
 }
 
 /// True when there is something to tell. Steps from a worthless result lead nowhere.
-bool JudgeSystematicError(const sparse::Solved& solved, const cv::Size& imageSize,
-                          sparse::LargerModel& larger, CalibrationVerdict& verdict) {
+bool JudgeSystematicError(const solver::Solved& solved, const cv::Size& imageSize,
+                          solver::LargerModel& larger, CalibrationVerdict& verdict) {
   if (verdict.grade == Grade::Worthless) return false;
   const double least = std::max(LEAST_SYSTEMATIC * imageSize.width, verdict.deviationInData);
-  for (const sparse::SystematicError& error :
-       sparse::SystematicErrorsOf(solved, imageSize, verdict.dataArea, least)) {
+  for (const solver::SystematicError& error :
+       solver::SystematicErrorsOf(solved, imageSize, verdict.dataArea, least)) {
     const CalibrationVerdict::Remark remark = RemarkOn(error, solved, larger, verdict);
     if (remark.reason.empty()) continue;
     verdict.systematicInData = error.shift;
@@ -174,7 +176,7 @@ bool JudgeSystematicError(const sparse::Solved& solved, const cv::Size& imageSiz
   return false;
 }
 
-void JudgeAgreement(sparse::LargerModel& larger, CalibrationVerdict& verdict) {
+void JudgeAgreement(solver::LargerModel& larger, CalibrationVerdict& verdict) {
   if (verdict.focalJackknife > DISAGREEMENT * verdict.focalDeviation ||
       verdict.jackknifeInData > DISAGREEMENT * verdict.deviationInData) {
     Grant(verdict, Grade::WithCare, "The views disagree more than noise explains: there is a model error.",
@@ -194,19 +196,21 @@ CalibrationVerdict JudgeIntrinsics(const std::vector<std::vector<cv::Point3d>>& 
       result.tvecs.rows != result.rvecs.rows) {
     return verdict;
   }
-  const sparse::Solved solved =
-      sparse::SolvedFrom(sparse::TargetOf(objectPoints, imagePoints), result, discRadius);
+  const solver::Solved solved =
+      solver::SolvedFrom(solver::TargetOf(objectPoints, imagePoints), result, discRadius);
   verdict.grade = Grade::Good;
-  for (const sparse::Rejected& rejected : result.rejected) {
+  for (const solver::Rejected& rejected : result.rejected) {
     verdict.leftOut.push_back({rejected.view, rejected.point, rejected.residual, rejected.reason});
   }
   Measure(solved, imageSize, verdict);
   JudgeFocal(solved.staged.solution.estimate.lens, imageSize, verdict);
   JudgeProjection(imageSize, verdict);
   JudgeSelection(result, verdict);
-  sparse::LargerModel larger(objectPoints, imagePoints, imageSize, result, discRadius);
+  solver::LargerModel larger(objectPoints, imagePoints, imageSize, result, discRadius);
   const bool explained = JudgeSystematicError(solved, imageSize, larger, verdict) &&
                          verdict.jackknifeInData < verdict.systematicInData;
   if (!explained) JudgeAgreement(larger, verdict);
   return verdict;
 }
+
+}  // namespace velmora

@@ -5,7 +5,7 @@
 #include "quality/ModelComparison.h"
 #include "solver/SolutionMatrices.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 LargerModel::LargerModel(const std::vector<std::vector<cv::Point3d>>& objectPoints,
                          const std::vector<std::vector<cv::Point2d>>& imagePoints, const cv::Size& imageSize,
@@ -33,4 +33,4 @@ std::string LargerModel::Ask() const {
   }
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver

@@ -13,67 +13,69 @@
 #include "solver/Start.h"
 #include "solver/Target.h"
 
+namespace velmora {
+
 namespace {
 
 using Candidate = ModelChoice::Candidate;
 
 constexpr size_t MOST_FOLDS = 10;
 
-double PointsOf(const sparse::View& view) {
+double PointsOf(const solver::View& view) {
   return view.weights.empty()
              ? static_cast<double>(view.object.size())
              : static_cast<double>(std::count_if(view.weights.begin(), view.weights.end(),
                                                  [](double weight) { return weight > 0.0; }));
 }
 
-double PointsOf(const std::vector<sparse::View>& views) {
+double PointsOf(const std::vector<solver::View>& views) {
   double points = 0.0;
-  for (const sparse::View& view : views) points += PointsOf(view);
+  for (const solver::View& view : views) points += PointsOf(view);
   return points;
 }
 
 /// Squared distances of the views that the lens was not computed from; infinite when it cannot be.
-double SquaresOfFold(const sparse::Solved& solved, const sparse::StageOptions& stages, size_t fold,
+double SquaresOfFold(const solver::Solved& solved, const solver::StageOptions& stages, size_t fold,
                      size_t folds) {
-  sparse::StagedSolution seen = solved.staged;
-  std::vector<sparse::View> seenViews;
-  std::vector<sparse::View> unseenViews;
-  sparse::Estimate unseen;
+  solver::StagedSolution seen = solved.staged;
+  std::vector<solver::View> seenViews;
+  std::vector<solver::View> unseenViews;
+  solver::Estimate unseen;
   seen.solution.estimate.poses.clear();
   for (size_t i = 0; i < solved.views.size(); ++i) {
     const bool left = i % folds == fold;
     (left ? unseenViews : seenViews).push_back(solved.views[i]);
     (left ? unseen : seen.solution.estimate).poses.push_back(solved.staged.solution.estimate.poses[i]);
   }
-  const sparse::Solution lens = sparse::SolveAgain(seenViews, seen, stages).solution;
+  const solver::Solution lens = solver::SolveAgain(seenViews, seen, stages).solution;
   if (!lens.usable) return std::numeric_limits<double>::infinity();
   unseen.lens = lens.estimate.lens;
-  const sparse::Solution poses = sparse::SolvePoses(unseenViews, unseen);
+  const solver::Solution poses = solver::SolvePoses(unseenViews, unseen);
   return poses.usable ? poses.squares : std::numeric_limits<double>::infinity();
 }
 
-double UnseenRms(const sparse::Solved& solved, const sparse::StageOptions& stages) {
+double UnseenRms(const solver::Solved& solved, const solver::StageOptions& stages) {
   const size_t folds = std::min(MOST_FOLDS, solved.views.size());
   double squares = 0.0;
   for (size_t fold = 0; fold < folds; ++fold) squares += SquaresOfFold(solved, stages, fold, folds);
   return std::sqrt(squares / PointsOf(solved.views));
 }
 
-Candidate CandidateOf(const sparse::Selection& selection, const sparse::StageOptions& stages, int model,
+Candidate CandidateOf(const solver::Selection& selection, const solver::StageOptions& stages, int model,
                       double discRadius) {
-  const sparse::Solved solved = sparse::SolveSelected(selection, stages, discRadius);
+  const solver::Solved solved = solver::SolveSelected(selection, stages, discRadius);
   if (!solved.staged.solution.usable) {
     CV_Error(cv::Error::StsNoConv, "The views do not agree with any camera.");
   }
   const double points = PointsOf(solved.views);
   const double squares = solved.staged.solution.squares;
-  const double unknowns = stages.free + sparse::POSE_PARAMETERS * static_cast<double>(solved.views.size());
+  const double unknowns = stages.free + solver::POSE_PARAMETERS * static_cast<double>(solved.views.size());
   Candidate candidate;
   candidate.model = model;
   candidate.rms = std::sqrt(squares / points);
   candidate.criterion = 2.0 * points * std::log(squares / (2.0 * points)) + unknowns * std::log(2.0 * points);
   candidate.unseen = UnseenRms(solved, stages);
-  candidate.poleFree = sparse::IsFreeOfPoles(solved.staged.solution.estimate.lens, stages.imageSize);
+  candidate.poleFree = solver::IsFreeOfPoles(solved.staged.solution.estimate.lens, stages.imageSize);
   return candidate;
 }
 
@@ -105,14 +107,6 @@ std::string FaultOf(const Candidate& larger, const Candidate& smaller) {
 
 }  // namespace
 
-std::string ModelChoice::NameOf(int model) {
-  return velmora::LensModelName(model);
-}
-
-std::string ModelChoice::Name() const {
-  return NameOf(model);
-}
-
 ModelChoice ChooseAmong(const std::vector<Candidate>& candidates) {
   ModelChoice choice;
   choice.candidates = candidates;
@@ -141,17 +135,27 @@ ModelChoice ChooseAmong(const std::vector<Candidate>& candidates) {
 ModelChoice CompareModels(const std::vector<std::vector<cv::Point3d>>& objectPoints,
                           const std::vector<std::vector<cv::Point2d>>& imagePoints, const cv::Size& imageSize,
                           const SparseOptions& options) {
-  const sparse::Target target = sparse::TargetOf(objectPoints, imagePoints);
-  sparse::StageOptions stages;
+  const solver::Target target = solver::TargetOf(objectPoints, imagePoints);
+  solver::StageOptions stages;
   stages.imageSize = imageSize;
   stages.threads = std::max(options.threads, 1);
-  stages.free = sparse::FULL_PARAMETERS;
-  const sparse::Selection selection =
-      sparse::SelectedFrom(target.views, stages, {options.robust, options.discRadius});
+  stages.free = solver::FULL_PARAMETERS;
+  const solver::Selection selection =
+      solver::SelectedFrom(target.views, stages, {options.robust, options.discRadius});
   std::vector<Candidate> candidates;
   for (const velmora::LensModel& model : velmora::LensModels()) {
     stages.free = model.parameters;
     candidates.push_back(CandidateOf(selection, stages, model.number, options.discRadius));
   }
   return ChooseAmong(candidates);
+}
+
+}  // namespace velmora
+
+std::string ModelChoice::NameOf(int model) {
+  return velmora::LensModelName(model);
+}
+
+std::string ModelChoice::Name() const {
+  return NameOf(model);
 }

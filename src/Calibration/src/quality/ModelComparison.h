@@ -7,6 +7,8 @@
 #include "ModelChoice.h"
 #include "solver/SparseIntrinsics.h"
 
+namespace velmora {
+
 /// With the options of a computation, of which robustness is applied once, by the full model: what even that
 /// cannot explain is left out for all. Raises cv::Exception as SolveIntrinsicsSparsely does.
 ModelChoice CompareModels(const std::vector<std::vector<cv::Point3d>>& objectPoints,
@@ -15,3 +17,5 @@ ModelChoice CompareModels(const std::vector<std::vector<cv::Point3d>>& objectPoi
 
 /// The choice among candidates that are in the order of their size, with its reasons.
 ModelChoice ChooseAmong(const std::vector<ModelChoice::Candidate>& candidates);
+
+}  // namespace velmora

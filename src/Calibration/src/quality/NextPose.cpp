@@ -8,7 +8,7 @@
 #include "quality/ProjectionUncertainty.h"
 #include "solver/Start.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 namespace {
 
@@ -142,4 +142,4 @@ NextPose ChooseNextPose(const Knowledge& knowledge, const std::vector<cv::Point3
   return best;
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver

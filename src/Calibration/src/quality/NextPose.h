@@ -8,7 +8,7 @@
 #include "solver/ScaledSystem.h"
 #include "solver/SolutionMatrices.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 /// What is known of a lens: the inverse of `information` is its covariance.
 struct Knowledge {
@@ -49,4 +49,4 @@ NextPose ChooseNextPose(const Knowledge& knowledge, const std::vector<cv::Point3
                         const cv::Size& imageSize,
                         double mostSpacing = std::numeric_limits<double>::infinity());
 
-}  // namespace sparse
+}  // namespace velmora::solver

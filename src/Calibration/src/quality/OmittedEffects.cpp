@@ -5,7 +5,7 @@
 #include <cmath>
 #include <functional>
 
-namespace sparse {
+namespace velmora::solver {
 
 namespace {
 
@@ -202,4 +202,4 @@ double DepthOfBend(const OmittedEffect& bend, const View& view) {
   return highest - lowest;
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver

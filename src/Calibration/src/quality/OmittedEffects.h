@@ -5,7 +5,7 @@
 
 #include "solver/SolutionMatrices.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 /// Something that the computation took for zero: its own size, and what it does to the lens.
 struct OmittedEffect {
@@ -33,4 +33,4 @@ OmittedEffect OmittedLensTerms(const Solved& solved);
 /// lowest, in the unit of the target.
 double DepthOfBend(const OmittedEffect& bend, const View& view);
 
-}  // namespace sparse
+}  // namespace velmora::solver

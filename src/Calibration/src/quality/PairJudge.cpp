@@ -9,6 +9,8 @@
 #include "model/LensModel.h"
 #include "solver/PairCovariance.h"
 
+namespace velmora {
+
 namespace {
 
 using Grade = PairVerdict::Grade;
@@ -53,16 +55,16 @@ Deviations DeviationsOf(const cv::Mat& covariance, const cv::Vec3d& T) {
 
 /// The result with the poses that fit it best, and the image points that count.
 struct Judged {
-  sparse::PairTarget target;
-  sparse::PairSolution solution;
-  sparse::PairOptions options;  ///< with the priors
+  solver::PairTarget target;
+  solver::PairSolution solution;
+  solver::PairOptions options;  ///< with the priors
 };
 
-Judged SolutionOf(const PairRecords& records, const StereoIntrinsics& lenses, const sparse::Pose& relative) {
+Judged SolutionOf(const PairRecords& records, const StereoIntrinsics& lenses, const solver::Pose& relative) {
   Judged judged;
-  judged.target = sparse::PairTargetOf(records.objectPoints, records.leftPoints, records.rightPoints);
-  sparse::PairEstimate estimate = StartOf(judged.target, sparse::KnownLens(lenses.K, lenses.D, records.model),
-                                          sparse::KnownLens(lenses.KRight, lenses.DRight, records.model));
+  judged.target = solver::PairTargetOf(records.objectPoints, records.leftPoints, records.rightPoints);
+  solver::PairEstimate estimate = StartOf(judged.target, solver::KnownLens(lenses.K, lenses.D, records.model),
+                                          solver::KnownLens(lenses.KRight, lenses.DRight, records.model));
   estimate.relative = relative;
   estimate.left.free = velmora::LensModelOf(records.model).parameters;
   estimate.right.free = estimate.left.free;
@@ -71,7 +73,7 @@ Judged SolutionOf(const PairRecords& records, const StereoIntrinsics& lenses, co
     judged.target = WithoutDiscBias(judged.target, judged.solution.estimate, records.discRadius);
     judged.solution = WithBestPoses(judged.target, judged.solution.estimate);
   }
-  const int shared = records.lensesRefined ? LayoutOf(estimate).Shared() : sparse::POSE_PARAMETERS;
+  const int shared = records.lensesRefined ? LayoutOf(estimate).Shared() : solver::POSE_PARAMETERS;
   SetWeakPriors(judged.target, judged.solution.estimate,
                 NoiseVariance(judged.solution, judged.target.left.views, shared), judged.options);
   return judged;
@@ -87,7 +89,7 @@ void Measure(const Judged& judged, PairVerdict& verdict) {
   verdict.withLenses = formal(0);
   verdict.jackknife = DeviationsOf(SharedJackknife(judged.solution, judged.options, first), T);
   const std::vector<double> apart = DisagreementsOf(judged.solution, judged.target);
-  verdict.disagreement = sparse::MedianOf(apart);
+  verdict.disagreement = solver::MedianOf(apart);
   for (size_t i = 0; i < apart.size(); ++i) {
     if (apart[i] > MOVED && apart[i] > MOVED_BESIDE * verdict.disagreement) {
       verdict.disagreements.push_back({i, apart[i]});
@@ -176,7 +178,9 @@ PairVerdict JudgePair(const PairRecords& records, const StereoIntrinsics& lenses
     return verdict;
   }
   Measure(judged, verdict);
-  JudgeDeviations(velmora::LensModelOf(records.model).parameters == sparse::FULL_PARAMETERS, verdict);
+  JudgeDeviations(velmora::LensModelOf(records.model).parameters == solver::FULL_PARAMETERS, verdict);
   JudgeAgreement(verdict);
   return verdict;
 }
+
+}  // namespace velmora

@@ -4,6 +4,8 @@
 #include "PairVerdict.h"
 #include "solver/OpenCvExtrinsics.h"
 
+namespace velmora {
+
 /// What a pair was computed from, and how.
 struct PairRecords {
   std::vector<std::vector<cv::Point3d>> objectPoints;
@@ -18,3 +20,5 @@ struct PairRecords {
 /// result. Raises cv::Exception for lists that do not match.
 PairVerdict JudgePair(const PairRecords& records, const StereoIntrinsics& lenses, const cv::Mat& R,
                       const cv::Mat& T);
+
+}  // namespace velmora

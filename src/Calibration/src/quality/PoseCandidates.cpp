@@ -7,7 +7,7 @@
 
 #include "quality/ProjectionUncertainty.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 namespace {
 
@@ -194,4 +194,4 @@ std::vector<Candidate> CandidatesFor(const Lens& lens, const std::vector<cv::Poi
   return candidates;
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver

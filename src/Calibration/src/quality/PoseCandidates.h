@@ -7,7 +7,7 @@
 
 #include "solver/Problem.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 /// A pose of the target, and where its points would be seen.
 struct Candidate {
@@ -24,4 +24,4 @@ std::vector<Candidate> CandidatesFor(const Lens& lens, const std::vector<cv::Poi
                                      const cv::Size& imageSize, int count,
                                      double mostSpacing = std::numeric_limits<double>::infinity());
 
-}  // namespace sparse
+}  // namespace velmora::solver

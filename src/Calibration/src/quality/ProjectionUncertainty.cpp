@@ -5,7 +5,7 @@
 #include <limits>
 #include <opencv2/imgproc.hpp>
 
-namespace sparse {
+namespace velmora::solver {
 
 namespace {
 
@@ -133,4 +133,4 @@ cv::Mat ProjectionUncertainty::MeanProduct() const {
   return cells_.empty() ? cv::Mat() : cv::Mat(byLens_.t() * byLens_ / static_cast<double>(cells_.size()));
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver

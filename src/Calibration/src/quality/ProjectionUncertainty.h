@@ -6,7 +6,7 @@
 
 #include "solver/Projection.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 /// The ray (x, y, 1) of a pixel. False when none is found.
 bool RayOf(const Projection& projection, const Lens& lens, const cv::Point2d& pixel, cv::Vec3d& ray);
@@ -35,4 +35,4 @@ class ProjectionUncertainty {
   cv::Mat byLens_;          ///< two rows of derivatives by the free parameters for each of them
 };
 
-}  // namespace sparse
+}  // namespace velmora::solver

@@ -6,7 +6,7 @@
 
 #include "quality/ProjectionUncertainty.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 namespace {
 
@@ -38,4 +38,4 @@ std::vector<SystematicError> SystematicErrorsOf(const Solved& solved, const cv::
   return errors;
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver

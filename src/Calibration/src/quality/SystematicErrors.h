@@ -5,7 +5,7 @@
 
 #include "quality/OmittedEffects.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 struct SystematicError {
   enum class Cause { Bend, Proportions, LensTerms };
@@ -20,4 +20,4 @@ struct SystematicError {
 std::vector<SystematicError> SystematicErrorsOf(const Solved& solved, const cv::Size& imageSize,
                                                 const std::vector<cv::Point2f>& area, double least);
 
-}  // namespace sparse
+}  // namespace velmora::solver

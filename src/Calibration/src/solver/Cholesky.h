@@ -4,7 +4,7 @@
 #include <array>
 #include <cmath>
 
-namespace sparse {
+namespace velmora::solver {
 
 /// L L^T of a matrix of at most N rows, of which the lower triangle is read.
 template <int N>
@@ -61,4 +61,4 @@ class Cholesky {
   int rows_ = 0;
 };
 
-}  // namespace sparse
+}  // namespace velmora::solver

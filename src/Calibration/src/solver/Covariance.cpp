@@ -5,7 +5,7 @@
 
 #include "solver/ScaledSystem.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 cv::Mat LensCovariance(const StagedSolution& staged, const std::vector<View>& views) {
   const Lens& lens = staged.solution.estimate.lens;
@@ -68,4 +68,4 @@ cv::Matx66d PoseCovariance(const ViewEquations& equations, int free, double vari
   return inverse * variance + cv::Matx66d(byLens.ptr<double>());
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver

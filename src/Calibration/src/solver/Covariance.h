@@ -6,7 +6,7 @@
 
 #include "solver/LensStages.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 /// The covariance of the lens' free parameters; empty when the views do not determine them.
 cv::Mat LensCovariance(const StagedSolution& staged, const std::vector<View>& views);
@@ -20,4 +20,4 @@ cv::Mat JackknifeCovariance(const StagedSolution& staged);
 cv::Matx66d PoseCovariance(const ViewEquations& equations, int free, double variance,
                            const cv::Mat& lensCovariance);
 
-}  // namespace sparse
+}  // namespace velmora::solver

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-namespace sparse {
+namespace velmora::solver {
 
 class Damping {
  public:
@@ -43,4 +43,4 @@ class Damping {
   int sinceRejection_ = 3;
 };
 
-}  // namespace sparse
+}  // namespace velmora::solver

@@ -3,7 +3,7 @@
 
 #include <cmath>
 
-namespace sparse {
+namespace velmora::solver {
 
 namespace {
 
@@ -48,4 +48,4 @@ std::vector<View> WithoutDiscBias(const std::vector<View>& views, const Estimate
   return corrected;
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver

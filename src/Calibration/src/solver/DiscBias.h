@@ -5,7 +5,7 @@
 
 #include "solver/Problem.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 /// The centroid of the disc's picture minus the picture of its centre, in pixels, for a disc of the target.
 /// Zero where some of the rim is behind the camera.
@@ -15,4 +15,4 @@ cv::Point2d DiscBias(const Projection& projection, const Pose& pose, const cv::P
 /// The views with the pixels that they would have if pictures of centres had been seen: seen are centroids.
 std::vector<View> WithoutDiscBias(const std::vector<View>& views, const Estimate& estimate, double radius);
 
-}  // namespace sparse
+}  // namespace velmora::solver

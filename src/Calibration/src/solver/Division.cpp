@@ -8,7 +8,7 @@
 
 #include "solver/Start.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 namespace {
 
@@ -105,4 +105,4 @@ Division BestDivision(const std::vector<View>& views, const cv::Size& imageSize,
   return {best, imageSize};
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver

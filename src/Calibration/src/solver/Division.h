@@ -6,7 +6,7 @@
 
 #include "solver/Problem.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 /// A pixel at the distance r from the image's middle is straightened to the distance r / (1 + lambda r^2), r
 /// in half diagonals of the image. That follows lenses of every kind well enough to tell the picture of a
@@ -36,4 +36,4 @@ double HomographyResidual(const View& view, const Division& division);
 /// counts more than `most` pixels. Looks at 40 views at the most, those that are largest in the image.
 Division BestDivision(const std::vector<View>& views, const cv::Size& imageSize, double most);
 
-}  // namespace sparse
+}  // namespace velmora::solver

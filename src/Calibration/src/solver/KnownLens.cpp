@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-namespace sparse {
+namespace velmora::solver {
 
 namespace {
 
@@ -40,4 +40,4 @@ Solution SolvePoses(const std::vector<View>& views, const Estimate& start) {
   return Minimise(PoseMeasurements(views), start, {});
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver

@@ -5,9 +5,9 @@
 
 #include "solver/LevenbergMarquardt.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 /// From the start's poses to those of least squares, one for each view; the start's lens stays as it is.
 Solution SolvePoses(const std::vector<View>& views, const Estimate& start);
 
-}  // namespace sparse
+}  // namespace velmora::solver

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace sparse {
+namespace velmora::solver {
 
 namespace {
 
@@ -157,4 +157,4 @@ double NoiseVariance(const Solution& solution, const std::vector<View>& views) {
   return solution.squares / std::max(freedom, 1.0);
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver

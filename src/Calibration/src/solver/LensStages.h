@@ -5,7 +5,7 @@
 
 #include "solver/LevenbergMarquardt.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 struct StageOptions {
   int free = CLASSIC_PARAMETERS;  ///< of the model asked for
@@ -38,4 +38,4 @@ bool IsFreeOfPoles(const Lens& lens, const cv::Size& imageSize);
 /// The variance of a coordinate's noise: weighted squares per degree of freedom, in squared pixels.
 double NoiseVariance(const Solution& solution, const std::vector<View>& views);
 
-}  // namespace sparse
+}  // namespace velmora::solver

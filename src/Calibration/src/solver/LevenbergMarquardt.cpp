@@ -9,7 +9,7 @@
 #include "solver/Damping.h"
 #include "solver/Threads.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 namespace {
 
@@ -247,4 +247,4 @@ Solution Minimise(const std::vector<View>& views, const Estimate& start, const S
   return Minimise(CameraMeasurements(views, start.lens.free), start, options);
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver

@@ -6,7 +6,7 @@
 
 #include "solver/NormalEquations.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 /// What was seen, in terms of parameters that all views share (a camera's lens, or how two cameras stand to
 /// each other) and of a pose for each view.
@@ -60,4 +60,4 @@ Solution Minimise(const Measurements& measurements, const Estimate& start, const
 /// Of one camera.
 Solution Minimise(const std::vector<View>& views, const Estimate& start, const SolveOptions& options);
 
-}  // namespace sparse
+}  // namespace velmora::solver

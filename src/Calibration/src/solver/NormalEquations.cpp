@@ -8,7 +8,7 @@
 #include "solver/Lanes.h"
 #include "solver/ProjectionFormulas.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 namespace {
 
@@ -216,4 +216,4 @@ PoseStep PoseStepFor(const ViewEquations& equations, int free, double damping, c
   return step;
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver

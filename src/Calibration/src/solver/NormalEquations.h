@@ -6,7 +6,7 @@
 
 #include "solver/Problem.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 constexpr int MOST_COLUMNS = FULL_PARAMETERS + POSE_PARAMETERS + 1;
 
@@ -41,4 +41,4 @@ ReducedView Reduce(const ViewEquations& equations, int free, double damping);
 /// The pose's step that belongs to a step of the lens.
 PoseStep PoseStepFor(const ViewEquations& equations, int free, double damping, const Step& lensStep);
 
-}  // namespace sparse
+}  // namespace velmora::solver

@@ -8,6 +8,8 @@
 #include "model/LensModel.h"
 #include "solver/OpenCvIntrinsics.h"
 
+namespace velmora {
+
 namespace {
 
 constexpr int CLASSIC_COEFFICIENTS = 5;
@@ -55,3 +57,5 @@ ExtrinsicsResult SolveExtrinsics(const std::vector<std::vector<cv::Point3d>>& ob
                           result.T, result.E, result.F, cv::CALIB_FIX_INTRINSIC | flags, OpenCvCriteria());
   return result;
 }
+
+}  // namespace velmora

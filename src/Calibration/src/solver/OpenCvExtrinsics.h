@@ -4,6 +4,8 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
+namespace velmora {
+
 /// The intrinsics of both cameras, as calibrated alone.
 struct StereoIntrinsics {
   cv::Mat K, D, KRight, DRight;  ///< 3 x 3 and 1 x 14 double
@@ -26,3 +28,5 @@ ExtrinsicsResult SolveExtrinsics(const std::vector<std::vector<cv::Point3d>>& ob
                                  const std::vector<std::vector<cv::Point2d>>& leftPoints,
                                  const std::vector<std::vector<cv::Point2d>>& rightPoints,
                                  const StereoIntrinsics& intrinsics, const cv::Size& imageSize, int model);
+
+}  // namespace velmora

@@ -6,6 +6,8 @@
 
 #include "model/LensModel.h"
 
+namespace velmora {
+
 namespace {
 
 template <typename To, typename From>
@@ -40,3 +42,5 @@ IntrinsicsResult SolveIntrinsics(const std::vector<std::vector<cv::Point3d>>& ob
                           result.perViewErrors, velmora::LensModelOf(model).flags, OpenCvCriteria());
   return result;
 }
+
+}  // namespace velmora

@@ -4,6 +4,8 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
+namespace velmora {
+
 struct IntrinsicsResult {
   double rms = -1.0;
   cv::Mat K, D;                                               ///< 3 x 3; 1 x 5 or 1 x 14
@@ -23,3 +25,5 @@ cv::TermCriteria OpenCvCriteria();
 /// The records in the single precision that the solvers take.
 std::vector<std::vector<cv::Point3f>> Narrowed(const std::vector<std::vector<cv::Point3d>>& records);
 std::vector<std::vector<cv::Point2f>> Narrowed(const std::vector<std::vector<cv::Point2d>>& records);
+
+}  // namespace velmora

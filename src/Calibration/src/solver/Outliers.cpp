@@ -7,7 +7,7 @@
 
 #include "foundation/Median.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 namespace {
 
@@ -115,4 +115,4 @@ Selection WithoutOutliers(const Selection& selection, const Residuals& residuals
   return without;
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver

@@ -5,7 +5,7 @@
 
 #include "solver/Selection.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 /// Distances between seen and projected points, pixels, of each point of each view.
 using Residuals = std::vector<std::vector<double>>;
@@ -26,4 +26,4 @@ double RootMeanSquare(const std::vector<double>& values);
 Selection WithoutOutliers(const Selection& selection, const Residuals& residuals, double deviation,
                           double least);
 
-}  // namespace sparse
+}  // namespace velmora::solver

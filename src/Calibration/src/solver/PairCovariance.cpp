@@ -5,7 +5,7 @@
 #include <cmath>
 #include <limits>
 
-namespace sparse {
+namespace velmora::solver {
 
 namespace {
 
@@ -106,4 +106,4 @@ std::vector<double> DisagreementsOf(const PairSolution& solution, const PairTarg
   return saved;
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver

@@ -6,7 +6,7 @@
 
 #include "solver/SparsePair.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 /// Moves the poses alone to where the squares are least, and evaluates there.
 PairSolution WithBestPoses(const PairTarget& target, const PairEstimate& estimate);
@@ -24,4 +24,4 @@ cv::Mat SharedJackknife(const PairSolution& solution, const PairOptions& options
 /// the root of the squares, per degree of freedom, that a pose of its own for each camera would save.
 std::vector<double> DisagreementsOf(const PairSolution& solution, const PairTarget& target);
 
-}  // namespace sparse
+}  // namespace velmora::solver

@@ -3,7 +3,7 @@
 
 #include <cmath>
 
-namespace sparse {
+namespace velmora::solver {
 
 namespace {
 
@@ -171,4 +171,4 @@ bool SolvePose(const PairViewEquations& equations, PoseStep& x) {
   return true;
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver

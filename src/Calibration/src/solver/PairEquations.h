@@ -6,7 +6,7 @@
 #include "solver/PairProblem.h"
 #include "solver/ScaledSystem.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 constexpr int MOST_PAIR_PARAMETERS = 2 * FULL_PARAMETERS + POSE_PARAMETERS;
 
@@ -61,4 +61,4 @@ PoseStep PoseStepFor(const PairViewEquations& equations, int first, double dampi
 /// The inverse of the pose's block times x. False when it has none.
 bool SolvePose(const PairViewEquations& equations, PoseStep& x);
 
-}  // namespace sparse
+}  // namespace velmora::solver

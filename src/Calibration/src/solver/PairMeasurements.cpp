@@ -3,7 +3,7 @@
 
 #include <cmath>
 
-namespace sparse {
+namespace velmora::solver {
 
 namespace {
 
@@ -72,4 +72,4 @@ void PairMeasurements::MoveShared(Estimate& estimate, const Step& step) const {
   estimate.right = Moved(estimate.right, step.data());
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver

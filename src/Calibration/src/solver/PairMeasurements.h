@@ -5,7 +5,7 @@
 
 #include "solver/LevenbergMarquardt.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 /// The shared parameters are turn and shift of the right camera; poses are those before the left one.
 class PairMeasurements : public Measurements {
@@ -28,4 +28,4 @@ class PairMeasurements : public Measurements {
   double coordinates_ = 0.0;
 };
 
-}  // namespace sparse
+}  // namespace velmora::solver

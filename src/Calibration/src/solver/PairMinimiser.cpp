@@ -8,7 +8,7 @@
 #include "solver/Damping.h"
 #include "solver/Threads.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 namespace {
 
@@ -213,4 +213,4 @@ PairSolution MinimisePair(const std::vector<View>& left, const std::vector<View>
   return Minimiser(left, right, start, options).Run();
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver

@@ -6,7 +6,7 @@
 
 #include "solver/PairEquations.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 struct PairOptions {
   Prior leftPrior{};
@@ -51,4 +51,4 @@ double NoiseVariance(const PairSolution& solution, const std::vector<View>& left
 PairSolution MinimisePair(const std::vector<View>& left, const std::vector<View>& right,
                           const PairEstimate& start, const PairOptions& options);
 
-}  // namespace sparse
+}  // namespace velmora::solver

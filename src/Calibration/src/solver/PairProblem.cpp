@@ -7,7 +7,7 @@
 #include "foundation/Median.h"
 #include "model/LensModel.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 namespace {
 
@@ -111,4 +111,4 @@ ExtrinsicsResult PairMatricesOf(const StereoIntrinsics& intrinsics, const Pose& 
   return result;
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver

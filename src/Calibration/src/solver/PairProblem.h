@@ -7,7 +7,7 @@
 #include "solver/OpenCvExtrinsics.h"
 #include "solver/Target.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 /// Views of both cameras in the same order, of the same points.
 struct PairTarget {
@@ -44,4 +44,4 @@ PairEstimate StartOf(const PairTarget& target, const Lens& left, const Lens& rig
 /// have it.
 ExtrinsicsResult PairMatricesOf(const StereoIntrinsics& intrinsics, const Pose& relative);
 
-}  // namespace sparse
+}  // namespace velmora::solver

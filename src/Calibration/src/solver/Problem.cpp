@@ -3,7 +3,7 @@
 
 #include <cmath>
 
-namespace sparse {
+namespace velmora::solver {
 
 cv::Matx33d TurnOf(const cv::Vec3d& rotation) {
   const double angle = cv::norm(rotation);
@@ -20,4 +20,4 @@ Pose Moved(const Pose& pose, const double* step) {
   return {TurnOf({step[0], step[1], step[2]}) * pose.R, pose.t + cv::Vec3d(step[3], step[4], step[5])};
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver

@@ -7,7 +7,7 @@
 
 #include "solver/Projection.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 /// One picture of the target: points in its frame and the pixels where they were seen.
 struct View {
@@ -31,4 +31,4 @@ Pose Moved(const Pose& pose, const double* step);
 /// The turn of a rotation vector.
 cv::Matx33d TurnOf(const cv::Vec3d& rotation);
 
-}  // namespace sparse
+}  // namespace velmora::solver

@@ -5,7 +5,7 @@
 
 #include "solver/ProjectionFormulas.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 namespace {
 
@@ -61,4 +61,4 @@ bool Projection::Differentiate(const cv::Vec3d& point, Coordinate& u, Coordinate
   return std::isfinite(u.value) && std::isfinite(v.value);
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver

@@ -6,7 +6,7 @@
 
 #include "model/LensModel.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 using velmora::CLASSIC_PARAMETERS;
 using velmora::FULL_PARAMETERS;
@@ -59,4 +59,4 @@ class Projection {
   Constants constants_;
 };
 
-}  // namespace sparse
+}  // namespace velmora::solver

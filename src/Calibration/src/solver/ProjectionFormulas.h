@@ -5,7 +5,7 @@
 
 #include "solver/Projection.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 enum Parameter { FX, FY, CX, CY, K1, K2, P1, P2, K3, K4, K5, K6, S1, S2, S3, S4, TAU_X, TAU_Y };
 
@@ -179,4 +179,4 @@ class ProjectionFormulas {
   const Projection::Constants& constants_;
 };
 
-}  // namespace sparse
+}  // namespace velmora::solver

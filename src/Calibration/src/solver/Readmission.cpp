@@ -8,7 +8,7 @@
 #include "solver/Outliers.h"
 #include "solver/Start.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 namespace {
 
@@ -53,4 +53,4 @@ bool Readmit(const std::vector<View>& views, const cv::Size& imageSize, Selectio
   return found;
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver

@@ -9,7 +9,7 @@
 #include "solver/Screening.h"
 #include "solver/Start.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 namespace {
 
@@ -80,4 +80,4 @@ Selection Selected(const std::vector<View>& views, const StageOptions& options, 
   return WithoutOutliers(screened, weighted, views.size());
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver

@@ -7,7 +7,7 @@
 #include "solver/LensStages.h"
 #include "solver/Selection.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 /// Solves with weights that fall with the residuals until outliers hardly count, then leaves out points
 /// beyond 4.5 standard deviations, and views of which less than half is left. Views that were screened out
@@ -20,4 +20,4 @@ Selection Selected(
     const std::vector<View>& views, const StageOptions& options,
     const std::function<std::vector<View>(const std::vector<View>&, const Estimate&)>& correct);
 
-}  // namespace sparse
+}  // namespace velmora::solver

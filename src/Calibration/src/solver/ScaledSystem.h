@@ -7,7 +7,7 @@
 #include "solver/Cholesky.h"
 #include "solver/NormalEquations.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 /// A symmetric positive definite matrix of at most MOST rows, decomposed after it was scaled to a diagonal of
 /// ones.
@@ -47,4 +47,4 @@ class ScaledSystemOf {
 using ScaledSystem = ScaledSystemOf<FULL_PARAMETERS>;
 using LensMatrix = ScaledSystem::Matrix;
 
-}  // namespace sparse
+}  // namespace velmora::solver

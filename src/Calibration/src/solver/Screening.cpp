@@ -8,7 +8,7 @@
 #include "solver/Division.h"
 #include "solver/Start.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 namespace {
 
@@ -60,4 +60,4 @@ Selection Screened(const std::vector<View>& views, const cv::Size& imageSize) {
   return selection;
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver

@@ -5,10 +5,10 @@
 
 #include "solver/Selection.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 /// The views whose points are near those of a homography, once the distortion that all views share is taken
 /// off: others are in a wrong order or no grid at all. Where too few are, all views are kept.
 Selection Screened(const std::vector<View>& views, const cv::Size& imageSize);
 
-}  // namespace sparse
+}  // namespace velmora::solver

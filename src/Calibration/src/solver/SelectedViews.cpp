@@ -4,7 +4,7 @@
 #include "solver/DiscBias.h"
 #include "solver/Start.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 namespace {
 
@@ -37,4 +37,4 @@ Solved SolveSelected(const Selection& selection, const StageOptions& stages, dou
   return solved;
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver

@@ -4,7 +4,7 @@
 #include "solver/Robust.h"
 #include "solver/SolutionMatrices.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 /// What to solve from, and how.
 struct SelectionOptions {
@@ -18,4 +18,4 @@ Selection SelectedFrom(const std::vector<View>& views, const StageOptions& stage
 /// The solution's views are those with pixels corrected for the discs' bias.
 Solved SolveSelected(const Selection& selection, const StageOptions& stages, double discRadius);
 
-}  // namespace sparse
+}  // namespace velmora::solver

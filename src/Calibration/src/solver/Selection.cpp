@@ -3,7 +3,7 @@
 
 #include <numeric>
 
-namespace sparse {
+namespace velmora::solver {
 
 Selection AllOf(const std::vector<View>& views) {
   Selection all;
@@ -19,4 +19,4 @@ bool AreEnough(size_t left, size_t of) {
   return left >= MANY ? 2 * left >= of : left >= FEWEST && 2 * left > of;
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver

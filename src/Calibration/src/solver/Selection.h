@@ -7,7 +7,7 @@
 
 #include "solver/Problem.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 /// What was left out, and why.
 struct Rejected {
@@ -35,4 +35,4 @@ Selection AllOf(const std::vector<View>& views);
 /// fewer than five, three of them and more than half.
 bool AreEnough(size_t left, size_t of);
 
-}  // namespace sparse
+}  // namespace velmora::solver

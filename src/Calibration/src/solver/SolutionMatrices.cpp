@@ -8,7 +8,7 @@
 #include "solver/Covariance.h"
 #include "solver/DiscBias.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 namespace {
 
@@ -185,4 +185,4 @@ Solved SolvedFrom(const Target& target, const SparseResult& result, double discR
   return solved;
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver

@@ -8,7 +8,7 @@
 #include "solver/SparseIntrinsics.h"
 #include "solver/Target.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 /// What a solution of some of a target's views says.
 struct Solved {
@@ -28,4 +28,4 @@ Lens LensOf(const IntrinsicsResult& result);
 /// result left out is left out here too; `discRadius` is that of the computation.
 Solved SolvedFrom(const Target& target, const SparseResult& result, double discRadius);
 
-}  // namespace sparse
+}  // namespace velmora::solver

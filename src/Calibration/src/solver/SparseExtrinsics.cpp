@@ -7,7 +7,7 @@
 #include "solver/DiscBias.h"
 #include "solver/PairMeasurements.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 namespace {
 
@@ -52,7 +52,9 @@ KnownLensesSolution SolveWithKnownLenses(const PairTarget& target, const Lens& l
   return solution;
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver
+
+namespace velmora {
 
 ExtrinsicsResult SolveExtrinsicsSparsely(const std::vector<std::vector<cv::Point3d>>& objectPoints,
                                          const std::vector<std::vector<cv::Point2d>>& leftPoints,
@@ -60,11 +62,13 @@ ExtrinsicsResult SolveExtrinsicsSparsely(const std::vector<std::vector<cv::Point
                                          const StereoIntrinsics& intrinsics, int model,
                                          const SparsePairOptions& options) {
   WarnOfIgnoredCoefficients(intrinsics, model);
-  const sparse::KnownLensesSolution solution =
-      sparse::SolveWithKnownLenses(sparse::PairTargetOf(objectPoints, leftPoints, rightPoints),
-                                   sparse::KnownLens(intrinsics.K, intrinsics.D, model),
-                                   sparse::KnownLens(intrinsics.KRight, intrinsics.DRight, model), options);
-  ExtrinsicsResult result = sparse::PairMatricesOf(intrinsics, solution.estimate.relative);
+  const solver::KnownLensesSolution solution =
+      solver::SolveWithKnownLenses(solver::PairTargetOf(objectPoints, leftPoints, rightPoints),
+                                   solver::KnownLens(intrinsics.K, intrinsics.D, model),
+                                   solver::KnownLens(intrinsics.KRight, intrinsics.DRight, model), options);
+  ExtrinsicsResult result = solver::PairMatricesOf(intrinsics, solution.estimate.relative);
   result.rms = solution.rms;
   return result;
 }
+
+}  // namespace velmora

@@ -8,6 +8,8 @@
 #include "solver/OpenCvExtrinsics.h"
 #include "solver/PairProblem.h"
 
+namespace velmora {
+
 struct SparsePairOptions {
   double discRadius = 0.0;  ///< as in SparseOptions
   int threads = 1;
@@ -24,7 +26,9 @@ ExtrinsicsResult SolveExtrinsicsSparsely(const std::vector<std::vector<cv::Point
                                          const StereoIntrinsics& intrinsics, int model,
                                          const SparsePairOptions& options = {});
 
-namespace sparse {
+}  // namespace velmora
+
+namespace velmora::solver {
 
 struct KnownLensesSolution {
   PairEstimate estimate;
@@ -38,4 +42,4 @@ KnownLensesSolution SolveWithKnownLenses(const PairTarget& target, const Lens& l
 /// With the image points that the discs' centres would have been seen at.
 PairTarget WithoutDiscBias(const PairTarget& target, const PairEstimate& estimate, double radius);
 
-}  // namespace sparse
+}  // namespace velmora::solver

@@ -8,6 +8,8 @@
 #include "model/LensModel.h"
 #include "solver/SelectedViews.h"
 
+namespace velmora {
+
 namespace {
 
 /// Starting threads takes as long as dozens of views.
@@ -18,15 +20,15 @@ int ThreadsFor(size_t views) {
                                : static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1U, MOST));
 }
 
-double PointsOf(const sparse::Target& target) {
+double PointsOf(const solver::Target& target) {
   double points = 0.0;
-  for (const sparse::View& view : target.views) points += static_cast<double>(view.object.size());
+  for (const solver::View& view : target.views) points += static_cast<double>(view.object.size());
   return points;
 }
 
 class Computation {
  public:
-  Computation(const sparse::Target& target, const cv::Size& imageSize, int model,
+  Computation(const solver::Target& target, const cv::Size& imageSize, int model,
               const SparseOptions& options)
       : target_(target), options_(options) {
     stages_.free = velmora::LensModelOf(model).parameters;
@@ -40,15 +42,15 @@ class Computation {
   }
 
   SparseResult Run() {
-    sparse::Selection selection =
-        sparse::SelectedFrom(target_.views, stages_, {options_.robust, options_.discRadius});
-    const sparse::Solved solved = sparse::SolveSelected(selection, stages_, options_.discRadius);
+    solver::Selection selection =
+        solver::SelectedFrom(target_.views, stages_, {options_.robust, options_.discRadius});
+    const solver::Solved solved = solver::SolveSelected(selection, stages_, options_.discRadius);
     if (givenUp_) CV_Error(cv::Error::StsError, "The computation was given up.");
     if (!solved.staged.solution.usable) {
       CV_Error(cv::Error::StsNoConv, "The views do not agree with any camera.");
     }
     SparseResult result;
-    static_cast<IntrinsicsResult&>(result) = sparse::MatricesOf(solved, target_);
+    static_cast<IntrinsicsResult&>(result) = solver::MatricesOf(solved, target_);
     result.rejected = std::move(selection.rejected);
     result.robust = options_.robust;
     result.tooFewAgree = selection.tooFewAgree;
@@ -56,9 +58,9 @@ class Computation {
   }
 
  private:
-  const sparse::Target& target_;
+  const solver::Target& target_;
   const SparseOptions& options_;
-  sparse::StageOptions stages_;
+  solver::StageOptions stages_;
   bool givenUp_ = false;
 };
 
@@ -67,6 +69,8 @@ class Computation {
 SparseResult SolveIntrinsicsSparsely(const std::vector<std::vector<cv::Point3d>>& objectPoints,
                                      const std::vector<std::vector<cv::Point2d>>& imagePoints,
                                      const cv::Size& imageSize, int model, const SparseOptions& options) {
-  const sparse::Target target = sparse::TargetOf(objectPoints, imagePoints);
+  const solver::Target target = solver::TargetOf(objectPoints, imagePoints);
   return Computation(target, imageSize, model, options).Run();
 }
+
+}  // namespace velmora

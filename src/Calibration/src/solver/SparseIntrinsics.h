@@ -8,6 +8,8 @@
 #include "solver/OpenCvIntrinsics.h"
 #include "solver/Selection.h"
 
+namespace velmora {
+
 struct SparseOptions {
   /// Leave out views and points that do not belong to the camera that the others show.
   bool robust = false;
@@ -20,7 +22,7 @@ struct SparseOptions {
 };
 
 struct SparseResult : IntrinsicsResult {
-  std::vector<sparse::Rejected> rejected;  ///< what was left out, by the numbers of views and points
+  std::vector<solver::Rejected> rejected;  ///< what was left out, by the numbers of views and points
   bool robust = false;                     ///< whether what disagrees was to be left out
   /// So few views agree with each other that none of the others could be called wrong.
   bool tooFewAgree = false;
@@ -36,3 +38,5 @@ struct SparseResult : IntrinsicsResult {
 SparseResult SolveIntrinsicsSparsely(const std::vector<std::vector<cv::Point3d>>& objectPoints,
                                      const std::vector<std::vector<cv::Point2d>>& imagePoints,
                                      const cv::Size& imageSize, int model, const SparseOptions& options = {});
+
+}  // namespace velmora

@@ -9,7 +9,7 @@
 #include "model/LensModel.h"
 #include "solver/LensStages.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 namespace {
 
@@ -76,23 +76,25 @@ RefinedPair RefinePair(const PairTarget& target, PairEstimate start, int free, c
   return refined;
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver
+
+namespace velmora {
 
 namespace {
 
 /// In the form of result files: larger models' coefficients are zeros where there are none.
-void CopyLens(const sparse::Lens& lens, cv::Mat& K, cv::Mat& D) {
+void CopyLens(const solver::Lens& lens, cv::Mat& K, cv::Mat& D) {
   const auto& p = lens.values;
   K = (cv::Mat_<double>(3, 3) << p[0], 0.0, p[2], 0.0, p[1], p[3], 0.0, 0.0, 1.0);
-  D = cv::Mat(1, sparse::FULL_PARAMETERS - 4, CV_64F);
+  D = cv::Mat(1, solver::FULL_PARAMETERS - 4, CV_64F);
   std::copy(p.begin() + 4, p.end(), D.begin<double>());
 }
 
-ExtrinsicsResult ResultOf(const sparse::PairSolution& solution, double points) {
+ExtrinsicsResult ResultOf(const solver::PairSolution& solution, double points) {
   StereoIntrinsics lenses;
   CopyLens(solution.estimate.left, lenses.K, lenses.D);
   CopyLens(solution.estimate.right, lenses.KRight, lenses.DRight);
-  ExtrinsicsResult result = sparse::PairMatricesOf(lenses, solution.estimate.relative);
+  ExtrinsicsResult result = solver::PairMatricesOf(lenses, solution.estimate.relative);
   result.refined = lenses;
   result.rms = std::sqrt(solution.squares / points);
   return result;
@@ -106,26 +108,26 @@ ExtrinsicsResult RefinePairSparsely(const std::vector<std::vector<cv::Point3d>>&
                                     const StereoIntrinsics& intrinsics, const cv::Size& imageSize, int model,
                                     const SparsePairOptions& options) {
   WarnOfIgnoredCoefficients(intrinsics, model);
-  const sparse::PairTarget target = sparse::PairTargetOf(objectPoints, leftPoints, rightPoints);
+  const solver::PairTarget target = solver::PairTargetOf(objectPoints, leftPoints, rightPoints);
   // Not a copy: the one who is told counts.
   std::function<bool(int, double)> progress;
   if (options.progress) progress = std::cref(options.progress);
   double points = 0.0;
-  for (const sparse::View& view : target.left.views) points += 2.0 * static_cast<double>(view.object.size());
+  for (const solver::View& view : target.left.views) points += 2.0 * static_cast<double>(view.object.size());
   bool givenUp = false;
-  sparse::PairOptions solve;
+  solver::PairOptions solve;
   solve.threads = options.threads;
   solve.progress = [&](int iteration, double squares) {
     givenUp = givenUp || (options.progress && !options.progress(iteration, std::sqrt(squares / points)));
     return !givenUp;
   };
-  const sparse::PairEstimate start =
-      SolveWithKnownLenses(target, sparse::KnownLens(intrinsics.K, intrinsics.D, model),
-                           sparse::KnownLens(intrinsics.KRight, intrinsics.DRight, model),
+  const solver::PairEstimate start =
+      SolveWithKnownLenses(target, solver::KnownLens(intrinsics.K, intrinsics.D, model),
+                           solver::KnownLens(intrinsics.KRight, intrinsics.DRight, model),
                            {0.0, options.threads, progress})
           .estimate;
   const int free = velmora::LensModelOf(model).parameters;
-  sparse::RefinedPair refined = RefinePair(target, start, free, imageSize, solve);
+  solver::RefinedPair refined = RefinePair(target, start, free, imageSize, solve);
   // Once brings most of it; wide lenses with distortion need it twice.
   for (int i = 0; i < 2 && options.discRadius > 0.0 && refined.solution.usable && !givenUp; ++i) {
     refined = RefinePair(WithoutDiscBias(target, refined.solution.estimate, options.discRadius),
@@ -137,3 +139,5 @@ ExtrinsicsResult RefinePairSparsely(const std::vector<std::vector<cv::Point3d>>&
   }
   return ResultOf(refined.solution, points);
 }
+
+}  // namespace velmora

@@ -8,6 +8,8 @@
 #include "solver/PairMinimiser.h"
 #include "solver/SparseExtrinsics.h"
 
+namespace velmora {
+
 /// Starts from the pair with these lenses held, then moves them too, with all poses. Free are the
 /// coefficients of the model; of larger ones the rational model holds those that it has not, the classic
 /// model drops them (a warning says so). A weak prior keeps the larger models' coefficients small and their
@@ -19,7 +21,9 @@ ExtrinsicsResult RefinePairSparsely(const std::vector<std::vector<cv::Point3d>>&
                                     const StereoIntrinsics& intrinsics, const cv::Size& imageSize, int model,
                                     const SparsePairOptions& options = {});
 
-namespace sparse {
+}  // namespace velmora
+
+namespace velmora::solver {
 
 struct RefinedPair {
   PairSolution solution;
@@ -34,4 +38,4 @@ RefinedPair RefinePair(const PairTarget& target, PairEstimate start, int free, c
 void SetWeakPriors(const PairTarget& target, const PairEstimate& estimate, double variance,
                    PairOptions& options);
 
-}  // namespace sparse
+}  // namespace velmora::solver

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <limits>
 
-namespace sparse {
+namespace velmora::solver {
 
 namespace {
 
@@ -147,4 +147,4 @@ Pose StartPoseOf(const View& view, const Lens& lens) {
   return PoseOf(RequiredHomography(view), lens);
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver

@@ -6,7 +6,7 @@
 
 #include "solver/Problem.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 /// The plane-to-image map that fits a view's points best in the algebraic sense, for pixels. False when its
 /// points do not determine one.
@@ -23,4 +23,4 @@ Estimate StartOf(const std::vector<View>& views, const cv::Size& imageSize);
 /// The pose of one view before a lens, of which only the camera matrix counts.
 Pose StartPoseOf(const View& view, const Lens& lens);
 
-}  // namespace sparse
+}  // namespace velmora::solver

@@ -3,7 +3,7 @@
 
 #include <cmath>
 
-namespace sparse {
+namespace velmora::solver {
 
 namespace {
 
@@ -36,4 +36,4 @@ Target TargetOf(const std::vector<std::vector<cv::Point3d>>& objectPoints,
   return target;
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver

@@ -6,7 +6,7 @@
 
 #include "solver/Problem.h"
 
-namespace sparse {
+namespace velmora::solver {
 
 /// Views with the target's frame moved to the middle of its points, where turns and shifts of a pose hardly
 /// depend on each other, and where that middle was.
@@ -21,4 +21,4 @@ struct Target {
 Target TargetOf(const std::vector<std::vector<cv::Point3d>>& objectPoints,
                 const std::vector<std::vector<cv::Point2d>>& imagePoints);
 
-}  // namespace sparse
+}  // namespace velmora::solver

@@ -5,7 +5,7 @@
 #include <future>
 #include <vector>
 
-namespace sparse {
+namespace velmora::solver {
 
 void ForRanges(std::size_t count, int threads, const std::function<void(std::size_t, std::size_t)>& work) {
   const std::size_t ranges = std::min(count, static_cast<std::size_t>(std::max(threads, 1)));
@@ -21,4 +21,4 @@ void ForRanges(std::size_t count, int threads, const std::function<void(std::siz
   for (auto& other : others) other.get();
 }
 
-}  // namespace sparse
+}  // namespace velmora::solver

@@ -4,10 +4,10 @@
 #include <cstddef>
 #include <functional>
 
-namespace sparse {
+namespace velmora::solver {
 
 /// Calls the work for contiguous ranges that make up 0 ... count, one for each thread. Whatever pieces share
 /// must not depend on how they are divided. The work must not throw.
 void ForRanges(std::size_t count, int threads, const std::function<void(std::size_t, std::size_t)>& work);
 
-}  // namespace sparse
+}  // namespace velmora::solver
