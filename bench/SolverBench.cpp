@@ -48,8 +48,8 @@ struct PairData {
 };
 
 PairData MakePairData(int views) {
-  const world::Rig rig = world::SideBySideRig(FRAME, 62.0, 0.11, 8.0, {-0.21, 0.06, 0.0008, -0.0006, -0.008},
-                                              {-0.15, 0.03, -0.0005, 0.0007, 0.004});
+  const world::Pair rig = world::SideBySidePair(
+      FRAME, 62.0, 0.11, 8.0, {-0.21, 0.06, 0.0008, -0.0006, -0.008}, {-0.15, 0.03, -0.0005, 0.0007, 0.004});
   const world::Sheet sheet(GRID, static_cast<double>(UNIT));
   cv::RNG random(1);
   const auto noisy = [&](std::vector<cv::Point2d> points) {

@@ -60,9 +60,9 @@ world::Camera MakeCamera(LensKind kind, double degrees) {
   return {FRAME, world::Lens(cv::Matx33d(f, 0.0, 325.3, 0.0, 1.003 * f, 234.6, 0.0, 0.0, 1.0), D)};
 }
 
-world::Rig MakeRig(LensKind kind, double degrees, double baseline, double toeIn) {
-  world::Rig rig =
-      world::SideBySideRig(MakeCamera(kind, degrees), MakeCamera(kind, 0.98 * degrees), baseline, toeIn);
+world::Pair MakeRig(LensKind kind, double degrees, double baseline, double toeIn) {
+  world::Pair rig =
+      world::SideBySidePair(MakeCamera(kind, degrees), MakeCamera(kind, 0.98 * degrees), baseline, toeIn);
   cv::Matx33d turn;
   cv::Rodrigues(cv::Vec3d(0.012, 0.004, -0.015), turn);
   rig.R = turn * rig.R;

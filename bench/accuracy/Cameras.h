@@ -22,6 +22,6 @@ world::Camera MakeCamera(LensKind kind, double degrees);
 
 /// Two of them side by side, the right one a little different, a little turned and out of line, both turned
 /// to each other by `toeIn` degrees in all.
-world::Rig MakeRig(LensKind kind, double degrees, double baseline, double toeIn);
+world::Pair MakeRig(LensKind kind, double degrees, double baseline, double toeIn);
 
 }  // namespace accuracy

@@ -29,7 +29,7 @@ std::vector<cv::Point2d> Straight(const std::vector<cv::Point2d>& pixels, const 
 }
 
 /// What the calibrated pair makes of exact pictures of the grid: the error of depths, as a share of them.
-double MedianDepthError(const world::Rig& rig, const std::vector<world::Pose>& poses,
+double MedianDepthError(const world::Pair& rig, const std::vector<world::Pose>& poses,
                         const PairResult& result) {
   const world::Sheet sheet(GRID, static_cast<double>(UNIT));
   cv::Mat right;
@@ -53,7 +53,7 @@ double MedianDepthError(const world::Rig& rig, const std::vector<world::Pose>& p
   return *middle;
 }
 
-PairTrial Compared(const world::Rig& rig, const std::vector<world::Pose>& poses, const PairResult& result) {
+PairTrial Compared(const world::Pair& rig, const std::vector<world::Pose>& poses, const PairResult& result) {
   PairTrial trial;
   trial.rms = result.pair.rms;
   cv::Vec3d turn;
@@ -70,7 +70,7 @@ PairTrial Compared(const world::Rig& rig, const std::vector<world::Pose>& poses,
 }  // namespace
 
 PairTrial RunPairTrial(const PairCase& what, std::uint64_t seed) {
-  const world::Rig rig = MakeRig(what.lens, what.fieldOfView, what.baseline, what.toeIn);
+  const world::Pair rig = MakeRig(what.lens, what.fieldOfView, what.baseline, what.toeIn);
   const auto poses =
       world::SampleRigViews(rig, what.views, seed, world::Sheet(GRID, static_cast<double>(UNIT)));
   cv::RNG random(world::MixSeeds(seed, 2));

@@ -42,8 +42,8 @@ struct TrueRig {
     return {rvec, R() * leftPose.tvec + T};
   }
 
-  world::Rig Rig() const {
-    world::Rig rig;
+  world::Pair Cameras() const {
+    world::Pair rig;
     rig.left = left;
     rig.right = right;
     rig.R = R();
@@ -82,7 +82,7 @@ struct CalibratedPair {
     world::Renderer leftRenderer = RendererOf(truth.left, truth.sheet, 5);
     world::Renderer rightRenderer = RendererOf(truth.right, truth.sheet, 6);
     std::uint64_t number = 0;
-    for (const world::Pose& pose : world::RigViews(truth.Rig(), PAIRS, truth.sheet)) {
+    for (const world::Pose& pose : world::RigViews(truth.Cameras(), PAIRS, truth.sheet)) {
       cv::Mat leftFrame = leftRenderer.Render(pose, number);
       cv::Mat rightFrame = rightRenderer.Render(truth.RightOf(pose), number);
       ++number;
@@ -186,7 +186,7 @@ TEST_F(StereoAccuracy, OfEpipolarLinesIsAFractionOfAPixel) {
 TEST_F(StereoAccuracy, OfEpipolarLinesHoldsForViewsThatWereNotUsed) {
   const TrueRig& truth = Pair().truth;
   unit::PointPairs others;
-  for (const world::Pose& pose : world::SampleRigViews(truth.Rig(), 8, 3, truth.sheet)) {
+  for (const world::Pose& pose : world::SampleRigViews(truth.Cameras(), 8, 3, truth.sheet)) {
     others.left.push_back(world::TrueCentres(truth.left.lens, truth.sheet, pose));
     others.right.push_back(world::TrueCentres(truth.right.lens, truth.sheet, truth.RightOf(pose)));
   }

@@ -80,7 +80,7 @@ TEST(BesideCeres, CamerasOfRenderedPicturesAreTheSame) {
 }
 
 TEST(BesideCeres, PairsWithRefinedLensesAreTheSame) {
-  const world::Rig rig = unit::RigFor(Calibrator::MODEL_CLASSIC);
+  const world::Pair rig = unit::RigFor(Calibrator::MODEL_CLASSIC);
   for (const std::uint64_t seed : {1U, 2U}) {
     const unit::PointPairs pairs = unit::Seen(rig, 10, seed, 0.1);
     const ExtrinsicsResult own =

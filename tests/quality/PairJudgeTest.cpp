@@ -44,7 +44,7 @@ const int MODELS[] = {Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL};
 
 TEST(PairVerdict, IsGoodForManyTiltedViews) {
   for (const int model : MODELS) {
-    const world::Rig rig = RigFor(model);
+    const world::Pair rig = RigFor(model);
     for (const std::uint64_t seed : {1U, 2U, 3U, 4U, 5U}) {
       for (const int count : {12, 20}) {
         const auto pairs = Seen(rig, count, seed, 0.1);
@@ -61,7 +61,7 @@ TEST(PairVerdict, IsGoodForManyTiltedViews) {
 }
 
 TEST(PairVerdict, OfTheFullModelTellsThatTheRefinedLensesBelongToTheResult) {
-  const world::Rig rig = RigFor(Calibrator::MODEL_FULL);
+  const world::Pair rig = RigFor(Calibrator::MODEL_FULL);
   const auto pairs = Seen(rig, 20, 1, 0.1);
   const PairVerdict verdict = JudgedRefined(pairs, Calibrator::MODEL_FULL);
   EXPECT_EQ(verdict.grade, Grade::WithCare) << verdict.ToJson();
@@ -79,7 +79,7 @@ TEST(PairVerdict, OfFewViewsIsNotGood) {
 }
 
 /// Upright before the left camera, nearly so before the right one, in several places.
-unit::PointPairs FrontalPairs(const world::Rig& rig) {
+unit::PointPairs FrontalPairs(const world::Pair& rig) {
   std::vector<world::Pose> poses;
   for (int k = 0; k < 12; ++k) {
     world::Pose pose;
@@ -101,7 +101,7 @@ TEST(PairVerdict, IsWorthlessForLensesOfFrontalViews) {
 }
 
 TEST(PairVerdict, OfFrontalViewsWithGoodLensesRestsOnThese) {
-  const world::Rig rig = RigFor(Calibrator::MODEL_RATIONAL);
+  const world::Pair rig = RigFor(Calibrator::MODEL_RATIONAL);
   const PairVerdict verdict =
       JudgedHeld(FrontalPairs(rig), unit::TrueLenses(rig), Calibrator::MODEL_RATIONAL);
   EXPECT_EQ(verdict.grade, Grade::WithCare) << verdict.ToJson();
@@ -111,7 +111,7 @@ TEST(PairVerdict, OfFrontalViewsWithGoodLensesRestsOnThese) {
 }
 
 /// The sheet is this far aside when the right camera takes its picture of these views.
-unit::PointPairs MovedPairs(const world::Rig& rig, const std::vector<size_t>& views, double aside) {
+unit::PointPairs MovedPairs(const world::Pair& rig, const std::vector<size_t>& views, double aside) {
   auto poses = world::SampleRigViews(rig, 12, 2, Paper());
   unit::PointPairs pairs = unit::SeenByBoth(rig, poses, 1, 0.1);
   for (const size_t view : views) poses[view].tvec[0] += aside * (view % 2 == 0 ? 1.0 : -1.0);
@@ -158,7 +158,7 @@ struct Spread {
   double baseline = 0.0;
   double direction = 0.0;
 
-  void Add(const ExtrinsicsResult& result, const world::Rig& rig, double share) {
+  void Add(const ExtrinsicsResult& result, const world::Pair& rig, double share) {
     cv::Vec3d turn;
     cv::Rodrigues(cv::Matx33d(result.R) * rig.R.t(), turn);
     const cv::Vec3d T(result.T.ptr<double>());
@@ -171,7 +171,7 @@ struct Spread {
 
 /// Predicted over empirical deviations of many computations from fresh noise.
 void ExpectTrueDeviations(int model, bool refined, int runs) {
-  const world::Rig rig = RigFor(model);
+  const world::Pair rig = RigFor(model);
   const auto poses = world::SampleRigViews(rig, 12, 5, Paper());
   Spread spread;
   PairVerdict::Deviations predicted;
@@ -220,7 +220,7 @@ TEST(PairVerdict, PredictsTheErrorsOfRepeatedComputationsWithRefinedLenses) {
 }
 
 TEST(PairVerdict, IsTheWorseOfItsOwnAndThatOfItsCameras) {
-  const world::Rig rig = RigFor(Calibrator::MODEL_CLASSIC);
+  const world::Pair rig = RigFor(Calibrator::MODEL_CLASSIC);
   const auto pairs = Seen(rig, 12, 1, 0.1);
   PairVerdict verdict = JudgedHeld(pairs, unit::TrueLenses(rig), Calibrator::MODEL_CLASSIC);
   CalibrationVerdict camera;
@@ -248,7 +248,7 @@ TEST(PairVerdict, IsNoneWithoutAResult) {
 
 TEST(PairVerdict, KnowsNothingOfAPairThatCannotSeeTheSheet) {
   const auto model = Calibrator::MODEL_CLASSIC;
-  const world::Rig rig = RigFor(model);
+  const world::Pair rig = RigFor(model);
   const auto pairs = Seen(rig, 12, 1, 0.1);
   const PairVerdict verdict =
       JudgePair({unit::Targets(pairs.left.size()), pairs.left, pairs.right, model, false, 0.0},

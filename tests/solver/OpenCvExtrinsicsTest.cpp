@@ -84,7 +84,7 @@ TEST_F(Extrinsics, AreThoseOfTheClassicModelForUnknownOnes) {
 
 TEST_F(Extrinsics, AreNearTheTruth) {
   const ExtrinsicsResult result = Solve(Calibrator::MODEL_FULL);
-  const world::Rig& rig = unit::PairOfCameras();
+  const world::Pair& rig = unit::PairOfCameras();
   EXPECT_MAT_NEAR(result.R, cv::Mat(rig.R), 2e-3);
   EXPECT_MAT_NEAR(result.T, cv::Mat(rig.T), 5e-4);
   EXPECT_GT(result.rms, 0.02);

@@ -24,8 +24,8 @@ inline std::vector<std::vector<cv::Point3d>> Targets(size_t count) {
 }
 
 /// The pair of cameras, its lenses with as many coefficients as the model has.
-inline world::Rig RigFor(int model) {
-  world::Rig rig = PairOfCameras();
+inline world::Pair RigFor(int model) {
+  world::Pair rig = PairOfCameras();
   const size_t count = model == Calibrator::MODEL_CLASSIC ? 5 : model == Calibrator::MODEL_RATIONAL ? 8 : 14;
   for (world::Camera* camera : {&rig.left, &rig.right}) {
     std::vector<double> D = camera->lens.D();
@@ -36,8 +36,8 @@ inline world::Rig RigFor(int model) {
 }
 
 /// What both cameras see of these poses before the left one, with noise.
-inline PointPairs SeenByBoth(const world::Rig& rig, const std::vector<world::Pose>& poses, std::uint64_t seed,
-                             double noise) {
+inline PointPairs SeenByBoth(const world::Pair& rig, const std::vector<world::Pose>& poses,
+                             std::uint64_t seed, double noise) {
   cv::RNG random(seed + 1);
   const auto noisy = [&](std::vector<cv::Point2d> centres) {
     for (cv::Point2d& centre : centres) {
@@ -54,7 +54,7 @@ inline PointPairs SeenByBoth(const world::Rig& rig, const std::vector<world::Pos
 }
 
 /// The same of random poses.
-inline PointPairs Seen(const world::Rig& rig, int count, std::uint64_t seed, double noise) {
+inline PointPairs Seen(const world::Pair& rig, int count, std::uint64_t seed, double noise) {
   return SeenByBoth(rig, world::SampleRigViews(rig, count, seed, Paper()), seed, noise);
 }
 
@@ -73,7 +73,7 @@ inline StereoIntrinsics EachAlone(const PointPairs& pairs, int model) {
   return {left.K, Padded(left.D), right.K, Padded(right.D)};
 }
 
-inline StereoIntrinsics TrueLenses(const world::Rig& rig) {
+inline StereoIntrinsics TrueLenses(const world::Pair& rig) {
   const auto left = IntrinsicsOf(rig.left);
   const auto right = IntrinsicsOf(rig.right);
   return {left.K.clone(), Padded(left.D), right.K.clone(), Padded(right.D)};

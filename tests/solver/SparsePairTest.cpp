@@ -58,7 +58,7 @@ double FarthestProjection(const solver::Lens& estimate, const solver::Lens& trut
 
 TEST(SparsePair, IsTheTruthWithoutNoise) {
   for (const int model : MODELS) {
-    const world::Rig rig = RigFor(model);
+    const world::Pair rig = RigFor(model);
     const unit::PointPairs pairs = Seen(rig, 12, 3, 0.0);
     const StereoIntrinsics truth = unit::TrueLenses(rig);
     const solver::PairTarget target = Unrounded(pairs);
@@ -88,7 +88,7 @@ TEST(SparsePair, IsTheTruthWithoutNoise) {
 struct Errors {
   std::vector<double> turn, shift, left, right;
 
-  void Add(const world::Rig& rig, const unit::PointPairs& pairs, const StereoIntrinsics& lenses,
+  void Add(const world::Pair& rig, const unit::PointPairs& pairs, const StereoIntrinsics& lenses,
            const ExtrinsicsResult& result) {
     cv::Vec3d rotation;
     cv::Rodrigues(cv::Matx33d(result.R) * rig.R.t(), rotation);
@@ -113,7 +113,7 @@ double Median(std::vector<double> values) {
 
 TEST(SparsePair, IsNotFurtherFromTheTruthThanWithTheLensesOfEachCameraAlone) {
   for (const int model : MODELS) {
-    const world::Rig rig = RigFor(model);
+    const world::Pair rig = RigFor(model);
     Errors fixed;
     Errors refined;
     for (std::uint64_t seed = 1; seed <= 25; ++seed) {
@@ -196,7 +196,7 @@ TEST(SparsePair, HasSmallerErrorsThanWithHeldLenses) {
 
 TEST(SparsePair, HoldsCoefficientsThatTheRationalModelHasNotAndDropsThoseThatTheClassicOneHasNot) {
   const unit::ScopedLogLevel quiet(1);
-  const world::Rig rig = RigFor(Calibrator::MODEL_FULL);
+  const world::Pair rig = RigFor(Calibrator::MODEL_FULL);
   const unit::PointPairs pairs = Seen(rig, 8, 1, 0.1);
   const StereoIntrinsics start = unit::TrueLenses(rig);
   const cv::Mat rational = Refined(pairs, start, Calibrator::MODEL_RATIONAL).refined.D;
@@ -209,7 +209,7 @@ TEST(SparsePair, HoldsCoefficientsThatTheRationalModelHasNotAndDropsThoseThatThe
 }
 
 TEST(SparsePair, LeavesTheGivenLensesAlone) {
-  const world::Rig rig = RigFor(Calibrator::MODEL_RATIONAL);
+  const world::Pair rig = RigFor(Calibrator::MODEL_RATIONAL);
   const StereoIntrinsics start = unit::TrueLenses(rig);
   Refined(Seen(rig, 6, 1, 0.1), start, Calibrator::MODEL_RATIONAL);
   const StereoIntrinsics truth = unit::TrueLenses(rig);
@@ -220,7 +220,7 @@ TEST(SparsePair, LeavesTheGivenLensesAlone) {
 }
 
 /// The pictures of discs, seen as the centroids of their rims' projections.
-unit::PointPairs Centroids(const world::Rig& rig, int count, double radius) {
+unit::PointPairs Centroids(const world::Pair& rig, int count, double radius) {
   unit::PointPairs pairs;
   const auto seen = [&](const world::Camera& camera, const world::Pose& pose) {
     std::vector<cv::Point2d> centres;
@@ -251,7 +251,7 @@ unit::PointPairs Centroids(const world::Rig& rig, int count, double radius) {
 }
 
 TEST(SparsePair, IsCorrectedForTheDiscsCentroids) {
-  const world::Rig rig = RigFor(Calibrator::MODEL_CLASSIC);
+  const world::Pair rig = RigFor(Calibrator::MODEL_CLASSIC);
   const double radius = 0.4 * static_cast<double>(unit::UNIT);
   const unit::PointPairs pairs = Centroids(rig, 12, radius);
   SparsePairOptions options;
@@ -266,7 +266,7 @@ TEST(SparsePair, IsCorrectedForTheDiscsCentroids) {
 }
 
 TEST(SparsePair, IsCorrectedForTheDiscsCentroidsWithHeldLensesToo) {
-  const world::Rig rig = RigFor(Calibrator::MODEL_CLASSIC);
+  const world::Pair rig = RigFor(Calibrator::MODEL_CLASSIC);
   const double radius = 0.4 * static_cast<double>(unit::UNIT);
   const unit::PointPairs pairs = Centroids(rig, 12, radius);
   const auto solved = [&](double corrected) {
@@ -279,7 +279,7 @@ TEST(SparsePair, IsCorrectedForTheDiscsCentroidsWithHeldLensesToo) {
 }
 
 TEST(SparsePair, RaisesForBadInput) {
-  const world::Rig rig = RigFor(Calibrator::MODEL_RATIONAL);
+  const world::Pair rig = RigFor(Calibrator::MODEL_RATIONAL);
   const unit::PointPairs good = Seen(rig, 6, 1, 0.1);
   const StereoIntrinsics lenses = unit::TrueLenses(rig);
   const auto refine = [&](const unit::PointPairs& pairs, const StereoIntrinsics& start) {
@@ -304,7 +304,7 @@ TEST(SparsePair, RaisesForBadInput) {
 }
 
 TEST(SparsePair, StartsFromLensesOfFewCoefficientsToo) {
-  const world::Rig rig = RigFor(Calibrator::MODEL_RATIONAL);
+  const world::Pair rig = RigFor(Calibrator::MODEL_RATIONAL);
   const unit::PointPairs pairs = Seen(rig, 8, 1, 0.1);
   StereoIntrinsics few = unit::TrueLenses(rig);
   const ExtrinsicsResult expected = Refined(pairs, few, Calibrator::MODEL_RATIONAL);
@@ -384,7 +384,7 @@ TEST(SparsePair, KeepsAnEarlierResultWithItsLensesWhenACalibratorIsCancelled) {
 }
 
 TEST(SparsePair, RaisesWhenTheCallerGivesUp) {
-  const world::Rig rig = RigFor(Calibrator::MODEL_RATIONAL);
+  const world::Pair rig = RigFor(Calibrator::MODEL_RATIONAL);
   const unit::PointPairs pairs = Seen(rig, 6, 1, 0.1);
   int all = 0;
   SparsePairOptions options;

@@ -19,6 +19,20 @@ cv::Matx33d RotationOf(const Pose& pose) {
 
 }  // namespace
 
+Pose PoseFor(const RigCamera& camera, const Pose& rigPose) {
+  Pose pose;
+  cv::Rodrigues(camera.R * RotationOf(rigPose), pose.rvec);
+  pose.tvec = camera.R * rigPose.tvec + camera.T;
+  return pose;
+}
+
+Pose RigPoseFrom(const RigCamera& camera, const Pose& cameraPose) {
+  Pose pose;
+  cv::Rodrigues(camera.R.t() * RotationOf(cameraPose), pose.rvec);
+  pose.tvec = camera.R.t() * (cameraPose.tvec - camera.T);
+  return pose;
+}
+
 Camera CameraFromFieldOfView(cv::Size size, double degrees, const std::vector<double>& D) {
   if (size.width < 1 || size.height < 1 || !(degrees > 0.0) || !(degrees < 180.0)) {
     throw std::invalid_argument("a camera has a positive size and a field of view between 0 and 180 degrees");

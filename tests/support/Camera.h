@@ -20,6 +20,18 @@ struct Pose {
   cv::Vec3d tvec;
 };
 
+/// Where a camera is in a rig: a point x of the rig's frame is R x + T in the camera's, metres.
+struct RigCamera : Camera {
+  cv::Matx33d R = cv::Matx33d::eye();
+  cv::Vec3d T;
+};
+
+/// Where the grid is for a camera of a rig when it has the pose for the rig.
+Pose PoseFor(const RigCamera& camera, const Pose& rigPose);
+
+/// Where the grid is for the rig when it has the pose for the camera.
+Pose RigPoseFrom(const RigCamera& camera, const Pose& cameraPose);
+
 /// A camera of a horizontal field of view (degrees, of the undistorted pinhole) with square pixels and its
 /// principal point in the middle of the image.
 Camera CameraFromFieldOfView(cv::Size size, double degrees, const std::vector<double>& D = {});

@@ -64,7 +64,7 @@ bool Look(const std::vector<Viewer>& viewers, const Sheet& sheet, const Pose& po
     const Camera& camera = viewer.camera;
     cv::Point2d low;
     cv::Point2d high;
-    if (!RimBox(camera, sheet, PoseFor(viewer, pose), low, high)) return false;
+    if (!RimBox(camera, sheet, PoseFor(viewer.camera, pose), low, high)) return false;
     impression.span = std::max(
         {impression.span, (high.x - low.x) / camera.size.width, (high.y - low.y) / camera.size.height});
     const Room x = RoomOf(low.x, high.x, camera.size.width, viewer.margin);
@@ -85,20 +85,11 @@ bool Look(const std::vector<Viewer>& viewers, const Sheet& sheet, const Pose& po
 
 bool AllInside(const std::vector<Viewer>& viewers, const Sheet& sheet, const Pose& pose) {
   return std::all_of(viewers.begin(), viewers.end(), [&](const Viewer& viewer) {
-    return DiscsInside(viewer.camera, sheet, PoseFor(viewer, pose), viewer.margin - 0.5);
+    return DiscsInside(viewer.camera, sheet, PoseFor(viewer.camera, pose), viewer.margin - 0.5);
   });
 }
 
 }  // namespace
-
-Pose PoseFor(const Viewer& viewer, const Pose& pose) {
-  cv::Matx33d R;
-  cv::Rodrigues(pose.rvec, R);
-  Pose moved;
-  cv::Rodrigues(viewer.R * R, moved.rvec);
-  moved.tvec = viewer.R * pose.tvec + viewer.T;
-  return moved;
-}
 
 cv::Matx33d TurnFor(const Appearance& appearance) {
   const cv::Matx33d upright(0, -1, 0, 1, 0, 0, 0, 0, 1);

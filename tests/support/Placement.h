@@ -23,17 +23,12 @@ struct Appearance {
   double roll = 0.0;
 };
 
-/// A camera beside the first one, from whose frame R x + T leads to its own, and the margin (pixels) around
-/// the discs in its image.
+/// A camera of a rig whose frame is the first viewer's, and the margin (pixels) around the discs in its
+/// image.
 struct Viewer {
-  Camera camera;
+  RigCamera camera;
   double margin = 0.0;
-  cv::Matx33d R = cv::Matx33d::eye();
-  cv::Vec3d T;
 };
-
-/// The pose of the viewer's frame for one of the first camera's.
-Pose PoseFor(const Viewer& viewer, const Pose& pose);
 
 /// The grid's turn, without that of the upright print against the camera, for an appearance.
 cv::Matx33d TurnFor(const Appearance& appearance);

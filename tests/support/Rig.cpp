@@ -1,4 +1,4 @@
-/// Poses before two cameras.
+/// Poses before several cameras.
 #include "Rig.h"
 
 #include <algorithm>
@@ -23,34 +23,44 @@ cv::Matx33d AboutY(double degrees) {
 }
 
 std::vector<Viewer> ViewersOf(const Rig& rig) {
-  std::vector<Viewer> viewers(2);
-  viewers[0].camera = rig.left;
-  viewers[0].margin = ViewMargin(rig.left);
-  viewers[1].camera = rig.right;
-  viewers[1].margin = ViewMargin(rig.right);
-  viewers[1].R = rig.R;
-  viewers[1].T = rig.T;
+  std::vector<Viewer> viewers;
+  for (const RigCamera& camera : rig.cameras) viewers.push_back({camera, ViewMargin(camera)});
   return viewers;
 }
 
-/// The turn from a frame midway between both cameras' to the left one's.
+/// The turn from a frame midway between all cameras' to the rig's.
 cv::Matx33d FromMidway(const Rig& rig) {
-  cv::Vec3d turn;
-  cv::Rodrigues(rig.R, turn);
-  cv::Matx33d half;
-  cv::Rodrigues(turn * -0.5, half);
-  return half;
+  cv::Vec3d sum;
+  for (const RigCamera& camera : rig.cameras) {
+    cv::Vec3d turn;
+    cv::Rodrigues(camera.R, turn);
+    sum += turn;
+  }
+  cv::Matx33d back;
+  cv::Rodrigues(sum * (-1.0 / static_cast<double>(rig.cameras.size())), back);
+  return back;
 }
 
 double Obliqueness(const Rig& rig, const Sheet& sheet, const Pose& pose) {
-  return std::max(world::Obliqueness(sheet, pose), world::Obliqueness(sheet, RightPose(rig, pose)));
+  double most = 0.0;
+  for (std::size_t k = 0; k < rig.cameras.size(); ++k) {
+    most = std::max(most, world::Obliqueness(sheet, PoseFor(rig, k, pose)));
+  }
+  return most;
+}
+
+bool ShowsSheet(const Rig& rig, const Sheet& sheet, const Pose& pose) {
+  for (std::size_t k = 0; k < rig.cameras.size(); ++k) {
+    if (world::ShowsSheet(rig.cameras[k], sheet, PoseFor(rig, k, pose))) return true;
+  }
+  return false;
 }
 
 [[noreturn]] void NotTogether() {
-  throw std::runtime_error("the two cameras cannot see the whole grid together");
+  throw std::runtime_error("the cameras cannot see the whole grid together");
 }
 
-/// Places the grid before both cameras, smaller or less tilted than asked for if need be.
+/// Places the grid before all cameras, smaller or less tilted than asked for if need be.
 Pose Placed(const Rig& rig, const Sheet& sheet, Appearance appearance) {
   const std::vector<Viewer> viewers = ViewersOf(rig);
   const cv::Matx33d fromMidway = FromMidway(rig);
@@ -68,7 +78,7 @@ Pose Placed(const Rig& rig, const Sheet& sheet, Appearance appearance) {
   NotTogether();
 }
 
-/// The span of the largest upright grid that both images have room for, up to the widest of the lists.
+/// The span of the largest upright grid that all images have room for, up to the widest of the lists.
 double LargestSpan(const Rig& rig, const Sheet& sheet) {
   const std::vector<Viewer> viewers = ViewersOf(rig);
   Appearance appearance;
@@ -83,39 +93,57 @@ double LargestSpan(const Rig& rig, const Sheet& sheet) {
 
 }  // namespace
 
-Rig SideBySideRig(const Camera& left, const Camera& right, double baseline, double toeIn) {
+Pair::operator Rig() const {
+  return {{RigCamera{left}, RigCamera{right, R, T}}};
+}
+
+Pair SideBySidePair(const Camera& left, const Camera& right, double baseline, double toeIn) {
   if (!(baseline > 0.0) || !std::isfinite(baseline) || !(std::abs(toeIn) < 180.0)) {
     throw std::invalid_argument("a rig has a positive baseline and a toe-in between -180 and 180 degrees");
   }
-  Rig rig;
-  rig.left = left;
-  rig.right = right;
-  rig.R = AboutY(toeIn);
-  rig.T = AboutY(0.5 * toeIn) * cv::Vec3d(-baseline, 0.0, 0.0);
-  return rig;
+  return {left, right, AboutY(toeIn), AboutY(0.5 * toeIn) * cv::Vec3d(-baseline, 0.0, 0.0)};
 }
 
-Rig SideBySideRig(cv::Size size, double fieldOfView, double baseline, double toeIn,
-                  const std::vector<double>& leftD, const std::vector<double>& rightD) {
-  return SideBySideRig(CameraFromFieldOfView(size, fieldOfView, leftD),
-                       CameraFromFieldOfView(size, fieldOfView, rightD), baseline, toeIn);
+Pair SideBySidePair(cv::Size size, double fieldOfView, double baseline, double toeIn,
+                    const std::vector<double>& leftD, const std::vector<double>& rightD) {
+  return SideBySidePair(CameraFromFieldOfView(size, fieldOfView, leftD),
+                        CameraFromFieldOfView(size, fieldOfView, rightD), baseline, toeIn);
 }
 
-Pose RightPose(const Rig& rig, const Pose& leftPose) {
-  Viewer right;
-  right.R = rig.R;
-  right.T = rig.T;
-  return PoseFor(right, leftPose);
+Pose RightPose(const Pair& pair, const Pose& leftPose) {
+  return PoseFor(RigCamera{pair.right, pair.R, pair.T}, leftPose);
 }
 
-bool DiscsInsideBoth(const Rig& rig, const Sheet& sheet, const Pose& leftPose, double share) {
-  return DiscsInside(rig.left, sheet, leftPose, share * ViewMargin(rig.left)) &&
-         DiscsInside(rig.right, sheet, RightPose(rig, leftPose), share * ViewMargin(rig.right));
+Pose PoseFor(const Rig& rig, std::size_t camera, const Pose& rigPose) {
+  return camera == 0 ? rigPose : PoseFor(rig.cameras.at(camera), rigPose);
+}
+
+Rig PartOf(const Rig& rig, const std::vector<std::size_t>& cameras) {
+  const RigCamera& first = rig.cameras.at(cameras.at(0));
+  Rig part = {{RigCamera{first}}};
+  part.cameras[0].R = cv::Matx33d::eye();
+  part.cameras[0].T = cv::Vec3d();
+  for (std::size_t k = 1; k < cameras.size(); ++k) {
+    RigCamera camera = rig.cameras.at(cameras[k]);
+    camera.R = camera.R * first.R.t();
+    camera.T -= camera.R * first.T;
+    part.cameras.push_back(camera);
+  }
+  return part;
+}
+
+bool DiscsInsideAll(const Rig& rig, const Sheet& sheet, const Pose& rigPose, double share) {
+  for (std::size_t k = 0; k < rig.cameras.size(); ++k) {
+    const RigCamera& camera = rig.cameras[k];
+    if (!DiscsInside(camera, sheet, PoseFor(rig, k, rigPose), share * ViewMargin(camera))) return false;
+  }
+  return true;
 }
 
 std::vector<Pose> RigViews(const Rig& rig, int n, const Sheet& sheet) {
   const double share = LargestSpan(rig, sheet) / WIDEST_SPAN;
-  const double halfWidth = std::max(HalfWidth(rig.left), HalfWidth(rig.right));
+  double halfWidth = 0.0;
+  for (const RigCamera& camera : rig.cameras) halfWidth = std::max(halfWidth, HalfWidth(camera));
   std::vector<Pose> poses;
   for (int k = 0; k < n; ++k) {
     Appearance appearance = SpreadAppearance(k, halfWidth);
@@ -142,20 +170,19 @@ std::vector<Pose> SampleRigViews(const Rig& rig, int n, std::uint64_t seed, cons
   return poses;
 }
 
-Pose AwayPose(const Rig& rig, const Sheet& sheet, const Pose& leftPose) {
-  Pose away = leftPose;
+Pose AwayPose(const Rig& rig, const Sheet& sheet, const Pose& rigPose) {
+  Pose away = rigPose;
   const double stride = 5.0 * sheet.Unit();
   for (int step = 0; step < 1000; ++step) {
     away.tvec[0] += stride;
-    if (!ShowsSheet(rig.left, sheet, away) && !ShowsSheet(rig.right, sheet, RightPose(rig, away)))
-      return away;
+    if (!ShowsSheet(rig, sheet, away)) return away;
   }
-  throw std::runtime_error("the sheet cannot be moved out of both images");
+  throw std::runtime_error("the sheet cannot be moved out of the images");
 }
 
-Trajectory ThroughViews(const Rig& rig, const Sheet& sheet, const std::vector<Pose>& leftViews,
-                        double seconds, int awayEvery) {
-  return ThroughViews(leftViews, seconds, awayEvery,
+Trajectory ThroughViews(const Rig& rig, const Sheet& sheet, const std::vector<Pose>& rigViews, double seconds,
+                        int awayEvery) {
+  return ThroughViews(rigViews, seconds, awayEvery,
                       [&](const Pose& view) { return AwayPose(rig, sheet, view); });
 }
 

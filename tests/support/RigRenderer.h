@@ -1,21 +1,17 @@
-/// Renders what the two cameras of a rig see at once.
+/// Renders what the cameras of a rig see at once.
 #pragma once
 
 #include <cstdint>
 #include <opencv2/core.hpp>
+#include <vector>
 
 #include "Renderer.h"
 #include "Rig.h"
 
 namespace world {
 
-struct PicturePair {
-  cv::Mat left;
-  cv::Mat right;
-};
-
-/// Pairs of pictures. Everything but the cameras is that of a scene, whose seed is the left camera's; the
-/// right one has its own background, light and noise.
+/// Pictures of all cameras, in their order. Everything but the cameras is that of a scene, whose seed is
+/// camera 0's; each of the others has its own background, light and noise.
 ///
 /// One thread at a time may use it.
 class RigRenderer {
@@ -24,26 +20,24 @@ class RigRenderer {
   RigRenderer(const Rig& rig, const Scene& scene);
 
   const Rig& GetRig() const { return rig_; }
-  const Scene& LeftScene() const { return left_.GetScene(); }
-  const Scene& RightScene() const { return right_.GetScene(); }
+  const Scene& SceneOf(std::size_t camera) const { return renderers_.at(camera).GetScene(); }
 
   /// The frame number chooses the sensor noise.
-  PicturePair Render(const Pose& leftPose, std::uint64_t frameNumber = 0);
+  std::vector<cv::Mat> Render(const Pose& rigPose, std::uint64_t frameNumber = 0);
 
   /// The pictures of the backgrounds alone.
-  PicturePair RenderEmpty(std::uint64_t frameNumber = 0);
+  std::vector<cv::Mat> RenderEmpty(std::uint64_t frameNumber = 0);
 
  private:
   Rig rig_;
-  Renderer left_;
-  Renderer right_;
+  std::vector<Renderer> renderers_;
 };
 
-/// Both pictures in one: the left camera's is the left half. Throws std::invalid_argument when they differ in
-/// size or type.
-cv::Mat SideBySide(const PicturePair& pair);
+/// All pictures in one, the first one on the left. Throws std::invalid_argument when they differ in size or
+/// type.
+cv::Mat SideBySide(const std::vector<cv::Mat>& pictures);
 
-/// Both pictures in one: the left camera's is the upper half. Throws as SideBySide does.
-cv::Mat OneAboveTheOther(const PicturePair& pair);
+/// All pictures in one, the first one above. Throws as SideBySide does.
+cv::Mat OneAboveTheOther(const std::vector<cv::Mat>& pictures);
 
 }  // namespace world

@@ -19,7 +19,7 @@ struct TruthView {
   Pose pose;
   /// True projections of the disc centres, row by row; NaN where the lens images none.
   std::vector<cv::Point2d> centres;
-  /// Every disc is wholly inside the image.
+  /// Every disc is wholly inside the image, and the print's side is seen.
   bool whole = false;
 };
 
@@ -32,14 +32,6 @@ struct TruthFrame : TruthView {
   std::optional<TruthView> right;
 };
 
-/// The right camera of a rig. A point x of the left camera's frame is R x + T in its own, metres.
-struct TruthRight {
-  cv::Size imageSize;
-  Lens lens;
-  cv::Matx33d R = cv::Matx33d::eye();
-  cv::Vec3d T;
-};
-
 struct Truth {
   /// Of the only or left camera.
   cv::Size imageSize;
@@ -47,9 +39,12 @@ struct Truth {
   Sheet sheet;
   std::uint64_t seed = 0;
   /// With it, every frame has a right view, and without it none.
-  std::optional<TruthRight> right;
+  std::optional<RigCamera> right;
   std::vector<TruthFrame> frames;
 };
+
+/// Projects the sheet for a picture.
+TruthView ViewOf(const Camera& camera, const Sheet& sheet, const Pose& pose, const std::string& file);
 
 /// A truth without frames yet.
 Truth TruthOf(const Scene& scene);
@@ -57,18 +52,18 @@ Truth TruthOf(const Scene& scene);
 /// Projects the sheet for a frame of the scene.
 TruthFrame TruthFrameOf(const Scene& scene, const Pose& pose, int index, const std::string& file = "");
 
-/// The same for a rig; the scene's camera does not count.
-Truth TruthOf(const Rig& rig, const Scene& scene);
+/// The same for a pair; the scene's camera does not count.
+Truth TruthOf(const Pair& pair, const Scene& scene);
 
 /// Projects the sheet for a pair of frames of the scene.
-TruthFrame TruthFrameOf(const Rig& rig, const Scene& scene, const Pose& leftPose, int index,
+TruthFrame TruthFrameOf(const Pair& pair, const Scene& scene, const Pose& leftPose, int index,
                         const std::string& leftFile = "", const std::string& rightFile = "");
 
-/// The rig of a truth. Throws std::invalid_argument when it is of one camera.
-Rig RigOf(const Truth& truth);
+/// The pair of a truth. Throws std::invalid_argument when it is of one camera.
+Pair PairOf(const Truth& truth);
 
-/// What the truth of a rig says about one camera, as a truth of its own; the seed is that of the rig. Throws
-/// std::invalid_argument when the truth is of one camera.
+/// What the truth of a pair says about one camera, as a truth of its own; the seed is that of the pair.
+/// Throws std::invalid_argument when the truth is of one camera.
 Truth LeftOf(const Truth& truth);
 Truth RightOf(const Truth& truth);
 

@@ -14,7 +14,6 @@
 
 using support::Process;
 using support::TemporaryFolder;
-using world::PicturePair;
 using world::Truth;
 
 namespace {
@@ -59,8 +58,8 @@ Outcome RenderRig(const TemporaryFolder& folder, const std::vector<std::string>&
   return Render(folder, all);
 }
 
-world::Rig SomeRig() {
-  return world::SideBySideRig({160, 120}, 65.0, 0.12, 6.0, {-0.1, 0.02, 0.0, 0.0}, {-0.12, 0.03, 0.0, 0.0});
+world::Pair SomeRig() {
+  return world::SideBySidePair({160, 120}, 65.0, 0.12, 6.0, {-0.1, 0.02, 0.0, 0.0}, {-0.12, 0.03, 0.0, 0.0});
 }
 
 world::Scene SomeScene() {
@@ -70,7 +69,7 @@ world::Scene SomeScene() {
   return scene;
 }
 
-PicturePair ExpectedPair(std::uint64_t number) {
+std::vector<cv::Mat> ExpectedPair(std::uint64_t number) {
   const std::vector<world::Pose> poses = world::RigViews(SomeRig(), static_cast<int>(number) + 1);
   return world::RigRenderer(SomeRig(), SomeScene()).Render(poses.back(), number);
 }
@@ -94,11 +93,11 @@ TEST(RenderProgram, WritesAFolderOfPicturesForEachCamera) {
   const TemporaryFolder folder;
   const Outcome outcome = RenderRig(folder, {"--views", "2", "--output", "out"});
   ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
-  const PicturePair pair = ExpectedPair(1);
-  EXPECT_SAME_MAT(cv::imread(folder.File("out/left/view001.png")), pair.left);
-  EXPECT_SAME_MAT(cv::imread(folder.File("out/right/view001.png")), pair.right);
+  const std::vector<cv::Mat> pair = ExpectedPair(1);
+  EXPECT_SAME_MAT(cv::imread(folder.File("out/left/view001.png")), pair[0]);
+  EXPECT_SAME_MAT(cv::imread(folder.File("out/right/view001.png")), pair[1]);
   const Truth truth = world::LoadTruth(folder.File("out/truth.json"));
-  const world::Rig rig = world::RigOf(truth);
+  const world::Pair rig = world::PairOf(truth);
   EXPECT_EQ(rig.R, SomeRig().R);
   EXPECT_EQ(rig.T, SomeRig().T);
   EXPECT_EQ(rig.left.lens.D(), SomeRig().left.lens.D());
@@ -129,7 +128,7 @@ TEST(RenderProgram, WritesATruthForEachCameraBesideItsPictures) {
 
 TEST(RenderProgram, CombinesBothCamerasInOnePicture) {
   const TemporaryFolder folder;
-  const PicturePair pair = ExpectedPair(0);
+  const std::vector<cv::Mat> pair = ExpectedPair(0);
   const Outcome beside = RenderRig(folder, {"--views", "1", "--output", "beside", "--combine", "vertical"});
   ASSERT_EQ(beside.exitCode, 0) << beside.errors;
   EXPECT_SAME_MAT(cv::imread(folder.File("beside/view000.png")), world::SideBySide(pair));
@@ -154,12 +153,12 @@ TEST(RenderProgram, WritesAVideoForEachCamera) {
   ASSERT_EQ(left.size(), 10U);
   ASSERT_EQ(right.size(), 10U);
   ASSERT_EQ(truth.frames.size(), 10U);
-  world::RigRenderer renderer(world::RigOf(truth), SomeScene());
+  world::RigRenderer renderer(world::PairOf(truth), SomeScene());
   for (std::size_t k = 0; k < truth.frames.size(); ++k) {
-    const PicturePair pair = renderer.Render(truth.frames[k].pose, k);
-    EXPECT_LT(Difference(left[k], pair.left), 4.0) << "frame " << k;
-    EXPECT_LT(Difference(right[k], pair.right), 4.0) << "frame " << k;
-    EXPECT_GT(Difference(left[k], pair.right), 8.0) << "frame " << k;
+    const std::vector<cv::Mat> pair = renderer.Render(truth.frames[k].pose, k);
+    EXPECT_LT(Difference(left[k], pair[0]), 4.0) << "frame " << k;
+    EXPECT_LT(Difference(right[k], pair[1]), 4.0) << "frame " << k;
+    EXPECT_GT(Difference(left[k], pair[1]), 8.0) << "frame " << k;
   }
   const Truth ofLeft = world::LoadTruth(folder.File("pair_left.truth.json"));
   const Truth ofRight = world::LoadTruth(folder.File("pair_right.truth.json"));
@@ -179,9 +178,9 @@ TEST(RenderProgram, CombinesBothCamerasInOneVideo) {
     const Truth truth = world::LoadTruth(folder.File(way + ".truth.json"));
     ASSERT_EQ(frames.size(), 4U);
     ASSERT_EQ(truth.frames.size(), 4U);
-    world::RigRenderer renderer(world::RigOf(truth), SomeScene());
+    world::RigRenderer renderer(world::PairOf(truth), SomeScene());
     for (std::size_t k = 0; k < frames.size(); ++k) {
-      const PicturePair pair = renderer.Render(truth.frames[k].pose, k);
+      const std::vector<cv::Mat> pair = renderer.Render(truth.frames[k].pose, k);
       const cv::Mat joined = way == "vertical" ? world::SideBySide(pair) : world::OneAboveTheOther(pair);
       EXPECT_LT(Difference(frames[k], joined), 4.0) << way << " frame " << k;
     }
@@ -204,7 +203,7 @@ TEST(RenderProgram, GivesBothCamerasTheSameLensByDefault) {
   const Outcome outcome = Render(folder, {"--rig", "--views", "1", "--size", "160x120", "--fx", "140", "--cx",
                                           "75", "--dist=-0.1,0.02,0,0"});
   ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
-  const world::Rig rig = world::RigOf(world::LoadTruth(folder.File("truth.json")));
+  const world::Pair rig = world::PairOf(world::LoadTruth(folder.File("truth.json")));
   EXPECT_EQ(rig.right.lens.K()(0, 0), 140.0);
   EXPECT_EQ(rig.right.lens.K(), rig.left.lens.K());
   EXPECT_EQ(rig.right.lens.D(), rig.left.lens.D());
@@ -221,7 +220,7 @@ TEST(RenderProgram, RefusesRigsThatMakeNoSense) {
       {{"--views", "2", "--combine", "vertical"}, "--combine goes only with --rig"},
       {{"--views", "2", "--rig", "--combine", "diagonal"}, "--combine"},
       {{"--views", "2", "--rig", "--baseline", "0"}, "--baseline"},
-      {{"--views", "2", "--rig", "--toe-in", "-90"}, "the two cameras cannot see the whole grid together"},
+      {{"--views", "2", "--rig", "--toe-in", "-90"}, "the cameras cannot see the whole grid together"},
       {{"--video", "pair.mp4", "--rig"}, ".avi"}};
   for (const auto& [arguments, message] : cases) {
     const Outcome outcome = Render(folder, arguments);

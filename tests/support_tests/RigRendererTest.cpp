@@ -12,7 +12,6 @@
 #include "Matchers.h"
 #include "Rigs.h"
 
-using world::PicturePair;
 using world::Pose;
 using world::RigRenderer;
 
@@ -41,25 +40,25 @@ bool Finds(const cv::Mat& picture, const world::Scene& scene, const Pose& pose) 
 }  // namespace
 
 TEST(RigRenderer, RendersWhatEachCameraSees) {
-  const world::Rig rig = OrdinaryRig();
+  const world::Pair rig = OrdinaryRig();
   const Pose pose = world::RigViews(rig, 2).back();
   RigRenderer renderer(rig, NoisyScene());
-  const PicturePair pair = renderer.Render(pose, 3);
-  EXPECT_SAME_MAT(pair.left, world::Renderer(renderer.LeftScene()).Render(pose, 3));
-  EXPECT_SAME_MAT(pair.right, world::Renderer(renderer.RightScene()).Render(world::RightPose(rig, pose), 3));
-  EXPECT_EQ(renderer.LeftScene().camera.lens.D(), rig.left.lens.D());
-  EXPECT_EQ(renderer.RightScene().camera.lens.D(), rig.right.lens.D());
-  EXPECT_EQ(renderer.LeftScene().seed, NoisyScene().seed);
+  const std::vector<cv::Mat> pair = renderer.Render(pose, 3);
+  EXPECT_SAME_MAT(pair[0], world::Renderer(renderer.SceneOf(0)).Render(pose, 3));
+  EXPECT_SAME_MAT(pair[1], world::Renderer(renderer.SceneOf(1)).Render(world::RightPose(rig, pose), 3));
+  EXPECT_EQ(renderer.SceneOf(0).camera.lens.D(), rig.left.lens.D());
+  EXPECT_EQ(renderer.SceneOf(1).camera.lens.D(), rig.right.lens.D());
+  EXPECT_EQ(renderer.SceneOf(0).seed, NoisyScene().seed);
 }
 
 TEST(RigRenderer, GivesEachCameraItsOwnNoise) {
-  RigRenderer renderer(world::SideBySideRig({64, 48}, 60.0, 0.1), NoisyScene());
-  const PicturePair pair = renderer.RenderEmpty();
-  EXPECT_FALSE(support::SameMat(pair.left, pair.right));
+  RigRenderer renderer(world::SideBySidePair({64, 48}, 60.0, 0.1), NoisyScene());
+  const std::vector<cv::Mat> pair = renderer.RenderEmpty();
+  EXPECT_FALSE(support::SameMat(pair[0], pair[1]));
   cv::Mat left;
   cv::Mat right;
-  pair.left.reshape(1).convertTo(left, CV_64F);
-  pair.right.reshape(1).convertTo(right, CV_64F);
+  pair[0].reshape(1).convertTo(left, CV_64F);
+  pair[1].reshape(1).convertTo(right, CV_64F);
   left -= cv::mean(left);
   right -= cv::mean(right);
   const double correlation = left.dot(right) / std::sqrt(left.dot(left) * right.dot(right));
@@ -67,26 +66,26 @@ TEST(RigRenderer, GivesEachCameraItsOwnNoise) {
 }
 
 TEST(RigRenderer, ShowsNothingOfASheetThatIsAway) {
-  const world::Rig rig = world::SideBySideRig({320, 240}, 60.0, 0.15, 10.0);
+  const world::Pair rig = world::SideBySidePair({320, 240}, 60.0, 0.15, 10.0);
   RigRenderer renderer(rig, NoisyScene());
   const Pose away = world::AwayPose(rig, world::Sheet(), world::RigViews(rig, 1).front());
-  const PicturePair pair = renderer.Render(away, 2);
-  const PicturePair empty = renderer.RenderEmpty(2);
-  EXPECT_SAME_MAT(pair.left, empty.left);
-  EXPECT_SAME_MAT(pair.right, empty.right);
+  const std::vector<cv::Mat> pair = renderer.Render(away, 2);
+  const std::vector<cv::Mat> empty = renderer.RenderEmpty(2);
+  EXPECT_SAME_MAT(pair[0], empty[0]);
+  EXPECT_SAME_MAT(pair[1], empty[1]);
 }
 
 TEST(RigRenderer, JoinsPicturesWithTheLeftOneFirst) {
-  const world::Rig rig = OrdinaryRig();
-  const PicturePair pair = RigRenderer(rig, NoisyScene()).Render(world::RigViews(rig, 1).front());
+  const world::Pair rig = OrdinaryRig();
+  const std::vector<cv::Mat> pair = RigRenderer(rig, NoisyScene()).Render(world::RigViews(rig, 1).front());
   const cv::Mat beside = world::SideBySide(pair);
   ASSERT_EQ(beside.size(), cv::Size(1280, 480));
-  EXPECT_SAME_MAT(beside.colRange(0, 640), pair.left);
-  EXPECT_SAME_MAT(beside.colRange(640, 1280), pair.right);
+  EXPECT_SAME_MAT(beside.colRange(0, 640), pair[0]);
+  EXPECT_SAME_MAT(beside.colRange(640, 1280), pair[1]);
   const cv::Mat above = world::OneAboveTheOther(pair);
   ASSERT_EQ(above.size(), cv::Size(640, 960));
-  EXPECT_SAME_MAT(above.rowRange(0, 480), pair.left);
-  EXPECT_SAME_MAT(above.rowRange(480, 960), pair.right);
+  EXPECT_SAME_MAT(above.rowRange(0, 480), pair[0]);
+  EXPECT_SAME_MAT(above.rowRange(480, 960), pair[1]);
 }
 
 TEST(RigRenderer, RefusesToJoinPicturesThatDiffer) {
@@ -99,14 +98,14 @@ TEST(RigRenderer, RefusesToJoinPicturesThatDiffer) {
 }
 
 TEST(RigRenderer, ShowsTheGridSoThatItIsFoundInNearlyAllPairs) {
-  const world::Rig rig = OrdinaryRig();
+  const world::Pair rig = OrdinaryRig();
   RigRenderer renderer(rig, NoisyScene());
   int found = 0;
   std::uint64_t frame = 0;
   for (const Pose& pose : world::RigViews(rig, 12)) {
-    const PicturePair pair = renderer.Render(pose, frame++);
-    const bool both = Finds(pair.left, renderer.LeftScene(), pose) &&
-                      Finds(pair.right, renderer.RightScene(), world::RightPose(rig, pose));
+    const std::vector<cv::Mat> pair = renderer.Render(pose, frame++);
+    const bool both = Finds(pair[0], renderer.SceneOf(0), pose) &&
+                      Finds(pair[1], renderer.SceneOf(1), world::RightPose(rig, pose));
     found += both ? 1 : 0;
   }
   EXPECT_GE(found, 11);

@@ -12,8 +12,8 @@
 #include "Rigs.h"
 #include "Views.h"
 
+using world::Pair;
 using world::Pose;
-using world::Rig;
 using world::Sheet;
 
 namespace {
@@ -29,12 +29,12 @@ double AngleOf(const cv::Matx33d& R) {
 }
 
 /// The direction of the right camera's optical axis in the left camera's frame.
-cv::Vec3d RightAxis(const Rig& rig) {
+cv::Vec3d RightAxis(const Pair& rig) {
   return rig.R.t() * cv::Vec3d(0.0, 0.0, 1.0);
 }
 
 /// Where the right camera stands in the left camera's frame.
-cv::Vec3d RightPlace(const Rig& rig) {
+cv::Vec3d RightPlace(const Pair& rig) {
   return rig.R.t() * rig.T * -1.0;
 }
 
@@ -43,7 +43,7 @@ double Apart(const Pose& a, const Pose& b) {
 }
 
 /// The middle of the true centres in the left image.
-cv::Point2d MiddleOf(const Rig& rig, const Pose& pose) {
+cv::Point2d MiddleOf(const Pair& rig, const Pose& pose) {
   const std::vector<cv::Point2d> centres = world::TrueCentres(rig.left.lens, Sheet(), pose);
   cv::Point2d sum(0.0, 0.0);
   for (const cv::Point2d& p : centres) sum += p;
@@ -56,7 +56,7 @@ struct StereoResult {
 };
 
 /// Calibrates a pair of cameras of known lenses from the true centres.
-StereoResult CalibratedFromTruth(const Rig& rig, const std::vector<Pose>& poses) {
+StereoResult CalibratedFromTruth(const Pair& rig, const std::vector<Pose>& poses) {
   std::vector<std::vector<cv::Point3f>> objects;
   std::vector<std::vector<cv::Point2f>> left;
   std::vector<std::vector<cv::Point2f>> right;
@@ -88,8 +88,8 @@ StereoResult CalibratedFromTruth(const Rig& rig, const std::vector<Pose>& poses)
 }  // namespace
 
 TEST(Rig, HasItsCamerasSideBySide) {
-  const Rig rig =
-      world::SideBySideRig({640, 480}, 60.0, 0.1, 0.0, {0.1, 0.0, 0.0, 0.0}, {0.2, 0.0, 0.0, 0.0});
+  const Pair rig =
+      world::SideBySidePair({640, 480}, 60.0, 0.1, 0.0, {0.1, 0.0, 0.0, 0.0}, {0.2, 0.0, 0.0, 0.0});
   EXPECT_LT(cv::norm(RightPlace(rig) - cv::Vec3d(0.1, 0.0, 0.0)), 1e-15);
   EXPECT_LT(cv::norm(RightAxis(rig) - cv::Vec3d(0.0, 0.0, 1.0)), 1e-15);
   EXPECT_EQ(rig.left.lens.D().front(), 0.1);
@@ -98,7 +98,7 @@ TEST(Rig, HasItsCamerasSideBySide) {
 }
 
 TEST(Rig, TurnsItsCamerasTowardEachOtherByTheToeIn) {
-  const Rig rig = world::SideBySideRig({640, 480}, 60.0, 0.2, 20.0);
+  const Pair rig = world::SideBySidePair({640, 480}, 60.0, 0.2, 20.0);
   EXPECT_NEAR(cv::norm(RightPlace(rig)), 0.2, 1e-15);
   EXPECT_NEAR(Degrees(std::acos(RightAxis(rig)[2])), 20.0, 1e-9);
   // Both axes meet before the cameras, as far from the one as from the other: 0.1 m / sin(10 degrees).
@@ -108,15 +108,15 @@ TEST(Rig, TurnsItsCamerasTowardEachOtherByTheToeIn) {
 }
 
 TEST(Rig, RefusesBaselinesAndToeInsThatCannotBe) {
-  EXPECT_THROW(world::SideBySideRig({640, 480}, 60.0, 0.0), std::invalid_argument);
-  EXPECT_THROW(world::SideBySideRig({640, 480}, 60.0, -0.1), std::invalid_argument);
-  EXPECT_THROW(world::SideBySideRig({640, 480}, 60.0, std::nan("")), std::invalid_argument);
-  EXPECT_THROW(world::SideBySideRig({640, 480}, 60.0, 0.1, 180.0), std::invalid_argument);
-  EXPECT_THROW(world::SideBySideRig({640, 480}, 60.0, 0.1, std::nan("")), std::invalid_argument);
+  EXPECT_THROW(world::SideBySidePair({640, 480}, 60.0, 0.0), std::invalid_argument);
+  EXPECT_THROW(world::SideBySidePair({640, 480}, 60.0, -0.1), std::invalid_argument);
+  EXPECT_THROW(world::SideBySidePair({640, 480}, 60.0, std::nan("")), std::invalid_argument);
+  EXPECT_THROW(world::SideBySidePair({640, 480}, 60.0, 0.1, 180.0), std::invalid_argument);
+  EXPECT_THROW(world::SideBySidePair({640, 480}, 60.0, 0.1, std::nan("")), std::invalid_argument);
 }
 
 TEST(Rig, RightPoseLeadsToTheRightCamerasCoordinates) {
-  for (const Rig& rig : ManyRigs()) {
+  for (const Pair& rig : ManyRigs()) {
     for (const Pose& pose : world::RigViews(rig, 3)) {
       const std::vector<cv::Point3d> left = world::ToCamera(Sheet().GridPoints(), pose);
       const std::vector<cv::Point3d> right =
@@ -129,13 +129,13 @@ TEST(Rig, RightPoseLeadsToTheRightCamerasCoordinates) {
   }
 }
 
-TEST(Rig, ViewsKeepAllDiscsInsideBothImages) {
+TEST(Rig, ViewsKeepAllDiscsInsideAllImages) {
   int number = 0;
-  for (const Rig& rig : ManyRigs()) {
+  for (const Pair& rig : ManyRigs()) {
     const std::vector<Pose> poses = world::RigViews(rig, 30);
     ASSERT_EQ(poses.size(), 30U);
     for (const Pose& pose : poses) {
-      EXPECT_TRUE(world::DiscsInsideBoth(rig, Sheet(), pose, 0.9)) << "rig " << number;
+      EXPECT_TRUE(world::DiscsInsideAll(rig, Sheet(), pose, 0.9)) << "rig " << number;
       EXPECT_TRUE(world::FacesCamera(pose)) << "rig " << number;
       EXPECT_TRUE(world::FacesCamera(world::RightPose(rig, pose))) << "rig " << number;
     }
@@ -144,22 +144,22 @@ TEST(Rig, ViewsKeepAllDiscsInsideBothImages) {
 }
 
 TEST(Rig, InsideBothMeansInsideEach) {
-  const Rig rig = OrdinaryRig();
+  const Pair rig = OrdinaryRig();
   Pose pose = world::RigViews(rig, 1).front();
-  EXPECT_TRUE(world::DiscsInsideBoth(rig, Sheet(), pose));
+  EXPECT_TRUE(world::DiscsInsideAll(rig, Sheet(), pose));
   // Moved so far to one side that one camera alone sees it all.
   Pose left = pose;
   while (world::DiscsInside(rig.right, Sheet(), world::RightPose(rig, left))) left.tvec[0] -= 0.005;
   EXPECT_TRUE(world::DiscsInside(rig.left, Sheet(), left));
-  EXPECT_FALSE(world::DiscsInsideBoth(rig, Sheet(), left));
+  EXPECT_FALSE(world::DiscsInsideAll(rig, Sheet(), left));
   Pose right = pose;
   while (world::DiscsInside(rig.left, Sheet(), right)) right.tvec[0] += 0.005;
   EXPECT_TRUE(world::DiscsInside(rig.right, Sheet(), world::RightPose(rig, right)));
-  EXPECT_FALSE(world::DiscsInsideBoth(rig, Sheet(), right));
+  EXPECT_FALSE(world::DiscsInsideAll(rig, Sheet(), right));
 }
 
 TEST(Rig, ViewsOfARoundOfTheListAllDiffer) {
-  for (const Rig& rig : ManyRigs()) {
+  for (const Pair& rig : ManyRigs()) {
     const std::vector<Pose> poses = world::RigViews(rig, 24);
     for (std::size_t k = 0; k < poses.size(); ++k) {
       for (std::size_t other = 0; other < k; ++other) EXPECT_GT(Apart(poses[k], poses[other]), 0.02);
@@ -169,12 +169,12 @@ TEST(Rig, ViewsOfARoundOfTheListAllDiffer) {
 
 TEST(Rig, ViewsMakeTheMostOfTheImagesTheyShare) {
   // Cameras that nearly coincide have the views of a single one.
-  const Rig close = world::SideBySideRig({640, 480}, 60.0, 1e-6);
+  const Pair close = world::SideBySidePair({640, 480}, 60.0, 1e-6);
   const std::vector<Pose> single = world::SpreadViews(close.left, 24);
   const std::vector<Pose> both = world::RigViews(close, 24);
   for (std::size_t k = 0; k < single.size(); ++k) EXPECT_LT(Apart(single[k], both[k]), 1e-2) << k;
   // Further apart, the places still spread over the left image.
-  const Rig wide = world::SideBySideRig({640, 480}, 60.0, 0.15);
+  const Pair wide = world::SideBySidePair({640, 480}, 60.0, 0.15);
   double least = 640.0;
   double most = 0.0;
   for (const Pose& pose : world::RigViews(wide, 12)) {
@@ -184,10 +184,10 @@ TEST(Rig, ViewsMakeTheMostOfTheImagesTheyShare) {
   EXPECT_GT(most - least, 0.2 * 640);
 }
 
-TEST(Rig, SampledViewsKeepAllDiscsInsideBothImages) {
-  for (const Rig& rig : {ManyRigs().front(), ManyRigs().back()}) {
+TEST(Rig, SampledViewsKeepAllDiscsInsideAllImages) {
+  for (const Pair& rig : {ManyRigs().front(), ManyRigs().back()}) {
     for (const Pose& pose : world::SampleRigViews(rig, 20, 5)) {
-      EXPECT_TRUE(world::DiscsInsideBoth(rig, Sheet(), pose, 0.9));
+      EXPECT_TRUE(world::DiscsInsideAll(rig, Sheet(), pose, 0.9));
       EXPECT_TRUE(world::FacesCamera(pose));
       EXPECT_TRUE(world::FacesCamera(world::RightPose(rig, pose)));
     }
@@ -205,31 +205,31 @@ TEST(Rig, SampledViewsDependOnTheSeedAlone) {
 }
 
 TEST(Rig, ViewsFitOtherGrids) {
-  const Rig rig = OrdinaryRig();
+  const Pair rig = OrdinaryRig();
   const Sheet sheet(cv::Size(5, 6), 0.05);
   for (const Pose& pose : world::RigViews(rig, 16, sheet)) {
-    EXPECT_TRUE(world::DiscsInsideBoth(rig, sheet, pose, 0.9));
+    EXPECT_TRUE(world::DiscsInsideAll(rig, sheet, pose, 0.9));
   }
 }
 
 TEST(Rig, SaysWhenItsCamerasCannotSeeTheGridTogether) {
-  const Rig parting = world::SideBySideRig({640, 480}, 60.0, 0.1, -120.0);
-  const Rig facing = world::SideBySideRig({640, 480}, 60.0, 2.0, 160.0);
-  for (const Rig& rig : {parting, facing}) {
+  const Pair parting = world::SideBySidePair({640, 480}, 60.0, 0.1, -120.0);
+  const Pair facing = world::SideBySidePair({640, 480}, 60.0, 2.0, 160.0);
+  for (const Pair& rig : {parting, facing}) {
     for (const auto& views : {std::function<void()>([&] { world::RigViews(rig, 1); }),
                               std::function<void()>([&] { world::SampleRigViews(rig, 1, 1); })}) {
       try {
         views();
         ADD_FAILURE() << "found a view";
       } catch (const std::runtime_error& fault) {
-        EXPECT_STREQ(fault.what(), "the two cameras cannot see the whole grid together");
+        EXPECT_STREQ(fault.what(), "the cameras cannot see the whole grid together");
       }
     }
   }
 }
 
 TEST(Rig, AwayPoseShowsNoPartOfTheSheetInEitherImage) {
-  for (const Rig& rig : ManyRigs()) {
+  for (const Pair& rig : ManyRigs()) {
     const Pose away = world::AwayPose(rig, Sheet(), world::RigViews(rig, 1).front());
     EXPECT_FALSE(world::ShowsSheet(rig.left, Sheet(), away));
     EXPECT_FALSE(world::ShowsSheet(rig.right, Sheet(), world::RightPose(rig, away)));
@@ -237,7 +237,7 @@ TEST(Rig, AwayPoseShowsNoPartOfTheSheetInEitherImage) {
 }
 
 TEST(Rig, PathGoesThroughItsViewsAndAwayFromBothCameras) {
-  const Rig rig = OrdinaryRig();
+  const Pair rig = OrdinaryRig();
   const std::vector<Pose> views = world::RigViews(rig, 4);
   const world::Trajectory path = world::ThroughViews(rig, Sheet(), views, 10.0, 2);
   ASSERT_EQ(path.Keys(), 5U);
@@ -247,7 +247,7 @@ TEST(Rig, PathGoesThroughItsViewsAndAwayFromBothCameras) {
 }
 
 TEST(Rig, IsRecoveredFromTheTrueCentresOfTwelveViews) {
-  for (const Rig& rig : ManyRigs()) {
+  for (const Pair& rig : ManyRigs()) {
     const StereoResult result = CalibratedFromTruth(rig, world::RigViews(rig, 12));
     EXPECT_NEAR(cv::norm(result.T), cv::norm(rig.T), 1e-4 * cv::norm(rig.T));
     EXPECT_LT(cv::norm(result.T - rig.T), 1e-4 * cv::norm(rig.T));

@@ -32,8 +32,8 @@ Truth SomeTruth() {
   return truth;
 }
 
-world::Rig SomeRig() {
-  return world::SideBySideRig(OrdinaryCamera(), world::CameraFromFieldOfView({320, 240}, 50.0), 0.08, 4.0);
+world::Pair SomeRig() {
+  return world::SideBySidePair(OrdinaryCamera(), world::CameraFromFieldOfView({320, 240}, 50.0), 0.08, 4.0);
 }
 
 Truth SomeRigTruth() {
@@ -109,17 +109,17 @@ TEST(Truth, OfOneCameraHasNoTraceOfASecond) {
   const Truth loaded = world::LoadTruth(folder.File("truth.json"));
   EXPECT_FALSE(loaded.right.has_value());
   EXPECT_FALSE(loaded.frames[0].right.has_value());
-  EXPECT_THROW(world::RigOf(loaded), std::invalid_argument);
+  EXPECT_THROW(world::PairOf(loaded), std::invalid_argument);
   EXPECT_THROW(world::LeftOf(loaded), std::invalid_argument);
   EXPECT_THROW(world::RightOf(loaded), std::invalid_argument);
 }
 
-TEST(Truth, OfARigComesBackFromItsFileUnchanged) {
+TEST(Truth, OfAPairComesBackFromItsFileUnchanged) {
   const TemporaryFolder folder;
   const Truth saved = SomeRigTruth();
   world::SaveTruth(saved, folder.File("truth.json"));
   const Truth loaded = world::LoadTruth(folder.File("truth.json"));
-  const world::Rig rig = world::RigOf(loaded);
+  const world::Pair rig = world::PairOf(loaded);
   EXPECT_EQ(rig.left.size, cv::Size(640, 480));
   EXPECT_EQ(rig.left.lens.K(), SomeRig().left.lens.K());
   EXPECT_EQ(rig.left.lens.D(), SomeRig().left.lens.D());
@@ -137,7 +137,7 @@ TEST(Truth, OfARigComesBackFromItsFileUnchanged) {
   }
 }
 
-TEST(Truth, OfARigHoldsWhatEachCameraSees) {
+TEST(Truth, OfAPairHoldsWhatEachCameraSees) {
   const Truth truth = SomeRigTruth();
   const world::Pose pose = world::RigViews(SomeRig(), 2).back();
   const world::TruthFrame& frame = truth.frames[1];
@@ -152,7 +152,7 @@ TEST(Truth, OfARigHoldsWhatEachCameraSees) {
   EXPECT_TRUE(frame.right->whole);
 }
 
-TEST(Truth, OfARigFallsApartIntoThoseOfItsCameras) {
+TEST(Truth, OfAPairFallsApartIntoThoseOfItsCameras) {
   const Truth truth = SomeRigTruth();
   const Truth left = world::LeftOf(truth);
   EXPECT_FALSE(left.right.has_value());
@@ -174,7 +174,7 @@ TEST(Truth, OfARigFallsApartIntoThoseOfItsCameras) {
   }
 }
 
-TEST(Truth, NamesTheFaultOfABrokenFileOfARig) {
+TEST(Truth, NamesTheFaultOfABrokenFileOfAPair) {
   for (const char* key : {"imageSize", "K", "D", "R", "T"}) {
     nlohmann::json document = GoodDocument(SomeRigTruth());
     document["right"].erase(key);

@@ -34,7 +34,7 @@ std::vector<cv::Mat> ViewsOf(const world::Camera& camera, int count) {
   return pictures;
 }
 
-std::vector<cv::Mat> SideBySideViewsOf(const world::Rig& rig, int count) {
+std::vector<cv::Mat> SideBySideViewsOf(const world::Pair& rig, int count) {
   world::RigRenderer renderer(rig, SceneOf(rig.left));
   std::vector<cv::Mat> pictures;
   for (const world::Pose& pose : world::RigViews(rig, count)) {

@@ -19,7 +19,7 @@ std::vector<cv::Mat> ViewsOf(const world::Camera& camera, int count);
 cv::Mat EmptyView(const world::Camera& camera);
 
 /// Pictures side by side of the sheet in `count` well spread poses before a rig.
-std::vector<cv::Mat> SideBySideViewsOf(const world::Rig& rig, int count);
+std::vector<cv::Mat> SideBySideViewsOf(const world::Pair& rig, int count);
 
 /// Puts pictures of the same size side by side.
 cv::Mat Beside(const cv::Mat& left, const cv::Mat& right);

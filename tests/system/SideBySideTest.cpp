@@ -72,8 +72,8 @@ class SideBySide : public testing::Test {
     EXPECT_LT(result.readDouble("error"), 0.3);
   }
 
-  const world::Rig rig_ =
-      world::SideBySideRig({640, 480}, 60.0, BASELINE, 0.0, {-0.1, 0.02, 0, 0, 0}, {-0.1, 0.02, 0, 0, 0});
+  const world::Pair rig_ =
+      world::SideBySidePair({640, 480}, 60.0, BASELINE, 0.0, {-0.1, 0.02, 0, 0, 0}, {-0.1, 0.02, 0, 0, 0});
   support::TemporaryFolder folder_;
   Desktop desktop_;
   std::vector<std::string> source_;

@@ -53,8 +53,8 @@ double DegreesBetween(const cv::Matx33d& a, const cv::Matx33d& b) {
 }
 
 TEST_F(Stereo, ThreeStepsLeadFromASideBySideVideoToTheStereoResult) {
-  const world::Rig rig =
-      world::SideBySideRig({640, 480}, 60.0, 0.08, 2.0, {-0.1, 0.02, 0, 0, 0}, {-0.08, 0.01, 0, 0, 0});
+  const world::Pair rig =
+      world::SideBySidePair({640, 480}, 60.0, 0.08, 2.0, {-0.1, 0.02, 0, 0, 0}, {-0.08, 0.01, 0, 0, 0});
   WriteVideo(video_, SideBySideViewsOf(rig, 72), 4);
   CalibrateAlone("left");
   CalibrateAlone("right");

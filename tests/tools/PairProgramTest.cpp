@@ -30,10 +30,10 @@ class PairProgram : public ::testing::Test {
     world::RigRenderer renderer(rig_, scene);
     std::uint64_t number = 0;
     for (const world::Pose& pose : world::RigViews(rig_, 12)) {
-      const world::PicturePair pair = renderer.Render(pose, number);
+      const std::vector<cv::Mat> pair = renderer.Render(pose, number);
       const std::string name = "/" + std::to_string(100 + number++) + ".png";
-      cv::imwrite(folder_->File("left") + name, pair.left);
-      cv::imwrite(folder_->File("right") + name, pair.right);
+      cv::imwrite(folder_->File("left") + name, pair[0]);
+      cv::imwrite(folder_->File("right") + name, pair[1]);
       cv::imwrite(folder_->File("both") + name, world::SideBySide(pair));
     }
   }
@@ -58,12 +58,12 @@ class PairProgram : public ::testing::Test {
   }
 
   static support::TemporaryFolder* folder_;
-  static const world::Rig rig_;
+  static const world::Pair rig_;
 };
 
 support::TemporaryFolder* PairProgram::folder_ = nullptr;
-const world::Rig PairProgram::rig_ =
-    world::SideBySideRig({640, 480}, 60.0, 0.08, 2.0, {-0.1, 0.02, 0, 0, 0}, {-0.08, 0.01, 0, 0, 0});
+const world::Pair PairProgram::rig_ =
+    world::SideBySidePair({640, 480}, 60.0, 0.08, 2.0, {-0.1, 0.02, 0, 0, 0}, {-0.08, 0.01, 0, 0, 0});
 
 TEST_F(PairProgram, TwoFoldersBecomeThreeResultFiles) {
   Process tool({VELMORA_BATCH, folder_->File("left"), "--right", folder_->File("right"), "--hdist", "0.2",

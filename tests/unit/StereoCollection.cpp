@@ -41,7 +41,7 @@ world::Renderer& RightRenderer() {
 }
 
 PicturePair Render(const world::Pose& pose, std::uint64_t number) {
-  const world::Rig& rig = PairOfCameras();
+  const world::Pair& rig = PairOfCameras();
   const world::Pose rightPose = world::RightPose(rig, pose);
   return {LeftRenderer().Render(pose, number), RightRenderer().Render(rightPose, number),
           world::TrueCentres(rig.left.lens, PrintedSheet(), pose),
@@ -70,8 +70,8 @@ std::vector<std::vector<cv::Point2f>> InSinglePrecision(const PointLists& lists)
 
 }  // namespace
 
-const world::Rig& PairOfCameras() {
-  static const world::Rig rig = [] {
+const world::Pair& PairOfCameras() {
+  static const world::Pair rig = [] {
     const world::Camera left =
         world::CameraFromFieldOfView(FRAME, 62.0,
                                      {-0.21, 0.06, 0.0008, -0.0006, -0.008, 0.03, -0.01, 0.004, 0.0006,
@@ -80,7 +80,7 @@ const world::Rig& PairOfCameras() {
         world::CameraFromFieldOfView(FRAME, 58.0,
                                      {-0.15, 0.03, -0.0005, 0.0007, 0.004, -0.02, 0.015, -0.003, -0.0005,
                                       0.0003, -0.0002, 0.0004, -0.003, 0.002});
-    world::Rig sideBySide = world::SideBySideRig(left, right, 0.11, 8.0);
+    world::Pair sideBySide = world::SideBySidePair(left, right, 0.11, 8.0);
     // No mounting is exact: a small roll, and a right camera a little higher and further ahead.
     cv::Matx33d roll;
     cv::Rodrigues(cv::Vec3d(0.01, 0.0, 0.02), roll);
@@ -92,7 +92,7 @@ const world::Rig& PairOfCameras() {
 }
 
 PointPairs NoisyPairs(int count) {
-  const world::Rig& rig = PairOfCameras();
+  const world::Pair& rig = PairOfCameras();
   cv::RNG random(21);
   PointPairs pairs;
   for (const world::Pose& pose : world::RigViews(rig, count, PrintedSheet())) {

@@ -21,7 +21,7 @@ struct PointPairs {
 
 /// Two cameras of the processing size that differ in their lenses. All 14 distortion coefficients of both are
 /// other than zero, so every lens model sees other cameras.
-const world::Rig& PairOfCameras();
+const world::Pair& PairOfCameras();
 
 /// Centres of the grid in `count` different pairs of views, with a little noise. Made without pictures.
 PointPairs NoisyPairs(int count);

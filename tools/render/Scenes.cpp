@@ -62,9 +62,9 @@ world::Scene SceneOf(const Arguments& a) {
   return scene;
 }
 
-world::Rig RigOf(const Arguments& a) {
+world::Pair PairOf(const Arguments& a) {
   const std::vector<double>& right = a.rightDistortion.empty() ? a.distortion : a.rightDistortion;
-  return world::SideBySideRig(CameraOf(a, a.distortion), CameraOf(a, right), a.baseline, a.toeIn);
+  return world::SideBySidePair(CameraOf(a, a.distortion), CameraOf(a, right), a.baseline, a.toeIn);
 }
 
 std::vector<world::Pose> ViewsOf(const Arguments& a, const world::Scene& scene, int count) {
@@ -72,7 +72,7 @@ std::vector<world::Pose> ViewsOf(const Arguments& a, const world::Scene& scene, 
                   : world::SampleViews(scene.camera, count, scene.seed, scene.sheet);
 }
 
-std::vector<world::Pose> ViewsOf(const Arguments& a, const world::Rig& rig, const world::Sheet& sheet,
+std::vector<world::Pose> ViewsOf(const Arguments& a, const world::Pair& rig, const world::Sheet& sheet,
                                  int count) {
   return a.spread ? world::RigViews(rig, count, sheet) : world::SampleRigViews(rig, count, a.seed, sheet);
 }

@@ -15,7 +15,7 @@ namespace render {
 namespace {
 
 /// The pair in one picture, as the command line wants it.
-cv::Mat Combined(const Arguments& a, const world::PicturePair& pair) {
+cv::Mat Combined(const Arguments& a, const std::vector<cv::Mat>& pair) {
   return a.combine == "vertical" ? world::SideBySide(pair) : world::OneAboveTheOther(pair);
 }
 
@@ -39,12 +39,12 @@ class PairVideo {
  public:
   explicit PairVideo(const Arguments& arguments) : arguments_(arguments) {}
 
-  void Write(const world::PicturePair& pair) {
+  void Write(const std::vector<cv::Mat>& pair) {
     if (!arguments_.combine.empty()) {
       Write(left_, arguments_.video, Combined(arguments_, pair));
     } else {
-      Write(left_, NameOf(arguments_.video, "left"), pair.left);
-      Write(right_, NameOf(arguments_.video, "right"), pair.right);
+      Write(left_, NameOf(arguments_.video, "left"), pair[0]);
+      Write(right_, NameOf(arguments_.video, "right"), pair[1]);
     }
   }
 
@@ -63,7 +63,7 @@ class PairVideo {
 
 void RenderPicturePairs(const Arguments& a) {
   const world::Scene scene = SceneOf(a);
-  const world::Rig rig = RigOf(a);
+  const world::Pair rig = PairOf(a);
   const std::vector<world::Pose> poses = ViewsOf(a, rig, scene.sheet, a.views);
   const std::filesystem::path folder(a.output);
   const bool combined = !a.combine.empty();
@@ -74,12 +74,12 @@ void RenderPicturePairs(const Arguments& a) {
   Progress progress;
   for (int k = 0; k < a.views; ++k) {
     const world::Pose& pose = poses[static_cast<std::size_t>(k)];
-    const world::PicturePair pair = renderer.Render(pose, static_cast<std::uint64_t>(k));
+    const std::vector<cv::Mat> pair = renderer.Render(pose, static_cast<std::uint64_t>(k));
     const std::string name = PictureName(k);
     const std::string left = combined ? name : "left/" + name;
     const std::string right = combined ? name : "right/" + name;
-    WritePicture((folder / left).string(), combined ? Combined(a, pair) : pair.left);
-    if (!combined) WritePicture((folder / right).string(), pair.right);
+    WritePicture((folder / left).string(), combined ? Combined(a, pair) : pair[0]);
+    if (!combined) WritePicture((folder / right).string(), pair[1]);
     truth.frames.push_back(world::TruthFrameOf(rig, scene, pose, k, left, right));
     progress.Step(k + 1, a.views);
   }
@@ -91,7 +91,7 @@ void RenderPicturePairs(const Arguments& a) {
 
 void RenderVideoPair(const Arguments& a) {
   const world::Scene scene = SceneOf(a);
-  const world::Rig rig = RigOf(a);
+  const world::Pair rig = PairOf(a);
   const int frames = FramesOf(a);
   const world::Trajectory path =
       world::ThroughViews(rig, scene.sheet, ViewsOf(a, rig, scene.sheet, KeysOf(a)), a.seconds, a.away);
