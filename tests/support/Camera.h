@@ -20,10 +20,10 @@ struct Pose {
   cv::Vec3d tvec;
 };
 
-/// Where a camera is in a rig: a point x of the rig's frame is R x + T in the camera's, metres.
+/// A camera and where it is in a rig: a point x of the rig's frame is R x + T in the camera's, metres.
 struct RigCamera : Camera {
   cv::Matx33d R = cv::Matx33d::eye();
-  cv::Vec3d T;
+  cv::Vec3d T = {};
 };
 
 /// Where the grid is for a camera of a rig when it has the pose for the rig.

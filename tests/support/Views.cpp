@@ -68,6 +68,8 @@ bool ShowsSheet(const Camera& camera, const Sheet& sheet, const Pose& pose) {
       points.push_back(corners[k] + t * (corners[(k + 1) % corners.size()] - corners[k]));
     }
   }
+  const std::vector<cv::Point3d> centres = sheet.GridPoints();  // where the paper is larger than the image
+  points.insert(points.end(), centres.begin(), centres.end());
   const std::vector<cv::Point2d> pixels = ProjectPoints(camera.lens, points, pose);
   return std::any_of(pixels.begin(), pixels.end(), [&](const cv::Point2d& p) {
     return p.x > -2.0 && p.y > -2.0 && p.x < camera.size.width + 1 && p.y < camera.size.height + 1;

@@ -30,7 +30,8 @@ std::vector<Pose> SpreadViews(const Camera& camera, int n, const Sheet& sheet = 
 /// Poses without any tilt, which say nothing about the focal length. Throws as SampleViews does.
 std::vector<Pose> FrontalViews(const Camera& camera, int n, const Sheet& sheet = Sheet());
 
-/// True when some of the paper's edge is in the image or within a pixel or two of it.
+/// True when some of the paper's edge, or of the discs' centres, is in the image or within a pixel or two of
+/// it.
 bool ShowsSheet(const Camera& camera, const Sheet& sheet, const Pose& pose);
 
 /// A pose outside the image: the given one moved sideways until no part of the sheet is imaged.

@@ -9,6 +9,7 @@
 #include <opencv2/imgproc.hpp>
 #include <stdexcept>
 
+#include "Arrangement.h"
 #include "Matchers.h"
 #include "Rigs.h"
 
@@ -63,6 +64,20 @@ TEST(RigRenderer, GivesEachCameraItsOwnNoise) {
   right -= cv::mean(right);
   const double correlation = left.dot(right) / std::sqrt(left.dot(left) * right.dot(right));
   EXPECT_LT(std::abs(correlation), 0.05);
+}
+
+TEST(RigRenderer, RendersAnyNumberOfCamerasAsAloneAndWithTheirOwnNoise) {
+  const world::Rig rig = world::RowRig(world::CameraFromFieldOfView({64, 48}, 60.0), 4, 0.05);
+  const Pose pose = world::RigViews(world::PartOf(rig, {0, 1}), 1).front();
+  RigRenderer renderer(rig, NoisyScene());
+  const std::vector<cv::Mat> pictures = renderer.Render(pose, 3);
+  const std::vector<cv::Mat> empty = renderer.RenderEmpty();
+  ASSERT_EQ(pictures.size(), 4U);
+  for (std::size_t k = 0; k < pictures.size(); ++k) {
+    const Pose own = world::PoseFor(rig, k, pose);
+    EXPECT_SAME_MAT(pictures[k], world::Renderer(renderer.SceneOf(k)).Render(own, 3));
+    for (std::size_t other = 0; other < k; ++other) EXPECT_FALSE(support::SameMat(empty[k], empty[other]));
+  }
 }
 
 TEST(RigRenderer, ShowsNothingOfASheetThatIsAway) {

@@ -9,6 +9,7 @@
 #include <opencv2/calib3d.hpp>
 #include <stdexcept>
 
+#include "Arrangement.h"
 #include "Rigs.h"
 #include "Views.h"
 
@@ -126,6 +127,56 @@ TEST(Rig, RightPoseLeadsToTheRightCamerasCoordinates) {
         EXPECT_LT(cv::norm(cv::Vec3d(right[k].x, right[k].y, right[k].z) - expected), 1e-12);
       }
     }
+  }
+}
+
+TEST(Rig, OfAPairHasTheLeftCameraFirst) {
+  const Pair pair = ManyRigs().back();
+  const world::Rig rig = pair;
+  ASSERT_EQ(rig.cameras.size(), 2U);
+  EXPECT_EQ(rig.cameras[0].R, cv::Matx33d::eye());
+  EXPECT_EQ(rig.cameras[0].T, cv::Vec3d());
+  EXPECT_EQ(rig.cameras[0].lens.K(), pair.left.lens.K());
+  EXPECT_EQ(rig.cameras[1].lens.K(), pair.right.lens.K());
+  const Pose pose = world::RigViews(pair, 2).back();
+  EXPECT_EQ(Apart(world::PoseFor(rig, 0, pose), pose), 0.0);
+  EXPECT_EQ(Apart(world::PoseFor(rig, 1, pose), world::RightPose(pair, pose)), 0.0);
+}
+
+TEST(Rig, PosesLeadFromTheRigToACameraAndBack) {
+  const world::Rig rig = world::RowRig(OrdinaryRig().left, 4, 0.1);
+  const Pose pose = world::SpreadViews(rig.cameras[0], 2).back();
+  for (const world::RigCamera& camera : rig.cameras) {
+    const Pose own = world::PoseFor(camera, pose);
+    EXPECT_LT(Apart(world::RigPoseFrom(camera, own), pose), 1e-12);
+    const cv::Point3d inRig = world::ToCamera({{0.06, 0.2, 0.0}}, pose).front();
+    const cv::Point3d inCamera = world::ToCamera({{0.06, 0.2, 0.0}}, own).front();
+    const cv::Vec3d expected = camera.R * cv::Vec3d(inRig.x, inRig.y, inRig.z) + camera.T;
+    EXPECT_LT(cv::norm(cv::Vec3d(inCamera.x, inCamera.y, inCamera.z) - expected), 1e-12);
+  }
+}
+
+TEST(Rig, PartsHaveTheirFirstCamerasFrame) {
+  const world::Rig rig = world::RowRig(OrdinaryRig().left, 4, 0.1);
+  const world::Rig part = world::PartOf(rig, {2, 0, 3});
+  ASSERT_EQ(part.cameras.size(), 3U);
+  EXPECT_EQ(part.cameras[0].R, cv::Matx33d::eye());
+  EXPECT_EQ(part.cameras[0].T, cv::Vec3d());
+  const Pose pose = world::SpreadViews(rig.cameras[0], 2).back();
+  const Pose forPart = world::PoseFor(rig, 2, pose);
+  EXPECT_LT(Apart(world::PoseFor(part, 1, forPart), pose), 1e-12);
+  EXPECT_LT(Apart(world::PoseFor(part, 2, forPart), world::PoseFor(rig, 3, pose)), 1e-12);
+  EXPECT_EQ(part.cameras[2].lens.K(), rig.cameras[3].lens.K());
+}
+
+TEST(Rig, ViewsOfThreeCamerasKeepAllDiscsInsideAllImages) {
+  const world::Rig rig = world::RowRig(OrdinaryRig().left, 3, 0.06);
+  for (const Pose& pose : world::RigViews(rig, 12)) {
+    EXPECT_TRUE(world::DiscsInsideAll(rig, Sheet(), pose, 0.9));
+  }
+  const Pose away = world::AwayPose(rig, Sheet(), world::RigViews(rig, 1).front());
+  for (std::size_t k = 0; k < 3; ++k) {
+    EXPECT_FALSE(world::ShowsSheet(rig.cameras[k], Sheet(), world::PoseFor(rig, k, away)));
   }
 }
 

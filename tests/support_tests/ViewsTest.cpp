@@ -149,6 +149,13 @@ TEST(Views, ListsFitOtherGrids) {
   }
 }
 
+TEST(Views, SheetThatFillsTheImageIsShown) {
+  const Camera camera = world::CameraFromFieldOfView({640, 480}, 60.0);
+  Pose pose = world::SpreadViews(camera, 1).front();
+  pose.tvec *= 0.2;
+  EXPECT_TRUE(world::ShowsSheet(camera, Sheet(), pose));
+}
+
 TEST(Views, AwayPoseShowsNoPartOfTheSheet) {
   for (const Camera& camera : ManyCameras()) {
     const Pose view = world::SpreadViews(camera, 1).front();
