@@ -2,6 +2,7 @@
 #include "render/Arguments.h"
 
 #include <CLI/CLI.hpp>
+#include <charconv>
 
 #include "Numbers.h"
 
@@ -64,16 +65,44 @@ void DeclareScene(CLI::App& app, Arguments& a) {
   app.add_option("--seed", a.seed, "Seed of everything random")->capture_default_str();
 }
 
+/// The number of cameras that --rig is given.
+int CamerasIn(const std::string& text) {
+  constexpr int MOST_CAMERAS = 100;
+  int count = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, fault] = std::from_chars(text.data(), end, count);
+  if (fault != std::errc() || stop != end || count < 2 || count > MOST_CAMERAS) {
+    throw CLI::ValidationError(
+        "--rig", "'" + text + "' is not a number of cameras from 2 to " + std::to_string(MOST_CAMERAS));
+  }
+  return count;
+}
+
 void DeclareRig(CLI::App& app, Arguments& a) {
-  CLI::Option* rig = app.add_flag("--rig", a.rig,
-                                  "Two cameras: folders left and right in that of the pictures, videos "
-                                  "FILE_left.avi and FILE_right.avi");
-  app.add_option("--baseline", a.baseline, "Distance of the cameras, metres")
+  const auto take = [&a](const std::string& count) {
+    a.rig = true;
+    a.cameras = count.empty() ? 0 : CamerasIn(count);
+  };
+  CLI::Option* rig = app.add_option_function<std::string>(
+      "--rig", take,
+      "Two cameras: folders left and right in that of the pictures, videos FILE_left.avi and FILE_right.avi. "
+      "With a number: so many cameras in a row, folders camera-0, camera-1, ...");
+  rig->expected(0, 1)->type_name("[N]");
+  CLI::Option* ring = app.add_flag("--ring", a.ring,
+                                   "With a number of cameras: in a ring around the sheet instead of a row; "
+                                   "from three on, the grid is never to be found by all of them at once")
+                          ->needs(rig);
+  app.add_flag("--leave-out-empty", a.leaveOutEmpty,
+               "With a number of cameras: no picture where nothing of the sheet is in it, instead of one of "
+               "the background")
+      ->needs(rig);
+  app.add_option("--baseline", a.baseline, "Distance of the cameras, metres; in a row, of neighbours")
       ->capture_default_str()
       ->check(FaultUnlessPositive, "POSITIVE")
-      ->needs(rig);
+      ->needs(rig)
+      ->excludes(ring);
   app.add_option("--toe-in", a.toeIn, "Angle at which the cameras' axes meet, degrees")
-      ->capture_default_str()
+      ->default_str("0")
       ->check(CLI::Range(-90.0, 90.0))
       ->needs(rig);
   app.add_option("--dist-right", a.rightDistortion,

@@ -36,8 +36,12 @@ struct Arguments {
   bool spread = false;
   std::uint64_t seed = 1;
   bool rig = false;
+  /// Of a rig with a number of cameras; 0 of a pair.
+  int cameras = 0;
+  bool ring = false;
+  bool leaveOutEmpty = false;
   double baseline = 0.1;
-  double toeIn = 0.0;
+  std::optional<double> toeIn;
   std::vector<double> rightDistortion;
   std::string combine;
 };

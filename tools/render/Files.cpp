@@ -23,6 +23,13 @@ std::string PictureName(int number) {
   return name.str();
 }
 
+void SaveOwnTruth(world::Truth truth, const std::filesystem::path& folder) {
+  for (world::TruthFrame& frame : truth.frames) {
+    frame.file = std::filesystem::path(frame.file).filename().string();
+  }
+  world::SaveTruth(truth, (folder / "truth.json").string());
+}
+
 void WritePicture(const std::string& path, const cv::Mat& picture) {
   bool written = false;
   try {

@@ -6,6 +6,8 @@
 #include <opencv2/videoio.hpp>
 #include <string>
 
+#include "Truth.h"
+
 namespace render {
 
 // What cannot be made or written is a std::runtime_error that names it.
@@ -13,6 +15,9 @@ namespace render {
 void MakeFolder(const std::filesystem::path& folder);
 
 std::string PictureName(int number);
+/// Saves the truth of one camera of several in the folder of its pictures; files are named without their
+/// folder there.
+void SaveOwnTruth(world::Truth truth, const std::filesystem::path& folder);
 void WritePicture(const std::string& path, const cv::Mat& picture);
 
 /// Throws std::invalid_argument unless the name ends in .avi.

@@ -104,14 +104,19 @@ std::string ClearFolder(const fs::path& folder, int pictures) {
 
 }  // namespace
 
-std::string PrepareFolders(const std::vector<fs::path>& folders, int pictures, bool overwrite) {
+std::string PrepareFolders(const std::vector<fs::path>& folders, int pictures, bool overwrite,
+                           const std::vector<fs::path>& further) {
   std::string told;
-  for (const fs::path& folder : folders) {
-    if (!overwrite) CheckFolder(folder, pictures);
+  if (!overwrite) {
+    for (const fs::path& folder : folders) CheckFolder(folder, pictures);
+    for (const fs::path& folder : further) CheckFolder(folder, 0);
   }
   for (const fs::path& folder : folders) {
     MakeFolder(folder);
     if (overwrite) told += ClearFolder(folder, pictures);
+  }
+  for (const fs::path& folder : further) {
+    if (overwrite) told += ClearFolder(folder, 0);
   }
   return told;
 }

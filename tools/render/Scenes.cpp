@@ -6,6 +6,8 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "Arrangement.h"
+#include "Shots.h"
 #include "Views.h"
 
 namespace render {
@@ -64,7 +66,19 @@ world::Scene SceneOf(const Arguments& a) {
 
 world::Pair PairOf(const Arguments& a) {
   const std::vector<double>& right = a.rightDistortion.empty() ? a.distortion : a.rightDistortion;
-  return world::SideBySidePair(CameraOf(a, a.distortion), CameraOf(a, right), a.baseline, a.toeIn);
+  return world::SideBySidePair(CameraOf(a, a.distortion), CameraOf(a, right), a.baseline,
+                               a.toeIn.value_or(0.0));
+}
+
+world::Rig RigOf(const Arguments& a) {
+  const world::Camera camera = CameraOf(a, a.distortion);
+  if (!a.ring) return world::RowRig(camera, a.cameras, a.baseline, a.seed);
+  const double radius = world::RingRadius(camera, SheetOf(a));
+  return world::RingRig(camera, a.cameras, radius, world::RingAngle(a.cameras), a.seed);
+}
+
+std::vector<world::Pose> ShotsOf(const Arguments& a, const world::Rig& rig, const world::Sheet& sheet) {
+  return a.spread ? world::RigShots(rig, a.views, sheet) : world::SampleRigShots(rig, a.views, a.seed, sheet);
 }
 
 std::vector<world::Pose> ViewsOf(const Arguments& a, const world::Scene& scene, int count) {

@@ -19,14 +19,6 @@ cv::Mat Combined(const Arguments& a, const std::vector<cv::Mat>& pair) {
   return a.combine == "vertical" ? world::SideBySide(pair) : world::OneAboveTheOther(pair);
 }
 
-/// Saves what the truth of a pair says about one camera beside that camera's pictures.
-void SaveInFolder(world::Truth truth, const std::filesystem::path& folder) {
-  for (world::TruthFrame& frame : truth.frames) {
-    frame.file = std::filesystem::path(frame.file).filename().string();
-  }
-  world::SaveTruth(truth, (folder / "truth.json").string());
-}
-
 /// The name of a camera's own video.
 std::string NameOf(const std::string& video, const std::string& camera) {
   const std::filesystem::path path(video);
@@ -85,8 +77,8 @@ void RenderPicturePairs(const Arguments& a) {
   }
   world::SaveTruth(truth, (folder / "truth.json").string());
   if (combined) return;
-  SaveInFolder(world::LeftOf(truth), folder / "left");
-  SaveInFolder(world::RightOf(truth), folder / "right");
+  SaveOwnTruth(world::LeftOf(truth), folder / "left");
+  SaveOwnTruth(world::RightOf(truth), folder / "right");
 }
 
 void RenderVideoPair(const Arguments& a) {
