@@ -43,7 +43,9 @@ function(velmora_room room)
     target_include_directories(velmora_${room} PRIVATE "${PROJECT_BINARY_DIR}/rooms/${lower}")
   endforeach()
   target_include_directories(velmora_${room} SYSTEM PRIVATE ${OpenCV_INCLUDE_DIRS})
-  target_link_libraries(velmora_${room} PRIVATE nlohmann_json::nlohmann_json Threads::Threads velmora_warnings)
+  # Eigen is the rooms' own: no public header includes it, and whoever links the library does without.
+  target_link_libraries(velmora_${room}
+    PRIVATE Eigen3::Eigen nlohmann_json::nlohmann_json Threads::Threads velmora_warnings)
   # Fused multiply-adds would make numbers depend on the processor.
   target_compile_options(velmora_${room} PRIVATE -ffp-contract=off)
   set_property(GLOBAL APPEND PROPERTY VELMORA_ROOMS ${room})
