@@ -1,6 +1,7 @@
 /// The rim of a disc: how much of it can be seen, and the middle that it speaks for.
 #include "finder/Rim.h"
 
+#include <Eigen/Cholesky>
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -102,19 +103,19 @@ class RimFollower {
   /// Moves the centre and changes the radius a little, and tells by how much in steps. Edges far off the
   /// others hardly count.
   double Adapt(double scale) {
-    cv::Vec3d change;
+    Eigen::Vector3d change = Eigen::Vector3d::Zero();
     for (int round = 0; round < 3; ++round) {
-      cv::Matx33d normal = cv::Matx33d::diag({1e-9, 1e-9, FIRM});
-      cv::Vec3d right(0.0, 0.0, -FIRM * grown_);
+      Eigen::Matrix3d normal = Eigen::Vector3d(1e-9, 1e-9, FIRM).asDiagonal();
+      Eigen::Vector3d right(0.0, 0.0, -FIRM * grown_);
       for (const Edge& edge : edges_) {
-        const cv::Vec3d row(edge.normal[0], edge.normal[1], 1.0);
+        const Eigen::Vector3d row(edge.normal[0], edge.normal[1], 1.0);
         const double left = edge.off - row.dot(change);
         const double share = std::min(1.0, std::max(0.0, edge.step / disc_.contrast));
         const double weight = share / (1.0 + left * left / (scale * scale));
-        normal += weight * row * row.t();
+        normal += weight * row * row.transpose();
         right += weight * edge.off * row;
       }
-      change = normal.inv() * right;
+      change = normal.llt().solve(right);
     }
     disc_.centre += cv::Point2d(cv::Vec2d(disc_.slope * cv::Vec2d(change[0], change[1])));
     const double most = GROWTH * (disc_.radius - grown_);

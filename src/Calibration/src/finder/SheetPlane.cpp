@@ -4,7 +4,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <opencv2/calib3d.hpp>
+
+#include "finder/Homography.h"
 
 namespace velmora::finder {
 
@@ -49,9 +50,7 @@ bool SheetPlane::FitPlane(const PlacedDiscs& discs) {
     to.push_back(discs.centres[k]);
   }
   if (from.size() < 8) return false;
-  const cv::Mat H = cv::findHomography(from, to);
-  if (H.empty() || !cv::checkRange(H)) return false;
-  H_ = cv::Matx33d(H);
+  if (!FitHomography(from, to, H_)) return false;
   // All of the pattern is in front of the camera, and seen from its printed side.
   return std::all_of(discs.places.begin(), discs.places.end(), [&](const cv::Point& place) {
     const double depth = H_(2, 0) * place.x + H_(2, 1) * place.y + H_(2, 2);
@@ -76,13 +75,13 @@ double SheetPlane::Step(const cv::Point2d& place) const {
   return std::sqrt(std::abs(cv::determinant(Slope(place))));
 }
 
-/// The polynomial's terms at a place, as a row.
-SheetPlane::Row SheetPlane::Terms(const cv::Point2d& place) const {
+/// The polynomial's terms at a place.
+SheetPlane::Column SheetPlane::Terms(const cv::Point2d& place) const {
   const double u = (place.x - middle_.x) / half_.x;
   const double v = (place.y - middle_.y) / half_.y;
   const std::array<double, 4> us = {1.0, u, u * u, u * u * u};
   const std::array<double, 4> vs = {1.0, v, v * v, v * v * v};
-  Row terms = Row::zeros();
+  Column terms = Column::Zero();
   int count = 0;
   for (size_t total = 0; total <= static_cast<size_t>(degree_); ++total) {
     for (size_t k = 0; k <= total; ++k) terms(count++) = us[total - k] * vs[k];
@@ -95,33 +94,32 @@ bool SheetPlane::FitBend(const PlacedDiscs& discs) {
   degree_ = known >= ENOUGH_FOR_CUBIC ? 3 : known >= ENOUGH_FOR_QUADRATIC ? 2 : 1;
   half_ = 0.5 * cv::Point2d(2.0 * discs.grid.width - 1.0, discs.grid.height - 1.0);
   middle_ = half_;
-  cv::Matx<double, TERMS, TERMS> normal = cv::Matx<double, TERMS, TERMS>::eye() * 1e-9;
-  cv::Matx<double, TERMS, 2> right = cv::Matx<double, TERMS, 2>::zeros();
+  Eigen::Matrix<double, TERMS, TERMS> normal = Eigen::Matrix<double, TERMS, TERMS>::Identity() * 1e-9;
+  Eigen::Matrix<double, TERMS, 2> right = Eigen::Matrix<double, TERMS, 2>::Zero();
   for (size_t k = 0; k < discs.places.size(); ++k) {
     if (!discs.Has(k)) continue;
     // In steps, so that the far side counts as much as the near one.
     const double weight = 1.0 / Step(discs.places[k]);
     const cv::Point2d offset = discs.centres[k] - Project(discs.places[k]);
-    const Row row = Terms(discs.places[k]) * weight;
-    normal += row.t() * row;
-    right += row.t() * cv::Matx12d(weight * offset.x, weight * offset.y);
+    const Column terms = Terms(discs.places[k]) * weight;
+    normal += terms * terms.transpose();
+    right += terms * Eigen::RowVector2d(weight * offset.x, weight * offset.y);
   }
-  bool solved = false;
-  inverse_ = normal.inv(cv::DECOMP_CHOLESKY, &solved);
-  bend_ = inverse_ * right;
-  return solved && cv::checkRange(bend_);
+  normal_.compute(normal);
+  bend_ = normal_.solve(right);
+  return normal_.info() == Eigen::Success && bend_.allFinite();
 }
 
 cv::Point2d SheetPlane::BendAt(const cv::Point2d& place) const {
-  const cv::Matx12d bend = Terms(place) * bend_;
+  const Eigen::Vector2d bend = bend_.transpose() * Terms(place);
   return {bend(0), bend(1)};
 }
 
 double SheetPlane::Stray(const PlacedDiscs& discs, size_t k) const {
   const cv::Point2d place = discs.places[k];
   const double step = Step(place);
-  const Row terms = Terms(place) * (1.0 / step);
-  const double leverage = (terms * inverse_ * terms.t())(0);
+  const Column terms = Terms(place) / step;
+  const double leverage = normal_.matrixL().solve(terms).squaredNorm();
   // A disc pulls the fit towards itself; of that half is taken back, in proportion: all of it would take the
   // lens's own bend at the corners for strays.
   return cv::norm(discs.centres[k] - Predict(place)) / step / std::sqrt(std::max(0.01, 1.0 - leverage));

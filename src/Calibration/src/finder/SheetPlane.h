@@ -1,6 +1,7 @@
 /// Where places of the pattern are in the picture: a plane in perspective, bent a little by the lens.
 #pragma once
 
+#include <Eigen/Cholesky>
 #include <opencv2/core.hpp>
 #include <vector>
 
@@ -43,18 +44,19 @@ class SheetPlane {
 
  private:
   static constexpr int TERMS = 10;  ///< of a polynomial of third degree; those beyond a lower degree are 0
-  using Row = cv::Matx<double, 1, TERMS>;
+  using Column = Eigen::Matrix<double, TERMS, 1>;
 
   bool FitPlane(const PlacedDiscs& discs);
-  Row Terms(const cv::Point2d& place) const;
+  Column Terms(const cv::Point2d& place) const;
   cv::Point2d BendAt(const cv::Point2d& place) const;
 
   cv::Matx33d H_ = cv::Matx33d::eye();
   cv::Point2d middle_;
   cv::Point2d half_{1.0, 1.0};
-  int degree_ = 0;                          ///< of the polynomial that the picture is bent by
-  cv::Matx<double, TERMS, 2> bend_;         ///< its coefficients, of x and y
-  cv::Matx<double, TERMS, TERMS> inverse_;  ///< of its normal equations
+  int degree_ = 0;  ///< of the polynomial that the picture is bent by
+  /// Its coefficients, of x and y.
+  Eigen::Matrix<double, TERMS, 2> bend_ = Eigen::Matrix<double, TERMS, 2>::Zero();
+  Eigen::LLT<Eigen::Matrix<double, TERMS, TERMS>> normal_;  ///< its normal equations
 };
 
 }  // namespace velmora::finder

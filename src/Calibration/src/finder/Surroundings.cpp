@@ -1,6 +1,7 @@
 /// What the discs around a place say about the disc on it.
 #include "finder/Surroundings.h"
 
+#include <Eigen/Cholesky>
 #include <algorithm>
 #include <cmath>
 #include <vector>
@@ -21,34 +22,34 @@ constexpr int ROUNDS = 4;
 /// Discs farther off the polynomial than this hardly count, steps.
 constexpr double FARTHEST_OFF = 0.02;
 
-using Terms = cv::Vec<double, TERMS>;
+using Terms = Eigen::Matrix<double, TERMS, 1>;
+using Normal = Eigen::Matrix<double, TERMS, TERMS>;
+using Coefficients = Eigen::Matrix<double, TERMS, 3>;
 
 struct Neighbour {
   Terms terms;
-  cv::Vec3d says;  ///< x, y, logarithm of the radius
+  Eigen::Vector3d says;  ///< x, y, logarithm of the radius
 };
 
 /// The polynomials' coefficients for x, y and the radius, which changes too little for more than the terms of
 /// first degree. Those that disagree with the others in place count little.
-bool FitPolynomials(const std::vector<Neighbour>& neighbours, double step,
-                    cv::Matx<double, TERMS, 3>& coefficients) {
-  coefficients = cv::Matx<double, TERMS, 3>::zeros();
+bool FitPolynomials(const std::vector<Neighbour>& neighbours, double step, Coefficients& coefficients) {
+  coefficients.setZero();
   for (int round = 0; round < ROUNDS; ++round) {
-    cv::Matx<double, TERMS, TERMS> normal = cv::Matx<double, TERMS, TERMS>::eye() * 1e-9;
-    cv::Matx<double, TERMS, 3> right = cv::Matx<double, TERMS, 3>::zeros();
+    Normal normal = Normal::Identity() * 1e-9;
+    Coefficients right = Coefficients::Zero();
     for (const Neighbour& neighbour : neighbours) {
-      const cv::Vec3d left = neighbour.says - cv::Vec3d(coefficients.t() * neighbour.terms);
-      const double off = std::hypot(left[0], left[1]) / (FARTHEST_OFF * step);
+      const Eigen::Vector3d left = neighbour.says - coefficients.transpose() * neighbour.terms;
+      const double off = std::hypot(left(0), left(1)) / (FARTHEST_OFF * step);
       const double weight = round == 0 ? 1.0 : 1.0 / (1.0 + off * off);
-      normal += weight * neighbour.terms * neighbour.terms.t();
-      right += weight * neighbour.terms * neighbour.says.t();
+      normal += weight * neighbour.terms * neighbour.terms.transpose();
+      right += weight * neighbour.terms * neighbour.says.transpose();
     }
-    bool solved = false;
-    coefficients = normal.inv(cv::DECOMP_CHOLESKY, &solved) * right;
-    if (!solved) return false;
-    const cv::Matx33d linear = normal.get_minor<3, 3>(0, 0);
-    const cv::Vec3d radius = linear.inv() * cv::Vec3d(right(0, 2), right(1, 2), right(2, 2));
-    for (int term = 0; term < TERMS; ++term) coefficients(term, 2) = term < 3 ? radius[term] : 0.0;
+    const Eigen::LLT<Normal> places(normal);
+    const Eigen::LLT<Eigen::Matrix3d> sizes(normal.topLeftCorner<3, 3>());
+    if (places.info() != Eigen::Success || sizes.info() != Eigen::Success) return false;
+    coefficients.leftCols<2>() = places.solve(right.leftCols<2>());
+    coefficients.col(2) << sizes.solve(right.topRightCorner<3, 1>()), Eigen::Vector3d::Zero();
   }
   return true;
 }
@@ -63,10 +64,12 @@ bool ExpectDisc(const SheetPlane& plane, const PlacedDiscs& discs, size_t k, Exp
     if (distance == 0 || distance > FAR || !discs.Has(other)) continue;
     const double x = apart.x;
     const double y = apart.y;
-    neighbours.push_back({{1.0, x, y, x * x, x * y, y * y},
-                          {discs.centres[other].x, discs.centres[other].y, std::log(discs.radii[other])}});
+    Neighbour neighbour;
+    neighbour.terms << 1.0, x, y, x * x, x * y, y * y;
+    neighbour.says << discs.centres[other].x, discs.centres[other].y, std::log(discs.radii[other]);
+    neighbours.push_back(neighbour);
   }
-  cv::Matx<double, TERMS, 3> says;
+  Coefficients says;
   if (neighbours.size() < ENOUGH) return false;
   if (!FitPolynomials(neighbours, plane.Step(discs.places[k]), says)) return false;
   expected.centre = {says(0, 0), says(0, 1)};
