@@ -9,7 +9,6 @@
 #include "Views.h"
 #include "finder/FinderScenes.h"
 #include "finder/Pattern.h"
-#include "finder/Rim.h"
 #include "finder/RobustFinder.h"
 #include "unit/Collection.h"
 
@@ -134,18 +133,6 @@ TEST(HiddenDiscs, WholeOnesStayWhereTheirDarknessIs) {
       EXPECT_LT(cv::norm(finding.centres[k] - middle), 0.1) << "view " << number << ", disc " << k;
     }
   }
-}
-
-TEST(Rim, OfAWholeDiscIsSeenAllAroundAndThatOfAHalfOneIsNot) {
-  finder::ExpectedDisc expected;
-  expected.centre = CentreOf(17) + cv::Point2d(1.5, -2.0);
-  expected.slope = cv::Matx22d(STEP, 0.0, 0.0, STEP);
-  expected.radius = 0.4;
-  expected.contrast = PAPER - INK;
-  const finder::Rim whole = finder::FollowRim(Covered(16, 0.0, 0.0, PAPER), expected);
-  EXPECT_EQ(whole.seen, 1.0);
-  EXPECT_LT(cv::norm(whole.centre - CentreOf(17)), 0.1);
-  EXPECT_LT(finder::FollowRim(Covered(17, 0.0, 0.0, PAPER), expected).seen, 0.75);
 }
 
 }  // namespace

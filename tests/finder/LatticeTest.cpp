@@ -82,23 +82,7 @@ TEST(Lattice, SearchEndsWhenItsEffortIsSpent) {
   EXPECT_FALSE(finder::SearchLattices(index, 44, 400, effort, [](const Lattice&) { return true; }));
 }
 
-TEST(Pattern, HasItsPlacesRowByRow) {
-  EXPECT_EQ(finder::PatternPlaces({2, 3}),
-            (std::vector<cv::Point>{{0, 0}, {2, 0}, {1, 1}, {3, 1}, {0, 2}, {2, 2}}));
-}
-
-TEST(Pattern, HasOneOrderWithAnOddNumberOfRows) {
-  for (const cv::Size& grid : {cv::Size(4, 11), cv::Size(3, 9), cv::Size(5, 5), cv::Size(7, 13)}) {
-    EXPECT_TRUE(finder::HasOneOrder(grid)) << grid;
-  }
-  for (const cv::Size& grid :
-       {cv::Size(4, 10), cv::Size(1, 13), cv::Size(4, 1), cv::Size(2, 3), cv::Size(8, 3), cv::Size(99, 99),
-        cv::Size(-4, 11), cv::Size(1 << 30, 1 << 30)}) {
-    EXPECT_FALSE(finder::HasOneOrder(grid)) << grid;
-  }
-}
-
-TEST(Placement, PutsEveryDiscWhereItBelongs) {
+TEST(Lattice, GrownAtAnyAngleHasEveryDiscWhereItBelongs) {
   for (double angle = 0.0; angle < 6.0; angle += 0.5) {
     const cv::Matx33d turn(28.0 * std::cos(angle), -28.0 * std::sin(angle), 320.0, 28.0 * std::sin(angle),
                            28.0 * std::cos(angle), 240.0, 0.0, 0.0, 1.0);
@@ -109,44 +93,6 @@ TEST(Placement, PutsEveryDiscWhereItBelongs) {
     EXPECT_EQ(placement.covered, 44);
     EXPECT_LE(placement.secondBest, 42);
   }
-}
-
-/// Every size that the search takes has one best way only.
-TEST(Placement, IsUniqueForAllSizesOfOneOrder) {
-  for (int columns = 2; columns <= 8; ++columns) {
-    for (int rows = 3; rows <= 15; rows += 2) {
-      const cv::Size grid(columns, rows);
-      if (!finder::HasOneOrder(grid)) continue;
-      Lattice lattice;
-      lattice.clockwise = false;
-      for (const cv::Point& place : finder::PatternPlaces(grid)) {
-        lattice.points.push_back({finder::LatticePlace(place), static_cast<int>(lattice.points.size())});
-      }
-      Effort effort{10000000};
-      const finder::Placement placement = finder::PlacePattern(lattice, grid, 2, effort);
-      EXPECT_EQ(placement.covered, grid.area());
-      EXPECT_LE(placement.secondBest + 2, grid.area()) << grid;
-    }
-  }
-}
-
-TEST(Placement, LeavesOutWhatIsMissingAndWhatIsBeside) {
-  std::vector<cv::Point> places = finder::PatternPlaces(GRID);
-  places.erase(places.begin() + 17);
-  places.emplace_back(9, 5);
-  const Lattice lattice = Grown(Seen(places));
-  Effort effort{1000000};
-  const finder::Placement placement = finder::PlacePattern(lattice, GRID, 2, effort);
-  std::vector<int> expected = InOrder();
-  expected[17] = -1;
-  for (size_t k = 18; k < expected.size(); ++k) --expected[k];
-  EXPECT_EQ(placement.discs, expected);
-}
-
-TEST(Placement, OfASpentEffortIsNone) {
-  const Lattice lattice = Grown(Seen(finder::PatternPlaces(GRID)));
-  Effort effort{0};
-  EXPECT_EQ(finder::PlacePattern(lattice, GRID, 2, effort).covered, 0);
 }
 
 }  // namespace

@@ -1,15 +1,10 @@
-/// The plane of the discs, and what is checked against it.
+/// The plane of the discs, and how the picture is bent.
 #include "finder/SheetPlane.h"
 
 #include <gtest/gtest.h>
 
-#include <opencv2/imgproc.hpp>
-
-#include "finder/Checks.h"
-#include "finder/FinderScenes.h"
-#include "finder/MissingDiscs.h"
-#include "finder/Pattern.h"
-#include "finder/Refinement.h"
+#include "finder/Elimination.h"
+#include "finder/FlatDiscs.h"
 
 using namespace velmora;
 
@@ -17,150 +12,189 @@ namespace {
 
 using finder::PlacedDiscs;
 using finder::SheetPlane;
+using unit::FLAT_STEP;
+using unit::Wide;
 
-const cv::Size GRID(4, 11);
-constexpr double STEP = 24.0;
-
-cv::Point2d InFlatGrid(const cv::Point& place) {
-  return {STEP * (2.0 + place.x), STEP * (2.0 + place.y)};
-}
-
-/// The discs of the flat grid's picture.
-PlacedDiscs FlatDiscs() {
-  PlacedDiscs discs;
-  discs.grid = GRID;
-  discs.places = finder::PatternPlaces(GRID);
-  for (const cv::Point& place : discs.places) discs.centres.push_back(InFlatGrid(place));
-  discs.radii.assign(discs.places.size(), 0.4 * STEP);
-  return discs;
-}
-
-/// The same as a lens of much distortion has them.
-PlacedDiscs BentDiscs() {
-  PlacedDiscs discs = FlatDiscs();
-  const cv::Point2d middle(5.0 * STEP, 7.0 * STEP);
-  for (cv::Point2d& centre : discs.centres) {
-    const cv::Point2d ray = (centre - middle) / (7.0 * STEP);
-    centre = middle + 7.0 * STEP * (1.0 - 0.2 * ray.dot(ray)) * ray;
+/// The bend of discs off their plane, by elimination in extended precision: terms of a polynomial in both
+/// directions, weighted by the length of a step.
+class BendByElimination {
+ public:
+  BendByElimination(const SheetPlane& plane, const PlacedDiscs& discs, int degree)
+      : degree_(degree), size_(2.0 * discs.grid.width - 1.0, discs.grid.height - 1.0), plane_(plane) {
+    const size_t terms = TermsAt({0.0, 0.0}).size();
+    unit::WideEquations equations(terms, 2, 1e-9L);
+    for (size_t k = 0; k < discs.places.size(); ++k) {
+      if (!discs.Has(k)) continue;
+      const cv::Point2d off = discs.centres[k] - plane.Project(discs.places[k]);
+      const Wide step = plane.Step(discs.places[k]);
+      equations.Add(TermsAt(discs.places[k]), {off.x, off.y}, 1.0L / (step * step));
+    }
+    equations_ = equations;
+    bend_ = equations.Solve();
   }
-  return discs;
-}
+
+  cv::Point2d Predict(const cv::Point2d& place) const {
+    const std::vector<Wide> terms = TermsAt(place);
+    Wide x = 0.0L;
+    Wide y = 0.0L;
+    for (size_t k = 0; k < terms.size(); ++k) {
+      x += terms[k] * bend_[k][0];
+      y += terms[k] * bend_[k][1];
+    }
+    return plane_.Project(place) + cv::Point2d(static_cast<double>(x), static_cast<double>(y));
+  }
+
+  /// How much of its own offset a disc puts into the fit.
+  double Leverage(const cv::Point2d& place) const {
+    const std::vector<Wide> terms = TermsAt(place);
+    const Wide weight = 1.0L / static_cast<Wide>(plane_.Step(place));
+    unit::WideEquations equations = equations_;
+    equations.Replace(terms);
+    Wide leverage = 0.0L;
+    const unit::WideMatrix pulled = equations.Solve();
+    for (size_t k = 0; k < terms.size(); ++k) leverage += terms[k] * pulled[k][0] * weight * weight;
+    return static_cast<double>(leverage);
+  }
+
+ private:
+  std::vector<Wide> TermsAt(const cv::Point2d& place) const {
+    const Wide u = (place.x - 0.5 * size_.x) / (0.5 * size_.x);
+    const Wide v = (place.y - 0.5 * size_.y) / (0.5 * size_.y);
+    std::vector<Wide> terms;
+    for (int ofU = 0; ofU <= degree_; ++ofU) {
+      for (int ofV = 0; ofU + ofV <= degree_; ++ofV) terms.push_back(std::pow(u, ofU) * std::pow(v, ofV));
+    }
+    return terms;
+  }
+
+  const int degree_;
+  const cv::Point2d size_;
+  const SheetPlane& plane_;
+  unit::WideEquations equations_{0, 0};
+  unit::WideMatrix bend_;
+};
 
 TEST(SheetPlane, ProjectsAndPredictsPlaces) {
-  PlacedDiscs discs = FlatDiscs();
+  PlacedDiscs discs = unit::FlatDiscs();
   SheetPlane plane;
   ASSERT_TRUE(plane.Fit(discs));
-  EXPECT_LT(cv::norm(plane.Project({3.0, 5.0}) - InFlatGrid({3, 5})), 1e-6);
-  EXPECT_NEAR(plane.Step({3.0, 5.0}), STEP, 1e-6);
-  discs = BentDiscs();
+  EXPECT_LT(cv::norm(plane.Project({3.0, 5.0}) - unit::InFlatGrid({3, 5})), 1e-6);
+  EXPECT_NEAR(plane.Step({3.0, 5.0}), FLAT_STEP, 1e-6);
+  discs = unit::BentDiscs();
   ASSERT_TRUE(plane.Fit(discs));
   for (size_t k = 0; k < discs.places.size(); ++k) {
-    EXPECT_LT(cv::norm(plane.Predict(discs.places[k]) - discs.centres[k]), 0.02 * STEP);
+    EXPECT_LT(cv::norm(plane.Predict(discs.places[k]) - discs.centres[k]), 0.02 * FLAT_STEP);
   }
 }
 
 TEST(SheetPlane, IsNoneThroughTooFewOrMirroredDiscs) {
-  PlacedDiscs discs = FlatDiscs();
+  PlacedDiscs discs = unit::FlatDiscs();
   std::fill(discs.radii.begin() + 6, discs.radii.end(), 0.0);
   SheetPlane plane;
   EXPECT_FALSE(plane.Fit(discs));
-  discs = FlatDiscs();
+  discs = unit::FlatDiscs();
   for (cv::Point2d& centre : discs.centres) centre.x = 400.0 - centre.x;
   EXPECT_FALSE(plane.Fit(discs));
 }
 
-TEST(Checks, DropTheStrayAndKeepWhatTheLensBends) {
-  PlacedDiscs discs = BentDiscs();
-  SheetPlane plane;
-  ASSERT_TRUE(plane.Fit(discs));
-  EXPECT_TRUE(finder::DropStrays(plane, discs, 6));
-  EXPECT_EQ(discs.Missing(), 0);
-  EXPECT_TRUE(finder::LiesOnPlane(plane, discs));
-  discs.centres[21] += cv::Point2d(0.35 * STEP, 0.0);
-  ASSERT_TRUE(plane.Fit(discs));
-  EXPECT_FALSE(finder::LiesOnPlane(plane, discs));
-  EXPECT_TRUE(finder::DropStrays(plane, discs, 6));
-  EXPECT_EQ(discs.Missing(), 1);
-  EXPECT_FALSE(discs.Has(21));
-}
-
-TEST(Checks, GiveUpWhenTooManyDiscsAreStrays) {
-  PlacedDiscs discs = FlatDiscs();
-  for (size_t k = 1; k < 44; k += 4)
-    discs.centres[k + k % 3] += cv::Point2d(0.4 * STEP, k % 8 == 1 ? 12.0 : -12.0);
-  SheetPlane plane;
-  ASSERT_TRUE(plane.Fit(discs));
-  EXPECT_FALSE(finder::DropStrays(plane, discs, 6));
-}
-
-TEST(Checks, SeeThatThePatternGoesOn) {
-  const PlacedDiscs discs = FlatDiscs();
-  SheetPlane plane;
-  ASSERT_TRUE(plane.Fit(discs));
-  finder::Effort effort{100000};
-  std::vector<finder::Candidate> candidates;
-  for (const cv::Point2d& centre : discs.centres) candidates.push_back({centre, 0.4 * STEP, 5});
-  EXPECT_FALSE(finder::GoesOn(plane, discs, finder::CandidateIndex(candidates, {640, 480}), effort));
-  for (int k = 0; k < 4; ++k) candidates.push_back({InFlatGrid({2 * k + 1, 11}), 0.4 * STEP, 5});
-  EXPECT_TRUE(finder::GoesOn(plane, discs, finder::CandidateIndex(candidates, {640, 480}), effort));
-}
-
-TEST(Checks, TellAChessboardFromDiscs) {
-  const PlacedDiscs discs = FlatDiscs();
-  SheetPlane plane;
-  ASSERT_TRUE(plane.Fit(discs));
-  EXPECT_FALSE(finder::IsChessboard(plane, discs, unit::FlatGrid(GRID, 0.4, STEP)));
-  EXPECT_FALSE(finder::IsChessboard(plane, discs, unit::FlatGrid(GRID, 0.5, STEP)));
-  cv::Mat board(360, 300, CV_8UC1, cv::Scalar(235));
-  for (const cv::Point2d& centre : discs.centres) {
-    const cv::Point corner(cvRound(centre.x - STEP / 2), cvRound(centre.y - STEP / 2));
-    board(cv::Rect(corner, cv::Size(24, 24))).setTo(25);
+/// Discs of a grid of any size, seen at a slant, that are off the plane by what a lens and chance do.
+PlacedDiscs DiscsOffPlane(const cv::Size& grid, double chance) {
+  const cv::Matx33d H(38.0, 6.0, 120.0, -9.0, 26.0, 100.0, 0.01, 0.03, 1.0);
+  PlacedDiscs discs = unit::DiscsSeenBy(H, grid);
+  cv::RNG random(21);
+  const cv::Point2d middle = discs.centres[discs.centres.size() / 2];
+  for (cv::Point2d& centre : discs.centres) {
+    const cv::Point2d ray = (centre - middle) / 300.0;
+    centre -= 60.0 * ray.dot(ray) * ray;
+    centre += cv::Point2d(random.gaussian(chance), random.gaussian(chance));
   }
-  cv::GaussianBlur(board, board, {}, 1.0);
-  EXPECT_TRUE(finder::IsChessboard(plane, discs, board));
+  return discs;
 }
 
-TEST(MissingDiscs, AreRecoveredWhereTheyAreAndNowhereElse) {
-  cv::Mat picture = unit::FlatGrid(GRID, 0.4, STEP);
-  cv::circle(picture, InFlatGrid({3, 3}), 12, cv::Scalar(235), cv::FILLED);
-  PlacedDiscs discs = FlatDiscs();
-  const size_t shown = 20;
-  const size_t hidden = 13;
-  ASSERT_EQ(discs.places[hidden], cv::Point(3, 3));
-  discs.radii[shown] = discs.radii[hidden] = 0.0;
-  const cv::Point2d truth = discs.centres[shown];
-  discs.centres[shown] = {};
-  SheetPlane plane;
-  ASSERT_TRUE(plane.Fit(discs));
-  finder::RecoverMissing(plane, picture, discs);
-  EXPECT_EQ(discs.Missing(), 1);
-  EXPECT_FALSE(discs.Has(hidden));
-  EXPECT_LT(cv::norm(discs.centres[shown] - truth), 0.2);
-  EXPECT_NEAR(discs.radii[shown], 0.4 * STEP, 0.4);
-  EXPECT_FALSE(finder::MissesOutside(plane, discs, picture.size()));
-  EXPECT_TRUE(finder::MissesOutside(plane, discs, {picture.cols, cvRound(InFlatGrid({3, 3}).y)}));
-}
-
-TEST(Refinement, MovesCentresToThoseOfTheDarkness) {
-  cv::Mat picture = unit::FlatGrid(GRID, 0.4, STEP);
-  cv::GaussianBlur(picture, picture, {}, 1.5);
-  PlacedDiscs discs = FlatDiscs();
-  SheetPlane plane;
-  ASSERT_TRUE(plane.Fit(discs));
-  for (cv::Point2d& centre : discs.centres) centre += cv::Point2d(0.8, -0.6);
-  finder::RefineDiscs(plane, picture, discs);
-  for (size_t k = 0; k < discs.places.size(); ++k) {
-    EXPECT_LT(cv::norm(discs.centres[k] - InFlatGrid(discs.places[k])), 0.05);
-    EXPECT_NEAR(discs.radii[k], 0.4 * STEP, 0.3);
+TEST(SheetPlane, PredictsAndStraysAsEliminationDoes) {
+  const struct {
+    cv::Size grid;
+    size_t missing;
+    int degree;
+  } cases[] = {{{4, 11}, 0, 3}, {{4, 11}, 6, 3}, {{20, 29}, 0, 3}, {{4, 11}, 19, 3}, {{4, 11}, 20, 2},
+               {{3, 5}, 0, 2},  {{3, 5}, 2, 2},  {{3, 5}, 3, 1},   {{2, 7}, 6, 1}};
+  for (const auto& wanted : cases) {
+    for (const double chance : {0.0, 0.5, 3.0}) {
+      SCOPED_TRACE(testing::Message() << wanted.grid << wanted.missing << ", " << chance);
+      PlacedDiscs discs = DiscsOffPlane(wanted.grid, chance);
+      for (size_t k = 0; k < wanted.missing; ++k) discs.radii[2 * k + 1] = 0.0;
+      SheetPlane plane;
+      ASSERT_TRUE(plane.Fit(discs));
+      const BendByElimination bend(plane, discs, wanted.degree);
+      for (size_t k = 0; k < discs.places.size(); ++k) {
+        const cv::Point2d place = discs.places[k];
+        EXPECT_LT(cv::norm(plane.Predict(place) - bend.Predict(place)), 1e-8) << k;
+        if (!discs.Has(k)) continue;
+        const double off = cv::norm(discs.centres[k] - bend.Predict(place)) / plane.Step(place);
+        const double stray = off / std::sqrt(std::max(0.01, 1.0 - bend.Leverage(place)));
+        EXPECT_NEAR(plane.Stray(discs, k), stray, 1e-8) << k;
+      }
+    }
   }
 }
 
-TEST(Refinement, LeavesDiscsAloneThatCannotBeTold) {
-  PlacedDiscs discs = FlatDiscs();
+TEST(SheetPlane, HasTheSlopeOfItsProjection) {
+  const PlacedDiscs discs = DiscsOffPlane({4, 11}, 0.3);
+  const SheetPlane plane = unit::PlaneOf(discs);
+  constexpr double LITTLE = 1e-5;
+  for (const cv::Point& at : discs.places) {
+    const cv::Point2d place = at;
+    const cv::Point2d ofX =
+        plane.Project(place + cv::Point2d(LITTLE, 0.0)) - plane.Project(place - cv::Point2d(LITTLE, 0.0));
+    const cv::Point2d ofY =
+        plane.Project(place + cv::Point2d(0.0, LITTLE)) - plane.Project(place - cv::Point2d(0.0, LITTLE));
+    const cv::Matx22d slope = cv::Matx22d(ofX.x, ofY.x, ofX.y, ofY.y) * (0.5 / LITTLE);
+    EXPECT_LT(cv::norm(plane.Slope(place) - slope), 1e-6) << at;
+    EXPECT_NEAR(plane.Step(place), std::sqrt(cv::determinant(slope)), 1e-6) << at;
+  }
+}
+
+TEST(SheetPlane, IsNoneThroughDiscsThatAreNotFiniteOrOfBothSides) {
   SheetPlane plane;
-  ASSERT_TRUE(plane.Fit(discs));
-  finder::RefineDiscs(plane, cv::Mat(360, 300, CV_8UC1, cv::Scalar(100)), discs);
-  EXPECT_EQ(discs.centres, FlatDiscs().centres);
+  PlacedDiscs discs = unit::FlatDiscs();
+  discs.centres[9].x = std::nan("");
+  EXPECT_FALSE(plane.Fit(discs));
+  // The far rows lie behind the camera.
+  const cv::Matx33d H(38.0, 6.0, 120.0, -9.0, 26.0, 100.0, 0.0, -0.13, 1.0);
+  EXPECT_FALSE(plane.Fit(unit::DiscsSeenBy(H, {4, 11})));
+}
+
+/// The bend is fitted anew, the plane is not.
+TEST(SheetPlane, KeepsItsPlaneWhenTheBendIsFittedAlone) {
+  PlacedDiscs discs = unit::FlatDiscs();
+  SheetPlane plane = unit::PlaneOf(discs);
+  for (cv::Point2d& centre : discs.centres) centre += cv::Point2d(2.0, -1.0);
+  ASSERT_TRUE(plane.FitBend(discs));
+  EXPECT_LT(cv::norm(plane.Project({3.0, 5.0}) - unit::InFlatGrid({3, 5})), 1e-6);
+  EXPECT_LT(cv::norm(plane.Predict({3.0, 5.0}) - unit::InFlatGrid({3, 5}) - cv::Point2d(2.0, -1.0)), 1e-6);
+}
+
+TEST(PlacedDiscs, AreFoundByTheirPlaces) {
+  PlacedDiscs discs = unit::FlatDiscs();
+  for (size_t k = 0; k < discs.places.size(); ++k) EXPECT_EQ(discs.At(discs.places[k]), static_cast<int>(k));
+  for (const cv::Point& none :
+       {cv::Point(1, 0), cv::Point(0, 1), cv::Point(-1, 1), cv::Point(8, 0), cv::Point(9, 1),
+        cv::Point(0, -2), cv::Point(0, 11), cv::Point(1, 11), cv::Point(-2, 0)}) {
+    EXPECT_EQ(discs.At(none), -1) << none;
+  }
+  discs.radii[13] = 0.0;
+  EXPECT_EQ(discs.At(discs.places[13]), -1);
+  EXPECT_EQ(discs.Missing(), 1);
+}
+
+TEST(PlacedDiscs, HaveTheMedianRadiusOfThoseThatAreKnown) {
+  PlacedDiscs discs = unit::FlatDiscs();
+  std::fill(discs.radii.begin(), discs.radii.end(), 0.0);
+  EXPECT_EQ(discs.MedianRadius(), 0.0);
+  discs.radii[3] = 9.0;
+  discs.radii[8] = 2.0;
+  discs.radii[40] = 4.0;
+  EXPECT_EQ(discs.MedianRadius(), 4.0);
 }
 
 }  // namespace

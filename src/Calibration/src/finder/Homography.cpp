@@ -17,7 +17,9 @@ using Vector9 = Eigen::Matrix<double, 9, 1>;
 
 constexpr int ROUNDS = 30;
 /// A step this small is the last one, in units of the points' spread.
-constexpr double SETTLED = 1e-10;
+constexpr double SETTLED = 1e-12;
+/// A step this small leads to the least sum; rounding hides whether the sum became less.
+constexpr double CLOSE = 1e-6;
 /// The damping of a first step that led away.
 constexpr double DAMPING = 1e-3;
 /// With a second eigenvalue of a smaller share of the largest, more than one homography does.
@@ -95,13 +97,14 @@ bool Refine(const Points& from, const Points& to, Vector8& h) {
     const Vector8 step = equations.normal.ldlt().solve(equations.right);
     if (!step.allFinite()) return false;
     const Vector8 next = h + step;
-    if (SumOf(from, to, next, nullptr) <= sum) {
+    const double length = step.lpNorm<Eigen::Infinity>();
+    if (length < CLOSE || SumOf(from, to, next, nullptr) <= sum) {
       h = next;
       damping = damping > DAMPING ? 0.1 * damping : 0.0;
     } else {
       damping = damping > 0.0 ? 10.0 * damping : DAMPING;
     }
-    if (step.lpNorm<Eigen::Infinity>() < SETTLED) break;
+    if (length < SETTLED) break;
   }
   return true;
 }

@@ -1,0 +1,146 @@
+/// What tells the grid from other things.
+#include "finder/Checks.h"
+
+#include <gtest/gtest.h>
+
+#include <opencv2/imgproc.hpp>
+
+#include "finder/FinderScenes.h"
+#include "finder/FlatDiscs.h"
+
+using namespace velmora;
+
+namespace {
+
+using finder::Candidate;
+using finder::PlacedDiscs;
+using finder::SheetPlane;
+using unit::FLAT_GRID;
+using unit::FLAT_RADIUS;
+using unit::FLAT_STEP;
+using unit::InFlatGrid;
+using unit::PlaneOf;
+
+/// Candidates that the discs were taken from.
+std::vector<Candidate> CandidatesOf(const PlacedDiscs& discs) {
+  std::vector<Candidate> candidates;
+  for (size_t k = 0; k < discs.places.size(); ++k)
+    candidates.push_back({discs.centres[k], discs.radii[k], 5});
+  return candidates;
+}
+
+bool GoOn(const std::vector<Candidate>& candidates) {
+  const PlacedDiscs discs = unit::FlatDiscs();
+  finder::Effort effort{100000};
+  const finder::CandidateIndex index(candidates, {640, 480});
+  return finder::GoesOn(PlaneOf(discs), discs, index, effort);
+}
+
+TEST(Checks, DropTheStrayAndKeepWhatTheLensBends) {
+  PlacedDiscs discs = unit::BentDiscs();
+  SheetPlane plane = PlaneOf(discs);
+  EXPECT_TRUE(finder::DropStrays(plane, discs, 6));
+  EXPECT_EQ(discs.Missing(), 0);
+  EXPECT_TRUE(finder::LiesOnPlane(plane, discs));
+  discs.centres[21] += cv::Point2d(0.35 * FLAT_STEP, 0.0);
+  ASSERT_TRUE(plane.Fit(discs));
+  EXPECT_FALSE(finder::LiesOnPlane(plane, discs));
+  EXPECT_TRUE(finder::DropStrays(plane, discs, 6));
+  EXPECT_EQ(discs.Missing(), 1);
+  EXPECT_FALSE(discs.Has(21));
+}
+
+TEST(Checks, DropAllStraysAndNothingElse) {
+  PlacedDiscs discs = unit::FlatDiscs();
+  for (const size_t stray : {3U, 18U, 40U})
+    discs.centres[stray] += cv::Point2d(-0.4 * FLAT_STEP, 0.3 * FLAT_STEP);
+  SheetPlane plane = PlaneOf(discs);
+  EXPECT_TRUE(finder::DropStrays(plane, discs, 3));
+  for (size_t k = 0; k < 44; ++k) EXPECT_EQ(discs.Has(k), k != 3 && k != 18 && k != 40) << k;
+  // What is left is the plane's again.
+  for (size_t k = 0; k < 44; ++k) {
+    EXPECT_LT(cv::norm(plane.Predict(discs.places[k]) - InFlatGrid(discs.places[k])), 1e-6) << k;
+  }
+}
+
+TEST(Checks, LookPastDiscsThatAreMissingAlready) {
+  PlacedDiscs discs = unit::FlatDiscs();
+  discs.radii[10] = 0.0;
+  discs.centres[10] = {};
+  SheetPlane plane = PlaneOf(discs);
+  EXPECT_TRUE(finder::DropStrays(plane, discs, 6));
+  EXPECT_EQ(discs.Missing(), 1);
+}
+
+TEST(Checks, GiveUpWhenTooManyDiscsAreStrays) {
+  PlacedDiscs discs = unit::FlatDiscs();
+  for (size_t k = 1; k < 44; k += 4)
+    discs.centres[k + k % 3] += cv::Point2d(0.4 * FLAT_STEP, k % 8 == 1 ? 12.0 : -12.0);
+  SheetPlane plane = PlaneOf(discs);
+  EXPECT_FALSE(finder::DropStrays(plane, discs, 6));
+}
+
+TEST(Checks, TakeNoGridThatIsOffThePlaneTogether) {
+  PlacedDiscs discs = unit::FlatDiscs();
+  const SheetPlane flat = PlaneOf(discs);
+  EXPECT_TRUE(finder::LiesOnPlane(flat, discs));
+  // A bend that the polynomial follows, so that none is a stray, but which no lens has.
+  for (size_t k = 0; k < 44; ++k) {
+    const double v = (discs.places[k].y - 5.0) / 5.0;
+    discs.centres[k].x += 1.1 * FLAT_STEP * v * v;
+  }
+  SheetPlane plane;
+  ASSERT_TRUE(plane.Fit(discs));
+  for (size_t k = 0; k < 44; ++k) EXPECT_LT(plane.Stray(discs, k), 0.05) << k;
+  EXPECT_FALSE(finder::LiesOnPlane(plane, discs));
+}
+
+TEST(Checks, SeeThatThePatternGoesOn) {
+  std::vector<Candidate> candidates = CandidatesOf(unit::FlatDiscs());
+  EXPECT_FALSE(GoOn(candidates));
+  for (int k = 0; k < 3; ++k) candidates.push_back({InFlatGrid({2 * k + 1, 11}), FLAT_RADIUS, 5});
+  EXPECT_FALSE(GoOn(candidates)) << "three may be an accident";
+  candidates.push_back({InFlatGrid({7, 11}), FLAT_RADIUS, 5});
+  EXPECT_TRUE(GoOn(candidates));
+}
+
+TEST(Checks, SeeThatThePatternGoesOnAtAnySide) {
+  const std::vector<std::vector<cv::Point>> sides = {{{1, -1}, {3, -1}, {5, -1}, {7, -1}},
+                                                     {{-1, 1}, {-1, 3}, {-1, 5}, {-1, 7}},
+                                                     {{8, 0}, {8, 2}, {8, 4}, {8, 6}}};
+  for (const std::vector<cv::Point>& side : sides) {
+    std::vector<Candidate> candidates = CandidatesOf(unit::FlatDiscs());
+    for (const cv::Point& place : side) candidates.push_back({InFlatGrid(place), FLAT_RADIUS, 5});
+    EXPECT_TRUE(GoOn(candidates)) << side;
+  }
+}
+
+TEST(Checks, SeeNoPatternInSpotsOfOtherSizesAndPlaces) {
+  const std::vector<Candidate> grid = CandidatesOf(unit::FlatDiscs());
+  for (const double radius : {0.5 * FLAT_RADIUS, 1.6 * FLAT_RADIUS}) {
+    std::vector<Candidate> candidates = grid;
+    for (int k = 0; k < 4; ++k) candidates.push_back({InFlatGrid({2 * k + 1, 11}), radius, 5});
+    EXPECT_FALSE(GoOn(candidates)) << radius;
+  }
+  std::vector<Candidate> candidates = grid;
+  for (int k = 0; k < 4; ++k) {
+    candidates.push_back({InFlatGrid({2 * k + 1, 11}) + cv::Point2d(0.0, 0.3 * FLAT_STEP), FLAT_RADIUS, 5});
+  }
+  EXPECT_FALSE(GoOn(candidates)) << "beside the places";
+}
+
+TEST(Checks, TellAChessboardFromDiscs) {
+  const PlacedDiscs discs = unit::FlatDiscs();
+  const SheetPlane plane = PlaneOf(discs);
+  EXPECT_FALSE(finder::IsChessboard(plane, discs, unit::FlatGrid(FLAT_GRID, 0.4, FLAT_STEP)));
+  EXPECT_FALSE(finder::IsChessboard(plane, discs, unit::FlatGrid(FLAT_GRID, 0.5, FLAT_STEP)));
+  cv::Mat board(360, 300, CV_8UC1, cv::Scalar(235));
+  for (const cv::Point2d& centre : discs.centres) {
+    const cv::Point corner(cvRound(centre.x - FLAT_STEP / 2), cvRound(centre.y - FLAT_STEP / 2));
+    board(cv::Rect(corner, cv::Size(24, 24))).setTo(25);
+  }
+  cv::GaussianBlur(board, board, {}, 1.0);
+  EXPECT_TRUE(finder::IsChessboard(plane, discs, board));
+}
+
+}  // namespace

@@ -1,0 +1,29 @@
+/// The discs of the flat picture of the 4 x 11 grid, as a search would have placed them.
+#pragma once
+
+#include <opencv2/core.hpp>
+
+#include "finder/SheetPlane.h"
+
+namespace unit {
+
+const cv::Size FLAT_GRID(4, 11);
+constexpr double FLAT_STEP = 24.0;
+constexpr double FLAT_RADIUS = 0.4 * FLAT_STEP;
+
+/// Where FlatGrid() has a place of the pattern, or one around it.
+cv::Point2d InFlatGrid(const cv::Point& place);
+
+/// The discs of FlatGrid(FLAT_GRID).
+velmora::finder::PlacedDiscs FlatDiscs();
+
+/// The same as a lens of much distortion has them.
+velmora::finder::PlacedDiscs BentDiscs();
+
+/// The discs of any size of grid where a homography puts them, of so many steps' radius.
+velmora::finder::PlacedDiscs DiscsSeenBy(const cv::Matx33d& H, const cv::Size& grid, double radius = 0.4);
+
+/// The plane of discs that have one.
+velmora::finder::SheetPlane PlaneOf(const velmora::finder::PlacedDiscs& discs);
+
+}  // namespace unit

@@ -1,0 +1,70 @@
+/// The places of the pattern.
+#include "finder/Pattern.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+using namespace velmora;
+
+namespace {
+
+TEST(Pattern, HasItsPlacesRowByRow) {
+  EXPECT_EQ(finder::PatternPlaces({2, 3}),
+            (std::vector<cv::Point>{{0, 0}, {2, 0}, {1, 1}, {3, 1}, {0, 2}, {2, 2}}));
+}
+
+TEST(Pattern, HasOneOrderWithAnOddNumberOfRows) {
+  for (const cv::Size& grid : {cv::Size(4, 11), cv::Size(3, 9), cv::Size(5, 5), cv::Size(7, 13)}) {
+    EXPECT_TRUE(finder::HasOneOrder(grid)) << grid;
+  }
+  for (const cv::Size& grid :
+       {cv::Size(4, 10), cv::Size(1, 13), cv::Size(4, 1), cv::Size(2, 3), cv::Size(8, 3), cv::Size(99, 99),
+        cv::Size(-4, 11), cv::Size(1 << 30, 1 << 30)}) {
+    EXPECT_FALSE(finder::HasOneOrder(grid)) << grid;
+  }
+}
+
+/// What HasOneOrder() says, by turning the pattern: half a turn puts no disc of a place's number on its own.
+TEST(Pattern, OfOneOrderIsNotItselfAfterHalfATurn) {
+  for (int columns = 2; columns <= 6; ++columns) {
+    for (int rows = 5; rows <= 12; ++rows) {
+      std::set<std::pair<int, int>> places;
+      int right = 0;
+      for (const cv::Point& place : finder::PatternPlaces({columns, rows})) {
+        places.insert({place.x, place.y});
+        right = std::max(right, place.x);
+      }
+      // All shifts of the turned pattern by up to a step.
+      int most = 0;
+      for (int x = -1; x <= 1; ++x) {
+        int covered = 0;
+        for (const auto& [column, row] : places)
+          covered += static_cast<int>(places.count({right - column + x, rows - 1 - row}));
+        most = std::max(most, covered);
+      }
+      const bool ambiguous = most == columns * rows;
+      EXPECT_EQ(ambiguous, rows % 2 == 0) << columns << " x " << rows;
+      if (columns * rows >= 12) {
+        EXPECT_EQ(finder::HasOneOrder({columns, rows}), !ambiguous) << columns << " x " << rows;
+      }
+    }
+  }
+}
+
+TEST(Pattern, PlacesAreWholeStepsOfItsOwnBase) {
+  std::set<std::pair<int, int>> seen;
+  for (const cv::Point& place : finder::PatternPlaces({5, 9})) {
+    const cv::Point p = finder::LatticePlace(place);
+    EXPECT_EQ(cv::Point(1, 1) * p.x + cv::Point(1, -1) * p.y, place);
+    EXPECT_TRUE(seen.insert({p.x, p.y}).second) << place;
+  }
+}
+
+TEST(Pattern, MayLackAFewDiscsAtFirst) {
+  EXPECT_EQ(finder::MissingAllowed({4, 11}), 6);
+  EXPECT_EQ(finder::MissingAllowed({3, 5}), 2);
+  EXPECT_EQ(finder::MissingAllowed({20, 29}), 6);
+}
+
+}  // namespace

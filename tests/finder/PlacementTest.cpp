@@ -1,0 +1,116 @@
+/// Laying the pattern onto lattices.
+#include "finder/Placement.h"
+
+#include <gtest/gtest.h>
+
+#include <numeric>
+
+#include "finder/Pattern.h"
+
+using namespace velmora;
+
+namespace {
+
+using finder::Effort;
+using finder::Lattice;
+using finder::Placement;
+
+const cv::Size GRID(4, 11);
+
+/// A base of a lattice, in the pattern's own one.
+struct Base {
+  int a, b, c, d;
+
+  cv::Point Of(const cv::Point& p) const { return {a * p.x + b * p.y, c * p.x + d * p.y}; }
+  /// The pattern's own base turns against the clock.
+  bool Clockwise() const { return a * d - b * c < 0; }
+};
+
+/// The lattice of these places in a base, from somewhere on; candidates are numbered as the places are.
+Lattice InBase(const std::vector<cv::Point>& places, const Base& base, const cv::Point& from = {}) {
+  Lattice lattice;
+  lattice.clockwise = base.Clockwise();
+  for (const cv::Point& place : places) {
+    lattice.points.push_back(
+        {base.Of(finder::LatticePlace(place)) + from, static_cast<int>(lattice.points.size())});
+  }
+  return lattice;
+}
+
+Placement Placed(const Lattice& lattice, const cv::Size& grid = GRID, int lacking = 2) {
+  Effort effort{10000000};
+  return finder::PlacePattern(lattice, grid, lacking, effort);
+}
+
+std::vector<int> InOrder() {
+  std::vector<int> order(static_cast<size_t>(GRID.area()));
+  std::iota(order.begin(), order.end(), 0);
+  return order;
+}
+
+TEST(Placement, PutsEveryDiscWhereItBelongsInAnyBase) {
+  for (const Base& base : {Base{1, 0, 0, 1}, Base{0, 1, 1, 0}, Base{-1, 0, 0, -1}, Base{0, -1, 1, 0},
+                           Base{1, 1, 0, 1}, Base{1, 0, -1, -1}, Base{1, -1, 2, -1}}) {
+    const Placement placement = Placed(InBase(finder::PatternPlaces(GRID), base, {-7, 12}));
+    EXPECT_EQ(placement.discs, InOrder()) << base.a << base.b << base.c << base.d;
+    EXPECT_EQ(placement.covered, 44);
+    EXPECT_EQ(placement.secondBest, 40);
+  }
+}
+
+TEST(Placement, NeverLaysThePatternOnItsMirrorImage) {
+  Lattice lattice = InBase(finder::PatternPlaces(GRID), {1, 0, 0, 1});
+  lattice.clockwise = !lattice.clockwise;
+  EXPECT_NE(Placed(lattice).discs, InOrder());
+}
+
+/// Every size that the search takes has one best way only.
+TEST(Placement, IsUniqueForAllSizesOfOneOrder) {
+  for (int columns = 2; columns <= 8; ++columns) {
+    for (int rows = 3; rows <= 15; rows += 2) {
+      const cv::Size grid(columns, rows);
+      if (!finder::HasOneOrder(grid)) continue;
+      const Placement placement = Placed(InBase(finder::PatternPlaces(grid), {1, 0, 0, 1}), grid);
+      EXPECT_EQ(placement.covered, grid.area());
+      EXPECT_LE(placement.secondBest + 2, grid.area()) << grid;
+    }
+  }
+}
+
+TEST(Placement, LeavesOutWhatIsMissingAndWhatIsBeside) {
+  std::vector<cv::Point> places = finder::PatternPlaces(GRID);
+  places.erase(places.begin() + 17);
+  places.emplace_back(9, 5);
+  std::vector<int> expected = InOrder();
+  expected[17] = -1;
+  for (size_t k = 18; k < expected.size(); ++k) --expected[k];
+  const Placement placement = Placed(InBase(places, {1, 0, 0, 1}));
+  EXPECT_EQ(placement.discs, expected);
+  EXPECT_EQ(placement.covered, 43);
+}
+
+TEST(Placement, IsInDoubtOnALargerPattern) {
+  const Placement placement = Placed(InBase(finder::PatternPlaces({4, 13}), {1, 0, 0, 1}));
+  EXPECT_EQ(placement.covered, 44);
+  EXPECT_EQ(placement.secondBest, 44);
+}
+
+TEST(Placement, IsNoneOnLatticesThatLackMoreThanAllowed) {
+  // Without its last four rows the pattern lacks places in both directions of its base.
+  const Lattice part = InBase(finder::PatternPlaces({4, 7}), {1, 0, 0, 1});
+  EXPECT_EQ(Placed(part, GRID, 0).covered, 0);
+  EXPECT_EQ(Placed(part, GRID, 15).covered, 28);
+}
+
+TEST(Placement, OfNothingOrASpentEffortIsNone) {
+  EXPECT_EQ(Placed({}).covered, 0);
+  EXPECT_TRUE(Placed({}).discs.empty());
+  Effort effort{0};
+  const Lattice lattice = InBase(finder::PatternPlaces(GRID), {1, 0, 0, 1});
+  EXPECT_EQ(finder::PlacePattern(lattice, GRID, 2, effort).covered, 0);
+  effort.left = 100;
+  EXPECT_EQ(finder::PlacePattern(lattice, GRID, 2, effort).covered, 0) << "spent on the way";
+  EXPECT_TRUE(effort.Spent());
+}
+
+}  // namespace

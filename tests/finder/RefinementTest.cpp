@@ -1,0 +1,100 @@
+/// Centres by the grey values.
+#include "finder/Refinement.h"
+
+#include <gtest/gtest.h>
+
+#include <opencv2/imgproc.hpp>
+
+#include "finder/FinderScenes.h"
+#include "finder/FlatDiscs.h"
+
+using namespace velmora;
+
+namespace {
+
+using finder::PlacedDiscs;
+using finder::SheetPlane;
+using unit::FLAT_GRID;
+using unit::FLAT_RADIUS;
+using unit::FLAT_STEP;
+using unit::InFlatGrid;
+
+TEST(Refinement, MovesCentresToThoseOfTheDarkness) {
+  cv::Mat picture = unit::FlatGrid(FLAT_GRID, 0.4, FLAT_STEP);
+  cv::GaussianBlur(picture, picture, {}, 1.5);
+  PlacedDiscs discs = unit::FlatDiscs();
+  const SheetPlane plane = unit::PlaneOf(discs);
+  for (cv::Point2d& centre : discs.centres) centre += cv::Point2d(0.8, -0.6);
+  finder::RefineDiscs(plane, picture, discs);
+  for (size_t k = 0; k < discs.places.size(); ++k) {
+    EXPECT_LT(cv::norm(discs.centres[k] - InFlatGrid(discs.places[k])), 0.05);
+    EXPECT_NEAR(discs.radii[k], FLAT_RADIUS, 0.3);
+  }
+}
+
+/// Discs of ink, by the share of each pixel that they cover.
+cv::Mat Painted(const std::vector<cv::Point2d>& centres, double radius) {
+  constexpr int PARTS = 16;
+  cv::Mat picture(360, 300, CV_8UC1, cv::Scalar(235));
+  for (const cv::Point2d& centre : centres) {
+    for (int y = cvFloor(centre.y - radius); y <= cvCeil(centre.y + radius); ++y) {
+      for (int x = cvFloor(centre.x - radius); x <= cvCeil(centre.x + radius); ++x) {
+        int covered = 0;
+        for (int part = 0; part < PARTS * PARTS; ++part) {
+          const cv::Point2d at(x - 0.5 + (part % PARTS + 0.5) / PARTS,
+                               y - 0.5 + (part / PARTS + 0.5) / PARTS);
+          if (cv::norm(at - centre) < radius) ++covered;
+        }
+        picture.at<unsigned char>(y, x) =
+            cv::saturate_cast<unsigned char>(235 - 210 * covered / (1.0 * PARTS * PARTS));
+      }
+    }
+  }
+  return picture;
+}
+
+/// The true centre may be anywhere in its pixel, and the paper of any tone.
+TEST(Refinement, KnowsCentresToHundredthsOfAPixel) {
+  for (const cv::Point2d& moved : {cv::Point2d(0.3, 0.0), cv::Point2d(0.0, -0.45), cv::Point2d(0.27, 0.71)}) {
+    PlacedDiscs discs = unit::FlatDiscs();
+    const SheetPlane plane = unit::PlaneOf(discs);
+    std::vector<cv::Point2d> truth = discs.centres;
+    for (cv::Point2d& centre : truth) centre += moved;
+    cv::Mat picture;
+    cv::GaussianBlur(Painted(truth, FLAT_RADIUS), picture, {}, 1.0);
+    picture = 40 + picture / 2;
+    finder::RefineDiscs(plane, picture, discs);
+    for (size_t k = 0; k < discs.places.size(); ++k)
+      EXPECT_LT(cv::norm(discs.centres[k] - truth[k]), 0.02) << moved;
+  }
+}
+
+TEST(Refinement, TakesTheRadiusOfAsMuchDarkness) {
+  for (const double share : {0.25, 0.45}) {
+    cv::Mat picture = unit::FlatGrid(FLAT_GRID, share, FLAT_STEP);
+    cv::GaussianBlur(picture, picture, {}, 1.0);
+    PlacedDiscs discs = unit::FlatDiscs();
+    finder::RefineDiscs(unit::PlaneOf(discs), picture, discs);
+    for (const double radius : discs.radii) EXPECT_NEAR(radius, share * FLAT_STEP, 0.15) << share;
+  }
+}
+
+TEST(Refinement, LeavesDiscsAloneThatCannotBeTold) {
+  PlacedDiscs discs = unit::FlatDiscs();
+  finder::RefineDiscs(unit::PlaneOf(discs), cv::Mat(360, 300, CV_8UC1, cv::Scalar(100)), discs);
+  EXPECT_EQ(discs.centres, unit::FlatDiscs().centres);
+  EXPECT_EQ(discs.radii, unit::FlatDiscs().radii);
+}
+
+/// Something dark beside a disc draws its darkness farther away than the disc can have been.
+TEST(Refinement, MovesNoCentreFar) {
+  cv::Mat picture(360, 300, CV_8UC1, cv::Scalar(235));
+  const cv::Point2d at = unit::FlatDiscs().centres[17];
+  picture(cv::Rect(cvRound(at.x) + 2, cvRound(at.y) - 12, 14, 25)).setTo(25);
+  PlacedDiscs discs = unit::FlatDiscs();
+  finder::RefineDiscs(unit::PlaneOf(discs), picture, discs);
+  EXPECT_EQ(discs.centres[17], at);
+  EXPECT_EQ(discs.radii[17], FLAT_RADIUS);
+}
+
+}  // namespace
