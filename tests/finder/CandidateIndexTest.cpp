@@ -111,6 +111,13 @@ TEST(CandidateIndex, FindsWhatLiesBeyondThePicture) {
   EXPECT_EQ(index.Nearest({695.0, 495.0}, 10.0, effort, Any), 1);
 }
 
+TEST(CandidateIndex, HasOneCellAtLeast) {
+  const CandidateIndex index({{{4.0, 4.0}, 2.0, 3}}, {9, 9});
+  Effort effort{1000};
+  EXPECT_EQ(index.Nearest({8.0, 8.0}, 6.0, effort, Any), 0);
+  EXPECT_GE(effort.left, 990);
+}
+
 TEST(CandidateIndex, TakesEffortForWhatItLooksAt) {
   const CandidateIndex none({}, FRAME_SIZE);
   Effort effort{100};

@@ -5,7 +5,6 @@
 
 #include <opencv2/imgproc.hpp>
 
-#include "finder/CandidateIndex.h"
 #include "finder/FinderScenes.h"
 
 using namespace velmora;
@@ -64,31 +63,6 @@ TEST(Candidates, LevelsLieBetweenDarkAndBrightAndThereAreNoneWithoutContrast) {
   EXPECT_LT(levels.back(), 235);
   EXPECT_TRUE(std::is_sorted(levels.begin(), levels.end()));
   EXPECT_TRUE(finder::ChooseLevels(cv::Mat(100, 100, CV_8UC1, cv::Scalar(90))).empty());
-}
-
-TEST(CandidateIndex, FindsTheNearestThatIsWantedAndCountsItsLooks) {
-  cv::RNG random(4);
-  std::vector<finder::Candidate> candidates;
-  for (int k = 0; k < 500; ++k) {
-    candidates.push_back({{random.uniform(0.0, 640.0), random.uniform(0.0, 480.0)}, 5.0, k % 3});
-  }
-  const finder::CandidateIndex index(candidates, {640, 480});
-  const auto wanted = [&](int k) { return candidates[static_cast<size_t>(k)].levels == 1; };
-  finder::Effort effort{1000000};
-  for (int trial = 0; trial < 200; ++trial) {
-    const cv::Point2d at(random.uniform(-20.0, 660.0), random.uniform(-20.0, 500.0));
-    int expected = -1;
-    double least = 30.0;
-    for (int k = 0; k < 500; ++k) {
-      const double distance = cv::norm(candidates[static_cast<size_t>(k)].centre - at);
-      if (wanted(k) && distance < least) {
-        least = distance;
-        expected = k;
-      }
-    }
-    EXPECT_EQ(index.Nearest(at, 30.0, effort, wanted), expected);
-  }
-  EXPECT_LT(effort.left, 1000000);
 }
 
 }  // namespace

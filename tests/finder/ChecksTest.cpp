@@ -107,7 +107,9 @@ TEST(Checks, SeeThatThePatternGoesOn) {
 TEST(Checks, SeeThatThePatternGoesOnAtAnySide) {
   const std::vector<std::vector<cv::Point>> sides = {{{1, -1}, {3, -1}, {5, -1}, {7, -1}},
                                                      {{-1, 1}, {-1, 3}, {-1, 5}, {-1, 7}},
-                                                     {{8, 0}, {8, 2}, {8, 4}, {8, 6}}};
+                                                     {{-2, 0}, {-2, 2}, {-2, 4}, {-2, 6}},
+                                                     {{8, 0}, {8, 2}, {8, 4}, {8, 6}},
+                                                     {{9, 1}, {9, 3}, {9, 5}, {9, 7}}};
   for (const std::vector<cv::Point>& side : sides) {
     std::vector<Candidate> candidates = CandidatesOf(unit::FlatDiscs());
     for (const cv::Point& place : side) candidates.push_back({InFlatGrid(place), FLAT_RADIUS, 5});

@@ -39,7 +39,7 @@ bool TonesOf(const cv::Mat& picture, const DiscWindow& window, Tones& tones) {
 TEST(DiscWindow, OfAFlatGridIsACircleThatEndsBeforeTheNeighbours) {
   const DiscWindow window = FlatWindow(0.4);
   EXPECT_EQ(window.centre, unit::FlatDiscs().centres[17]);
-  EXPECT_LT(cv::norm(window.toSteps - cv::Matx22d::eye() * (1.0 / FLAT_STEP)), 1e-12);
+  EXPECT_LT(cv::norm(window.toSteps - cv::Matx22d::eye() * (1.0 / FLAT_STEP)), 1e-10);
   EXPECT_NEAR(window.disc, 0.4, 1e-9);
   // Half of the distance of two neighbours.
   EXPECT_NEAR(window.outer, std::sqrt(0.5), 1e-9);

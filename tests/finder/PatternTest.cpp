@@ -25,7 +25,7 @@ TEST(Pattern, HasOneOrderWithAnOddNumberOfRows) {
   }
 }
 
-/// What HasOneOrder() says, by turning the pattern: half a turn puts no disc of a place's number on its own.
+/// Whether half a turn and a shift by a step lead the pattern onto itself is what HasOneOrder() is about.
 TEST(Pattern, OfOneOrderIsNotItselfAfterHalfATurn) {
   for (int columns = 2; columns <= 6; ++columns) {
     for (int rows = 5; rows <= 12; ++rows) {

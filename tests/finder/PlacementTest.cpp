@@ -102,6 +102,27 @@ TEST(Placement, IsNoneOnLatticesThatLackMoreThanAllowed) {
   EXPECT_EQ(Placed(part, GRID, 15).covered, 28);
 }
 
+/// Both ways of the lattice count alike.
+TEST(Placement, MayLackAsManyRowsOfTheLatticeAsAllowed) {
+  for (const bool across : {false, true}) {
+    Lattice lattice = InBase(finder::PatternPlaces(GRID), {1, 0, 0, 1});
+    std::vector<int> expected = InOrder();
+    std::vector<finder::LatticePoint> rest;
+    for (const finder::LatticePoint& point : lattice.points) {
+      const bool last = across ? point.place.x >= 7 : point.place.y <= -4;
+      if (last) {
+        expected[static_cast<size_t>(point.candidate)] = -1;
+      } else {
+        rest.push_back(point);
+      }
+    }
+    ASSERT_LT(rest.size(), 44U);
+    lattice.points = rest;
+    EXPECT_EQ(Placed(lattice, GRID, 2).discs, expected) << across;
+    EXPECT_NE(Placed(lattice, GRID, 0).discs, expected) << across;
+  }
+}
+
 TEST(Placement, OfNothingOrASpentEffortIsNone) {
   EXPECT_EQ(Placed({}).covered, 0);
   EXPECT_TRUE(Placed({}).discs.empty());

@@ -94,6 +94,17 @@ TEST(Rim, IsNotMovedByAShadowsEdge) {
   EXPECT_LT(cv::norm(rim.centre - CENTRE), 0.5);
 }
 
+/// The shadow's own edge is the larger step, and near: the rim is the larger ratio.
+TEST(Rim, InAShadowIsNotMistakenForTheShadowsEdge) {
+  cv::Mat picture = Painted(UPRIGHT);
+  cv::Mat shadow = picture.rowRange(cvRound(CENTRE.y - RADIUS * STEP) - 5, picture.rows);
+  shadow.convertTo(shadow, CV_8U, 0.4);
+  cv::GaussianBlur(picture, picture, {}, 0.7);
+  const Rim rim = FollowRim(picture, Expected(UPRIGHT));
+  EXPECT_EQ(rim.seen, 1.0);
+  EXPECT_LT(cv::norm(rim.centre - CENTRE), 0.2);
+}
+
 /// Nothing draws: the equations have hardly more than the radius's firmness, and the middle stays.
 TEST(Rim, IsNotSeenWhereThereIsNone) {
   const cv::Mat paper(160, 160, CV_8UC1, cv::Scalar(PAPER));
