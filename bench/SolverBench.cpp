@@ -9,6 +9,7 @@
 #include "model/TargetGeometry.h"
 #include "quality/Judge.h"
 #include "quality/NextPose.h"
+#include "solver/OpenCvMatrices.h"
 #include "solver/SparseIntrinsics.h"
 #include "solver/SparsePair.h"
 
@@ -101,11 +102,12 @@ void NextPoseBesideSparse(benchmark::State& state) {
   const solver::Target target = solver::TargetOf(data.object, data.image);
   const SparseResult result = SolveIntrinsicsSparsely(data.object, data.image, FRAME, model);
   const solver::Knowledge knowledge =
-      solver::KnowledgeFrom(solver::SolvedFrom(target, result, 0.0), target.views, FRAME);
+      solver::KnowledgeFrom(solver::SolutionFrom(target, result, FRAME, 0.0), target.views, FRAME);
   bench::Ratio().Run(
       state,
       [&] {
-        benchmark::DoNotOptimize(solver::ChooseNextPose(knowledge, target.views.front().object, FRAME).then);
+        benchmark::DoNotOptimize(
+            solver::ChooseNextPose(knowledge, target.views.front().observations.front().object, FRAME).then);
       },
       [&] { Sparse(data, model); });
 }
@@ -153,7 +155,7 @@ void RefinedPairBesideOpenCV(benchmark::State& state) {
         cv::Mat F;
         other = cv::stereoCalibrate(
             Narrowed(data.object), Narrowed(data.left), Narrowed(data.right), K, D, KRight, DRight, FRAME, R,
-            T, E, F, cv::CALIB_USE_INTRINSIC_GUESS | velmora::LensModelOf(model).flags, OpenCvCriteria());
+            T, E, F, cv::CALIB_USE_INTRINSIC_GUESS | LensModelOf(model).flags, OpenCvCriteria());
       });
   cv::setNumThreads(threads);
   state.counters["rms"] = rms;

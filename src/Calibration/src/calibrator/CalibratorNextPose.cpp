@@ -9,6 +9,7 @@
 #include "finder/FinderChoice.h"
 #include "foundation/OneLine.h"
 #include "quality/NextPose.h"
+#include "solver/OpenCvMatrices.h"
 
 using namespace velmora;
 
@@ -17,7 +18,7 @@ namespace {
 /// What the snapshots say of a lens; nothing when they do not agree with any camera.
 struct Seen {
   solver::Target target;
-  solver::Solved solved;
+  Solution solution;
 };
 
 Seen SeenIn(const std::vector<std::vector<cv::Point3d>>& objectPoints,
@@ -30,7 +31,7 @@ Seen SeenIn(const std::vector<std::vector<cv::Point3d>>& objectPoints,
     seen.target = solver::TargetOf(objectPoints, imagePoints);
     if (imagePoints.size() < ENOUGH_FOR_A_LENS) return seen;
     const SparseResult result = SolveIntrinsicsSparsely(objectPoints, imagePoints, imageSize, model, options);
-    seen.solved = solver::SolvedFrom(seen.target, result, options.discRadius);
+    seen.solution = solver::SolutionFrom(seen.target, result, imageSize, options.discRadius);
   } catch (const cv::Exception& fault) {
     Log::debug("No camera for a proposal: %s", OneLine(fault.what()).c_str());
   }
@@ -68,7 +69,7 @@ PoseProposal Calibrator::ProposePose(const int& model) {
   const cv::Size imageSize(frameWidth_, frameHeight_);
 
   const Seen seen = SeenIn(objectPoints, imagePoints, imageSize, model, options);
-  const solver::Knowledge knowledge = solver::KnowledgeFrom(seen.solved, seen.target.views, imageSize);
+  const solver::Knowledge knowledge = solver::KnowledgeFrom(seen.solution, seen.target.views, imageSize);
   cv::Vec3d middle;
   const solver::NextPose next = solver::ChooseNextPose(knowledge, Centred(objectTemplate_, middle), imageSize,
                                                        MostSpacing(finder_->Get()));

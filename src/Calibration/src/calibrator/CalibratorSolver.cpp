@@ -94,8 +94,8 @@ SparseResult Calibrator::SolverChoice::Settings::Solve(
   options.discRadius = discRadius;
   options.progress = progress;
   solved = SolveIntrinsicsSparsely(objectPoints, imagePoints, imageSize, model, options);
-  for (const solver::Rejected& item : solved.rejected) {
-    if (item.point == solver::Rejected::WHOLE_VIEW) {
+  for (const Rejected& item : solved.rejected) {
+    if (item.point == Rejected::WHOLE_VIEW) {
       Log::warn("View %zu is left out: %s (%.2f px).", item.view, item.reason.c_str(), item.residual);
     } else {
       Log::warn("Point %d of view %zu is left out: %s (%.2f px).", item.point, item.view, item.reason.c_str(),

@@ -61,7 +61,7 @@ struct Calibrator::SolverChoice {
   ProgressListener listener;
 
   /// What the last result left out, whether it was to and could, and its disc radius; guarded as results are.
-  std::vector<velmora::solver::Rejected> rejected;
+  std::vector<velmora::Rejected> rejected;
   bool usedRobust = false;
   bool tooFewAgree = false;
   double usedDiscRadius = 0.0;

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <vector>
 
-namespace velmora::solver {
+namespace velmora {
 
 /// The upper one of an even number; 0 of none.
 inline double MedianOf(std::vector<double> values) {
@@ -14,4 +14,4 @@ inline double MedianOf(std::vector<double> values) {
   return *middle;
 }
 
-}  // namespace velmora::solver
+}  // namespace velmora

@@ -12,7 +12,7 @@
 #include "quality/ProjectionUncertainty.h"
 #include "quality/SystematicErrors.h"
 #include "solver/Covariance.h"
-#include "solver/SolutionMatrices.h"
+#include "solver/OpenCvMatrices.h"
 #include "solver/Target.h"
 
 namespace velmora {
@@ -33,34 +33,39 @@ constexpr double SMALL_COVERAGE = 0.4;
 constexpr int FEW_VIEWS = 10;
 constexpr int FEWEST_AGREEING = 5;  // of those that outvoted others
 
-std::vector<cv::Point2f> HullOf(const std::vector<solver::View>& views) {
+std::vector<cv::Point2f> HullOf(const std::vector<TargetView>& views) {
   std::vector<cv::Point2f> points;
-  for (const solver::View& view : views) points.insert(points.end(), view.image.begin(), view.image.end());
+  for (const TargetView& view : views) {
+    const Observation& observation = view.observations.front();
+    points.insert(points.end(), observation.image.begin(), observation.image.end());
+  }
   std::vector<cv::Point2f> hull;
   cv::convexHull(points, hull);
   return hull;
 }
 
-double RelativeFocal(const cv::Mat& covariance, const solver::Lens& lens) {
-  return std::max(std::sqrt(covariance.at<double>(0, 0)) / lens.values[0],
-                  std::sqrt(covariance.at<double>(1, 1)) / lens.values[1]);
+double RelativeFocal(const Eigen::MatrixXd& covariance, const Intrinsics& intrinsics) {
+  return std::max(std::sqrt(covariance(FX, FX)) / intrinsics.values[FX],
+                  std::sqrt(covariance(FY, FY)) / intrinsics.values[FY]);
 }
 
-void Measure(const solver::Solved& solved, const cv::Size& imageSize, CalibrationVerdict& verdict) {
-  const solver::Lens& lens = solved.staged.solution.estimate.lens;
-  verdict.views = static_cast<int>(solved.views.size());
-  verdict.dataArea = HullOf(solved.views);
+void Measure(const Solution& solution, const cv::Size& imageSize, CalibrationVerdict& verdict) {
+  const Intrinsics& intrinsics = solution.rig.cameras.front().intrinsics;
+  verdict.views = static_cast<int>(solution.views.size());
+  verdict.dataArea = HullOf(solution.views);
   verdict.coverage = std::min(1.0, cv::contourArea(verdict.dataArea) / imageSize.area());
-  const solver::ProjectionUncertainty uncertainty(lens, imageSize, verdict.dataArea);
-  const double nothing = std::numeric_limits<double>::infinity();
-  const cv::Mat formal = solver::LensCovariance(solved.staged, solved.views);
-  const cv::Mat jackknife = solver::JackknifeCovariance(solved.staged);
-  verdict.focalDeviation = formal.empty() ? nothing : RelativeFocal(formal, lens);
-  verdict.focalJackknife = jackknife.empty() ? nothing : RelativeFocal(jackknife, lens);
-  verdict.deviationInData = formal.empty() ? nothing : uncertainty.InArea(formal);
-  verdict.deviationInImage = formal.empty() ? nothing : uncertainty.InImage(formal);
-  verdict.jackknifeInData = jackknife.empty() ? nothing : uncertainty.InArea(jackknife);
-  if (!formal.empty()) verdict.deviationMap = uncertainty.Map(formal);
+  const solver::ProjectionUncertainty uncertainty(intrinsics, imageSize, verdict.dataArea);
+  const double unknown = std::numeric_limits<double>::infinity();
+  const Eigen::MatrixXd formal = solver::SharedCovariance(solution);
+  const Eigen::MatrixXd jackknife = solver::JackknifeCovariance(solution);
+  const bool hasFormal = formal.size() > 0;
+  const bool hasJackknife = jackknife.size() > 0;
+  verdict.focalDeviation = hasFormal ? RelativeFocal(formal, intrinsics) : unknown;
+  verdict.focalJackknife = hasJackknife ? RelativeFocal(jackknife, intrinsics) : unknown;
+  verdict.deviationInData = hasFormal ? uncertainty.InArea(formal) : unknown;
+  verdict.deviationInImage = hasFormal ? uncertainty.InImage(formal) : unknown;
+  verdict.jackknifeInData = hasJackknife ? uncertainty.InArea(jackknife) : unknown;
+  if (hasFormal) verdict.deviationMap = uncertainty.Map(formal);
 }
 
 std::string Decimal(double value, int digits) {
@@ -74,7 +79,7 @@ void Grant(CalibrationVerdict& verdict, Grade grade, const std::string& reason, 
   verdict.remarks.push_back({reason, advice});
 }
 
-void JudgeFocal(const solver::Lens& lens, const cv::Size& imageSize, CalibrationVerdict& verdict) {
+void JudgeFocal(const Intrinsics& intrinsics, const cv::Size& imageSize, CalibrationVerdict& verdict) {
   const double focal = std::max(verdict.focalDeviation, verdict.focalJackknife);
   if (!(focal <= WORTHLESS_FOCAL)) {
     Grant(verdict, Grade::Worthless, "The views do not determine the focal length.",
@@ -85,7 +90,7 @@ void JudgeFocal(const solver::Lens& lens, const cv::Size& imageSize, Calibration
           "Tilt the sheet more, and take more views.");
   }
   const cv::Rect2d image(0.0, 0.0, imageSize.width, imageSize.height);
-  if (!image.contains({lens.values[2], lens.values[3]})) {
+  if (!image.contains({intrinsics.values[CX], intrinsics.values[CY]})) {
     Grant(verdict, Grade::Worthless, "The principal point is outside the image.",
           "Tilt the sheet more, to all sides, and check that the grid is the right one.");
   }
@@ -112,9 +117,9 @@ void JudgeProjection(const cv::Size& imageSize, CalibrationVerdict& verdict) {
 
 /// Whether enough views are left to believe that those left out are the wrong ones.
 void JudgeSelection(const SparseResult& result, CalibrationVerdict& verdict) {
-  const bool leftOut = std::any_of(
-      result.rejected.begin(), result.rejected.end(),
-      [](const solver::Rejected& rejected) { return rejected.point == solver::Rejected::WHOLE_VIEW; });
+  const bool leftOut =
+      std::any_of(result.rejected.begin(), result.rejected.end(),
+                  [](const Rejected& rejected) { return rejected.point == Rejected::WHOLE_VIEW; });
   if (result.tooFewAgree) {
     Grant(verdict, Grade::WithCare,
           "Too few views agree with each other to tell which of the others are wrong.",
@@ -126,17 +131,17 @@ void JudgeSelection(const SparseResult& result, CalibrationVerdict& verdict) {
   }
 }
 
-CalibrationVerdict::Remark RemarkOnBend(const solver::SystematicError& error, const solver::Solved& solved,
+CalibrationVerdict::Remark RemarkOnBend(const solver::SystematicError& error, const Solution& solution,
                                         CalibrationVerdict& verdict) {
-  verdict.sheetBend = solver::DepthOfBend(error.effect, solved.views.front());
+  verdict.sheetBend = solver::DepthOfBend(error.effect, solution.views.front().observations.front().object);
   return {"The sheet is bent by about " + Decimal(1e3 * verdict.sheetBend, 1) + " mm",
           "Mount the sheet on a flat, stiff board."};
 }
 
 CalibrationVerdict::Remark RemarkOnProportions(const solver::SystematicError& error,
                                                CalibrationVerdict& verdict) {
-  const double stretch = error.effect.values.at<double>(0);
-  const double skew = error.effect.values.at<double>(1);
+  const double stretch = error.effect.values(0);
+  const double skew = error.effect.values(1);
   verdict.sheetStretch = stretch;
   const char* const advice =
       "Print it at full size, without fitting it to the page, and measure it both ways.";
@@ -149,23 +154,23 @@ CalibrationVerdict::Remark RemarkOnProportions(const solver::SystematicError& er
 }
 
 /// Of the first cause that is one; the reason is empty when there is none.
-CalibrationVerdict::Remark RemarkOn(const solver::SystematicError& error, const solver::Solved& solved,
+CalibrationVerdict::Remark RemarkOn(const solver::SystematicError& error, const Solution& solution,
                                     solver::LargerModel& larger, CalibrationVerdict& verdict) {
   using Cause = solver::SystematicError::Cause;
-  if (error.cause == Cause::Bend) return RemarkOnBend(error, solved, verdict);
+  if (error.cause == Cause::Bend) return RemarkOnBend(error, solution, verdict);
   if (error.cause == Cause::Proportions) return RemarkOnProportions(error, verdict);
   if (larger.Name().empty()) return {};
   return {"The lens does not fit this model", "Try the " + larger.Name() + " model."};
 }
 
 /// True when there is something to tell. Steps from a worthless result lead nowhere.
-bool JudgeSystematicError(const solver::Solved& solved, const cv::Size& imageSize,
-                          solver::LargerModel& larger, CalibrationVerdict& verdict) {
+bool JudgeSystematicError(const Solution& solution, const cv::Size& imageSize, solver::LargerModel& larger,
+                          CalibrationVerdict& verdict) {
   if (verdict.grade == Grade::Worthless) return false;
   const double least = std::max(LEAST_SYSTEMATIC * imageSize.width, verdict.deviationInData);
   for (const solver::SystematicError& error :
-       solver::SystematicErrorsOf(solved, imageSize, verdict.dataArea, least)) {
-    const CalibrationVerdict::Remark remark = RemarkOn(error, solved, larger, verdict);
+       solver::SystematicErrorsOf(solution, 0, verdict.dataArea, least)) {
+    const CalibrationVerdict::Remark remark = RemarkOn(error, solution, larger, verdict);
     if (remark.reason.empty()) continue;
     verdict.systematicInData = error.shift;
     Grant(verdict, Grade::WithCare,
@@ -196,18 +201,18 @@ CalibrationVerdict JudgeIntrinsics(const std::vector<std::vector<cv::Point3d>>& 
       result.tvecs.rows != result.rvecs.rows) {
     return verdict;
   }
-  const solver::Solved solved =
-      solver::SolvedFrom(solver::TargetOf(objectPoints, imagePoints), result, discRadius);
+  const Solution solution =
+      solver::SolutionFrom(solver::TargetOf(objectPoints, imagePoints), result, imageSize, discRadius);
   verdict.grade = Grade::Good;
-  for (const solver::Rejected& rejected : result.rejected) {
+  for (const Rejected& rejected : result.rejected) {
     verdict.leftOut.push_back({rejected.view, rejected.point, rejected.residual, rejected.reason});
   }
-  Measure(solved, imageSize, verdict);
-  JudgeFocal(solved.staged.solution.estimate.lens, imageSize, verdict);
+  Measure(solution, imageSize, verdict);
+  JudgeFocal(solution.rig.cameras.front().intrinsics, imageSize, verdict);
   JudgeProjection(imageSize, verdict);
   JudgeSelection(result, verdict);
   solver::LargerModel larger(objectPoints, imagePoints, imageSize, result, discRadius);
-  const bool explained = JudgeSystematicError(solved, imageSize, larger, verdict) &&
+  const bool explained = JudgeSystematicError(solution, imageSize, larger, verdict) &&
                          verdict.jackknifeInData < verdict.systematicInData;
   if (!explained) JudgeAgreement(larger, verdict);
   return verdict;

@@ -3,7 +3,7 @@
 
 #include "model/LensModel.h"
 #include "quality/ModelComparison.h"
-#include "solver/SolutionMatrices.h"
+#include "solver/OpenCvMatrices.h"
 
 namespace velmora::solver {
 
@@ -13,7 +13,7 @@ LargerModel::LargerModel(const std::vector<std::vector<cv::Point3d>>& objectPoin
     : objectPoints_(objectPoints),
       imagePoints_(imagePoints),
       imageSize_(imageSize),
-      free_(LensOf(result).free) {
+      parameters_(IntrinsicsOf(result).estimated) {
   options_.robust = result.robust;
   options_.discRadius = discRadius;
 }
@@ -27,7 +27,7 @@ const std::string& LargerModel::Name() {
 std::string LargerModel::Ask() const {
   try {
     const ModelChoice choice = CompareModels(objectPoints_, imagePoints_, imageSize_, options_);
-    return velmora::LensModelOf(choice.model).parameters > free_ ? choice.Name() : "";
+    return LensModelOf(choice.model).parameters > parameters_ ? choice.Name() : "";
   } catch (const cv::Exception&) {
     return "";  // a model that cannot be computed is no advice
   }

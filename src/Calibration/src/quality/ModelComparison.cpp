@@ -6,12 +6,12 @@
 #include <cstdio>
 #include <limits>
 #include <sstream>
+#include <utility>
 
 #include "model/LensModel.h"
-#include "solver/KnownLens.h"
-#include "solver/SelectedViews.h"
-#include "solver/Start.h"
+#include "solver/CameraCalibration.h"
 #include "solver/Target.h"
+#include "solver/WeakPrior.h"
 
 namespace velmora {
 
@@ -21,61 +21,40 @@ using Candidate = ModelChoice::Candidate;
 
 constexpr size_t MOST_FOLDS = 10;
 
-double PointsOf(const solver::View& view) {
-  return view.weights.empty()
-             ? static_cast<double>(view.object.size())
-             : static_cast<double>(std::count_if(view.weights.begin(), view.weights.end(),
-                                                 [](double weight) { return weight > 0.0; }));
-}
-
-double PointsOf(const std::vector<solver::View>& views) {
-  double points = 0.0;
-  for (const solver::View& view : views) points += PointsOf(view);
-  return points;
-}
-
-/// Squared distances of the views that the lens was not computed from; infinite when it cannot be.
-double SquaresOfFold(const solver::Solved& solved, const solver::StageOptions& stages, size_t fold,
-                     size_t folds) {
-  solver::StagedSolution seen = solved.staged;
-  std::vector<solver::View> seenViews;
-  std::vector<solver::View> unseenViews;
-  solver::Estimate unseen;
-  seen.solution.estimate.poses.clear();
-  for (size_t i = 0; i < solved.views.size(); ++i) {
-    const bool left = i % folds == fold;
-    (left ? unseenViews : seenViews).push_back(solved.views[i]);
-    (left ? unseen : seen.solution.estimate).poses.push_back(solved.staged.solution.estimate.poses[i]);
+/// Squared residuals of the views that the camera was not computed from; infinite when it cannot be.
+double CostOfFold(const Solution& solution, const solver::BundleOptions& options, size_t fold, size_t folds) {
+  Solution seen = solution;
+  std::vector<TargetView> unseen;
+  seen.views.clear();
+  for (size_t i = 0; i < solution.views.size(); ++i) {
+    (i % folds == fold ? unseen : seen.views).push_back(solution.views[i]);
   }
-  const solver::Solution lens = solver::SolveAgain(seenViews, seen, stages).solution;
-  if (!lens.usable) return std::numeric_limits<double>::infinity();
-  unseen.lens = lens.estimate.lens;
-  const solver::Solution poses = solver::SolvePoses(unseenViews, unseen);
-  return poses.usable ? poses.squares : std::numeric_limits<double>::infinity();
+  const Solution camera = solver::SolveAgain(seen, seen.views, options);
+  if (!camera.usable) return std::numeric_limits<double>::infinity();
+  const Solution poses = solver::SolvePoses(camera.rig, std::move(unseen));
+  return poses.usable ? poses.cost : std::numeric_limits<double>::infinity();
 }
 
-double UnseenRms(const solver::Solved& solved, const solver::StageOptions& stages) {
-  const size_t folds = std::min(MOST_FOLDS, solved.views.size());
-  double squares = 0.0;
-  for (size_t fold = 0; fold < folds; ++fold) squares += SquaresOfFold(solved, stages, fold, folds);
-  return std::sqrt(squares / PointsOf(solved.views));
+double UnseenRms(const Solution& solution, const solver::BundleOptions& options) {
+  const size_t folds = std::min(MOST_FOLDS, solution.views.size());
+  double cost = 0.0;
+  for (size_t fold = 0; fold < folds; ++fold) cost += CostOfFold(solution, options, fold, folds);
+  return std::sqrt(cost / CountOf(solution.views));
 }
 
-Candidate CandidateOf(const solver::Selection& selection, const solver::StageOptions& stages, int model,
-                      double discRadius) {
-  const solver::Solved solved = solver::SolveSelected(selection, stages, discRadius);
-  if (!solved.staged.solution.usable) {
-    CV_Error(cv::Error::StsNoConv, "The views do not agree with any camera.");
-  }
-  const double points = PointsOf(solved.views);
-  const double squares = solved.staged.solution.squares;
-  const double unknowns = stages.free + solver::POSE_PARAMETERS * static_cast<double>(solved.views.size());
+Candidate CandidateOf(const solver::Selection& selection, const cv::Size& imageSize,
+                      const solver::BundleOptions& options, int model) {
+  const Solution solution = solver::CalibrateCamera(selection, imageSize, options);
+  if (!solution.usable) CV_Error(cv::Error::StsNoConv, "The views do not agree with any camera.");
+  const double points = CountOf(solution.views);
+  const double unknowns = options.parameters + POSE_PARAMETERS * static_cast<double>(solution.views.size());
   Candidate candidate;
   candidate.model = model;
-  candidate.rms = std::sqrt(squares / points);
-  candidate.criterion = 2.0 * points * std::log(squares / (2.0 * points)) + unknowns * std::log(2.0 * points);
-  candidate.unseen = UnseenRms(solved, stages);
-  candidate.poleFree = solver::IsFreeOfPoles(solved.staged.solution.estimate.lens, stages.imageSize);
+  candidate.rms = RmsOf(solution);
+  candidate.criterion =
+      2.0 * points * std::log(solution.cost / (2.0 * points)) + unknowns * std::log(2.0 * points);
+  candidate.unseen = UnseenRms(solution, options);
+  candidate.poleFree = solver::IsFreeOfPoles(solution.rig.cameras.front().intrinsics, imageSize);
   return candidate;
 }
 
@@ -136,16 +115,15 @@ ModelChoice CompareModels(const std::vector<std::vector<cv::Point3d>>& objectPoi
                           const std::vector<std::vector<cv::Point2d>>& imagePoints, const cv::Size& imageSize,
                           const SparseOptions& options) {
   const solver::Target target = solver::TargetOf(objectPoints, imagePoints);
-  solver::StageOptions stages;
-  stages.imageSize = imageSize;
-  stages.threads = std::max(options.threads, 1);
-  stages.free = solver::FULL_PARAMETERS;
-  const solver::Selection selection =
-      solver::SelectedFrom(target.views, stages, {options.robust, options.discRadius});
+  solver::BundleOptions bundle;
+  bundle.threads = std::max(options.threads, 1);
+  bundle.parameters = FULL_PARAMETERS;
+  bundle.discRadius = options.discRadius;
+  const solver::Selection selection = solver::SelectedFrom(target.views, imageSize, options.robust, bundle);
   std::vector<Candidate> candidates;
-  for (const velmora::LensModel& model : velmora::LensModels()) {
-    stages.free = model.parameters;
-    candidates.push_back(CandidateOf(selection, stages, model.number, options.discRadius));
+  for (const LensModel& model : LensModels()) {
+    bundle.parameters = model.parameters;
+    candidates.push_back(CandidateOf(selection, imageSize, bundle, model.number));
   }
   return ChooseAmong(candidates);
 }

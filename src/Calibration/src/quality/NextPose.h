@@ -1,26 +1,28 @@
 /// Chooses where the target should be seen next, so that the camera becomes known best.
 #pragma once
 
+#include <Eigen/Core>
 #include <opencv2/core.hpp>
 #include <vector>
 
+#include "model/Solution.h"
 #include "quality/PoseCandidates.h"
-#include "solver/ScaledSystem.h"
-#include "solver/SolutionMatrices.h"
 
 namespace velmora::solver {
 
-/// What is known of a lens: the inverse of `information` is its covariance.
+/// What is known of a camera's intrinsics: the inverse of `information` is their covariance, but for the
+/// variance.
 struct Knowledge {
-  Lens lens;
-  LensMatrix information{};
+  Intrinsics intrinsics;
+  Eigen::MatrixXd information;
   double variance = 0.0;  ///< of the noise of a coordinate, squared pixels
-  bool nominal = true;    ///< the lens is a usual one, not that of the views
+  bool nominal = true;    ///< the intrinsics are a usual camera's, not those of the views
 };
 
-/// Of a lens that was computed from views, when it can be that of a camera; of a usual one, seen by the same
-/// views, when it cannot or `solved` is empty.
-Knowledge KnowledgeFrom(const Solved& solved, const std::vector<View>& views, const cv::Size& imageSize);
+/// Of a camera that was computed from views, when it can be one; of a usual camera, seen by the same views,
+/// when it cannot or `solution` has no views. The views are those of the target, without poses.
+Knowledge KnowledgeFrom(const Solution& solution, const std::vector<TargetView>& views,
+                        const cv::Size& imageSize);
 
 /// Expects deviations of projections: root mean square over the image of a coordinate's standard deviation,
 /// after the best common turn.
@@ -33,10 +35,10 @@ class PoseScore {
   double With(const Candidate& candidate) const;
 
  private:
-  double Expected(const LensMatrix& information) const;
+  double Expected(const Eigen::MatrixXd& information) const;
 
   const Knowledge& knowledge_;
-  cv::Mat mean_;  ///< product of derivatives
+  Eigen::MatrixXd mean_;  ///< product of derivatives
 };
 
 struct NextPose {

@@ -1,205 +1,236 @@
 /// What a solution did not reckon with, as its residuals show it.
 #include "quality/OmittedEffects.h"
 
+#include <Eigen/Cholesky>
+#include <Eigen/SVD>
 #include <algorithm>
 #include <cmath>
 #include <functional>
+
+#include "solver/NormalEquations.h"
+#include "solver/Projection.h"
+#include "solver/WeakPrior.h"
 
 namespace velmora::solver {
 
 namespace {
 
-/// A point of the target as a view's camera sees it.
+using Eigen::Index;
+using RowMatrix = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
+using Row = Eigen::Ref<Eigen::RowVectorXd>;
+
+/// A point of the target as one of the cameras sees it.
 struct Sight {
   const cv::Point3d& point;
-  const cv::Matx33d& turn;
+  const cv::Matx33d& rotation;  ///< of the target before the camera
+  size_t camera;
 };
 
 /// The derivatives of a coordinate by the effect's parameters.
-using Columns = std::function<void(const Sight& sight, const Coordinate& coordinate, double* columns)>;
+using Columns = std::function<void(const Sight& sight, const Coordinate& coordinate, Row columns)>;
 
 cv::Vec3d ByTarget(const Sight& sight, const Coordinate& coordinate) {
-  return sight.turn.t() * coordinate.byPoint;
+  return sight.rotation.t() * coordinate.byPoint;
 }
 
-/// One row of a view's Jacobian: the lens, the effect, the pose, the residual.
-void FillRow(const Sight& sight, const Coordinate& coordinate, int free, int effects, const Columns& columns,
-             double* row) {
-  std::copy_n(coordinate.byLens.begin(), free, row);
-  columns(sight, coordinate, row + free);
-  const cv::Vec3d turned = sight.turn * cv::Vec3d(sight.point.x, sight.point.y, sight.point.z);
-  const cv::Vec3d byTurn = turned.cross(coordinate.byPoint);
-  for (int i = 0; i < 3; ++i) {
-    row[free + effects + i] = byTurn[i];
-    row[free + effects + 3 + i] = coordinate.byPoint[i];
-  }
+/// Of a symmetric positive definite matrix, scaled to a diagonal of ones: the parameters' sizes lie many
+/// orders of magnitude apart.
+bool SolveScaled(const Eigen::MatrixXd& matrix, const Eigen::MatrixXd& right, Eigen::MatrixXd& solution) {
+  if (!(matrix.diagonal().array() > 0.0).all()) return false;
+  const Eigen::VectorXd scale = matrix.diagonal().array().rsqrt();
+  const Eigen::LLT<Eigen::MatrixXd> cholesky(scale.asDiagonal() * matrix * scale.asDiagonal());
+  if (cholesky.info() != Eigen::Success) return false;
+  solution = scale.asDiagonal() * cholesky.solve(scale.asDiagonal() * right);
+  return true;
 }
 
-/// The normal equations of the lens and an effect, the poses eliminated; the last column is the gradient's.
+/// Wilson and Hilferty's approximation to the chi-squared distribution, four deviations above its middle.
+double Threshold(Index degrees) {
+  const auto count = static_cast<double>(degrees);
+  const double variance = 2.0 / (9.0 * count);
+  return count * std::pow(1.0 - variance + 4.0 * std::sqrt(variance), 3.0);
+}
+
+/// The normal equations of what all views share and of an effect, the poses eliminated.
 class EnlargedSystem {
  public:
-  EnlargedSystem(const Solved& solved, int effects, const Columns& columns)
-      : solved_(solved),
-        free_(solved.staged.solution.estimate.lens.free),
+  EnlargedSystem(const Solution& solution, int effects, const Columns& columns)
+      : solution_(solution),
+        layout_(LayoutOf(solution.rig, solution.estimated)),
         effects_(effects),
         columns_(columns),
-        sums_(cv::Mat::zeros(free_ + effects_, free_ + effects_ + 1, CV_64F)) {
-    Lens lens = solved.staged.solution.estimate.lens;
-    lens.free = FULL_PARAMETERS;  // derivatives by terms that were not estimated are asked for, too
-    const Projection projection(lens);
-    for (size_t i = 0; i < solved.views.size() && solvable_; ++i) AddView(projection, i);
-    for (int i = 0; i < free_; ++i) sums_.at<double>(i, i) += solved.staged.prior[static_cast<size_t>(i)];
+        matrix_(Eigen::MatrixXd::Zero(Kept(), Kept())),
+        gradient_(Eigen::VectorXd::Zero(Kept())) {
+    for (const Camera& camera : solution.rig.cameras) {
+      Intrinsics intrinsics = camera.intrinsics;
+      intrinsics.estimated =
+          FULL_PARAMETERS;  // derivatives by terms that were not estimated are asked for, too
+      projections_.emplace_back(intrinsics);
+    }
+    for (const TargetView& view : solution.views) {
+      if (solvable_) AddView(view);
+    }
+    matrix_.diagonal().head(layout_.shared) += PriorTermsOf(solution.priors, solution.rig, layout_).strengths;
   }
 
   /// Pulls the effect's parameters toward zero.
   void Restrain(int parameter, double weight) {
-    sums_.at<double>(free_ + parameter, free_ + parameter) += weight;
+    matrix_(layout_.shared + parameter, layout_.shared + parameter) += weight;
   }
 
   OmittedEffect Effect() const {
     OmittedEffect effect;
-    const cv::Range lens(0, free_);
-    const cv::Range own(free_, free_ + effects_);
-    cv::Mat spread;
-    cv::Mat values;
-    if (!solvable_ || !SolveScaled(sums_(lens, lens), sums_(lens, own), spread)) return effect;
-    const cv::Mat matrix = sums_(own, own) - spread.t() * sums_(lens, own);
-    const cv::Mat slope = sums_.col(sums_.cols - 1);
-    // The data's own slope at the lens is not zero: a prior pulls, and the corrections of the discs may be
-    // newer than the solution. What the lens alone would gain by following it is not the effect's.
-    const cv::Mat gradient = slope.rowRange(own) - spread.t() * slope.rowRange(lens);
-    if (!SolveScaled(matrix, gradient, values)) return effect;
-    effect.values = -values;
-    effect.lensShift = spread * values;
-    effect.squares = gradient.dot(values) / NoiseVariance(solved_.staged.solution, solved_.views);
+    const Index shared = layout_.shared;
+    Eigen::MatrixXd spread;
+    Eigen::MatrixXd values;
+    const auto coupling = matrix_.topRightCorner(shared, effects_);
+    if (!solvable_ || !SolveScaled(matrix_.topLeftCorner(shared, shared), coupling, spread)) return effect;
+    const Eigen::MatrixXd own = matrix_.bottomRightCorner(effects_, effects_) - spread.transpose() * coupling;
+    // The data's own slope at the rig is not zero: a prior pulls, and the corrections of the discs may be
+    // newer than the solution. What the rig alone would gain by following it is not the effect's.
+    const Eigen::VectorXd slope = gradient_.tail(effects_) - spread.transpose() * gradient_.head(shared);
+    if (!SolveScaled(own, slope, values)) return effect;
+    effect.values = -values.col(0);
+    effect.shift = spread * values.col(0);
+    effect.squares = slope.dot(values.col(0)) / NoiseVariance(solution_);
     effect.significant = effect.squares > Threshold(effects_);
     return effect;
   }
 
  private:
-  void AddView(const Projection& projection, size_t index) {
-    const cv::Mat jacobian = JacobianOf(projection, index);
-    cv::Mat products;
-    cv::mulTransposed(jacobian, products, true);
-    const cv::Range kept(0, free_ + effects_);
-    const cv::Range pose(free_ + effects_, free_ + effects_ + POSE_PARAMETERS);
-    cv::Mat coupled(POSE_PARAMETERS, free_ + effects_ + 1, CV_64F);
-    products(pose, kept).copyTo(coupled(cv::Range::all(), kept));
-    products(pose, cv::Range(products.cols - 1, products.cols)).copyTo(coupled.col(coupled.cols - 1));
-    cv::Mat spread;
-    solvable_ = SolveScaled(products(pose, pose), coupled, spread);
+  Index Kept() const { return layout_.shared + effects_; }
+
+  void AddView(const TargetView& view) {
+    const RowMatrix jacobian = JacobianOf(view);
+    const Index kept = Kept();
+    const Eigen::MatrixXd products = jacobian.transpose() * jacobian;
+    const Eigen::MatrixXd pose = products.block(kept, kept, POSE_PARAMETERS, POSE_PARAMETERS);
+    Eigen::MatrixXd coupled(POSE_PARAMETERS, kept + 1);
+    coupled.leftCols(kept) = products.block(kept, 0, POSE_PARAMETERS, kept);
+    coupled.col(kept) = products.col(kept + POSE_PARAMETERS).segment(kept, POSE_PARAMETERS);
+    Eigen::MatrixXd spread;
+    solvable_ = SolveScaled(pose, coupled, spread);
     if (!solvable_) return;
-    sums_ -= coupled(cv::Range::all(), kept).t() * spread;
-    sums_(kept, kept) += products(kept, kept);
-    sums_.col(sums_.cols - 1) += products(kept, cv::Range(products.cols - 1, products.cols));
+    matrix_ +=
+        products.topLeftCorner(kept, kept) - coupled.leftCols(kept).transpose() * spread.leftCols(kept);
+    gradient_ += products.col(kept + POSE_PARAMETERS).head(kept) -
+                 coupled.leftCols(kept).transpose() * spread.col(kept);
   }
 
-  cv::Mat JacobianOf(const Projection& projection, size_t index) const {
-    const View& view = solved_.views[index];
-    const Pose& pose = solved_.staged.solution.estimate.poses[index];
-    cv::Mat jacobian = cv::Mat::zeros(2 * static_cast<int>(view.object.size()),
-                                      free_ + effects_ + POSE_PARAMETERS + 1, CV_64F);
-    for (size_t k = 0; k < view.object.size(); ++k) {
-      const double weight = view.weights.empty() ? 1.0 : std::sqrt(view.weights[k]);
-      const Sight sight{view.object[k], pose.R};
-      Coordinate u;
-      Coordinate v;
-      const cv::Point3d& point = view.object[k];
-      if (!projection.Differentiate(pose.R * cv::Vec3d(point.x, point.y, point.z) + pose.t, u, v)) continue;
-      const int row = 2 * static_cast<int>(k);
-      FillRow(sight, u, free_, effects_, columns_, jacobian.ptr<double>(row));
-      FillRow(sight, v, free_, effects_, columns_, jacobian.ptr<double>(row + 1));
-      jacobian.at<double>(row, jacobian.cols - 1) = u.value - view.image[k].x;
-      jacobian.at<double>(row + 1, jacobian.cols - 1) = v.value - view.image[k].y;
-      jacobian.rowRange(row, row + 2) *= weight;
+  /// Rows: two for each point of each camera; columns: what is shared, the effect, the pose, the residual.
+  RowMatrix JacobianOf(const TargetView& view) const {
+    Index rows = 0;
+    for (const Observation& observation : view.observations)
+      rows += 2 * static_cast<Index>(observation.object.size());
+    RowMatrix jacobian = RowMatrix::Zero(rows, Kept() + POSE_PARAMETERS + 1);
+    Index row = 0;
+    for (size_t camera = 0; camera < view.observations.size(); ++camera) {
+      const Observation& observation = view.observations[camera];
+      const RigidTransform pose = solution_.rig.cameras[camera].cameraFromRig * view.rigFromTarget;
+      for (size_t k = 0; k < observation.object.size(); ++k, row += 2) {
+        Coordinate u;
+        Coordinate v;
+        if (!projections_[camera].Differentiate(pose * observation.object[k], u, v)) continue;
+        const Sight sight{observation.object[k], pose.R, camera};
+        FillRow(sight, u, view.rigFromTarget, jacobian.row(row));
+        FillRow(sight, v, view.rigFromTarget, jacobian.row(row + 1));
+        jacobian(row, jacobian.cols() - 1) = u.value - observation.image[k].x;
+        jacobian(row + 1, jacobian.cols() - 1) = v.value - observation.image[k].y;
+        jacobian.middleRows(row, 2) *= std::sqrt(observation.Weight(k));
+      }
     }
     return jacobian;
   }
 
-  /// Scaled to a diagonal of ones: the parameters' sizes lie many orders of magnitude apart.
-  static bool SolveScaled(const cv::Mat& matrix, const cv::Mat& right, cv::Mat& solution) {
-    cv::Mat scale(matrix.rows, 1, CV_64F);
-    for (int i = 0; i < matrix.rows; ++i) {
-      if (!(matrix.at<double>(i, i) > 0.0)) return false;
-      scale.at<double>(i) = 1.0 / std::sqrt(matrix.at<double>(i, i));
+  void FillRow(const Sight& sight, const Coordinate& coordinate, const RigidTransform& rigFromTarget,
+               Row row) const {
+    const Layout::Place& place = layout_.cameras[sight.camera];
+    for (int i = 0; i < place.count; ++i) {
+      row(place.intrinsics + i) = coordinate.byIntrinsics[static_cast<size_t>(i)];
     }
-    const cv::Mat scaled = matrix.mul(scale * scale.t());
-    const cv::Mat rows = cv::repeat(scale, 1, right.cols);
-    if (!cv::solve(scaled, right.mul(rows), solution, cv::DECOMP_CHOLESKY)) return false;
-    solution = solution.mul(rows);
-    return true;
+    const cv::Matx33d& cameraFromRig = solution_.rig.cameras[sight.camera].cameraFromRig.R;
+    const cv::Vec3d turned = rigFromTarget.R * cv::Vec3d(sight.point.x, sight.point.y, sight.point.z);
+    if (place.pose != Layout::FIXED) {
+      Set(row, place.pose, (cameraFromRig * (turned + rigFromTarget.t)).cross(coordinate.byPoint),
+          coordinate.byPoint);
+    }
+    const cv::Vec3d byRig = cameraFromRig.t() * coordinate.byPoint;
+    Set(row, Kept(), turned.cross(byRig), byRig);
+    columns_(sight, coordinate, row.segment(layout_.shared, effects_));
   }
 
-  /// Wilson and Hilferty's approximation to the chi-squared distribution, four deviations above its middle.
-  static double Threshold(int degrees) {
-    const double variance = 2.0 / (9.0 * degrees);
-    return degrees * std::pow(1.0 - variance + 4.0 * std::sqrt(variance), 3.0);
+  static void Set(Row row, Index first, const cv::Vec3d& rotation, const cv::Vec3d& translation) {
+    for (int i = 0; i < 3; ++i) {
+      row(first + i) = rotation[i];
+      row(first + 3 + i) = translation[i];
+    }
   }
 
-  const Solved& solved_;
-  const int free_;
-  const int effects_;
+  const Solution& solution_;
+  const Layout layout_;
+  const Index effects_;
   const Columns& columns_;
-  cv::Mat sums_;
+  std::vector<Projection> projections_;
+  Eigen::MatrixXd matrix_;
+  Eigen::VectorXd gradient_;
   bool solvable_ = true;
 };
 
 }  // namespace
 
-OmittedEffect OmittedBend(const Solved& solved) {
-  const Columns columns = [](const Sight& sight, const Coordinate& coordinate, double* to) {
+OmittedEffect OmittedBend(const Solution& solution) {
+  const Columns columns = [](const Sight& sight, const Coordinate& coordinate, Row to) {
     const double byDepth = ByTarget(sight, coordinate)[2];
-    to[0] = byDepth * sight.point.x * sight.point.x;
-    to[1] = byDepth * sight.point.x * sight.point.y;
-    to[2] = byDepth * sight.point.y * sight.point.y;
+    to << byDepth * sight.point.x * sight.point.x, byDepth * sight.point.x * sight.point.y,
+        byDepth * sight.point.y * sight.point.y;
   };
-  return EnlargedSystem(solved, 3, columns).Effect();
+  return EnlargedSystem(solution, 3, columns).Effect();
 }
 
-OmittedEffect OmittedProportions(const Solved& solved) {
-  const Columns columns = [](const Sight& sight, const Coordinate& coordinate, double* to) {
+OmittedEffect OmittedProportions(const Solution& solution) {
+  const Columns columns = [](const Sight& sight, const Coordinate& coordinate, Row to) {
     const cv::Vec3d byTarget = ByTarget(sight, coordinate);
-    to[0] = byTarget[1] * sight.point.y;
-    to[1] = byTarget[0] * sight.point.y;
+    to << byTarget[1] * sight.point.y, byTarget[0] * sight.point.y;
   };
-  return EnlargedSystem(solved, 2, columns).Effect();
+  return EnlargedSystem(solution, 2, columns).Effect();
 }
 
-OmittedEffect OmittedLensTerms(const Solved& solved) {
-  const Solution& solution = solved.staged.solution;
-  const int free = solution.estimate.lens.free;
-  const int terms = FULL_PARAMETERS - free;
+OmittedEffect OmittedLensTerms(const Solution& solution, size_t camera) {
+  const int estimated = solution.rig.cameras[camera].intrinsics.estimated;
+  const int terms = FULL_PARAMETERS - estimated;
   if (terms == 0) return {};
-  const Columns columns = [&](const Sight& /*sight*/, const Coordinate& coordinate, double* to) {
-    std::copy_n(coordinate.byLens.begin() + free, terms, to);
+  const Columns columns = [&](const Sight& sight, const Coordinate& coordinate, Row to) {
+    for (int i = 0; i < terms; ++i) {
+      to(i) = sight.camera == camera ? coordinate.byIntrinsics[static_cast<size_t>(estimated + i)] : 0.0;
+    }
   };
-  EnlargedSystem system(solved, terms, columns);
-  const Prior prior = WeakPrior(solved.views, solution.estimate, NoiseVariance(solution, solved.views));
-  for (int i = 0; i < terms; ++i) system.Restrain(i, prior[static_cast<size_t>(free + i)]);
+  EnlargedSystem system(solution, terms, columns);
+  const Prior prior = PriorFor(DataRadius(solution.rig.cameras[camera], camera, solution.views),
+                               NoiseVariance(solution), 1.0);
+  for (int i = 0; i < terms; ++i) system.Restrain(i, prior[static_cast<size_t>(estimated + i)]);
   OmittedEffect effect = system.Effect();
-  if (!effect.values.empty()) cv::vconcat(effect.lensShift, effect.values, effect.lensShift);
+  if (effect.values.size() == 0) return effect;
+  const Layout::Place place = LayoutOf(solution.rig, solution.estimated).cameras[camera];
+  Eigen::VectorXd shift = Eigen::VectorXd::Zero(FULL_PARAMETERS);
+  shift.head(place.count) = effect.shift.segment(place.intrinsics, place.count);
+  shift.tail(terms) = effect.values;
+  effect.shift = shift;
   return effect;
 }
 
-double DepthOfBend(const OmittedEffect& bend, const View& view) {
-  const auto count = static_cast<int>(view.object.size());
-  cv::Mat depths(count, 1, CV_64F);
-  cv::Mat plane(count, 3, CV_64F);
-  for (int i = 0; i < count; ++i) {
-    const cv::Point3d& point = view.object[static_cast<size_t>(i)];
-    depths.at<double>(i) = bend.values.at<double>(0) * point.x * point.x +
-                           bend.values.at<double>(1) * point.x * point.y +
-                           bend.values.at<double>(2) * point.y * point.y;
-    plane.at<double>(i, 0) = point.x;
-    plane.at<double>(i, 1) = point.y;
-    plane.at<double>(i, 2) = 1.0;
+double DepthOfBend(const OmittedEffect& bend, const std::vector<cv::Point3d>& object) {
+  const auto count = static_cast<Index>(object.size());
+  Eigen::VectorXd depths(count);
+  Eigen::MatrixXd plane(count, 3);
+  for (Index i = 0; i < count; ++i) {
+    const cv::Point3d& point = object[static_cast<size_t>(i)];
+    depths(i) = bend.values(0) * point.x * point.x + bend.values(1) * point.x * point.y +
+                bend.values(2) * point.y * point.y;
+    plane.row(i) << point.x, point.y, 1.0;
   }
-  cv::Mat best;
-  if (!cv::solve(plane, depths, best, cv::DECOMP_SVD)) return 0.0;
-  double lowest = 0.0;
-  double highest = 0.0;
-  cv::minMaxLoc(depths - plane * best, &lowest, &highest);
-  return highest - lowest;
+  const Eigen::VectorXd best = plane.jacobiSvd(Eigen::ComputeThinU | Eigen::ComputeThinV).solve(depths);
+  const Eigen::VectorXd heights = depths - plane * best;
+  return heights.maxCoeff() - heights.minCoeff();
 }
 
 }  // namespace velmora::solver

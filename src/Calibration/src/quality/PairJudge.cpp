@@ -7,7 +7,12 @@
 
 #include "foundation/Median.h"
 #include "model/LensModel.h"
-#include "solver/PairCovariance.h"
+#include "quality/Disagreement.h"
+#include "solver/BundleAdjustment.h"
+#include "solver/Covariance.h"
+#include "solver/DiscBias.h"
+#include "solver/OpenCvMatrices.h"
+#include "solver/RigStart.h"
 
 namespace velmora {
 
@@ -40,56 +45,53 @@ Deviations Larger(const Deviations& a, const Deviations& b) {
 constexpr double NOTHING = std::numeric_limits<double>::infinity();
 constexpr Deviations UNKNOWN{NOTHING, NOTHING, NOTHING};
 
-/// From the covariance whose last six rows are turn and shift of the right camera.
-Deviations DeviationsOf(const cv::Mat& covariance, const cv::Vec3d& T) {
-  if (covariance.empty()) return UNKNOWN;
-  const cv::Mat own = covariance(cv::Rect(covariance.cols - 6, covariance.rows - 6, 6, 6));
+/// From the covariance whose last six rows are rotation and translation of the right camera.
+Deviations DeviationsOf(const Eigen::MatrixXd& covariance, const cv::Vec3d& T) {
+  if (covariance.size() == 0) return UNKNOWN;
+  const Eigen::Matrix<double, 6, 6> own = covariance.bottomRightCorner<6, 6>();
+  const Eigen::Vector3d along = Eigen::Vector3d(T[0], T[1], T[2]).normalized();
   const double length = cv::norm(T);
-  const cv::Matx33d shift = own(cv::Rect(3, 3, 3, 3));
-  const cv::Vec3d along = T * (1.0 / length);
-  const double onAxis = along.dot(shift * along);
-  const double turn = own.at<double>(0, 0) + own.at<double>(1, 1) + own.at<double>(2, 2);
-  return {std::sqrt(turn) * DEGREES, std::sqrt(onAxis) / length,
-          std::sqrt(std::max(cv::trace(shift) - onAxis, 0.0)) / length * DEGREES};
+  const Eigen::Matrix3d translation = own.bottomRightCorner<3, 3>();
+  const double onAxis = along.dot(translation * along);
+  return {std::sqrt(own.topLeftCorner<3, 3>().trace()) * DEGREES, std::sqrt(onAxis) / length,
+          std::sqrt(std::max(translation.trace() - onAxis, 0.0)) / length * DEGREES};
 }
 
-/// The result with the poses that fit it best, and the image points that count.
-struct Judged {
-  solver::PairTarget target;
-  solver::PairSolution solution;
-  solver::PairOptions options;  ///< with the priors
-};
-
-Judged SolutionOf(const PairRecords& records, const StereoIntrinsics& lenses, const solver::Pose& relative) {
-  Judged judged;
-  judged.target = solver::PairTargetOf(records.objectPoints, records.leftPoints, records.rightPoints);
-  solver::PairEstimate estimate = StartOf(judged.target, solver::KnownLens(lenses.K, lenses.D, records.model),
-                                          solver::KnownLens(lenses.KRight, lenses.DRight, records.model));
-  estimate.relative = relative;
-  estimate.left.free = velmora::LensModelOf(records.model).parameters;
-  estimate.right.free = estimate.left.free;
-  judged.solution = WithBestPoses(judged.target, estimate);
-  if (records.discRadius > 0.0) {
-    judged.target = WithoutDiscBias(judged.target, judged.solution.estimate, records.discRadius);
-    judged.solution = WithBestPoses(judged.target, judged.solution.estimate);
+/// The result with the poses that fit it best, and the image points that count. Its equations are those of a
+/// rig of which everything is estimated.
+Solution SolutionOf(const PairRecords& records, const StereoIntrinsics& lenses,
+                    const RigidTransform& rightFromLeft) {
+  const solver::Target target =
+      solver::PairTargetOf(records.objectPoints, records.leftPoints, records.rightPoints);
+  CalibrationProblem start = solver::StartOf(solver::KnownPair(lenses, records.model), target.views);
+  start.rig.cameras[1].cameraFromRig = rightFromLeft;
+  const int parameters = LensModelOf(records.model).parameters;
+  for (Camera& camera : start.rig.cameras) camera.intrinsics.estimated = parameters;
+  Solution poses = solver::SolvePoses(start.rig, start.views);
+  if (records.discRadius > 0.0 && poses.usable) {
+    std::vector<TargetView> corrected =
+        solver::WithoutDiscBias(start.views, start.rig, poses.views, records.discRadius);
+    for (size_t i = 0; i < corrected.size(); ++i) corrected[i].rigFromTarget = poses.views[i].rigFromTarget;
+    poses = solver::SolvePoses(start.rig, std::move(corrected));
   }
-  const int shared = records.lensesRefined ? LayoutOf(estimate).Shared() : solver::POSE_PARAMETERS;
-  SetWeakPriors(judged.target, judged.solution.estimate,
-                NoiseVariance(judged.solution, judged.target.left.views, shared), judged.options);
-  return judged;
+  Solution solution = solver::EvaluatedAt({poses.rig, poses.views, {}, {}});
+  const int shared =
+      records.lensesRefined ? LayoutOf(solution.rig, solution.estimated).shared : POSE_PARAMETERS;
+  solution.priors =
+      solver::WeakPriors(solution.rig, solution.views, NoiseVariance(solution.cost, solution.views, shared));
+  solution.discRadius = records.discRadius;
+  return solution;
 }
 
-void Measure(const Judged& judged, PairVerdict& verdict) {
-  const cv::Vec3d& T = judged.solution.estimate.relative.t;
-  const int first = verdict.lensesRefined ? 0 : LayoutOf(judged.solution.estimate).Lenses();
-  const auto formal = [&](int from) {
-    return DeviationsOf(SharedCovariance(judged.solution, judged.target, judged.options, from), T);
-  };
-  verdict.formal = formal(first);
-  verdict.withLenses = formal(0);
-  verdict.jackknife = DeviationsOf(SharedJackknife(judged.solution, judged.options, first), T);
-  const std::vector<double> apart = DisagreementsOf(judged.solution, judged.target);
-  verdict.disagreement = solver::MedianOf(apart);
+void Measure(const Solution& solution, PairVerdict& verdict) {
+  const cv::Vec3d& T = solution.rig.cameras[1].cameraFromRig.t;
+  const int intrinsics = LayoutOf(solution.rig, solution.estimated).shared - POSE_PARAMETERS;
+  const int first = verdict.lensesRefined ? 0 : intrinsics;
+  verdict.formal = DeviationsOf(solver::SharedCovariance(solution, first), T);
+  verdict.withLenses = DeviationsOf(solver::SharedCovariance(solution), T);
+  verdict.jackknife = DeviationsOf(solver::JackknifeCovariance(solution, first), T);
+  const std::vector<double> apart = DisagreementsOf(solution);
+  verdict.disagreement = MedianOf(apart);
   for (size_t i = 0; i < apart.size(); ++i) {
     if (apart[i] > MOVED && apart[i] > MOVED_BESIDE * verdict.disagreement) {
       verdict.disagreements.push_back({i, apart[i]});
@@ -167,18 +169,18 @@ PairVerdict JudgePair(const PairRecords& records, const StereoIntrinsics& lenses
   if (R.empty() || T.empty() || lenses.K.empty() || lenses.KRight.empty() || records.objectPoints.empty()) {
     return verdict;
   }
-  const Judged judged = SolutionOf(records, lenses, {cv::Matx33d(R), cv::Vec3d(T.ptr<double>())});
-  verdict.grade = judged.solution.usable ? Grade::Good : Grade::Worthless;
+  const Solution solution = SolutionOf(records, lenses, {cv::Matx33d(R), cv::Vec3d(T.ptr<double>())});
+  verdict.grade = solution.usable ? Grade::Good : Grade::Worthless;
   verdict.views = static_cast<int>(records.objectPoints.size());
   verdict.lensesRefined = records.lensesRefined;
-  if (!judged.solution.usable) {
+  if (!solution.usable) {
     verdict.formal = verdict.jackknife = verdict.withLenses = UNKNOWN;
     Grant(verdict, Grade::Worthless, "The views do not agree with this pair of cameras.",
           "Check that the result and the views belong together.");
     return verdict;
   }
-  Measure(judged, verdict);
-  JudgeDeviations(velmora::LensModelOf(records.model).parameters == solver::FULL_PARAMETERS, verdict);
+  Measure(solution, verdict);
+  JudgeDeviations(LensModelOf(records.model).parameters == FULL_PARAMETERS, verdict);
   JudgeAgreement(verdict);
   return verdict;
 }

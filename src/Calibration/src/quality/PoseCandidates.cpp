@@ -52,19 +52,19 @@ Appearance AppearanceOf(int number) {
   appearance.x = std::clamp(within(2, 1.3), -1.0, 1.0);
   appearance.y = std::clamp(within(3, 1.3), -1.0, 1.0);
   appearance.span = LEAST_SPAN + (LARGEST_SPAN - LEAST_SPAN) * Halton(number, 5);
-  appearance.R = TurnOf({Radians(within(7, MOST_TILT)), 0.0, 0.0}) *
-                 TurnOf({0.0, Radians(within(11, MOST_TILT)), 0.0}) *
-                 TurnOf({0.0, 0.0, Radians(within(13, MOST_ROLL))}) * Upright();
+  appearance.R = RotationOf({Radians(within(7, MOST_TILT)), 0.0, 0.0}) *
+                 RotationOf({0.0, Radians(within(11, MOST_TILT)), 0.0}) *
+                 RotationOf({0.0, 0.0, Radians(within(13, MOST_ROLL))}) * Upright();
   return appearance;
 }
 
 /// Places a target of an appearance before a lens.
 class Placing {
  public:
-  Placing(const Lens& lens, const std::vector<cv::Point3d>& object, const cv::Size& imageSize)
+  Placing(const Intrinsics& lens, const std::vector<cv::Point3d>& object, const cv::Size& imageSize)
       : lens_(lens), projection_(lens), size_(imageSize), outline_(OutlineOf(object)) {}
 
-  bool Place(const Appearance& appearance, Pose& pose) const {
+  bool Place(const Appearance& appearance, RigidTransform& pose) const {
     const double margin = MARGIN * std::min(size_.width, size_.height);
     const cv::Point2d middle(0.5 * (size_.width - 1), 0.5 * (size_.height - 1));
     cv::Point2d aim = middle;
@@ -121,7 +121,7 @@ class Placing {
   }
 
   /// Around the outline's picture. False where the lens has none, or a mirrored one from past a fold.
-  bool BoxOf(const Pose& pose, cv::Rect2d& box) const {
+  bool BoxOf(const RigidTransform& pose, cv::Rect2d& box) const {
     cv::Point2d low(std::numeric_limits<double>::infinity(), std::numeric_limits<double>::infinity());
     cv::Point2d high = -low;
     Coordinate u;
@@ -137,7 +137,7 @@ class Placing {
     return true;
   }
 
-  bool IsFair(const Pose& pose, double margin) const {
+  bool IsFair(const RigidTransform& pose, double margin) const {
     cv::Rect2d box;
     if (!BoxOf(pose, box)) return false;
     const double least = std::cos(Radians(MOST_TILT));
@@ -149,7 +149,7 @@ class Placing {
            std::max(box.width / size_.width, box.height / size_.height) >= 0.9 * LEAST_SPAN;
   }
 
-  const Lens lens_;
+  const Intrinsics lens_;
   const Projection projection_;
   const cv::Size size_;
   const std::vector<cv::Point3d> outline_;
@@ -167,7 +167,7 @@ bool SeenThrough(const Projection& projection, const std::vector<cv::Point3d>& o
 }
 
 /// Between neighbours in a row.
-double LargestSpacing(const View& view) {
+double LargestSpacing(const Observation& view) {
   double largest = 0.0;
   for (size_t i = 1; i < view.object.size(); ++i) {
     if (view.object[i].y != view.object[i - 1].y) continue;
@@ -178,7 +178,7 @@ double LargestSpacing(const View& view) {
 
 }  // namespace
 
-std::vector<Candidate> CandidatesFor(const Lens& lens, const std::vector<cv::Point3d>& object,
+std::vector<Candidate> CandidatesFor(const Intrinsics& lens, const std::vector<cv::Point3d>& object,
                                      const cv::Size& imageSize, int count, double mostSpacing) {
   constexpr int TRIES = 4;  // for each
   const Placing placing(lens, object, imageSize);

@@ -5,14 +5,16 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-#include "solver/Problem.h"
+#include "model/Intrinsics.h"
+#include "model/Observation.h"
+#include "model/RigidTransform.h"
 
 namespace velmora::solver {
 
 /// A pose of the target, and where its points would be seen.
 struct Candidate {
-  Pose pose;
-  View view;
+  RigidTransform pose;
+  Observation view;
 };
 
 /// Up to `count` poses in which somebody can hold the target and a search finds it: all of it in the image,
@@ -20,7 +22,7 @@ struct Candidate {
 /// by 40 degrees at most. The same arguments give the same poses, spread all over what is possible. The
 /// object points are about their middle, in the plane z = 0.
 /// Neighbours in a row are `mostSpacing` pixels apart at most.
-std::vector<Candidate> CandidatesFor(const Lens& lens, const std::vector<cv::Point3d>& object,
+std::vector<Candidate> CandidatesFor(const Intrinsics& lens, const std::vector<cv::Point3d>& object,
                                      const cv::Size& imageSize, int count,
                                      double mostSpacing = std::numeric_limits<double>::infinity());
 

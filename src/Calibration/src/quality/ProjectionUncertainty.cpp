@@ -1,6 +1,7 @@
 /// How far the pixels of rays may be off.
 #include "quality/ProjectionUncertainty.h"
 
+#include <Eigen/Cholesky>
 #include <cmath>
 #include <limits>
 #include <opencv2/imgproc.hpp>
@@ -9,8 +10,10 @@ namespace velmora::solver {
 
 namespace {
 
+using RowMatrix = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
+
 /// The ray of a pixel, with the derivatives there.
-bool Unproject(const Projection& projection, const Lens& lens, const cv::Point2d& pixel, cv::Vec3d& ray,
+bool Unproject(const Projection& projection, const Intrinsics& lens, const cv::Point2d& pixel, cv::Vec3d& ray,
                Coordinate& u, Coordinate& v) {
   constexpr int MOST_STEPS = 30;
   ray = {(pixel.x - lens.values[2]) / lens.values[0], (pixel.y - lens.values[3]) / lens.values[1], 1.0};
@@ -31,58 +34,61 @@ bool Unproject(const Projection& projection, const Lens& lens, const cv::Point2d
 /// The derivatives in some cells, a row for each coordinate.
 class Derivatives {
  public:
-  explicit Derivatives(int free) : free_(free) {}
+  explicit Derivatives(int estimated) : estimated_(estimated) {}
 
   void Add(int cell, const cv::Vec3d& ray, const Coordinate& u, const Coordinate& v) {
     cells_.push_back(cell);
     for (const Coordinate* coordinate : {&u, &v}) {
-      byLens_.insert(byLens_.end(), coordinate->byLens.begin(), coordinate->byLens.begin() + free_);
-      const cv::Vec3d byTurn = ray.cross(coordinate->byPoint);
-      byTurn_.insert(byTurn_.end(), byTurn.val, byTurn.val + 3);
+      const auto first = coordinate->byIntrinsics.begin();
+      byIntrinsics_.insert(byIntrinsics_.end(), first, first + estimated_);
+      const cv::Vec3d byRotation = ray.cross(coordinate->byPoint);
+      byRotation_.insert(byRotation_.end(), byRotation.val, byRotation.val + 3);
     }
   }
 
   const std::vector<int>& Cells() const { return cells_; }
-  cv::Mat ByLens() { return {Rows(), free_, CV_64F, byLens_.data()}; }
-  /// By the turn of the camera's frame.
-  cv::Mat ByTurn() { return {Rows(), 3, CV_64F, byTurn_.data()}; }
+  RowMatrix ByIntrinsics() const {
+    return Eigen::Map<const RowMatrix>(byIntrinsics_.data(), Rows(), estimated_);
+  }
+  /// By the rotation of the camera's frame.
+  RowMatrix ByRotation() const { return Eigen::Map<const RowMatrix>(byRotation_.data(), Rows(), 3); }
 
  private:
-  int Rows() const { return 2 * static_cast<int>(cells_.size()); }
+  Eigen::Index Rows() const { return 2 * static_cast<Eigen::Index>(cells_.size()); }
 
-  int free_;
+  int estimated_;
   std::vector<int> cells_;
-  std::vector<double> byLens_;
-  std::vector<double> byTurn_;
+  std::vector<double> byIntrinsics_;
+  std::vector<double> byRotation_;
 };
 
 /// The mean variance of both coordinates of each cell, from two rows for each. Where large terms cancel,
 /// rounding may leave less than nothing.
-cv::Mat Variances(const cv::Mat& byLens, const cv::Mat& covariance) {
-  cv::Mat variances;
-  cv::reduce(byLens.mul(byLens * covariance), variances, 1, cv::REDUCE_SUM);
-  cv::reduce(variances.reshape(1, byLens.rows / 2), variances, 1, cv::REDUCE_AVG);
-  variances.setTo(0.0, variances < 0.0);
-  return variances;
+Eigen::ArrayXd Variances(const Eigen::MatrixXd& byIntrinsics, const Eigen::MatrixXd& covariance) {
+  const Eigen::ArrayXd ofRows = byIntrinsics.cwiseProduct(byIntrinsics * covariance).rowwise().sum();
+  const Eigen::Map<const Eigen::Array<double, 2, Eigen::Dynamic>> ofCells(ofRows.data(), 2,
+                                                                          ofRows.size() / 2);
+  return ofCells.colwise().mean().transpose().max(0.0);
 }
 
-double RootOfMean(const cv::Mat& byLens, const cv::Mat& covariance) {
-  return std::sqrt(cv::mean(Variances(byLens, covariance))[0]);
+double RootOfMean(const Eigen::MatrixXd& byIntrinsics, const Eigen::MatrixXd& covariance) {
+  return std::sqrt(Variances(byIntrinsics, covariance).mean());
 }
 
 }  // namespace
 
-bool RayOf(const Projection& projection, const Lens& lens, const cv::Point2d& pixel, cv::Vec3d& ray) {
+bool RayOf(const Projection& projection, const Intrinsics& intrinsics, const cv::Point2d& pixel,
+           cv::Vec3d& ray) {
   Coordinate u;
   Coordinate v;
-  return Unproject(projection, lens, pixel, ray, u, v);
+  return Unproject(projection, intrinsics, pixel, ray, u, v);
 }
 
-ProjectionUncertainty::ProjectionUncertainty(const Lens& lens, const cv::Size& imageSize,
+ProjectionUncertainty::ProjectionUncertainty(const Intrinsics& intrinsics, const cv::Size& imageSize,
                                              const std::vector<cv::Point2f>& area) {
-  const Projection projection(lens);
-  Derivatives inside(lens.free);
-  Derivatives outside(lens.free);
+  const Projection projection(intrinsics);
+  Derivatives inside(intrinsics.estimated);
+  Derivatives outside(intrinsics.estimated);
   for (int i = 0; i < ROWS * COLUMNS; ++i) {
     const int row = i / COLUMNS;
     const int column = i % COLUMNS;
@@ -91,46 +97,48 @@ ProjectionUncertainty::ProjectionUncertainty(const Lens& lens, const cv::Size& i
     cv::Vec3d ray;
     Coordinate u;
     Coordinate v;
-    if (!Unproject(projection, lens, pixel, ray, u, v)) continue;
+    if (!Unproject(projection, intrinsics, pixel, ray, u, v)) continue;
     const bool inArea = area.size() > 2 && cv::pointPolygonTest(area, pixel, false) >= 0.0;
     (inArea ? inside : outside).Add(i, ray, u, v);
   }
   inArea_ = static_cast<int>(inside.Cells().size());
   cells_ = inside.Cells();
   cells_.insert(cells_.end(), outside.Cells().begin(), outside.Cells().end());
-  byLens_ = inside.ByLens().clone();
-  byLens_.push_back(outside.ByLens());
+  byIntrinsics_.resize(2 * static_cast<Eigen::Index>(cells_.size()), intrinsics.estimated);
+  byIntrinsics_ << inside.ByIntrinsics(), outside.ByIntrinsics();
   if (inArea_ == 0) return;
-  // The turn that makes up best, in the area, for a change of each parameter.
-  cv::Mat byTurn = inside.ByTurn();
-  cv::Mat turn;
-  if (!cv::solve(byTurn.t() * byTurn, byTurn.t() * inside.ByLens(), turn, cv::DECOMP_CHOLESKY)) return;
-  byTurn.push_back(outside.ByTurn());
-  byLens_ -= byTurn * turn;
+  // The rotation that makes up best, in the area, for a change of each parameter.
+  const RowMatrix byRotation = inside.ByRotation();
+  const Eigen::LLT<Eigen::Matrix3d> cholesky(byRotation.transpose() * byRotation);
+  if (cholesky.info() != Eigen::Success) return;
+  const Eigen::MatrixXd rotation = cholesky.solve(byRotation.transpose() * inside.ByIntrinsics());
+  byIntrinsics_.topRows(2 * inArea_) -= byRotation * rotation;
+  byIntrinsics_.bottomRows(byIntrinsics_.rows() - 2 * inArea_) -= outside.ByRotation() * rotation;
 }
 
-cv::Mat ProjectionUncertainty::Map(const cv::Mat& covariance) const {
+cv::Mat ProjectionUncertainty::Map(const Eigen::MatrixXd& covariance) const {
   cv::Mat map(ROWS, COLUMNS, CV_64F, cv::Scalar(std::numeric_limits<double>::quiet_NaN()));
   if (cells_.empty()) return map;
-  const cv::Mat variances = Variances(byLens_, covariance);
-  for (int i = 0; i < variances.rows; ++i) {
-    const int cell = cells_[static_cast<size_t>(i)];
-    map.at<double>(cell / COLUMNS, cell % COLUMNS) = std::sqrt(variances.at<double>(i));
+  const Eigen::ArrayXd variances = Variances(byIntrinsics_, covariance);
+  for (size_t i = 0; i < cells_.size(); ++i) {
+    map.at<double>(cells_[i] / COLUMNS, cells_[i] % COLUMNS) =
+        std::sqrt(variances(static_cast<Eigen::Index>(i)));
   }
   return map;
 }
 
-double ProjectionUncertainty::InArea(const cv::Mat& covariance) const {
+double ProjectionUncertainty::InArea(const Eigen::MatrixXd& covariance) const {
   return inArea_ == 0 ? std::numeric_limits<double>::infinity()
-                      : RootOfMean(byLens_.rowRange(0, 2 * inArea_), covariance);
+                      : RootOfMean(byIntrinsics_.topRows(2 * inArea_), covariance);
 }
 
-double ProjectionUncertainty::InImage(const cv::Mat& covariance) const {
-  return cells_.empty() ? std::numeric_limits<double>::infinity() : RootOfMean(byLens_, covariance);
+double ProjectionUncertainty::InImage(const Eigen::MatrixXd& covariance) const {
+  return cells_.empty() ? std::numeric_limits<double>::infinity() : RootOfMean(byIntrinsics_, covariance);
 }
 
-cv::Mat ProjectionUncertainty::MeanProduct() const {
-  return cells_.empty() ? cv::Mat() : cv::Mat(byLens_.t() * byLens_ / static_cast<double>(cells_.size()));
+Eigen::MatrixXd ProjectionUncertainty::MeanProduct() const {
+  if (cells_.empty()) return {};
+  return byIntrinsics_.transpose() * byIntrinsics_ / static_cast<double>(cells_.size());
 }
 
 }  // namespace velmora::solver

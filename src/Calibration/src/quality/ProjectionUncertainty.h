@@ -1,6 +1,7 @@
 /// How far the pixels of rays may be off.
 #pragma once
 
+#include <Eigen/Core>
 #include <opencv2/core.hpp>
 #include <vector>
 
@@ -9,7 +10,8 @@
 namespace velmora::solver {
 
 /// The ray (x, y, 1) of a pixel. False when none is found.
-bool RayOf(const Projection& projection, const Lens& lens, const cv::Point2d& pixel, cv::Vec3d& ray);
+bool RayOf(const Projection& projection, const Intrinsics& intrinsics, const cv::Point2d& pixel,
+           cv::Vec3d& ray);
 
 /// The derivatives of the pixels of fixed rays, over a grid of the image, without what a common turn of the
 /// camera's frame does.
@@ -19,20 +21,21 @@ class ProjectionUncertainty {
   static constexpr int ROWS = 30;
 
   /// The turn is the one that changes least within the area.
-  ProjectionUncertainty(const Lens& lens, const cv::Size& imageSize, const std::vector<cv::Point2f>& area);
+  ProjectionUncertainty(const Intrinsics& intrinsics, const cv::Size& imageSize,
+                        const std::vector<cv::Point2f>& area);
 
-  /// The standard deviation of a coordinate in each cell, given the covariance of the free parameters.
-  cv::Mat Map(const cv::Mat& covariance) const;
-  double InArea(const cv::Mat& covariance) const;
-  double InImage(const cv::Mat& covariance) const;
-  /// The mean product of the derivatives with themselves over the image, free x free: half its trace with a
+  /// The standard deviation of a coordinate in each cell, given the covariance of the estimated parameters.
+  cv::Mat Map(const Eigen::MatrixXd& covariance) const;
+  double InArea(const Eigen::MatrixXd& covariance) const;
+  double InImage(const Eigen::MatrixXd& covariance) const;
+  /// The mean product of the derivatives with themselves over the image, a square: half its trace with a
   /// covariance is the square of InImage.
-  cv::Mat MeanProduct() const;
+  Eigen::MatrixXd MeanProduct() const;
 
  private:
-  std::vector<int> cells_;  ///< those that have a ray, the ones in the area first
-  int inArea_ = 0;          ///< how many of them are in it
-  cv::Mat byLens_;          ///< two rows of derivatives by the free parameters for each of them
+  std::vector<int> cells_;        ///< those that have a ray, the ones in the area first
+  int inArea_ = 0;                ///< how many of them are in it
+  Eigen::MatrixXd byIntrinsics_;  ///< two rows of derivatives by the estimated parameters for each of them
 };
 
 }  // namespace velmora::solver

@@ -12,24 +12,27 @@ namespace {
 
 using Cause = SystematicError::Cause;
 
-/// How far a change of the lens' parameters moves projections where there are data.
-double ShiftInArea(const Lens& from, const cv::Mat& lensShift, const cv::Size& imageSize,
-                   const std::vector<cv::Point2f>& area) {
-  Lens lens = from;
-  lens.free = lensShift.rows;
-  return ProjectionUncertainty(lens, imageSize, area).InArea(lensShift * lensShift.t());
+/// How far a change of a camera's intrinsics moves projections where there are data.
+double ShiftInArea(const Camera& camera, const Eigen::VectorXd& shift, const std::vector<cv::Point2f>& area) {
+  Intrinsics intrinsics = camera.intrinsics;
+  intrinsics.estimated = static_cast<int>(shift.size());
+  return ProjectionUncertainty(intrinsics, camera.imageSize, area).InArea(shift * shift.transpose());
 }
 
 }  // namespace
 
-std::vector<SystematicError> SystematicErrorsOf(const Solved& solved, const cv::Size& imageSize,
+std::vector<SystematicError> SystematicErrorsOf(const Solution& solution, size_t camera,
                                                 const std::vector<cv::Point2f>& area, double least) {
+  const Layout::Place place = LayoutOf(solution.rig, solution.estimated).cameras[camera];
   std::vector<SystematicError> errors;
-  for (auto& [cause, effect] : {std::pair{Cause::Bend, OmittedBend(solved)},
-                                std::pair{Cause::Proportions, OmittedProportions(solved)},
-                                std::pair{Cause::LensTerms, OmittedLensTerms(solved)}}) {
+  for (auto& [cause, effect] : {std::pair{Cause::Bend, OmittedBend(solution)},
+                                std::pair{Cause::Proportions, OmittedProportions(solution)},
+                                std::pair{Cause::LensTerms, OmittedLensTerms(solution, camera)}}) {
     if (!effect.significant) continue;
-    const double shift = ShiftInArea(solved.staged.solution.estimate.lens, effect.lensShift, imageSize, area);
+    const Eigen::VectorXd own = cause == Cause::LensTerms
+                                    ? effect.shift
+                                    : Eigen::VectorXd(effect.shift.segment(place.intrinsics, place.count));
+    const double shift = ShiftInArea(solution.rig.cameras[camera], own, area);
     if (shift > least) errors.push_back({cause, effect, shift});
   }
   std::stable_sort(errors.begin(), errors.end(), [](const SystematicError& a, const SystematicError& b) {

@@ -15,9 +15,10 @@ struct SystematicError {
   double shift = 0.0;  ///< pixels by which projections are moved where there are data
 };
 
-/// The significant ones that move projections by more than `least` pixels within the area, the one that takes
-/// most off the residuals first. Each looks a little like the others: usually only the first is there.
-std::vector<SystematicError> SystematicErrorsOf(const Solved& solved, const cv::Size& imageSize,
+/// The significant ones that move projections of one of the cameras by more than `least` pixels within the
+/// area, the one that takes most off the residuals first. Each looks a little like the others: usually only
+/// the first is there.
+std::vector<SystematicError> SystematicErrorsOf(const Solution& solution, size_t camera,
                                                 const std::vector<cv::Point2f>& area, double least);
 
 }  // namespace velmora::solver

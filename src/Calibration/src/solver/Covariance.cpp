@@ -1,71 +1,73 @@
-/// How sure the lens and the poses of a solution are.
+/// How sure the parameters of a solution are.
 #include "solver/Covariance.h"
 
-#include <cmath>
+#include <Eigen/Cholesky>
 
 #include "solver/ScaledSystem.h"
 
 namespace velmora::solver {
 
-cv::Mat LensCovariance(const StagedSolution& staged, const std::vector<View>& views) {
-  const Lens& lens = staged.solution.estimate.lens;
-  ReducedSystem system = SystemOf(staged.solution.equations, lens, staged.prior);
-  if (!system.solvable) return {};
-  ScaledSystem scaled;
-  if (!scaled.Decompose(system.matrix, lens.free)) return {};
-  const double variance = NoiseVariance(staged.solution, views);
-  cv::Mat covariance(lens.free, lens.free, CV_64F);
-  for (int j = 0; j < lens.free; ++j) {
-    Step column{};
-    column[static_cast<size_t>(j)] = variance;
-    scaled.Solve(column);
-    for (int i = 0; i < lens.free; ++i) covariance.at<double>(i, j) = column[static_cast<size_t>(i)];
-  }
-  return covariance;
-}
+namespace {
 
-cv::Mat JackknifeCovariance(const StagedSolution& staged) {
-  const Lens& lens = staged.solution.estimate.lens;
-  const ReducedSystem system = SystemOf(staged.solution.equations, lens, staged.prior);
-  if (!system.solvable) return {};
-  ScaledSystem all;
-  if (!all.Decompose(system.matrix, lens.free)) return {};
-  // Where all views together would go from here: nowhere, unless the discs were corrected anew.
-  Step together = system.gradient;
-  all.Solve(together);
-  cv::Mat covariance = cv::Mat::zeros(lens.free, lens.free, CV_64F);
-  for (const ViewEquations& equations : staged.solution.equations) {
-    const ReducedView view = Reduce(equations, lens.free, 0.0);
-    LensMatrix without = system.matrix;
-    for (size_t i = 0; i < without.size(); ++i) without[i] -= view.matrix[i];
-    ScaledSystem scaled;
-    if (!scaled.Decompose(without, lens.free)) return {};
-    Step change{};
-    for (size_t i = 0; i < change.size(); ++i) change[i] = view.gradient[i] - system.gradient[i];
-    scaled.Solve(change);
-    for (size_t i = 0; i < change.size(); ++i) change[i] += together[i];
-    const cv::Mat column(lens.free, 1, CV_64F, change.data());
-    covariance += column * column.t();
-  }
-  const auto count = static_cast<double>(staged.solution.equations.size());
-  return covariance * ((count - 1.0) / count);
-}
+using Index = Eigen::Index;
 
-cv::Matx66d PoseCovariance(const ViewEquations& equations, int free, double variance,
-                           const cv::Mat& lensCovariance) {
-  cv::Matx66d block;
-  cv::Mat coupling(POSE_PARAMETERS, free, CV_64F);
-  for (int i = 0; i < POSE_PARAMETERS; ++i) {
-    for (int j = i; j < POSE_PARAMETERS; ++j) {
-      block(i, j) = equations.At(free + i, free + j);
-      block(j, i) = block(i, j);
+/// A view's share among all shared parameters.
+ReducedSystem Spread(const ReducedView& view, const std::vector<int>& columns, Index shared) {
+  ReducedSystem system{Eigen::MatrixXd::Zero(shared, shared), Eigen::VectorXd::Zero(shared), view.solvable};
+  for (size_t j = 0; j < columns.size() && view.solvable; ++j) {
+    for (size_t i = j; i < columns.size(); ++i) {
+      const double value = view.matrix(static_cast<Index>(i), static_cast<Index>(j));
+      system.matrix(columns[i], columns[j]) = value;
+      system.matrix(columns[j], columns[i]) = value;
     }
-    for (int j = 0; j < free; ++j) coupling.at<double>(i, j) = equations.At(j, free + i);
+    system.gradient(columns[j]) = view.gradient(static_cast<Index>(j));
   }
-  const cv::Matx66d inverse = block.inv(cv::DECOMP_CHOLESKY);
-  const cv::Mat spread = cv::Mat(inverse) * coupling;
-  const cv::Mat byLens = spread * lensCovariance * spread.t();
-  return inverse * variance + cv::Matx66d(byLens.ptr<double>());
+  return system;
+}
+
+}  // namespace
+
+Eigen::MatrixXd SharedCovariance(const Solution& solution, int firstEstimated) {
+  const ReducedSystem system = SystemOf(solution);
+  const Index count = system.gradient.size() - firstEstimated;
+  ScaledSystem scaled;
+  if (!system.solvable || !scaled.Decompose(system.matrix.bottomRightCorner(count, count))) return {};
+  const double variance = NoiseVariance(solution.cost, solution.views, static_cast<int>(count));
+  return scaled.Solve(Eigen::MatrixXd::Identity(count, count) * variance);
+}
+
+Eigen::MatrixXd JackknifeCovariance(const Solution& solution, int firstEstimated) {
+  const ReducedSystem system = SystemOf(solution);
+  const Index shared = system.gradient.size();
+  const Index count = shared - firstEstimated;
+  ScaledSystem all;
+  if (!system.solvable || !all.Decompose(system.matrix.bottomRightCorner(count, count))) return {};
+  // Where all views together would go from here: nowhere, unless the discs were corrected anew.
+  const Eigen::VectorXd together = all.Solve(system.gradient.tail(count));
+  Eigen::MatrixXd covariance = Eigen::MatrixXd::Zero(count, count);
+  for (const ViewEquations& equations : solution.equations) {
+    const ReducedSystem view = Spread(Reduce(equations, 0.0), equations.columns, shared);
+    ScaledSystem without;
+    if (!without.Decompose((system.matrix - view.matrix).bottomRightCorner(count, count))) return {};
+    const Eigen::VectorXd change = without.Solve((view.gradient - system.gradient).tail(count)) + together;
+    covariance.noalias() += change * change.transpose();
+  }
+  const auto views = static_cast<double>(solution.equations.size());
+  return covariance * ((views - 1.0) / views);
+}
+
+PoseMatrix PoseCovariance(const ViewEquations& equations, double variance, const Eigen::MatrixXd& shared) {
+  const Index own = equations.Own();
+  Eigen::MatrixXd covariance(own, own);
+  for (Index j = 0; j < own; ++j) {
+    for (Index i = 0; i < own; ++i) {
+      covariance(i, j) =
+          shared(equations.columns[static_cast<size_t>(i)], equations.columns[static_cast<size_t>(j)]);
+    }
+  }
+  const PoseMatrix inverse = PoseBlockOf(equations).llt().solve(PoseMatrix::Identity());
+  const Coupling spread = inverse * CouplingOf(equations);
+  return inverse * variance + spread * covariance * spread.transpose();
 }
 
 }  // namespace velmora::solver

@@ -1,23 +1,21 @@
-/// How sure the lens and the poses of a solution are.
+/// How sure the parameters of a solution are.
 #pragma once
 
-#include <opencv2/core.hpp>
-#include <vector>
+#include <Eigen/Core>
 
-#include "solver/LensStages.h"
+#include "solver/NormalEquations.h"
 
 namespace velmora::solver {
 
-/// The covariance of the lens' free parameters; empty when the views do not determine them.
-cv::Mat LensCovariance(const StagedSolution& staged, const std::vector<View>& views);
+/// The covariance of what all views share, in the order of the solution's layout; empty when the views do not
+/// determine it. Shared parameters before `firstEstimated` are taken for known, and have no rows and columns.
+Eigen::MatrixXd SharedCovariance(const Solution& solution, int firstEstimated = 0);
 
-/// The covariance of the lens' free parameters by the jackknife: from what leaving out each view in turn
-/// would change, to first order. Empty when the views do not determine the lens, or would not without one of
-/// them.
-cv::Mat JackknifeCovariance(const StagedSolution& staged);
+/// The same by the jackknife: from what leaving out each view in turn would change, to first order. Empty
+/// also when the views would not determine it without one of them.
+Eigen::MatrixXd JackknifeCovariance(const Solution& solution, int firstEstimated = 0);
 
-/// The covariance of a view's turn and shift, given that of the lens.
-cv::Matx66d PoseCovariance(const ViewEquations& equations, int free, double variance,
-                           const cv::Mat& lensCovariance);
+/// The covariance of rotation and translation of a view's pose, given that of what all views share.
+PoseMatrix PoseCovariance(const ViewEquations& equations, double variance, const Eigen::MatrixXd& shared);
 
 }  // namespace velmora::solver

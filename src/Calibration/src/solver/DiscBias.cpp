@@ -1,4 +1,4 @@
-/// How far the centre of a disc's picture is from the picture of its centre.
+/// How far the centre of a disc's image is from the image of its centre.
 #include "solver/DiscBias.h"
 
 #include <cmath>
@@ -12,10 +12,10 @@ constexpr int RIM_POINTS = 32;
 
 }  // namespace
 
-cv::Point2d DiscBias(const Projection& projection, const Pose& pose, const cv::Point3d& centre,
-                     double radius) {
+cv::Point2d DiscBias(const Projection& projection, const RigidTransform& cameraFromTarget,
+                     const cv::Point3d& centre, double radius) {
   const auto pixelOf = [&](double x, double y, cv::Point2d& pixel) {
-    return projection.Project(pose.R * cv::Vec3d(centre.x + x, centre.y + y, centre.z) + pose.t, pixel);
+    return projection.Project(cameraFromTarget * cv::Point3d(centre.x + x, centre.y + y, centre.z), pixel);
   };
   cv::Point2d middle;
   if (!pixelOf(0.0, 0.0, middle)) return {};
@@ -37,12 +37,17 @@ cv::Point2d DiscBias(const Projection& projection, const Pose& pose, const cv::P
   return area != 0.0 ? moment * (1.0 / (3.0 * area)) : cv::Point2d();
 }
 
-std::vector<View> WithoutDiscBias(const std::vector<View>& views, const Estimate& estimate, double radius) {
-  const Projection projection(estimate.lens);
-  std::vector<View> corrected = views;
-  for (size_t i = 0; i < corrected.size(); ++i) {
-    for (size_t k = 0; k < corrected[i].object.size(); ++k) {
-      corrected[i].image[k] -= DiscBias(projection, estimate.poses[i], corrected[i].object[k], radius);
+std::vector<TargetView> WithoutDiscBias(const std::vector<TargetView>& views, const Rig& rig,
+                                        const std::vector<TargetView>& estimate, double radius) {
+  std::vector<TargetView> corrected = views;
+  for (size_t camera = 0; camera < rig.cameras.size(); ++camera) {
+    const Projection projection(rig.cameras[camera].intrinsics);
+    for (size_t i = 0; i < corrected.size(); ++i) {
+      Observation& observation = corrected[i].observations[camera];
+      const RigidTransform pose = rig.cameras[camera].cameraFromRig * estimate[i].rigFromTarget;
+      for (size_t k = 0; k < observation.object.size(); ++k) {
+        observation.image[k] -= DiscBias(projection, pose, observation.object[k], radius);
+      }
     }
   }
   return corrected;

@@ -6,7 +6,7 @@
 #include <limits>
 #include <numeric>
 
-#include "solver/Start.h"
+#include "solver/Initialisation.h"
 
 namespace velmora::solver {
 
@@ -19,7 +19,7 @@ constexpr double LAST = 0.4;
 constexpr int STEPS = 17;
 constexpr int REFINEMENTS = 8;
 
-double Extent(const View& view) {
+double Extent(const Observation& view) {
   const auto [left, right] = std::minmax_element(view.image.begin(), view.image.end(),
                                                  [](const auto& a, const auto& b) { return a.x < b.x; });
   const auto [top, bottom] = std::minmax_element(view.image.begin(), view.image.end(),
@@ -28,15 +28,15 @@ double Extent(const View& view) {
 }
 
 /// Distortion shows in views that are large in the image.
-std::vector<const View*> LargestOf(const std::vector<View>& views) {
+std::vector<const Observation*> LargestOf(const std::vector<Observation>& views) {
   std::vector<double> extents;
   extents.reserve(views.size());
-  for (const View& view : views) extents.push_back(Extent(view));
+  for (const Observation& view : views) extents.push_back(Extent(view));
   std::vector<size_t> order(views.size());
   std::iota(order.begin(), order.end(), size_t{0});
   std::stable_sort(order.begin(), order.end(), [&](size_t a, size_t b) { return extents[a] > extents[b]; });
   order.resize(std::min(order.size(), MOST_VIEWS));
-  std::vector<const View*> largest;
+  std::vector<const Observation*> largest;
   largest.reserve(order.size());
   for (const size_t i : order) largest.push_back(&views[i]);
   return largest;
@@ -63,8 +63,8 @@ cv::Point2d Division::Bent(const cv::Point2d& point) const {
   return middle_ + (point - middle_) * (2.0 / (1.0 + std::sqrt(1.0 - 4.0 * lambda_ * from.dot(from))));
 }
 
-double HomographyResidual(const View& view, const Division& division) {
-  View straight = view;
+double HomographyResidual(const Observation& view, const Division& division) {
+  Observation straight = view;
   for (cv::Point2d& pixel : straight.image) pixel = division.Straightened(pixel);
   cv::Matx33d homography;
   if (!HomographyOf(straight, homography)) return std::numeric_limits<double>::infinity();
@@ -78,12 +78,12 @@ double HomographyResidual(const View& view, const Division& division) {
   return std::isfinite(residual) ? residual : std::numeric_limits<double>::infinity();
 }
 
-Division BestDivision(const std::vector<View>& views, const cv::Size& imageSize, double most) {
-  const std::vector<const View*> largest = LargestOf(views);
+Division BestDivision(const std::vector<Observation>& views, const cv::Size& imageSize, double most) {
+  const std::vector<const Observation*> largest = LargestOf(views);
   const auto costOf = [&](double lambda) {
     const Division division(lambda, imageSize);
     double cost = 0.0;
-    for (const View* view : largest) cost += std::min(HomographyResidual(*view, division), most);
+    for (const Observation* view : largest) cost += std::min(HomographyResidual(*view, division), most);
     return cost;
   };
   double best = 0.0;

@@ -4,7 +4,7 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-#include "solver/Problem.h"
+#include "model/Observation.h"
 
 namespace velmora::solver {
 
@@ -30,10 +30,10 @@ class Division {
 
 /// The root of the mean square of the points' distances, in pixels, from the homography that fits the
 /// straightened view best; infinite when there is none.
-double HomographyResidual(const View& view, const Division& division);
+double HomographyResidual(const Observation& view, const Division& division);
 
 /// The division under which most views are near homographies: the residuals' sum is least, none of which
 /// counts more than `most` pixels. Looks at 40 views at the most, those that are largest in the image.
-Division BestDivision(const std::vector<View>& views, const cv::Size& imageSize, double most);
+Division BestDivision(const std::vector<Observation>& views, const cv::Size& imageSize, double most);
 
 }  // namespace velmora::solver

@@ -1,250 +1,210 @@
-/// Moves what all views share, and each view's pose, to where the sum of squared distances is least.
+/// Moves what all views share, and each view's pose, to where the cost is least.
 #include "solver/LevenbergMarquardt.h"
 
-#include <algorithm>
-#include <cmath>
 #include <utility>
 
-#include "solver/Cholesky.h"
 #include "solver/Damping.h"
+#include "solver/ScaledSystem.h"
 #include "solver/Threads.h"
 
 namespace velmora::solver {
 
 namespace {
 
-size_t Index(int row, int column) {
-  return static_cast<size_t>(row * FULL_PARAMETERS + column);
-}
+/// Of a sum of squared residuals, relative.
+constexpr double ROUNDING = 1e-14;
 
-/// A step of everything, and by how much it should reduce the sum of squares.
+/// An estimate with its equations.
+struct Evaluation {
+  Estimate estimate;
+  std::vector<ViewEquations> equations;
+  PriorTerms priors;
+  double cost = 0.0;
+  bool usable = true;
+
+  double Total() const { return cost + priors.Cost(); }
+};
+
+/// A step of everything, and by how much it should reduce the cost.
 struct FullStep {
-  Step lens{};
+  Eigen::VectorXd shared;
   std::vector<PoseStep> poses;
   double predicted = 0.0;
 };
 
+void MoveShared(const Eigen::VectorXd& step, const Layout& layout, Rig& rig) {
+  for (size_t i = 0; i < rig.cameras.size(); ++i) {
+    const Layout::Place& place = layout.cameras[i];
+    auto& values = rig.cameras[i].intrinsics.values;
+    for (int k = 0; k < place.count; ++k) values[static_cast<size_t>(k)] += step(place.intrinsics + k);
+    if (place.pose == Layout::FIXED) continue;
+    rig.cameras[i].cameraFromRig = Retract(rig.cameras[i].cameraFromRig, step.data() + place.pose);
+  }
+}
+
 class Minimiser {
  public:
-  Minimiser(const Measurements& measurements, const Estimate& start, const SolveOptions& options)
-      : measurements_(measurements), options_(options), solution_(Evaluated(start)) {}
+  Minimiser(CalibrationProblem problem, const SolveOptions& options)
+      : problem_(std::move(problem)),
+        options_(options),
+        layout_(LayoutOf(problem_.rig, problem_.estimated)),
+        now_(Evaluate(Start())) {}
 
   Solution Run() {
-    if (!solution_.usable) return std::move(solution_);
-    while (!solution_.converged && solution_.iterations < options_.mostIterations) {
-      ++solution_.iterations;
+    while (now_.usable && !converged_ && iterations_ < options_.mostIterations) {
+      ++iterations_;
       Iterate();
-      if (options_.progress && !options_.progress(solution_.iterations, solution_.squares)) break;
+      if (options_.progress && !options_.progress(iterations_, now_.cost)) break;
     }
-    return std::move(solution_);
+    return Result();
   }
 
- private:
-  Solution Evaluated(const Estimate& estimate) const {
+  Solution Result() {
     Solution solution;
-    solution.estimate = estimate;
-    solution.equations.resize(Views());
-    ForRanges(Views(), options_.threads, [&](size_t first, size_t last) {
-      for (size_t i = first; i < last; ++i) {
-        solution.equations[i] = measurements_.EquationsAt(i, estimate);
-      }
-    });
-    solution.usable = true;
-    for (const ViewEquations& equations : solution.equations) {
-      solution.squares += equations.squares;
-      solution.usable = solution.usable && equations.usable;
+    solution.rig = std::move(now_.estimate.rig);
+    solution.views = std::move(problem_.views);
+    for (size_t i = 0; i < solution.views.size(); ++i) {
+      solution.views[i].rigFromTarget = now_.estimate.rigFromTarget[i];
     }
-    for (size_t i = 0; i < options_.prior.size(); ++i) {
-      solution.priorSquares += options_.prior[i] * estimate.lens.values[i] * estimate.lens.values[i];
-    }
+    solution.estimated = problem_.estimated;
+    solution.priors = std::move(problem_.priors);
+    solution.priors.resize(solution.rig.cameras.size());
+    solution.equations = std::move(now_.equations);
+    solution.cost = now_.cost;
+    solution.priorCost = now_.priors.Cost();
+    solution.iterations = iterations_;
+    solution.converged = converged_;
+    solution.usable = now_.usable;
     return solution;
   }
 
-  double Cost(const Solution& solution) const { return solution.squares + solution.priorSquares; }
-
-  size_t Views() const { return measurements_.Views(); }
-  int Free() const { return measurements_.Shared(); }
-
-  /// Of a coordinate of a pixel, as far as the present estimate can tell.
-  double Variance() const {
-    const double unknowns = Free() + POSE_PARAMETERS * static_cast<double>(Views());
-    return solution_.squares / std::max(measurements_.Coordinates() - unknowns, 1.0);
+ private:
+  Estimate Start() const {
+    Estimate start;
+    start.rig = problem_.rig;
+    for (const TargetView& view : problem_.views) start.rigFromTarget.push_back(view.rigFromTarget);
+    return start;
   }
 
-  /// The diagonal of the lens' own block, of all views and the prior.
-  std::array<double, FULL_PARAMETERS> LensDiagonal() const {
-    std::array<double, FULL_PARAMETERS> diagonal = options_.prior;
-    for (const ViewEquations& equations : solution_.equations) {
-      for (int i = 0; i < Free(); ++i) diagonal[static_cast<size_t>(i)] += equations.At(i, i);
+  size_t Views() const { return problem_.views.size(); }
+
+  Evaluation Evaluate(Estimate estimate) const {
+    Evaluation evaluation;
+    evaluation.equations.resize(Views());
+    ForRanges(Views(), options_.threads, [&](size_t first, size_t last) {
+      for (size_t i = first; i < last; ++i) {
+        evaluation.equations[i] =
+            EquationsOf(problem_.views[i], estimate.rigFromTarget[i], estimate.rig, layout_);
+      }
+    });
+    for (const ViewEquations& equations : evaluation.equations) {
+      evaluation.cost += equations.cost;
+      evaluation.usable = evaluation.usable && equations.usable;
+    }
+    evaluation.priors = PriorTermsOf(problem_.priors, estimate.rig, layout_);
+    evaluation.estimate = std::move(estimate);
+    return evaluation;
+  }
+
+  /// The diagonal of the shared block, of all views and the priors.
+  Eigen::VectorXd Diagonal() const {
+    Eigen::VectorXd diagonal = now_.priors.strengths;
+    for (const ViewEquations& equations : now_.equations) {
+      for (Eigen::Index i = 0; i < equations.Own(); ++i) {
+        diagonal(equations.columns[static_cast<size_t>(i)]) += equations.products(i, i);
+      }
     }
     return diagonal;
   }
 
   /// False when the damped equations cannot be solved.
-  bool LensStep(Step& step) const {
-    ReducedSystem system;
-    if (!Sum(system)) return false;
-    const auto diagonal = LensDiagonal();
-    // Scaled to a diagonal of one: the parameters' sizes lie many orders of magnitude apart.
-    std::array<double, FULL_PARAMETERS> scale{};
-    for (int i = 0; i < Free(); ++i) {
-      double& own = system.matrix[Index(i, i)];
-      own += damping_.Value() * diagonal[static_cast<size_t>(i)];
-      if (!(own > 0.0)) return false;
-      scale[static_cast<size_t>(i)] = 1.0 / std::sqrt(own);
-    }
-    for (int i = 0; i < Free(); ++i) {
-      for (int j = 0; j < Free(); ++j) {
-        system.matrix[Index(i, j)] *= scale[static_cast<size_t>(i)] * scale[static_cast<size_t>(j)];
-      }
-      step[static_cast<size_t>(i)] = -system.gradient[static_cast<size_t>(i)] * scale[static_cast<size_t>(i)];
-    }
-    Cholesky<FULL_PARAMETERS> cholesky;
-    if (!cholesky.Decompose(system.matrix.data(), FULL_PARAMETERS, Free())) return false;
-    cholesky.Solve(step.data());
-    for (size_t i = 0; i < scale.size(); ++i) step[i] *= scale[i];
-    return true;
-  }
-
-  bool Sum(ReducedSystem& system) const {
-    const size_t count = Views();
-    std::vector<ReducedView> reduced(count);
-    ForRanges(count, options_.threads, [&](size_t first, size_t last) {
-      for (size_t i = first; i < last; ++i) {
-        reduced[i] = Reduce(solution_.equations[i], Free(), damping_.Value());
-      }
-    });
-    for (const ReducedView& view : reduced) {
-      if (!view.solvable) return false;
-      for (size_t i = 0; i < system.matrix.size(); ++i) system.matrix[i] += view.matrix[i];
-      for (size_t i = 0; i < system.gradient.size(); ++i) system.gradient[i] += view.gradient[i];
-    }
-    for (int i = 0; i < Free(); ++i) {
-      const auto k = static_cast<size_t>(i);
-      system.matrix[Index(i, i)] += options_.prior[k];
-      system.gradient[k] += options_.prior[k] * solution_.estimate.lens.values[k];
-    }
+  bool SharedStep(const Eigen::VectorXd& diagonal, Eigen::VectorXd& step) const {
+    ReducedSystem system = SystemOf(now_.equations, now_.priors, damping_.Value(), options_.threads);
+    if (!system.solvable) return false;
+    system.matrix.diagonal() += damping_.Value() * diagonal;
+    ScaledSystem scaled;
+    if (!scaled.Decompose(system.matrix)) return false;
+    step = -scaled.Solve(system.gradient);
     return true;
   }
 
   bool Propose(FullStep& step) const {
-    if (!LensStep(step.lens)) return false;
+    const Eigen::VectorXd diagonal = Diagonal();
+    if (!SharedStep(diagonal, step.shared)) return false;
     step.poses.resize(Views());
     std::vector<double> predicted(Views());
     ForRanges(Views(), options_.threads, [&](size_t first, size_t last) {
       for (size_t i = first; i < last; ++i) {
-        step.poses[i] = PoseStepFor(solution_.equations[i], Free(), damping_.Value(), step.lens);
-        predicted[i] = PredictedOf(solution_.equations[i], step.lens, step.poses[i]);
+        const Eigen::VectorXd own = OwnOf(now_.equations[i], step.shared);
+        PoseStepFor(now_.equations[i], damping_.Value(), own, step.poses[i]);
+        predicted[i] = PredictedOf(now_.equations[i], own, step.poses[i]);
       }
     });
     for (const double value : predicted) step.predicted += value;
-    const auto& values = solution_.estimate.lens.values;
-    const auto diagonal = LensDiagonal();
-    for (size_t i = 0; i < values.size(); ++i) {
-      step.predicted += damping_.Value() * diagonal[i] * step.lens[i] * step.lens[i];
-      step.predicted -= options_.prior[i] * values[i] * step.lens[i];
-    }
+    step.predicted += damping_.Value() * (diagonal.array() * step.shared.array().square()).sum();
+    step.predicted -=
+        (now_.priors.strengths.array() * now_.priors.values.array() * step.shared.array()).sum();
     return true;
   }
 
   /// With (H + damping D) d = -g, the reduction is d (damping D d - g): a view's share of it, but for the
-  /// damping of the lens.
-  double PredictedOf(const ViewEquations& equations, const Step& lens, const PoseStep& pose) const {
-    const int residual = Free() + POSE_PARAMETERS;
-    double sum = 0.0;
-    for (int i = 0; i < Free(); ++i) sum -= equations.At(i, residual) * lens[static_cast<size_t>(i)];
-    for (int i = 0; i < POSE_PARAMETERS; ++i) {
-      const double step = pose[static_cast<size_t>(i)];
-      const int row = Free() + i;
-      sum += step * (damping_.Value() * equations.At(row, row) * step - equations.At(row, residual));
-    }
-    return sum;
+  /// damping of what is shared.
+  double PredictedOf(const ViewEquations& equations, const Eigen::VectorXd& own, const PoseStep& pose) const {
+    const auto curvature = equations.products.diagonal().tail<POSE_PARAMETERS>().array();
+    return (damping_.Value() * curvature * pose.array().square()).sum() -
+           PoseGradientOf(equations).dot(pose) - equations.gradient.head(own.size()).dot(own);
   }
 
   void Iterate() {
     FullStep step;
     if (!Propose(step)) {
-      solution_.converged = !damping_.Reject();
+      converged_ = !damping_.Reject();
       return;
     }
-    if (step.predicted < options_.precision * Variance() && damping_.Value() <= options_.firstDamping) {
-      solution_.converged = true;
+    const double variance = NoiseVariance(now_.cost, problem_.views, layout_.shared);
+    if (step.predicted < options_.precision * variance && damping_.Value() <= options_.firstDamping) {
+      converged_ = true;
       return;
     }
-    Solution trial = Evaluated(After(step));
-    const double gain = (Cost(solution_) - Cost(trial)) / step.predicted;
-    if (trial.usable && Cost(trial) < Cost(solution_)) {
-      trial.iterations = solution_.iterations;
-      solution_ = std::move(trial);
+    Evaluation trial = Evaluate(After(step));
+    const double gain = (now_.Total() - trial.Total()) / step.predicted;
+    if (trial.usable && trial.Total() < now_.Total()) {
+      now_ = std::move(trial);
       damping_.Accept(gain);
     } else {
-      solution_.converged = !damping_.Reject();
+      // A step that promises less than the cost's own rounding is the last one.
+      converged_ = step.predicted < ROUNDING * now_.Total() || !damping_.Reject();
     }
   }
 
   Estimate After(const FullStep& step) const {
-    Estimate estimate = solution_.estimate;
-    measurements_.MoveShared(estimate, step.lens);
+    Estimate estimate = now_.estimate;
+    MoveShared(step.shared, layout_, estimate.rig);
     for (size_t i = 0; i < step.poses.size(); ++i) {
-      estimate.poses[i] = Moved(estimate.poses[i], step.poses[i].data());
+      estimate.rigFromTarget[i] = Retract(estimate.rigFromTarget[i], step.poses[i].data());
     }
     return estimate;
   }
 
-  const Measurements& measurements_;
+  CalibrationProblem problem_;
   const SolveOptions& options_;
-  Solution solution_;
+  const Layout layout_;
+  Evaluation now_;
   Damping damping_{options_.firstDamping};
-};
-
-/// Views of one camera.
-class CameraMeasurements : public Measurements {
- public:
-  CameraMeasurements(const std::vector<View>& views, int free) : views_(views), free_(free) {
-    for (const View& view : views) coordinates_ += 2.0 * static_cast<double>(view.object.size());
-  }
-
-  size_t Views() const override { return views_.size(); }
-  int Shared() const override { return free_; }
-  double Coordinates() const override { return coordinates_; }
-  ViewEquations EquationsAt(size_t view, const Estimate& estimate) const override {
-    return EquationsOf(views_[view], estimate.lens, estimate.poses[view]);
-  }
-  void MoveShared(Estimate& estimate, const Step& step) const override {
-    for (size_t i = 0; i < step.size(); ++i) estimate.lens.values[i] += step[i];
-  }
-
- private:
-  const std::vector<View>& views_;
-  const int free_;
-  double coordinates_ = 0.0;
+  int iterations_ = 0;
+  bool converged_ = false;
 };
 
 }  // namespace
 
-ReducedSystem SystemOf(const std::vector<ViewEquations>& equations, const Lens& lens, const Prior& prior) {
-  ReducedSystem system;
-  system.solvable = !equations.empty();
-  for (const ViewEquations& view : equations) {
-    const ReducedView reduced = Reduce(view, lens.free, 0.0);
-    system.solvable = system.solvable && reduced.solvable;
-    for (size_t i = 0; i < system.matrix.size(); ++i) system.matrix[i] += reduced.matrix[i];
-    for (size_t i = 0; i < system.gradient.size(); ++i) system.gradient[i] += reduced.gradient[i];
-  }
-  for (int i = 0; i < lens.free; ++i) {
-    const auto k = static_cast<size_t>(i);
-    system.matrix[Index(i, i)] += prior[k];
-    system.gradient[k] += prior[k] * lens.values[k];
-  }
-  return system;
+Solution Minimise(CalibrationProblem problem, const SolveOptions& options) {
+  return Minimiser(std::move(problem), options).Run();
 }
 
-Solution Minimise(const Measurements& measurements, const Estimate& start, const SolveOptions& options) {
-  return Minimiser(measurements, start, options).Run();
-}
-
-Solution Minimise(const std::vector<View>& views, const Estimate& start, const SolveOptions& options) {
-  return Minimise(CameraMeasurements(views, start.lens.free), start, options);
+Solution EvaluatedAt(CalibrationProblem problem, int threads) {
+  SolveOptions options;
+  options.threads = threads;
+  return Minimiser(std::move(problem), options).Result();
 }
 
 }  // namespace velmora::solver

@@ -1,219 +1,278 @@
-/// The normal equations of a camera's computation, and their reduction to the lens.
+/// The normal equations of a rig's computation, and their reduction to what all views share.
 #include "solver/NormalEquations.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "solver/Cholesky.h"
-#include "solver/Lanes.h"
-#include "solver/ProjectionFormulas.h"
+#include "solver/ObservationEquations.h"
+#include "solver/ScaledSystem.h"
+#include "solver/Threads.h"
 
 namespace velmora::solver {
 
 namespace {
 
-/// The Jacobian of some of a view's points, with the residuals as its last column. Points are innermost: they
-/// are worked on several at once.
-template <size_t FREE>
-class Jacobian {
+using Index = Eigen::Index;
+
+/// The products of one observation: their upper triangle, row by row, is the lower one column by column.
+using Products = Eigen::Map<const Eigen::Matrix<double, MOST_COLUMNS, MOST_COLUMNS>>;
+
+/// A step of the target before a camera, by steps of the camera in the rig and of the target before the rig.
+using Chain = Eigen::Matrix<double, POSE_PARAMETERS, 2 * POSE_PARAMETERS>;
+
+/// With the target at R_c (R_v X + t_v) + t_c before the camera: rotations add up, that of the camera also
+/// swings the target's origin around.
+Chain ChainOf(const RigidTransform& cameraFromRig, const RigidTransform& rigFromTarget) {
+  const cv::Vec3d arm = cameraFromRig.R * rigFromTarget.t;
+  const Eigen::Map<const Eigen::Matrix<double, 3, 3, Eigen::RowMajor>> R(cameraFromRig.R.val);
+  Chain chain = Chain::Zero();
+  chain.leftCols<POSE_PARAMETERS>().setIdentity();
+  chain.block<3, 3>(3, 0) << 0.0, arm[2], -arm[1], -arm[2], 0.0, arm[0], arm[1], -arm[0], 0.0;
+  chain.block<3, 3>(0, POSE_PARAMETERS) = R;
+  chain.block<3, 3>(3, POSE_PARAMETERS + 3) = R;
+  return chain;
+}
+
+/// Adds what cameras saw to the equations of their view.
+class Adder {
  public:
-  static constexpr size_t COLUMNS = FREE + POSE_PARAMETERS + 1;
-  static constexpr size_t MOST_POINTS = 64;
+  explicit Adder(ViewEquations& equations) : equations_(equations), pose_(equations.Own()) {}
 
-  Jacobian(const View& view, const Projection& projection, const Pose& pose)
-      : view_(view), formulas_(projection.Numbers()), pose_(pose) {}
-
-  /// Takes the points from `first` on, at most MOST_POINTS. False when one is not in front of the camera.
-  bool Fill(size_t first) {
-    const size_t end = std::min(first + MOST_POINTS, view_.object.size());
-    rows_ = 0;
-    for (size_t k = first; k < end; k += LANES) {
-      if (!FillRows(k, end)) return false;
-    }
-    return true;
+  /// Of the camera that the rig's frame is in.
+  void AddFirst(const ObservationEquations& observed, Index intrinsics, Index count) {
+    const Products products(observed.products.data());
+    const Index residual = count + POSE_PARAMETERS;
+    To(intrinsics, intrinsics, count, count) += products.topLeftCorner(count, count);
+    To(pose_, intrinsics, POSE_PARAMETERS, count) += products.block(count, 0, POSE_PARAMETERS, count);
+    To(pose_, pose_, POSE_PARAMETERS, POSE_PARAMETERS) +=
+        products.block<POSE_PARAMETERS, POSE_PARAMETERS>(count, count);
+    equations_.gradient.segment(intrinsics, count) += products.row(residual).head(count).transpose();
+    equations_.gradient.segment<POSE_PARAMETERS>(pose_) +=
+        products.row(residual).segment<POSE_PARAMETERS>(count).transpose();
   }
 
-  void AddProducts(ViewEquations& equations) const {
-    for (size_t i = 0; i < COLUMNS; i += 2) {
-      for (size_t j = i - i % 4; j < COLUMNS; j += 4) {
-        AddTileAt(i, j, equations);
-      }
+  /// Of another one; `camera` is where its pose in the rig stands, or Layout::FIXED.
+  void AddChained(const ObservationEquations& observed, Index intrinsics, Index count, Index camera,
+                  const Chain& chain) {
+    const Products products(observed.products.data());
+    const Index residual = count + POSE_PARAMETERS;
+    const PoseMatrix block =
+        products.block<POSE_PARAMETERS, POSE_PARAMETERS>(count, count).selfadjointView<Eigen::Lower>();
+    const Eigen::Matrix<double, 2 * POSE_PARAMETERS, 2 * POSE_PARAMETERS> chained =
+        chain.transpose() * block * chain;
+    const Eigen::Matrix<double, 2 * POSE_PARAMETERS, 1> gradient =
+        chain.transpose() * products.row(residual).segment<POSE_PARAMETERS>(count).transpose();
+    const Eigen::Matrix<double, 2 * POSE_PARAMETERS, Eigen::Dynamic, 0, 2 * POSE_PARAMETERS, FULL_PARAMETERS>
+        coupling = chain.transpose() * products.block(count, 0, POSE_PARAMETERS, count);
+    To(intrinsics, intrinsics, count, count) += products.topLeftCorner(count, count);
+    equations_.gradient.segment(intrinsics, count) += products.row(residual).head(count).transpose();
+    if (camera != Layout::FIXED) {
+      To(camera, intrinsics, POSE_PARAMETERS, count) += coupling.topRows<POSE_PARAMETERS>();
+      To(camera, camera, POSE_PARAMETERS, POSE_PARAMETERS) +=
+          chained.topLeftCorner<POSE_PARAMETERS, POSE_PARAMETERS>();
+      To(pose_, camera, POSE_PARAMETERS, POSE_PARAMETERS) +=
+          chained.bottomLeftCorner<POSE_PARAMETERS, POSE_PARAMETERS>();
+      equations_.gradient.segment<POSE_PARAMETERS>(camera) += gradient.head<POSE_PARAMETERS>();
     }
+    To(pose_, intrinsics, POSE_PARAMETERS, count) += coupling.bottomRows<POSE_PARAMETERS>();
+    To(pose_, pose_, POSE_PARAMETERS, POSE_PARAMETERS) +=
+        chained.bottomRightCorner<POSE_PARAMETERS, POSE_PARAMETERS>();
+    equations_.gradient.segment<POSE_PARAMETERS>(pose_) += gradient.tail<POSE_PARAMETERS>();
   }
 
  private:
-  using Column = std::array<Lanes, 2 * MOST_POINTS / LANES>;
-
-  /// The two rows of each of the points from k on; past the end the last one again, without weight.
-  bool FillRows(size_t k, size_t end) {
-    Lanes turned[3] = {};
-    Lanes seen[2] = {};
-    Lanes weight{};
-    for (size_t lane = 0; lane < LANES; ++lane) {
-      const size_t point = std::min(k + lane, end - 1);
-      const cv::Point3d& at = view_.object[point];
-      for (int i = 0; i < 3; ++i) {
-        turned[i][lane] = pose_.R(i, 0) * at.x + pose_.R(i, 1) * at.y + pose_.R(i, 2) * at.z;
-      }
-      if (!(turned[2][lane] + pose_.t[2] > 0.0)) return false;
-      seen[0][lane] = view_.image[point].x;
-      seen[1][lane] = view_.image[point].y;
-      const double own = view_.weights.empty() ? 1.0 : std::sqrt(view_.weights[point]);
-      weight[lane] = k + lane < end ? own : 0.0;
-    }
-    const Lanes nearness = 1.0 / (turned[2] + pose_.t[2]);
-    formulas_.Differentiate((turned[0] + pose_.t[0]) * nearness, (turned[1] + pose_.t[1]) * nearness,
-                            nearness, u_, v_);
-    FillRow(u_, turned, seen[0], weight);
-    FillRow(v_, turned, seen[1], weight);
-    return true;
+  Eigen::Block<Eigen::MatrixXd> To(Index row, Index column, Index rows, Index columns) {
+    return equations_.products.block(row, column, rows, columns);
   }
 
-  void FillRow(const CoordinateOf<Lanes>& coordinate, const Lanes* turned, const Lanes& seen,
-               const Lanes& weight) {
-    const auto& byPoint = coordinate.byPoint;
-    for (size_t i = 0; i < FREE; ++i) columns_[i][rows_] = weight * coordinate.byLens[i];
-    for (size_t i = 0; i < 3; ++i) {
-      const size_t next = (i + 1) % 3;
-      const size_t last = (i + 2) % 3;
-      columns_[FREE + i][rows_] = weight * (turned[next] * byPoint[last] - turned[last] * byPoint[next]);
-      columns_[FREE + 3 + i][rows_] = weight * byPoint[i];
-    }
-    columns_[COLUMNS - 1][rows_] = weight * (coordinate.value - seen);
-    ++rows_;
-  }
-
-  /// Tiles that fit into registers; on the diagonal they reach into the other triangle.
-  void AddTileAt(size_t row, size_t column, ViewEquations& equations) const {
-    constexpr size_t LAST_WIDTH = (COLUMNS - 1) % 4 + 1;
-    if constexpr (COLUMNS % 2 == 1) {
-      if (row + 1 == COLUMNS) {
-        AddTile<1, LAST_WIDTH>(row, column, equations);
-        return;
-      }
-    }
-    if (column + LAST_WIDTH == COLUMNS) {  // NOLINT(bugprone-branch-clone): not for other widths
-      AddTile<2, LAST_WIDTH>(row, column, equations);
-    } else {
-      AddTile<2, 4>(row, column, equations);
-    }
-  }
-
-  template <size_t HEIGHT, size_t WIDTH>
-  void AddTile(size_t row, size_t column, ViewEquations& equations) const {
-    Lanes sums[HEIGHT][WIDTH] = {};
-    for (size_t k = 0; k < rows_; ++k) {
-      for (size_t i = 0; i < HEIGHT; ++i) {
-        for (size_t j = 0; j < WIDTH; ++j) sums[i][j] += columns_[row + i][k] * columns_[column + j][k];
-      }
-    }
-    for (size_t i = 0; i < HEIGHT; ++i) {
-      for (size_t j = 0; j < WIDTH; ++j) {
-        double& product = equations.products[(row + i) * MOST_COLUMNS + column + j];
-        for (size_t lane = 0; lane < LANES; ++lane) product += sums[i][j][lane];
-      }
-    }
-  }
-
-  const View& view_;
-  const ProjectionFormulas<Lanes> formulas_;
-  const Pose& pose_;
-  CoordinateOf<Lanes> u_, v_;
-  std::array<Column, COLUMNS> columns_;  ///< first `rows_` of each
-  size_t rows_ = 0;
+  ViewEquations& equations_;
+  const Index pose_;
 };
 
-/// The number of columns is known when compiled: that doubles the speed of the inner loop.
-template <size_t FREE>
-ViewEquations Accumulate(const View& view, const Lens& lens, const Pose& pose) {
-  const Projection projection(lens);
-  ViewEquations equations;
-  Jacobian<FREE> jacobian(view, projection, pose);
-  for (size_t k = 0; k < view.object.size(); k += Jacobian<FREE>::MOST_POINTS) {
-    if (!jacobian.Fill(k)) return equations;
-    jacobian.AddProducts(equations);
-  }
-  constexpr int RESIDUAL = static_cast<int>(FREE) + POSE_PARAMETERS;
-  equations.squares = equations.At(RESIDUAL, RESIDUAL);
-  equations.usable = std::isfinite(equations.squares);
-  return equations;
-}
+/// Where the parameters of each camera stand among the view's own.
+struct OwnPlaces {
+  std::vector<int> intrinsics;
+  std::vector<int> pose;
+};
 
-/// The pose's block, its diagonal raised by a share of itself.
-bool DecomposePose(const ViewEquations& equations, int free, double damping,
-                   Cholesky<POSE_PARAMETERS>& cholesky) {
-  std::array<double, static_cast<size_t>(POSE_PARAMETERS) * POSE_PARAMETERS> block{};
-  for (int i = 0; i < POSE_PARAMETERS; ++i) {
-    for (int j = 0; j <= i; ++j) {
-      block[static_cast<size_t>(i * POSE_PARAMETERS + j)] =
-          equations.At(free + j, free + i) * (i == j ? 1.0 + damping : 1.0);
+OwnPlaces PlaceOwn(const TargetView& view, const Layout& layout, std::vector<int>& columns) {
+  const size_t count = layout.cameras.size();
+  OwnPlaces own{std::vector<int>(count, 0), std::vector<int>(count, Layout::FIXED)};
+  columns.reserve(static_cast<size_t>(layout.shared));
+  const auto take = [&](int first, int number) {
+    const int at = static_cast<int>(columns.size());
+    for (int i = 0; i < number; ++i) columns.push_back(first + i);
+    return at;
+  };
+  for (size_t i = 0; i < count; ++i) {
+    if (!view.observations[i].IsEmpty()) {
+      own.intrinsics[i] = take(layout.cameras[i].intrinsics, layout.cameras[i].count);
     }
   }
-  return cholesky.Decompose(block.data(), POSE_PARAMETERS, POSE_PARAMETERS);
+  for (size_t i = 0; i < count; ++i) {
+    if (!view.observations[i].IsEmpty() && layout.cameras[i].pose != Layout::FIXED) {
+      own.pose[i] = take(layout.cameras[i].pose, POSE_PARAMETERS);
+    }
+  }
+  return own;
+}
+
+using PoseCholesky = Eigen::LLT<PoseMatrix>;
+
+/// The pose's block, its diagonal raised by a share of itself.
+bool DecomposePose(const ViewEquations& equations, double damping, PoseCholesky& cholesky) {
+  PoseMatrix block = PoseBlockOf(equations);
+  block.diagonal() *= 1.0 + damping;
+  return Decompose(block, cholesky);
+}
+
+/// Adds a view's share at its own parameters, lower triangle.
+void AddTo(ReducedSystem& system, const ReducedView& view, const std::vector<int>& columns) {
+  const auto own = static_cast<Index>(columns.size());
+  if (own == system.gradient.size()) {
+    system.matrix += view.matrix;
+    system.gradient += view.gradient;
+    return;
+  }
+  // The view's own parameters are in the order of all, so that its lower triangle stays one.
+  for (Index j = 0; j < own; ++j) {
+    const int column = columns[static_cast<size_t>(j)];
+    for (Index i = j; i < own; ++i)
+      system.matrix(columns[static_cast<size_t>(i)], column) += view.matrix(i, j);
+    system.gradient(column) += view.gradient(j);
+  }
 }
 
 }  // namespace
 
-ViewEquations EquationsOf(const View& view, const Lens& lens, const Pose& pose) {
-  switch (lens.free) {
-    case CLASSIC_PARAMETERS:
-      return Accumulate<CLASSIC_PARAMETERS>(view, lens, pose);
-    case RATIONAL_PARAMETERS:
-      return Accumulate<RATIONAL_PARAMETERS>(view, lens, pose);
-    default:
-      return Accumulate<FULL_PARAMETERS>(view, lens, pose);
+ViewEquations EquationsOf(const TargetView& view, const RigidTransform& rigFromTarget, const Rig& rig,
+                          const Layout& layout) {
+  ViewEquations equations;
+  const OwnPlaces own = PlaceOwn(view, layout, equations.columns);
+  const Index size = equations.Own() + POSE_PARAMETERS;
+  equations.products.setZero(size, size);
+  equations.gradient.setZero(size);
+  equations.costs.assign(rig.cameras.size(), 0.0);
+  Adder adder(equations);
+  for (size_t i = 0; i < rig.cameras.size(); ++i) {
+    const Observation& observation = view.observations[i];
+    if (observation.IsEmpty()) continue;
+    const Camera& camera = rig.cameras[i];
+    const bool first = i == 0;
+    const RigidTransform cameraFromTarget = first ? rigFromTarget : camera.cameraFromRig * rigFromTarget;
+    const int count = layout.cameras[i].count;
+    const ObservationEquations observed =
+        count > 0 ? EquationsOf(observation, camera.intrinsics, cameraFromTarget)
+                  : PoseEquationsOf(observation, camera.intrinsics, cameraFromTarget);
+    if (!observed.usable) return equations;
+    if (first) {
+      adder.AddFirst(observed, own.intrinsics[i], count);
+    } else {
+      adder.AddChained(observed, own.intrinsics[i], count, own.pose[i],
+                       ChainOf(camera.cameraFromRig, rigFromTarget));
+    }
+    equations.costs[i] = observed.cost;
+    equations.cost += observed.cost;
   }
+  equations.usable = true;
+  return equations;
 }
 
-ViewEquations PoseEquationsOf(const View& view, const Lens& lens, const Pose& pose) {
-  return Accumulate<0>(view, lens, pose);
+PoseMatrix PoseBlockOf(const ViewEquations& equations) {
+  const Index own = equations.Own();
+  return equations.products.block<POSE_PARAMETERS, POSE_PARAMETERS>(own, own).selfadjointView<Eigen::Lower>();
 }
 
-ReducedView Reduce(const ViewEquations& equations, int free, double damping) {
+Coupling CouplingOf(const ViewEquations& equations) {
+  return equations.products.block(equations.Own(), 0, POSE_PARAMETERS, equations.Own());
+}
+
+PoseStep PoseGradientOf(const ViewEquations& equations) {
+  return equations.gradient.tail<POSE_PARAMETERS>();
+}
+
+ReducedView Reduce(const ViewEquations& equations, double damping) {
   ReducedView reduced;
-  Cholesky<POSE_PARAMETERS> cholesky;
-  if (!equations.usable || !DecomposePose(equations, free, damping, cholesky)) return reduced;
-  const int residual = free + POSE_PARAMETERS;
-  // The columns of L^-1 B, the last one L^-1 c.
-  std::array<PoseStep, FULL_PARAMETERS + 1> eliminated{};
-  for (int j = 0; j <= free; ++j) {
-    PoseStep& column = eliminated[static_cast<size_t>(j)];
-    for (int i = 0; i < POSE_PARAMETERS; ++i) {
-      column[static_cast<size_t>(i)] =
-          j < free ? equations.At(j, free + i) : equations.At(free + i, residual);
-    }
-    cholesky.Forward(column.data());
-  }
-  const auto product = [&](int a, int b) {
-    double sum = 0.0;
-    for (size_t k = 0; k < POSE_PARAMETERS; ++k) {
-      sum += eliminated[static_cast<size_t>(a)][k] * eliminated[static_cast<size_t>(b)][k];
-    }
-    return sum;
-  };
-  for (int i = 0; i < free; ++i) {
-    for (int j = i; j < free; ++j) {
-      const double value = equations.At(i, j) - product(i, j);
-      reduced.matrix[static_cast<size_t>(i * FULL_PARAMETERS + j)] = value;
-      reduced.matrix[static_cast<size_t>(j * FULL_PARAMETERS + i)] = value;
-    }
-    reduced.gradient[static_cast<size_t>(i)] = equations.At(i, residual) - product(i, free);
+  PoseCholesky cholesky;
+  if (!equations.usable || !DecomposePose(equations, damping, cholesky)) return reduced;
+  const Index own = equations.Own();
+  // L^-1 B and, as the last column, L^-1 of the pose's gradient.
+  Coupling eliminated(POSE_PARAMETERS, own + 1);
+  eliminated.leftCols(own) = CouplingOf(equations);
+  eliminated.col(own) = PoseGradientOf(equations);
+  cholesky.matrixL().solveInPlace(eliminated);
+  reduced.matrix = equations.products.topLeftCorner(own, own);
+  reduced.gradient = equations.gradient.head(own);
+  for (Index j = 0; j < own; ++j) {
+    for (Index i = j; i < own; ++i) reduced.matrix(i, j) -= eliminated.col(i).dot(eliminated.col(j));
+    reduced.gradient(j) -= eliminated.col(j).dot(eliminated.col(own));
   }
   reduced.solvable = true;
   return reduced;
 }
 
-PoseStep PoseStepFor(const ViewEquations& equations, int free, double damping, const Step& lensStep) {
-  PoseStep step{};
-  Cholesky<POSE_PARAMETERS> cholesky;
-  if (!DecomposePose(equations, free, damping, cholesky)) return step;
-  for (int i = 0; i < POSE_PARAMETERS; ++i) {
-    double sum = equations.At(free + i, free + POSE_PARAMETERS);
-    for (int j = 0; j < free; ++j) sum += equations.At(j, free + i) * lensStep[static_cast<size_t>(j)];
-    step[static_cast<size_t>(i)] = -sum;
+Eigen::VectorXd OwnOf(const ViewEquations& equations, const Eigen::VectorXd& shared) {
+  Eigen::VectorXd own(equations.Own());
+  for (Index i = 0; i < own.size(); ++i) own(i) = shared(equations.columns[static_cast<size_t>(i)]);
+  return own;
+}
+
+bool PoseStepFor(const ViewEquations& equations, double damping, const Eigen::VectorXd& own, PoseStep& step) {
+  PoseCholesky cholesky;
+  step.setZero();
+  if (!DecomposePose(equations, damping, cholesky)) return false;
+  step = PoseGradientOf(equations);
+  for (Index j = 0; j < equations.Own(); ++j) {
+    step += equations.products.col(j).tail<POSE_PARAMETERS>() * own(j);
   }
-  cholesky.Solve(step.data());
-  return step;
+  step = -cholesky.solve(step);
+  return true;
+}
+
+PriorTerms PriorTermsOf(const std::vector<Prior>& priors, const Rig& rig, const Layout& layout) {
+  PriorTerms terms{Eigen::VectorXd::Zero(layout.shared), Eigen::VectorXd::Zero(layout.shared)};
+  for (size_t i = 0; i < priors.size(); ++i) {
+    const Layout::Place& place = layout.cameras[i];
+    for (int k = 0; k < place.count; ++k) {
+      terms.strengths(place.intrinsics + k) = priors[i][static_cast<size_t>(k)];
+      terms.values(place.intrinsics + k) = rig.cameras[i].intrinsics.values[static_cast<size_t>(k)];
+    }
+  }
+  return terms;
+}
+
+ReducedSystem SystemOf(const std::vector<ViewEquations>& equations, const PriorTerms& priors, double damping,
+                       int threads) {
+  constexpr size_t TOGETHER = 16;
+  const Index shared = priors.strengths.size();
+  const size_t parts = (equations.size() + TOGETHER - 1) / TOGETHER;
+  std::vector<ReducedSystem> sums(parts);
+  ForRanges(parts, threads, [&](size_t from, size_t to) {
+    for (size_t part = from; part < to; ++part) {
+      ReducedSystem& sum = sums[part];
+      sum = {Eigen::MatrixXd::Zero(shared, shared), Eigen::VectorXd::Zero(shared), true};
+      const size_t end = std::min((part + 1) * TOGETHER, equations.size());
+      for (size_t i = part * TOGETHER; i < end && sum.solvable; ++i) {
+        const ReducedView view = Reduce(equations[i], damping);
+        sum.solvable = view.solvable;
+        if (view.solvable) AddTo(sum, view, equations[i].columns);
+      }
+    }
+  });
+  ReducedSystem system{priors.strengths.asDiagonal(), priors.strengths.cwiseProduct(priors.values),
+                       parts > 0};
+  for (const ReducedSystem& sum : sums) {
+    system.solvable = system.solvable && sum.solvable;
+    system.matrix += sum.matrix;
+    system.gradient += sum.gradient;
+  }
+  system.matrix.triangularView<Eigen::StrictlyUpper>() = system.matrix.transpose();
+  return system;
+}
+
+ReducedSystem SystemOf(const Solution& solution) {
+  const Layout layout = LayoutOf(solution.rig, solution.estimated);
+  return SystemOf(solution.equations, PriorTermsOf(solution.priors, solution.rig, layout), 0.0, 1);
 }
 
 }  // namespace velmora::solver

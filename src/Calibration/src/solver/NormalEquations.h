@@ -1,44 +1,67 @@
-/// The normal equations of a camera's computation, and their reduction to the lens.
+/// The normal equations of a rig's computation, and their reduction to what all views share.
 #pragma once
 
-#include <array>
+#include <Eigen/Core>
 #include <vector>
 
-#include "solver/Problem.h"
+#include "model/Solution.h"
 
 namespace velmora::solver {
 
-constexpr int MOST_COLUMNS = FULL_PARAMETERS + POSE_PARAMETERS + 1;
+using PoseStep = Eigen::Matrix<double, POSE_PARAMETERS, 1>;
+using Coupling = Eigen::Matrix<double, POSE_PARAMETERS, Eigen::Dynamic>;
+using PoseMatrix = Eigen::Matrix<double, POSE_PARAMETERS, POSE_PARAMETERS>;
 
-/// One view's Jacobian times itself, upper triangle; columns: the lens' free parameters, turn and shift of
-/// the pose, the residual (projected minus seen).
-struct ViewEquations {
-  std::array<double, static_cast<size_t>(MOST_COLUMNS) * MOST_COLUMNS> products{};
-  double squares = 0.0;  ///< weighted sum of squared distances
-  bool usable = false;   ///< every point is in front of the camera
+/// Of one view: the sum over the cameras that saw it, each chained to the rig.
+ViewEquations EquationsOf(const TargetView& view, const RigidTransform& rigFromTarget, const Rig& rig,
+                          const Layout& layout);
 
-  double At(int row, int column) const { return products[static_cast<size_t>(row * MOST_COLUMNS + column)]; }
-};
-
-/// One view's share in the equations of the lens alone, once its pose is eliminated.
+/// One view's share in the equations of its own shared parameters, once its pose is eliminated.
 struct ReducedView {
-  std::array<double, static_cast<size_t>(FULL_PARAMETERS) * FULL_PARAMETERS> matrix{};  ///< both triangles
-  std::array<double, FULL_PARAMETERS> gradient{};
+  Eigen::MatrixXd matrix;  ///< lower triangle
+  Eigen::VectorXd gradient;
   bool solvable = false;
 };
 
-using Step = std::array<double, FULL_PARAMETERS>;
-using PoseStep = std::array<double, POSE_PARAMETERS>;
-
-ViewEquations EquationsOf(const View& view, const Lens& lens, const Pose& pose);
-
-/// The same with a known lens: its parameters have no columns.
-ViewEquations PoseEquationsOf(const View& view, const Lens& lens, const Pose& pose);
-
 /// Eliminates the pose; `damping` is added to the diagonal of its block, as a share of it.
-ReducedView Reduce(const ViewEquations& equations, int free, double damping);
+ReducedView Reduce(const ViewEquations& equations, double damping);
 
-/// The pose's step that belongs to a step of the lens.
-PoseStep PoseStepFor(const ViewEquations& equations, int free, double damping, const Step& lensStep);
+/// The view's own among all shared parameters.
+Eigen::VectorXd OwnOf(const ViewEquations& equations, const Eigen::VectorXd& shared);
+
+/// The pose's step that belongs to a step of the view's own shared parameters. False when the view determines
+/// none.
+bool PoseStepFor(const ViewEquations& equations, double damping, const Eigen::VectorXd& own, PoseStep& step);
+
+/// The pose's own block, both triangles.
+PoseMatrix PoseBlockOf(const ViewEquations& equations);
+/// The blocks of its coupling with the view's own shared parameters.
+Coupling CouplingOf(const ViewEquations& equations);
+/// The slope of half the cost along the pose.
+PoseStep PoseGradientOf(const ViewEquations& equations);
+
+/// What priors pull at: strengths and values of the shared parameters, zero for those without.
+struct PriorTerms {
+  Eigen::VectorXd strengths;
+  Eigen::VectorXd values;
+
+  double Cost() const { return (strengths.array() * values.array().square()).sum(); }
+};
+PriorTerms PriorTermsOf(const std::vector<Prior>& priors, const Rig& rig, const Layout& layout);
+
+/// The reduced equations of all views together, and of the priors.
+struct ReducedSystem {
+  Eigen::MatrixXd matrix;  ///< both triangles
+  Eigen::VectorXd gradient;
+  bool solvable = false;
+};
+
+/// The same for any number of threads: views are summed in their order, a fixed number of them at a time.
+ReducedSystem SystemOf(const std::vector<ViewEquations>& equations, const PriorTerms& priors, double damping,
+                       int threads);
+
+/// Undamped: the inverse of its matrix, times the noise's variance, is the covariance of what all views
+/// share.
+ReducedSystem SystemOf(const Solution& solution);
 
 }  // namespace velmora::solver

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "foundation/Median.h"
+#include "solver/Projection.h"
 
 namespace velmora::solver {
 
@@ -18,26 +19,26 @@ constexpr double FEWEST_POINTS = 6;
 constexpr double LEAST_SPAN = 0.02;
 
 /// The products of the points' distances from their own middle; weightless points do not count.
-cv::Matx22d SpreadOf(const View& view, const std::vector<double>& weights) {
+cv::Matx22d SpreadOf(const Observation& observation, const std::vector<double>& weights) {
   double count = 0.0;
   cv::Vec2d sum;
-  for (size_t k = 0; k < view.object.size(); ++k) {
+  for (size_t k = 0; k < observation.object.size(); ++k) {
     count += weights[k];
-    sum += weights[k] * cv::Vec2d(view.object[k].x, view.object[k].y);
+    sum += weights[k] * cv::Vec2d(observation.object[k].x, observation.object[k].y);
   }
   const cv::Vec2d middle = sum * (1.0 / std::max(count, 1.0));
   cv::Matx22d spread = cv::Matx22d::zeros();
-  for (size_t k = 0; k < view.object.size(); ++k) {
-    const cv::Vec2d away = cv::Vec2d(view.object[k].x, view.object[k].y) - middle;
+  for (size_t k = 0; k < observation.object.size(); ++k) {
+    const cv::Vec2d away = cv::Vec2d(observation.object[k].x, observation.object[k].y) - middle;
     spread += weights[k] * (away * away.t());
   }
   return spread;
 }
 
 /// Whether the points that are left determine the view's pose about as all of them do.
-bool SpansTarget(const View& view, const std::vector<double>& weights) {
-  const cv::Matx22d left = SpreadOf(view, weights);
-  const cv::Matx22d all = SpreadOf(view, std::vector<double>(view.object.size(), 1.0));
+bool SpansTarget(const Observation& observation, const std::vector<double>& weights) {
+  const cv::Matx22d left = SpreadOf(observation, weights);
+  const cv::Matx22d all = SpreadOf(observation, std::vector<double>(observation.object.size(), 1.0));
   // The least share, in any direction: left - share * all is singular.
   const cv::Matx22d shares = all.inv() * left;
   const double half = 0.5 * cv::trace(shares);
@@ -45,26 +46,62 @@ bool SpansTarget(const View& view, const std::vector<double>& weights) {
   return least >= LEAST_SPAN;
 }
 
-bool IsEnoughOf(const View& view, const std::vector<double>& weights, size_t outliers, double least) {
-  const auto count = static_cast<double>(view.object.size());
+bool IsEnoughOf(const Observation& observation, const std::vector<double>& weights, size_t outliers,
+                double least) {
+  const auto count = static_cast<double>(observation.object.size());
   const double left = count - static_cast<double>(outliers);
   // Targets of a handful of points are taken whole or not at all.
-  return left >= std::min(FEWEST_POINTS, count) && left >= least * count && SpansTarget(view, weights);
+  return left >= std::min(FEWEST_POINTS, count) && left >= least * count && SpansTarget(observation, weights);
+}
+
+/// Which image of which view.
+struct ImageNumber {
+  size_t view;
+  size_t camera;
+};
+
+struct RejectionLimits {
+  double deviation;
+  double least;
+};
+
+/// Takes the weight from outliers, or all points away.
+void RejectFrom(Observation& observation, const ImageNumber& number, const std::vector<double>& residuals,
+                const RejectionLimits& limits, std::vector<Rejected>& rejected) {
+  std::vector<Rejected> outliers;
+  observation.weights.assign(observation.object.size(), 1.0);
+  for (size_t k = 0; k < residuals.size(); ++k) {
+    if (!IsOutlier(residuals[k], limits.deviation)) continue;
+    observation.weights[k] = 0.0;
+    outliers.push_back({number.view, static_cast<int>(k), residuals[k],
+                        "far from where the other points put it", number.camera});
+  }
+  if (outliers.empty()) {
+    observation.weights.clear();
+  } else if (!IsEnoughOf(observation, observation.weights, outliers.size(), limits.least)) {
+    observation = {};
+    rejected.push_back({number.view, Rejected::WHOLE_VIEW, RootMeanSquare(residuals),
+                        "disagrees with the other views", number.camera});
+    return;
+  }
+  rejected.insert(rejected.end(), outliers.begin(), outliers.end());
 }
 
 }  // namespace
 
-Residuals ResidualsOf(const std::vector<View>& views, const Estimate& estimate) {
-  const Projection projection(estimate.lens);
-  Residuals residuals(views.size());
-  for (size_t i = 0; i < views.size(); ++i) {
-    for (size_t k = 0; k < views[i].object.size(); ++k) {
-      const cv::Point3d& point = views[i].object[k];
-      const Pose& pose = estimate.poses[i];
-      cv::Point2d pixel;
-      const bool seen = projection.Project(pose.R * cv::Vec3d(point.x, point.y, point.z) + pose.t, pixel);
-      residuals[i].push_back(seen ? cv::norm(pixel - views[i].image[k])
-                                  : std::numeric_limits<double>::infinity());
+Residuals ResidualsOf(const std::vector<TargetView>& views, const Rig& rig) {
+  Residuals residuals(views.size(), std::vector<std::vector<double>>(rig.cameras.size()));
+  for (size_t camera = 0; camera < rig.cameras.size(); ++camera) {
+    const Projection projection(rig.cameras[camera].intrinsics);
+    for (size_t i = 0; i < views.size(); ++i) {
+      const Observation& observation = views[i].observations[camera];
+      const RigidTransform pose = rig.cameras[camera].cameraFromRig * views[i].rigFromTarget;
+      for (size_t k = 0; k < observation.object.size(); ++k) {
+        cv::Point2d pixel;
+        const bool seen = projection.Project(pose * observation.object[k], pixel);
+        residuals[i][camera].push_back(seen ? cv::norm(pixel - observation.image[k])
+                                            : std::numeric_limits<double>::infinity());
+      }
     }
   }
   return residuals;
@@ -72,7 +109,9 @@ Residuals ResidualsOf(const std::vector<View>& views, const Estimate& estimate) 
 
 double DeviationOf(const Residuals& residuals) {
   std::vector<double> all;
-  for (const auto& view : residuals) all.insert(all.end(), view.begin(), view.end());
+  for (const auto& view : residuals) {
+    for (const auto& camera : view) all.insert(all.end(), camera.begin(), camera.end());
+  }
   return std::max(MedianOf(all) / MEDIAN_TO_DEVIATION, 1e-9);
 }
 
@@ -92,23 +131,16 @@ Selection WithoutOutliers(const Selection& selection, const Residuals& residuals
   without.rejected = selection.rejected;
   without.tooFewAgree = selection.tooFewAgree;
   for (size_t i = 0; i < selection.views.size(); ++i) {
-    std::vector<Rejected> outliers;
-    View view = selection.views[i];
-    view.weights.assign(view.object.size(), 1.0);
-    for (size_t k = 0; k < residuals[i].size(); ++k) {
-      if (!IsOutlier(residuals[i][k], deviation)) continue;
-      view.weights[k] = 0.0;
-      outliers.push_back({selection.kept[i], static_cast<int>(k), residuals[i][k],
-                          "far from where the other points put it"});
+    TargetView view = selection.views[i];
+    bool isLeft = false;
+    for (size_t camera = 0; camera < view.observations.size(); ++camera) {
+      Observation& observation = view.observations[camera];
+      if (observation.IsEmpty()) continue;
+      RejectFrom(observation, {selection.kept[i], camera}, residuals[i][camera], {deviation, least},
+                 without.rejected);
+      isLeft = isLeft || !observation.IsEmpty();
     }
-    if (outliers.empty()) {
-      view.weights.clear();
-    } else if (!IsEnoughOf(view, view.weights, outliers.size(), least)) {
-      without.rejected.push_back({selection.kept[i], Rejected::WHOLE_VIEW, RootMeanSquare(residuals[i]),
-                                  "disagrees with the other views"});
-      continue;
-    }
-    without.rejected.insert(without.rejected.end(), outliers.begin(), outliers.end());
+    if (!isLeft) continue;
     without.kept.push_back(selection.kept[i]);
     without.views.push_back(std::move(view));
   }

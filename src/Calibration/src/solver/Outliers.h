@@ -7,11 +7,11 @@
 
 namespace velmora::solver {
 
-/// Distances between seen and projected points, pixels, of each point of each view.
-using Residuals = std::vector<std::vector<double>>;
+/// Distances between observed and projected points, pixels: of each view, of each camera, of each point.
+using Residuals = std::vector<std::vector<std::vector<double>>>;
 
-/// Of points in front of the camera; infinite for others.
-Residuals ResidualsOf(const std::vector<View>& views, const Estimate& estimate);
+/// Of the views' poses. Infinite for points that are not in front of the camera.
+Residuals ResidualsOf(const std::vector<TargetView>& views, const Rig& rig);
 
 /// The standard deviation of a coordinate that the median distance speaks of: outliers hardly move it.
 double DeviationOf(const Residuals& residuals);
@@ -21,8 +21,9 @@ bool IsOutlier(double residual, double deviation);
 
 double RootMeanSquare(const std::vector<double>& values);
 
-/// Leaves points out that are beyond 4.5 standard deviations, and views of which less than the share `least`
-/// is left, or points that no longer span the target. `residuals` are those of the selection's views.
+/// Leaves points out that are beyond 4.5 standard deviations, and a camera's image of a view when less than
+/// the share `least` of it is left, or points that no longer span the target; a view of which no image is
+/// left goes whole. `residuals` are those of the selection's views.
 Selection WithoutOutliers(const Selection& selection, const Residuals& residuals, double deviation,
                           double least);
 

@@ -24,11 +24,11 @@ cv::Matx33d TurnY(double c, double s, double axis) {
 
 }  // namespace
 
-Projection::Projection(const Lens& lens) {
-  constants_.lens = lens;
+Projection::Projection(const Intrinsics& lens) {
+  constants_.intrinsics = lens;
   const double tauX = lens.values[TAU_X];
   const double tauY = lens.values[TAU_Y];
-  constants_.tilted = lens.free > TAU_X || tauX != 0.0 || tauY != 0.0;
+  constants_.tilted = lens.estimated > TAU_X || tauX != 0.0 || tauY != 0.0;
   const cv::Matx33d aboutX = TurnX(std::cos(tauX), std::sin(tauX), 1.0);
   const cv::Matx33d aboutY = TurnY(std::cos(tauY), std::sin(tauY), 1.0);
   const cv::Matx33d turn = aboutY * aboutX;
@@ -56,8 +56,8 @@ bool Projection::Differentiate(const cv::Vec3d& point, Coordinate& u, Coordinate
   const double nearness = 1.0 / point[2];
   const ProjectionFormulas<double> formulas(constants_);
   formulas.Differentiate(point[0] * nearness, point[1] * nearness, nearness, first, second);
-  u = {first.value, first.byLens, {first.byPoint[0], first.byPoint[1], first.byPoint[2]}};
-  v = {second.value, second.byLens, {second.byPoint[0], second.byPoint[1], second.byPoint[2]}};
+  u = {first.value, first.byIntrinsics, {first.byPoint[0], first.byPoint[1], first.byPoint[2]}};
+  v = {second.value, second.byIntrinsics, {second.byPoint[0], second.byPoint[1], second.byPoint[2]}};
   return std::isfinite(u.value) && std::isfinite(v.value);
 }
 

@@ -4,33 +4,14 @@
 #include <array>
 #include <opencv2/core.hpp>
 
-#include "model/LensModel.h"
+#include "model/Intrinsics.h"
 
 namespace velmora::solver {
-
-using velmora::CLASSIC_PARAMETERS;
-using velmora::FULL_PARAMETERS;
-using velmora::RATIONAL_PARAMETERS;
-
-constexpr int POSE_PARAMETERS = 6;
-
-/// fx, fy, cx, cy and the distortion coefficients in OpenCV's order: k1, k2, p1, p2, k3, k4, k5, k6, s1, s2,
-/// s3, s4, tauX, tauY. The first `free` are estimated, the others are zero.
-struct Lens {
-  std::array<double, FULL_PARAMETERS> values{};
-  int free = CLASSIC_PARAMETERS;
-};
-
-/// From the target's frame to the camera's: R x + t.
-struct Pose {
-  cv::Matx33d R = cv::Matx33d::eye();
-  cv::Vec3d t;
-};
 
 /// A pixel's coordinate with its derivatives by the lens' parameters and by the point in the camera's frame.
 struct Coordinate {
   double value = 0.0;
-  std::array<double, FULL_PARAMETERS> byLens{};
+  std::array<double, FULL_PARAMETERS> byIntrinsics{};
   cv::Vec3d byPoint;
 };
 
@@ -39,12 +20,12 @@ class Projection {
  public:
   /// What the formulas use of a lens: its parameters, and the tilt with its derivatives by both angles.
   struct Constants {
-    Lens lens;
+    Intrinsics intrinsics;
     bool tilted = false;
     cv::Matx33d tilt, tiltByX, tiltByY;
   };
 
-  explicit Projection(const Lens& lens);
+  explicit Projection(const Intrinsics& lens);
 
   const Constants& Numbers() const { return constants_; }
 

@@ -7,14 +7,12 @@
 
 namespace velmora::solver {
 
-enum Parameter { FX, FY, CX, CY, K1, K2, P1, P2, K3, K4, K5, K6, S1, S2, S3, S4, TAU_X, TAU_Y };
-
 /// A coordinate of one or several pixels (numbers of the kind T) with its derivatives by the lens' parameters
 /// and by the point in the camera's frame.
 template <typename T>
 struct CoordinateOf {
   T value{};
-  std::array<T, FULL_PARAMETERS> byLens{};
+  std::array<T, FULL_PARAMETERS> byIntrinsics{};
   std::array<T, 3> byPoint{};
 };
 
@@ -22,7 +20,7 @@ template <typename T>
 class ProjectionFormulas {
  public:
   explicit ProjectionFormulas(const Projection::Constants& constants)
-      : lens_(constants.lens), constants_(constants) {}
+      : lens_(constants.intrinsics), constants_(constants) {}
 
   /// Of the point (x, y, 1) * depth. Derivatives by parameters that are not free are not touched.
   void Differentiate(const T& x, const T& y, const T& nearness, CoordinateOf<T>& u,
@@ -35,7 +33,7 @@ class ProjectionFormulas {
     const Matrix byBent = {p[FX] * tilted.xx, p[FX] * tilted.xy, p[FY] * tilted.yx, p[FY] * tilted.yy};
     ByCamera(tilted, u, v);
     ByRadial(bent, byBent, u, v);
-    if (lens_.free > S1) ByPrismAndTilt(bent, tilted, byBent, u, v);
+    if (lens_.estimated > S1) ByPrismAndTilt(bent, tilted, byBent, u, v);
     ByPoint(bent, byBent, nearness, u, v);
   }
 
@@ -108,10 +106,10 @@ class ProjectionFormulas {
 
   static void ByCamera(const Tilted& tilted, CoordinateOf<T>& u, CoordinateOf<T>& v) {
     const T zero{};
-    u.byLens[FX] = tilted.x;
-    v.byLens[FY] = tilted.y;
-    u.byLens[FY] = v.byLens[FX] = u.byLens[CY] = v.byLens[CX] = zero;
-    u.byLens[CX] = v.byLens[CY] = zero + 1.0;
+    u.byIntrinsics[FX] = tilted.x;
+    v.byIntrinsics[FY] = tilted.y;
+    u.byIntrinsics[FY] = v.byIntrinsics[FX] = u.byIntrinsics[CY] = v.byIntrinsics[CX] = zero;
+    u.byIntrinsics[CX] = v.byIntrinsics[CY] = zero + 1.0;
   }
 
   void ByRadial(const Bent& bent, const Matrix& byBent, CoordinateOf<T>& u, CoordinateOf<T>& v) const {
@@ -119,14 +117,14 @@ class ProjectionFormulas {
     const T& y = bent.y0;
     const T& r2 = bent.r2;
     const auto along = [&](Parameter parameter, const T& dx, const T& dy) {
-      u.byLens[parameter] = byBent.xx * dx + byBent.xy * dy;
-      v.byLens[parameter] = byBent.yx * dx + byBent.yy * dy;
+      u.byIntrinsics[parameter] = byBent.xx * dx + byBent.xy * dy;
+      v.byIntrinsics[parameter] = byBent.yx * dx + byBent.yy * dy;
     };
     // Each power is the one before times the squared radius; the denominator's are those of the numerator
     // times the fraction.
     const auto power = [&](Parameter parameter, Parameter before) {
-      u.byLens[parameter] = r2 * u.byLens[before];
-      v.byLens[parameter] = r2 * v.byLens[before];
+      u.byIntrinsics[parameter] = r2 * u.byIntrinsics[before];
+      v.byIntrinsics[parameter] = r2 * v.byIntrinsics[before];
     };
     const T first = r2 * bent.inverse;
     along(K1, x * first, y * first);
@@ -135,9 +133,9 @@ class ProjectionFormulas {
     const T xy = 2.0 * x * y;
     along(P1, xy, r2 + 2.0 * y * y);
     along(P2, r2 + 2.0 * x * x, xy);
-    if (lens_.free <= K4) return;
-    u.byLens[K4] = -bent.fraction * u.byLens[K1];
-    v.byLens[K4] = -bent.fraction * v.byLens[K1];
+    if (lens_.estimated <= K4) return;
+    u.byIntrinsics[K4] = -bent.fraction * u.byIntrinsics[K1];
+    v.byIntrinsics[K4] = -bent.fraction * v.byIntrinsics[K1];
     power(K5, K4);
     power(K6, K5);
   }
@@ -145,19 +143,19 @@ class ProjectionFormulas {
   void ByPrismAndTilt(const Bent& bent, const Tilted& tilted, const Matrix& byBent, CoordinateOf<T>& u,
                       CoordinateOf<T>& v) const {
     const T& r2 = bent.r2;
-    u.byLens[S1] = byBent.xx * r2;
-    v.byLens[S1] = byBent.yx * r2;
-    u.byLens[S3] = byBent.xy * r2;
-    v.byLens[S3] = byBent.yy * r2;
+    u.byIntrinsics[S1] = byBent.xx * r2;
+    v.byIntrinsics[S1] = byBent.yx * r2;
+    u.byIntrinsics[S3] = byBent.xy * r2;
+    v.byIntrinsics[S3] = byBent.yy * r2;
     for (const Parameter first : {S1, S3}) {
-      u.byLens[first + 1] = u.byLens[first] * r2;
-      v.byLens[first + 1] = v.byLens[first] * r2;
+      u.byIntrinsics[first + 1] = u.byIntrinsics[first] * r2;
+      v.byIntrinsics[first + 1] = v.byIntrinsics[first] * r2;
     }
     const auto tilt = [&](Parameter parameter, const cv::Matx33d& by) {
       const auto change = [&](int i) { return by(i, 0) * bent.x + by(i, 1) * bent.y + by(i, 2); };
       const T depth = change(2);
-      u.byLens[parameter] = lens_.values[FX] * (change(0) - tilted.x * depth) * tilted.nearness;
-      v.byLens[parameter] = lens_.values[FY] * (change(1) - tilted.y * depth) * tilted.nearness;
+      u.byIntrinsics[parameter] = lens_.values[FX] * (change(0) - tilted.x * depth) * tilted.nearness;
+      v.byIntrinsics[parameter] = lens_.values[FY] * (change(1) - tilted.y * depth) * tilted.nearness;
     };
     tilt(TAU_X, constants_.tiltByX);
     tilt(TAU_Y, constants_.tiltByY);
@@ -175,7 +173,7 @@ class ProjectionFormulas {
     row(byBent.yx, byBent.yy, v);
   }
 
-  const Lens& lens_;
+  const Intrinsics& lens_;
   const Projection::Constants& constants_;
 };
 

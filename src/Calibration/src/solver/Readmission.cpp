@@ -2,11 +2,12 @@
 #include "solver/Readmission.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "foundation/Median.h"
-#include "solver/KnownLens.h"
+#include "solver/BundleAdjustment.h"
+#include "solver/Initialisation.h"
 #include "solver/Outliers.h"
-#include "solver/Start.h"
 
 namespace velmora::solver {
 
@@ -17,33 +18,32 @@ namespace {
 constexpr double WIDTHS = 0.004;
 
 /// False when the view has no pose, or is too far off with the best one.
-bool Fits(const View& view, const Lens& lens, double limit, Pose& pose) {
+bool Fits(TargetView& view, const Camera& camera) {
+  const Observation& observation = view.observations.front();
   cv::Matx33d homography;
-  if (!HomographyOf(view, homography)) return false;
-  const Solution solution = SolvePoses({view}, {lens, {}, {StartPoseOf(view, lens)}});
+  if (!HomographyOf(observation, homography)) return false;
+  view.rigFromTarget = StartPoseOf(observation, camera.intrinsics);
+  const Rig rig{{camera}};
+  const Solution solution = SolvePoses(rig, {view});
   if (!solution.usable) return false;
-  pose = solution.estimate.poses.front();
-  return MedianOf(ResidualsOf({view}, solution.estimate).front()) <= limit;
+  view.rigFromTarget = solution.views.front().rigFromTarget;
+  return MedianOf(ResidualsOf(solution.views, rig).front().front()) <= WIDTHS * camera.imageSize.width;
 }
 
-void Insert(const View& view, size_t number, const Pose& pose, Selection& selection, Estimate& estimate) {
+void Insert(const TargetView& view, size_t number, Selection& selection) {
   const auto place = std::lower_bound(selection.kept.begin(), selection.kept.end(), number);
-  const auto at = place - selection.kept.begin();
+  selection.views.insert(selection.views.begin() + (place - selection.kept.begin()), view);
   selection.kept.insert(place, number);
-  selection.views.insert(selection.views.begin() + at, view);
-  estimate.poses.insert(estimate.poses.begin() + at, pose);
 }
 
 }  // namespace
 
-bool Readmit(const std::vector<View>& views, const cv::Size& imageSize, Selection& selection,
-             Estimate& estimate) {
+bool Readmit(const std::vector<TargetView>& views, const Camera& camera, Selection& selection) {
   std::vector<Rejected> stillOut;
   for (const Rejected& rejected : selection.rejected) {
-    Pose pose;
-    const bool whole = rejected.point == Rejected::WHOLE_VIEW;
-    if (whole && Fits(views[rejected.view], estimate.lens, WIDTHS * imageSize.width, pose)) {
-      Insert(views[rejected.view], rejected.view, pose, selection, estimate);
+    TargetView view = views[rejected.view];
+    if (rejected.point == Rejected::WHOLE_VIEW && Fits(view, camera)) {
+      Insert(view, rejected.view, selection);
     } else {
       stillOut.push_back(rejected);
     }

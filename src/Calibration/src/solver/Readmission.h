@@ -7,9 +7,9 @@
 
 namespace velmora::solver {
 
-/// Adds to the selection the views among those that it left out whole which the estimate's lens shows about
-/// where they were seen, and to the estimate their poses. True when there are such views.
-bool Readmit(const std::vector<View>& views, const cv::Size& imageSize, Selection& selection,
-             Estimate& estimate);
+/// Of one camera: adds to the selection the views among those that it left out whole which the camera shows
+/// about where they were observed, with their poses. `selection.views` have the poses of the estimate. True
+/// when there are such views.
+bool Readmit(const std::vector<TargetView>& views, const Camera& camera, Selection& selection);
 
 }  // namespace velmora::solver

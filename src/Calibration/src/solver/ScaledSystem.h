@@ -1,50 +1,38 @@
-/// Solves equations of a lens or of a pair of cameras, whatever the scales of their parameters are.
+/// Solves symmetric positive definite systems, whatever the scales of their parameters are.
 #pragma once
 
-#include <array>
-#include <cmath>
-
-#include "solver/Cholesky.h"
-#include "solver/NormalEquations.h"
+#include <Eigen/Cholesky>
+#include <Eigen/Core>
 
 namespace velmora::solver {
 
-/// A symmetric positive definite matrix of at most MOST rows, decomposed after it was scaled to a diagonal of
-/// ones.
-template <int MOST>
-class ScaledSystemOf {
+/// A Cholesky decomposition; false where nothing is left of a pivot but rounding, so that the matrix is not
+/// positive definite or nearly singular. The lower triangle is read.
+template <typename Matrix>
+bool Decompose(const Matrix& matrix, Eigen::LLT<Matrix>& cholesky) {
+  constexpr double SINGULAR = 1e-15;
+  cholesky.compute(matrix);
+  if (cholesky.info() != Eigen::Success) return false;
+  const auto& factor = cholesky.matrixLLT();
+  for (Eigen::Index i = 0; i < matrix.rows(); ++i) {
+    if (!(factor(i, i) * factor(i, i) > SINGULAR * matrix(i, i))) return false;
+  }
+  return true;
+}
+
+/// A symmetric positive definite matrix, decomposed after it was scaled to a diagonal of ones: the sizes of
+/// parameters lie many orders of magnitude apart.
+class ScaledSystem {
  public:
-  using Matrix = std::array<double, static_cast<size_t>(MOST) * MOST>;
-  using Vector = std::array<double, MOST>;
+  /// False when the matrix is not positive definite.
+  bool Decompose(const Eigen::MatrixXd& matrix);
 
-  /// Of the first `free` rows. False when the matrix is not positive definite.
-  bool Decompose(Matrix matrix, int free) {
-    for (int i = 0; i < free; ++i) {
-      const double own = matrix[static_cast<size_t>(i * MOST + i)];
-      if (!(own > 0.0)) return false;
-      scale_[static_cast<size_t>(i)] = 1.0 / std::sqrt(own);
-    }
-    for (int i = 0; i < free; ++i) {
-      for (int j = 0; j < free; ++j) {
-        matrix[static_cast<size_t>(i * MOST + j)] *=
-            scale_[static_cast<size_t>(i)] * scale_[static_cast<size_t>(j)];
-      }
-    }
-    return cholesky_.Decompose(matrix.data(), MOST, free);
-  }
-
-  void Solve(Vector& x) const {
-    for (size_t i = 0; i < x.size(); ++i) x[i] *= scale_[i];
-    cholesky_.Solve(x.data());
-    for (size_t i = 0; i < x.size(); ++i) x[i] *= scale_[i];
-  }
+  /// The inverse of the matrix times these columns.
+  Eigen::MatrixXd Solve(const Eigen::MatrixXd& right) const;
 
  private:
-  Cholesky<MOST> cholesky_;
-  Vector scale_{};
+  Eigen::VectorXd scale_;
+  Eigen::LLT<Eigen::MatrixXd> cholesky_;
 };
-
-using ScaledSystem = ScaledSystemOf<FULL_PARAMETERS>;
-using LensMatrix = ScaledSystem::Matrix;
 
 }  // namespace velmora::solver

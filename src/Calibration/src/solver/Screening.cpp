@@ -6,7 +6,7 @@
 
 #include "foundation/Median.h"
 #include "solver/Division.h"
-#include "solver/Start.h"
+#include "solver/Initialisation.h"
 
 namespace velmora::solver {
 
@@ -16,11 +16,11 @@ constexpr double FACTOR = 8.0;  // beyond the median
 /// What distortion leaves beside the shared one bends the grid by less than this share of the image's width.
 constexpr double WIDTHS = 0.008;
 
-std::vector<double> ResidualsOf(const std::vector<View>& views,
-                                const std::function<double(const View&)>& residualOf) {
+std::vector<double> ResidualsOf(const std::vector<TargetView>& views,
+                                const std::function<double(const Observation&)>& residualOf) {
   std::vector<double> residuals;
   residuals.reserve(views.size());
-  for (const View& view : views) residuals.push_back(residualOf(view));
+  for (const TargetView& view : views) residuals.push_back(residualOf(view.observations.front()));
   return residuals;
 }
 
@@ -34,15 +34,18 @@ bool AreAllWithin(const std::vector<double>& residuals, double limit) {
 
 }  // namespace
 
-Selection Screened(const std::vector<View>& views, const cv::Size& imageSize) {
+Selection Screened(const std::vector<TargetView>& views, const cv::Size& imageSize) {
   std::vector<double> residuals =
-      ResidualsOf(views, [](const View& view) { return HomographyResidual(view); });
+      ResidualsOf(views, [](const Observation& view) { return HomographyResidual(view); });
   double limit = LimitFor(residuals, imageSize);
   if (AreAllWithin(residuals, limit)) return AllOf(views);
   // Views that fill the image of a wide lens are as far from a homography as wrong ones. Looking for the
   // distortion takes longer than a computation: only where there is something to tell apart.
-  const Division division = BestDivision(views, imageSize, WIDTHS * imageSize.width);
-  residuals = ResidualsOf(views, [&](const View& view) { return HomographyResidual(view, division); });
+  std::vector<Observation> observations;
+  observations.reserve(views.size());
+  for (const TargetView& view : views) observations.push_back(view.observations.front());
+  const Division division = BestDivision(observations, imageSize, WIDTHS * imageSize.width);
+  residuals = ResidualsOf(views, [&](const Observation& view) { return HomographyResidual(view, division); });
   limit = LimitFor(residuals, imageSize);
   Selection selection;
   for (size_t i = 0; i < views.size(); ++i) {
@@ -51,7 +54,7 @@ Selection Screened(const std::vector<View>& views, const cv::Size& imageSize) {
       selection.views.push_back(views[i]);
     } else {
       selection.rejected.push_back({i, Rejected::WHOLE_VIEW, residuals[i],
-                                    "not the picture of a plane grid: wrong order or another pattern"});
+                                    "not the picture of a plane grid: wrong order or another pattern", 0});
     }
   }
   if (AreEnough(selection.kept.size(), views.size())) return selection;

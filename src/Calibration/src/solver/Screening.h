@@ -1,4 +1,4 @@
-/// Finds the views that are no picture of a plane target, before anything is known of the camera.
+/// Finds the views of one camera that are no image of a plane target, before anything is known of the camera.
 #pragma once
 
 #include <vector>
@@ -7,8 +7,8 @@
 
 namespace velmora::solver {
 
-/// The views whose points are near those of a homography, once the distortion that all views share is taken
-/// off: others are in a wrong order or no grid at all. Where too few are, all views are kept.
-Selection Screened(const std::vector<View>& views, const cv::Size& imageSize);
+/// Of one camera: the views whose points are near those of a homography, once the distortion that all views
+/// share is taken off: others are in a wrong order or no grid at all. Where too few are, all views are kept.
+Selection Screened(const std::vector<TargetView>& views, const cv::Size& imageSize);
 
 }  // namespace velmora::solver

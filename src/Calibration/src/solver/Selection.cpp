@@ -1,11 +1,11 @@
-/// Which views and points a camera is computed from, and what was left out.
+/// Which views and points a rig is computed from, and what was left out.
 #include "solver/Selection.h"
 
 #include <numeric>
 
 namespace velmora::solver {
 
-Selection AllOf(const std::vector<View>& views) {
+Selection AllOf(const std::vector<TargetView>& views) {
   Selection all;
   all.views = views;
   all.kept.resize(views.size());

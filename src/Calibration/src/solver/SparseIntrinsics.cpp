@@ -6,7 +6,8 @@
 #include <thread>
 
 #include "model/LensModel.h"
-#include "solver/SelectedViews.h"
+#include "solver/CameraCalibration.h"
+#include "solver/OpenCvMatrices.h"
 
 namespace velmora {
 
@@ -20,47 +21,37 @@ int ThreadsFor(size_t views) {
                                : static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1U, MOST));
 }
 
-double PointsOf(const solver::Target& target) {
-  double points = 0.0;
-  for (const solver::View& view : target.views) points += static_cast<double>(view.object.size());
-  return points;
-}
-
 class Computation {
  public:
   Computation(const solver::Target& target, const cv::Size& imageSize, int model,
               const SparseOptions& options)
-      : target_(target), options_(options) {
-    stages_.free = velmora::LensModelOf(model).parameters;
-    stages_.imageSize = imageSize;
-    stages_.threads = options.threads > 0 ? options.threads : ThreadsFor(target.views.size());
-    stages_.progress = [this, points = PointsOf(target)](int iteration, double squares) {
-      givenUp_ =
-          givenUp_ || (options_.progress && !options_.progress(iteration, std::sqrt(squares / points)));
+      : target_(target), imageSize_(imageSize), options_(options) {
+    bundle_.parameters = LensModelOf(model).parameters;
+    bundle_.threads = options.threads > 0 ? options.threads : ThreadsFor(target.views.size());
+    bundle_.discRadius = options.discRadius;
+    bundle_.progress = [this, points = CountOf(target.views)](int iteration, double cost) {
+      givenUp_ = givenUp_ || (options_.progress && !options_.progress(iteration, std::sqrt(cost / points)));
       return !givenUp_;
     };
   }
 
   SparseResult Run() {
-    solver::Selection selection =
-        solver::SelectedFrom(target_.views, stages_, {options_.robust, options_.discRadius});
-    const solver::Solved solved = solver::SolveSelected(selection, stages_, options_.discRadius);
+    const Solution solution = solver::CalibrateCamera(target_.views, imageSize_, options_.robust, bundle_);
     if (givenUp_) CV_Error(cv::Error::StsError, "The computation was given up.");
-    if (!solved.staged.solution.usable) {
-      CV_Error(cv::Error::StsNoConv, "The views do not agree with any camera.");
-    }
+    if (!solution.usable) CV_Error(cv::Error::StsNoConv, "The views do not agree with any camera.");
     SparseResult result;
-    static_cast<IntrinsicsResult&>(result) = solver::MatricesOf(solved, target_);
-    result.rejected = std::move(selection.rejected);
-    result.robust = options_.robust;
-    result.tooFewAgree = selection.tooFewAgree;
+    static_cast<IntrinsicsResult&>(result) = solver::MatricesOf(solution, target_);
+    result.rejected = solution.rejected;
+    result.robust = solution.robust;
+    result.tooFewAgree = solution.tooFewAgree;
     return result;
   }
 
  private:
   const solver::Target& target_;
+  const cv::Size imageSize_;
   const SparseOptions& options_;
-  solver::StageOptions stages_;
+  solver::BundleOptions bundle_;
   bool givenUp_ = false;
 };
 

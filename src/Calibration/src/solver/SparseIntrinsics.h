@@ -5,8 +5,8 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
+#include "model/Solution.h"
 #include "solver/OpenCvIntrinsics.h"
-#include "solver/Selection.h"
 
 namespace velmora {
 
@@ -22,8 +22,8 @@ struct SparseOptions {
 };
 
 struct SparseResult : IntrinsicsResult {
-  std::vector<solver::Rejected> rejected;  ///< what was left out, by the numbers of views and points
-  bool robust = false;                     ///< whether what disagrees was to be left out
+  std::vector<Rejected> rejected;  ///< what was left out, by the numbers of views and points
+  bool robust = false;             ///< whether what disagrees was to be left out
   /// So few views agree with each other that none of the others could be called wrong.
   bool tooFewAgree = false;
 };

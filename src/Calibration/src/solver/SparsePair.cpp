@@ -1,106 +1,78 @@
-/// Computes both lenses of a pair of cameras and how these stand to each other from the same views.
+/// Computes how the right camera of a pair stands to the left one, in milliseconds.
 #include "solver/SparsePair.h"
 
-#include <algorithm>
 #include <cmath>
-#include <functional>
-#include <utility>
 
-#include "model/LensModel.h"
-#include "solver/LensStages.h"
-
-namespace velmora::solver {
-
-namespace {
-
-constexpr int FIRST_OF_DENOMINATOR = 9;
-constexpr int LAST_OF_DENOMINATOR = 11;
-
-void Strengthen(Prior& prior) {
-  for (int i = FIRST_OF_DENOMINATOR; i <= LAST_OF_DENOMINATOR; ++i) prior[static_cast<size_t>(i)] *= 3.0;
-}
-
-/// Coefficients that are held count as they are.
-PairEstimate WithFree(PairEstimate estimate, int free) {
-  estimate.left.free = free;
-  estimate.right.free = free;
-  return estimate;
-}
-
-double VarianceOf(const PairSolution& solution, const PairTarget& target) {
-  return NoiseVariance(solution, target.left.views, LayoutOf(solution.estimate).Shared());
-}
-
-}  // namespace
-
-void SetWeakPriors(const PairTarget& target, const PairEstimate& estimate, double variance,
-                   PairOptions& options) {
-  const auto priorOf = [&](const Target& seen, const Estimate& alone) {
-    return alone.lens.free > CLASSIC_PARAMETERS ? WeakPrior(seen.views, alone, variance) : Prior{};
-  };
-  options.leftPrior = priorOf(target.left, LeftOf(estimate));
-  options.rightPrior = priorOf(target.right, RightOf(estimate));
-}
-
-RefinedPair RefinePair(const PairTarget& target, PairEstimate start, int free, const cv::Size& imageSize,
-                       const PairOptions& options) {
-  RefinedPair refined{{}, options};
-  const auto solve = [&](const PairEstimate& from) {
-    refined.solution = MinimisePair(target.left.views, target.right.views, from, refined.options);
-  };
-  start = WithFree(std::move(start), free);
-  if (free == CLASSIC_PARAMETERS) {
-    refined.options.precision = 1e-11;  // as for one camera: there is no flat valley
-    solve(start);
-    return refined;
-  }
-  refined.options.firstDamping = 1e-6;
-  double variance = VarianceOf(EvaluatedAt(target.left.views, target.right.views, start, options), target);
-  SetWeakPriors(target, start, variance, refined.options);
-  solve(start);
-  // The lenses may have been far off: again with the noise as it is now known.
-  for (double known = VarianceOf(refined.solution, target); known < 0.5 * variance;
-       known = VarianceOf(refined.solution, target)) {
-    variance = known;
-    SetWeakPriors(target, refined.solution.estimate, variance, refined.options);
-    solve(refined.solution.estimate);
-  }
-  for (int i = 0; i < 25 && refined.solution.usable; ++i) {
-    const bool left = IsFreeOfPoles(refined.solution.estimate.left, imageSize);
-    const bool right = IsFreeOfPoles(refined.solution.estimate.right, imageSize);
-    if (left && right) break;
-    if (!left) Strengthen(refined.options.leftPrior);
-    if (!right) Strengthen(refined.options.rightPrior);
-    solve(start);
-  }
-  return refined;
-}
-
-}  // namespace velmora::solver
+#include "solver/CameraCalibration.h"
+#include "solver/OpenCvMatrices.h"
+#include "solver/RigStart.h"
 
 namespace velmora {
 
 namespace {
 
-/// In the form of result files: larger models' coefficients are zeros where there are none.
-void CopyLens(const solver::Lens& lens, cv::Mat& K, cv::Mat& D) {
-  const auto& p = lens.values;
-  K = (cv::Mat_<double>(3, 3) << p[0], 0.0, p[2], 0.0, p[1], p[3], 0.0, 0.0, 1.0);
-  D = cv::Mat(1, solver::FULL_PARAMETERS - 4, CV_64F);
-  std::copy(p.begin() + 4, p.end(), D.begin<double>());
-}
+class PairComputation {
+ public:
+  PairComputation(const solver::Target& target, const SparsePairOptions& options)
+      : target_(target), options_(options) {
+    bundle_.threads = options.threads;
+    bundle_.progress = [this, points = CountOf(target.views)](int iteration, double cost) {
+      givenUp_ = givenUp_ || (options_.progress && !options_.progress(iteration, std::sqrt(cost / points)));
+      return !givenUp_;
+    };
+  }
 
-ExtrinsicsResult ResultOf(const solver::PairSolution& solution, double points) {
-  StereoIntrinsics lenses;
-  CopyLens(solution.estimate.left, lenses.K, lenses.D);
-  CopyLens(solution.estimate.right, lenses.KRight, lenses.DRight);
-  ExtrinsicsResult result = solver::PairMatricesOf(lenses, solution.estimate.relative);
-  result.refined = lenses;
-  result.rms = std::sqrt(solution.squares / points);
-  return result;
+  /// With intrinsics that stay as they are.
+  Solution Held(const StereoIntrinsics& intrinsics, int model, double discRadius) {
+    CalibrationProblem start = solver::StartOf(solver::KnownPair(intrinsics, model), target_.views);
+    start.estimated.intrinsics = false;
+    bundle_.discRadius = discRadius;
+    return Checked(solver::CalibrateRig(start, false, bundle_));
+  }
+
+  /// From a pair whose intrinsics were held.
+  Solution Refined(const Solution& held, const cv::Size& imageSize, int model) {
+    CalibrationProblem start{held.rig, target_.views, {}, {}};
+    for (size_t i = 0; i < start.views.size(); ++i)
+      start.views[i].rigFromTarget = held.views[i].rigFromTarget;
+    for (Camera& camera : start.rig.cameras) camera.imageSize = imageSize;
+    bundle_.discRadius = options_.discRadius;
+    bundle_.parameters = LensModelOf(model).parameters;
+    return Checked(solver::CalibrateRig(start, false, bundle_));
+  }
+
+ private:
+  Solution Checked(Solution solution) const {
+    if (givenUp_) CV_Error(cv::Error::StsError, "The computation was given up.");
+    if (!solution.usable) CV_Error(cv::Error::StsNoConv, "The views do not agree with any pair of cameras.");
+    return solution;
+  }
+
+  const solver::Target& target_;
+  const SparsePairOptions& options_;
+  solver::BundleOptions bundle_;
+  bool givenUp_ = false;
+};
+
+const RigidTransform& RightFromLeft(const Solution& solution) {
+  return solution.rig.cameras[1].cameraFromRig;
 }
 
 }  // namespace
+
+ExtrinsicsResult SolveExtrinsicsSparsely(const std::vector<std::vector<cv::Point3d>>& objectPoints,
+                                         const std::vector<std::vector<cv::Point2d>>& leftPoints,
+                                         const std::vector<std::vector<cv::Point2d>>& rightPoints,
+                                         const StereoIntrinsics& intrinsics, int model,
+                                         const SparsePairOptions& options) {
+  WarnOfIgnoredCoefficients(intrinsics, model);
+  const solver::Target target = solver::PairTargetOf(objectPoints, leftPoints, rightPoints);
+  PairComputation computation(target, options);
+  const Solution solution = computation.Held(intrinsics, model, options.discRadius);
+  ExtrinsicsResult result = solver::PairMatricesOf(intrinsics, RightFromLeft(solution));
+  result.rms = RmsOf(solution);
+  return result;
+}
 
 ExtrinsicsResult RefinePairSparsely(const std::vector<std::vector<cv::Point3d>>& objectPoints,
                                     const std::vector<std::vector<cv::Point2d>>& leftPoints,
@@ -108,36 +80,15 @@ ExtrinsicsResult RefinePairSparsely(const std::vector<std::vector<cv::Point3d>>&
                                     const StereoIntrinsics& intrinsics, const cv::Size& imageSize, int model,
                                     const SparsePairOptions& options) {
   WarnOfIgnoredCoefficients(intrinsics, model);
-  const solver::PairTarget target = solver::PairTargetOf(objectPoints, leftPoints, rightPoints);
-  // Not a copy: the one who is told counts.
-  std::function<bool(int, double)> progress;
-  if (options.progress) progress = std::cref(options.progress);
-  double points = 0.0;
-  for (const solver::View& view : target.left.views) points += 2.0 * static_cast<double>(view.object.size());
-  bool givenUp = false;
-  solver::PairOptions solve;
-  solve.threads = options.threads;
-  solve.progress = [&](int iteration, double squares) {
-    givenUp = givenUp || (options.progress && !options.progress(iteration, std::sqrt(squares / points)));
-    return !givenUp;
-  };
-  const solver::PairEstimate start =
-      SolveWithKnownLenses(target, solver::KnownLens(intrinsics.K, intrinsics.D, model),
-                           solver::KnownLens(intrinsics.KRight, intrinsics.DRight, model),
-                           {0.0, options.threads, progress})
-          .estimate;
-  const int free = velmora::LensModelOf(model).parameters;
-  solver::RefinedPair refined = RefinePair(target, start, free, imageSize, solve);
-  // Once brings most of it; wide lenses with distortion need it twice.
-  for (int i = 0; i < 2 && options.discRadius > 0.0 && refined.solution.usable && !givenUp; ++i) {
-    refined = RefinePair(WithoutDiscBias(target, refined.solution.estimate, options.discRadius),
-                         refined.solution.estimate, free, imageSize, solve);
-  }
-  if (givenUp) CV_Error(cv::Error::StsError, "The computation was given up.");
-  if (!refined.solution.usable) {
-    CV_Error(cv::Error::StsNoConv, "The views do not agree with any pair of cameras.");
-  }
-  return ResultOf(refined.solution, points);
+  const solver::Target target = solver::PairTargetOf(objectPoints, leftPoints, rightPoints);
+  PairComputation computation(target, options);
+  const Solution held = computation.Held(intrinsics, model, 0.0);  // refinement corrects pixels
+  const Solution solution = computation.Refined(held, imageSize, model);
+  const StereoIntrinsics refined = solver::PairIntrinsicsOf(solution.rig);
+  ExtrinsicsResult result = solver::PairMatricesOf(refined, RightFromLeft(solution));
+  result.refined = refined;
+  result.rms = RmsOf(solution);
+  return result;
 }
 
 }  // namespace velmora

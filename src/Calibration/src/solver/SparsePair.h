@@ -1,20 +1,36 @@
-/// Computes both lenses of a pair of cameras and how these stand to each other from the same views.
+/// Computes how the right camera of a pair stands to the left one, in milliseconds.
 #pragma once
 
+#include <functional>
 #include <opencv2/core.hpp>
 #include <vector>
 
+#include "model/Solution.h"
 #include "solver/OpenCvExtrinsics.h"
-#include "solver/PairMinimiser.h"
-#include "solver/SparseExtrinsics.h"
 
 namespace velmora {
 
-/// Starts from the pair with these lenses held, then moves them too, with all poses. Free are the
+struct SparsePairOptions {
+  double discRadius = 0.0;  ///< as in SparseOptions
+  int threads = 1;
+  /// Called after each iteration with its number and the RMS in pixels; false gives up.
+  std::function<bool(int iteration, double rms)> progress;
+};
+
+/// Like SolveExtrinsics, with the solver of this engine: the same minimum, of the same form. The target must
+/// be plane, with its points at z = 0. Raises cv::Exception for lists that do not match, for points that are
+/// not finite, and when the caller gives up.
+ExtrinsicsResult SolveExtrinsicsSparsely(const std::vector<std::vector<cv::Point3d>>& objectPoints,
+                                         const std::vector<std::vector<cv::Point2d>>& leftPoints,
+                                         const std::vector<std::vector<cv::Point2d>>& rightPoints,
+                                         const StereoIntrinsics& intrinsics, int model,
+                                         const SparsePairOptions& options = {});
+
+/// Starts from the pair with these intrinsics held, then moves them too, with all poses. Estimated are the
 /// coefficients of the model; of larger ones the rational model holds those that it has not, the classic
 /// model drops them (a warning says so). A weak prior keeps the larger models' coefficients small and their
-/// distortion without a pole within the image. The result has both lenses, with D of 1 x 14. Raises
-/// cv::Exception as SolveExtrinsicsSparsely does.
+/// distortion without a pole within the image. The result has both cameras' intrinsics, with D of 1 x 14.
+/// Raises cv::Exception as SolveExtrinsicsSparsely does.
 ExtrinsicsResult RefinePairSparsely(const std::vector<std::vector<cv::Point3d>>& objectPoints,
                                     const std::vector<std::vector<cv::Point2d>>& leftPoints,
                                     const std::vector<std::vector<cv::Point2d>>& rightPoints,
@@ -22,20 +38,3 @@ ExtrinsicsResult RefinePairSparsely(const std::vector<std::vector<cv::Point3d>>&
                                     const SparsePairOptions& options = {});
 
 }  // namespace velmora
-
-namespace velmora::solver {
-
-struct RefinedPair {
-  PairSolution solution;
-  PairOptions options;  ///< with the priors
-};
-
-/// Of a model with so many free parameters.
-RefinedPair RefinePair(const PairTarget& target, PairEstimate start, int free, const cv::Size& imageSize,
-                       const PairOptions& options);
-
-/// The weak priors of both lenses for the noise and the spread of these views; none for the classic model.
-void SetWeakPriors(const PairTarget& target, const PairEstimate& estimate, double variance,
-                   PairOptions& options);
-
-}  // namespace velmora::solver

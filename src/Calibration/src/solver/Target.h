@@ -4,21 +4,31 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-#include "solver/Problem.h"
+#include "model/Rig.h"
 
 namespace velmora::solver {
 
-/// Views with the target's frame moved to the middle of its points, where turns and shifts of a pose hardly
-/// depend on each other, and where that middle was.
+using ObjectPoints = std::vector<std::vector<cv::Point3d>>;  ///< of each view
+using ImagePoints = std::vector<std::vector<cv::Point2d>>;   ///< of each view of one camera
+
+/// Views, without poses yet, with the target's frame moved to the middle of its points, where rotations and
+/// translations of a pose hardly depend on each other, and where that middle was.
 struct Target {
-  std::vector<View> views;
+  std::vector<TargetView> views;
   std::vector<cv::Vec3d> middles;
 };
 
-/// Takes coordinates in single precision, as the other solver does: both are given the same numbers. Raises
-/// cv::Exception for lists that are empty or do not match, for points that are not finite, and for targets
+/// Takes coordinates in single precision, as OpenCV's solver does: both are given the same numbers. A camera
+/// that did not see a view has an empty list for it. Raises cv::Exception for lists that do not match, for
+/// views that no camera saw, for points that are not finite, and for targets with fewer than four points or
 /// with points off the plane z = 0.
-Target TargetOf(const std::vector<std::vector<cv::Point3d>>& objectPoints,
-                const std::vector<std::vector<cv::Point2d>>& imagePoints);
+Target TargetOf(const ObjectPoints& objectPoints, const std::vector<ImagePoints>& cameras);
+
+/// Of one camera, which saw every view.
+Target TargetOf(const ObjectPoints& objectPoints, const ImagePoints& imagePoints);
+
+/// Of a pair that saw every view. Image points beyond the number of object points are left out.
+Target PairTargetOf(const ObjectPoints& objectPoints, const ImagePoints& leftPoints,
+                    const ImagePoints& rightPoints);
 
 }  // namespace velmora::solver

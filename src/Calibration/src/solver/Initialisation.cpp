@@ -1,8 +1,12 @@
-/// Where the search for a camera begins.
-#include "solver/Start.h"
+/// Where a computation begins.
+#include "solver/Initialisation.h"
 
+#include <Eigen/Eigenvalues>
+#include <Eigen/SVD>
 #include <cmath>
 #include <limits>
+#include <opencv2/calib3d.hpp>
+#include <utility>
 
 namespace velmora::solver {
 
@@ -66,7 +70,7 @@ cv::Vec2d FocalLengths(const std::vector<cv::Matx33d>& homographies, const cv::V
 }
 
 /// The turn nearest to the homography's axes, and the shift.
-Pose PoseOf(const cv::Matx33d& homography, const Lens& lens) {
+RigidTransform PoseOf(const cv::Matx33d& homography, const Intrinsics& lens) {
   const cv::Matx33d inverse(1.0 / lens.values[0], 0.0, -lens.values[2] / lens.values[0], 0.0,
                             1.0 / lens.values[1], -lens.values[3] / lens.values[1], 0.0, 0.0, 1.0);
   cv::Matx33d axes = inverse * homography;
@@ -76,75 +80,81 @@ Pose PoseOf(const cv::Matx33d& homography, const Lens& lens) {
   const cv::Vec3d a = Column(axes, 0);
   const cv::Vec3d b = Column(axes, 1);
   const cv::Vec3d c = a.cross(b);
-  const cv::Matx33d turn(a[0], b[0], c[0], a[1], b[1], c[1], a[2], b[2], c[2]);
-  cv::Matx31d w;
-  cv::Matx33d u;
-  cv::Matx33d vt;
-  cv::SVD::compute(turn, w, u, vt);
-  return {u * vt, Column(axes, 2)};
+  Eigen::Matrix3d turn;
+  turn << a[0], b[0], c[0], a[1], b[1], c[1], a[2], b[2], c[2];
+  const Eigen::JacobiSVD<Eigen::Matrix3d> svd(turn, Eigen::ComputeFullU | Eigen::ComputeFullV);
+  const Eigen::Matrix<double, 3, 3, Eigen::RowMajor> nearest = svd.matrixU() * svd.matrixV().transpose();
+  return {cv::Matx33d(nearest.data()), Column(axes, 2)};
 }
 
-cv::Matx33d RequiredHomography(const View& view) {
+cv::Matx33d RequiredHomography(const Observation& observation) {
   cv::Matx33d homography;
-  CV_Assert(HomographyOf(view, homography));
+  CV_Assert(HomographyOf(observation, homography));
   return homography;
 }
 
 }  // namespace
 
-bool HomographyOf(const View& view, cv::Matx33d& homography) {
-  if (view.object.size() < 4) return false;
-  const cv::Matx33d from = NormaliserOf(view.object);
-  const cv::Matx33d to = NormaliserOf(view.image);
-  cv::Matx<double, 9, 9> products = cv::Matx<double, 9, 9>::zeros();
-  for (size_t k = 0; k < view.object.size(); ++k) {
-    const cv::Vec3d p = from * cv::Vec3d(view.object[k].x, view.object[k].y, 1.0);
-    const cv::Vec3d q = to * cv::Vec3d(view.image[k].x, view.image[k].y, 1.0);
-    const double rows[2][9] = {{p[0], p[1], 1, 0, 0, 0, -q[0] * p[0], -q[0] * p[1], -q[0]},
-                               {0, 0, 0, p[0], p[1], 1, -q[1] * p[0], -q[1] * p[1], -q[1]}};
-    for (const auto& row : rows) {
-      for (int i = 0; i < 9; ++i) {
-        for (int j = 0; j < 9; ++j) products(i, j) += row[i] * row[j];
-      }
-    }
+bool HomographyOf(const Observation& observation, cv::Matx33d& homography) {
+  if (observation.object.size() < 4) return false;
+  const cv::Matx33d from = NormaliserOf(observation.object);
+  const cv::Matx33d to = NormaliserOf(observation.image);
+  Eigen::Matrix<double, 9, 9> products = Eigen::Matrix<double, 9, 9>::Zero();
+  for (size_t k = 0; k < observation.object.size(); ++k) {
+    const cv::Vec3d p = from * cv::Vec3d(observation.object[k].x, observation.object[k].y, 1.0);
+    const cv::Vec3d q = to * cv::Vec3d(observation.image[k].x, observation.image[k].y, 1.0);
+    Eigen::Matrix<double, 2, 9> rows;
+    rows << p[0], p[1], 1, 0, 0, 0, -q[0] * p[0], -q[0] * p[1], -q[0],  //
+        0, 0, 0, p[0], p[1], 1, -q[1] * p[0], -q[1] * p[1], -q[1];
+    products.noalias() += rows.transpose() * rows;
   }
-  if (!std::isfinite(cv::norm(products))) return false;
-  cv::Mat values;
-  cv::Mat vectors;
-  cv::eigen(products, values, vectors);
-  const double* least = vectors.ptr<double>(8);
-  homography = to.inv() * cv::Matx33d(least) * from;
+  if (!products.allFinite()) return false;
+  const Eigen::SelfAdjointEigenSolver<Eigen::Matrix<double, 9, 9>> eigen(products);  // from the least on
+  const Eigen::Matrix<double, 9, 1> least = eigen.eigenvectors().col(0);
+  homography = to.inv() * cv::Matx33d(least.data()) * from;
   // A second direction without residual: the points are on a line.
-  return values.at<double>(7) > 1e-12 * values.at<double>(0) && std::isfinite(cv::norm(homography));
+  return eigen.eigenvalues()(1) > 1e-12 * eigen.eigenvalues()(8) && std::isfinite(cv::norm(homography));
 }
 
-double HomographyResidual(const View& view) {
+double HomographyResidual(const Observation& observation) {
   cv::Matx33d homography;
-  if (!HomographyOf(view, homography)) return std::numeric_limits<double>::infinity();
+  if (!HomographyOf(observation, homography)) return std::numeric_limits<double>::infinity();
   double squares = 0.0;
-  for (size_t k = 0; k < view.object.size(); ++k) {
-    const cv::Vec3d at = homography * cv::Vec3d(view.object[k].x, view.object[k].y, 1.0);
-    const cv::Point2d away(at[0] / at[2] - view.image[k].x, at[1] / at[2] - view.image[k].y);
+  for (size_t k = 0; k < observation.object.size(); ++k) {
+    const cv::Vec3d at = homography * cv::Vec3d(observation.object[k].x, observation.object[k].y, 1.0);
+    const cv::Point2d away(at[0] / at[2] - observation.image[k].x, at[1] / at[2] - observation.image[k].y);
     squares += away.dot(away);
   }
-  const double residual = std::sqrt(squares / static_cast<double>(view.object.size()));
+  const double residual = std::sqrt(squares / static_cast<double>(observation.object.size()));
   return std::isfinite(residual) ? residual : std::numeric_limits<double>::infinity();
 }
 
-Estimate StartOf(const std::vector<View>& views, const cv::Size& imageSize) {
+CalibrationProblem StartOf(std::vector<TargetView> views, const cv::Size& imageSize) {
   std::vector<cv::Matx33d> homographies;
   homographies.reserve(views.size());
-  for (const View& view : views) homographies.push_back(RequiredHomography(view));
+  for (const TargetView& view : views) homographies.push_back(RequiredHomography(view.observations.front()));
   const cv::Vec2d middle(0.5 * (imageSize.width - 1), 0.5 * (imageSize.height - 1));
   const cv::Vec2d focal = FocalLengths(homographies, middle, imageSize.width);
-  Estimate start;
-  start.lens.values = {focal[0], focal[1], middle[0], middle[1]};
-  for (const cv::Matx33d& homography : homographies) start.poses.push_back(PoseOf(homography, start.lens));
-  return start;
+  Camera camera;
+  camera.imageSize = imageSize;
+  camera.intrinsics.values = {focal[0], focal[1], middle[0], middle[1]};
+  for (size_t i = 0; i < views.size(); ++i) views[i].rigFromTarget = PoseOf(homographies[i], camera.intrinsics);
+  return {{{camera}}, std::move(views), {}, {}};
 }
 
-Pose StartPoseOf(const View& view, const Lens& lens) {
-  return PoseOf(RequiredHomography(view), lens);
+RigidTransform StartPoseOf(const Observation& observation, const Intrinsics& intrinsics) {
+  return PoseOf(RequiredHomography(observation), intrinsics);
+}
+
+RigidTransform KnownPoseOf(const Observation& observation, const Intrinsics& intrinsics) {
+  const auto& p = intrinsics.values;
+  const cv::Matx33d K(p[FX], 0.0, p[CX], 0.0, p[FY], p[CY], 0.0, 0.0, 1.0);
+  const std::vector<double> D(p.begin() + K1, p.end());
+  cv::Vec3d rotation;
+  RigidTransform pose;
+  CV_Assert(cv::solvePnP(observation.object, observation.image, K, D, rotation, pose.t));
+  pose.R = RotationOf(rotation);
+  return pose;
 }
 
 }  // namespace velmora::solver

@@ -1,0 +1,23 @@
+/// The intrinsics of a camera: what its lens makes of a ray.
+#pragma once
+
+#include <array>
+
+#include "model/LensModel.h"
+
+namespace velmora {
+
+/// Where each parameter stands among a camera's intrinsics.
+enum Parameter { FX, FY, CX, CY, K1, K2, P1, P2, K3, K4, K5, K6, S1, S2, S3, S4, TAU_X, TAU_Y };
+
+/// fx, fy, cx, cy in pixels and the distortion coefficients in OpenCV's order. Those beyond the first
+/// `estimated` are not a computation's to change: they are zero, or known.
+struct Intrinsics {
+  std::array<double, FULL_PARAMETERS> values{};
+  int estimated = CLASSIC_PARAMETERS;
+};
+
+/// Pulls each of a camera's parameters toward zero: by its square times this, in squared pixels.
+using Prior = std::array<double, FULL_PARAMETERS>;
+
+}  // namespace velmora

@@ -1,0 +1,27 @@
+/// What a camera saw of the target.
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <vector>
+
+namespace velmora {
+
+/// One image of the target: points in the target's frame and the pixels where they were observed.
+struct Observation {
+  std::vector<cv::Point3d> object;
+  std::vector<cv::Point2d> image;
+  std::vector<double> weights;  ///< of the points' squared residuals; empty: all one
+
+  /// Whether the camera saw the target at all.
+  bool IsEmpty() const { return object.empty(); }
+
+  double Weight(size_t point) const { return weights.empty() ? 1.0 : weights[point]; }
+
+  /// How many points there are. A point without weight is none: it was left out.
+  double Count() const;
+};
+
+/// Of all of them together.
+double CountOf(const std::vector<Observation>& observations);
+
+}  // namespace velmora

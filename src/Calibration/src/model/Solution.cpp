@@ -1,0 +1,44 @@
+/// What a computation was given, and what came out of it.
+#include "model/Solution.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace velmora {
+
+Layout LayoutOf(const Rig& rig, const Estimated& estimated) {
+  Layout layout;
+  for (const Camera& camera : rig.cameras) {
+    Layout::Place place;
+    place.intrinsics = layout.shared;
+    place.count = estimated.intrinsics ? camera.intrinsics.estimated : 0;
+    layout.shared += place.count;
+    layout.cameras.push_back(place);
+  }
+  for (size_t i = 1; i < layout.cameras.size() && estimated.cameraPoses; ++i) {
+    layout.cameras[i].pose = layout.shared;
+    layout.shared += POSE_PARAMETERS;
+  }
+  return layout;
+}
+
+double CountOf(const std::vector<TargetView>& views) {
+  double count = 0.0;
+  for (const TargetView& view : views) count += CountOf(view.observations);
+  return count;
+}
+
+double RmsOf(const Solution& solution) {
+  return std::sqrt(solution.cost / CountOf(solution.views));
+}
+
+double NoiseVariance(const Solution& solution) {
+  return NoiseVariance(solution.cost, solution.views, LayoutOf(solution.rig, solution.estimated).shared);
+}
+
+double NoiseVariance(double cost, const std::vector<TargetView>& views, int shared) {
+  const double unknowns = shared + POSE_PARAMETERS * static_cast<double>(views.size());
+  return cost / std::max(2.0 * CountOf(views) - unknowns, 1.0);
+}
+
+}  // namespace velmora

@@ -1,0 +1,102 @@
+/// What a computation was given, and what came out of it.
+#pragma once
+
+#include <Eigen/Core>
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "model/Rig.h"
+
+namespace velmora {
+
+/// What a computation changes besides the poses of the target.
+struct Estimated {
+  bool intrinsics = true;
+  bool cameraPoses = true;  ///< of all cameras but the first
+};
+
+/// What a computation starts from.
+struct CalibrationProblem {
+  Rig rig;
+  std::vector<TargetView> views;
+  Estimated estimated;
+  std::vector<Prior> priors;  ///< one for each camera; none at all: no camera has one
+};
+
+/// Where the parameters that all views share stand: the intrinsics of all cameras, then the poses of all but
+/// the first.
+struct Layout {
+  static constexpr int FIXED = -1;
+
+  struct Place {
+    int intrinsics = 0;  ///< the first of them
+    int count = 0;       ///< of the intrinsics that are estimated
+    int pose = FIXED;    ///< the first of six
+  };
+
+  std::vector<Place> cameras;
+  int shared = 0;  ///< how many there are in all
+};
+
+Layout LayoutOf(const Rig& rig, const Estimated& estimated);
+
+/// One view's normal equations, by the view's own of the shared parameters and six of the target's pose:
+///
+///          own   pose
+///   own     A                 products, the Jacobian times itself: the lower triangle
+///   pose    B     P           gradient, the Jacobian times the residuals (projected minus observed)
+struct ViewEquations {
+  std::vector<int>
+      columns;  ///< which of the shared parameters are its own, rising: those of cameras that saw the target
+  Eigen::MatrixXd products;  ///< own + 6 rows and columns
+  Eigen::VectorXd gradient;
+  std::vector<double> costs;  ///< of each camera: the weighted sum of its squared residuals
+  double cost = 0.0;          ///< their sum
+  bool usable = false;        ///< every point is in front of its camera
+
+  Eigen::Index Own() const { return static_cast<Eigen::Index>(columns.size()); }
+};
+
+/// What was left out, and why.
+struct Rejected {
+  static constexpr int WHOLE_VIEW = -1;
+
+  size_t view = 0;
+  int point = WHOLE_VIEW;
+  double residual = 0.0;  ///< pixels; of a view the root of the mean square
+  std::string reason;
+  size_t camera = 0;
+};
+
+/// A rig and poses of the target at which the cost is least, with what led there. It is made once and not
+/// changed.
+struct Solution {
+  Rig rig;
+  std::vector<TargetView>
+      views;  ///< those that it is of, as they were used: pixels corrected, outliers weightless
+  Estimated estimated;
+  std::vector<Prior> priors;             ///< one for each camera
+  std::vector<ViewEquations> equations;  ///< of each view, at the solution
+  double cost = 0.0;                     ///< weighted sum of squared residuals, without the priors
+  double priorCost = 0.0;
+  int iterations = 0;
+  bool converged = false;
+  bool usable = false;  ///< false when the start was not: a point behind a camera
+
+  std::vector<size_t> kept;        ///< which of the views that were given these are
+  std::vector<Rejected> rejected;  ///< the others, and points
+  bool robust = false;             ///< whether what disagrees was to be left out
+  bool tooFewAgree = false;        ///< so few views agree that none of the others could be called wrong
+  double discRadius = 0.0;         ///< that pixels were corrected for; 0: they were taken as they are
+};
+
+/// The root of the mean squared residual of a point, pixels.
+double RmsOf(const Solution& solution);
+
+/// The variance of a coordinate's noise: the cost per degree of freedom, in squared pixels.
+double NoiseVariance(const Solution& solution);
+/// The same for a cost of these views, when so many shared parameters are estimated.
+double NoiseVariance(double cost, const std::vector<TargetView>& views, int shared);
+
+}  // namespace velmora

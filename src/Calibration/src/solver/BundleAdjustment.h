@@ -1,0 +1,45 @@
+/// Adjusts a rig of cameras and the poses of the target to what was observed.
+#pragma once
+
+#include <functional>
+#include <vector>
+
+#include "solver/LevenbergMarquardt.h"
+
+namespace velmora::solver {
+
+struct BundleOptions {
+  int parameters = CLASSIC_PARAMETERS;  ///< of the lens model asked for, of each camera
+  int threads = 1;
+  double discRadius = 0.0;  ///< 0: image points are images of centres; else centroids of discs of that radius
+  /// Called after each iteration with its number and the cost; false ends the computation there.
+  std::function<bool(int, double)> progress;
+};
+
+/// One lens model after the other, from the classic to the one asked for, each from where the smaller one
+/// ended. The larger models have a flat valley in which coefficients grow without an effect on the pixels: a
+/// weak prior on those beyond the classic ones keeps them out of it. That of the denominator is strengthened
+/// as far as it takes to have no pole of the distortion within the image.
+Solution SolveModels(const CalibrationProblem& start, const BundleOptions& options);
+
+/// The model asked for at once, from a start whose intrinsics are nearly right.
+Solution SolveModel(CalibrationProblem start, const BundleOptions& options);
+
+/// Improves a solution of the same views, with its priors, after weights or pixels changed.
+Solution SolveAgain(const Solution& earlier, std::vector<TargetView> views, const BundleOptions& options);
+
+/// Moves the poses of the target alone, before a rig that stays as it is.
+Solution SolvePoses(const Rig& rig, std::vector<TargetView> views);
+
+/// How a camera is calibrated: through the models, then, where the discs' radius is given, with pixels
+/// corrected for it.
+Solution Calibrate(const CalibrationProblem& start, const BundleOptions& options);
+
+/// How cameras whose intrinsics are known are adjusted: with `start.estimated` as it is, and corrected pixels
+/// where the discs' radius is given. Where intrinsics move, each correction is followed by new priors.
+Solution Adjust(const CalibrationProblem& start, const BundleOptions& options);
+
+/// The weak prior of each camera for the noise and the spread of these views; zeros for the classic model.
+std::vector<Prior> WeakPriors(const Rig& rig, const std::vector<TargetView>& views, double variance);
+
+}  // namespace velmora::solver

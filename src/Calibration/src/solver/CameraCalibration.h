@@ -1,0 +1,27 @@
+/// Calibrates cameras: from what was observed to a solution.
+#pragma once
+
+#include <vector>
+
+#include "solver/BundleAdjustment.h"
+#include "solver/Selection.h"
+
+namespace velmora::solver {
+
+/// The views and points to compute one camera from: all of them, or, `robust`, those that do not disagree.
+Selection SelectedFrom(const std::vector<TargetView>& views, const cv::Size& imageSize, bool robust,
+                       const BundleOptions& options);
+
+/// One camera of which nothing is known, from views without poses, of which it saw every one. The solution's
+/// views are those that were kept, with pixels corrected for the discs. Raises cv::Exception when an image's
+/// points determine no pose.
+Solution CalibrateCamera(const std::vector<TargetView>& views, const cv::Size& imageSize, bool robust,
+                         const BundleOptions& options);
+
+/// The same of what was selected before.
+Solution CalibrateCamera(const Selection& selection, const cv::Size& imageSize, const BundleOptions& options);
+
+/// Cameras whose intrinsics are known, or (`start.estimated`) nearly known.
+Solution CalibrateRig(const CalibrationProblem& start, bool robust, const BundleOptions& options);
+
+}  // namespace velmora::solver

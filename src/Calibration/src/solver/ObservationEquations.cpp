@@ -1,0 +1,161 @@
+/// The normal equations of what one camera saw in one view.
+#include "solver/ObservationEquations.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "solver/Lanes.h"
+#include "solver/ProjectionFormulas.h"
+
+namespace velmora::solver {
+
+namespace {
+
+/// The Jacobian of some of a view's points, with the residuals as its last column. Points are innermost: they
+/// are worked on several at once.
+template <size_t FREE>
+class Jacobian {
+ public:
+  static constexpr size_t COLUMNS = FREE + POSE_PARAMETERS + 1;
+  static constexpr size_t MOST_POINTS = 64;
+
+  Jacobian(const Observation& observation, const Projection& projection, const RigidTransform& pose)
+      : observation_(observation), formulas_(projection.Numbers()), pose_(pose) {}
+
+  /// Takes the points from `first` on, at most MOST_POINTS. False when one is not in front of the camera.
+  bool Fill(size_t first) {
+    const size_t end = std::min(first + MOST_POINTS, observation_.object.size());
+    rows_ = 0;
+    for (size_t k = first; k < end; k += LANES) {
+      if (!FillRows(k, end)) return false;
+    }
+    return true;
+  }
+
+  void AddProducts(ObservationEquations& equations) const {
+    for (size_t i = 0; i < COLUMNS; i += 2) {
+      for (size_t j = i - i % 4; j < COLUMNS; j += 4) {
+        AddTileAt(i, j, equations);
+      }
+    }
+  }
+
+ private:
+  using Column = std::array<Lanes, 2 * MOST_POINTS / LANES>;
+
+  /// The two rows of each of the points from k on; past the end the last one again, without weight.
+  bool FillRows(size_t k, size_t end) {
+    Lanes turned[3] = {};
+    Lanes seen[2] = {};
+    Lanes weight{};
+    for (size_t lane = 0; lane < LANES; ++lane) {
+      const size_t point = std::min(k + lane, end - 1);
+      const cv::Point3d& at = observation_.object[point];
+      for (int i = 0; i < 3; ++i) {
+        turned[i][lane] = pose_.R(i, 0) * at.x + pose_.R(i, 1) * at.y + pose_.R(i, 2) * at.z;
+      }
+      if (!(turned[2][lane] + pose_.t[2] > 0.0)) return false;
+      seen[0][lane] = observation_.image[point].x;
+      seen[1][lane] = observation_.image[point].y;
+      const double own = observation_.weights.empty() ? 1.0 : std::sqrt(observation_.weights[point]);
+      weight[lane] = k + lane < end ? own : 0.0;
+    }
+    const Lanes nearness = 1.0 / (turned[2] + pose_.t[2]);
+    formulas_.Differentiate((turned[0] + pose_.t[0]) * nearness, (turned[1] + pose_.t[1]) * nearness,
+                            nearness, u_, v_);
+    FillRow(u_, turned, seen[0], weight);
+    FillRow(v_, turned, seen[1], weight);
+    return true;
+  }
+
+  void FillRow(const CoordinateOf<Lanes>& coordinate, const Lanes* turned, const Lanes& seen,
+               const Lanes& weight) {
+    const auto& byPoint = coordinate.byPoint;
+    for (size_t i = 0; i < FREE; ++i) columns_[i][rows_] = weight * coordinate.byIntrinsics[i];
+    for (size_t i = 0; i < 3; ++i) {
+      const size_t next = (i + 1) % 3;
+      const size_t last = (i + 2) % 3;
+      columns_[FREE + i][rows_] = weight * (turned[next] * byPoint[last] - turned[last] * byPoint[next]);
+      columns_[FREE + 3 + i][rows_] = weight * byPoint[i];
+    }
+    columns_[COLUMNS - 1][rows_] = weight * (coordinate.value - seen);
+    ++rows_;
+  }
+
+  /// Tiles that fit into registers; on the diagonal they reach into the other triangle.
+  void AddTileAt(size_t row, size_t column, ObservationEquations& equations) const {
+    constexpr size_t LAST_WIDTH = (COLUMNS - 1) % 4 + 1;
+    if constexpr (COLUMNS % 2 == 1) {
+      if (row + 1 == COLUMNS) {
+        AddTile<1, LAST_WIDTH>(row, column, equations);
+        return;
+      }
+    }
+    if (column + LAST_WIDTH == COLUMNS) {  // NOLINT(bugprone-branch-clone): not for other widths
+      AddTile<2, LAST_WIDTH>(row, column, equations);
+    } else {
+      AddTile<2, 4>(row, column, equations);
+    }
+  }
+
+  template <size_t HEIGHT, size_t WIDTH>
+  void AddTile(size_t row, size_t column, ObservationEquations& equations) const {
+    Lanes sums[HEIGHT][WIDTH] = {};
+    for (size_t k = 0; k < rows_; ++k) {
+      for (size_t i = 0; i < HEIGHT; ++i) {
+        for (size_t j = 0; j < WIDTH; ++j) sums[i][j] += columns_[row + i][k] * columns_[column + j][k];
+      }
+    }
+    for (size_t i = 0; i < HEIGHT; ++i) {
+      for (size_t j = 0; j < WIDTH; ++j) {
+        double& product = equations.products[(row + i) * MOST_COLUMNS + column + j];
+        for (size_t lane = 0; lane < LANES; ++lane) product += sums[i][j][lane];
+      }
+    }
+  }
+
+  const Observation& observation_;
+  const ProjectionFormulas<Lanes> formulas_;
+  const RigidTransform& pose_;
+  CoordinateOf<Lanes> u_, v_;
+  std::array<Column, COLUMNS> columns_;  ///< first `rows_` of each
+  size_t rows_ = 0;
+};
+
+/// The number of columns is known when compiled: that doubles the speed of the inner loop.
+template <size_t FREE>
+ObservationEquations Accumulate(const Observation& observation, const Intrinsics& lens,
+                                const RigidTransform& pose) {
+  const Projection projection(lens);
+  ObservationEquations equations;
+  Jacobian<FREE> jacobian(observation, projection, pose);
+  for (size_t k = 0; k < observation.object.size(); k += Jacobian<FREE>::MOST_POINTS) {
+    if (!jacobian.Fill(k)) return equations;
+    jacobian.AddProducts(equations);
+  }
+  constexpr int RESIDUAL = static_cast<int>(FREE) + POSE_PARAMETERS;
+  equations.cost = equations.At(RESIDUAL, RESIDUAL);
+  equations.usable = std::isfinite(equations.cost);
+  return equations;
+}
+
+}  // namespace
+
+ObservationEquations EquationsOf(const Observation& observation, const Intrinsics& lens,
+                                 const RigidTransform& pose) {
+  switch (lens.estimated) {
+    case CLASSIC_PARAMETERS:
+      return Accumulate<CLASSIC_PARAMETERS>(observation, lens, pose);
+    case RATIONAL_PARAMETERS:
+      return Accumulate<RATIONAL_PARAMETERS>(observation, lens, pose);
+    default:
+      return Accumulate<FULL_PARAMETERS>(observation, lens, pose);
+  }
+}
+
+ObservationEquations PoseEquationsOf(const Observation& observation, const Intrinsics& lens,
+                                     const RigidTransform& pose) {
+  return Accumulate<0>(observation, lens, pose);
+}
+
+}  // namespace velmora::solver

@@ -1,0 +1,253 @@
+/// Solutions as the matrices that a calibrator hands out, and back.
+#include "solver/OpenCvMatrices.h"
+
+#include <algorithm>
+#include <cmath>
+#include <opencv2/calib3d.hpp>
+#include <utility>
+
+#include "solver/BundleAdjustment.h"
+#include "solver/Covariance.h"
+#include "solver/DiscBias.h"
+#include "solver/ObservationEquations.h"
+#include "solver/WeakPrior.h"
+
+namespace velmora::solver {
+
+namespace {
+
+using Matrix6 = Eigen::Matrix<double, POSE_PARAMETERS, POSE_PARAMETERS>;
+
+constexpr int CAMERA_PARAMETERS = 4;
+constexpr int CLASSIC_COEFFICIENTS = CLASSIC_PARAMETERS - CAMERA_PARAMETERS;
+constexpr int MOST_COEFFICIENTS = FULL_PARAMETERS - CAMERA_PARAMETERS;
+
+/// So many columns; the rational model has 14 too, with zeros at the end.
+cv::Mat CoefficientsOf(const Intrinsics& intrinsics, int columns, int known) {
+  cv::Mat D = cv::Mat::zeros(1, columns, CV_64F);
+  for (int i = 0; i < std::min(columns, known - CAMERA_PARAMETERS); ++i) {
+    D.at<double>(i) = intrinsics.values[static_cast<size_t>(i + CAMERA_PARAMETERS)];
+  }
+  return D;
+}
+
+/// From small turns and shifts of the middle of the target to rotation vector and translation of its origin.
+Matrix6 OriginFrom(const RigidTransform& pose, const cv::Vec3d& rotation, const cv::Vec3d& middle) {
+  Matrix6 change = Matrix6::Identity();
+  constexpr double STEP = 1e-6;
+  const cv::Vec3d away = pose.R * middle;
+  for (int i = 0; i < 3; ++i) {
+    cv::Vec3d turn;
+    turn[i] = STEP;
+    cv::Vec3d ahead;
+    cv::Vec3d behind;
+    cv::Rodrigues(RotationOf(turn) * pose.R, ahead);
+    cv::Rodrigues(RotationOf(-turn) * pose.R, behind);
+    // A turn by half a circle has two vectors: the nearer one is meant.
+    if (ahead.dot(rotation) < 0.0) ahead = ahead * (1.0 - 2.0 * CV_PI / cv::norm(ahead));
+    if (behind.dot(rotation) < 0.0) behind = behind * (1.0 - 2.0 * CV_PI / cv::norm(behind));
+    const cv::Vec3d byTurn = (ahead - behind) * (0.5 / STEP);
+    const cv::Vec3d shift = away.cross(turn) * (1.0 / STEP);
+    for (int k = 0; k < 3; ++k) {
+      change(k, i) = byTurn[k];
+      change(3 + k, i) = shift[k];
+    }
+  }
+  return change;
+}
+
+/// The pose of a view that the intrinsics were not computed from.
+RigidTransform PoseBefore(const IntrinsicsResult& result, const Observation& observation) {
+  cv::Vec3d rotation;
+  RigidTransform pose;
+  cv::solvePnP(observation.object, observation.image, result.K, result.D, rotation, pose.t);
+  pose.R = RotationOf(rotation);
+  return pose;
+}
+
+void PlaceView(const RigidTransform& pose, const cv::Vec3d& middle, int row, IntrinsicsResult& result) {
+  cv::Vec3d rotation;
+  cv::Rodrigues(pose.R, rotation);
+  result.rvecs.at<cv::Vec3d>(row) = rotation;
+  result.tvecs.at<cv::Vec3d>(row) = pose.t - pose.R * middle;
+}
+
+void CopyKept(const Solution& solution, const Target& target, IntrinsicsResult& result) {
+  for (size_t i = 0; i < solution.kept.size(); ++i) {
+    const int row = static_cast<int>(solution.kept[i]);
+    const TargetView& view = solution.views[i];
+    PlaceView(view.rigFromTarget, target.middles[solution.kept[i]], row, result);
+    result.perViewErrors.at<double>(row) = std::sqrt(solution.equations[i].cost / CountOf(view.observations));
+  }
+  result.rms = RmsOf(solution);
+}
+
+void PlaceLeftOut(const Solution& solution, const Target& target, IntrinsicsResult& result) {
+  for (size_t i = 0; i < target.views.size(); ++i) {
+    if (std::binary_search(solution.kept.begin(), solution.kept.end(), i)) continue;
+    const Observation& observation = target.views[i].observations.front();
+    const RigidTransform pose = PoseBefore(result, observation);
+    const double cost = EquationsOf(observation, solution.rig.cameras.front().intrinsics, pose).cost;
+    PlaceView(pose, target.middles[i], static_cast<int>(i), result);
+    result.perViewErrors.at<double>(static_cast<int>(i)) = std::sqrt(cost / observation.Count());
+  }
+}
+
+void CopyDeviations(const Solution& solution, const Target& target, IntrinsicsResult& result) {
+  const Eigen::MatrixXd covariance = SharedCovariance(solution);
+  if (covariance.size() == 0) return;
+  for (int i = 0; i < covariance.rows(); ++i)
+    result.stdDevIntrinsics.at<double>(i) = std::sqrt(covariance(i, i));
+  const double variance = NoiseVariance(solution);
+  for (size_t k = 0; k < solution.kept.size(); ++k) {
+    const int view = static_cast<int>(solution.kept[k]);
+    const Matrix6 change = OriginFrom(solution.views[k].rigFromTarget, result.rvecs.at<cv::Vec3d>(view),
+                                      target.middles[solution.kept[k]]);
+    const Matrix6 ofPose =
+        change * PoseCovariance(solution.equations[k], variance, covariance) * change.transpose();
+    for (int i = 0; i < POSE_PARAMETERS; ++i) {
+      result.stdDevExtrinsics.at<double>(POSE_PARAMETERS * view + i) = std::sqrt(ofPose(i, i));
+    }
+  }
+}
+
+/// The view without the points that were left out. False when all of it was.
+bool TakeRejected(const std::vector<Rejected>& rejected, size_t number, TargetView& view) {
+  Observation& observation = view.observations.front();
+  for (const Rejected& item : rejected) {
+    if (item.view != number) continue;
+    if (item.point == Rejected::WHOLE_VIEW) return false;
+    if (observation.weights.empty()) observation.weights.assign(observation.object.size(), 1.0);
+    observation.weights[static_cast<size_t>(item.point)] = 0.0;
+  }
+  return true;
+}
+
+/// The views that the result is of, with their poses; points that were left out weigh nothing.
+void CollectKept(const Target& target, const SparseResult& result, Solution& solution) {
+  for (size_t i = 0; i < target.views.size(); ++i) {
+    TargetView view = target.views[i];
+    if (!TakeRejected(result.rejected, i, view)) continue;
+    RigidTransform& pose = view.rigFromTarget;
+    pose.R = RotationOf(result.rvecs.at<cv::Vec3d>(static_cast<int>(i)));
+    pose.t = result.tvecs.at<cv::Vec3d>(static_cast<int>(i)) + pose.R * target.middles[i];
+    solution.kept.push_back(i);
+    solution.views.push_back(std::move(view));
+  }
+}
+
+}  // namespace
+
+cv::Mat MatrixOf(const Eigen::MatrixXd& matrix) {
+  cv::Mat copy(static_cast<int>(matrix.rows()), static_cast<int>(matrix.cols()), CV_64F);
+  for (int i = 0; i < copy.rows; ++i) {
+    for (int j = 0; j < copy.cols; ++j) copy.at<double>(i, j) = matrix(i, j);
+  }
+  return copy;
+}
+
+cv::Mat CameraMatrixOf(const Intrinsics& intrinsics) {
+  const auto& p = intrinsics.values;
+  return (cv::Mat_<double>(3, 3) << p[FX], 0.0, p[CX], 0.0, p[FY], p[CY], 0.0, 0.0, 1.0);
+}
+
+Intrinsics IntrinsicsOf(const IntrinsicsResult& result) {
+  const cv::Mat_<double> K(result.K);
+  const cv::Mat_<double> D(result.D);
+  Intrinsics intrinsics;
+  intrinsics.values = {K(0, 0), K(1, 1), K(0, 2), K(1, 2)};
+  for (int i = 0; i < D.cols; ++i) intrinsics.values[static_cast<size_t>(i + CAMERA_PARAMETERS)] = D(i);
+  if (D.cols > CLASSIC_COEFFICIENTS) {
+    constexpr int RATIONAL_COEFFICIENTS = RATIONAL_PARAMETERS - CAMERA_PARAMETERS;
+    const bool full = cv::countNonZero(D.colRange(RATIONAL_COEFFICIENTS, D.cols)) > 0;
+    intrinsics.estimated = full ? FULL_PARAMETERS : RATIONAL_PARAMETERS;
+  }
+  return intrinsics;
+}
+
+IntrinsicsResult MatricesOf(const Solution& solution, const Target& target) {
+  IntrinsicsResult result;
+  const int count = static_cast<int>(target.views.size());
+  result.rvecs.create(count, 1, CV_64FC3);
+  result.tvecs.create(count, 1, CV_64FC3);
+  result.perViewErrors.create(count, 1, CV_64F);
+  result.stdDevIntrinsics = cv::Mat::zeros(FULL_PARAMETERS, 1, CV_64F);
+  result.stdDevExtrinsics = cv::Mat::zeros(POSE_PARAMETERS * count, 1, CV_64F);
+  const Intrinsics& intrinsics = solution.rig.cameras.front().intrinsics;
+  const bool classic = intrinsics.estimated == CLASSIC_PARAMETERS;
+  result.K = CameraMatrixOf(intrinsics);
+  result.D =
+      CoefficientsOf(intrinsics, classic ? CLASSIC_COEFFICIENTS : MOST_COEFFICIENTS, intrinsics.estimated);
+  CopyKept(solution, target, result);
+  PlaceLeftOut(solution, target, result);
+  CopyDeviations(solution, target, result);
+  return result;
+}
+
+Solution SolutionFrom(const Target& target, const SparseResult& result, const cv::Size& imageSize,
+                      double discRadius) {
+  Solution from;
+  Camera camera;
+  camera.intrinsics = IntrinsicsOf(result);
+  camera.imageSize = imageSize;
+  from.rig.cameras = {camera};
+  CollectKept(target, result, from);
+  if (discRadius > 0.0) from.views = WithoutDiscBias(from.views, from.rig, from.views, discRadius);
+  Solution solution = EvaluatedAt({from.rig, from.views, {}, {}});
+  if (camera.intrinsics.estimated > CLASSIC_PARAMETERS) {
+    solution.priors = WeakPriors(solution.rig, solution.views, NoiseVariance(solution));
+  }
+  solution.kept = std::move(from.kept);
+  solution.rejected = result.rejected;
+  solution.robust = result.robust;
+  solution.tooFewAgree = result.tooFewAgree;
+  solution.discRadius = discRadius;
+  return solution;
+}
+
+Intrinsics KnownIntrinsics(const cv::Mat& K, const cv::Mat& D, int model) {
+  CV_Assert(K.rows == 3 && K.cols == 3 && K.channels() == 1 && D.channels() == 1 && !D.empty());
+  const cv::Mat_<double> matrix(K);
+  const cv::Mat_<double> coefficients(D.reshape(1, 1));
+  Intrinsics intrinsics;
+  const bool classic = LensModelOf(model).parameters == CLASSIC_PARAMETERS;
+  intrinsics.estimated = classic ? CLASSIC_PARAMETERS : FULL_PARAMETERS;
+  intrinsics.values = {matrix(0, 0), matrix(1, 1), matrix(0, 2), matrix(1, 2)};
+  for (int i = 0; i < std::min(coefficients.cols, intrinsics.estimated - CAMERA_PARAMETERS); ++i) {
+    intrinsics.values[static_cast<size_t>(i + CAMERA_PARAMETERS)] = coefficients(i);
+  }
+  return intrinsics;
+}
+
+Rig KnownPair(const StereoIntrinsics& intrinsics, int model) {
+  Rig pair;
+  pair.cameras.resize(2);
+  pair.cameras[0].intrinsics = KnownIntrinsics(intrinsics.K, intrinsics.D, model);
+  pair.cameras[1].intrinsics = KnownIntrinsics(intrinsics.KRight, intrinsics.DRight, model);
+  return pair;
+}
+
+StereoIntrinsics PairIntrinsicsOf(const Rig& pair) {
+  const Intrinsics& left = pair.cameras[0].intrinsics;
+  const Intrinsics& right = pair.cameras[1].intrinsics;
+  return {CameraMatrixOf(left), CoefficientsOf(left, MOST_COEFFICIENTS, FULL_PARAMETERS),
+          CameraMatrixOf(right), CoefficientsOf(right, MOST_COEFFICIENTS, FULL_PARAMETERS)};
+}
+
+ExtrinsicsResult PairMatricesOf(const StereoIntrinsics& intrinsics, const RigidTransform& rightFromLeft) {
+  const cv::Vec3d& t = rightFromLeft.t;
+  const cv::Matx33d essential =
+      cv::Matx33d(0.0, -t[2], t[1], t[2], 0.0, -t[0], -t[1], t[0], 0.0) * rightFromLeft.R;
+  const cv::Matx33d leftK = cv::Mat_<double>(intrinsics.K);
+  const cv::Matx33d rightK = cv::Mat_<double>(intrinsics.KRight);
+  cv::Matx33d fundamental = rightK.inv().t() * essential * leftK.inv();
+  if (fundamental(2, 2) != 0.0) fundamental = fundamental * (1.0 / fundamental(2, 2));
+  ExtrinsicsResult result;
+  result.R = cv::Mat(rightFromLeft.R).clone();
+  result.T = cv::Mat(rightFromLeft.t).clone();
+  result.E = cv::Mat(essential).clone();
+  result.F = cv::Mat(fundamental).clone();
+  return result;
+}
+
+}  // namespace velmora::solver

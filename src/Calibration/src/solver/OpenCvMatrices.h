@@ -1,0 +1,47 @@
+/// Solutions as the matrices that a calibrator hands out, and back.
+#pragma once
+
+#include <Eigen/Core>
+#include <opencv2/core.hpp>
+
+#include "model/Solution.h"
+#include "solver/OpenCvExtrinsics.h"
+#include "solver/OpenCvIntrinsics.h"
+#include "solver/SparseIntrinsics.h"
+#include "solver/Target.h"
+
+namespace velmora::solver {
+
+/// A copy, of 64-bit reals; an empty matrix stays one.
+cv::Mat MatrixOf(const Eigen::MatrixXd& matrix);
+
+/// 3 x 3.
+cv::Mat CameraMatrixOf(const Intrinsics& intrinsics);
+
+/// In the form of SolveIntrinsics, with a row for each view of the target, of a solution of one camera. Views
+/// that were left out have the pose that fits the camera best, its error and no standard deviations.
+IntrinsicsResult MatricesOf(const Solution& solution, const Target& target);
+
+/// The intrinsics of a result. D of 14 coefficients is the rational model's where those beyond it are zero.
+Intrinsics IntrinsicsOf(const IntrinsicsResult& result);
+
+/// The solution that either solver's result for the target's views is, with the equations at it. What the
+/// result left out is left out here too; `discRadius` is that of the computation.
+Solution SolutionFrom(const Target& target, const SparseResult& result, const cv::Size& imageSize,
+                      double discRadius);
+
+/// Intrinsics that are known. All coefficients of D count, but for those that the classic model does not
+/// have.
+Intrinsics KnownIntrinsics(const cv::Mat& K, const cv::Mat& D, int model);
+
+/// A rig of two with these intrinsics; where the right camera stands is not known yet.
+Rig KnownPair(const StereoIntrinsics& intrinsics, int model);
+
+/// Both cameras' intrinsics in the form of result files: D of 1 x 14.
+StereoIntrinsics PairIntrinsicsOf(const Rig& pair);
+
+/// Rotation, translation, essential and fundamental matrix, the latter with a one in its corner where it can
+/// have it.
+ExtrinsicsResult PairMatricesOf(const StereoIntrinsics& intrinsics, const RigidTransform& rightFromLeft);
+
+}  // namespace velmora::solver
