@@ -7,18 +7,17 @@
 #include <vector>
 
 #include "Export.h"
-#include "PairVerdict.h"
-#include "Verdict.h"
+#include "velmora/RigVerdict.h"
 
 namespace velmora {
 
-/// What the cameras of a rig saw. A view is one position of the target (or of the rig), of which all images were taken at the
-/// same time.
+/// What the cameras of a rig saw. A view is one position of the target (or of the rig), of which all images
+/// were taken at the same time.
 struct RigRecords {
   /// Of each view: at least four points of the plane target, at z = 0, in metres.
   std::vector<std::vector<cv::Point3d>> objectPoints;
-  /// Of each camera, of each view: where it saw these points, in pixels (the centre of the top-left pixel is (0, 0)), in the
-  /// same order; an empty list when it did not see the target.
+  /// Of each camera, of each view: where it saw these points, in pixels (the centre of the top-left pixel is
+  /// (0, 0)), in the same order; an empty list when it did not see the target.
   std::vector<std::vector<std::vector<cv::Point2d>>> imagePoints;
   std::vector<cv::Size> imageSizes;  ///< of each camera
 };
@@ -30,10 +29,10 @@ struct KnownIntrinsics {
 };
 
 struct RigOptions {
-  int model = 20;            ///< lens model, a number of Calibrator's: MODEL_CLASSIC, MODEL_RATIONAL, MODEL_FULL
-  bool robust = true;        ///< leave out points and images that disagree with the others
-  double discRadius = 0.0;   ///< of the target's discs, metres; 0 takes image points for images of the centres
-  int threads = 0;           ///< 0: as many as pay
+  int model = 20;      ///< lens model, a number of Calibrator's: MODEL_CLASSIC, MODEL_RATIONAL, MODEL_FULL
+  bool robust = true;  ///< leave out points and images that disagree with the others
+  double discRadius = 0.0;  ///< of the target's discs, metres; 0 takes image points for images of the centres
+  int threads = 0;          ///< 0: as many as pay
   /// One for each camera: these stay as they are. Empty: the intrinsics are estimated together with the rig.
   std::vector<KnownIntrinsics> intrinsics;
   /// Called after each iteration with the number of iterations and the RMS in pixels; false gives up.
@@ -45,19 +44,21 @@ struct RigCamera {
   cv::Size imageSize;
   cv::Mat K;  ///< 3 x 3
   cv::Mat D;  ///< 1 x 14
-  cv::Mat stdDevIntrinsics;  ///< 18 x 1: of fx, fy, cx, cy and the coefficients; zeros for what was not estimated
+  cv::Mat
+      stdDevIntrinsics;  ///< 18 x 1: of fx, fy, cx, cy and the coefficients; zeros for what was not estimated
   /// camera_from_rig: x_camera = R x_rig + T. The frame of the rig is that of the first camera.
   cv::Matx33d R = cv::Matx33d::eye();
-  cv::Vec3d T;                  ///< metres
-  cv::Vec3d rotationDeviation;  ///< degrees, about the camera's axes; zeros for the first camera
+  cv::Vec3d T;                     ///< metres
+  cv::Vec3d rotationDeviation;     ///< degrees, about the camera's axes; zeros for the first camera
   cv::Vec3d translationDeviation;  ///< metres
-  double rms = 0.0;             ///< pixels
-  int views = 0;                ///< in which it was used
+  double rms = 0.0;                ///< pixels
+  int views = 0;                   ///< in which it was used
 };
 
 /// One position of the target.
 struct RigView {
-  cv::Vec3d rvec, tvec;     ///< rig_from_target, of the origin of the object points; zeros of a view that was left out
+  cv::Vec3d rvec,
+      tvec;  ///< rig_from_target, of the origin of the object points; zeros of a view that was left out
   std::vector<double> rms;  ///< of each camera, pixels; -1 where it did not see the target or was left out
   bool used = false;
 };
@@ -71,24 +72,6 @@ struct RigLeftOut {
   std::string reason;
 };
 
-/// How far a rig can be believed, in numbers and in words.
-struct VELMORA_API RigVerdict {
-  using Grade = CalibrationVerdict::Grade;
-
-  Grade grade = Grade::None;
-  std::vector<CalibrationVerdict::Remark> remarks;
-  /// Of each camera but the first how it stands to the first: formal, and by leaving out each view in turn.
-  std::vector<PairVerdict::Deviations> formal;
-  std::vector<PairVerdict::Deviations> jackknife;
-  double disagreement = 0.0;  ///< the median over the views of how far apart their images put the sheet; 1 is usual
-  std::vector<PairVerdict::Disagreement> disagreements;  ///< views whose images do not show the sheet at the same place
-  /// Of each camera's intrinsics; none of them where these were given.
-  std::vector<CalibrationVerdict> cameras;
-
-  /// The words of the grade, as of a CalibrationVerdict.
-  std::string Words() const;
-};
-
 struct RigResult {
   double rms = 0.0;  ///< pixels, over all points of all images
   std::vector<RigCamera> cameras;
@@ -97,12 +80,13 @@ struct RigResult {
   RigVerdict verdict;
 };
 
-/// Calibrates the rig: each camera for itself, where intrinsics are not given, then all cameras, all poses and (where not
-/// given) all intrinsics together. Cameras that never see the target together are linked through others. Thread-safe.
+/// Calibrates the rig: each camera for itself, where intrinsics are not given, then all cameras, all poses
+/// and (where not given) all intrinsics together. Cameras that never see the target together are linked
+/// through others. Thread-safe.
 ///
-/// Raises cv::Exception with a text in plain English for records that do not match; for a camera without known intrinsics that
-/// saw fewer than three views; for one that is linked to no other by common views (cameras are numbered from 0 in the text);
-/// when the views agree with no rig; and when `progress` gave up.
+/// Raises cv::Exception with a text in plain English for records that do not match; for a camera without
+/// known intrinsics that saw fewer than three views; for one that is linked to no other by common views
+/// (cameras are numbered from 0 in the text); when the views agree with no rig; and when `progress` gave up.
 VELMORA_API RigResult CalibrateRig(const RigRecords& records, const RigOptions& options = {});
 
 }  // namespace velmora

@@ -4,13 +4,18 @@
 #include <Eigen/Core>
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 
+#include "foundation/Median.h"
 #include "solver/NormalEquations.h"
 
 namespace velmora {
 
 namespace {
+
+constexpr double MOVED = 3.0;         // images of a view apart, in units of the noise
+constexpr double MOVED_BESIDE = 3.0;  // the same over the median of all views
 
 /// The squared residuals that a camera's own pose would save, to first order.
 double SavedBy(const Observation& observation, const Camera& camera, const RigidTransform& cameraFromTarget) {
@@ -52,6 +57,23 @@ std::vector<double> DisagreementsOf(const Solution& solution) {
     saved[i] = images[i] > 1.0 ? std::sqrt(std::max(saved[i], 0.0) / (degrees * variance)) : 0.0;
   }
   return saved;
+}
+
+double UsualDisagreement(const std::vector<double>& disagreements) {
+  std::vector<double> known;
+  std::copy_if(disagreements.begin(), disagreements.end(), std::back_inserter(known),
+               [](double value) { return value > 0.0; });
+  return MedianOf(known);
+}
+
+std::vector<PairVerdict::Disagreement> MovedViews(const std::vector<double>& disagreements) {
+  const double usual = UsualDisagreement(disagreements);
+  std::vector<PairVerdict::Disagreement> moved;
+  for (size_t i = 0; i < disagreements.size(); ++i) {
+    if (disagreements[i] > MOVED && disagreements[i] > MOVED_BESIDE * usual)
+      moved.push_back({i, disagreements[i]});
+  }
+  return moved;
 }
 
 }  // namespace velmora

@@ -20,6 +20,7 @@ namespace velmora {
 namespace {
 
 using Grade = CalibrationVerdict::Grade;
+using LargerModelName = std::function<std::string()>;
 
 constexpr double WORTHLESS_FOCAL = 0.03;  // relative deviation
 constexpr double CAREFUL_FOCAL = 0.01;
@@ -33,10 +34,10 @@ constexpr double SMALL_COVERAGE = 0.4;
 constexpr int FEW_VIEWS = 10;
 constexpr int FEWEST_AGREEING = 5;  // of those that outvoted others
 
-std::vector<cv::Point2f> HullOf(const std::vector<TargetView>& views) {
+std::vector<cv::Point2f> HullOf(const std::vector<TargetView>& views, size_t camera) {
   std::vector<cv::Point2f> points;
   for (const TargetView& view : views) {
-    const Observation& observation = view.observations.front();
+    const Observation& observation = view.observations[camera];
     points.insert(points.end(), observation.image.begin(), observation.image.end());
   }
   std::vector<cv::Point2f> hull;
@@ -44,20 +45,34 @@ std::vector<cv::Point2f> HullOf(const std::vector<TargetView>& views) {
   return hull;
 }
 
+/// The part of a covariance of what all views share that is of a camera's intrinsics; empty of an empty one.
+Eigen::MatrixXd OwnPart(const Eigen::MatrixXd& covariance, const Layout::Place& place) {
+  if (covariance.size() == 0) return {};
+  return covariance.block(place.intrinsics, place.intrinsics, place.count, place.count);
+}
+
 double RelativeFocal(const Eigen::MatrixXd& covariance, const Intrinsics& intrinsics) {
   return std::max(std::sqrt(covariance(FX, FX)) / intrinsics.values[FX],
                   std::sqrt(covariance(FY, FY)) / intrinsics.values[FY]);
 }
 
-void Measure(const Solution& solution, const cv::Size& imageSize, CalibrationVerdict& verdict) {
-  const Intrinsics& intrinsics = solution.rig.cameras.front().intrinsics;
-  verdict.views = static_cast<int>(solution.views.size());
-  verdict.dataArea = HullOf(solution.views);
+int ViewsOf(const Solution& solution, size_t camera) {
+  return static_cast<int>(
+      std::count_if(solution.views.begin(), solution.views.end(),
+                    [camera](const TargetView& view) { return !view.observations[camera].IsEmpty(); }));
+}
+
+void Measure(const Solution& solution, size_t camera, CalibrationVerdict& verdict) {
+  const cv::Size& imageSize = solution.rig.cameras[camera].imageSize;
+  const Layout::Place place = LayoutOf(solution.rig, solution.estimated).cameras[camera];
+  const Intrinsics& intrinsics = solution.rig.cameras[camera].intrinsics;
+  verdict.views = ViewsOf(solution, camera);
+  verdict.dataArea = HullOf(solution.views, camera);
   verdict.coverage = std::min(1.0, cv::contourArea(verdict.dataArea) / imageSize.area());
   const solver::ProjectionUncertainty uncertainty(intrinsics, imageSize, verdict.dataArea);
   const double unknown = std::numeric_limits<double>::infinity();
-  const Eigen::MatrixXd formal = solver::SharedCovariance(solution);
-  const Eigen::MatrixXd jackknife = solver::JackknifeCovariance(solution);
+  const Eigen::MatrixXd formal = OwnPart(solver::SharedCovariance(solution), place);
+  const Eigen::MatrixXd jackknife = OwnPart(solver::JackknifeCovariance(solution), place);
   const bool hasFormal = formal.size() > 0;
   const bool hasJackknife = jackknife.size() > 0;
   verdict.focalDeviation = hasFormal ? RelativeFocal(formal, intrinsics) : unknown;
@@ -116,11 +131,11 @@ void JudgeProjection(const cv::Size& imageSize, CalibrationVerdict& verdict) {
 }
 
 /// Whether enough views are left to believe that those left out are the wrong ones.
-void JudgeSelection(const SparseResult& result, CalibrationVerdict& verdict) {
+void JudgeSelection(const Solution& solution, CalibrationVerdict& verdict) {
   const bool leftOut =
-      std::any_of(result.rejected.begin(), result.rejected.end(),
+      std::any_of(solution.rejected.begin(), solution.rejected.end(),
                   [](const Rejected& rejected) { return rejected.point == Rejected::WHOLE_VIEW; });
-  if (result.tooFewAgree) {
+  if (solution.tooFewAgree) {
     Grant(verdict, Grade::WithCare,
           "Too few views agree with each other to tell which of the others are wrong.",
           "Look at the views with the largest errors, and take more.");
@@ -131,9 +146,16 @@ void JudgeSelection(const SparseResult& result, CalibrationVerdict& verdict) {
   }
 }
 
+/// Those of the first camera that saw the target.
+const std::vector<cv::Point3d>& PointsOf(const TargetView& view) {
+  const auto& images = view.observations;
+  return std::find_if(images.begin(), images.end(), [](const Observation& image) { return !image.IsEmpty(); })
+      ->object;
+}
+
 CalibrationVerdict::Remark RemarkOnBend(const solver::SystematicError& error, const Solution& solution,
                                         CalibrationVerdict& verdict) {
-  verdict.sheetBend = solver::DepthOfBend(error.effect, solution.views.front().observations.front().object);
+  verdict.sheetBend = solver::DepthOfBend(error.effect, PointsOf(solution.views.front()));
   return {"The sheet is bent by about " + Decimal(1e3 * verdict.sheetBend, 1) + " mm",
           "Mount the sheet on a flat, stiff board."};
 }
@@ -155,21 +177,22 @@ CalibrationVerdict::Remark RemarkOnProportions(const solver::SystematicError& er
 
 /// Of the first cause that is one; the reason is empty when there is none.
 CalibrationVerdict::Remark RemarkOn(const solver::SystematicError& error, const Solution& solution,
-                                    solver::LargerModel& larger, CalibrationVerdict& verdict) {
+                                    const LargerModelName& larger, CalibrationVerdict& verdict) {
   using Cause = solver::SystematicError::Cause;
   if (error.cause == Cause::Bend) return RemarkOnBend(error, solution, verdict);
   if (error.cause == Cause::Proportions) return RemarkOnProportions(error, verdict);
-  if (larger.Name().empty()) return {};
-  return {"The lens does not fit this model", "Try the " + larger.Name() + " model."};
+  if (larger().empty()) return {};
+  return {"The lens does not fit this model", "Try the " + larger() + " model."};
 }
 
 /// True when there is something to tell. Steps from a worthless result lead nowhere.
-bool JudgeSystematicError(const Solution& solution, const cv::Size& imageSize, solver::LargerModel& larger,
+bool JudgeSystematicError(const Solution& solution, size_t camera, const LargerModelName& larger,
                           CalibrationVerdict& verdict) {
   if (verdict.grade == Grade::Worthless) return false;
-  const double least = std::max(LEAST_SYSTEMATIC * imageSize.width, verdict.deviationInData);
+  const double least =
+      std::max(LEAST_SYSTEMATIC * solution.rig.cameras[camera].imageSize.width, verdict.deviationInData);
   for (const solver::SystematicError& error :
-       solver::SystematicErrorsOf(solution, 0, verdict.dataArea, least)) {
+       solver::SystematicErrorsOf(solution, camera, verdict.dataArea, least)) {
     const CalibrationVerdict::Remark remark = RemarkOn(error, solution, larger, verdict);
     if (remark.reason.empty()) continue;
     verdict.systematicInData = error.shift;
@@ -181,41 +204,47 @@ bool JudgeSystematicError(const Solution& solution, const cv::Size& imageSize, s
   return false;
 }
 
-void JudgeAgreement(solver::LargerModel& larger, CalibrationVerdict& verdict) {
+void JudgeAgreement(const LargerModelName& larger, CalibrationVerdict& verdict) {
   if (verdict.focalJackknife > DISAGREEMENT * verdict.focalDeviation ||
       verdict.jackknifeInData > DISAGREEMENT * verdict.deviationInData) {
     Grant(verdict, Grade::WithCare, "The views disagree more than noise explains: there is a model error.",
-          larger.Name().empty() ? "Check that the sheet is flat, and that focus and zoom stay as they are."
-                                : "Check that the sheet is flat, then try the " + larger.Name() + " model.");
+          larger().empty() ? "Check that the sheet is flat, and that focus and zoom stay as they are."
+                           : "Check that the sheet is flat, then try the " + larger() + " model.");
   }
 }
 
 }  // namespace
 
+CalibrationVerdict JudgeCamera(const Solution& solution, size_t camera, const LargerModelName& largerModel) {
+  const cv::Size& imageSize = solution.rig.cameras[camera].imageSize;
+  CalibrationVerdict verdict;
+  verdict.grade = Grade::Good;
+  for (const Rejected& rejected : solution.rejected) {
+    if (rejected.camera != camera) continue;
+    verdict.leftOut.push_back({rejected.view, rejected.point, rejected.residual, rejected.reason});
+  }
+  Measure(solution, camera, verdict);
+  JudgeFocal(solution.rig.cameras[camera].intrinsics, imageSize, verdict);
+  JudgeProjection(imageSize, verdict);
+  JudgeSelection(solution, verdict);
+  const bool explained = JudgeSystematicError(solution, camera, largerModel, verdict) &&
+                         verdict.jackknifeInData < verdict.systematicInData;
+  if (!explained) JudgeAgreement(largerModel, verdict);
+  return verdict;
+}
+
 CalibrationVerdict JudgeIntrinsics(const std::vector<std::vector<cv::Point3d>>& objectPoints,
                                    const std::vector<std::vector<cv::Point2d>>& imagePoints,
                                    const cv::Size& imageSize, const SparseResult& result, double discRadius) {
-  CalibrationVerdict verdict;
   if (result.K.empty() || result.D.empty() || objectPoints.empty() ||
       static_cast<size_t>(result.rvecs.rows) != objectPoints.size() ||
       result.tvecs.rows != result.rvecs.rows) {
-    return verdict;
+    return {};
   }
   const Solution solution =
       solver::SolutionFrom(solver::TargetOf(objectPoints, imagePoints), result, imageSize, discRadius);
-  verdict.grade = Grade::Good;
-  for (const Rejected& rejected : result.rejected) {
-    verdict.leftOut.push_back({rejected.view, rejected.point, rejected.residual, rejected.reason});
-  }
-  Measure(solution, imageSize, verdict);
-  JudgeFocal(solution.rig.cameras.front().intrinsics, imageSize, verdict);
-  JudgeProjection(imageSize, verdict);
-  JudgeSelection(result, verdict);
   solver::LargerModel larger(objectPoints, imagePoints, imageSize, result, discRadius);
-  const bool explained = JudgeSystematicError(solution, imageSize, larger, verdict) &&
-                         verdict.jackknifeInData < verdict.systematicInData;
-  if (!explained) JudgeAgreement(larger, verdict);
-  return verdict;
+  return JudgeCamera(solution, 0, [&larger] { return larger.Name(); });
 }
 
 }  // namespace velmora

@@ -1,7 +1,11 @@
 /// Judges a computed camera.
 #pragma once
 
+#include <functional>
+#include <string>
+
 #include "Verdict.h"
+#include "model/Solution.h"
 #include "solver/SparseIntrinsics.h"
 
 namespace velmora {
@@ -12,5 +16,11 @@ CalibrationVerdict JudgeIntrinsics(const std::vector<std::vector<cv::Point3d>>& 
                                    const std::vector<std::vector<cv::Point2d>>& imagePoints,
                                    const cv::Size& imageSize, const SparseResult& result,
                                    double discRadius = 0.0);
+
+/// Of one of a solution's cameras, whose intrinsics were estimated. `largerModel` answers the name of a
+/// larger lens model that is worth its coefficients, or "" when none is; it is asked only when the residuals
+/// ask for one.
+CalibrationVerdict JudgeCamera(const Solution& solution, size_t camera,
+                               const std::function<std::string()>& largerModel);
 
 }  // namespace velmora

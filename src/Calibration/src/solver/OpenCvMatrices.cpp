@@ -151,6 +151,10 @@ cv::Mat CameraMatrixOf(const Intrinsics& intrinsics) {
   return (cv::Mat_<double>(3, 3) << p[FX], 0.0, p[CX], 0.0, p[FY], p[CY], 0.0, 0.0, 1.0);
 }
 
+cv::Mat CoefficientsOf(const Intrinsics& intrinsics) {
+  return CoefficientsOf(intrinsics, MOST_COEFFICIENTS, FULL_PARAMETERS);
+}
+
 Intrinsics IntrinsicsOf(const IntrinsicsResult& result) {
   const cv::Mat_<double> K(result.K);
   const cv::Mat_<double> D(result.D);
@@ -230,8 +234,7 @@ Rig KnownPair(const StereoIntrinsics& intrinsics, int model) {
 StereoIntrinsics PairIntrinsicsOf(const Rig& pair) {
   const Intrinsics& left = pair.cameras[0].intrinsics;
   const Intrinsics& right = pair.cameras[1].intrinsics;
-  return {CameraMatrixOf(left), CoefficientsOf(left, MOST_COEFFICIENTS, FULL_PARAMETERS),
-          CameraMatrixOf(right), CoefficientsOf(right, MOST_COEFFICIENTS, FULL_PARAMETERS)};
+  return {CameraMatrixOf(left), CoefficientsOf(left), CameraMatrixOf(right), CoefficientsOf(right)};
 }
 
 ExtrinsicsResult PairMatricesOf(const StereoIntrinsics& intrinsics, const RigidTransform& rightFromLeft) {

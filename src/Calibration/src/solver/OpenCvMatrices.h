@@ -18,6 +18,9 @@ cv::Mat MatrixOf(const Eigen::MatrixXd& matrix);
 /// 3 x 3.
 cv::Mat CameraMatrixOf(const Intrinsics& intrinsics);
 
+/// 1 x 14, with zeros for coefficients that the model does not have.
+cv::Mat CoefficientsOf(const Intrinsics& intrinsics);
+
 /// In the form of SolveIntrinsics, with a row for each view of the target, of a solution of one camera. Views
 /// that were left out have the pose that fits the camera best, its error and no standard deviations.
 IntrinsicsResult MatricesOf(const Solution& solution, const Target& target);

@@ -1,0 +1,33 @@
+/// How far the calibration of a rig of cameras can be believed, in numbers and in words.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Export.h"
+#include "PairVerdict.h"
+#include "Verdict.h"
+
+namespace velmora {
+
+/// How far a rig can be believed, in numbers and in words.
+struct VELMORA_API RigVerdict {
+  using Grade = CalibrationVerdict::Grade;
+
+  Grade grade = Grade::None;
+  std::vector<CalibrationVerdict::Remark> remarks;
+  /// Of each camera but the first how it stands to the first: formal, and by leaving out each view in turn.
+  std::vector<PairVerdict::Deviations> formal;
+  std::vector<PairVerdict::Deviations> jackknife;
+  double disagreement =
+      0.0;  ///< the median over the views of how far apart their images put the sheet; 1 is usual
+  std::vector<PairVerdict::Disagreement>
+      disagreements;  ///< views whose images do not show the sheet at the same place
+  /// Of each camera's intrinsics; none of them where these were given.
+  std::vector<CalibrationVerdict> cameras;
+
+  /// The words of the grade, as of a CalibrationVerdict.
+  std::string Words() const;
+};
+
+}  // namespace velmora

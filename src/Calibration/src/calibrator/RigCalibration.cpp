@@ -1,0 +1,245 @@
+/// Calibrates cameras that are fixed to each other.
+#include "velmora/RigCalibration.h"
+
+#include <algorithm>
+#include <cmath>
+#include <opencv2/calib3d.hpp>
+#include <set>
+#include <utility>
+
+#include "model/LensModel.h"
+#include "quality/RigJudge.h"
+#include "solver/CameraCalibration.h"
+#include "solver/Covariance.h"
+#include "solver/OpenCvMatrices.h"
+#include "solver/RigStart.h"
+#include "solver/Target.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr size_t FEWEST_VIEWS = 3;
+
+[[noreturn]] void Fail(int code, const std::string& text) {
+  CV_Error(code, text);
+}
+
+void Require(bool condition, const std::string& text) {
+  if (!condition) Fail(cv::Error::StsBadArg, text);
+}
+
+void RequireMatching(const RigRecords& records, const RigOptions& options) {
+  const size_t cameras = records.imagePoints.size();
+  Require(cameras >= 2, "A rig has two cameras or more.");
+  Require(records.imageSizes.size() == cameras, "Each camera of a rig has an image size.");
+  Require(!records.objectPoints.empty(), "There are no views.");
+  Require(options.intrinsics.empty() || options.intrinsics.size() == cameras,
+          "Intrinsics are given for " + std::to_string(options.intrinsics.size()) + " of " +
+              std::to_string(cameras) + " cameras: give all or none.");
+  for (size_t i = 0; i < cameras; ++i) {
+    Require(records.imagePoints[i].size() == records.objectPoints.size(),
+            "Camera " + std::to_string(i) + " has " + std::to_string(records.imagePoints[i].size()) +
+                " views, the target " + std::to_string(records.objectPoints.size()) + ".");
+  }
+}
+
+class RigComputation {
+ public:
+  RigComputation(const RigRecords& records, const RigOptions& options)
+      : records_(records), options_(options), views_(ViewsWithTarget()), target_(TargetOfViews()) {
+    bundle_.parameters = LensModelOf(options.model).parameters;
+    bundle_.threads = std::max(options.threads, 1);
+    bundle_.discRadius = options.discRadius;
+    bundle_.progress = [this, points = CountOf(target_.views)](int, double cost) {
+      ++iterations_;
+      givenUp_ = givenUp_ || (options_.progress && !options_.progress(iterations_, std::sqrt(cost / points)));
+      return !givenUp_;
+    };
+  }
+
+  RigResult Run() {
+    std::vector<TargetView> views = target_.views;
+    CalibrationProblem start = solver::StartOf(KnownRig(views), Seen(views));
+    start.estimated.intrinsics = options_.intrinsics.empty();
+    Solution solution = solver::CalibrateRig(start, options_.robust, bundle_);
+    RequireResult(solution, "The views agree with no rig.");
+    TranslateNumbers(solution);
+    return ResultOf(solution);
+  }
+
+ private:
+  /// The views that any camera saw.
+  std::vector<size_t> ViewsWithTarget() const {
+    std::vector<size_t> views;
+    for (size_t i = 0; i < records_.objectPoints.size(); ++i) {
+      const bool seen = std::any_of(records_.imagePoints.begin(), records_.imagePoints.end(),
+                                    [i](const auto& camera) { return !camera[i].empty(); });
+      if (seen) views.push_back(i);
+    }
+    Require(!views.empty(), "No camera saw the target.");
+    return views;
+  }
+
+  solver::Target TargetOfViews() const {
+    solver::ObjectPoints object;
+    std::vector<solver::ImagePoints> images(records_.imagePoints.size());
+    for (const size_t view : views_) {
+      object.push_back(records_.objectPoints[view]);
+      for (size_t i = 0; i < images.size(); ++i) images[i].push_back(records_.imagePoints[i][view]);
+    }
+    return solver::TargetOf(object, images);
+  }
+
+  void RequireResult(const Solution& solution, const std::string& text) const {
+    if (givenUp_) Fail(cv::Error::StsError, "The computation was given up.");
+    if (!solution.usable) Fail(cv::Error::StsNoConv, text);
+  }
+
+  /// Each camera's intrinsics, given or from its own images. Images that are none of the target are taken
+  /// from the views.
+  Rig KnownRig(std::vector<TargetView>& views) {
+    Rig rig;
+    for (size_t i = 0; i < records_.imagePoints.size(); ++i) {
+      Camera camera;
+      camera.imageSize = records_.imageSizes[i];
+      camera.intrinsics = options_.intrinsics.empty() ? IntrinsicsFrom(i, views) : GivenIntrinsics(i);
+      rig.cameras.push_back(camera);
+    }
+    return rig;
+  }
+
+  Intrinsics GivenIntrinsics(size_t camera) const {
+    const KnownIntrinsics& given = options_.intrinsics[camera];
+    Require(given.K.rows == 3 && given.K.cols == 3 && !given.D.empty() && given.D.total() <= 14,
+            "The intrinsics of camera " + std::to_string(camera) +
+                " are no camera matrix with 1 to 14 coefficients.");
+    return solver::KnownIntrinsics(given.K, given.D, MODEL_FULL);
+  }
+
+  Intrinsics IntrinsicsFrom(size_t camera, std::vector<TargetView>& views) {
+    const std::string name = "camera " + std::to_string(camera);
+    std::vector<size_t> seen;
+    std::vector<TargetView> own;
+    for (size_t i = 0; i < views.size(); ++i) {
+      if (views[i].observations[camera].IsEmpty()) continue;
+      seen.push_back(i);
+      own.push_back({{}, {views[i].observations[camera]}});
+    }
+    Require(seen.size() >= FEWEST_VIEWS,
+            "C" + name.substr(1) + " saw the target in " + std::to_string(seen.size()) +
+                " views: three are the fewest that its intrinsics can be computed from.");
+    const Solution alone =
+        solver::CalibrateCamera(own, records_.imageSizes[camera], options_.robust, bundle_);
+    RequireResult(alone, "The views of " + name + " agree with no camera.");
+    for (const Rejected& rejected : alone.rejected) {
+      if (rejected.point != Rejected::WHOLE_VIEW) continue;
+      views[seen[rejected.view]].observations[camera] = {};
+      early_.push_back(
+          {seen[rejected.view], Rejected::WHOLE_VIEW, rejected.residual, rejected.reason, camera});
+    }
+    return alone.rig.cameras.front().intrinsics;
+  }
+
+  /// Those of the views that are left to be seen by a camera.
+  std::vector<TargetView> Seen(const std::vector<TargetView>& views) {
+    std::vector<TargetView> seen;
+    for (size_t i = 0; i < views.size(); ++i) {
+      if (CountOf(views[i].observations) == 0.0) continue;
+      seen.push_back(views[i]);
+      given_.push_back(i);
+    }
+    return seen;
+  }
+
+  /// From the numbers of the views that were computed from to those of the records.
+  void TranslateNumbers(Solution& solution) const {
+    for (Rejected& rejected : solution.rejected) rejected.view = given_[rejected.view];
+    for (size_t& view : solution.kept) view = given_[view];
+    solution.rejected.insert(solution.rejected.begin(), early_.begin(), early_.end());
+  }
+
+  RigResult ResultOf(const Solution& solution) const {
+    RigResult result;
+    result.rms = RmsOf(solution);
+    result.verdict = JudgeRig(solution);
+    for (PairVerdict::Disagreement& moved : result.verdict.disagreements) moved.view = views_[moved.view];
+    for (const Rejected& rejected : solution.rejected) {
+      result.leftOut.push_back(
+          {views_[rejected.view], rejected.camera, rejected.point, rejected.residual, rejected.reason});
+    }
+    result.views.resize(records_.objectPoints.size());
+    for (RigView& view : result.views) view.rms.assign(solution.rig.cameras.size(), -1.0);
+    for (size_t i = 0; i < solution.views.size(); ++i)
+      CopyView(solution, i, result.views[views_[solution.kept[i]]]);
+    const Eigen::MatrixXd covariance = solver::SharedCovariance(solution);
+    for (size_t i = 0; i < solution.rig.cameras.size(); ++i) {
+      result.cameras.push_back(CameraOf(solution, i, covariance));
+    }
+    return result;
+  }
+
+  void CopyView(const Solution& solution, size_t number, RigView& view) const {
+    const RigidTransform& pose = solution.views[number].rigFromTarget;
+    cv::Rodrigues(pose.R, view.rvec);
+    view.tvec = pose.t - pose.R * target_.middles[solution.kept[number]];
+    view.used = true;
+    for (size_t i = 0; i < view.rms.size(); ++i) {
+      const double count = solution.views[number].observations[i].Count();
+      if (count > 0.0) view.rms[i] = std::sqrt(solution.equations[number].costs[i] / count);
+    }
+  }
+
+  static RigCamera CameraOf(const Solution& solution, size_t number, const Eigen::MatrixXd& covariance) {
+    const Camera& camera = solution.rig.cameras[number];
+    RigCamera result;
+    result.imageSize = camera.imageSize;
+    result.K = solver::CameraMatrixOf(camera.intrinsics);
+    result.D = solver::CoefficientsOf(camera.intrinsics);
+    result.R = camera.cameraFromRig.R;
+    result.T = camera.cameraFromRig.t;
+    double cost = 0.0;
+    double points = 0.0;
+    for (size_t i = 0; i < solution.views.size(); ++i) {
+      const double count = solution.views[i].observations[number].Count();
+      cost += solution.equations[i].costs[number];
+      points += count;
+      result.views += count > 0.0 ? 1 : 0;
+    }
+    result.rms = std::sqrt(cost / std::max(points, 1.0));
+    CopyDeviations(LayoutOf(solution.rig, solution.estimated).cameras[number], covariance, result);
+    return result;
+  }
+
+  static void CopyDeviations(const Layout::Place& place, const Eigen::MatrixXd& covariance,
+                             RigCamera& result) {
+    result.stdDevIntrinsics = cv::Mat::zeros(FULL_PARAMETERS, 1, CV_64F);
+    if (covariance.size() == 0) return;
+    const auto deviation = [&](int i) { return std::sqrt(covariance(i, i)); };
+    for (int i = 0; i < place.count; ++i)
+      result.stdDevIntrinsics.at<double>(i) = deviation(place.intrinsics + i);
+    for (int i = 0; i < 3 && place.pose != Layout::FIXED; ++i) {
+      result.rotationDeviation[i] = deviation(place.pose + i) * 180.0 / CV_PI;
+      result.translationDeviation[i] = deviation(place.pose + 3 + i);
+    }
+  }
+
+  const RigRecords& records_;
+  const RigOptions& options_;
+  const std::vector<size_t> views_;  ///< of the records, those that any camera saw
+  const solver::Target target_;
+  solver::BundleOptions bundle_;
+  std::vector<size_t> given_;    ///< of views_, those that the rig is computed from
+  std::vector<Rejected> early_;  ///< images that were no image of the target, by the numbers of views_
+  int iterations_ = 0;
+  bool givenUp_ = false;
+};
+
+}  // namespace
+
+RigResult CalibrateRig(const RigRecords& records, const RigOptions& options) {
+  RequireMatching(records, options);
+  return RigComputation(records, options).Run();
+}
+
+}  // namespace velmora

@@ -1,0 +1,113 @@
+/// Judges a computed rig of cameras.
+#include "quality/RigJudge.h"
+
+#include <algorithm>
+
+#include "quality/Disagreement.h"
+#include "quality/Judge.h"
+#include "quality/PoseDeviations.h"
+#include "solver/Covariance.h"
+
+namespace velmora {
+
+namespace {
+
+using Grade = RigVerdict::Grade;
+
+constexpr double MANY_MOVED = 0.25;  // share of the views
+constexpr double APART = 5.0;        // the median of all views
+constexpr int FEW_VIEWS = 8;
+
+void AddRemark(RigVerdict& verdict, Grade grade, const std::string& reason, const std::string& advice) {
+  verdict.grade = std::max(verdict.grade, grade);
+  verdict.remarks.push_back({reason, advice});
+}
+
+/// Views in which the camera saw the target together with another one.
+int LinkingViews(const Solution& solution, size_t camera) {
+  const auto links = [camera](const TargetView& view) {
+    const auto images = std::count_if(view.observations.begin(), view.observations.end(),
+                                      [](const Observation& image) { return !image.IsEmpty(); });
+    return images > 1 && !view.observations[camera].IsEmpty();
+  };
+  return static_cast<int>(std::count_if(solution.views.begin(), solution.views.end(), links));
+}
+
+void Measure(const Solution& solution, RigVerdict& verdict) {
+  const Layout layout = LayoutOf(solution.rig, solution.estimated);
+  const Eigen::MatrixXd formal = solver::SharedCovariance(solution);
+  const Eigen::MatrixXd jackknife = solver::JackknifeCovariance(solution);
+  for (size_t i = 1; i < solution.rig.cameras.size(); ++i) {
+    const cv::Vec3d& T = solution.rig.cameras[i].cameraFromRig.t;
+    verdict.formal.push_back(DeviationsOf(formal, layout.cameras[i].pose, T));
+    verdict.jackknife.push_back(DeviationsOf(jackknife, layout.cameras[i].pose, T));
+  }
+  const std::vector<double> apart = DisagreementsOf(solution);
+  verdict.disagreement = UsualDisagreement(apart);
+  for (const PairVerdict::Disagreement& moved : MovedViews(apart)) {
+    verdict.disagreements.push_back({solution.kept[moved.view], moved.factor});
+  }
+}
+
+void JudgePoses(const Solution& solution, RigVerdict& verdict) {
+  const char* const more =
+      "Take more views that it shares with other cameras, tilted to all sides, near and far.";
+  for (size_t i = 1; i < solution.rig.cameras.size(); ++i) {
+    const std::string name = "camera " + std::to_string(i);
+    const PairVerdict::Deviations known = Larger(verdict.formal[i - 1], verdict.jackknife[i - 1]);
+    if (Beyond(known, WORTHLESS_POSE)) {
+      AddRemark(verdict, Grade::Worthless,
+                "The views do not determine how " + name + " stands to the first one.", more);
+    } else if (Beyond(known, CAREFUL_POSE)) {
+      AddRemark(verdict, Grade::WithCare, "How " + name + " stands to the first one is known only roughly.",
+                more);
+    }
+    if (LinkingViews(solution, i) < FEW_VIEWS) {
+      AddRemark(verdict, Grade::WithCare, "There are few views that " + name + " shares with others.",
+                "Take ten such views or more.");
+    }
+  }
+}
+
+void JudgeAgreement(RigVerdict& verdict, size_t views) {
+  const auto moved = static_cast<double>(verdict.disagreements.size());
+  if (moved > MANY_MOVED * static_cast<double>(views)) {
+    AddRemark(verdict, Grade::Worthless, "The images of many views do not show the sheet at the same place.",
+              "Have all cameras take their images at the same time, and hold the sheet still.");
+  } else if (moved > 0.0) {
+    AddRemark(verdict, Grade::WithCare, "The images of a view do not show the sheet at the same place.",
+              "Leave that view out: the sheet or a camera moved, or the images are not of the same time.");
+  }
+  bool disagree = verdict.disagreement > APART;
+  for (size_t i = 0; i < verdict.formal.size(); ++i) {
+    disagree = disagree || Disagrees(verdict.jackknife[i], verdict.formal[i]);
+  }
+  if (disagree) {
+    AddRemark(verdict, Grade::WithCare, "The views disagree more than noise explains.",
+              "Check that the cameras are fixed to each other and take their images at the same time, that "
+              "the sheet is "
+              "flat, and that given intrinsics are those of these cameras.");
+  }
+}
+
+void JudgeCameras(const Solution& solution, RigVerdict& verdict) {
+  if (!solution.estimated.intrinsics) return;
+  for (size_t i = 0; i < solution.rig.cameras.size(); ++i) {
+    verdict.cameras.push_back(JudgeCamera(solution, i, [] { return std::string(); }));
+    verdict.grade = std::max(verdict.grade, verdict.cameras.back().grade);
+  }
+}
+
+}  // namespace
+
+RigVerdict JudgeRig(const Solution& solution) {
+  RigVerdict verdict;
+  verdict.grade = Grade::Good;
+  Measure(solution, verdict);
+  JudgePoses(solution, verdict);
+  JudgeAgreement(verdict, solution.views.size());
+  JudgeCameras(solution, verdict);
+  return verdict;
+}
+
+}  // namespace velmora

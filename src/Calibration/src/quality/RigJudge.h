@@ -1,0 +1,12 @@
+/// Judges a computed rig of cameras.
+#pragma once
+
+#include "model/Solution.h"
+#include "velmora/RigVerdict.h"
+
+namespace velmora {
+
+/// Of a solution of two cameras or more. Cameras are numbered from 0 in its words.
+RigVerdict JudgeRig(const Solution& solution);
+
+}  // namespace velmora
