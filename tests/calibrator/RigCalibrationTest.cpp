@@ -1,0 +1,174 @@
+/// Rigs of several cameras against the rendered world's truth.
+#include "velmora/RigCalibration.h"
+
+#include <gtest/gtest.h>
+
+#include <opencv2/calib3d.hpp>
+
+#include "Arrangement.h"
+#include "Calibrator.h"
+#include "Shots.h"
+#include "model/TargetGeometry.h"
+#include "unit/Collection.h"
+
+namespace {
+
+using velmora::RigOptions;
+using velmora::RigRecords;
+using velmora::RigResult;
+
+constexpr double NOISE = 0.1;  // pixels
+
+world::Camera Single() {
+  return world::CameraFromFieldOfView(unit::FRAME, 62.0, {-0.21, 0.06, 0.0008, -0.0006, -0.008});
+}
+
+world::Rig Row() {
+  return world::RowRig(Single(), 3, 0.12);
+}
+world::Rig Ring() {
+  return world::RingRig(Single(), 5, world::RingRadius(Single()), world::RingAngle(5));
+}
+
+RigRecords RecordsOf(const world::Rig& rig, int shots, double noise = NOISE, std::uint64_t seed = 1) {
+  const world::Sheet sheet(unit::GRID, static_cast<double>(unit::UNIT));
+  RigRecords records;
+  records.imagePoints.resize(rig.cameras.size());
+  for (const world::RigCamera& camera : rig.cameras) records.imageSizes.push_back(camera.size);
+  for (const world::ShotPoints& shot :
+       world::PointsOf(rig, world::SampleRigShots(rig, shots, seed, sheet), sheet, noise, seed)) {
+    records.objectPoints.push_back(velmora::MakeObjectTemplate(unit::GRID, unit::UNIT));
+    for (size_t i = 0; i < shot.size(); ++i) records.imagePoints[i].push_back(shot[i]);
+  }
+  return records;
+}
+
+double DegreesBetween(const cv::Matx33d& a, const cv::Matx33d& b) {
+  cv::Vec3d rotation;
+  cv::Rodrigues(a * b.t(), rotation);
+  return cv::norm(rotation) * 180.0 / CV_PI;
+}
+
+void ExpectTruth(const RigResult& result, const world::Rig& truth, double degrees, double metres) {
+  ASSERT_EQ(result.cameras.size(), truth.cameras.size());
+  for (size_t i = 0; i < truth.cameras.size(); ++i) {
+    EXPECT_LT(DegreesBetween(result.cameras[i].R, truth.cameras[i].R), degrees) << "camera " << i;
+    EXPECT_LT(cv::norm(result.cameras[i].T - truth.cameras[i].T), metres) << "camera " << i;
+  }
+}
+
+RigOptions Given(const world::Rig& rig) {
+  RigOptions options;
+  for (const world::RigCamera& camera : rig.cameras) {
+    options.intrinsics.push_back(
+        {cv::Mat(camera.lens.K()).clone(), cv::Mat(camera.lens.D()).reshape(1, 1).clone()});
+  }
+  return options;
+}
+
+std::string FaultOf(const RigRecords& records, const RigOptions& options = {}) {
+  try {
+    velmora::CalibrateRig(records, options);
+  } catch (const cv::Exception& fault) {
+    return fault.err;
+  }
+  return "";
+}
+
+TEST(RigCalibration, FindsThreeCamerasInARow) {
+  RigOptions options;
+  options.model = Calibrator::MODEL_CLASSIC;
+  const RigResult result = velmora::CalibrateRig(RecordsOf(Row(), 80), options);
+  ExpectTruth(result, Row(), 0.05, 0.0005);
+  EXPECT_NEAR(result.rms, NOISE * std::sqrt(2.0), 0.01);
+  EXPECT_TRUE(result.leftOut.size() < 20U);
+  EXPECT_EQ(result.verdict.Words(), "good");
+}
+
+TEST(RigCalibration, FindsFiveCamerasInARingOfWhichNoViewIsSeenByAll) {
+  const RigRecords records = RecordsOf(Ring(), 240);
+  for (size_t view = 0; view < records.objectPoints.size(); ++view) {
+    size_t images = 0;
+    for (const auto& camera : records.imagePoints) images += camera[view].empty() ? 0U : 1U;
+    ASSERT_LT(images, records.imagePoints.size());
+  }
+  RigOptions options;
+  options.model = Calibrator::MODEL_CLASSIC;
+  ExpectTruth(velmora::CalibrateRig(records, options), Ring(), 0.05, 0.0005);
+}
+
+TEST(RigCalibration, LeavesGivenIntrinsicsAsTheyAre) {
+  const world::Rig rig = Row();
+  const RigOptions options = Given(rig);
+  const RigResult result = velmora::CalibrateRig(RecordsOf(rig, 15), options);
+  ExpectTruth(result, rig, 0.05, 0.0005);
+  for (size_t i = 0; i < rig.cameras.size(); ++i) {
+    EXPECT_EQ(cv::norm(result.cameras[i].K, options.intrinsics[i].K, cv::NORM_INF), 0.0);
+    EXPECT_EQ(cv::countNonZero(result.cameras[i].stdDevIntrinsics), 0);
+    EXPECT_GT(result.cameras[i].views, 0);
+  }
+  EXPECT_TRUE(result.verdict.cameras.empty());
+}
+
+TEST(RigCalibration, LeavesOutWhatWasSpoilt) {
+  const world::Rig rig = Row();
+  RigRecords records = RecordsOf(rig, 30);
+  records.imagePoints[0][3][7] += cv::Point2d(9.0, -4.0);
+  std::reverse(records.imagePoints[1][4].begin(), records.imagePoints[1][4].end());
+  ASSERT_FALSE(records.imagePoints[0][3].empty());
+  ASSERT_FALSE(records.imagePoints[1][4].empty());
+  RigOptions options;
+  options.model = Calibrator::MODEL_CLASSIC;
+  const RigResult result = velmora::CalibrateRig(records, options);
+  ExpectTruth(result, rig, 0.05, 0.0005);
+  const auto isLeftOut = [&](size_t view, size_t camera, int point) {
+    return std::any_of(result.leftOut.begin(), result.leftOut.end(), [&](const velmora::RigLeftOut& item) {
+      return item.view == view && item.camera == camera && item.point == point;
+    });
+  };
+  EXPECT_TRUE(isLeftOut(3, 0, 7));
+  EXPECT_TRUE(isLeftOut(4, 1, -1));
+  EXPECT_EQ(result.views[4].rms[1], -1.0);
+}
+
+TEST(RigCalibration, NamesACameraThatIsLinkedToNone) {
+  RigRecords records = RecordsOf(Ring(), 40);
+  for (size_t view = 0; view < records.objectPoints.size(); ++view) {
+    if (records.imagePoints[2][view].empty()) continue;
+    for (const size_t other : {0U, 1U, 3U, 4U}) records.imagePoints[other][view].clear();
+  }
+  const std::string fault = FaultOf(records);
+  EXPECT_NE(fault.find("Camera 2 never saw the target together with"), std::string::npos) << fault;
+}
+
+TEST(RigCalibration, SaysWhatItCannotWorkWith) {
+  RigRecords records = RecordsOf(Row(), 12);
+  for (size_t view = 2; view < records.objectPoints.size(); ++view) records.imagePoints[1][view].clear();
+  EXPECT_NE(FaultOf(records).find("Camera 1 saw the target in"), std::string::npos) << FaultOf(records);
+  RigOptions given = Given(Row());
+  given.intrinsics.pop_back();
+  EXPECT_NE(FaultOf(RecordsOf(Row(), 5), given).find("give all or none"), std::string::npos);
+  EXPECT_EQ(FaultOf({}), "A rig has two cameras or more.");
+  RigOptions impatient;
+  impatient.progress = [](int, double) { return false; };
+  EXPECT_EQ(FaultOf(RecordsOf(Row(), 12), impatient), "The computation was given up.");
+}
+
+TEST(RigCalibration, PutsTheTargetWhereItWas) {
+  const world::Rig rig = Row();
+  const world::Sheet sheet(unit::GRID, static_cast<double>(unit::UNIT));
+  const std::vector<world::Pose> shots = world::SampleRigShots(rig, 20, 1, sheet);
+  const RigResult result = velmora::CalibrateRig(RecordsOf(rig, 20, 0.0), Given(rig));
+  for (size_t i = 0; i < shots.size(); ++i) {
+    ASSERT_TRUE(result.views[i].used);
+    std::vector<cv::Point2d> pixels;
+    const auto object = velmora::MakeObjectTemplate(unit::GRID, unit::UNIT);
+    const auto seen = RecordsOf(rig, 20, 0.0).imagePoints[0][i];
+    if (seen.empty()) continue;
+    cv::projectPoints(object, result.views[i].rvec, result.views[i].tvec, result.cameras[0].K,
+                      result.cameras[0].D, pixels);
+    for (size_t k = 0; k < pixels.size(); ++k) EXPECT_LT(cv::norm(pixels[k] - seen[k]), 0.01);
+  }
+}
+
+}  // namespace
