@@ -27,9 +27,19 @@ struct VELMORA_API PairVerdict {
     double factor = 0.0;  ///< how far apart they put it, in units of the noise; 1 is usual
   };
 
+  /// What the computation did not use.
+  struct LeftOut {
+    size_t view = 0;
+    bool right = false;     ///< of the right camera, else of the left one
+    int point = -1;         ///< -1: the whole image
+    double residual = 0.0;  ///< pixels
+    std::string reason;
+  };
+
   Grade grade = Grade::None;  ///< None: there is no result to judge
   std::vector<Remark> remarks;
-  int views = 0;
+  std::vector<LeftOut> leftOut;
+  int views = 0;               ///< of which both images were used
   bool lensesRefined = false;  ///< with the pair
   Deviations formal;
   Deviations jackknife;
@@ -37,6 +47,8 @@ struct VELMORA_API PairVerdict {
   Deviations withLenses;
   double disagreement = 0.0;  ///< the median of that of all views
   std::vector<Disagreement> disagreements;
+  /// Metres from the sheet's lowest dot to its highest, where its bend moves the result; else 0.
+  double sheetBend = 0.0;
 
   /// Takes a camera's own verdict into account, where the lenses of the pair are those of that result and
   /// held. `side` is "left" or "right".

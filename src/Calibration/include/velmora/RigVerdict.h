@@ -23,6 +23,8 @@ struct VELMORA_API RigVerdict {
       0.0;  ///< the median over the views of how far apart their images put the sheet; 1 is usual
   std::vector<PairVerdict::Disagreement>
       disagreements;  ///< views whose images do not show the sheet at the same place
+  /// Metres from the sheet's lowest dot to its highest, where its bend moves the result; else 0.
+  double sheetBend = 0.0;
   /// Of each camera's intrinsics; none of them where these were given.
   std::vector<CalibrationVerdict> cameras;
 

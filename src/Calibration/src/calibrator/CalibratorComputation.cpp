@@ -51,6 +51,7 @@ float Calibrator::ComputeCalibration(const int& model) {
   solver_->rejected = std::move(solved.rejected);
   solver_->usedRobust = solved.robust;
   solver_->tooFewAgree = solved.tooFewAgree;
+  solver_->solution = std::move(solved.solution);
   solver_->usedDiscRadius = settings.discRadius;
   progress.Complete();
   return results_.rms;

@@ -9,7 +9,8 @@
 #include "finder/FinderChoice.h"
 #include "foundation/OneLine.h"
 #include "quality/NextPose.h"
-#include "solver/OpenCvMatrices.h"
+#include "solver/SparseIntrinsics.h"
+#include "solver/Target.h"
 
 using namespace velmora;
 
@@ -30,8 +31,7 @@ Seen SeenIn(const std::vector<std::vector<cv::Point3d>>& objectPoints,
   try {
     seen.target = solver::TargetOf(objectPoints, imagePoints);
     if (imagePoints.size() < ENOUGH_FOR_A_LENS) return seen;
-    const SparseResult result = SolveIntrinsicsSparsely(objectPoints, imagePoints, imageSize, model, options);
-    seen.solution = solver::SolutionFrom(seen.target, result, imageSize, options.discRadius);
+    seen.solution = *SolveIntrinsicsSparsely(objectPoints, imagePoints, imageSize, model, options).solution;
   } catch (const cv::Exception& fault) {
     Log::debug("No camera for a proposal: %s", OneLine(fault.what()).c_str());
   }

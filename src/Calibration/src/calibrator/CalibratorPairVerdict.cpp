@@ -10,7 +10,8 @@ PairVerdict Calibrator::GetPairVerdict() {
   std::unique_lock<std::mutex> data(dataLock_);
   if (solver_->usedPairs != records_.objectRecords.size()) return {};
   const PairRecords records{records_.objectRecords, records_.imageRecords,   records_.imageRecordsRight,
-                            solver_->usedPairModel, solver_->usedRefinement, solver_->usedDiscRadius};
+                            solver_->usedPairModel, solver_->usedRefinement, solver_->usedDiscRadius,
+                            solver_->pairSolution};
   const StereoIntrinsics lenses = solver_->usedLenses;
   const cv::Mat R = results_.R;
   const cv::Mat T = results_.T;

@@ -11,6 +11,34 @@
 
 using namespace velmora;
 
+namespace {
+
+void TellLeftOut(const std::vector<Rejected>& rejected) {
+  for (const Rejected& item : rejected) {
+    if (item.point == Rejected::WHOLE_VIEW) {
+      Log::warn("View %zu is left out: %s (%.2f px).", item.view, item.reason.c_str(), item.residual);
+    } else {
+      Log::warn("Point %d of view %zu is left out: %s (%.2f px).", item.point, item.view, item.reason.c_str(),
+                item.residual);
+    }
+  }
+}
+
+void TellLeftOutOfPair(const std::vector<Rejected>& rejected) {
+  for (const Rejected& item : rejected) {
+    const char* const side = item.camera == 0 ? "left" : "right";
+    if (item.point == Rejected::WHOLE_VIEW) {
+      Log::warn("The %s image of view %zu is left out: %s (%.2f px).", side, item.view, item.reason.c_str(),
+                item.residual);
+    } else {
+      Log::warn("Point %d of the %s image of view %zu is left out: %s (%.2f px).", item.point, side,
+                item.view, item.reason.c_str(), item.residual);
+    }
+  }
+}
+
+}  // namespace
+
 void Calibrator::SetSolver(const int& solver) {
   if (solver != SOLVER_OPENCV && solver != SOLVER_SPARSE) {
     Log::error("There is no solver %d.", solver);
@@ -62,6 +90,7 @@ CalibrationVerdict Calibrator::GetVerdict() {
   result.rejected = solver_->rejected;
   result.robust = solver_->usedRobust;
   result.tooFewAgree = solver_->tooFewAgree;
+  result.solution = solver_->solution;
   const double discRadius = solver_->usedDiscRadius;
   data.unlock();
   return JudgeIntrinsics(objectPoints, imagePoints, {frameWidth_, frameHeight_}, result, discRadius);
@@ -94,14 +123,7 @@ SparseResult Calibrator::SolverChoice::Settings::Solve(
   options.discRadius = discRadius;
   options.progress = progress;
   solved = SolveIntrinsicsSparsely(objectPoints, imagePoints, imageSize, model, options);
-  for (const Rejected& item : solved.rejected) {
-    if (item.point == Rejected::WHOLE_VIEW) {
-      Log::warn("View %zu is left out: %s (%.2f px).", item.view, item.reason.c_str(), item.residual);
-    } else {
-      Log::warn("Point %d of view %zu is left out: %s (%.2f px).", item.point, item.view, item.reason.c_str(),
-                item.residual);
-    }
-  }
+  TellLeftOut(solved.rejected);
   return solved;
 }
 
@@ -113,9 +135,11 @@ ExtrinsicsResult Calibrator::SolverChoice::Settings::SolvePair(
   if (solver != SOLVER_SPARSE) {
     return SolveExtrinsics(objectPoints, leftPoints, rightPoints, intrinsics, imageSize, model);
   }
-  const SparsePairOptions options{discRadius, 1, progress};
-  return refineLenses
-             ? RefinePairSparsely(objectPoints, leftPoints, rightPoints, intrinsics, imageSize, model,
-                                  options)
-             : SolveExtrinsicsSparsely(objectPoints, leftPoints, rightPoints, intrinsics, model, options);
+  const SparsePairOptions options{discRadius, 1, progress, robust};
+  ExtrinsicsResult solved =
+      refineLenses
+          ? RefinePairSparsely(objectPoints, leftPoints, rightPoints, intrinsics, imageSize, model, options)
+          : SolveExtrinsicsSparsely(objectPoints, leftPoints, rightPoints, intrinsics, model, options);
+  TellLeftOutOfPair(solved.solution->rejected);
+  return solved;
 }

@@ -120,6 +120,7 @@ float Calibrator::ComputeCalibrationStereo(const std::string& left, const std::s
   solver_->usedPairs = records.objectRecords.size();
   solver_->usedPairModel = model;
   solver_->usedRefinement = settings.refineLenses;
+  solver_->pairSolution = std::move(solved.solution);
   progress.Complete();
   return results_.rms;
 }

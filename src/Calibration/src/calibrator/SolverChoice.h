@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <opencv2/core.hpp>
 #include <vector>
@@ -64,11 +65,13 @@ struct Calibrator::SolverChoice {
   std::vector<velmora::Rejected> rejected;
   bool usedRobust = false;
   bool tooFewAgree = false;
+  std::shared_ptr<const velmora::Solution> solution;  ///< null where OpenCV's solver found it
   double usedDiscRadius = 0.0;
   /// Of the last pair's result, if there is one: the number of snapshots, the lenses that it was found with,
   /// the lens model, and whether the lenses were refined.
   size_t usedPairs = 0;
   velmora::StereoIntrinsics usedLenses;
+  std::shared_ptr<const velmora::Solution> pairSolution;
   int usedPairModel = MODEL_CLASSIC;
   bool usedRefinement = false;
 };

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <iomanip>
 #include <limits>
+#include <memory>
 #include <opencv2/imgproc.hpp>
 #include <sstream>
 
@@ -241,10 +242,13 @@ CalibrationVerdict JudgeIntrinsics(const std::vector<std::vector<cv::Point3d>>& 
       result.tvecs.rows != result.rvecs.rows) {
     return {};
   }
-  const Solution solution =
-      solver::SolutionFrom(solver::TargetOf(objectPoints, imagePoints), result, imageSize, discRadius);
+  const auto solution =
+      result.solution != nullptr
+          ? result.solution
+          : std::make_shared<const Solution>(solver::SolutionFrom(solver::TargetOf(objectPoints, imagePoints),
+                                                                  result, imageSize, discRadius));
   solver::LargerModel larger(objectPoints, imagePoints, imageSize, result, discRadius);
-  return JudgeCamera(solution, 0, [&larger] { return larger.Name(); });
+  return JudgeCamera(*solution, 0, [&larger] { return larger.Name(); });
 }
 
 }  // namespace velmora

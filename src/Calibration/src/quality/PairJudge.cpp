@@ -3,10 +3,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
+#include <utility>
 
 #include "model/LensModel.h"
 #include "quality/Disagreement.h"
 #include "quality/PoseDeviations.h"
+#include "quality/SheetEffect.h"
 #include "solver/BundleAdjustment.h"
 #include "solver/Covariance.h"
 #include "solver/DiscBias.h"
@@ -29,29 +32,39 @@ Deviations OfRight(const Eigen::MatrixXd& covariance, const cv::Vec3d& T) {
   return DeviationsOf(covariance, covariance.rows() - POSE_PARAMETERS, T);
 }
 
-/// The result with the poses that fit it best, and the image points that count. Its equations are those of a
-/// rig of which everything is estimated.
-Solution SolutionOf(const PairRecords& records, const StereoIntrinsics& lenses,
-                    const RigidTransform& rightFromLeft) {
+/// Another solver's result with the poses that fit it best.
+Solution PosesFor(const PairRecords& records, const StereoIntrinsics& lenses,
+                  const RigidTransform& rightFromLeft) {
   const solver::Target target =
       solver::PairTargetOf(records.objectPoints, records.leftPoints, records.rightPoints);
   CalibrationProblem start = solver::StartOf(solver::KnownPair(lenses, records.model), target.views);
   start.rig.cameras[1].cameraFromRig = rightFromLeft;
-  const int parameters = LensModelOf(records.model).parameters;
-  for (Camera& camera : start.rig.cameras) camera.intrinsics.estimated = parameters;
   Solution poses = solver::SolvePoses(start.rig, start.views);
-  if (records.discRadius > 0.0 && poses.usable) {
-    std::vector<TargetView> corrected =
-        solver::WithoutDiscBias(start.views, start.rig, poses.views, records.discRadius);
-    for (size_t i = 0; i < corrected.size(); ++i) corrected[i].rigFromTarget = poses.views[i].rigFromTarget;
-    poses = solver::SolvePoses(start.rig, std::move(corrected));
+  if (records.discRadius == 0.0 || !poses.usable) return poses;
+  std::vector<TargetView> corrected =
+      solver::WithoutDiscBias(start.views, start.rig, poses.views, records.discRadius);
+  for (size_t i = 0; i < corrected.size(); ++i) corrected[i].rigFromTarget = poses.views[i].rigFromTarget;
+  return solver::SolvePoses(start.rig, std::move(corrected));
+}
+
+/// With the equations of a pair of which everything is estimated.
+Solution SolutionOf(const PairRecords& records, const StereoIntrinsics& lenses,
+                    const RigidTransform& rightFromLeft) {
+  Solution found = records.solution != nullptr ? *records.solution : PosesFor(records, lenses, rightFromLeft);
+  if (found.kept.empty()) {
+    found.kept.resize(found.views.size());
+    std::iota(found.kept.begin(), found.kept.end(), size_t{0});
   }
-  Solution solution = solver::EvaluatedAt({poses.rig, poses.views, {}, {}});
+  if (found.estimated.intrinsics) return found;
+  Rig rig = found.rig;
+  for (Camera& camera : rig.cameras) camera.intrinsics.estimated = LensModelOf(records.model).parameters;
+  Solution solution = solver::EvaluatedAt({rig, found.views, {}, {}});
   const int shared =
       records.lensesRefined ? LayoutOf(solution.rig, solution.estimated).shared : POSE_PARAMETERS;
   solution.priors =
       solver::WeakPriors(solution.rig, solution.views, NoiseVariance(solution.cost, solution.views, shared));
-  solution.discRadius = records.discRadius;
+  solution.kept = found.kept;
+  solution.rejected = found.rejected;
   return solution;
 }
 
@@ -64,7 +77,29 @@ void Measure(const Solution& solution, PairVerdict& verdict) {
   verdict.jackknife = OfRight(solver::JackknifeCovariance(solution, first), T);
   const std::vector<double> apart = DisagreementsOf(solution);
   verdict.disagreement = UsualDisagreement(apart);
-  verdict.disagreements = MovedViews(apart);
+  for (const PairVerdict::Disagreement& moved : MovedViews(apart)) {
+    verdict.disagreements.push_back({solution.kept[moved.view], moved.factor});
+  }
+}
+
+void CopyLeftOut(const Solution& solution, PairVerdict& verdict) {
+  for (const Rejected& rejected : solution.rejected) {
+    verdict.leftOut.push_back(
+        {rejected.view, rejected.camera == 1, rejected.point, rejected.residual, rejected.reason});
+  }
+  verdict.views = static_cast<int>(
+      std::count_if(solution.views.begin(), solution.views.end(), [](const TargetView& view) {
+        return !view.observations[0].IsEmpty() && !view.observations[1].IsEmpty();
+      }));
+}
+
+void JudgeSheet(const Solution& solution, PairVerdict& verdict) {
+  if (verdict.grade == Grade::Worthless) return;
+  const SheetEffect effect = EffectOfSheet(solution);
+  if (effect.reason.empty()) return;
+  verdict.sheetBend = effect.bend;
+  verdict.grade = std::max(verdict.grade, Grade::WithCare);
+  verdict.remarks.push_back({effect.reason, effect.advice});
 }
 
 void Grant(PairVerdict& verdict, Grade grade, const char* reason, const char* advice) {
@@ -133,7 +168,7 @@ PairVerdict JudgePair(const PairRecords& records, const StereoIntrinsics& lenses
   }
   const Solution solution = SolutionOf(records, lenses, {cv::Matx33d(R), cv::Vec3d(T.ptr<double>())});
   verdict.grade = solution.usable ? Grade::Good : Grade::Worthless;
-  verdict.views = static_cast<int>(records.objectPoints.size());
+  CopyLeftOut(solution, verdict);
   verdict.lensesRefined = records.lensesRefined;
   if (!solution.usable) {
     verdict.formal = verdict.jackknife = verdict.withLenses = UNKNOWN_POSE;
@@ -144,6 +179,7 @@ PairVerdict JudgePair(const PairRecords& records, const StereoIntrinsics& lenses
   Measure(solution, verdict);
   JudgeDeviations(LensModelOf(records.model).parameters == FULL_PARAMETERS, verdict);
   JudgeAgreement(verdict);
+  JudgeSheet(solution, verdict);
   return verdict;
 }
 

@@ -1,7 +1,11 @@
 /// Judges a computed pair of cameras.
 #pragma once
 
+#include <memory>
+#include <vector>
+
 #include "PairVerdict.h"
+#include "model/Solution.h"
 #include "solver/OpenCvExtrinsics.h"
 
 namespace velmora {
@@ -13,7 +17,8 @@ struct PairRecords {
   std::vector<std::vector<cv::Point2d>> rightPoints;
   int model = 0;
   bool lensesRefined = false;
-  double discRadius = 0.0;  ///< that of the computation
+  double discRadius = 0.0;                   ///< that of the computation
+  std::shared_ptr<const Solution> solution;  ///< that of the computation, where this engine's solver made it
 };
 
 /// Of either solver's result for the records. `lenses` are those that belong to R and T. Grade None without a

@@ -46,6 +46,15 @@ std::string PairVerdict::ToJson() const {
   for (const Disagreement& item : disagreements) {
     text["disagreements"].push_back({{"view", item.view}, {"factor", Number(item.factor)}});
   }
+  text["leftOut"] = nlohmann::json::array();
+  for (const LeftOut& left : leftOut) {
+    text["leftOut"].push_back({{"view", left.view},
+                               {"camera", left.right ? "right" : "left"},
+                               {"point", left.point},
+                               {"residual", Number(left.residual)},
+                               {"reason", left.reason}});
+  }
+  text["sheetBend"] = Number(sheetBend);
   text["remarks"] = nlohmann::json::array();
   for (const Remark& remark : remarks) {
     text["remarks"].push_back({{"reason", remark.reason}, {"advice", remark.advice}});

@@ -6,6 +6,7 @@
 #include "quality/Disagreement.h"
 #include "quality/Judge.h"
 #include "quality/PoseDeviations.h"
+#include "quality/SheetEffect.h"
 #include "solver/Covariance.h"
 
 namespace velmora {
@@ -90,6 +91,14 @@ void JudgeAgreement(RigVerdict& verdict, size_t views) {
   }
 }
 
+void JudgeSheet(const Solution& solution, RigVerdict& verdict) {
+  if (verdict.grade == Grade::Worthless) return;
+  const SheetEffect effect = EffectOfSheet(solution);
+  if (effect.reason.empty()) return;
+  verdict.sheetBend = effect.bend;
+  AddRemark(verdict, Grade::WithCare, effect.reason, effect.advice);
+}
+
 void JudgeCameras(const Solution& solution, RigVerdict& verdict) {
   if (!solution.estimated.intrinsics) return;
   for (size_t i = 0; i < solution.rig.cameras.size(); ++i) {
@@ -106,6 +115,7 @@ RigVerdict JudgeRig(const Solution& solution) {
   Measure(solution, verdict);
   JudgePoses(solution, verdict);
   JudgeAgreement(verdict, solution.views.size());
+  JudgeSheet(solution, verdict);
   JudgeCameras(solution, verdict);
   return verdict;
 }

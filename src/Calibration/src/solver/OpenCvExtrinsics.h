@@ -1,8 +1,11 @@
 /// Computes how the right camera of a pair stands to the left one.
 #pragma once
 
+#include <memory>
 #include <opencv2/core.hpp>
 #include <vector>
+
+#include "model/Solution.h"
 
 namespace velmora {
 
@@ -15,6 +18,8 @@ struct ExtrinsicsResult {
   double rms = -1.0;
   cv::Mat R, T, E, F;        ///< right from left: x_right = R x_left + T; T in the unit of the object points
   StereoIntrinsics refined;  ///< of a computation that moves the lenses too; else empty
+  /// What the matrices are of; null of OpenCV's solver.
+  std::shared_ptr<const Solution> solution;
 };
 
 /// Says so, once for each camera, where the classic model ignores coefficients that are not zero.

@@ -3,7 +3,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include <thread>
+#include <utility>
 
 #include "model/LensModel.h"
 #include "solver/CameraCalibration.h"
@@ -36,7 +38,9 @@ class Computation {
   }
 
   SparseResult Run() {
-    const Solution solution = solver::CalibrateCamera(target_.views, imageSize_, options_.robust, bundle_);
+    auto kept = std::make_shared<const Solution>(
+        solver::CalibrateCamera(target_.views, imageSize_, options_.robust, bundle_));
+    const Solution& solution = *kept;
     if (givenUp_) CV_Error(cv::Error::StsError, "The computation was given up.");
     if (!solution.usable) CV_Error(cv::Error::StsNoConv, "The views do not agree with any camera.");
     SparseResult result;
@@ -44,6 +48,7 @@ class Computation {
     result.rejected = solution.rejected;
     result.robust = solution.robust;
     result.tooFewAgree = solution.tooFewAgree;
+    result.solution = std::move(kept);
     return result;
   }
 

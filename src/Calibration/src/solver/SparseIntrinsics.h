@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <opencv2/core.hpp>
 #include <vector>
 
@@ -26,6 +27,8 @@ struct SparseResult : IntrinsicsResult {
   bool robust = false;             ///< whether what disagrees was to be left out
   /// So few views agree with each other that none of the others could be called wrong.
   bool tooFewAgree = false;
+  /// What the matrices are of; null of other solvers' results.
+  std::shared_ptr<const Solution> solution;
 };
 
 /// Like SolveIntrinsics, with the solver of this engine: same points, same shapes, same order. The classic

@@ -1,7 +1,10 @@
 /// Computes how the right camera of a pair stands to the left one, in milliseconds.
 #include "solver/SparsePair.h"
 
+#include <algorithm>
 #include <cmath>
+#include <memory>
+#include <utility>
 
 #include "solver/CameraCalibration.h"
 #include "solver/OpenCvMatrices.h"
@@ -23,11 +26,11 @@ class PairComputation {
   }
 
   /// With intrinsics that stay as they are.
-  Solution Held(const StereoIntrinsics& intrinsics, int model, double discRadius) {
+  Solution Held(const StereoIntrinsics& intrinsics, int model, double discRadius, bool robust) {
     CalibrationProblem start = solver::StartOf(solver::KnownPair(intrinsics, model), target_.views);
     start.estimated.intrinsics = false;
     bundle_.discRadius = discRadius;
-    return Checked(solver::CalibrateRig(start, false, bundle_));
+    return Checked(solver::CalibrateRig(start, robust, bundle_));
   }
 
   /// From a pair whose intrinsics were held.
@@ -38,7 +41,15 @@ class PairComputation {
     for (Camera& camera : start.rig.cameras) camera.imageSize = imageSize;
     bundle_.discRadius = options_.discRadius;
     bundle_.parameters = LensModelOf(model).parameters;
-    return Checked(solver::CalibrateRig(start, false, bundle_));
+    Solution refined = Checked(solver::CalibrateRig(start, options_.robust, bundle_));
+    // What was left out whole before stays so; the rest was looked at anew.
+    for (Rejected& rejected : refined.rejected) rejected.view = held.kept[rejected.view];
+    for (size_t& view : refined.kept) view = held.kept[view];
+    for (const Rejected& rejected : held.rejected) {
+      const bool whole = !std::binary_search(held.kept.begin(), held.kept.end(), rejected.view);
+      if (whole) refined.rejected.push_back(rejected);
+    }
+    return refined;
   }
 
  private:
@@ -68,9 +79,10 @@ ExtrinsicsResult SolveExtrinsicsSparsely(const std::vector<std::vector<cv::Point
   WarnOfIgnoredCoefficients(intrinsics, model);
   const solver::Target target = solver::PairTargetOf(objectPoints, leftPoints, rightPoints);
   PairComputation computation(target, options);
-  const Solution solution = computation.Held(intrinsics, model, options.discRadius);
+  const Solution solution = computation.Held(intrinsics, model, options.discRadius, options.robust);
   ExtrinsicsResult result = solver::PairMatricesOf(intrinsics, RightFromLeft(solution));
   result.rms = RmsOf(solution);
+  result.solution = std::make_shared<const Solution>(solution);
   return result;
 }
 
@@ -82,12 +94,14 @@ ExtrinsicsResult RefinePairSparsely(const std::vector<std::vector<cv::Point3d>>&
   WarnOfIgnoredCoefficients(intrinsics, model);
   const solver::Target target = solver::PairTargetOf(objectPoints, leftPoints, rightPoints);
   PairComputation computation(target, options);
-  const Solution held = computation.Held(intrinsics, model, 0.0);  // refinement corrects pixels
+  const Solution held =
+      computation.Held(intrinsics, model, 0.0, options.robust);  // refinement corrects pixels
   const Solution solution = computation.Refined(held, imageSize, model);
   const StereoIntrinsics refined = solver::PairIntrinsicsOf(solution.rig);
   ExtrinsicsResult result = solver::PairMatricesOf(refined, RightFromLeft(solution));
   result.refined = refined;
   result.rms = RmsOf(solution);
+  result.solution = std::make_shared<const Solution>(solution);
   return result;
 }
 

@@ -15,6 +15,8 @@ struct SparsePairOptions {
   int threads = 1;
   /// Called after each iteration with its number and the RMS in pixels; false gives up.
   std::function<bool(int iteration, double rms)> progress;
+  /// Leave out images and points that do not belong to the pair that the others show.
+  bool robust = false;
 };
 
 /// Like SolveExtrinsics, with the solver of this engine: the same minimum, of the same form. The target must

@@ -1,0 +1,65 @@
+/// What a bent or badly printed sheet does to where the cameras of a rig stand.
+#include "quality/SheetEffect.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+#include "quality/OmittedEffects.h"
+#include "quality/PoseDeviations.h"
+
+namespace velmora {
+
+namespace {
+
+/// As deviations are told, of a shift of all shared parameters: the largest of any camera.
+PairVerdict::Deviations MovedBy(const Eigen::VectorXd& shift, const Solution& solution) {
+  const Layout layout = LayoutOf(solution.rig, solution.estimated);
+  PairVerdict::Deviations moved;
+  for (size_t i = 1; i < solution.rig.cameras.size(); ++i) {
+    const Eigen::MatrixXd products = shift * shift.transpose();
+    moved = Larger(moved,
+                   DeviationsOf(products, layout.cameras[i].pose, solution.rig.cameras[i].cameraFromRig.t));
+  }
+  return moved;
+}
+
+const std::vector<cv::Point3d>& PointsOf(const TargetView& view) {
+  const auto& images = view.observations;
+  return std::find_if(images.begin(), images.end(), [](const Observation& image) { return !image.IsEmpty(); })
+      ->object;
+}
+
+std::string Formatted(const char* form, double value) {
+  char text[128];
+  std::snprintf(text, sizeof(text), form, value);
+  return text;
+}
+
+}  // namespace
+
+SheetEffect EffectOfSheet(const Solution& solution) {
+  SheetEffect result;
+  const solver::OmittedEffect bend = solver::OmittedBend(solution);
+  const solver::OmittedEffect proportions = solver::OmittedProportions(solution);
+  const bool isBend = bend.Excess() >= proportions.Excess();
+  const solver::OmittedEffect& effect = isBend ? bend : proportions;
+  if (!effect.significant) return result;
+  const PairVerdict::Deviations moved = MovedBy(effect.shift, solution);
+  if (!Beyond(moved, CAREFUL_POSE)) return result;
+  const std::string size = Formatted(": rotations are off by about %.2f degrees", moved.rotation) +
+                           Formatted(", baselines by %.1f %%.", 100.0 * moved.baseline);
+  if (isBend) {
+    result.bend = solver::DepthOfBend(bend, PointsOf(solution.views.front()));
+    result.reason = Formatted("The sheet is bent by about %.1f mm", 1e3 * result.bend) + size;
+    result.advice = "Mount the sheet on a flat, stiff board.";
+  } else {
+    result.reason = Formatted("The print is out of proportion by %.2f %%",
+                              100.0 * std::max(std::abs(effect.values(0)), std::abs(effect.values(1)))) +
+                    size;
+    result.advice = "Print it at full size, without fitting it to the page, and measure it both ways.";
+  }
+  return result;
+}
+
+}  // namespace velmora

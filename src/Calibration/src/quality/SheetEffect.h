@@ -1,0 +1,19 @@
+/// What a bent or badly printed sheet does to where the cameras of a rig stand.
+#pragma once
+
+#include <string>
+
+#include "model/Solution.h"
+
+namespace velmora {
+
+struct SheetEffect {
+  double bend = 0.0;   ///< metres from the lowest dot to the highest; 0 where proportions are the cause
+  std::string reason;  ///< empty when the residuals show none, or when it hardly moves any camera
+  std::string advice;
+};
+
+/// Of a solution of two cameras or more. The cause that takes most off the residuals counts.
+SheetEffect EffectOfSheet(const Solution& solution);
+
+}  // namespace velmora
