@@ -6,6 +6,7 @@
 #include <JSON.h>
 #include <Log.h>
 #include <base64.h>
+#include <velmora/RigCalibration.h>
 
 #include <iostream>
 
@@ -22,6 +23,12 @@ int main(int argc, char** argv) {
   document.addInt("poses", assistant.GetGoal());
   document.addInt("log", Log::LOG_LEVEL);
   std::string reason;
+  try {
+    velmora::CalibrateRig({});
+    return 1;
+  } catch (const cv::Exception&) {
+    // A rig of no cameras is none.
+  }
   document.addBool("display", DisplayAvailable(&reason));
   std::cout << document.readString("version") << ' ' << document.readString("text") << ' '
             << document.readInt("status") << ' ' << document.readInt("poses") << std::endl;
