@@ -50,9 +50,9 @@ cv::Point2d Centroid(const world::Camera& camera, const world::Pose& pose, const
 }
 
 TEST(DiscBias, IsThatOfAnEllipseWithoutDistortion) {
-  solver::Lens lens;
+  Intrinsics lens;
   lens.values = {400.0, 410.0, 320.0, 240.0};
-  const solver::Pose pose = {solver::TurnOf({0.5, -0.4, 0.1}), {0.05, -0.02, 0.3}};
+  const RigidTransform pose = {RotationOf({0.5, -0.4, 0.1}), {0.05, -0.02, 0.3}};
   const cv::Matx33d K(400.0, 0.0, 320.0, 0.0, 410.0, 240.0, 0.0, 0.0, 1.0);
   const cv::Matx33d axes(pose.R(0, 0), pose.R(0, 1), pose.t[0], pose.R(1, 0), pose.R(1, 1), pose.t[1],
                          pose.R(2, 0), pose.R(2, 1), pose.t[2]);
@@ -65,9 +65,9 @@ TEST(DiscBias, IsThatOfAnEllipseWithoutDistortion) {
 }
 
 TEST(DiscBias, IsNoneForADiscThatReachesBehindTheCamera) {
-  solver::Lens lens;
+  Intrinsics lens;
   lens.values = {400.0, 400.0, 320.0, 240.0};
-  const solver::Pose edgeOn = {solver::TurnOf({1.5, 0.0, 0.0}), {0.0, 0.0, 0.005}};
+  const RigidTransform edgeOn = {RotationOf({1.5, 0.0, 0.0}), {0.0, 0.0, 0.005}};
   EXPECT_EQ(solver::DiscBias(solver::Projection(lens), edgeOn, {}, DISC), cv::Point2d());
 }
 

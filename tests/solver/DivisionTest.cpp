@@ -5,7 +5,7 @@
 
 #include <cmath>
 
-#include "solver/Start.h"
+#include "solver/Initialisation.h"
 #include "solver/Target.h"
 #include "solver/WideViews.h"
 
@@ -13,8 +13,12 @@ using namespace velmora;
 
 namespace {
 
-std::vector<solver::View> ViewsOf(const unit::PointLists& points) {
-  return solver::TargetOf(unit::FlatTargets(points.size()), points).views;
+std::vector<Observation> ViewsOf(const unit::PointLists& points) {
+  std::vector<Observation> observations;
+  for (const TargetView& view : solver::TargetOf(unit::FlatTargets(points.size()), points).views) {
+    observations.push_back(view.observations.front());
+  }
+  return observations;
 }
 
 TEST(Division, StraightensWhatItBends) {
@@ -40,7 +44,7 @@ TEST(Division, HasNoPixelForWhatAPincushionDoesNotImage) {
 TEST(Division, OfNothingLeavesHomographiesAsTheyAre) {
   const auto views = ViewsOf(unit::CloseAndSmallViews(unit::FisheyeCamera(90.0), 1, 0.3, 1));
   const solver::Division none(0.0, unit::FRAME);
-  for (const solver::View& view : views) {
+  for (const Observation& view : views) {
     EXPECT_NEAR(solver::HomographyResidual(view, none), solver::HomographyResidual(view), 1e-9);
   }
 }
@@ -52,7 +56,7 @@ TEST(BestDivision, BringsCloseViewsOfWideLensesNearHomographies) {
     EXPECT_LT(division.Lambda(), -0.1);
     double before = 0.0;
     double after = 0.0;
-    for (const solver::View& view : views) {
+    for (const Observation& view : views) {
       before = std::max(before, solver::HomographyResidual(view));
       after = std::max(after, solver::HomographyResidual(view, division));
     }

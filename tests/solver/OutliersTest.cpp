@@ -16,13 +16,13 @@ constexpr double HALF = 0.5;
 
 solver::Selection Three() {
   const auto points = unit::CloseAndSmallViews(unit::DistortedCamera(), 3, 0.3, 1);
-  return solver::AllOf(solver::TargetOf(unit::FlatTargets(3), {points.begin(), points.begin() + 3}).views);
+  return solver::AllOf(solver::TargetOf(unit::FlatTargets(3), unit::PointLists(points.begin(), points.begin() + 3)).views);
 }
 
 /// One pixel each, and ten for the points named of the second view.
 solver::Residuals OffIn(const std::vector<size_t>& points) {
-  solver::Residuals residuals(3, std::vector<double>(44, 1.0));
-  for (const size_t point : points) residuals[1][point] = 10.0;
+  solver::Residuals residuals(3, {std::vector<double>(44, 1.0)});
+  for (const size_t point : points) residuals[1][0][point] = 10.0;
   return residuals;
 }
 
@@ -50,10 +50,10 @@ TEST(Outliers, AreLeftOutPointByPointWhileHalfOfTheViewIsLeft) {
   ASSERT_EQ(selection.rejected.size(), 22U);
   EXPECT_EQ(selection.rejected.front().view, 1U);
   EXPECT_EQ(selection.rejected.front().point, 0);
-  EXPECT_TRUE(selection.views[0].weights.empty());
-  ASSERT_EQ(selection.views[1].weights.size(), 44U);
-  EXPECT_EQ(selection.views[1].weights[21], 0.0);
-  EXPECT_EQ(selection.views[1].weights[22], 1.0);
+  EXPECT_TRUE(selection.views[0].observations[0].weights.empty());
+  ASSERT_EQ(selection.views[1].observations[0].weights.size(), 44U);
+  EXPECT_EQ(selection.views[1].observations[0].weights[21], 0.0);
+  EXPECT_EQ(selection.views[1].observations[0].weights[22], 1.0);
 }
 
 TEST(Outliers, TakeTheirViewAlongWhenLessThanHalfIsLeft) {
@@ -61,7 +61,7 @@ TEST(Outliers, TakeTheirViewAlongWhenLessThanHalfIsLeft) {
   EXPECT_EQ(selection.kept, (std::vector<size_t>{0, 2}));
   ASSERT_EQ(selection.rejected.size(), 1U);
   EXPECT_EQ(selection.rejected.front().view, 1U);
-  EXPECT_EQ(selection.rejected.front().point, solver::Rejected::WHOLE_VIEW);
+  EXPECT_EQ(selection.rejected.front().point, Rejected::WHOLE_VIEW);
   EXPECT_NEAR(selection.rejected.front().residual, std::sqrt((23.0 * 100.0 + 21.0) / 44.0), 1e-9);
 }
 
@@ -83,7 +83,7 @@ TEST(Outliers, TakeTheirViewAlongWhenTheOthersDoNotSpanTheTarget) {
 TEST(Outliers, OfSelectionsKeepWhatWasLeftOutBefore) {
   solver::Selection before = Three();
   before.kept = {0, 1, 3};
-  before.rejected.push_back({2, solver::Rejected::WHOLE_VIEW, 9.0, "no grid"});
+  before.rejected.push_back({2, Rejected::WHOLE_VIEW, 9.0, "no grid"});
   before.tooFewAgree = true;
   const solver::Selection selection = solver::WithoutOutliers(before, OffIn({7}), 1.0, HALF);
   ASSERT_EQ(selection.rejected.size(), 2U);

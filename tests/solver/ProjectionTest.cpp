@@ -5,22 +5,19 @@
 
 #include <opencv2/calib3d.hpp>
 
-#include "solver/Problem.h"
-
 using namespace velmora;
 
 namespace {
 
 using solver::Coordinate;
-using solver::Lens;
 using solver::Projection;
 
-Lens LensOf(int free) {
-  const std::array<double, solver::FULL_PARAMETERS> all = {520.0,  510.0,   321.0,  236.0,  -0.21, 0.06,
+Intrinsics LensOf(int free) {
+  const std::array<double, FULL_PARAMETERS> all = {520.0,  510.0,   321.0,  236.0,  -0.21, 0.06,
                                                            0.0008, -0.0006, -0.008, 0.11,   -0.03, 0.012,
                                                            0.003,  -0.002,  0.001,  0.0015, 0.03,  -0.02};
-  Lens lens;
-  lens.free = free;
+  Intrinsics lens;
+  lens.estimated = free;
   std::copy(all.begin(), all.begin() + free, lens.values.begin());
   return lens;
 }
@@ -33,9 +30,9 @@ const std::vector<cv::Vec3d>& Points() {
 
 class ProjectionOfLens : public ::testing::TestWithParam<int> {
  protected:
-  const Lens lens_ = LensOf(GetParam());
+  const Intrinsics lens_ = LensOf(GetParam());
 
-  cv::Point2d Pixel(const Lens& lens, const cv::Vec3d& point) const {
+  cv::Point2d Pixel(const Intrinsics& lens, const cv::Vec3d& point) const {
     cv::Point2d pixel;
     EXPECT_TRUE(Projection(lens).Project(point, pixel));
     return pixel;
@@ -71,13 +68,13 @@ TEST_P(ProjectionOfLens, HasTheDerivativesThatDifferencesByTheLensShow) {
     ASSERT_TRUE(Projection(lens_).Differentiate(point, u, v));
     for (size_t i = 0; i < static_cast<size_t>(GetParam()); ++i) {
       const double step = 1e-6 * std::max(1.0, std::abs(lens_.values[i]));
-      Lens more = lens_;
-      Lens less = lens_;
+      Intrinsics more = lens_;
+      Intrinsics less = lens_;
       more.values[i] += step;
       less.values[i] -= step;
       const cv::Point2d difference = (Pixel(more, point) - Pixel(less, point)) / (2.0 * step);
-      EXPECT_NEAR(u.byLens[i], difference.x, 1e-5) << "parameter " << i;
-      EXPECT_NEAR(v.byLens[i], difference.y, 1e-5) << "parameter " << i;
+      EXPECT_NEAR(u.byIntrinsics[i], difference.x, 1e-5) << "parameter " << i;
+      EXPECT_NEAR(v.byIntrinsics[i], difference.y, 1e-5) << "parameter " << i;
     }
   }
 }
@@ -109,25 +106,16 @@ TEST_P(ProjectionOfLens, RefusesWhatIsNotInFrontOfTheCamera) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Models, ProjectionOfLens,
-                         ::testing::Values(solver::CLASSIC_PARAMETERS, solver::RATIONAL_PARAMETERS,
-                                           solver::FULL_PARAMETERS));
+                         ::testing::Values(CLASSIC_PARAMETERS, RATIONAL_PARAMETERS,
+                                           FULL_PARAMETERS));
 
 TEST(Projection, RefusesAPointOnAPole) {
-  Lens lens = LensOf(solver::RATIONAL_PARAMETERS);
+  Intrinsics lens = LensOf(RATIONAL_PARAMETERS);
   lens.values[9] = -4.0;  // 1 + k4 r^2 is zero at r = 0.5
   lens.values[10] = lens.values[11] = 0.0;
   cv::Point2d pixel;
   EXPECT_FALSE(Projection(lens).Project({0.5, 0.0, 1.0}, pixel));
   EXPECT_TRUE(Projection(lens).Project({0.4, 0.0, 1.0}, pixel));
-}
-
-TEST(Turn, IsThatOfARotationVector) {
-  for (const cv::Vec3d& rotation : {cv::Vec3d(0, 0, 0), cv::Vec3d(1e-6, -2e-6, 3e-7), cv::Vec3d(9e-5, 0, 0),
-                                    cv::Vec3d(2e-4, 1e-4, 0), cv::Vec3d(0.3, -1.2, 2.0)}) {
-    cv::Matx33d expected;
-    cv::Rodrigues(rotation, expected);
-    EXPECT_LT(cv::norm(solver::TurnOf(rotation) - expected, cv::NORM_INF), 1e-15);
-  }
 }
 
 }  // namespace

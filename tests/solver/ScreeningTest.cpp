@@ -1,4 +1,4 @@
-/// Which views are taken for pictures of a plane grid before the lens is known, and which are once it is.
+/// Which views are taken for pictures of a plane grid before the lens is known.
 #include "solver/Screening.h"
 
 #include <gtest/gtest.h>
@@ -6,9 +6,6 @@
 #include <set>
 
 #include "Calibrator.h"
-#include "solver/KnownLens.h"
-#include "solver/Readmission.h"
-#include "solver/Start.h"
 #include "solver/Target.h"
 #include "solver/WideViews.h"
 
@@ -16,7 +13,7 @@ using namespace velmora;
 
 namespace {
 
-std::vector<solver::View> ViewsOf(const unit::PointLists& points) {
+std::vector<TargetView> ViewsOf(const unit::PointLists& points) {
   return solver::TargetOf(unit::FlatTargets(points.size()), points).views;
 }
 
@@ -42,10 +39,10 @@ std::vector<Wide> WideLenses() {
           {"fisheye of 120 degrees", unit::FisheyeCamera(120.0), RATIONAL, 9, 0.2}};
 }
 
-std::set<size_t> ViewsLeftOut(const std::vector<solver::Rejected>& rejected) {
+std::set<size_t> ViewsLeftOut(const std::vector<Rejected>& rejected) {
   std::set<size_t> views;
-  for (const solver::Rejected& item : rejected) {
-    if (item.point == solver::Rejected::WHOLE_VIEW) views.insert(item.view);
+  for (const Rejected& item : rejected) {
+    if (item.point == Rejected::WHOLE_VIEW) views.insert(item.view);
   }
   return views;
 }
@@ -96,81 +93,6 @@ TEST(Screening, OfThreeViewsKeepsAllAndSaysSo) {
   EXPECT_EQ(selection.kept, (std::vector<size_t>{0, 1, 2}));
   EXPECT_TRUE(selection.rejected.empty());
   EXPECT_TRUE(selection.tooFewAgree);
-}
-
-TEST(AreEnough, AreHalfOfManyAndMostOfAFew) {
-  EXPECT_TRUE(solver::AreEnough(10, 20));
-  EXPECT_FALSE(solver::AreEnough(9, 20));
-  EXPECT_TRUE(solver::AreEnough(5, 10));
-  EXPECT_TRUE(solver::AreEnough(4, 5));
-  EXPECT_TRUE(solver::AreEnough(4, 6));
-  EXPECT_TRUE(solver::AreEnough(4, 7));
-  EXPECT_FALSE(solver::AreEnough(4, 8));
-  EXPECT_FALSE(solver::AreEnough(3, 6));
-  EXPECT_TRUE(solver::AreEnough(3, 5));
-  EXPECT_FALSE(solver::AreEnough(2, 3));
-}
-
-/// All views of a camera, some of them left out, and the true lens.
-struct LeftOut {
-  std::vector<solver::View> views;
-  solver::Selection selection;
-  solver::Estimate estimate;
-};
-
-LeftOut Without(const unit::PointLists& points, const std::set<size_t>& out, const SparseResult& lens) {
-  LeftOut left;
-  left.views = ViewsOf(points);
-  for (int i = 0; i < 4; ++i) {
-    left.estimate.lens.values[static_cast<size_t>(i)] = lens.K.at<double>(i % 2, i < 2 ? i : 2);
-  }
-  for (int i = 0; i < 5; ++i) left.estimate.lens.values[static_cast<size_t>(4 + i)] = lens.D.at<double>(i);
-  for (size_t i = 0; i < left.views.size(); ++i) {
-    if (out.count(i) > 0) {
-      left.selection.rejected.push_back({i, solver::Rejected::WHOLE_VIEW, 9.0, "no grid"});
-      continue;
-    }
-    left.selection.kept.push_back(i);
-    left.selection.views.push_back(left.views[i]);
-    left.estimate.poses.push_back(solver::StartPoseOf(left.views[i], left.estimate.lens));
-  }
-  return left;
-}
-
-TEST(Readmission, TakesBackViewsThatFitTheLensAndNoOthers) {
-  auto points = unit::CloseAndSmallViews(unit::DistortedCamera(), 6, 0.3, 9);
-  const SparseResult lens = Robustly(points, Calibrator::MODEL_CLASSIC, false);
-  std::reverse(points[4].begin(), points[4].end());
-  LeftOut left = Without(points, {2, 4, 19}, lens);
-  ASSERT_TRUE(solver::Readmit(left.views, unit::FRAME, left.selection, left.estimate));
-  EXPECT_EQ(ViewsLeftOut(left.selection.rejected), (std::set<size_t>{4}));
-  EXPECT_EQ(left.selection.kept.size(), 19U);
-  EXPECT_TRUE(std::is_sorted(left.selection.kept.begin(), left.selection.kept.end()));
-  EXPECT_EQ(left.selection.views[2].image, left.views[2].image);
-  ASSERT_EQ(left.estimate.poses.size(), 19U);
-  // The poses taken along are those of the views: the last one's is where its own start is, nearly.
-  EXPECT_LT(
-      cv::norm(left.estimate.poses.back().t - solver::StartPoseOf(left.views[19], left.estimate.lens).t),
-      0.1);
-}
-
-TEST(Readmission, IsNoneWhereNothingFits) {
-  auto points = unit::CloseAndSmallViews(unit::DistortedCamera(), 6, 0.3, 9);
-  const SparseResult lens = Robustly(points, Calibrator::MODEL_CLASSIC, false);
-  std::reverse(points[4].begin(), points[4].end());
-  LeftOut left = Without(points, {4}, lens);
-  EXPECT_FALSE(solver::Readmit(left.views, unit::FRAME, left.selection, left.estimate));
-  EXPECT_EQ(left.selection.kept.size(), 19U);
-}
-
-TEST(KnownLens, HasThePosesOfLeastSquares) {
-  const auto points = unit::CloseAndSmallViews(unit::DistortedCamera(), 6, 0.3, 9);
-  const SparseResult lens = Robustly(points, Calibrator::MODEL_CLASSIC, false);
-  const LeftOut all = Without(points, {}, lens);
-  const solver::Solution solution = solver::SolvePoses(all.views, all.estimate);
-  ASSERT_TRUE(solution.usable);
-  EXPECT_EQ(solution.estimate.lens.values, all.estimate.lens.values);
-  EXPECT_NEAR(std::sqrt(solution.squares / (44.0 * 20.0)), lens.rms, 1e-6);
 }
 
 }  // namespace

@@ -11,8 +11,9 @@
 #include "Matchers.h"
 #include "Views.h"
 #include "model/TargetGeometry.h"
-#include "solver/LensStages.h"
+#include "solver/WeakPrior.h"
 #include "solver/NoisyViews.h"
+#include "solver/OpenCvMatrices.h"
 #include "unit/Collection.h"
 
 using namespace velmora;
@@ -112,17 +113,8 @@ TEST(SparseIntrinsics, HaveTheFormOfTheDefaultSolvers) {
   EXPECT_EQ(cv::countNonZero(full.stdDevIntrinsics), 18);
 }
 
-solver::Lens LensOf(const IntrinsicsResult& result) {
-  solver::Lens lens;
-  const cv::Mat_<double> K = result.K;
-  const cv::Mat_<double> D = result.D;
-  lens.values = {K(0, 0), K(1, 1), K(0, 2), K(1, 2)};
-  std::copy(D.begin(), D.end(), lens.values.begin() + 4);
-  return lens;
-}
-
 bool HasPoles(const IntrinsicsResult& result) {
-  return !solver::IsFreeOfPoles(LensOf(result), unit::FRAME);
+  return !solver::IsFreeOfPoles(solver::IntrinsicsOf(result), unit::FRAME);
 }
 
 TEST(SparseIntrinsics, OfTheLargerModelsAreNearerToTheTruthThanTheDefaultSolvers) {
@@ -203,20 +195,6 @@ TEST(SparseIntrinsics, RaiseWhenTheListsDoNotMatch) {
   views.back().pop_back();
   EXPECT_THROW(Sparse(views, Calibrator::MODEL_CLASSIC), cv::Exception);
   EXPECT_THROW(Sparse({}, Calibrator::MODEL_CLASSIC), cv::Exception);
-}
-
-TEST(Poles, AreSeenWithinTheImageOnly) {
-  solver::Lens lens;
-  lens.free = solver::RATIONAL_PARAMETERS;
-  lens.values = {500.0, 500.0, 319.5, 239.5};
-  EXPECT_TRUE(solver::IsFreeOfPoles(lens, unit::FRAME));
-  // A zero hides the pole but for its neighbourhood. Corners are at 0.8.
-  lens.values[4] = -2.77;
-  lens.values[9] = -1.0 / (0.6 * 0.6);
-  EXPECT_FALSE(solver::IsFreeOfPoles(lens, unit::FRAME));
-  lens.values[4] = 0.0;
-  lens.values[9] = -1.0 / (4.0 * 4.0);
-  EXPECT_TRUE(solver::IsFreeOfPoles(lens, unit::FRAME));
 }
 
 }  // namespace

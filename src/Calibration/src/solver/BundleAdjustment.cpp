@@ -53,9 +53,8 @@ class Enlargement {
     Solution larger;
     for (int i = 0; i < MOST_STRENGTHS; ++i) {
       larger = Solved(from_);
-      // The smaller model may have been far off: once more with the noise as it is now known.
-      const double known = NoiseVariance(larger);
-      if (known < 0.5 * variance_) {
+      // What it started from may have been far off: again with the noise as it is now known.
+      for (double known = NoiseVariance(larger); known < 0.5 * variance_; known = NoiseVariance(larger)) {
         variance_ = known;
         larger = Solved(ProblemFrom(larger));
       }

@@ -1,5 +1,5 @@
 /// What the sparse solver leaves out of damaged collections, and what is left then.
-#include "solver/Robust.h"
+#include "solver/OutlierRejection.h"
 
 #include <gtest/gtest.h>
 
@@ -44,8 +44,8 @@ SparseResult Robustly(const unit::PointLists& views, bool robust = true) {
 
 std::set<size_t> ViewsLeftOut(const SparseResult& result) {
   std::set<size_t> views;
-  for (const solver::Rejected& rejected : result.rejected) {
-    if (rejected.point == solver::Rejected::WHOLE_VIEW) views.insert(rejected.view);
+  for (const Rejected& rejected : result.rejected) {
+    if (rejected.point == Rejected::WHOLE_VIEW) views.insert(rejected.view);
   }
   return views;
 }
@@ -91,7 +91,7 @@ TEST_P(Damage, OfPointsIsNamedAndWithoutEffect) {
   for (size_t k = 0; k < 5; ++k) views_[9][7 * k] += cv::Point2d(2.1, -2.1);
   const SparseResult damaged = Robustly(views_);
   std::set<std::pair<size_t, int>> named;
-  for (const solver::Rejected& rejected : damaged.rejected) named.insert({rejected.view, rejected.point});
+  for (const Rejected& rejected : damaged.rejected) named.insert({rejected.view, rejected.point});
   const std::set<std::pair<size_t, int>> expected = {{5, 10}, {5, 11}, {9, 0}, {9, 7},
                                                      {9, 14}, {9, 21}, {9, 28}};
   EXPECT_TRUE(std::includes(named.begin(), named.end(), expected.begin(), expected.end()));
@@ -110,7 +110,7 @@ TEST_P(Damage, IsNotSeenWhereThereIsNone) {
 
 INSTANTIATE_TEST_SUITE_P(Seeds, Damage, ::testing::Values(11U, 12U, 13U));
 
-TEST(Robust, NeverLeavesOutMostOfTheViews) {
+TEST(OutlierRejection, NeverLeavesOutMostOfTheViews) {
   unit::PointLists views = CleanViews(14);
   views.resize(6);
   for (size_t i = 0; i < 4; ++i) std::reverse(views[i].begin(), views[i].end());
@@ -118,7 +118,7 @@ TEST(Robust, NeverLeavesOutMostOfTheViews) {
   EXPECT_TRUE(ViewsLeftOut(result).empty());
 }
 
-TEST(Robust, SaysWhenHalfOfAFewViewsStandAgainstTheOthers) {
+TEST(OutlierRejection, SaysWhenHalfOfAFewViewsStandAgainstTheOthers) {
   unit::PointLists views = CleanViews(14);
   views.resize(6);
   EXPECT_FALSE(Robustly(views).tooFewAgree);
@@ -183,7 +183,7 @@ TEST_P(WrongViewsOfAFew, AreOutvotedByTheOthers) {
 INSTANTIATE_TEST_SUITE_P(Counts, WrongViewsOfAFew,
                          ::testing::Values(FewViews{5, 1}, FewViews{6, 1}, FewViews{6, 2}, FewViews{7, 3}));
 
-TEST(Robust, IsTheSameForAnyNumberOfThreads) {
+TEST(OutlierRejection, IsTheSameForAnyNumberOfThreads) {
   unit::PointLists views = unit::CloseAndSmallViews(unit::FisheyeCamera(100.0), 6, 0.3, 5);
   std::reverse(views[3].begin(), views[3].end());
   Scatter(views, 0.1, 5);
@@ -203,7 +203,7 @@ TEST(Robust, IsTheSameForAnyNumberOfThreads) {
   }
 }
 
-TEST(Robust, IsToldByACalibrator) {
+TEST(OutlierRejection, IsToldByACalibrator) {
   unit::PointLists views = CleanViews(11);
   views.resize(8);
   std::reverse(views[2].begin(), views[2].end());

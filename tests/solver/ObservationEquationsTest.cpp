@@ -1,5 +1,5 @@
-/// The normal equations of one view, beside sums over its points one by one.
-#include "solver/NormalEquations.h"
+/// The normal equations of one observation, beside sums over its points one by one.
+#include "solver/ObservationEquations.h"
 
 #include <gtest/gtest.h>
 
@@ -10,25 +10,24 @@ using namespace velmora;
 namespace {
 
 using solver::MOST_COLUMNS;
-using solver::POSE_PARAMETERS;
 
-solver::Lens LensOf(int free) {
-  solver::Lens lens;
-  lens.free = free;
+Intrinsics LensOf(int free) {
+  Intrinsics lens;
+  lens.estimated = free;
   lens.values = {500.0, 510.0, 320.0, 240.0, -0.2,  0.05,   0.001, -0.002, 0.01,
                  0.1,   -0.02, 0.003, 0.002, 0.001, -0.003, 0.0,   0.01,   -0.02};
   std::fill(lens.values.begin() + free, lens.values.end(), 0.0);
   return lens;
 }
 
-const solver::Pose& SomePose() {
-  static const solver::Pose pose = {solver::TurnOf({0.2, -0.3, 0.1}), {0.01, -0.02, 0.6}};
+const RigidTransform& SomePose() {
+  static const RigidTransform pose = {RotationOf({0.2, -0.3, 0.1}), {0.01, -0.02, 0.6}};
   return pose;
 }
 
-solver::View SomeView(int points, bool weighted) {
+Observation SomeView(int points, bool weighted) {
   cv::RNG random(3);
-  solver::View view;
+  Observation view;
   for (int i = 0; i < points; ++i) {
     view.object.emplace_back(random.uniform(-0.2, 0.2), random.uniform(-0.2, 0.2), 0.0);
     view.image.emplace_back(random.uniform(0.0, 640.0), random.uniform(0.0, 480.0));
@@ -40,7 +39,7 @@ solver::View SomeView(int points, bool weighted) {
 /// One row of the Jacobian with its residual.
 std::vector<double> RowOf(const solver::Coordinate& coordinate, const cv::Vec3d& turned, double seen,
                           int free) {
-  std::vector<double> row(coordinate.byLens.begin(), coordinate.byLens.begin() + free);
+  std::vector<double> row(coordinate.byIntrinsics.begin(), coordinate.byIntrinsics.begin() + free);
   const cv::Vec3d byTurn = turned.cross(coordinate.byPoint);
   row.insert(row.end(), byTurn.val, byTurn.val + 3);
   row.insert(row.end(), coordinate.byPoint.val, coordinate.byPoint.val + 3);
@@ -48,8 +47,8 @@ std::vector<double> RowOf(const solver::Coordinate& coordinate, const cv::Vec3d&
   return row;
 }
 
-cv::Mat ProductsOneByOne(const solver::View& view, const solver::Lens& lens) {
-  const int columns = lens.free + POSE_PARAMETERS + 1;
+cv::Mat ProductsOneByOne(const Observation& view, const Intrinsics& lens) {
+  const int columns = lens.estimated + POSE_PARAMETERS + 1;
   cv::Mat products = cv::Mat::zeros(columns, columns, CV_64F);
   for (size_t k = 0; k < view.object.size(); ++k) {
     const cv::Vec3d turned = SomePose().R * cv::Vec3d(view.object[k].x, view.object[k].y, view.object[k].z);
@@ -58,7 +57,7 @@ cv::Mat ProductsOneByOne(const solver::View& view, const solver::Lens& lens) {
     EXPECT_TRUE(solver::Projection(lens).Differentiate(turned + SomePose().t, u, v));
     const double weight = view.weights.empty() ? 1.0 : view.weights[k];
     for (const auto& row :
-         {RowOf(u, turned, view.image[k].x, lens.free), RowOf(v, turned, view.image[k].y, lens.free)}) {
+         {RowOf(u, turned, view.image[k].x, lens.estimated), RowOf(v, turned, view.image[k].y, lens.estimated)}) {
       const cv::Mat matrix(row, true);
       products += weight * matrix * matrix.t();
     }
@@ -66,16 +65,16 @@ cv::Mat ProductsOneByOne(const solver::View& view, const solver::Lens& lens) {
   return products;
 }
 
-TEST(NormalEquations, AreTheSumsOverPointsOneByOne) {
-  for (const int free : {solver::CLASSIC_PARAMETERS, solver::RATIONAL_PARAMETERS, solver::FULL_PARAMETERS}) {
+TEST(ObservationEquations, AreTheSumsOverPointsOneByOne) {
+  for (const int free : {CLASSIC_PARAMETERS, RATIONAL_PARAMETERS, FULL_PARAMETERS}) {
     for (const int points : {4, 5, 44, 64, 65, 131}) {
       for (const bool weighted : {false, true}) {
-        const solver::View view = SomeView(points, weighted);
-        const solver::Lens lens = LensOf(free);
-        const solver::ViewEquations equations = solver::EquationsOf(view, lens, SomePose());
+        const Observation view = SomeView(points, weighted);
+        const Intrinsics lens = LensOf(free);
+        const solver::ObservationEquations equations = solver::EquationsOf(view, lens, SomePose());
         const cv::Mat expected = ProductsOneByOne(view, lens);
         ASSERT_TRUE(equations.usable);
-        EXPECT_EQ(equations.squares, equations.At(expected.rows - 1, expected.rows - 1));
+        EXPECT_EQ(equations.cost, equations.At(expected.rows - 1, expected.rows - 1));
         for (int i = 0; i < expected.rows; ++i) {
           for (int j = i; j < expected.cols; ++j) {
             const double size = std::sqrt(expected.at<double>(i, i) * expected.at<double>(j, j));
@@ -88,11 +87,11 @@ TEST(NormalEquations, AreTheSumsOverPointsOneByOne) {
   }
 }
 
-TEST(NormalEquations, AreNotUsableWithAPointBehindTheCamera) {
+TEST(ObservationEquations, AreNotUsableWithAPointBehindTheCamera) {
   for (const size_t behind : {0U, 43U, 44U}) {
-    solver::View view = SomeView(45, false);
+    Observation view = SomeView(45, false);
     view.object[behind].z = -5.0;
-    EXPECT_FALSE(solver::EquationsOf(view, LensOf(solver::FULL_PARAMETERS), SomePose()).usable);
+    EXPECT_FALSE(solver::EquationsOf(view, LensOf(FULL_PARAMETERS), SomePose()).usable);
   }
 }
 
