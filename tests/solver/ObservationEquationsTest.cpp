@@ -56,8 +56,8 @@ cv::Mat ProductsOneByOne(const Observation& view, const Intrinsics& lens) {
     solver::Coordinate v;
     EXPECT_TRUE(solver::Projection(lens).Differentiate(turned + SomePose().t, u, v));
     const double weight = view.weights.empty() ? 1.0 : view.weights[k];
-    for (const auto& row :
-         {RowOf(u, turned, view.image[k].x, lens.estimated), RowOf(v, turned, view.image[k].y, lens.estimated)}) {
+    for (const auto& row : {RowOf(u, turned, view.image[k].x, lens.estimated),
+                            RowOf(v, turned, view.image[k].y, lens.estimated)}) {
       const cv::Mat matrix(row, true);
       products += weight * matrix * matrix.t();
     }

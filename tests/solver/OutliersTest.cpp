@@ -16,7 +16,8 @@ constexpr double HALF = 0.5;
 
 solver::Selection Three() {
   const auto points = unit::CloseAndSmallViews(unit::DistortedCamera(), 3, 0.3, 1);
-  return solver::AllOf(solver::TargetOf(unit::FlatTargets(3), unit::PointLists(points.begin(), points.begin() + 3)).views);
+  return solver::AllOf(
+      solver::TargetOf(unit::FlatTargets(3), unit::PointLists(points.begin(), points.begin() + 3)).views);
 }
 
 /// One pixel each, and ten for the points named of the second view.

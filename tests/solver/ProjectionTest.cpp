@@ -14,8 +14,8 @@ using solver::Projection;
 
 Intrinsics LensOf(int free) {
   const std::array<double, FULL_PARAMETERS> all = {520.0,  510.0,   321.0,  236.0,  -0.21, 0.06,
-                                                           0.0008, -0.0006, -0.008, 0.11,   -0.03, 0.012,
-                                                           0.003,  -0.002,  0.001,  0.0015, 0.03,  -0.02};
+                                                   0.0008, -0.0006, -0.008, 0.11,   -0.03, 0.012,
+                                                   0.003,  -0.002,  0.001,  0.0015, 0.03,  -0.02};
   Intrinsics lens;
   lens.estimated = free;
   std::copy(all.begin(), all.begin() + free, lens.values.begin());
@@ -106,8 +106,7 @@ TEST_P(ProjectionOfLens, RefusesWhatIsNotInFrontOfTheCamera) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Models, ProjectionOfLens,
-                         ::testing::Values(CLASSIC_PARAMETERS, RATIONAL_PARAMETERS,
-                                           FULL_PARAMETERS));
+                         ::testing::Values(CLASSIC_PARAMETERS, RATIONAL_PARAMETERS, FULL_PARAMETERS));
 
 TEST(Projection, RefusesAPointOnAPole) {
   Intrinsics lens = LensOf(RATIONAL_PARAMETERS);

@@ -32,8 +32,8 @@ std::set<size_t> ViewsLeftOut(const std::vector<Rejected>& rejected) {
 Camera CameraOf(const unit::PointLists& points) {
   Camera camera;
   camera.imageSize = unit::FRAME;
-  camera.intrinsics = solver::IntrinsicsOf(SolveIntrinsicsSparsely(
-      unit::FlatTargets(points.size()), points, unit::FRAME, Calibrator::MODEL_CLASSIC));
+  camera.intrinsics = solver::IntrinsicsOf(SolveIntrinsicsSparsely(unit::FlatTargets(points.size()), points,
+                                                                   unit::FRAME, Calibrator::MODEL_CLASSIC));
   return camera;
 }
 
@@ -71,8 +71,7 @@ TEST(Readmission, TakesBackViewsThatFitTheCameraAndNoOthers) {
   ASSERT_EQ(left.selection.views.size(), 19U);
   EXPECT_EQ(left.selection.views[2].observations[0].image, left.views[2].observations[0].image);
   // The poses taken along are those of the views: the last one's is where its own start is, nearly.
-  const RigidTransform start =
-      solver::StartPoseOf(left.views[19].observations.front(), camera.intrinsics);
+  const RigidTransform start = solver::StartPoseOf(left.views[19].observations.front(), camera.intrinsics);
   EXPECT_LT(cv::norm(left.selection.views.back().rigFromTarget.t - start.t), 0.1);
 }
 

@@ -11,9 +11,9 @@
 #include "Matchers.h"
 #include "Views.h"
 #include "model/TargetGeometry.h"
-#include "solver/WeakPrior.h"
 #include "solver/NoisyViews.h"
 #include "solver/OpenCvMatrices.h"
+#include "solver/WeakPrior.h"
 #include "unit/Collection.h"
 
 using namespace velmora;

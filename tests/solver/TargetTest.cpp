@@ -23,7 +23,8 @@ TEST(Target, IsCentredAndInSinglePrecision) {
   for (const cv::Point3d& point : target.views[1].observations[0].object) sum += point;
   EXPECT_LT(cv::norm(sum), 1e-14);
   EXPECT_NEAR(target.middles[1][0], 3.5 * static_cast<double>(unit::UNIT), 0.1);
-  EXPECT_EQ(target.views[1].observations[0].image[3].x, static_cast<double>(static_cast<float>(views[1][3].x)));
+  EXPECT_EQ(target.views[1].observations[0].image[3].x,
+            static_cast<double>(static_cast<float>(views[1][3].x)));
 }
 
 TEST(Target, RaisesForRecordsThatNoCameraHas) {
