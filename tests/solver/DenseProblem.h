@@ -93,12 +93,20 @@ inline Eigen::MatrixXd DenseInverse(const Eigen::MatrixXd& matrix) {
   return scale.asDiagonal() * inverse * scale.asDiagonal();
 }
 
-/// The minimum near the start, by undamped Gauss-Newton steps on all parameters at once.
+/// The minimum near the start, by Gauss-Newton steps on all parameters at once, halved where they overshoot.
 inline CalibrationProblem DenseMinimum(CalibrationProblem problem) {
-  for (int i = 0; i < 12; ++i) {
+  for (int i = 0; i < 200; ++i) {
     const Eigen::MatrixXd jacobian = DenseJacobian(problem);
-    const Eigen::MatrixXd inverse = DenseInverse(jacobian.transpose() * jacobian);
-    problem = DenseStepped(problem, -inverse * (jacobian.transpose() * DenseResiduals(problem)));
+    const Eigen::VectorXd gradient = jacobian.transpose() * DenseResiduals(problem);
+    Eigen::VectorXd step = -DenseInverse(jacobian.transpose() * jacobian) * gradient;
+    if (-step.dot(gradient) < 1e-10) break;
+    const double before = DenseResiduals(problem).squaredNorm();
+    for (int half = 0; half < 20; ++half, step *= 0.5) {
+      const CalibrationProblem trial = DenseStepped(problem, step);
+      if (!(DenseResiduals(trial).squaredNorm() <= before)) continue;
+      problem = trial;
+      break;
+    }
   }
   return problem;
 }

@@ -1,12 +1,14 @@
 /// Rigs of the rendered world with what their cameras see, as problems of the solver, with their truth.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <opencv2/core.hpp>
 #include <vector>
 
 #include "Arrangement.h"
 #include "Shots.h"
+#include "Views.h"
 #include "model/Solution.h"
 #include "unit/Collection.h"
 
