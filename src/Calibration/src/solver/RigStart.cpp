@@ -16,13 +16,23 @@ namespace {
 /// The pose of the target before each camera, of each view; none where the camera did not see it.
 using CameraPoses = std::vector<std::vector<std::optional<RigidTransform>>>;
 
+RigidTransform PoseBefore(size_t camera, const Rig& rig, const Observation& observation) {
+  cv::Matx33d homography;
+  if (!HomographyOf(observation, homography)) {
+    CV_Error(cv::Error::StsBadArg,
+             "Camera " + std::to_string(camera) +
+                 " saw points that determine no pose of the target in one of the views.");
+  }
+  return KnownPoseOf(observation, rig.cameras[camera].intrinsics);
+}
+
 CameraPoses PosesOf(const Rig& rig, const std::vector<TargetView>& views) {
   CameraPoses poses(views.size());
   for (size_t i = 0; i < views.size(); ++i) {
     for (size_t camera = 0; camera < rig.cameras.size(); ++camera) {
       const Observation& observation = views[i].observations[camera];
       poses[i].emplace_back();
-      if (!observation.IsEmpty()) poses[i].back() = KnownPoseOf(observation, rig.cameras[camera].intrinsics);
+      if (!observation.IsEmpty()) poses[i].back() = PoseBefore(camera, rig, observation);
     }
   }
   return poses;
