@@ -5,6 +5,7 @@
 #include "quality/Judge.h"
 #include "quality/LargerModel.h"
 #include "quality/SystematicErrors.h"
+#include "solver/OpenCvMatrices.h"
 #include "solver/WideViews.h"
 #include "unit/Collection.h"
 #include "unit/Scopes.h"
@@ -21,7 +22,7 @@ constexpr int RATIONAL = Calibrator::MODEL_RATIONAL;
 struct Judged {
   SparseResult result;
   CalibrationVerdict verdict;
-  solver::Solved solved;
+  Solution solution;
 };
 
 Judged Judge(const unit::PointLists& views, int model, double discRadius) {
@@ -32,7 +33,8 @@ Judged Judge(const unit::PointLists& views, int model, double discRadius) {
   Judged judged;
   judged.result = SolveIntrinsicsSparsely(targets, views, unit::FRAME, model, options);
   judged.verdict = JudgeIntrinsics(targets, views, unit::FRAME, judged.result, discRadius);
-  judged.solved = solver::SolvedFrom(solver::TargetOf(targets, views), judged.result, discRadius);
+  judged.solution =
+      solver::SolutionFrom(solver::TargetOf(targets, views), judged.result, unit::FRAME, discRadius);
   return judged;
 }
 
@@ -73,9 +75,9 @@ TEST(VerdictWithDiscs, FindsNoFaultInCleanViews) {
     for (std::uint64_t seed = 1; seed <= SEEDS; ++seed) {
       const Judged judged =
           Judge(unit::DiscViews(clean.camera, 20, seed, clean.noise), clean.model, unit::DISC);
-      EXPECT_FALSE(solver::OmittedLensTerms(judged.solved).significant) << clean.name << " " << seed;
-      EXPECT_FALSE(solver::OmittedBend(judged.solved).significant) << clean.name << " " << seed;
-      EXPECT_FALSE(solver::OmittedProportions(judged.solved).significant) << clean.name << " " << seed;
+      EXPECT_FALSE(solver::OmittedLensTerms(judged.solution, 0).significant) << clean.name << " " << seed;
+      EXPECT_FALSE(solver::OmittedBend(judged.solution).significant) << clean.name << " " << seed;
+      EXPECT_FALSE(solver::OmittedProportions(judged.solution).significant) << clean.name << " " << seed;
       EXPECT_EQ(judged.verdict.systematicInData, 0.0) << clean.name << " " << seed;
       EXPECT_FALSE(Says(judged.verdict, "disagree")) << clean.name << " " << seed << judged.verdict.ToJson();
       EXPECT_LT(judged.verdict.jackknifeInData, 2.5 * judged.verdict.deviationInData)
@@ -151,7 +153,7 @@ TEST(LensRemark, DoesNotComeWhereTheChoiceOfTheModelRefusesLargerOnes) {
       EXPECT_FALSE(Says(verdict, "model.")) << verdict.ToJson();
       const Judged judged = Judge(views, CLASSIC, 0.0);
       for (const solver::SystematicError& error :
-           solver::SystematicErrorsOf(judged.solved, unit::FRAME, verdict.dataArea, 0.128)) {
+           solver::SystematicErrorsOf(judged.solution, 0, verdict.dataArea, 0.128)) {
         suspected += error.cause == solver::SystematicError::Cause::LensTerms ? 1 : 0;
       }
     }

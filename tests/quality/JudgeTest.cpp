@@ -181,11 +181,11 @@ TEST(Verdict, SeesALensThatTheModelDoesNotHold) {
   EXPECT_FALSE(Says(Judged(views, Calibrator::MODEL_RATIONAL), "does not fit this model"));
 }
 
-solver::Lens SparseLens(const cv::Mat& K, const cv::Mat& D) {
+Intrinsics SparseIntrinsics(const cv::Mat& K, const cv::Mat& D) {
   const cv::Mat_<double> k(K);
   const cv::Mat_<double> d(D);
-  solver::Lens lens;
-  lens.free = solver::FULL_PARAMETERS;
+  Intrinsics lens;
+  lens.estimated = FULL_PARAMETERS;
   lens.values = {k(0, 0), k(1, 1), k(0, 2), k(1, 2)};
   for (int i = 0; i < d.cols; ++i) lens.values[static_cast<size_t>(i + 4)] = d(i);
   return lens;
@@ -215,7 +215,7 @@ class TrueCells {
 
   /// The mean square of a coordinate's error, after the best common turn.
   double MeanSquareOf(const SparseResult& result) const {
-    const solver::Projection estimate(SparseLens(result.K, result.D));
+    const solver::Projection estimate(SparseIntrinsics(result.K, result.D));
     std::vector<cv::Vec2d> errors;
     cv::Vec3d mixed;
     for (const Cell& cell : cells_) {
@@ -240,12 +240,12 @@ class TrueCells {
     cv::Matx23d byTurn;
   };
 
-  static solver::Lens TrueLens() {
+  static Intrinsics TrueLens() {
     const world::Lens lens = unit::DistortedCamera().lens;
-    return SparseLens(cv::Mat(lens.K()), cv::Mat(lens.D(), true).reshape(1, 1));
+    return SparseIntrinsics(cv::Mat(lens.K()), cv::Mat(lens.D(), true).reshape(1, 1));
   }
 
-  const solver::Lens lens_ = TrueLens();
+  const Intrinsics lens_ = TrueLens();
   cv::Matx33d turns_ = cv::Matx33d::zeros();
   std::vector<Cell> cells_;
 };
@@ -340,7 +340,7 @@ TEST(Verdict, IsAJsonTextToo) {
 }
 
 TEST(Rays, LeadBackToTheirPixels) {
-  solver::Lens lens;
+  Intrinsics lens;
   lens.values = {530.0, 525.0, 318.0, 242.0, -0.21, 0.06, 0.0008, -0.0006, -0.008};
   const solver::Projection projection(lens);
   for (const cv::Point2d& pixel : {cv::Point2d(0, 0), cv::Point2d(639, 479), cv::Point2d(318, 242)}) {

@@ -14,6 +14,8 @@
 #include "finder/FinderChoice.h"
 #include "finder/StandardFinder.h"
 #include "model/TargetGeometry.h"
+#include "solver/NormalEquations.h"
+#include "solver/OpenCvMatrices.h"
 #include "unit/Collection.h"
 
 using namespace velmora;
@@ -33,16 +35,16 @@ std::vector<cv::Point3d> CentredGrid() {
   return grid;
 }
 
-solver::Lens TrueLens(int free) {
+Intrinsics TrueLens(int estimated) {
   const world::Lens& truth = unit::DistortedCamera().lens;
-  solver::Lens lens;
-  lens.free = free;
+  Intrinsics lens;
+  lens.estimated = estimated;
   lens.values = {truth.K()(0, 0), truth.K()(1, 1), truth.K()(0, 2), truth.K()(1, 2)};
   for (size_t i = 0; i < truth.D().size(); ++i) lens.values[i + 4] = truth.D()[i];
   return lens;
 }
 
-world::Pose PoseOf(const solver::Pose& centred) {
+world::Pose PoseOf(const RigidTransform& centred) {
   world::Pose pose;
   cv::Rodrigues(centred.R, pose.rvec);
   pose.tvec = centred.t - centred.R * MIDDLE;
@@ -56,26 +58,29 @@ std::vector<cv::Point2d> Seen(const world::Pose& pose, cv::RNG& random) {
 }
 
 /// The expected deviation of projections for these poses, at the true camera and with the true noise.
-double TrueDeviation(const std::vector<world::Pose>& poses, int free) {
+double TrueDeviation(const std::vector<world::Pose>& poses, int estimated) {
   solver::Knowledge knowledge;
-  knowledge.lens = TrueLens(free);
+  knowledge.intrinsics = TrueLens(estimated);
   knowledge.variance = 0.01;
-  solver::View view;
-  view.object = CentredGrid();
+  knowledge.information = Eigen::MatrixXd::Zero(estimated, estimated);
+  Rig rig;
+  rig.cameras.resize(1);
+  rig.cameras.front().intrinsics = knowledge.intrinsics;
   for (const world::Pose& pose : poses) {
-    view.image = world::TrueCentres(unit::DistortedCamera().lens, Paper(), pose);
-    solver::Pose centred;
-    centred.R = solver::TurnOf(pose.rvec);
-    centred.t = pose.tvec + centred.R * MIDDLE;
-    const auto reduced = solver::Reduce(solver::EquationsOf(view, knowledge.lens, centred), free, 0.0);
+    TargetView view;
+    view.rigFromTarget.R = RotationOf(pose.rvec);
+    view.rigFromTarget.t = pose.tvec + view.rigFromTarget.R * MIDDLE;
+    view.observations = {
+        {CentredGrid(), world::TrueCentres(unit::DistortedCamera().lens, Paper(), pose), {}}};
+    const solver::ReducedView reduced =
+        solver::Reduce(solver::EquationsOf(view, view.rigFromTarget, rig, LayoutOf(rig, {})), 0.0);
     EXPECT_TRUE(reduced.solvable);
-    for (size_t i = 0; i < reduced.matrix.size(); ++i) knowledge.information[i] += reduced.matrix[i];
+    knowledge.information += Eigen::MatrixXd(reduced.matrix.selfadjointView<Eigen::Lower>());
   }
   // The larger models' priors, for a rim of the data at 0.7.
-  for (int i = solver::CLASSIC_PARAMETERS; i < std::min(free, solver::RATIONAL_PARAMETERS); ++i) {
-    const double deviation = 0.5 / std::pow(0.49, i - solver::CLASSIC_PARAMETERS + 1);
-    knowledge.information[static_cast<size_t>(i * solver::FULL_PARAMETERS + i)] +=
-        knowledge.variance / (deviation * deviation);
+  for (int i = CLASSIC_PARAMETERS; i < std::min(estimated, RATIONAL_PARAMETERS); ++i) {
+    const double deviation = 0.5 / std::pow(0.49, i - CLASSIC_PARAMETERS + 1);
+    knowledge.information(i, i) += knowledge.variance / (deviation * deviation);
   }
   return solver::PoseScore(knowledge, unit::FRAME).Now();
 }
@@ -85,7 +90,8 @@ solver::Knowledge KnowledgeOf(const unit::PointLists& views, int model) {
                                                       MakeObjectTemplate(unit::GRID, unit::UNIT));
   const solver::Target target = solver::TargetOf(objects, views);
   const SparseResult result = SolveIntrinsicsSparsely(objects, views, unit::FRAME, model);
-  return solver::KnowledgeFrom(solver::SolvedFrom(target, result, 0.0), target.views, unit::FRAME);
+  return solver::KnowledgeFrom(solver::SolutionFrom(target, result, unit::FRAME, 0.0), target.views,
+                               unit::FRAME);
 }
 
 /// Three random poses, then proposed ones, each from what was seen (with noise) in those before it, and
@@ -110,20 +116,20 @@ std::vector<world::Pose> ProposedPoses(int count, int model, std::uint64_t seed,
 
 struct Trial {
   int model;
-  int free;
+  int estimated;
   double miss;
 };
 
 class ProposedViews : public ::testing::TestWithParam<Trial> {};
 
 TEST_P(ProposedViews, SevenTellAsMuchAsTwentyRandomOnes) {
-  const auto [model, free, miss] = GetParam();
+  const auto [model, estimated, miss] = GetParam();
   std::vector<int> needed;
   for (std::uint64_t seed = 1; seed <= 8; ++seed) {
     const double random20 =
-        TrueDeviation(world::SampleViews(unit::DistortedCamera(), 20, seed, Paper()), free);
+        TrueDeviation(world::SampleViews(unit::DistortedCamera(), 20, seed, Paper()), estimated);
     const std::vector<world::Pose> poses = ProposedPoses(8, model, seed, miss);
-    const auto isEnough = [&, count = free](int views) {
+    const auto isEnough = [&, count = estimated](int views) {
       return TrueDeviation({poses.begin(), poses.begin() + views}, count) <= random20;
     };
     int views = 4;
@@ -136,12 +142,11 @@ TEST_P(ProposedViews, SevenTellAsMuchAsTwentyRandomOnes) {
   EXPECT_LE(needed.back(), 8) << ::testing::PrintToString(needed);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Models, ProposedViews,
-    ::testing::Values(Trial{Calibrator::MODEL_CLASSIC, solver::CLASSIC_PARAMETERS, 0.0},
-                      Trial{Calibrator::MODEL_CLASSIC, solver::CLASSIC_PARAMETERS, 0.1},
-                      Trial{Calibrator::MODEL_RATIONAL, solver::RATIONAL_PARAMETERS, 0.0},
-                      Trial{Calibrator::MODEL_RATIONAL, solver::RATIONAL_PARAMETERS, 0.1}));
+INSTANTIATE_TEST_SUITE_P(Models, ProposedViews,
+                         ::testing::Values(Trial{Calibrator::MODEL_CLASSIC, CLASSIC_PARAMETERS, 0.0},
+                                           Trial{Calibrator::MODEL_CLASSIC, CLASSIC_PARAMETERS, 0.1},
+                                           Trial{Calibrator::MODEL_RATIONAL, RATIONAL_PARAMETERS, 0.0},
+                                           Trial{Calibrator::MODEL_RATIONAL, RATIONAL_PARAMETERS, 0.1}));
 
 TEST(Candidates, AreWholeInTheImageAndNotTiltedByMoreThan45Degrees) {
   const auto candidates = solver::CandidatesFor(TrueLens(9), CentredGrid(), unit::FRAME, 500);
@@ -182,7 +187,7 @@ TEST(Candidates, AreFoundByBothSearchesInTheirOrder) {
 
 TEST(Candidates, KeepToTheLargestSpacing) {
   const cv::Size large(1920, 1080);
-  solver::Lens lens;
+  Intrinsics lens;
   lens.values = {1600.0, 1600.0, 960.0, 540.0};
   const auto largest = [&](double most) {
     double spacing = 0.0;
@@ -234,8 +239,8 @@ TEST(NextPose, IsOfAUsualCameraWhereTheEstimateIsAbsurd) {
   const auto nominal = [&](double fx, double cx) {
     result.K.at<double>(0, 0) = fx;
     result.K.at<double>(0, 2) = cx;
-    const auto knowledge =
-        solver::KnowledgeFrom(solver::SolvedFrom(target, result, 0.0), target.views, unit::FRAME);
+    const auto knowledge = solver::KnowledgeFrom(solver::SolutionFrom(target, result, unit::FRAME, 0.0),
+                                                 target.views, unit::FRAME);
     const auto next = solver::ChooseNextPose(knowledge, CentredGrid(), unit::FRAME);
     EXPECT_EQ(next.candidate.view.image.size(), 44U);
     EXPECT_TRUE(std::isfinite(next.then));

@@ -6,7 +6,7 @@
 #include "Calibrator.h"
 #include "Views.h"
 #include "model/TargetGeometry.h"
-#include "quality/ProjectionUncertainty.h"
+#include "solver/OpenCvMatrices.h"
 #include "unit/Collection.h"
 
 using namespace velmora;
@@ -52,7 +52,7 @@ unit::PointLists Seen(const Target& target, int count, std::uint64_t seed, doubl
 
 struct Computed {
   SparseResult result;
-  solver::Solved solved;
+  Solution solution;
 };
 
 /// As if the sheet were flat and in proportion.
@@ -60,36 +60,38 @@ Computed Compute(const unit::PointLists& views, int model = Calibrator::MODEL_CL
   const std::vector<Target> targets(views.size(), Flat());
   Computed computed;
   computed.result = SolveIntrinsicsSparsely(targets, views, unit::FRAME, model);
-  computed.solved = solver::SolvedFrom(solver::TargetOf(targets, views), computed.result, 0.0);
+  computed.solution =
+      solver::SolutionFrom(solver::TargetOf(targets, views), computed.result, unit::FRAME, 0.0);
   return computed;
 }
 
 TEST(OmittedBend, IsMeasured) {
   const Computed computed = Compute(Seen(Bent(0.05, -0.03, -0.08), 12, 1, 0.01));
-  const solver::OmittedEffect bend = solver::OmittedBend(computed.solved);
+  const solver::OmittedEffect bend = solver::OmittedBend(computed.solution);
   ASSERT_TRUE(bend.significant);
-  EXPECT_NEAR(bend.values.at<double>(0), 0.05, 0.005);
-  EXPECT_NEAR(bend.values.at<double>(1), -0.03, 0.005);
-  EXPECT_NEAR(bend.values.at<double>(2), -0.08, 0.005);
+  EXPECT_NEAR(bend.values(0), 0.05, 0.005);
+  EXPECT_NEAR(bend.values(1), -0.03, 0.005);
+  EXPECT_NEAR(bend.values(2), -0.08, 0.005);
 }
 
 TEST(OmittedBend, HasTheDepthOfTheSheet) {
   const Target bent = Bent(0.0, 0.0, 0.08);
   const double half = 5.0 * static_cast<double>(unit::UNIT);
   const Computed computed = Compute(Seen(bent, 12, 2, 0.01));
-  const solver::OmittedEffect bend = solver::OmittedBend(computed.solved);
-  EXPECT_NEAR(solver::DepthOfBend(bend, computed.solved.views.front()), 0.08 * half * half, 0.00005);
+  const solver::OmittedEffect bend = solver::OmittedBend(computed.solution);
+  EXPECT_NEAR(solver::DepthOfBend(bend, computed.solution.views.front().observations.front().object),
+              0.08 * half * half, 0.00005);
 }
 
 TEST(OmittedBend, TellsHowFarTheLensIsOff) {
   const auto views = Seen(Bent(0.0, 0.0, 0.05), 12, 3, 0.01);
   const Computed computed = Compute(views);
   const Computed flat = Compute(Seen(Flat(), 12, 3, 0.01));
-  const solver::OmittedEffect bend = solver::OmittedBend(computed.solved);
+  const solver::OmittedEffect bend = solver::OmittedBend(computed.solution);
   for (int i = 0; i < 2; ++i) {
     const double off = flat.result.K.at<double>(i, i) - computed.result.K.at<double>(i, i);
     EXPECT_GT(std::abs(off), 0.5);
-    EXPECT_NEAR(bend.lensShift.at<double>(i), off, 0.1 * std::abs(off)) << i;
+    EXPECT_NEAR(bend.shift(i), off, 0.1 * std::abs(off)) << i;
   }
 }
 
@@ -100,32 +102,31 @@ TEST(OmittedProportions, AreMeasured) {
     point.y *= 1.005;
   }
   const Computed computed = Compute(Seen(target, 12, 4, 0.01));
-  const solver::OmittedEffect proportions = solver::OmittedProportions(computed.solved);
+  const solver::OmittedEffect proportions = solver::OmittedProportions(computed.solution);
   ASSERT_TRUE(proportions.significant);
-  EXPECT_NEAR(proportions.values.at<double>(0), 0.005, 0.0005);
-  EXPECT_NEAR(proportions.values.at<double>(1), 0.002, 0.0005);
-  EXPECT_GT(proportions.squares, solver::OmittedBend(computed.solved).squares);
+  EXPECT_NEAR(proportions.values(0), 0.005, 0.0005);
+  EXPECT_NEAR(proportions.values(1), 0.002, 0.0005);
+  EXPECT_GT(proportions.squares, solver::OmittedBend(computed.solution).squares);
 }
 
 TEST(OmittedLensTerms, AreSeenInALensThatTheModelDoesNotHold) {
   const world::Camera wide = world::CameraFromFieldOfView(
       unit::FRAME, 90.0, {4.0 / 15.0, 0.0, 0.0008, -0.0006, 0.0, 3.0 / 5.0, 0.0, 0.0});
   const auto views = Seen(wide.lens, Flat(), 20, 5, 0.05);
-  const solver::OmittedEffect classic = solver::OmittedLensTerms(Compute(views).solved);
+  const solver::OmittedEffect classic = solver::OmittedLensTerms(Compute(views).solution, 0);
   EXPECT_TRUE(classic.significant);
-  EXPECT_EQ(classic.lensShift.size(), cv::Size(1, solver::FULL_PARAMETERS));
-  EXPECT_FALSE(solver::OmittedLensTerms(Compute(views, Calibrator::MODEL_RATIONAL).solved).significant);
-  EXPECT_TRUE(solver::OmittedLensTerms(Compute(views, Calibrator::MODEL_FULL).solved).values.empty());
+  EXPECT_EQ(classic.shift.size(), FULL_PARAMETERS);
+  EXPECT_FALSE(solver::OmittedLensTerms(Compute(views, Calibrator::MODEL_RATIONAL).solution, 0).significant);
+  EXPECT_EQ(solver::OmittedLensTerms(Compute(views, Calibrator::MODEL_FULL).solution, 0).values.size(), 0);
 }
 
 TEST(OmittedEffects, AreNotSeenInNoise) {
   for (const int model : {Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL}) {
     for (std::uint64_t seed = 1; seed <= 30; ++seed) {
-      const solver::Solved solved =
-          Compute(Seen(Flat(), 6 + static_cast<int>(seed) % 10, seed), model).solved;
-      EXPECT_FALSE(solver::OmittedBend(solved).significant) << seed;
-      EXPECT_FALSE(solver::OmittedProportions(solved).significant) << seed;
-      EXPECT_FALSE(solver::OmittedLensTerms(solved).significant) << seed;
+      const Solution solution = Compute(Seen(Flat(), 6 + static_cast<int>(seed) % 10, seed), model).solution;
+      EXPECT_FALSE(solver::OmittedBend(solution).significant) << seed;
+      EXPECT_FALSE(solver::OmittedProportions(solution).significant) << seed;
+      EXPECT_FALSE(solver::OmittedLensTerms(solution, 0).significant) << seed;
     }
   }
 }
@@ -137,17 +138,18 @@ TEST(OmittedEffects, AreNotSeenInTheDefaultSolversResultsOfNoise) {
       const std::vector<Target> targets(views.size(), Flat());
       SparseResult result;
       static_cast<IntrinsicsResult&>(result) = SolveIntrinsics(targets, views, unit::FRAME, model);
-      const solver::Solved solved = solver::SolvedFrom(solver::TargetOf(targets, views), result, 0.0);
-      EXPECT_FALSE(solver::OmittedBend(solved).significant) << model << " " << seed;
-      EXPECT_FALSE(solver::OmittedProportions(solved).significant) << model << " " << seed;
-      EXPECT_FALSE(solver::OmittedLensTerms(solved).significant) << model << " " << seed;
+      const Solution solution =
+          solver::SolutionFrom(solver::TargetOf(targets, views), result, unit::FRAME, 0.0);
+      EXPECT_FALSE(solver::OmittedBend(solution).significant) << model << " " << seed;
+      EXPECT_FALSE(solver::OmittedProportions(solution).significant) << model << " " << seed;
+      EXPECT_FALSE(solver::OmittedLensTerms(solution, 0).significant) << model << " " << seed;
     }
   }
 }
 
 TEST(OmittedEffects, CountAsMuchAsTheyAreMoreThanNoise) {
   solver::OmittedEffect effect;
-  effect.values = cv::Mat::zeros(9, 1, CV_64F);
+  effect.values = Eigen::VectorXd::Zero(9);
   effect.squares = 40.0;
   EXPECT_EQ(effect.Excess(), 0.0);
   effect.significant = true;
@@ -159,9 +161,9 @@ TEST(OmittedEffects, TakeOffAsMuchOfNoiseAsTheirNumberOfParameters) {
   double proportions = 0.0;
   constexpr int RUNS = 60;
   for (std::uint64_t seed = 1; seed <= RUNS; ++seed) {
-    const solver::Solved solved = Compute(Seen(Flat(), 12, seed)).solved;
-    bend += solver::OmittedBend(solved).squares / RUNS;
-    proportions += solver::OmittedProportions(solved).squares / RUNS;
+    const Solution solution = Compute(Seen(Flat(), 12, seed)).solution;
+    bend += solver::OmittedBend(solution).squares / RUNS;
+    proportions += solver::OmittedProportions(solution).squares / RUNS;
   }
   // Means of chi-squared numbers, their own deviations 0.32 and 0.26.
   EXPECT_NEAR(bend, 3.0, 1.0);
@@ -169,8 +171,8 @@ TEST(OmittedEffects, TakeOffAsMuchOfNoiseAsTheirNumberOfParameters) {
 }
 
 TEST(OmittedEffects, ArePassedOverWhereNothingCanBeSolved) {
-  EXPECT_FALSE(solver::OmittedBend(solver::Solved()).significant);
-  EXPECT_TRUE(solver::OmittedBend(solver::Solved()).lensShift.empty());
+  EXPECT_FALSE(solver::OmittedBend(Solution()).significant);
+  EXPECT_EQ(solver::OmittedBend(Solution()).shift.size(), 0);
 }
 
 }  // namespace

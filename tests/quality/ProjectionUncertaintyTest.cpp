@@ -12,16 +12,16 @@ namespace {
 const cv::Size FRAME(640, 480);
 const std::vector<cv::Point2f> MIDDLE = {{160, 120}, {480, 120}, {480, 360}, {160, 360}};
 
-solver::Lens Barrel() {
-  solver::Lens lens;
+Intrinsics Barrel() {
+  Intrinsics lens;
   lens.values = {500.0, 501.0, 320.0, 240.0, -0.2, 0.05};
   return lens;
 }
 
 /// Parameters that vary independently, each in its own way.
-cv::Mat SomeCovariance() {
-  cv::Mat covariance = cv::Mat::zeros(solver::CLASSIC_PARAMETERS, solver::CLASSIC_PARAMETERS, CV_64F);
-  for (int i = 0; i < covariance.rows; ++i) covariance.at<double>(i, i) = i < 4 ? 0.01 * (1 + i) : 1e-6 * i;
+Eigen::MatrixXd SomeCovariance() {
+  Eigen::MatrixXd covariance = Eigen::MatrixXd::Zero(CLASSIC_PARAMETERS, CLASSIC_PARAMETERS);
+  for (int i = 0; i < CLASSIC_PARAMETERS; ++i) covariance(i, i) = i < 4 ? 0.01 * (1 + i) : 1e-6 * i;
   return covariance;
 }
 
@@ -49,14 +49,14 @@ TEST(ProjectionUncertainty, OfTheImageIsThatOfItsCells) {
   EXPECT_NEAR(uncertainty.InImage(SomeCovariance()), std::sqrt(sum / static_cast<double>(map.total())), 1e-9);
   EXPECT_NEAR(uncertainty.InArea(SomeCovariance()), std::sqrt(sumInside / inside), 1e-9);
   EXPECT_LT(uncertainty.InArea(SomeCovariance()), uncertainty.InImage(SomeCovariance()));
-  const cv::Mat product = uncertainty.MeanProduct() * SomeCovariance();
-  EXPECT_NEAR(std::sqrt(0.5 * cv::trace(product)[0]), uncertainty.InImage(SomeCovariance()), 1e-9);
+  const Eigen::MatrixXd product = uncertainty.MeanProduct() * SomeCovariance();
+  EXPECT_NEAR(std::sqrt(0.5 * product.trace()), uncertainty.InImage(SomeCovariance()), 1e-9);
 }
 
 TEST(ProjectionUncertainty, IsMeasuredWithoutTheTurnThatTheAreaAllows) {
   // A shift of the principal point is nearly a turn of the camera.
-  cv::Mat shift = cv::Mat::zeros(solver::CLASSIC_PARAMETERS, solver::CLASSIC_PARAMETERS, CV_64F);
-  shift.at<double>(2, 2) = 1.0;
+  Eigen::MatrixXd shift = Eigen::MatrixXd::Zero(CLASSIC_PARAMETERS, CLASSIC_PARAMETERS);
+  shift(CX, CX) = 1.0;
   const solver::ProjectionUncertainty turned(Barrel(), FRAME, MIDDLE);
   const solver::ProjectionUncertainty raw(Barrel(), FRAME, {});
   EXPECT_NEAR(raw.InImage(shift), std::sqrt(0.5), 1e-9);
@@ -66,7 +66,7 @@ TEST(ProjectionUncertainty, IsMeasuredWithoutTheTurnThatTheAreaAllows) {
 TEST(ProjectionUncertainty, IsANumberHoweverRoundingTurnsOut) {
   // Covariances of points without noise cancel to a few parts in 1e17, of either sign.
   const solver::ProjectionUncertainty uncertainty(Barrel(), FRAME, MIDDLE);
-  const cv::Mat less = -1e-20 * cv::Mat::eye(solver::CLASSIC_PARAMETERS, solver::CLASSIC_PARAMETERS, CV_64F);
+  const Eigen::MatrixXd less = -1e-20 * Eigen::MatrixXd::Identity(CLASSIC_PARAMETERS, CLASSIC_PARAMETERS);
   EXPECT_EQ(uncertainty.InArea(less), 0.0);
   EXPECT_EQ(uncertainty.InImage(less), 0.0);
   EXPECT_EQ(cv::countNonZero(uncertainty.Map(less)), 0);
@@ -74,12 +74,12 @@ TEST(ProjectionUncertainty, IsANumberHoweverRoundingTurnsOut) {
 
 TEST(ProjectionUncertainty, IsBoundlessWhereThereIsNothingToMeasure) {
   EXPECT_TRUE(std::isinf(solver::ProjectionUncertainty(Barrel(), FRAME, {}).InArea(SomeCovariance())));
-  solver::Lens none = Barrel();
+  Intrinsics none = Barrel();
   none.values[0] = std::nan("");  // no pixel has a ray
   const solver::ProjectionUncertainty nowhere(none, FRAME, MIDDLE);
   EXPECT_TRUE(std::isinf(nowhere.InImage(SomeCovariance())));
   EXPECT_TRUE(std::isinf(nowhere.InArea(SomeCovariance())));
-  EXPECT_TRUE(nowhere.MeanProduct().empty());
+  EXPECT_EQ(nowhere.MeanProduct().size(), 0);
   const cv::Mat map = nowhere.Map(SomeCovariance());
   EXPECT_EQ(cv::countNonZero(map == map), 0);
 }
