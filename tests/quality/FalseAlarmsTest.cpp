@@ -3,7 +3,6 @@
 
 #include "Calibrator.h"
 #include "quality/Judge.h"
-#include "quality/LargerModel.h"
 #include "quality/SystematicErrors.h"
 #include "solver/OpenCvMatrices.h"
 #include "solver/WideViews.h"
@@ -160,20 +159,6 @@ TEST(LensRemark, DoesNotComeWhereTheChoiceOfTheModelRefusesLargerOnes) {
   }
   EXPECT_GE(refused, 3);
   EXPECT_GE(suspected, 1);
-}
-
-TEST(LargerModel, IsThatOfTheChoice) {
-  const auto name = [](const unit::PointLists& views, int model) {
-    const Judged judged = Judge(views, model, 0.0);
-    const auto targets = unit::FlatTargets(views.size());
-    return solver::LargerModel(targets, views, unit::FRAME, judged.result, 0.0).Name();
-  };
-  const auto fisheye = unit::CloseAndSmallViews(unit::FisheyeCamera(100.0), 9, 0.4, 1);
-  EXPECT_EQ(name(fisheye, CLASSIC), "rational");
-  EXPECT_EQ(name(fisheye, RATIONAL), "");
-  const auto classic = unit::CloseAndSmallViews(unit::DistortedCamera(), 9, 0.4, 1);
-  EXPECT_EQ(name(classic, CLASSIC), "");
-  EXPECT_EQ(name(classic, RATIONAL), "");
 }
 
 unit::PointLists SomeReversed(size_t views, size_t reversed) {

@@ -1,0 +1,130 @@
+/// What verdicts say in words and as JSON.
+#include "Verdict.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <nlohmann/json.hpp>
+
+#include "PairVerdict.h"
+
+namespace {
+
+using Grade = CalibrationVerdict::Grade;
+
+constexpr double UNKNOWN = std::numeric_limits<double>::infinity();
+
+TEST(VerdictsWords, AreThoseOfTheGrade) {
+  const std::pair<Grade, const char*> grades[] = {{Grade::None, "no result"},
+                                                  {Grade::Good, "good"},
+                                                  {Grade::WithCare, "usable with care"},
+                                                  {Grade::Worthless, "worthless"}};
+  for (const auto& [grade, words] : grades) {
+    CalibrationVerdict verdict;
+    verdict.grade = grade;
+    EXPECT_EQ(verdict.Words(), words);
+    PairVerdict pair;
+    pair.grade = grade;
+    EXPECT_EQ(pair.Words(), words);
+    EXPECT_EQ(nlohmann::json::parse(verdict.ToJson())["grade"], words);
+    EXPECT_EQ(nlohmann::json::parse(pair.ToJson())["grade"], words);
+  }
+}
+
+TEST(Verdict, ExpectsTheLargerDeviationAndWhatIsNoNoise) {
+  CalibrationVerdict verdict;
+  verdict.deviationInData = 0.3;
+  verdict.jackknifeInData = 0.1;
+  verdict.systematicInData = 0.4;
+  EXPECT_DOUBLE_EQ(verdict.ExpectedInData(), 0.5);
+  verdict.jackknifeInData = 0.9;
+  verdict.systematicInData = 1.2;
+  EXPECT_DOUBLE_EQ(verdict.ExpectedInData(), 1.5);
+}
+
+TEST(Verdict, HasAllItsNumbersInItsJson) {
+  CalibrationVerdict verdict;
+  verdict.views = 7;
+  verdict.focalDeviation = 0.01;
+  verdict.focalJackknife = 0.02;
+  verdict.deviationInData = 0.03;
+  verdict.jackknifeInData = 0.04;
+  verdict.systematicInData = 0.05;
+  verdict.sheetBend = 0.06;
+  verdict.sheetStretch = -0.07;
+  verdict.deviationInImage = 0.08;
+  verdict.coverage = 0.09;
+  verdict.remarks = {{"a reason", "an advice"}, {"another", "one more"}};
+  verdict.leftOut = {{3, 5, 1.5, "far off"}, {4, -1, UNKNOWN, "no grid"}};
+  const auto text = nlohmann::json::parse(verdict.ToJson());
+  EXPECT_EQ(text, nlohmann::json::parse(R"({
+    "grade": "no result", "views": 7, "focalDeviation": 0.01, "focalJackknife": 0.02,
+    "deviationInData": 0.03, "jackknifeInData": 0.04, "systematicInData": 0.05, "sheetBend": 0.06,
+    "sheetStretch": -0.07, "deviationInImage": 0.08, "coverage": 0.09,
+    "remarks": [{"reason": "a reason", "advice": "an advice"}, {"reason": "another", "advice": "one more"}],
+    "leftOut": [{"view": 3, "point": 5, "residual": 1.5, "reason": "far off"},
+                {"view": 4, "point": -1, "residual": null, "reason": "no grid"}]})"));
+}
+
+TEST(Verdict, HasNullInItsJsonForWhatIsUnknown) {
+  CalibrationVerdict verdict;
+  verdict.focalDeviation = verdict.jackknifeInData = UNKNOWN;
+  verdict.deviationInImage = std::numeric_limits<double>::quiet_NaN();
+  const auto text = nlohmann::json::parse(verdict.ToJson());
+  EXPECT_TRUE(text["focalDeviation"].is_null());
+  EXPECT_TRUE(text["jackknifeInData"].is_null());
+  EXPECT_TRUE(text["deviationInImage"].is_null());
+  EXPECT_EQ(text["focalJackknife"], 0.0);
+}
+
+TEST(PairVerdict, HasAllItsNumbersInItsJson) {
+  PairVerdict verdict;
+  verdict.grade = Grade::WithCare;
+  verdict.views = 9;
+  verdict.lensesRefined = true;
+  verdict.formal = {0.1, 0.2, 0.3};
+  verdict.jackknife = {0.4, 0.5, UNKNOWN};
+  verdict.withLenses = {0.7, 0.8, 0.9};
+  verdict.disagreement = 1.1;
+  verdict.disagreements = {{2, 4.5}, {6, UNKNOWN}};
+  verdict.remarks = {{"a reason", "an advice"}};
+  EXPECT_EQ(nlohmann::json::parse(verdict.ToJson()), nlohmann::json::parse(R"({
+    "grade": "usable with care", "views": 9, "lensesRefined": true,
+    "formal": {"rotation": 0.1, "baseline": 0.2, "direction": 0.3},
+    "jackknife": {"rotation": 0.4, "baseline": 0.5, "direction": null},
+    "withLenses": {"rotation": 0.7, "baseline": 0.8, "direction": 0.9},
+    "disagreement": 1.1, "disagreements": [{"view": 2, "factor": 4.5}, {"view": 6, "factor": null}],
+    "remarks": [{"reason": "a reason", "advice": "an advice"}]})"));
+}
+
+PairVerdict Considered(Grade pair, Grade camera, bool lensesRefined = false) {
+  PairVerdict verdict;
+  verdict.grade = pair;
+  verdict.lensesRefined = lensesRefined;
+  CalibrationVerdict own;
+  own.grade = camera;
+  verdict.Consider(own, "right");
+  return verdict;
+}
+
+TEST(PairVerdict, IsNoBetterThanTheLensesItRestsOn) {
+  EXPECT_EQ(Considered(Grade::Good, Grade::WithCare).grade, Grade::WithCare);
+  EXPECT_EQ(Considered(Grade::WithCare, Grade::Worthless).grade, Grade::Worthless);
+  EXPECT_EQ(Considered(Grade::Worthless, Grade::WithCare).grade, Grade::Worthless);
+  const PairVerdict verdict = Considered(Grade::Good, Grade::WithCare);
+  ASSERT_EQ(verdict.remarks.size(), 1U);
+  EXPECT_EQ(verdict.remarks.front().reason, "The right camera by itself is usable with care.");
+  EXPECT_EQ(verdict.remarks.front().advice, "See its own verdict, and calibrate it again.");
+}
+
+TEST(PairVerdict, HasNothingToConsiderOfGoodLensesOrItsOwn) {
+  for (const PairVerdict& verdict :
+       {Considered(Grade::Good, Grade::Good), Considered(Grade::Good, Grade::None),
+        Considered(Grade::Good, Grade::Worthless, true)}) {
+    EXPECT_EQ(verdict.grade, Grade::Good);
+    EXPECT_TRUE(verdict.remarks.empty());
+  }
+  EXPECT_EQ(Considered(Grade::None, Grade::Worthless).grade, Grade::None);
+}
+
+}  // namespace
