@@ -87,9 +87,13 @@ TEST(PairVerdict, HasAllItsNumbersInItsJson) {
   verdict.withLenses = {0.7, 0.8, 0.9};
   verdict.disagreement = 1.1;
   verdict.disagreements = {{2, 4.5}, {6, UNKNOWN}};
+  verdict.sheetBend = 0.0015;
+  verdict.leftOut = {{3, false, 7, 2.5, "far"}, {4, true, -1, UNKNOWN, "wrong"}};
   verdict.remarks = {{"a reason", "an advice"}};
   EXPECT_EQ(nlohmann::json::parse(verdict.ToJson()), nlohmann::json::parse(R"({
-    "grade": "usable with care", "views": 9, "lensesRefined": true,
+    "grade": "usable with care", "views": 9, "lensesRefined": true, "sheetBend": 0.0015,
+    "leftOut": [{"view": 3, "camera": "left", "point": 7, "residual": 2.5, "reason": "far"},
+                {"view": 4, "camera": "right", "point": -1, "residual": null, "reason": "wrong"}],
     "formal": {"rotation": 0.1, "baseline": 0.2, "direction": 0.3},
     "jackknife": {"rotation": 0.4, "baseline": 0.5, "direction": null},
     "withLenses": {"rotation": 0.7, "baseline": 0.8, "direction": 0.9},
