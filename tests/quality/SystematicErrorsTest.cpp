@@ -126,4 +126,14 @@ TEST(SystematicErrors, OfEachCameraOfARigAreThoseOfItsOwnProjections) {
   }
 }
 
+TEST(SystematicErrors, OfKnownIntrinsicsAreNotOfTheSheet) {
+  auto problem = unit::SeenByRig(unit::ClassicPair(), CLASSIC_PARAMETERS, BENT, 10, 7, 0.01);
+  problem.estimated.intrinsics = false;
+  const Solution solution = unit::Solved(problem);
+  ASSERT_TRUE(solver::OmittedBend(solution).significant);
+  for (size_t camera = 0; camera < 2; ++camera) {
+    for (const auto& error : ErrorsOf(solution, camera)) EXPECT_EQ(error.cause, Cause::LensTerms) << camera;
+  }
+}
+
 }  // namespace

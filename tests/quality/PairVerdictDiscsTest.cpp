@@ -1,0 +1,73 @@
+/// Verdicts on pairs whose image points are centroids of discs, which are not the images of their centres.
+#include <gtest/gtest.h>
+
+#include "quality/PairJudge.h"
+#include "solver/PairViews.h"
+#include "solver/WideViews.h"
+
+using namespace velmora;
+
+namespace {
+
+constexpr double NOISE = 0.005;  // so sharp that the discs matter
+
+world::Pair WidePair() {
+  const std::vector<double> D = {-0.1, 0.01, 0.0, 0.0};
+  return world::SideBySidePair(unit::FRAME, 85.0, 0.08, 6.0, D, D);
+}
+
+/// The same noise on images of centres and on centroids.
+unit::PointPairs SeenBy(const world::Pair& rig, const std::vector<world::Pose>& poses, bool discs) {
+  if (!discs) return unit::SeenByBoth(rig, poses, 1, NOISE);
+  const unit::PointPairs without = unit::SeenByBoth(rig, poses, 1, 0.0);
+  unit::PointPairs pairs = unit::SeenByBoth(rig, poses, 1, NOISE);
+  const auto grid = MakeObjectTemplate(unit::GRID, unit::UNIT);
+  for (size_t i = 0; i < poses.size(); ++i) {
+    const world::Pose right = world::RightPose(rig, poses[i]);
+    for (size_t k = 0; k < grid.size(); ++k) {
+      pairs.left[i][k] += unit::CentroidOf(rig.left, poses[i], grid[k]) - without.left[i][k];
+      pairs.right[i][k] += unit::CentroidOf(rig.right, right, grid[k]) - without.right[i][k];
+    }
+  }
+  return pairs;
+}
+
+PairVerdict Judged(const world::Pair& rig, const unit::PointPairs& pairs, double discRadius) {
+  const auto targets = unit::Targets(pairs.left.size());
+  const StereoIntrinsics lenses = unit::TrueLenses(rig);
+  SparsePairOptions options;
+  options.discRadius = discRadius;
+  const ExtrinsicsResult result =
+      SolveExtrinsicsSparsely(targets, pairs.left, pairs.right, lenses, Calibrator::MODEL_CLASSIC, options);
+  return JudgePair({targets, pairs.left, pairs.right, Calibrator::MODEL_CLASSIC, false, discRadius}, lenses,
+                   result.R, result.T);
+}
+
+TEST(PairVerdictWithDiscs, IsThatOfTheImagesOfTheirCentres) {
+  const world::Pair rig = WidePair();
+  const auto poses = world::SampleRigViews(rig, 12, 3, unit::Paper());
+  const PairVerdict centres = Judged(rig, SeenBy(rig, poses, false), 0.0);
+  const PairVerdict discs = Judged(rig, SeenBy(rig, poses, true), unit::DISC);
+  const auto expectNear = [](const PairVerdict::Deviations& own, const PairVerdict::Deviations& expected) {
+    EXPECT_NEAR(own.rotation, expected.rotation, 0.05 * expected.rotation);
+    EXPECT_NEAR(own.baseline, expected.baseline, 0.05 * expected.baseline);
+    EXPECT_NEAR(own.direction, expected.direction, 0.05 * expected.direction);
+  };
+  expectNear(discs.formal, centres.formal);
+  expectNear(discs.jackknife, centres.jackknife);
+  expectNear(discs.withLenses, centres.withLenses);
+  EXPECT_NEAR(discs.disagreement, centres.disagreement, 0.05 * centres.disagreement);
+  EXPECT_EQ(discs.Words(), centres.Words());
+}
+
+TEST(PairVerdictWithDiscs, TakesWhatIsNotCorrectedForMoreNoise) {
+  const world::Pair rig = WidePair();
+  const auto poses = world::SampleRigViews(rig, 12, 3, unit::Paper());
+  const unit::PointPairs pairs = SeenBy(rig, poses, true);
+  const PairVerdict corrected = Judged(rig, pairs, unit::DISC);
+  const PairVerdict raw = Judged(rig, pairs, 0.0);
+  EXPECT_GT(raw.formal.rotation, 2.0 * corrected.formal.rotation);
+  EXPECT_GT(raw.disagreement, 3.0 * corrected.disagreement);
+}
+
+}  // namespace
