@@ -10,6 +10,8 @@
 #include "Calibrator.h"
 #include "Views.h"
 #include "model/TargetGeometry.h"
+#include "quality/ProjectionUncertainty.h"
+#include "solver/Covariance.h"
 #include "solver/NormalEquations.h"
 #include "solver/OpenCvMatrices.h"
 #include "unit/Collection.h"
@@ -168,6 +170,23 @@ TEST(NextPose, ExpectsWhatTheVerdictWillMeasure) {
   views.push_back(Seen(PoseOf(next.candidate.pose), random));
   const double measured = solver::PoseScore(KnowledgeOf(views, Calibrator::MODEL_CLASSIC), unit::FRAME).Now();
   EXPECT_NEAR(measured, next.then, 0.25 * next.then);
+}
+
+TEST(NextPose, KnowsWhatTheCovarianceOfTheViewsSays) {
+  const unit::PointLists views = unit::NoisyViews(4);
+  const std::vector<std::vector<cv::Point3d>> objects(views.size(),
+                                                      MakeObjectTemplate(unit::GRID, unit::UNIT));
+  const solver::Target target = solver::TargetOf(objects, views);
+  const std::vector<cv::Point2f> image = {{-1, -1}, {640, -1}, {640, 480}, {-1, 480}};
+  for (const int model : {Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL, Calibrator::MODEL_FULL}) {
+    const SparseResult result = SolveIntrinsicsSparsely(objects, views, unit::FRAME, model);
+    const Solution solution = solver::SolutionFrom(target, result, unit::FRAME, 0.0);
+    const auto knowledge = solver::KnowledgeFrom(solution, target.views, unit::FRAME);
+    const double expected =
+        solver::ProjectionUncertainty(solution.rig.cameras.front().intrinsics, unit::FRAME, image)
+            .InImage(solver::SharedCovariance(solution));
+    EXPECT_NEAR(solver::PoseScore(knowledge, unit::FRAME).Now(), expected, 0.05 * expected) << model;
+  }
 }
 
 TEST(NextPose, IsOfAUsualCameraWhereTheEstimateIsAbsurd) {

@@ -148,10 +148,10 @@ TEST(PoseCandidates, AreTheFirstOfTheSameListHoweverManyAreAskedFor) {
 }
 
 TEST(PoseCandidates, AreNotMirroredByALensThatFolds) {
-  // It folds at a ray of 0.86, which is imaged 350 pixels from the middle: the corners show nothing.
+  // It folds at a ray of 0.61, which is imaged 244 pixels from the middle: what is beyond shows nothing.
   Intrinsics folding;
-  folding.values = {600.0, 600.0, 319.5, 239.5, -0.45};
-  const world::Lens truth({600.0, 0.0, 319.5, 0.0, 600.0, 239.5, 0.0, 0.0, 1.0}, {-0.45, 0.0, 0.0, 0.0});
+  folding.values = {600.0, 600.0, 319.5, 239.5, -0.9};
+  const world::Lens truth({600.0, 0.0, 319.5, 0.0, 600.0, 239.5, 0.0, 0.0, 1.0}, {-0.9, 0.0, 0.0, 0.0});
   const auto candidates = solver::CandidatesFor(folding, CentredGrid(), unit::FRAME, 100);
   ASSERT_GE(candidates.size(), 20U);
   for (const solver::Candidate& candidate : candidates) {
