@@ -8,6 +8,7 @@
 #include "quality/OmittedEffects.h"
 #include "quality/RigSolutions.h"
 #include "solver/Covariance.h"
+#include "solver/LevenbergMarquardt.h"
 
 using namespace velmora;
 
@@ -167,6 +168,19 @@ TEST(OmittedEffectsOfARig, ShiftTheRationalModelsParametersAsTheKnownShapeDoes) 
   const solver::OmittedEffect bend = solver::OmittedBend(solution);
   // Along the valley of the coefficients residuals curve the cost about as much as derivatives do.
   ExpectShift(solution, bend, BentBy(bend), 0.1);
+}
+
+TEST(OmittedEffectsOfARig, AreTheSameBesideTheMinimum) {
+  const Solution solution =
+      SolutionOf(unit::ClassicPair(), unit::BentShape({0.0, 0.0, 0.05}), Fixed::Nothing, 7);
+  CalibrationProblem beside{solution.rig, solution.views, solution.estimated, solution.priors};
+  beside.rig.cameras[0].intrinsics.values[FX] += 0.5;
+  beside.rig.cameras[1].intrinsics.values[CY] -= 0.5;
+  beside.rig.cameras[1].cameraFromRig.t[0] += 0.0001;
+  const solver::OmittedEffect bend = solver::OmittedBend(solver::EvaluatedAt(beside));
+  const solver::OmittedEffect expected = solver::OmittedBend(solution);
+  EXPECT_TRUE(bend.values.isApprox(expected.values, 0.02))
+      << bend.values.transpose() << " beside " << expected.values.transpose();
 }
 
 TEST(OmittedEffectsOfARig, CountOnlyWhatEachCameraSaw) {
