@@ -17,7 +17,7 @@ namespace {
 constexpr int MAX_GRID_SIDE = 100;
 
 const char* const DESCRIPTION =
-    "Calibrates a camera, or a pair of them, from pictures of a printed asymmetric circles grid, without a "
+    "Calibrates a camera, a pair or a rig of them, from pictures of a printed asymmetric circles grid, without a "
     "display.\n"
     "Inputs are images, folders of images, patterns (quote them), video files or stream URLs.";
 
@@ -46,7 +46,7 @@ cv::Size ParseGrid(const std::string& text) {
 
 /// What is calibrated, and in which frames.
 void AddCameraOptions(CLI::App& app, std::string& grid, Arguments& arguments) {
-  app.add_option("inputs", arguments.inputs, "images, folders, patterns, videos, URLs")->required();
+  app.add_option("inputs", arguments.inputs, "images, folders, patterns, videos, URLs");
   app.add_option(
          "--hdist", arguments.hdist,
          "distance in metres across the row intervals of the grid, ten of them in 4x11 (default: 0.2, "
@@ -76,7 +76,8 @@ void AddViewOptions(CLI::App& app, Arguments& arguments) {
       ->capture_default_str();
   app.add_option(
          "--output", arguments.output,
-         "name of the result file, to which .json is added; those of a pair's cameras get _left and _right")
+         "name of the result file, to which .json is added; those of a pair's cameras get _left and _right, "
+         "that of a rig gets _rig")
       ->type_name("NAME")
       ->capture_default_str();
   app.add_option("--every", arguments.sampling.every,
@@ -120,11 +121,63 @@ void AddPairOptions(CLI::App& app, Arguments& arguments) {
   calibRight->needs(calibLeft);
 }
 
+void AddRigOptions(CLI::App& app, Arguments& arguments) {
+  const std::vector<std::pair<std::string, int>> ways = {{"order", static_cast<int>(Match::Order)},
+                                                         {"names", static_cast<int>(Match::Names)}};
+  auto* rig = app.add_option("--rig", arguments.rig,
+                             "cameras that are fixed to each other, two or more: an input of each, such as a "
+                             "folder; the first defines the frame of the rig")
+                  ->type_name("INPUT");
+  app.add_option("--match", arguments.match,
+                 "which images of a rig belong together: order (as many of each camera) or names (those "
+                 "whose names differ from their camera's other images by the same part, such as a number; a "
+                 "camera may have missed some) (default: order)")
+      ->transform(tools::OneOf(ways))
+      ->type_name("WAY")
+      ->needs(rig);
+  app.add_option("--intrinsics", arguments.intrinsics,
+                 "result files of the cameras of a rig, in their order, which are held (default: estimated "
+                 "together with the rig)")
+      ->type_name("FILE")
+      ->needs(rig);
+}
+
+/// What a rig cannot be combined with, or lacks.
+void CheckRig(const Arguments& arguments) {
+  const std::vector<std::pair<std::string, bool>> others = {{"--right", !arguments.rightInputs.empty()},
+                                                            {"--split", arguments.split != Split::None},
+                                                            {"--calib_left", !arguments.calibLeft.empty()},
+                                                            {"--refine-lenses", arguments.refineLenses},
+                                                            {"--record-model", !arguments.recordModel.empty()}};
+  for (const auto& [option, given] : others) {
+    if (given) throw CLI::ExcludesError(option, "--rig");
+  }
+  if (!arguments.inputs.empty()) {
+    throw CLI::ValidationError("--rig", "all cameras are named after it, but '" + arguments.inputs.front() +
+                                            "' is not");
+  }
+  if (arguments.rig.size() < 2) throw CLI::ValidationError("--rig", "inputs of at least two cameras are needed");
+  if (arguments.model == Arguments::MODEL_AUTO) {
+    throw CLI::ValidationError("--model", "auto is for one camera; a rig takes classic, rational or full");
+  }
+  if (arguments.solver != Calibrator::SOLVER_SPARSE) {
+    throw CLI::ValidationError("--solver", "only the sparse solver computes rigs");
+  }
+  if (!arguments.intrinsics.empty() && arguments.intrinsics.size() != arguments.rig.size()) {
+    throw CLI::ValidationError("--intrinsics", "a file for each camera is needed: there are " +
+                                                   std::to_string(arguments.rig.size()) + " cameras and " +
+                                                   std::to_string(arguments.intrinsics.size()) +
+                                                   (arguments.intrinsics.size() == 1 ? " file" : " files"));
+  }
+}
+
 /// What the options cannot say of each other by themselves.
 void CheckTogether(const Arguments& arguments) {
+  if (arguments.inputs.empty() && !arguments.IsRig()) throw CLI::RequiredError("inputs");
   if (arguments.output.empty() || arguments.output.back() == '/') {
     throw CLI::ValidationError("--output", "a name is needed");
   }
+  if (arguments.IsRig()) return CheckRig(arguments);
   if (!arguments.recordModel.empty() && arguments.IsPair()) {
     throw CLI::ValidationError("--record-model", "poses are recorded from one camera");
   }
@@ -158,6 +211,7 @@ Parsed ParseArguments(int argc, char** argv) {
   AddViewOptions(app, arguments);
   tools::AddEngineOptions(app, arguments);
   AddPairOptions(app, arguments);
+  AddRigOptions(app, arguments);
   try {
     app.parse(argc, argv);
     arguments.grid = ParseGrid(grid);

@@ -15,6 +15,9 @@ namespace batch {
 /// How one picture that shows two cameras is cut: into an upper and a lower or a left and a right half.
 enum class Split { None, Horizontal, Vertical };
 
+/// How images of a rig's cameras are known to be of the same time.
+enum class Match { Order, Names };
+
 struct Arguments : tools::EngineOptions {
   static constexpr int MODEL_AUTO = -1;  ///< as large as the views ask for
 
@@ -24,6 +27,9 @@ struct Arguments : tools::EngineOptions {
   std::string calibLeft;  ///< result files of the cameras of a pair; empty: they are calibrated first
   std::string calibRight;
   bool refineLenses = false;            ///< of a pair, together with it
+  std::vector<std::string> rig;         ///< an input for each camera of a rig
+  Match match = Match::Order;           ///< of a rig
+  std::vector<std::string> intrinsics;  ///< result files of a rig's cameras; empty: they are estimated
   float hdist = tools::SUPPLIED_HDIST;  ///< metres across all row intervals of the grid
   int model = 0;                        ///< of Calibrator, or MODEL_AUTO
   std::string modelName = "rational";
@@ -35,6 +41,7 @@ struct Arguments : tools::EngineOptions {
   std::string recordModel;             ///< model file of the assistant to record, instead of a calibration
   SamplingOptions sampling;
 
+  bool IsRig() const { return !rig.empty(); }
   bool IsPair() const { return split != Split::None || !rightInputs.empty(); }
 };
 

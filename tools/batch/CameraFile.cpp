@@ -1,4 +1,4 @@
-/// The result files of a pair's cameras that a user gives.
+/// The result files of a pair's or a rig's cameras that a user gives.
 #include "batch/CameraFile.h"
 
 #include "JSON.h"
@@ -18,22 +18,48 @@ constexpr int MOST_COEFFICIENTS = 14;
                    wanted);
 }
 
-}  // namespace
-
-void CheckCameraFile(const std::string& path) {
-  cv::Mat K;
-  cv::Mat D;
-  try {
-    JSON document;
-    if (!document.load(path)) return;
-    K = document.readMat("cameraMatrix");
-    D = document.readMat("distCoefs");
-  } catch (const std::exception&) {
-    return;
-  }
+void CheckShapes(const CameraFile& file) {
+  const auto& [path, frame, K, D] = file;
   if (K.size() != cv::Size(3, 3) || K.channels() != 1) Refuse(path, "cameraMatrix", K, "3 x 3");
   // Fewer columns are those of a smaller model, of which the engine tells.
   if (D.rows != 1 || D.cols > MOST_COEFFICIENTS || D.channels() != 1) Refuse(path, "distCoefs", D, "1 x 14");
+}
+
+}  // namespace
+
+void CheckCameraFile(const std::string& path) {
+  CameraFile file;
+  file.path = path;
+  try {
+    JSON document;
+    if (!document.load(path)) return;
+    file.K = document.readMat("cameraMatrix");
+    file.D = document.readMat("distCoefs");
+  } catch (const std::exception&) {
+    return;
+  }
+  CheckShapes(file);
+}
+
+CameraFile ReadCameraFile(const std::string& path) {
+  CameraFile file;
+  file.path = path;
+  bool isPair = false;
+  try {
+    JSON document;
+    if (!document.load(path)) throw InputError("'" + path + "' cannot be read");
+    isPair = document.readInt("sensor") != 0;
+    file.frame = {document.readInt("imgWidth"), document.readInt("imgHeight")};
+    document.readMat("cameraMatrix").convertTo(file.K, CV_64F);
+    document.readMat("distCoefs").convertTo(file.D, CV_64F);
+  } catch (const InputError&) {
+    throw;
+  } catch (const std::exception&) {
+    throw InputError("'" + path + "' is no result of a camera");
+  }
+  if (isPair) throw InputError("'" + path + "' is the result of a pair, not of one camera");
+  CheckShapes(file);
+  return file;
 }
 
 }  // namespace batch

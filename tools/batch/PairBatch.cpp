@@ -1,9 +1,7 @@
 /// The headless calibration of a pair of cameras.
 #include "batch/PairBatch.h"
 
-#include <future>
 #include <iostream>
-#include <memory>
 #include <set>
 
 #include "Halves.h"
@@ -11,6 +9,7 @@
 #include "batch/CameraViews.h"
 #include "batch/Epipolar.h"
 #include "batch/Progress.h"
+#include "batch/TogetherStream.h"
 #include "batch/VerdictReport.h"
 #include "batch/ViewSelection.h"
 #include "common/VerdictFiles.h"
@@ -19,43 +18,46 @@ namespace batch {
 
 namespace {
 
+constexpr size_t LEFT = 0;
+constexpr size_t RIGHT = 1;
+
+std::vector<std::vector<std::string>> FilesOf(const Arguments& arguments) {
+  std::vector<std::vector<std::string>> files = {ExpandInputsAloud(arguments.inputs)};
+  if (arguments.split == Split::None) files.push_back(ExpandInputsAloud(arguments.rightInputs));
+  return files;
+}
+
 /// Pictures of the left and the right camera, taken together.
 class PairStream {
  public:
   explicit PairStream(const Arguments& arguments)
-      : split_(arguments.split), left_(ExpandInputsAloud(arguments.inputs), arguments.sampling) {
-    if (split_ == Split::None) {
-      right_ = std::make_unique<PictureStream>(ExpandInputsAloud(arguments.rightInputs), arguments.sampling);
-      const int leftCount = left_.ExpectedCount();
-      const int rightCount = right_->ExpectedCount();
-      if (leftCount != rightCount) {
-        throw InputError("the left camera has " + std::to_string(leftCount) + " images, the right one " +
-                         std::to_string(rightCount));
-      }
+      : split_(arguments.split), stream_(FilesOf(arguments), arguments.sampling) {
+    if (split_ != Split::None) return;
+    const int leftCount = stream_.ExpectedCount(LEFT);
+    const int rightCount = stream_.ExpectedCount(RIGHT);
+    if (leftCount != rightCount) {
+      throw InputError("the left camera has " + std::to_string(leftCount) + " images, the right one " +
+                       std::to_string(rightCount));
     }
   }
 
-  bool Next(Picture& left, Picture& right) {
-    if (!left_.Next(left)) return false;
-    if (right_ != nullptr) return right_->Next(right);
-    const cv::Mat both = left.image;
+  bool Next(std::vector<Picture>& pair) {
+    if (!stream_.Next(pair)) return false;
+    if (split_ == Split::None) return true;
+    const cv::Mat both = pair[LEFT].image;
     const app::Split way = split_ == Split::Horizontal ? app::Split::Horizontal : app::Split::Vertical;
-    right.name = left.name;
-    right.endsTooEarly = left.endsTooEarly;
-    left.image = app::HalfOf(both, way, app::Camera::Left);
-    right.image = app::HalfOf(both, way, app::Camera::Right);
+    pair.push_back(pair[LEFT]);
+    pair[LEFT].image = app::HalfOf(both, way, app::Camera::Left);
+    pair[RIGHT].image = app::HalfOf(both, way, app::Camera::Right);
     return true;
   }
 
-  int ExpectedCount() const { return left_.ExpectedCount(); }
-  int OrientationsIgnored() const {
-    return left_.OrientationsIgnored() + (right_ == nullptr ? 0 : right_->OrientationsIgnored());
-  }
+  int ExpectedCount() const { return stream_.ExpectedCount(); }
+  int OrientationsIgnored() const { return stream_.OrientationsIgnored(); }
 
  private:
   Split split_;
-  PictureStream left_;
-  std::unique_ptr<PictureStream> right_;
+  TogetherStream stream_;
 };
 
 /// What looking at all pairs gave: the views of each camera, and those that both have.
@@ -70,16 +72,14 @@ struct PairViews {
   std::vector<Rejection> rejected;
 };
 
-std::string PairName(const Picture& left, const Picture& right) {
-  return left.name == right.name ? left.name : left.name + "+" + right.name;
-}
-
 /// The reason when the pair gives no common view, else an empty text.
-std::string TakePair(Picture& left, Picture& right, PairViews& pairs) {
-  const std::string name = PairName(left, right);
-  auto rightFault = std::async(std::launch::async, [&] { return pairs.right.Take(right); });
-  const std::string faultLeft = pairs.left.Take(left);
-  const std::string faultRight = rightFault.get();
+std::string TakePair(std::vector<Picture>& pair, PairViews& pairs) {
+  const std::string name = NameTogether(pair);
+  const std::vector<std::string> faults = TakeTogether(pair, [&](size_t camera, Picture& picture) {
+    return (camera == LEFT ? pairs.left : pairs.right).Take(picture);
+  });
+  const std::string& faultLeft = faults[LEFT];
+  const std::string& faultRight = faults[RIGHT];
   if (faultLeft.empty() && faultRight.empty()) {
     pairs.names.push_back(name);
     pairs.leftCentres.push_back(pairs.left.Views().back());
@@ -96,11 +96,10 @@ std::string TakePair(Picture& left, Picture& right, PairViews& pairs) {
 void LookAtPairs(const Arguments& arguments, PairViews& pairs) {
   PairStream stream(arguments);
   Progress progress;
-  Picture left;
-  Picture right;
-  for (int done = 1; stream.Next(left, right); ++done) {
-    const std::string name = PairName(left, right);
-    const std::string fault = TakePair(left, right, pairs);
+  std::vector<Picture> pair;
+  for (int done = 1; stream.Next(pair); ++done) {
+    const std::string name = NameTogether(pair);
+    const std::string fault = TakePair(pair, pairs);
     progress.Step(done, stream.ExpectedCount(), name + ": " + (fault.empty() ? "grid found in both" : fault));
   }
   progress.Finish();

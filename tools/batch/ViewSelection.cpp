@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <optional>
+#include <set>
 
 namespace batch {
 
@@ -44,35 +46,112 @@ Descriptor Describe(const std::vector<cv::Point2d>& points, const cv::Size& grid
           ROLL_WEIGHT * std::sin(roll)};
 }
 
+/// Of each camera; nothing where it does not see the grid.
+using Descriptors = std::vector<std::optional<Descriptor>>;
+
+/// As far as half an image's width: another camera tells something else.
+constexpr double SEEN_BY_ANOTHER = 1.0;
+
+/// Of one camera the distance of its descriptors.
+double Distance(const Descriptors& a, const Descriptors& b) {
+  double sum = 0.0;
+  int cameras = 0;
+  for (size_t i = 0; i < a.size(); ++i) {
+    if (!a[i] && !b[i]) continue;
+    const double apart = a[i] && b[i] ? cv::norm(*a[i], *b[i]) : SEEN_BY_ANOTHER;
+    sum += apart * apart;
+    ++cameras;
+  }
+  return cameras == 0 ? 0.0 : std::sqrt(sum / cameras);
+}
+
+Descriptors Mean(const std::vector<Descriptors>& views) {
+  Descriptors means(views.front().size());
+  for (size_t i = 0; i < means.size(); ++i) {
+    double count = 0.0;
+    for (const Descriptors& view : views) count += view[i] ? 1.0 : 0.0;
+    for (const Descriptors& view : views) {
+      if (view[i]) means[i] = means[i].value_or(Descriptor::all(0.0)) + *view[i] * (1.0 / count);
+    }
+  }
+  return means;
+}
+
+/// Views that join cameras which are not joined yet, those that join the most cameras first.
+std::vector<size_t> LinkingViews(const std::vector<Descriptors>& views) {
+  std::vector<size_t> group(views.front().size());
+  std::iota(group.begin(), group.end(), size_t{0});
+  std::vector<size_t> linking;
+  while (true) {
+    size_t best = 0;
+    std::set<size_t> joined;
+    for (size_t i = 0; i < views.size(); ++i) {
+      std::set<size_t> groups;
+      for (size_t camera = 0; camera < group.size(); ++camera) {
+        if (views[i][camera]) groups.insert(group[camera]);
+      }
+      if (groups.size() <= joined.size()) continue;
+      best = i;
+      joined = groups;
+    }
+    if (joined.size() < 2) return linking;
+    linking.push_back(best);
+    for (size_t& number : group) number = joined.count(number) > 0 ? *joined.begin() : number;
+  }
+}
+
+/// The first is the most typical view, unless some are chosen; each next one is the farthest from all chosen
+/// so far.
+std::vector<size_t> FarthestFirst(const std::vector<Descriptors>& views, std::vector<size_t> chosen,
+                                  size_t count) {
+  std::vector<double> distance(views.size());
+  const auto near = [&](size_t index, bool first) {
+    for (size_t i = 0; i < views.size(); ++i) {
+      const double toNew = Distance(views[index], views[i]);
+      distance[i] = first ? toNew : std::min(distance[i], toNew);
+    }
+  };
+  for (size_t i = 0; i < chosen.size(); ++i) near(chosen[i], i == 0);
+  if (chosen.empty()) {
+    const Descriptors mean = Mean(views);
+    for (size_t i = 0; i < views.size(); ++i) distance[i] = -Distance(views[i], mean);
+  }
+  while (chosen.size() < count) {
+    for (const size_t taken : chosen) distance[taken] = -1.0;
+    const auto farthest = std::max_element(distance.begin(), distance.end());
+    const auto index = static_cast<size_t>(farthest - distance.begin());
+    near(index, chosen.empty());
+    chosen.push_back(index);
+  }
+  return chosen;
+}
+
 }  // namespace
 
 std::vector<size_t> SelectSpreadViews(const std::vector<std::vector<cv::Point2d>>& views,
                                       const cv::Size& grid, const cv::Size& frame, size_t count) {
-  std::vector<size_t> chosen(views.size());
-  std::iota(chosen.begin(), chosen.end(), size_t{0});
-  if (views.size() <= count) return chosen;
+  return SelectSpreadViews(std::vector<std::vector<std::vector<cv::Point2d>>>{views}, grid,
+                           std::vector<cv::Size>{frame}, count);
+}
 
-  std::vector<Descriptor> descriptors;
-  Descriptor mean = Descriptor::all(0.0);
-  for (const auto& view : views) {
-    descriptors.push_back(Describe(view, grid, frame));
-    mean += descriptors.back() * (1.0 / static_cast<double>(views.size()));
-  }
-  // The first is the most typical view; each next one is the farthest from all chosen so far.
-  chosen.clear();
-  std::vector<double> distance(views.size());
-  const auto distanceTo = [&](const Descriptor& place, size_t i) { return cv::norm(descriptors[i], place); };
-  for (size_t i = 0; i < views.size(); ++i) distance[i] = -distanceTo(mean, i);
-  while (chosen.size() < count) {
-    const auto farthest = std::max_element(distance.begin(), distance.end());
-    const auto index = static_cast<size_t>(farthest - distance.begin());
-    for (size_t i = 0; i < views.size(); ++i) {
-      const double toNew = distanceTo(descriptors[index], i);
-      distance[i] = chosen.empty() ? toNew : std::min(distance[i], toNew);
+std::vector<size_t> SelectSpreadViews(const std::vector<std::vector<std::vector<cv::Point2d>>>& cameras,
+                                      const cv::Size& grid, const std::vector<cv::Size>& frames,
+                                      size_t count) {
+  const size_t all = cameras.front().size();
+  std::vector<size_t> chosen(all);
+  std::iota(chosen.begin(), chosen.end(), size_t{0});
+  if (all <= count) return chosen;
+
+  std::vector<Descriptors> views(all, Descriptors(cameras.size()));
+  for (size_t camera = 0; camera < cameras.size(); ++camera) {
+    for (size_t i = 0; i < all; ++i) {
+      const auto& points = cameras[camera][i];
+      if (!points.empty()) views[i][camera] = Describe(points, grid, frames[camera]);
     }
-    chosen.push_back(index);
-    for (const size_t taken : chosen) distance[taken] = -1.0;
   }
+  chosen = LinkingViews(views);
+  chosen.resize(std::min(chosen.size(), count));
+  chosen = FarthestFirst(views, std::move(chosen), count);
   std::sort(chosen.begin(), chosen.end());
   return chosen;
 }

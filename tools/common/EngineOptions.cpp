@@ -30,11 +30,15 @@ void AddEngineOptions(CLI::App& app, EngineOptions& options) {
       ->type_name("METRES");
 }
 
+double DiscRadius(const EngineOptions& options, float unit) {
+  return options.disc >= 0.0 ? options.disc : USUAL_DISC * static_cast<double>(unit);
+}
+
 void ApplyEngineOptions(const EngineOptions& options, float unit, Calibrator& calibrator) {
   calibrator.SetFinder(options.finder);
   calibrator.SetSolver(options.solver);
   calibrator.SetRobust(true);
-  calibrator.SetDiscRadius(options.disc >= 0.0 ? options.disc : USUAL_DISC * static_cast<double>(unit));
+  calibrator.SetDiscRadius(DiscRadius(options, unit));
 }
 
 }  // namespace tools
