@@ -1,4 +1,4 @@
-/// velmora-batch: calibrates a camera from pictures, without a display.
+/// velmora-batch: calibrates a camera, a pair or a rig from pictures, without a display.
 #include <iostream>
 
 #include "Calibration.h"
@@ -7,6 +7,7 @@
 #include "batch/Batch.h"
 #include "batch/ModelRecording.h"
 #include "batch/PairBatch.h"
+#include "batch/RigBatch.h"
 
 int main(int argc, char** argv) {
   app::SilenceLibraries();
@@ -16,6 +17,7 @@ int main(int argc, char** argv) {
   Calibration::SetLogLevel(1);
   try {
     if (!parsed.arguments.recordModel.empty()) return batch::RecordModel(parsed.arguments);
+    if (parsed.arguments.IsRig()) return batch::RunRig(parsed.arguments);
     return parsed.arguments.IsPair() ? batch::RunPair(parsed.arguments) : batch::Run(parsed.arguments);
   } catch (const batch::InputError& error) {
     std::cerr << "Error: " << error.what() << ".\n";

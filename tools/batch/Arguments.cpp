@@ -17,7 +17,8 @@ namespace {
 constexpr int MAX_GRID_SIDE = 100;
 
 const char* const DESCRIPTION =
-    "Calibrates a camera, a pair or a rig of them, from pictures of a printed asymmetric circles grid, without a "
+    "Calibrates a camera, a pair or a rig of them, from pictures of a printed asymmetric circles grid, "
+    "without a "
     "display.\n"
     "Inputs are images, folders of images, patterns (quote them), video files or stream URLs.";
 
@@ -144,19 +145,21 @@ void AddRigOptions(CLI::App& app, Arguments& arguments) {
 
 /// What a rig cannot be combined with, or lacks.
 void CheckRig(const Arguments& arguments) {
-  const std::vector<std::pair<std::string, bool>> others = {{"--right", !arguments.rightInputs.empty()},
-                                                            {"--split", arguments.split != Split::None},
-                                                            {"--calib_left", !arguments.calibLeft.empty()},
-                                                            {"--refine-lenses", arguments.refineLenses},
-                                                            {"--record-model", !arguments.recordModel.empty()}};
+  const std::vector<std::pair<std::string, bool>> others = {
+      {"--right", !arguments.rightInputs.empty()},
+      {"--split", arguments.split != Split::None},
+      {"--calib_left", !arguments.calibLeft.empty()},
+      {"--refine-lenses", arguments.refineLenses},
+      {"--record-model", !arguments.recordModel.empty()}};
   for (const auto& [option, given] : others) {
     if (given) throw CLI::ExcludesError(option, "--rig");
   }
   if (!arguments.inputs.empty()) {
-    throw CLI::ValidationError("--rig", "all cameras are named after it, but '" + arguments.inputs.front() +
-                                            "' is not");
+    throw CLI::ValidationError(
+        "--rig", "all cameras are named after it, but '" + arguments.inputs.front() + "' is not");
   }
-  if (arguments.rig.size() < 2) throw CLI::ValidationError("--rig", "inputs of at least two cameras are needed");
+  if (arguments.rig.size() < 2)
+    throw CLI::ValidationError("--rig", "inputs of at least two cameras are needed");
   if (arguments.model == Arguments::MODEL_AUTO) {
     throw CLI::ValidationError("--model", "auto is for one camera; a rig takes classic, rational or full");
   }

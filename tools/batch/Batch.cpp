@@ -22,9 +22,10 @@ void LookAtPictures(const Arguments& arguments, const std::function<std::string(
   std::cerr << OrientationsText(pictures.OrientationsIgnored());
 }
 
-ExitStatus ReportTooFewViews(const std::string& what, size_t found, const std::string& hint) {
+ExitStatus ReportTooFewViews(const std::string& what, size_t found, const std::string& hint,
+                             const std::string& whose) {
   std::cerr << "Too few views: the grid was found in " << found << " " << what << (found == 1 ? "" : "s")
-            << ", at least " << ENOUGH_VIEWS << " are needed.\n"
+            << whose << ", at least " << ENOUGH_VIEWS << " are needed.\n"
             << hint;
   return TOO_FEW_VIEWS;
 }

@@ -19,7 +19,9 @@ ExitStatus Run(const Arguments& arguments);
 void LookAtPictures(const Arguments& arguments, const std::function<std::string(Picture&)>& take);
 
 /// Prints on standard error that too few of the images (or pairs) held the grid, and a hint if there is one.
-ExitStatus ReportTooFewViews(const std::string& what, size_t found, const std::string& hint);
+/// `whose` tells, with a blank before it, whose images these are.
+ExitStatus ReportTooFewViews(const std::string& what, size_t found, const std::string& hint,
+                             const std::string& whose = "");
 
 /// Prints the list of written files; how a run ends whose result is of that worth.
 ExitStatus EndWithFiles(const tools::OutputFiles& files, bool worthless, const Arguments& arguments);

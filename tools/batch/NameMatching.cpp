@@ -80,7 +80,8 @@ bool HaveCommonKey(const FilesByKey& one, const FilesByKey& other) {
 void RequireCommonKeys(const std::vector<CameraFiles>& cameras, const std::vector<FilesByKey>& files) {
   for (size_t i = 0; i < files.size(); ++i) {
     bool common = false;
-    for (size_t k = 0; k < files.size(); ++k) common = common || (k != i && HaveCommonKey(files[i], files[k]));
+    for (size_t k = 0; k < files.size(); ++k)
+      common = common || (k != i && HaveCommonKey(files[i], files[k]));
     if (common) continue;
     const FilesByKey& other = files[i == 0 ? 1 : 0];
     throw InputError("no image of camera '" + cameras[i].camera +

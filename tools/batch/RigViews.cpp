@@ -68,6 +68,7 @@ std::string RigViews::Take(std::vector<Picture>& pictures) {
     }
   }
   if (finders.empty()) return fault;
+  moments_.push_back(NameTogether(pictures));
   images_.push_back(std::move(images));
   for (size_t i = 0; i < cameras_.size(); ++i) centres_[i].push_back(std::move(found[i]));
   return "grid found by " + finders;
@@ -97,6 +98,7 @@ void RigViews::Select() {
     for (const size_t moment : chosen) kept.push_back(std::move(all[moment]));
     all = std::move(kept);
   };
+  keep(moments_);
   keep(images_);
   for (auto& camera : centres_) keep(camera);
 }

@@ -33,6 +33,8 @@ class RigViews {
   velmora::RigRecords Records() const;
   /// The names of the images of these moments, of each camera; empty where there is none with the grid.
   const std::vector<std::vector<std::string>>& Images() const { return images_; }
+  /// Of each of these moments: the names of its images, joined.
+  const std::vector<std::string>& Moments() const { return moments_; }
   /// Of all images that are left: "camera/image".
   std::vector<std::string> Used() const;
   /// As it is told of.
@@ -50,7 +52,8 @@ class RigViews {
   const Arguments& arguments_;
   std::vector<std::string> cameras_;
   std::deque<PictureSearch> searches_;
-  std::vector<std::vector<std::string>> images_;  ///< of each moment
+  std::vector<std::string> moments_;
+  std::vector<std::vector<std::string>> images_;  ///< of each moment, of each camera
   std::vector<std::vector<Centres>> centres_;     ///< of each camera, of each moment
   std::vector<Rejection> rejected_;
 };

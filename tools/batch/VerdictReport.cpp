@@ -4,6 +4,8 @@
 #include <iomanip>
 #include <sstream>
 
+#include "batch/RigCameras.h"
+
 namespace batch {
 
 namespace {
@@ -12,15 +14,14 @@ std::string NameOf(size_t view, const std::vector<std::string>& names) {
   return view < names.size() ? names[view] : "view " + std::to_string(view);
 }
 
-/// A view that is left out, or a circle of one that is kept.
-std::string LeftOutText(const CalibrationVerdict::LeftOut& left, const std::vector<std::string>& names) {
+/// An image that is left out, or a circle of one that is kept.
+std::string LeftOutText(const std::string& image, int point, double residual, const std::string& reason) {
   std::ostringstream text;
   text << std::fixed << std::setprecision(2);
-  if (left.point < 0) {
-    text << "  Left out: " << NameOf(left.view, names) << ", " << left.reason << " (" << left.residual
-         << " px)\n";
+  if (point < 0) {
+    text << "  Left out: " << image << ", " << reason << " (" << residual << " px)\n";
   } else {
-    text << "  Ignored: circle " << left.point << " of " << NameOf(left.view, names) << ", " << left.residual
+    text << "  Ignored: circle " << point << " of " << image << ", " << residual
          << " px from where the others put it\n";
   }
   return text.str();
@@ -41,9 +42,19 @@ std::string DeviationsText(const PairVerdict::Deviations& deviations) {
   return text.str();
 }
 
-}  // namespace
+/// Views whose pictures do not agree.
+std::string ApartText(const std::vector<PairVerdict::Disagreement>& disagreements,
+                      const std::vector<std::string>& names, const std::string& where) {
+  std::ostringstream text;
+  text << std::fixed << std::setprecision(1);
+  for (const auto& item : disagreements) {
+    text << "  Not at the same place in " << where << ": " << NameOf(item.view, names) << " (" << item.factor
+         << " times the noise)\n";
+  }
+  return text.str();
+}
 
-std::string VerdictTable(const CalibrationVerdict& verdict, const std::vector<std::string>& names) {
+std::string VerdictWithoutViews(const CalibrationVerdict& verdict) {
   std::ostringstream text;
   text << std::fixed << Judgement(verdict.Words(), verdict.remarks);
   text << std::setprecision(2) << "  Focal length known to " << 100.0 * verdict.focalDeviation
@@ -54,8 +65,17 @@ std::string VerdictTable(const CalibrationVerdict& verdict, const std::vector<st
        << " px over the whole image\n"
        << std::setprecision(0) << "  The grid was seen in " << 100.0 * verdict.coverage
        << " % of the image\n";
-  for (const auto& left : verdict.leftOut) text << LeftOutText(left, names);
   return text.str();
+}
+
+}  // namespace
+
+std::string VerdictTable(const CalibrationVerdict& verdict, const std::vector<std::string>& names) {
+  std::string text = VerdictWithoutViews(verdict);
+  for (const auto& left : verdict.leftOut) {
+    text += LeftOutText(NameOf(left.view, names), left.point, left.residual, left.reason);
+  }
+  return text;
 }
 
 std::string VerdictTable(const PairVerdict& verdict, const std::vector<std::string>& names) {
@@ -65,13 +85,26 @@ std::string VerdictTable(const PairVerdict& verdict, const std::vector<std::stri
   if (!verdict.lensesRefined) {
     text += "  Including the lenses' own uncertainty: " + DeviationsText(verdict.withLenses);
   }
-  std::ostringstream apart;
-  apart << std::fixed << std::setprecision(1);
-  for (const auto& item : verdict.disagreements) {
-    apart << "  Not at the same place in both pictures: " << NameOf(item.view, names) << " (" << item.factor
-          << " times the noise)\n";
+  return text + ApartText(verdict.disagreements, names, "both pictures");
+}
+
+std::string VerdictTable(const velmora::RigResult& result, const RigViews& views) {
+  const velmora::RigVerdict& verdict = result.verdict;
+  const std::vector<std::string>& cameras = views.Cameras();
+  std::string text = WithCameraNames(Judgement(verdict.Words(), verdict.remarks), cameras);
+  for (size_t i = 0; i < verdict.formal.size(); ++i) {
+    text += "  " + cameras[i + 1] + " to " + cameras[0] +
+            ", from the noise: " + DeviationsText(verdict.formal[i]) +
+            "    When views are left out: " + DeviationsText(verdict.jackknife[i]);
   }
-  return text + apart.str();
+  text += ApartText(verdict.disagreements, views.Moments(), "all images");
+  for (const velmora::RigLeftOut& left : result.leftOut) {
+    text += LeftOutText(views.NameOf(left.view, left.camera), left.point, left.residual, left.reason);
+  }
+  for (size_t i = 0; i < verdict.cameras.size(); ++i) {
+    text += "\nCamera " + cameras[i] + "\n" + VerdictWithoutViews(verdict.cameras[i]);
+  }
+  return text;
 }
 
 std::set<size_t> ViewsLeftOut(const CalibrationVerdict& verdict) {

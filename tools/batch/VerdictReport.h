@@ -7,12 +7,17 @@
 
 #include "PairVerdict.h"
 #include "Verdict.h"
+#include "batch/RigViews.h"
+#include "velmora/RigCalibration.h"
 
 namespace batch {
 
 /// The verdict in words; `names` are those of the views.
 std::string VerdictTable(const CalibrationVerdict& verdict, const std::vector<std::string>& names);
 std::string VerdictTable(const PairVerdict& verdict, const std::vector<std::string>& names);
+
+/// Of a rig and of each of its cameras.
+std::string VerdictTable(const velmora::RigResult& result, const RigViews& views);
 
 /// Indexes of the views that the computation left out as a whole.
 std::set<size_t> ViewsLeftOut(const CalibrationVerdict& verdict);

@@ -1,0 +1,72 @@
+/// The headless calibration of a rig of cameras.
+#include "batch/RigBatch.h"
+
+#include <iostream>
+
+#include "batch/CameraViews.h"
+#include "batch/RigCameras.h"
+#include "batch/RigFile.h"
+#include "batch/RigReport.h"
+#include "batch/VerdictReport.h"
+
+namespace batch {
+
+namespace {
+
+velmora::RigOptions OptionsFrom(const Arguments& arguments, const std::vector<CameraFile>& intrinsics) {
+  velmora::RigOptions options;
+  options.model = arguments.model;
+  options.discRadius = tools::DiscRadius(arguments, UnitOf(arguments));
+  for (const CameraFile& file : intrinsics) options.intrinsics.push_back({file.K, file.D});
+  return options;
+}
+
+/// Prints what there is, when that is too little: no grid at all, or too few for a camera's intrinsics.
+ExitStatus CheckCounts(RigViews& views, bool intrinsicsGiven) {
+  const auto report = [&](size_t found, const std::string& whose) {
+    std::cout << ViewsTable(views.Used(), views.Rejected());
+    return ReportTooFewViews("image", found, views.OtherGridText(), whose);
+  };
+  if (views.Count() == 0) return report(0, "");
+  for (size_t i = 0; i < views.Cameras().size() && !intrinsicsGiven; ++i) {
+    const size_t found = views.CountOf(i);
+    if (found < ENOUGH_VIEWS) return report(found, " of camera '" + views.Cameras()[i] + "'");
+  }
+  return CALIBRATED;
+}
+
+/// Raises the engine's exception as a text for users: with names, and without the last full stop.
+velmora::RigResult Compute(const RigViews& views, const velmora::RigOptions& options) {
+  try {
+    return velmora::CalibrateRig(views.Records(), options);
+  } catch (cv::Exception& error) {
+    error.err = WithCameraNames(error.err, views.Cameras());
+    if (!error.err.empty() && error.err.back() == '.') error.err.pop_back();
+    throw;
+  }
+}
+
+}  // namespace
+
+ExitStatus RunRig(const Arguments& arguments) {
+  const std::string file = arguments.output + "_rig.json";
+  CheckWritable(file);
+  const std::vector<CameraFile> intrinsics = RigCameraFiles(arguments);
+  RigViews views(arguments, RigCameraNames(arguments.rig));
+  views.Look();
+  CheckSizes(intrinsics, views.Cameras(), views.Frames());
+  const ExitStatus enough = CheckCounts(views, !intrinsics.empty());
+  if (enough != CALIBRATED) return enough;
+  views.Select();
+  std::cerr << "Computing the rig ...\n";
+  const velmora::RigResult result = Compute(views, OptionsFrom(arguments, intrinsics));
+  const std::string model = intrinsics.empty() ? arguments.modelName : "";
+  std::cout << RigTable(result, views, model) << "\n" << VerdictTable(result, views);
+  tools::OutputFiles files;
+  files.Announce(file);
+  if (!SaveRig(RigJson(result, views, model), file)) return ReportUnwritten(file);
+  files.Written(file);
+  return EndWithFiles(files, result.verdict.grade == CalibrationVerdict::Grade::Worthless, arguments);
+}
+
+}  // namespace batch

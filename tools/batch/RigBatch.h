@@ -1,0 +1,14 @@
+/// The headless calibration of a rig of cameras.
+#pragma once
+
+#include "batch/Arguments.h"
+#include "batch/Batch.h"
+
+namespace batch {
+
+/// Calibrates two cameras or more together, with intrinsics that are given or are estimated too; writes
+/// OUTPUT_rig.json, and prints the table. Raises InputError for unusable inputs, and the engine's exception,
+/// with the cameras' names, where there is no result.
+ExitStatus RunRig(const Arguments& arguments);
+
+}  // namespace batch
