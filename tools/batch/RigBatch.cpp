@@ -7,6 +7,7 @@
 #include "batch/RigCameras.h"
 #include "batch/RigFile.h"
 #include "batch/RigReport.h"
+#include "batch/RigViews.h"
 #include "batch/VerdictReport.h"
 
 namespace batch {
@@ -24,13 +25,13 @@ velmora::RigOptions OptionsFrom(const Arguments& arguments, const std::vector<Ca
 /// Prints what there is, when that is too little: no grid at all, or too few for a camera's intrinsics.
 ExitStatus CheckCounts(RigViews& views, bool intrinsicsGiven) {
   const auto report = [&](size_t found, const std::string& whose) {
-    std::cout << ViewsTable(views.Used(), views.Rejected());
+    std::cout << ViewsTable(views.Names().AllImages(), views.Rejected());
     return ReportTooFewViews("image", found, views.OtherGridText(), whose);
   };
   if (views.Count() == 0) return report(0, "");
-  for (size_t i = 0; i < views.Cameras().size() && !intrinsicsGiven; ++i) {
+  for (size_t i = 0; i < views.Names().cameras.size() && !intrinsicsGiven; ++i) {
     const size_t found = views.CountOf(i);
-    if (found < ENOUGH_VIEWS) return report(found, " of camera '" + views.Cameras()[i] + "'");
+    if (found < ENOUGH_VIEWS) return report(found, " of camera '" + views.Names().cameras[i] + "'");
   }
   return CALIBRATED;
 }
@@ -40,7 +41,7 @@ velmora::RigResult Compute(const RigViews& views, const velmora::RigOptions& opt
   try {
     return velmora::CalibrateRig(views.Records(), options);
   } catch (cv::Exception& error) {
-    error.err = WithCameraNames(error.err, views.Cameras());
+    error.err = WithCameraNames(error.err, views.Names().cameras);
     if (!error.err.empty() && error.err.back() == '.') error.err.pop_back();
     throw;
   }
@@ -54,17 +55,18 @@ ExitStatus RunRig(const Arguments& arguments) {
   const std::vector<CameraFile> intrinsics = RigCameraFiles(arguments);
   RigViews views(arguments, RigCameraNames(arguments.rig));
   views.Look();
-  CheckSizes(intrinsics, views.Cameras(), views.Frames());
+  CheckSizes(intrinsics, views.Names().cameras, views.Frames());
   const ExitStatus enough = CheckCounts(views, !intrinsics.empty());
   if (enough != CALIBRATED) return enough;
   views.Select();
   std::cerr << "Computing the rig ...\n";
   const velmora::RigResult result = Compute(views, OptionsFrom(arguments, intrinsics));
   const std::string model = intrinsics.empty() ? arguments.modelName : "";
-  std::cout << RigTable(result, views, model) << "\n" << VerdictTable(result, views);
+  std::cout << RigTable(result, views.Names(), views.Rejected(), model) << "\n"
+            << VerdictTable(result, views.Names());
   tools::OutputFiles files;
   files.Announce(file);
-  if (!SaveRig(RigJson(result, views, model), file)) return ReportUnwritten(file);
+  if (!SaveRig(RigJson(result, views.Names(), model), file)) return ReportUnwritten(file);
   files.Written(file);
   return EndWithFiles(files, result.verdict.grade == CalibrationVerdict::Grade::Worthless, arguments);
 }

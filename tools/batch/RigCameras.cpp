@@ -23,8 +23,7 @@ std::string ShortName(const std::string& input) {
 
 std::string CountText(const std::string& camera, int count) {
   const std::string images = count == 1 ? " image" : " images";
-  return "camera '" + camera + "' has " +
-         (count == 0 ? "no images but a video" : std::to_string(count) + images);
+  return "camera '" + camera + "' has " + (count == 0 ? "a video" : std::to_string(count) + images);
 }
 
 std::string SizeText(const cv::Size& size) {
@@ -48,6 +47,26 @@ std::vector<std::string> RigCameraNames(const std::vector<std::string>& inputs) 
     if (std::count(shortNames.begin(), shortNames.end(), shortNames[i]) > 1) names[i] = whole[i];
   }
   return names;
+}
+
+std::string RigNames::Image(size_t moment, size_t camera) const {
+  return cameras[camera] + "/" + images[moment][camera];
+}
+
+std::vector<std::string> RigNames::AllImages() const {
+  std::vector<std::string> all;
+  for (size_t moment = 0; moment < images.size(); ++moment) {
+    for (size_t camera = 0; camera < cameras.size(); ++camera) {
+      if (!images[moment][camera].empty()) all.push_back(Image(moment, camera));
+    }
+  }
+  return all;
+}
+
+std::vector<std::string> RigNames::Moments() const {
+  std::vector<std::string> moments;
+  for (const auto& together : images) moments.push_back(NameTogether(together));
+  return moments;
 }
 
 TogetherStream RigPictures(const Arguments& arguments, const std::vector<std::string>& names) {

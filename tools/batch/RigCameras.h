@@ -15,6 +15,20 @@ namespace batch {
 /// from another camera's. Raises InputError for an input that is given twice.
 std::vector<std::string> RigCameraNames(const std::vector<std::string>& inputs);
 
+/// What tables and files call the cameras of a rig and their images.
+struct RigNames {
+  std::vector<std::string> cameras;
+  /// Of each moment, of each camera; empty where there is no image with the grid.
+  std::vector<std::vector<std::string>> images;
+
+  /// "camera/image".
+  std::string Image(size_t moment, size_t camera) const;
+  /// Of all images.
+  std::vector<std::string> AllImages() const;
+  /// Of each moment its images' names, joined.
+  std::vector<std::string> Moments() const;
+};
+
 /// The pictures of all cameras, as the options match them. Raises InputError, which names cameras, for
 /// numbers of images that differ and for names that do not match.
 TogetherStream RigPictures(const Arguments& arguments, const std::vector<std::string>& names);

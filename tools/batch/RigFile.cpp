@@ -6,7 +6,6 @@
 #include <nlohmann/json.hpp>
 
 #include "JSON.h"
-#include "batch/RigCameras.h"
 
 namespace batch {
 
@@ -54,10 +53,10 @@ json Object(const velmora::RigView& view, const std::vector<std::string>& images
   return object;
 }
 
-json Object(const velmora::RigLeftOut& left, const RigViews& views) {
+json Object(const velmora::RigLeftOut& left, const RigNames& names) {
   return {{"view", left.view},
-          {"camera", views.Cameras()[left.camera]},
-          {"image", views.Images()[left.view][left.camera]},
+          {"camera", names.cameras[left.camera]},
+          {"image", names.images[left.view][left.camera]},
           {"point", left.point},
           {"residual", left.residual},
           {"reason", left.reason}};
@@ -99,20 +98,20 @@ json Object(const velmora::RigVerdict& verdict, const std::vector<std::string>& 
 
 }  // namespace
 
-std::string RigJson(const velmora::RigResult& result, const RigViews& views, const std::string& model) {
+std::string RigJson(const velmora::RigResult& result, const RigNames& names, const std::string& model) {
   json object = {{"model", model.empty() ? json() : json(model)},
                  {"rms", result.rms},
                  {"cameras", json::array()},
                  {"views", json::array()},
                  {"left_out", json::array()},
-                 {"verdict", Object(result.verdict, views.Cameras())}};
+                 {"verdict", Object(result.verdict, names.cameras)}};
   for (size_t i = 0; i < result.cameras.size(); ++i) {
-    object["cameras"].push_back(Object(result.cameras[i], views.Cameras()[i]));
+    object["cameras"].push_back(Object(result.cameras[i], names.cameras[i]));
   }
   for (size_t i = 0; i < result.views.size(); ++i) {
-    object["views"].push_back(Object(result.views[i], views.Images()[i]));
+    object["views"].push_back(Object(result.views[i], names.images[i]));
   }
-  for (const velmora::RigLeftOut& left : result.leftOut) object["left_out"].push_back(Object(left, views));
+  for (const velmora::RigLeftOut& left : result.leftOut) object["left_out"].push_back(Object(left, names));
   return object.dump(-1, ' ', false, json::error_handler_t::replace);
 }
 

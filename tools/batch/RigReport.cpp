@@ -60,12 +60,12 @@ std::string CameraText(const velmora::RigCamera& camera, const std::string& name
 }
 
 /// Of the images that were used, by their places among them, those that the solver left out.
-std::set<size_t> LeftOutImages(const velmora::RigResult& result, const RigViews& views,
+std::set<size_t> LeftOutImages(const velmora::RigResult& result, const RigNames& names,
                                const std::vector<std::string>& used) {
   std::set<size_t> images;
   for (const velmora::RigLeftOut& left : result.leftOut) {
     if (left.point >= 0) continue;
-    const auto image = std::find(used.begin(), used.end(), views.NameOf(left.view, left.camera));
+    const auto image = std::find(used.begin(), used.end(), names.Image(left.view, left.camera));
     if (image != used.end()) images.insert(static_cast<size_t>(image - used.begin()));
   }
   return images;
@@ -73,15 +73,16 @@ std::set<size_t> LeftOutImages(const velmora::RigResult& result, const RigViews&
 
 }  // namespace
 
-std::string RigTable(const velmora::RigResult& result, const RigViews& views, const std::string& model) {
-  const std::vector<std::string> used = views.Used();
+std::string RigTable(const velmora::RigResult& result, const RigNames& names,
+                     const std::vector<Rejection>& rejected, const std::string& model) {
+  const std::vector<std::string> used = names.AllImages();
   std::ostringstream text;
-  text << ViewsTable(used, views.Rejected(), LeftOutImages(result, views, used)) << "\n"
+  text << ViewsTable(used, rejected, LeftOutImages(result, names, used)) << "\n"
        << "Rig: " << result.cameras.size() << " cameras, "
        << (model.empty() ? "intrinsics given" : model + " model") << "\n"
        << std::fixed << std::setprecision(6) << "RMS reprojection error: " << result.rms << " px\n";
   for (size_t i = 0; i < result.cameras.size(); ++i) {
-    text << CameraText(result.cameras[i], views.Cameras()[i], i == 0);
+    text << CameraText(result.cameras[i], names.cameras[i], i == 0);
   }
   return text.str();
 }

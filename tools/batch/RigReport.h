@@ -3,12 +3,15 @@
 
 #include <string>
 
-#include "batch/RigViews.h"
+#include "batch/Report.h"
+#include "batch/RigCameras.h"
+#include "velmora/RigCalibration.h"
 
 namespace batch {
 
 /// The whole table: images, RMS, and of each camera RMS, views, focal length and how it stands to the first,
 /// with standard deviations. `model` is its name; empty: the intrinsics were given.
-std::string RigTable(const velmora::RigResult& result, const RigViews& views, const std::string& model);
+std::string RigTable(const velmora::RigResult& result, const RigNames& names,
+                     const std::vector<Rejection>& rejected, const std::string& model);
 
 }  // namespace batch

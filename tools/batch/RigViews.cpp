@@ -6,7 +6,6 @@
 #include <set>
 
 #include "batch/Progress.h"
-#include "batch/RigCameras.h"
 #include "batch/ViewSelection.h"
 
 namespace batch {
@@ -28,12 +27,12 @@ std::vector<cv::Point3d> GridPoints(const cv::Size& grid, float unit) {
 }  // namespace
 
 RigViews::RigViews(const Arguments& arguments, std::vector<std::string> cameras)
-    : arguments_(arguments), cameras_(std::move(cameras)), centres_(cameras_.size()) {
-  for (size_t i = 0; i < cameras_.size(); ++i) searches_.emplace_back(arguments_);
+    : arguments_(arguments), names_{std::move(cameras), {}}, centres_(names_.cameras.size()) {
+  for (size_t i = 0; i < centres_.size(); ++i) searches_.emplace_back(arguments_);
 }
 
 void RigViews::Look() {
-  TogetherStream stream = RigPictures(arguments_, cameras_);
+  TogetherStream stream = RigPictures(arguments_, names_.cameras);
   Progress progress;
   std::vector<Picture> pictures;
   for (int done = 1; stream.Next(pictures); ++done) {
@@ -42,35 +41,34 @@ void RigViews::Look() {
   }
   progress.Finish();
   std::cerr << OrientationsText(stream.OrientationsIgnored());
-  for (size_t i = 0; i < cameras_.size(); ++i) {
+  for (size_t i = 0; i < names_.cameras.size(); ++i) {
     if (searches_[i].Engine() == nullptr) {
-      throw InputError("no image of camera '" + cameras_[i] + "' could be read");
+      throw InputError("no image of camera '" + names_.cameras[i] + "' could be read");
     }
   }
 }
 
 std::string RigViews::Take(std::vector<Picture>& pictures) {
-  std::vector<Centres> found(cameras_.size());
+  std::vector<Centres> found(names_.cameras.size());
   const std::vector<std::string> faults = TakeTogether(pictures, [&](size_t camera, Picture& picture) {
     return searches_[camera].FaultOf(picture, found[camera]);
   });
-  std::vector<std::string> images(cameras_.size());
+  std::vector<std::string> images(names_.cameras.size());
   std::string finders;
   std::string fault;
-  for (size_t i = 0; i < cameras_.size(); ++i) {
+  for (size_t i = 0; i < names_.cameras.size(); ++i) {
     if (!faults[i].empty()) {
-      rejected_.push_back({pictures[i].name, "camera '" + cameras_[i] + "': " + faults[i]});
+      rejected_.push_back({pictures[i].name, "camera '" + names_.cameras[i] + "': " + faults[i]});
       if (fault.empty()) fault = faults[i];
       found[i].clear();
     } else if (!pictures[i].name.empty()) {
       images[i] = pictures[i].name;
-      finders += (finders.empty() ? "" : ", ") + cameras_[i];
+      finders += (finders.empty() ? "" : ", ") + names_.cameras[i];
     }
   }
   if (finders.empty()) return fault;
-  moments_.push_back(NameTogether(pictures));
-  images_.push_back(std::move(images));
-  for (size_t i = 0; i < cameras_.size(); ++i) centres_[i].push_back(std::move(found[i]));
+  names_.images.push_back(std::move(images));
+  for (size_t i = 0; i < names_.cameras.size(); ++i) centres_[i].push_back(std::move(found[i]));
   return "grid found by " + finders;
 }
 
@@ -84,11 +82,11 @@ void RigViews::Select() {
   const auto chosen =
       SelectSpreadViews(centres_, arguments_.grid, Frames(), static_cast<size_t>(arguments_.maxViews));
   const std::set<size_t> isChosen(chosen.begin(), chosen.end());
-  for (size_t moment = 0; moment < images_.size(); ++moment) {
+  for (size_t moment = 0; moment < names_.images.size(); ++moment) {
     if (isChosen.count(moment) > 0) continue;
-    for (size_t i = 0; i < cameras_.size(); ++i) {
-      if (!images_[moment][i].empty()) {
-        rejected_.push_back(NotNeeded(NameOf(moment, i), arguments_.maxViews));
+    for (size_t i = 0; i < names_.cameras.size(); ++i) {
+      if (!names_.images[moment][i].empty()) {
+        rejected_.push_back(NotNeeded(names_.Image(moment, i), arguments_.maxViews));
       }
     }
   }
@@ -98,31 +96,16 @@ void RigViews::Select() {
     for (const size_t moment : chosen) kept.push_back(std::move(all[moment]));
     all = std::move(kept);
   };
-  keep(moments_);
-  keep(images_);
+  keep(names_.images);
   for (auto& camera : centres_) keep(camera);
 }
 
 velmora::RigRecords RigViews::Records() const {
   velmora::RigRecords records;
-  records.objectPoints.assign(images_.size(), GridPoints(arguments_.grid, UnitOf(arguments_)));
+  records.objectPoints.assign(names_.images.size(), GridPoints(arguments_.grid, UnitOf(arguments_)));
   records.imagePoints = centres_;
   records.imageSizes = Frames();
   return records;
-}
-
-std::vector<std::string> RigViews::Used() const {
-  std::vector<std::string> used;
-  for (size_t moment = 0; moment < images_.size(); ++moment) {
-    for (size_t i = 0; i < cameras_.size(); ++i) {
-      if (!images_[moment][i].empty()) used.push_back(NameOf(moment, i));
-    }
-  }
-  return used;
-}
-
-std::string RigViews::NameOf(size_t moment, size_t camera) const {
-  return cameras_[camera] + "/" + images_[moment][camera];
 }
 
 std::vector<cv::Size> RigViews::Frames() const {
@@ -133,7 +116,7 @@ std::vector<cv::Size> RigViews::Frames() const {
 
 std::string RigViews::OtherGridText() {
   for (PictureSearch& search : searches_) {
-    const std::string text = images_.empty() ? search.OtherGridText() : "";
+    const std::string text = names_.images.empty() ? search.OtherGridText() : "";
     if (!text.empty()) return text;
   }
   return "";

@@ -8,6 +8,7 @@
 
 #include "batch/PictureSearch.h"
 #include "batch/Report.h"
+#include "batch/RigCameras.h"
 #include "velmora/RigCalibration.h"
 
 namespace batch {
@@ -22,7 +23,7 @@ class RigViews {
   void Look();
 
   /// Moments in which a camera found the grid.
-  size_t Count() const { return images_.size(); }
+  size_t Count() const { return names_.images.size(); }
   /// Of these the moments in which that camera did.
   size_t CountOf(size_t camera) const;
 
@@ -31,16 +32,9 @@ class RigViews {
 
   /// The moments that are left.
   velmora::RigRecords Records() const;
-  /// The names of the images of these moments, of each camera; empty where there is none with the grid.
-  const std::vector<std::vector<std::string>>& Images() const { return images_; }
-  /// Of each of these moments: the names of its images, joined.
-  const std::vector<std::string>& Moments() const { return moments_; }
-  /// Of all images that are left: "camera/image".
-  std::vector<std::string> Used() const;
-  /// As it is told of.
-  std::string NameOf(size_t moment, size_t camera) const;
+  /// Of their images.
+  const RigNames& Names() const { return names_; }
   const std::vector<Rejection>& Rejected() const { return rejected_; }
-  const std::vector<std::string>& Cameras() const { return cameras_; }
   std::vector<cv::Size> Frames() const;
   /// See PictureSearch; empty when a grid was found.
   std::string OtherGridText();
@@ -50,11 +44,9 @@ class RigViews {
   std::string Take(std::vector<Picture>& pictures);
 
   const Arguments& arguments_;
-  std::vector<std::string> cameras_;
+  RigNames names_;
   std::deque<PictureSearch> searches_;
-  std::vector<std::string> moments_;
-  std::vector<std::vector<std::string>> images_;  ///< of each moment, of each camera
-  std::vector<std::vector<Centres>> centres_;     ///< of each camera, of each moment
+  std::vector<std::vector<Centres>> centres_;  ///< of each camera, of each moment
   std::vector<Rejection> rejected_;
 };
 

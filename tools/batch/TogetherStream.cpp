@@ -40,15 +40,19 @@ int TogetherStream::OrientationsIgnored() const {
   return count;
 }
 
+std::string NameTogether(const std::vector<std::string>& names) {
+  std::string joined;
+  for (auto name = names.begin(); name != names.end(); ++name) {
+    if (name->empty() || std::find(names.begin(), name, *name) != name) continue;
+    joined += (joined.empty() ? "" : "+") + *name;
+  }
+  return joined;
+}
+
 std::string NameTogether(const std::vector<Picture>& pictures) {
   std::vector<std::string> names;
-  for (const Picture& picture : pictures) {
-    const bool known = std::find(names.begin(), names.end(), picture.name) != names.end();
-    if (!picture.name.empty() && !known) names.push_back(picture.name);
-  }
-  std::string joined;
-  for (const std::string& name : names) joined += (joined.empty() ? "" : "+") + name;
-  return joined;
+  for (const Picture& picture : pictures) names.push_back(picture.name);
+  return NameTogether(names);
 }
 
 std::vector<std::string> TakeTogether(std::vector<Picture>& pictures,

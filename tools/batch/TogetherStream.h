@@ -35,7 +35,8 @@ class TogetherStream {
   size_t next_ = 0;
 };
 
-/// The pictures' names, joined by "+" when they differ.
+/// Names of pictures, joined by "+" where they differ; empty ones do not count.
+std::string NameTogether(const std::vector<std::string>& names);
 std::string NameTogether(const std::vector<Picture>& pictures);
 
 /// Calls `take` for the picture of each camera that has one, for all at the same time. What it returned of

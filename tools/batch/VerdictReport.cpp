@@ -4,8 +4,6 @@
 #include <iomanip>
 #include <sstream>
 
-#include "batch/RigCameras.h"
-
 namespace batch {
 
 namespace {
@@ -88,18 +86,18 @@ std::string VerdictTable(const PairVerdict& verdict, const std::vector<std::stri
   return text + ApartText(verdict.disagreements, names, "both pictures");
 }
 
-std::string VerdictTable(const velmora::RigResult& result, const RigViews& views) {
+std::string VerdictTable(const velmora::RigResult& result, const RigNames& names) {
   const velmora::RigVerdict& verdict = result.verdict;
-  const std::vector<std::string>& cameras = views.Cameras();
+  const std::vector<std::string>& cameras = names.cameras;
   std::string text = WithCameraNames(Judgement(verdict.Words(), verdict.remarks), cameras);
   for (size_t i = 0; i < verdict.formal.size(); ++i) {
     text += "  " + cameras[i + 1] + " to " + cameras[0] +
             ", from the noise: " + DeviationsText(verdict.formal[i]) +
             "    When views are left out: " + DeviationsText(verdict.jackknife[i]);
   }
-  text += ApartText(verdict.disagreements, views.Moments(), "all images");
+  text += ApartText(verdict.disagreements, names.Moments(), "all images");
   for (const velmora::RigLeftOut& left : result.leftOut) {
-    text += LeftOutText(views.NameOf(left.view, left.camera), left.point, left.residual, left.reason);
+    text += LeftOutText(names.Image(left.view, left.camera), left.point, left.residual, left.reason);
   }
   for (size_t i = 0; i < verdict.cameras.size(); ++i) {
     text += "\nCamera " + cameras[i] + "\n" + VerdictWithoutViews(verdict.cameras[i]);

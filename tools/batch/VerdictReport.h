@@ -7,7 +7,7 @@
 
 #include "PairVerdict.h"
 #include "Verdict.h"
-#include "batch/RigViews.h"
+#include "batch/RigCameras.h"
 #include "velmora/RigCalibration.h"
 
 namespace batch {
@@ -17,7 +17,7 @@ std::string VerdictTable(const CalibrationVerdict& verdict, const std::vector<st
 std::string VerdictTable(const PairVerdict& verdict, const std::vector<std::string>& names);
 
 /// Of a rig and of each of its cameras.
-std::string VerdictTable(const velmora::RigResult& result, const RigViews& views);
+std::string VerdictTable(const velmora::RigResult& result, const RigNames& names);
 
 /// Indexes of the views that the computation left out as a whole.
 std::set<size_t> ViewsLeftOut(const CalibrationVerdict& verdict);
