@@ -117,6 +117,25 @@ TEST(BatchArguments, ResultFilesOfThePairsCamerasAllowEveryModel) {
   EXPECT_EQ(parsed.arguments.calibRight, "r.json");
 }
 
+TEST(BatchArguments, ARigIsGivenByAnInputOfEachCamera) {
+  EXPECT_FALSE(Parse({"a.png"}).arguments.IsRig());
+  const batch::Parsed parsed = Parse({"--rig", "left/", "middle/", "right.avi", "--hdist", "0.3"});
+  ASSERT_TRUE(parsed.run);
+  EXPECT_TRUE(parsed.arguments.IsRig());
+  EXPECT_FALSE(parsed.arguments.IsPair());
+  EXPECT_EQ(parsed.arguments.rig, (std::vector<std::string>{"left/", "middle/", "right.avi"}));
+  EXPECT_EQ(parsed.arguments.match, batch::Match::Order);
+  EXPECT_TRUE(parsed.arguments.intrinsics.empty());
+  EXPECT_EQ(parsed.arguments.model, Calibrator::MODEL_RATIONAL);
+  const batch::Parsed named = Parse(
+      {"--rig", "a", "b", "--match", "names", "--intrinsics", "a.json", "b.json", "--model", "classic"});
+  ASSERT_TRUE(named.run);
+  EXPECT_EQ(named.arguments.match, batch::Match::Names);
+  EXPECT_EQ(named.arguments.intrinsics, (std::vector<std::string>{"a.json", "b.json"}));
+  EXPECT_EQ(named.arguments.model, Calibrator::MODEL_CLASSIC);
+  EXPECT_EQ(Parse({"--rig", "a", "b", "--match", "order"}).arguments.match, batch::Match::Order);
+}
+
 TEST(BatchArguments, WrongUsageEndsWithStatusTwo) {
   const std::vector<std::vector<std::string>> wrong = {
       {},

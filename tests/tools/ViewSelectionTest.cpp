@@ -87,4 +87,48 @@ TEST(ViewSelection, TheTiltedViewAmongFrontalOnesIsTaken) {
   EXPECT_NE(std::find(chosen.begin(), chosen.end(), 9u), chosen.end());
 }
 
+TEST(ViewSelection, OneCameraOfARigIsChosenFromAsACameraAlone) {
+  const Views views = RandomViews(40, 7);
+  EXPECT_EQ(batch::SelectSpreadViews({views}, GRID, std::vector<cv::Size>{FRAME}, 9),
+            batch::SelectSpreadViews(views, GRID, FRAME, 9));
+}
+
+TEST(ViewSelection, TheOnlyViewThatLinksTwoCamerasIsTaken) {
+  const Views views = RandomViews(60, 8);
+  std::vector<Views> cameras(3, views);
+  // The last camera sees the sheet in the second half of the views, of which only one links it.
+  const size_t link = 41;
+  for (size_t i = 0; i < views.size(); ++i) {
+    if (i < 30) cameras[2][i].clear();
+    if (i < 30 || i == link) continue;
+    cameras[0][i].clear();
+    cameras[1][i].clear();
+  }
+  const std::vector<cv::Size> frames(3, FRAME);
+  for (const size_t count : {5U, 8U, 20U}) {
+    const auto chosen = batch::SelectSpreadViews(cameras, GRID, frames, count);
+    ASSERT_EQ(chosen.size(), count);
+    EXPECT_TRUE(std::is_sorted(chosen.begin(), chosen.end()));
+    EXPECT_EQ(std::count(chosen.begin(), chosen.end(), link), 1);
+    const auto late = std::count_if(chosen.begin(), chosen.end(), [](size_t i) { return i >= 30; });
+    EXPECT_GE(late, 2);
+    EXPECT_LE(late, static_cast<std::ptrdiff_t>(count) - 2);
+  }
+}
+
+TEST(ViewSelection, ViewsThatDifferForOneCameraOnlyAreApartToo) {
+  // The first camera sees the sheet always at the same place, the second one at three.
+  const Views places = RandomViews(3, 9);
+  std::vector<Views> cameras(2);
+  for (size_t i = 0; i < 30; ++i) {
+    cameras[0].push_back(places[0]);
+    cameras[1].push_back(places[i / 10]);
+  }
+  const auto chosen = batch::SelectSpreadViews(cameras, GRID, std::vector<cv::Size>(2, FRAME), 3);
+  ASSERT_EQ(chosen.size(), 3U);
+  EXPECT_EQ(chosen[0] / 10, 0U);
+  EXPECT_EQ(chosen[1] / 10, 1U);
+  EXPECT_EQ(chosen[2] / 10, 2U);
+}
+
 }  // namespace
