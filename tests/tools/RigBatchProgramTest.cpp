@@ -258,7 +258,9 @@ TEST_F(RigBatchProgram, ImagesThatAreNotOfTheSameTimeMakeNoGoodRig) {
   Write("turned", turned);
   const Outcome outcome =
       RunBatch({"--rig", "row/camera-0", "turned", "row/camera-2", "--strict", "--output", "turned"});
-  EXPECT_TRUE(outcome.status == 1 || outcome.status == 3) << outcome.status << outcome.output;
+  ASSERT_EQ(outcome.status, 3) << outcome.errors;
+  EXPECT_EQ(Result("turned_rig.json")["verdict"]["grade"], "worthless");
+  EXPECT_NE(outcome.output.find("Verdict: worthless\n"), std::string::npos);
 }
 
 TEST_F(RigBatchProgram, UnequalNumbersOfImagesAreRefused) {
