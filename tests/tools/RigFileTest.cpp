@@ -43,6 +43,7 @@ class RigFile : public ::testing::Test {
     result_.verdict.formal = {{0.1, 0.01, 0.2}};
     result_.verdict.jackknife = {{0.3, std::numeric_limits<double>::quiet_NaN(), 0.4}};
     result_.verdict.disagreements = {{1, 6.5}};
+    result_.verdict.sheetBend = 0.0005;
     result_.verdict.cameras.resize(2);
   }
 
@@ -99,6 +100,7 @@ TEST_F(RigFile, HoldsTheVerdictWithNames) {
   EXPECT_EQ(verdict["formal"], json::array({{{"rotation", 0.1}, {"baseline", 0.01}, {"direction", 0.2}}}));
   EXPECT_TRUE(verdict["jackknife"][0]["baseline"].is_null());
   EXPECT_EQ(verdict["disagreements"], json::array({{{"view", 1}, {"factor", 6.5}}}));
+  EXPECT_EQ(verdict["sheetBend"], 0.0005);
   ASSERT_EQ(verdict["cameras"].size(), 2U);
   EXPECT_EQ(verdict["cameras"][0]["grade"], "no result");
   EXPECT_FALSE(verdict["cameras"][0].contains("leftOut"));

@@ -82,6 +82,7 @@ json Object(const velmora::RigVerdict& verdict, const std::vector<std::string>& 
                  {"jackknife", json::array()},
                  {"disagreement", verdict.disagreement},
                  {"disagreements", json::array()},
+                 {"sheetBend", verdict.sheetBend},
                  {"cameras", json::array()}};
   for (const auto& remark : verdict.remarks) {
     object["remarks"].push_back({{"reason", WithCameraNames(remark.reason, cameras)},

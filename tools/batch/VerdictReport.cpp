@@ -83,7 +83,13 @@ std::string VerdictTable(const PairVerdict& verdict, const std::vector<std::stri
   if (!verdict.lensesRefined) {
     text += "  Including the lenses' own uncertainty: " + DeviationsText(verdict.withLenses);
   }
-  return text + ApartText(verdict.disagreements, names, "both pictures");
+  text += ApartText(verdict.disagreements, names, "both pictures");
+  for (const auto& left : verdict.leftOut) {
+    const std::string image =
+        std::string(left.right ? "right" : "left") + " picture of " + NameOf(left.view, names);
+    text += LeftOutText(image, left.point, left.residual, left.reason);
+  }
+  return text;
 }
 
 std::string VerdictTable(const velmora::RigResult& result, const RigNames& names) {
