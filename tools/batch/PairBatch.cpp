@@ -154,9 +154,32 @@ ExitStatus CameraResultsFor(const Arguments& arguments, PairViews& pairs, Camera
   return CalibrateCamera(pairs.right, "right", arguments.output + "_right", results.right, files);
 }
 
+/// Of the pair, with that of its cameras where they were computed too.
+PairVerdict VerdictOf(Calibrator& calibrator, const CameraResults& results) {
+  PairVerdict verdict = calibrator.GetPairVerdict();
+  verdict.Consider(results.left.verdict, "left");
+  verdict.Consider(results.right.verdict, "right");
+  return verdict;
+}
+
+/// The mean over the views that agree.
+double EpipolarDistance(Calibrator& calibrator, const std::vector<Centres>& left,
+                        const std::vector<Centres>& right, const std::set<size_t>& disagreeing) {
+  std::vector<Centres> agreeingLeft;
+  std::vector<Centres> agreeingRight;
+  for (size_t i = 0; i < left.size(); ++i) {
+    if (disagreeing.count(i) > 0) continue;
+    agreeingLeft.push_back(left[i]);
+    agreeingRight.push_back(right[i]);
+  }
+  return MeanEpipolarDistance(
+      agreeingLeft, agreeingRight, {calibrator.GetKLeft(), calibrator.GetDistCoefsLeft()},
+      {calibrator.GetKRight(), calibrator.GetDistCoefsRight()}, calibrator.GetFundamentalMatrix());
+}
+
 /// Computes the pair from the common views that spread best.
 PairReport CalibratePair(const Arguments& arguments, const PairViews& pairs, const CameraResults& results,
-                         Calibrator& calibrator) {
+                         Calibrator& calibrator, PairVerdict& verdict) {
   PairReport report;
   report.model = arguments.modelName;
   report.rejected = pairs.rejected;
@@ -187,9 +210,9 @@ PairReport CalibratePair(const Arguments& arguments, const PairViews& pairs, con
     report.refinedLeft = calibrator.GetKLeft();
     report.refinedRight = calibrator.GetKRight();
   }
-  report.epipolarDistance = MeanEpipolarDistance(
-      left, right, {calibrator.GetKLeft(), calibrator.GetDistCoefsLeft()},
-      {calibrator.GetKRight(), calibrator.GetDistCoefsRight()}, calibrator.GetFundamentalMatrix());
+  verdict = VerdictOf(calibrator, results);
+  report.disagreeing = ViewsLeftOut(verdict);
+  report.epipolarDistance = EpipolarDistance(calibrator, left, right, report.disagreeing);
   return report;
 }
 
@@ -209,14 +232,6 @@ std::string SavePair(Calibrator& calibrator, const PairVerdict& verdict, const s
   if (SaveResultFile(calibrator, output).empty()) return file;
   files.Written(file);
   return tools::SaveVerdict(verdict, output, files);
-}
-
-/// Of the pair, with that of its cameras where they were computed too.
-PairVerdict VerdictOf(Calibrator& calibrator, const CameraResults& results) {
-  PairVerdict verdict = calibrator.GetPairVerdict();
-  verdict.Consider(results.left.verdict, "left");
-  verdict.Consider(results.right.verdict, "right");
-  return verdict;
 }
 
 }  // namespace
@@ -242,8 +257,8 @@ ExitStatus RunPair(const Arguments& arguments) {
   Calibrator calibrator(arguments.grid, UnitOf(arguments), Calibrator::STEREO, frame.width, frame.height);
   tools::ApplyEngineOptions(arguments, UnitOf(arguments), calibrator);
   calibrator.SetRefineLenses(arguments.refineLenses);
-  const PairReport report = CalibratePair(arguments, pairs, results, calibrator);
-  const PairVerdict verdict = VerdictOf(calibrator, results);
+  PairVerdict verdict;
+  const PairReport report = CalibratePair(arguments, pairs, results, calibrator, verdict);
   std::cout << "== pair\n" << PairTable(report) << "\n" << VerdictTable(verdict, report.used);
   const ExitStatus written = StatusOf(SavePair(calibrator, verdict, arguments.output, files));
   if (written != CALIBRATED) return written;

@@ -169,7 +169,7 @@ std::string PairTable(const PairReport& report) {
   cv::Mat turn;
   cv::Rodrigues(report.R, turn);
   const double degrees = cv::norm(turn) * 180.0 / CV_PI;
-  return ViewsTable(report.used, report.rejected, {}, "pair") + "\n" +
+  return ViewsTable(report.used, report.rejected, report.disagreeing, "pair") + "\n" +
          Formatted("Pair: %s model\n", report.model.c_str()) +
          Formatted("RMS reprojection error:  %.6f px\n", report.rms) +
          Formatted("Mean epipolar distance:  %.6f px\n", report.epipolarDistance) +

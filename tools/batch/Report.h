@@ -35,10 +35,11 @@ struct Report {
 struct PairReport {
   std::string model;
   std::vector<std::string> used;
+  std::set<size_t> disagreeing;  ///< indexes of pairs of which the solver left out an image
   std::vector<Rejection> rejected;
   double rms = 0.0;
   cv::Mat R, T;                       ///< right from left
-  double epipolarDistance = 0.0;      ///< mean, pixels
+  double epipolarDistance = 0.0;      ///< mean, pixels, of the pairs that agree
   cv::Mat refinedLeft, refinedRight;  ///< camera matrices that were refined with the pair; else empty
 };
 

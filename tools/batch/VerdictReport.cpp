@@ -52,6 +52,15 @@ std::string ApartText(const std::vector<PairVerdict::Disagreement>& disagreement
   return text.str();
 }
 
+template <typename LeftOut>
+std::set<size_t> WholeViews(const std::vector<LeftOut>& leftOut) {
+  std::set<size_t> views;
+  for (const LeftOut& left : leftOut) {
+    if (left.point < 0) views.insert(left.view);
+  }
+  return views;
+}
+
 std::string VerdictWithoutViews(const CalibrationVerdict& verdict) {
   std::ostringstream text;
   text << std::fixed << Judgement(verdict.Words(), verdict.remarks);
@@ -112,11 +121,11 @@ std::string VerdictTable(const velmora::RigResult& result, const RigNames& names
 }
 
 std::set<size_t> ViewsLeftOut(const CalibrationVerdict& verdict) {
-  std::set<size_t> views;
-  for (const auto& left : verdict.leftOut) {
-    if (left.point < 0) views.insert(left.view);
-  }
-  return views;
+  return WholeViews(verdict.leftOut);
+}
+
+std::set<size_t> ViewsLeftOut(const PairVerdict& verdict) {
+  return WholeViews(verdict.leftOut);
 }
 
 }  // namespace batch

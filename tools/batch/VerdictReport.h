@@ -21,5 +21,7 @@ std::string VerdictTable(const velmora::RigResult& result, const RigNames& names
 
 /// Indexes of the views that the computation left out as a whole.
 std::set<size_t> ViewsLeftOut(const CalibrationVerdict& verdict);
+/// Of pairs, also those of which one picture was left out.
+std::set<size_t> ViewsLeftOut(const PairVerdict& verdict);
 
 }  // namespace batch
