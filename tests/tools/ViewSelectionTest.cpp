@@ -131,4 +131,17 @@ TEST(ViewSelection, ViewsThatDifferForOneCameraOnlyAreApartToo) {
   EXPECT_EQ(chosen[2] / 10, 2U);
 }
 
+TEST(ViewSelection, ACameraWhoseViewsAreAllAlikeGetsEnoughOfThemToo) {
+  const Views views = RandomViews(60, 10);
+  std::vector<Views> cameras(2, views);
+  for (size_t i = 0; i < views.size(); ++i) {
+    if (i < 50) cameras[1][i].clear();
+    if (i >= 50) cameras[0][i] = cameras[1][i] = views[50];
+  }
+  const auto chosen = batch::SelectSpreadViews(cameras, GRID, std::vector<cv::Size>(2, FRAME), 12);
+  ASSERT_EQ(chosen.size(), 12U);
+  EXPECT_EQ(std::adjacent_find(chosen.begin(), chosen.end()), chosen.end());
+  EXPECT_EQ(std::count_if(chosen.begin(), chosen.end(), [](size_t i) { return i >= 50; }), 5);
+}
+
 }  // namespace

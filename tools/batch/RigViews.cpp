@@ -91,8 +91,7 @@ void RigViews::Select() {
     }
   }
   const auto keep = [&](auto& all) {
-    auto kept = all;
-    kept.clear();
+    std::decay_t<decltype(all)> kept;
     for (const size_t moment : chosen) kept.push_back(std::move(all[moment]));
     all = std::move(kept);
   };

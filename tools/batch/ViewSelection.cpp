@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numeric>
 #include <optional>
 #include <set>
@@ -100,10 +101,30 @@ std::vector<size_t> LinkingViews(const std::vector<Descriptors>& views) {
   }
 }
 
+/// Fewer do not tell a camera's intrinsics well.
+constexpr std::ptrdiff_t ENOUGH_OF_A_CAMERA = 5;
+
+/// The camera of which the fewest views are chosen, when these are not enough and there are more of it.
+std::optional<size_t> CameraInNeed(const std::vector<Descriptors>& views, const std::vector<size_t>& chosen) {
+  std::optional<size_t> inNeed;
+  std::ptrdiff_t fewest = ENOUGH_OF_A_CAMERA;
+  for (size_t camera = 0; camera < views.front().size(); ++camera) {
+    const auto all = std::count_if(views.begin(), views.end(),
+                                   [&](const Descriptors& view) { return view[camera].has_value(); });
+    const auto taken =
+        std::count_if(chosen.begin(), chosen.end(), [&](size_t i) { return views[i][camera].has_value(); });
+    if (taken >= fewest || taken == all) continue;
+    fewest = taken;
+    inNeed = camera;
+  }
+  return inNeed;
+}
+
 /// The first is the most typical view, unless some are chosen; each next one is the farthest from all chosen
-/// so far.
+/// so far, among those of a camera in need as long as there is one.
 std::vector<size_t> FarthestFirst(const std::vector<Descriptors>& views, std::vector<size_t> chosen,
                                   size_t count) {
+  constexpr double TAKEN = std::numeric_limits<double>::lowest();
   std::vector<double> distance(views.size());
   const auto near = [&](size_t index, bool first) {
     for (size_t i = 0; i < views.size(); ++i) {
@@ -117,9 +138,14 @@ std::vector<size_t> FarthestFirst(const std::vector<Descriptors>& views, std::ve
     for (size_t i = 0; i < views.size(); ++i) distance[i] = -Distance(views[i], mean);
   }
   while (chosen.size() < count) {
-    for (const size_t taken : chosen) distance[taken] = -1.0;
-    const auto farthest = std::max_element(distance.begin(), distance.end());
-    const auto index = static_cast<size_t>(farthest - distance.begin());
+    for (const size_t taken : chosen) distance[taken] = TAKEN;
+    std::vector<double> eligible = distance;
+    const std::optional<size_t> camera = CameraInNeed(views, chosen);
+    for (size_t i = 0; i < views.size() && camera; ++i) {
+      if (!views[i][*camera]) eligible[i] = TAKEN;
+    }
+    const auto farthest = std::max_element(eligible.begin(), eligible.end());
+    const auto index = static_cast<size_t>(farthest - eligible.begin());
     near(index, chosen.empty());
     chosen.push_back(index);
   }
