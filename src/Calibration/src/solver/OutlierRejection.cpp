@@ -1,6 +1,7 @@
 /// Finds the views and points that do not belong to the image of a rig that the others give.
 #include "solver/OutlierRejection.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -66,6 +67,64 @@ Weighted Settled(const std::vector<TargetView>& views, Solution start, const Bun
   return weighted;
 }
 
+bool IsMostlyOutlying(const std::vector<double>& residuals, double deviation) {
+  const auto agree = std::count_if(residuals.begin(), residuals.end(),
+                                   [&](double residual) { return !IsOutlier(residual, deviation); });
+  return static_cast<double>(agree) < ABOUT_HALF * static_cast<double>(residuals.size());
+}
+
+/// Where the target is by one camera's image alone, whatever the other images of the view are.
+RigidTransform PoseOfImage(const TargetView& view, size_t camera, const Rig& rig,
+                           const BundleOptions& options) {
+  TargetView alone{{}, std::vector<Observation>(view.observations.size())};
+  alone.observations[camera] = view.observations[camera];
+  alone.rigFromTarget = Inverse(rig.cameras[camera].cameraFromRig) *
+                        KnownPoseOf(view.observations[camera], rig.cameras[camera].intrinsics);
+  return Settled({alone}, SolvePoses(rig, {alone}), options).solution.views.front().rigFromTarget;
+}
+
+/// How many points the pose explains less well than by that scale: each counts one at the most.
+double DisagreementOf(TargetView view, const RigidTransform& pose, const Rig& rig, double scale) {
+  view.rigFromTarget = pose;
+  const Residuals residuals = ResidualsOf({view}, rig);
+  double disagreement = 0.0;
+  for (const auto& camera : residuals.front()) {
+    for (const double residual : camera) disagreement += 1.0 - 1.0 / (1.0 + std::pow(residual / scale, 2.0));
+  }
+  return disagreement;
+}
+
+/// A wrong image may hold the target where it fits no image of its view: such a view's target goes to where
+/// one of the images alone has it, if more points agree there.
+bool TakePosesOfSingleImages(const std::vector<TargetView>& views, const BundleOptions& options,
+                             Weighted& weighted) {
+  bool taken = false;
+  const Rig& rig = weighted.solution.rig;
+  for (size_t i = 0; i < views.size(); ++i) {
+    const auto& residuals = weighted.residuals[i];
+    if (std::none_of(residuals.begin(), residuals.end(), [&](const std::vector<double>& image) {
+          return IsMostlyOutlying(image, weighted.deviation);
+        })) {
+      continue;
+    }
+    const TargetView& now = weighted.solution.views[i];
+    RigidTransform best = now.rigFromTarget;
+    const double scale = CAUCHY * weighted.deviation;
+    double least = DisagreementOf(now, best, rig, scale);
+    for (size_t camera = 0; camera < views[i].observations.size(); ++camera) {
+      if (views[i].observations[camera].IsEmpty()) continue;
+      const RigidTransform pose = PoseOfImage(views[i], camera, rig, options);
+      const double disagreement = DisagreementOf(now, pose, rig, scale);
+      if (disagreement >= least) continue;
+      least = disagreement;
+      best = pose;
+      taken = true;
+    }
+    weighted.solution.views[i].rigFromTarget = best;
+  }
+  return taken;
+}
+
 Selection WithoutOutliers(const Selection& screened, const Weighted& weighted, size_t of) {
   Selection selection = WithoutOutliers(screened, weighted.residuals, weighted.deviation, ABOUT_HALF);
   if (AreEnough(selection.kept.size(), of)) return selection;
@@ -96,9 +155,19 @@ Selection Selected(const CalibrationProblem& start, const BundleOptions& options
   const Selection all = AllOf(start.views);
   BundleOptions first = options;
   first.discRadius = 0.0;
-  Solution solution = Adjust(start, first);
+  // Intrinsics are held until it is known which images are wrong: these would bend them.
+  CalibrationProblem held = start;
+  held.estimated.intrinsics = false;
+  Solution solution = Adjust(held, first);
   if (!solution.usable) return all;
-  const Weighted weighted = Settled(all.views, std::move(solution), options);
+  Weighted weighted = Settled(all.views, std::move(solution), options);
+  if (TakePosesOfSingleImages(all.views, options, weighted)) {
+    weighted = Settled(all.views, std::move(weighted.solution), options);
+  }
+  if (start.estimated.intrinsics) {
+    const Solution& now = weighted.solution;
+    weighted = Settled(all.views, Adjust({now.rig, now.views, start.estimated, {}}, first), options);
+  }
   return WithoutOutliers(all, weighted, start.views.size());
 }
 
