@@ -23,15 +23,21 @@ void SetParameters(Rig& rig, int parameters) {
   for (Camera& camera : rig.cameras) camera.intrinsics.estimated = parameters;
 }
 
-Solution Solve(CalibrationProblem problem, int parameters, const BundleOptions& options) {
+SolveOptions SolveOptionsFrom(const BundleOptions& options) {
   SolveOptions solve;
+  solve.threads = options.threads;
+  solve.mostIterations = options.mostIterations;
+  solve.progress = options.progress;
+  return solve;
+}
+
+Solution Solve(CalibrationProblem problem, int parameters, const BundleOptions& options) {
+  SolveOptions solve = SolveOptionsFrom(options);
   // The classic model has no flat valley: digits that others can be compared with cost one more step.
   if (parameters == options.parameters && parameters == CLASSIC_PARAMETERS) solve.precision = 1e-11;
   // What is only a start for the next model need not be exact, and is near that one's minimum.
   if (parameters < options.parameters) solve.precision = 1e-2;
   if (parameters > CLASSIC_PARAMETERS) solve.firstDamping = 1e-6;
-  solve.threads = options.threads;
-  solve.progress = options.progress;
   SetParameters(problem.rig, parameters);
   return Minimise(std::move(problem), solve);
 }
@@ -114,10 +120,7 @@ Solution SolveAgain(const Solution& earlier, std::vector<TargetView> views, cons
     problem.views[i].rigFromTarget = earlier.views[i].rigFromTarget;
   }
   if (earlier.estimated.intrinsics) return Solve(std::move(problem), options.parameters, options);
-  SolveOptions solve;
-  solve.threads = options.threads;
-  solve.progress = options.progress;
-  return Minimise(std::move(problem), solve);
+  return Minimise(std::move(problem), SolveOptionsFrom(options));
 }
 
 Solution SolvePoses(const Rig& rig, std::vector<TargetView> views) {
@@ -136,10 +139,7 @@ Solution Calibrate(const CalibrationProblem& start, const BundleOptions& options
 Solution Adjust(const CalibrationProblem& start, const BundleOptions& options) {
   const auto solve = [&](CalibrationProblem problem) {
     if (problem.estimated.intrinsics) return SolveModel(std::move(problem), options);
-    SolveOptions held;
-    held.threads = options.threads;
-    held.progress = options.progress;
-    return Minimise(std::move(problem), held);
+    return Minimise(std::move(problem), SolveOptionsFrom(options));
   };
   Solution solution = solve(start);
   for (int i = 0; i < DISC_CORRECTIONS && options.discRadius > 0.0 && solution.usable; ++i) {

@@ -11,6 +11,7 @@ namespace velmora::solver {
 struct BundleOptions {
   int parameters = CLASSIC_PARAMETERS;  ///< of the lens model asked for, of each camera
   int threads = 1;
+  int mostIterations = 500;  ///< of each minimisation
   double discRadius = 0.0;  ///< 0: image points are images of centres; else centroids of discs of that radius
   /// Called after each iteration with its number and the cost; false ends the computation there.
   std::function<bool(int, double)> progress;

@@ -16,6 +16,7 @@ namespace velmora::solver {
 namespace {
 
 constexpr int ROUNDS = 15;
+constexpr int ITERATIONS_OF_A_ROUND = 30;
 constexpr double CAUCHY = 3.0;  // in standard deviations
 /// Of an image's points: with fewer left it goes. A little more than half, since of a grid in reverse order
 /// 24 of 44 points fit another pose.
@@ -153,20 +154,23 @@ Selection Selected(const std::vector<TargetView>& views, const cv::Size& imageSi
 
 Selection Selected(const CalibrationProblem& start, const BundleOptions& options) {
   const Selection all = AllOf(start.views);
-  BundleOptions first = options;
+  // Between images that contradict each other the search may go on for long, where weights change anyway.
+  BundleOptions round = options;
+  round.mostIterations = ITERATIONS_OF_A_ROUND;
+  BundleOptions first = round;
   first.discRadius = 0.0;
   // Intrinsics are held until it is known which images are wrong: these would bend them.
   CalibrationProblem held = start;
   held.estimated.intrinsics = false;
   Solution solution = Adjust(held, first);
   if (!solution.usable) return all;
-  Weighted weighted = Settled(all.views, std::move(solution), options);
-  if (TakePosesOfSingleImages(all.views, options, weighted)) {
-    weighted = Settled(all.views, std::move(weighted.solution), options);
+  Weighted weighted = Settled(all.views, std::move(solution), round);
+  if (TakePosesOfSingleImages(all.views, round, weighted)) {
+    weighted = Settled(all.views, std::move(weighted.solution), round);
   }
   if (start.estimated.intrinsics) {
     const Solution& now = weighted.solution;
-    weighted = Settled(all.views, Adjust({now.rig, now.views, start.estimated, {}}, first), options);
+    weighted = Settled(all.views, Adjust({now.rig, now.views, start.estimated, {}}, first), round);
   }
   return WithoutOutliers(all, weighted, start.views.size());
 }
