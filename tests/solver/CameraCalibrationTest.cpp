@@ -1,4 +1,5 @@
-/// Cameras and rigs calibrated from spoilt views: what is left out is what was spoilt, and the truth is reached.
+/// Cameras and rigs calibrated from spoilt views: what is left out is what was spoilt, and the truth is
+/// reached.
 #include "solver/CameraCalibration.h"
 
 #include <gtest/gtest.h>

@@ -94,4 +94,52 @@ TEST(Outliers, OfSelectionsKeepWhatWasLeftOutBefore) {
   EXPECT_TRUE(selection.tooFewAgree);
 }
 
+/// The three views as both cameras of a pair saw them, the second camera with residuals of its own.
+solver::Selection ThreeOfAPair() {
+  solver::Selection selection = Three();
+  for (TargetView& view : selection.views) view.observations.push_back(view.observations.front());
+  return selection;
+}
+
+TEST(Outliers, OfAPairAreNamedWithTheirCamera) {
+  solver::Residuals residuals(3, {std::vector<double>(44, 1.0), std::vector<double>(44, 1.0)});
+  residuals[2][1][9] = 10.0;
+  const solver::Selection selection = solver::WithoutOutliers(ThreeOfAPair(), residuals, 1.0, HALF);
+  ASSERT_EQ(selection.rejected.size(), 1U);
+  EXPECT_EQ(selection.rejected[0].view, 2U);
+  EXPECT_EQ(selection.rejected[0].camera, 1U);
+  EXPECT_EQ(selection.rejected[0].point, 9);
+  EXPECT_TRUE(selection.views[2].observations[0].weights.empty());
+  EXPECT_EQ(selection.views[2].observations[1].weights[9], 0.0);
+}
+
+TEST(Outliers, TakeOneImageOfAPairAlongAndLeaveTheOther) {
+  solver::Residuals residuals(3, {std::vector<double>(44, 1.0), std::vector<double>(44, 1.0)});
+  residuals[1][0].assign(44, 10.0);
+  solver::Selection selection = solver::WithoutOutliers(ThreeOfAPair(), residuals, 1.0, HALF);
+  EXPECT_EQ(selection.kept, (std::vector<size_t>{0, 1, 2}));
+  EXPECT_TRUE(selection.views[1].observations[0].IsEmpty());
+  EXPECT_EQ(selection.views[1].observations[1].Count(), 44.0);
+  ASSERT_EQ(selection.rejected.size(), 1U);
+  EXPECT_EQ(selection.rejected[0].point, Rejected::WHOLE_VIEW);
+  EXPECT_EQ(selection.rejected[0].camera, 0U);
+  residuals[1][1].assign(44, 10.0);
+  selection = solver::WithoutOutliers(ThreeOfAPair(), residuals, 1.0, HALF);
+  EXPECT_EQ(selection.kept, (std::vector<size_t>{0, 2}));
+  EXPECT_EQ(selection.rejected.size(), 2U);
+}
+
+TEST(Residuals, AreDistancesInEachCameraAndInfiniteBehindIt) {
+  Rig rig;
+  rig.cameras.resize(2);
+  for (Camera& camera : rig.cameras) camera.intrinsics.values = {100.0, 100.0, 50.0, 60.0};
+  rig.cameras[1].cameraFromRig.t = {0.0, 0.0, -3.0};
+  const Observation seen{{{1.0, 0.0, 0.0}}, {{103.0, 64.0}}, {}};
+  const TargetView view{{cv::Matx33d::eye(), {0.0, 0.0, 2.0}}, {seen, seen}};
+  const solver::Residuals residuals = solver::ResidualsOf({view, {view.rigFromTarget, {{}, {}}}}, rig);
+  EXPECT_NEAR(residuals[0][0][0], 5.0, 1e-12);
+  EXPECT_EQ(residuals[0][1][0], std::numeric_limits<double>::infinity());
+  EXPECT_TRUE(residuals[1][0].empty());
+}
+
 }  // namespace

@@ -14,7 +14,7 @@ namespace unit {
 
 using namespace velmora;
 
-using ImageNumbers = std::set<std::pair<size_t, size_t>>;                ///< view and camera
+using ImageNumbers = std::set<std::pair<size_t, size_t>>;           ///< view and camera
 using PointNumbers = std::set<std::tuple<size_t, size_t, size_t>>;  ///< view, camera and point
 
 struct Spoilt {

@@ -42,4 +42,44 @@ TEST(Target, RaisesForRecordsThatNoCameraHas) {
   EXPECT_THROW(solver::TargetOf(bent, views), cv::Exception);
 }
 
+TEST(Target, OfSeveralCamerasHasEmptyObservationsWhereOneDidNotSeeAView) {
+  const auto views = unit::NoisyViews(3);
+  solver::ImagePoints second = views;
+  second[1].clear();
+  const solver::Target target = solver::TargetOf(Targets(3), std::vector<solver::ImagePoints>{views, second});
+  ASSERT_EQ(target.views.size(), 3U);
+  ASSERT_EQ(target.views[1].observations.size(), 2U);
+  EXPECT_EQ(target.views[1].observations[0].Count(), 44.0);
+  EXPECT_TRUE(target.views[1].observations[1].IsEmpty());
+  EXPECT_EQ(target.views[2].observations[1].Count(), 44.0);
+  solver::ImagePoints first = views;
+  first[1].clear();
+  EXPECT_THROW(solver::TargetOf(Targets(3), std::vector<solver::ImagePoints>{first, second}), cv::Exception);
+  EXPECT_THROW(solver::TargetOf(Targets(3), first), cv::Exception);
+}
+
+TEST(Target, OfAPairLeavesOutImagePointsBeyondTheObjectPoints) {
+  const auto views = unit::NoisyViews(2);
+  auto longer = views;
+  longer[0].emplace_back(1.0, 2.0);
+  const solver::Target target = solver::PairTargetOf(Targets(2), views, longer);
+  EXPECT_EQ(target.views[0].observations[1].image.size(), 44U);
+  auto shorter = views;
+  shorter[1].pop_back();
+  EXPECT_THROW(solver::PairTargetOf(Targets(2), views, shorter), cv::Exception);
+  shorter[1].clear();
+  EXPECT_THROW(solver::PairTargetOf(Targets(2), views, shorter), cv::Exception);
+}
+
+TEST(Target, RaisesForFewerThanFourPoints) {
+  auto objects = Targets(1);
+  objects[0].resize(4);
+  auto views = unit::NoisyViews(1);
+  views[0].resize(4);
+  EXPECT_EQ(solver::TargetOf(objects, views).views.size(), 1U);
+  objects[0].resize(3);
+  views[0].resize(3);
+  EXPECT_THROW(solver::TargetOf(objects, views), cv::Exception);
+}
+
 }  // namespace

@@ -25,4 +25,54 @@ TEST(Poles, AreSeenWithinTheImageOnly) {
   EXPECT_TRUE(solver::IsFreeOfPoles(lens, unit::FRAME));
 }
 
+TEST(Poles, AreThoseOfAnyOfTheThreeCoefficients) {
+  for (const int coefficient : {K4, K5, K6}) {
+    Intrinsics lens;
+    lens.estimated = RATIONAL_PARAMETERS;
+    lens.values = {500.0, 500.0, 319.5, 239.5};
+    // The denominator is nearly zero at 0.6, within the corners; what it magnifies is not yet at them.
+    lens.values[K1] = -2.77;
+    lens.values[static_cast<size_t>(coefficient)] = -std::pow(0.6, -2.0 * (coefficient - K4 + 1));
+    EXPECT_FALSE(solver::IsFreeOfPoles(lens, unit::FRAME)) << coefficient;
+    lens.values[static_cast<size_t>(coefficient)] *= -1.0;
+    EXPECT_TRUE(solver::IsFreeOfPoles(lens, unit::FRAME)) << coefficient;
+  }
+}
+
+TEST(WeakPrior, PullsAtWhatTheClassicModelHasNot) {
+  const Prior prior = solver::PriorFor(0.7, 0.01, 1.0);
+  for (size_t i = 0; i < prior.size(); ++i) EXPECT_EQ(prior[i] > 0.0, i >= CLASSIC_PARAMETERS) << i;
+}
+
+TEST(WeakPrior, LetsTheDenominatorChangeByHalfAtTheRimOfTheData) {
+  const Prior prior = solver::PriorFor(0.7, 0.01, 1.0);
+  for (int i = 0; i < 3; ++i) {
+    const double atRim = 0.5 / std::pow(0.7, 2.0 * (i + 1));
+    EXPECT_NEAR(prior[static_cast<size_t>(K4 + i)], 0.01 / (atRim * atRim), 1e-12);
+  }
+  EXPECT_NEAR(prior[S1], 0.01 / std::pow(0.01 / 0.49, 2.0), 1e-9);
+  EXPECT_NEAR(prior[S4], 0.01 / std::pow(0.01 / (0.49 * 0.49), 2.0), 1e-9);
+  EXPECT_NEAR(prior[TAU_Y], 0.01 / (0.02 * 0.02), 1e-9);
+}
+
+TEST(WeakPrior, IsStrengthenedForTheDenominatorAlone) {
+  const Prior once = solver::PriorFor(0.7, 0.01, 1.0);
+  const Prior strong = solver::PriorFor(0.7, 0.01, 9.0);
+  for (size_t i = 0; i < once.size(); ++i) {
+    EXPECT_NEAR(strong[i], (i >= K4 && i <= K6 ? 9.0 : 1.0) * once[i], 1e-12 * strong[i]) << i;
+  }
+}
+
+TEST(DataRadius, IsThatOfTheOutermostPointThatTheCameraObserved) {
+  Camera camera;
+  camera.cameraFromRig.t = {0.0, 0.0, 1.0};
+  const Observation inner{{{0.1, 0.0, 0.0}}, {{}}, {}};
+  const Observation outer{{{0.3, 0.4, 0.0}, {0.0, 0.1, 0.0}}, {{}, {}}, {}};
+  TargetView view{{cv::Matx33d::eye(), {0.0, 0.0, 1.0}}, {outer, inner}};
+  TargetView other{{cv::Matx33d::eye(), {0.0, 0.0, 3.0}}, {{}, outer}};
+  EXPECT_DOUBLE_EQ(solver::DataRadius(Camera(), 0, {view, other}), 0.5);
+  EXPECT_DOUBLE_EQ(solver::DataRadius(camera, 1, {view, other}), 0.125);
+  EXPECT_DOUBLE_EQ(solver::DataRadius(camera, 1, {view}), 0.05);
+}
+
 }  // namespace
