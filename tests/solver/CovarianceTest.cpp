@@ -126,6 +126,16 @@ TEST(Jackknife, TakesParametersBeforeTheFirstEstimatedOneForKnown) {
   EXPECT_LT(Distance(jackknife, expected), 1e-9);
 }
 
+TEST(Jackknife, IsTheSameWhereTheSearchHasNotQuiteEnded) {
+  const CalibrationProblem problem = unit::TrueProblem(unit::RowOf(2), 12, 0.01, 5);
+  const Solution solution = solver::Minimise(problem, {});
+  CalibrationProblem beside = ProblemOf(solution);
+  for (Camera& camera : beside.rig.cameras) camera.intrinsics.values[FX] += 0.05;
+  EXPECT_LT(Distance(solver::JackknifeCovariance(solver::EvaluatedAt(beside)),
+                     solver::JackknifeCovariance(solution)),
+            0.02);
+}
+
 TEST(CovarianceOfTooFewViews, IsEmptyWhereTheViewsDoNotDetermineTheParameters) {
   CalibrationProblem problem = unit::TrueProblem(unit::RowOf(2), 8, 0.1, 1);
   for (size_t i = 0; i < 8; ++i) problem.views[i].observations[i % 2] = {};

@@ -145,6 +145,16 @@ TEST(LevenbergMarquardt, FindsTheMinimumOfAFlatValleyThatAPriorBends) {
   }
 }
 
+TEST(LevenbergMarquardt, LeavesTheLeastCostForAPriorThatIsWorthMore) {
+  CalibrationProblem problem = unit::TrueProblem(unit::DistortedCamera(), 8, 0.1, 5, RATIONAL_PARAMETERS);
+  problem = ProblemOf(solver::Minimise(problem, {}));
+  problem.priors = solver::WeakPriors(problem.rig, problem.views, 1.0);
+  const Solution solution = solver::Minimise(problem, {});
+  const double total = CostOf(unit::DenseMinimum(problem));
+  EXPECT_NEAR(solution.cost + solution.priorCost, total, 1e-8 * total);
+  EXPECT_LT(total, 0.999 * CostOf(problem));
+}
+
 TEST(LevenbergMarquardt, FindsTheMinimumOfWeightedPoints) {
   CalibrationProblem truth = unit::TrueProblem(unit::DistortedCamera(), 5, 0.1, 3);
   cv::RNG random(4);
