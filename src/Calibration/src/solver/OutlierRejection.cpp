@@ -159,18 +159,11 @@ Selection Selected(const CalibrationProblem& start, const BundleOptions& options
   round.mostIterations = ITERATIONS_OF_A_ROUND;
   BundleOptions first = round;
   first.discRadius = 0.0;
-  // Intrinsics are held until it is known which images are wrong: these would bend them.
-  CalibrationProblem held = start;
-  held.estimated.intrinsics = false;
-  Solution solution = Adjust(held, first);
+  Solution solution = Adjust(start, first);
   if (!solution.usable) return all;
   Weighted weighted = Settled(all.views, std::move(solution), round);
   if (TakePosesOfSingleImages(all.views, round, weighted)) {
     weighted = Settled(all.views, std::move(weighted.solution), round);
-  }
-  if (start.estimated.intrinsics) {
-    const Solution& now = weighted.solution;
-    weighted = Settled(all.views, Adjust({now.rig, now.views, start.estimated, {}}, first), round);
   }
   return WithoutOutliers(all, weighted, start.views.size());
 }
