@@ -29,14 +29,16 @@ struct KnownIntrinsics {
 };
 
 struct RigOptions {
+  /// Called after each iteration with the number of iterations and the RMS in pixels; false gives up.
+  using ProgressListener = std::function<bool(int iterations, double rms)>;
+
   int model = 20;      ///< lens model, a number of Calibrator's: MODEL_CLASSIC, MODEL_RATIONAL, MODEL_FULL
   bool robust = true;  ///< leave out points and images that disagree with the others
   double discRadius = 0.0;  ///< of the target's discs, metres; 0 takes image points for images of the centres
   int threads = 0;          ///< 0: as many as pay
   /// One for each camera: these stay as they are. Empty: the intrinsics are estimated together with the rig.
   std::vector<KnownIntrinsics> intrinsics;
-  /// Called after each iteration with the number of iterations and the RMS in pixels; false gives up.
-  std::function<bool(int iterations, double rms)> progress;
+  ProgressListener progress;
 };
 
 /// One camera of a rig. Deviations are standard deviations.

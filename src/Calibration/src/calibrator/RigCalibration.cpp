@@ -14,6 +14,7 @@
 #include "solver/OpenCvMatrices.h"
 #include "solver/RigStart.h"
 #include "solver/Target.h"
+#include "solver/Threads.h"
 
 namespace velmora {
 
@@ -49,7 +50,7 @@ class RigComputation {
   RigComputation(const RigRecords& records, const RigOptions& options)
       : records_(records), options_(options), views_(ViewsWithTarget()), target_(TargetOfViews()) {
     bundle_.parameters = LensModelOf(options.model).parameters;
-    bundle_.threads = std::max(options.threads, 1);
+    bundle_.threads = options.threads > 0 ? options.threads : solver::ThreadsFor(target_.views.size());
     bundle_.discRadius = options.discRadius;
     bundle_.progress = [this, points = CountOf(target_.views)](int, double cost) {
       ++iterations_;

@@ -3,7 +3,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
+#include <iomanip>
+#include <sstream>
 
 #include "quality/OmittedEffects.h"
 #include "quality/PoseDeviations.h"
@@ -30,10 +31,10 @@ const std::vector<cv::Point3d>& PointsOf(const TargetView& view) {
       ->object;
 }
 
-std::string Formatted(const char* form, double value) {
-  char text[128];
-  std::snprintf(text, sizeof(text), form, value);
-  return text;
+std::string Decimal(double value, int digits) {
+  std::ostringstream text;
+  text << std::fixed << std::setprecision(digits) << value;
+  return text.str();
 }
 
 }  // namespace
@@ -47,16 +48,15 @@ SheetEffect EffectOfSheet(const Solution& solution) {
   if (!effect.significant) return result;
   const PairVerdict::Deviations moved = MovedBy(effect.shift, solution);
   if (!Beyond(moved, CAREFUL_POSE)) return result;
-  const std::string size = Formatted(": rotations are off by about %.2f degrees", moved.rotation) +
-                           Formatted(", baselines by %.1f %%.", 100.0 * moved.baseline);
+  const std::string size = ": rotations are off by about " + Decimal(moved.rotation, 2) +
+                           " degrees, baselines by " + Decimal(100.0 * moved.baseline, 1) + " %.";
   if (isBend) {
     result.bend = solver::DepthOfBend(bend, PointsOf(solution.views.front()));
-    result.reason = Formatted("The sheet is bent by about %.1f mm", 1e3 * result.bend) + size;
+    result.reason = "The sheet is bent by about " + Decimal(1e3 * result.bend, 1) + " mm" + size;
     result.advice = "Mount the sheet on a flat, stiff board.";
   } else {
-    result.reason = Formatted("The print is out of proportion by %.2f %%",
-                              100.0 * std::max(std::abs(effect.values(0)), std::abs(effect.values(1)))) +
-                    size;
+    const double share = std::max(std::abs(effect.values(0)), std::abs(effect.values(1)));
+    result.reason = "The print is out of proportion by " + Decimal(100.0 * share, 2) + " %" + size;
     result.advice = "Print it at full size, without fitting it to the page, and measure it both ways.";
   }
   return result;

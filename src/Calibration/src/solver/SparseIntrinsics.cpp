@@ -4,24 +4,16 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
-#include <thread>
 #include <utility>
 
 #include "model/LensModel.h"
 #include "solver/CameraCalibration.h"
 #include "solver/OpenCvMatrices.h"
+#include "solver/Threads.h"
 
 namespace velmora {
 
 namespace {
-
-/// Starting threads takes as long as dozens of views.
-int ThreadsFor(size_t views) {
-  constexpr size_t WORTH_THREADS = 80;
-  constexpr unsigned MOST = 8;
-  return views < WORTH_THREADS ? 1
-                               : static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1U, MOST));
-}
 
 class Computation {
  public:
@@ -29,7 +21,7 @@ class Computation {
               const SparseOptions& options)
       : target_(target), imageSize_(imageSize), options_(options) {
     bundle_.parameters = LensModelOf(model).parameters;
-    bundle_.threads = options.threads > 0 ? options.threads : ThreadsFor(target.views.size());
+    bundle_.threads = options.threads > 0 ? options.threads : solver::ThreadsFor(target.views.size());
     bundle_.discRadius = options.discRadius;
     bundle_.progress = [this, points = CountOf(target.views)](int iteration, double cost) {
       givenUp_ = givenUp_ || (options_.progress && !options_.progress(iteration, std::sqrt(cost / points)));

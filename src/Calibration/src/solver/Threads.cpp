@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <future>
+#include <thread>
 #include <vector>
 
 namespace velmora::solver {
@@ -19,6 +20,13 @@ void ForRanges(std::size_t count, int threads, const std::function<void(std::siz
   }
   work(0, count / ranges);
   for (auto& other : others) other.get();
+}
+
+int ThreadsFor(std::size_t images) {
+  constexpr std::size_t WORTH_THREADS = 80;
+  constexpr unsigned MOST = 8;
+  return images < WORTH_THREADS ? 1
+                                : static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1U, MOST));
 }
 
 }  // namespace velmora::solver
