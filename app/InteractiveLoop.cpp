@@ -38,19 +38,6 @@ cv::Mat WaitingPicture(cv::Size size) {
   return picture;
 }
 
-const char* NameOfModel(int model) {
-  switch (model) {
-    case Calibrator::MODEL_FULL:
-      return "full";
-    case Calibrator::MODEL_RATIONAL:
-      return "rational";
-    case Calibrator::MODEL_CLASSIC:
-      return "classic";
-    default:
-      return nullptr;
-  }
-}
-
 }  // namespace
 
 const char* const InteractiveLoop::WINDOW = "Frame";
@@ -130,7 +117,8 @@ void InteractiveLoop::Calibrate() {
 }
 
 void InteractiveLoop::PrintModel() {
-  if (const char* model = NameOfModel(options_.model)) {
+  const std::string model = ModelChoice::NameOf(options_.model);
+  if (ModelChoice::NumberOf(model) != 0) {
     out_ << "Computing " << kind_.name << " calibration, model '" << model << "'. This may take a while..."
          << std::endl;
   }

@@ -45,16 +45,12 @@ std::optional<int> IntOf(const OptionValues& values, const char* option) {
 
 /// The lens model; an unknown word leaves the default, whatever the message says.
 int ModelOf(const OptionValues& values, std::ostream& err) {
-  const std::string word = TextOf(values, "--model").value_or("rational");
-  if (word == "classic") {
-    return Calibrator::MODEL_CLASSIC;
+  const std::string word = TextOf(values, "--model").value_or(ModelChoice::NameOf(Calibrator::MODEL_RATIONAL));
+  const int model = ModelChoice::NumberOf(word);
+  if (model != 0) {
+    return model;
   }
-  if (word == "full") {
-    return Calibrator::MODEL_FULL;
-  }
-  if (word != "rational") {
-    err << "'" << word << "' is an unknown model. Set to 'classic' by default." << std::endl;
-  }
+  err << "'" << word << "' is an unknown model. Set to 'classic' by default." << std::endl;
   return Calibrator::MODEL_RATIONAL;
 }
 

@@ -2,6 +2,7 @@
 #include "Solve.h"
 
 #include "Calibrator.h"
+#include "model/LensModel.h"
 #include "model/TargetGeometry.h"
 #include "solver/SparsePair.h"
 
@@ -28,8 +29,7 @@ cv::Mat Padded(const cv::Mat& D) {
 }  // namespace
 
 std::string NameOfModel(int model) {
-  if (model == Calibrator::MODEL_RATIONAL) return "rational";
-  return model == Calibrator::MODEL_FULL ? "full" : "classic";
+  return ModelChoice::NameOf(model);
 }
 
 std::string NameOfSolver(int solver) {
@@ -37,8 +37,7 @@ std::string NameOfSolver(int solver) {
 }
 
 int ParametersOfModel(int model) {
-  if (model == Calibrator::MODEL_RATIONAL) return 12;
-  return model == Calibrator::MODEL_FULL ? 18 : 9;
+  return velmora::LensModelOf(model).parameters;
 }
 
 SparseResult Solve(const Points& views, const cv::Size& imageSize, int model, int solver, double discRadius) {

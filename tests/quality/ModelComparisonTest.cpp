@@ -134,4 +134,12 @@ TEST(ModelComparison, ChoosesNothingWithoutEnoughSnapshots) {
   EXPECT_EQ(unit::MakeCalibrator(Calibrator::STEREO)->ChooseModel().model, 0);
 }
 
+TEST(ModelChoice, HasANumberForEachName) {
+  for (const int model : {Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL, Calibrator::MODEL_FULL}) {
+    EXPECT_EQ(ModelChoice::NumberOf(ModelChoice::NameOf(model)), model);
+  }
+  EXPECT_EQ(ModelChoice::NumberOf("none"), 0);
+  EXPECT_EQ(ModelChoice::NumberOf("Classic"), 0);
+}
+
 }  // namespace

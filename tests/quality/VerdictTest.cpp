@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "PairVerdict.h"
+#include "velmora/RigVerdict.h"
 
 namespace {
 
@@ -129,6 +130,13 @@ TEST(PairVerdict, HasNothingToConsiderOfGoodLensesOrItsOwn) {
     EXPECT_TRUE(verdict.remarks.empty());
   }
   EXPECT_EQ(Considered(Grade::None, Grade::Worthless).grade, Grade::None);
+}
+
+TEST(RigVerdict, HasTheWordsOfItsGrade) {
+  velmora::RigVerdict verdict;
+  EXPECT_EQ(verdict.Words(), "no result");
+  verdict.grade = Grade::WithCare;
+  EXPECT_EQ(verdict.Words(), "usable with care");
 }
 
 }  // namespace

@@ -26,10 +26,11 @@ const char* const EXIT_STATUSES =
     "Exit status: 0 calibrated (or recorded), 1 too few views held the grid, 2 wrong usage or unreadable "
     "input, 3 with --strict: calibrated, but the result is worthless.";
 
-const std::map<std::string, int> MODELS = {{"classic", Calibrator::MODEL_CLASSIC},
-                                           {"rational", Calibrator::MODEL_RATIONAL},
-                                           {"full", Calibrator::MODEL_FULL},
-                                           {"auto", Arguments::MODEL_AUTO}};
+const std::map<std::string, int> MODELS = {
+    {ModelChoice::NameOf(Calibrator::MODEL_CLASSIC), Calibrator::MODEL_CLASSIC},
+    {ModelChoice::NameOf(Calibrator::MODEL_RATIONAL), Calibrator::MODEL_RATIONAL},
+    {ModelChoice::NameOf(Calibrator::MODEL_FULL), Calibrator::MODEL_FULL},
+    {"auto", Arguments::MODEL_AUTO}};
 
 /// "4x11" as a size; throws CLI's error otherwise.
 cv::Size ParseGrid(const std::string& text) {

@@ -19,7 +19,7 @@ constexpr int IDLE_WAIT = 10;
 
 batch::Report ReportOf(Calibrator& calibrator, const cv::Size& frame) {
   batch::Report report;
-  report.model = "rational";
+  report.model = ModelChoice::NameOf(Calibrator::MODEL_RATIONAL);
   report.frame = frame;
   for (int i = 1; i <= calibrator.GetNumberOfRecords(); ++i)
     report.used.push_back("pose " + std::to_string(i));

@@ -24,4 +24,6 @@ struct VELMORA_API ModelChoice {
   /// "classic", "rational", "full", or "none".
   std::string Name() const;
   static std::string NameOf(int model);
+  /// The model of that name; 0 when there is none.
+  static int NumberOf(const std::string& name);
 };

@@ -134,6 +134,13 @@ std::string ModelChoice::NameOf(int model) {
   return velmora::LensModelName(model);
 }
 
+int ModelChoice::NumberOf(const std::string& name) {
+  for (const velmora::LensModel& model : velmora::LensModels()) {
+    if (name == model.name) return model.number;
+  }
+  return 0;
+}
+
 std::string ModelChoice::Name() const {
   return NameOf(model);
 }
