@@ -4,9 +4,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <opencv2/core.hpp>
 #include <set>
 #include <tuple>
 #include <utility>
+#include <vector>
 
 #include "model/Solution.h"
 
