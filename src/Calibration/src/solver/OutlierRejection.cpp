@@ -74,9 +74,10 @@ bool IsMostlyOutlying(const std::vector<double>& residuals, double deviation) {
   return static_cast<double>(agree) < ABOUT_HALF * static_cast<double>(residuals.size());
 }
 
-/// Where the target is by one camera's image alone, whatever the other images of the view are.
-RigidTransform PoseOfImage(const TargetView& view, size_t camera, const Rig& rig,
-                           const BundleOptions& options) {
+/// Where the target is by one camera's image alone, whatever the other images of the view are. Its cost is
+/// not that of the computation: nobody is told.
+RigidTransform PoseOfImage(const TargetView& view, size_t camera, const Rig& rig, BundleOptions options) {
+  options.progress = {};
   TargetView alone{{}, std::vector<Observation>(view.observations.size())};
   alone.observations[camera] = view.observations[camera];
   alone.rigFromTarget = Inverse(rig.cameras[camera].cameraFromRig) *
@@ -113,10 +114,11 @@ bool TakePosesOfSingleImages(const std::vector<TargetView>& views, const BundleO
     const double scale = CAUCHY * weighted.deviation;
     double least = DisagreementOf(now, best, rig, scale);
     for (size_t camera = 0; camera < views[i].observations.size(); ++camera) {
-      if (views[i].observations[camera].IsEmpty()) continue;
+      cv::Matx33d homography;
+      if (!HomographyOf(views[i].observations[camera], homography)) continue;
       const RigidTransform pose = PoseOfImage(views[i], camera, rig, options);
       const double disagreement = DisagreementOf(now, pose, rig, scale);
-      if (disagreement >= least) continue;
+      if (!(disagreement < least)) continue;
       least = disagreement;
       best = pose;
       taken = true;
