@@ -45,7 +45,8 @@ std::optional<int> IntOf(const OptionValues& values, const char* option) {
 
 /// The lens model; an unknown word leaves the default, whatever the message says.
 int ModelOf(const OptionValues& values, std::ostream& err) {
-  const std::string word = TextOf(values, "--model").value_or(ModelChoice::NameOf(Calibrator::MODEL_RATIONAL));
+  const std::string word =
+      TextOf(values, "--model").value_or(ModelChoice::NameOf(Calibrator::MODEL_RATIONAL));
   const int model = ModelChoice::NumberOf(word);
   if (model != 0) {
     return model;

@@ -22,7 +22,7 @@ extern const float UNIT;  ///< metres
 
 /// One camera, from views of the grid; on one thread.
 velmora::SparseResult Solve(const Points& views, const cv::Size& imageSize, int model, int solver,
-                   double discRadius = 0.0);
+                            double discRadius = 0.0);
 
 /// A pair, each camera alone first, as users do it.
 struct PairResult {

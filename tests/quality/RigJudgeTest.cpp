@@ -40,7 +40,8 @@ RigRecords RecordsOf(int shots, const std::function<double(const cv::Point3d&)>&
       std::vector<cv::Point2d> points;
       for (const cv::Point3d& point : object) {
         if (!world::SeesSheet(rig.cameras[i], sheet, own)) break;
-        const cv::Vec3d at = cv::Matx33d(RotationOf(own.rvec)) * cv::Vec3d(point.x, point.y, depth(point)) + own.tvec;
+        const cv::Vec3d at =
+            cv::Matx33d(RotationOf(own.rvec)) * cv::Vec3d(point.x, point.y, depth(point)) + own.tvec;
         points.push_back(rig.cameras[i].lens.Project({at[0] / at[2], at[1] / at[2]}) +
                          cv::Point2d(random.gaussian(0.1), random.gaussian(0.1)));
       }

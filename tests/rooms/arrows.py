@@ -62,7 +62,7 @@ def main():
             seen = seen_by(room, rooms, build, sources)
             for other in sorted(seen ^ (below | {room})):
                 faults.append(f"{room} {'sees' if other in seen else 'does not see'} {other}")
-    if not compiles("quality", "solver/Start.h", build):
+    if not compiles("quality", "solver/Threads.h", build):
         faults.append("quality cannot include a header of solver")
     for header in ("quality/NextPose.h", "Calibrator.h"):
         if compiles("solver", header, build):

@@ -14,7 +14,6 @@
 
 namespace velmora {
 
-
 namespace {
 
 namespace fs = std::filesystem;
@@ -75,7 +74,8 @@ class Launch {
     std::string name = program;
     char* const arguments[] = {&name[0], nullptr};
     pid_t child = -1;
-    return posix_spawn(&child, program.c_str(), &files_, &attributes_, arguments, ::environ) == 0 ? child : -1;
+    return posix_spawn(&child, program.c_str(), &files_, &attributes_, arguments, ::environ) == 0 ? child
+                                                                                                  : -1;
   }
 
  private:

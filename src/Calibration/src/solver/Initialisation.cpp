@@ -138,7 +138,8 @@ CalibrationProblem StartOf(std::vector<TargetView> views, const cv::Size& imageS
   Camera camera;
   camera.imageSize = imageSize;
   camera.intrinsics.values = {focal[0], focal[1], middle[0], middle[1]};
-  for (size_t i = 0; i < views.size(); ++i) views[i].rigFromTarget = PoseOf(homographies[i], camera.intrinsics);
+  for (size_t i = 0; i < views.size(); ++i)
+    views[i].rigFromTarget = PoseOf(homographies[i], camera.intrinsics);
   return {{{camera}}, std::move(views), {}, {}};
 }
 
