@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include "quality/RigSolutions.h"
 
 namespace {
@@ -34,7 +36,9 @@ TEST(SheetEffect, OfABendThatHardlyMovesACameraIsNotWorthAWord) {
 
 TEST(SheetEffect, OfAPrintOutOfProportionTellsByHowMuch) {
   const SheetEffect effect = EffectOf(unit::StretchedShape(0.02, 0.0));
-  EXPECT_EQ(effect.reason.rfind("The print is out of proportion by 2.", 0), 0U) << effect.reason;
+  const std::string words = "The print is out of proportion by ";
+  ASSERT_EQ(effect.reason.rfind(words, 0), 0U) << effect.reason;
+  EXPECT_NEAR(std::stod(effect.reason.substr(words.size())), 2.0, 0.1);
   EXPECT_EQ(effect.bend, 0.0);
 }
 
