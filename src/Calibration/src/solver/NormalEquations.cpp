@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 #include "solver/ObservationEquations.h"
 #include "solver/ScaledSystem.h"
@@ -143,10 +144,37 @@ void AddTo(ReducedSystem& system, const ReducedView& view, const std::vector<int
   }
 }
 
+ObservationEquations ObservedBy(const Camera& camera, const Observation& observation,
+                                const RigidTransform& cameraFromTarget, int count) {
+  return count > 0 ? EquationsOf(observation, camera.intrinsics, cameraFromTarget)
+                   : PoseEquationsOf(observation, camera.intrinsics, cameraFromTarget);
+}
+
+/// Of a camera that is the whole rig: its own equations are those of the view.
+ViewEquations EquationsOfOne(const Observation& observation, const RigidTransform& cameraFromTarget,
+                             const Camera& camera, int count) {
+  ViewEquations equations;
+  const ObservationEquations observed = ObservedBy(camera, observation, cameraFromTarget, count);
+  equations.columns.resize(static_cast<size_t>(count));
+  std::iota(equations.columns.begin(), equations.columns.end(), 0);
+  const Products products(observed.products.data());
+  const Index size = count + POSE_PARAMETERS;
+  equations.products = products.topLeftCorner(size, size);
+  equations.gradient = products.row(size).head(size).transpose();
+  equations.usable = observed.usable;
+  equations.cost = observed.usable ? observed.cost : 0.0;
+  equations.costs = {equations.cost};
+  return equations;
+}
+
 }  // namespace
 
 ViewEquations EquationsOf(const TargetView& view, const RigidTransform& rigFromTarget, const Rig& rig,
                           const Layout& layout) {
+  if (rig.cameras.size() == 1) {
+    return EquationsOfOne(view.observations.front(), rigFromTarget, rig.cameras.front(),
+                          layout.cameras.front().count);
+  }
   ViewEquations equations;
   const OwnPlaces own = PlaceOwn(view, layout, equations.columns);
   const Index size = equations.Own() + POSE_PARAMETERS;
@@ -161,9 +189,7 @@ ViewEquations EquationsOf(const TargetView& view, const RigidTransform& rigFromT
     const bool first = i == 0;
     const RigidTransform cameraFromTarget = first ? rigFromTarget : camera.cameraFromRig * rigFromTarget;
     const int count = layout.cameras[i].count;
-    const ObservationEquations observed =
-        count > 0 ? EquationsOf(observation, camera.intrinsics, cameraFromTarget)
-                  : PoseEquationsOf(observation, camera.intrinsics, cameraFromTarget);
+    const ObservationEquations observed = ObservedBy(camera, observation, cameraFromTarget, count);
     if (!observed.usable) return equations;
     if (first) {
       adder.AddFirst(observed, own.intrinsics[i], count);
