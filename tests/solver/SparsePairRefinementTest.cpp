@@ -404,4 +404,31 @@ TEST(SparsePairRefinement, RaisesWhenTheCallerGivesUp) {
   }
 }
 
+TEST(SparsePairRefinement, LeavesOutAWholeViewAndNumbersTheOthersAsTheyWereGiven) {
+  const world::Pair rig = RigFor(Calibrator::MODEL_CLASSIC);
+  unit::PointPairs pairs = Seen(rig, 14, 1, 0.1);
+  std::reverse(pairs.left[2].begin(), pairs.left[2].end());
+  for (cv::Point2d& point : pairs.right[2]) point = {point.y, 0.5 * point.x};
+  pairs.right[9][5] += cv::Point2d(12.0, 7.0);
+  SparsePairOptions options;
+  options.robust = true;
+  const ExtrinsicsResult result =
+      RefinePairSparsely(Targets(pairs.left.size()), pairs.left, pairs.right, unit::TrueLenses(rig),
+                         unit::FRAME, Calibrator::MODEL_CLASSIC, options);
+  ASSERT_NE(result.solution, nullptr);
+  const Solution& solution = *result.solution;
+  EXPECT_EQ(std::count(solution.kept.begin(), solution.kept.end(), size_t{2}), 0);
+  EXPECT_EQ(std::count(solution.kept.begin(), solution.kept.end(), size_t{9}), 1);
+  ASSERT_EQ(solution.kept.size(), solution.views.size());
+  const auto told = [&](size_t view, size_t camera, int point) {
+    return std::count_if(solution.rejected.begin(), solution.rejected.end(), [&](const Rejected& item) {
+      return item.view == view && item.camera == camera && item.point == point;
+    });
+  };
+  EXPECT_EQ(told(2, 0, Rejected::WHOLE_VIEW), 1);
+  EXPECT_EQ(told(2, 1, Rejected::WHOLE_VIEW), 1);
+  EXPECT_EQ(told(9, 1, 5), 1);
+  EXPECT_NEAR(result.rms, 0.1 * std::sqrt(2.0), 0.02);
+}
+
 }  // namespace

@@ -61,7 +61,8 @@ class RigComputation {
 
   RigResult Run() {
     std::vector<TargetView> views = target_.views;
-    CalibrationProblem start = solver::StartOf(KnownRig(views), Seen(views));
+    Rig known = KnownRig(views);  // takes images from the views that are left below
+    CalibrationProblem start = solver::StartOf(std::move(known), Seen(views));
     start.estimated.intrinsics = options_.intrinsics.empty();
     Solution solution = solver::CalibrateRig(start, options_.robust, bundle_);
     RequireResult(solution, "The views agree with no rig.");

@@ -35,9 +35,11 @@ class PairComputation {
 
   /// From a pair whose intrinsics were held.
   Solution Refined(const Solution& held, const cv::Size& imageSize, int model) {
-    CalibrationProblem start{held.rig, target_.views, {}, {}};
-    for (size_t i = 0; i < start.views.size(); ++i)
-      start.views[i].rigFromTarget = held.views[i].rigFromTarget;
+    CalibrationProblem start{held.rig, {}, {}, {}};
+    for (size_t i = 0; i < held.views.size(); ++i) {
+      start.views.push_back(target_.views[held.kept[i]]);
+      start.views.back().rigFromTarget = held.views[i].rigFromTarget;
+    }
     for (Camera& camera : start.rig.cameras) camera.imageSize = imageSize;
     bundle_.discRadius = options_.discRadius;
     bundle_.parameters = LensModelOf(model).parameters;
