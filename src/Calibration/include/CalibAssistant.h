@@ -1,19 +1,12 @@
 /// Guides the user through a sequence of target poses of the grid.
 #pragma once
 
-#include <chrono>
 #include <memory>
-#include <mutex>
 #include <opencv2/core.hpp>
 #include <string>
 #include <vector>
 
 #include "Export.h"
-
-namespace velmora {
-struct AssistantModel;
-struct DrawingLayers;
-}  // namespace velmora
 
 /// The pose assistant: shows one target pose at a time, scores how close the detected grid is to it, and
 /// moves on to the next.
@@ -78,27 +71,6 @@ class VELMORA_API CalibAssistant {
   void DrawPattern(cv::Mat& frame);
 
  private:
-  bool Load(const std::string& path, bool tellUnreadable);
-  void ShowPose(int index);
-  void Take(velmora::AssistantModel&& model, bool single);
-
-  /// Room that the drawings share, see DrawPattern.
-  const std::unique_ptr<velmora::DrawingLayers> layers_;
-  mutable std::mutex lock_;
-  std::chrono::steady_clock::time_point creationTime_;
-  std::chrono::steady_clock::time_point lastDrawingTime_;
-  float score_ = 10000.0F;
-  float scale_ = 1.0F;
-  bool single_ = false;
-  int poseIndex_ = -1;
-  int poseCount_ = -2;
-  int frameWidth_;
-  int frameHeight_;
-  cv::Mat target_;
-  std::vector<cv::Mat> poses_;
-  std::vector<cv::Mat> homographies_;  ///< of the sheet, one for each pose
-  cv::Mat homography_;
-  std::vector<cv::Point2f> patternPoints_;
-  std::vector<cv::Point2f> patternOutline_;
-  cv::Size patternSize_;
+  struct Impl;
+  const std::unique_ptr<Impl> impl_;
 };

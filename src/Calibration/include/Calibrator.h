@@ -1,11 +1,8 @@
 /// The calibration engine: from frames that show the grid to camera matrix and lens distortion.
 #pragma once
 
-#include <atomic>
-#include <condition_variable>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <opencv2/core.hpp>
 #include <string>
 #include <vector>
@@ -16,16 +13,6 @@
 #include "PairVerdict.h"
 #include "PoseProposal.h"
 #include "Verdict.h"
-
-class CalibAssistant;
-class JSON;
-
-namespace velmora {
-class CaptureReader;
-class FinderChoice;
-class Preview;
-struct CapturedViews;
-}  // namespace velmora
 
 /// A calibrator collects snapshots of a printed asymmetric circles grid and computes a camera's intrinsics or
 /// how the two cameras of a pair stand to each other.
@@ -450,85 +437,6 @@ class VELMORA_API Calibrator {
   bool StopModelRecording(const std::string& path);
 
  private:
-  /// The snapshots; the lists grow together, one entry each.
-  struct Records {
-    std::vector<std::vector<cv::Point3d>> objectRecords;
-    std::vector<std::vector<cv::Point2d>> imageRecords;
-    std::vector<std::vector<cv::Point2d>> imageRecordsRight;
-    std::vector<cv::Mat> snapshots;
-    std::vector<cv::Mat> snapshotsRight;
-  };
-  /// What computations produce. Computations replace the matrices, they never write into them.
-  struct Results {
-    float rms = -1.0F;
-    cv::Mat K, D, KRight, DRight;
-    cv::Mat rvecs, tvecs, stdDevIntrinsics, stdDevExtrinsics, perViewErrors;
-    cv::Mat R, T, E, F;
-  };
-  class ProgressScope;
-  struct SolverChoice;
-  struct Delivery;
-  static constexpr size_t ENOUGH_SNAPSHOTS = 5;
-
-  std::shared_ptr<CalibAssistant> Assistant();
-  std::string FaultOf(const cv::Mat& frame) const;
-  bool BringToProcessingSize(cv::Mat& frame);
-  bool BringToProcessingSize(cv::Mat& left, cv::Mat& right);
-  void Guide(const std::shared_ptr<CalibAssistant>& assistant, const std::vector<cv::Point2d>& points);
-  void RecordPose(const std::vector<cv::Point2d>& points);
-  bool SaveRecording(const std::string& path);
-  int StoreSnapshot(const std::vector<cv::Point2d>& points);
-  bool RefusesStereo();
-  void MirrorIfWanted(cv::Mat& left, cv::Mat& right);
-  int StoreStereoSnapshot(const std::vector<cv::Point2d>& leftPoints,
-                          const std::vector<cv::Point2d>& rightPoints);
-  bool ShowSourceIf(bool opened);
-  void ProcessCaptured(velmora::CapturedViews& views, JNIEnv* env);
-  void TellSourceEnd();
-  void RequireProcessable(const cv::Mat& frame) const;
-  bool HasEnoughRecords();
-  void ProcessPushed(cv::Mat& frame, JNIEnv* env);
-  void RunInBackground(const char* name, std::function<void()> task);
-  int Completed();
-  void NoteEndWithoutResult(int completedBefore);
-  cv::Mat ResultOf(int ofKind, cv::Mat Results::*member);
-  bool GuardOfUnreachableResults();
-  Results ResultsToSave() const;
-  std::string ResultText(const Results& results, JSON& document) const;
-
-  const int kind_;
-  const cv::Size patternSize_;
-  const int frameWidth_;
-  const int frameHeight_;
-  const std::vector<cv::Point3d> objectTemplate_;
-
-  // Locks, always taken in this order; dataLock_ and statusLock_ are held for copying only.
-  std::mutex pointsLock_;  ///< one detection or collection at a time; guards the last detection
-  std::mutex dataLock_;    ///< guards records, results, recording and assistant
-  std::mutex statusLock_;  ///< guards the status and what became of the computations
-  int status_ = STATUS_NOT_READY;
-  int completed_ = 0;    ///< the number of computations that brought a result
-  bool failed_ = false;  ///< the one that ended last brought none
-
-  cv::Mat lastFrame_;
-  cv::Mat lastFrameRight_;
-  std::vector<cv::Point2d> lastPoints_;
-  std::vector<cv::Point2d> lastPointsRight_;
-  std::atomic<bool> flipImage_{false};
-
-  Records records_;
-  Results results_;
-  std::unique_ptr<JSON> recording_;
-  int recordCounter_ = 0;
-  std::shared_ptr<CalibAssistant> assistant_;
-
-  std::mutex backgroundLock_;
-  std::condition_variable backgroundDone_;
-  int backgroundTasks_ = 0;
-
-  const std::unique_ptr<velmora::FinderChoice> finder_;
-  const std::unique_ptr<SolverChoice> solver_;
-  const std::unique_ptr<Delivery> delivery_;
-  const std::unique_ptr<velmora::Preview> preview_;
-  const std::unique_ptr<velmora::CaptureReader> capture_;
+  struct Impl;
+  const std::unique_ptr<Impl> impl_;
 };

@@ -1,8 +1,6 @@
 /// Console log with one process-wide verbosity level.
 #pragma once
 
-#include <atomic>
-
 #include "Export.h"
 
 /// Each line is a fixed-width level prefix, the message, a newline and a flush, all on standard output.
@@ -16,8 +14,16 @@ constexpr int INFO_LEVEL = 3;
 constexpr int DEBUG_LEVEL = 4;
 constexpr int TRACE_LEVEL = 5;
 
+/// A whole number that is read and written whole, by any thread at any time.
+class VELMORA_API Level {
+ public:
+  // Used like the number that it is.
+  operator int() const;  // NOLINT(google-explicit-constructor)
+  Level& operator=(int value);
+};
+
 /// 0 silences everything, 5 prints everything. Initially 4. Set through Calibration::SetLogLevel.
-VELMORA_API extern std::atomic<int> LOG_LEVEL;
+VELMORA_API extern Level LOG_LEVEL;
 
 #if defined(__GNUC__)
 #define VELMORA_PRINTF_LIKE __attribute__((format(printf, 1, 2)))

@@ -147,12 +147,3 @@ void DrawTarget(const TargetDrawing& drawing, cv::Mat& frame, DrawingLayers& lay
 }
 
 }  // namespace velmora
-
-void CalibAssistant::DrawPattern(cv::Mat& frame) {
-  if (poseIndex_ < 0) return;
-  lastDrawingTime_ = std::chrono::steady_clock::now();
-  const std::chrono::nanoseconds age = lastDrawingTime_ - creationTime_;
-  velmora::DrawTarget({patternPoints_, patternOutline_, homography_, patternSize_.width, scale_, score_,
-                       cv::Size(frameWidth_, frameHeight_), static_cast<double>(age.count()) / 1e9},
-                      frame, *layers_);
-}

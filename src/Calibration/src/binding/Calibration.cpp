@@ -6,8 +6,6 @@
 #include "Calibrator.h"
 #include "Log.h"
 
-using namespace velmora;
-
 void Calibration::SetLogLevel(int level) {
   // Out-of-range values mean "information", not the nearest bound.
   Log::LOG_LEVEL = level >= 0 && level <= Log::TRACE_LEVEL ? level : Log::INFO_LEVEL;

@@ -61,7 +61,7 @@ bool Calibration::DeleteCalibrator(const int& id) {
   const auto calibrator = Registry::OfProcess().Remove(id);
   if (calibrator == nullptr) return false;
   // Even while others hold it: nothing more comes from it. On its own thread that is left to its destruction.
-  if (!OwnThread::Of(*calibrator)) calibrator->EndSources();
+  if (!OwnThread::Of(calibrator.get())) calibrator->EndSources();
   return true;
 }
 

@@ -14,7 +14,7 @@ namespace {
 
 void Destroy(Calibrator* calibrator) {
   std::unique_ptr<Calibrator> owned(calibrator);
-  if (calibrator == nullptr || !OwnThread::Of(*calibrator)) return;
+  if (calibrator == nullptr || !OwnThread::Of(calibrator)) return;
   try {
     // The destructor waits for this very thread.
     std::thread([ended = std::move(owned)]() mutable { ended.reset(); }).detach();

@@ -1,76 +1,34 @@
-/// The calibrator's construction, status, switches and life cycle.
+/// The calibrator's public face: guards on kind and status, and the parts that do the work.
 #include "Calibrator.h"
 
-#include <system_error>
-#include <thread>
-
-#include "CalibAssistant.h"
 #include "JSON.h"
 #include "Log.h"
-#include "calibrator/Delivery.h"
-#include "calibrator/SolverChoice.h"
-#include "capture/CaptureReader.h"
-#include "capture/Preview.h"
-#include "finder/FinderChoice.h"
-#include "foundation/OneLine.h"
+#include "calibrator/CalibratorImpl.h"
+#include "calibrator/PoseProposals.h"
+#include "calibrator/ReprojectionReview.h"
+#include "capture/ContentOptions.h"
 #include "foundation/Version.h"
-#include "model/Codes.h"
-#include "model/LensModel.h"
-#include "model/TargetGeometry.h"
+#include "imaging/FrameResize.h"
 
 using namespace velmora;
-
-static_assert(Calibrator::MODEL_CLASSIC == velmora::MODEL_CLASSIC);
-static_assert(Calibrator::MODEL_RATIONAL == velmora::MODEL_RATIONAL);
-static_assert(Calibrator::MODEL_FULL == velmora::MODEL_FULL);
-static_assert(Calibrator::SOLVER_OPENCV == velmora::SOLVER_OPENCV);
-static_assert(Calibrator::SOLVER_SPARSE == velmora::SOLVER_SPARSE);
-static_assert(Calibrator::FINDER_STANDARD == velmora::FINDER_STANDARD);
-static_assert(Calibrator::FINDER_ROBUST == velmora::FINDER_ROBUST);
-static_assert(Calibrator::STATUS_NOT_READY == velmora::STATUS_NOT_READY);
-static_assert(Calibrator::STATUS_READY == velmora::STATUS_READY);
-static_assert(Calibrator::STATUS_COMPLETED == velmora::STATUS_COMPLETED);
-static_assert(Calibrator::STATUS_PROGRESS == velmora::STATUS_PROGRESS);
 
 const std::string Calibrator::VERSION = velmora::VERSION;
 
 Calibrator::Calibrator(const cv::Size& patternSize, const float& unit, const int& kind, const int& frameWidth,
                        const int& frameHeight)
-    : kind_(kind),
-      patternSize_(patternSize),
-      frameWidth_(frameWidth),
-      frameHeight_(frameHeight),
-      objectTemplate_(MakeObjectTemplate(patternSize, unit)),
-      finder_(std::make_unique<FinderChoice>()),
-      solver_(std::make_unique<SolverChoice>()),
-      delivery_(std::make_unique<Delivery>(*this)),
-      preview_(std::make_unique<Preview>()),
-      capture_(std::make_unique<CaptureReader>([this] { cameraReader(); })) {
+    : impl_(std::make_unique<Impl>(this, patternSize, unit, kind, cv::Size(frameWidth, frameHeight))) {
 }
 
-Calibrator::~Calibrator() {
-  // Frames first: what they show may start a computation.
-  EndSources();
-  {
-    std::unique_lock<std::mutex> lock(backgroundLock_);
-    backgroundDone_.wait(lock, [this] { return backgroundTasks_ == 0; });
-  }
-  DisableAssistant();
-  try {
-    StopModelRecording();
-  } catch (const std::exception& fault) {
-    Log::error("Cannot save the recorded model: %s", OneLine(fault.what()).c_str());
-  }
-}
+Calibrator::~Calibrator() = default;
+
+// ---- Status.
 
 void Calibrator::SetStatus(const int& value) {
-  const std::lock_guard<std::mutex> lock(statusLock_);
-  status_ = value;
+  impl_->snapshots.SetStatus(value);
 }
 
 int Calibrator::GetStatus() {
-  const std::lock_guard<std::mutex> lock(statusLock_);
-  return status_;
+  return impl_->snapshots.Status();
 }
 
 int Calibrator::ReadStatus() {
@@ -82,45 +40,23 @@ bool Calibrator::isCalibrating() {
 }
 
 bool Calibrator::IsComputing() {
-  const std::lock_guard<std::mutex> lock(backgroundLock_);
-  return backgroundTasks_ > 0;
+  return impl_->computations.Busy();
 }
 
 bool Calibrator::HasFailed() {
-  const std::lock_guard<std::mutex> lock(statusLock_);
-  return failed_;
-}
-
-int Calibrator::Completed() {
-  const std::lock_guard<std::mutex> lock(statusLock_);
-  return completed_;
-}
-
-/// For a computation that may have ended before it was marked as under way. When another is under way, or
-/// brought a result meanwhile, that one ended last, or kept this one from beginning.
-void Calibrator::NoteEndWithoutResult(int completedBefore) {
-  const std::lock_guard<std::mutex> lock(statusLock_);
-  if (completed_ == completedBefore && status_ != STATUS_PROGRESS) failed_ = true;
+  return impl_->snapshots.HasFailed();
 }
 
 bool Calibrator::IsDetected() {
-  const std::lock_guard<std::mutex> lock(pointsLock_);
-  return kind_ == MONOCULAR && !lastPoints_.empty();
+  return impl_->detector.HasLast() && impl_->IsMonocular();
 }
 
 int Calibrator::GetNumberOfRecords() {
-  const std::lock_guard<std::mutex> lock(dataLock_);
-  return static_cast<int>(records_.objectRecords.size());
+  return static_cast<int>(impl_->snapshots.Count());
 }
 
 void Calibrator::Reset() {
-  const std::lock_guard<std::mutex> data(dataLock_);
-  const std::lock_guard<std::mutex> lock(statusLock_);
-  if (status_ == STATUS_PROGRESS) return;
-  records_ = Records{};
-  results_ = Results{};
-  status_ = STATUS_NOT_READY;
-  failed_ = false;
+  impl_->snapshots.Reset();
 }
 
 std::string Calibrator::GetVersion() {
@@ -128,64 +64,456 @@ std::string Calibrator::GetVersion() {
 }
 
 void Calibrator::SetFlipImage(const bool& flip) {
-  flipImage_ = flip;
+  impl_->detector.SetFlip(flip);
 }
 
 bool Calibrator::GetFlipImage() {
-  return flipImage_;
+  return impl_->detector.Flip();
 }
 
+// ---- Choice of the search.
+
+void Calibrator::SetFinder(const int& finder) {
+  if (!impl_->detector.Finder().Set(finder)) Log::error("There is no finder %d.", finder);
+}
+
+int Calibrator::GetFinder() {
+  return impl_->detector.Finder().Get();
+}
+
+std::string Calibrator::WhyNotFound() {
+  return DescribeFault(impl_->detector.Finder().Fault());
+}
+
+// ---- Assistant.
+
 void Calibrator::EnableAssistant(const std::string& modelPath) {
-  auto assistant =
-      std::make_shared<CalibAssistant>(frameWidth_, frameHeight_, patternSize_.width, patternSize_.height);
-  assistant->Start(modelPath);
-  const std::lock_guard<std::mutex> data(dataLock_);
-  assistant_ = std::move(assistant);
-  const std::lock_guard<std::mutex> lock(statusLock_);
-  failed_ = false;  // a new computation is to come
+  impl_->guidance.Start(modelPath);
+  impl_->snapshots.ForgetFailure();  // a new computation is to come
 }
 
 void Calibrator::DisableAssistant() {
-  const std::lock_guard<std::mutex> lock(dataLock_);
-  assistant_.reset();
-}
-
-std::shared_ptr<CalibAssistant> Calibrator::Assistant() {
-  const std::lock_guard<std::mutex> lock(dataLock_);
-  return assistant_;
+  impl_->guidance.End();
 }
 
 int Calibrator::GetAssistantGoal() {
-  const auto assistant = Assistant();
-  return assistant == nullptr ? -1 : assistant->GetGoal();
+  return impl_->guidance.Goal();
 }
 
-void Calibrator::RunInBackground(const char* name, std::function<void()> task) {
-  const auto finish = [this](int completedBefore) {
-    NoteEndWithoutResult(completedBefore);
-    // Notified under the lock: the destructor may end the calibrator as soon as it is free.
-    const std::lock_guard<std::mutex> lock(backgroundLock_);
-    --backgroundTasks_;
-    backgroundDone_.notify_all();
-  };
-  {
-    const std::lock_guard<std::mutex> lock(backgroundLock_);
-    ++backgroundTasks_;
+bool Calibrator::AskForPose(const std::vector<cv::Point2d>& centres) {
+  if (impl_->IsMonocular()) return impl_->guidance.StartAt(centres);
+  Log::error("A stereo calibrator has no assistant for a pose.");
+  return false;
+}
+
+// ---- Detection.
+
+bool Calibrator::DetectPoints(cv::Mat& frame, std::vector<cv::Point2d>& points, const bool& draw) {
+  return impl_->Detect(frame, points, draw);
+}
+
+void Calibrator::Resize(const cv::Mat& src, cv::Mat& dst, const bool& fill, const int& interpolation) {
+  ResizeFrame(src, dst, impl_->size, fill, interpolation);
+}
+
+bool Calibrator::DetectStereoPoints(cv::Mat& left, cv::Mat& right, std::vector<cv::Point2d>& leftPoints,
+                                    std::vector<cv::Point2d>& rightPoints, const bool& draw) {
+  return impl_->DetectPair(left, right, leftPoints, rightPoints, draw);
+}
+
+void Calibrator::drawInfo(cv::Mat& frame, const double& elapsed) {
+  OverlayState state = impl_->Overlay();
+  state.frameSize = frame.size();
+  state.elapsed = elapsed;
+  DrawOverlay(state, frame);
+}
+
+// ---- Snapshots of one camera.
+
+bool Calibrator::AddPoints() {
+  return impl_->detector.WithLast([this](const std::vector<CameraSnapshot>& last) {
+    if (!impl_->IsMonocular() || isCalibrating()) return false;
+    if (!last.front().points.empty()) return impl_->AddSnapshot(last.front()) > 0;
+    Log::debug("Pattern not detected. No points added.");
+    return false;
+  });
+}
+
+void Calibrator::AddPoints(const std::vector<cv::Point2d>& points) {
+  impl_->detector.WithLast([&](const std::vector<CameraSnapshot>& last) {
+    if (!impl_->IsMonocular() || points.empty()) return false;
+    return impl_->snapshots.Add({{points, last.front().frame}}, Snapshots::EarlierRms::Drop) > 0;
+  });
+}
+
+bool Calibrator::AddPoints(cv::Mat& frame, const bool& draw) {
+  std::vector<cv::Point2d> points;
+  DetectPoints(frame, points, draw);
+  if (impl_->guidance.Current() == nullptr) AddPoints();
+  return true;
+}
+
+// ---- Snapshots of a pair.
+
+bool Calibrator::AddStereoPoints() {
+  return impl_->detector.WithLast([this](const std::vector<CameraSnapshot>& last) {
+    if (impl_->RefusesPair()) return false;
+    if (last.front().points.empty() || last.back().points.empty()) {
+      Log::debug("Pattern not detected in both pictures. No points added.");
+      return false;
+    }
+    const size_t count = impl_->snapshots.Add(last, Snapshots::EarlierRms::Drop);
+    if (count > 0) Log::debug("New points added. Snapshot count: %d", static_cast<int>(count));
+    return count > 0;
+  });
+}
+
+void Calibrator::AddStereoPoints(const std::vector<cv::Point2d>& leftPoints,
+                                 const std::vector<cv::Point2d>& rightPoints) {
+  impl_->detector.WithLast([&](const std::vector<CameraSnapshot>& last) {
+    if (impl_->RefusesPair()) return false;
+    impl_->snapshots.Add({{leftPoints, last.front().frame}, {rightPoints, last.back().frame}},
+                         Snapshots::EarlierRms::Keep);
+    return false;  // the last detection is another, and stays
+  });
+}
+
+bool Calibrator::AddStereoPoints(cv::Mat& left, cv::Mat& right, const bool& draw) {
+  return impl_->detector.CollectPair(
+      left, right, draw, [this] { return impl_->RefusesPair(); },
+      [this](const std::vector<CameraSnapshot>& found) {
+        return impl_->snapshots.Add(found, Snapshots::EarlierRms::Keep) > 0;
+      });
+}
+
+// ---- Solvers.
+
+void Calibrator::SetSolver(const int& solver) {
+  impl_->computations.Choice().SetSolver(solver);
+}
+
+int Calibrator::GetSolver() {
+  return impl_->computations.Choice().Current().solver;
+}
+
+void Calibrator::SetRobust(const bool& robust) {
+  impl_->computations.Choice().SetRobust(robust);
+}
+
+void Calibrator::SetDiscRadius(const double& radius) {
+  impl_->computations.Choice().SetDiscRadius(radius);
+}
+
+void Calibrator::SetRefineLenses(const bool& refine) {
+  impl_->computations.Choice().SetRefineIntrinsics(refine);
+}
+
+void Calibrator::SetProgressListener(ProgressListener listener) {
+  impl_->computations.SetProgressListener(std::move(listener));
+}
+
+void Calibrator::CancelComputation() {
+  impl_->snapshots.Cancel();
+}
+
+CalibrationVerdict Calibrator::GetVerdict() {
+  return impl_->computations.JudgeCamera();
+}
+
+PairVerdict Calibrator::GetPairVerdict() {
+  return impl_->computations.JudgePair();
+}
+
+ModelChoice Calibrator::ChooseModel() {
+  return impl_->computations.ChooseModel();
+}
+
+PoseProposal Calibrator::ProposePose(const int& model) {
+  const Snapshots::Moment now = impl_->snapshots.Now();
+  if (!impl_->IsMonocular() || now.status == STATUS_PROGRESS) return {};
+  const SolverSettings chosen = impl_->computations.Choice().Current();
+  ProposalSettings settings = {impl_->target, impl_->size, model, GetFinder(), {}};
+  settings.solver.robust = chosen.robust;
+  settings.solver.discRadius = chosen.discRadius;
+  return velmora::ProposePose(*now.snapshots, settings);
+}
+
+// ---- Computation.
+
+float Calibrator::ComputeCalibration(const int& model) {
+  return impl_->computations.ComputeCamera(model);
+}
+
+void Calibrator::ComputeCalibrationMultithread(const int& model) {
+  impl_->computations.ComputeCameraInBackground(model);
+}
+
+float Calibrator::ComputeCalibrationStereo(const std::string& left, const std::string& right,
+                                           const int& model, const bool& fromFiles) {
+  return impl_->computations.ComputePair({left, right, fromFiles}, model);
+}
+
+void Calibrator::ComputeCalibrationStereoMultithread(const std::string& left, const std::string& right,
+                                                     const int& model) {
+  impl_->computations.ComputePairInBackground({left, right, false}, model);
+}
+
+// ---- Results.
+
+cv::Mat Calibrator::GetK() {
+  return impl_->ResultOf(MONOCULAR, [](const Result& result) { return result.camera.K; });
+}
+
+cv::Mat Calibrator::GetDistCoefs() {
+  return impl_->ResultOf(MONOCULAR, [](const Result& result) { return result.camera.D; });
+}
+
+cv::Mat Calibrator::GetKLeft() {
+  return impl_->IntrinsicsOf(&StereoIntrinsics::K);
+}
+
+cv::Mat Calibrator::GetDistCoefsLeft() {
+  return impl_->IntrinsicsOf(&StereoIntrinsics::D);
+}
+
+cv::Mat Calibrator::GetKRight() {
+  return impl_->IntrinsicsOf(&StereoIntrinsics::KRight);
+}
+
+cv::Mat Calibrator::GetDistCoefsRight() {
+  return impl_->IntrinsicsOf(&StereoIntrinsics::DRight);
+}
+
+cv::Mat Calibrator::GetR() {
+  return impl_->ResultOf(STEREO, [](const Result& result) { return result.pair.R; });
+}
+
+cv::Mat Calibrator::GetStereoTranslation() {
+  return impl_->ResultOf(STEREO, [](const Result& result) { return result.pair.T; });
+}
+
+cv::Mat Calibrator::GetEssentialMatrix() {
+  return impl_->ResultOf(STEREO, [](const Result& result) { return result.pair.E; });
+}
+
+cv::Mat Calibrator::GetFundamentalMatrix() {
+  return impl_->ResultOf(STEREO, [](const Result& result) { return result.pair.F; });
+}
+
+cv::Mat Calibrator::GetStdDevIntrinsics() {
+  return impl_->ResultOf(MONOCULAR, [](const Result& result) { return result.camera.stdDevIntrinsics; });
+}
+
+cv::Mat Calibrator::GetPerViewErrors() {
+  return impl_->ResultOf(MONOCULAR, [](const Result& result) { return result.camera.perViewErrors; });
+}
+
+cv::Mat Calibrator::GetRotationVectors() {
+  return impl_->ResultOf(MONOCULAR, [](const Result& result) { return result.camera.rvecs; });
+}
+
+cv::Mat Calibrator::GetTranslationVectors() {
+  return impl_->ResultOf(MONOCULAR, [](const Result& result) { return result.camera.tvecs; });
+}
+
+cv::Mat Calibrator::GetT() {
+  const int status = GetStatus();
+  const bool answers = status != STATUS_PROGRESS && impl_->AnswersUnreachableResults() && status == STEREO;
+  return answers ? GetStereoTranslation() : cv::Mat();
+}
+
+cv::Mat Calibrator::GetE() {
+  if (isCalibrating() || !impl_->AnswersUnreachableResults()) return cv::Mat();
+  return GetEssentialMatrix();
+}
+
+cv::Mat Calibrator::GetF() {
+  if (isCalibrating() || !impl_->AnswersUnreachableResults()) return cv::Mat();
+  return GetFundamentalMatrix();
+}
+
+double Calibrator::GetBaseline() {
+  if (isCalibrating()) return -1.0;
+  if (!impl_->AnswersUnreachableResults() || impl_->kind != STEREO) return 0.0;
+  return cv::norm(GetStereoTranslation(), cv::NORM_L2);
+}
+
+float Calibrator::GetRMS() {
+  const Snapshots::Moment now = impl_->snapshots.Now();
+  return now.status == STATUS_PROGRESS ? -1.0F : now.rms;
+}
+
+std::string Calibrator::currentDateTime() {
+  return CurrentDateTime();
+}
+
+std::string Calibrator::SaveResult(const bool& save, const std::string& path) {
+  const Snapshots::Moment now = impl_->snapshots.Now();
+  if (now.status == STATUS_PROGRESS) return "";
+  if (now.status != STATUS_COMPLETED) {
+    Log::error("The calibration process has not been performed yet.");
+    return "";
   }
-  try {
-    std::thread([this, name, finish, task = std::move(task)] {
-      const int completedBefore = Completed();
-      try {
-        task();
-      } catch (const std::exception& fault) {
-        Log::error("%s failed: %s", name, OneLine(fault.what()).c_str());
-      } catch (...) {  // a progress listener may throw anything
-        Log::error("%s failed.", name);
-      }
-      finish(completedBefore);
-    }).detach();
-  } catch (const std::system_error& fault) {
-    Log::error("%s failed: %s", name, fault.what());
-    finish(Completed());
-  }
+  JSON document;
+  std::string text = ResultText(now, impl_->Facts(), document);
+  if (text.empty()) return "";
+  const std::string fileName = ResultFileName(path, impl_->kind == STEREO);
+  if (save && !document.save(fileName)) Log::error("Cannot save file: %s", fileName.c_str());
+  return text;
+}
+
+std::string Calibrator::GetStatus_QVX() {
+  return impl_->StatusText();
+}
+
+void Calibrator::WatchReprojection() {
+  const Snapshots::Moment now = impl_->snapshots.Now();
+  if (!impl_->IsMonocular() || now.status == STATUS_PROGRESS) return;
+  ReviewReprojection(now, impl_->grid, impl_->size);
+}
+
+void Calibrator::StartModelRecording() {
+  impl_->recording.Start();
+}
+
+void Calibrator::StopModelRecording() {
+  impl_->recording.Stop();
+}
+
+bool Calibrator::StopModelRecording(const std::string& path) {
+  return impl_->recording.StopInto(path);
+}
+
+// ---- Sources of frames.
+
+bool Calibrator::OpenNativeCamera(int index, int width, int height, int fps, int splitMode) {
+  return impl_->flow.OpenCamera(index, {width, height, fps}, splitMode);
+}
+
+void Calibrator::CloseNativeCamera() {
+  impl_->flow.CloseCamera();
+}
+
+bool Calibrator::OpenNativeStereoCamera(int leftIndex, int rightIndex, int width, int height, int fps) {
+  return impl_->flow.OpenCameraPair(leftIndex, rightIndex, {width, height, fps});
+}
+
+void Calibrator::CloseStereoNativeCamera() {
+  impl_->flow.CloseCameraPair();
+}
+
+bool Calibrator::OpenFFmpegContent(const std::string& content) {
+  return impl_->flow.OpenContent(content);
+}
+
+void Calibrator::CloseFFmpegContent() {
+  impl_->flow.CloseContent();
+}
+
+// By value, as callers of the engine are compiled against it.
+bool Calibrator::OpenGstreamerPipe(std::string pipe) {  // NOLINT(performance-unnecessary-value-param)
+  return impl_->flow.OpenPipe(pipe);
+}
+
+void Calibrator::CloseGstreamerPipe() {
+  impl_->flow.ClosePipe();
+}
+
+void Calibrator::CloseSource() {
+  impl_->flow.CloseSource();
+}
+
+bool Calibrator::HasSourceEnded() {
+  return impl_->flow.HasSourceEnded();
+}
+
+void Calibrator::SetSourceEndListener(SourceEndListener listener) {
+  impl_->flow.SetSourceEndListener(std::move(listener));
+}
+
+void Calibrator::OpenPreview() {
+  impl_->flow.PreviewOfFrames().Open();
+}
+
+void Calibrator::ClosePreview() {
+  impl_->flow.PreviewOfFrames().Close();
+}
+
+void Calibrator::EndSources() {
+  impl_->flow.End();
+}
+
+std::vector<std::string> Calibrator::split(const std::string& s, char separator) {
+  std::vector<std::string> pieces;
+  split(s, separator, pieces);
+  return pieces;
+}
+
+void Calibrator::split(const std::string& s, char separator, std::vector<std::string>& out) {
+  SplitText(s, separator, out);
+}
+
+void Calibrator::cameraReader() {
+  impl_->flow.ReadSource();
+}
+
+void Calibrator::jpegB64grabber() {
+  impl_->flow.GrabJpegs();
+}
+
+void Calibrator::RGBgrabber() {
+  impl_->flow.GrabRgb();
+}
+
+// ---- Frames pushed in, and listeners.
+
+void Calibrator::OpenJpegB64FrameGrabber() {
+  impl_->flow.OpenJpegGrabber();
+}
+
+void Calibrator::CloseJpegB64FrameGrabber() {
+  impl_->flow.CloseJpegGrabber();
+}
+
+void Calibrator::NextFrameJpegB64(std::string& base64Jpeg, const int& tag, JNIEnv* env, bool fromGrabber) {
+  impl_->flow.PushJpeg(base64Jpeg, tag, env, fromGrabber);
+}
+
+void Calibrator::OpenRGBFrameGrabber() {
+  impl_->flow.OpenRgbGrabber();
+}
+
+void Calibrator::CloseRGBFrameGrabber() {
+  impl_->flow.CloseRgbGrabber();
+}
+
+void Calibrator::NextFrameRGB(cv::Mat& image, const int& tag, JNIEnv* env, bool fromGrabber) {
+  impl_->flow.PushRgb(image, tag, env, fromGrabber);
+}
+
+void Calibrator::setBypassProcessing(const bool& bypass) {
+  impl_->flow.SetBypass(bypass);
+}
+
+void Calibrator::SetFrameListener(FrameListener listener) {
+  impl_->flow.SetFrameListener(std::move(listener));
+}
+
+void Calibrator::RegisterJavaVM(JNIEnv* env) {
+  impl_->flow.KeepJavaMachine(env);
+}
+
+bool Calibrator::RegisterCalibrationListener(JNIEnv* env, jobject listener, unsigned char sendImage,
+                                             int width, int height) {
+  return impl_->flow.SetJavaListener(env, listener, sendImage != 0, {width, height});
+}
+
+void Calibrator::callbackListener(cv::Mat& frame, JNIEnv* env) {
+  impl_->flow.Deliver(frame, env);
+}
+
+void Calibrator::onCalibrationCallback(JNIEnv* env,
+                                       std::vector<unsigned char> jpeg,  // NOLINT: the signature is fixed
+                                       const std::string& json) {
+  impl_->flow.TellJavaListener(env, jpeg, json);
 }

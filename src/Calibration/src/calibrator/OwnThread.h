@@ -1,25 +1,23 @@
 /// Tells whether a thread is one that a calibrator runs for itself.
 #pragma once
 
-class Calibrator;
-
 namespace velmora {
 
-/// Marks the current thread as the calibrator's own until the end of the scope. A calibrator cannot wait for
-/// a thread on that thread: whoever destroys calibrators asks here first.
+/// Marks the current thread as the owner's until the end of the scope. A calibrator cannot wait for a thread
+/// on that thread: whoever destroys calibrators asks here first. The owner is only compared with.
 class OwnThread {
  public:
-  explicit OwnThread(const Calibrator& calibrator) : earlier_(owner_) { owner_ = &calibrator; }
+  explicit OwnThread(const void* owner) : earlier_(owner_) { owner_ = owner; }
   ~OwnThread() { owner_ = earlier_; }
   OwnThread(const OwnThread&) = delete;
   OwnThread& operator=(const OwnThread&) = delete;
 
-  static bool Of(const Calibrator& calibrator) { return owner_ == &calibrator; }
+  static bool Of(const void* owner) { return owner_ == owner; }
 
  private:
-  static inline thread_local const Calibrator* owner_ = nullptr;
+  static inline thread_local const void* owner_ = nullptr;
 
-  const Calibrator* const earlier_;
+  const void* const earlier_;
 };
 
 }  // namespace velmora

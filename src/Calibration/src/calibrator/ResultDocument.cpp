@@ -1,9 +1,10 @@
-/// Names and sentences of the result file and the status answer.
+/// Names and texts of the result file and the status answer.
 #include "calibrator/ResultDocument.h"
 
 #include <ctime>
 
-#include "Calibrator.h"
+#include "JSON.h"
+#include "model/Codes.h"
 
 namespace velmora {
 
@@ -17,22 +18,55 @@ std::string CurrentDateTime() {
   return text;
 }
 
-std::string ResultFileName(const std::string& path, int kind) {
+std::string ResultFileName(const std::string& path, bool isPair) {
   if (!path.empty()) return path + ".json";
-  return (kind == Calibrator::STEREO ? "stereo" : "mono") + CurrentDateTime() + ".json";
+  return (isPair ? "stereo" : "mono") + CurrentDateTime() + ".json";
 }
 
 const char* StatusSentence(int status) {
   switch (status) {
-    case Calibrator::STATUS_READY:
+    case STATUS_READY:
       return "Calibration ready to be performed. Enough snapshots have been collected.";
-    case Calibrator::STATUS_PROGRESS:
+    case STATUS_PROGRESS:
       return "Calibration in progress.";
-    case Calibrator::STATUS_COMPLETED:
+    case STATUS_COMPLETED:
       return "Calibration completed. Results are available.";
     default:
       return "Calibration not ready to be performed yet. Not enough snapshots have been collected.";
   }
+}
+
+std::string ResultText(const Snapshots::Moment& moment, const DocumentFacts& facts, JSON& document) {
+  if (moment.result == nullptr || moment.rms == -1.0F) return "";
+  const Result& result = *moment.result;
+  document.addInt("sensor", facts.isPair ? 1 : 0);
+  document.addDouble("error", moment.rms);
+  document.addInt("imgWidth", facts.imageSize.width);
+  document.addInt("imgHeight", facts.imageSize.height);
+  // Those that the result was found with, whatever was read since.
+  document.addMat("cameraMatrix", facts.isPair ? result.intrinsics.K : result.camera.K);
+  document.addMat("distCoefs", facts.isPair ? result.intrinsics.D : result.camera.D);
+  if (facts.isPair) {
+    document.addMat("cameraMatrix2", result.intrinsics.KRight);
+    document.addMat("distCoefs2", result.intrinsics.DRight);
+    document.addMat("R", result.pair.R);
+    document.addMat("T", result.pair.T);
+  }
+  return document.toJson();
+}
+
+std::string StatusAnswer(const Snapshots::Moment& moment, const DocumentFacts& facts) {
+  JSON answer;
+  answer.addString("op", "cs");
+  answer.addString("c", "success");
+  answer.addInt("ii", moment.status);
+  answer.addInt("ni", static_cast<int>(moment.snapshots->Count()));
+  answer.addString("it", StatusSentence(moment.status));
+  if (moment.status == STATUS_COMPLETED) {
+    JSON document;
+    answer.addString("cj", ResultText(moment, facts, document));
+  }
+  return answer.toJson();
 }
 
 }  // namespace velmora

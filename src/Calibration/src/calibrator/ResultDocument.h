@@ -1,7 +1,12 @@
-/// Names and sentences of the result file and the status answer.
+/// Names and texts of the result file and the status answer.
 #pragma once
 
+#include <opencv2/core.hpp>
 #include <string>
+
+#include "calibrator/Snapshots.h"
+
+class JSON;
 
 namespace velmora {
 
@@ -9,9 +14,21 @@ namespace velmora {
 std::string CurrentDateTime();
 
 /// The path followed by ".json" (always appended); without a path a name of kind, date and time.
-std::string ResultFileName(const std::string& path, int kind);
+std::string ResultFileName(const std::string& path, bool isPair);
 
 /// What a status means to a user.
 const char* StatusSentence(int status);
+
+/// What the documents say of a calibrator apart from its state.
+struct DocumentFacts {
+  bool isPair = false;
+  cv::Size imageSize;
+};
+
+/// The result file's text, which `document` holds afterwards; empty without a result of the snapshots.
+std::string ResultText(const Snapshots::Moment& moment, const DocumentFacts& facts, JSON& document);
+
+/// The status answer: status, number of snapshots, a sentence and, when completed, the result file's text.
+std::string StatusAnswer(const Snapshots::Moment& moment, const DocumentFacts& facts);
 
 }  // namespace velmora

@@ -1,14 +1,15 @@
 /// The console log.
 #include "Log.h"
 
+#include <atomic>
 #include <cstdarg>
 #include <cstdio>
 
 namespace Log {
 
-std::atomic<int> LOG_LEVEL{DEBUG_LEVEL};
-
 namespace {
+
+std::atomic<int> level{DEBUG_LEVEL};
 
 /// The four steps of a line, with the stream locked so that lines of different threads do not mix.
 #if defined(__GNUC__)
@@ -25,13 +26,24 @@ void print(const char* prefix, const char* format, std::va_list arguments) {
 
 }  // namespace
 
-#define VELMORA_LOG_FUNCTION(name, level, prefix)                    \
-  void name(const char* format, ...) {                               \
-    if (LOG_LEVEL.load(std::memory_order_relaxed) < (level)) return; \
-    std::va_list arguments;                                          \
-    va_start(arguments, format);                                     \
-    print(prefix, format, arguments);                                \
-    va_end(arguments);                                               \
+Level LOG_LEVEL;
+
+Level::operator int() const {
+  return level;
+}
+
+Level& Level::operator=(int value) {
+  level = value;
+  return *this;
+}
+
+#define VELMORA_LOG_FUNCTION(name, threshold, prefix)                       \
+  void name(const char* format, ...) {                                      \
+    if (::Log::level.load(std::memory_order_relaxed) < (threshold)) return; \
+    std::va_list arguments;                                                 \
+    va_start(arguments, format);                                            \
+    print(prefix, format, arguments);                                       \
+    va_end(arguments);                                                      \
   }
 
 VELMORA_LOG_FUNCTION(error, ERROR_LEVEL, "ERROR : ")

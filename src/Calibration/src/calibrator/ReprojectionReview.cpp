@@ -1,13 +1,14 @@
-/// The calibrator's review of a computation in a window.
-#include <opencv2/highgui.hpp>
-#include <vector>
+/// Shows the snapshots of a computation in a window, one after the other.
+#include "calibrator/ReprojectionReview.h"
 
-#include "Calibrator.h"
+#include <opencv2/highgui.hpp>
+#include <string>
+
 #include "Display.h"
 #include "Log.h"
 #include "imaging/Review.h"
 
-using namespace velmora;
+namespace velmora {
 
 namespace {
 
@@ -39,48 +40,42 @@ void Destroy(const char* window) {
   }
 }
 
+/// What a result says of a snapshot; false of those that were added after the computation, or of all without
+/// one.
+bool ResultOf(const Snapshots::Moment& moment, int snapshot, ReviewResult& review) {
+  if (moment.result == nullptr || snapshot >= moment.result->camera.perViewErrors.rows) return false;
+  const SparseResult& camera = moment.result->camera;
+  review = {camera.K,
+            camera.D,
+            camera.rvecs.at<cv::Vec3d>(snapshot),
+            camera.tvecs.at<cv::Vec3d>(snapshot),
+            camera.perViewErrors.at<double>(snapshot),
+            moment.rms};
+  return true;
+}
+
 }  // namespace
 
-void Calibrator::WatchReprojection() {
-  if (kind_ != MONOCULAR) return;
-  Records records;
-  Results results;
-  {
-    const std::lock_guard<std::mutex> data(dataLock_);
-    if (GetStatus() == STATUS_PROGRESS) return;
-    records = records_;
-    results = results_;
-  }
+void ReviewReprojection(const Snapshots::Moment& moment, const cv::Size& grid, const cv::Size& imageSize) {
   std::string reason;
   if (!DisplayAvailable(&reason)) {
     Log::error("Cannot show the reprojection. %s", reason.c_str());
     return;
   }
-
   const char* const window = "Reprojected frame";
-  const int total = static_cast<int>(records.snapshots.size());
-  OpenPictureWindow(window, {frameWidth_, frameHeight_});
+  const SnapshotList& snapshots = *moment.snapshots;
+  const int total = static_cast<int>(snapshots.Count());
+  OpenPictureWindow(window, imageSize);
   for (int i = 0; i < total; ++i) {
     const auto index = static_cast<size_t>(i);
-    const ReviewView view = {records.snapshots[index],
-                             {frameWidth_, frameHeight_},
-                             i + 1,
-                             total,
-                             records.objectRecords[index],
-                             patternSize_};
-    // Snapshots added after the computation, or all without one, have no row in its results.
+    const ReviewView view = {
+        snapshots.cameras.front().frames[index], imageSize, i + 1, total, snapshots.target[index], grid};
     ReviewResult result;
-    const bool computed = i < results.perViewErrors.rows;
-    if (computed) {
-      result = {results.K,
-                results.D,
-                results.rvecs.at<cv::Vec3d>(i),
-                results.tvecs.at<cv::Vec3d>(i),
-                results.perViewErrors.at<double>(i),
-                results.rms};
-    }
+    const bool computed = ResultOf(moment, i, result);
     cv::imshow(window, DrawReview(view, computed ? &result : nullptr));
     if (!AwaitKey(window)) break;
   }
   Destroy(window);
 }
+
+}  // namespace velmora

@@ -1,0 +1,26 @@
+/// Which solver computations use, and how.
+#include "calibrator/SolverSettings.h"
+
+#include <cmath>
+
+#include "Log.h"
+
+namespace velmora {
+
+void SolverChoice::SetSolver(int solver) {
+  if (solver != SOLVER_OPENCV && solver != SOLVER_SPARSE) {
+    Log::error("There is no solver %d.", solver);
+    return;
+  }
+  solver_ = solver;
+}
+
+void SolverChoice::SetDiscRadius(double radius) {
+  if (!std::isfinite(radius) || radius < 0.0) {
+    Log::error("There are no discs of radius %f.", radius);
+    return;
+  }
+  discRadius_ = radius;
+}
+
+}  // namespace velmora
