@@ -18,7 +18,8 @@ TEST(BackgroundTasks, AreBusyUntilTheirEndWasTold) {
   EXPECT_FALSE(tasks.Busy());
   std::promise<void> release;
   std::atomic<bool> busyAtEnd{false};
-  tasks.Run("Work", [&] { release.get_future().wait(); }, [&] { busyAtEnd = tasks.Busy(); });
+  tasks.Run(
+      "Work", [&] { release.get_future().wait(); }, [&] { busyAtEnd = tasks.Busy(); });
   EXPECT_TRUE(tasks.Busy());
   release.set_value();
   tasks.AwaitAll();
@@ -31,7 +32,8 @@ TEST(BackgroundTasks, AreWaitedForByTheirDestruction) {
   {
     BackgroundTasks tasks;
     for (int i = 0; i < 8; ++i) {
-      tasks.Run("Work", [] {}, [&] { ++ended; });
+      tasks.Run(
+          "Work", [] {}, [&] { ++ended; });
     }
   }
   EXPECT_EQ(ended, 8);

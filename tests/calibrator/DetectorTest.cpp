@@ -34,7 +34,8 @@ class ScriptedGuide : public DetectionGuide {
 class Detecting : public ::testing::Test {
  protected:
   bool Detect(cv::Mat& frame, bool draw = false) {
-    return detector_.Detect(frame, points_, draw, [this] { return overlay_; }, guide_);
+    return detector_.Detect(
+        frame, points_, draw, [this] { return overlay_; }, guide_);
   }
   bool Show(size_t view, bool draw = false) {
     frame_ = unit::Rendered().pictures[view].clone();
@@ -129,7 +130,8 @@ TEST_F(Detecting, LetsNoOtherFrameInWhileTheGuideDecides) {
       otherCame = true;
       return false;
     };
-    EXPECT_TRUE(detector_.Detect(frame, points, false, [] { return OverlayState(); }, guide));
+    EXPECT_TRUE(detector_.Detect(
+        frame, points, false, [] { return OverlayState(); }, guide));
   });
   guide_.take = [&] {
     std::unique_lock<std::mutex> guard(lock);
@@ -171,8 +173,8 @@ class DetectingPairs : public Detecting {
   }
   bool DetectPair(cv::Mat& left, cv::Mat& right) {
     std::vector<cv::Point2d> rightPoints;
-    return detector_.DetectPair(left, right, points_, rightPoints, false, [this] { return overlay_; },
-                                Refuses());
+    return detector_.DetectPair(
+        left, right, points_, rightPoints, false, [this] { return overlay_; }, Refuses());
   }
 };
 

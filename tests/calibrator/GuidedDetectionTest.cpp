@@ -27,7 +27,8 @@ class Collecting : public ::testing::Test {
     GuidedDetection guide(guidance_, [this](const CameraSnapshot& detection) {
       return snapshots_.Add({detection}, Snapshots::EarlierRms::Drop);
     });
-    detector_.Detect(frame, points, false, [] { return OverlayState(); }, guide);
+    detector_.Detect(
+        frame, points, false, [] { return OverlayState(); }, guide);
     return guide.Finished();
   }
 
@@ -53,8 +54,8 @@ TEST_F(Collecting, TakesTheDetectionThatIsAtThePose) {
   EXPECT_TRUE(Show(unit::Rendered().pictures[1]));
 }
 
-// Meant for the thread sanitizer as much as for its own checks: two feeders push frames of all poses, and every
-// snapshot is of the frame that was judged, no pose is skipped, none taken twice.
+// Meant for the thread sanitizer as much as for its own checks: two feeders push frames of all poses, and
+// every snapshot is of the frame that was judged, no pose is skipped, none taken twice.
 TEST_F(Collecting, TakesWhatWasJudgedWithTwoFeedersAtOnce) {
   const unit::RenderedViews& rendered = unit::Rendered();
   const size_t poses = 6;

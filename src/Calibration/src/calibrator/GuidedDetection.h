@@ -10,8 +10,8 @@
 
 namespace velmora {
 
-/// The part that an assistant, if there is one, has in one detection: its target is drawn, and the grid becomes a
-/// snapshot when it is there.
+/// The part that an assistant, if there is one, has in one detection: its target is drawn, and the grid
+/// becomes a snapshot when it is there.
 class GuidedDetection : public DetectionGuide {
  public:
   /// `add` makes the detection a snapshot and answers their new number, 0 when it is refused.
