@@ -101,13 +101,13 @@ void NextPoseBesideSparse(benchmark::State& state) {
   const Data data = MakeData(10);
   const solver::Target target = solver::TargetOf(data.object, data.image);
   const SparseResult result = SolveIntrinsicsSparsely(data.object, data.image, FRAME, model);
-  const solver::Knowledge knowledge =
-      solver::KnowledgeFrom(solver::SolutionFrom(target, result, FRAME, 0.0), target.views, FRAME);
+  const Knowledge knowledge =
+      KnowledgeFrom(solver::SolutionFrom(target, result, FRAME, 0.0), target.views, FRAME);
   bench::Ratio().Run(
       state,
       [&] {
         benchmark::DoNotOptimize(
-            solver::ChooseNextPose(knowledge, target.views.front().observations.front().object, FRAME).then);
+            ChooseNextPose(knowledge, target.views.front().observations.front().object, FRAME).then);
       },
       [&] { Sparse(data, model); });
 }

@@ -74,9 +74,9 @@ TEST(VerdictWithDiscs, FindsNoFaultInCleanViews) {
     for (std::uint64_t seed = 1; seed <= SEEDS; ++seed) {
       const Judged judged =
           Judge(unit::DiscViews(clean.camera, 20, seed, clean.noise), clean.model, unit::DISC);
-      EXPECT_FALSE(solver::OmittedLensTerms(judged.solution, 0).significant) << clean.name << " " << seed;
-      EXPECT_FALSE(solver::OmittedBend(judged.solution).significant) << clean.name << " " << seed;
-      EXPECT_FALSE(solver::OmittedProportions(judged.solution).significant) << clean.name << " " << seed;
+      EXPECT_FALSE(OmittedLensTerms(judged.solution, 0).significant) << clean.name << " " << seed;
+      EXPECT_FALSE(OmittedBend(judged.solution).significant) << clean.name << " " << seed;
+      EXPECT_FALSE(OmittedProportions(judged.solution).significant) << clean.name << " " << seed;
       EXPECT_EQ(judged.verdict.systematicInData, 0.0) << clean.name << " " << seed;
       EXPECT_FALSE(Says(judged.verdict, "disagree")) << clean.name << " " << seed << judged.verdict.ToJson();
       EXPECT_LT(judged.verdict.jackknifeInData, 2.5 * judged.verdict.deviationInData)
@@ -151,9 +151,8 @@ TEST(LensRemark, DoesNotComeWhereTheChoiceOfTheModelRefusesLargerOnes) {
       EXPECT_FALSE(Says(verdict, "The lens")) << verdict.ToJson();
       EXPECT_FALSE(Says(verdict, "model.")) << verdict.ToJson();
       const Judged judged = Judge(views, CLASSIC, 0.0);
-      for (const solver::SystematicError& error :
-           solver::SystematicErrorsOf(judged.solution, 0, verdict.dataArea, 0.128)) {
-        suspected += error.cause == solver::SystematicError::Cause::LensTerms ? 1 : 0;
+      for (const SystematicError& error : SystematicErrorsOf(judged.solution, 0, verdict.dataArea, 0.128)) {
+        suspected += error.cause == SystematicError::Cause::LensTerms ? 1 : 0;
       }
     }
   }

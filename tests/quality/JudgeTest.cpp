@@ -200,7 +200,7 @@ class TrueCells {
       Cell cell;
       cell.pixel = {(i % 40 + 0.5) * 16.0 - 0.5, (i / 40 + 0.5) * 16.0 - 0.5};
       if (cv::pointPolygonTest(area, cell.pixel, false) < 0.0) continue;
-      EXPECT_TRUE(solver::RayOf(truth, lens_, cell.pixel, cell.ray));
+      EXPECT_TRUE(RayOf(truth, lens_, cell.pixel, cell.ray));
       solver::Coordinate u;
       solver::Coordinate v;
       EXPECT_TRUE(truth.Differentiate(cell.ray, u, v));
@@ -346,14 +346,14 @@ TEST(Rays, LeadBackToTheirPixels) {
   for (const cv::Point2d& pixel : {cv::Point2d(0, 0), cv::Point2d(639, 479), cv::Point2d(318, 242)}) {
     cv::Vec3d ray;
     cv::Point2d back;
-    ASSERT_TRUE(solver::RayOf(projection, lens, pixel, ray));
+    ASSERT_TRUE(RayOf(projection, lens, pixel, ray));
     ASSERT_TRUE(projection.Project(ray, back));
     EXPECT_LT(cv::norm(back - pixel), 1e-5);
   }
   lens.values[4] = -0.9;  // folds before the corners
   lens.values[5] = 0.0;
   cv::Vec3d ray;
-  EXPECT_FALSE(solver::RayOf(solver::Projection(lens), lens, {0, 0}, ray));
+  EXPECT_FALSE(RayOf(solver::Projection(lens), lens, {0, 0}, ray));
 }
 
 }  // namespace

@@ -26,7 +26,7 @@ unit::PointLists FisheyeViews() {
 TEST(LargerModel, IsThatOfTheChoice) {
   const auto name = [](const unit::PointLists& views, int model) {
     const auto targets = unit::FlatTargets(views.size());
-    return solver::LargerModel(targets, views, unit::FRAME, Solve(views, model, true), 0.0).Name();
+    return LargerModel(targets, views, unit::FRAME, Solve(views, model, true), 0.0).Name();
   };
   EXPECT_EQ(name(FisheyeViews(), CLASSIC), "rational");
   EXPECT_EQ(name(FisheyeViews(), RATIONAL), "");
@@ -38,7 +38,7 @@ TEST(LargerModel, IsThatOfTheChoice) {
 TEST(LargerModel, IsAskedForOnce) {
   unit::PointLists views = FisheyeViews();
   const auto targets = unit::FlatTargets(views.size());
-  solver::LargerModel larger(targets, views, unit::FRAME, Solve(views, CLASSIC), 0.0);
+  LargerModel larger(targets, views, unit::FRAME, Solve(views, CLASSIC), 0.0);
   EXPECT_EQ(larger.Name(), "rational");
   views.clear();
   EXPECT_EQ(larger.Name(), "rational");
@@ -51,13 +51,13 @@ TEST(LargerModel, LeavesOutWhatDisagreesAsTheResultDid) {
   const auto targets = unit::FlatTargets(views.size());
   const SparseResult robust = Solve(views, CLASSIC, true);
   ASSERT_FALSE(robust.rejected.empty());
-  EXPECT_EQ(solver::LargerModel(targets, views, unit::FRAME, robust, 0.0).Name(), "rational");
+  EXPECT_EQ(LargerModel(targets, views, unit::FRAME, robust, 0.0).Name(), "rational");
 }
 
 TEST(LargerModel, IsNoneWhereNothingCanBeComputed) {
   const unit::PointLists views = FisheyeViews();
   const auto targets = unit::FlatTargets(views.size() - 1);  // not those of the views
-  EXPECT_EQ(solver::LargerModel(targets, views, unit::FRAME, Solve(views, CLASSIC), 0.0).Name(), "");
+  EXPECT_EQ(LargerModel(targets, views, unit::FRAME, Solve(views, CLASSIC), 0.0).Name(), "");
 }
 
 }  // namespace

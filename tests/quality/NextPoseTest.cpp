@@ -57,7 +57,7 @@ std::vector<cv::Point2d> Seen(const world::Pose& pose, cv::RNG& random) {
 
 /// The expected deviation of projections for these poses, at the true camera and with the true noise.
 double TrueDeviation(const std::vector<world::Pose>& poses, int estimated) {
-  solver::Knowledge knowledge;
+  Knowledge knowledge;
   knowledge.intrinsics = TrueLens(estimated);
   knowledge.variance = 0.01;
   knowledge.information = Eigen::MatrixXd::Zero(estimated, estimated);
@@ -80,16 +80,15 @@ double TrueDeviation(const std::vector<world::Pose>& poses, int estimated) {
     const double deviation = 0.5 / std::pow(0.49, i - CLASSIC_PARAMETERS + 1);
     knowledge.information(i, i) += knowledge.variance / (deviation * deviation);
   }
-  return solver::PoseScore(knowledge, unit::FRAME).Now();
+  return PoseScore(knowledge, unit::FRAME).Now();
 }
 
-solver::Knowledge KnowledgeOf(const unit::PointLists& views, int model) {
+Knowledge KnowledgeOf(const unit::PointLists& views, int model) {
   const std::vector<std::vector<cv::Point3d>> objects(views.size(),
                                                       MakeObjectTemplate(unit::GRID, unit::UNIT));
   const solver::Target target = solver::TargetOf(objects, views);
   const SparseResult result = SolveIntrinsicsSparsely(objects, views, unit::FRAME, model);
-  return solver::KnowledgeFrom(solver::SolutionFrom(target, result, unit::FRAME, 0.0), target.views,
-                               unit::FRAME);
+  return KnowledgeFrom(solver::SolutionFrom(target, result, unit::FRAME, 0.0), target.views, unit::FRAME);
 }
 
 /// Three random poses, then proposed ones, each from what was seen (with noise) in those before it, and
@@ -100,8 +99,7 @@ std::vector<world::Pose> ProposedPoses(int count, int model, std::uint64_t seed,
   unit::PointLists views;
   for (const world::Pose& pose : poses) views.push_back(Seen(pose, random));
   while (static_cast<int>(poses.size()) < count) {
-    const solver::NextPose next =
-        solver::ChooseNextPose(KnowledgeOf(views, model), CentredGrid(), unit::FRAME);
+    const NextPose next = ChooseNextPose(KnowledgeOf(views, model), CentredGrid(), unit::FRAME);
     poses.push_back(PoseOf(next.candidate.pose));
     for (int i = 0; i < 3; ++i) {
       poses.back().rvec[i] += random.gaussian(miss);
@@ -148,11 +146,11 @@ INSTANTIATE_TEST_SUITE_P(Models, ProposedViews,
 
 TEST(NextPose, IsTheSameForTheSameViews) {
   const auto choose = [] {
-    return solver::ChooseNextPose(KnowledgeOf(unit::NoisyViews(4), Calibrator::MODEL_RATIONAL), CentredGrid(),
-                                  unit::FRAME);
+    return ChooseNextPose(KnowledgeOf(unit::NoisyViews(4), Calibrator::MODEL_RATIONAL), CentredGrid(),
+                          unit::FRAME);
   };
-  const solver::NextPose first = choose();
-  const solver::NextPose second = choose();
+  const NextPose first = choose();
+  const NextPose second = choose();
   ASSERT_EQ(first.candidate.view.image.size(), 44U);
   EXPECT_EQ(first.candidate.view.image, second.candidate.view.image);
   EXPECT_EQ(first.now, second.now);
@@ -165,10 +163,9 @@ TEST(NextPose, ExpectsWhatTheVerdictWillMeasure) {
   auto poses = world::SampleViews(unit::DistortedCamera(), 6, 5, Paper());
   unit::PointLists views;
   for (const world::Pose& pose : poses) views.push_back(Seen(pose, random));
-  const auto next =
-      solver::ChooseNextPose(KnowledgeOf(views, Calibrator::MODEL_CLASSIC), CentredGrid(), unit::FRAME);
+  const auto next = ChooseNextPose(KnowledgeOf(views, Calibrator::MODEL_CLASSIC), CentredGrid(), unit::FRAME);
   views.push_back(Seen(PoseOf(next.candidate.pose), random));
-  const double measured = solver::PoseScore(KnowledgeOf(views, Calibrator::MODEL_CLASSIC), unit::FRAME).Now();
+  const double measured = PoseScore(KnowledgeOf(views, Calibrator::MODEL_CLASSIC), unit::FRAME).Now();
   EXPECT_NEAR(measured, next.then, 0.25 * next.then);
 }
 
@@ -181,11 +178,10 @@ TEST(NextPose, KnowsWhatTheCovarianceOfTheViewsSays) {
   for (const int model : {Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL, Calibrator::MODEL_FULL}) {
     const SparseResult result = SolveIntrinsicsSparsely(objects, views, unit::FRAME, model);
     const Solution solution = solver::SolutionFrom(target, result, unit::FRAME, 0.0);
-    const auto knowledge = solver::KnowledgeFrom(solution, target.views, unit::FRAME);
-    const double expected =
-        solver::ProjectionUncertainty(solution.rig.cameras.front().intrinsics, unit::FRAME, image)
-            .InImage(solver::SharedCovariance(solution));
-    EXPECT_NEAR(solver::PoseScore(knowledge, unit::FRAME).Now(), expected, 0.05 * expected) << model;
+    const auto knowledge = KnowledgeFrom(solution, target.views, unit::FRAME);
+    const double expected = ProjectionUncertainty(solution.rig.cameras.front().intrinsics, unit::FRAME, image)
+                                .InImage(solver::SharedCovariance(solution));
+    EXPECT_NEAR(PoseScore(knowledge, unit::FRAME).Now(), expected, 0.05 * expected) << model;
   }
 }
 
@@ -198,9 +194,9 @@ TEST(NextPose, IsOfAUsualCameraWhereTheEstimateIsAbsurd) {
   const auto nominal = [&](double fx, double cx) {
     result.K.at<double>(0, 0) = fx;
     result.K.at<double>(0, 2) = cx;
-    const auto knowledge = solver::KnowledgeFrom(solver::SolutionFrom(target, result, unit::FRAME, 0.0),
-                                                 target.views, unit::FRAME);
-    const auto next = solver::ChooseNextPose(knowledge, CentredGrid(), unit::FRAME);
+    const auto knowledge =
+        KnowledgeFrom(solver::SolutionFrom(target, result, unit::FRAME, 0.0), target.views, unit::FRAME);
+    const auto next = ChooseNextPose(knowledge, CentredGrid(), unit::FRAME);
     EXPECT_EQ(next.candidate.view.image.size(), 44U);
     EXPECT_TRUE(std::isfinite(next.then));
     return knowledge.nominal;
@@ -214,9 +210,9 @@ TEST(NextPose, IsOfAUsualCameraWhereTheEstimateIsAbsurd) {
 }
 
 TEST(NextPose, NeedsNoView) {
-  const solver::Knowledge nothing = solver::KnowledgeFrom({}, {}, unit::FRAME);
+  const Knowledge nothing = KnowledgeFrom({}, {}, unit::FRAME);
   EXPECT_TRUE(nothing.nominal);
-  const auto next = solver::ChooseNextPose(nothing, CentredGrid(), unit::FRAME);
+  const auto next = ChooseNextPose(nothing, CentredGrid(), unit::FRAME);
   EXPECT_EQ(next.candidate.view.image.size(), 44U);
   EXPECT_LT(next.then, next.now);
 }

@@ -31,11 +31,11 @@ TEST(OmittedBendOfARig, IsMeasured) {
   for (const world::Rig& rig : {unit::ClassicPair(), unit::ClassicTriple()}) {
     for (const Fixed fixed : {Fixed::Nothing, Fixed::Intrinsics}) {
       const Solution solution = SolutionOf(rig, unit::BentShape(truth), fixed, 1);
-      const solver::OmittedEffect bend = solver::OmittedBend(solution);
+      const OmittedEffect bend = OmittedBend(solution);
       ASSERT_TRUE(bend.significant);
       ASSERT_EQ(bend.values.size(), 3);
       for (int i = 0; i < 3; ++i) EXPECT_NEAR(bend.values(i), truth[i], 0.003) << i;
-      EXPECT_GT(bend.Excess(), solver::OmittedProportions(solution).Excess());
+      EXPECT_GT(bend.Excess(), OmittedProportions(solution).Excess());
     }
   }
 }
@@ -61,9 +61,8 @@ double DepthOf(const unit::Shape& shape) {
 TEST(OmittedBendOfARig, HasTheDepthOfTheSheet) {
   for (const cv::Vec3d& truth : {cv::Vec3d(0.0, 0.0, 0.02), cv::Vec3d(-0.03, 0.01, 0.005)}) {
     const unit::Shape shape = unit::BentShape(truth);
-    const solver::OmittedEffect bend =
-        solver::OmittedBend(SolutionOf(unit::ClassicPair(), shape, Fixed::Nothing, 2, 0.001));
-    EXPECT_NEAR(solver::DepthOfBend(bend, unit::FlatShape()), DepthOf(shape), 0.01 * DepthOf(shape));
+    const OmittedEffect bend = OmittedBend(SolutionOf(unit::ClassicPair(), shape, Fixed::Nothing, 2, 0.001));
+    EXPECT_NEAR(DepthOfBend(bend, unit::FlatShape()), DepthOf(shape), 0.01 * DepthOf(shape));
   }
 }
 
@@ -71,12 +70,12 @@ TEST(OmittedProportionsOfARig, AreMeasured) {
   for (const world::Rig& rig : {unit::ClassicPair(), unit::ClassicTriple()}) {
     for (const Fixed fixed : {Fixed::Nothing, Fixed::Intrinsics}) {
       const Solution solution = SolutionOf(rig, unit::StretchedShape(0.005, 0.002), fixed, 4);
-      const solver::OmittedEffect proportions = solver::OmittedProportions(solution);
+      const OmittedEffect proportions = OmittedProportions(solution);
       ASSERT_TRUE(proportions.significant);
       ASSERT_EQ(proportions.values.size(), 2);
       EXPECT_NEAR(proportions.values(0), 0.005, 0.0002);
       EXPECT_NEAR(proportions.values(1), 0.002, 0.0002);
-      EXPECT_GT(proportions.Excess(), solver::OmittedBend(solution).Excess());
+      EXPECT_GT(proportions.Excess(), OmittedBend(solution).Excess());
     }
   }
 }
@@ -124,16 +123,16 @@ double SizeOf(const Eigen::VectorXd& change, const Eigen::MatrixXd& covariance) 
   return std::sqrt(change.dot(covariance.ldlt().solve(change)));
 }
 
-unit::Shape BentBy(const solver::OmittedEffect& bend) {
+unit::Shape BentBy(const OmittedEffect& bend) {
   return unit::BentShape({bend.values(0), bend.values(1), bend.values(2)});
 }
 
-unit::Shape StretchedBy(const solver::OmittedEffect& proportions) {
+unit::Shape StretchedBy(const OmittedEffect& proportions) {
   return unit::StretchedShape(proportions.values(0), proportions.values(1));
 }
 
 /// The effect's shift is what computing again with the shape that it measured changes, to first order.
-void ExpectShift(const Solution& solution, const solver::OmittedEffect& effect, const unit::Shape& shape,
+void ExpectShift(const Solution& solution, const OmittedEffect& effect, const unit::Shape& shape,
                  double tolerance = 0.03) {
   const Solution known = WithKnownShape(solution, shape);
   ASSERT_LT(known.cost, solution.cost);
@@ -152,10 +151,10 @@ TEST(OmittedEffectsOfARig, ShiftSharedParametersAsTheKnownShapeDoes) {
     for (const Fixed fixed : {Fixed::Nothing, Fixed::Intrinsics}) {
       SCOPED_TRACE(std::to_string(rig.cameras.size()) + " cameras");
       const Solution ofBent = SolutionOf(rig, bent, fixed, 5, 0.0002);
-      const solver::OmittedEffect bend = solver::OmittedBend(ofBent);
+      const OmittedEffect bend = OmittedBend(ofBent);
       ExpectShift(ofBent, bend, BentBy(bend));
       const Solution ofStretched = SolutionOf(rig, stretched, fixed, 6, 0.0002);
-      const solver::OmittedEffect proportions = solver::OmittedProportions(ofStretched);
+      const OmittedEffect proportions = OmittedProportions(ofStretched);
       ExpectShift(ofStretched, proportions, StretchedBy(proportions));
     }
   }
@@ -165,7 +164,7 @@ TEST(OmittedEffectsOfARig, ShiftTheRationalModelsParametersAsTheKnownShapeDoes) 
   const unit::Shape bent = unit::BentShape({0.003, 0.0, -0.006});
   const world::Rig rig = unit::RigFor(Calibrator::MODEL_RATIONAL);
   const Solution solution = SolutionOf(rig, bent, Fixed::Nothing, 5, 0.01, RATIONAL_PARAMETERS);
-  const solver::OmittedEffect bend = solver::OmittedBend(solution);
+  const OmittedEffect bend = OmittedBend(solution);
   // Along the valley of the coefficients residuals curve the cost about as much as derivatives do.
   ExpectShift(solution, bend, BentBy(bend), 0.1);
 }
@@ -177,8 +176,8 @@ TEST(OmittedEffectsOfARig, AreTheSameBesideTheMinimum) {
   beside.rig.cameras[0].intrinsics.values[FX] += 0.5;
   beside.rig.cameras[1].intrinsics.values[CY] -= 0.5;
   beside.rig.cameras[1].cameraFromRig.t[0] += 0.0001;
-  const solver::OmittedEffect bend = solver::OmittedBend(solver::EvaluatedAt(beside));
-  const solver::OmittedEffect expected = solver::OmittedBend(solution);
+  const OmittedEffect bend = OmittedBend(solver::EvaluatedAt(beside));
+  const OmittedEffect expected = OmittedBend(solution);
   EXPECT_TRUE(bend.values.isApprox(expected.values, 0.02))
       << bend.values.transpose() << " beside " << expected.values.transpose();
 }
@@ -189,7 +188,7 @@ TEST(OmittedEffectsOfARig, CountOnlyWhatEachCameraSaw) {
   for (size_t i = 0; i < 12; ++i) problem.views[i].observations[i % 3] = {};
   problem.views[0].observations[1] = {};
   const Solution solution = unit::Solved(problem);
-  const solver::OmittedEffect bend = solver::OmittedBend(solution);
+  const OmittedEffect bend = OmittedBend(solution);
   EXPECT_NEAR(bend.values(0), 0.01, 0.0005);
   EXPECT_NEAR(bend.values(2), -0.02, 0.0005);
   ExpectShift(solution, bend, BentBy(bend));
@@ -208,8 +207,8 @@ TEST(OmittedEffectsOfARig, DoNotCountPointsThatWereLeftOut) {
     shorter.object.erase(shorter.object.begin() + static_cast<std::ptrdiff_t>(i));
     shorter.image.erase(shorter.image.begin() + static_cast<std::ptrdiff_t>(i));
   }
-  const solver::OmittedEffect bend = solver::OmittedBend(unit::Solved(weightless));
-  const solver::OmittedEffect expected = solver::OmittedBend(unit::Solved(problem));
+  const OmittedEffect bend = OmittedBend(unit::Solved(weightless));
+  const OmittedEffect expected = OmittedBend(unit::Solved(problem));
   EXPECT_TRUE(bend.values.isApprox(expected.values, 1e-6));
   EXPECT_NEAR(bend.squares, expected.squares, 1e-5 * expected.squares);
 }
@@ -221,12 +220,12 @@ TEST(OmittedEffectsOfARig, TakeOffAsMuchOfNoiseAsTheirNumberOfParameters) {
     double proportions = 0.0;
     for (std::uint64_t seed = 1; seed <= RUNS; ++seed) {
       const Solution solution = SolutionOf(unit::ClassicPair(), unit::FlatShape(), fixed, seed, NOISE);
-      const solver::OmittedEffect ofBend = solver::OmittedBend(solution);
-      const solver::OmittedEffect ofProportions = solver::OmittedProportions(solution);
+      const OmittedEffect ofBend = OmittedBend(solution);
+      const OmittedEffect ofProportions = OmittedProportions(solution);
       EXPECT_FALSE(ofBend.significant) << seed;
       EXPECT_FALSE(ofProportions.significant) << seed;
-      EXPECT_FALSE(solver::OmittedLensTerms(solution, 0).significant) << seed;
-      EXPECT_FALSE(solver::OmittedLensTerms(solution, 1).significant) << seed;
+      EXPECT_FALSE(OmittedLensTerms(solution, 0).significant) << seed;
+      EXPECT_FALSE(OmittedLensTerms(solution, 1).significant) << seed;
       bend += ofBend.squares / RUNS;
       proportions += ofProportions.squares / RUNS;
     }
@@ -254,8 +253,8 @@ TEST(OmittedLensTermsOfARig, AreOfTheCameraThatTheModelDoesNotHold) {
     const world::Rig rig = world::SideBySidePair(unit::FRAME, 95.0, 0.03, 0.0, odd == 0 ? rational : classic,
                                                  odd == 1 ? rational : classic);
     const Solution solution = SolutionOf(rig, unit::FlatShape(), Fixed::Nothing, 9);
-    const solver::OmittedEffect terms = solver::OmittedLensTerms(solution, odd);
-    const solver::OmittedEffect others = solver::OmittedLensTerms(solution, 1 - odd);
+    const OmittedEffect terms = OmittedLensTerms(solution, odd);
+    const OmittedEffect others = OmittedLensTerms(solution, 1 - odd);
     EXPECT_TRUE(terms.significant) << odd;
     EXPECT_GT(terms.Excess(), 3.0 * others.Excess()) << odd;
     ASSERT_EQ(terms.shift.size(), FULL_PARAMETERS);
@@ -267,7 +266,7 @@ TEST(OmittedLensTermsOfARig, AreOfTheCameraThatTheModelDoesNotHold) {
 
 TEST(OmittedLensTermsOfARig, OfKnownIntrinsicsLeaveTheseAsTheyAre) {
   const Solution solution = SolutionOf(unit::ClassicPair(), unit::FlatShape(), Fixed::Intrinsics, 10, NOISE);
-  const solver::OmittedEffect terms = solver::OmittedLensTerms(solution, 1);
+  const OmittedEffect terms = OmittedLensTerms(solution, 1);
   ASSERT_EQ(terms.shift.size(), FULL_PARAMETERS);
   EXPECT_TRUE(terms.shift.head(CLASSIC_PARAMETERS).isZero());
   EXPECT_EQ(terms.shift.tail(FULL_PARAMETERS - CLASSIC_PARAMETERS), terms.values);
@@ -276,7 +275,7 @@ TEST(OmittedLensTermsOfARig, OfKnownIntrinsicsLeaveTheseAsTheyAre) {
 TEST(OmittedEffectsOfARig, AreMeasuredBeforeCamerasOfWhichEverythingIsKnown) {
   const auto problem = unit::SeenByRig(unit::ClassicPair(), CLASSIC_PARAMETERS,
                                        unit::BentShape({0.0, 0.0, 0.03}), 6, 11, SHARP);
-  const solver::OmittedEffect bend = solver::OmittedBend(solver::SolvePoses(problem.rig, problem.views));
+  const OmittedEffect bend = OmittedBend(solver::SolvePoses(problem.rig, problem.views));
   ASSERT_EQ(bend.values.size(), 3);
   EXPECT_NEAR(bend.values(2), 0.03, 0.003);
   EXPECT_EQ(bend.shift.size(), 0);

@@ -67,7 +67,7 @@ Computed Compute(const unit::PointLists& views, int model = Calibrator::MODEL_CL
 
 TEST(OmittedBend, IsMeasured) {
   const Computed computed = Compute(Seen(Bent(0.05, -0.03, -0.08), 12, 1, 0.01));
-  const solver::OmittedEffect bend = solver::OmittedBend(computed.solution);
+  const OmittedEffect bend = OmittedBend(computed.solution);
   ASSERT_TRUE(bend.significant);
   EXPECT_NEAR(bend.values(0), 0.05, 0.005);
   EXPECT_NEAR(bend.values(1), -0.03, 0.005);
@@ -78,8 +78,8 @@ TEST(OmittedBend, HasTheDepthOfTheSheet) {
   const Target bent = Bent(0.0, 0.0, 0.08);
   const double half = 5.0 * static_cast<double>(unit::UNIT);
   const Computed computed = Compute(Seen(bent, 12, 2, 0.01));
-  const solver::OmittedEffect bend = solver::OmittedBend(computed.solution);
-  EXPECT_NEAR(solver::DepthOfBend(bend, computed.solution.views.front().observations.front().object),
+  const OmittedEffect bend = OmittedBend(computed.solution);
+  EXPECT_NEAR(DepthOfBend(bend, computed.solution.views.front().observations.front().object),
               0.08 * half * half, 0.00005);
 }
 
@@ -87,7 +87,7 @@ TEST(OmittedBend, TellsHowFarTheLensIsOff) {
   const auto views = Seen(Bent(0.0, 0.0, 0.05), 12, 3, 0.01);
   const Computed computed = Compute(views);
   const Computed flat = Compute(Seen(Flat(), 12, 3, 0.01));
-  const solver::OmittedEffect bend = solver::OmittedBend(computed.solution);
+  const OmittedEffect bend = OmittedBend(computed.solution);
   for (int i = 0; i < 2; ++i) {
     const double off = flat.result.K.at<double>(i, i) - computed.result.K.at<double>(i, i);
     EXPECT_GT(std::abs(off), 0.5);
@@ -102,31 +102,31 @@ TEST(OmittedProportions, AreMeasured) {
     point.y *= 1.005;
   }
   const Computed computed = Compute(Seen(target, 12, 4, 0.01));
-  const solver::OmittedEffect proportions = solver::OmittedProportions(computed.solution);
+  const OmittedEffect proportions = OmittedProportions(computed.solution);
   ASSERT_TRUE(proportions.significant);
   EXPECT_NEAR(proportions.values(0), 0.005, 0.0005);
   EXPECT_NEAR(proportions.values(1), 0.002, 0.0005);
-  EXPECT_GT(proportions.squares, solver::OmittedBend(computed.solution).squares);
+  EXPECT_GT(proportions.squares, OmittedBend(computed.solution).squares);
 }
 
 TEST(OmittedLensTerms, AreSeenInALensThatTheModelDoesNotHold) {
   const world::Camera wide = world::CameraFromFieldOfView(
       unit::FRAME, 90.0, {4.0 / 15.0, 0.0, 0.0008, -0.0006, 0.0, 3.0 / 5.0, 0.0, 0.0});
   const auto views = Seen(wide.lens, Flat(), 20, 5, 0.05);
-  const solver::OmittedEffect classic = solver::OmittedLensTerms(Compute(views).solution, 0);
+  const OmittedEffect classic = OmittedLensTerms(Compute(views).solution, 0);
   EXPECT_TRUE(classic.significant);
   EXPECT_EQ(classic.shift.size(), FULL_PARAMETERS);
-  EXPECT_FALSE(solver::OmittedLensTerms(Compute(views, Calibrator::MODEL_RATIONAL).solution, 0).significant);
-  EXPECT_EQ(solver::OmittedLensTerms(Compute(views, Calibrator::MODEL_FULL).solution, 0).values.size(), 0);
+  EXPECT_FALSE(OmittedLensTerms(Compute(views, Calibrator::MODEL_RATIONAL).solution, 0).significant);
+  EXPECT_EQ(OmittedLensTerms(Compute(views, Calibrator::MODEL_FULL).solution, 0).values.size(), 0);
 }
 
 TEST(OmittedEffects, AreNotSeenInNoise) {
   for (const int model : {Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL}) {
     for (std::uint64_t seed = 1; seed <= 30; ++seed) {
       const Solution solution = Compute(Seen(Flat(), 6 + static_cast<int>(seed) % 10, seed), model).solution;
-      EXPECT_FALSE(solver::OmittedBend(solution).significant) << seed;
-      EXPECT_FALSE(solver::OmittedProportions(solution).significant) << seed;
-      EXPECT_FALSE(solver::OmittedLensTerms(solution, 0).significant) << seed;
+      EXPECT_FALSE(OmittedBend(solution).significant) << seed;
+      EXPECT_FALSE(OmittedProportions(solution).significant) << seed;
+      EXPECT_FALSE(OmittedLensTerms(solution, 0).significant) << seed;
     }
   }
 }
@@ -140,15 +140,15 @@ TEST(OmittedEffects, AreNotSeenInTheDefaultSolversResultsOfNoise) {
       static_cast<IntrinsicsResult&>(result) = SolveIntrinsics(targets, views, unit::FRAME, model);
       const Solution solution =
           solver::SolutionFrom(solver::TargetOf(targets, views), result, unit::FRAME, 0.0);
-      EXPECT_FALSE(solver::OmittedBend(solution).significant) << model << " " << seed;
-      EXPECT_FALSE(solver::OmittedProportions(solution).significant) << model << " " << seed;
-      EXPECT_FALSE(solver::OmittedLensTerms(solution, 0).significant) << model << " " << seed;
+      EXPECT_FALSE(OmittedBend(solution).significant) << model << " " << seed;
+      EXPECT_FALSE(OmittedProportions(solution).significant) << model << " " << seed;
+      EXPECT_FALSE(OmittedLensTerms(solution, 0).significant) << model << " " << seed;
     }
   }
 }
 
 TEST(OmittedEffects, CountAsMuchAsTheyAreMoreThanNoise) {
-  solver::OmittedEffect effect;
+  OmittedEffect effect;
   effect.values = Eigen::VectorXd::Zero(9);
   effect.squares = 40.0;
   EXPECT_EQ(effect.Excess(), 0.0);
@@ -162,8 +162,8 @@ TEST(OmittedEffects, TakeOffAsMuchOfNoiseAsTheirNumberOfParameters) {
   constexpr int RUNS = 60;
   for (std::uint64_t seed = 1; seed <= RUNS; ++seed) {
     const Solution solution = Compute(Seen(Flat(), 12, seed)).solution;
-    bend += solver::OmittedBend(solution).squares / RUNS;
-    proportions += solver::OmittedProportions(solution).squares / RUNS;
+    bend += OmittedBend(solution).squares / RUNS;
+    proportions += OmittedProportions(solution).squares / RUNS;
   }
   // Means of chi-squared numbers, their own deviations 0.32 and 0.26.
   EXPECT_NEAR(bend, 3.0, 1.0);
@@ -171,8 +171,8 @@ TEST(OmittedEffects, TakeOffAsMuchOfNoiseAsTheirNumberOfParameters) {
 }
 
 TEST(OmittedEffects, ArePassedOverWhereNothingCanBeSolved) {
-  EXPECT_FALSE(solver::OmittedBend(Solution()).significant);
-  EXPECT_EQ(solver::OmittedBend(Solution()).shift.size(), 0);
+  EXPECT_FALSE(OmittedBend(Solution()).significant);
+  EXPECT_EQ(OmittedBend(Solution()).shift.size(), 0);
 }
 
 }  // namespace

@@ -38,9 +38,9 @@ world::Pose PoseOf(const RigidTransform& centred) {
 }
 
 TEST(PoseCandidates, AreWholeInTheImageAndNotTiltedByMoreThan45Degrees) {
-  const auto candidates = solver::CandidatesFor(TrueLens(), CentredGrid(), unit::FRAME, 500);
+  const auto candidates = CandidatesFor(TrueLens(), CentredGrid(), unit::FRAME, 500);
   ASSERT_EQ(candidates.size(), 500U);
-  for (const solver::Candidate& candidate : candidates) {
+  for (const Candidate& candidate : candidates) {
     const world::Pose pose = PoseOf(candidate.pose);
     EXPECT_TRUE(world::DiscsInside(unit::DistortedCamera(), Paper(), pose));
     EXPECT_LE(std::acos(candidate.pose.R(2, 2)) * 180.0 / CV_PI, 45.0);
@@ -60,9 +60,9 @@ TEST(PoseCandidates, AreFoundByBothSearchesInTheirOrder) {
   world::Renderer renderer(scene);
   FinderChoice robust;
   ASSERT_TRUE(robust.Set(Calibrator::FINDER_ROBUST));
-  const auto candidates = solver::CandidatesFor(TrueLens(), CentredGrid(), unit::FRAME, 24);
+  const auto candidates = CandidatesFor(TrueLens(), CentredGrid(), unit::FRAME, 24);
   int standard = 0;
-  for (const solver::Candidate& candidate : candidates) {
+  for (const Candidate& candidate : candidates) {
     const cv::Mat picture = renderer.Render(PoseOf(candidate.pose));
     std::vector<cv::Point2d> points;
     EXPECT_TRUE(robust.Find(picture, unit::GRID, points));
@@ -80,9 +80,9 @@ TEST(PoseCandidates, KeepToTheLargestSpacing) {
   lens.values = {1600.0, 1600.0, 960.0, 540.0};
   const auto largest = [&](double most) {
     double spacing = 0.0;
-    const auto candidates = solver::CandidatesFor(lens, CentredGrid(), large, 200, most);
+    const auto candidates = CandidatesFor(lens, CentredGrid(), large, 200, most);
     EXPECT_GE(candidates.size(), 100U);
-    for (const solver::Candidate& candidate : candidates) {
+    for (const Candidate& candidate : candidates) {
       for (size_t i = 1; i < 4; ++i) {
         spacing = std::max(spacing, cv::norm(candidate.view.image[i] - candidate.view.image[i - 1]));
       }
@@ -100,12 +100,12 @@ double SpanOf(const Observation& view) {
 }
 
 TEST(PoseCandidates, AreNearAndFarAndTiltedToAllSides) {
-  const auto candidates = solver::CandidatesFor(TrueLens(), CentredGrid(), unit::FRAME, 300);
+  const auto candidates = CandidatesFor(TrueLens(), CentredGrid(), unit::FRAME, 300);
   ASSERT_EQ(candidates.size(), 300U);
   double least = 1.0;
   double largest = 0.0;
   int sides[2][2] = {};
-  for (const solver::Candidate& candidate : candidates) {
+  for (const Candidate& candidate : candidates) {
     least = std::min(least, SpanOf(candidate.view));
     largest = std::max(largest, SpanOf(candidate.view));
     const cv::Matx33d& R = candidate.pose.R;
@@ -125,7 +125,7 @@ TEST(PoseCandidates, AreNearAndFarAndTiltedToAllSides) {
 
 TEST(PoseCandidates, ReachEachCornerOfTheImage) {
   std::vector<cv::Point2f> points;
-  for (const auto& candidate : solver::CandidatesFor(TrueLens(), CentredGrid(), unit::FRAME, 500)) {
+  for (const auto& candidate : CandidatesFor(TrueLens(), CentredGrid(), unit::FRAME, 500)) {
     points.insert(points.end(), candidate.view.image.begin(), candidate.view.image.end());
   }
   for (const cv::Point2f& corner :
@@ -137,8 +137,8 @@ TEST(PoseCandidates, ReachEachCornerOfTheImage) {
 }
 
 TEST(PoseCandidates, AreTheFirstOfTheSameListHoweverManyAreAskedFor) {
-  const auto few = solver::CandidatesFor(TrueLens(), CentredGrid(), unit::FRAME, 20);
-  const auto many = solver::CandidatesFor(TrueLens(), CentredGrid(), unit::FRAME, 60);
+  const auto few = CandidatesFor(TrueLens(), CentredGrid(), unit::FRAME, 20);
+  const auto many = CandidatesFor(TrueLens(), CentredGrid(), unit::FRAME, 60);
   ASSERT_EQ(few.size(), 20U);
   ASSERT_EQ(many.size(), 60U);
   for (size_t i = 0; i < few.size(); ++i) EXPECT_EQ(few[i].view.image, many[i].view.image);
@@ -152,9 +152,9 @@ TEST(PoseCandidates, AreNotMirroredByALensThatFolds) {
   Intrinsics folding;
   folding.values = {600.0, 600.0, 319.5, 239.5, -0.9};
   const world::Lens truth({600.0, 0.0, 319.5, 0.0, 600.0, 239.5, 0.0, 0.0, 1.0}, {-0.9, 0.0, 0.0, 0.0});
-  const auto candidates = solver::CandidatesFor(folding, CentredGrid(), unit::FRAME, 100);
+  const auto candidates = CandidatesFor(folding, CentredGrid(), unit::FRAME, 100);
   ASSERT_GE(candidates.size(), 20U);
-  for (const solver::Candidate& candidate : candidates) {
+  for (const Candidate& candidate : candidates) {
     for (const cv::Point3d& point : CentredGrid()) {
       const cv::Vec3d seen = candidate.pose * point;
       EXPECT_TRUE(truth.Images({seen[0] / seen[2], seen[1] / seen[2]}));
@@ -165,7 +165,7 @@ TEST(PoseCandidates, AreNotMirroredByALensThatFolds) {
 TEST(PoseCandidates, AreNoneOfALensThatImagesNothing) {
   Intrinsics none = TrueLens();
   none.values[FX] = std::nan("");
-  EXPECT_TRUE(solver::CandidatesFor(none, CentredGrid(), unit::FRAME, 10).empty());
+  EXPECT_TRUE(CandidatesFor(none, CentredGrid(), unit::FRAME, 10).empty());
 }
 
 }  // namespace

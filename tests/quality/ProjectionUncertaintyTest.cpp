@@ -30,7 +30,7 @@ double SquareOf(double value) {
 }
 
 TEST(ProjectionUncertainty, OfTheImageIsThatOfItsCells) {
-  const solver::ProjectionUncertainty uncertainty(Barrel(), FRAME, MIDDLE);
+  const ProjectionUncertainty uncertainty(Barrel(), FRAME, MIDDLE);
   const cv::Mat map = uncertainty.Map(SomeCovariance());
   double sum = 0.0;
   double sumInside = 0.0;
@@ -57,15 +57,15 @@ TEST(ProjectionUncertainty, IsMeasuredWithoutTheTurnThatTheAreaAllows) {
   // A shift of the principal point is nearly a turn of the camera.
   Eigen::MatrixXd shift = Eigen::MatrixXd::Zero(CLASSIC_PARAMETERS, CLASSIC_PARAMETERS);
   shift(CX, CX) = 1.0;
-  const solver::ProjectionUncertainty turned(Barrel(), FRAME, MIDDLE);
-  const solver::ProjectionUncertainty raw(Barrel(), FRAME, {});
+  const ProjectionUncertainty turned(Barrel(), FRAME, MIDDLE);
+  const ProjectionUncertainty raw(Barrel(), FRAME, {});
   EXPECT_NEAR(raw.InImage(shift), std::sqrt(0.5), 1e-9);
   EXPECT_LT(turned.InArea(shift), 0.1 * raw.InImage(shift));
 }
 
 TEST(ProjectionUncertainty, IsANumberHoweverRoundingTurnsOut) {
   // Covariances of points without noise cancel to a few parts in 1e17, of either sign.
-  const solver::ProjectionUncertainty uncertainty(Barrel(), FRAME, MIDDLE);
+  const ProjectionUncertainty uncertainty(Barrel(), FRAME, MIDDLE);
   const Eigen::MatrixXd less = -1e-20 * Eigen::MatrixXd::Identity(CLASSIC_PARAMETERS, CLASSIC_PARAMETERS);
   EXPECT_EQ(uncertainty.InArea(less), 0.0);
   EXPECT_EQ(uncertainty.InImage(less), 0.0);
@@ -73,10 +73,10 @@ TEST(ProjectionUncertainty, IsANumberHoweverRoundingTurnsOut) {
 }
 
 TEST(ProjectionUncertainty, IsBoundlessWhereThereIsNothingToMeasure) {
-  EXPECT_TRUE(std::isinf(solver::ProjectionUncertainty(Barrel(), FRAME, {}).InArea(SomeCovariance())));
+  EXPECT_TRUE(std::isinf(ProjectionUncertainty(Barrel(), FRAME, {}).InArea(SomeCovariance())));
   Intrinsics none = Barrel();
   none.values[0] = std::nan("");  // no pixel has a ray
-  const solver::ProjectionUncertainty nowhere(none, FRAME, MIDDLE);
+  const ProjectionUncertainty nowhere(none, FRAME, MIDDLE);
   EXPECT_TRUE(std::isinf(nowhere.InImage(SomeCovariance())));
   EXPECT_TRUE(std::isinf(nowhere.InArea(SomeCovariance())));
   EXPECT_EQ(nowhere.MeanProduct().size(), 0);

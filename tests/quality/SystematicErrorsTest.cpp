@@ -12,7 +12,7 @@ using namespace velmora;
 
 namespace {
 
-using Cause = solver::SystematicError::Cause;
+using Cause = SystematicError::Cause;
 
 const unit::Shape BENT = unit::BentShape({0.0, 0.0, 0.03});
 const unit::Shape STRETCHED = unit::StretchedShape(0.004, 0.0);
@@ -34,8 +34,8 @@ std::vector<cv::Point2f> AreaOf(const Solution& solution, size_t camera) {
   return world::CoveredRegion(points);
 }
 
-std::vector<solver::SystematicError> ErrorsOf(const Solution& solution, size_t camera, double least = 0.0) {
-  return solver::SystematicErrorsOf(solution, camera, AreaOf(solution, camera), least);
+std::vector<SystematicError> ErrorsOf(const Solution& solution, size_t camera, double least = 0.0) {
+  return SystematicErrorsOf(solution, camera, AreaOf(solution, camera), least);
 }
 
 world::Lens LensOf(const Intrinsics& intrinsics) {
@@ -130,7 +130,7 @@ TEST(SystematicErrors, OfKnownIntrinsicsAreNotOfTheSheet) {
   auto problem = unit::SeenByRig(unit::ClassicPair(), CLASSIC_PARAMETERS, BENT, 10, 7, 0.01);
   problem.estimated.intrinsics = false;
   const Solution solution = unit::Solved(problem);
-  ASSERT_TRUE(solver::OmittedBend(solution).significant);
+  ASSERT_TRUE(OmittedBend(solution).significant);
   for (size_t camera = 0; camera < 2; ++camera) {
     for (const auto& error : ErrorsOf(solution, camera)) EXPECT_EQ(error.cause, Cause::LensTerms) << camera;
   }

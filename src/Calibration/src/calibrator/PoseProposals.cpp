@@ -56,11 +56,11 @@ double MostSpacing(int finder) {
 
 PoseProposal ProposePose(const SnapshotList& snapshots, const ProposalSettings& settings) {
   const Known known = KnownFrom(snapshots, settings);
-  const solver::Knowledge knowledge =
-      solver::KnowledgeFrom(known.solution, known.target.views, settings.imageSize);
+  const quality::Knowledge knowledge =
+      quality::KnowledgeFrom(known.solution, known.target.views, settings.imageSize);
   cv::Vec3d middle;
-  const solver::NextPose next = solver::ChooseNextPose(knowledge, Centred(settings.target, middle),
-                                                       settings.imageSize, MostSpacing(settings.finder));
+  const quality::NextPose next = quality::ChooseNextPose(knowledge, Centred(settings.target, middle),
+                                                         settings.imageSize, MostSpacing(settings.finder));
 
   PoseProposal proposal;
   proposal.centres = next.candidate.view.image;

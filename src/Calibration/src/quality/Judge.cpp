@@ -70,7 +70,7 @@ void Measure(const Solution& solution, size_t camera, CalibrationVerdict& verdic
   verdict.views = ViewsOf(solution, camera);
   verdict.dataArea = HullOf(solution.views, camera);
   verdict.coverage = std::min(1.0, cv::contourArea(verdict.dataArea) / imageSize.area());
-  const solver::ProjectionUncertainty uncertainty(intrinsics, imageSize, verdict.dataArea);
+  const ProjectionUncertainty uncertainty(intrinsics, imageSize, verdict.dataArea);
   const double unknown = std::numeric_limits<double>::infinity();
   const Eigen::MatrixXd formal = OwnPart(solver::SharedCovariance(solution), place);
   const Eigen::MatrixXd jackknife = OwnPart(solver::JackknifeCovariance(solution), place);
@@ -154,15 +154,14 @@ const std::vector<cv::Point3d>& PointsOf(const TargetView& view) {
       ->object;
 }
 
-CalibrationVerdict::Remark RemarkOnBend(const solver::SystematicError& error, const Solution& solution,
+CalibrationVerdict::Remark RemarkOnBend(const SystematicError& error, const Solution& solution,
                                         CalibrationVerdict& verdict) {
-  verdict.sheetBend = solver::DepthOfBend(error.effect, PointsOf(solution.views.front()));
+  verdict.sheetBend = DepthOfBend(error.effect, PointsOf(solution.views.front()));
   return {"The sheet is bent by about " + Decimal(1e3 * verdict.sheetBend, 1) + " mm",
           "Mount the sheet on a flat, stiff board."};
 }
 
-CalibrationVerdict::Remark RemarkOnProportions(const solver::SystematicError& error,
-                                               CalibrationVerdict& verdict) {
+CalibrationVerdict::Remark RemarkOnProportions(const SystematicError& error, CalibrationVerdict& verdict) {
   const double stretch = error.effect.values(0);
   const double skew = error.effect.values(1);
   verdict.sheetStretch = stretch;
@@ -177,9 +176,9 @@ CalibrationVerdict::Remark RemarkOnProportions(const solver::SystematicError& er
 }
 
 /// Of the first cause that is one; the reason is empty when there is none.
-CalibrationVerdict::Remark RemarkOn(const solver::SystematicError& error, const Solution& solution,
+CalibrationVerdict::Remark RemarkOn(const SystematicError& error, const Solution& solution,
                                     const LargerModelName& larger, CalibrationVerdict& verdict) {
-  using Cause = solver::SystematicError::Cause;
+  using Cause = SystematicError::Cause;
   if (error.cause == Cause::Bend) return RemarkOnBend(error, solution, verdict);
   if (error.cause == Cause::Proportions) return RemarkOnProportions(error, verdict);
   if (larger().empty()) return {};
@@ -192,8 +191,7 @@ bool JudgeSystematicError(const Solution& solution, size_t camera, const LargerM
   if (verdict.grade == Grade::Worthless) return false;
   const double least =
       std::max(LEAST_SYSTEMATIC * solution.rig.cameras[camera].imageSize.width, verdict.deviationInData);
-  for (const solver::SystematicError& error :
-       solver::SystematicErrorsOf(solution, camera, verdict.dataArea, least)) {
+  for (const SystematicError& error : SystematicErrorsOf(solution, camera, verdict.dataArea, least)) {
     const CalibrationVerdict::Remark remark = RemarkOn(error, solution, larger, verdict);
     if (remark.reason.empty()) continue;
     verdict.systematicInData = error.shift;
@@ -247,7 +245,7 @@ CalibrationVerdict JudgeIntrinsics(const std::vector<std::vector<cv::Point3d>>& 
           ? result.solution
           : std::make_shared<const Solution>(solver::SolutionFrom(solver::TargetOf(objectPoints, imagePoints),
                                                                   result, imageSize, discRadius));
-  solver::LargerModel larger(objectPoints, imagePoints, imageSize, result, discRadius);
+  LargerModel larger(objectPoints, imagePoints, imageSize, result, discRadius);
   return JudgeCamera(*solution, 0, [&larger] { return larger.Name(); });
 }
 

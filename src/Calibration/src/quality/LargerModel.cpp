@@ -5,7 +5,7 @@
 #include "quality/ModelComparison.h"
 #include "solver/OpenCvMatrices.h"
 
-namespace velmora::solver {
+namespace velmora {
 
 LargerModel::LargerModel(const std::vector<std::vector<cv::Point3d>>& objectPoints,
                          const std::vector<std::vector<cv::Point2d>>& imagePoints, const cv::Size& imageSize,
@@ -13,7 +13,7 @@ LargerModel::LargerModel(const std::vector<std::vector<cv::Point3d>>& objectPoin
     : objectPoints_(objectPoints),
       imagePoints_(imagePoints),
       imageSize_(imageSize),
-      parameters_(IntrinsicsOf(result).estimated) {
+      parameters_(solver::IntrinsicsOf(result).estimated) {
   options_.robust = result.robust;
   options_.discRadius = discRadius;
 }
@@ -33,4 +33,4 @@ std::string LargerModel::Ask() const {
   }
 }
 
-}  // namespace velmora::solver
+}  // namespace velmora

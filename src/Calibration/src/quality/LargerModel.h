@@ -6,7 +6,7 @@
 
 #include "solver/SparseIntrinsics.h"
 
-namespace velmora::solver {
+namespace velmora {
 
 /// Residuals that a larger model would fit more closely are no reason to take it: predicting views that it
 /// did not see is. So the answer is that of Calibrator::ChooseModel for the same records. It takes dozens of
@@ -32,4 +32,4 @@ class LargerModel {
   bool asked_ = false;
 };
 
-}  // namespace velmora::solver
+}  // namespace velmora

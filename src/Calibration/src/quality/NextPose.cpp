@@ -10,7 +10,7 @@
 #include "solver/NormalEquations.h"
 #include "solver/ScaledSystem.h"
 
-namespace velmora::solver {
+namespace velmora {
 
 namespace {
 
@@ -56,7 +56,8 @@ Eigen::MatrixXd InformationOf(const Observation& observation, const Intrinsics& 
   rig.cameras.resize(1);
   rig.cameras.front().intrinsics = intrinsics;
   const TargetView view{pose, {observation}};
-  return Reduce(EquationsOf(view, pose, rig, LayoutOf(rig, {})), 0.0).matrix.selfadjointView<Eigen::Lower>();
+  return solver::Reduce(solver::EquationsOf(view, pose, rig, LayoutOf(rig, {})), 0.0)
+      .matrix.selfadjointView<Eigen::Lower>();
 }
 
 void Add(const Eigen::MatrixXd& view, Eigen::MatrixXd& information) {
@@ -72,8 +73,8 @@ Knowledge UsualKnowledge(const std::vector<TargetView>& views, const cv::Size& i
   for (const TargetView& view : views) {
     const Observation& observation = view.observations.front();
     cv::Matx33d homography;
-    if (!HomographyOf(observation, homography)) continue;
-    const RigidTransform pose = StartPoseOf(observation, knowledge.intrinsics);
+    if (!solver::HomographyOf(observation, homography)) continue;
+    const RigidTransform pose = solver::StartPoseOf(observation, knowledge.intrinsics);
     Add(InformationOf(observation, knowledge.intrinsics, pose), knowledge.information);
   }
   return knowledge;
@@ -89,11 +90,11 @@ Knowledge KnowledgeFrom(const Solution& solution, const std::vector<TargetView>&
     knowledge.intrinsics = solution.rig.cameras.front().intrinsics;
     knowledge.variance = NoiseVariance(solution);
     knowledge.nominal = false;
-    const PriorTerms priors =
-        PriorTermsOf(solution.priors, solution.rig, LayoutOf(solution.rig, solution.estimated));
+    const solver::PriorTerms priors =
+        solver::PriorTermsOf(solution.priors, solution.rig, LayoutOf(solution.rig, solution.estimated));
     knowledge.information = priors.strengths.asDiagonal();
     for (const ViewEquations& equations : solution.equations) {
-      Add(Reduce(equations, 0.0).matrix.selfadjointView<Eigen::Lower>(), knowledge.information);
+      Add(solver::Reduce(equations, 0.0).matrix.selfadjointView<Eigen::Lower>(), knowledge.information);
     }
   } else {
     knowledge = UsualKnowledge(views, imageSize);
@@ -111,7 +112,7 @@ PoseScore::PoseScore(const Knowledge& knowledge, const cv::Size& imageSize) : kn
 
 /// Half the trace of the covariance times the mean product.
 double PoseScore::Expected(const Eigen::MatrixXd& information) const {
-  ScaledSystem system;
+  solver::ScaledSystem system;
   if (mean_.size() == 0 || !system.Decompose(information)) return std::numeric_limits<double>::infinity();
   return std::sqrt(0.5 * knowledge_.variance * system.Solve(mean_).trace());
 }
@@ -142,4 +143,4 @@ NextPose ChooseNextPose(const Knowledge& knowledge, const std::vector<cv::Point3
   return best;
 }
 
-}  // namespace velmora::solver
+}  // namespace velmora

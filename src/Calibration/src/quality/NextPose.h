@@ -8,7 +8,7 @@
 #include "model/Solution.h"
 #include "quality/PoseCandidates.h"
 
-namespace velmora::solver {
+namespace velmora {
 
 /// What is known of a camera's intrinsics: the inverse of `information` is their covariance, but for the
 /// variance.
@@ -51,4 +51,4 @@ NextPose ChooseNextPose(const Knowledge& knowledge, const std::vector<cv::Point3
                         const cv::Size& imageSize,
                         double mostSpacing = std::numeric_limits<double>::infinity());
 
-}  // namespace velmora::solver
+}  // namespace velmora

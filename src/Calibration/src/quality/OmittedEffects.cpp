@@ -11,7 +11,7 @@
 #include "solver/Projection.h"
 #include "solver/WeakPrior.h"
 
-namespace velmora::solver {
+namespace velmora {
 
 namespace {
 
@@ -27,9 +27,9 @@ struct Sight {
 };
 
 /// The derivatives of a coordinate by the effect's parameters.
-using Columns = std::function<void(const Sight& sight, const Coordinate& coordinate, Row columns)>;
+using Columns = std::function<void(const Sight& sight, const solver::Coordinate& coordinate, Row columns)>;
 
-cv::Vec3d ByTarget(const Sight& sight, const Coordinate& coordinate) {
+cv::Vec3d ByTarget(const Sight& sight, const solver::Coordinate& coordinate) {
   return sight.rotation.t() * coordinate.byPoint;
 }
 
@@ -70,7 +70,8 @@ class EnlargedSystem {
     for (const TargetView& view : solution.views) {
       if (solvable_) AddView(view);
     }
-    matrix_.diagonal().head(layout_.shared) += PriorTermsOf(solution.priors, solution.rig, layout_).strengths;
+    matrix_.diagonal().head(layout_.shared) +=
+        solver::PriorTermsOf(solution.priors, solution.rig, layout_).strengths;
   }
 
   /// Pulls the effect's parameters toward zero.
@@ -128,8 +129,8 @@ class EnlargedSystem {
       const Observation& observation = view.observations[camera];
       const RigidTransform pose = solution_.rig.cameras[camera].cameraFromRig * view.rigFromTarget;
       for (size_t k = 0; k < observation.object.size(); ++k, row += 2) {
-        Coordinate u;
-        Coordinate v;
+        solver::Coordinate u;
+        solver::Coordinate v;
         if (!projections_[camera].Differentiate(pose * observation.object[k], u, v)) continue;
         const Sight sight{observation.object[k], pose.R, camera};
         FillRow(sight, u, view.rigFromTarget, jacobian.row(row));
@@ -142,7 +143,7 @@ class EnlargedSystem {
     return jacobian;
   }
 
-  void FillRow(const Sight& sight, const Coordinate& coordinate, const RigidTransform& rigFromTarget,
+  void FillRow(const Sight& sight, const solver::Coordinate& coordinate, const RigidTransform& rigFromTarget,
                Row row) const {
     const Layout::Place& place = layout_.cameras[sight.camera];
     for (int i = 0; i < place.count; ++i) {
@@ -170,7 +171,7 @@ class EnlargedSystem {
   const Layout layout_;
   const Index effects_;
   const Columns& columns_;
-  std::vector<Projection> projections_;
+  std::vector<solver::Projection> projections_;
   Eigen::MatrixXd matrix_;
   Eigen::VectorXd gradient_;
   bool solvable_ = true;
@@ -179,7 +180,7 @@ class EnlargedSystem {
 }  // namespace
 
 OmittedEffect OmittedBend(const Solution& solution) {
-  const Columns columns = [](const Sight& sight, const Coordinate& coordinate, Row to) {
+  const Columns columns = [](const Sight& sight, const solver::Coordinate& coordinate, Row to) {
     const double byDepth = ByTarget(sight, coordinate)[2];
     to << byDepth * sight.point.x * sight.point.x, byDepth * sight.point.x * sight.point.y,
         byDepth * sight.point.y * sight.point.y;
@@ -188,7 +189,7 @@ OmittedEffect OmittedBend(const Solution& solution) {
 }
 
 OmittedEffect OmittedProportions(const Solution& solution) {
-  const Columns columns = [](const Sight& sight, const Coordinate& coordinate, Row to) {
+  const Columns columns = [](const Sight& sight, const solver::Coordinate& coordinate, Row to) {
     const cv::Vec3d byTarget = ByTarget(sight, coordinate);
     to << byTarget[1] * sight.point.y, byTarget[0] * sight.point.y;
   };
@@ -199,14 +200,14 @@ OmittedEffect OmittedLensTerms(const Solution& solution, size_t camera) {
   const int estimated = solution.rig.cameras[camera].intrinsics.estimated;
   const int terms = FULL_PARAMETERS - estimated;
   if (terms == 0) return {};
-  const Columns columns = [&](const Sight& sight, const Coordinate& coordinate, Row to) {
+  const Columns columns = [&](const Sight& sight, const solver::Coordinate& coordinate, Row to) {
     for (int i = 0; i < terms; ++i) {
       to(i) = sight.camera == camera ? coordinate.byIntrinsics[static_cast<size_t>(estimated + i)] : 0.0;
     }
   };
   EnlargedSystem system(solution, terms, columns);
-  const Prior prior = PriorFor(DataRadius(solution.rig.cameras[camera], camera, solution.views),
-                               NoiseVariance(solution), 1.0);
+  const Prior prior = solver::PriorFor(
+      solver::DataRadius(solution.rig.cameras[camera], camera, solution.views), NoiseVariance(solution), 1.0);
   for (int i = 0; i < terms; ++i) system.Restrain(i, prior[static_cast<size_t>(estimated + i)]);
   OmittedEffect effect = system.Effect();
   if (effect.values.size() == 0) return effect;
@@ -233,4 +234,4 @@ double DepthOfBend(const OmittedEffect& bend, const std::vector<cv::Point3d>& ob
   return heights.maxCoeff() - heights.minCoeff();
 }
 
-}  // namespace velmora::solver
+}  // namespace velmora

@@ -6,7 +6,7 @@
 
 #include "model/Solution.h"
 
-namespace velmora::solver {
+namespace velmora {
 
 /// Something that the computation took for zero: its own size, and what it does to the rig.
 struct OmittedEffect {
@@ -35,4 +35,4 @@ OmittedEffect OmittedLensTerms(const Solution& solution, size_t camera);
 /// in the unit of the target.
 double DepthOfBend(const OmittedEffect& bend, const std::vector<cv::Point3d>& object);
 
-}  // namespace velmora::solver
+}  // namespace velmora

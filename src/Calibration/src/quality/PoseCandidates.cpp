@@ -7,7 +7,7 @@
 
 #include "quality/ProjectionUncertainty.h"
 
-namespace velmora::solver {
+namespace velmora {
 
 namespace {
 
@@ -124,8 +124,8 @@ class Placing {
   bool BoxOf(const RigidTransform& pose, cv::Rect2d& box) const {
     cv::Point2d low(std::numeric_limits<double>::infinity(), std::numeric_limits<double>::infinity());
     cv::Point2d high = -low;
-    Coordinate u;
-    Coordinate v;
+    solver::Coordinate u;
+    solver::Coordinate v;
     for (const cv::Point3d& point : outline_) {
       const cv::Vec3d seen = pose.R * cv::Vec3d(point.x, point.y, point.z) + pose.t;
       if (!projection_.Differentiate(seen, u, v)) return false;
@@ -150,12 +150,13 @@ class Placing {
   }
 
   const Intrinsics lens_;
-  const Projection projection_;
+  const solver::Projection projection_;
   const cv::Size size_;
   const std::vector<cv::Point3d> outline_;
 };
 
-bool SeenThrough(const Projection& projection, const std::vector<cv::Point3d>& object, Candidate& candidate) {
+bool SeenThrough(const solver::Projection& projection, const std::vector<cv::Point3d>& object,
+                 Candidate& candidate) {
   candidate.view.object = object;
   for (const cv::Point3d& point : object) {
     cv::Point2d pixel;
@@ -182,7 +183,7 @@ std::vector<Candidate> CandidatesFor(const Intrinsics& lens, const std::vector<c
                                      const cv::Size& imageSize, int count, double mostSpacing) {
   constexpr int TRIES = 4;  // for each
   const Placing placing(lens, object, imageSize);
-  const Projection projection(lens);
+  const solver::Projection projection(lens);
   std::vector<Candidate> candidates;
   for (int i = 1; i <= TRIES * count && candidates.size() < static_cast<size_t>(count); ++i) {
     Candidate candidate;
@@ -194,4 +195,4 @@ std::vector<Candidate> CandidatesFor(const Intrinsics& lens, const std::vector<c
   return candidates;
 }
 
-}  // namespace velmora::solver
+}  // namespace velmora

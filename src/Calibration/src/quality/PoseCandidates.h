@@ -9,7 +9,7 @@
 #include "model/Observation.h"
 #include "model/RigidTransform.h"
 
-namespace velmora::solver {
+namespace velmora {
 
 /// A pose of the target, and where its points would be seen.
 struct Candidate {
@@ -26,4 +26,4 @@ std::vector<Candidate> CandidatesFor(const Intrinsics& lens, const std::vector<c
                                      const cv::Size& imageSize, int count,
                                      double mostSpacing = std::numeric_limits<double>::infinity());
 
-}  // namespace velmora::solver
+}  // namespace velmora

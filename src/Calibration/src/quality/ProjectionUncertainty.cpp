@@ -6,15 +6,15 @@
 #include <limits>
 #include <opencv2/imgproc.hpp>
 
-namespace velmora::solver {
+namespace velmora {
 
 namespace {
 
 using RowMatrix = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
 
 /// The ray of a pixel, with the derivatives there.
-bool Unproject(const Projection& projection, const Intrinsics& lens, const cv::Point2d& pixel, cv::Vec3d& ray,
-               Coordinate& u, Coordinate& v) {
+bool Unproject(const solver::Projection& projection, const Intrinsics& lens, const cv::Point2d& pixel,
+               cv::Vec3d& ray, solver::Coordinate& u, solver::Coordinate& v) {
   constexpr int MOST_STEPS = 30;
   ray = {(pixel.x - lens.values[2]) / lens.values[0], (pixel.y - lens.values[3]) / lens.values[1], 1.0};
   for (int i = 0; i < MOST_STEPS; ++i) {
@@ -36,9 +36,9 @@ class Derivatives {
  public:
   explicit Derivatives(int estimated) : estimated_(estimated) {}
 
-  void Add(int cell, const cv::Vec3d& ray, const Coordinate& u, const Coordinate& v) {
+  void Add(int cell, const cv::Vec3d& ray, const solver::Coordinate& u, const solver::Coordinate& v) {
     cells_.push_back(cell);
-    for (const Coordinate* coordinate : {&u, &v}) {
+    for (const solver::Coordinate* coordinate : {&u, &v}) {
       const auto first = coordinate->byIntrinsics.begin();
       byIntrinsics_.insert(byIntrinsics_.end(), first, first + estimated_);
       const cv::Vec3d byRotation = ray.cross(coordinate->byPoint);
@@ -77,16 +77,16 @@ double RootOfMean(const Eigen::MatrixXd& byIntrinsics, const Eigen::MatrixXd& co
 
 }  // namespace
 
-bool RayOf(const Projection& projection, const Intrinsics& intrinsics, const cv::Point2d& pixel,
+bool RayOf(const solver::Projection& projection, const Intrinsics& intrinsics, const cv::Point2d& pixel,
            cv::Vec3d& ray) {
-  Coordinate u;
-  Coordinate v;
+  solver::Coordinate u;
+  solver::Coordinate v;
   return Unproject(projection, intrinsics, pixel, ray, u, v);
 }
 
 ProjectionUncertainty::ProjectionUncertainty(const Intrinsics& intrinsics, const cv::Size& imageSize,
                                              const std::vector<cv::Point2f>& area) {
-  const Projection projection(intrinsics);
+  const solver::Projection projection(intrinsics);
   Derivatives inside(intrinsics.estimated);
   Derivatives outside(intrinsics.estimated);
   for (int i = 0; i < ROWS * COLUMNS; ++i) {
@@ -95,8 +95,8 @@ ProjectionUncertainty::ProjectionUncertainty(const Intrinsics& intrinsics, const
     const cv::Point2d pixel((column + 0.5) * imageSize.width / COLUMNS - 0.5,
                             (row + 0.5) * imageSize.height / ROWS - 0.5);
     cv::Vec3d ray;
-    Coordinate u;
-    Coordinate v;
+    solver::Coordinate u;
+    solver::Coordinate v;
     if (!Unproject(projection, intrinsics, pixel, ray, u, v)) continue;
     const bool inArea = area.size() > 2 && cv::pointPolygonTest(area, pixel, false) >= 0.0;
     (inArea ? inside : outside).Add(i, ray, u, v);
@@ -141,4 +141,4 @@ Eigen::MatrixXd ProjectionUncertainty::MeanProduct() const {
   return byIntrinsics_.transpose() * byIntrinsics_ / static_cast<double>(cells_.size());
 }
 
-}  // namespace velmora::solver
+}  // namespace velmora

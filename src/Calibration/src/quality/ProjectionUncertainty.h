@@ -7,10 +7,10 @@
 
 #include "solver/Projection.h"
 
-namespace velmora::solver {
+namespace velmora {
 
 /// The ray (x, y, 1) of a pixel. False when none is found.
-bool RayOf(const Projection& projection, const Intrinsics& intrinsics, const cv::Point2d& pixel,
+bool RayOf(const solver::Projection& projection, const Intrinsics& intrinsics, const cv::Point2d& pixel,
            cv::Vec3d& ray);
 
 /// The derivatives of the pixels of fixed rays, over a grid of the image, without what a common turn of the
@@ -38,4 +38,4 @@ class ProjectionUncertainty {
   Eigen::MatrixXd byIntrinsics_;  ///< two rows of derivatives by the estimated parameters for each of them
 };
 
-}  // namespace velmora::solver
+}  // namespace velmora

@@ -41,17 +41,17 @@ std::string Decimal(double value, int digits) {
 
 SheetEffect EffectOfSheet(const Solution& solution) {
   SheetEffect result;
-  const solver::OmittedEffect bend = solver::OmittedBend(solution);
-  const solver::OmittedEffect proportions = solver::OmittedProportions(solution);
+  const OmittedEffect bend = OmittedBend(solution);
+  const OmittedEffect proportions = OmittedProportions(solution);
   const bool isBend = bend.Excess() >= proportions.Excess();
-  const solver::OmittedEffect& effect = isBend ? bend : proportions;
+  const OmittedEffect& effect = isBend ? bend : proportions;
   if (!effect.significant) return result;
   const PairVerdict::Deviations moved = MovedBy(effect.shift, solution);
   if (!Beyond(moved, CAREFUL_POSE)) return result;
   const std::string size = ": rotations are off by about " + Decimal(moved.rotation, 2) +
                            " degrees, baselines by " + Decimal(100.0 * moved.baseline, 1) + " %.";
   if (isBend) {
-    result.bend = solver::DepthOfBend(bend, PointsOf(solution.views.front()));
+    result.bend = DepthOfBend(bend, PointsOf(solution.views.front()));
     result.reason = "The sheet is bent by about " + Decimal(1e3 * result.bend, 1) + " mm" + size;
     result.advice = "Mount the sheet on a flat, stiff board.";
   } else {

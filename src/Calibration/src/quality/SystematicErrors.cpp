@@ -6,7 +6,7 @@
 
 #include "quality/ProjectionUncertainty.h"
 
-namespace velmora::solver {
+namespace velmora {
 
 namespace {
 
@@ -41,4 +41,4 @@ std::vector<SystematicError> SystematicErrorsOf(const Solution& solution, size_t
   return errors;
 }
 
-}  // namespace velmora::solver
+}  // namespace velmora

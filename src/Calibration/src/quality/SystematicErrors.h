@@ -5,7 +5,7 @@
 
 #include "quality/OmittedEffects.h"
 
-namespace velmora::solver {
+namespace velmora {
 
 struct SystematicError {
   enum class Cause { Bend, Proportions, LensTerms };
@@ -21,4 +21,4 @@ struct SystematicError {
 std::vector<SystematicError> SystematicErrorsOf(const Solution& solution, size_t camera,
                                                 const std::vector<cv::Point2f>& area, double least);
 
-}  // namespace velmora::solver
+}  // namespace velmora
