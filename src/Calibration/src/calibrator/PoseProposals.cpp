@@ -56,11 +56,10 @@ double MostSpacing(int finder) {
 
 PoseProposal ProposePose(const SnapshotList& snapshots, const ProposalSettings& settings) {
   const Known known = KnownFrom(snapshots, settings);
-  const quality::Knowledge knowledge =
-      quality::KnowledgeFrom(known.solution, known.target.views, settings.imageSize);
+  const Knowledge knowledge = KnowledgeFrom(known.solution, known.target.views, settings.imageSize);
   cv::Vec3d middle;
-  const quality::NextPose next = quality::ChooseNextPose(knowledge, Centred(settings.target, middle),
-                                                         settings.imageSize, MostSpacing(settings.finder));
+  const NextPose next = ChooseNextPose(knowledge, Centred(settings.target, middle), settings.imageSize,
+                                       MostSpacing(settings.finder));
 
   PoseProposal proposal;
   proposal.centres = next.candidate.view.image;
