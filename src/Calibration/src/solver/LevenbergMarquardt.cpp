@@ -53,10 +53,11 @@ class Minimiser {
   }
 
   Solution Run() {
-    while (now_.usable && !converged_ && iterations_ < options_.mostIterations) {
+    while (now_.usable && !converged_ && iterations_ < options_.mostIterations &&
+           !options_.progress.IsGivenUp()) {
       ++iterations_;
       Iterate();
-      if (options_.progress && !options_.progress(iterations_, now_.cost)) break;
+      if (!options_.progress.Continues(iterations_, now_.cost)) break;
     }
     return Result();
   }
