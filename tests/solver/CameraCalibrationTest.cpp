@@ -99,6 +99,34 @@ TEST(CameraCalibration, OfCleanViewsIsTheSameWhetherRobustOrNot) {
   EXPECT_EQ(robust.cost, plain.cost);
 }
 
+/// Of a robust computation whose listener gives up at that call.
+template <typename Compute>
+void ExpectNoCallAfterTheLast(int last, const Compute& compute) {
+  SCOPED_TRACE(last);
+  int calls = 0;
+  solver::BundleOptions options;
+  options.parameters = FULL_PARAMETERS;
+  options.progress = [&](int, double) { return ++calls != last; };
+  const Solution solution = compute(options);
+  EXPECT_EQ(calls, last);
+  EXPECT_EQ(solution.iterations, 0);  // nothing follows the round that was given up
+}
+
+TEST(CameraCalibration, DoesNotAskAListenerAgainThatGaveUp) {
+  const CalibrationProblem one = unit::TrueProblem(unit::DistortedCamera(), 8, 0.1, 6);
+  const unit::Spoilt oneSpoilt = unit::Spoil(one.views, 0.1, {{3, 0}}, 6);
+  CalibrationProblem pair = unit::TrueProblem(unit::RowOf(2), 8, 0.1, 6);
+  pair.views = unit::Spoil(pair.views, 0.1, {{3, 0}}, 6).views;
+  for (const int last : {1, 5, 12, 20}) {
+    ExpectNoCallAfterTheLast(last, [&](const solver::BundleOptions& options) {
+      return solver::CalibrateCamera(oneSpoilt.views, unit::FRAME, true, options);
+    });
+    ExpectNoCallAfterTheLast(last, [&](const solver::BundleOptions& options) {
+      return solver::CalibrateRig(pair, true, options);
+    });
+  }
+}
+
 TEST(CameraCalibration, NotesTheDiscsThatItCorrectedFor) {
   const CalibrationProblem truth = unit::TrueProblem(unit::DistortedCamera(), 6, 0.1, 6);
   solver::BundleOptions options;

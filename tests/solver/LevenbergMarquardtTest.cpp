@@ -247,6 +247,18 @@ TEST(LevenbergMarquardt, EndsWhereTheCallerGivesUp) {
   EXPECT_NEAR(CostOf(ProblemOf(solution)), last, 1e-10 * last);
 }
 
+TEST(LevenbergMarquardt, LeavesTheStartAloneWhereTheCallerGaveUpBefore) {
+  int calls = 0;
+  solver::SolveOptions options;
+  options.progress = [&](int, double) { return ++calls != 1; };
+  solver::Minimise(OfManyViews(), options);
+  const Solution solution = solver::Minimise(OfManyViews(), options);
+  EXPECT_EQ(calls, 1);
+  EXPECT_TRUE(solution.usable);
+  EXPECT_FALSE(solution.converged);
+  EXPECT_TRUE(SameBits(solution, solver::EvaluatedAt(OfManyViews())));
+}
+
 TEST(LevenbergMarquardt, EndsAfterTheMostIterations) {
   solver::SolveOptions options;
   options.mostIterations = 3;

@@ -204,10 +204,56 @@ TEST_P(NormalEquations, GiveTheSameStepReduced) {
             1e-9);
   for (size_t i = 0; i < equations.size(); ++i) {
     solver::PoseStep pose;
-    ASSERT_TRUE(solver::PoseStepFor(equations[i], DAMPING, solver::OwnOf(equations[i], shared), pose));
+    Eigen::VectorXd own;
+    solver::TakeOwn(equations[i], shared, own);
+    ASSERT_TRUE(solver::PoseStepFor(equations[i], DAMPING, own, pose));
     const Index at = layout.shared + POSE_PARAMETERS * static_cast<Index>(i);
     const Eigen::ArrayXd off = (pose - expected.segment<POSE_PARAMETERS>(at)).array();
     EXPECT_LT((off / sizes.segment<POSE_PARAMETERS>(at)).abs().maxCoeff(), 1e-9) << i;
+  }
+}
+
+TEST_P(NormalEquations, AreTheSameInMemoryOfAnyOthers) {
+  const CalibrationProblem problem = SomeProblem(GetParam(), {});
+  const Layout layout = LayoutOf(problem.rig, problem.estimated);
+  const auto fresh = EquationsOf(problem);
+  ViewEquations used;
+  const auto take = [&](const RigidTransform& pose, size_t i) {
+    solver::TakeEquations(problem.views[i], pose, problem.rig, layout, used);
+  };
+  for (size_t before = 0; before < fresh.size(); ++before) {
+    for (size_t i = 0; i < fresh.size(); ++i) {
+      take(problem.views[before].rigFromTarget, before);
+      take(problem.views[i].rigFromTarget, i);
+      EXPECT_TRUE(used.usable);
+      EXPECT_EQ(used.columns, fresh[i].columns);
+      EXPECT_EQ(used.costs, fresh[i].costs);
+      EXPECT_EQ(used.cost, fresh[i].cost);
+      EXPECT_EQ(used.gradient, fresh[i].gradient);
+      EXPECT_EQ(used.products, fresh[i].products);
+    }
+  }
+  RigidTransform behind = problem.views.back().rigFromTarget;
+  behind.t[2] = -0.1;
+  take(behind, fresh.size() - 1);
+  EXPECT_FALSE(used.usable);
+  EXPECT_EQ(used.cost, 0.0);
+}
+
+TEST_P(NormalEquations, OfAViewLeaveWhatTheEliminationOfItsPoseLeaves) {
+  const auto equations = EquationsOf(SomeProblem(GetParam(), {}));
+  for (const ViewEquations& view : equations) {
+    const solver::ReducedView reduced = solver::Reduce(view, 0.0);
+    ASSERT_TRUE(reduced.solvable);
+    const Index own = view.Own();
+    const solver::Coupling coupling = solver::CouplingOf(view);
+    const Eigen::MatrixXd spread = coupling.transpose() * unit::DenseInverse(solver::PoseBlockOf(view));
+    const Eigen::MatrixXd block = view.products.topLeftCorner(own, own).selfadjointView<Eigen::Lower>();
+    const Eigen::MatrixXd found = reduced.matrix.selfadjointView<Eigen::Lower>();
+    EXPECT_LT(Distance(found, block - spread * coupling, block.diagonal()), 1e-11);
+    const Eigen::VectorXd gradient = view.gradient.head(own) - spread * solver::PoseGradientOf(view);
+    const Eigen::ArrayXd sizes = block.diagonal().array().sqrt() * 1e4;
+    EXPECT_LT(((reduced.gradient - gradient).array() / sizes).abs().maxCoeff(), 1e-10);
   }
 }
 

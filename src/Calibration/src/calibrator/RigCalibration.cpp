@@ -54,8 +54,7 @@ class RigComputation {
     bundle_.discRadius = options.discRadius;
     bundle_.progress = [this, points = CountOf(target_.views)](int, double cost) {
       ++iterations_;
-      givenUp_ = givenUp_ || (options_.progress && !options_.progress(iterations_, std::sqrt(cost / points)));
-      return !givenUp_;
+      return !options_.progress || options_.progress(iterations_, std::sqrt(cost / points));
     };
   }
 
@@ -94,7 +93,7 @@ class RigComputation {
   }
 
   void RequireResult(const Solution& solution, const std::string& text) const {
-    if (givenUp_) Fail(cv::Error::StsError, "The computation was given up.");
+    if (bundle_.progress.IsGivenUp()) Fail(cv::Error::StsError, "The computation was given up.");
     if (!solution.usable) Fail(cv::Error::StsNoConv, text);
   }
 
@@ -234,7 +233,6 @@ class RigComputation {
   std::vector<size_t> given_;    ///< of views_, those that the rig is computed from
   std::vector<Rejected> early_;  ///< images that were no image of the target, by the numbers of views_
   int iterations_ = 0;
-  bool givenUp_ = false;
 };
 
 }  // namespace

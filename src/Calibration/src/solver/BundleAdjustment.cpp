@@ -64,7 +64,7 @@ class Enlargement {
         variance_ = known;
         larger = Solved(ProblemFrom(larger));
       }
-      if (!larger.usable || !StrengthenWherePoles(larger.rig)) break;
+      if (!larger.usable || options_.progress.IsGivenUp() || !StrengthenWherePoles(larger.rig)) break;
     }
     return larger;
   }
@@ -100,7 +100,7 @@ class Enlargement {
 Solution SolveModels(const CalibrationProblem& start, const BundleOptions& options) {
   Solution best = Solve(start, CLASSIC_PARAMETERS, options);
   for (const int parameters : {RATIONAL_PARAMETERS, FULL_PARAMETERS}) {
-    if (parameters > options.parameters || !best.usable) continue;
+    if (parameters > options.parameters || !best.usable || options.progress.IsGivenUp()) continue;
     best = Enlargement(ProblemFrom(best), parameters, NoiseVariance(best), options).Run();
   }
   return best;

@@ -1,7 +1,6 @@
 /// Adjusts a rig of cameras and the poses of the target to what was observed.
 #pragma once
 
-#include <functional>
 #include <vector>
 
 #include "solver/LevenbergMarquardt.h"
@@ -13,8 +12,9 @@ struct BundleOptions {
   int threads = 1;
   int mostIterations = 500;  ///< of each minimisation
   double discRadius = 0.0;  ///< 0: image points are images of centres; else centroids of discs of that radius
-  /// Called after each iteration with its number and the cost; false ends the computation there.
-  std::function<bool(int, double)> progress;
+  /// Told after each iteration of each minimisation. What follows once it is given up is of no use, and ends
+  /// soon.
+  ProgressMonitor progress;
 };
 
 /// One lens model after the other, from the classic to the one asked for, each from where the smaller one

@@ -48,13 +48,16 @@ class Minimiser {
       : problem_(std::move(problem)),
         options_(options),
         layout_(LayoutOf(problem_.rig, problem_.estimated)),
-        now_(Evaluate(Start())) {}
+        now_(Start()) {
+    Evaluate(now_);
+  }
 
   Solution Run() {
-    while (now_.usable && !converged_ && iterations_ < options_.mostIterations) {
+    while (now_.usable && !converged_ && iterations_ < options_.mostIterations &&
+           !options_.progress.IsGivenUp()) {
       ++iterations_;
       Iterate();
-      if (options_.progress && !options_.progress(iterations_, now_.cost)) break;
+      if (!options_.progress.Continues(iterations_, now_.cost)) break;
     }
     return Result();
   }
@@ -79,31 +82,32 @@ class Minimiser {
   }
 
  private:
-  Estimate Start() const {
-    Estimate start;
-    start.rig = problem_.rig;
-    for (const TargetView& view : problem_.views) start.rigFromTarget.push_back(view.rigFromTarget);
+  Evaluation Start() const {
+    Evaluation start;
+    start.estimate.rig = problem_.rig;
+    for (const TargetView& view : problem_.views) start.estimate.rigFromTarget.push_back(view.rigFromTarget);
     return start;
   }
 
   size_t Views() const { return problem_.views.size(); }
 
-  Evaluation Evaluate(Estimate estimate) const {
-    Evaluation evaluation;
+  /// Everything from the estimate, in the memory of the equations that were there before.
+  void Evaluate(Evaluation& evaluation) const {
+    const Estimate& estimate = evaluation.estimate;
     evaluation.equations.resize(Views());
     ForRanges(Views(), options_.threads, [&](size_t first, size_t last) {
       for (size_t i = first; i < last; ++i) {
-        evaluation.equations[i] =
-            EquationsOf(problem_.views[i], estimate.rigFromTarget[i], estimate.rig, layout_);
+        TakeEquations(problem_.views[i], estimate.rigFromTarget[i], estimate.rig, layout_,
+                      evaluation.equations[i]);
       }
     });
+    evaluation.cost = 0.0;
+    evaluation.usable = true;
     for (const ViewEquations& equations : evaluation.equations) {
       evaluation.cost += equations.cost;
       evaluation.usable = evaluation.usable && equations.usable;
     }
     evaluation.priors = PriorTermsOf(problem_.priors, estimate.rig, layout_);
-    evaluation.estimate = std::move(estimate);
-    return evaluation;
   }
 
   /// The diagonal of the shared block, of all views and the priors.
@@ -134,8 +138,9 @@ class Minimiser {
     step.poses.resize(Views());
     std::vector<double> predicted(Views());
     ForRanges(Views(), options_.threads, [&](size_t first, size_t last) {
+      Eigen::VectorXd own;
       for (size_t i = first; i < last; ++i) {
-        const Eigen::VectorXd own = OwnOf(now_.equations[i], step.shared);
+        TakeOwn(now_.equations[i], step.shared, own);
         PoseStepFor(now_.equations[i], damping_.Value(), own, step.poses[i]);
         predicted[i] = PredictedOf(now_.equations[i], own, step.poses[i]);
       }
@@ -166,10 +171,11 @@ class Minimiser {
       converged_ = true;
       return;
     }
-    Evaluation trial = Evaluate(After(step));
-    const double gain = (now_.Total() - trial.Total()) / step.predicted;
-    if (trial.usable && trial.Total() < now_.Total()) {
-      now_ = std::move(trial);
+    trial_.estimate = After(step);
+    Evaluate(trial_);
+    const double gain = (now_.Total() - trial_.Total()) / step.predicted;
+    if (trial_.usable && trial_.Total() < now_.Total()) {
+      std::swap(now_, trial_);
       damping_.Accept(gain);
     } else {
       // A step that promises less than the cost's own rounding is the last one.
@@ -190,6 +196,7 @@ class Minimiser {
   const SolveOptions& options_;
   const Layout layout_;
   Evaluation now_;
+  Evaluation trial_;
   Damping damping_{options_.firstDamping};
   int iterations_ = 0;
   bool converged_ = false;

@@ -1,9 +1,8 @@
 /// Moves what all views share, and each view's pose, to where the cost is least.
 #pragma once
 
-#include <functional>
-
 #include "solver/NormalEquations.h"
+#include "solver/ProgressMonitor.h"
 
 namespace velmora::solver {
 
@@ -13,8 +12,7 @@ struct SolveOptions {
   double firstDamping = 1e-3;  ///< shares of the diagonal
   /// Reductions of the cost below this share of the noise's variance end the search.
   double precision = 1e-9;
-  /// Called after each iteration with its number and the cost; false ends the computation there.
-  std::function<bool(int, double)> progress;
+  ProgressMonitor progress;  ///< told after each iteration; once it is given up there is none any more
 };
 
 /// Levenberg-Marquardt with the poses eliminated view by view. The result is the same for any number of

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <utility>
 
 #include "solver/ObservationEquations.h"
 #include "solver/ScaledSystem.h"
@@ -99,6 +100,7 @@ struct OwnPlaces {
 OwnPlaces PlaceOwn(const TargetView& view, const Layout& layout, std::vector<int>& columns) {
   const size_t count = layout.cameras.size();
   OwnPlaces own{std::vector<int>(count, 0), std::vector<int>(count, Layout::FIXED)};
+  columns.clear();
   columns.reserve(static_cast<size_t>(layout.shared));
   const auto take = [&](int first, int number) {
     const int at = static_cast<int>(columns.size());
@@ -151,9 +153,8 @@ ObservationEquations ObservedBy(const Camera& camera, const Observation& observa
 }
 
 /// Of a camera that is the whole rig: its own equations are those of the view.
-ViewEquations EquationsOfOne(const Observation& observation, const RigidTransform& cameraFromTarget,
-                             const Camera& camera, int count) {
-  ViewEquations equations;
+void TakeEquationsOfOne(const Observation& observation, const RigidTransform& cameraFromTarget,
+                        const Camera& camera, int count, ViewEquations& equations) {
   const ObservationEquations observed = ObservedBy(camera, observation, cameraFromTarget, count);
   equations.columns.resize(static_cast<size_t>(count));
   std::iota(equations.columns.begin(), equations.columns.end(), 0);
@@ -163,19 +164,74 @@ ViewEquations EquationsOfOne(const Observation& observation, const RigidTransfor
   equations.gradient = products.row(size).head(size).transpose();
   equations.usable = observed.usable;
   equations.cost = observed.usable ? observed.cost : 0.0;
-  equations.costs = {equations.cost};
-  return equations;
+  equations.costs.assign(1, equations.cost);
+}
+
+/// x = L^-1 x of each column, the first four rows before they are taken from the last two at once.
+void SolveForward(const PoseMatrix& lower, Coupling& columns) {
+  constexpr Index HEAD = 4;
+  const PoseStep inverse = lower.diagonal().cwiseInverse();
+  for (Index j = 0; j < columns.cols(); ++j) {
+    double* x = columns.col(j).data();
+    for (Index k = 0; k < HEAD; ++k) {
+      x[k] *= inverse(k);
+      for (Index i = k + 1; i < HEAD; ++i) x[i] -= x[k] * lower(i, k);
+    }
+    for (Index i = HEAD; i < POSE_PARAMETERS; ++i) {
+      double sum = 0.0;
+      for (Index k = 0; k < HEAD; ++k) sum += lower(i, k) * x[k];
+      x[i] -= sum;
+    }
+    for (Index k = HEAD; k < POSE_PARAMETERS; ++k) {
+      x[k] *= inverse(k);
+      for (Index i = k + 1; i < POSE_PARAMETERS; ++i) x[i] -= x[k] * lower(i, k);
+    }
+  }
+}
+
+/// Room for a view's reduction, used again for the next view's.
+struct Reduction {
+  ReducedView view;
+  Coupling eliminated;  ///< L^-1 B and, as the last column, L^-1 of the pose's gradient
+};
+
+void Reduce(const ViewEquations& equations, double damping, Reduction& reduction) {
+  ReducedView& view = reduction.view;
+  PoseCholesky cholesky;
+  view.solvable = equations.usable && DecomposePose(equations, damping, cholesky);
+  if (!view.solvable) return;
+  const Index own = equations.Own();
+  Coupling& eliminated = reduction.eliminated;
+  eliminated.resize(POSE_PARAMETERS, own + 1);
+  eliminated.leftCols(own) = equations.products.block(own, 0, POSE_PARAMETERS, own);
+  eliminated.col(own) = PoseGradientOf(equations);
+  SolveForward(cholesky.matrixLLT(), eliminated);
+  view.matrix = equations.products.topLeftCorner(own, own);
+  view.gradient = equations.gradient.head(own);
+  for (Index j = 0; j < own; ++j) {
+    for (Index i = j; i < own; ++i) view.matrix(i, j) -= eliminated.col(i).dot(eliminated.col(j));
+    view.gradient(j) -= eliminated.col(j).dot(eliminated.col(own));
+  }
 }
 
 }  // namespace
 
 ViewEquations EquationsOf(const TargetView& view, const RigidTransform& rigFromTarget, const Rig& rig,
                           const Layout& layout) {
-  if (rig.cameras.size() == 1) {
-    return EquationsOfOne(view.observations.front(), rigFromTarget, rig.cameras.front(),
-                          layout.cameras.front().count);
-  }
   ViewEquations equations;
+  TakeEquations(view, rigFromTarget, rig, layout, equations);
+  return equations;
+}
+
+void TakeEquations(const TargetView& view, const RigidTransform& rigFromTarget, const Rig& rig,
+                   const Layout& layout, ViewEquations& equations) {
+  if (rig.cameras.size() == 1) {
+    TakeEquationsOfOne(view.observations.front(), rigFromTarget, rig.cameras.front(),
+                       layout.cameras.front().count, equations);
+    return;
+  }
+  equations.usable = false;
+  equations.cost = 0.0;
   const OwnPlaces own = PlaceOwn(view, layout, equations.columns);
   const Index size = equations.Own() + POSE_PARAMETERS;
   equations.products.setZero(size, size);
@@ -190,7 +246,7 @@ ViewEquations EquationsOf(const TargetView& view, const RigidTransform& rigFromT
     const RigidTransform cameraFromTarget = first ? rigFromTarget : camera.cameraFromRig * rigFromTarget;
     const int count = layout.cameras[i].count;
     const ObservationEquations observed = ObservedBy(camera, observation, cameraFromTarget, count);
-    if (!observed.usable) return equations;
+    if (!observed.usable) return;
     if (first) {
       adder.AddFirst(observed, own.intrinsics[i], count);
     } else {
@@ -201,7 +257,6 @@ ViewEquations EquationsOf(const TargetView& view, const RigidTransform& rigFromT
     equations.cost += observed.cost;
   }
   equations.usable = true;
-  return equations;
 }
 
 PoseMatrix PoseBlockOf(const ViewEquations& equations) {
@@ -218,29 +273,14 @@ PoseStep PoseGradientOf(const ViewEquations& equations) {
 }
 
 ReducedView Reduce(const ViewEquations& equations, double damping) {
-  ReducedView reduced;
-  PoseCholesky cholesky;
-  if (!equations.usable || !DecomposePose(equations, damping, cholesky)) return reduced;
-  const Index own = equations.Own();
-  // L^-1 B and, as the last column, L^-1 of the pose's gradient.
-  Coupling eliminated(POSE_PARAMETERS, own + 1);
-  eliminated.leftCols(own) = CouplingOf(equations);
-  eliminated.col(own) = PoseGradientOf(equations);
-  cholesky.matrixL().solveInPlace(eliminated);
-  reduced.matrix = equations.products.topLeftCorner(own, own);
-  reduced.gradient = equations.gradient.head(own);
-  for (Index j = 0; j < own; ++j) {
-    for (Index i = j; i < own; ++i) reduced.matrix(i, j) -= eliminated.col(i).dot(eliminated.col(j));
-    reduced.gradient(j) -= eliminated.col(j).dot(eliminated.col(own));
-  }
-  reduced.solvable = true;
-  return reduced;
+  Reduction reduction;
+  Reduce(equations, damping, reduction);
+  return std::move(reduction.view);
 }
 
-Eigen::VectorXd OwnOf(const ViewEquations& equations, const Eigen::VectorXd& shared) {
-  Eigen::VectorXd own(equations.Own());
+void TakeOwn(const ViewEquations& equations, const Eigen::VectorXd& shared, Eigen::VectorXd& own) {
+  own.resize(equations.Own());
   for (Index i = 0; i < own.size(); ++i) own(i) = shared(equations.columns[static_cast<size_t>(i)]);
-  return own;
 }
 
 bool PoseStepFor(const ViewEquations& equations, double damping, const Eigen::VectorXd& own, PoseStep& step) {
@@ -274,14 +314,15 @@ ReducedSystem SystemOf(const std::vector<ViewEquations>& equations, const PriorT
   const size_t parts = (equations.size() + TOGETHER - 1) / TOGETHER;
   std::vector<ReducedSystem> sums(parts);
   ForRanges(parts, threads, [&](size_t from, size_t to) {
+    Reduction reduction;
     for (size_t part = from; part < to; ++part) {
       ReducedSystem& sum = sums[part];
       sum = {Eigen::MatrixXd::Zero(shared, shared), Eigen::VectorXd::Zero(shared), true};
       const size_t end = std::min((part + 1) * TOGETHER, equations.size());
       for (size_t i = part * TOGETHER; i < end && sum.solvable; ++i) {
-        const ReducedView view = Reduce(equations[i], damping);
-        sum.solvable = view.solvable;
-        if (view.solvable) AddTo(sum, view, equations[i].columns);
+        Reduce(equations[i], damping, reduction);
+        sum.solvable = reduction.view.solvable;
+        if (sum.solvable) AddTo(sum, reduction.view, equations[i].columns);
       }
     }
   });

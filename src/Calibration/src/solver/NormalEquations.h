@@ -15,6 +15,9 @@ using PoseMatrix = Eigen::Matrix<double, POSE_PARAMETERS, POSE_PARAMETERS>;
 /// Of one view: the sum over the cameras that saw it, each chained to the rig.
 ViewEquations EquationsOf(const TargetView& view, const RigidTransform& rigFromTarget, const Rig& rig,
                           const Layout& layout);
+/// The same, in the memory of earlier equations.
+void TakeEquations(const TargetView& view, const RigidTransform& rigFromTarget, const Rig& rig,
+                   const Layout& layout, ViewEquations& equations);
 
 /// One view's share in the equations of its own shared parameters, once its pose is eliminated.
 struct ReducedView {
@@ -26,8 +29,8 @@ struct ReducedView {
 /// Eliminates the pose; `damping` is added to the diagonal of its block, as a share of it.
 ReducedView Reduce(const ViewEquations& equations, double damping);
 
-/// The view's own among all shared parameters.
-Eigen::VectorXd OwnOf(const ViewEquations& equations, const Eigen::VectorXd& shared);
+/// The view's own among all shared parameters, in the memory of another's.
+void TakeOwn(const ViewEquations& equations, const Eigen::VectorXd& shared, Eigen::VectorXd& own);
 
 /// The pose's step that belongs to a step of the view's own shared parameters. False when the view determines
 /// none.

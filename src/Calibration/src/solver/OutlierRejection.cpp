@@ -64,6 +64,7 @@ Weighted Settled(const std::vector<TargetView>& views, Solution start, const Bun
     weighted.deviation = deviation;
     Weigh(corrected, weighted.residuals, CAUCHY * deviation);
     weighted.solution = SolveAgain(now, std::move(corrected), options);
+    if (options.progress.IsGivenUp()) break;
   }
   return weighted;
 }
@@ -164,7 +165,7 @@ Selection Selected(const CalibrationProblem& start, const BundleOptions& options
   Solution solution = Adjust(start, first);
   if (!solution.usable) return all;
   Weighted weighted = Settled(all.views, std::move(solution), round);
-  if (TakePosesOfSingleImages(all.views, round, weighted)) {
+  if (!options.progress.IsGivenUp() && TakePosesOfSingleImages(all.views, round, weighted)) {
     weighted = Settled(all.views, std::move(weighted.solution), round);
   }
   return WithoutOutliers(all, weighted, start.views.size());

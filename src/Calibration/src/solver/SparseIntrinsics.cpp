@@ -24,8 +24,7 @@ class Computation {
     bundle_.threads = options.threads > 0 ? options.threads : solver::ThreadsFor(target.views.size());
     bundle_.discRadius = options.discRadius;
     bundle_.progress = [this, points = CountOf(target.views)](int iteration, double cost) {
-      givenUp_ = givenUp_ || (options_.progress && !options_.progress(iteration, std::sqrt(cost / points)));
-      return !givenUp_;
+      return !options_.progress || options_.progress(iteration, std::sqrt(cost / points));
     };
   }
 
@@ -33,7 +32,7 @@ class Computation {
     auto kept = std::make_shared<const Solution>(
         solver::CalibrateCamera(target_.views, imageSize_, options_.robust, bundle_));
     const Solution& solution = *kept;
-    if (givenUp_) CV_Error(cv::Error::StsError, "The computation was given up.");
+    if (bundle_.progress.IsGivenUp()) CV_Error(cv::Error::StsError, "The computation was given up.");
     if (!solution.usable) CV_Error(cv::Error::StsNoConv, "The views do not agree with any camera.");
     SparseResult result;
     static_cast<IntrinsicsResult&>(result) = solver::MatricesOf(solution, target_);
@@ -49,7 +48,6 @@ class Computation {
   const cv::Size imageSize_;
   const SparseOptions& options_;
   solver::BundleOptions bundle_;
-  bool givenUp_ = false;
 };
 
 }  // namespace

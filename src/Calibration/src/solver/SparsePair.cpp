@@ -20,8 +20,7 @@ class PairComputation {
       : target_(target), options_(options) {
     bundle_.threads = options.threads;
     bundle_.progress = [this, points = CountOf(target.views)](int iteration, double cost) {
-      givenUp_ = givenUp_ || (options_.progress && !options_.progress(iteration, std::sqrt(cost / points)));
-      return !givenUp_;
+      return !options_.progress || options_.progress(iteration, std::sqrt(cost / points));
     };
   }
 
@@ -56,7 +55,7 @@ class PairComputation {
 
  private:
   Solution Checked(Solution solution) const {
-    if (givenUp_) CV_Error(cv::Error::StsError, "The computation was given up.");
+    if (bundle_.progress.IsGivenUp()) CV_Error(cv::Error::StsError, "The computation was given up.");
     if (!solution.usable) CV_Error(cv::Error::StsNoConv, "The views do not agree with any pair of cameras.");
     return solution;
   }
@@ -64,7 +63,6 @@ class PairComputation {
   const solver::Target& target_;
   const SparsePairOptions& options_;
   solver::BundleOptions bundle_;
-  bool givenUp_ = false;
 };
 
 const RigidTransform& RightFromLeft(const Solution& solution) {
