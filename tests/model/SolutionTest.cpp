@@ -58,6 +58,37 @@ TEST(Solution, HasTheRmsOfThePointsThatCount) {
   EXPECT_DOUBLE_EQ(RmsOf(OfTwoViews()), std::sqrt(5.7 / 39.0));
 }
 
+/// Two cameras: the second saw the first view, the first both.
+Solution OfTwoCameras() {
+  Solution solution = OfTwoViews();
+  solution.rig.cameras.resize(2);
+  solution.views[0].observations.push_back(solution.views[0].observations[0]);
+  solution.views[1].observations.emplace_back();
+  solution.equations.resize(2);
+  solution.equations[0].costs = {2.0, 5.0};
+  solution.equations[1].costs = {3.7, 0.0};
+  return solution;
+}
+
+TEST(Solution, HasTheRmsOfEachCamera) {
+  Solution solution = OfTwoCameras();
+  EXPECT_DOUBLE_EQ(RmsOfCamera(solution, 0), std::sqrt(5.7 / 39.0));
+  EXPECT_DOUBLE_EQ(RmsOfCamera(solution, 1), std::sqrt(5.0 / 20.0));
+  solution.views[0].observations[1] = {};
+  solution.equations[0].costs[1] = 0.0;
+  EXPECT_EQ(RmsOfCamera(solution, 1), 0.0);
+}
+
+TEST(Solution, HasTheRmsOfEachImageOfWhichAPointCounts) {
+  Solution solution = OfTwoCameras();
+  EXPECT_DOUBLE_EQ(RmsOfImage(solution, 0, 0), std::sqrt(2.0 / 20.0));
+  EXPECT_DOUBLE_EQ(RmsOfImage(solution, 1, 0), std::sqrt(3.7 / 19.0));
+  EXPECT_DOUBLE_EQ(RmsOfImage(solution, 0, 1), std::sqrt(5.0 / 20.0));
+  EXPECT_EQ(RmsOfImage(solution, 1, 1), -1.0);
+  solution.views[0].observations[1].weights.assign(20, 0.0);
+  EXPECT_EQ(RmsOfImage(solution, 0, 1), -1.0);
+}
+
 TEST(Solution, SpreadsItsCostOverTheDegreesOfFreedom) {
   Solution solution = OfTwoViews();
   EXPECT_DOUBLE_EQ(NoiseVariance(solution), 5.7 / (78.0 - 9.0 - 12.0));

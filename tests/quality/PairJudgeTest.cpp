@@ -257,7 +257,16 @@ TEST(PairVerdict, KnowsNothingOfAPairThatCannotSeeTheSheet) {
   EXPECT_TRUE(Says(verdict, "do not agree with this pair"));
   EXPECT_TRUE(std::isinf(verdict.formal.rotation));
   EXPECT_TRUE(std::isinf(verdict.jackknife.baseline));
-  EXPECT_TRUE(nlohmann::json::parse(verdict.ToJson())["formal"]["rotation"].is_null());
+  for (const PairVerdict::Camera& camera : {verdict.left, verdict.right}) {
+    EXPECT_TRUE(std::isinf(camera.rms));
+    EXPECT_EQ(camera.viewRms.size(), 12U);
+    EXPECT_TRUE(std::isinf(camera.viewRms.front()));
+    EXPECT_TRUE(std::isinf(camera.deviationInData));
+    EXPECT_TRUE(camera.deviationMap.empty());
+  }
+  const auto text = nlohmann::json::parse(verdict.ToJson());
+  EXPECT_TRUE(text["formal"]["rotation"].is_null());
+  EXPECT_TRUE(text["left"]["rms"].is_null());
 }
 
 TEST(PairVerdict, ComesFromACalibratorWithEitherSolver) {

@@ -90,6 +90,8 @@ TEST(PairVerdict, HasAllItsNumbersInItsJson) {
   verdict.disagreements = {{2, 4.5}, {6, UNKNOWN}};
   verdict.sheetBend = 0.0015;
   verdict.leftOut = {{3, false, 7, 2.5, "far"}, {4, true, -1, UNKNOWN, "wrong"}};
+  verdict.left = {0.125, {0.25, -1.0, 0.5}, 1.2, 1.3, 0.75, {}, {}};
+  verdict.right = {0.375, {-1.0, UNKNOWN, 2.0}, 1.4, UNKNOWN, 0.5, {}, {}};
   verdict.remarks = {{"a reason", "an advice"}};
   EXPECT_EQ(nlohmann::json::parse(verdict.ToJson()), nlohmann::json::parse(R"({
     "grade": "usable with care", "views": 9, "lensesRefined": true, "sheetBend": 0.0015,
@@ -97,6 +99,10 @@ TEST(PairVerdict, HasAllItsNumbersInItsJson) {
                 {"view": 4, "camera": "right", "point": -1, "residual": null, "reason": "wrong"}],
     "formal": {"rotation": 0.1, "baseline": 0.2, "direction": 0.3},
     "jackknife": {"rotation": 0.4, "baseline": 0.5, "direction": null},
+    "left": {"rms": 0.125, "viewRms": [0.25, null, 0.5],
+             "deviationInData": 1.2, "deviationInImage": 1.3, "coverage": 0.75},
+    "right": {"rms": 0.375, "viewRms": [null, null, 2.0],
+              "deviationInData": 1.4, "deviationInImage": null, "coverage": 0.5},
     "withLenses": {"rotation": 0.7, "baseline": 0.8, "direction": 0.9},
     "disagreement": 1.1, "disagreements": [{"view": 2, "factor": 4.5}, {"view": 6, "factor": null}],
     "remarks": [{"reason": "a reason", "advice": "an advice"}]})"));

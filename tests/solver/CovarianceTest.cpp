@@ -53,6 +53,23 @@ TEST_P(Covariance, IsTheInverseOfTheWholeNormalMatrix) {
   }
 }
 
+TEST_P(Covariance, HasAPartOfEachCamerasIntrinsics) {
+  const Solution solution = SolutionOf(GetParam(), CLASSIC_PARAMETERS);
+  const Eigen::MatrixXd shared = solver::SharedCovariance(solution);
+  const Layout layout = LayoutOf(solution.rig, solution.estimated);
+  for (size_t i = 0; i < layout.cameras.size(); ++i) {
+    const Eigen::MatrixXd own = solver::IntrinsicsCovariance(shared, layout.cameras[i]);
+    ASSERT_EQ(own.rows(), CLASSIC_PARAMETERS);
+    const Index first = static_cast<Index>(i) * CLASSIC_PARAMETERS;
+    for (Index row = 0; row < own.rows(); ++row) {
+      for (Index column = 0; column < own.cols(); ++column) {
+        EXPECT_EQ(own(row, column), shared(first + row, first + column));
+      }
+    }
+    EXPECT_EQ(solver::IntrinsicsCovariance({}, layout.cameras[i]).size(), 0);
+  }
+}
+
 TEST_P(Covariance, OfPosesIsTheirsInTheInverseOfTheWholeNormalMatrix) {
   const Solution solution = SolutionOf(GetParam(), CLASSIC_PARAMETERS);
   const Eigen::MatrixXd expected = DenseCovariance(solution);

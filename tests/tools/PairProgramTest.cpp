@@ -1,11 +1,13 @@
 /// The headless tool on a pair of cameras, as a user runs it.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <opencv2/calib3d.hpp>
 #include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
 
 #include "JSON.h"
 #include "Process.h"
@@ -57,6 +59,34 @@ class PairProgram : public ::testing::Test {
     return nlohmann::json::parse(file, nullptr, false);
   }
 
+  /// Of each of the twelve pairs an RMS beside the noise's, and a picture that is coloured where the sheet
+  /// was.
+  static void ExpectCameras(const std::string& name) {
+    const nlohmann::json verdict = VerdictIn(name + "_verdict.json");
+    ASSERT_FALSE(verdict.is_discarded());
+    for (const char* side : {"left", "right"}) {
+      const nlohmann::json& camera = verdict[side];
+      ASSERT_EQ(camera["viewRms"].size(), 12U) << side;
+      double squares = 0.0;
+      for (const double rms : camera["viewRms"]) squares += rms * rms / 12.0;
+      EXPECT_NEAR(std::sqrt(squares), camera["rms"].get<double>(), 0.1 * std::sqrt(squares)) << side;
+      EXPECT_LT(camera["rms"], 0.1);
+      EXPECT_LT(camera["deviationInData"], 0.1);
+      EXPECT_GT(camera["deviationInData"], 0.0);
+      const cv::Mat picture = cv::imread(folder_->File(name) + "_uncertainty_" + side + ".png");
+      ASSERT_FALSE(picture.empty()) << side;
+      EXPECT_GT(Saturation(picture), 50.0) << side;
+    }
+  }
+
+  /// In the middle of the picture: grey stands for nothing known.
+  static double Saturation(const cv::Mat& picture) {
+    const cv::Mat middle = picture(cv::Rect(picture.cols / 3, picture.rows / 3, 60, 60));
+    cv::Mat hsv;
+    cv::cvtColor(middle, hsv, cv::COLOR_BGR2HSV);
+    return cv::mean(hsv)[1];
+  }
+
   static support::TemporaryFolder* folder_;
   static const world::Pair rig_;
 };
@@ -85,6 +115,15 @@ TEST_F(PairProgram, TwoFoldersBecomeThreeResultFiles) {
   for (const char* picture : {"pair_left_uncertainty.png", "pair_right_uncertainty.png"}) {
     EXPECT_FALSE(cv::imread(folder_->File(picture)).empty()) << picture;
   }
+  ExpectCameras("pair");
+  const std::string pair = tool.Output().substr(tool.Output().find("== pair"));
+  EXPECT_NE(pair.find("\nRMS of left and right:   0.0"), std::string::npos) << pair;
+  EXPECT_NE(pair.find("\nWorst views, left and right:\n    0.0"), std::string::npos) << pair;
+  const std::string path = folder_->File("pair");
+  EXPECT_NE(pair.find("\n  " + path + "_verdict.json\n  " + path + "_uncertainty_left.png\n  " + path +
+                      "_uncertainty_right.png\n"),
+            std::string::npos)
+      << pair;
 }
 
 TEST_F(PairProgram, NamesThePairWhosePicturesAreNotOfTheSameTime) {
@@ -104,7 +143,13 @@ TEST_F(PairProgram, NamesThePairWhosePicturesAreNotOfTheSameTime) {
   EXPECT_NE(pair.find("\n11 of 12 pairs used; 1 disagrees\n"), std::string::npos) << pair;
   EXPECT_NE(pair.find(" picture of 103.png, disagrees with the other views ("), std::string::npos) << pair;
   EXPECT_NE(pair.find("\nMean epipolar distance:  0.0"), std::string::npos) << pair;
-  EXPECT_EQ(VerdictIn("wrong_verdict.json")["leftOut"][0]["view"], 3);
+  const nlohmann::json verdict = VerdictIn("wrong_verdict.json");
+  EXPECT_EQ(verdict["leftOut"][0]["view"], 3);
+  const std::string side = verdict["leftOut"][0]["camera"];
+  for (size_t i = 0; i < 12; ++i) EXPECT_EQ(verdict[side]["viewRms"][i].is_null(), i == 3) << verdict;
+  const size_t worst = pair.find("\nWorst views, left and right:\n");
+  ASSERT_NE(worst, std::string::npos) << pair;
+  EXPECT_EQ(pair.substr(worst, pair.find("\nVerdict:") - worst).find("103.png"), std::string::npos) << pair;
   ExpectStereoResult(folder_->File("wrong.json"));
 }
 
@@ -123,6 +168,7 @@ TEST_F(PairProgram, RefinesTheLensesWithThePairWhenAskedTo) {
   const double refined = pair.readMat("cameraMatrix").at<double>(0, 0);
   EXPECT_NE(refined, alone.readMat("cameraMatrix").at<double>(0, 0));
   EXPECT_NEAR(refined, rig_.left.lens.K()(0, 0), 0.002 * refined);
+  ExpectCameras("refined");
 }
 
 TEST_F(PairProgram, WithResultFilesOnlyThePairIsComputed) {
@@ -136,6 +182,7 @@ TEST_F(PairProgram, WithResultFilesOnlyThePairIsComputed) {
   ASSERT_EQ(pair.WaitForExit(LONG_ENOUGH), 0) << pair.Errors();
   EXPECT_FALSE(fs::exists(folder_->File("second_left.json")));
   EXPECT_EQ(support::ReadText(folder_->File("first.json")), support::ReadText(folder_->File("second.json")));
+  ExpectCameras("second");
 }
 
 TEST_F(PairProgram, UnequalNumbersOfPicturesAreRefused) {

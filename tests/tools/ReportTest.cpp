@@ -112,6 +112,8 @@ TEST(BatchReport, APairIsToldByBaselineRotationAndEpipolarDistance) {
   report.model = "rational";
   report.used = {"a.png"};
   report.rms = 0.25;
+  report.left = {0.2, {0.2}};
+  report.right = {0.3, {0.3}};
   report.epipolarDistance = 0.125;
   report.T = (cv::Mat_<double>(3, 1) << -0.06, 0.0, 0.08);
   const double angle = CV_PI / 6.0;
@@ -122,10 +124,33 @@ TEST(BatchReport, APairIsToldByBaselineRotationAndEpipolarDistance) {
             "\n"
             "Pair: rational model\n"
             "RMS reprojection error:  0.250000 px\n"
+            "RMS of left and right:   0.200000 px, 0.300000 px\n"
             "Mean epipolar distance:  0.125000 px\n"
             "Baseline:                0.100000 m\n"
             "Translation:             -0.060000 0.000000 0.080000 m\n"
-            "Rotation:                30.0000 degrees\n");
+            "Rotation:                30.0000 degrees\n"
+            "\n"
+            "Worst views, left and right:\n"
+            "    0.2000 px   0.3000 px  a.png\n");
+}
+
+TEST(BatchReport, TheWorstPairsByEitherCameraComeFirst) {
+  batch::PairReport report;
+  report.R = cv::Mat::eye(3, 3, CV_64F);
+  report.T = (cv::Mat_<double>(3, 1) << -0.1, 0.0, 0.0);
+  report.used = {"a.png", "b.png", "c.png", "d.png", "e.png", "f.png", "g.png"};
+  report.disagreeing = {3};
+  report.left.views = {0.1, 0.2, 0.3, -1.0, 0.5, 0.15, 0.05};
+  report.right.views = {0.6, 0.1, 0.1, 0.2, 0.1, 0.1, 0.04};
+  EXPECT_TRUE(Holds(batch::PairTable(report),
+                    "\nWorst views, left and right:\n"
+                    "    0.1000 px   0.6000 px  a.png\n"
+                    "    0.5000 px   0.1000 px  e.png\n"
+                    "    0.3000 px   0.1000 px  c.png\n"
+                    "    0.2000 px   0.1000 px  b.png\n"
+                    "    0.1500 px   0.1000 px  f.png\n"));
+  EXPECT_FALSE(Holds(batch::PairTable(report), "px  g.png"));
+  EXPECT_FALSE(Holds(batch::PairTable(report), "px  d.png"));
 }
 
 TEST(BatchReport, CamerasThatChangedPlacesAreRemarkedOn) {

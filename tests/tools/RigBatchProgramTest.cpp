@@ -2,10 +2,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <opencv2/calib3d.hpp>
 #include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
 #include <opencv2/videoio.hpp>
 
 #include "Process.h"
@@ -78,6 +80,8 @@ class RigBatchProgram : public ::testing::Test {
     }
   }
 
+  static void ExpectPicturesAndErrors(const std::string& name, size_t cameras);
+
   static support::TemporaryFolder* folder_;
 };
 
@@ -107,6 +111,28 @@ void ExpectTruth(const json& result, const world::Rig& rig) {
   }
 }
 
+/// A picture of each camera that is coloured where it saw the sheet, and an RMS of each of its images.
+void RigBatchProgram::ExpectPicturesAndErrors(const std::string& name, size_t cameras) {
+  const json result = Result(name + ".json");
+  for (size_t i = 0; i < cameras; ++i) {
+    const cv::Mat picture = cv::imread(folder_->File(name) + "_uncertainty_" + std::to_string(i) + ".png");
+    ASSERT_FALSE(picture.empty()) << i;
+    cv::Mat hsv;
+    cv::cvtColor(picture(cv::Rect(picture.cols / 3, picture.rows / 3, 60, 60)), hsv, cv::COLOR_BGR2HSV);
+    EXPECT_GT(cv::mean(hsv)[1], 50.0) << i;
+    double squares = 0.0;
+    double images = 0.0;
+    for (const json& view : result["views"]) {
+      if (view["rms"][i].is_null()) continue;
+      squares += std::pow(view["rms"][i].get<double>(), 2);
+      images += 1.0;
+    }
+    const double rms = result["cameras"][i]["rms"];
+    EXPECT_EQ(images, result["cameras"][i]["views"].get<double>());
+    EXPECT_NEAR(std::sqrt(squares / images), rms, 0.1 * rms) << i;
+  }
+}
+
 TEST_F(RigBatchProgram, FindsHowThreeCamerasInARowStand) {
   const Outcome outcome =
       RunBatch({"--rig", "row/camera-0/", "row/camera-1", "row/camera-2", "--output", "row.json"});
@@ -121,7 +147,11 @@ TEST_F(RigBatchProgram, FindsHowThreeCamerasInARowStand) {
   EXPECT_GT(deviation, 0.0);
   EXPECT_LT(deviation, 0.001);
   EXPECT_NE(outcome.output.find("Rig: 3 cameras, rational model\n"), std::string::npos) << outcome.output;
-  EXPECT_NE(outcome.output.find("\nWritten:\n  row_rig.json\n"), std::string::npos) << outcome.output;
+  EXPECT_NE(outcome.output.find("\nWritten:\n  row_rig.json\n  row_rig_uncertainty_0.png\n"
+                                "  row_rig_uncertainty_1.png\n  row_rig_uncertainty_2.png\n"),
+            std::string::npos)
+      << outcome.output;
+  ExpectPicturesAndErrors("row_rig", 3);
   EXPECT_NE(outcome.errors.find("12/12 view011.png: grid found by camera-1, camera-2\n"), std::string::npos)
       << outcome.errors;
 }
@@ -170,6 +200,7 @@ TEST_F(RigBatchProgram, HoldsGivenIntrinsics) {
   ExpectTruth(result, world::LoadRigTruth(folder_->File("row/truth.json")).rig);
   EXPECT_TRUE(result["model"].is_null());
   EXPECT_TRUE(result["verdict"]["cameras"].empty());
+  EXPECT_FALSE(fs::exists(folder_->File("held_rig_uncertainty_0.png")));
   for (size_t i = 0; i < 3; ++i) {
     const json given = Result("held-camera-" + std::to_string(i) + ".json");
     const json& camera = result["cameras"][i];

@@ -110,6 +110,21 @@ TEST(UncertaintyPicture, HasLinesAtRoundValuesWithinTheData) {
   EXPECT_NEAR(at, (39.0 * std::log10(2.0) + 0.5) * 16.0 - 0.5, 4.0);
 }
 
+TEST(UncertaintyPicture, HasATitleAboveTheMapThatMayBeAnotherOne) {
+  const tools::UncertaintyLayout layout(FRAME);
+  const auto parts = [&](const std::string& title) {
+    const cv::Mat picture = tools::DrawUncertainty(Judged(), FRAME, {}, title);
+    return std::pair(picture.rowRange(0, layout.map.y).clone(),
+                     picture.rowRange(layout.map.y, picture.rows).clone());
+  };
+  const auto [usual, below] = parts("");
+  const auto [other, belowOther] = parts("Another camera");
+  const auto [spelt, belowSpelt] = parts("Standard deviation of projections. Verdict: good");
+  EXPECT_GT(cv::norm(usual, other, cv::NORM_INF), 100.0);
+  EXPECT_EQ(cv::norm(usual, spelt, cv::NORM_INF), 0.0);
+  EXPECT_EQ(cv::norm(below, belowOther, cv::NORM_INF), 0.0);
+}
+
 TEST(UncertaintyPicture, OfNoResultIsGrey) {
   const cv::Mat picture = tools::DrawUncertainty({}, FRAME, {{{100.0, 100.0}}});
   EXPECT_EQ(At(picture, 320, 240), tools::NO_DATA);

@@ -177,27 +177,32 @@ double EpipolarDistance(Calibrator& calibrator, const std::vector<Centres>& left
       {calibrator.GetKRight(), calibrator.GetDistCoefsRight()}, calibrator.GetFundamentalMatrix());
 }
 
-/// Computes the pair from the common views that spread best.
-PairReport CalibratePair(const Arguments& arguments, const PairViews& pairs, const CameraResults& results,
-                         Calibrator& calibrator, PairVerdict& verdict) {
-  PairReport report;
-  report.model = arguments.modelName;
+/// Gives the calibrator the common views that spread best; the others are noted in the report.
+tools::SeenByPair Select(const Arguments& arguments, const PairViews& pairs, Calibrator& calibrator,
+                         PairReport& report) {
+  tools::SeenByPair seen;
+  seen.frame = pairs.left.FrameSize();
   report.rejected = pairs.rejected;
   const auto chosen = SelectSpreadViews(pairs.leftCentres, arguments.grid, pairs.left.FrameSize(),
                                         static_cast<size_t>(arguments.maxViews));
   const std::set<size_t> isChosen(chosen.begin(), chosen.end());
-  std::vector<Centres> left;
-  std::vector<Centres> right;
   for (size_t i = 0; i < pairs.names.size(); ++i) {
     if (isChosen.count(i) == 0) {
       report.rejected.push_back(NotNeeded(pairs.names[i], arguments.maxViews));
       continue;
     }
     calibrator.AddStereoPoints(pairs.leftCentres[i], pairs.rightCentres[i]);
-    left.push_back(pairs.leftCentres[i]);
-    right.push_back(pairs.rightCentres[i]);
+    seen.left.push_back(pairs.leftCentres[i]);
+    seen.right.push_back(pairs.rightCentres[i]);
     report.used.push_back(pairs.names[i]);
   }
+  return seen;
+}
+
+/// Computes the pair from what it saw.
+void CalibratePair(const Arguments& arguments, const CameraResults& results, const tools::SeenByPair& seen,
+                   Calibrator& calibrator, PairReport& report, PairVerdict& verdict) {
+  report.model = arguments.modelName;
   const float rms = calibrator.ComputeCalibrationStereo(results.left.text, results.right.text,
                                                         arguments.model, results.fromFiles);
   if (calibrator.GetStatus() != Calibrator::STATUS_COMPLETED) {
@@ -211,27 +216,31 @@ PairReport CalibratePair(const Arguments& arguments, const PairViews& pairs, con
     report.refinedRight = calibrator.GetKRight();
   }
   verdict = VerdictOf(calibrator, results);
+  report.left = {verdict.left.rms, verdict.left.viewRms};
+  report.right = {verdict.right.rms, verdict.right.viewRms};
   report.disagreeing = ViewsLeftOut(verdict);
-  report.epipolarDistance = EpipolarDistance(calibrator, left, right, report.disagreeing);
-  return report;
+  report.epipolarDistance = EpipolarDistance(calibrator, seen.left, seen.right, report.disagreeing);
 }
 
 void CheckOutputs(const Arguments& arguments) {
   CheckOutput(arguments.output);
-  CheckWritable(tools::VerdictFiles(arguments.output).text);
+  const tools::VerdictFiles files(arguments.output);
+  for (const std::string& file : {files.text, files.PictureOf("left"), files.PictureOf("right")}) {
+    CheckWritable(file);
+  }
   if (!arguments.calibLeft.empty()) return;
   CheckJudgedOutput(arguments.output + "_left");
   CheckJudgedOutput(arguments.output + "_right");
 }
 
 /// The file that could not be written, or an empty text.
-std::string SavePair(Calibrator& calibrator, const PairVerdict& verdict, const std::string& output,
-                     tools::OutputFiles& files) {
+std::string SavePair(Calibrator& calibrator, const PairVerdict& verdict, const tools::SeenByPair& seen,
+                     const std::string& output, tools::OutputFiles& files) {
   const std::string file = output + ".json";
   files.Announce(file);
   if (SaveResultFile(calibrator, output).empty()) return file;
   files.Written(file);
-  return tools::SaveVerdict(verdict, output, files);
+  return tools::SaveVerdict(verdict, seen, output, files);
 }
 
 }  // namespace
@@ -257,10 +266,12 @@ ExitStatus RunPair(const Arguments& arguments) {
   Calibrator calibrator(arguments.grid, UnitOf(arguments), Calibrator::STEREO, frame.width, frame.height);
   tools::ApplyEngineOptions(arguments, UnitOf(arguments), calibrator);
   calibrator.SetRefineLenses(arguments.refineLenses);
+  PairReport report;
   PairVerdict verdict;
-  const PairReport report = CalibratePair(arguments, pairs, results, calibrator, verdict);
+  const tools::SeenByPair seen = Select(arguments, pairs, calibrator, report);
+  CalibratePair(arguments, results, seen, calibrator, report, verdict);
   std::cout << "== pair\n" << PairTable(report) << "\n" << VerdictTable(verdict, report.used);
-  const ExitStatus written = StatusOf(SavePair(calibrator, verdict, arguments.output, files));
+  const ExitStatus written = StatusOf(SavePair(calibrator, verdict, seen, arguments.output, files));
   if (written != CALIBRATED) return written;
   return EndWithFiles(files, verdict.grade == PairVerdict::Grade::Worthless, arguments);
 }

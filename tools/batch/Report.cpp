@@ -76,17 +76,24 @@ std::string ParameterTable(const Report& report) {
   return text;
 }
 
-std::string WorstViews(const Report& report) {
-  const size_t count = std::min(report.used.size(), static_cast<size_t>(report.viewErrors.rows));
+/// Those with the largest errors, of the first `count` views without those that disagree.
+template <typename ErrorOf>
+std::vector<size_t> WorstOf(size_t count, const std::set<size_t>& disagreeing, const ErrorOf& error) {
   std::vector<size_t> order;
   for (size_t i = 0; i < count; ++i) {
-    if (report.disagreeing.count(i) == 0) order.push_back(i);
+    if (disagreeing.count(i) == 0) order.push_back(i);
   }
-  const auto error = [&](size_t i) { return report.viewErrors.at<double>(static_cast<int>(i)); };
   std::stable_sort(order.begin(), order.end(), [&](size_t a, size_t b) { return error(a) > error(b); });
+  order.resize(std::min(order.size(), WORST_VIEWS));
+  return order;
+}
+
+std::string WorstViews(const Report& report) {
+  const size_t count = std::min(report.used.size(), static_cast<size_t>(report.viewErrors.rows));
+  const auto error = [&](size_t i) { return report.viewErrors.at<double>(static_cast<int>(i)); };
   std::string text;
-  for (size_t i = 0; i < std::min(order.size(), WORST_VIEWS); ++i) {
-    text += Formatted("  %8.4f px  ", error(order[i])) + report.used[order[i]] + "\n";
+  for (const size_t i : WorstOf(count, report.disagreeing, error)) {
+    text += Formatted("  %8.4f px  ", error(i)) + report.used[i] + "\n";
   }
   return text;
 }
@@ -155,6 +162,18 @@ std::string SwappedText(const cv::Mat& T) {
              : "";
 }
 
+/// By the camera that sees a view worse.
+std::string WorstViews(const PairReport& report) {
+  const size_t count = std::min({report.used.size(), report.left.views.size(), report.right.views.size()});
+  const auto error = [&](size_t i) { return std::max(report.left.views[i], report.right.views[i]); };
+  std::string text;
+  for (const size_t i : WorstOf(count, report.disagreeing, error)) {
+    text += Formatted("  %8.4f px %8.4f px  ", report.left.views[i], report.right.views[i]) + report.used[i] +
+            "\n";
+  }
+  return text;
+}
+
 std::string RefinedLens(const char* side, const cv::Mat& K) {
   return K.empty()
              ? ""
@@ -172,12 +191,14 @@ std::string PairTable(const PairReport& report) {
   return ViewsTable(report.used, report.rejected, report.disagreeing, "pair") + "\n" +
          Formatted("Pair: %s model\n", report.model.c_str()) +
          Formatted("RMS reprojection error:  %.6f px\n", report.rms) +
+         Formatted("RMS of left and right:   %.6f px, %.6f px\n", report.left.rms, report.right.rms) +
          Formatted("Mean epipolar distance:  %.6f px\n", report.epipolarDistance) +
          Formatted("Baseline:                %.6f m\n", cv::norm(T)) +
          Formatted("Translation:             %.6f %.6f %.6f m\n", T.at<double>(0), T.at<double>(1),
                    T.at<double>(2)) +
          Formatted("Rotation:                %.4f degrees\n", degrees) + SwappedText(report.T) +
-         RefinedLens("left", report.refinedLeft) + RefinedLens("right", report.refinedRight);
+         RefinedLens("left", report.refinedLeft) + RefinedLens("right", report.refinedRight) +
+         "\nWorst views, left and right:\n" + WorstViews(report);
 }
 
 }  // namespace batch

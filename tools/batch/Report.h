@@ -31,6 +31,12 @@ struct Report {
   cv::Mat K, D, stdDevs, viewErrors;  ///< as the engine hands them out
 };
 
+/// How far off the points of one of a pair's cameras are, pixels.
+struct SideErrors {
+  double rms = 0.0;
+  std::vector<double> views;  ///< RMS of each; negative where the image was left out
+};
+
 /// What a calibration of a pair gave.
 struct PairReport {
   std::string model;
@@ -38,6 +44,7 @@ struct PairReport {
   std::set<size_t> disagreeing;  ///< indexes of pairs of which the solver left out an image
   std::vector<Rejection> rejected;
   double rms = 0.0;
+  SideErrors left, right;
   cv::Mat R, T;                       ///< right from left
   double epipolarDistance = 0.0;      ///< mean, pixels, of the pairs that agree
   cv::Mat refinedLeft, refinedRight;  ///< camera matrices that were refined with the pair; else empty
@@ -51,7 +58,7 @@ std::string ViewsTable(const std::vector<std::string>& used, const std::vector<R
 /// The whole table: views, model, RMS, parameters with standard deviations, the worst views.
 std::string ResultTable(const Report& report);
 
-/// The whole table of a pair: views, RMS, baseline, rotation, epipolar distance.
+/// The whole table of a pair: views, RMS, baseline, rotation, epipolar distance, the worst views.
 std::string PairTable(const PairReport& report);
 
 }  // namespace batch

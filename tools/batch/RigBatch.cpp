@@ -9,6 +9,7 @@
 #include "batch/RigReport.h"
 #include "batch/RigViews.h"
 #include "batch/VerdictReport.h"
+#include "common/VerdictFiles.h"
 
 namespace batch {
 
@@ -47,11 +48,33 @@ velmora::RigResult Compute(const RigViews& views, const velmora::RigOptions& opt
   }
 }
 
+/// Intrinsics that are given have no pictures: nothing was found out about them.
+void CheckOutputs(const Arguments& arguments, const std::string& output) {
+  CheckWritable(output + ".json");
+  for (size_t i = 0; i < arguments.rig.size() && arguments.intrinsics.empty(); ++i) {
+    CheckWritable(tools::VerdictFiles(output).PictureOf(std::to_string(i)));
+  }
+}
+
+/// The file that could not be written, or an empty text.
+std::string SavePictures(const velmora::RigVerdict& verdict, const RigViews& views, const std::string& output,
+                         tools::OutputFiles& files) {
+  const std::vector<cv::Size> frames = views.Frames();
+  const velmora::RigRecords records = views.Records();
+  for (size_t i = 0; i < verdict.cameras.size(); ++i) {
+    const std::string unwritten =
+        tools::SavePictureOf(i, verdict.cameras[i], frames[i], records.imagePoints[i], output, files);
+    if (!unwritten.empty()) return unwritten;
+  }
+  return "";
+}
+
 }  // namespace
 
 ExitStatus RunRig(const Arguments& arguments) {
-  const std::string file = arguments.output + "_rig.json";
-  CheckWritable(file);
+  const std::string output = arguments.output + "_rig";
+  const std::string file = output + ".json";
+  CheckOutputs(arguments, output);
   const std::vector<CameraFile> intrinsics = RigCameraFiles(arguments);
   RigViews views(arguments, RigCameraNames(arguments.rig));
   views.Look();
@@ -68,6 +91,8 @@ ExitStatus RunRig(const Arguments& arguments) {
   files.Announce(file);
   if (!SaveRig(RigJson(result, views.Names(), model), file)) return ReportUnwritten(file);
   files.Written(file);
+  const std::string unwritten = SavePictures(result.verdict, views, output, files);
+  if (!unwritten.empty()) return ReportUnwritten(unwritten);
   return EndWithFiles(files, result.verdict.grade == CalibrationVerdict::Grade::Worthless, arguments);
 }
 

@@ -7,8 +7,8 @@
 namespace batch {
 
 /// Calibrates two cameras or more together, with intrinsics that are given or are estimated too; writes
-/// OUTPUT_rig.json, and prints the table. Raises InputError for unusable inputs, and the engine's exception,
-/// with the cameras' names, where there is no result.
+/// OUTPUT_rig.json with a picture of each camera that is estimated, and prints the table. Raises InputError
+/// for unusable inputs, and the engine's exception, with the cameras' names, where there is no result.
 ExitStatus RunRig(const Arguments& arguments);
 
 }  // namespace batch

@@ -227,7 +227,7 @@ std::vector<double> UncertaintyLevels(double least, double most) {
 }
 
 cv::Mat DrawUncertainty(const CalibrationVerdict& verdict, const cv::Size& frame,
-                        const std::vector<std::vector<cv::Point2d>>& seen) {
+                        const std::vector<std::vector<cv::Point2d>>& seen, const std::string& title) {
   const UncertaintyLayout layout(frame);
   cv::Mat picture(layout.picture, CV_8UC3, PAPER);
   const ColourScale scale(verdict.deviationMap.empty() ? cv::Mat() : WithinData(verdict, frame));
@@ -235,7 +235,8 @@ cv::Mat DrawUncertainty(const CalibrationVerdict& verdict, const cv::Size& frame
   drawing.Points(seen);
   drawing.Lines();
   DrawScale(scale, layout.scale, picture);
-  Write(picture, "Standard deviation of projections. Verdict: " + verdict.Words(), {MARGIN, HEAD - 13}, 0.55);
+  const std::string usual = "Standard deviation of projections. Verdict: " + verdict.Words();
+  Write(picture, title.empty() ? usual : title, {MARGIN, HEAD - 13}, 0.55);
   Write(picture, "dots: circles that were seen    white line: around them    grey: no circles seen",
         {MARGIN, layout.picture.height - 12});
   return picture;

@@ -1,6 +1,7 @@
 /// How good the calibration of a pair of cameras is, in numbers and in words.
 #pragma once
 
+#include <opencv2/core.hpp>
 #include <string>
 #include <vector>
 
@@ -36,6 +37,20 @@ struct VELMORA_API PairVerdict {
     std::string reason;
   };
 
+  /// What the result says of one of the cameras.
+  struct Camera {
+    double rms = 0.0;  ///< of its points that were used, pixels
+    /// The same of each snapshot, in their order; -1 where the computation left out the camera's image.
+    std::vector<double> viewRms;
+    /// Formal deviations of projections, as of a CalibrationVerdict, by a lens of which these views tell all
+    /// that is known. A refined lens is one; of a held one more may be known than that.
+    double deviationInData = 0.0;
+    double deviationInImage = 0.0;
+    double coverage = 0.0;              ///< share of the image within the data's convex hull
+    std::vector<cv::Point2f> dataArea;  ///< that hull
+    cv::Mat deviationMap;  ///< as of a CalibrationVerdict; empty when the views do not determine the lens
+  };
+
   Grade grade = Grade::None;  ///< None: there is no result to judge
   std::vector<Remark> remarks;
   std::vector<LeftOut> leftOut;
@@ -47,6 +62,8 @@ struct VELMORA_API PairVerdict {
   Deviations withLenses;
   double disagreement = 0.0;  ///< the median of that of all views
   std::vector<Disagreement> disagreements;
+  Camera left;
+  Camera right;
   /// Metres from the sheet's lowest dot to its highest, where its bend moves the result; else 0.
   double sheetBend = 0.0;
 
@@ -56,6 +73,6 @@ struct VELMORA_API PairVerdict {
 
   /// The words of the grade, as of a CalibrationVerdict.
   std::string Words() const;
-  /// All of it as a JSON text.
+  /// All of it but the maps and hulls as a JSON text.
   std::string ToJson() const;
 };

@@ -194,7 +194,8 @@ PairVerdict Computations::JudgePair() const {
                             result->model,
                             result->intrinsicsRefined,
                             result->discRadius,
-                            result->pair.solution};
+                            result->pair.solution,
+                            imageSize_};
   return velmora::JudgePair(records, result->intrinsics, result->pair.R, result->pair.T);
 }
 

@@ -185,10 +185,7 @@ class RigComputation {
     cv::Rodrigues(pose.R, view.rvec);
     view.tvec = pose.t - pose.R * target_.middles[solution.kept[number]];
     view.used = true;
-    for (size_t i = 0; i < view.rms.size(); ++i) {
-      const double count = solution.views[number].observations[i].Count();
-      if (count > 0.0) view.rms[i] = std::sqrt(solution.equations[number].costs[i] / count);
-    }
+    for (size_t i = 0; i < view.rms.size(); ++i) view.rms[i] = RmsOfImage(solution, number, i);
   }
 
   static RigCamera CameraOf(const Solution& solution, size_t number, const Eigen::MatrixXd& covariance) {
@@ -199,15 +196,9 @@ class RigComputation {
     result.D = solver::CoefficientsOf(camera.intrinsics);
     result.R = camera.cameraFromRig.R;
     result.T = camera.cameraFromRig.t;
-    double cost = 0.0;
-    double points = 0.0;
-    for (size_t i = 0; i < solution.views.size(); ++i) {
-      const double count = solution.views[i].observations[number].Count();
-      cost += solution.equations[i].costs[number];
-      points += count;
-      result.views += count > 0.0 ? 1 : 0;
-    }
-    result.rms = std::sqrt(cost / std::max(points, 1.0));
+    for (const TargetView& view : solution.views)
+      result.views += view.observations[number].Count() > 0.0 ? 1 : 0;
+    result.rms = RmsOfCamera(solution, number);
     CopyDeviations(LayoutOf(solution.rig, solution.estimated).cameras[number], covariance, result);
     return result;
   }

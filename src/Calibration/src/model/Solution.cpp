@@ -32,6 +32,21 @@ double RmsOf(const Solution& solution) {
   return std::sqrt(solution.cost / CountOf(solution.views));
 }
 
+double RmsOfCamera(const Solution& solution, size_t camera) {
+  double cost = 0.0;
+  double points = 0.0;
+  for (size_t i = 0; i < solution.views.size(); ++i) {
+    cost += solution.equations[i].costs[camera];
+    points += solution.views[i].observations[camera].Count();
+  }
+  return std::sqrt(cost / std::max(points, 1.0));
+}
+
+double RmsOfImage(const Solution& solution, size_t view, size_t camera) {
+  const double points = solution.views[view].observations[camera].Count();
+  return points > 0.0 ? std::sqrt(solution.equations[view].costs[camera] / points) : -1.0;
+}
+
 double NoiseVariance(const Solution& solution) {
   return NoiseVariance(solution.cost, solution.views, LayoutOf(solution.rig, solution.estimated).shared);
 }

@@ -93,6 +93,10 @@ struct Solution {
 
 /// The root of the mean squared residual of a point, pixels.
 double RmsOf(const Solution& solution);
+/// The same of one of its cameras, over all views; 0 of one that saw nothing that is used.
+double RmsOfCamera(const Solution& solution, size_t camera);
+/// The same of the camera's image in one of the solution's views; -1 where nothing of it is used.
+double RmsOfImage(const Solution& solution, size_t view, size_t camera);
 
 /// The variance of a coordinate's noise: the cost per degree of freedom, in squared pixels.
 double NoiseVariance(const Solution& solution);

@@ -35,23 +35,6 @@ constexpr double SMALL_COVERAGE = 0.4;
 constexpr int FEW_VIEWS = 10;
 constexpr int FEWEST_AGREEING = 5;  // of those that outvoted others
 
-std::vector<cv::Point2f> HullOf(const std::vector<TargetView>& views, size_t camera) {
-  std::vector<cv::Point2f> points;
-  for (const TargetView& view : views) {
-    const Observation& observation = view.observations[camera];
-    points.insert(points.end(), observation.image.begin(), observation.image.end());
-  }
-  std::vector<cv::Point2f> hull;
-  cv::convexHull(points, hull);
-  return hull;
-}
-
-/// The part of a covariance of what all views share that is of a camera's intrinsics; empty of an empty one.
-Eigen::MatrixXd OwnPart(const Eigen::MatrixXd& covariance, const Layout::Place& place) {
-  if (covariance.size() == 0) return {};
-  return covariance.block(place.intrinsics, place.intrinsics, place.count, place.count);
-}
-
 double RelativeFocal(const Eigen::MatrixXd& covariance, const Intrinsics& intrinsics) {
   return std::max(std::sqrt(covariance(FX, FX)) / intrinsics.values[FX],
                   std::sqrt(covariance(FY, FY)) / intrinsics.values[FY]);
@@ -68,12 +51,13 @@ void Measure(const Solution& solution, size_t camera, CalibrationVerdict& verdic
   const Layout::Place place = LayoutOf(solution.rig, solution.estimated).cameras[camera];
   const Intrinsics& intrinsics = solution.rig.cameras[camera].intrinsics;
   verdict.views = ViewsOf(solution, camera);
-  verdict.dataArea = HullOf(solution.views, camera);
+  verdict.dataArea = DataAreaOf(solution.views, camera);
   verdict.coverage = std::min(1.0, cv::contourArea(verdict.dataArea) / imageSize.area());
   const ProjectionUncertainty uncertainty(intrinsics, imageSize, verdict.dataArea);
   const double unknown = std::numeric_limits<double>::infinity();
-  const Eigen::MatrixXd formal = OwnPart(solver::SharedCovariance(solution), place);
-  const Eigen::MatrixXd jackknife = OwnPart(solver::JackknifeCovariance(solution), place);
+  const Eigen::MatrixXd formal = solver::IntrinsicsCovariance(solver::SharedCovariance(solution), place);
+  const Eigen::MatrixXd jackknife =
+      solver::IntrinsicsCovariance(solver::JackknifeCovariance(solution), place);
   const bool hasFormal = formal.size() > 0;
   const bool hasJackknife = jackknife.size() > 0;
   verdict.focalDeviation = hasFormal ? RelativeFocal(formal, intrinsics) : unknown;

@@ -8,6 +8,7 @@
 
 #include "model/LensModel.h"
 #include "quality/Disagreement.h"
+#include "quality/PairCameras.h"
 #include "quality/PoseDeviations.h"
 #include "quality/SheetEffect.h"
 #include "solver/BundleAdjustment.h"
@@ -57,7 +58,10 @@ Solution SolutionOf(const PairRecords& records, const StereoIntrinsics& lenses,
   }
   if (found.estimated.intrinsics) return found;
   Rig rig = found.rig;
-  for (Camera& camera : rig.cameras) camera.intrinsics.estimated = LensModelOf(records.model).parameters;
+  for (Camera& camera : rig.cameras) {
+    camera.imageSize = records.imageSize;  // computing poses did not ask for it
+    camera.intrinsics.estimated = LensModelOf(records.model).parameters;
+  }
   Solution solution = solver::EvaluatedAt({rig, found.views, {}, {}});
   const int shared =
       records.lensesRefined ? LayoutOf(solution.rig, solution.estimated).shared : POSE_PARAMETERS;
@@ -68,12 +72,15 @@ Solution SolutionOf(const PairRecords& records, const StereoIntrinsics& lenses,
   return solution;
 }
 
-void Measure(const Solution& solution, PairVerdict& verdict) {
+void Measure(const Solution& solution, size_t snapshots, PairVerdict& verdict) {
   const cv::Vec3d& T = solution.rig.cameras[1].cameraFromRig.t;
   const int intrinsics = LayoutOf(solution.rig, solution.estimated).shared - POSE_PARAMETERS;
   const int first = verdict.lensesRefined ? 0 : intrinsics;
   verdict.formal = OfRight(solver::SharedCovariance(solution, first), T);
-  verdict.withLenses = OfRight(solver::SharedCovariance(solution), T);
+  const Eigen::MatrixXd withLenses = solver::SharedCovariance(solution);
+  verdict.withLenses = OfRight(withLenses, T);
+  verdict.left = PairCameraOf(solution, 0, withLenses, snapshots);
+  verdict.right = PairCameraOf(solution, 1, withLenses, snapshots);
   verdict.jackknife = OfRight(solver::JackknifeCovariance(solution, first), T);
   const std::vector<double> apart = DisagreementsOf(solution);
   verdict.disagreement = UsualDisagreement(apart);
@@ -172,11 +179,12 @@ PairVerdict JudgePair(const PairRecords& records, const StereoIntrinsics& lenses
   verdict.lensesRefined = records.lensesRefined;
   if (!solution.usable) {
     verdict.formal = verdict.jackknife = verdict.withLenses = UNKNOWN_POSE;
+    verdict.left = verdict.right = PairCameraOf(solution, 0, {}, records.objectPoints.size());
     Grant(verdict, Grade::Worthless, "The views do not agree with this pair of cameras.",
           "Check that the result and the views belong together.");
     return verdict;
   }
-  Measure(solution, verdict);
+  Measure(solution, records.objectPoints.size(), verdict);
   JudgeDeviations(LensModelOf(records.model).parameters == FULL_PARAMETERS, verdict);
   JudgeAgreement(verdict);
   JudgeSheet(solution, verdict);

@@ -19,6 +19,7 @@ struct PairRecords {
   bool lensesRefined = false;
   double discRadius = 0.0;                   ///< that of the computation
   std::shared_ptr<const Solution> solution;  ///< that of the computation, where this engine's solver made it
+  cv::Size imageSize;  ///< of both cameras; without it nothing is said of their projections
 };
 
 /// Of either solver's result for the records. `lenses` are those that belong to R and T. Grade None without a

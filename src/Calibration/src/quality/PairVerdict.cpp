@@ -18,6 +18,16 @@ nlohmann::json Object(const PairVerdict::Deviations& deviations) {
           {"direction", Number(deviations.direction)}};
 }
 
+nlohmann::json Object(const PairVerdict::Camera& camera) {
+  nlohmann::json views = nlohmann::json::array();
+  for (const double rms : camera.viewRms) views.push_back(rms < 0.0 ? nlohmann::json() : Number(rms));
+  return {{"rms", Number(camera.rms)},
+          {"viewRms", views},
+          {"deviationInData", Number(camera.deviationInData)},
+          {"deviationInImage", Number(camera.deviationInImage)},
+          {"coverage", Number(camera.coverage)}};
+}
+
 }  // namespace
 
 void PairVerdict::Consider(const CalibrationVerdict& camera, const std::string& side) {
@@ -46,6 +56,8 @@ std::string PairVerdict::ToJson() const {
   for (const Disagreement& item : disagreements) {
     text["disagreements"].push_back({{"view", item.view}, {"factor", Number(item.factor)}});
   }
+  text["left"] = Object(left);
+  text["right"] = Object(right);
   text["leftOut"] = nlohmann::json::array();
   for (const LeftOut& left : leftOut) {
     text["leftOut"].push_back({{"view", left.view},

@@ -84,6 +84,17 @@ bool RayOf(const solver::Projection& projection, const Intrinsics& intrinsics, c
   return Unproject(projection, intrinsics, pixel, ray, u, v);
 }
 
+std::vector<cv::Point2f> DataAreaOf(const std::vector<TargetView>& views, size_t camera) {
+  std::vector<cv::Point2f> points;
+  for (const TargetView& view : views) {
+    const Observation& observation = view.observations[camera];
+    points.insert(points.end(), observation.image.begin(), observation.image.end());
+  }
+  std::vector<cv::Point2f> hull;
+  if (!points.empty()) cv::convexHull(points, hull);
+  return hull;
+}
+
 ProjectionUncertainty::ProjectionUncertainty(const Intrinsics& intrinsics, const cv::Size& imageSize,
                                              const std::vector<cv::Point2f>& area) {
   const solver::Projection projection(intrinsics);

@@ -5,6 +5,7 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
+#include "model/Rig.h"
 #include "solver/Projection.h"
 
 namespace velmora {
@@ -12,6 +13,9 @@ namespace velmora {
 /// The ray (x, y, 1) of a pixel. False when none is found.
 bool RayOf(const solver::Projection& projection, const Intrinsics& intrinsics, const cv::Point2d& pixel,
            cv::Vec3d& ray);
+
+/// The convex hull of what a camera saw in all views.
+std::vector<cv::Point2f> DataAreaOf(const std::vector<TargetView>& views, size_t camera);
 
 /// The derivatives of the pixels of fixed rays, over a grid of the image, without what a common turn of the
 /// camera's frame does.

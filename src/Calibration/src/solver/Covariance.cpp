@@ -56,6 +56,11 @@ Eigen::MatrixXd JackknifeCovariance(const Solution& solution, int firstEstimated
   return covariance * ((views - 1.0) / views);
 }
 
+Eigen::MatrixXd IntrinsicsCovariance(const Eigen::MatrixXd& shared, const Layout::Place& place) {
+  if (shared.size() == 0) return {};
+  return shared.block(place.intrinsics, place.intrinsics, place.count, place.count);
+}
+
 PoseMatrix PoseCovariance(const ViewEquations& equations, double variance, const Eigen::MatrixXd& shared) {
   const Index own = equations.Own();
   Eigen::MatrixXd covariance(own, own);

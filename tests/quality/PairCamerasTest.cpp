@@ -1,0 +1,200 @@
+/// What the verdict on a pair says of each camera: errors of views as OpenCV's projection has them, what was
+/// left out, and how sure projections are beside what each camera knows alone.
+#include "quality/PairCameras.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <opencv2/calib3d.hpp>
+
+#include "quality/Judge.h"
+#include "quality/PairJudge.h"
+#include "quality/ProjectionUncertainty.h"
+#include "solver/PairViews.h"
+
+using namespace velmora;
+
+namespace {
+
+using unit::EachAlone;
+using unit::RigFor;
+using unit::Seen;
+
+const int MODELS[] = {Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL, Calibrator::MODEL_FULL};
+
+/// A pair as a calibrator hands it to its judge.
+struct Judged {
+  ExtrinsicsResult result;
+  StereoIntrinsics lenses;
+  PairVerdict verdict;
+};
+
+Judged JudgedHeld(const unit::PointPairs& pairs, const StereoIntrinsics& lenses, int model,
+                  const SparsePairOptions& options = {}, const cv::Size& imageSize = unit::FRAME) {
+  const auto targets = unit::Targets(pairs.left.size());
+  Judged judged;
+  judged.lenses = lenses;
+  judged.result = SolveExtrinsicsSparsely(targets, pairs.left, pairs.right, lenses, model, options);
+  judged.verdict = JudgePair(
+      {targets, pairs.left, pairs.right, model, false, options.discRadius, judged.result.solution, imageSize},
+      lenses, judged.result.R, judged.result.T);
+  return judged;
+}
+
+Judged JudgedRefined(const unit::PointPairs& pairs, int model, const SparsePairOptions& options = {}) {
+  const auto targets = unit::Targets(pairs.left.size());
+  Judged judged;
+  judged.result = unit::Refined(pairs, EachAlone(pairs, model), model, options);
+  judged.lenses = judged.result.refined;
+  judged.verdict = JudgePair({targets, pairs.left, pairs.right, model, true, options.discRadius,
+                              judged.result.solution, unit::FRAME},
+                             judged.lenses, judged.result.R, judged.result.T);
+  return judged;
+}
+
+/// By OpenCV's projection: the distances of what a camera saw from where it should have.
+double RmsByOpenCv(const Judged& judged, const TargetView& view, size_t camera) {
+  const Observation& seen = view.observations[camera];
+  const RigidTransform rightFromLeft = {cv::Matx33d(judged.result.R),
+                                        cv::Vec3d(judged.result.T.ptr<double>())};
+  const RigidTransform pose = camera == 0 ? view.rigFromTarget : rightFromLeft * view.rigFromTarget;
+  cv::Vec3d rvec;
+  cv::Rodrigues(pose.R, rvec);
+  std::vector<cv::Point2d> expected;
+  cv::projectPoints(seen.object, rvec, pose.t, camera == 0 ? judged.lenses.K : judged.lenses.KRight,
+                    camera == 0 ? judged.lenses.D : judged.lenses.DRight, expected);
+  double squares = 0.0;
+  double count = 0.0;
+  for (size_t i = 0; i < expected.size(); ++i) {
+    const cv::Point2d off = expected[i] - seen.image[i];
+    squares += seen.Weight(i) * off.dot(off);
+    count += seen.Weight(i);
+  }
+  return std::sqrt(squares / count);
+}
+
+void ExpectErrorsOfOpenCv(const Judged& judged) {
+  const Solution& solution = *judged.result.solution;
+  size_t camera = 0;
+  for (const PairVerdict::Camera& side : {judged.verdict.left, judged.verdict.right}) {
+    double squares = 0.0;
+    ASSERT_EQ(side.viewRms.size(), solution.views.size());
+    for (size_t i = 0; i < solution.views.size(); ++i) {
+      const double expected = RmsByOpenCv(judged, solution.views[i], camera);
+      EXPECT_NEAR(side.viewRms[i], expected, 1e-7) << "camera " << camera << ", view " << i;
+      squares += expected * expected;
+    }
+    EXPECT_NEAR(side.rms, std::sqrt(squares / static_cast<double>(solution.views.size())), 1e-7);
+    EXPECT_GT(side.rms, 0.1);
+    ++camera;
+  }
+}
+
+TEST(PairCameras, HaveTheErrorsOfTheirViewsByOpenCv) {
+  for (const int model : MODELS) {
+    const auto pairs = Seen(RigFor(model), 10, 3, 0.1);
+    ExpectErrorsOfOpenCv(JudgedHeld(pairs, unit::TrueLenses(RigFor(model)), model));
+    ExpectErrorsOfOpenCv(JudgedRefined(pairs, model));
+  }
+}
+
+TEST(PairCameras, TellWhichOfThemSeesWorse) {
+  const int model = Calibrator::MODEL_CLASSIC;
+  auto pairs = Seen(RigFor(model), 10, 3, 0.1);
+  const auto worse = Seen(RigFor(model), 10, 3, 0.4);
+  pairs.right = worse.right;
+  const PairVerdict verdict = JudgedHeld(pairs, unit::TrueLenses(RigFor(model)), model).verdict;
+  EXPECT_GT(verdict.right.rms, 2.0 * verdict.left.rms);
+  EXPECT_NEAR(verdict.right.rms, 0.4 * std::sqrt(2.0), 0.06);
+}
+
+TEST(PairCameras, MarkTheImageThatWasLeftOutAndKeepTheOtherOne) {
+  const int model = Calibrator::MODEL_RATIONAL;
+  auto pairs = Seen(RigFor(model), 12, 2, 0.1);
+  std::reverse(pairs.right[4].begin(), pairs.right[4].end());
+  pairs.left[7][20] += cv::Point2d(9.0, -7.0);
+  SparsePairOptions robust;
+  robust.robust = true;
+  for (const Judged& judged : {JudgedHeld(pairs, unit::TrueLenses(RigFor(model)), model, robust),
+                               JudgedRefined(Seen(RigFor(model), 12, 2, 0.1), model, robust)}) {
+    const PairVerdict& verdict = judged.verdict;
+    ASSERT_EQ(verdict.left.viewRms.size(), 12U);
+    ASSERT_EQ(verdict.right.viewRms.size(), 12U);
+    for (const PairVerdict::LeftOut& left : verdict.leftOut) {
+      const PairVerdict::Camera& camera = left.right ? verdict.right : verdict.left;
+      EXPECT_EQ(camera.viewRms[left.view] < 0.0, left.point < 0) << verdict.ToJson();
+    }
+    const auto marked = [](const PairVerdict::Camera& camera) {
+      return std::count(camera.viewRms.begin(), camera.viewRms.end(), -1.0);
+    };
+    EXPECT_EQ(marked(verdict.left), 0) << verdict.ToJson();
+    EXPECT_EQ(marked(verdict.right), verdict.lensesRefined ? 0 : 1) << verdict.ToJson();
+    // Points and images that were left out do not count.
+    for (const PairVerdict::Camera& camera : {verdict.left, verdict.right}) {
+      EXPECT_LT(camera.rms, 0.2);
+      for (const double rms : camera.viewRms) EXPECT_LT(rms, 0.25);
+    }
+    if (!verdict.lensesRefined) EXPECT_EQ(verdict.right.viewRms[4], -1.0);
+  }
+}
+
+TEST(PairCameras, AreAtLeastAsSureAsTheirOwnViewsMakeThem) {
+  for (const int model : MODELS) {
+    const auto pairs = Seen(RigFor(model), 12, 5, 0.1);
+    const auto targets = unit::Targets(pairs.left.size());
+    const auto alone = [&](const unit::PointLists& views) {
+      return JudgeIntrinsics(targets, views, unit::FRAME,
+                             SolveIntrinsicsSparsely(targets, views, unit::FRAME, model));
+    };
+    const CalibrationVerdict left = alone(pairs.left);
+    const CalibrationVerdict right = alone(pairs.right);
+    for (const Judged& judged :
+         {JudgedHeld(pairs, EachAlone(pairs, model), model), JudgedRefined(pairs, model)}) {
+      const auto expect = [&](const PairVerdict::Camera& camera, const CalibrationVerdict& by) {
+        // The noise is estimated anew, and is what differs upwards.
+        EXPECT_LT(camera.deviationInData, 1.1 * by.deviationInData) << model;
+        EXPECT_GT(camera.deviationInData, 0.4 * by.deviationInData) << model;
+        // Where nothing was seen, larger models depend on how strongly their coefficients are held.
+        if (model == Calibrator::MODEL_CLASSIC) {
+          EXPECT_LT(camera.deviationInImage, 1.1 * by.deviationInImage);
+          EXPECT_GT(camera.deviationInImage, 0.4 * by.deviationInImage);
+        }
+        EXPECT_DOUBLE_EQ(camera.coverage, by.coverage);
+        EXPECT_EQ(camera.dataArea, by.dataArea);
+      };
+      expect(judged.verdict.left, left);
+      expect(judged.verdict.right, right);
+    }
+  }
+}
+
+TEST(PairCameras, HaveTheMapsOfTheSolutionsJudge) {
+  const int model = Calibrator::MODEL_RATIONAL;
+  const Judged judged = JudgedRefined(Seen(RigFor(model), 12, 5, 0.1), model);
+  size_t camera = 0;
+  for (const PairVerdict::Camera& side : {judged.verdict.left, judged.verdict.right}) {
+    const CalibrationVerdict expected =
+        JudgeCamera(*judged.result.solution, camera++, [] { return std::string(); });
+    ASSERT_EQ(side.deviationMap.size(),
+              cv::Size(ProjectionUncertainty::COLUMNS, ProjectionUncertainty::ROWS));
+    ASSERT_EQ(side.deviationMap.size(), expected.deviationMap.size());
+    EXPECT_EQ(cv::norm(side.deviationMap, expected.deviationMap, cv::NORM_INF), 0.0);
+    EXPECT_EQ(side.deviationInData, expected.deviationInData);
+    EXPECT_EQ(side.deviationInImage, expected.deviationInImage);
+  }
+}
+
+TEST(PairCameras, SayNothingOfProjectionsInImagesOfUnknownSize) {
+  const int model = Calibrator::MODEL_CLASSIC;
+  const PairVerdict verdict =
+      JudgedHeld(Seen(RigFor(model), 8, 1, 0.1), unit::TrueLenses(RigFor(model)), model, {}, {}).verdict;
+  for (const PairVerdict::Camera& camera : {verdict.left, verdict.right}) {
+    EXPECT_TRUE(camera.deviationMap.empty());
+    EXPECT_TRUE(std::isinf(camera.deviationInData));
+    EXPECT_EQ(camera.coverage, 0.0);
+    EXPECT_EQ(camera.viewRms.size(), 8U);
+  }
+}
+
+}  // namespace
