@@ -37,7 +37,7 @@ struct VELMORA_API PairVerdict {
     std::string reason;
   };
 
-  /// What the result says of one of the cameras.
+  /// What the result says of one of the cameras; numbers are infinite where they are not known.
   struct Camera {
     double rms = 0.0;  ///< of its points that were used, pixels
     /// The same of each snapshot, in their order; -1 where the computation left out the camera's image.
