@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "Options.h"
-#include "Selection.h"
-#include "Sources.h"
+#include "velmora/Options.h"
+#include "velmora/Selection.h"
+#include "common/Sources.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   std::istringstream lines(std::string(reinterpret_cast<const char*>(data), size));
@@ -17,7 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   std::ostringstream err;
   const app::CommandLine parsed = app::ReadCommandLine(words, out, err);
   if (parsed.exitStatus) return 0;
-  const app::SourcePlan plan = app::PlanSources(parsed.settings);
+  const common::SourcePlan plan = common::PlanSources(parsed.settings);
   if (plan.captures.size() > 2) std::abort();
   app::SelectCameras(parsed.settings, plan.stereo, err);
   return 0;

@@ -75,7 +75,7 @@ TEST_F(GuidedProgram, SaysWhatItCannotUseInOneLine) {
   support::Process noFolder({VELMORA_GUIDED, "--video", missing, "--output", "/nowhere/camera"},
                             OnTheDesktop());
   EXPECT_EQ(noFolder.WaitForExit(PATIENCE), 2);
-  EXPECT_EQ(noFolder.Errors(), "Error: folder '/nowhere' does not exist.\n");
+  EXPECT_EQ(noFolder.Errors(), "ERROR: folder '/nowhere' does not exist.\n");
 }
 
 }  // namespace

@@ -1,0 +1,55 @@
+/// The arguments of the headless tool.
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <string>
+#include <vector>
+
+#include "Calibrator.h"
+#include "batch/Pictures.h"
+#include "common/EngineOptions.h"
+#include "common/Hdist.h"
+#include "common/SourceSettings.h"
+
+namespace batch {
+
+/// How images of a rig's cameras are known to be of the same time.
+enum class Match { Order, Names };
+
+struct Arguments : common::EngineOptions {
+  static constexpr int MODEL_AUTO = -1;  ///< as large as the views ask for
+
+  std::vector<std::string> inputs;       ///< of the only or left camera, or of split pictures
+  std::vector<std::string> rightInputs;  ///< of the right camera of a pair
+  common::Split split = common::Split::None;
+  std::string calibLeft;  ///< result files of the cameras of a pair; empty: they are calibrated first
+  std::string calibRight;
+  bool refineLenses = false;             ///< of a pair, together with it
+  std::vector<std::string> rig;          ///< an input for each camera of a rig
+  Match match = Match::Order;            ///< of a rig
+  std::vector<std::string> intrinsics;   ///< result files of a rig's cameras; empty: they are estimated
+  float hdist = common::SUPPLIED_HDIST;  ///< metres across all row intervals of the grid
+  int model = 0;                         ///< of Calibrator, or MODEL_AUTO
+  std::string modelName = "rational";
+  cv::Size grid{4, 11};
+  cv::Size frame;  ///< processing size; zero members: the size of the input
+  int maxViews = 30;
+  std::string output = "calibration";  ///< without .json
+  bool strict = false;                 ///< a worthless result gets a status of its own
+  std::string recordModel;             ///< model file of the assistant to record, instead of a calibration
+  SamplingOptions sampling;
+
+  bool IsRig() const { return !rig.empty(); }
+  bool IsPair() const { return split != common::Split::None || !rightInputs.empty(); }
+};
+
+/// What the command line asks for: run, or end with that status (help was printed, or what is wrong).
+struct Parsed {
+  Arguments arguments;
+  bool run = false;
+  int exitStatus = 0;
+};
+
+Parsed ParseArguments(int argc, char** argv);
+
+}  // namespace batch

@@ -1,0 +1,68 @@
+/// The headless calibration of one camera.
+#include "batch/Batch.h"
+
+#include <iostream>
+
+#include "batch/CameraViews.h"
+#include "batch/Progress.h"
+#include "common/Messages.h"
+#include "common/Report.h"
+#include "common/ResultFile.h"
+#include "common/VerdictReport.h"
+
+namespace batch {
+
+void LookAtPictures(const Arguments& arguments, const std::function<std::string(Picture&)>& take) {
+  PictureStream pictures(ExpandInputsAloud(arguments.inputs), arguments.sampling);
+  Progress progress;
+  Picture picture;
+  for (int done = 1; pictures.Next(picture); ++done) {
+    const std::string fault = take(picture);
+    progress.Step(done, pictures.ExpectedCount(),
+                  picture.name + ": " + (fault.empty() ? "grid found" : fault));
+  }
+  progress.Finish();
+  std::cerr << OrientationsText(pictures.OrientationsIgnored());
+}
+
+common::ExitStatus ReportTooFewViews(const std::string& what, size_t found, const std::string& hint,
+                                     const std::string& whose) {
+  common::PrintError(std::cerr, "too few views: the grid was found in " + std::to_string(found) + " " + what +
+                                    (found == 1 ? "" : "s") + whose + ", at least " +
+                                    std::to_string(ENOUGH_VIEWS) + " are needed.");
+  std::cerr << hint;
+  return common::NO_RESULT;
+}
+
+common::ExitStatus EndWithFiles(const common::OutputFiles& files, bool worthless,
+                                const Arguments& arguments) {
+  std::cout << "\n" << files.Text();
+  return worthless && arguments.strict ? common::WORTHLESS : common::SUCCESS;
+}
+
+common::ExitStatus ReportUnwritten(const std::string& file) {
+  common::PrintError(std::cerr, "cannot write '" + file + "'.");
+  return common::UNUSABLE;
+}
+
+common::ExitStatus Run(const Arguments& arguments) {
+  common::CheckJudgedOutput(arguments.output);
+  CameraViews camera(arguments);
+  LookAtPictures(arguments, [&](Picture& picture) { return camera.Take(picture); });
+  if (!camera.SawPictures()) throw InputError("no image could be read from the input");
+  if (camera.Views().size() < ENOUGH_VIEWS) {
+    std::cout << common::ViewsTable(camera.Names(), camera.Rejected());
+    return ReportTooFewViews("image", camera.Views().size(), camera.OtherGridText());
+  }
+  std::cerr << "Computing the " << arguments.modelName << " model ...\n";
+  common::Report report = camera.Calibrate();
+  const CalibrationVerdict verdict = camera.Verdict(report);
+  std::cout << common::ResultTable(report) << "\n" << common::VerdictTable(verdict, report.used);
+  common::OutputFiles files;
+  std::string text;
+  const std::string unwritten = SaveJudged(camera, verdict, arguments.output, text, files);
+  if (!unwritten.empty()) return ReportUnwritten(unwritten);
+  return EndWithFiles(files, verdict.grade == CalibrationVerdict::Grade::Worthless, arguments);
+}
+
+}  // namespace batch

@@ -1,0 +1,31 @@
+/// The headless calibration of one camera.
+#pragma once
+
+#include <functional>
+
+#include "batch/Arguments.h"
+#include "common/ExitStatus.h"
+#include "common/OutputFiles.h"
+
+namespace batch {
+
+/// Reads the pictures, calibrates, writes the result file and prints the table. Progress and errors go to
+/// standard error, the table to standard output. Raises InputError for unusable inputs.
+common::ExitStatus Run(const Arguments& arguments);
+
+/// Reads the pictures one after the other and tells of each on standard error. `take` returns why a picture
+/// gave no view, else an empty text.
+void LookAtPictures(const Arguments& arguments, const std::function<std::string(Picture&)>& take);
+
+/// Prints on standard error that too few of the images (or pairs) held the grid, and a hint if there is one.
+/// `whose` tells, with a blank before it, whose images these are.
+common::ExitStatus ReportTooFewViews(const std::string& what, size_t found, const std::string& hint,
+                                     const std::string& whose = "");
+
+/// Prints the list of written files; how a run ends whose result is of that worth.
+common::ExitStatus EndWithFiles(const common::OutputFiles& files, bool worthless, const Arguments& arguments);
+
+/// Prints on standard error that the file could not be written.
+common::ExitStatus ReportUnwritten(const std::string& file);
+
+}  // namespace batch

@@ -1,0 +1,75 @@
+/// One camera's way from pictures to a result.
+#include "batch/CameraViews.h"
+
+#include <set>
+
+#include "batch/ViewSelection.h"
+#include "common/ResultFile.h"
+#include "common/VerdictFiles.h"
+#include "common/VerdictReport.h"
+
+namespace batch {
+
+std::string CameraViews::Take(Picture& picture) {
+  Centres centres;
+  std::string fault = search_.FaultOf(picture, centres);
+  if (fault.empty()) {
+    names_.push_back(picture.name);
+    views_.push_back(std::move(centres));
+  } else {
+    rejected_.push_back({picture.name, fault});
+  }
+  return fault;
+}
+
+common::Report CameraViews::Calibrate() {
+  Calibrator& calibrator = *search_.Engine();
+  common::Report report;
+  report.model = arguments_.modelName;
+  report.frame = FrameSize();
+  report.rejected = rejected_;
+  const auto chosen =
+      SelectSpreadViews(views_, arguments_.grid, FrameSize(), static_cast<size_t>(arguments_.maxViews));
+  const std::set<size_t> isChosen(chosen.begin(), chosen.end());
+  for (size_t i = 0; i < views_.size(); ++i) {
+    if (isChosen.count(i) > 0) {
+      calibrator.AddPoints(views_[i]);
+      used_.push_back(views_[i]);
+      report.used.push_back(names_[i]);
+    } else {
+      report.rejected.push_back(common::NotNeeded(names_[i], arguments_.maxViews));
+    }
+  }
+  calibrator.ComputeCalibration(ChosenModel(report));
+  common::CopyResult(calibrator, report);
+  return report;
+}
+
+int CameraViews::ChosenModel(common::Report& report) {
+  if (arguments_.model != Arguments::MODEL_AUTO) return arguments_.model;
+  const ModelChoice choice = search_.Engine()->ChooseModel();
+  report.model = choice.Name();
+  report.modelReasons = choice.reasons;
+  return choice.model;
+}
+
+CalibrationVerdict CameraViews::Verdict(common::Report& report) {
+  CalibrationVerdict verdict = search_.Engine()->GetVerdict();
+  report.disagreeing = common::ViewsLeftOut(verdict);
+  return verdict;
+}
+
+std::string CameraViews::Save(const std::string& output) {
+  return common::SaveResultFile(*search_.Engine(), output);
+}
+
+std::string SaveJudged(CameraViews& camera, const CalibrationVerdict& verdict, const std::string& output,
+                       std::string& text, common::OutputFiles& files) {
+  files.Announce(output + ".json");
+  text = camera.Save(output);
+  if (text.empty()) return output + ".json";
+  files.Written(output + ".json");
+  return common::SaveVerdict(verdict, camera.FrameSize(), camera.Used(), output, files);
+}
+
+}  // namespace batch

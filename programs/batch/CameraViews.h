@@ -1,0 +1,64 @@
+/// One camera's way from pictures to a result.
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <string>
+#include <vector>
+
+#include "Calibrator.h"
+#include "batch/PictureSearch.h"
+#include "common/OutputFiles.h"
+#include "common/Report.h"
+
+namespace batch {
+
+constexpr size_t ENOUGH_VIEWS = 5;
+
+/// The views of one camera, and the calibrator that they go to.
+class CameraViews {
+ public:
+  explicit CameraViews(const Arguments& arguments) : arguments_(arguments), search_(arguments) {}
+
+  /// Searches the grid in the picture, which is changed. The reason when it gives no view, else an empty
+  /// text.
+  std::string Take(Picture& picture);
+
+  /// False as long as no picture could be decoded.
+  bool SawPictures() const { return search_.Engine() != nullptr; }
+  cv::Size FrameSize() const { return search_.FrameSize(); }
+  const std::vector<Centres>& Views() const { return views_; }
+  /// Those that the computation was of.
+  const std::vector<Centres>& Used() const { return used_; }
+  const std::vector<std::string>& Names() const { return names_; }
+  const std::vector<common::Rejection>& Rejected() const { return rejected_; }
+
+  /// What else the images show when not one held the grid; see PictureSearch.
+  std::string OtherGridText() { return views_.empty() ? search_.OtherGridText() : ""; }
+
+  /// Computes from the views that spread best; the others are set aside. There must be enough.
+  common::Report Calibrate();
+
+  /// Of the computation; the views that it left out are noted in the report.
+  CalibrationVerdict Verdict(common::Report& report);
+
+  /// Writes the result file, extension added, and reads it back. The text, which is empty when that failed.
+  std::string Save(const std::string& output);
+
+ private:
+  /// The model to compute; of an automatic choice the report gets name and reasons.
+  int ChosenModel(common::Report& report);
+
+  const Arguments& arguments_;
+  PictureSearch search_;
+  std::vector<std::string> names_;
+  std::vector<Centres> views_;
+  std::vector<Centres> used_;
+  std::vector<common::Rejection> rejected_;
+};
+
+/// Saves a camera's result, whose text is handed out, and what it is worth, and notes the files. The one that
+/// could not be written, or an empty text.
+std::string SaveJudged(CameraViews& camera, const CalibrationVerdict& verdict, const std::string& output,
+                       std::string& text, common::OutputFiles& files);
+
+}  // namespace batch

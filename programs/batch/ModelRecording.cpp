@@ -1,0 +1,93 @@
+/// Records a pose model of the assistant from pictures.
+#include "batch/ModelRecording.h"
+
+#include <iostream>
+
+#include "Calibration.h"
+#include "Calibrator.h"
+#include "JSON.h"
+#include "batch/CameraViews.h"
+#include "common/ExitStatus.h"
+#include "common/Messages.h"
+#include "common/OutputFiles.h"
+#include "common/Report.h"
+#include "common/ResultFile.h"
+
+namespace batch {
+
+namespace {
+
+/// The poses of one camera's pictures, in the engine's recording.
+class Recording {
+ public:
+  explicit Recording(const Arguments& arguments) : arguments_(arguments), search_(arguments) {}
+
+  /// The reason when the picture gives no pose, else an empty text.
+  std::string Take(Picture& picture) {
+    std::string fault = FaultOf(picture);
+    if (fault.empty()) {
+      names_.push_back(picture.name);
+    } else {
+      rejected_.push_back({picture.name, fault});
+    }
+    return fault;
+  }
+
+  const std::vector<std::string>& Names() const { return names_; }
+  std::string OtherGridText() { return names_.empty() ? search_.OtherGridText() : ""; }
+  std::string Table() const { return common::ViewsTable(names_, rejected_); }
+
+  /// False when the file does not hold all the poses afterwards.
+  bool Save() {
+    Calibrator* const calibrator = search_.Engine();
+    if (calibrator == nullptr || !calibrator->StopModelRecording(arguments_.recordModel)) return false;
+    try {
+      JSON written;
+      return written.load(arguments_.recordModel) &&
+             written.readInt("count") == static_cast<int>(names_.size());
+    } catch (const std::exception&) {
+      return false;
+    }
+  }
+
+ private:
+  std::string FaultOf(Picture& picture) {
+    Centres centres;
+    std::string fault = search_.FaultOf(picture, centres);
+    if (!fault.empty()) return fault;
+    Calibrator& calibrator = *search_.Engine();
+    // The log has a remark on every matrix of points, which is what a pose is.
+    Calibration::SetLogLevel(0);
+    calibrator.StartModelRecording();  // with the first pose: a recording without one would be left behind
+    calibrator.AddPoints();
+    Calibration::SetLogLevel(1);
+    return "";
+  }
+
+  const Arguments& arguments_;
+  PictureSearch search_;
+  std::vector<std::string> names_;
+  std::vector<common::Rejection> rejected_;
+};
+
+}  // namespace
+
+common::ExitStatus RecordModel(const Arguments& arguments) {
+  common::CheckWritable(arguments.recordModel);
+  Recording recording(arguments);
+  LookAtPictures(arguments, [&](Picture& picture) { return recording.Take(picture); });
+  std::cout << recording.Table();
+  if (recording.Names().empty()) {
+    common::PrintError(std::cerr, "no pose: the grid was found in none of the images.");
+    std::cerr << recording.OtherGridText();
+    return common::NO_RESULT;
+  }
+  common::OutputFiles files;
+  files.Announce(arguments.recordModel);
+  if (!recording.Save()) return ReportUnwritten(arguments.recordModel);
+  files.Written(arguments.recordModel);
+  std::cout << "\nPose model of " << recording.Names().size() << " poses\n";
+  return EndWithFiles(files, false, arguments);
+}
+
+}  // namespace batch

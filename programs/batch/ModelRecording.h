@@ -1,0 +1,13 @@
+/// Records a pose model of the assistant from pictures.
+#pragma once
+
+#include "batch/Batch.h"
+#include "common/ExitStatus.h"
+
+namespace batch {
+
+/// Writes the model file of the arguments: one pose for each picture in which the grid is found. Progress and
+/// errors go to standard error, the table to standard output. Raises InputError for unusable inputs.
+common::ExitStatus RecordModel(const Arguments& arguments);
+
+}  // namespace batch

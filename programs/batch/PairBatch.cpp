@@ -1,0 +1,284 @@
+/// The headless calibration of a pair of cameras.
+#include "batch/PairBatch.h"
+
+#include <iostream>
+#include <set>
+
+#include "batch/CameraFile.h"
+#include "batch/CameraViews.h"
+#include "batch/Epipolar.h"
+#include "batch/Progress.h"
+#include "batch/TogetherStream.h"
+#include "batch/ViewSelection.h"
+#include "common/EngineOptions.h"
+#include "common/ExitStatus.h"
+#include "common/Halves.h"
+#include "common/OutputFiles.h"
+#include "common/Report.h"
+#include "common/ResultFile.h"
+#include "common/SourceSettings.h"
+#include "common/VerdictFiles.h"
+#include "common/VerdictReport.h"
+
+namespace batch {
+
+namespace {
+
+constexpr size_t LEFT = 0;
+constexpr size_t RIGHT = 1;
+
+std::vector<std::vector<std::string>> FilesOf(const Arguments& arguments) {
+  std::vector<std::vector<std::string>> files = {ExpandInputsAloud(arguments.inputs)};
+  if (arguments.split == common::Split::None) files.push_back(ExpandInputsAloud(arguments.rightInputs));
+  return files;
+}
+
+/// Pictures of the left and the right camera, taken together.
+class PairStream {
+ public:
+  explicit PairStream(const Arguments& arguments)
+      : split_(arguments.split), stream_(FilesOf(arguments), arguments.sampling) {
+    if (split_ != common::Split::None) return;
+    const int leftCount = stream_.ExpectedCount(LEFT);
+    const int rightCount = stream_.ExpectedCount(RIGHT);
+    if (leftCount != rightCount) {
+      throw InputError("the left camera has " + std::to_string(leftCount) + " images, the right one " +
+                       std::to_string(rightCount));
+    }
+  }
+
+  bool Next(std::vector<Picture>& pair) {
+    if (!stream_.Next(pair)) return false;
+    if (split_ == common::Split::None) return true;
+    const cv::Mat both = pair[LEFT].image;
+    pair.push_back(pair[LEFT]);
+    pair[LEFT].image = common::HalfOf(both, split_, common::Camera::Left);
+    pair[RIGHT].image = common::HalfOf(both, split_, common::Camera::Right);
+    return true;
+  }
+
+  int ExpectedCount() const { return stream_.ExpectedCount(); }
+  int OrientationsIgnored() const { return stream_.OrientationsIgnored(); }
+
+ private:
+  common::Split split_;
+  TogetherStream stream_;
+};
+
+/// What looking at all pairs gave: the views of each camera, and those that both have.
+struct PairViews {
+  explicit PairViews(const Arguments& arguments) : left(arguments), right(arguments) {}
+
+  CameraViews left;
+  CameraViews right;
+  std::vector<std::string> names;
+  std::vector<Centres> leftCentres;
+  std::vector<Centres> rightCentres;
+  std::vector<common::Rejection> rejected;
+};
+
+/// The reason when the pair gives no common view, else an empty text.
+std::string TakePair(std::vector<Picture>& pair, PairViews& pairs) {
+  const std::string name = NameTogether(pair);
+  const std::vector<std::string> faults = TakeTogether(pair, [&](size_t camera, Picture& picture) {
+    return (camera == LEFT ? pairs.left : pairs.right).Take(picture);
+  });
+  const std::string& faultLeft = faults[LEFT];
+  const std::string& faultRight = faults[RIGHT];
+  if (faultLeft.empty() && faultRight.empty()) {
+    pairs.names.push_back(name);
+    pairs.leftCentres.push_back(pairs.left.Views().back());
+    pairs.rightCentres.push_back(pairs.right.Views().back());
+    return "";
+  }
+  std::string fault = faultLeft.empty()    ? "right: " + faultRight
+                      : faultRight.empty() ? "left: " + faultLeft
+                                           : "both: " + faultLeft;
+  pairs.rejected.push_back({name, fault});
+  return fault;
+}
+
+void LookAtPairs(const Arguments& arguments, PairViews& pairs) {
+  PairStream stream(arguments);
+  Progress progress;
+  std::vector<Picture> pair;
+  for (int done = 1; stream.Next(pair); ++done) {
+    const std::string name = NameTogether(pair);
+    const std::string fault = TakePair(pair, pairs);
+    progress.Step(done, stream.ExpectedCount(), name + ": " + (fault.empty() ? "grid found in both" : fault));
+  }
+  progress.Finish();
+  std::cerr << OrientationsText(stream.OrientationsIgnored());
+  if (!pairs.left.SawPictures() || !pairs.right.SawPictures()) {
+    throw InputError("no pair of images could be read from the input");
+  }
+  if (pairs.left.FrameSize() != pairs.right.FrameSize()) {
+    throw InputError("the images of the two cameras differ in size: give --width and --height");
+  }
+}
+
+/// Of one camera of the pair.
+struct CameraResult {
+  std::string text;            ///< of the result, or the path of the file that was given
+  CalibrationVerdict verdict;  ///< when it was computed from these images
+};
+
+struct CameraResults {
+  CameraResult left;
+  CameraResult right;
+  bool fromFiles = false;
+};
+
+/// `unwritten` is the file that could not be written, or empty.
+common::ExitStatus StatusOf(const std::string& unwritten) {
+  return unwritten.empty() ? common::SUCCESS : ReportUnwritten(unwritten);
+}
+
+common::ExitStatus CalibrateCamera(CameraViews& camera, const std::string& side, const std::string& output,
+                                   CameraResult& result, common::OutputFiles& files) {
+  std::cerr << "Computing the " << side << " camera ...\n";
+  common::Report report = camera.Calibrate();
+  result.verdict = camera.Verdict(report);
+  std::cout << "== " << side << " camera\n"
+            << common::ResultTable(report) << "\n"
+            << common::VerdictTable(result.verdict, report.used) << "\n";
+  return StatusOf(SaveJudged(camera, result.verdict, output, result.text, files));
+}
+
+common::ExitStatus CameraResultsFor(const Arguments& arguments, PairViews& pairs, CameraResults& results,
+                                    common::OutputFiles& files) {
+  if (!arguments.calibLeft.empty()) {
+    results.left.text = arguments.calibLeft;
+    results.right.text = arguments.calibRight;
+    results.fromFiles = true;
+    return common::SUCCESS;
+  }
+  const common::ExitStatus status =
+      CalibrateCamera(pairs.left, "left", arguments.output + "_left", results.left, files);
+  if (status != common::SUCCESS) return status;
+  return CalibrateCamera(pairs.right, "right", arguments.output + "_right", results.right, files);
+}
+
+/// Of the pair, with that of its cameras where they were computed too.
+PairVerdict VerdictOf(Calibrator& calibrator, const CameraResults& results) {
+  PairVerdict verdict = calibrator.GetPairVerdict();
+  verdict.Consider(results.left.verdict, "left");
+  verdict.Consider(results.right.verdict, "right");
+  return verdict;
+}
+
+/// The mean over the views that agree.
+double EpipolarDistance(Calibrator& calibrator, const std::vector<Centres>& left,
+                        const std::vector<Centres>& right, const std::set<size_t>& disagreeing) {
+  std::vector<Centres> agreeingLeft;
+  std::vector<Centres> agreeingRight;
+  for (size_t i = 0; i < left.size(); ++i) {
+    if (disagreeing.count(i) > 0) continue;
+    agreeingLeft.push_back(left[i]);
+    agreeingRight.push_back(right[i]);
+  }
+  return MeanEpipolarDistance(
+      agreeingLeft, agreeingRight, {calibrator.GetKLeft(), calibrator.GetDistCoefsLeft()},
+      {calibrator.GetKRight(), calibrator.GetDistCoefsRight()}, calibrator.GetFundamentalMatrix());
+}
+
+/// Gives the calibrator the common views that spread best; the others are noted in the report.
+common::SeenByPair Select(const Arguments& arguments, const PairViews& pairs, Calibrator& calibrator,
+                          common::PairReport& report) {
+  common::SeenByPair seen;
+  seen.frame = pairs.left.FrameSize();
+  report.rejected = pairs.rejected;
+  const auto chosen = SelectSpreadViews(pairs.leftCentres, arguments.grid, pairs.left.FrameSize(),
+                                        static_cast<size_t>(arguments.maxViews));
+  const std::set<size_t> isChosen(chosen.begin(), chosen.end());
+  for (size_t i = 0; i < pairs.names.size(); ++i) {
+    if (isChosen.count(i) == 0) {
+      report.rejected.push_back(common::NotNeeded(pairs.names[i], arguments.maxViews));
+      continue;
+    }
+    calibrator.AddStereoPoints(pairs.leftCentres[i], pairs.rightCentres[i]);
+    seen.left.push_back(pairs.leftCentres[i]);
+    seen.right.push_back(pairs.rightCentres[i]);
+    report.used.push_back(pairs.names[i]);
+  }
+  return seen;
+}
+
+/// Computes the pair from what it saw.
+void CalibratePair(const Arguments& arguments, const CameraResults& results, const common::SeenByPair& seen,
+                   Calibrator& calibrator, common::PairReport& report, PairVerdict& verdict) {
+  report.model = arguments.modelName;
+  const float rms = calibrator.ComputeCalibrationStereo(results.left.text, results.right.text,
+                                                        arguments.model, results.fromFiles);
+  if (calibrator.GetStatus() != Calibrator::STATUS_COMPLETED) {
+    throw InputError("the result files of the cameras cannot be used");  // the engine has said why
+  }
+  report.rms = static_cast<double>(rms);
+  report.R = calibrator.GetR();
+  report.T = calibrator.GetStereoTranslation();
+  if (arguments.refineLenses) {
+    report.refinedLeft = calibrator.GetKLeft();
+    report.refinedRight = calibrator.GetKRight();
+  }
+  verdict = VerdictOf(calibrator, results);
+  report.left = {verdict.left.rms, verdict.left.viewRms};
+  report.right = {verdict.right.rms, verdict.right.viewRms};
+  report.disagreeing = common::ViewsLeftOut(verdict);
+  report.epipolarDistance = EpipolarDistance(calibrator, seen.left, seen.right, report.disagreeing);
+}
+
+void CheckOutputs(const Arguments& arguments) {
+  common::CheckOutput(arguments.output);
+  const common::VerdictFiles files(arguments.output);
+  for (const std::string& file : {files.text, files.PictureOf("left"), files.PictureOf("right")}) {
+    common::CheckWritable(file);
+  }
+  if (!arguments.calibLeft.empty()) return;
+  common::CheckJudgedOutput(arguments.output + "_left");
+  common::CheckJudgedOutput(arguments.output + "_right");
+}
+
+/// The file that could not be written, or an empty text.
+std::string SavePair(Calibrator& calibrator, const PairVerdict& verdict, const common::SeenByPair& seen,
+                     const std::string& output, common::OutputFiles& files) {
+  const std::string file = output + ".json";
+  files.Announce(file);
+  if (common::SaveResultFile(calibrator, output).empty()) return file;
+  files.Written(file);
+  return common::SaveVerdict(verdict, seen, output, files);
+}
+
+}  // namespace
+
+common::ExitStatus RunPair(const Arguments& arguments) {
+  CheckOutputs(arguments);
+  for (const std::string& file : {arguments.calibLeft, arguments.calibRight}) {
+    if (!file.empty()) CheckCameraFile(file);
+  }
+  PairViews pairs(arguments);
+  LookAtPairs(arguments, pairs);
+  if (pairs.names.size() < ENOUGH_VIEWS) {
+    std::cout << common::ViewsTable(pairs.names, pairs.rejected, {}, "pair");
+    return ReportTooFewViews("pair", pairs.names.size(), pairs.left.OtherGridText());
+  }
+  CameraResults results;
+  common::OutputFiles files;
+  const common::ExitStatus status = CameraResultsFor(arguments, pairs, results, files);
+  if (status != common::SUCCESS) return status;
+
+  std::cerr << "Computing the pair ...\n";
+  const cv::Size frame = pairs.left.FrameSize();
+  Calibrator calibrator(arguments.grid, UnitOf(arguments), Calibrator::STEREO, frame.width, frame.height);
+  common::ApplyEngineOptions(arguments, UnitOf(arguments), calibrator);
+  calibrator.SetRefineLenses(arguments.refineLenses);
+  common::PairReport report;
+  PairVerdict verdict;
+  const common::SeenByPair seen = Select(arguments, pairs, calibrator, report);
+  CalibratePair(arguments, results, seen, calibrator, report, verdict);
+  std::cout << "== pair\n" << common::PairTable(report) << "\n" << common::VerdictTable(verdict, report.used);
+  const common::ExitStatus written = StatusOf(SavePair(calibrator, verdict, seen, arguments.output, files));
+  if (written != common::SUCCESS) return written;
+  return EndWithFiles(files, verdict.grade == PairVerdict::Grade::Worthless, arguments);
+}
+
+}  // namespace batch

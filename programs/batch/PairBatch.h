@@ -1,0 +1,15 @@
+/// The headless calibration of a pair of cameras.
+#pragma once
+
+#include "batch/Arguments.h"
+#include "batch/Batch.h"
+#include "common/ExitStatus.h"
+
+namespace batch {
+
+/// Calibrates each camera from its pictures, unless result files are given, then the pair; writes
+/// OUTPUT_left.json, OUTPUT_right.json and OUTPUT.json with a verdict and pictures beside each, and prints
+/// the tables. Raises InputError for unusable inputs.
+common::ExitStatus RunPair(const Arguments& arguments);
+
+}  // namespace batch

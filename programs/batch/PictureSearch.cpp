@@ -1,0 +1,65 @@
+/// The search of the grid in one camera's pictures.
+#include "batch/PictureSearch.h"
+
+#include "batch/Chessboard.h"
+#include "common/EngineOptions.h"
+
+namespace batch {
+
+namespace {
+
+const cv::Size SUPPLIED_GRID(4, 11);
+constexpr size_t KEPT = 4;  // images, which may be large
+
+std::string SizeText(const cv::Size& size) {
+  return std::to_string(size.width) + " x " + std::to_string(size.height);
+}
+
+}  // namespace
+
+float UnitOf(const Arguments& arguments) {
+  return arguments.hdist / static_cast<float>(arguments.grid.height - 1);
+}
+
+std::string PictureSearch::FaultOf(Picture& picture, Centres& centres) {
+  const std::string cut = "the file ends too early";
+  if (picture.image.empty()) return "cannot be decoded" + (picture.endsTooEarly ? ": " + cut : "");
+  if (calibrator_ == nullptr) {
+    inputSize_ = picture.image.size();
+    const cv::Size frame = FrameSize();
+    calibrator_ = std::make_unique<Calibrator>(arguments_.grid, UnitOf(arguments_), Calibrator::MONOCULAR,
+                                               frame.width, frame.height);
+    common::ApplyEngineOptions(arguments_, UnitOf(arguments_), *calibrator_);
+  }
+  if (picture.image.size() != inputSize_)
+    return "of another size than the first (" + SizeText(inputSize_) + ")";
+  if (calibrator_->DetectPoints(picture.image, centres, false)) return "";
+  if (arguments_.grid != SUPPLIED_GRID && withoutGrid_.size() < KEPT) {
+    withoutGrid_.push_back(picture.image.clone());
+  }
+  const std::string reason = picture.endsTooEarly             ? cut
+                             : ShowsChessboard(picture.image) ? "a chessboard; a grid of circles is needed"
+                                                              : calibrator_->WhyNotFound();
+  return reason.empty() ? "no grid found" : "no grid found: " + reason;
+}
+
+std::string PictureSearch::OtherGridText() {
+  if (withoutGrid_.empty()) return "";
+  const cv::Size frame = FrameSize();
+  Calibrator supplied(SUPPLIED_GRID, UnitOf(arguments_), Calibrator::MONOCULAR, frame.width, frame.height);
+  supplied.SetFinder(Calibrator::FINDER_ROBUST);
+  for (cv::Mat& image : withoutGrid_) {
+    Centres centres;
+    if (!supplied.DetectPoints(image, centres, false)) continue;
+    return "These images show a 4x11 grid, not one of " + std::to_string(arguments_.grid.width) + "x" +
+           std::to_string(arguments_.grid.height) + ": leave --grid out.\n";
+  }
+  return "";
+}
+
+cv::Size PictureSearch::FrameSize() const {
+  return {arguments_.frame.width > 0 ? arguments_.frame.width : inputSize_.width,
+          arguments_.frame.height > 0 ? arguments_.frame.height : inputSize_.height};
+}
+
+}  // namespace batch

@@ -1,0 +1,84 @@
+/// The pictures that the headless tool works on.
+#include "batch/Pictures.h"
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <limits>
+
+#include "batch/ImageFile.h"
+
+namespace batch {
+
+namespace fs = std::filesystem;
+
+int SamplingStep(const SamplingOptions& options, double frameCount) {
+  if (options.every > 0) return options.every;
+  if (!(frameCount > AUTOMATIC_FRAMES)) return 1;
+  return static_cast<int>(std::min(1e6, std::ceil(frameCount / AUTOMATIC_FRAMES)));
+}
+
+PictureStream::PictureStream(std::vector<std::string> files, const SamplingOptions& options)
+    : files_(std::move(files)), options_(options) {
+  const bool imagesOnly = std::all_of(files_.begin(), files_.end(), [](const std::string& file) {
+    return !IsUrl(file) && HasImageExtension(file);
+  });
+  if (imagesOnly) expected_ = static_cast<int>(files_.size());
+}
+
+bool PictureStream::Next(Picture& picture) {
+  if (video_ != nullptr) {
+    if (NextFrame(picture)) return true;
+    video_.reset();
+  }
+  if (next_ == files_.size()) return false;
+  const std::string file = files_[next_++];
+  picture.name = fs::path(file).filename().string();
+  if (!IsUrl(file)) {
+    ImageFile read = ReadImageFile(file);
+    picture.image = read.image;
+    picture.endsTooEarly = read.endsTooEarly;
+    if (!picture.image.empty() && read.orientationIgnored) ++orientationsIgnored_;
+    if (!picture.image.empty() || HasImageExtension(file)) return true;
+  }
+  if (!OpenVideo(file)) throw InputError("'" + file + "' is neither an image nor a video that can be read");
+  return Next(picture);
+}
+
+std::string OrientationsText(int images) {
+  if (images == 0) return "";
+  return "EXIF orientation ignored in " + std::to_string(images) + (images == 1 ? " image" : " images") +
+         ": the sensor is what is calibrated\n";
+}
+
+bool PictureStream::OpenVideo(const std::string& file) {
+  auto video = common::NewVideoCapture();
+  if (!video->Open({file, cv::CAP_ANY, {}, file})) return false;
+  video_ = std::move(video);
+  const double count = video_->Get(cv::CAP_PROP_FRAME_COUNT);
+  const bool known = !IsUrl(file) && count > 0 && count < 1e9;
+  videoName_ = IsUrl(file) ? file : fs::path(file).filename().string();
+  step_ = SamplingStep(options_, known ? count : 0.0);
+  frame_ = 0;
+  framesLeft_ = known || options_.maxFrames <= 0 ? std::numeric_limits<int>::max() : options_.maxFrames;
+  if (known && files_.size() == 1) expected_ = static_cast<int>(std::ceil(count / step_));
+  return true;
+}
+
+bool PictureStream::NextFrame(Picture& picture) {
+  if (framesLeft_-- <= 0) return false;
+  // Skipped frames are grabbed only: decoding them fully would be wasted.
+  while (frame_ % step_ != 0) {
+    if (!video_->Skip()) return false;
+    ++frame_;
+  }
+  cv::Mat frame;
+  if (!video_->Read(frame) || frame.empty()) return false;
+  picture.endsTooEarly = false;
+  picture.name = videoName_ + "#" + std::to_string(frame_);
+  picture.image = frame.clone();
+  ++frame_;
+  return true;
+}
+
+}  // namespace batch

@@ -1,0 +1,67 @@
+/// The pictures that the headless tool works on: images, folders, patterns, videos, streams.
+#pragma once
+
+#include <memory>
+#include <opencv2/core.hpp>
+#include <string>
+#include <vector>
+
+#include "batch/InputFiles.h"
+#include "common/Captures.h"
+
+namespace batch {
+
+/// One picture; `image` is empty when it could not be decoded.
+struct Picture {
+  std::string name;  ///< file name, or file name and "#" and the frame number
+  cv::Mat image;
+  bool endsTooEarly = false;  ///< the end of the file is missing
+};
+
+struct SamplingOptions {
+  int every = 0;  ///< take every N-th frame of a video; 0: about AUTOMATIC_FRAMES of a file, all of a stream
+  int maxFrames =
+      300;  ///< frames taken at most of a video whose length is unknown, such as a stream; 0: no limit
+};
+
+constexpr int AUTOMATIC_FRAMES = 150;
+
+/// Every how many frames a video of that many frames (0 or less: unknown) is sampled.
+int SamplingStep(const SamplingOptions& options, double frameCount);
+
+/// A line about images whose orientation tag was not obeyed; empty when there is none.
+std::string OrientationsText(int images);
+
+/// Hands out the pictures of all inputs one after the other.
+class PictureStream {
+ public:
+  /// Takes expanded inputs.
+  PictureStream(std::vector<std::string> files, const SamplingOptions& options);
+
+  /// False at the end. Raises InputError for a file that is neither picture nor video.
+  bool Next(Picture& picture);
+
+  /// How many pictures there are as far as is known; 0 when it is not.
+  int ExpectedCount() const { return expected_; }
+
+  /// How many images so far asked to be shown turned or mirrored. They were not: the sensor is calibrated.
+  int OrientationsIgnored() const { return orientationsIgnored_; }
+
+ private:
+  bool NextFrame(Picture& picture);
+  bool OpenVideo(const std::string& file);
+
+  std::vector<std::string> files_;
+  SamplingOptions options_;
+  size_t next_ = 0;
+  int expected_ = 0;
+  int orientationsIgnored_ = 0;
+
+  std::unique_ptr<common::Capture> video_;  ///< while one is open
+  std::string videoName_;
+  int step_ = 1;
+  int frame_ = 0;
+  int framesLeft_ = 0;
+};
+
+}  // namespace batch

@@ -1,0 +1,124 @@
+/// What the cameras of a rig saw.
+#include "batch/RigViews.h"
+
+#include <algorithm>
+#include <iostream>
+#include <set>
+
+#include "batch/Progress.h"
+#include "batch/ViewSelection.h"
+
+namespace batch {
+
+namespace {
+
+/// The centres of the grid on the sheet, in the order of those that are found, metres.
+std::vector<cv::Point3d> GridPoints(const cv::Size& grid, float unit) {
+  std::vector<cv::Point3d> points;
+  for (int row = 0; row < grid.height; ++row) {
+    for (int column = 0; column < grid.width; ++column) {
+      points.emplace_back(static_cast<double>(unit) * (2 * column + row % 2), static_cast<double>(unit) * row,
+                          0.0);
+    }
+  }
+  return points;
+}
+
+}  // namespace
+
+RigViews::RigViews(const Arguments& arguments, std::vector<std::string> cameras)
+    : arguments_(arguments), names_{std::move(cameras), {}}, centres_(names_.cameras.size()) {
+  for (size_t i = 0; i < centres_.size(); ++i) searches_.emplace_back(arguments_);
+}
+
+void RigViews::Look() {
+  TogetherStream stream = RigPictures(arguments_, names_.cameras);
+  Progress progress;
+  std::vector<Picture> pictures;
+  for (int done = 1; stream.Next(pictures); ++done) {
+    const std::string name = NameTogether(pictures);
+    progress.Step(done, stream.ExpectedCount(), name + ": " + Take(pictures));
+  }
+  progress.Finish();
+  std::cerr << OrientationsText(stream.OrientationsIgnored());
+  for (size_t i = 0; i < names_.cameras.size(); ++i) {
+    if (searches_[i].Engine() == nullptr) {
+      throw InputError("no image of camera '" + names_.cameras[i] + "' could be read");
+    }
+  }
+}
+
+std::string RigViews::Take(std::vector<Picture>& pictures) {
+  std::vector<Centres> found(names_.cameras.size());
+  const std::vector<std::string> faults = TakeTogether(pictures, [&](size_t camera, Picture& picture) {
+    return searches_[camera].FaultOf(picture, found[camera]);
+  });
+  std::vector<std::string> images(names_.cameras.size());
+  std::string finders;
+  std::string fault;
+  for (size_t i = 0; i < names_.cameras.size(); ++i) {
+    if (!faults[i].empty()) {
+      rejected_.push_back({pictures[i].name, "camera '" + names_.cameras[i] + "': " + faults[i]});
+      if (fault.empty()) fault = faults[i];
+      found[i].clear();
+    } else if (!pictures[i].name.empty()) {
+      images[i] = pictures[i].name;
+      finders += (finders.empty() ? "" : ", ") + names_.cameras[i];
+    }
+  }
+  if (finders.empty()) return fault;
+  names_.images.push_back(std::move(images));
+  for (size_t i = 0; i < names_.cameras.size(); ++i) centres_[i].push_back(std::move(found[i]));
+  return "grid found by " + finders;
+}
+
+size_t RigViews::CountOf(size_t camera) const {
+  const auto& views = centres_[camera];
+  return static_cast<size_t>(
+      std::count_if(views.begin(), views.end(), [](const Centres& centres) { return !centres.empty(); }));
+}
+
+void RigViews::Select() {
+  const auto chosen =
+      SelectSpreadViews(centres_, arguments_.grid, Frames(), static_cast<size_t>(arguments_.maxViews));
+  const std::set<size_t> isChosen(chosen.begin(), chosen.end());
+  for (size_t moment = 0; moment < names_.images.size(); ++moment) {
+    if (isChosen.count(moment) > 0) continue;
+    for (size_t i = 0; i < names_.cameras.size(); ++i) {
+      if (!names_.images[moment][i].empty()) {
+        rejected_.push_back(common::NotNeeded(names_.Image(moment, i), arguments_.maxViews));
+      }
+    }
+  }
+  const auto keep = [&](auto& all) {
+    std::decay_t<decltype(all)> kept;
+    for (const size_t moment : chosen) kept.push_back(std::move(all[moment]));
+    all = std::move(kept);
+  };
+  keep(names_.images);
+  for (auto& camera : centres_) keep(camera);
+}
+
+velmora::RigRecords RigViews::Records() const {
+  velmora::RigRecords records;
+  records.objectPoints.assign(names_.images.size(), GridPoints(arguments_.grid, UnitOf(arguments_)));
+  records.imagePoints = centres_;
+  records.imageSizes = Frames();
+  return records;
+}
+
+std::vector<cv::Size> RigViews::Frames() const {
+  std::vector<cv::Size> frames;
+  for (const PictureSearch& search : searches_) frames.push_back(search.FrameSize());
+  return frames;
+}
+
+std::string RigViews::OtherGridText() {
+  for (PictureSearch& search : searches_) {
+    const std::string text = names_.images.empty() ? search.OtherGridText() : "";
+    if (!text.empty()) return text;
+  }
+  return "";
+}
+
+}  // namespace batch

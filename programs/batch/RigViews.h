@@ -1,0 +1,54 @@
+/// What the cameras of a rig saw.
+#pragma once
+
+#include <deque>
+#include <opencv2/core.hpp>
+#include <string>
+#include <vector>
+
+#include "batch/PictureSearch.h"
+#include "batch/RigCameras.h"
+#include "common/Report.h"
+#include "common/RigNames.h"
+#include "velmora/RigCalibration.h"
+
+namespace batch {
+
+/// The grids in the images of all cameras, moment by moment.
+class RigViews {
+ public:
+  RigViews(const Arguments& arguments, std::vector<std::string> cameras);
+
+  /// Looks at all pictures and tells of them on standard error. Raises InputError for unusable inputs, also
+  /// when no picture of a camera can be read.
+  void Look();
+
+  /// Moments in which a camera found the grid.
+  size_t Count() const { return names_.images.size(); }
+  /// Of these the moments in which that camera did.
+  size_t CountOf(size_t camera) const;
+
+  /// Sets aside moments that are not needed: what is left are those that spread best.
+  void Select();
+
+  /// The moments that are left.
+  velmora::RigRecords Records() const;
+  /// Of their images.
+  const common::RigNames& Names() const { return names_; }
+  const std::vector<common::Rejection>& Rejected() const { return rejected_; }
+  std::vector<cv::Size> Frames() const;
+  /// See PictureSearch; empty when a grid was found.
+  std::string OtherGridText();
+
+ private:
+  /// What is told of the moment on standard error.
+  std::string Take(std::vector<Picture>& pictures);
+
+  const Arguments& arguments_;
+  common::RigNames names_;
+  std::deque<PictureSearch> searches_;
+  std::vector<std::vector<Centres>> centres_;  ///< of each camera, of each moment
+  std::vector<common::Rejection> rejected_;
+};
+
+}  // namespace batch

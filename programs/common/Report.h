@@ -1,0 +1,64 @@
+/// The table that ends a headless calibration.
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace common {
+
+/// A picture that was not used, and why.
+struct Rejection {
+  std::string name;
+  std::string reason;
+  bool hasGrid = false;  ///< it was found, and set aside all the same
+};
+
+/// Of a picture with the grid, when there are more than that many views.
+Rejection NotNeeded(const std::string& name, int maxViews);
+
+/// What a calibration of one camera gave.
+struct Report {
+  std::string model;
+  std::vector<std::string> modelReasons;  ///< of an automatic choice
+  cv::Size frame;
+  std::vector<std::string> used;  ///< names of the views, in the order of the errors
+  std::set<size_t> disagreeing;   ///< indexes of views that the solver left out of the result
+  std::vector<Rejection> rejected;
+  double rms = 0.0;
+  cv::Mat K, D, stdDevs, viewErrors;  ///< as the engine hands them out
+};
+
+/// How far off the points of one of a pair's cameras are, pixels.
+struct SideErrors {
+  double rms = 0.0;
+  std::vector<double> views;  ///< RMS of each; negative where the image was left out
+};
+
+/// What a calibration of a pair gave.
+struct PairReport {
+  std::string model;
+  std::vector<std::string> used;
+  std::set<size_t> disagreeing;  ///< indexes of pairs of which the solver left out an image
+  std::vector<Rejection> rejected;
+  double rms = 0.0;
+  SideErrors left, right;
+  cv::Mat R, T;                       ///< right from left
+  double epipolarDistance = 0.0;      ///< mean, pixels, of the pairs that agree
+  cv::Mat refinedLeft, refinedRight;  ///< camera matrices that were refined with the pair; else empty
+};
+
+/// How many views were used, and the pictures that were not, by reason; of long lists the first names.
+/// `disagreeing` are those of the views that the solver left out, `what` is the word for one picture.
+std::string ViewsTable(const std::vector<std::string>& used, const std::vector<Rejection>& rejected,
+                       const std::set<size_t>& disagreeing = {}, const std::string& what = "image");
+
+/// The whole table: views, model, RMS, parameters with standard deviations, the worst views.
+std::string ResultTable(const Report& report);
+
+/// The whole table of a pair: views, RMS, baseline, rotation, epipolar distance, the worst views.
+std::string PairTable(const PairReport& report);
+
+}  // namespace common

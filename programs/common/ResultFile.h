@@ -1,0 +1,26 @@
+/// The result file of a calibration.
+#pragma once
+
+#include <string>
+
+#include "Calibrator.h"
+#include "common/Report.h"
+
+namespace common {
+
+/// Fills in what the calibrator's computation came to.
+void CopyResult(Calibrator& calibrator, Report& report);
+
+/// Saves the calibrator's result as NAME.json and reads it back; the text, empty when that failed.
+std::string SaveResultFile(Calibrator& calibrator, const std::string& name);
+
+/// Raises InputError when NAME.json cannot be written: that should be known before minutes of work.
+void CheckOutput(const std::string& name);
+
+/// The same for NAME.json and the files that tell what it is worth.
+void CheckJudgedOutput(const std::string& name);
+
+/// The same for a file as it is named.
+void CheckWritable(const std::string& path);
+
+}  // namespace common

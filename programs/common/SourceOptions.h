@@ -1,0 +1,23 @@
+/// The options of the tools that say where pictures come from, and in which frames to work. The interactive
+/// application has a parser of its own.
+#pragma once
+
+#include "common/SourceSettings.h"
+
+namespace CLI {
+class App;
+class Option;
+}  // namespace CLI
+
+namespace common {
+
+/// A live source or a recording, of which exactly one has to be given.
+void AddSourceOptions(CLI::App& app, SourceSettings& settings);
+
+/// Size and rate of its frames.
+void AddFrameOptions(CLI::App& app, SourceSettings& settings);
+
+/// --split, for pictures that show two cameras.
+CLI::Option* AddSplitOption(CLI::App& app, Split& split);
+
+}  // namespace common

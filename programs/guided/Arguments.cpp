@@ -1,0 +1,105 @@
+/// The arguments of the guided calibration.
+#include "guided/Arguments.h"
+
+#include <CLI/CLI.hpp>
+#include <cmath>
+#include <filesystem>
+#include <sstream>
+
+#include "common/CommandLine.h"
+#include "common/Numbers.h"
+#include "common/OutputFiles.h"
+#include "common/SourceOptions.h"
+
+namespace guided {
+
+namespace {
+
+const char* const DESCRIPTION =
+    "Calibrates a camera with the pose assistant: bring the printed 4x11 grid to where the drawn sheet is, "
+    "pose after pose; snapshots and the computation follow by themselves.";
+
+const char* const FOOTER =
+    "Keys in the window: r starts again, q quits.\n"
+    "Exit status: 0 calibrated, 1 ended before that, 2 wrong usage, unreadable input or no display, 3 with "
+    "--strict: calibrated, but the result is worthless.";
+
+/// "0.3px" or "0.3" as a number of pixels; throws CLI's error otherwise.
+double ParsePixels(const std::string& text) {
+  std::istringstream stream(text);
+  double pixels = 0.0;
+  std::string unit;
+  if (!(stream >> pixels) || !(pixels > 0.0) || !std::isfinite(pixels) ||
+      (stream >> unit && (unit != "px" || stream >> unit))) {
+    throw CLI::ValidationError("--until", "'" + text + "' is not a number of pixels such as 0.3px");
+  }
+  return pixels;
+}
+
+void DeclareEnd(CLI::App& app, std::string& until, Arguments& arguments) {
+  auto* wish =
+      app.add_option("--until", until,
+                     "keep proposing the most informative pose until projections are known to this accuracy "
+                     "over the whole image, such as 0.3px")
+          ->type_name("PIXELS");
+  wish->excludes(app.get_option("--poses"));
+  app.add_option("--max-poses", arguments.mostPoses, "propose at most this many poses")
+      ->check(CLI::Range(6, 1000))
+      ->capture_default_str()
+      ->needs(wish);
+}
+
+}  // namespace
+
+float UnitOf(const Arguments& arguments) {
+  constexpr float ROW_INTERVALS = 10.0F;
+  return arguments.hdist / ROW_INTERVALS;
+}
+
+Parsed ParseArguments(int argc, const char* const* argv, const std::string& shippedPoses) {
+  Parsed parsed;
+  Arguments& arguments = parsed.arguments;
+  arguments.poses = shippedPoses;
+  std::string until;
+  CLI::App app(DESCRIPTION, "velmora-guided");
+  common::PrepareCommandLine(app);
+  app.footer(FOOTER);
+  common::AddSourceOptions(app, arguments.source);
+  common::AddFrameOptions(app, arguments.source);
+  app.add_option(
+         "--hdist", parsed.arguments.hdist,
+         "distance in metres across the ten row intervals of the grid (default: 0.2, that of the supplied "
+         "sheet)")
+      ->check(common::FaultUnlessMetres, "positive")
+      ->type_name("METRES");
+  app.add_option("--poses", arguments.poses, "model file with the poses to reach")
+      ->type_name("FILE")
+      ->capture_default_str();
+  DeclareEnd(app, until, arguments);
+  common::AddEngineOptions(app, arguments);
+  app.add_option("--output", arguments.output, "name of the result file, to which .json is added")
+      ->type_name("NAME")
+      ->capture_default_str();
+  app.add_flag("--strict", arguments.strict,
+               "end with exit status 3 when the verdict on the result is worthless; the files are written "
+               "all the same");
+  try {
+    app.parse(argc, argv);
+    arguments.output = common::WithoutExtension(arguments.output);
+    if (arguments.output.empty() || arguments.output.back() == '/') {
+      throw CLI::ValidationError("--output", "a name is needed");
+    }
+    if (app.count("--until") > 0) arguments.until = ParsePixels(until);
+    parsed.run = true;
+  } catch (const CLI::ParseError& error) {
+    parsed.exitStatus = common::EndOfParsing(app, error);
+  }
+  return parsed;
+}
+
+std::string ShippedPoses(const std::string& executable) {
+  const std::filesystem::path folder = std::filesystem::path(executable).parent_path().parent_path();
+  return (folder / "share" / "velmora" / "poses-4x11.json").string();
+}
+
+}  // namespace guided

@@ -1,0 +1,38 @@
+/// The arguments of the guided calibration.
+#pragma once
+
+#include <string>
+
+#include "common/EngineOptions.h"
+#include "common/Hdist.h"
+#include "common/SourceSettings.h"
+
+namespace guided {
+
+struct Arguments : common::EngineOptions {
+  common::SourceSettings source;
+  float hdist = common::SUPPLIED_HDIST;  ///< metres across the ten row intervals
+  std::string poses;                     ///< model file of the assistant
+  double until = 0.0;  ///< ask for poses until projections are known to so many pixels; 0: those of the model
+  int mostPoses = 20;  ///< asked for at most
+  std::string output = "calibration";  ///< without .json
+  bool strict = false;                 ///< a worthless result gets a status of its own
+};
+
+/// The grid's unit, metres.
+float UnitOf(const Arguments& arguments);
+
+/// What the command line asks for: run, or end with that status (help was printed, or what is wrong).
+struct Parsed {
+  Arguments arguments;
+  bool run = false;
+  int exitStatus = 0;
+};
+
+/// `shippedPoses` is the model file unless another one is asked for.
+Parsed ParseArguments(int argc, const char* const* argv, const std::string& shippedPoses);
+
+/// The model file that belongs to an executable: share/velmora/poses-4x11.json beside its bin folder.
+std::string ShippedPoses(const std::string& executable);
+
+}  // namespace guided

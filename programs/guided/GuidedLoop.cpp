@@ -1,0 +1,195 @@
+/// The live window of a guided calibration.
+#include "guided/GuidedLoop.h"
+
+#include <opencv2/imgproc.hpp>
+
+#include "common/ExitStatus.h"
+#include "common/Messages.h"
+#include "common/Report.h"
+#include "common/ResultFile.h"
+#include "common/VerdictFiles.h"
+#include "common/VerdictReport.h"
+
+namespace guided {
+
+namespace {
+
+constexpr int KEY_QUIT = 'q';
+constexpr int KEY_RESTART = 'r';
+constexpr int LIVE_WAIT = 1;
+constexpr int IDLE_WAIT = 10;
+
+common::Report ReportOf(Calibrator& calibrator, const cv::Size& frame) {
+  common::Report report;
+  report.model = ModelChoice::NameOf(Calibrator::MODEL_RATIONAL);
+  report.frame = frame;
+  for (int i = 1; i <= calibrator.GetNumberOfRecords(); ++i)
+    report.used.push_back("pose " + std::to_string(i));
+  common::CopyResult(calibrator, report);
+  return report;
+}
+
+}  // namespace
+
+const char* const GuidedLoop::WINDOW = "Velmora";
+
+GuidedLoop::GuidedLoop(Calibrator& calibrator, common::FrameFeed& feed, common::Screen& screen,
+                       const LoopOptions& options, std::ostream& out, std::ostream& err)
+    : calibrator_(calibrator), feed_(feed), screen_(screen), options_(options), out_(out), err_(err) {
+}
+
+common::ExitStatus GuidedLoop::Run() {
+  if (!Begin()) return common::UNUSABLE;
+  if (next_) {
+    out_ << "Bring the sheet to the drawn one, until projections are known to " << options_.until
+         << " px, at most " << goal_ << " times. r starts again, q quits." << std::endl;
+  } else {
+    out_ << "Bring the sheet to the drawn one, " << goal_ << " times. r starts again, q quits." << std::endl;
+  }
+  while (ShowNext() == Step::GoOn && Follow() == Step::GoOn &&
+         React(screen_.WaitKey(fresh_ ? LIVE_WAIT : IDLE_WAIT)) == Step::GoOn) {
+  }
+  screen_.Close(WINDOW);
+  return status_;
+}
+
+/// From the first pose. False, after the engine's error line, when the poses cannot be used.
+bool GuidedLoop::Begin() {
+  calibrator_.Reset();
+  reached_ = 0;
+  seen_.clear();
+  if (options_.until > 0.0) {
+    calibrator_.DisableAssistant();
+    next_.emplace(calibrator_, options_.until, options_.mostPoses);
+    goal_ = options_.mostPoses;
+    return next_->Ask() == NextPoses::State::Asked;
+  }
+  calibrator_.EnableAssistant(options_.poses);
+  goal_ = calibrator_.GetAssistantGoal();
+  return goal_ > 0;
+}
+
+GuidedLoop::Step GuidedLoop::ShowNext() {
+  cv::Mat frame;
+  fresh_ = feed_.Take(frame, std::chrono::milliseconds(0));
+  if (fresh_) {
+    DetectIn(frame);
+    if (next_) DrawPrecision(frame);
+    screen_.Show(WINDOW, frame);
+    return Step::GoOn;
+  }
+  if (feed_.FailedToStart()) {
+    common::PrintError(err_, "cannot read " + options_.source + ".");
+    status_ = common::UNUSABLE;
+    return Step::Stop;
+  }
+  if (options_.sourceEnded() && !computing_) {
+    common::PrintError(err_, "the video ended with " + std::to_string(reached_) + " of " +
+                                 std::to_string(goal_) + " poses reached.");
+    return Step::Stop;
+  }
+  return Step::GoOn;
+}
+
+/// Keeps the circles of the frames that become snapshots.
+void GuidedLoop::DetectIn(cv::Mat& frame) {
+  std::vector<cv::Point2d> points;
+  calibrator_.DetectPoints(frame, points, true);
+  if (calibrator_.GetNumberOfRecords() > static_cast<int>(seen_.size())) seen_.push_back(std::move(points));
+}
+
+GuidedLoop::Step GuidedLoop::React(int key) {
+  if (key == KEY_QUIT) {
+    out_ << "Ended with " << reached_ << " of " << goal_ << " poses reached." << std::endl;
+    return Step::Stop;
+  }
+  if (key == KEY_RESTART && !computing_) {
+    out_ << "Starting again at the first pose." << std::endl;
+    if (!Begin()) {
+      status_ = common::UNUSABLE;
+      return Step::Stop;
+    }
+  }
+  return Step::GoOn;
+}
+
+GuidedLoop::Step GuidedLoop::Follow() {
+  TellOfPoses();
+  return computing_ ? FollowComputation() : Step::GoOn;
+}
+
+void GuidedLoop::TellOfPoses() {
+  for (const int records = calibrator_.GetNumberOfRecords(); reached_ < records;) {
+    ++reached_;
+    out_ << "Pose " << reached_ << (next_ ? " reached." : " of " + std::to_string(goal_) + " reached.")
+         << std::endl;
+  }
+  // The assistant ends with the last pose of its model, or with the one that was asked for.
+  if (computing_ || calibrator_.GetAssistantGoal() >= 0) return;
+  if (next_) {
+    AskForNext();
+  } else {
+    BeginComputation();
+  }
+}
+
+void GuidedLoop::AskForNext() {
+  const NextPoses::State state = next_->Ask();
+  out_ << "  " << next_->Precision() << std::endl;
+  if (state == NextPoses::State::Asked) return;
+  if (state == NextPoses::State::GivenUp) {
+    out_ << "No more poses after " << reached_ << ": the goal is not reached." << std::endl;
+  }
+  BeginComputation();
+  calibrator_.ComputeCalibrationMultithread(Calibrator::MODEL_RATIONAL);
+}
+
+void GuidedLoop::BeginComputation() {
+  computing_ = true;
+  out_ << "Computing the rational model. This may take a while..." << std::endl;
+}
+
+/// Above the score bar, away from the texts of the engine.
+void GuidedLoop::DrawPrecision(cv::Mat& frame) const {
+  const cv::Point place(10, frame.rows - 14);
+  cv::putText(frame, next_->Precision(), place, cv::FONT_HERSHEY_DUPLEX, 0.5, cv::Scalar::all(0), 3,
+              cv::LINE_AA);
+  cv::putText(frame, next_->Precision(), place, cv::FONT_HERSHEY_DUPLEX, 0.5, cv::Scalar::all(255), 1,
+              cv::LINE_AA);
+}
+
+GuidedLoop::Step GuidedLoop::FollowComputation() {
+  if (calibrator_.IsComputing()) return Step::GoOn;
+  if (calibrator_.GetStatus() == Calibrator::STATUS_COMPLETED) return Save();
+  common::PrintError(err_, "the calibration failed.");
+  return Step::Stop;
+}
+
+GuidedLoop::Step GuidedLoop::Save() {
+  common::Report report = ReportOf(calibrator_, options_.frame);
+  const CalibrationVerdict verdict = calibrator_.GetVerdict();
+  report.disagreeing = common::ViewsLeftOut(verdict);
+  out_ << common::ResultTable(report) << "\n" << common::VerdictTable(verdict, report.used);
+  common::OutputFiles files;
+  const std::string unwritten = Write(verdict, files);
+  if (!unwritten.empty()) {
+    common::PrintError(err_, "cannot write '" + unwritten + "'.");
+    status_ = common::UNUSABLE;
+    return Step::Stop;
+  }
+  out_ << "\n" << files.Text() << std::flush;
+  const bool worthless = verdict.grade == CalibrationVerdict::Grade::Worthless;
+  status_ = worthless && options_.strict ? common::WORTHLESS : common::SUCCESS;
+  return Step::Stop;
+}
+
+/// The file that could not be written, or an empty text.
+std::string GuidedLoop::Write(const CalibrationVerdict& verdict, common::OutputFiles& files) {
+  const std::string result = options_.output + ".json";
+  files.Announce(result);
+  if (common::SaveResultFile(calibrator_, options_.output).empty()) return result;
+  files.Written(result);
+  return common::SaveVerdict(verdict, options_.frame, seen_, options_.output, files);
+}
+
+}  // namespace guided

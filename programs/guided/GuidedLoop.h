@@ -1,0 +1,75 @@
+/// The live window of a guided calibration, from the first pose to the saved result.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "Calibrator.h"
+#include "common/ExitStatus.h"
+#include "common/FrameFeed.h"
+#include "common/OutputFiles.h"
+#include "common/Screen.h"
+#include "guided/NextPoses.h"
+
+namespace guided {
+
+struct LoopOptions {
+  std::string poses;   ///< model file of the assistant
+  std::string output;  ///< result file, without its extension
+  cv::Size frame;      ///< processing size
+  std::string source;  ///< what frames come from, in words
+  /// True once a recording has no more frames.
+  std::function<bool()> sourceEnded = [] { return false; };
+  /// Pixels to which projections are to be known, by poses that are chosen for it; 0: by those of the model.
+  double until = 0.0;
+  int mostPoses = 20;   ///< that are chosen
+  bool strict = false;  ///< a worthless result gets a status of its own
+};
+
+/// Shows each frame with the pose to reach, tells of each pose that was reached, and saves the result once
+/// the computation that follows the last pose is done. The poses are those of the model or, with a wish for
+/// the precision, those that tell most until it is met. Made, run and destroyed on the window thread.
+class GuidedLoop {
+ public:
+  static const char* const WINDOW;
+
+  GuidedLoop(Calibrator& calibrator, common::FrameFeed& feed, common::Screen& screen,
+             const LoopOptions& options, std::ostream& out, std::ostream& err);
+
+  common::ExitStatus Run();
+
+ private:
+  enum class Step { GoOn, Stop };
+
+  bool Begin();
+  Step ShowNext();
+  void DetectIn(cv::Mat& frame);
+  Step React(int key);
+  Step Follow();
+  Step FollowComputation();
+  Step Save();
+  std::string Write(const CalibrationVerdict& verdict, common::OutputFiles& files);
+  void TellOfPoses();
+  void AskForNext();
+  void BeginComputation();
+  void DrawPrecision(cv::Mat& frame) const;
+
+  Calibrator& calibrator_;
+  common::FrameFeed& feed_;
+  common::Screen& screen_;
+  const LoopOptions options_;
+  std::ostream& out_;
+  std::ostream& err_;
+  std::optional<NextPoses> next_;  ///< with a wish
+  common::ExitStatus status_ = common::NO_RESULT;
+  int goal_ = 0;
+  int reached_ = 0;
+  bool fresh_ = false;                          ///< a frame was shown in this turn
+  bool computing_ = false;                      ///< the last pose was reached
+  std::vector<std::vector<cv::Point2d>> seen_;  ///< the circles of each snapshot
+};
+
+}  // namespace guided

@@ -1,0 +1,13 @@
+/// Opens a source and runs a guided calibration over it.
+#pragma once
+
+#include "guided/Arguments.h"
+#include "guided/GuidedLoop.h"
+
+namespace guided {
+
+/// Tells of its course on standard output and of what is wrong on standard error. Raises common::InputError
+/// when the result file could not be written.
+int Run(const Arguments& arguments);
+
+}  // namespace guided

@@ -1,0 +1,106 @@
+/// The arguments of the guided calibration.
+#include "guided/Arguments.h"
+
+#include <gtest/gtest.h>
+
+#include "Calibrator.h"
+
+namespace {
+
+guided::Parsed Parse(std::vector<const char*> words) {
+  words.insert(words.begin(), "velmora-guided");
+  return guided::ParseArguments(static_cast<int>(words.size()), words.data(), "shipped.json");
+}
+
+TEST(GuidedArguments, DefaultsSuitTheShippedSheetAndPoses) {
+  const guided::Parsed parsed = Parse({"--webcam", "1"});
+  ASSERT_TRUE(parsed.run);
+  const guided::Arguments& arguments = parsed.arguments;
+  EXPECT_EQ(arguments.source.webcam, 1);
+  EXPECT_EQ(arguments.source.width, 640);
+  EXPECT_EQ(arguments.source.height, 480);
+  EXPECT_FLOAT_EQ(guided::UnitOf(arguments), 0.02F);
+  EXPECT_EQ(arguments.poses, "shipped.json");
+  EXPECT_EQ(arguments.output, "calibration");
+  EXPECT_FALSE(arguments.strict);
+}
+
+TEST(GuidedArguments, EveryOptionReachesItsSetting) {
+  const guided::Parsed parsed =
+      Parse({"--gstreamer", "127.0.0.1", "--port", "6000", "--codec", "mjpeg", "--width", "1280", "--height",
+             "720", "--fps", "25", "--hdist", "0.2", "--poses", "mine.json", "--output", "out"});
+  ASSERT_TRUE(parsed.run);
+  const guided::Arguments& arguments = parsed.arguments;
+  EXPECT_EQ(arguments.source.gstreamerHost, "127.0.0.1");
+  EXPECT_EQ(arguments.source.port, "6000");
+  EXPECT_EQ(arguments.source.codec, "mjpeg");
+  EXPECT_EQ(arguments.source.width, 1280);
+  EXPECT_EQ(arguments.source.height, 720);
+  EXPECT_EQ(arguments.source.fps, 25);
+  EXPECT_FLOAT_EQ(guided::UnitOf(arguments), 0.02F);
+  EXPECT_EQ(arguments.poses, "mine.json");
+  EXPECT_EQ(arguments.output, "out");
+  EXPECT_EQ(Parse({"--video", "a.avi"}).arguments.source.video, "a.avi");
+  EXPECT_EQ(Parse({"--rtmp", "rtmp://here"}).arguments.source.rtmp, "rtmp://here");
+}
+
+TEST(GuidedArguments, TheSearchIsChosenByName) {
+  EXPECT_EQ(Parse({"--webcam", "0"}).arguments.finder, Calibrator::FINDER_ROBUST);
+  EXPECT_EQ(Parse({"--webcam", "0", "--finder", "standard"}).arguments.finder, Calibrator::FINDER_STANDARD);
+  EXPECT_EQ(Parse({"--webcam", "0", "--finder", "other"}).exitStatus, 2);
+}
+
+TEST(GuidedArguments, TheSolverIsChosenAsInTheHeadlessTool) {
+  EXPECT_EQ(Parse({"--webcam", "0"}).arguments.solver, Calibrator::SOLVER_SPARSE);
+  EXPECT_LT(Parse({"--webcam", "0"}).arguments.disc, 0.0);
+  const guided::Parsed parsed = Parse({"--webcam", "0", "--solver", "opencv", "--disc", "0.004"});
+  EXPECT_EQ(parsed.arguments.solver, Calibrator::SOLVER_OPENCV);
+  EXPECT_EQ(parsed.arguments.disc, 0.004);
+  EXPECT_EQ(Parse({"--webcam", "0", "--solver", "other"}).exitStatus, 2);
+  EXPECT_EQ(Parse({"--webcam", "0", "--disc", "-1"}).exitStatus, 2);
+}
+
+TEST(GuidedArguments, TheResultsNameMayHaveItsExtension) {
+  EXPECT_EQ(Parse({"--webcam", "0", "--output", "left.json", "--strict"}).arguments.output, "left");
+  EXPECT_TRUE(Parse({"--webcam", "0", "--strict"}).arguments.strict);
+  EXPECT_EQ(Parse({"--webcam", "0", "--output", ".json"}).exitStatus, 2);
+}
+
+TEST(GuidedArguments, AWishIsANumberOfPixels) {
+  EXPECT_EQ(Parse({"--webcam", "0"}).arguments.until, 0.0);
+  EXPECT_EQ(Parse({"--webcam", "0", "--until", "0.3px"}).arguments.until, 0.3);
+  EXPECT_EQ(Parse({"--webcam", "0", "--until", "0.25"}).arguments.until, 0.25);
+  EXPECT_EQ(Parse({"--webcam", "0", "--until", "2 px", "--max-poses", "9"}).arguments.mostPoses, 9);
+  for (const char* wrong : {"", "px", "0", "-1", "nan", "inf", "0.3mm", "0.3px px", "0.3pxx"}) {
+    EXPECT_EQ(Parse({"--webcam", "0", "--until", wrong}).exitStatus, 2) << wrong;
+  }
+  EXPECT_EQ(Parse({"--webcam", "0", "--max-poses", "9"}).exitStatus, 2);
+  EXPECT_EQ(Parse({"--webcam", "0", "--until", "1px", "--max-poses", "3"}).exitStatus, 2);
+  EXPECT_EQ(Parse({"--webcam", "0", "--until", "1px", "--poses", "mine.json"}).exitStatus, 2);
+}
+
+TEST(GuidedArguments, ExactlyOneSourceIsWanted) {
+  EXPECT_EQ(Parse({}).exitStatus, 2);
+  EXPECT_EQ(Parse({"--webcam", "0", "--video", "a.avi"}).exitStatus, 2);
+  EXPECT_EQ(Parse({"--webcam", "-1"}).exitStatus, 2);
+  EXPECT_EQ(Parse({"--video", "a.avi", "--hdist", "0"}).exitStatus, 2);
+  EXPECT_EQ(Parse({"--help"}).exitStatus, 0);
+  EXPECT_FALSE(Parse({"--help"}).run);
+}
+
+TEST(GuidedArguments, NumbersThatCannotBeAreRefused) {
+  const std::vector<std::pair<const char*, const char*>> wrong = {
+      {"--hdist", ""},      {"--hdist", "wide"},     {"--hdist", "-1"},    {"--hdist", "nan"},
+      {"--hdist", "1e300"}, {"--width", "0"},        {"--width", "32001"}, {"--height", "tall"},
+      {"--fps", "0"},       {"--fps", "99999999999"}};
+  for (const auto& [option, value] : wrong) {
+    EXPECT_EQ(Parse({"--video", "a.avi", option, value}).exitStatus, 2) << option << " " << value;
+  }
+  EXPECT_EQ(Parse({"--video", "a.avi", "--hdist"}).exitStatus, 2);
+}
+
+TEST(GuidedArguments, TheShippedPosesAreBesideTheProgramsFolder) {
+  EXPECT_EQ(guided::ShippedPoses("/usr/bin/velmora-guided"), "/usr/share/velmora/poses-4x11.json");
+}
+
+}  // namespace
