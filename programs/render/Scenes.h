@@ -1,4 +1,4 @@
-/// What the command line asks for, in terms of the rendered world.
+/// What the command line asks for, in terms of the synthetic world.
 #pragma once
 
 #include <vector>

@@ -1,4 +1,4 @@
-/// Rigs of several cameras against the rendered world's truth.
+/// Rigs of several cameras against the synthetic world's truth.
 #include "velmora/RigCalibration.h"
 
 #include <gtest/gtest.h>

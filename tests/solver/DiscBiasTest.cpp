@@ -29,7 +29,7 @@ cv::Point2d MiddleOfEllipse(const cv::Matx33d& homography, double radius) {
           (conic(0, 1) * conic(0, 2) - conic(0, 0) * conic(1, 2)) / determinant};
 }
 
-/// Centroids by many more rim points than the solver takes, through the rendered world's own lens.
+/// Centroids by many more rim points than the solver takes, through the synthetic world's own lens.
 cv::Point2d Centroid(const world::Camera& camera, const world::Pose& pose, const cv::Point3d& centre) {
   constexpr int POINTS = 2000;
   std::vector<cv::Point3d> rim;

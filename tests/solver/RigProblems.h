@@ -1,4 +1,4 @@
-/// Rigs of the rendered world with what their cameras see, as problems of the solver, with their truth.
+/// Rigs of the synthetic world with what their cameras see, as problems of the solver, with their truth.
 #pragma once
 
 #include <cmath>

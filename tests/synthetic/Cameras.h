@@ -1,4 +1,4 @@
-/// The cameras that the rendered world is tested with.
+/// The cameras that the synthetic world is tested with.
 #pragma once
 
 #include <opencv2/core.hpp>

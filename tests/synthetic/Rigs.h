@@ -1,4 +1,4 @@
-/// The rigs that the rendered world is tested with.
+/// The rigs that the synthetic world is tested with.
 #pragma once
 
 #include <opencv2/calib3d.hpp>
