@@ -55,9 +55,7 @@ Captures OpenCaptures(const SourcePlan& plan, const std::function<std::unique_pt
     }
   }
   for (std::size_t i = 0; i < captures.size(); ++i) {
-    for (const auto& [property, value] : plan.captures[i].properties) {
-      captures[i]->Set(property, value);
-    }
+    for (const auto& [property, value] : plan.captures[i].properties) captures[i]->Set(property, value);
   }
   return captures;
 }
@@ -69,9 +67,7 @@ FrameReader::Source MonocularSource(const Captures& captures, Split split, Camer
   }
   return [captures, split, camera](cv::Mat& frame) {
     cv::Mat whole;
-    if (!captures.front()->Read(whole)) {
-      return false;
-    }
+    if (!captures.front()->Read(whole)) return false;
     frame = HalfOf(whole, split, camera);
     return true;
   };
@@ -87,9 +83,7 @@ PairReader::Source StereoSource(const Captures& captures, Split split) {
   }
   return [captures, split](FramePair& pair) {
     cv::Mat whole;
-    if (!captures.front()->Read(whole)) {
-      return false;
-    }
+    if (!captures.front()->Read(whole)) return false;
     pair.left = HalfOf(whole, split, Camera::Left);
     pair.right = HalfOf(whole, split, Camera::Right);
     return true;

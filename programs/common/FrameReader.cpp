@@ -51,9 +51,7 @@ BasicFrameReader<Frame>::BasicFrameReader(Source source, Delivery delivery)
 
 template <typename Frame>
 BasicFrameReader<Frame>::~BasicFrameReader() {
-  if (!Stop(DESTRUCTION_GRACE)) {
-    thread_.detach();
-  }
+  if (!Stop(DESTRUCTION_GRACE)) thread_.detach();
 }
 
 template <typename Frame>
@@ -90,9 +88,7 @@ bool BasicFrameReader<Frame>::Take(Frame& frame, std::chrono::milliseconds patie
   std::unique_lock<std::mutex> guard(shared_->lock);
   shared_->changed.wait_for(guard, patience,
                             [&] { return !shared_->frame.empty() || shared_->FailedToStart(); });
-  if (shared_->frame.empty()) {
-    return false;
-  }
+  if (shared_->frame.empty()) return false;
   frame = std::exchange(shared_->frame, Frame());
   shared_->changed.notify_all();
   return true;
@@ -106,15 +102,11 @@ bool BasicFrameReader<Frame>::FailedToStart() const {
 
 template <typename Frame>
 bool BasicFrameReader<Frame>::Stop(std::chrono::milliseconds grace) {
-  if (!thread_.joinable()) {
-    return true;
-  }
+  if (!thread_.joinable()) return true;
   std::unique_lock<std::mutex> guard(shared_->lock);
   shared_->stopping = true;
   shared_->changed.notify_all();
-  if (!shared_->changed.wait_for(guard, grace, [&] { return shared_->finished; })) {
-    return false;
-  }
+  if (!shared_->changed.wait_for(guard, grace, [&] { return shared_->finished; })) return false;
   guard.unlock();
   thread_.join();
   return true;

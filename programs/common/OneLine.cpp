@@ -8,9 +8,7 @@ namespace common {
 std::string OneLine(const std::string& text) {
   std::istringstream words(text);
   std::string line;
-  for (std::string word; words >> word;) {
-    line += (line.empty() ? "" : " ") + word;
-  }
+  for (std::string word; words >> word;) line += (line.empty() ? "" : " ") + word;
   return line;
 }
 

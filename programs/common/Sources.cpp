@@ -55,9 +55,7 @@ SourcePlan PlanSources(const SourceSettings& settings) {
   } else if (settings.video) {
     plan.videoFile = true;
     plan.captures.push_back(VideoRequest(*settings.video));
-    if (whole && settings.videoRight) {
-      plan.captures.push_back(VideoRequest(*settings.videoRight));
-    }
+    if (whole && settings.videoRight) plan.captures.push_back(VideoRequest(*settings.videoRight));
   }
   plan.stereo = !whole || plan.captures.size() == 2;
   return plan;

@@ -83,14 +83,10 @@ int CalibrateFrom(common::Captures captures, const Settings& settings, const com
 
 int RunApplication(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
   const CommandLine commandLine = ReadCommandLine(arguments, out, err);
-  if (commandLine.exitStatus) {
-    return *commandLine.exitStatus;
-  }
+  if (commandLine.exitStatus) return *commandLine.exitStatus;
   const common::SourcePlan plan = common::PlanSources(commandLine.settings);
   const Selection selection = SelectCameras(commandLine.settings, plan.stereo, err);
-  if (selection.exitStatus) {
-    return *selection.exitStatus;
-  }
+  if (selection.exitStatus) return *selection.exitStatus;
   if (!IsFrameSize(commandLine.settings.width, commandLine.settings.height)) {
     common::PrintError(
         err, "'--width' and '--height' take whole numbers from 1 to " + std::to_string(LONGEST_SIDE) + ".");
@@ -98,9 +94,7 @@ int RunApplication(const std::vector<std::string>& arguments, std::ostream& out,
   }
   common::SilenceLibraries();
   common::Captures captures = common::OpenCaptures(plan, common::NewVideoCapture, err);
-  if (captures.empty()) {
-    return common::APPLICATION_FAILED;
-  }
+  if (captures.empty()) return common::APPLICATION_FAILED;
   std::string reason;
   if (!DisplayAvailable(&reason)) {
     common::PrintError(err, common::OneLine(reason));

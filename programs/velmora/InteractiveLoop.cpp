@@ -74,13 +74,9 @@ InteractiveLoop::Arrival InteractiveLoop::ShowNext() {
     Refresh();
     return Arrival::NewFrame;
   }
-  if (SourceFailed()) {
-    return Arrival::Broken;
-  }
+  if (SourceFailed()) return Arrival::Broken;
   if (!HasFrame()) {
-    if (!shown_ || outdated_ || ++idleTurns_ % IDLE_TURNS_PER_SHOW == 0) {
-      ShowWaiting();
-    }
+    if (!shown_ || outdated_ || ++idleTurns_ % IDLE_TURNS_PER_SHOW == 0) ShowWaiting();
   } else if (outdated_) {
     Refresh();
   } else if (++idleTurns_ % IDLE_TURNS_PER_SHOW == 0) {

@@ -48,21 +48,15 @@ int ModelOf(const OptionValues& values, std::ostream& err) {
   const std::string word =
       TextOf(values, "--model").value_or(ModelChoice::NameOf(Calibrator::MODEL_RATIONAL));
   const int model = ModelChoice::NumberOf(word);
-  if (model != 0) {
-    return model;
-  }
+  if (model != 0) return model;
   err << "'" << word << "' is an unknown model. Set to 'classic' by default." << std::endl;
   return Calibrator::MODEL_RATIONAL;
 }
 
 common::Split SplitOf(const OptionValues& values, std::ostream& err) {
   const auto word = TextOf(values, "--split");
-  if (!word) {
-    return common::Split::None;
-  }
-  if (*word == "horizontal") {
-    return common::Split::Horizontal;
-  }
+  if (!word) return common::Split::None;
+  if (*word == "horizontal") return common::Split::Horizontal;
   if (*word != "vertical") {
     err << "'" << *word << "' is an unknown value for the '--split' option. Set to 'vertical' by default."
         << std::endl;
@@ -121,9 +115,7 @@ CommandLine ReadCommandLine(const std::vector<std::string>& arguments, std::ostr
     return {common::APPLICATION_LEFT, {}};
   }
   const auto values = PairOptions(arguments, err);
-  if (!values) {
-    return {common::APPLICATION_FAILED, {}};
-  }
+  if (!values) return {common::APPLICATION_FAILED, {}};
   return {std::nullopt, ReadSettings(*values, err)};
 }
 

@@ -17,9 +17,7 @@ Selection Refuse(const char* reason, std::ostream& err) {
 }
 
 common::Camera SelectedCamera(const std::string& word, std::ostream& err) {
-  if (word == "right") {
-    return common::Camera::Right;
-  }
+  if (word == "right") return common::Camera::Right;
   if (word != "left") {
     err << "'" << word << "' is an unknown value for the '--select' option. Set to 'left' by default."
         << std::endl;
@@ -32,9 +30,7 @@ common::Camera SelectedCamera(const std::string& word, std::ostream& err) {
 Selection SelectCameras(const Settings& settings, bool stereoInput, std::ostream& err) {
   Selection selection;
   if (settings.select) {
-    if (!stereoInput) {
-      return Refuse("Select option cannot be applied for non-stereo input.", err);
-    }
+    if (!stereoInput) return Refuse("Select option cannot be applied for non-stereo input.", err);
     selection.camera = SelectedCamera(*settings.select, err);
   } else if (stereoInput) {
     if (!settings.calibLeft) {

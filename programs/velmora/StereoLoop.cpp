@@ -71,9 +71,7 @@ void StereoLoop::WriteImage(const std::string& folder, const cv::Mat& image) {
   std::error_code error;
   std::filesystem::create_directories(folder, error);
   const std::string file = folder + std::to_string(counter_) + ".jpg";
-  if (!Write(file, image)) {
-    common::PrintError(err_, "cannot write '" + file + "'.");
-  }
+  if (!Write(file, image)) common::PrintError(err_, "cannot write '" + file + "'.");
 }
 
 void StereoLoop::ComputeAndSave() {

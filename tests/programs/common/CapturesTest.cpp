@@ -34,9 +34,7 @@ class RecordedCapture final : public common::Capture {
   double Get(int) override { return 0.0; }
   bool Skip() override { return true; }
   bool Read(cv::Mat& frame) override {
-    if (frameSize.empty()) {
-      return false;
-    }
+    if (frameSize.empty()) return false;
     frame.create(frameSize, CV_8UC1);
     frame.setTo(number_);
     frame.colRange(frame.cols / 2, frame.cols).setTo(number_ + 100);

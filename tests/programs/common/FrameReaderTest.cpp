@@ -76,9 +76,7 @@ TEST(FrameReader, ARecordingIsDeliveredFrameByFrameInOrder) {
   constexpr int COUNT = 200;
   const auto door = std::make_shared<Door>();
   FrameReader reader(CountThenBlock(COUNT, door), Delivery::EveryFrame);
-  for (int expected = 1; expected <= COUNT; ++expected) {
-    ASSERT_EQ(TakeNumber(reader), expected);
-  }
+  for (int expected = 1; expected <= COUNT; ++expected) ASSERT_EQ(TakeNumber(reader), expected);
   EXPECT_EQ(TakeNumber(reader, milliseconds(0)), -1);
   door->Open();
 }
@@ -90,9 +88,7 @@ TEST(FrameReader, ARecordingIsReadNoFurtherThanItIsTaken) {
   const auto door = std::make_shared<Door>();
   FrameReader reader(
       [&, number = 0, count = CountThenBlock(COUNT, door)](cv::Mat& frame) mutable {
-        if (takesBegun < number++) {
-          ++readAhead;
-        }
+        if (takesBegun < number++) ++readAhead;
         return count(frame);
       },
       Delivery::EveryFrame);
@@ -155,9 +151,7 @@ TEST(FrameReader, FailedReadsAreRepeatedAfterAPause) {
                            cv::Mat& frame) mutable { return failures++ < 4 ? false : count(frame); },
                        delivery);
     int number = -1;
-    while (number == -1 && Clock::now() - start < LONG) {
-      number = TakeNumber(reader, milliseconds(5));
-    }
+    while (number == -1 && Clock::now() - start < LONG) number = TakeNumber(reader, milliseconds(5));
     EXPECT_EQ(number, 1);
     EXPECT_GE(Clock::now() - start, milliseconds(40));
     door->Open();
@@ -168,12 +162,8 @@ TEST(FrameReader, AnExceptionOfTheSourceIsAFailedRead) {
   const auto door = std::make_shared<Door>();
   FrameReader reader(
       [calls = 0, count = CountThenBlock(1, door)](cv::Mat& frame) mutable {
-        if (calls++ == 0) {
-          CV_Error(cv::Error::StsAssert, "a buffer without data");
-        }
-        if (calls == 2) {
-          throw std::runtime_error("a device gone");
-        }
+        if (calls++ == 0) CV_Error(cv::Error::StsAssert, "a buffer without data");
+        if (calls == 2) throw std::runtime_error("a device gone");
         return count(frame);
       },
       Delivery::NewestFrame);
@@ -219,9 +209,7 @@ TEST(FrameReader, ARecordingThatEndsHasNotFailedToStart) {
   EXPECT_EQ(TakeNumber(reader), 1);
   // The second failure comes after the first one has been noted.
   const auto start = Clock::now();
-  while (failures < 2 && Clock::now() - start < LONG) {
-    EXPECT_EQ(TakeNumber(reader, milliseconds(5)), -1);
-  }
+  while (failures < 2 && Clock::now() - start < LONG) EXPECT_EQ(TakeNumber(reader, milliseconds(5)), -1);
   EXPECT_GE(failures, 2);
   EXPECT_FALSE(reader.FailedToStart());
 }
@@ -235,9 +223,7 @@ TEST(FrameReader, ALiveSourceMayFailAsLongAsItLikes) {
       },
       Delivery::NewestFrame);
   const auto start = Clock::now();
-  while (failures < 3 && Clock::now() - start < LONG) {
-    EXPECT_EQ(TakeNumber(reader, milliseconds(5)), -1);
-  }
+  while (failures < 3 && Clock::now() - start < LONG) EXPECT_EQ(TakeNumber(reader, milliseconds(5)), -1);
   EXPECT_GE(failures, 3);
   EXPECT_FALSE(reader.FailedToStart());
 }
@@ -277,9 +263,7 @@ TEST(FrameReader, AStuckSourceDoesNotHoldUpTheEnd) {
   EXPECT_GT(watch.use_count(), 1) << "the thread left behind must keep what it uses";
   door->Open();
   const auto start = Clock::now();
-  while (watch.use_count() > 1 && Clock::now() - start < LONG) {
-    std::this_thread::yield();
-  }
+  while (watch.use_count() > 1 && Clock::now() - start < LONG) std::this_thread::yield();
   EXPECT_EQ(watch.use_count(), 1) << "the thread left behind ends once its source lets it";
 }
 

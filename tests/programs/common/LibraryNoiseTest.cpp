@@ -16,9 +16,7 @@ namespace {
 class Variable {
  public:
   Variable(const char* name, const char* value) : name_(name) {
-    if (const char* old = std::getenv(name)) {
-      old_ = old;
-    }
+    if (const char* old = std::getenv(name)) old_ = old;
     Assign(value);
   }
   ~Variable() { Assign(old_ ? old_->c_str() : nullptr); }

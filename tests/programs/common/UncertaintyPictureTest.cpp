@@ -84,9 +84,7 @@ TEST(UncertaintyPicture, HasTheColoursOfItsScale) {
 TEST(UncertaintyPicture, ShowsTheCirclesThatWereSeenAndTheirHull) {
   const cv::Mat without = common::DrawUncertainty(Judged(), FRAME, {});
   const cv::Mat with = common::DrawUncertainty(Judged(), FRAME, {{{400.0, 350.0}}, {{450.0, 350.0}}});
-  for (const double x : {400.0, 450.0}) {
-    EXPECT_GT(Apart(At(with, x, 350), At(without, x, 350)), 30);
-  }
+  for (const double x : {400.0, 450.0}) EXPECT_GT(Apart(At(with, x, 350), At(without, x, 350)), 30);
   EXPECT_EQ(At(with, 425, 350), At(without, 425, 350));
   EXPECT_LT(Apart(At(without, 300, 420), {255, 255, 255}), 30);
 }

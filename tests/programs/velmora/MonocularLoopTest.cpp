@@ -26,9 +26,7 @@ class ScriptedFeed final : public common::FrameFeed {
   bool Take(cv::Mat& frame, std::chrono::milliseconds patience) override {
     patiences.push_back(patience.count());
     if (frames.empty() || frames.front().empty()) {
-      if (!frames.empty()) {
-        frames.pop_front();
-      }
+      if (!frames.empty()) frames.pop_front();
       return false;
     }
     frame = frames.front();
@@ -53,9 +51,7 @@ class ScriptedScreen final : public common::Screen {
   }
   int WaitKey(int milliseconds) override {
     journal_.push_back("wait " + std::to_string(milliseconds));
-    if (keys.empty()) {
-      return 'q';
-    }
+    if (keys.empty()) return 'q';
     const int key = keys.front();
     keys.pop_front();
     return key;
@@ -88,9 +84,7 @@ class ScriptedEngine final : public app::MonocularEngine {
   int CountSnapshots() override { return count; }
   float Compute(int model) override {
     journal_.push_back("compute " + std::to_string(model));
-    if (!failure.empty()) {
-      throw std::runtime_error(failure);
-    }
+    if (!failure.empty()) throw std::runtime_error(failure);
     return error;
   }
   void Save(const std::string& path) override { journal_.push_back("save '" + path + "'"); }
@@ -115,9 +109,7 @@ class MonocularLoop : public testing::Test {
 
   /// Frames of these colours, and a key for each.
   void Script(const std::vector<int>& colours, const std::deque<int>& keys) {
-    for (const int colour : colours) {
-      feed_.frames.push_back(Coloured(colour));
-    }
+    for (const int colour : colours) feed_.frames.push_back(Coloured(colour));
     screen_.keys = keys;
   }
 
@@ -126,9 +118,7 @@ class MonocularLoop : public testing::Test {
     Journal entries;
     for (const std::string& entry : journal_) {
       for (const std::string& word : words) {
-        if (entry.rfind(word, 0) == 0) {
-          entries.push_back(entry);
-        }
+        if (entry.rfind(word, 0) == 0) entries.push_back(entry);
       }
     }
     return entries;
