@@ -121,7 +121,7 @@ int main(int argc, char** argv) {
   try {
     return Run(argv[1], argv[2]);
   } catch (const std::exception& fault) {
-    std::cerr << "ERROR: " << fault.what() << '\n';
+    std::cerr << "ERROR: " << fault.what() << ".\n";
     return 1;
   }
 }

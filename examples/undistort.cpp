@@ -29,7 +29,7 @@ int main(int argc, char** argv) {
     if (!cv::imwrite(argv[3], straightened)) throw std::runtime_error("the picture cannot be written");
     return 0;
   } catch (const std::exception& fault) {
-    std::cerr << fault.what() << std::endl;
+    std::cerr << "ERROR: " << fault.what() << "." << std::endl;
     return 1;
   }
 }

@@ -16,7 +16,7 @@ def main(result_file, picture_file, straightened_file):
     # The result describes the sensor, whichever way up the camera was held.
     picture = cv2.imread(picture_file, cv2.IMREAD_COLOR | cv2.IMREAD_IGNORE_ORIENTATION)
     if picture is None or picture.shape[:2] != (result["imgHeight"], result["imgWidth"]):
-        sys.exit("the picture is missing or of another size")
+        sys.exit("ERROR: the picture is missing or of another size.")
     straightened = cv2.undistort(picture, matrix(result["cameraMatrix"]), matrix(result["distCoefs"]))
     cv2.imwrite(straightened_file, straightened)
 

@@ -60,7 +60,7 @@ int main(int argc, char** argv) {
     Report(arguments);
     return 0;
   } catch (const std::exception& fault) {
-    std::cerr << "velmora-accuracy: " << fault.what() << '\n';
+    std::cerr << "ERROR: " << fault.what() << ".\n";
     return USAGE_ERROR;
   }
 }

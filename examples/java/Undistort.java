@@ -90,7 +90,7 @@ public class Undistort {
     BufferedImage picture = ImageIO.read(new File(arguments[1]));
     if (picture == null || picture.getWidth() != camera.imageWidth()
         || picture.getHeight() != camera.imageHeight()) {
-      System.err.println("the picture is no picture, or of another size");
+      System.err.println("ERROR: the picture is no picture, or of another size.");
       System.exit(1);
     }
     ImageIO.write(new Undistort(camera).straighten(picture), "png", new File(arguments[2]));

@@ -1,4 +1,4 @@
-/// Keeps the video libraries from writing to the console beside the application's own lines.
+/// Keeps the video libraries from writing to the console beside the programs' own lines.
 #include "common/LibraryNoise.h"
 
 #include <fcntl.h>

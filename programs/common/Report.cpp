@@ -1,4 +1,4 @@
-/// The table that ends a headless calibration.
+/// The table that ends a calibration.
 #include "common/Report.h"
 
 #include <algorithm>

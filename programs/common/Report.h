@@ -1,4 +1,4 @@
-/// The table that ends a headless calibration.
+/// The table that ends a calibration.
 #pragma once
 
 #include <opencv2/core.hpp>

@@ -81,7 +81,7 @@ TEST_F(PushFrames, SaysWhatIsWrong) {
   fs::create_directory(folder_.File("empty"));
   Process nothing({VELMORA_PUSH_FRAMES, folder_.File("empty"), Output()});
   EXPECT_EQ(nothing.WaitForExit(LONG_ENOUGH), 1);
-  EXPECT_EQ(nothing.Errors(), "ERROR: no frames in " + folder_.File("empty") + "\n");
+  EXPECT_EQ(nothing.Errors(), "ERROR: no frames in " + folder_.File("empty") + ".\n");
 }
 
 }  // namespace

@@ -156,7 +156,7 @@ TEST_F(Undistort, RefusesAPictureOfAnotherSize) {
   for (const std::string& file : Files("cpp.png")) command.push_back(file);
   Process example(command);
   EXPECT_EQ(example.WaitForExit(LONG_ENOUGH), 1);
-  EXPECT_EQ(example.Errors(), "the picture is missing or of another size\n");
+  EXPECT_EQ(example.Errors(), "ERROR: the picture is missing or of another size.\n");
 }
 
 }  // namespace
