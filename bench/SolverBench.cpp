@@ -126,7 +126,7 @@ void VerdictBesideSparse(benchmark::State& state) {
       [&] { Sparse(data, model); });
 }
 
-/// A pair with refined lenses, beside OpenCV's from the same start. Arguments: model, views.
+/// A pair with refined intrinsics, beside OpenCV's from the same start. Arguments: model, views.
 void RefinedPairBesideOpenCV(benchmark::State& state) {
   const int model = static_cast<int>(state.range(0));
   const PairData data = MakePairData(static_cast<int>(state.range(1)));

@@ -16,7 +16,7 @@ struct PairCase {
   double noise = 0.1;
   int model = Calibrator::MODEL_CLASSIC;
   int solver = Calibrator::SOLVER_SPARSE;
-  bool refined = false;  ///< the lenses, together with the pair
+  bool refined = false;  ///< the intrinsics, together with the pair
 };
 
 struct PairTrial {

@@ -57,11 +57,12 @@ PairResult SolvePair(const Points& left, const Points& right, const cv::Size& im
   PairResult result;
   result.left = Solve(left, imageSize, model, solver);
   result.right = Solve(right, imageSize, model, solver);
-  const StereoIntrinsics lenses{result.left.K, Padded(result.left.D), result.right.K, Padded(result.right.D)};
+  const StereoIntrinsics pairIntrinsics{result.left.K, Padded(result.left.D), result.right.K,
+                                        Padded(result.right.D)};
   const auto targets = Targets(left.size());
   result.pair = solver == Calibrator::SOLVER_OPENCV
-                    ? SolveExtrinsics(targets, left, right, lenses, imageSize, model)
-                    : SolveExtrinsicsSparsely(targets, left, right, lenses, model);
+                    ? SolveExtrinsics(targets, left, right, pairIntrinsics, imageSize, model)
+                    : SolveExtrinsicsSparsely(targets, left, right, pairIntrinsics, model);
   return result;
 }
 

@@ -186,7 +186,7 @@ TEST(AccuracyReport, OfPairsIsTenthsOfDegreesAndMillimetres) {
   EXPECT_LT(accuracy::Median(depth), 0.001);
 }
 
-TEST(AccuracyReport, OfPairsIsBetterWithRefinedLenses) {
+TEST(AccuracyReport, OfPairsIsBetterWithRefinedIntrinsics) {
   std::vector<double> turn[2];
   std::vector<double> depth[2];
   for (const bool refined : {false, true}) {

@@ -148,7 +148,7 @@ TEST(Failure, IsWhateverAProgressListenerThrows) {
   EXPECT_EQ(calibrator->GetStatus(), Calibrator::STATUS_COMPLETED);
 }
 
-TEST(Failure, OfAPairGivesTheEarlierLensesBackWhateverWasThrown) {
+TEST(Failure, OfAPairGivesTheEarlierIntrinsicsBackWhateverWasThrown) {
   const auto calibrator = unit::CompletedStereoCalibrator();
   const cv::Mat K = calibrator->GetKLeft().clone();
   calibrator->SetSolver(Calibrator::SOLVER_SPARSE);

@@ -365,7 +365,7 @@ TEST_F(StereoComputation, ReplacesTheMatricesOfACompletedCalibratorEvenWhenItRef
   EXPECT_EQ(calibrator->GetRMS(), rms);
 }
 
-TEST_F(StereoComputation, SavesTheLensesOfItsResultWhateverWasReadAndRefusedSince) {
+TEST_F(StereoComputation, SavesTheIntrinsicsOfItsResultWhateverWasReadAndRefusedSince) {
   const auto calibrator = unit::CompletedStereoCalibrator();
   const std::string saved = calibrator->SaveResult(false, "");
   const std::string status = calibrator->GetStatus_QVX();

@@ -149,7 +149,7 @@ class StereoAccuracy : public ::testing::Test {
 
 TEST_F(StereoAccuracy, OfTheSolutionIsNearlyThatOfTheCamerasAlone) {
   EXPECT_EQ(Stereo().GetStatus(), Calibrator::STATUS_COMPLETED);
-  // Each camera alone may choose the lens and its own pose in each view, so it cannot fit worse.
+  // Each camera alone may choose its intrinsics and its own pose in each view, so it cannot fit worse.
   const double alone =
       std::sqrt(0.5 * (Pair().left.rms * Pair().left.rms + Pair().right.rms * Pair().right.rms));
   ASSERT_GT(alone, 0.0);

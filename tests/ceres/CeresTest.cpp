@@ -79,7 +79,7 @@ TEST(BesideCeres, CamerasOfRenderedPicturesAreTheSame) {
   ExpectTheSameCamera(views);
 }
 
-TEST(BesideCeres, PairsWithRefinedLensesAreTheSame) {
+TEST(BesideCeres, PairsWithRefinedIntrinsicsAreTheSame) {
   const world::Pair rig = unit::RigFor(Calibrator::MODEL_CLASSIC);
   for (const std::uint64_t seed : {1U, 2U}) {
     const unit::PointPairs pairs = unit::Seen(rig, 10, seed, 0.1);

@@ -184,23 +184,23 @@ TEST(Verdict, SeesALensThatTheModelDoesNotHold) {
 Intrinsics SparseIntrinsics(const cv::Mat& K, const cv::Mat& D) {
   const cv::Mat_<double> k(K);
   const cv::Mat_<double> d(D);
-  Intrinsics lens;
-  lens.estimated = FULL_PARAMETERS;
-  lens.values = {k(0, 0), k(1, 1), k(0, 2), k(1, 2)};
-  for (int i = 0; i < d.cols; ++i) lens.values[static_cast<size_t>(i + 4)] = d(i);
-  return lens;
+  Intrinsics intrinsics;
+  intrinsics.estimated = FULL_PARAMETERS;
+  intrinsics.values = {k(0, 0), k(1, 1), k(0, 2), k(1, 2)};
+  for (int i = 0; i < d.cols; ++i) intrinsics.values[static_cast<size_t>(i + 4)] = d(i);
+  return intrinsics;
 }
 
 /// Projections of the true lens in the cells that the area covers.
 class TrueCells {
  public:
   explicit TrueCells(const std::vector<cv::Point2f>& area) {
-    const solver::Projection truth(lens_);
+    const solver::Projection truth(intrinsics_);
     for (int i = 0; i < 40 * 30; ++i) {
       Cell cell;
       cell.pixel = {(i % 40 + 0.5) * 16.0 - 0.5, (i / 40 + 0.5) * 16.0 - 0.5};
       if (cv::pointPolygonTest(area, cell.pixel, false) < 0.0) continue;
-      EXPECT_TRUE(RayOf(truth, lens_, cell.pixel, cell.ray));
+      EXPECT_TRUE(RayOf(truth, intrinsics_, cell.pixel, cell.ray));
       solver::Coordinate u;
       solver::Coordinate v;
       EXPECT_TRUE(truth.Differentiate(cell.ray, u, v));
@@ -240,12 +240,12 @@ class TrueCells {
     cv::Matx23d byTurn;
   };
 
-  static Intrinsics TrueLens() {
+  static Intrinsics TrueIntrinsics() {
     const world::Lens lens = unit::DistortedCamera().lens;
     return SparseIntrinsics(cv::Mat(lens.K()), cv::Mat(lens.D(), true).reshape(1, 1));
   }
 
-  const Intrinsics lens_ = TrueLens();
+  const Intrinsics intrinsics_ = TrueIntrinsics();
   cv::Matx33d turns_ = cv::Matx33d::zeros();
   std::vector<Cell> cells_;
 };
@@ -340,20 +340,20 @@ TEST(Verdict, IsAJsonTextToo) {
 }
 
 TEST(Rays, LeadBackToTheirPixels) {
-  Intrinsics lens;
-  lens.values = {530.0, 525.0, 318.0, 242.0, -0.21, 0.06, 0.0008, -0.0006, -0.008};
-  const solver::Projection projection(lens);
+  Intrinsics intrinsics;
+  intrinsics.values = {530.0, 525.0, 318.0, 242.0, -0.21, 0.06, 0.0008, -0.0006, -0.008};
+  const solver::Projection projection(intrinsics);
   for (const cv::Point2d& pixel : {cv::Point2d(0, 0), cv::Point2d(639, 479), cv::Point2d(318, 242)}) {
     cv::Vec3d ray;
     cv::Point2d back;
-    ASSERT_TRUE(RayOf(projection, lens, pixel, ray));
+    ASSERT_TRUE(RayOf(projection, intrinsics, pixel, ray));
     ASSERT_TRUE(projection.Project(ray, back));
     EXPECT_LT(cv::norm(back - pixel), 1e-5);
   }
-  lens.values[4] = -0.9;  // folds before the corners
-  lens.values[5] = 0.0;
+  intrinsics.values[4] = -0.9;  // folds before the corners
+  intrinsics.values[5] = 0.0;
   cv::Vec3d ray;
-  EXPECT_FALSE(RayOf(solver::Projection(lens), lens, {0, 0}, ray));
+  EXPECT_FALSE(RayOf(solver::Projection(intrinsics), intrinsics, {0, 0}, ray));
 }
 
 }  // namespace

@@ -67,7 +67,7 @@ TEST(ModelComparison, ChoosesTheFullModelForASensorThatLeans) {
 }
 
 TEST(ModelComparison, MeetsUnseenViewsWithTheErrorOfTheirPointsAlone) {
-  // With many views the lens is as good as known: what is left is the noise, less what poses take up.
+  // With many views the intrinsics are as good as known: what is left is the noise, less what poses take up.
   const ModelChoice choice = Chosen(unit::NoisyViews(unit::DistortedCamera(), 40, 46));
   EXPECT_NEAR(choice.candidates[0].unseen, choice.candidates[0].rms, 0.02 * choice.candidates[0].rms);
   EXPECT_GT(choice.candidates[0].unseen, choice.candidates[0].rms);

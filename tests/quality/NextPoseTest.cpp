@@ -33,13 +33,13 @@ std::vector<cv::Point3d> CentredGrid() {
   return grid;
 }
 
-Intrinsics TrueLens(int estimated) {
+Intrinsics TrueIntrinsics(int estimated) {
   const world::Lens& truth = unit::DistortedCamera().lens;
-  Intrinsics lens;
-  lens.estimated = estimated;
-  lens.values = {truth.K()(0, 0), truth.K()(1, 1), truth.K()(0, 2), truth.K()(1, 2)};
-  for (size_t i = 0; i < truth.D().size(); ++i) lens.values[i + 4] = truth.D()[i];
-  return lens;
+  Intrinsics intrinsics;
+  intrinsics.estimated = estimated;
+  intrinsics.values = {truth.K()(0, 0), truth.K()(1, 1), truth.K()(0, 2), truth.K()(1, 2)};
+  for (size_t i = 0; i < truth.D().size(); ++i) intrinsics.values[i + 4] = truth.D()[i];
+  return intrinsics;
 }
 
 world::Pose PoseOf(const RigidTransform& centred) {
@@ -58,7 +58,7 @@ std::vector<cv::Point2d> Seen(const world::Pose& pose, cv::RNG& random) {
 /// The expected deviation of projections for these poses, at the true camera and with the true noise.
 double TrueDeviation(const std::vector<world::Pose>& poses, int estimated) {
   Knowledge knowledge;
-  knowledge.intrinsics = TrueLens(estimated);
+  knowledge.intrinsics = TrueIntrinsics(estimated);
   knowledge.variance = 0.01;
   knowledge.information = Eigen::MatrixXd::Zero(estimated, estimated);
   Rig rig;

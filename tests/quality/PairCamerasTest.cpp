@@ -26,19 +26,19 @@ const int MODELS[] = {Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL, Cal
 /// A pair as a calibrator hands it to its judge.
 struct Judged {
   ExtrinsicsResult result;
-  StereoIntrinsics lenses;
+  StereoIntrinsics pairIntrinsics;
   PairVerdict verdict;
 };
 
-Judged JudgedHeld(const unit::PointPairs& pairs, const StereoIntrinsics& lenses, int model,
+Judged JudgedHeld(const unit::PointPairs& pairs, const StereoIntrinsics& pairIntrinsics, int model,
                   const SparsePairOptions& options = {}, const cv::Size& imageSize = unit::FRAME) {
   const auto targets = unit::Targets(pairs.left.size());
   Judged judged;
-  judged.lenses = lenses;
-  judged.result = SolveExtrinsicsSparsely(targets, pairs.left, pairs.right, lenses, model, options);
+  judged.pairIntrinsics = pairIntrinsics;
+  judged.result = SolveExtrinsicsSparsely(targets, pairs.left, pairs.right, pairIntrinsics, model, options);
   judged.verdict = JudgePair(
       {targets, pairs.left, pairs.right, model, false, options.discRadius, judged.result.solution, imageSize},
-      lenses, judged.result.R, judged.result.T);
+      pairIntrinsics, judged.result.R, judged.result.T);
   return judged;
 }
 
@@ -47,10 +47,10 @@ Judged JudgedRefined(const unit::PointPairs& pairs, const StereoIntrinsics& star
   const auto targets = unit::Targets(pairs.left.size());
   Judged judged;
   judged.result = unit::Refined(pairs, start, model, options);
-  judged.lenses = judged.result.refined;
+  judged.pairIntrinsics = judged.result.refined;
   judged.verdict = JudgePair({targets, pairs.left, pairs.right, model, true, options.discRadius,
                               judged.result.solution, unit::FRAME},
-                             judged.lenses, judged.result.R, judged.result.T);
+                             judged.pairIntrinsics, judged.result.R, judged.result.T);
   return judged;
 }
 
@@ -63,8 +63,9 @@ double RmsByOpenCv(const Judged& judged, const TargetView& view, size_t camera) 
   cv::Vec3d rvec;
   cv::Rodrigues(pose.R, rvec);
   std::vector<cv::Point2d> expected;
-  cv::projectPoints(seen.object, rvec, pose.t, camera == 0 ? judged.lenses.K : judged.lenses.KRight,
-                    camera == 0 ? judged.lenses.D : judged.lenses.DRight, expected);
+  cv::projectPoints(seen.object, rvec, pose.t,
+                    camera == 0 ? judged.pairIntrinsics.K : judged.pairIntrinsics.KRight,
+                    camera == 0 ? judged.pairIntrinsics.D : judged.pairIntrinsics.DRight, expected);
   double squares = 0.0;
   double count = 0.0;
   for (size_t i = 0; i < expected.size(); ++i) {
@@ -95,7 +96,7 @@ void ExpectErrorsOfOpenCv(const Judged& judged) {
 TEST(PairCameras, HaveTheErrorsOfTheirViewsByOpenCv) {
   for (const int model : MODELS) {
     const auto pairs = Seen(RigFor(model), 10, 3, 0.1);
-    ExpectErrorsOfOpenCv(JudgedHeld(pairs, unit::TrueLenses(RigFor(model)), model));
+    ExpectErrorsOfOpenCv(JudgedHeld(pairs, unit::TruePairIntrinsics(RigFor(model)), model));
     ExpectErrorsOfOpenCv(JudgedRefined(pairs, EachAlone(pairs, model), model));
   }
 }
@@ -105,7 +106,7 @@ TEST(PairCameras, TellWhichOfThemSeesWorse) {
   auto pairs = Seen(RigFor(model), 10, 3, 0.1);
   const auto worse = Seen(RigFor(model), 10, 3, 0.4);
   pairs.right = worse.right;
-  const PairVerdict verdict = JudgedHeld(pairs, unit::TrueLenses(RigFor(model)), model).verdict;
+  const PairVerdict verdict = JudgedHeld(pairs, unit::TruePairIntrinsics(RigFor(model)), model).verdict;
   EXPECT_GT(verdict.right.rms, 2.0 * verdict.left.rms);
   EXPECT_NEAR(verdict.right.rms, 0.4 * std::sqrt(2.0), 0.06);
 }
@@ -117,8 +118,9 @@ TEST(PairCameras, MarkTheImageThatWasLeftOutAndKeepTheOtherOne) {
   pairs.left[7][20] += cv::Point2d(9.0, -7.0);
   SparsePairOptions robust;
   robust.robust = true;
-  for (const Judged& judged : {JudgedHeld(pairs, unit::TrueLenses(RigFor(model)), model, robust),
-                               JudgedRefined(pairs, unit::TrueLenses(RigFor(model)), model, robust)}) {
+  for (const Judged& judged :
+       {JudgedHeld(pairs, unit::TruePairIntrinsics(RigFor(model)), model, robust),
+        JudgedRefined(pairs, unit::TruePairIntrinsics(RigFor(model)), model, robust)}) {
     const PairVerdict& verdict = judged.verdict;
     ASSERT_EQ(verdict.left.viewRms.size(), 12U);
     ASSERT_EQ(verdict.right.viewRms.size(), 12U);
@@ -190,7 +192,8 @@ TEST(PairCameras, HaveTheMapsOfTheSolutionsJudge) {
 TEST(PairCameras, SayNothingOfProjectionsInImagesOfUnknownSize) {
   const int model = Calibrator::MODEL_CLASSIC;
   const PairVerdict verdict =
-      JudgedHeld(Seen(RigFor(model), 8, 1, 0.1), unit::TrueLenses(RigFor(model)), model, {}, {}).verdict;
+      JudgedHeld(Seen(RigFor(model), 8, 1, 0.1), unit::TruePairIntrinsics(RigFor(model)), model, {}, {})
+          .verdict;
   for (const PairVerdict::Camera& camera : {verdict.left, verdict.right}) {
     EXPECT_TRUE(camera.deviationMap.empty());
     EXPECT_TRUE(std::isinf(camera.deviationInData));

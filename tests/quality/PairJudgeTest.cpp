@@ -21,10 +21,10 @@ using unit::RigFor;
 using unit::Seen;
 using unit::WithHeldLenses;
 
-PairVerdict JudgedHeld(const unit::PointPairs& pairs, const StereoIntrinsics& lenses, int model) {
-  const ExtrinsicsResult result = WithHeldLenses(pairs, lenses, model);
-  return JudgePair({unit::Targets(pairs.left.size()), pairs.left, pairs.right, model, false, 0.0}, lenses,
-                   result.R, result.T);
+PairVerdict JudgedHeld(const unit::PointPairs& pairs, const StereoIntrinsics& pairIntrinsics, int model) {
+  const ExtrinsicsResult result = WithHeldLenses(pairs, pairIntrinsics, model);
+  return JudgePair({unit::Targets(pairs.left.size()), pairs.left, pairs.right, model, false, 0.0},
+                   pairIntrinsics, result.R, result.T);
 }
 
 PairVerdict JudgedRefined(const unit::PointPairs& pairs, int model) {
@@ -49,7 +49,7 @@ TEST(PairVerdict, IsGoodForManyTiltedViews) {
       for (const int count : {12, 20}) {
         const auto pairs = Seen(rig, count, seed, 0.1);
         for (const PairVerdict& verdict :
-             {JudgedHeld(pairs, unit::TrueLenses(rig), model),
+             {JudgedHeld(pairs, unit::TruePairIntrinsics(rig), model),
               JudgedHeld(pairs, EachAlone(pairs, model), model), JudgedRefined(pairs, model)}) {
           EXPECT_EQ(verdict.grade, Grade::Good) << model << ' ' << seed << ' ' << verdict.ToJson();
           EXPECT_TRUE(verdict.remarks.empty());
@@ -60,7 +60,7 @@ TEST(PairVerdict, IsGoodForManyTiltedViews) {
   }
 }
 
-TEST(PairVerdict, OfTheFullModelTellsThatTheRefinedLensesBelongToTheResult) {
+TEST(PairVerdict, OfTheFullModelTellsThatTheRefinedIntrinsicsBelongToTheResult) {
   const world::Pair rig = RigFor(Calibrator::MODEL_FULL);
   const auto pairs = Seen(rig, 20, 1, 0.1);
   const PairVerdict verdict = JudgedRefined(pairs, Calibrator::MODEL_FULL);
@@ -89,7 +89,7 @@ unit::PointPairs FrontalPairs(const world::Pair& rig) {
   return unit::SeenByBoth(rig, poses, 1, 0.1);
 }
 
-TEST(PairVerdict, IsWorthlessForLensesOfFrontalViews) {
+TEST(PairVerdict, IsWorthlessForIntrinsicsOfFrontalViews) {
   for (const int model : {Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL, Calibrator::MODEL_FULL}) {
     const auto pairs = FrontalPairs(RigFor(model));
     const PairVerdict held = JudgedHeld(pairs, EachAlone(pairs, model), model);
@@ -100,10 +100,10 @@ TEST(PairVerdict, IsWorthlessForLensesOfFrontalViews) {
   }
 }
 
-TEST(PairVerdict, OfFrontalViewsWithGoodLensesRestsOnThese) {
+TEST(PairVerdict, OfFrontalViewsWithGoodIntrinsicsRestsOnThese) {
   const world::Pair rig = RigFor(Calibrator::MODEL_RATIONAL);
   const PairVerdict verdict =
-      JudgedHeld(FrontalPairs(rig), unit::TrueLenses(rig), Calibrator::MODEL_RATIONAL);
+      JudgedHeld(FrontalPairs(rig), unit::TruePairIntrinsics(rig), Calibrator::MODEL_RATIONAL);
   EXPECT_EQ(verdict.grade, Grade::WithCare) << verdict.ToJson();
   EXPECT_TRUE(Says(verdict, "as good as the lenses that were given"));
   EXPECT_LT(verdict.formal.rotation, 0.1);
@@ -125,7 +125,7 @@ TEST(PairVerdict, NamesTheViewThatMovedBetweenTheCameras) {
     for (const int model : MODELS) {
       const auto pairs = MovedPairs(RigFor(model), {4}, aside);
       for (const PairVerdict& verdict :
-           {JudgedHeld(pairs, unit::TrueLenses(RigFor(model)), model),
+           {JudgedHeld(pairs, unit::TruePairIntrinsics(RigFor(model)), model),
             JudgedHeld(pairs, EachAlone(pairs, model), model), JudgedRefined(pairs, model)}) {
         EXPECT_NE(verdict.grade, Grade::Good) << verdict.ToJson();
         ASSERT_EQ(verdict.disagreements.size(), 1U) << verdict.ToJson();
@@ -178,7 +178,7 @@ void ExpectTrueDeviations(int model, bool refined, int runs) {
   const double share = 1.0 / runs;
   for (int run = 0; run < runs; ++run) {
     const auto pairs = unit::SeenByBoth(rig, poses, static_cast<std::uint64_t>(1000 + run), 0.1);
-    const StereoIntrinsics start = unit::TrueLenses(rig);
+    const StereoIntrinsics start = unit::TruePairIntrinsics(rig);
     const ExtrinsicsResult result =
         refined ? Refined(pairs, start, model) : WithHeldLenses(pairs, start, model);
     spread.Add(result, rig, share);
@@ -209,12 +209,12 @@ void ExpectTrueDeviations(int model, bool refined, int runs) {
 #define SKIP_REPETITIONS
 #endif
 
-TEST(PairVerdict, PredictsTheErrorsOfRepeatedComputationsWithHeldLenses) {
+TEST(PairVerdict, PredictsTheErrorsOfRepeatedComputationsWithHeldIntrinsics) {
   SKIP_REPETITIONS;
   for (const int model : MODELS) ExpectTrueDeviations(model, false, 300);
 }
 
-TEST(PairVerdict, PredictsTheErrorsOfRepeatedComputationsWithRefinedLenses) {
+TEST(PairVerdict, PredictsTheErrorsOfRepeatedComputationsWithRefinedIntrinsics) {
   SKIP_REPETITIONS;
   for (const int model : MODELS) ExpectTrueDeviations(model, true, 300);
 }
@@ -222,7 +222,7 @@ TEST(PairVerdict, PredictsTheErrorsOfRepeatedComputationsWithRefinedLenses) {
 TEST(PairVerdict, IsTheWorseOfItsOwnAndThatOfItsCameras) {
   const world::Pair rig = RigFor(Calibrator::MODEL_CLASSIC);
   const auto pairs = Seen(rig, 12, 1, 0.1);
-  PairVerdict verdict = JudgedHeld(pairs, unit::TrueLenses(rig), Calibrator::MODEL_CLASSIC);
+  PairVerdict verdict = JudgedHeld(pairs, unit::TruePairIntrinsics(rig), Calibrator::MODEL_CLASSIC);
   CalibrationVerdict camera;
   camera.grade = Grade::Good;
   verdict.Consider(camera, "left");
@@ -252,7 +252,7 @@ TEST(PairVerdict, KnowsNothingOfAPairThatCannotSeeTheSheet) {
   const auto pairs = Seen(rig, 12, 1, 0.1);
   const PairVerdict verdict =
       JudgePair({unit::Targets(pairs.left.size()), pairs.left, pairs.right, model, false, 0.0},
-                unit::TrueLenses(rig), cv::Mat(rig.R), cv::Mat(cv::Vec3d(0.0, 0.0, -10.0)));
+                unit::TruePairIntrinsics(rig), cv::Mat(rig.R), cv::Mat(cv::Vec3d(0.0, 0.0, -10.0)));
   EXPECT_EQ(verdict.grade, Grade::Worthless);
   EXPECT_TRUE(Says(verdict, "do not agree with this pair"));
   EXPECT_TRUE(std::isinf(verdict.formal.rotation));
@@ -294,7 +294,7 @@ TEST(PairVerdict, ComesFromACalibratorWithEitherSolver) {
   EXPECT_EQ(calibrator->GetPairVerdict().grade, Grade::None);
 }
 
-TEST(PairVerdict, StaysThatOfItsResultWhenOtherLensesAreReadAndRefused) {
+TEST(PairVerdict, StaysThatOfItsResultWhenOtherIntrinsicsAreReadAndRefused) {
   const auto calibrator = unit::StereoCalibratorWith(unit::NoisyPairs(8));
   calibrator->ComputeCalibrationStereo(unit::LeftResult(), unit::RightResult(), Calibrator::MODEL_FULL,
                                        false);

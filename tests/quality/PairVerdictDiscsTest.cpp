@@ -34,13 +34,13 @@ unit::PointPairs SeenBy(const world::Pair& rig, const std::vector<world::Pose>& 
 
 PairVerdict Judged(const world::Pair& rig, const unit::PointPairs& pairs, double discRadius) {
   const auto targets = unit::Targets(pairs.left.size());
-  const StereoIntrinsics lenses = unit::TrueLenses(rig);
+  const StereoIntrinsics pairIntrinsics = unit::TruePairIntrinsics(rig);
   SparsePairOptions options;
   options.discRadius = discRadius;
-  const ExtrinsicsResult result =
-      SolveExtrinsicsSparsely(targets, pairs.left, pairs.right, lenses, Calibrator::MODEL_CLASSIC, options);
-  return JudgePair({targets, pairs.left, pairs.right, Calibrator::MODEL_CLASSIC, false, discRadius}, lenses,
-                   result.R, result.T);
+  const ExtrinsicsResult result = SolveExtrinsicsSparsely(targets, pairs.left, pairs.right, pairIntrinsics,
+                                                          Calibrator::MODEL_CLASSIC, options);
+  return JudgePair({targets, pairs.left, pairs.right, Calibrator::MODEL_CLASSIC, false, discRadius},
+                   pairIntrinsics, result.R, result.T);
 }
 
 TEST(PairVerdictWithDiscs, IsThatOfTheImagesOfTheirCentres) {

@@ -25,7 +25,7 @@ std::vector<cv::Point3d> CentredGrid() {
   return unit::FlatShape();
 }
 
-Intrinsics TrueLens() {
+Intrinsics TrueIntrinsics() {
   return unit::IntrinsicsOf(unit::DistortedCamera().lens, CLASSIC_PARAMETERS);
 }
 
@@ -38,7 +38,7 @@ world::Pose PoseOf(const RigidTransform& centred) {
 }
 
 TEST(PoseCandidates, AreWholeInTheImageAndNotTiltedByMoreThan45Degrees) {
-  const auto candidates = CandidatesFor(TrueLens(), CentredGrid(), unit::FRAME, 500);
+  const auto candidates = CandidatesFor(TrueIntrinsics(), CentredGrid(), unit::FRAME, 500);
   ASSERT_EQ(candidates.size(), 500U);
   for (const Candidate& candidate : candidates) {
     const world::Pose pose = PoseOf(candidate.pose);
@@ -60,7 +60,7 @@ TEST(PoseCandidates, AreFoundByBothSearchesInTheirOrder) {
   world::Renderer renderer(scene);
   FinderChoice robust;
   ASSERT_TRUE(robust.Set(Calibrator::FINDER_ROBUST));
-  const auto candidates = CandidatesFor(TrueLens(), CentredGrid(), unit::FRAME, 24);
+  const auto candidates = CandidatesFor(TrueIntrinsics(), CentredGrid(), unit::FRAME, 24);
   int standard = 0;
   for (const Candidate& candidate : candidates) {
     const cv::Mat picture = renderer.Render(PoseOf(candidate.pose));
@@ -76,11 +76,11 @@ TEST(PoseCandidates, AreFoundByBothSearchesInTheirOrder) {
 
 TEST(PoseCandidates, KeepToTheLargestSpacing) {
   const cv::Size large(1920, 1080);
-  Intrinsics lens;
-  lens.values = {1600.0, 1600.0, 960.0, 540.0};
+  Intrinsics intrinsics;
+  intrinsics.values = {1600.0, 1600.0, 960.0, 540.0};
   const auto largest = [&](double most) {
     double spacing = 0.0;
-    const auto candidates = CandidatesFor(lens, CentredGrid(), large, 200, most);
+    const auto candidates = CandidatesFor(intrinsics, CentredGrid(), large, 200, most);
     EXPECT_GE(candidates.size(), 100U);
     for (const Candidate& candidate : candidates) {
       for (size_t i = 1; i < 4; ++i) {
@@ -100,7 +100,7 @@ double SpanOf(const Observation& view) {
 }
 
 TEST(PoseCandidates, AreNearAndFarAndTiltedToAllSides) {
-  const auto candidates = CandidatesFor(TrueLens(), CentredGrid(), unit::FRAME, 300);
+  const auto candidates = CandidatesFor(TrueIntrinsics(), CentredGrid(), unit::FRAME, 300);
   ASSERT_EQ(candidates.size(), 300U);
   double least = 1.0;
   double largest = 0.0;
@@ -125,7 +125,7 @@ TEST(PoseCandidates, AreNearAndFarAndTiltedToAllSides) {
 
 TEST(PoseCandidates, ReachEachCornerOfTheImage) {
   std::vector<cv::Point2f> points;
-  for (const auto& candidate : CandidatesFor(TrueLens(), CentredGrid(), unit::FRAME, 500)) {
+  for (const auto& candidate : CandidatesFor(TrueIntrinsics(), CentredGrid(), unit::FRAME, 500)) {
     points.insert(points.end(), candidate.view.image.begin(), candidate.view.image.end());
   }
   for (const cv::Point2f& corner :
@@ -137,8 +137,8 @@ TEST(PoseCandidates, ReachEachCornerOfTheImage) {
 }
 
 TEST(PoseCandidates, AreTheFirstOfTheSameListHoweverManyAreAskedFor) {
-  const auto few = CandidatesFor(TrueLens(), CentredGrid(), unit::FRAME, 20);
-  const auto many = CandidatesFor(TrueLens(), CentredGrid(), unit::FRAME, 60);
+  const auto few = CandidatesFor(TrueIntrinsics(), CentredGrid(), unit::FRAME, 20);
+  const auto many = CandidatesFor(TrueIntrinsics(), CentredGrid(), unit::FRAME, 60);
   ASSERT_EQ(few.size(), 20U);
   ASSERT_EQ(many.size(), 60U);
   for (size_t i = 0; i < few.size(); ++i) EXPECT_EQ(few[i].view.image, many[i].view.image);
@@ -163,7 +163,7 @@ TEST(PoseCandidates, AreNotMirroredByALensThatFolds) {
 }
 
 TEST(PoseCandidates, AreNoneOfALensThatImagesNothing) {
-  Intrinsics none = TrueLens();
+  Intrinsics none = TrueIntrinsics();
   none.values[FX] = std::nan("");
   EXPECT_TRUE(CandidatesFor(none, CentredGrid(), unit::FRAME, 10).empty());
 }

@@ -1,4 +1,4 @@
-/// How far the pixels of rays may be off, given how sure the lens' parameters are.
+/// How far the pixels of rays may be off, given the covariance of the intrinsics.
 #include "quality/ProjectionUncertainty.h"
 
 #include <gtest/gtest.h>
@@ -13,9 +13,9 @@ const cv::Size FRAME(640, 480);
 const std::vector<cv::Point2f> MIDDLE = {{160, 120}, {480, 120}, {480, 360}, {160, 360}};
 
 Intrinsics Barrel() {
-  Intrinsics lens;
-  lens.values = {500.0, 501.0, 320.0, 240.0, -0.2, 0.05};
-  return lens;
+  Intrinsics intrinsics;
+  intrinsics.values = {500.0, 501.0, 320.0, 240.0, -0.2, 0.05};
+  return intrinsics;
 }
 
 /// Parameters that vary independently, each in its own way.

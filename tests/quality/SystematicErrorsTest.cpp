@@ -38,7 +38,7 @@ std::vector<SystematicError> ErrorsOf(const Solution& solution, size_t camera, d
   return SystematicErrorsOf(solution, camera, AreaOf(solution, camera), least);
 }
 
-world::Lens LensOf(const Intrinsics& intrinsics) {
+world::Lens SampleIntrinsics(const Intrinsics& intrinsics) {
   const auto& p = intrinsics.values;
   return world::Lens({p[FX], 0.0, p[CX], 0.0, p[FY], p[CY], 0.0, 0.0, 1.0},
                      {p.begin() + CLASSIC_PARAMETERS - 5, p.end()});
@@ -46,8 +46,8 @@ world::Lens LensOf(const Intrinsics& intrinsics) {
 
 /// How far a coordinate of the camera's projections is off where it has data.
 double TrueErrorOf(const Solution& solution, size_t camera, const world::Lens& truth) {
-  return world::MeanProjectionDistance(truth, LensOf(solution.rig.cameras[camera].intrinsics), unit::FRAME,
-                                       AreaOf(solution, camera), world::Alignment::Rotated)
+  return world::MeanProjectionDistance(truth, SampleIntrinsics(solution.rig.cameras[camera].intrinsics),
+                                       unit::FRAME, AreaOf(solution, camera), world::Alignment::Rotated)
              .rms /
          std::sqrt(2.0);
 }

@@ -118,7 +118,7 @@ PairVerdict Considered(Grade pair, Grade camera, bool lensesRefined = false) {
   return verdict;
 }
 
-TEST(PairVerdict, IsNoBetterThanTheLensesItRestsOn) {
+TEST(PairVerdict, IsNoBetterThanTheIntrinsicsItRestsOn) {
   EXPECT_EQ(Considered(Grade::Good, Grade::WithCare).grade, Grade::WithCare);
   EXPECT_EQ(Considered(Grade::WithCare, Grade::Worthless).grade, Grade::Worthless);
   EXPECT_EQ(Considered(Grade::Worthless, Grade::WithCare).grade, Grade::Worthless);
@@ -128,7 +128,7 @@ TEST(PairVerdict, IsNoBetterThanTheLensesItRestsOn) {
   EXPECT_EQ(verdict.remarks.front().advice, "See its own verdict, and calibrate it again.");
 }
 
-TEST(PairVerdict, HasNothingToConsiderOfGoodLensesOrItsOwn) {
+TEST(PairVerdict, HasNothingToConsiderOfGoodIntrinsicsOrItsOwn) {
   for (const PairVerdict& verdict :
        {Considered(Grade::Good, Grade::Good), Considered(Grade::Good, Grade::None),
         Considered(Grade::Good, Grade::Worthless, true)}) {

@@ -50,8 +50,8 @@ cv::Point2d Centroid(const world::Camera& camera, const world::Pose& pose, const
 }
 
 TEST(DiscBias, IsThatOfAnEllipseWithoutDistortion) {
-  Intrinsics lens;
-  lens.values = {400.0, 410.0, 320.0, 240.0};
+  Intrinsics intrinsics;
+  intrinsics.values = {400.0, 410.0, 320.0, 240.0};
   const RigidTransform pose = {RotationOf({0.5, -0.4, 0.1}), {0.05, -0.02, 0.3}};
   const cv::Matx33d K(400.0, 0.0, 320.0, 0.0, 410.0, 240.0, 0.0, 0.0, 1.0);
   const cv::Matx33d axes(pose.R(0, 0), pose.R(0, 1), pose.t[0], pose.R(1, 0), pose.R(1, 1), pose.t[1],
@@ -59,16 +59,16 @@ TEST(DiscBias, IsThatOfAnEllipseWithoutDistortion) {
   const cv::Vec3d centre = K * pose.t;
   const cv::Point2d expected =
       MiddleOfEllipse(K * axes, DISC) - cv::Point2d(centre[0] / centre[2], centre[1] / centre[2]);
-  const cv::Point2d bias = solver::DiscBias(solver::Projection(lens), pose, {}, DISC);
+  const cv::Point2d bias = solver::DiscBias(solver::Projection(intrinsics), pose, {}, DISC);
   EXPECT_GT(cv::norm(expected), 0.05);
   EXPECT_LT(cv::norm(bias - expected), 0.01 * cv::norm(expected));
 }
 
 TEST(DiscBias, IsNoneForADiscThatReachesBehindTheCamera) {
-  Intrinsics lens;
-  lens.values = {400.0, 400.0, 320.0, 240.0};
+  Intrinsics intrinsics;
+  intrinsics.values = {400.0, 400.0, 320.0, 240.0};
   const RigidTransform edgeOn = {RotationOf({1.5, 0.0, 0.0}), {0.0, 0.0, 0.005}};
-  EXPECT_EQ(solver::DiscBias(solver::Projection(lens), edgeOn, {}, DISC), cv::Point2d());
+  EXPECT_EQ(solver::DiscBias(solver::Projection(intrinsics), edgeOn, {}, DISC), cv::Point2d());
 }
 
 class DiscCorrection : public ::testing::TestWithParam<double> {};

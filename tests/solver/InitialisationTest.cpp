@@ -35,12 +35,12 @@ TEST(Initialisation, FindsTheCameraOfExactViews) {
   const std::vector<TargetView> views = ExactViews(camera, 6);
   const CalibrationProblem start = solver::StartOf(views, unit::FRAME);
   ASSERT_EQ(start.rig.cameras.size(), 1U);
-  const Intrinsics& lens = start.rig.cameras.front().intrinsics;
-  EXPECT_NEAR(lens.values[0], camera.lens.K()(0, 0), 0.05);
-  EXPECT_NEAR(lens.values[1], camera.lens.K()(1, 1), 0.05);
-  EXPECT_EQ(lens.values[2], 319.5);
-  EXPECT_EQ(lens.values[3], 239.5);
-  const solver::Projection projection(lens);
+  const Intrinsics& intrinsics = start.rig.cameras.front().intrinsics;
+  EXPECT_NEAR(intrinsics.values[0], camera.lens.K()(0, 0), 0.05);
+  EXPECT_NEAR(intrinsics.values[1], camera.lens.K()(1, 1), 0.05);
+  EXPECT_EQ(intrinsics.values[2], 319.5);
+  EXPECT_EQ(intrinsics.values[3], 239.5);
+  const solver::Projection projection(intrinsics);
   ASSERT_EQ(start.views.size(), views.size());
   for (size_t i = 0; i < views.size(); ++i) {
     const Observation& observation = views[i].observations.front();
@@ -52,7 +52,7 @@ TEST(Initialisation, FindsTheCameraOfExactViews) {
   }
 }
 
-TEST(Initialisation, TakesAUsualLensWhereFrontalViewsTellNothing) {
+TEST(Initialisation, TakesUsualIntrinsicsWhereFrontalViewsTellNothing) {
   const world::Camera camera = world::CameraFromFieldOfView(unit::FRAME, 62.0);
   Observation view;
   for (const cv::Point3d& point : MakeObjectTemplate(unit::GRID, unit::UNIT)) {
@@ -61,10 +61,10 @@ TEST(Initialisation, TakesAUsualLensWhereFrontalViewsTellNothing) {
   }
   const CalibrationProblem start =
       solver::StartOf({TargetView{{}, {view}}, TargetView{{}, {view}}}, unit::FRAME);
-  const Intrinsics& lens = start.rig.cameras.front().intrinsics;
-  EXPECT_TRUE(std::isfinite(lens.values[0]));
-  EXPECT_GE(lens.values[0], 0.1 * unit::FRAME.width);
-  EXPECT_LE(lens.values[0], 20.0 * unit::FRAME.width);
+  const Intrinsics& intrinsics = start.rig.cameras.front().intrinsics;
+  EXPECT_TRUE(std::isfinite(intrinsics.values[0]));
+  EXPECT_GE(intrinsics.values[0], 0.1 * unit::FRAME.width);
+  EXPECT_LE(intrinsics.values[0], 20.0 * unit::FRAME.width);
   EXPECT_GT(start.views.front().rigFromTarget.t[2], 0.0);
 }
 

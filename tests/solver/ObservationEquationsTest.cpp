@@ -11,13 +11,13 @@ namespace {
 
 using solver::MOST_COLUMNS;
 
-Intrinsics LensOf(int free) {
-  Intrinsics lens;
-  lens.estimated = free;
-  lens.values = {500.0, 510.0, 320.0, 240.0, -0.2,  0.05,   0.001, -0.002, 0.01,
-                 0.1,   -0.02, 0.003, 0.002, 0.001, -0.003, 0.0,   0.01,   -0.02};
-  std::fill(lens.values.begin() + free, lens.values.end(), 0.0);
-  return lens;
+Intrinsics SampleIntrinsics(int free) {
+  Intrinsics intrinsics;
+  intrinsics.estimated = free;
+  intrinsics.values = {500.0, 510.0, 320.0, 240.0, -0.2,  0.05,   0.001, -0.002, 0.01,
+                       0.1,   -0.02, 0.003, 0.002, 0.001, -0.003, 0.0,   0.01,   -0.02};
+  std::fill(intrinsics.values.begin() + free, intrinsics.values.end(), 0.0);
+  return intrinsics;
 }
 
 const RigidTransform& SomePose() {
@@ -47,17 +47,17 @@ std::vector<double> RowOf(const solver::Coordinate& coordinate, const cv::Vec3d&
   return row;
 }
 
-cv::Mat ProductsOneByOne(const Observation& view, const Intrinsics& lens) {
-  const int columns = lens.estimated + POSE_PARAMETERS + 1;
+cv::Mat ProductsOneByOne(const Observation& view, const Intrinsics& intrinsics) {
+  const int columns = intrinsics.estimated + POSE_PARAMETERS + 1;
   cv::Mat products = cv::Mat::zeros(columns, columns, CV_64F);
   for (size_t k = 0; k < view.object.size(); ++k) {
     const cv::Vec3d turned = SomePose().R * cv::Vec3d(view.object[k].x, view.object[k].y, view.object[k].z);
     solver::Coordinate u;
     solver::Coordinate v;
-    EXPECT_TRUE(solver::Projection(lens).Differentiate(turned + SomePose().t, u, v));
+    EXPECT_TRUE(solver::Projection(intrinsics).Differentiate(turned + SomePose().t, u, v));
     const double weight = view.weights.empty() ? 1.0 : view.weights[k];
-    for (const auto& row : {RowOf(u, turned, view.image[k].x, lens.estimated),
-                            RowOf(v, turned, view.image[k].y, lens.estimated)}) {
+    for (const auto& row : {RowOf(u, turned, view.image[k].x, intrinsics.estimated),
+                            RowOf(v, turned, view.image[k].y, intrinsics.estimated)}) {
       const cv::Mat matrix(row, true);
       products += weight * matrix * matrix.t();
     }
@@ -70,9 +70,9 @@ TEST(ObservationEquations, AreTheSumsOverPointsOneByOne) {
     for (const int points : {4, 5, 44, 64, 65, 131}) {
       for (const bool weighted : {false, true}) {
         const Observation view = SomeView(points, weighted);
-        const Intrinsics lens = LensOf(free);
-        const solver::ObservationEquations equations = solver::EquationsOf(view, lens, SomePose());
-        const cv::Mat expected = ProductsOneByOne(view, lens);
+        const Intrinsics intrinsics = SampleIntrinsics(free);
+        const solver::ObservationEquations equations = solver::EquationsOf(view, intrinsics, SomePose());
+        const cv::Mat expected = ProductsOneByOne(view, intrinsics);
         ASSERT_TRUE(equations.usable);
         EXPECT_EQ(equations.cost, equations.At(expected.rows - 1, expected.rows - 1));
         for (int i = 0; i < expected.rows; ++i) {
@@ -91,7 +91,7 @@ TEST(ObservationEquations, AreNotUsableWithAPointBehindTheCamera) {
   for (const size_t behind : {0U, 43U, 44U}) {
     Observation view = SomeView(45, false);
     view.object[behind].z = -5.0;
-    EXPECT_FALSE(solver::EquationsOf(view, LensOf(FULL_PARAMETERS), SomePose()).usable);
+    EXPECT_FALSE(solver::EquationsOf(view, SampleIntrinsics(FULL_PARAMETERS), SomePose()).usable);
   }
 }
 

@@ -68,7 +68,7 @@ TEST(OpenCvMatrices, OfKnownIntrinsicsKeepAllCoefficientsButThoseThatTheClassicM
 }
 
 TEST(OpenCvMatrices, OfAPairAreThoseThatItWasMadeOf) {
-  const StereoIntrinsics given = unit::TrueLenses(unit::RigFor(MODEL_FULL));
+  const StereoIntrinsics given = unit::TruePairIntrinsics(unit::RigFor(MODEL_FULL));
   const StereoIntrinsics back = solver::PairIntrinsicsOf(solver::KnownPair(given, MODEL_FULL));
   EXPECT_SAME_MAT(back.K, given.K);
   EXPECT_SAME_MAT(back.D, given.D);
@@ -78,7 +78,7 @@ TEST(OpenCvMatrices, OfAPairAreThoseThatItWasMadeOf) {
 
 TEST(OpenCvMatrices, OfAPairRelatePointsOfBothImages) {
   const world::Pair rig = unit::RigFor(MODEL_CLASSIC);
-  const ExtrinsicsResult result = solver::PairMatricesOf(unit::TrueLenses(rig), {rig.R, rig.T});
+  const ExtrinsicsResult result = solver::PairMatricesOf(unit::TruePairIntrinsics(rig), {rig.R, rig.T});
   EXPECT_MAT_NEAR(result.R, cv::Mat(rig.R), 0.0);
   EXPECT_MAT_NEAR(result.T, cv::Mat(rig.T), 0.0);
   EXPECT_EQ(result.F.at<double>(2, 2), 1.0);

@@ -23,7 +23,7 @@ inline std::vector<std::vector<cv::Point3d>> Targets(size_t count) {
   return std::vector<std::vector<cv::Point3d>>(count, MakeObjectTemplate(GRID, UNIT));
 }
 
-/// The pair of cameras, its lenses with as many coefficients as the model has.
+/// The pair of cameras, with as many distortion coefficients as the model has.
 inline world::Pair RigFor(int model) {
   world::Pair rig = PairOfCameras();
   const size_t count = model == Calibrator::MODEL_CLASSIC ? 5 : model == Calibrator::MODEL_RATIONAL ? 8 : 14;
@@ -65,7 +65,7 @@ inline cv::Mat Padded(const cv::Mat& D) {
   return padded;
 }
 
-/// The lenses by each camera's own views.
+/// The intrinsics that each camera's own views lead to.
 inline StereoIntrinsics EachAlone(const PointPairs& pairs, int model) {
   const auto targets = Targets(pairs.left.size());
   const SparseResult left = SolveIntrinsicsSparsely(targets, pairs.left, FRAME, model);
@@ -73,7 +73,7 @@ inline StereoIntrinsics EachAlone(const PointPairs& pairs, int model) {
   return {left.K, Padded(left.D), right.K, Padded(right.D)};
 }
 
-inline StereoIntrinsics TrueLenses(const world::Pair& rig) {
+inline StereoIntrinsics TruePairIntrinsics(const world::Pair& rig) {
   const auto left = IntrinsicsOf(rig.left);
   const auto right = IntrinsicsOf(rig.right);
   return {left.K.clone(), Padded(left.D), right.K.clone(), Padded(right.D)};
@@ -85,8 +85,9 @@ inline ExtrinsicsResult Refined(const PointPairs& pairs, const StereoIntrinsics&
                             options);
 }
 
-inline ExtrinsicsResult WithHeldLenses(const PointPairs& pairs, const StereoIntrinsics& lenses, int model) {
-  return SolveExtrinsicsSparsely(Targets(pairs.left.size()), pairs.left, pairs.right, lenses, model);
+inline ExtrinsicsResult WithHeldLenses(const PointPairs& pairs, const StereoIntrinsics& pairIntrinsics,
+                                       int model) {
+  return SolveExtrinsicsSparsely(Targets(pairs.left.size()), pairs.left, pairs.right, pairIntrinsics, model);
 }
 
 }  // namespace unit

@@ -63,15 +63,15 @@ Intrinsics LensWith(int free) {
   const std::array<double, FULL_PARAMETERS> all = {530.0,  505.0,   322.5,  235.25, -0.23, 0.07,
                                                    0.0011, -0.0007, -0.009, 0.12,   -0.04, 0.013,
                                                    0.004,  -0.003,  0.002,  0.0025, 0.04,  -0.03};
-  Intrinsics lens;
-  lens.estimated = free;
-  std::copy(all.begin(), all.begin() + free, lens.values.begin());
-  return lens;
+  Intrinsics intrinsics;
+  intrinsics.estimated = free;
+  std::copy(all.begin(), all.begin() + free, intrinsics.values.begin());
+  return intrinsics;
 }
 
-Values LongOf(const Intrinsics& lens) {
+Values LongOf(const Intrinsics& intrinsics) {
   Values values{};
-  std::copy(lens.values.begin(), lens.values.end(), values.begin());
+  std::copy(intrinsics.values.begin(), intrinsics.values.end(), values.begin());
   return values;
 }
 
@@ -101,14 +101,14 @@ double Rounded(Real value) {
 
 class ProjectionFormulasOf : public ::testing::TestWithParam<int> {
  protected:
-  const Intrinsics lens_ = LensWith(GetParam());
-  const Projection projection_{lens_};
+  const Intrinsics intrinsics_ = LensWith(GetParam());
+  const Projection projection_{intrinsics_};
 };
 
 TEST_P(ProjectionFormulasOf, GiveThePixelsOfTheLensModel) {
   const ProjectionFormulas<double> formulas(projection_.Numbers());
   for (const cv::Vec3d& point : Points()) {
-    const Pixel truth = Truth(LongOf(lens_), point[0], point[1], point[2]);
+    const Pixel truth = Truth(LongOf(intrinsics_), point[0], point[1], point[2]);
     double u = 0.0;
     double v = 0.0;
     formulas.Project(point[0] / point[2], point[1] / point[2], u, v);
@@ -125,7 +125,7 @@ TEST_P(ProjectionFormulasOf, HaveTheDerivativesByTheLensThatDifferencesShow) {
     const Derived derived = DerivedAt(projection_, point);
     for (size_t i = 0; i < static_cast<size_t>(GetParam()); ++i) {
       const auto changed = [&](Real change) {
-        Values values = LongOf(lens_);
+        Values values = LongOf(intrinsics_);
         values[i] += change;
         return Truth(values, point[0], point[1], point[2]);
       };
@@ -143,7 +143,7 @@ TEST_P(ProjectionFormulasOf, HaveTheDerivativesByThePointThatDifferencesShow) {
       const auto moved = [&](Real change) {
         std::array<Real, 3> at = {point[0], point[1], point[2]};
         at[axis] += change;
-        return Truth(LongOf(lens_), at[0], at[1], at[2]);
+        return Truth(LongOf(intrinsics_), at[0], at[1], at[2]);
       };
       const Pixel slope = Slope(moved, 1e-6L);
       EXPECT_NEAR(derived.u.byPoint[axis], Rounded(slope[0]), 1e-6) << "axis " << axis << ' ' << point;
@@ -206,16 +206,16 @@ INSTANTIATE_TEST_SUITE_P(Models, ProjectionFormulasOf,
 
 /// Coefficients that are known and not estimated bend rays all the same.
 TEST(ProjectionFormulas, ReckonWithCoefficientsThatAreNotFree) {
-  Intrinsics lens = LensWith(FULL_PARAMETERS);
-  lens.estimated = CLASSIC_PARAMETERS;
-  const Projection projection(lens);
+  Intrinsics intrinsics = LensWith(FULL_PARAMETERS);
+  intrinsics.estimated = CLASSIC_PARAMETERS;
+  const Projection projection(intrinsics);
   for (const cv::Vec3d& point : Points()) {
     const Derived derived = DerivedAt(projection, point);
-    const Pixel truth = Truth(LongOf(lens), point[0], point[1], point[2]);
+    const Pixel truth = Truth(LongOf(intrinsics), point[0], point[1], point[2]);
     EXPECT_NEAR(derived.u.value, Rounded(truth[0]), 1e-10) << point;
     EXPECT_NEAR(derived.v.value, Rounded(truth[1]), 1e-10) << point;
     const auto moved = [&](Real change) {
-      return Truth(LongOf(lens), point[0] + change, point[1], point[2]);
+      return Truth(LongOf(intrinsics), point[0] + change, point[1], point[2]);
     };
     const Pixel slope = Slope(moved, 1e-6L);
     EXPECT_NEAR(derived.u.byPoint[0], Rounded(slope[0]), 1e-6) << point;

@@ -1,4 +1,4 @@
-/// Pairs whose lenses are refined with them, beside the truth and pairs with known lenses.
+/// Pairs whose intrinsics are refined with them, beside the truth and pairs with known intrinsics.
 #include "solver/SparsePair.h"
 
 #include <gtest/gtest.h>
@@ -49,8 +49,8 @@ std::vector<TargetView> Unrounded(const unit::PointPairs& pairs) {
   return target.views;
 }
 
-world::Lens WorldLens(const Intrinsics& lens) {
-  const auto& p = lens.values;
+world::Lens WorldLens(const Intrinsics& intrinsics) {
+  const auto& p = intrinsics.values;
   return world::Lens(cv::Matx33d(p[0], 0.0, p[2], 0.0, p[1], p[3], 0.0, 0.0, 1.0), {p.begin() + 4, p.end()});
 }
 
@@ -63,7 +63,7 @@ TEST(SparsePairRefinement, IsTheTruthWithoutNoise) {
   for (const int model : MODELS) {
     const world::Pair rig = RigFor(model);
     const unit::PointPairs pairs = Seen(rig, 12, 3, 0.0);
-    const StereoIntrinsics truth = unit::TrueLenses(rig);
+    const StereoIntrinsics truth = unit::TruePairIntrinsics(rig);
     CalibrationProblem start = solver::StartOf(solver::KnownPair(truth, model), Unrounded(pairs));
     const Intrinsics left = start.rig.cameras[0].intrinsics;
     const Intrinsics right = start.rig.cameras[1].intrinsics;
@@ -94,21 +94,22 @@ TEST(SparsePairRefinement, IsTheTruthWithoutNoise) {
 struct Errors {
   std::vector<double> turn, shift, left, right;
 
-  void Add(const world::Pair& rig, const unit::PointPairs& pairs, const StereoIntrinsics& lenses,
+  void Add(const world::Pair& rig, const unit::PointPairs& pairs, const StereoIntrinsics& pairIntrinsics,
            const ExtrinsicsResult& result) {
     cv::Vec3d rotation;
     cv::Rodrigues(cv::Matx33d(result.R) * rig.R.t(), rotation);
     turn.push_back(cv::norm(rotation) * 180.0 / CV_PI);
     shift.push_back(1000.0 * cv::norm(cv::Vec3d(result.T.ptr<double>()) - rig.T));
-    const StereoIntrinsics truth = unit::TrueLenses(rig);
+    const StereoIntrinsics truth = unit::TruePairIntrinsics(rig);
     const auto distance = [&](const cv::Mat& K, const cv::Mat& D, const cv::Mat& ownK, const cv::Mat& ownD,
                               const unit::PointLists& views) {
       return world::MeanProjectionDistance(K, D, ownK, ownD, unit::FRAME, world::CoveredRegion(views),
                                            world::Alignment::Rotated)
           .rms;
     };
-    left.push_back(distance(truth.K, truth.D, lenses.K, lenses.D, pairs.left));
-    right.push_back(distance(truth.KRight, truth.DRight, lenses.KRight, lenses.DRight, pairs.right));
+    left.push_back(distance(truth.K, truth.D, pairIntrinsics.K, pairIntrinsics.D, pairs.left));
+    right.push_back(
+        distance(truth.KRight, truth.DRight, pairIntrinsics.KRight, pairIntrinsics.DRight, pairs.right));
   }
 };
 
@@ -117,7 +118,7 @@ double Median(std::vector<double> values) {
   return values[values.size() / 2];
 }
 
-TEST(SparsePairRefinement, IsNotFurtherFromTheTruthThanWithTheLensesOfEachCameraAlone) {
+TEST(SparsePairRefinement, IsNotFurtherFromTheTruthThanWithTheIntrinsicsOfEachCameraAlone) {
   for (const int model : MODELS) {
     const world::Pair rig = RigFor(model);
     Errors fixed;
@@ -181,7 +182,7 @@ TEST(SparsePairRefinement, IsTheSameForAnyNumberOfThreads) {
   }
 }
 
-TEST(SparsePairRefinement, HasTheEpipolarMatricesOfTheRefinedLenses) {
+TEST(SparsePairRefinement, HasTheEpipolarMatricesOfTheRefinedIntrinsics) {
   const unit::PointPairs pairs = Seen(RigFor(Calibrator::MODEL_CLASSIC), 8, 1, 0.1);
   const StereoIntrinsics start = EachAlone(pairs, Calibrator::MODEL_CLASSIC);
   const ExtrinsicsResult result = Refined(pairs, start, Calibrator::MODEL_CLASSIC);
@@ -191,7 +192,7 @@ TEST(SparsePairRefinement, HasTheEpipolarMatricesOfTheRefinedLenses) {
   EXPECT_MAT_NEAR(result.F, F, 1e-9 * cv::norm(F));
 }
 
-TEST(SparsePairRefinement, HasSmallerErrorsThanWithHeldLenses) {
+TEST(SparsePairRefinement, HasSmallerErrorsThanWithHeldIntrinsics) {
   const unit::PointPairs pairs = Seen(RigFor(Calibrator::MODEL_FULL), 8, 1, 0.1);
   for (const int model : MODELS) {
     const unit::ScopedLogLevel quiet(1);
@@ -204,7 +205,7 @@ TEST(SparsePairRefinement, HoldsCoefficientsThatTheRationalModelHasNotAndDropsTh
   const unit::ScopedLogLevel quiet(1);
   const world::Pair rig = RigFor(Calibrator::MODEL_FULL);
   const unit::PointPairs pairs = Seen(rig, 8, 1, 0.1);
-  const StereoIntrinsics start = unit::TrueLenses(rig);
+  const StereoIntrinsics start = unit::TruePairIntrinsics(rig);
   const cv::Mat rational = Refined(pairs, start, Calibrator::MODEL_RATIONAL).refined.D;
   EXPECT_EQ(rational.size(), cv::Size(14, 1));
   EXPECT_SAME_MAT(rational.colRange(8, 14), start.D.colRange(8, 14));
@@ -214,11 +215,11 @@ TEST(SparsePairRefinement, HoldsCoefficientsThatTheRationalModelHasNotAndDropsTh
   EXPECT_EQ(cv::countNonZero(classic.colRange(5, 14)), 0);
 }
 
-TEST(SparsePairRefinement, LeavesTheGivenLensesAlone) {
+TEST(SparsePairRefinement, LeavesTheGivenIntrinsicsAlone) {
   const world::Pair rig = RigFor(Calibrator::MODEL_RATIONAL);
-  const StereoIntrinsics start = unit::TrueLenses(rig);
+  const StereoIntrinsics start = unit::TruePairIntrinsics(rig);
   Refined(Seen(rig, 6, 1, 0.1), start, Calibrator::MODEL_RATIONAL);
-  const StereoIntrinsics truth = unit::TrueLenses(rig);
+  const StereoIntrinsics truth = unit::TruePairIntrinsics(rig);
   EXPECT_SAME_MAT(start.K, truth.K);
   EXPECT_SAME_MAT(start.D, truth.D);
   EXPECT_SAME_MAT(start.KRight, truth.KRight);
@@ -261,22 +262,22 @@ TEST(SparsePairRefinement, IsCorrectedForTheDiscsCentroids) {
   const double radius = 0.4 * static_cast<double>(unit::UNIT);
   const unit::PointPairs pairs = Centroids(rig, 12, radius);
   SparsePairOptions options;
-  const double before =
-      Refined(pairs, unit::TrueLenses(rig), Calibrator::MODEL_CLASSIC, options).refined.K.at<double>(0, 0);
+  const double before = Refined(pairs, unit::TruePairIntrinsics(rig), Calibrator::MODEL_CLASSIC, options)
+                            .refined.K.at<double>(0, 0);
   options.discRadius = radius;
-  const double after =
-      Refined(pairs, unit::TrueLenses(rig), Calibrator::MODEL_CLASSIC, options).refined.K.at<double>(0, 0);
-  const double truth = unit::TrueLenses(rig).K.at<double>(0, 0);
+  const double after = Refined(pairs, unit::TruePairIntrinsics(rig), Calibrator::MODEL_CLASSIC, options)
+                           .refined.K.at<double>(0, 0);
+  const double truth = unit::TruePairIntrinsics(rig).K.at<double>(0, 0);
   EXPECT_GT(std::abs(before - truth), 0.02);
   EXPECT_LT(std::abs(after - truth), 0.002);
 }
 
-TEST(SparsePairRefinement, IsCorrectedForTheDiscsCentroidsWithHeldLensesToo) {
+TEST(SparsePairRefinement, IsCorrectedForTheDiscsCentroidsWithHeldIntrinsicsToo) {
   const world::Pair rig = RigFor(Calibrator::MODEL_CLASSIC);
   const double radius = 0.4 * static_cast<double>(unit::UNIT);
   const unit::PointPairs pairs = Centroids(rig, 12, radius);
   const auto solved = [&](double corrected) {
-    return SolveExtrinsicsSparsely(Targets(12), pairs.left, pairs.right, unit::TrueLenses(rig),
+    return SolveExtrinsicsSparsely(Targets(12), pairs.left, pairs.right, unit::TruePairIntrinsics(rig),
                                    Calibrator::MODEL_CLASSIC, {corrected, 1, {}});
   };
   EXPECT_GT(solved(0.0).rms, 0.005);
@@ -287,32 +288,32 @@ TEST(SparsePairRefinement, IsCorrectedForTheDiscsCentroidsWithHeldLensesToo) {
 TEST(SparsePairRefinement, RaisesForBadInput) {
   const world::Pair rig = RigFor(Calibrator::MODEL_RATIONAL);
   const unit::PointPairs good = Seen(rig, 6, 1, 0.1);
-  const StereoIntrinsics lenses = unit::TrueLenses(rig);
+  const StereoIntrinsics pairIntrinsics = unit::TruePairIntrinsics(rig);
   const auto refine = [&](const unit::PointPairs& pairs, const StereoIntrinsics& start) {
     Refined(pairs, start, Calibrator::MODEL_RATIONAL);
   };
   unit::PointPairs pairs = good;
   pairs.right.back().pop_back();
-  EXPECT_THROW(refine(pairs, lenses), cv::Exception);
+  EXPECT_THROW(refine(pairs, pairIntrinsics), cv::Exception);
   pairs = good;
   pairs.right.pop_back();
-  EXPECT_THROW(refine(pairs, lenses), cv::Exception);
+  EXPECT_THROW(refine(pairs, pairIntrinsics), cv::Exception);
   pairs = good;
   pairs.left[2][7].x = std::nan("");
-  EXPECT_THROW(refine(pairs, lenses), cv::Exception);
-  EXPECT_THROW(refine({}, lenses), cv::Exception);
-  StereoIntrinsics wrong = unit::TrueLenses(rig);
+  EXPECT_THROW(refine(pairs, pairIntrinsics), cv::Exception);
+  EXPECT_THROW(refine({}, pairIntrinsics), cv::Exception);
+  StereoIntrinsics wrong = unit::TruePairIntrinsics(rig);
   wrong.K = cv::Mat::eye(2, 3, CV_64F);
   EXPECT_THROW(refine(good, wrong), cv::Exception);
-  wrong = unit::TrueLenses(rig);
+  wrong = unit::TruePairIntrinsics(rig);
   wrong.DRight = cv::Mat();
   EXPECT_THROW(refine(good, wrong), cv::Exception);
 }
 
-TEST(SparsePairRefinement, StartsFromLensesOfFewCoefficientsToo) {
+TEST(SparsePairRefinement, StartsFromIntrinsicsOfFewCoefficientsToo) {
   const world::Pair rig = RigFor(Calibrator::MODEL_RATIONAL);
   const unit::PointPairs pairs = Seen(rig, 8, 1, 0.1);
-  StereoIntrinsics few = unit::TrueLenses(rig);
+  StereoIntrinsics few = unit::TruePairIntrinsics(rig);
   const ExtrinsicsResult expected = Refined(pairs, few, Calibrator::MODEL_RATIONAL);
   few.D = cv::Mat::zeros(1, 4, CV_64F);
   few.DRight = cv::Mat::zeros(1, 5, CV_64F);
@@ -329,8 +330,8 @@ TEST(SparsePairRefinement, ComesFromACalibratorThatIsAskedToRefine) {
                                                 Calibrator::MODEL_RATIONAL, false);
   };
   calibrator->SetRefineLenses(true);
-  compute();  // with OpenCV's solver, which holds the lenses
-  const StereoIntrinsics given = unit::TrueLenses(unit::PairOfCameras());
+  compute();  // with OpenCV's solver, which keeps the intrinsics fixed
+  const StereoIntrinsics given = unit::TruePairIntrinsics(unit::PairOfCameras());
   EXPECT_SAME_MAT(calibrator->GetKLeft(), given.K);
   calibrator->SetSolver(Calibrator::SOLVER_SPARSE);
   const float rms = compute();
@@ -366,7 +367,7 @@ TEST(SparsePairRefinement, LeavesTheResultsAloneWhenACalibratorIsCancelled) {
   EXPECT_TRUE(calibrator->GetR().empty());
 }
 
-TEST(SparsePairRefinement, KeepsAnEarlierResultWithItsLensesWhenACalibratorIsCancelled) {
+TEST(SparsePairRefinement, KeepsAnEarlierResultWithItsIntrinsicsWhenACalibratorIsCancelled) {
   const auto calibrator = unit::StereoCalibratorWith(unit::NoisyPairs(8));
   calibrator->SetSolver(Calibrator::SOLVER_SPARSE);
   calibrator->SetRefineLenses(true);
@@ -395,11 +396,12 @@ TEST(SparsePairRefinement, RaisesWhenTheCallerGivesUp) {
   int all = 0;
   SparsePairOptions options;
   options.progress = [&](int, double) { return ++all > 0; };
-  Refined(pairs, unit::TrueLenses(rig), Calibrator::MODEL_RATIONAL, options);
+  Refined(pairs, unit::TruePairIntrinsics(rig), Calibrator::MODEL_RATIONAL, options);
   for (const int last : {1, all - 1}) {
     int calls = 0;
     options.progress = [&](int, double) { return ++calls < last; };
-    EXPECT_THROW(Refined(pairs, unit::TrueLenses(rig), Calibrator::MODEL_RATIONAL, options), cv::Exception);
+    EXPECT_THROW(Refined(pairs, unit::TruePairIntrinsics(rig), Calibrator::MODEL_RATIONAL, options),
+                 cv::Exception);
     EXPECT_EQ(calls, last);
   }
 }
@@ -413,7 +415,7 @@ TEST(SparsePairRefinement, LeavesOutAWholeViewAndNumbersTheOthersAsTheyWereGiven
   SparsePairOptions options;
   options.robust = true;
   const ExtrinsicsResult result =
-      RefinePairSparsely(Targets(pairs.left.size()), pairs.left, pairs.right, unit::TrueLenses(rig),
+      RefinePairSparsely(Targets(pairs.left.size()), pairs.left, pairs.right, unit::TruePairIntrinsics(rig),
                          unit::FRAME, Calibrator::MODEL_CLASSIC, options);
   ASSERT_NE(result.solution, nullptr);
   const Solution& solution = *result.solution;

@@ -12,30 +12,30 @@ using namespace velmora;
 namespace {
 
 TEST(Poles, AreSeenWithinTheImageOnly) {
-  Intrinsics lens;
-  lens.estimated = RATIONAL_PARAMETERS;
-  lens.values = {500.0, 500.0, 319.5, 239.5};
-  EXPECT_TRUE(solver::IsFreeOfPoles(lens, unit::FRAME));
+  Intrinsics intrinsics;
+  intrinsics.estimated = RATIONAL_PARAMETERS;
+  intrinsics.values = {500.0, 500.0, 319.5, 239.5};
+  EXPECT_TRUE(solver::IsFreeOfPoles(intrinsics, unit::FRAME));
   // A zero hides the pole but for its neighbourhood. Corners are at 0.8.
-  lens.values[K1] = -2.77;
-  lens.values[K4] = -1.0 / (0.6 * 0.6);
-  EXPECT_FALSE(solver::IsFreeOfPoles(lens, unit::FRAME));
-  lens.values[K1] = 0.0;
-  lens.values[K4] = -1.0 / (4.0 * 4.0);
-  EXPECT_TRUE(solver::IsFreeOfPoles(lens, unit::FRAME));
+  intrinsics.values[K1] = -2.77;
+  intrinsics.values[K4] = -1.0 / (0.6 * 0.6);
+  EXPECT_FALSE(solver::IsFreeOfPoles(intrinsics, unit::FRAME));
+  intrinsics.values[K1] = 0.0;
+  intrinsics.values[K4] = -1.0 / (4.0 * 4.0);
+  EXPECT_TRUE(solver::IsFreeOfPoles(intrinsics, unit::FRAME));
 }
 
 TEST(Poles, AreThoseOfAnyOfTheThreeCoefficients) {
   for (const int coefficient : {K4, K5, K6}) {
-    Intrinsics lens;
-    lens.estimated = RATIONAL_PARAMETERS;
-    lens.values = {500.0, 500.0, 319.5, 239.5};
+    Intrinsics intrinsics;
+    intrinsics.estimated = RATIONAL_PARAMETERS;
+    intrinsics.values = {500.0, 500.0, 319.5, 239.5};
     // The denominator is nearly zero at 0.6, within the corners; what it magnifies is not yet at them.
-    lens.values[K1] = -2.77;
-    lens.values[static_cast<size_t>(coefficient)] = -std::pow(0.6, -2.0 * (coefficient - K4 + 1));
-    EXPECT_FALSE(solver::IsFreeOfPoles(lens, unit::FRAME)) << coefficient;
-    lens.values[static_cast<size_t>(coefficient)] *= -1.0;
-    EXPECT_TRUE(solver::IsFreeOfPoles(lens, unit::FRAME)) << coefficient;
+    intrinsics.values[K1] = -2.77;
+    intrinsics.values[static_cast<size_t>(coefficient)] = -std::pow(0.6, -2.0 * (coefficient - K4 + 1));
+    EXPECT_FALSE(solver::IsFreeOfPoles(intrinsics, unit::FRAME)) << coefficient;
+    intrinsics.values[static_cast<size_t>(coefficient)] *= -1.0;
+    EXPECT_TRUE(solver::IsFreeOfPoles(intrinsics, unit::FRAME)) << coefficient;
   }
 }
 

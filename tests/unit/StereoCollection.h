@@ -38,7 +38,7 @@ PicturePair PairWithGrid(int view = 0);
 /// Without a grid in either.
 PicturePair PairWithoutGrid();
 
-/// K and D of a lens as one row, as monocular results hold them.
+/// K and D of a camera as one row, as monocular results hold them.
 struct KnownIntrinsics {
   cv::Mat K, D;
 };

@@ -18,7 +18,7 @@ constexpr int CANDIDATES = 500;
 constexpr size_t ENOUGH_VIEWS = 3;
 constexpr double USUAL_NOISE = 0.1;  // pixels
 
-/// Whether a camera for the image can have such a lens. From few or frontal views any number may come out.
+/// Whether a camera for the image can have such intrinsics. Few or frontal views may lead to any numbers.
 bool IsPlausible(const Intrinsics& intrinsics, const cv::Size& imageSize) {
   const double side = std::max(imageSize.width, imageSize.height);
   const auto focal = [side](double f) { return f > 0.2 * side && f < 10.0 * side; };
@@ -36,8 +36,8 @@ Intrinsics UsualCamera(const cv::Size& imageSize) {
   return intrinsics;
 }
 
-/// What is known of any lens. It stands in for views as long as these leave something undetermined, and says
-/// next to nothing beside enough of them.
+/// What is known of any camera's intrinsics. It stands in for views as long as these leave something
+/// undetermined, and says next to nothing beside enough of them.
 void AddCommonKnowledge(const cv::Size& imageSize, Knowledge& knowledge) {
   const double focal = 0.3 * knowledge.intrinsics.values[0];
   const double centre = 0.1 * std::max(imageSize.width, imageSize.height);

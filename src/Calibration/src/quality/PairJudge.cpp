@@ -34,11 +34,11 @@ Deviations OfRight(const Eigen::MatrixXd& covariance, const cv::Vec3d& T) {
 }
 
 /// Another solver's result with the poses that fit it best.
-Solution PosesFor(const PairRecords& records, const StereoIntrinsics& lenses,
+Solution PosesFor(const PairRecords& records, const StereoIntrinsics& pairIntrinsics,
                   const RigidTransform& rightFromLeft) {
   const solver::Target target =
       solver::PairTargetOf(records.objectPoints, records.leftPoints, records.rightPoints);
-  CalibrationProblem start = solver::StartOf(solver::KnownPair(lenses, records.model), target.views);
+  CalibrationProblem start = solver::StartOf(solver::KnownPair(pairIntrinsics, records.model), target.views);
   start.rig.cameras[1].cameraFromRig = rightFromLeft;
   Solution poses = solver::SolvePoses(start.rig, start.views);
   if (records.discRadius == 0.0 || !poses.usable) return poses;
@@ -49,9 +49,10 @@ Solution PosesFor(const PairRecords& records, const StereoIntrinsics& lenses,
 }
 
 /// With the equations of a pair of which everything is estimated.
-Solution SolutionOf(const PairRecords& records, const StereoIntrinsics& lenses,
+Solution SolutionOf(const PairRecords& records, const StereoIntrinsics& pairIntrinsics,
                     const RigidTransform& rightFromLeft) {
-  Solution found = records.solution != nullptr ? *records.solution : PosesFor(records, lenses, rightFromLeft);
+  Solution found =
+      records.solution != nullptr ? *records.solution : PosesFor(records, pairIntrinsics, rightFromLeft);
   if (found.kept.empty()) {
     found.kept.resize(found.views.size());
     std::iota(found.kept.begin(), found.kept.end(), size_t{0});
@@ -115,7 +116,7 @@ void Grant(PairVerdict& verdict, Grade grade, const char* reason, const char* ad
 }
 
 /// The tilt of a full model's sensor can stand for a turn of its camera: rotation and direction are then
-/// right with the lenses of the same result only, and say nothing about the pair.
+/// right with the intrinsics of the same result only, and say nothing about the pair.
 Deviations BesideTilt(Deviations deviations, bool fullModel) {
   if (fullModel) deviations.rotation = deviations.direction = 0.0;
   return deviations;
@@ -150,7 +151,7 @@ void JudgeAgreement(PairVerdict& verdict) {
           "Leave that view out: the sheet or a camera moved, or the pictures are not of the same time.");
   }
   const Deviations& jackknife = verdict.jackknife;
-  // Lenses that these views do not determine at all are no measure of what is usual.
+  // Intrinsics that these views do not determine at all are no measure of what is usual.
   const Deviations usual = Beyond(verdict.withLenses, WORTHLESS_POSE)
                                ? verdict.formal
                                : Larger(verdict.formal, verdict.withLenses);
@@ -167,13 +168,14 @@ void JudgeAgreement(PairVerdict& verdict) {
 
 }  // namespace
 
-PairVerdict JudgePair(const PairRecords& records, const StereoIntrinsics& lenses, const cv::Mat& R,
+PairVerdict JudgePair(const PairRecords& records, const StereoIntrinsics& pairIntrinsics, const cv::Mat& R,
                       const cv::Mat& T) {
   PairVerdict verdict;
-  if (R.empty() || T.empty() || lenses.K.empty() || lenses.KRight.empty() || records.objectPoints.empty()) {
+  if (R.empty() || T.empty() || pairIntrinsics.K.empty() || pairIntrinsics.KRight.empty() ||
+      records.objectPoints.empty()) {
     return verdict;
   }
-  const Solution solution = SolutionOf(records, lenses, {cv::Matx33d(R), cv::Vec3d(T.ptr<double>())});
+  const Solution solution = SolutionOf(records, pairIntrinsics, {cv::Matx33d(R), cv::Vec3d(T.ptr<double>())});
   verdict.grade = solution.usable ? Grade::Good : Grade::Worthless;
   CopyLeftOut(solution, verdict);
   verdict.lensesRefined = records.lensesRefined;

@@ -22,9 +22,9 @@ struct PairRecords {
   cv::Size imageSize;  ///< of both cameras; without it nothing is said of their projections
 };
 
-/// Of either solver's result for the records. `lenses` are those that belong to R and T. Grade None without a
-/// result. Raises cv::Exception for lists that do not match.
-PairVerdict JudgePair(const PairRecords& records, const StereoIntrinsics& lenses, const cv::Mat& R,
+/// Of either solver's result for the records. `pairIntrinsics` are those that belong to R and T. Grade None
+/// without a result. Raises cv::Exception for lists that do not match.
+PairVerdict JudgePair(const PairRecords& records, const StereoIntrinsics& pairIntrinsics, const cv::Mat& R,
                       const cv::Mat& T);
 
 }  // namespace velmora

@@ -48,7 +48,8 @@ cv::Matx33d Upright() {
 Appearance AppearanceOf(int number) {
   const auto within = [number](int base, double most) { return most * (2.0 * Halton(number, base) - 1.0); };
   Appearance appearance;
-  // Beyond the room and back to its end: the rim of the image is where a lens is hardest to know.
+  // Beyond the room and back to its end: the rim of the image is where a camera's distortion is hardest to
+  // know.
   appearance.x = std::clamp(within(2, 1.3), -1.0, 1.0);
   appearance.y = std::clamp(within(3, 1.3), -1.0, 1.0);
   appearance.span = LEAST_SPAN + (LARGEST_SPAN - LEAST_SPAN) * Halton(number, 5);
@@ -58,11 +59,11 @@ Appearance AppearanceOf(int number) {
   return appearance;
 }
 
-/// Places a target of an appearance before a lens.
+/// Places a target before a camera so that it has a given appearance.
 class Placing {
  public:
-  Placing(const Intrinsics& lens, const std::vector<cv::Point3d>& object, const cv::Size& imageSize)
-      : lens_(lens), projection_(lens), size_(imageSize), outline_(OutlineOf(object)) {}
+  Placing(const Intrinsics& intrinsics, const std::vector<cv::Point3d>& object, const cv::Size& imageSize)
+      : intrinsics_(intrinsics), projection_(intrinsics), size_(imageSize), outline_(OutlineOf(object)) {}
 
   bool Place(const Appearance& appearance, RigidTransform& pose) const {
     const double margin = MARGIN * std::min(size_.width, size_.height);
@@ -73,7 +74,7 @@ class Placing {
     constexpr int ROUNDS = 5;
     for (int i = 0; i < ROUNDS; ++i) {
       cv::Vec3d ray;
-      if (!RayOf(projection_, lens_, aim, ray)) return false;
+      if (!RayOf(projection_, intrinsics_, aim, ray)) return false;
       pose.t = ray * depth;
       cv::Rect2d box;
       if (!BoxOf(pose, box)) return false;
@@ -117,10 +118,11 @@ class Placing {
   double FirstDepth(double span) const {
     double reach = 0.0;
     for (const cv::Point3d& point : outline_) reach = std::max(reach, cv::norm(point));
-    return lens_.values[0] * 2.0 * reach / (span * size_.width);
+    return intrinsics_.values[0] * 2.0 * reach / (span * size_.width);
   }
 
-  /// Around the outline's picture. False where the lens has none, or a mirrored one from past a fold.
+  /// Around the outline's picture. False where the camera has none, or a mirrored one from past a fold of its
+  /// distortion.
   bool BoxOf(const RigidTransform& pose, cv::Rect2d& box) const {
     cv::Point2d low(std::numeric_limits<double>::infinity(), std::numeric_limits<double>::infinity());
     cv::Point2d high = -low;
@@ -149,7 +151,7 @@ class Placing {
            std::max(box.width / size_.width, box.height / size_.height) >= 0.9 * LEAST_SPAN;
   }
 
-  const Intrinsics lens_;
+  const Intrinsics intrinsics_;
   const solver::Projection projection_;
   const cv::Size size_;
   const std::vector<cv::Point3d> outline_;
@@ -179,11 +181,11 @@ double LargestSpacing(const Observation& view) {
 
 }  // namespace
 
-std::vector<Candidate> CandidatesFor(const Intrinsics& lens, const std::vector<cv::Point3d>& object,
+std::vector<Candidate> CandidatesFor(const Intrinsics& intrinsics, const std::vector<cv::Point3d>& object,
                                      const cv::Size& imageSize, int count, double mostSpacing) {
   constexpr int TRIES = 4;  // for each
-  const Placing placing(lens, object, imageSize);
-  const solver::Projection projection(lens);
+  const Placing placing(intrinsics, object, imageSize);
+  const solver::Projection projection(intrinsics);
   std::vector<Candidate> candidates;
   for (int i = 1; i <= TRIES * count && candidates.size() < static_cast<size_t>(count); ++i) {
     Candidate candidate;

@@ -13,10 +13,11 @@ namespace {
 using RowMatrix = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
 
 /// The ray of a pixel, with the derivatives there.
-bool Unproject(const solver::Projection& projection, const Intrinsics& lens, const cv::Point2d& pixel,
+bool Unproject(const solver::Projection& projection, const Intrinsics& intrinsics, const cv::Point2d& pixel,
                cv::Vec3d& ray, solver::Coordinate& u, solver::Coordinate& v) {
   constexpr int MOST_STEPS = 30;
-  ray = {(pixel.x - lens.values[2]) / lens.values[0], (pixel.y - lens.values[3]) / lens.values[1], 1.0};
+  ray = {(pixel.x - intrinsics.values[2]) / intrinsics.values[0],
+         (pixel.y - intrinsics.values[3]) / intrinsics.values[1], 1.0};
   for (int i = 0; i < MOST_STEPS; ++i) {
     if (!projection.Differentiate(ray, u, v)) return false;
     const double x = pixel.x - u.value;

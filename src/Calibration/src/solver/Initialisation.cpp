@@ -49,7 +49,7 @@ void AddFocalConditions(const cv::Matx33d& homography, const cv::Vec2d& middle, 
 }
 
 /// Focal lengths from all views; one for both axes where the views do not tell them apart, and that of a
-/// usual lens where they tell nothing.
+/// usual camera where they tell nothing.
 cv::Vec2d FocalLengths(const std::vector<cv::Matx33d>& homographies, const cv::Vec2d& middle, double width) {
   constexpr double USUAL = 1.0;
   const auto sensible = [](double f) { return f > 0.1 && f < 20.0; };
@@ -70,9 +70,10 @@ cv::Vec2d FocalLengths(const std::vector<cv::Matx33d>& homographies, const cv::V
 }
 
 /// The turn nearest to the homography's axes, and the shift.
-RigidTransform PoseOf(const cv::Matx33d& homography, const Intrinsics& lens) {
-  const cv::Matx33d inverse(1.0 / lens.values[0], 0.0, -lens.values[2] / lens.values[0], 0.0,
-                            1.0 / lens.values[1], -lens.values[3] / lens.values[1], 0.0, 0.0, 1.0);
+RigidTransform PoseOf(const cv::Matx33d& homography, const Intrinsics& intrinsics) {
+  const cv::Matx33d inverse(1.0 / intrinsics.values[0], 0.0, -intrinsics.values[2] / intrinsics.values[0],
+                            0.0, 1.0 / intrinsics.values[1], -intrinsics.values[3] / intrinsics.values[1],
+                            0.0, 0.0, 1.0);
   cv::Matx33d axes = inverse * homography;
   double scale = 2.0 / (cv::norm(Column(axes, 0)) + cv::norm(Column(axes, 1)));
   if (axes(2, 2) < 0.0) scale = -scale;  // the target is in front of the camera

@@ -124,9 +124,9 @@ class Jacobian {
 
 /// The number of columns is known when compiled: that doubles the speed of the inner loop.
 template <size_t FREE>
-ObservationEquations Accumulate(const Observation& observation, const Intrinsics& lens,
+ObservationEquations Accumulate(const Observation& observation, const Intrinsics& intrinsics,
                                 const RigidTransform& pose) {
-  const Projection projection(lens);
+  const Projection projection(intrinsics);
   ObservationEquations equations;
   Jacobian<FREE> jacobian(observation, projection, pose);
   for (size_t k = 0; k < observation.object.size(); k += Jacobian<FREE>::MOST_POINTS) {
@@ -141,21 +141,21 @@ ObservationEquations Accumulate(const Observation& observation, const Intrinsics
 
 }  // namespace
 
-ObservationEquations EquationsOf(const Observation& observation, const Intrinsics& lens,
+ObservationEquations EquationsOf(const Observation& observation, const Intrinsics& intrinsics,
                                  const RigidTransform& pose) {
-  switch (lens.estimated) {
+  switch (intrinsics.estimated) {
     case CLASSIC_PARAMETERS:
-      return Accumulate<CLASSIC_PARAMETERS>(observation, lens, pose);
+      return Accumulate<CLASSIC_PARAMETERS>(observation, intrinsics, pose);
     case RATIONAL_PARAMETERS:
-      return Accumulate<RATIONAL_PARAMETERS>(observation, lens, pose);
+      return Accumulate<RATIONAL_PARAMETERS>(observation, intrinsics, pose);
     default:
-      return Accumulate<FULL_PARAMETERS>(observation, lens, pose);
+      return Accumulate<FULL_PARAMETERS>(observation, intrinsics, pose);
   }
 }
 
-ObservationEquations PoseEquationsOf(const Observation& observation, const Intrinsics& lens,
+ObservationEquations PoseEquationsOf(const Observation& observation, const Intrinsics& intrinsics,
                                      const RigidTransform& pose) {
-  return Accumulate<0>(observation, lens, pose);
+  return Accumulate<0>(observation, intrinsics, pose);
 }
 
 }  // namespace velmora::solver

@@ -17,7 +17,7 @@ struct StereoIntrinsics {
 struct ExtrinsicsResult {
   double rms = -1.0;
   cv::Mat R, T, E, F;        ///< right from left: x_right = R x_left + T; T in the unit of the object points
-  StereoIntrinsics refined;  ///< of a computation that moves the lenses too; else empty
+  StereoIntrinsics refined;  ///< of a computation that estimates the intrinsics too; else empty
   /// What the matrices are of; null of OpenCV's solver.
   std::shared_ptr<const Solution> solution;
 };

@@ -1,4 +1,4 @@
-/// Projects points through a lens, with the derivatives of the pixels.
+/// Projects points to pixels, with the derivatives of the pixels.
 #include "solver/Projection.h"
 
 #include <cmath>
@@ -24,11 +24,11 @@ cv::Matx33d TurnY(double c, double s, double axis) {
 
 }  // namespace
 
-Projection::Projection(const Intrinsics& lens) {
-  constants_.intrinsics = lens;
-  const double tauX = lens.values[TAU_X];
-  const double tauY = lens.values[TAU_Y];
-  constants_.tilted = lens.estimated > TAU_X || tauX != 0.0 || tauY != 0.0;
+Projection::Projection(const Intrinsics& intrinsics) {
+  constants_.intrinsics = intrinsics;
+  const double tauX = intrinsics.values[TAU_X];
+  const double tauY = intrinsics.values[TAU_Y];
+  constants_.tilted = intrinsics.estimated > TAU_X || tauX != 0.0 || tauY != 0.0;
   const cv::Matx33d aboutX = TurnX(std::cos(tauX), std::sin(tauX), 1.0);
   const cv::Matx33d aboutY = TurnY(std::cos(tauY), std::sin(tauY), 1.0);
   const cv::Matx33d turn = aboutY * aboutX;

@@ -1,4 +1,4 @@
-/// Projects points through a lens, with the derivatives of the pixels.
+/// Projects points to pixels, with the derivatives of the pixels.
 #pragma once
 
 #include <array>
@@ -8,24 +8,24 @@
 
 namespace velmora::solver {
 
-/// A pixel's coordinate with its derivatives by the lens' parameters and by the point in the camera's frame.
+/// A pixel's coordinate with its derivatives by the intrinsics and by the point in the camera's frame.
 struct Coordinate {
   double value = 0.0;
   std::array<double, FULL_PARAMETERS> byIntrinsics{};
   cv::Vec3d byPoint;
 };
 
-/// What is in front of a lens of fixed parameters.
+/// The projection of a camera of known intrinsics.
 class Projection {
  public:
-  /// What the formulas use of a lens: its parameters, and the tilt with its derivatives by both angles.
+  /// What the formulas use of a camera: its intrinsics, and the tilt with its derivatives by both angles.
   struct Constants {
     Intrinsics intrinsics;
     bool tilted = false;
     cv::Matx33d tilt, tiltByX, tiltByY;
   };
 
-  explicit Projection(const Intrinsics& lens);
+  explicit Projection(const Intrinsics& intrinsics);
 
   const Constants& Numbers() const { return constants_; }
 

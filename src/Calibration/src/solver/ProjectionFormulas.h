@@ -1,4 +1,4 @@
-/// The formulas of the projection through a lens and of its derivatives, for one point or several at once.
+/// The formulas of the projection and of its derivatives, for one point or several at once.
 #pragma once
 
 #include <array>
@@ -7,8 +7,8 @@
 
 namespace velmora::solver {
 
-/// A coordinate of one or several pixels (numbers of the kind T) with its derivatives by the lens' parameters
-/// and by the point in the camera's frame.
+/// A coordinate of one or several pixels (numbers of the kind T) with its derivatives by the intrinsics and
+/// by the point in the camera's frame.
 template <typename T>
 struct CoordinateOf {
   T value{};
@@ -20,27 +20,27 @@ template <typename T>
 class ProjectionFormulas {
  public:
   explicit ProjectionFormulas(const Projection::Constants& constants)
-      : lens_(constants.intrinsics), constants_(constants) {}
+      : intrinsics_(constants.intrinsics), constants_(constants) {}
 
   /// Of the point (x, y, 1) * depth. Derivatives by parameters that are not free are not touched.
   void Differentiate(const T& x, const T& y, const T& nearness, CoordinateOf<T>& u,
                      CoordinateOf<T>& v) const {
     const Bent bent = Bend(x, y);
     const Tilted tilted = Tilt(bent);
-    const auto& p = lens_.values;
+    const auto& p = intrinsics_.values;
     u.value = p[FX] * tilted.x + p[CX];
     v.value = p[FY] * tilted.y + p[CY];
     const Matrix byBent = {p[FX] * tilted.xx, p[FX] * tilted.xy, p[FY] * tilted.yx, p[FY] * tilted.yy};
     ByCamera(tilted, u, v);
     ByRadial(bent, byBent, u, v);
-    if (lens_.estimated > S1) ByPrismAndTilt(bent, tilted, byBent, u, v);
+    if (intrinsics_.estimated > S1) ByPrismAndTilt(bent, tilted, byBent, u, v);
     ByPoint(bent, byBent, nearness, u, v);
   }
 
   void Project(const T& x, const T& y, T& u, T& v) const {
     const Tilted tilted = Tilt(Bend(x, y));
-    u = lens_.values[FX] * tilted.x + lens_.values[CX];
-    v = lens_.values[FY] * tilted.y + lens_.values[CY];
+    u = intrinsics_.values[FX] * tilted.x + intrinsics_.values[CX];
+    v = intrinsics_.values[FY] * tilted.y + intrinsics_.values[CY];
   }
 
  private:
@@ -62,7 +62,7 @@ class ProjectionFormulas {
   };
 
   Bent Bend(const T& x, const T& y) const {
-    const auto& p = lens_.values;
+    const auto& p = intrinsics_.values;
     Bent bent;
     const T r2 = x * x + y * y;
     bent.x0 = x;
@@ -133,7 +133,7 @@ class ProjectionFormulas {
     const T xy = 2.0 * x * y;
     along(P1, xy, r2 + 2.0 * y * y);
     along(P2, r2 + 2.0 * x * x, xy);
-    if (lens_.estimated <= K4) return;
+    if (intrinsics_.estimated <= K4) return;
     u.byIntrinsics[K4] = -bent.fraction * u.byIntrinsics[K1];
     v.byIntrinsics[K4] = -bent.fraction * v.byIntrinsics[K1];
     power(K5, K4);
@@ -154,8 +154,8 @@ class ProjectionFormulas {
     const auto tilt = [&](Parameter parameter, const cv::Matx33d& by) {
       const auto change = [&](int i) { return by(i, 0) * bent.x + by(i, 1) * bent.y + by(i, 2); };
       const T depth = change(2);
-      u.byIntrinsics[parameter] = lens_.values[FX] * (change(0) - tilted.x * depth) * tilted.nearness;
-      v.byIntrinsics[parameter] = lens_.values[FY] * (change(1) - tilted.y * depth) * tilted.nearness;
+      u.byIntrinsics[parameter] = intrinsics_.values[FX] * (change(0) - tilted.x * depth) * tilted.nearness;
+      v.byIntrinsics[parameter] = intrinsics_.values[FY] * (change(1) - tilted.y * depth) * tilted.nearness;
     };
     tilt(TAU_X, constants_.tiltByX);
     tilt(TAU_Y, constants_.tiltByY);
@@ -173,7 +173,7 @@ class ProjectionFormulas {
     row(byBent.yx, byBent.yy, v);
   }
 
-  const Intrinsics& lens_;
+  const Intrinsics& intrinsics_;
   const Projection::Constants& constants_;
 };
 

@@ -1,4 +1,4 @@
-/// Takes views back that were left out before the lens was known.
+/// Takes views back that were left out before the intrinsics were known.
 #include "solver/Readmission.h"
 
 #include <algorithm>
@@ -13,8 +13,8 @@ namespace velmora::solver {
 
 namespace {
 
-/// The median distance of a view's points, as a share of the image's width: the lens may still be a little
-/// off where only such views have seen it, but a view in a wrong order is further away.
+/// The median distance of a view's points, as a share of the image's width: the intrinsics may still be a
+/// little off where only such views have data, but a view in a wrong order is further away.
 constexpr double WIDTHS = 0.004;
 
 /// False when the view has no pose, or is too far off with the best one.

@@ -1,4 +1,4 @@
-/// Takes views back that were left out before the lens was known.
+/// Takes views back that were left out before the intrinsics were known.
 #pragma once
 
 #include <vector>

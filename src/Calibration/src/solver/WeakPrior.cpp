@@ -58,7 +58,7 @@ Prior PriorFor(double radius, double variance, double denominator) {
 bool IsFreeOfPoles(const Intrinsics& intrinsics, const cv::Size& imageSize) {
   constexpr int STEPS = 2000;
   const double corner = CornerRadius(intrinsics, imageSize);
-  // Rays beyond three times the corner's distance are not imaged by any lens that this model describes.
+  // Rays beyond three times the corner's distance are not imaged by any camera that this model describes.
   const double step = 3.0 * corner / STEPS;
   for (int i = 1; i <= STEPS; ++i) {
     const double r = step * i;
