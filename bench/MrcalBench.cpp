@@ -78,13 +78,13 @@ Seed SeedOf(const Data& data, int coefficients) {
   seed.lens = {K.at<double>(0, 0), K.at<double>(1, 1), K.at<double>(0, 2), K.at<double>(1, 2)};
   seed.lens.resize(static_cast<size_t>(4 + coefficients), 0.0);
   for (size_t i = 0; i < data.image.size(); ++i) {
-    cv::Vec3d turn;
-    cv::Vec3d shift;
-    cv::solvePnP(object[i], image[i], K, cv::noArray(), turn, shift);
+    cv::Vec3d rotation;
+    cv::Vec3d translation;
+    cv::solvePnP(object[i], image[i], K, cv::noArray(), rotation, translation);
     mrcal_pose_t pose{};
     for (int k = 0; k < 3; ++k) {
-      pose.r.xyz[k] = turn[k];
-      pose.t.xyz[k] = shift[k];
+      pose.r.xyz[k] = rotation[k];
+      pose.t.xyz[k] = translation[k];
     }
     seed.frames.push_back(pose);
     seed.boards.push_back({{0, -1}, static_cast<int>(i)});

@@ -25,7 +25,7 @@ constexpr double WIDE_RING = 160.0;
 constexpr double USUAL_ANGLE = 40.0;
 constexpr double WHOLE_CIRCLE = 360.0;
 
-cv::Matx33d Turn(const cv::Vec3d& degrees) {
+cv::Matx33d RotationMatrix(const cv::Vec3d& degrees) {
   cv::Matx33d R;
   cv::Rodrigues(degrees * (CV_PI / 180.0), R);
   return R;
@@ -57,8 +57,8 @@ class Differences {
     return {camera.size, Lens(K, D)};
   }
 
-  cv::Matx33d Turned() { return Turn(Vector(TURN_SPREAD)); }
-  cv::Vec3d Moved(double length) { return Vector(PLACE_SPREAD * length); }
+  cv::Matx33d Turned() { return RotationMatrix(Vector(TURN_SPREAD)); }
+  cv::Vec3d Translation(double length) { return Vector(PLACE_SPREAD * length); }
 
  private:
   double Within(double spread) { return random_.uniform(-spread, spread); }
@@ -82,7 +82,7 @@ Rig RowRig(const Camera& camera, int count, double baseline, std::uint64_t seed)
     Differences differences(seed, k);
     RigCamera next = {differences.Vary(camera)};
     next.R = differences.Turned();
-    next.T = next.R * (cv::Vec3d(-k * baseline, 0.0, 0.0) + differences.Moved(baseline));
+    next.T = next.R * (cv::Vec3d(-k * baseline, 0.0, 0.0) + differences.Translation(baseline));
     rig.cameras.push_back(next);
   }
   return rig;
@@ -97,10 +97,10 @@ Rig RingRig(const Camera& camera, int count, double radius, double degrees, std:
   for (int k = 1; k < count; ++k) {
     Differences differences(seed, k);
     RigCamera next = {differences.Vary(camera)};
-    const cv::Matx33d around = Turn({0.0, k * degrees, 0.0});
+    const cv::Matx33d around = RotationMatrix({0.0, k * degrees, 0.0});
     const cv::Matx33d turned = differences.Turned();
     next.R = turned * around;
-    next.T = turned * (middle - around * middle + differences.Moved(radius));
+    next.T = turned * (middle - around * middle + differences.Translation(radius));
     rig.cameras.push_back(next);
   }
   return rig;

@@ -74,9 +74,9 @@ cv::Matx33d Improved(const std::vector<Probe>& probes, const Lens& lens, const c
     right -= slopeX * error.x + slopeY * error.y;
   }
   const cv::Vec3d step = normal.solve(right, cv::DECOMP_SVD);
-  cv::Matx33d turn;
-  cv::Rodrigues(step, turn);
-  return turn * R;
+  cv::Matx33d rotation;
+  cv::Rodrigues(step, rotation);
+  return rotation * R;
 }
 
 cv::Matx33d BestRotation(const std::vector<Probe>& probes, const Lens& lens) {

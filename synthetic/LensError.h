@@ -9,7 +9,7 @@
 namespace world {
 
 /// Whether the camera frames of the two models may be turned against each other before they are compared: an
-/// error of the principal point that a turn of all poses makes up for then hardly counts.
+/// error of the principal point that a rotation of all poses makes up for then hardly counts.
 enum class Alignment { Raw, Rotated };
 
 struct ProjectionDistance {

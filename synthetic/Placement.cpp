@@ -15,7 +15,7 @@ namespace {
 constexpr std::uint64_t VIEW_SEQUENCE = 0x76696577;
 constexpr std::array<int, 6> BASES = {2, 3, 5, 7, 11, 13};
 
-cv::Matx33d Turn(double x, double y, double z) {
+cv::Matx33d RotationMatrix(double x, double y, double z) {
   cv::Matx33d R;
   cv::Rodrigues(cv::Vec3d(x, y, z) * (CV_PI / 180.0), R);
   return R;
@@ -91,20 +91,21 @@ bool AllInside(const std::vector<Viewer>& viewers, const Sheet& sheet, const Pos
 
 }  // namespace
 
-cv::Matx33d TurnFor(const Appearance& appearance) {
+cv::Matx33d RotationFor(const Appearance& appearance) {
   const cv::Matx33d upright(0, -1, 0, 1, 0, 0, 0, 0, 1);
-  return Turn(0, 0, appearance.roll) * Turn(appearance.tiltX, 0, 0) * Turn(0, appearance.tiltY, 0) * upright;
+  return RotationMatrix(0, 0, appearance.roll) * RotationMatrix(appearance.tiltX, 0, 0) *
+         RotationMatrix(0, appearance.tiltY, 0) * upright;
 }
 
-bool Place(const std::vector<Viewer>& viewers, const Sheet& sheet, const cv::Matx33d& turn,
+bool Place(const std::vector<Viewer>& viewers, const Sheet& sheet, const cv::Matx33d& rotation,
            const Appearance& appearance, Pose& pose) {
   const Camera& camera = viewers.front().camera;
   const cv::Point3d middle = sheet.GridMiddle();
-  const cv::Vec3d turned = turn * cv::Vec3d(middle.x, middle.y, middle.z);
+  const cv::Vec3d turned = rotation * cv::Vec3d(middle.x, middle.y, middle.z);
   cv::Point2d pixel(0.5 * (camera.size.width - 1), 0.5 * (camera.size.height - 1));
   double depth = 40.0 * sheet.Unit() * std::max(1, sheet.Grid().height) / 11.0;
   Pose candidate;
-  cv::Rodrigues(turn, candidate.rvec);
+  cv::Rodrigues(rotation, candidate.rvec);
   for (int step = 0; step < 150; ++step) {
     // Full steps converge at once, except near the border of wide cameras.
     const double stride = step < 20 ? 1.0 : 0.3;

@@ -17,7 +17,7 @@ struct Appearance {
   double y = 0.0;
   /// The larger share of the image's width or height that the discs' bounding box takes.
   double span = 0.6;
-  /// Turns of the grid about the camera's axes in this order: y, x, z; degrees.
+  /// Rotations of the grid about the camera's axes in this order: y, x, z; degrees.
   double tiltY = 0.0;
   double tiltX = 0.0;
   double roll = 0.0;
@@ -30,13 +30,13 @@ struct Viewer {
   double margin = 0.0;
 };
 
-/// The grid's turn, without that of the upright print against the camera, for an appearance.
-cv::Matx33d TurnFor(const Appearance& appearance);
+/// The grid's rotation, without that of the upright print against the camera, for an appearance.
+cv::Matx33d RotationFor(const Appearance& appearance);
 
-/// Finds the pose, in the first viewer's frame, of a grid of this turn that has the place and the span of the
-/// appearance: the room is what all the images leave together, the span the largest of all. False when there
-/// is none with all discs inside every image.
-bool Place(const std::vector<Viewer>& viewers, const Sheet& sheet, const cv::Matx33d& turn,
+/// Finds the pose, in the first viewer's frame, of a grid of this rotation that has the place and the span of
+/// the appearance: the room is what all the images leave together, the span the largest of all. False when
+/// there is none with all discs inside every image.
+bool Place(const std::vector<Viewer>& viewers, const Sheet& sheet, const cv::Matx33d& rotation,
            const Appearance& appearance, Pose& pose);
 
 /// The angle between the line of sight to the grid's middle and the paper's normal, degrees.

@@ -28,13 +28,13 @@ std::vector<Viewer> ViewersOf(const Rig& rig) {
   return viewers;
 }
 
-/// The turn from a frame midway between all cameras' to the rig's.
+/// The rotation from a frame midway between all cameras' to the rig's.
 cv::Matx33d FromMidway(const Rig& rig) {
   cv::Vec3d sum;
   for (const RigCamera& camera : rig.cameras) {
-    cv::Vec3d turn;
-    cv::Rodrigues(camera.R, turn);
-    sum += turn;
+    cv::Vec3d rotation;
+    cv::Rodrigues(camera.R, rotation);
+    sum += rotation;
   }
   cv::Matx33d back;
   cv::Rodrigues(sum * (-1.0 / static_cast<double>(rig.cameras.size())), back);
@@ -66,7 +66,7 @@ Pose Placed(const Rig& rig, const Sheet& sheet, Appearance appearance) {
   const cv::Matx33d fromMidway = FromMidway(rig);
   for (int attempt = 0; attempt < 20; ++attempt) {
     Pose pose;
-    if (!Place(viewers, sheet, fromMidway * TurnFor(appearance), appearance, pose)) {
+    if (!Place(viewers, sheet, fromMidway * RotationFor(appearance), appearance, pose)) {
       appearance.span *= 0.92;
     } else if (Obliqueness(rig, sheet, pose) >= MOST_OBLIQUE) {
       appearance.tiltX *= 0.85;
@@ -84,7 +84,7 @@ double LargestSpan(const Rig& rig, const Sheet& sheet) {
   Appearance appearance;
   Pose pose;
   for (appearance.span = WIDEST_SPAN; appearance.span > 0.1; appearance.span *= 0.97) {
-    if (Place(viewers, sheet, FromMidway(rig) * TurnFor(appearance), appearance, pose)) {
+    if (Place(viewers, sheet, FromMidway(rig) * RotationFor(appearance), appearance, pose)) {
       return appearance.span;
     }
   }
@@ -164,7 +164,7 @@ std::vector<Pose> SampleRigViews(const Rig& rig, int n, std::uint64_t seed, cons
     Appearance appearance = appearances.Next();
     appearance.span *= share;
     Pose pose;
-    if (!Place(viewers, sheet, fromMidway * TurnFor(appearance), appearance, pose)) continue;
+    if (!Place(viewers, sheet, fromMidway * RotationFor(appearance), appearance, pose)) continue;
     if (Obliqueness(rig, sheet, pose) < MOST_OBLIQUE) poses.push_back(pose);
   }
   return poses;

@@ -23,10 +23,10 @@ Pose Between(const Pose& a, const Pose& b, double share) {
   cv::Matx33d to;
   cv::Rodrigues(a.rvec, from);
   cv::Rodrigues(b.rvec, to);
-  cv::Vec3d turn;
-  cv::Rodrigues(to * from.t(), turn);
+  cv::Vec3d rotation;
+  cv::Rodrigues(to * from.t(), rotation);
   cv::Matx33d part;
-  cv::Rodrigues(turn * share, part);
+  cv::Rodrigues(rotation * share, part);
   Pose pose;
   cv::Rodrigues(part * from, pose.rvec);
   pose.tvec = a.tvec + (b.tvec - a.tvec) * share;

@@ -23,7 +23,7 @@ Pose Placed(const Camera& camera, const Sheet& sheet, Appearance appearance) {
 
 bool PlaceGrid(const Camera& camera, const Sheet& sheet, const Appearance& appearance, double margin,
                Pose& pose) {
-  return Place({{RigCamera{camera}, margin}}, sheet, TurnFor(appearance), appearance, pose);
+  return Place({{RigCamera{camera}, margin}}, sheet, RotationFor(appearance), appearance, pose);
 }
 
 double ViewMargin(const Camera& camera) {

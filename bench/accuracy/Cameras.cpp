@@ -63,9 +63,9 @@ world::Camera MakeCamera(LensKind kind, double degrees) {
 world::Pair MakeRig(LensKind kind, double degrees, double baseline, double toeIn) {
   world::Pair rig =
       world::SideBySidePair(MakeCamera(kind, degrees), MakeCamera(kind, 0.98 * degrees), baseline, toeIn);
-  cv::Matx33d turn;
-  cv::Rodrigues(cv::Vec3d(0.012, 0.004, -0.015), turn);
-  rig.R = turn * rig.R;
+  cv::Matx33d rotation;
+  cv::Rodrigues(cv::Vec3d(0.012, 0.004, -0.015), rotation);
+  rig.R = rotation * rig.R;
   rig.T += cv::Vec3d(0.0, 0.03 * baseline, 0.05 * baseline);
   return rig;
 }

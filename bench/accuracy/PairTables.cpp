@@ -56,8 +56,8 @@ std::vector<PairCase> Cases() {
 }
 
 Row RowOfPair(const PairCase& what, int count) {
-  std::vector<double> turn;
-  std::vector<double> shift;
+  std::vector<double> rotationError;
+  std::vector<double> translationError;
   std::vector<double> direction;
   std::vector<double> baseline;
   std::vector<double> depth;
@@ -69,8 +69,8 @@ Row RowOfPair(const PairCase& what, int count) {
       ++failed;
       continue;
     }
-    turn.push_back(trial.turn);
-    shift.push_back(trial.shift);
+    rotationError.push_back(trial.rotationError);
+    translationError.push_back(trial.translationError);
     direction.push_back(trial.direction);
     baseline.push_back(100.0 * std::abs(trial.baseline));
     depth.push_back(100.0 * trial.depth);
@@ -86,10 +86,10 @@ Row RowOfPair(const PairCase& what, int count) {
            {"lenses", what.refined ? "refined" : "held"},
            {"trials", Text(count)},
            {"failed", Text(failed)}},
-          {{"R deg", Median(turn)},
-           {"R 90", Quantile(turn, 0.9), false, true},
-           {"T mm", Median(shift)},
-           {"T 90", Quantile(shift, 0.9), false, true},
+          {{"R deg", Median(rotationError)},
+           {"R 90", Quantile(rotationError, 0.9), false, true},
+           {"T mm", Median(translationError)},
+           {"T 90", Quantile(translationError, 0.9), false, true},
            {"direction deg", Median(direction)},
            {"baseline %", Median(baseline)},
            {"baseline 90", Quantile(baseline, 0.9), false, true},

@@ -56,11 +56,11 @@ double MedianDepthError(const world::Pair& rig, const std::vector<world::Pose>& 
 PairTrial Compared(const world::Pair& rig, const std::vector<world::Pose>& poses, const PairResult& result) {
   PairTrial trial;
   trial.rms = result.pair.rms;
-  cv::Vec3d turn;
-  cv::Rodrigues(cv::Matx33d(result.pair.R) * rig.R.t(), turn);
-  trial.turn = cv::norm(turn) * DEGREES;
+  cv::Vec3d rotationError;
+  cv::Rodrigues(cv::Matx33d(result.pair.R) * rig.R.t(), rotationError);
+  trial.rotationError = cv::norm(rotationError) * DEGREES;
   const cv::Vec3d T(result.pair.T.ptr<double>());
-  trial.shift = 1000.0 * cv::norm(T - rig.T);
+  trial.translationError = 1000.0 * cv::norm(T - rig.T);
   trial.direction = std::atan2(cv::norm(T.cross(rig.T)), T.dot(rig.T)) * DEGREES;
   trial.baseline = cv::norm(T) / cv::norm(rig.T) - 1.0;
   trial.depth = MedianDepthError(rig, poses, result);

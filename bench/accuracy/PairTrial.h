@@ -22,10 +22,10 @@ struct PairCase {
 struct PairTrial {
   bool failed = false;  ///< as of a Trial
   double rms = 0.0;
-  double turn = 0.0;       ///< of R from the truth, degrees
-  double shift = 0.0;      ///< length of T minus the truth, millimetres
-  double direction = 0.0;  ///< of T from the truth, degrees
-  double baseline = 0.0;   ///< error of the length of T, share of it
+  double rotationError = 0.0;     ///< of R from the truth, degrees
+  double translationError = 0.0;  ///< length of T minus the truth, millimetres
+  double direction = 0.0;         ///< of T from the truth, degrees
+  double baseline = 0.0;          ///< error of the length of T, share of it
   double depth = 0.0;  ///< median error of triangulated depths over the points of the views, share of them
 };
 

@@ -40,7 +40,7 @@ struct Trial {
   std::array<double, PARAMETERS> errors = {};
   std::array<double, PARAMETERS> deviations = {};
   double imageError = 0.0;   ///< mean distance of projections from the truth over the whole image, pixels
-  double turnedError = 0.0;  ///< the same after the best turn of the camera's frame
+  double turnedError = 0.0;  ///< the same after the best rotation of the camera's frame
   double dataError = 0.0;    ///< the same where the views were
   /// The deviation of a coordinate there that the verdict expects from the noise.
   double deviationInData = 0.0;

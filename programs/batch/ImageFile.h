@@ -8,7 +8,7 @@ namespace batch {
 
 struct ImageFile {
   cv::Mat image;                    ///< CV_8UC3; empty when it cannot be decoded
-  bool orientationIgnored = false;  ///< the file asks for a turn or a mirror image, which it did not get
+  bool orientationIgnored = false;  ///< the file asks for a rotation or a mirror image, which it did not get
   bool endsTooEarly = false;        ///< the end of the file is missing; the image may be a part of it
 };
 

@@ -6,7 +6,7 @@
 
 namespace batch {
 
-/// The upright orientation, which needs no turn.
+/// The upright orientation, which needs no rotation.
 constexpr int UPRIGHT = 1;
 
 /// The orientation that a JPEG (Exif), PNG (eXIf) or TIFF file asks to be shown in: 1 to 8 as in the Exif

@@ -34,11 +34,11 @@ std::string Heading() {
 /// Rotation and translation from the first camera's frame.
 std::string PoseRows(const velmora::RigCamera& camera) {
   const char* const axes[] = {"x", "y", "z"};
-  cv::Vec3d turn;
-  cv::Rodrigues(camera.R, turn);
+  cv::Vec3d rotation;
+  cv::Rodrigues(camera.R, rotation);
   std::string text;
   for (int i = 0; i < 3; ++i) {
-    text += Row(std::string("rotation ") + axes[i] + ", deg", turn[i] * 180.0 / CV_PI,
+    text += Row(std::string("rotation ") + axes[i] + ", deg", rotation[i] * 180.0 / CV_PI,
                 camera.rotationDeviation[i], OF_DEGREES);
   }
   for (int i = 0; i < 3; ++i) {

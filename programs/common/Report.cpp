@@ -185,9 +185,9 @@ std::string RefinedLens(const char* side, const cv::Mat& K) {
 
 std::string PairTable(const PairReport& report) {
   const cv::Mat T = report.T;
-  cv::Mat turn;
-  cv::Rodrigues(report.R, turn);
-  const double degrees = cv::norm(turn) * 180.0 / CV_PI;
+  cv::Mat rotation;
+  cv::Rodrigues(report.R, rotation);
+  const double degrees = cv::norm(rotation) * 180.0 / CV_PI;
   return ViewsTable(report.used, report.rejected, report.disagreeing, "pair") + "\n" +
          Formatted("Pair: %s model\n", report.model.c_str()) +
          Formatted("RMS reprojection error:  %.6f px\n", report.rms) +

@@ -170,24 +170,24 @@ TEST(AccuracyReport, VerdictCallsNothingGoodThatIsFarWorseThanForecast) {
 }
 
 TEST(AccuracyReport, OfPairsIsTenthsOfDegreesAndMillimetres) {
-  std::vector<double> turn;
-  std::vector<double> shift;
+  std::vector<double> rotationError;
+  std::vector<double> translationError;
   std::vector<double> depth;
   for (std::uint64_t seed = 1; seed <= 15; ++seed) {
     const accuracy::PairTrial trial = accuracy::RunPairTrial({}, seed);
     ASSERT_FALSE(trial.failed);
-    turn.push_back(trial.turn);
-    shift.push_back(trial.shift);
+    rotationError.push_back(trial.rotationError);
+    translationError.push_back(trial.translationError);
     depth.push_back(trial.depth);
     EXPECT_LT(std::abs(trial.baseline), 0.004);
   }
-  EXPECT_LT(accuracy::Median(turn), 0.2);
-  EXPECT_LT(accuracy::Median(shift), 0.6);
+  EXPECT_LT(accuracy::Median(rotationError), 0.2);
+  EXPECT_LT(accuracy::Median(translationError), 0.6);
   EXPECT_LT(accuracy::Median(depth), 0.001);
 }
 
 TEST(AccuracyReport, OfPairsIsBetterWithRefinedIntrinsics) {
-  std::vector<double> turn[2];
+  std::vector<double> rotationError[2];
   std::vector<double> depth[2];
   for (const bool refined : {false, true}) {
     accuracy::PairCase what;
@@ -195,11 +195,11 @@ TEST(AccuracyReport, OfPairsIsBetterWithRefinedIntrinsics) {
     for (std::uint64_t seed = 1; seed <= 15; ++seed) {
       const accuracy::PairTrial trial = accuracy::RunPairTrial(what, seed);
       ASSERT_FALSE(trial.failed);
-      turn[refined].push_back(trial.turn);
+      rotationError[refined].push_back(trial.rotationError);
       depth[refined].push_back(trial.depth);
     }
   }
-  EXPECT_LT(accuracy::Median(turn[1]), accuracy::Median(turn[0]));
+  EXPECT_LT(accuracy::Median(rotationError[1]), accuracy::Median(rotationError[0]));
   EXPECT_LT(accuracy::Median(depth[1]), accuracy::Median(depth[0]));
 }
 

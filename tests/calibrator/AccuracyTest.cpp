@@ -63,8 +63,8 @@ TEST_F(Accuracy, OfTheRicherModelsIsNotWorseWhereTheViewsAre) {
     const double rms = Calibrate(model);
     EXPECT_GT(rms, 0.0) << model;
     EXPECT_LE(rms, classic) << model;
-    // A tilted sensor and the principal point make up for each other under a turn of all poses, which no view
-    // of a grid can tell apart: the models are compared but for that turn.
+    // A tilted sensor and the principal point make up for each other under a rotation of all poses, which no
+    // view of a grid can tell apart: the models are compared but for that rotation.
     EXPECT_LT(DistanceToTruth(region, world::Alignment::Rotated).mean, 0.5) << model;
     if (model == Calibrator::MODEL_RATIONAL) {
       EXPECT_LT(DistanceToTruth(region).mean, 0.5);

@@ -22,13 +22,13 @@ struct TrueRig {
       world::CameraFromFieldOfView(unit::FRAME, 62.0, {-0.21, 0.06, 0.0008, -0.0006, -0.008});
   world::Camera right =
       world::CameraFromFieldOfView(unit::FRAME, 60.0, {-0.18, 0.04, -0.0005, 0.0004, -0.004});
-  cv::Vec3d turn{0.012, 0.09, -0.015};
+  cv::Vec3d rotation{0.012, 0.09, -0.015};
   cv::Vec3d T{-0.118, 0.003, 0.007};
   world::Sheet sheet{unit::GRID, static_cast<double>(unit::UNIT)};
 
   cv::Matx33d R() const {
     cv::Matx33d matrix;
-    cv::Rodrigues(turn, matrix);
+    cv::Rodrigues(rotation, matrix);
     return matrix;
   }
   double Baseline() const { return cv::norm(T); }

@@ -89,10 +89,11 @@ void Start(const std::vector<cv::Point3d>& object, const Views& views, cv::Size 
       cv::initCameraMatrix2D(std::vector<std::vector<cv::Point3f>>(views.size(), points), seen, imageSize);
   solution.left = {K.at<double>(0, 0), K.at<double>(1, 1), K.at<double>(0, 2), K.at<double>(1, 2)};
   for (const auto& view : seen) {
-    cv::Vec3d turn;
-    cv::Vec3d shift;
-    cv::solvePnP(points, view, K, cv::noArray(), turn, shift);
-    solution.poses.push_back({turn[0], turn[1], turn[2], shift[0], shift[1], shift[2]});
+    cv::Vec3d rotationVector;
+    cv::Vec3d translation;
+    cv::solvePnP(points, view, K, cv::noArray(), rotationVector, translation);
+    solution.poses.push_back({rotationVector[0], rotationVector[1], rotationVector[2], translation[0],
+                              translation[1], translation[2]});
   }
 }
 
@@ -102,11 +103,11 @@ Pose Between(const Pose& left, const Pose& right) {
   cv::Matx33d ofRight;
   cv::Rodrigues(cv::Vec3d(left.data()), ofLeft);
   cv::Rodrigues(cv::Vec3d(right.data()), ofRight);
-  const cv::Matx33d turn = ofRight * ofLeft.t();
-  const cv::Vec3d shift = cv::Vec3d(right.data() + 3) - turn * cv::Vec3d(left.data() + 3);
+  const cv::Matx33d rotationMatrix = ofRight * ofLeft.t();
+  const cv::Vec3d translation = cv::Vec3d(right.data() + 3) - rotationMatrix * cv::Vec3d(left.data() + 3);
   cv::Vec3d rotation;
-  cv::Rodrigues(turn, rotation);
-  return {rotation[0], rotation[1], rotation[2], shift[0], shift[1], shift[2]};
+  cv::Rodrigues(rotationMatrix, rotation);
+  return {rotation[0], rotation[1], rotation[2], translation[0], translation[1], translation[2]};
 }
 
 }  // namespace

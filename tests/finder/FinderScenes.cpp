@@ -99,13 +99,13 @@ cv::Mat OtherDots(cv::RNG& random) {
 constexpr int SHAPE_PITCH = 40;
 
 /// Shapes of so many corners, as far from their middles, on the grid's places.
-cv::Mat CorneredShapes(int corners, double radius, double turn) {
+cv::Mat CorneredShapes(int corners, double radius, double rotation) {
   cv::Mat sheet(13 * SHAPE_PITCH, 10 * SHAPE_PITCH, CV_8UC1, cv::Scalar(PAPER));
   for (const cv::Point& place : finder::PatternPlaces({4, 11})) {
     const cv::Point2d at(SHAPE_PITCH * (place.x + 1.5), SHAPE_PITCH * (place.y + 1.5));
     std::vector<cv::Point> outline;
     for (int corner = 0; corner < corners; ++corner) {
-      const double angle = turn + 2.0 * CV_PI * corner / corners;
+      const double angle = rotation + 2.0 * CV_PI * corner / corners;
       // In sixteenths of a pixel.
       outline.emplace_back(cvRound(16.0 * (at.x + radius * std::cos(angle))),
                            cvRound(16.0 * (at.y + radius * std::sin(angle))));
@@ -121,7 +121,7 @@ cv::Mat SeenFromSomewhere(const cv::Mat& flat, cv::RNG& random, double* shrunk =
   const double scale = std::min(static_cast<double>(FRAME_SIZE.width) / flat.cols,
                                 static_cast<double>(FRAME_SIZE.height) / flat.rows) *
                        random.uniform(0.4, 1.1);
-  const double turn = random.uniform(0.0, 2.0 * CV_PI);
+  const double rotation = random.uniform(0.0, 2.0 * CV_PI);
   const double squeeze = random.uniform(0.4, 1.0);
   if (shrunk != nullptr) *shrunk = scale * squeeze;
   const cv::Point2d middle(FRAME_SIZE.width * random.uniform(0.4, 0.6),
@@ -131,8 +131,8 @@ cv::Mat SeenFromSomewhere(const cv::Mat& flat, cv::RNG& random, double* shrunk =
   for (const cv::Point2d& corner :
        {cv::Point2d(-0.5, -0.5), cv::Point2d(0.5, -0.5), cv::Point2d(0.5, 0.5), cv::Point2d(-0.5, 0.5)}) {
     const cv::Point2d p(corner.x * flat.cols * scale, corner.y * flat.rows * scale);
-    const cv::Point2d turned(p.x * std::cos(turn) - p.y * std::sin(turn),
-                             squeeze * (p.x * std::sin(turn) + p.y * std::cos(turn)));
+    const cv::Point2d turned(p.x * std::cos(rotation) - p.y * std::sin(rotation),
+                             squeeze * (p.x * std::sin(rotation) + p.y * std::cos(rotation)));
     const cv::Point2d off(random.uniform(-20.0, 20.0), random.uniform(-20.0, 20.0));
     from.emplace_back((corner.x + 0.5) * flat.cols, (corner.y + 0.5) * flat.rows);
     to.emplace_back(middle + turned + off);

@@ -84,9 +84,9 @@ TEST(Lattice, SearchEndsWhenItsEffortIsSpent) {
 
 TEST(Lattice, GrownAtAnyAngleHasEveryDiscWhereItBelongs) {
   for (double angle = 0.0; angle < 6.0; angle += 0.5) {
-    const cv::Matx33d turn(28.0 * std::cos(angle), -28.0 * std::sin(angle), 320.0, 28.0 * std::sin(angle),
-                           28.0 * std::cos(angle), 240.0, 0.0, 0.0, 1.0);
-    const Lattice lattice = Grown(Seen(finder::PatternPlaces(GRID), turn));
+    const cv::Matx33d rotation(28.0 * std::cos(angle), -28.0 * std::sin(angle), 320.0, 28.0 * std::sin(angle),
+                               28.0 * std::cos(angle), 240.0, 0.0, 0.0, 1.0);
+    const Lattice lattice = Grown(Seen(finder::PatternPlaces(GRID), rotation));
     Effort effort{1000000};
     const finder::Placement placement = finder::PlacePattern(lattice, GRID, 2, effort);
     EXPECT_EQ(placement.discs, InOrder()) << angle;

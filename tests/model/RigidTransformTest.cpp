@@ -35,16 +35,16 @@ TEST(RigidTransform, IsUndoneByItsInverse) {
 }
 
 TEST(RigidTransform, AfterAStepIsTurnedAboutTheAxesOfTheFrameThatItLeadsTo) {
-  const double turn[POSE_PARAMETERS] = {0.0, 0.0, 0.5 * CV_PI, 0.0, 0.0, 0.0};
-  const RigidTransform turned = Retract(A(), turn);
+  const double rotationStep[POSE_PARAMETERS] = {0.0, 0.0, 0.5 * CV_PI, 0.0, 0.0, 0.0};
+  const RigidTransform turned = Retract(A(), rotationStep);
   const cv::Vec3d axis = A().R * cv::Vec3d(1.0, 0.0, 0.0);
   EXPECT_LT(cv::norm(turned.R * cv::Vec3d(1.0, 0.0, 0.0) - cv::Vec3d(-axis[1], axis[0], axis[2])), 1e-15);
   EXPECT_EQ(turned.t, A().t);
 }
 
 TEST(RigidTransform, AfterAStepIsShiftedInTheFrameThatItLeadsTo) {
-  const double shift[POSE_PARAMETERS] = {0.0, 0.0, 0.0, 1.0, -2.0, 3.0};
-  const RigidTransform shifted = Retract(A(), shift);
+  const double translationStep[POSE_PARAMETERS] = {0.0, 0.0, 0.0, 1.0, -2.0, 3.0};
+  const RigidTransform shifted = Retract(A(), translationStep);
   EXPECT_LT(cv::norm(shifted.t - A().t - cv::Vec3d(1.0, -2.0, 3.0)), 1e-15);
   EXPECT_EQ(shifted.R, A().R);
 }

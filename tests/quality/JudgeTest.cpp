@@ -205,15 +205,15 @@ class TrueCells {
       solver::Coordinate v;
       EXPECT_TRUE(truth.Differentiate(cell.ray, u, v));
       for (int k = 0; k < 3; ++k) {
-        cell.byTurn(0, k) = cell.ray.cross(u.byPoint)[k];
-        cell.byTurn(1, k) = cell.ray.cross(v.byPoint)[k];
+        cell.byRotation(0, k) = cell.ray.cross(u.byPoint)[k];
+        cell.byRotation(1, k) = cell.ray.cross(v.byPoint)[k];
       }
-      turns_ += cell.byTurn.t() * cell.byTurn;
+      rotations_ += cell.byRotation.t() * cell.byRotation;
       cells_.push_back(cell);
     }
   }
 
-  /// The mean square of a coordinate's error, after the best common turn.
+  /// The mean square of a coordinate's error, after the best common rotation.
   double MeanSquareOf(const SparseResult& result) const {
     const solver::Projection estimate(SparseIntrinsics(result.K, result.D));
     std::vector<cv::Vec2d> errors;
@@ -222,12 +222,12 @@ class TrueCells {
       cv::Point2d pixel;
       EXPECT_TRUE(estimate.Project(cell.ray, pixel));
       errors.emplace_back(pixel.x - cell.pixel.x, pixel.y - cell.pixel.y);
-      mixed += cell.byTurn.t() * errors.back();
+      mixed += cell.byRotation.t() * errors.back();
     }
-    const cv::Vec3d turn = turns_.inv(cv::DECOMP_CHOLESKY) * mixed;
+    const cv::Vec3d rotation = rotations_.inv(cv::DECOMP_CHOLESKY) * mixed;
     double squares = 0.0;
     for (size_t i = 0; i < cells_.size(); ++i) {
-      const cv::Vec2d left = errors[i] - cells_[i].byTurn * turn;
+      const cv::Vec2d left = errors[i] - cells_[i].byRotation * rotation;
       squares += left.dot(left);
     }
     return squares / (2.0 * static_cast<double>(cells_.size()));
@@ -237,7 +237,7 @@ class TrueCells {
   struct Cell {
     cv::Point2d pixel;
     cv::Vec3d ray;
-    cv::Matx23d byTurn;
+    cv::Matx23d byRotation;
   };
 
   static Intrinsics TrueIntrinsics() {
@@ -246,7 +246,7 @@ class TrueCells {
   }
 
   const Intrinsics intrinsics_ = TrueIntrinsics();
-  cv::Matx33d turns_ = cv::Matx33d::zeros();
+  cv::Matx33d rotations_ = cv::Matx33d::zeros();
   std::vector<Cell> cells_;
 };
 

@@ -95,11 +95,11 @@ Eigen::VectorXd Between(const Rig& from, const Rig& to, const Estimated& estimat
     if (place.pose == Layout::FIXED) continue;
     // So small that sines are angles.
     const cv::Matx33d R = b.cameraFromRig.R * a.cameraFromRig.R.t();
-    const cv::Vec3d turn = 0.5 * cv::Vec3d(R(2, 1) - R(1, 2), R(0, 2) - R(2, 0), R(1, 0) - R(0, 1));
-    const cv::Vec3d shift = b.cameraFromRig.t - a.cameraFromRig.t;
+    const cv::Vec3d rotation = 0.5 * cv::Vec3d(R(2, 1) - R(1, 2), R(0, 2) - R(2, 0), R(1, 0) - R(0, 1));
+    const cv::Vec3d translation = b.cameraFromRig.t - a.cameraFromRig.t;
     for (int i = 0; i < 3; ++i) {
-      change(place.pose + i) = turn[i];
-      change(place.pose + 3 + i) = shift[i];
+      change(place.pose + i) = rotation[i];
+      change(place.pose + 3 + i) = translation[i];
     }
   }
   return change;

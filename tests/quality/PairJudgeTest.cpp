@@ -159,11 +159,11 @@ struct Spread {
   double direction = 0.0;
 
   void Add(const ExtrinsicsResult& result, const world::Pair& rig, double share) {
-    cv::Vec3d turn;
-    cv::Rodrigues(cv::Matx33d(result.R) * rig.R.t(), turn);
+    cv::Vec3d rotationVector;
+    cv::Rodrigues(cv::Matx33d(result.R) * rig.R.t(), rotationVector);
     const cv::Vec3d T(result.T.ptr<double>());
     const double angle = std::atan2(cv::norm(T.cross(rig.T)), T.dot(rig.T));
-    rotation += share * turn.dot(turn) * std::pow(180.0 / CV_PI, 2);
+    rotation += share * rotationVector.dot(rotationVector) * std::pow(180.0 / CV_PI, 2);
     baseline += share * std::pow(cv::norm(T) / cv::norm(rig.T) - 1.0, 2);
     direction += share * std::pow(angle * 180.0 / CV_PI, 2);
   }

@@ -53,8 +53,8 @@ TEST(ProjectionUncertainty, OfTheImageIsThatOfItsCells) {
   EXPECT_NEAR(std::sqrt(0.5 * product.trace()), uncertainty.InImage(SomeCovariance()), 1e-9);
 }
 
-TEST(ProjectionUncertainty, IsMeasuredWithoutTheTurnThatTheAreaAllows) {
-  // A shift of the principal point is nearly a turn of the camera.
+TEST(ProjectionUncertainty, IsMeasuredWithoutTheRotationThatTheAreaAllows) {
+  // A shift of the principal point is nearly a rotation of the camera.
   Eigen::MatrixXd shift = Eigen::MatrixXd::Zero(CLASSIC_PARAMETERS, CLASSIC_PARAMETERS);
   shift(CX, CX) = 1.0;
   const ProjectionUncertainty turned(Barrel(), FRAME, MIDDLE);

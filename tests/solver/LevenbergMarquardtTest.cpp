@@ -50,9 +50,9 @@ void Disturb(CalibrationProblem& problem, double angle, cv::RNG& random) {
     RigidTransform& pose = view.rigFromTarget;
     double step[POSE_PARAMETERS];
     for (double& value : step) value = random.gaussian(1.0);
-    const double turn = angle / cv::norm(cv::Vec3d(step[0], step[1], step[2]));
+    const double scale = angle / cv::norm(cv::Vec3d(step[0], step[1], step[2]));
     for (int i = 0; i < 3; ++i) {
-      step[i] *= turn;
+      step[i] *= scale;
       step[3 + i] *= angle * pose.t[2] / 3.0;
     }
     pose = Retract(pose, step);

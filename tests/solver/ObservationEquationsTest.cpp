@@ -40,8 +40,8 @@ Observation SomeView(int points, bool weighted) {
 std::vector<double> RowOf(const solver::Coordinate& coordinate, const cv::Vec3d& turned, double seen,
                           int free) {
   std::vector<double> row(coordinate.byIntrinsics.begin(), coordinate.byIntrinsics.begin() + free);
-  const cv::Vec3d byTurn = turned.cross(coordinate.byPoint);
-  row.insert(row.end(), byTurn.val, byTurn.val + 3);
+  const cv::Vec3d byRotation = turned.cross(coordinate.byPoint);
+  row.insert(row.end(), byRotation.val, byRotation.val + 3);
   row.insert(row.end(), coordinate.byPoint.val, coordinate.byPoint.val + 3);
   row.push_back(coordinate.value - seen);
   return row;

@@ -90,9 +90,10 @@ inline world::Rig RingOf(int cameras) {
 
 /// Degrees between two rotations.
 inline double AngleBetween(const cv::Matx33d& a, const cv::Matx33d& b) {
-  const cv::Matx33d turn = a * b.t();
-  const cv::Vec3d axis(turn(2, 1) - turn(1, 2), turn(0, 2) - turn(2, 0), turn(1, 0) - turn(0, 1));
-  return std::atan2(cv::norm(axis), cv::trace(turn) - 1.0) * 180.0 / CV_PI;
+  const cv::Matx33d rotation = a * b.t();
+  const cv::Vec3d axis(rotation(2, 1) - rotation(1, 2), rotation(0, 2) - rotation(2, 0),
+                       rotation(1, 0) - rotation(0, 1));
+  return std::atan2(cv::norm(axis), cv::trace(rotation) - 1.0) * 180.0 / CV_PI;
 }
 
 }  // namespace unit

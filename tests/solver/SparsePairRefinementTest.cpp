@@ -92,14 +92,14 @@ TEST(SparsePairRefinement, IsTheTruthWithoutNoise) {
 }
 
 struct Errors {
-  std::vector<double> turn, shift, left, right;
+  std::vector<double> rotationErrors, translationErrors, left, right;
 
   void Add(const world::Pair& rig, const unit::PointPairs& pairs, const StereoIntrinsics& pairIntrinsics,
            const ExtrinsicsResult& result) {
     cv::Vec3d rotation;
     cv::Rodrigues(cv::Matx33d(result.R) * rig.R.t(), rotation);
-    turn.push_back(cv::norm(rotation) * 180.0 / CV_PI);
-    shift.push_back(1000.0 * cv::norm(cv::Vec3d(result.T.ptr<double>()) - rig.T));
+    rotationErrors.push_back(cv::norm(rotation) * 180.0 / CV_PI);
+    translationErrors.push_back(1000.0 * cv::norm(cv::Vec3d(result.T.ptr<double>()) - rig.T));
     const StereoIntrinsics truth = unit::TruePairIntrinsics(rig);
     const auto distance = [&](const cv::Mat& K, const cv::Mat& D, const cv::Mat& ownK, const cv::Mat& ownD,
                               const unit::PointLists& views) {
@@ -136,10 +136,10 @@ TEST(SparsePairRefinement, IsNotFurtherFromTheTruthThanWithTheIntrinsicsOfEachCa
                      std::to_string(Median(before)) + " -> " + std::to_string(Median(after)));
       EXPECT_LE(Median(after), Median(before)) << what << " of model " << model;
     };
-    // The full model's tilt can stand for a turn of the camera: its rotation tells nothing.
+    // The full model's tilt can stand for a rotation of the camera: its rotation tells nothing.
     if (model != Calibrator::MODEL_FULL) {
-      compare("rotation, degrees", fixed.turn, refined.turn);
-      compare("translation, mm", fixed.shift, refined.shift);
+      compare("rotation, degrees", fixed.rotationErrors, refined.rotationErrors);
+      compare("translation, mm", fixed.translationErrors, refined.translationErrors);
     }
     compare("left projections, px", fixed.left, refined.left);
     compare("right projections, px", fixed.right, refined.right);

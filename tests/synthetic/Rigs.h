@@ -27,9 +27,9 @@ inline std::vector<world::Pair> ManyRigs() {
   }
   world::Pair uneven = world::SideBySidePair(world::CameraFromFieldOfView({640, 480}, 60.0),
                                              world::CameraFromFieldOfView({1280, 720}, 70.0), 0.12, 5.0);
-  cv::Matx33d turn;
-  cv::Rodrigues(cv::Vec3d(-0.02, 0.01, 0.05), turn);
-  uneven.R = turn * uneven.R;
+  cv::Matx33d rotation;
+  cv::Rodrigues(cv::Vec3d(-0.02, 0.01, 0.05), rotation);
+  uneven.R = rotation * uneven.R;
   uneven.T += cv::Vec3d(0.005, 0.02, -0.01);
   rigs.push_back(uneven);
   return rigs;

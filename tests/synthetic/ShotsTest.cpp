@@ -107,8 +107,8 @@ TEST(Shots, AreNeverSharedByOppositeCameras) {
   for (const ShotPoints& shot : world::PointsOf(rig, world::SampleRigShots(rig, 160, 1))) {
     for (std::size_t k = 0; k < shot.size(); ++k) {
       for (std::size_t other = 0; other < k; ++other) {
-        const cv::Matx33d turn = rig.cameras[k].R * rig.cameras[other].R.t();
-        const bool opposite = turn(2, 2) < std::cos(130.0 * CV_PI / 180.0);
+        const cv::Matx33d rotation = rig.cameras[k].R * rig.cameras[other].R.t();
+        const bool opposite = rotation(2, 2) < std::cos(130.0 * CV_PI / 180.0);
         EXPECT_FALSE(opposite && !shot[k].empty() && !shot[other].empty());
       }
     }
@@ -132,11 +132,11 @@ TEST(Shots, PointsAreTheProjectionsByTheComposedPose) {
     for (std::size_t i = 0; i < poses.size(); ++i) {
       for (std::size_t k = 0; k < rig.cameras.size(); ++k) {
         if (shots[i][k].empty()) continue;
-        cv::Vec3d rigTurn;
-        cv::Rodrigues(rig.cameras[k].R, rigTurn);
+        cv::Vec3d rigRotation;
+        cv::Rodrigues(rig.cameras[k].R, rigRotation);
         cv::Vec3d rvec;
         cv::Vec3d tvec;
-        cv::composeRT(poses[i].rvec, poses[i].tvec, rigTurn, rig.cameras[k].T, rvec, tvec);
+        cv::composeRT(poses[i].rvec, poses[i].tvec, rigRotation, rig.cameras[k].T, rvec, tvec);
         std::vector<cv::Point2d> expected;
         cv::projectPoints(grid, rvec, tvec, rig.cameras[k].lens.K(), rig.cameras[k].lens.D(), expected);
         for (std::size_t p = 0; p < DISCS; ++p) EXPECT_LT(cv::norm(shots[i][k][p] - expected[p]), 1e-6);
@@ -203,12 +203,12 @@ TEST(Shots, HaveGaussianNoiseOfTheAskedSize) {
 TEST(Shots, AreNotSeenFromBehindNorTooObliquelyNorPartly) {
   const world::Camera camera = world::CameraFromFieldOfView({640, 480}, 60.0);
   const auto sees = [&](double tilt, double aside) {
-    cv::Matx33d turn;
-    cv::Rodrigues(cv::Vec3d(0.0, tilt * CV_PI / 180.0, 0.0), turn);
+    cv::Matx33d rotation;
+    cv::Rodrigues(cv::Vec3d(0.0, tilt * CV_PI / 180.0, 0.0), rotation);
     const cv::Point3d middle = Sheet().GridMiddle();
     Pose pose;
-    cv::Rodrigues(turn, pose.rvec);
-    pose.tvec = cv::Vec3d(aside, 0.0, 0.6) - turn * cv::Vec3d(middle.x, middle.y, middle.z);
+    cv::Rodrigues(rotation, pose.rvec);
+    pose.tvec = cv::Vec3d(aside, 0.0, 0.6) - rotation * cv::Vec3d(middle.x, middle.y, middle.z);
     return world::SeesSheet(camera, Sheet(), pose);
   };
   EXPECT_TRUE(sees(0.0, 0.0));

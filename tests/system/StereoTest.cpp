@@ -47,9 +47,9 @@ class Stereo : public testing::Test {
 };
 
 double DegreesBetween(const cv::Matx33d& a, const cv::Matx33d& b) {
-  cv::Vec3d turn;
-  cv::Rodrigues(a * b.t(), turn);
-  return cv::norm(turn) * 180.0 / CV_PI;
+  cv::Vec3d rotation;
+  cv::Rodrigues(a * b.t(), rotation);
+  return cv::norm(rotation) * 180.0 / CV_PI;
 }
 
 TEST_F(Stereo, ThreeStepsLeadFromASideBySideVideoToTheStereoResult) {

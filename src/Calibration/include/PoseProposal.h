@@ -6,7 +6,7 @@
 
 /// A pose of the grid that would tell most about the camera, and how well the camera is known without it and
 /// with it. "Deviations" are formal standard deviations of projections: root mean square over the whole image
-/// of that of a pixel's coordinate, after the best common turn of the camera's frame, in pixels of the
+/// of that of a pixel's coordinate, after the best common rotation of the camera's frame, in pixels of the
 /// processing size. They follow from the noise of the points alone: errors of the lens model or of the sheet
 /// are not in them.
 struct PoseProposal {

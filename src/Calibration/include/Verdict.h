@@ -8,9 +8,10 @@
 #include "Export.h"
 
 /// What is known of a camera computed from views. "Deviations" are standard deviations; those of projections
-/// are of a pixel's coordinate, in pixels of the processing size, after the best common turn of the camera's
-/// frame, which no view of a grid can tell from a turn of all poses. Formal ones follow from the noise of the
-/// points; those of the jackknife from leaving out each view in turn, which also shows errors of the model.
+/// are of a pixel's coordinate, in pixels of the processing size, after the best common rotation of the
+/// camera's frame, which no view of a grid can tell from a rotation of all poses. Formal ones follow from the
+/// noise of the points; those of the jackknife from leaving out each view in turn, which also shows errors of
+/// the model.
 struct VELMORA_API CalibrationVerdict {
   enum class Grade { None, Good, WithCare, Worthless };
   struct Remark {

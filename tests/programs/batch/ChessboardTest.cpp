@@ -11,7 +11,7 @@
 namespace {
 
 /// A board of 9 x 6 fields, seen from the side.
-cv::Mat Board(double turn) {
+cv::Mat Board(double rotation) {
   constexpr int FIELD = 40;
   cv::Mat flat(8 * FIELD, 11 * FIELD, CV_8UC3, cv::Scalar::all(230));
   for (int row = 0; row < 6; ++row) {
@@ -23,7 +23,7 @@ cv::Mat Board(double turn) {
   }
   const std::vector<cv::Point2f> corners = {{0, 0}, {440, 0}, {440, 320}, {0, 320}};
   const std::vector<cv::Point2f> seen = {{110, 90}, {520, 60}, {560, 400}, {90, 360}};
-  const cv::Mat turned = cv::getRotationMatrix2D({220, 160}, turn, 0.9);
+  const cv::Mat turned = cv::getRotationMatrix2D({220, 160}, rotation, 0.9);
   cv::Mat rotated;
   cv::warpAffine(flat, rotated, turned, flat.size(), cv::INTER_LINEAR, cv::BORDER_CONSTANT,
                  cv::Scalar::all(230));
@@ -37,7 +37,8 @@ cv::Mat Board(double turn) {
 }
 
 TEST(Chessboard, IsRecognisedFromTheSideAndTurned) {
-  for (const double turn : {0.0, 20.0, 45.0}) EXPECT_TRUE(batch::ShowsChessboard(Board(turn))) << turn;
+  for (const double rotation : {0.0, 20.0, 45.0})
+    EXPECT_TRUE(batch::ShowsChessboard(Board(rotation))) << rotation;
   cv::Mat large;
   cv::resize(Board(10.0), large, cv::Size(2560, 1920));
   EXPECT_TRUE(batch::ShowsChessboard(large));

@@ -10,7 +10,7 @@
 
 namespace {
 
-/// No turn and no mirror image of it is the same.
+/// No rotation and no mirror image of it is the same.
 cv::Mat Lopsided() {
   cv::Mat image(40, 64, CV_8UC3, cv::Scalar::all(30));
   image(cv::Rect(0, 0, 20, 10)).setTo(cv::Scalar(40, 90, 200));

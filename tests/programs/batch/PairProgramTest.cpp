@@ -49,9 +49,9 @@ class PairProgram : public ::testing::Test {
     ASSERT_TRUE(result.load(path));
     EXPECT_EQ(result.readInt("sensor"), 1);
     EXPECT_NEAR(cv::norm(result.readMat("T")), cv::norm(rig_.T), 0.005 * cv::norm(rig_.T));
-    cv::Vec3d turn;
-    cv::Rodrigues(cv::Matx33d(result.readMat("R")) * rig_.R.t(), turn);
-    EXPECT_LT(cv::norm(turn) * 180.0 / CV_PI, 0.1);
+    cv::Vec3d rotation;
+    cv::Rodrigues(cv::Matx33d(result.readMat("R")) * rig_.R.t(), rotation);
+    EXPECT_LT(cv::norm(rotation) * 180.0 / CV_PI, 0.1);
   }
 
   static nlohmann::json VerdictIn(const std::string& name) {

@@ -101,9 +101,9 @@ void ExpectTruth(const json& result, const world::Rig& rig) {
   ASSERT_EQ(result["cameras"].size(), rig.cameras.size());
   for (size_t i = 0; i < rig.cameras.size(); ++i) {
     const json& pose = result["cameras"][i]["camera_from_rig"];
-    cv::Vec3d turn;
-    cv::Rodrigues(RotationIn(pose["R"]) * rig.cameras[i].R.t(), turn);
-    EXPECT_LT(cv::norm(turn) * 180.0 / CV_PI, 0.1) << "camera " << i;
+    cv::Vec3d rotation;
+    cv::Rodrigues(RotationIn(pose["R"]) * rig.cameras[i].R.t(), rotation);
+    EXPECT_LT(cv::norm(rotation) * 180.0 / CV_PI, 0.1) << "camera " << i;
     const cv::Vec3d T(pose["T"][0], pose["T"][1], pose["T"][2]);
     EXPECT_LT(cv::norm(T - rig.cameras[i].T), 0.001) << "camera " << i;
     const double fx = result["cameras"][i]["K"][0][0];

@@ -25,7 +25,7 @@ Knowledge KnowledgeFrom(const Solution& solution, const std::vector<TargetView>&
                         const cv::Size& imageSize);
 
 /// Expects deviations of projections: root mean square over the image of a coordinate's standard deviation,
-/// after the best common turn.
+/// after the best common rotation of the camera's frame.
 class PoseScore {
  public:
   PoseScore(const Knowledge& knowledge, const cv::Size& imageSize);

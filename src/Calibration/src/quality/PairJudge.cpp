@@ -115,7 +115,7 @@ void Grant(PairVerdict& verdict, Grade grade, const char* reason, const char* ad
   verdict.remarks.push_back({reason, advice});
 }
 
-/// The tilt of a full model's sensor can stand for a turn of its camera: rotation and direction are then
+/// The tilt of a full model's sensor can stand for a rotation of its camera: rotation and direction are then
 /// right with the intrinsics of the same result only, and say nothing about the pair.
 Deviations BesideTilt(Deviations deviations, bool fullModel) {
   if (fullModel) deviations.rotation = deviations.direction = 0.0;

@@ -40,7 +40,7 @@ struct Appearance {
   cv::Matx33d R;
 };
 
-/// The turn in which rows of the target run down the image and follow each other to the left.
+/// The rotation in which rows of the target run down the image and follow each other to the left.
 cv::Matx33d Upright() {
   return {0.0, -1.0, 0.0, 1.0, 0.0, 0.0, 0.0, 0.0, 1.0};
 }

@@ -17,14 +17,14 @@ bool RayOf(const solver::Projection& projection, const Intrinsics& intrinsics, c
 /// The convex hull of what a camera saw in all views.
 std::vector<cv::Point2f> DataAreaOf(const std::vector<TargetView>& views, size_t camera);
 
-/// The derivatives of the pixels of fixed rays, over a grid of the image, without what a common turn of the
-/// camera's frame does.
+/// The derivatives of the pixels of fixed rays, over a grid of the image, without what a common rotation of
+/// the camera's frame does.
 class ProjectionUncertainty {
  public:
   static constexpr int COLUMNS = 40;
   static constexpr int ROWS = 30;
 
-  /// The turn is the one that changes least within the area.
+  /// The rotation is the one that changes least within the area.
   ProjectionUncertainty(const Intrinsics& intrinsics, const cv::Size& imageSize,
                         const std::vector<cv::Point2f>& area);
 

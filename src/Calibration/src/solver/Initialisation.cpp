@@ -69,7 +69,7 @@ cv::Vec2d FocalLengths(const std::vector<cv::Matx33d>& homographies, const cv::V
   return sensible(f) ? cv::Vec2d(f * width, f * width) : cv::Vec2d(USUAL * width, USUAL * width);
 }
 
-/// The turn nearest to the homography's axes, and the shift.
+/// The rotation nearest to the homography's axes, and the translation.
 RigidTransform PoseOf(const cv::Matx33d& homography, const Intrinsics& intrinsics) {
   const cv::Matx33d inverse(1.0 / intrinsics.values[0], 0.0, -intrinsics.values[2] / intrinsics.values[0],
                             0.0, 1.0 / intrinsics.values[1], -intrinsics.values[3] / intrinsics.values[1],
@@ -81,9 +81,9 @@ RigidTransform PoseOf(const cv::Matx33d& homography, const Intrinsics& intrinsic
   const cv::Vec3d a = Column(axes, 0);
   const cv::Vec3d b = Column(axes, 1);
   const cv::Vec3d c = a.cross(b);
-  Eigen::Matrix3d turn;
-  turn << a[0], b[0], c[0], a[1], b[1], c[1], a[2], b[2], c[2];
-  const Eigen::JacobiSVD<Eigen::Matrix3d> svd(turn, Eigen::ComputeFullU | Eigen::ComputeFullV);
+  Eigen::Matrix3d rotationMatrix;
+  rotationMatrix << a[0], b[0], c[0], a[1], b[1], c[1], a[2], b[2], c[2];
+  const Eigen::JacobiSVD<Eigen::Matrix3d> svd(rotationMatrix, Eigen::ComputeFullU | Eigen::ComputeFullV);
   const Eigen::Matrix<double, 3, 3, Eigen::RowMajor> nearest = svd.matrixU() * svd.matrixV().transpose();
   return {cv::Matx33d(nearest.data()), Column(axes, 2)};
 }

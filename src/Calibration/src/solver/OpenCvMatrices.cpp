@@ -31,26 +31,27 @@ cv::Mat CoefficientsOf(const Intrinsics& intrinsics, int columns, int known) {
   return D;
 }
 
-/// From small turns and shifts of the middle of the target to rotation vector and translation of its origin.
+/// From small rotations and translations about the middle of the target to rotation vector and translation of
+/// its origin.
 Matrix6 OriginFrom(const RigidTransform& pose, const cv::Vec3d& rotation, const cv::Vec3d& middle) {
   Matrix6 change = Matrix6::Identity();
   constexpr double STEP = 1e-6;
   const cv::Vec3d away = pose.R * middle;
   for (int i = 0; i < 3; ++i) {
-    cv::Vec3d turn;
-    turn[i] = STEP;
+    cv::Vec3d rotationVector;
+    rotationVector[i] = STEP;
     cv::Vec3d ahead;
     cv::Vec3d behind;
-    cv::Rodrigues(RotationOf(turn) * pose.R, ahead);
-    cv::Rodrigues(RotationOf(-turn) * pose.R, behind);
-    // A turn by half a circle has two vectors: the nearer one is meant.
+    cv::Rodrigues(RotationOf(rotationVector) * pose.R, ahead);
+    cv::Rodrigues(RotationOf(-rotationVector) * pose.R, behind);
+    // A rotation by half a circle has two vectors: the nearer one is meant.
     if (ahead.dot(rotation) < 0.0) ahead = ahead * (1.0 - 2.0 * CV_PI / cv::norm(ahead));
     if (behind.dot(rotation) < 0.0) behind = behind * (1.0 - 2.0 * CV_PI / cv::norm(behind));
-    const cv::Vec3d byTurn = (ahead - behind) * (0.5 / STEP);
-    const cv::Vec3d shift = away.cross(turn) * (1.0 / STEP);
+    const cv::Vec3d byRotation = (ahead - behind) * (0.5 / STEP);
+    const cv::Vec3d translation = away.cross(rotationVector) * (1.0 / STEP);
     for (int k = 0; k < 3; ++k) {
-      change(k, i) = byTurn[k];
-      change(3 + k, i) = shift[k];
+      change(k, i) = byRotation[k];
+      change(3 + k, i) = translation[k];
     }
   }
   return change;

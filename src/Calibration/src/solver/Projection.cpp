@@ -9,16 +9,16 @@ namespace velmora::solver {
 
 namespace {
 
-/// The part of the tilt that looks straight at the sensor: it depends on the last column of the turn.
-cv::Matx33d Straightened(const cv::Matx33d& turn) {
-  return {turn(2, 2), 0.0, -turn(0, 2), 0.0, turn(2, 2), -turn(1, 2), 0.0, 0.0, 0.0};
+/// The part of the tilt that looks straight at the sensor: it depends on the last column of the rotation.
+cv::Matx33d Straightened(const cv::Matx33d& rotation) {
+  return {rotation(2, 2), 0.0, -rotation(0, 2), 0.0, rotation(2, 2), -rotation(1, 2), 0.0, 0.0, 0.0};
 }
 
-cv::Matx33d TurnX(double c, double s, double axis) {
+cv::Matx33d RotationAboutX(double c, double s, double axis) {
   return {axis, 0.0, 0.0, 0.0, c, s, 0.0, -s, c};
 }
 
-cv::Matx33d TurnY(double c, double s, double axis) {
+cv::Matx33d RotationAboutY(double c, double s, double axis) {
   return {c, 0.0, -s, 0.0, axis, 0.0, s, 0.0, c};
 }
 
@@ -29,16 +29,16 @@ Projection::Projection(const Intrinsics& intrinsics) {
   const double tauX = intrinsics.values[TAU_X];
   const double tauY = intrinsics.values[TAU_Y];
   constants_.tilted = intrinsics.estimated > TAU_X || tauX != 0.0 || tauY != 0.0;
-  const cv::Matx33d aboutX = TurnX(std::cos(tauX), std::sin(tauX), 1.0);
-  const cv::Matx33d aboutY = TurnY(std::cos(tauY), std::sin(tauY), 1.0);
-  const cv::Matx33d turn = aboutY * aboutX;
-  const cv::Matx33d byX = aboutY * TurnX(-std::sin(tauX), std::cos(tauX), 0.0);
-  const cv::Matx33d byY = TurnY(-std::sin(tauY), std::cos(tauY), 0.0) * aboutX;
-  cv::Matx33d straight = Straightened(turn);
+  const cv::Matx33d aboutX = RotationAboutX(std::cos(tauX), std::sin(tauX), 1.0);
+  const cv::Matx33d aboutY = RotationAboutY(std::cos(tauY), std::sin(tauY), 1.0);
+  const cv::Matx33d rotation = aboutY * aboutX;
+  const cv::Matx33d byX = aboutY * RotationAboutX(-std::sin(tauX), std::cos(tauX), 0.0);
+  const cv::Matx33d byY = RotationAboutY(-std::sin(tauY), std::cos(tauY), 0.0) * aboutX;
+  cv::Matx33d straight = Straightened(rotation);
   straight(2, 2) = 1.0;
-  constants_.tilt = straight * turn;
-  constants_.tiltByX = Straightened(byX) * turn + straight * byX;
-  constants_.tiltByY = Straightened(byY) * turn + straight * byY;
+  constants_.tilt = straight * rotation;
+  constants_.tiltByX = Straightened(byX) * rotation + straight * byX;
+  constants_.tiltByY = Straightened(byY) * rotation + straight * byY;
 }
 
 bool Projection::Project(const cv::Vec3d& point, cv::Point2d& pixel) const {

@@ -51,13 +51,13 @@ RigidTransform Between(const CameraPoses& poses, size_t to, size_t from) {
   std::vector<double> numbers[POSE_PARAMETERS];
   for (const auto& view : poses) {
     if (!view[to] || !view[from]) continue;
-    const cv::Matx33d turn = view[to]->R * view[from]->R.t();
-    const cv::Vec3d shift = view[to]->t - turn * view[from]->t;
+    const cv::Matx33d R = view[to]->R * view[from]->R.t();
+    const cv::Vec3d t = view[to]->t - R * view[from]->t;
     cv::Vec3d rotation;
-    cv::Rodrigues(turn, rotation);
+    cv::Rodrigues(R, rotation);
     for (int k = 0; k < 3; ++k) {
       numbers[k].push_back(rotation[k]);
-      numbers[k + 3].push_back(shift[k]);
+      numbers[k + 3].push_back(t[k]);
     }
   }
   return {RotationOf({MedianOf(numbers[0]), MedianOf(numbers[1]), MedianOf(numbers[2])}),
