@@ -89,11 +89,11 @@ Seed SeedOf(const Data& data, int coefficients) {
     seed.frames.push_back(pose);
     seed.boards.push_back({{0, -1}, static_cast<int>(i)});
     for (const cv::Point2d& point : data.image[i]) {
-      mrcal_point3_t seen{};
-      seen.x = point.x;
-      seen.y = point.y;
-      seen.z = 1.0;  // its weight
-      seed.points.push_back(seen);
+      mrcal_point3_t observed{};
+      observed.x = point.x;
+      observed.y = point.y;
+      observed.z = 1.0;  // its weight
+      seed.points.push_back(observed);
     }
   }
   return seed;

@@ -59,18 +59,18 @@ std::vector<ShotPoints> PointsOf(const Rig& rig, const std::vector<Pose>& shots,
   cv::RNG random(MixSeeds(seed, NOISE_SEQUENCE));
   std::vector<ShotPoints> points;
   for (const Pose& shot : shots) {
-    ShotPoints seen(rig.cameras.size());
-    for (std::size_t k = 0; k < seen.size(); ++k) {
+    ShotPoints observed(rig.cameras.size());
+    for (std::size_t k = 0; k < observed.size(); ++k) {
       const Pose pose = PoseFor(rig, k, shot);
       if (!SeesSheet(rig.cameras[k], sheet, pose)) continue;
-      seen[k] = TrueCentres(rig.cameras[k].lens, sheet, pose);
+      observed[k] = TrueCentres(rig.cameras[k].lens, sheet, pose);
       if (noise == 0.0) continue;
-      for (cv::Point2d& point : seen[k]) {
+      for (cv::Point2d& point : observed[k]) {
         point.x += random.gaussian(noise);
         point.y += random.gaussian(noise);
       }
     }
-    points.push_back(seen);
+    points.push_back(observed);
   }
   return points;
 }

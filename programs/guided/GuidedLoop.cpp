@@ -57,7 +57,7 @@ common::ExitStatus GuidedLoop::Run() {
 bool GuidedLoop::Begin() {
   calibrator_.Reset();
   reached_ = 0;
-  seen_.clear();
+  observed_.clear();
   if (options_.until > 0.0) {
     calibrator_.DisableAssistant();
     next_.emplace(calibrator_, options_.until, options_.mostPoses);
@@ -95,7 +95,8 @@ GuidedLoop::Step GuidedLoop::ShowNext() {
 void GuidedLoop::DetectIn(cv::Mat& frame) {
   std::vector<cv::Point2d> points;
   calibrator_.DetectPoints(frame, points, true);
-  if (calibrator_.GetNumberOfRecords() > static_cast<int>(seen_.size())) seen_.push_back(std::move(points));
+  if (calibrator_.GetNumberOfRecords() > static_cast<int>(observed_.size()))
+    observed_.push_back(std::move(points));
 }
 
 GuidedLoop::Step GuidedLoop::React(int key) {
@@ -189,7 +190,7 @@ std::string GuidedLoop::Write(const CalibrationVerdict& verdict, common::OutputF
   files.Announce(result);
   if (common::SaveResultFile(calibrator_, options_.output).empty()) return result;
   files.Written(result);
-  return common::SaveVerdict(verdict, options_.frame, seen_, options_.output, files);
+  return common::SaveVerdict(verdict, options_.frame, observed_, options_.output, files);
 }
 
 }  // namespace guided

@@ -67,9 +67,9 @@ class GuidedLoop {
   common::ExitStatus status_ = common::NO_RESULT;
   int goal_ = 0;
   int reached_ = 0;
-  bool fresh_ = false;                          ///< a frame was shown in this turn
-  bool computing_ = false;                      ///< the last pose was reached
-  std::vector<std::vector<cv::Point2d>> seen_;  ///< the circles of each snapshot
+  bool fresh_ = false;                              ///< a frame was shown in this turn
+  bool computing_ = false;                          ///< the last pose was reached
+  std::vector<std::vector<cv::Point2d>> observed_;  ///< the circles of each snapshot
 };
 
 }  // namespace guided

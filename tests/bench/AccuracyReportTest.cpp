@@ -250,9 +250,9 @@ TEST(AccuracyReport, CamerasSeeWhatTheySay) {
       cv::Point2d right;
       ASSERT_TRUE(camera.lens.Unproject({-0.5, y}, left));
       ASSERT_TRUE(camera.lens.Unproject({639.5, y}, right));
-      const double seen = (std::atan(right.x) - std::atan(left.x)) * 180.0 / CV_PI;
+      const double observed = (std::atan(right.x) - std::atan(left.x)) * 180.0 / CV_PI;
       // The principal point is off the middle, and a tilt moves the picture.
-      EXPECT_NEAR(seen, degrees, 0.03 * degrees) << accuracy::NameOf(kind);
+      EXPECT_NEAR(observed, degrees, 0.03 * degrees) << accuracy::NameOf(kind);
     }
   }
 }

@@ -165,11 +165,11 @@ TEST(RigCalibration, PutsTheTargetWhereItWas) {
     ASSERT_TRUE(result.views[i].used);
     std::vector<cv::Point2d> pixels;
     const auto object = velmora::MakeObjectTemplate(unit::GRID, unit::UNIT);
-    const auto seen = RecordsOf(rig, 20, 0.0).imagePoints[0][i];
-    if (seen.empty()) continue;
+    const auto observed = RecordsOf(rig, 20, 0.0).imagePoints[0][i];
+    if (observed.empty()) continue;
     cv::projectPoints(object, result.views[i].rvec, result.views[i].tvec, result.cameras[0].K,
                       result.cameras[0].D, pixels);
-    for (size_t k = 0; k < pixels.size(); ++k) EXPECT_LT(cv::norm(pixels[k] - seen[k]), 0.01);
+    for (size_t k = 0; k < pixels.size(); ++k) EXPECT_LT(cv::norm(pixels[k] - observed[k]), 0.01);
   }
 }
 

@@ -10,17 +10,17 @@ namespace independent {
 
 namespace {
 
-/// The classic model: a pixel minus where it was seen.
+/// The classic model: a pixel minus where it was observed.
 template <typename T>
-void Distance(const T* camera, const T* point, const cv::Point2d& seen, T* residual) {
+void Distance(const T* camera, const T* point, const cv::Point2d& observed, T* residual) {
   const T x = point[0] / point[2];
   const T y = point[1] / point[2];
   const T r2 = x * x + y * y;
   const T radial = 1.0 + camera[4] * r2 + camera[5] * r2 * r2 + camera[8] * r2 * r2 * r2;
   const T across = x * radial + 2.0 * camera[6] * x * y + camera[7] * (r2 + 2.0 * x * x);
   const T down = y * radial + camera[6] * (r2 + 2.0 * y * y) + 2.0 * camera[7] * x * y;
-  residual[0] = camera[0] * across + camera[2] - seen.x;
-  residual[1] = camera[1] * down + camera[3] - seen.y;
+  residual[0] = camera[0] * across + camera[2] - observed.x;
+  residual[1] = camera[1] * down + camera[3] - observed.y;
 }
 
 template <typename T>
@@ -29,16 +29,16 @@ void Transform(const T* pose, const T* point, T* moved) {
   for (int i = 0; i < 3; ++i) moved[i] += pose[3 + i];
 }
 
-struct SeenPoint {
+struct ObservedPoint {
   cv::Point3d object;
-  cv::Point2d seen;
+  cv::Point2d observed;
 
   template <typename T>
   bool operator()(const T* camera, const T* pose, T* residual) const {
     const T point[3] = {T(object.x), T(object.y), T(object.z)};
     T before[3];
     Transform(pose, point, before);
-    Distance(camera, before, seen, residual);
+    Distance(camera, before, observed, residual);
     return true;
   }
 
@@ -50,7 +50,7 @@ struct SeenPoint {
     T before[3];
     Transform(pose, point, left);
     Transform(relative, left, before);
-    Distance(camera, before, seen, residual);
+    Distance(camera, before, observed, residual);
     return true;
   }
 };
@@ -74,8 +74,8 @@ void AddCamera(const std::vector<cv::Point3d>& object, const Views& views, Camer
   for (size_t i = 0; i < views.size(); ++i) {
     for (size_t k = 0; k < object.size(); ++k) {
       problem.AddResidualBlock(
-          new ceres::AutoDiffCostFunction<SeenPoint, 2, 9, 6>(new SeenPoint{object[k], views[i][k]}), nullptr,
-          camera.data(), poses[i].data());
+          new ceres::AutoDiffCostFunction<ObservedPoint, 2, 9, 6>(new ObservedPoint{object[k], views[i][k]}),
+          nullptr, camera.data(), poses[i].data());
     }
   }
 }
@@ -83,12 +83,12 @@ void AddCamera(const std::vector<cv::Point3d>& object, const Views& views, Camer
 void Start(const std::vector<cv::Point3d>& object, const Views& views, cv::Size imageSize,
            Solution& solution) {
   const std::vector<cv::Point3f> points(object.begin(), object.end());
-  std::vector<std::vector<cv::Point2f>> seen;
-  for (const auto& view : views) seen.emplace_back(view.begin(), view.end());
-  const cv::Mat K =
-      cv::initCameraMatrix2D(std::vector<std::vector<cv::Point3f>>(views.size(), points), seen, imageSize);
+  std::vector<std::vector<cv::Point2f>> observed;
+  for (const auto& view : views) observed.emplace_back(view.begin(), view.end());
+  const cv::Mat K = cv::initCameraMatrix2D(std::vector<std::vector<cv::Point3f>>(views.size(), points),
+                                           observed, imageSize);
   solution.left = {K.at<double>(0, 0), K.at<double>(1, 1), K.at<double>(0, 2), K.at<double>(1, 2)};
-  for (const auto& view : seen) {
+  for (const auto& view : observed) {
     cv::Vec3d rotationVector;
     cv::Vec3d translation;
     cv::solvePnP(points, view, K, cv::noArray(), rotationVector, translation);
@@ -131,9 +131,10 @@ Solution SolvePair(const std::vector<cv::Point3d>& object, const Views& left, co
   AddCamera(object, left, solution.left, solution.poses, problem);
   for (size_t i = 0; i < right.size(); ++i) {
     for (size_t k = 0; k < object.size(); ++k) {
-      problem.AddResidualBlock(
-          new ceres::AutoDiffCostFunction<SeenPoint, 2, 9, 6, 6>(new SeenPoint{object[k], right[i][k]}),
-          nullptr, solution.right.data(), solution.relative.data(), solution.poses[i].data());
+      problem.AddResidualBlock(new ceres::AutoDiffCostFunction<ObservedPoint, 2, 9, 6, 6>(
+                                   new ObservedPoint{object[k], right[i][k]}),
+                               nullptr, solution.right.data(), solution.relative.data(),
+                               solution.poses[i].data());
     }
   }
   solution.squares = Solve(problem);

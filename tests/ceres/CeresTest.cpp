@@ -82,7 +82,7 @@ TEST(BesideCeres, CamerasOfRenderedPicturesAreTheSame) {
 TEST(BesideCeres, PairsWithRefinedIntrinsicsAreTheSame) {
   const world::Pair rig = unit::RigFor(Calibrator::MODEL_CLASSIC);
   for (const std::uint64_t seed : {1U, 2U}) {
-    const unit::PointPairs pairs = unit::Seen(rig, 10, seed, 0.1);
+    const unit::PointPairs pairs = unit::Observed(rig, 10, seed, 0.1);
     const ExtrinsicsResult own =
         unit::Refined(pairs, unit::EachAlone(pairs, Calibrator::MODEL_CLASSIC), Calibrator::MODEL_CLASSIC);
     const independent::Solution other =

@@ -51,7 +51,7 @@ TEST(DiscWindow, HasPaperAroundDiscsOfAnySize) {
 }
 
 TEST(DiscWindow, HasTheFormOfTheViewThere) {
-  const PlacedDiscs discs = unit::DiscsSeenBy(OBLIQUE, FLAT_GRID);
+  const PlacedDiscs discs = unit::DiscsProjectedBy(OBLIQUE, FLAT_GRID);
   const SheetPlane plane = unit::PlaneOf(discs);
   for (const size_t k : {size_t{0}, size_t{20}, size_t{43}}) {
     const DiscWindow window = finder::WindowOf(plane, discs, k);
@@ -69,7 +69,7 @@ TEST(DiscWindow, HasTheFormOfTheViewThere) {
 }
 
 TEST(DiscWindow, SpansAreThePixelsWithinItAndInThePicture) {
-  const PlacedDiscs discs = unit::DiscsSeenBy(OBLIQUE, FLAT_GRID, 0.3);
+  const PlacedDiscs discs = unit::DiscsProjectedBy(OBLIQUE, FLAT_GRID, 0.3);
   const SheetPlane plane = unit::PlaneOf(discs);
   for (const cv::Point2d& moved :
        {cv::Point2d(0.0, 0.0), cv::Point2d(-115.3, 0.0), cv::Point2d(0.0, -95.7)}) {

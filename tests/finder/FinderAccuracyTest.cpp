@@ -39,13 +39,13 @@ void PrintTo(const Conditions& conditions, std::ostream* out) {
   *out << conditions.name;
 }
 
-struct Sight {
+struct RenderedView {
   cv::Mat picture;
   cv::Mat dark;  ///< with dark discs, all that the standard search finds
   Centres truth;
 };
 
-Sight Render(const Conditions& conditions, int number) {
+RenderedView Render(const Conditions& conditions, int number) {
   cv::RNG random(77001U * static_cast<unsigned>(number + 1));
   for (;;) {
     world::Scene scene;
@@ -68,12 +68,12 @@ Sight Render(const Conditions& conditions, int number) {
     appearance.roll = random.uniform(-180.0, 180.0);
     world::Pose pose;
     if (!world::PlaceGrid(scene.camera, scene.sheet, appearance, 1.0, pose)) continue;
-    Sight sight;
-    sight.picture = world::Renderer(scene).Render(pose);
-    sight.dark = sight.picture.clone();
-    if (conditions.negative) sight.picture = cv::Scalar::all(255) - sight.picture;
-    sight.truth = world::TrueCentres(scene.camera.lens, scene.sheet, pose);
-    return sight;
+    RenderedView rendered;
+    rendered.picture = world::Renderer(scene).Render(pose);
+    rendered.dark = rendered.picture.clone();
+    if (conditions.negative) rendered.picture = cv::Scalar::all(255) - rendered.picture;
+    rendered.truth = world::TrueCentres(scene.camera.lens, scene.sheet, pose);
+    return rendered;
   }
 }
 
@@ -102,20 +102,20 @@ TEST_P(FinderAccuracy, IsNoWorseThanThatOfTheStandardSearch) {
   Tally robust;
   Tally all;
   for (int number = 0; number < FRAMES; ++number) {
-    const Sight sight = Render(GetParam(), number);
+    const RenderedView rendered = Render(GetParam(), number);
     Centres ofStandard;
     Centres ofRobust;
     // A find in a wrong order is none.
     const bool found =
-        FindGridStandard(sight.dark, unit::GRID, ofStandard) && unit::InOrder(ofStandard, sight.truth);
+        FindGridStandard(rendered.dark, unit::GRID, ofStandard) && unit::InOrder(ofStandard, rendered.truth);
     if (found) ++standard.found;
-    if (!FindGridRobust(sight.picture, unit::GRID, ofRobust)) continue;
+    if (!FindGridRobust(rendered.picture, unit::GRID, ofRobust)) continue;
     ++robust.found;
-    EXPECT_TRUE(unit::InOrder(ofRobust, sight.truth)) << number;
-    all.Compare(ofRobust, sight.truth);
+    EXPECT_TRUE(unit::InOrder(ofRobust, rendered.truth)) << number;
+    all.Compare(ofRobust, rendered.truth);
     if (!found) continue;
-    standard.Compare(ofStandard, sight.truth);
-    robust.Compare(ofRobust, sight.truth);
+    standard.Compare(ofStandard, rendered.truth);
+    robust.Compare(ofRobust, rendered.truth);
   }
   std::cout << "| " << GetParam().name
             << cv::format(" | %d | %d | %.3f | %.3f | %.3f |", standard.found, robust.found, standard.Rms(),

@@ -117,7 +117,7 @@ cv::Mat CorneredShapes(int corners, double radius, double rotation) {
 
 /// The flat picture seen from somewhere, before clutter, blurred and noisy. `shrunk` becomes how much a
 /// length shrinks where the sheet leans most, about.
-cv::Mat SeenFromSomewhere(const cv::Mat& flat, cv::RNG& random, double* shrunk = nullptr) {
+cv::Mat ViewedFromSomewhere(const cv::Mat& flat, cv::RNG& random, double* shrunk = nullptr) {
   const double scale = std::min(static_cast<double>(FRAME_SIZE.width) / flat.cols,
                                 static_cast<double>(FRAME_SIZE.height) / flat.rows) *
                        random.uniform(0.4, 1.1);
@@ -137,14 +137,14 @@ cv::Mat SeenFromSomewhere(const cv::Mat& flat, cv::RNG& random, double* shrunk =
     from.emplace_back((corner.x + 0.5) * flat.cols, (corner.y + 0.5) * flat.rows);
     to.emplace_back(middle + turned + off);
   }
-  cv::Mat seen = Clutter(random, 200);
-  cv::warpPerspective(flat, seen, cv::getPerspectiveTransform(from, to), FRAME_SIZE, cv::INTER_AREA,
+  cv::Mat viewed = Clutter(random, 200);
+  cv::warpPerspective(flat, viewed, cv::getPerspectiveTransform(from, to), FRAME_SIZE, cv::INTER_AREA,
                       cv::BORDER_TRANSPARENT);
-  cv::GaussianBlur(seen, seen, cv::Size(), random.uniform(0.3, 2.0));
+  cv::GaussianBlur(viewed, viewed, cv::Size(), random.uniform(0.3, 2.0));
   cv::Mat noise(FRAME_SIZE, CV_16SC1);
   random.fill(noise, cv::RNG::NORMAL, 0.0, random.uniform(0.0, 8.0));
-  cv::add(seen, noise, seen, cv::noArray(), CV_8U);
-  return seen;
+  cv::add(viewed, noise, viewed, cv::noArray(), CV_8U);
+  return viewed;
 }
 
 }  // namespace
@@ -188,11 +188,11 @@ cv::Mat RandomForeignFrame(int number) {
     case 1:
       return Noise(random);
     case 2:
-      return SeenFromSomewhere(Text(random), random);
+      return ViewedFromSomewhere(Text(random), random);
     case 3:
-      return SeenFromSomewhere(Chessboard(random), random);
+      return ViewedFromSomewhere(Chessboard(random), random);
     default:
-      return SeenFromSomewhere(OtherDots(random), random);
+      return ViewedFromSomewhere(OtherDots(random), random);
   }
 }
 
@@ -203,7 +203,7 @@ CorneredFrame RandomCorneredFrame(int number) {
   const double radius = SHAPE_PITCH * random.uniform(0.3, 0.7);
   const cv::Mat sheet = CorneredShapes(frame.corners, radius, random.uniform(0.0, 2.0 * CV_PI));
   double shrunk = 0.0;
-  frame.picture = SeenFromSomewhere(sheet, random, &shrunk);
+  frame.picture = ViewedFromSomewhere(sheet, random, &shrunk);
   frame.least = 2.0 * radius * std::cos(CV_PI / frame.corners) * shrunk;
   return frame;
 }

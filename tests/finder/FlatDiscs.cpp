@@ -34,7 +34,7 @@ PlacedDiscs BentDiscs() {
   return discs;
 }
 
-PlacedDiscs DiscsSeenBy(const cv::Matx33d& H, const cv::Size& grid, double radius) {
+PlacedDiscs DiscsProjectedBy(const cv::Matx33d& H, const cv::Size& grid, double radius) {
   PlacedDiscs discs;
   discs.grid = grid;
   discs.places = finder::PatternPlaces(grid);

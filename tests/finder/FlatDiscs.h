@@ -21,7 +21,8 @@ velmora::finder::PlacedDiscs FlatDiscs();
 velmora::finder::PlacedDiscs BentDiscs();
 
 /// The discs of any size of grid where a homography puts them, of so many steps' radius.
-velmora::finder::PlacedDiscs DiscsSeenBy(const cv::Matx33d& H, const cv::Size& grid, double radius = 0.4);
+velmora::finder::PlacedDiscs DiscsProjectedBy(const cv::Matx33d& H, const cv::Size& grid,
+                                              double radius = 0.4);
 
 /// The plane of discs that have one.
 velmora::finder::SheetPlane PlaneOf(const velmora::finder::PlacedDiscs& discs);

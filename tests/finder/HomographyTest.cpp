@@ -25,13 +25,13 @@ Points Places(const cv::Size& grid) {
   return places;
 }
 
-Points SeenBy(const cv::Matx33d& H, const Points& places) {
-  Points seen;
+Points ObservedBy(const cv::Matx33d& H, const Points& places) {
+  Points observed;
   for (const cv::Point2d& place : places) {
     const cv::Vec3d p = H * cv::Vec3d(place.x, place.y, 1.0);
-    seen.emplace_back(p[0] / p[2], p[1] / p[2]);
+    observed.emplace_back(p[0] / p[2], p[1] / p[2]);
   }
-  return seen;
+  return observed;
 }
 
 double FarthestApart(const Points& some, const Points& others) {
@@ -66,10 +66,10 @@ TEST(Homography, OfPointsInPerspectiveIsTheirs) {
   for (const cv::Matx33d& truth : {FROM_THE_FRONT, OBLIQUE, STEEP}) {
     for (const cv::Size& grid : {cv::Size(2, 5), cv::Size(4, 11), cv::Size(20, 29)}) {
       const Points places = Places(grid);
-      const Points seen = SeenBy(truth, places);
+      const Points observed = ObservedBy(truth, places);
       cv::Matx33d H;
-      ASSERT_TRUE(finder::FitHomography(places, seen, H));
-      EXPECT_LT(FarthestApart(SeenBy(H, places), seen), 1e-9) << truth << grid;
+      ASSERT_TRUE(finder::FitHomography(places, observed, H));
+      EXPECT_LT(FarthestApart(ObservedBy(H, places), observed), 1e-9) << truth << grid;
       EXPECT_EQ(H(2, 2), 1.0);
       for (int k = 0; k < 8; ++k) EXPECT_NEAR(H.val[k], truth.val[k], 1e-9 * (1.0 + std::abs(truth.val[k])));
     }
@@ -81,7 +81,7 @@ TEST(Homography, OfFourPointsLeadsThroughAllOfThem) {
   const Points to = {{100.0, 50.0}, {420.0, 90.0}, {380.0, 400.0}, {130.0, 300.0}};
   cv::Matx33d H;
   ASSERT_TRUE(finder::FitHomography(from, to, H));
-  EXPECT_LT(FarthestApart(SeenBy(H, from), to), 1e-9);
+  EXPECT_LT(FarthestApart(ObservedBy(H, from), to), 1e-9);
 }
 
 TEST(Homography, OfNoisyPointsHasTheLeastSumOfSquaredDistances) {
@@ -89,11 +89,14 @@ TEST(Homography, OfNoisyPointsHasTheLeastSumOfSquaredDistances) {
   for (const cv::Matx33d& truth : {FROM_THE_FRONT, OBLIQUE, STEEP}) {
     for (const double noise : {0.01, 0.5, 2.0}) {
       const Points places = Places({4, 11});
-      Points seen = SeenBy(truth, places);
-      for (cv::Point2d& point : seen) point += cv::Point2d(random.gaussian(noise), random.gaussian(noise));
+      Points observed = ObservedBy(truth, places);
+      for (cv::Point2d& point : observed)
+        point += cv::Point2d(random.gaussian(noise), random.gaussian(noise));
       cv::Matx33d H;
-      ASSERT_TRUE(finder::FitHomography(places, seen, H));
-      EXPECT_LT(FarthestApart(SeenBy(H, places), SeenBy(LeastSquares(places, seen, truth), places)), 1e-8)
+      ASSERT_TRUE(finder::FitHomography(places, observed, H));
+      EXPECT_LT(
+          FarthestApart(ObservedBy(H, places), ObservedBy(LeastSquares(places, observed, truth), places)),
+          1e-8)
           << truth << noise;
     }
   }
@@ -101,38 +104,41 @@ TEST(Homography, OfNoisyPointsHasTheLeastSumOfSquaredDistances) {
 
 TEST(Homography, OfPointsWithStraysHasTheLeastSumToo) {
   const Points places = Places({4, 11});
-  Points seen = SeenBy(OBLIQUE, places);
-  seen[5] += cv::Point2d(25.0, -10.0);
-  seen[30] += cv::Point2d(-8.0, 30.0);
+  Points observed = ObservedBy(OBLIQUE, places);
+  observed[5] += cv::Point2d(25.0, -10.0);
+  observed[30] += cv::Point2d(-8.0, 30.0);
   cv::Matx33d H;
-  ASSERT_TRUE(finder::FitHomography(places, seen, H));
-  EXPECT_LT(FarthestApart(SeenBy(H, places), SeenBy(LeastSquares(places, seen, OBLIQUE), places)), 1e-7);
+  ASSERT_TRUE(finder::FitHomography(places, observed, H));
+  EXPECT_LT(FarthestApart(ObservedBy(H, places), ObservedBy(LeastSquares(places, observed, OBLIQUE), places)),
+            1e-7);
 }
 
 /// The last digits of centres far from the origin count as well.
 TEST(Homography, TakesPointsAsTheyAre) {
   const Points places = Places({4, 11});
-  const Points seen = SeenBy(cv::Matx33d(24.0, 0.0, 1e5, 0.0, 24.0, 1e5, 0.0, 0.0, 1.0), places);
+  const Points observed = ObservedBy(cv::Matx33d(24.0, 0.0, 1e5, 0.0, 24.0, 1e5, 0.0, 0.0, 1.0), places);
   cv::Matx33d H;
-  ASSERT_TRUE(finder::FitHomography(places, seen, H));
-  EXPECT_LT(FarthestApart(SeenBy(H, places), seen), 1e-8);
+  ASSERT_TRUE(finder::FitHomography(places, observed, H));
+  EXPECT_LT(FarthestApart(ObservedBy(H, places), observed), 1e-8);
 }
 
 TEST(Homography, IsNoneOfPointsThatDetermineNone) {
   const cv::Matx33d before = cv::Matx33d::diag({3.0, 4.0, 5.0});
   cv::Matx33d H = before;
   const Points places = Places({4, 11});
-  const Points seen = SeenBy(OBLIQUE, places);
+  const Points observed = ObservedBy(OBLIQUE, places);
   EXPECT_FALSE(finder::FitHomography({}, {}, H));
-  EXPECT_FALSE(finder::FitHomography({places[0], places[1], places[9]}, {seen[0], seen[1], seen[9]}, H));
+  EXPECT_FALSE(
+      finder::FitHomography({places[0], places[1], places[9]}, {observed[0], observed[1], observed[9]}, H));
   Points line;
   for (int k = 0; k < 20; ++k) line.emplace_back(2.0 * k, 3.0 * k + 1.0);
-  EXPECT_FALSE(finder::FitHomography(line, SeenBy(OBLIQUE, line), H));
-  EXPECT_FALSE(finder::FitHomography(Points(9, {3.0, 4.0}), Points(seen.begin(), seen.begin() + 9), H));
+  EXPECT_FALSE(finder::FitHomography(line, ObservedBy(OBLIQUE, line), H));
+  EXPECT_FALSE(
+      finder::FitHomography(Points(9, {3.0, 4.0}), Points(observed.begin(), observed.begin() + 9), H));
   EXPECT_FALSE(finder::FitHomography(places, Points(places.size(), {300.0, 200.0}), H));
   for (const double value :
        {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity(), 1e300}) {
-    Points broken = seen;
+    Points broken = observed;
     broken[7].y = value;
     EXPECT_FALSE(finder::FitHomography(places, broken, H)) << value;
   }

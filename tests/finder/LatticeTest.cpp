@@ -23,7 +23,7 @@ const cv::Size FRAME_SIZE(640, 480);
 const cv::Matx33d PERSPECTIVE(38.0, 6.0, 120.0, -9.0, 30.0, 100.0, 0.01, 0.012, 1.0);
 
 /// Candidates where a view of the places has them.
-std::vector<Candidate> Seen(const std::vector<cv::Point>& places, const cv::Matx33d& H = PERSPECTIVE) {
+std::vector<Candidate> Observed(const std::vector<cv::Point>& places, const cv::Matx33d& H = PERSPECTIVE) {
   std::vector<Candidate> candidates;
   for (const cv::Point& place : places) {
     const cv::Vec3d p = H * cv::Vec3d(place.x, place.y, 1.0);
@@ -51,7 +51,7 @@ std::vector<int> InOrder() {
 }
 
 TEST(Lattice, GrowsOverAWholeGridInPerspective) {
-  const Lattice lattice = Grown(Seen(finder::PatternPlaces(GRID)));
+  const Lattice lattice = Grown(Observed(finder::PatternPlaces(GRID)));
   ASSERT_EQ(lattice.points.size(), 44U);
   std::set<std::pair<int, int>> places;
   for (const auto& point : lattice.points) places.insert({point.place.x, point.place.y});
@@ -72,12 +72,12 @@ TEST(Lattice, OfPointsStrewnAtRandomIsNotRegular) {
     return false;
   });
   EXPECT_EQ(offered, 0);
-  const std::vector<Candidate> grid = Seen(finder::PatternPlaces(GRID));
+  const std::vector<Candidate> grid = Observed(finder::PatternPlaces(GRID));
   EXPECT_LT(finder::Irregularity(Grown(grid), CandidateIndex(grid, FRAME_SIZE)), 0.02);
 }
 
 TEST(Lattice, SearchEndsWhenItsEffortIsSpent) {
-  const CandidateIndex index(Seen(finder::PatternPlaces(GRID)), FRAME_SIZE);
+  const CandidateIndex index(Observed(finder::PatternPlaces(GRID)), FRAME_SIZE);
   Effort effort{300};
   EXPECT_FALSE(finder::SearchLattices(index, 44, 400, effort, [](const Lattice&) { return true; }));
 }
@@ -86,7 +86,7 @@ TEST(Lattice, GrownAtAnyAngleHasEveryDiscWhereItBelongs) {
   for (double angle = 0.0; angle < 6.0; angle += 0.5) {
     const cv::Matx33d rotation(28.0 * std::cos(angle), -28.0 * std::sin(angle), 320.0, 28.0 * std::sin(angle),
                                28.0 * std::cos(angle), 240.0, 0.0, 0.0, 1.0);
-    const Lattice lattice = Grown(Seen(finder::PatternPlaces(GRID), rotation));
+    const Lattice lattice = Grown(Observed(finder::PatternPlaces(GRID), rotation));
     Effort effort{1000000};
     const finder::Placement placement = finder::PlacePattern(lattice, GRID, 2, effort);
     EXPECT_EQ(placement.discs, InOrder()) << angle;

@@ -59,7 +59,7 @@ TEST(Rim, OfAWholeDiscIsSeenAllAroundFromAnywhereNear) {
       // A third of the radius away, in steps.
       const cv::Vec2d off = slope * cv::Vec2d(std::cos(angle), std::sin(angle)) * (0.3 * RADIUS);
       const Rim rim = FollowRim(picture, Expected(slope, {off[0], off[1]}));
-      EXPECT_EQ(rim.seen, 1.0) << slope << angle;
+      EXPECT_EQ(rim.visible, 1.0) << slope << angle;
       EXPECT_LT(cv::norm(rim.centre - CENTRE), 0.1) << slope << angle;
     }
   }
@@ -70,7 +70,7 @@ TEST(Rim, MayHaveARadiusThatIsNotQuiteTheExpectedOne) {
     ExpectedDisc expected = Expected(UPRIGHT, {2.0, 1.0});
     expected.radius *= share;
     const Rim rim = FollowRim(Painted(UPRIGHT), expected);
-    EXPECT_GT(rim.seen, 0.95) << share;
+    EXPECT_GT(rim.visible, 0.95) << share;
     EXPECT_LT(cv::norm(rim.centre - CENTRE), 0.1) << share;
   }
 }
@@ -79,8 +79,8 @@ TEST(Rim, OfAHalfDiscIsHalfSeenAndKnowsTheMiddleAllTheSame) {
   cv::Mat picture = Painted(UPRIGHT);
   picture.colRange(cvRound(CENTRE.x) + 2, picture.cols).setTo(PAPER);
   const Rim rim = FollowRim(picture, Expected(UPRIGHT, {0.0, 1.0}));
-  EXPECT_GT(rim.seen, 0.35);
-  EXPECT_LT(rim.seen, 0.75);
+  EXPECT_GT(rim.visible, 0.35);
+  EXPECT_LT(rim.visible, 0.75);
   EXPECT_LT(cv::norm(rim.centre - CENTRE), 0.3);
 }
 
@@ -90,7 +90,7 @@ TEST(Rim, IsNotMovedByAShadowsEdge) {
   shadow.convertTo(shadow, CV_8U, 0.4);
   cv::GaussianBlur(picture, picture, {}, 0.7);
   const Rim rim = FollowRim(picture, Expected(UPRIGHT));
-  EXPECT_GT(rim.seen, 0.9);
+  EXPECT_GT(rim.visible, 0.9);
   EXPECT_LT(cv::norm(rim.centre - CENTRE), 0.5);
 }
 
@@ -101,7 +101,7 @@ TEST(Rim, InAShadowIsNotMistakenForTheShadowsEdge) {
   shadow.convertTo(shadow, CV_8U, 0.4);
   cv::GaussianBlur(picture, picture, {}, 0.7);
   const Rim rim = FollowRim(picture, Expected(UPRIGHT));
-  EXPECT_EQ(rim.seen, 1.0);
+  EXPECT_EQ(rim.visible, 1.0);
   EXPECT_LT(cv::norm(rim.centre - CENTRE), 0.2);
 }
 
@@ -109,19 +109,19 @@ TEST(Rim, InAShadowIsNotMistakenForTheShadowsEdge) {
 TEST(Rim, IsNotSeenWhereThereIsNone) {
   const cv::Mat paper(160, 160, CV_8UC1, cv::Scalar(PAPER));
   const Rim rim = FollowRim(paper, Expected(UPRIGHT));
-  EXPECT_EQ(rim.seen, 0.0);
+  EXPECT_EQ(rim.visible, 0.0);
   EXPECT_EQ(rim.centre, CENTRE);
   const Rim light = FollowRim(255 - Painted(UPRIGHT), Expected(UPRIGHT));
-  EXPECT_LT(light.seen, 0.2) << "a light disc has none";
+  EXPECT_LT(light.visible, 0.2) << "a light disc has none";
 }
 
 TEST(Rim, OfAFaintDiscIsJudgedByItsContrast) {
   cv::Mat faint;
   Painted(UPRIGHT).convertTo(faint, CV_8U, 0.15, 150.0);
   ExpectedDisc expected = Expected(UPRIGHT);
-  EXPECT_LT(FollowRim(faint, expected).seen, 0.2);
+  EXPECT_LT(FollowRim(faint, expected).visible, 0.2);
   expected.contrast *= 0.15;
-  EXPECT_EQ(FollowRim(faint, expected).seen, 1.0);
+  EXPECT_EQ(FollowRim(faint, expected).visible, 1.0);
 }
 
 TEST(Rim, OfADiscThatThePictureCutsIsSeenInPart) {
@@ -129,8 +129,8 @@ TEST(Rim, OfADiscThatThePictureCutsIsSeenInPart) {
   const int left = cvRound(CENTRE.x - 4.0);
   const cv::Mat cut = picture.colRange(left, picture.cols).clone();
   const Rim rim = FollowRim(cut, Expected(UPRIGHT, {-1.0 * left, 0.0}));
-  EXPECT_GT(rim.seen, 0.4);
-  EXPECT_LT(rim.seen, 0.85);
+  EXPECT_GT(rim.visible, 0.4);
+  EXPECT_LT(rim.visible, 0.85);
 }
 
 /// The edges of one half see the radius and the middle in the same way: the equations are badly conditioned.
@@ -139,7 +139,7 @@ TEST(Rim, OfAQuarterDrawsTheMiddleNowhereFar) {
   picture.colRange(cvRound(CENTRE.x), picture.cols).setTo(PAPER);
   picture.rowRange(cvRound(CENTRE.y), picture.rows).setTo(PAPER);
   const Rim rim = FollowRim(picture, Expected(UPRIGHT));
-  EXPECT_LT(rim.seen, 0.6);
+  EXPECT_LT(rim.visible, 0.6);
   EXPECT_LT(cv::norm(rim.centre - CENTRE), 0.25 * RADIUS * STEP);
 }
 

@@ -100,7 +100,7 @@ TEST(SheetPlane, IsNoneThroughTooFewOrMirroredDiscs) {
 /// Discs of a grid of any size, seen at a slant, that are off the plane by what a lens and chance do.
 PlacedDiscs DiscsOffPlane(const cv::Size& grid, double chance) {
   const cv::Matx33d H(38.0, 6.0, 120.0, -9.0, 26.0, 100.0, 0.01, 0.03, 1.0);
-  PlacedDiscs discs = unit::DiscsSeenBy(H, grid);
+  PlacedDiscs discs = unit::DiscsProjectedBy(H, grid);
   cv::RNG random(21);
   const cv::Point2d middle = discs.centres[discs.centres.size() / 2];
   for (cv::Point2d& centre : discs.centres) {
@@ -161,7 +161,7 @@ TEST(SheetPlane, IsNoneThroughDiscsThatAreNotFiniteOrOfBothSides) {
   EXPECT_FALSE(plane.Fit(discs));
   // The far rows lie behind the camera.
   const cv::Matx33d H(38.0, 6.0, 120.0, -9.0, 26.0, 100.0, 0.0, -0.13, 1.0);
-  EXPECT_FALSE(plane.Fit(unit::DiscsSeenBy(H, {4, 11})));
+  EXPECT_FALSE(plane.Fit(unit::DiscsProjectedBy(H, {4, 11})));
 }
 
 /// The bend is fitted anew, the plane is not.

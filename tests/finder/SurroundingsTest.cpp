@@ -138,7 +138,7 @@ TEST(Surroundings, SayWhatEliminationDoesAtCornersAndWithGapsAndStrays) {
   const cv::Matx33d H(38.0, 6.0, 120.0, -9.0, 26.0, 100.0, 0.01, 0.03, 1.0);
   cv::RNG random(8);
   for (int trial = 0; trial < 20; ++trial) {
-    PlacedDiscs discs = unit::DiscsSeenBy(H, FLAT_GRID);
+    PlacedDiscs discs = unit::DiscsProjectedBy(H, FLAT_GRID);
     const SheetPlane plane = unit::PlaneOf(discs);
     for (cv::Point2d& centre : discs.centres)
       centre += cv::Point2d(random.gaussian(0.3), random.gaussian(0.3));

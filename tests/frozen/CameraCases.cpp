@@ -46,7 +46,7 @@ std::vector<cv::Point3d> SheetPoints(double bend) {
   return points;
 }
 
-PointLists Seen(const Case& wanted) {
+PointLists Observed(const Case& wanted) {
   const world::Sheet sheet(unit::GRID, static_cast<double>(unit::UNIT));
   const std::vector<cv::Point3d> points = SheetPoints(wanted.bend);
   cv::RNG random(7);
@@ -63,7 +63,7 @@ PointLists Seen(const Case& wanted) {
 
 void Write(Writer& writer, const Case& wanted) {
   writer.Begin("camera/" + wanted.name);
-  const std::unique_ptr<Calibrator> calibrator = unit::CalibratorWith(Seen(wanted));
+  const std::unique_ptr<Calibrator> calibrator = unit::CalibratorWith(Observed(wanted));
   calibrator->SetSolver(wanted.solver);
   calibrator->SetRobust(wanted.robust);
   calibrator->SetDiscRadius(wanted.discRadius);

@@ -18,9 +18,9 @@ constexpr double NOISE = 0.1;
 Solution WithMovedViews(const world::Rig& rig, size_t camera, const std::vector<size_t>& moved, double aside,
                         std::uint64_t seed, double noise = NOISE) {
   auto poses = world::SampleRigViews(rig, 12, seed, unit::Paper());
-  auto problem = unit::SeenByRig(rig, CLASSIC_PARAMETERS, unit::FlatShape(), poses, seed, noise);
+  auto problem = unit::ObservedByRig(rig, CLASSIC_PARAMETERS, unit::FlatShape(), poses, seed, noise);
   for (const size_t view : moved) poses[view].tvec[0] += aside;
-  const auto later = unit::SeenByRig(rig, CLASSIC_PARAMETERS, unit::FlatShape(), poses, seed, noise);
+  const auto later = unit::ObservedByRig(rig, CLASSIC_PARAMETERS, unit::FlatShape(), poses, seed, noise);
   for (const size_t view : moved) {
     problem.views[view].observations[camera] = later.views[view].observations[camera];
   }
@@ -36,11 +36,11 @@ std::vector<double> CostsOfOwnPoses(const Solution& solution) {
     alone.cameras = {solution.rig.cameras[camera]};
     alone.cameras.front().cameraFromRig = {};
     for (size_t i = 0; i < costs.size(); ++i) {
-      const Observation& seen = solution.views[i].observations[camera];
-      if (seen.IsEmpty()) continue;
+      const Observation& observed = solution.views[i].observations[camera];
+      if (observed.IsEmpty()) continue;
       const RigidTransform pose =
           solution.rig.cameras[camera].cameraFromRig * solution.views[i].rigFromTarget;
-      costs[i] += solver::SolvePoses(alone, {{pose, {seen}}}).cost;
+      costs[i] += solver::SolvePoses(alone, {{pose, {observed}}}).cost;
     }
   }
   return costs;
@@ -53,11 +53,11 @@ std::vector<double> ExpectedOf(const Solution& solution) {
   double freedom = 0.0;
   std::vector<double> images;
   for (size_t i = 0; i < own.size(); ++i) {
-    const auto& seen = solution.views[i].observations;
+    const auto& observed = solution.views[i].observations;
     images.push_back(static_cast<double>(
-        std::count_if(seen.begin(), seen.end(), [](const Observation& o) { return !o.IsEmpty(); })));
+        std::count_if(observed.begin(), observed.end(), [](const Observation& o) { return !o.IsEmpty(); })));
     cost += own[i];
-    freedom += 2.0 * CountOf(seen) - 6.0 * images.back();
+    freedom += 2.0 * CountOf(observed) - 6.0 * images.back();
   }
   std::vector<double> expected;
   for (size_t i = 0; i < own.size(); ++i) {
@@ -129,7 +129,8 @@ TEST(Disagreement, OfNoiseAloneIsOneButForWhatTheCamerasPosesTakeUp) {
 }
 
 TEST(Disagreement, IsNoneOfAViewThatOneCameraSaw) {
-  auto problem = unit::SeenByRig(unit::ClassicTriple(), CLASSIC_PARAMETERS, unit::FlatShape(), 10, 2, NOISE);
+  auto problem =
+      unit::ObservedByRig(unit::ClassicTriple(), CLASSIC_PARAMETERS, unit::FlatShape(), 10, 2, NOISE);
   problem.estimated.intrinsics = false;
   problem.views[1].observations[0] = problem.views[1].observations[2] = {};
   problem.views[3].observations[1] = {};
@@ -144,19 +145,20 @@ TEST(Disagreement, IsNoneOfAViewThatOneCameraSaw) {
 TEST(Disagreement, OfASingleCameraIsNone) {
   world::Rig alone;
   alone.cameras = {unit::ClassicPair().cameras.front()};
-  const auto problem = unit::SeenByRig(alone, CLASSIC_PARAMETERS, unit::FlatShape(), 8, 1, NOISE);
+  const auto problem = unit::ObservedByRig(alone, CLASSIC_PARAMETERS, unit::FlatShape(), 8, 1, NOISE);
   EXPECT_EQ(DisagreementsOf(unit::Solved(problem)), std::vector<double>(8, 0.0));
 }
 
 TEST(Disagreement, DoesNotCountPointsThatWereLeftOut) {
-  auto problem = unit::SeenByRig(unit::ClassicPair(), CLASSIC_PARAMETERS, unit::FlatShape(), 10, 4, NOISE);
+  auto problem =
+      unit::ObservedByRig(unit::ClassicPair(), CLASSIC_PARAMETERS, unit::FlatShape(), 10, 4, NOISE);
   problem.estimated.intrinsics = false;
   auto weightless = problem;
   for (size_t i = 0; i < problem.views.size(); ++i) {
-    Observation& seen = weightless.views[i].observations[i % 2];
-    seen.weights.assign(seen.object.size(), 1.0);
-    seen.weights[i] = 0.0;
-    seen.image[i] += cv::Point2d(50.0, -30.0);
+    Observation& observed = weightless.views[i].observations[i % 2];
+    observed.weights.assign(observed.object.size(), 1.0);
+    observed.weights[i] = 0.0;
+    observed.image[i] += cv::Point2d(50.0, -30.0);
     Observation& shorter = problem.views[i].observations[i % 2];
     shorter.object.erase(shorter.object.begin() + static_cast<std::ptrdiff_t>(i));
     shorter.image.erase(shorter.image.begin() + static_cast<std::ptrdiff_t>(i));

@@ -25,7 +25,7 @@ const world::Sheet& Paper() {
   return sheet;
 }
 
-unit::PointLists Seen(const std::vector<world::Pose>& poses, std::uint64_t seed, double noise = 0.1) {
+unit::PointLists Observed(const std::vector<world::Pose>& poses, std::uint64_t seed, double noise = 0.1) {
   cv::RNG random(seed + 1);
   unit::PointLists views;
   for (const world::Pose& pose : poses) {
@@ -78,7 +78,7 @@ std::vector<world::Pose> CentralPoses(int count) {
 TEST(Verdict, IsGoodForManyTiltedViews) {
   for (const std::uint64_t seed : {1U, 2U, 3U}) {
     for (const int model : {Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL}) {
-      const CalibrationVerdict verdict = Judged(Seen(RandomPoses(20, seed), seed), model);
+      const CalibrationVerdict verdict = Judged(Observed(RandomPoses(20, seed), seed), model);
       EXPECT_EQ(verdict.grade, Grade::Good) << verdict.ToJson();
       EXPECT_TRUE(verdict.remarks.empty());
       EXPECT_GT(verdict.coverage, 0.6);
@@ -89,7 +89,7 @@ TEST(Verdict, IsGoodForManyTiltedViews) {
 TEST(Verdict, IsWorthlessForFrontalViews) {
   for (const int count : {5, 20}) {
     const CalibrationVerdict verdict =
-        Judged(Seen(world::FrontalViews(unit::DistortedCamera(), count, Paper()), 1));
+        Judged(Observed(world::FrontalViews(unit::DistortedCamera(), count, Paper()), 1));
     EXPECT_EQ(verdict.grade, Grade::Worthless) << verdict.ToJson();
     EXPECT_TRUE(Says(verdict, "do not determine the focal length")) << verdict.ToJson();
     EXPECT_NE(verdict.remarks.front().advice.find("Tilt the sheet"), std::string::npos);
@@ -97,7 +97,7 @@ TEST(Verdict, IsWorthlessForFrontalViews) {
 }
 
 TEST(Verdict, OfCentralViewsIsLimitedToWhereTheyAre) {
-  const CalibrationVerdict verdict = Judged(Seen(CentralPoses(20), 1));
+  const CalibrationVerdict verdict = Judged(Observed(CentralPoses(20), 1));
   EXPECT_EQ(verdict.grade, Grade::WithCare) << verdict.ToJson();
   EXPECT_TRUE(Says(verdict, "valid only where there is data"));
   EXPECT_LT(verdict.coverage, 0.4);
@@ -119,7 +119,7 @@ TEST(Verdict, SeesABentSheet) {
   EXPECT_TRUE(Says(verdict, "views disagree")) << verdict.ToJson();
 }
 
-unit::PointLists SeenOf(const std::vector<cv::Point3d>& sheet, int count, std::uint64_t seed) {
+unit::PointLists ObservedOf(const std::vector<cv::Point3d>& sheet, int count, std::uint64_t seed) {
   cv::RNG random(seed + 1);
   unit::PointLists views;
   for (const world::Pose& pose : RandomPoses(count, seed)) {
@@ -132,7 +132,7 @@ unit::PointLists SeenOf(const std::vector<cv::Point3d>& sheet, int count, std::u
 TEST(Verdict, MeasuresASheetThatIsBentTheSameWayInAllViews) {
   auto sheet = MakeObjectTemplate(unit::GRID, unit::UNIT);
   for (cv::Point3d& point : sheet) point.z = 0.0005 * (1.0 - std::pow(point.y / 0.1 - 1.0, 2.0));
-  const CalibrationVerdict verdict = Judged(SeenOf(sheet, 20, 4));
+  const CalibrationVerdict verdict = Judged(ObservedOf(sheet, 20, 4));
   EXPECT_EQ(verdict.grade, Grade::WithCare) << verdict.ToJson();
   EXPECT_NEAR(verdict.sheetBend, 0.0005, 0.00015);
   EXPECT_TRUE(Says(verdict, "The sheet is bent by about 0.5 mm")) << verdict.ToJson();
@@ -146,7 +146,7 @@ TEST(Verdict, MeasuresASheetThatIsBentTheSameWayInAllViews) {
 TEST(Verdict, MeasuresASheetThatIsOutOfProportion) {
   auto sheet = MakeObjectTemplate(unit::GRID, unit::UNIT);
   for (cv::Point3d& point : sheet) point.y *= 0.99;
-  const CalibrationVerdict verdict = Judged(SeenOf(sheet, 20, 4));
+  const CalibrationVerdict verdict = Judged(ObservedOf(sheet, 20, 4));
   EXPECT_EQ(verdict.grade, Grade::WithCare) << verdict.ToJson();
   EXPECT_NEAR(verdict.sheetStretch, -0.01, 0.001);
   EXPECT_TRUE(Says(verdict, "The print is distorted, 1.0")) << verdict.ToJson();
@@ -155,12 +155,12 @@ TEST(Verdict, MeasuresASheetThatIsOutOfProportion) {
 TEST(Verdict, NamesASheetThatIsSkewed) {
   auto sheet = MakeObjectTemplate(unit::GRID, unit::UNIT);
   for (cv::Point3d& point : sheet) point.x += 0.01 * point.y;
-  const CalibrationVerdict verdict = Judged(SeenOf(sheet, 20, 4));
+  const CalibrationVerdict verdict = Judged(ObservedOf(sheet, 20, 4));
   EXPECT_TRUE(Says(verdict, "The print is distorted, skewed by ")) << verdict.ToJson();
 }
 
 TEST(Verdict, SaysNothingOfTheSheetWhenItIsFlat) {
-  const CalibrationVerdict verdict = Judged(Seen(RandomPoses(20, 4), 4));
+  const CalibrationVerdict verdict = Judged(Observed(RandomPoses(20, 4), 4));
   EXPECT_EQ(verdict.systematicInData, 0.0);
   EXPECT_EQ(verdict.sheetBend, 0.0);
   EXPECT_EQ(verdict.sheetStretch, 0.0);
@@ -262,11 +262,11 @@ class TrueCells {
 double PredictedOverEmpirical(int model) {
   constexpr int RUNS = 200;
   const auto poses = RandomPoses(20, 5);
-  const TrueCells cells(world::CoveredRegion(Seen(poses, 1)));
+  const TrueCells cells(world::CoveredRegion(Observed(poses, 1)));
   double squares = 0.0;
   double predicted = 0.0;
   for (int run = 0; run < RUNS; ++run) {
-    const auto views = Seen(poses, static_cast<std::uint64_t>(1000 + run));
+    const auto views = Observed(poses, static_cast<std::uint64_t>(1000 + run));
     const SparseResult result = Solve(views, model);
     squares += cells.MeanSquareOf(result) / RUNS;
     predicted += JudgeIntrinsics(Targets(views.size()), views, unit::FRAME, result).deviationInData / RUNS;
@@ -293,7 +293,7 @@ TEST(Verdict, PredictsTheErrorsOfRepeatedComputationsOfTheFullModelRoughly) {
 }
 
 TEST(Verdict, IsNoneWithoutAResult) {
-  const auto views = Seen(RandomPoses(6, 1), 1);
+  const auto views = Observed(RandomPoses(6, 1), 1);
   EXPECT_EQ(JudgeIntrinsics(Targets(6), views, unit::FRAME, {}).grade, Grade::None);
   EXPECT_EQ(JudgeIntrinsics(Targets(5), {views.begin(), views.end() - 1}, unit::FRAME, Solve(views)).grade,
             Grade::None);
@@ -301,7 +301,7 @@ TEST(Verdict, IsNoneWithoutAResult) {
 }
 
 TEST(Verdict, ComesFromACalibratorWithEitherSolver) {
-  const auto calibrator = unit::CalibratorWith(Seen(RandomPoses(12, 6), 6));
+  const auto calibrator = unit::CalibratorWith(Observed(RandomPoses(12, 6), 6));
   EXPECT_EQ(calibrator->GetVerdict().grade, Grade::None);
   calibrator->ComputeCalibration(Calibrator::MODEL_CLASSIC);
   const CalibrationVerdict dense = calibrator->GetVerdict();
@@ -312,12 +312,12 @@ TEST(Verdict, ComesFromACalibratorWithEitherSolver) {
   EXPECT_EQ(dense.grade, sparse.grade);
   EXPECT_NEAR(dense.deviationInData, sparse.deviationInData, 1e-4);
   EXPECT_NEAR(dense.jackknifeInData, sparse.jackknifeInData, 1e-3);
-  calibrator->AddPoints(Seen(RandomPoses(1, 7), 7).front());
+  calibrator->AddPoints(Observed(RandomPoses(1, 7), 7).front());
   EXPECT_EQ(calibrator->GetVerdict().grade, Grade::None);
 }
 
 TEST(Verdict, IsNotDisturbedByViewsThatWereLeftOut) {
-  auto views = Seen(RandomPoses(12, 6), 6);
+  auto views = Observed(RandomPoses(12, 6), 6);
   std::reverse(views[4].begin(), views[4].end());
   const auto calibrator = unit::CalibratorWith(views);
   calibrator->SetSolver(Calibrator::SOLVER_SPARSE);
@@ -331,7 +331,7 @@ TEST(Verdict, IsNotDisturbedByViewsThatWereLeftOut) {
 
 TEST(Verdict, IsAJsonTextToo) {
   const CalibrationVerdict verdict =
-      Judged(Seen(world::FrontalViews(unit::DistortedCamera(), 5, Paper()), 1));
+      Judged(Observed(world::FrontalViews(unit::DistortedCamera(), 5, Paper()), 1));
   const auto text = nlohmann::json::parse(verdict.ToJson());
   EXPECT_EQ(text["grade"], "worthless");
   EXPECT_EQ(text["views"], 5);

@@ -49,7 +49,7 @@ world::Pose PoseOf(const RigidTransform& centred) {
   return pose;
 }
 
-std::vector<cv::Point2d> Seen(const world::Pose& pose, cv::RNG& random) {
+std::vector<cv::Point2d> Observed(const world::Pose& pose, cv::RNG& random) {
   std::vector<cv::Point2d> centres = world::TrueCentres(unit::DistortedCamera().lens, Paper(), pose);
   for (cv::Point2d& centre : centres) centre += cv::Point2d(random.gaussian(0.1), random.gaussian(0.1));
   return centres;
@@ -91,13 +91,13 @@ Knowledge KnowledgeOf(const unit::PointLists& views, int model) {
   return KnowledgeFrom(solver::SolutionFrom(target, result, unit::FRAME, 0.0), target.views, unit::FRAME);
 }
 
-/// Three random poses, then proposed ones, each from what was seen (with noise) in those before it, and
+/// Three random poses, then proposed ones, each from what was observed (with noise) in those before it, and
 /// missed by hands: by so many radians about each axis, and half of that as a share of each coordinate.
 std::vector<world::Pose> ProposedPoses(int count, int model, std::uint64_t seed, double miss) {
   cv::RNG random(seed + 1);
   std::vector<world::Pose> poses = world::SampleViews(unit::DistortedCamera(), 3, seed, Paper());
   unit::PointLists views;
-  for (const world::Pose& pose : poses) views.push_back(Seen(pose, random));
+  for (const world::Pose& pose : poses) views.push_back(Observed(pose, random));
   while (static_cast<int>(poses.size()) < count) {
     const NextPose next = ChooseNextPose(KnowledgeOf(views, model), CentredGrid(), unit::FRAME);
     poses.push_back(PoseOf(next.candidate.pose));
@@ -105,7 +105,7 @@ std::vector<world::Pose> ProposedPoses(int count, int model, std::uint64_t seed,
       poses.back().rvec[i] += random.gaussian(miss);
       poses.back().tvec[i] *= 1.0 + random.gaussian(0.5 * miss);
     }
-    views.push_back(Seen(poses.back(), random));
+    views.push_back(Observed(poses.back(), random));
   }
   return poses;
 }
@@ -162,9 +162,9 @@ TEST(NextPose, ExpectsWhatTheVerdictWillMeasure) {
   cv::RNG random(5);
   auto poses = world::SampleViews(unit::DistortedCamera(), 6, 5, Paper());
   unit::PointLists views;
-  for (const world::Pose& pose : poses) views.push_back(Seen(pose, random));
+  for (const world::Pose& pose : poses) views.push_back(Observed(pose, random));
   const auto next = ChooseNextPose(KnowledgeOf(views, Calibrator::MODEL_CLASSIC), CentredGrid(), unit::FRAME);
-  views.push_back(Seen(PoseOf(next.candidate.pose), random));
+  views.push_back(Observed(PoseOf(next.candidate.pose), random));
   const double measured = PoseScore(KnowledgeOf(views, Calibrator::MODEL_CLASSIC), unit::FRAME).Now();
   EXPECT_NEAR(measured, next.then, 0.25 * next.then);
 }

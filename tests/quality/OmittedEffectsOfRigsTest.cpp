@@ -21,7 +21,7 @@ enum class Fixed { Nothing, Intrinsics };
 
 Solution SolutionOf(const world::Rig& rig, const unit::Shape& shape, Fixed fixed, std::uint64_t seed,
                     double noise = SHARP, int parameters = CLASSIC_PARAMETERS) {
-  auto problem = unit::SeenByRig(rig, parameters, shape, 12, seed, noise);
+  auto problem = unit::ObservedByRig(rig, parameters, shape, 12, seed, noise);
   problem.estimated.intrinsics = fixed == Fixed::Nothing;
   return unit::Solved(problem);
 }
@@ -109,8 +109,8 @@ Eigen::VectorXd Between(const Rig& from, const Rig& to, const Estimated& estimat
 Solution WithKnownShape(const Solution& solution, const unit::Shape& shape) {
   std::vector<TargetView> views = solution.views;
   for (TargetView& view : views) {
-    for (Observation& seen : view.observations) {
-      if (!seen.IsEmpty()) seen.object = shape;
+    for (Observation& observed : view.observations) {
+      if (!observed.IsEmpty()) observed.object = shape;
     }
   }
   solver::BundleOptions options;
@@ -184,7 +184,7 @@ TEST(OmittedEffectsOfARig, AreTheSameBesideTheMinimum) {
 
 TEST(OmittedEffectsOfARig, CountOnlyWhatEachCameraSaw) {
   const unit::Shape bent = unit::BentShape({0.01, 0.0, -0.02});
-  auto problem = unit::SeenByRig(unit::ClassicTriple(), CLASSIC_PARAMETERS, bent, 15, 7, 0.001);
+  auto problem = unit::ObservedByRig(unit::ClassicTriple(), CLASSIC_PARAMETERS, bent, 15, 7, 0.001);
   for (size_t i = 0; i < 12; ++i) problem.views[i].observations[i % 3] = {};
   problem.views[0].observations[1] = {};
   const Solution solution = unit::Solved(problem);
@@ -195,14 +195,14 @@ TEST(OmittedEffectsOfARig, CountOnlyWhatEachCameraSaw) {
 }
 
 TEST(OmittedEffectsOfARig, DoNotCountPointsThatWereLeftOut) {
-  auto problem = unit::SeenByRig(unit::ClassicPair(), CLASSIC_PARAMETERS, unit::BentShape({0.0, 0.02, 0.05}),
-                                 12, 8, SHARP);
+  auto problem = unit::ObservedByRig(unit::ClassicPair(), CLASSIC_PARAMETERS,
+                                     unit::BentShape({0.0, 0.02, 0.05}), 12, 8, SHARP);
   auto weightless = problem;
   for (size_t i = 0; i < problem.views.size(); ++i) {
-    Observation& seen = weightless.views[i].observations[i % 2];
-    seen.weights.assign(seen.object.size(), 1.0);
-    seen.weights[i] = 0.0;
-    seen.image[i] += cv::Point2d(50.0, -30.0);
+    Observation& observed = weightless.views[i].observations[i % 2];
+    observed.weights.assign(observed.object.size(), 1.0);
+    observed.weights[i] = 0.0;
+    observed.image[i] += cv::Point2d(50.0, -30.0);
     Observation& shorter = problem.views[i].observations[i % 2];
     shorter.object.erase(shorter.object.begin() + static_cast<std::ptrdiff_t>(i));
     shorter.image.erase(shorter.image.begin() + static_cast<std::ptrdiff_t>(i));
@@ -273,8 +273,8 @@ TEST(OmittedLensTermsOfARig, OfKnownIntrinsicsLeaveTheseAsTheyAre) {
 }
 
 TEST(OmittedEffectsOfARig, AreMeasuredBeforeCamerasOfWhichEverythingIsKnown) {
-  const auto problem = unit::SeenByRig(unit::ClassicPair(), CLASSIC_PARAMETERS,
-                                       unit::BentShape({0.0, 0.0, 0.03}), 6, 11, SHARP);
+  const auto problem = unit::ObservedByRig(unit::ClassicPair(), CLASSIC_PARAMETERS,
+                                           unit::BentShape({0.0, 0.0, 0.03}), 6, 11, SHARP);
   const OmittedEffect bend = OmittedBend(solver::SolvePoses(problem.rig, problem.views));
   ASSERT_EQ(bend.values.size(), 3);
   EXPECT_NEAR(bend.values(2), 0.03, 0.003);

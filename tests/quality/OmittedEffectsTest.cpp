@@ -32,8 +32,8 @@ Target Bent(double a, double b, double c) {
 }
 
 /// Pictures of what the sheet really is like.
-unit::PointLists Seen(const world::Lens& lens, const Target& target, int count, std::uint64_t seed,
-                      double noise) {
+unit::PointLists Observed(const world::Lens& lens, const Target& target, int count, std::uint64_t seed,
+                          double noise) {
   const world::Camera camera = {unit::FRAME, lens};
   const world::Sheet sheet(unit::GRID, static_cast<double>(unit::UNIT));
   cv::RNG random(seed + 1);
@@ -46,8 +46,8 @@ unit::PointLists Seen(const world::Lens& lens, const Target& target, int count, 
   return views;
 }
 
-unit::PointLists Seen(const Target& target, int count, std::uint64_t seed, double noise = 0.1) {
-  return Seen(unit::DistortedCamera().lens, target, count, seed, noise);
+unit::PointLists Observed(const Target& target, int count, std::uint64_t seed, double noise = 0.1) {
+  return Observed(unit::DistortedCamera().lens, target, count, seed, noise);
 }
 
 struct Computed {
@@ -66,7 +66,7 @@ Computed Compute(const unit::PointLists& views, int model = Calibrator::MODEL_CL
 }
 
 TEST(OmittedBend, IsMeasured) {
-  const Computed computed = Compute(Seen(Bent(0.05, -0.03, -0.08), 12, 1, 0.01));
+  const Computed computed = Compute(Observed(Bent(0.05, -0.03, -0.08), 12, 1, 0.01));
   const OmittedEffect bend = OmittedBend(computed.solution);
   ASSERT_TRUE(bend.significant);
   EXPECT_NEAR(bend.values(0), 0.05, 0.005);
@@ -77,16 +77,16 @@ TEST(OmittedBend, IsMeasured) {
 TEST(OmittedBend, HasTheDepthOfTheSheet) {
   const Target bent = Bent(0.0, 0.0, 0.08);
   const double half = 5.0 * static_cast<double>(unit::UNIT);
-  const Computed computed = Compute(Seen(bent, 12, 2, 0.01));
+  const Computed computed = Compute(Observed(bent, 12, 2, 0.01));
   const OmittedEffect bend = OmittedBend(computed.solution);
   EXPECT_NEAR(DepthOfBend(bend, computed.solution.views.front().observations.front().object),
               0.08 * half * half, 0.00005);
 }
 
 TEST(OmittedBend, TellsHowFarTheLensIsOff) {
-  const auto views = Seen(Bent(0.0, 0.0, 0.05), 12, 3, 0.01);
+  const auto views = Observed(Bent(0.0, 0.0, 0.05), 12, 3, 0.01);
   const Computed computed = Compute(views);
-  const Computed flat = Compute(Seen(Flat(), 12, 3, 0.01));
+  const Computed flat = Compute(Observed(Flat(), 12, 3, 0.01));
   const OmittedEffect bend = OmittedBend(computed.solution);
   for (int i = 0; i < 2; ++i) {
     const double off = flat.result.K.at<double>(i, i) - computed.result.K.at<double>(i, i);
@@ -101,7 +101,7 @@ TEST(OmittedProportions, AreMeasured) {
     point.x += 0.002 * point.y;
     point.y *= 1.005;
   }
-  const Computed computed = Compute(Seen(target, 12, 4, 0.01));
+  const Computed computed = Compute(Observed(target, 12, 4, 0.01));
   const OmittedEffect proportions = OmittedProportions(computed.solution);
   ASSERT_TRUE(proportions.significant);
   EXPECT_NEAR(proportions.values(0), 0.005, 0.0005);
@@ -112,7 +112,7 @@ TEST(OmittedProportions, AreMeasured) {
 TEST(OmittedLensTerms, AreSeenInALensThatTheModelDoesNotHold) {
   const world::Camera wide = world::CameraFromFieldOfView(
       unit::FRAME, 90.0, {4.0 / 15.0, 0.0, 0.0008, -0.0006, 0.0, 3.0 / 5.0, 0.0, 0.0});
-  const auto views = Seen(wide.lens, Flat(), 20, 5, 0.05);
+  const auto views = Observed(wide.lens, Flat(), 20, 5, 0.05);
   const OmittedEffect classic = OmittedLensTerms(Compute(views).solution, 0);
   EXPECT_TRUE(classic.significant);
   EXPECT_EQ(classic.shift.size(), FULL_PARAMETERS);
@@ -123,7 +123,8 @@ TEST(OmittedLensTerms, AreSeenInALensThatTheModelDoesNotHold) {
 TEST(OmittedEffects, AreNotSeenInNoise) {
   for (const int model : {Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL}) {
     for (std::uint64_t seed = 1; seed <= 30; ++seed) {
-      const Solution solution = Compute(Seen(Flat(), 6 + static_cast<int>(seed) % 10, seed), model).solution;
+      const Solution solution =
+          Compute(Observed(Flat(), 6 + static_cast<int>(seed) % 10, seed), model).solution;
       EXPECT_FALSE(OmittedBend(solution).significant) << seed;
       EXPECT_FALSE(OmittedProportions(solution).significant) << seed;
       EXPECT_FALSE(OmittedLensTerms(solution, 0).significant) << seed;
@@ -134,7 +135,7 @@ TEST(OmittedEffects, AreNotSeenInNoise) {
 TEST(OmittedEffects, AreNotSeenInTheDefaultSolversResultsOfNoise) {
   for (const int model : {Calibrator::MODEL_RATIONAL, Calibrator::MODEL_FULL}) {
     for (const std::uint64_t seed : {1U, 2U, 3U}) {
-      const auto views = Seen(Flat(), 10, seed);
+      const auto views = Observed(Flat(), 10, seed);
       const std::vector<Target> targets(views.size(), Flat());
       SparseResult result;
       static_cast<IntrinsicsResult&>(result) = SolveIntrinsics(targets, views, unit::FRAME, model);
@@ -161,7 +162,7 @@ TEST(OmittedEffects, TakeOffAsMuchOfNoiseAsTheirNumberOfParameters) {
   double proportions = 0.0;
   constexpr int RUNS = 60;
   for (std::uint64_t seed = 1; seed <= RUNS; ++seed) {
-    const Solution solution = Compute(Seen(Flat(), 12, seed)).solution;
+    const Solution solution = Compute(Observed(Flat(), 12, seed)).solution;
     bend += OmittedBend(solution).squares / RUNS;
     proportions += OmittedProportions(solution).squares / RUNS;
   }

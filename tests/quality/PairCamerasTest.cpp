@@ -18,8 +18,8 @@ using namespace velmora;
 namespace {
 
 using unit::EachAlone;
+using unit::Observed;
 using unit::RigFor;
-using unit::Seen;
 
 const int MODELS[] = {Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL, Calibrator::MODEL_FULL};
 
@@ -56,22 +56,22 @@ Judged JudgedRefined(const unit::PointPairs& pairs, const StereoIntrinsics& star
 
 /// By OpenCV's projection: the distances of what a camera saw from where it should have.
 double RmsByOpenCv(const Judged& judged, const TargetView& view, size_t camera) {
-  const Observation& seen = view.observations[camera];
+  const Observation& observed = view.observations[camera];
   const RigidTransform rightFromLeft = {cv::Matx33d(judged.result.R),
                                         cv::Vec3d(judged.result.T.ptr<double>())};
   const RigidTransform pose = camera == 0 ? view.rigFromTarget : rightFromLeft * view.rigFromTarget;
   cv::Vec3d rvec;
   cv::Rodrigues(pose.R, rvec);
   std::vector<cv::Point2d> expected;
-  cv::projectPoints(seen.object, rvec, pose.t,
+  cv::projectPoints(observed.object, rvec, pose.t,
                     camera == 0 ? judged.pairIntrinsics.K : judged.pairIntrinsics.KRight,
                     camera == 0 ? judged.pairIntrinsics.D : judged.pairIntrinsics.DRight, expected);
   double squares = 0.0;
   double count = 0.0;
   for (size_t i = 0; i < expected.size(); ++i) {
-    const cv::Point2d off = expected[i] - seen.image[i];
-    squares += seen.Weight(i) * off.dot(off);
-    count += seen.Weight(i);
+    const cv::Point2d off = expected[i] - observed.image[i];
+    squares += observed.Weight(i) * off.dot(off);
+    count += observed.Weight(i);
   }
   return std::sqrt(squares / count);
 }
@@ -95,7 +95,7 @@ void ExpectErrorsOfOpenCv(const Judged& judged) {
 
 TEST(PairCameras, HaveTheErrorsOfTheirViewsByOpenCv) {
   for (const int model : MODELS) {
-    const auto pairs = Seen(RigFor(model), 10, 3, 0.1);
+    const auto pairs = Observed(RigFor(model), 10, 3, 0.1);
     ExpectErrorsOfOpenCv(JudgedHeld(pairs, unit::TruePairIntrinsics(RigFor(model)), model));
     ExpectErrorsOfOpenCv(JudgedRefined(pairs, EachAlone(pairs, model), model));
   }
@@ -103,8 +103,8 @@ TEST(PairCameras, HaveTheErrorsOfTheirViewsByOpenCv) {
 
 TEST(PairCameras, TellWhichOfThemSeesWorse) {
   const int model = Calibrator::MODEL_CLASSIC;
-  auto pairs = Seen(RigFor(model), 10, 3, 0.1);
-  const auto worse = Seen(RigFor(model), 10, 3, 0.4);
+  auto pairs = Observed(RigFor(model), 10, 3, 0.1);
+  const auto worse = Observed(RigFor(model), 10, 3, 0.4);
   pairs.right = worse.right;
   const PairVerdict verdict = JudgedHeld(pairs, unit::TruePairIntrinsics(RigFor(model)), model).verdict;
   EXPECT_GT(verdict.right.rms, 2.0 * verdict.left.rms);
@@ -113,7 +113,7 @@ TEST(PairCameras, TellWhichOfThemSeesWorse) {
 
 TEST(PairCameras, MarkTheImageThatWasLeftOutAndKeepTheOtherOne) {
   const int model = Calibrator::MODEL_RATIONAL;
-  auto pairs = Seen(RigFor(model), 12, 2, 0.1);
+  auto pairs = Observed(RigFor(model), 12, 2, 0.1);
   std::reverse(pairs.right[4].begin(), pairs.right[4].end());
   pairs.left[7][20] += cv::Point2d(9.0, -7.0);
   SparsePairOptions robust;
@@ -144,7 +144,7 @@ TEST(PairCameras, MarkTheImageThatWasLeftOutAndKeepTheOtherOne) {
 
 TEST(PairCameras, AreAtLeastAsSureAsTheirOwnViewsMakeThem) {
   for (const int model : MODELS) {
-    const auto pairs = Seen(RigFor(model), 12, 5, 0.1);
+    const auto pairs = Observed(RigFor(model), 12, 5, 0.1);
     const auto targets = unit::Targets(pairs.left.size());
     const auto alone = [&](const unit::PointLists& views) {
       return JudgeIntrinsics(targets, views, unit::FRAME,
@@ -174,7 +174,7 @@ TEST(PairCameras, AreAtLeastAsSureAsTheirOwnViewsMakeThem) {
 
 TEST(PairCameras, HaveTheMapsOfTheSolutionsJudge) {
   const int model = Calibrator::MODEL_RATIONAL;
-  const auto pairs = Seen(RigFor(model), 12, 5, 0.1);
+  const auto pairs = Observed(RigFor(model), 12, 5, 0.1);
   const Judged judged = JudgedRefined(pairs, EachAlone(pairs, model), model);
   size_t camera = 0;
   for (const PairVerdict::Camera& side : {judged.verdict.left, judged.verdict.right}) {
@@ -192,7 +192,7 @@ TEST(PairCameras, HaveTheMapsOfTheSolutionsJudge) {
 TEST(PairCameras, SayNothingOfProjectionsInImagesOfUnknownSize) {
   const int model = Calibrator::MODEL_CLASSIC;
   const PairVerdict verdict =
-      JudgedHeld(Seen(RigFor(model), 8, 1, 0.1), unit::TruePairIntrinsics(RigFor(model)), model, {}, {})
+      JudgedHeld(Observed(RigFor(model), 8, 1, 0.1), unit::TruePairIntrinsics(RigFor(model)), model, {}, {})
           .verdict;
   for (const PairVerdict::Camera& camera : {verdict.left, verdict.right}) {
     EXPECT_TRUE(camera.deviationMap.empty());

@@ -15,10 +15,10 @@ namespace {
 
 using Grade = PairVerdict::Grade;
 using unit::EachAlone;
+using unit::Observed;
 using unit::Paper;
 using unit::Refined;
 using unit::RigFor;
-using unit::Seen;
 using unit::WithHeldLenses;
 
 PairVerdict JudgedHeld(const unit::PointPairs& pairs, const StereoIntrinsics& pairIntrinsics, int model) {
@@ -47,7 +47,7 @@ TEST(PairVerdict, IsGoodForManyTiltedViews) {
     const world::Pair rig = RigFor(model);
     for (const std::uint64_t seed : {1U, 2U, 3U, 4U, 5U}) {
       for (const int count : {12, 20}) {
-        const auto pairs = Seen(rig, count, seed, 0.1);
+        const auto pairs = Observed(rig, count, seed, 0.1);
         for (const PairVerdict& verdict :
              {JudgedHeld(pairs, unit::TruePairIntrinsics(rig), model),
               JudgedHeld(pairs, EachAlone(pairs, model), model), JudgedRefined(pairs, model)}) {
@@ -62,7 +62,7 @@ TEST(PairVerdict, IsGoodForManyTiltedViews) {
 
 TEST(PairVerdict, OfTheFullModelTellsThatTheRefinedIntrinsicsBelongToTheResult) {
   const world::Pair rig = RigFor(Calibrator::MODEL_FULL);
-  const auto pairs = Seen(rig, 20, 1, 0.1);
+  const auto pairs = Observed(rig, 20, 1, 0.1);
   const PairVerdict verdict = JudgedRefined(pairs, Calibrator::MODEL_FULL);
   EXPECT_EQ(verdict.grade, Grade::WithCare) << verdict.ToJson();
   EXPECT_TRUE(Says(verdict, "together with the refined lenses only"));
@@ -72,7 +72,7 @@ TEST(PairVerdict, OfTheFullModelTellsThatTheRefinedIntrinsicsBelongToTheResult) 
 
 TEST(PairVerdict, OfFewViewsIsNotGood) {
   for (const int model : MODELS) {
-    const auto pairs = Seen(RigFor(model), 5, 1, 0.1);
+    const auto pairs = Observed(RigFor(model), 5, 1, 0.1);
     EXPECT_TRUE(Says(JudgedHeld(pairs, EachAlone(pairs, model), model), "few views"));
     EXPECT_NE(JudgedRefined(pairs, model).grade, Grade::Good);
   }
@@ -86,7 +86,7 @@ unit::PointPairs FrontalPairs(const world::Pair& rig) {
     pose.tvec = cv::Vec3d(-0.08 + 0.03 * (k % 3), -0.1 + 0.02 * (k % 4), 0.6 + 0.03 * k);
     poses.push_back(pose);
   }
-  return unit::SeenByBoth(rig, poses, 1, 0.1);
+  return unit::ObservedByBoth(rig, poses, 1, 0.1);
 }
 
 TEST(PairVerdict, IsWorthlessForIntrinsicsOfFrontalViews) {
@@ -113,9 +113,9 @@ TEST(PairVerdict, OfFrontalViewsWithGoodIntrinsicsRestsOnThese) {
 /// The sheet is this far aside when the right camera takes its picture of these views.
 unit::PointPairs MovedPairs(const world::Pair& rig, const std::vector<size_t>& views, double aside) {
   auto poses = world::SampleRigViews(rig, 12, 2, Paper());
-  unit::PointPairs pairs = unit::SeenByBoth(rig, poses, 1, 0.1);
+  unit::PointPairs pairs = unit::ObservedByBoth(rig, poses, 1, 0.1);
   for (const size_t view : views) poses[view].tvec[0] += aside * (view % 2 == 0 ? 1.0 : -1.0);
-  const unit::PointPairs later = unit::SeenByBoth(rig, poses, 1, 0.1);
+  const unit::PointPairs later = unit::ObservedByBoth(rig, poses, 1, 0.1);
   for (const size_t view : views) pairs.right[view] = later.right[view];
   return pairs;
 }
@@ -177,7 +177,7 @@ void ExpectTrueDeviations(int model, bool refined, int runs) {
   PairVerdict::Deviations predicted;
   const double share = 1.0 / runs;
   for (int run = 0; run < runs; ++run) {
-    const auto pairs = unit::SeenByBoth(rig, poses, static_cast<std::uint64_t>(1000 + run), 0.1);
+    const auto pairs = unit::ObservedByBoth(rig, poses, static_cast<std::uint64_t>(1000 + run), 0.1);
     const StereoIntrinsics start = unit::TruePairIntrinsics(rig);
     const ExtrinsicsResult result =
         refined ? Refined(pairs, start, model) : WithHeldLenses(pairs, start, model);
@@ -221,7 +221,7 @@ TEST(PairVerdict, PredictsTheErrorsOfRepeatedComputationsWithRefinedIntrinsics) 
 
 TEST(PairVerdict, IsTheWorseOfItsOwnAndThatOfItsCameras) {
   const world::Pair rig = RigFor(Calibrator::MODEL_CLASSIC);
-  const auto pairs = Seen(rig, 12, 1, 0.1);
+  const auto pairs = Observed(rig, 12, 1, 0.1);
   PairVerdict verdict = JudgedHeld(pairs, unit::TruePairIntrinsics(rig), Calibrator::MODEL_CLASSIC);
   CalibrationVerdict camera;
   camera.grade = Grade::Good;
@@ -249,7 +249,7 @@ TEST(PairVerdict, IsNoneWithoutAResult) {
 TEST(PairVerdict, KnowsNothingOfAPairThatCannotSeeTheSheet) {
   const auto model = Calibrator::MODEL_CLASSIC;
   const world::Pair rig = RigFor(model);
-  const auto pairs = Seen(rig, 12, 1, 0.1);
+  const auto pairs = Observed(rig, 12, 1, 0.1);
   const PairVerdict verdict =
       JudgePair({unit::Targets(pairs.left.size()), pairs.left, pairs.right, model, false, 0.0},
                 unit::TruePairIntrinsics(rig), cv::Mat(rig.R), cv::Mat(cv::Vec3d(0.0, 0.0, -10.0)));

@@ -17,10 +17,10 @@ world::Pair WidePair() {
 }
 
 /// The same noise on images of centres and on centroids.
-unit::PointPairs SeenBy(const world::Pair& rig, const std::vector<world::Pose>& poses, bool discs) {
-  if (!discs) return unit::SeenByBoth(rig, poses, 1, NOISE);
-  const unit::PointPairs without = unit::SeenByBoth(rig, poses, 1, 0.0);
-  unit::PointPairs pairs = unit::SeenByBoth(rig, poses, 1, NOISE);
+unit::PointPairs ObservedBy(const world::Pair& rig, const std::vector<world::Pose>& poses, bool discs) {
+  if (!discs) return unit::ObservedByBoth(rig, poses, 1, NOISE);
+  const unit::PointPairs without = unit::ObservedByBoth(rig, poses, 1, 0.0);
+  unit::PointPairs pairs = unit::ObservedByBoth(rig, poses, 1, NOISE);
   const auto grid = MakeObjectTemplate(unit::GRID, unit::UNIT);
   for (size_t i = 0; i < poses.size(); ++i) {
     const world::Pose right = world::RightPose(rig, poses[i]);
@@ -46,8 +46,8 @@ PairVerdict Judged(const world::Pair& rig, const unit::PointPairs& pairs, double
 TEST(PairVerdictWithDiscs, IsThatOfTheImagesOfTheirCentres) {
   const world::Pair rig = WidePair();
   const auto poses = world::SampleRigViews(rig, 12, 3, unit::Paper());
-  const PairVerdict centres = Judged(rig, SeenBy(rig, poses, false), 0.0);
-  const PairVerdict discs = Judged(rig, SeenBy(rig, poses, true), unit::DISC);
+  const PairVerdict centres = Judged(rig, ObservedBy(rig, poses, false), 0.0);
+  const PairVerdict discs = Judged(rig, ObservedBy(rig, poses, true), unit::DISC);
   const auto expectNear = [](const PairVerdict::Deviations& own, const PairVerdict::Deviations& expected) {
     EXPECT_NEAR(own.rotation, expected.rotation, 0.05 * expected.rotation);
     EXPECT_NEAR(own.baseline, expected.baseline, 0.05 * expected.baseline);
@@ -63,7 +63,7 @@ TEST(PairVerdictWithDiscs, IsThatOfTheImagesOfTheirCentres) {
 TEST(PairVerdictWithDiscs, TakesWhatIsNotCorrectedForMoreNoise) {
   const world::Pair rig = WidePair();
   const auto poses = world::SampleRigViews(rig, 12, 3, unit::Paper());
-  const unit::PointPairs pairs = SeenBy(rig, poses, true);
+  const unit::PointPairs pairs = ObservedBy(rig, poses, true);
   const PairVerdict corrected = Judged(rig, pairs, unit::DISC);
   const PairVerdict raw = Judged(rig, pairs, 0.0);
   EXPECT_GT(raw.formal.rotation, 2.0 * corrected.formal.rotation);

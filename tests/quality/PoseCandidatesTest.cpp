@@ -1,4 +1,4 @@
-/// Poses in which the target could be seen next: they can be held and found, and are all over the image.
+/// Poses in which the target could be shown next: they can be held and found, and are all over the image.
 #include "quality/PoseCandidates.h"
 
 #include <gtest/gtest.h>
@@ -156,8 +156,8 @@ TEST(PoseCandidates, AreNotMirroredByALensThatFolds) {
   ASSERT_GE(candidates.size(), 20U);
   for (const Candidate& candidate : candidates) {
     for (const cv::Point3d& point : CentredGrid()) {
-      const cv::Vec3d seen = candidate.pose * point;
-      EXPECT_TRUE(truth.Images({seen[0] / seen[2], seen[1] / seen[2]}));
+      const cv::Vec3d inCamera = candidate.pose * point;
+      EXPECT_TRUE(truth.Images({inCamera[0] / inCamera[2], inCamera[1] / inCamera[2]}));
     }
   }
 }

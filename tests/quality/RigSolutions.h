@@ -59,8 +59,9 @@ inline Rig TrueRig(const world::Rig& rig, int parameters) {
 
 /// What the cameras see of a sheet of that shape in these poses of the printed one, beside the flat sheet
 /// that it is taken for. It starts from the truth.
-inline CalibrationProblem SeenByRig(const world::Rig& rig, int parameters, const Shape& shape,
-                                    const std::vector<world::Pose>& poses, std::uint64_t seed, double noise) {
+inline CalibrationProblem ObservedByRig(const world::Rig& rig, int parameters, const Shape& shape,
+                                        const std::vector<world::Pose>& poses, std::uint64_t seed,
+                                        double noise) {
   const Shape flat = FlatShape();
   const cv::Point3d middle = cv::Point3d(MakeObjectTemplate(GRID, UNIT).front()) - flat.front();
   Shape printed = shape;
@@ -72,11 +73,12 @@ inline CalibrationProblem SeenByRig(const world::Rig& rig, int parameters, const
     view.rigFromTarget.R = RotationOf(pose.rvec);
     view.rigFromTarget.t = pose.tvec + view.rigFromTarget.R * cv::Vec3d(middle.x, middle.y, middle.z);
     for (const world::RigCamera& camera : rig.cameras) {
-      Observation seen{flat, world::ProjectPoints(camera.lens, printed, world::PoseFor(camera, pose)), {}};
-      for (cv::Point2d& pixel : seen.image) {
+      Observation observed{
+          flat, world::ProjectPoints(camera.lens, printed, world::PoseFor(camera, pose)), {}};
+      for (cv::Point2d& pixel : observed.image) {
         pixel += cv::Point2d(random.gaussian(noise), random.gaussian(noise));
       }
-      view.observations.push_back(std::move(seen));
+      view.observations.push_back(std::move(observed));
     }
     problem.views.push_back(std::move(view));
   }
@@ -84,9 +86,9 @@ inline CalibrationProblem SeenByRig(const world::Rig& rig, int parameters, const
 }
 
 /// The same of random poses.
-inline CalibrationProblem SeenByRig(const world::Rig& rig, int parameters, const Shape& shape, int count,
-                                    std::uint64_t seed, double noise) {
-  return SeenByRig(rig, parameters, shape, world::SampleRigViews(rig, count, seed, Paper()), seed, noise);
+inline CalibrationProblem ObservedByRig(const world::Rig& rig, int parameters, const Shape& shape, int count,
+                                        std::uint64_t seed, double noise) {
+  return ObservedByRig(rig, parameters, shape, world::SampleRigViews(rig, count, seed, Paper()), seed, noise);
 }
 
 /// Every camera by as many parameters as the first has.

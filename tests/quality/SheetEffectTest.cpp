@@ -13,7 +13,7 @@ using namespace velmora;
 
 SheetEffect EffectOf(const unit::Shape& shape, double noise = 0.05) {
   return EffectOfSheet(
-      unit::Solved(unit::SeenByRig(unit::ClassicPair(), CLASSIC_PARAMETERS, shape, 12, 3, noise)));
+      unit::Solved(unit::ObservedByRig(unit::ClassicPair(), CLASSIC_PARAMETERS, shape, 12, 3, noise)));
 }
 
 TEST(SheetEffect, IsNoneOfAFlatSheet) {

@@ -25,7 +25,7 @@ world::Rig Alone(const world::Camera& camera) {
 }
 
 Solution SolutionOf(const world::Rig& rig, const unit::Shape& shape, std::uint64_t seed, double noise) {
-  return unit::Solved(unit::SeenByRig(rig, CLASSIC_PARAMETERS, shape, 15, seed, noise));
+  return unit::Solved(unit::ObservedByRig(rig, CLASSIC_PARAMETERS, shape, 15, seed, noise));
 }
 
 std::vector<cv::Point2f> AreaOf(const Solution& solution, size_t camera) {
@@ -127,7 +127,7 @@ TEST(SystematicErrors, OfEachCameraOfARigAreThoseOfItsOwnProjections) {
 }
 
 TEST(SystematicErrors, OfKnownIntrinsicsAreNotOfTheSheet) {
-  auto problem = unit::SeenByRig(unit::ClassicPair(), CLASSIC_PARAMETERS, BENT, 10, 7, 0.01);
+  auto problem = unit::ObservedByRig(unit::ClassicPair(), CLASSIC_PARAMETERS, BENT, 10, 7, 0.01);
   problem.estimated.intrinsics = false;
   const Solution solution = unit::Solved(problem);
   ASSERT_TRUE(OmittedBend(solution).significant);

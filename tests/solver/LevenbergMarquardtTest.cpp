@@ -177,11 +177,11 @@ TEST(LevenbergMarquardt, FindsTheMinimumThatOpenCVFinds) {
   std::vector<std::vector<cv::Point3f>> object;
   std::vector<std::vector<cv::Point2f>> image;
   for (TargetView& view : problem.views) {
-    Observation& seen = view.observations[0];
-    object.emplace_back(seen.object.begin(), seen.object.end());
-    image.emplace_back(seen.image.begin(), seen.image.end());
-    seen.object.assign(object.back().begin(), object.back().end());
-    seen.image.assign(image.back().begin(), image.back().end());
+    Observation& observed = view.observations[0];
+    object.emplace_back(observed.object.begin(), observed.object.end());
+    image.emplace_back(observed.image.begin(), observed.image.end());
+    observed.object.assign(object.back().begin(), object.back().end());
+    observed.image.assign(image.back().begin(), image.back().end());
   }
   cv::Mat K;
   cv::Mat D;

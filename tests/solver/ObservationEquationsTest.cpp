@@ -37,13 +37,13 @@ Observation SomeView(int points, bool weighted) {
 }
 
 /// One row of the Jacobian with its residual.
-std::vector<double> RowOf(const solver::Coordinate& coordinate, const cv::Vec3d& turned, double seen,
+std::vector<double> RowOf(const solver::Coordinate& coordinate, const cv::Vec3d& turned, double observed,
                           int free) {
   std::vector<double> row(coordinate.byIntrinsics.begin(), coordinate.byIntrinsics.begin() + free);
   const cv::Vec3d byRotation = turned.cross(coordinate.byPoint);
   row.insert(row.end(), byRotation.val, byRotation.val + 3);
   row.insert(row.end(), coordinate.byPoint.val, coordinate.byPoint.val + 3);
-  row.push_back(coordinate.value - seen);
+  row.push_back(coordinate.value - observed);
   return row;
 }
 

@@ -134,8 +134,8 @@ TEST(Residuals, AreDistancesInEachCameraAndInfiniteBehindIt) {
   rig.cameras.resize(2);
   for (Camera& camera : rig.cameras) camera.intrinsics.values = {100.0, 100.0, 50.0, 60.0};
   rig.cameras[1].cameraFromRig.t = {0.0, 0.0, -3.0};
-  const Observation seen{{{1.0, 0.0, 0.0}}, {{103.0, 64.0}}, {}};
-  const TargetView view{{cv::Matx33d::eye(), {0.0, 0.0, 2.0}}, {seen, seen}};
+  const Observation observed{{{1.0, 0.0, 0.0}}, {{103.0, 64.0}}, {}};
+  const TargetView view{{cv::Matx33d::eye(), {0.0, 0.0, 2.0}}, {observed, observed}};
   const solver::Residuals residuals = solver::ResidualsOf({view, {view.rigFromTarget, {{}, {}}}}, rig);
   EXPECT_NEAR(residuals[0][0][0], 5.0, 1e-12);
   EXPECT_EQ(residuals[0][1][0], std::numeric_limits<double>::infinity());

@@ -36,8 +36,8 @@ inline world::Pair RigFor(int model) {
 }
 
 /// What both cameras see of these poses before the left one, with noise.
-inline PointPairs SeenByBoth(const world::Pair& rig, const std::vector<world::Pose>& poses,
-                             std::uint64_t seed, double noise) {
+inline PointPairs ObservedByBoth(const world::Pair& rig, const std::vector<world::Pose>& poses,
+                                 std::uint64_t seed, double noise) {
   cv::RNG random(seed + 1);
   const auto noisy = [&](std::vector<cv::Point2d> centres) {
     for (cv::Point2d& centre : centres) {
@@ -54,8 +54,8 @@ inline PointPairs SeenByBoth(const world::Pair& rig, const std::vector<world::Po
 }
 
 /// The same of random poses.
-inline PointPairs Seen(const world::Pair& rig, int count, std::uint64_t seed, double noise) {
-  return SeenByBoth(rig, world::SampleRigViews(rig, count, seed, Paper()), seed, noise);
+inline PointPairs Observed(const world::Pair& rig, int count, std::uint64_t seed, double noise) {
+  return ObservedByBoth(rig, world::SampleRigViews(rig, count, seed, Paper()), seed, noise);
 }
 
 /// As a monocular result of the larger models has them.

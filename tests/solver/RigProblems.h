@@ -56,8 +56,9 @@ inline std::vector<TargetView> TrueViews(const world::Rig& rig, const std::vecto
   for (const world::ShotPoints& points : world::PointsOf(rig, shots, PrintedGrid(), noise, seed)) {
     TargetView view;
     view.rigFromTarget = TruePose(shots[views.size()]);
-    for (const auto& seen : points) {
-      view.observations.push_back(seen.empty() ? Observation{} : Observation{CentredGrid(), seen, {}});
+    for (const auto& observed : points) {
+      view.observations.push_back(observed.empty() ? Observation{}
+                                                   : Observation{CentredGrid(), observed, {}});
     }
     views.push_back(std::move(view));
   }

@@ -26,10 +26,10 @@ namespace {
 const int MODELS[] = {Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL, Calibrator::MODEL_FULL};
 
 using unit::EachAlone;
+using unit::Observed;
 using unit::Paper;
 using unit::Refined;
 using unit::RigFor;
-using unit::Seen;
 using unit::Targets;
 using unit::WithHeldLenses;
 
@@ -62,7 +62,7 @@ double FarthestProjection(const Intrinsics& estimate, const Intrinsics& truth,
 TEST(SparsePairRefinement, IsTheTruthWithoutNoise) {
   for (const int model : MODELS) {
     const world::Pair rig = RigFor(model);
-    const unit::PointPairs pairs = Seen(rig, 12, 3, 0.0);
+    const unit::PointPairs pairs = Observed(rig, 12, 3, 0.0);
     const StereoIntrinsics truth = unit::TruePairIntrinsics(rig);
     CalibrationProblem start = solver::StartOf(solver::KnownPair(truth, model), Unrounded(pairs));
     const Intrinsics left = start.rig.cameras[0].intrinsics;
@@ -124,7 +124,7 @@ TEST(SparsePairRefinement, IsNotFurtherFromTheTruthThanWithTheIntrinsicsOfEachCa
     Errors fixed;
     Errors refined;
     for (std::uint64_t seed = 1; seed <= 25; ++seed) {
-      const unit::PointPairs pairs = Seen(rig, 12, seed, 0.1);
+      const unit::PointPairs pairs = Observed(rig, 12, seed, 0.1);
       const StereoIntrinsics alone = EachAlone(pairs, model);
       fixed.Add(rig, pairs, alone, WithHeldLenses(pairs, alone, model));
       const ExtrinsicsResult together = Refined(pairs, alone, model);
@@ -147,7 +147,7 @@ TEST(SparsePairRefinement, IsNotFurtherFromTheTruthThanWithTheIntrinsicsOfEachCa
 }
 
 TEST(SparsePairRefinement, IsTheMinimumThatOpenCVFindsWithTheClassicModel) {
-  const unit::PointPairs pairs = Seen(RigFor(Calibrator::MODEL_CLASSIC), 8, 1, 0.1);
+  const unit::PointPairs pairs = Observed(RigFor(Calibrator::MODEL_CLASSIC), 8, 1, 0.1);
   const StereoIntrinsics start = EachAlone(pairs, Calibrator::MODEL_CLASSIC);
   const ExtrinsicsResult own = Refined(pairs, start, Calibrator::MODEL_CLASSIC);
   StereoIntrinsics other{start.K.clone(), start.D.colRange(0, 5).clone(), start.KRight.clone(),
@@ -167,7 +167,7 @@ TEST(SparsePairRefinement, IsTheMinimumThatOpenCVFindsWithTheClassicModel) {
 }
 
 TEST(SparsePairRefinement, IsTheSameForAnyNumberOfThreads) {
-  const unit::PointPairs pairs = Seen(RigFor(Calibrator::MODEL_RATIONAL), 12, 1, 0.1);
+  const unit::PointPairs pairs = Observed(RigFor(Calibrator::MODEL_RATIONAL), 12, 1, 0.1);
   const StereoIntrinsics start = EachAlone(pairs, Calibrator::MODEL_RATIONAL);
   const ExtrinsicsResult single = Refined(pairs, start, Calibrator::MODEL_RATIONAL);
   for (const int threads : {2, 5}) {
@@ -183,7 +183,7 @@ TEST(SparsePairRefinement, IsTheSameForAnyNumberOfThreads) {
 }
 
 TEST(SparsePairRefinement, HasTheEpipolarMatricesOfTheRefinedIntrinsics) {
-  const unit::PointPairs pairs = Seen(RigFor(Calibrator::MODEL_CLASSIC), 8, 1, 0.1);
+  const unit::PointPairs pairs = Observed(RigFor(Calibrator::MODEL_CLASSIC), 8, 1, 0.1);
   const StereoIntrinsics start = EachAlone(pairs, Calibrator::MODEL_CLASSIC);
   const ExtrinsicsResult result = Refined(pairs, start, Calibrator::MODEL_CLASSIC);
   ASSERT_NE(result.refined.K.at<double>(0, 0), start.K.at<double>(0, 0));
@@ -193,7 +193,7 @@ TEST(SparsePairRefinement, HasTheEpipolarMatricesOfTheRefinedIntrinsics) {
 }
 
 TEST(SparsePairRefinement, HasSmallerErrorsThanWithHeldIntrinsics) {
-  const unit::PointPairs pairs = Seen(RigFor(Calibrator::MODEL_FULL), 8, 1, 0.1);
+  const unit::PointPairs pairs = Observed(RigFor(Calibrator::MODEL_FULL), 8, 1, 0.1);
   for (const int model : MODELS) {
     const unit::ScopedLogLevel quiet(1);
     const StereoIntrinsics start = EachAlone(pairs, model);
@@ -204,7 +204,7 @@ TEST(SparsePairRefinement, HasSmallerErrorsThanWithHeldIntrinsics) {
 TEST(SparsePairRefinement, HoldsCoefficientsThatTheRationalModelHasNotAndDropsThoseThatTheClassicOneHasNot) {
   const unit::ScopedLogLevel quiet(1);
   const world::Pair rig = RigFor(Calibrator::MODEL_FULL);
-  const unit::PointPairs pairs = Seen(rig, 8, 1, 0.1);
+  const unit::PointPairs pairs = Observed(rig, 8, 1, 0.1);
   const StereoIntrinsics start = unit::TruePairIntrinsics(rig);
   const cv::Mat rational = Refined(pairs, start, Calibrator::MODEL_RATIONAL).refined.D;
   EXPECT_EQ(rational.size(), cv::Size(14, 1));
@@ -218,7 +218,7 @@ TEST(SparsePairRefinement, HoldsCoefficientsThatTheRationalModelHasNotAndDropsTh
 TEST(SparsePairRefinement, LeavesTheGivenIntrinsicsAlone) {
   const world::Pair rig = RigFor(Calibrator::MODEL_RATIONAL);
   const StereoIntrinsics start = unit::TruePairIntrinsics(rig);
-  Refined(Seen(rig, 6, 1, 0.1), start, Calibrator::MODEL_RATIONAL);
+  Refined(Observed(rig, 6, 1, 0.1), start, Calibrator::MODEL_RATIONAL);
   const StereoIntrinsics truth = unit::TruePairIntrinsics(rig);
   EXPECT_SAME_MAT(start.K, truth.K);
   EXPECT_SAME_MAT(start.D, truth.D);
@@ -229,7 +229,7 @@ TEST(SparsePairRefinement, LeavesTheGivenIntrinsicsAlone) {
 /// The pictures of discs, seen as the centroids of their rims' projections.
 unit::PointPairs Centroids(const world::Pair& rig, int count, double radius) {
   unit::PointPairs pairs;
-  const auto seen = [&](const world::Camera& camera, const world::Pose& pose) {
+  const auto observed = [&](const world::Camera& camera, const world::Pose& pose) {
     std::vector<cv::Point2d> centres;
     for (const cv::Point3d& point : Paper().GridPoints()) {
       std::vector<cv::Point3d> rim;
@@ -251,8 +251,8 @@ unit::PointPairs Centroids(const world::Pair& rig, int count, double radius) {
     return centres;
   };
   for (const world::Pose& pose : world::SampleRigViews(rig, count, 4, Paper())) {
-    pairs.left.push_back(seen(rig.left, pose));
-    pairs.right.push_back(seen(rig.right, world::RightPose(rig, pose)));
+    pairs.left.push_back(observed(rig.left, pose));
+    pairs.right.push_back(observed(rig.right, world::RightPose(rig, pose)));
   }
   return pairs;
 }
@@ -287,7 +287,7 @@ TEST(SparsePairRefinement, IsCorrectedForTheDiscsCentroidsWithHeldIntrinsicsToo)
 
 TEST(SparsePairRefinement, RaisesForBadInput) {
   const world::Pair rig = RigFor(Calibrator::MODEL_RATIONAL);
-  const unit::PointPairs good = Seen(rig, 6, 1, 0.1);
+  const unit::PointPairs good = Observed(rig, 6, 1, 0.1);
   const StereoIntrinsics pairIntrinsics = unit::TruePairIntrinsics(rig);
   const auto refine = [&](const unit::PointPairs& pairs, const StereoIntrinsics& start) {
     Refined(pairs, start, Calibrator::MODEL_RATIONAL);
@@ -312,7 +312,7 @@ TEST(SparsePairRefinement, RaisesForBadInput) {
 
 TEST(SparsePairRefinement, StartsFromIntrinsicsOfFewCoefficientsToo) {
   const world::Pair rig = RigFor(Calibrator::MODEL_RATIONAL);
-  const unit::PointPairs pairs = Seen(rig, 8, 1, 0.1);
+  const unit::PointPairs pairs = Observed(rig, 8, 1, 0.1);
   StereoIntrinsics few = unit::TruePairIntrinsics(rig);
   const ExtrinsicsResult expected = Refined(pairs, few, Calibrator::MODEL_RATIONAL);
   few.D = cv::Mat::zeros(1, 4, CV_64F);
@@ -392,7 +392,7 @@ TEST(SparsePairRefinement, KeepsAnEarlierResultWithItsIntrinsicsWhenACalibratorI
 
 TEST(SparsePairRefinement, RaisesWhenTheCallerGivesUp) {
   const world::Pair rig = RigFor(Calibrator::MODEL_RATIONAL);
-  const unit::PointPairs pairs = Seen(rig, 6, 1, 0.1);
+  const unit::PointPairs pairs = Observed(rig, 6, 1, 0.1);
   int all = 0;
   SparsePairOptions options;
   options.progress = [&](int, double) { return ++all > 0; };
@@ -408,7 +408,7 @@ TEST(SparsePairRefinement, RaisesWhenTheCallerGivesUp) {
 
 TEST(SparsePairRefinement, LeavesOutAWholeViewAndNumbersTheOthersAsTheyWereGiven) {
   const world::Pair rig = RigFor(Calibrator::MODEL_CLASSIC);
-  unit::PointPairs pairs = Seen(rig, 14, 1, 0.1);
+  unit::PointPairs pairs = Observed(rig, 14, 1, 0.1);
   std::reverse(pairs.left[2].begin(), pairs.left[2].end());
   for (cv::Point2d& point : pairs.right[2]) point = {point.y, 0.5 * point.x};
   pairs.right[9][5] += cv::Point2d(12.0, 7.0);

@@ -61,7 +61,7 @@ class RigComputation {
   RigResult Run() {
     std::vector<TargetView> views = target_.views;
     Rig known = KnownRig(views);  // takes images from the views that are left below
-    CalibrationProblem start = solver::StartOf(std::move(known), Seen(views));
+    CalibrationProblem start = solver::StartOf(std::move(known), ObservedViews(views));
     start.estimated.intrinsics = options_.intrinsics.empty();
     Solution solution = solver::CalibrateRig(start, options_.robust, bundle_);
     RequireResult(solution, "The views agree with no rig.");
@@ -74,9 +74,9 @@ class RigComputation {
   std::vector<size_t> ViewsWithTarget() const {
     std::vector<size_t> views;
     for (size_t i = 0; i < records_.objectPoints.size(); ++i) {
-      const bool seen = std::any_of(records_.imagePoints.begin(), records_.imagePoints.end(),
-                                    [i](const auto& camera) { return !camera[i].empty(); });
-      if (seen) views.push_back(i);
+      const bool observed = std::any_of(records_.imagePoints.begin(), records_.imagePoints.end(),
+                                        [i](const auto& camera) { return !camera[i].empty(); });
+      if (observed) views.push_back(i);
     }
     Require(!views.empty(), "No camera saw the target.");
     return views;
@@ -120,37 +120,37 @@ class RigComputation {
 
   Intrinsics IntrinsicsFrom(size_t camera, std::vector<TargetView>& views) {
     const std::string name = "camera " + std::to_string(camera);
-    std::vector<size_t> seen;
+    std::vector<size_t> observed;
     std::vector<TargetView> own;
     for (size_t i = 0; i < views.size(); ++i) {
       if (views[i].observations[camera].IsEmpty()) continue;
-      seen.push_back(i);
+      observed.push_back(i);
       own.push_back({{}, {views[i].observations[camera]}});
     }
-    Require(seen.size() >= FEWEST_VIEWS,
-            "C" + name.substr(1) + " saw the target in " + std::to_string(seen.size()) +
+    Require(observed.size() >= FEWEST_VIEWS,
+            "C" + name.substr(1) + " saw the target in " + std::to_string(observed.size()) +
                 " views: three are the fewest that its intrinsics can be computed from.");
     const Solution alone =
         solver::CalibrateCamera(own, records_.imageSizes[camera], options_.robust, bundle_);
     RequireResult(alone, "The views of " + name + " agree with no camera.");
     for (const Rejected& rejected : alone.rejected) {
       if (rejected.point != Rejected::WHOLE_VIEW) continue;
-      views[seen[rejected.view]].observations[camera] = {};
+      views[observed[rejected.view]].observations[camera] = {};
       early_.push_back(
-          {seen[rejected.view], Rejected::WHOLE_VIEW, rejected.residual, rejected.reason, camera});
+          {observed[rejected.view], Rejected::WHOLE_VIEW, rejected.residual, rejected.reason, camera});
     }
     return alone.rig.cameras.front().intrinsics;
   }
 
-  /// Those of the views that are left to be seen by a camera.
-  std::vector<TargetView> Seen(const std::vector<TargetView>& views) {
-    std::vector<TargetView> seen;
+  /// The views that at least one camera still observes.
+  std::vector<TargetView> ObservedViews(const std::vector<TargetView>& views) {
+    std::vector<TargetView> observed;
     for (size_t i = 0; i < views.size(); ++i) {
       if (CountOf(views[i].observations) == 0.0) continue;
-      seen.push_back(views[i]);
+      observed.push_back(views[i]);
       given_.push_back(i);
     }
-    return seen;
+    return observed;
   }
 
   /// From the numbers of the views that were computed from to those of the records.

@@ -32,7 +32,7 @@ struct SnapshotList {
   size_t Count() const { return target.size(); }
 };
 
-/// Collects what one camera, or several at the same moments, saw of the target, and knows where the
+/// Collects what one camera, or several at the same moments, observed of the target, and knows where the
 /// collection stands: the status (STATUS_ codes), the result of the computation that was published last, and
 /// how the last computation ended. All of that changes under one lock, and lists and results are replaced
 /// whole: who holds one may read it as long as he likes. All functions are thread-safe and copy at most.

@@ -95,13 +95,13 @@ std::vector<Candidate> Merge(const std::vector<Region>& regions, const cv::Size&
   std::vector<int> spotOf;
   spotOf.reserve(regions.size());
   for (const Region& region : regions) spotOf.push_back(map.Add(region));
-  std::vector<int> seen(map.Spots().size(), 0);
+  std::vector<int> timesFound(map.Spots().size(), 0);
   std::vector<Candidate> merged;
   for (size_t k = 0; k < regions.size(); ++k) {
     const size_t spot = static_cast<size_t>(spotOf[k]);
     const int levels = map.Spots()[spot].levels;
     const bool enough = levels >= 2 || regions[k].area < SMALL_AREA;
-    if (!enough || seen[spot]++ != levels / 2) continue;
+    if (!enough || timesFound[spot]++ != levels / 2) continue;
     merged.push_back({regions[k].centroid, std::sqrt(regions[k].area / CV_PI), levels});
   }
   return merged;

@@ -15,7 +15,7 @@ struct Span {
   int row, from, to;
 };
 
-/// An elliptic window around a disc, seen as a circle in steps.
+/// An elliptic window around a disc, taken as a circle in steps.
 struct DiscWindow {
   cv::Point2d centre;
   cv::Matx22d toSteps;  ///< from pixels

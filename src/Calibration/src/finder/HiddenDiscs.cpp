@@ -66,7 +66,7 @@ class OnceFollowed {
     followed_ = true;
     expected.contrast = ContrastAround(plane, grey, all, k);
     rim_.centre = all.centres[k];
-    rim_.seen = 1.0;
+    rim_.visible = 1.0;
     if (expected.contrast > 0.0) rim_ = FollowRim(grey, expected);
     return rim_;
   }
@@ -84,13 +84,13 @@ Look LookAt(const SheetPlane& plane, const cv::Mat& grey, const PlacedDiscs& all
   const double off = cv::norm(expected.centre - all.centres[k]);
   if (off < CLOSE) return Look::InPlace;
   const Rim& rim = followed.Of(plane, grey, all, k, expected);
-  if (rim.seen < WHOLE) {
+  if (rim.visible < WHOLE) {
     // Prints with ragged discs have ragged rims, and all their discs are off a little.
-    const bool part = rim.seen < HALF && off > 0.1 * all.radii[k] + CLOSE;
+    const bool part = rim.visible < HALF && off > 0.1 * all.radii[k] + CLOSE;
     if (!part && off <= STRAY * usual) return Look::InPlace;
     // Where a lens bends much the others are wrong about the corners.
     if (strays > FAR_OFF * usual) return Look::Hidden;
-    return RimAsFound(plane, grey, all, k).seen >= WHOLE_ALONE ? Look::InPlace : Look::Hidden;
+    return RimAsFound(plane, grey, all, k).visible >= WHOLE_ALONE ? Look::InPlace : Look::Hidden;
   }
   // A rim is known less well than the middle of the darkness, most of all at corners, where the others are
   // wrong about size and shape: only what is off for certain is put where its rim is.

@@ -1,4 +1,4 @@
-/// The rim of a disc: how much of it can be seen, and the middle that it speaks for.
+/// The rim of a disc: how much of it is visible, and the middle that it speaks for.
 #include "finder/Rim.h"
 
 #include <Eigen/Cholesky>
@@ -51,10 +51,10 @@ class RimFollower {
       if (Adapt(scale) < SETTLED * pixel_ && round >= 2) break;
     }
     FindEdges();
-    const auto seen = std::count_if(edges_.begin(), edges_.end(), [&](const Edge& edge) {
+    const auto visible = std::count_if(edges_.begin(), edges_.end(), [&](const Edge& edge) {
       return edge.step > LEAST_STEP * disc_.contrast && std::abs(edge.off) < Tolerance();
     });
-    return {static_cast<double>(seen) / static_cast<double>(DIRECTIONS), disc_.centre};
+    return {static_cast<double>(visible) / static_cast<double>(DIRECTIONS), disc_.centre};
   }
 
  private:

@@ -1,11 +1,11 @@
-/// The rim of a disc: how much of it can be seen, and the middle that it speaks for.
+/// The rim of a disc: how much of it is visible, and the middle that it speaks for.
 #pragma once
 
 #include <opencv2/core.hpp>
 
 namespace velmora::finder {
 
-/// A disc as it should be seen: an ellipse in the picture, a circle in steps.
+/// A disc as it should appear: an ellipse in the picture, a circle in steps.
 struct ExpectedDisc {
   cv::Point2d centre;
   cv::Matx22d slope;      ///< pixels per step
@@ -14,8 +14,8 @@ struct ExpectedDisc {
 };
 
 struct Rim {
-  double seen = 0.0;   ///< the share of the directions in which the rim is where it should be, 0 to 1
-  cv::Point2d centre;  ///< of the circle that most of the rim lies on, pixels
+  double visible = 0.0;  ///< the share of the directions in which the rim is where it should be, 0 to 1
+  cv::Point2d centre;    ///< of the circle that most of the rim lies on, pixels
 };
 
 /// Follows the rim around a disc and puts the circle where most of the rim is: what is covered, a shadow's

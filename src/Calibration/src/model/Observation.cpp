@@ -1,4 +1,4 @@
-/// What a camera saw of the target.
+/// What a camera observed of the target.
 #include "model/Observation.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-/// What a camera saw of the target.
+/// What a camera observed of the target.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -12,7 +12,7 @@ struct Observation {
   std::vector<cv::Point2d> image;
   std::vector<double> weights;  ///< of the points' squared residuals; empty: all one
 
-  /// Whether the camera saw the target at all.
+  /// Whether the camera observed the target at all.
   bool IsEmpty() const { return object.empty(); }
 
   double Weight(size_t point) const { return weights.empty() ? 1.0 : weights[point]; }

@@ -21,11 +21,11 @@ struct Rig {
   std::vector<Camera> cameras;
 };
 
-/// One position of the target, and what each camera of the rig saw of it.
+/// One position of the target, and what each camera of the rig observed of it.
 struct TargetView {
   RigidTransform rigFromTarget;
   std::vector<Observation>
-      observations;  ///< one for each camera; an empty one of a camera that did not see it
+      observations;  ///< one for each camera; an empty one of a camera that did not observe it
 };
 
 /// What a computation looks for: a rig and where the target was.
@@ -34,7 +34,7 @@ struct Estimate {
   std::vector<RigidTransform> rigFromTarget;  ///< one for each view
 };
 
-/// The number of points that all cameras saw in all views.
+/// The number of points that all cameras observed in all views.
 double CountOf(const std::vector<TargetView>& views);
 
 }  // namespace velmora

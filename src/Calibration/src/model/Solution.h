@@ -47,8 +47,8 @@ Layout LayoutOf(const Rig& rig, const Estimated& estimated);
 ///   own     A                 products, the Jacobian times itself: the lower triangle
 ///   pose    B     P           gradient, the Jacobian times the residuals (projected minus observed)
 struct ViewEquations {
-  std::vector<int>
-      columns;  ///< which of the shared parameters are its own, rising: those of cameras that saw the target
+  std::vector<int> columns;  ///< which of the shared parameters are its own, rising: those of cameras that
+                             ///< observed the target
   Eigen::MatrixXd products;  ///< own + 6 rows and columns
   Eigen::VectorXd gradient;
   std::vector<double> costs;  ///< of each camera: the weighted sum of its squared residuals

@@ -9,8 +9,9 @@
 namespace velmora {
 
 /// Residuals that a larger model would fit more closely are no reason to take it: predicting views that it
-/// did not see is. So the answer is that of Calibrator::ChooseModel for the same records. It takes dozens of
-/// computations and is looked for when it is asked for the first time. What it is made from must outlive it.
+/// was not fitted to is. So the answer is that of Calibrator::ChooseModel for the same records. It takes
+/// dozens of computations and is looked for when it is asked for the first time. What it is made from must
+/// outlive it.
 class LargerModel {
  public:
   LargerModel(const std::vector<std::vector<cv::Point3d>>& objectPoints,

@@ -23,19 +23,19 @@ constexpr size_t MOST_FOLDS = 10;
 
 /// Squared residuals of the views that the camera was not computed from; infinite when it cannot be.
 double CostOfFold(const Solution& solution, const solver::BundleOptions& options, size_t fold, size_t folds) {
-  Solution seen = solution;
-  std::vector<TargetView> unseen;
-  seen.views.clear();
+  Solution fitted = solution;
+  std::vector<TargetView> heldOut;
+  fitted.views.clear();
   for (size_t i = 0; i < solution.views.size(); ++i) {
-    (i % folds == fold ? unseen : seen.views).push_back(solution.views[i]);
+    (i % folds == fold ? heldOut : fitted.views).push_back(solution.views[i]);
   }
-  const Solution camera = solver::SolveAgain(seen, seen.views, options);
+  const Solution camera = solver::SolveAgain(fitted, fitted.views, options);
   if (!camera.usable) return std::numeric_limits<double>::infinity();
-  const Solution poses = solver::SolvePoses(camera.rig, std::move(unseen));
+  const Solution poses = solver::SolvePoses(camera.rig, std::move(heldOut));
   return poses.usable ? poses.cost : std::numeric_limits<double>::infinity();
 }
 
-double UnseenRms(const Solution& solution, const solver::BundleOptions& options) {
+double HeldOutRms(const Solution& solution, const solver::BundleOptions& options) {
   const size_t folds = std::min(MOST_FOLDS, solution.views.size());
   double cost = 0.0;
   for (size_t fold = 0; fold < folds; ++fold) cost += CostOfFold(solution, options, fold, folds);
@@ -53,7 +53,7 @@ Candidate CandidateOf(const solver::Selection& selection, const cv::Size& imageS
   candidate.rms = RmsOf(solution);
   candidate.criterion =
       2.0 * points * std::log(solution.cost / (2.0 * points)) + unknowns * std::log(2.0 * points);
-  candidate.unseen = UnseenRms(solution, options);
+  candidate.unseen = HeldOutRms(solution, options);
   candidate.poleFree = solver::IsFreeOfPoles(solution.rig.cameras.front().intrinsics, imageSize);
   return candidate;
 }

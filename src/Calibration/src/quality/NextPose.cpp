@@ -1,4 +1,4 @@
-/// Chooses where the target should be seen next.
+/// Chooses where the target should be shown next.
 #include "quality/NextPose.h"
 
 #include <algorithm>

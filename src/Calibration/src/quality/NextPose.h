@@ -1,4 +1,4 @@
-/// Chooses where the target should be seen next, so that the camera becomes known best.
+/// Chooses where the target should be shown next, so that the camera becomes known best.
 #pragma once
 
 #include <Eigen/Core>
@@ -19,7 +19,7 @@ struct Knowledge {
   bool nominal = true;    ///< the intrinsics are a usual camera's, not those of the views
 };
 
-/// Of a camera that was computed from views, when it can be one; of a usual camera, seen by the same views,
+/// Of a camera that was computed from views, when it can be one; of a usual camera that took the same views,
 /// when it cannot or `solution` has no views. The views are those of the target, without poses.
 Knowledge KnowledgeFrom(const Solution& solution, const std::vector<TargetView>& views,
                         const cv::Size& imageSize);
@@ -31,7 +31,7 @@ class PoseScore {
   PoseScore(const Knowledge& knowledge, const cv::Size& imageSize);
 
   double Now() const;
-  /// With one more view; infinite when it cannot be seen.
+  /// With one more view; infinite when it cannot be observed.
   double With(const Candidate& candidate) const;
 
  private:

@@ -20,17 +20,18 @@ using RowMatrix = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::R
 using Row = Eigen::Ref<Eigen::RowVectorXd>;
 
 /// A point of the target as one of the cameras sees it.
-struct Sight {
+struct ObservedPoint {
   const cv::Point3d& point;
   const cv::Matx33d& rotation;  ///< of the target before the camera
   size_t camera;
 };
 
 /// The derivatives of a coordinate by the effect's parameters.
-using Columns = std::function<void(const Sight& sight, const solver::Coordinate& coordinate, Row columns)>;
+using Columns =
+    std::function<void(const ObservedPoint& observed, const solver::Coordinate& coordinate, Row columns)>;
 
-cv::Vec3d ByTarget(const Sight& sight, const solver::Coordinate& coordinate) {
-  return sight.rotation.t() * coordinate.byPoint;
+cv::Vec3d ByTarget(const ObservedPoint& observed, const solver::Coordinate& coordinate) {
+  return observed.rotation.t() * coordinate.byPoint;
 }
 
 /// Of a symmetric positive definite matrix, scaled to a diagonal of ones: the parameters' sizes lie many
@@ -132,9 +133,9 @@ class EnlargedSystem {
         solver::Coordinate u;
         solver::Coordinate v;
         if (!projections_[camera].Differentiate(pose * observation.object[k], u, v)) continue;
-        const Sight sight{observation.object[k], pose.R, camera};
-        FillRow(sight, u, view.rigFromTarget, jacobian.row(row));
-        FillRow(sight, v, view.rigFromTarget, jacobian.row(row + 1));
+        const ObservedPoint observed{observation.object[k], pose.R, camera};
+        FillRow(observed, u, view.rigFromTarget, jacobian.row(row));
+        FillRow(observed, v, view.rigFromTarget, jacobian.row(row + 1));
         jacobian(row, jacobian.cols() - 1) = u.value - observation.image[k].x;
         jacobian(row + 1, jacobian.cols() - 1) = v.value - observation.image[k].y;
         jacobian.middleRows(row, 2) *= std::sqrt(observation.Weight(k));
@@ -143,21 +144,22 @@ class EnlargedSystem {
     return jacobian;
   }
 
-  void FillRow(const Sight& sight, const solver::Coordinate& coordinate, const RigidTransform& rigFromTarget,
-               Row row) const {
-    const Layout::Place& place = layout_.cameras[sight.camera];
+  void FillRow(const ObservedPoint& observed, const solver::Coordinate& coordinate,
+               const RigidTransform& rigFromTarget, Row row) const {
+    const Layout::Place& place = layout_.cameras[observed.camera];
     for (int i = 0; i < place.count; ++i) {
       row(place.intrinsics + i) = coordinate.byIntrinsics[static_cast<size_t>(i)];
     }
-    const cv::Matx33d& cameraFromRig = solution_.rig.cameras[sight.camera].cameraFromRig.R;
-    const cv::Vec3d turned = rigFromTarget.R * cv::Vec3d(sight.point.x, sight.point.y, sight.point.z);
+    const cv::Matx33d& cameraFromRig = solution_.rig.cameras[observed.camera].cameraFromRig.R;
+    const cv::Vec3d turned =
+        rigFromTarget.R * cv::Vec3d(observed.point.x, observed.point.y, observed.point.z);
     if (place.pose != Layout::FIXED) {
       Set(row, place.pose, (cameraFromRig * (turned + rigFromTarget.t)).cross(coordinate.byPoint),
           coordinate.byPoint);
     }
     const cv::Vec3d byRig = cameraFromRig.t() * coordinate.byPoint;
     Set(row, Kept(), turned.cross(byRig), byRig);
-    columns_(sight, coordinate, row.segment(layout_.shared, effects_));
+    columns_(observed, coordinate, row.segment(layout_.shared, effects_));
   }
 
   static void Set(Row row, Index first, const cv::Vec3d& rotation, const cv::Vec3d& translation) {
@@ -180,18 +182,18 @@ class EnlargedSystem {
 }  // namespace
 
 OmittedEffect OmittedBend(const Solution& solution) {
-  const Columns columns = [](const Sight& sight, const solver::Coordinate& coordinate, Row to) {
-    const double byDepth = ByTarget(sight, coordinate)[2];
-    to << byDepth * sight.point.x * sight.point.x, byDepth * sight.point.x * sight.point.y,
-        byDepth * sight.point.y * sight.point.y;
+  const Columns columns = [](const ObservedPoint& observed, const solver::Coordinate& coordinate, Row to) {
+    const double byDepth = ByTarget(observed, coordinate)[2];
+    to << byDepth * observed.point.x * observed.point.x, byDepth * observed.point.x * observed.point.y,
+        byDepth * observed.point.y * observed.point.y;
   };
   return EnlargedSystem(solution, 3, columns).Effect();
 }
 
 OmittedEffect OmittedProportions(const Solution& solution) {
-  const Columns columns = [](const Sight& sight, const solver::Coordinate& coordinate, Row to) {
-    const cv::Vec3d byTarget = ByTarget(sight, coordinate);
-    to << byTarget[1] * sight.point.y, byTarget[0] * sight.point.y;
+  const Columns columns = [](const ObservedPoint& observed, const solver::Coordinate& coordinate, Row to) {
+    const cv::Vec3d byTarget = ByTarget(observed, coordinate);
+    to << byTarget[1] * observed.point.y, byTarget[0] * observed.point.y;
   };
   return EnlargedSystem(solution, 2, columns).Effect();
 }
@@ -200,9 +202,9 @@ OmittedEffect OmittedLensTerms(const Solution& solution, size_t camera) {
   const int estimated = solution.rig.cameras[camera].intrinsics.estimated;
   const int terms = FULL_PARAMETERS - estimated;
   if (terms == 0) return {};
-  const Columns columns = [&](const Sight& sight, const solver::Coordinate& coordinate, Row to) {
+  const Columns columns = [&](const ObservedPoint& observed, const solver::Coordinate& coordinate, Row to) {
     for (int i = 0; i < terms; ++i) {
-      to(i) = sight.camera == camera ? coordinate.byIntrinsics[static_cast<size_t>(estimated + i)] : 0.0;
+      to(i) = observed.camera == camera ? coordinate.byIntrinsics[static_cast<size_t>(estimated + i)] : 0.0;
     }
   };
   EnlargedSystem system(solution, terms, columns);

@@ -1,4 +1,4 @@
-/// Poses in which the target could be seen next.
+/// Poses in which the target could be shown next.
 #include "quality/PoseCandidates.h"
 
 #include <algorithm>
@@ -33,7 +33,7 @@ double Halton(int k, int base) {
   return fraction;
 }
 
-/// How the target is to be seen.
+/// How the target is to appear in the image.
 struct Appearance {
   double x, y;  ///< -1 to 1 in the room that is left
   double span;  ///< of the image's width or height, whichever it takes more of
@@ -129,8 +129,8 @@ class Placing {
     solver::Coordinate u;
     solver::Coordinate v;
     for (const cv::Point3d& point : outline_) {
-      const cv::Vec3d seen = pose.R * cv::Vec3d(point.x, point.y, point.z) + pose.t;
-      if (!projection_.Differentiate(seen, u, v)) return false;
+      const cv::Vec3d inCamera = pose.R * cv::Vec3d(point.x, point.y, point.z) + pose.t;
+      if (!projection_.Differentiate(inCamera, u, v)) return false;
       if (!(u.byPoint[0] * v.byPoint[1] - u.byPoint[1] * v.byPoint[0] > 0.0)) return false;
       low = {std::min(low.x, u.value), std::min(low.y, v.value)};
       high = {std::max(high.x, u.value), std::max(high.y, v.value)};
@@ -157,13 +157,13 @@ class Placing {
   const std::vector<cv::Point3d> outline_;
 };
 
-bool SeenThrough(const solver::Projection& projection, const std::vector<cv::Point3d>& object,
-                 Candidate& candidate) {
+bool Observe(const solver::Projection& projection, const std::vector<cv::Point3d>& object,
+             Candidate& candidate) {
   candidate.view.object = object;
   for (const cv::Point3d& point : object) {
     cv::Point2d pixel;
-    const cv::Vec3d seen = candidate.pose.R * cv::Vec3d(point.x, point.y, point.z) + candidate.pose.t;
-    if (!projection.Project(seen, pixel)) return false;
+    const cv::Vec3d inCamera = candidate.pose.R * cv::Vec3d(point.x, point.y, point.z) + candidate.pose.t;
+    if (!projection.Project(inCamera, pixel)) return false;
     candidate.view.image.push_back(pixel);
   }
   return true;
@@ -189,7 +189,7 @@ std::vector<Candidate> CandidatesFor(const Intrinsics& intrinsics, const std::ve
   std::vector<Candidate> candidates;
   for (int i = 1; i <= TRIES * count && candidates.size() < static_cast<size_t>(count); ++i) {
     Candidate candidate;
-    if (placing.Place(AppearanceOf(i), candidate.pose) && SeenThrough(projection, object, candidate) &&
+    if (placing.Place(AppearanceOf(i), candidate.pose) && Observe(projection, object, candidate) &&
         LargestSpacing(candidate.view) <= mostSpacing) {
       candidates.push_back(std::move(candidate));
     }

@@ -1,4 +1,4 @@
-/// Poses in which the target could be seen next.
+/// Poses in which the target could be shown next.
 #pragma once
 
 #include <limits>
@@ -11,7 +11,7 @@
 
 namespace velmora {
 
-/// A pose of the target, and where its points would be seen.
+/// A pose of the target, and where its points would be observed.
 struct Candidate {
   RigidTransform pose;
   Observation view;

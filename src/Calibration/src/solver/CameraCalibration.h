@@ -12,9 +12,9 @@ namespace velmora::solver {
 Selection SelectedFrom(const std::vector<TargetView>& views, const cv::Size& imageSize, bool robust,
                        const BundleOptions& options);
 
-/// One camera of which nothing is known, from views without poses, of which it saw every one. The solution's
-/// views are those that were kept, with pixels corrected for the discs. Raises cv::Exception when an image's
-/// points determine no pose.
+/// One camera of which nothing is known, from views without poses, of which it observed every one. The
+/// solution's views are those that were kept, with pixels corrected for the discs. Raises cv::Exception when
+/// an image's points determine no pose.
 Solution CalibrateCamera(const std::vector<TargetView>& views, const cv::Size& imageSize, bool robust,
                          const BundleOptions& options);
 

@@ -46,7 +46,7 @@ class Jacobian {
   /// The two rows of each of the points from k on; past the end the last one again, without weight.
   bool FillRows(size_t k, size_t end) {
     Lanes turned[3] = {};
-    Lanes seen[2] = {};
+    Lanes observed[2] = {};
     Lanes weight{};
     for (size_t lane = 0; lane < LANES; ++lane) {
       const size_t point = std::min(k + lane, end - 1);
@@ -55,20 +55,20 @@ class Jacobian {
         turned[i][lane] = pose_.R(i, 0) * at.x + pose_.R(i, 1) * at.y + pose_.R(i, 2) * at.z;
       }
       if (!(turned[2][lane] + pose_.t[2] > 0.0)) return false;
-      seen[0][lane] = observation_.image[point].x;
-      seen[1][lane] = observation_.image[point].y;
+      observed[0][lane] = observation_.image[point].x;
+      observed[1][lane] = observation_.image[point].y;
       const double own = observation_.weights.empty() ? 1.0 : std::sqrt(observation_.weights[point]);
       weight[lane] = k + lane < end ? own : 0.0;
     }
     const Lanes nearness = 1.0 / (turned[2] + pose_.t[2]);
     formulas_.Differentiate((turned[0] + pose_.t[0]) * nearness, (turned[1] + pose_.t[1]) * nearness,
                             nearness, u_, v_);
-    FillRow(u_, turned, seen[0], weight);
-    FillRow(v_, turned, seen[1], weight);
+    FillRow(u_, turned, observed[0], weight);
+    FillRow(v_, turned, observed[1], weight);
     return true;
   }
 
-  void FillRow(const CoordinateOf<Lanes>& coordinate, const Lanes* turned, const Lanes& seen,
+  void FillRow(const CoordinateOf<Lanes>& coordinate, const Lanes* turned, const Lanes& observed,
                const Lanes& weight) {
     const auto& byPoint = coordinate.byPoint;
     for (size_t i = 0; i < FREE; ++i) columns_[i][rows_] = weight * coordinate.byIntrinsics[i];
@@ -78,7 +78,7 @@ class Jacobian {
       columns_[FREE + i][rows_] = weight * (turned[next] * byPoint[last] - turned[last] * byPoint[next]);
       columns_[FREE + 3 + i][rows_] = weight * byPoint[i];
     }
-    columns_[COLUMNS - 1][rows_] = weight * (coordinate.value - seen);
+    columns_[COLUMNS - 1][rows_] = weight * (coordinate.value - observed);
     ++rows_;
   }
 

@@ -98,9 +98,9 @@ Residuals ResidualsOf(const std::vector<TargetView>& views, const Rig& rig) {
       const RigidTransform pose = rig.cameras[camera].cameraFromRig * views[i].rigFromTarget;
       for (size_t k = 0; k < observation.object.size(); ++k) {
         cv::Point2d pixel;
-        const bool seen = projection.Project(pose * observation.object[k], pixel);
-        residuals[i][camera].push_back(seen ? cv::norm(pixel - observation.image[k])
-                                            : std::numeric_limits<double>::infinity());
+        const bool inFront = projection.Project(pose * observation.object[k], pixel);
+        residuals[i][camera].push_back(inFront ? cv::norm(pixel - observation.image[k])
+                                               : std::numeric_limits<double>::infinity());
       }
     }
   }

@@ -54,7 +54,7 @@ Target TargetOf(const ObjectPoints& objectPoints, const std::vector<ImagePoints>
     cv::Vec3d middle;
     const std::vector<cv::Point3d> object = Centred(objectPoints[i], middle);
     TargetView view;
-    bool isSeen = false;
+    bool isObserved = false;
     for (const ImagePoints& camera : cameras) {
       Observation observation;
       for (const cv::Point2d& point : camera[i])
@@ -62,11 +62,11 @@ Target TargetOf(const ObjectPoints& objectPoints, const std::vector<ImagePoints>
       if (!observation.image.empty()) {
         CV_Assert(observation.image.size() == object.size());
         observation.object = object;
-        isSeen = true;
+        isObserved = true;
       }
       view.observations.push_back(std::move(observation));
     }
-    CV_Assert(isSeen);
+    CV_Assert(isObserved);
     target.views.push_back(std::move(view));
     target.middles.push_back(middle);
   }
