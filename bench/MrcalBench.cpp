@@ -122,7 +122,7 @@ double RmsOf(const Seed& solution, const Data& data) {
   const auto& p = solution.lens;
   const cv::Matx33d K(p[0], 0.0, p[2], 0.0, p[1], p[3], 0.0, 0.0, 1.0);
   const std::vector<double> D(p.begin() + 4, p.end());
-  double squares = 0.0;
+  double squaredDistances = 0.0;
   double points = 0.0;
   for (size_t i = 0; i < data.image.size(); ++i) {
     const mrcal_pose_t& pose = solution.frames[i];
@@ -130,11 +130,11 @@ double RmsOf(const Seed& solution, const Data& data) {
     cv::projectPoints(data.object[i], cv::Vec3d(pose.r.xyz), cv::Vec3d(pose.t.xyz), K, D, projected);
     for (size_t k = 0; k < projected.size(); ++k) {
       const cv::Point2d error = projected[k] - data.image[i][k];
-      squares += error.dot(error);
+      squaredDistances += error.dot(error);
       points += 1.0;
     }
   }
-  return std::sqrt(squares / points);
+  return std::sqrt(squaredDistances / points);
 }
 
 /// Arguments: model, views.

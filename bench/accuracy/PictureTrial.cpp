@@ -40,16 +40,16 @@ void Look(Search search, const cv::Mat& picture, const std::vector<cv::Point2d>&
 }  // namespace
 
 double FoundPoints::CentreError() const {
-  double squares = 0.0;
+  double squaredDistances = 0.0;
   double count = 0.0;
   for (std::size_t view = 0; view < found.size(); ++view) {
     for (std::size_t i = 0; i < found[view].size(); ++i) {
       const cv::Point2d off = found[view][i] - truth[view][i];
-      squares += off.dot(off);
+      squaredDistances += off.dot(off);
       count += 1.0;
     }
   }
-  return std::sqrt(squares / count);
+  return std::sqrt(squaredDistances / count);
 }
 
 SearchedPictures SearchPictures(const PictureCase& what, std::uint64_t seed) {

@@ -117,7 +117,7 @@ Solution SolveCamera(const std::vector<cv::Point3d>& object, const Views& views,
   Start(object, views, imageSize, solution);
   ceres::Problem problem;
   AddCamera(object, views, solution.left, solution.poses, problem);
-  solution.squares = Solve(problem);
+  solution.cost = Solve(problem);
   return solution;
 }
 
@@ -137,7 +137,7 @@ Solution SolvePair(const std::vector<cv::Point3d>& object, const Views& left, co
                                solution.poses[i].data());
     }
   }
-  solution.squares = Solve(problem);
+  solution.cost = Solve(problem);
   return solution;
 }
 

@@ -14,7 +14,7 @@ using Pose = std::array<double, 6>;
 using Views = std::vector<std::vector<cv::Point2d>>;
 
 struct Solution {
-  double squares = 0.0;  ///< sum of squared distances
+  double cost = 0.0;  ///< the sum of squared residuals
   Camera left{}, right{};
   Pose relative{};  ///< from the left camera's frame to the right one's
   std::vector<Pose> poses;

@@ -46,17 +46,17 @@ void ExpectCamera(const cv::Mat& K, const cv::Mat& D, const independent::Camera&
   }
 }
 
-/// The squares are equal to all digits that sums of thousands of them have.
-void ExpectSquares(double rms, size_t points, double expected) {
-  const double squares = rms * rms * static_cast<double>(points);
-  EXPECT_NEAR(squares, expected, 1e-10 * expected);
+/// The costs are equal to all digits that sums of thousands of squares have.
+void ExpectCost(double rms, size_t points, double expected) {
+  const double cost = rms * rms * static_cast<double>(points);
+  EXPECT_NEAR(cost, expected, 1e-10 * expected);
 }
 
 void ExpectTheSameCamera(const unit::PointLists& views) {
   const SparseResult own =
       SolveIntrinsicsSparsely(unit::Targets(views.size()), views, unit::FRAME, Calibrator::MODEL_CLASSIC);
   const independent::Solution other = independent::SolveCamera(Object(), Narrowed(views), unit::FRAME);
-  ExpectSquares(own.rms, views.size() * views.front().size(), other.squares);
+  ExpectCost(own.rms, views.size() * views.front().size(), other.cost);
   ExpectCamera(own.K, own.D, other.left);
   for (int i = 0; i < own.rvecs.rows; ++i) {
     const independent::Pose& pose = other.poses[static_cast<size_t>(i)];
@@ -87,7 +87,7 @@ TEST(BesideCeres, PairsWithRefinedIntrinsicsAreTheSame) {
         unit::Refined(pairs, unit::EachAlone(pairs, Calibrator::MODEL_CLASSIC), Calibrator::MODEL_CLASSIC);
     const independent::Solution other =
         independent::SolvePair(Object(), Narrowed(pairs.left), Narrowed(pairs.right), unit::FRAME);
-    ExpectSquares(own.rms, 2 * pairs.left.size() * pairs.left.front().size(), other.squares);
+    ExpectCost(own.rms, 2 * pairs.left.size() * pairs.left.front().size(), other.cost);
     ExpectCamera(own.refined.K, own.refined.D, other.left);
     ExpectCamera(own.refined.KRight, own.refined.DRight, other.right);
     cv::Vec3d rotation;

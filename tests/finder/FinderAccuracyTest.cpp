@@ -80,17 +80,17 @@ RenderedView Render(const Conditions& conditions, int number) {
 /// The finds of one search, and their errors.
 struct Tally {
   int found = 0;
-  double squares = 0.0;  ///< of the frames that both find
+  double squaredDistances = 0.0;  ///< of the frames that both find
   int points = 0;
 
   void Compare(const Centres& centres, const Centres& truth) {
     for (size_t k = 0; k < truth.size(); ++k) {
       const cv::Point2d off = centres[k] - truth[k];
-      squares += off.dot(off);
+      squaredDistances += off.dot(off);
     }
     points += static_cast<int>(truth.size());
   }
-  double Rms() const { return std::sqrt(squares / std::max(1, points)); }
+  double Rms() const { return std::sqrt(squaredDistances / std::max(1, points)); }
 };
 
 constexpr int FRAMES = 24;

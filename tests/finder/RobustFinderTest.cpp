@@ -21,8 +21,8 @@ double Rms(const std::vector<cv::Point2d>& found, const std::vector<cv::Point2d>
 
 TEST(RobustFinder, FindsTheCentresOfEachViewInTheOrderOfTheDefaultSearchAndAsNearTheTruth) {
   const unit::RenderedViews& views = unit::Rendered();
-  double squares = 0.0;
-  double squaresOfDefault = 0.0;
+  double squaredErrors = 0.0;
+  double squaredErrorsOfDefault = 0.0;
   for (size_t view = 0; view < views.pictures.size(); ++view) {
     SCOPED_TRACE(view);
     const GridFinding finding = SearchGridRobust(views.pictures[view], unit::GRID);
@@ -31,10 +31,10 @@ TEST(RobustFinder, FindsTheCentresOfEachViewInTheOrderOfTheDefaultSearchAndAsNea
     ASSERT_TRUE(FindGridStandard(views.pictures[view], unit::GRID, expected));
     ASSERT_EQ(finding.centres.size(), 44U);
     for (size_t i = 0; i < 44; ++i) EXPECT_LT(cv::norm(finding.centres[i] - expected[i]), 0.6);
-    squares += std::pow(Rms(finding.centres, views.centres[view]), 2);
-    squaresOfDefault += std::pow(Rms(expected, views.centres[view]), 2);
+    squaredErrors += std::pow(Rms(finding.centres, views.centres[view]), 2);
+    squaredErrorsOfDefault += std::pow(Rms(expected, views.centres[view]), 2);
   }
-  EXPECT_LT(squares, 1.02 * squaresOfDefault);
+  EXPECT_LT(squaredErrors, 1.02 * squaredErrorsOfDefault);
 }
 
 TEST(RobustFinder, FindsNearlyAllWholeGridsAndNoneInAWrongOrder) {

@@ -225,12 +225,12 @@ class TrueCells {
       mixed += cell.byRotation.t() * errors.back();
     }
     const cv::Vec3d rotation = rotations_.inv(cv::DECOMP_CHOLESKY) * mixed;
-    double squares = 0.0;
+    double squaredErrors = 0.0;
     for (size_t i = 0; i < cells_.size(); ++i) {
       const cv::Vec2d left = errors[i] - cells_[i].byRotation * rotation;
-      squares += left.dot(left);
+      squaredErrors += left.dot(left);
     }
-    return squares / (2.0 * static_cast<double>(cells_.size()));
+    return squaredErrors / (2.0 * static_cast<double>(cells_.size()));
   }
 
  private:
@@ -263,15 +263,15 @@ double PredictedOverEmpirical(int model) {
   constexpr int RUNS = 200;
   const auto poses = RandomPoses(20, 5);
   const TrueCells cells(world::CoveredRegion(Observed(poses, 1)));
-  double squares = 0.0;
+  double squaredErrors = 0.0;
   double predicted = 0.0;
   for (int run = 0; run < RUNS; ++run) {
     const auto views = Observed(poses, static_cast<std::uint64_t>(1000 + run));
     const SparseResult result = Solve(views, model);
-    squares += cells.MeanSquareOf(result) / RUNS;
+    squaredErrors += cells.MeanSquareOf(result) / RUNS;
     predicted += JudgeIntrinsics(Targets(views.size()), views, unit::FRAME, result).deviationInData / RUNS;
   }
-  return predicted / std::sqrt(squares);
+  return predicted / std::sqrt(squaredErrors);
 }
 
 TEST(Verdict, PredictsTheErrorsOfRepeatedComputations) {

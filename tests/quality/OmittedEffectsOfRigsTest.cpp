@@ -210,7 +210,7 @@ TEST(OmittedEffectsOfARig, DoNotCountPointsThatWereLeftOut) {
   const OmittedEffect bend = OmittedBend(unit::Solved(weightless));
   const OmittedEffect expected = OmittedBend(unit::Solved(problem));
   EXPECT_TRUE(bend.values.isApprox(expected.values, 1e-6));
-  EXPECT_NEAR(bend.squares, expected.squares, 1e-5 * expected.squares);
+  EXPECT_NEAR(bend.costReduction, expected.costReduction, 1e-5 * expected.costReduction);
 }
 
 TEST(OmittedEffectsOfARig, TakeOffAsMuchOfNoiseAsTheirNumberOfParameters) {
@@ -226,8 +226,8 @@ TEST(OmittedEffectsOfARig, TakeOffAsMuchOfNoiseAsTheirNumberOfParameters) {
       EXPECT_FALSE(ofProportions.significant) << seed;
       EXPECT_FALSE(OmittedLensTerms(solution, 0).significant) << seed;
       EXPECT_FALSE(OmittedLensTerms(solution, 1).significant) << seed;
-      bend += ofBend.squares / RUNS;
-      proportions += ofProportions.squares / RUNS;
+      bend += ofBend.costReduction / RUNS;
+      proportions += ofProportions.costReduction / RUNS;
     }
     // Means of chi-squared numbers, their own deviations 0.32 and 0.26.
     EXPECT_NEAR(bend, 3.0, 1.0);

@@ -106,7 +106,7 @@ TEST(OmittedProportions, AreMeasured) {
   ASSERT_TRUE(proportions.significant);
   EXPECT_NEAR(proportions.values(0), 0.005, 0.0005);
   EXPECT_NEAR(proportions.values(1), 0.002, 0.0005);
-  EXPECT_GT(proportions.squares, OmittedBend(computed.solution).squares);
+  EXPECT_GT(proportions.costReduction, OmittedBend(computed.solution).costReduction);
 }
 
 TEST(OmittedLensTerms, AreSeenInALensThatTheModelDoesNotHold) {
@@ -151,7 +151,7 @@ TEST(OmittedEffects, AreNotSeenInTheDefaultSolversResultsOfNoise) {
 TEST(OmittedEffects, CountAsMuchAsTheyAreMoreThanNoise) {
   OmittedEffect effect;
   effect.values = Eigen::VectorXd::Zero(9);
-  effect.squares = 40.0;
+  effect.costReduction = 40.0;
   EXPECT_EQ(effect.Excess(), 0.0);
   effect.significant = true;
   EXPECT_EQ(effect.Excess(), 31.0);
@@ -163,8 +163,8 @@ TEST(OmittedEffects, TakeOffAsMuchOfNoiseAsTheirNumberOfParameters) {
   constexpr int RUNS = 60;
   for (std::uint64_t seed = 1; seed <= RUNS; ++seed) {
     const Solution solution = Compute(Observed(Flat(), 12, seed)).solution;
-    bend += OmittedBend(solution).squares / RUNS;
-    proportions += OmittedProportions(solution).squares / RUNS;
+    bend += OmittedBend(solution).costReduction / RUNS;
+    proportions += OmittedProportions(solution).costReduction / RUNS;
   }
   // Means of chi-squared numbers, their own deviations 0.32 and 0.26.
   EXPECT_NEAR(bend, 3.0, 1.0);

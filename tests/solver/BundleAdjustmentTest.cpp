@@ -180,7 +180,7 @@ TEST(BundleAdjustment, CorrectsTheCentroidsOfDiscsOfEveryCamera) {
 
 /// What the errors of many computations are, and what they were said to be.
 struct Deviations {
-  Eigen::ArrayXd squares;
+  Eigen::ArrayXd squaredErrors;
   Eigen::ArrayXd predicted;
   int runs = 0;
 
@@ -189,7 +189,7 @@ struct Deviations {
     const Layout layout = LayoutOf(solution.rig, solution.estimated);
     const int first = layout.cameras[1].pose;
     const Index count = layout.shared - first;
-    if (runs == 0) squares = predicted = Eigen::ArrayXd::Zero(count);
+    if (runs == 0) squaredErrors = predicted = Eigen::ArrayXd::Zero(count);
     Eigen::ArrayXd errors(count);
     for (size_t i = 1; i < truth.cameras.size(); ++i) {
       const cv::Matx33d R = solution.rig.cameras[i].cameraFromRig.R * truth.cameras[i].cameraFromRig.R.t();
@@ -197,7 +197,7 @@ struct Deviations {
       errors.segment<POSE_PARAMETERS>(layout.cameras[i].pose - first) << R(2, 1), R(0, 2), R(1, 0), t[0],
           t[1], t[2];
     }
-    squares += errors.square();
+    squaredErrors += errors.square();
     predicted += solver::SharedCovariance(solution).diagonal().tail(count).array();
     ++runs;
   }
@@ -216,7 +216,7 @@ TEST_P(PredictedDeviations, AreThoseOfManyComputations) {
     deviations.Add(solver::Adjust(problem, {}), truth);
   }
   // Each of the twelve has an error of a tenth by so few runs; together they have less.
-  const Eigen::ArrayXd ratios = (deviations.predicted / deviations.squares).sqrt();
+  const Eigen::ArrayXd ratios = (deviations.predicted / deviations.squaredErrors).sqrt();
   EXPECT_GT(ratios.minCoeff(), 0.7) << ratios;
   EXPECT_LT(ratios.maxCoeff(), 1.4) << ratios;
   const double together = std::exp(ratios.log().mean());

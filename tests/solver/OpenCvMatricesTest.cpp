@@ -141,12 +141,12 @@ TEST(OpenCvMatrices, OfASolutionHaveARowForEachViewAndThePosesOfTheTargetsOrigin
     std::vector<cv::Point2d> pixels;
     cv::projectPoints(unit::Targets(1).front(), result.rvecs.at<cv::Vec3d>(view),
                       result.tvecs.at<cv::Vec3d>(view), result.K, result.D, pixels);
-    double squares = 0.0;
+    double squaredDistances = 0.0;
     for (size_t k = 0; k < pixels.size(); ++k) {
       const cv::Point2d away = pixels[k] - views[static_cast<size_t>(view)][k];
-      squares += away.dot(away);
+      squaredDistances += away.dot(away);
     }
-    EXPECT_NEAR(std::sqrt(squares / 44.0), result.perViewErrors.at<double>(view), 1e-5);
+    EXPECT_NEAR(std::sqrt(squaredDistances / 44.0), result.perViewErrors.at<double>(view), 1e-5);
   }
 }
 

@@ -94,8 +94,8 @@ class EnlargedSystem {
     if (!SolveScaled(own, slope, values)) return effect;
     effect.values = -values.col(0);
     effect.shift = spread * values.col(0);
-    effect.squares = slope.dot(values.col(0)) / NoiseVariance(solution_);
-    effect.significant = effect.squares > Threshold(effects_);
+    effect.costReduction = slope.dot(values.col(0)) / NoiseVariance(solution_);
+    effect.significant = effect.costReduction > Threshold(effects_);
     return effect;
   }
 

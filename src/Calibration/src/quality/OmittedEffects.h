@@ -13,12 +13,12 @@ struct OmittedEffect {
   Eigen::VectorXd values;  ///< its parameters; empty when the views cannot tell
   /// Of each shared parameter (see LayoutOf): with the effect minus without it, to first order.
   Eigen::VectorXd shift;
-  double squares = 0.0;  ///< what it would take off the cost, in variances of the noise
+  double costReduction = 0.0;  ///< what it would take off the cost, in variances of the noise
   /// Noise alone takes off as much in one of thirty thousand computations.
   bool significant = false;
 
-  /// By how much `squares` are more than noise takes off on average; nothing when that is not significant.
-  double Excess() const { return significant ? squares - static_cast<double>(values.size()) : 0.0; }
+  /// By how much more than noise it takes off the cost on average; 0 when that is not significant.
+  double Excess() const { return significant ? costReduction - static_cast<double>(values.size()) : 0.0; }
 };
 
 /// The sheet bent: depths a x^2 + b x y + c y^2 about its middle. `values` are a, b, c in 1 / unit.

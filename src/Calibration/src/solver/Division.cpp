@@ -68,13 +68,13 @@ double HomographyResidual(const Observation& view, const Division& division) {
   for (cv::Point2d& pixel : straight.image) pixel = division.Straightened(pixel);
   cv::Matx33d homography;
   if (!HomographyOf(straight, homography)) return std::numeric_limits<double>::infinity();
-  double squares = 0.0;
+  double squaredDistances = 0.0;
   for (size_t k = 0; k < view.object.size(); ++k) {
     const cv::Vec3d at = homography * cv::Vec3d(view.object[k].x, view.object[k].y, 1.0);
     const cv::Point2d away = division.Bent({at[0] / at[2], at[1] / at[2]}) - view.image[k];
-    squares += away.dot(away);
+    squaredDistances += away.dot(away);
   }
-  const double residual = std::sqrt(squares / static_cast<double>(view.object.size()));
+  const double residual = std::sqrt(squaredDistances / static_cast<double>(view.object.size()));
   return std::isfinite(residual) ? residual : std::numeric_limits<double>::infinity();
 }
 

@@ -16,11 +16,11 @@ namespace {
 template <typename Points>
 cv::Matx33d NormaliserOf(const Points& points) {
   cv::Vec2d mean(0.0, 0.0);
-  double squares = 0.0;
+  double squaredDistances = 0.0;
   for (const auto& p : points) mean += cv::Vec2d(p.x, p.y) * (1.0 / static_cast<double>(points.size()));
   for (const auto& p : points)
-    squares += (p.x - mean[0]) * (p.x - mean[0]) + (p.y - mean[1]) * (p.y - mean[1]);
-  const double scale = std::sqrt(2.0 * static_cast<double>(points.size()) / squares);
+    squaredDistances += (p.x - mean[0]) * (p.x - mean[0]) + (p.y - mean[1]) * (p.y - mean[1]);
+  const double scale = std::sqrt(2.0 * static_cast<double>(points.size()) / squaredDistances);
   return {scale, 0.0, -scale * mean[0], 0.0, scale, -scale * mean[1], 0.0, 0.0, 1.0};
 }
 
@@ -120,13 +120,13 @@ bool HomographyOf(const Observation& observation, cv::Matx33d& homography) {
 double HomographyResidual(const Observation& observation) {
   cv::Matx33d homography;
   if (!HomographyOf(observation, homography)) return std::numeric_limits<double>::infinity();
-  double squares = 0.0;
+  double squaredDistances = 0.0;
   for (size_t k = 0; k < observation.object.size(); ++k) {
     const cv::Vec3d at = homography * cv::Vec3d(observation.object[k].x, observation.object[k].y, 1.0);
     const cv::Point2d away(at[0] / at[2] - observation.image[k].x, at[1] / at[2] - observation.image[k].y);
-    squares += away.dot(away);
+    squaredDistances += away.dot(away);
   }
-  const double residual = std::sqrt(squares / static_cast<double>(observation.object.size()));
+  const double residual = std::sqrt(squaredDistances / static_cast<double>(observation.object.size()));
   return std::isfinite(residual) ? residual : std::numeric_limits<double>::infinity();
 }
 

@@ -120,9 +120,9 @@ bool IsOutlier(double residual, double deviation) {
 }
 
 double RootMeanSquare(const std::vector<double>& values) {
-  double squares = 0.0;
-  for (const double value : values) squares += value * value;
-  return std::sqrt(squares / static_cast<double>(values.size()));
+  double squaredResiduals = 0.0;
+  for (const double value : values) squaredResiduals += value * value;
+  return std::sqrt(squaredResiduals / static_cast<double>(values.size()));
 }
 
 Selection WithoutOutliers(const Selection& selection, const Residuals& residuals, double deviation,
