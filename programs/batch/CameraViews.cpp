@@ -55,7 +55,7 @@ int CameraViews::ChosenModel(common::Report& report) {
 
 CalibrationVerdict CameraViews::Verdict(common::Report& report) {
   CalibrationVerdict verdict = search_.Engine()->GetVerdict();
-  report.disagreeing = common::ViewsLeftOut(verdict);
+  report.disagreeing = common::RejectedViews(verdict);
   return verdict;
 }
 

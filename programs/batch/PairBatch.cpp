@@ -223,7 +223,7 @@ void CalibratePair(const Arguments& arguments, const CameraResults& results, con
   verdict = VerdictOf(calibrator, results);
   report.left = {verdict.left.rms, verdict.left.viewRms};
   report.right = {verdict.right.rms, verdict.right.viewRms};
-  report.disagreeing = common::ViewsLeftOut(verdict);
+  report.disagreeing = common::RejectedViews(verdict);
   report.epipolarDistance = EpipolarDistance(calibrator, seen.left, seen.right, report.disagreeing);
 }
 

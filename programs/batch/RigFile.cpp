@@ -69,7 +69,7 @@ json Object(const PairVerdict::Deviations& deviations) {
           {"direction", deviations.direction}};
 }
 
-/// What was left out is told of once, for the whole rig.
+/// What was rejected is listed once, for the whole rig.
 json CameraVerdict(const CalibrationVerdict& verdict) {
   json object = json::parse(verdict.ToJson());
   object.erase("leftOut");

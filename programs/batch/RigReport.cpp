@@ -62,8 +62,8 @@ std::string CameraText(const velmora::RigCamera& camera, const std::string& name
 }
 
 /// Of the images that were used, by their places among them, those that the solver left out.
-std::set<size_t> LeftOutImages(const velmora::RigResult& result, const common::RigNames& names,
-                               const std::vector<std::string>& used) {
+std::set<size_t> RejectedImages(const velmora::RigResult& result, const common::RigNames& names,
+                                const std::vector<std::string>& used) {
   std::set<size_t> images;
   for (const velmora::RigLeftOut& left : result.leftOut) {
     if (left.point >= 0) continue;
@@ -79,7 +79,7 @@ std::string RigTable(const velmora::RigResult& result, const common::RigNames& n
                      const std::vector<common::Rejection>& rejected, const std::string& model) {
   const std::vector<std::string> used = names.AllImages();
   std::ostringstream text;
-  text << common::ViewsTable(used, rejected, LeftOutImages(result, names, used)) << "\n"
+  text << common::ViewsTable(used, rejected, RejectedImages(result, names, used)) << "\n"
        << "Rig: " << result.cameras.size() << " cameras, "
        << (model.empty() ? "intrinsics given" : model + " model") << "\n"
        << std::fixed << std::setprecision(6) << "RMS reprojection error: " << result.rms << " px\n";

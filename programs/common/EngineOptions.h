@@ -21,8 +21,8 @@ void AddEngineOptions(CLI::App& app, EngineOptions& options);
 /// Of the discs of a grid of that unit, metres.
 double DiscRadius(const EngineOptions& options, float unit);
 
-/// For a grid of that unit (metres). The sparse solver, when it is chosen, leaves out what disagrees and
-/// corrects the bias of the discs.
+/// For a grid of that unit (metres). The sparse solver, when it is chosen, rejects outliers and corrects the
+/// bias of the discs.
 void ApplyEngineOptions(const EngineOptions& options, float unit, Calibrator& calibrator);
 
 }  // namespace common

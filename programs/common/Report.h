@@ -25,7 +25,7 @@ struct Report {
   std::vector<std::string> modelReasons;  ///< of an automatic choice
   cv::Size frame;
   std::vector<std::string> used;  ///< names of the views, in the order of the errors
-  std::set<size_t> disagreeing;   ///< indexes of views that the solver left out of the result
+  std::set<size_t> disagreeing;   ///< indexes of views that the solver rejected
   std::vector<Rejection> rejected;
   double rms = 0.0;
   cv::Mat K, D, stdDevs, viewErrors;  ///< as the engine hands them out
@@ -41,7 +41,7 @@ struct SideErrors {
 struct PairReport {
   std::string model;
   std::vector<std::string> used;
-  std::set<size_t> disagreeing;  ///< indexes of pairs of which the solver left out an image
+  std::set<size_t> disagreeing;  ///< indexes of pairs of which the solver rejected an image
   std::vector<Rejection> rejected;
   double rms = 0.0;
   SideErrors left, right;
@@ -51,7 +51,7 @@ struct PairReport {
 };
 
 /// How many views were used, and the pictures that were not, by reason; of long lists the first names.
-/// `disagreeing` are those of the views that the solver left out, `what` is the word for one picture.
+/// `disagreeing` are those of the views that the solver rejected, `what` is the word for one picture.
 std::string ViewsTable(const std::vector<std::string>& used, const std::vector<Rejection>& rejected,
                        const std::set<size_t>& disagreeing = {}, const std::string& what = "image");
 

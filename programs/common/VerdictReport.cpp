@@ -12,8 +12,8 @@ std::string NameOf(size_t view, const std::vector<std::string>& names) {
   return view < names.size() ? names[view] : "view " + std::to_string(view);
 }
 
-/// An image that is left out, or a circle of one that is kept.
-std::string LeftOutText(const std::string& image, int point, double residual, const std::string& reason) {
+/// A rejected image, or a rejected circle of one that is kept.
+std::string RejectedText(const std::string& image, int point, double residual, const std::string& reason) {
   std::ostringstream text;
   text << std::fixed << std::setprecision(2);
   if (point < 0) {
@@ -80,7 +80,7 @@ std::string VerdictWithoutViews(const CalibrationVerdict& verdict) {
 std::string VerdictTable(const CalibrationVerdict& verdict, const std::vector<std::string>& names) {
   std::string text = VerdictWithoutViews(verdict);
   for (const auto& left : verdict.leftOut) {
-    text += LeftOutText(NameOf(left.view, names), left.point, left.residual, left.reason);
+    text += RejectedText(NameOf(left.view, names), left.point, left.residual, left.reason);
   }
   return text;
 }
@@ -96,7 +96,7 @@ std::string VerdictTable(const PairVerdict& verdict, const std::vector<std::stri
   for (const auto& left : verdict.leftOut) {
     const std::string image =
         std::string(left.right ? "right" : "left") + " picture of " + NameOf(left.view, names);
-    text += LeftOutText(image, left.point, left.residual, left.reason);
+    text += RejectedText(image, left.point, left.residual, left.reason);
   }
   return text;
 }
@@ -112,7 +112,7 @@ std::string VerdictTable(const velmora::RigResult& result, const RigNames& names
   }
   text += ApartText(verdict.disagreements, names.Moments(), "all images");
   for (const velmora::RigLeftOut& left : result.leftOut) {
-    text += LeftOutText(names.Image(left.view, left.camera), left.point, left.residual, left.reason);
+    text += RejectedText(names.Image(left.view, left.camera), left.point, left.residual, left.reason);
   }
   for (size_t i = 0; i < verdict.cameras.size(); ++i) {
     text += "\nCamera " + cameras[i] + "\n" + VerdictWithoutViews(verdict.cameras[i]);
@@ -120,11 +120,11 @@ std::string VerdictTable(const velmora::RigResult& result, const RigNames& names
   return text;
 }
 
-std::set<size_t> ViewsLeftOut(const CalibrationVerdict& verdict) {
+std::set<size_t> RejectedViews(const CalibrationVerdict& verdict) {
   return WholeViews(verdict.leftOut);
 }
 
-std::set<size_t> ViewsLeftOut(const PairVerdict& verdict) {
+std::set<size_t> RejectedViews(const PairVerdict& verdict) {
   return WholeViews(verdict.leftOut);
 }
 

@@ -19,9 +19,9 @@ std::string VerdictTable(const PairVerdict& verdict, const std::vector<std::stri
 /// Of a rig and of each of its cameras.
 std::string VerdictTable(const velmora::RigResult& result, const RigNames& names);
 
-/// Indexes of the views that the computation left out as a whole.
-std::set<size_t> ViewsLeftOut(const CalibrationVerdict& verdict);
+/// Indexes of the views that the computation rejected as a whole.
+std::set<size_t> RejectedViews(const CalibrationVerdict& verdict);
 /// Of pairs, also those of which one picture was left out.
-std::set<size_t> ViewsLeftOut(const PairVerdict& verdict);
+std::set<size_t> RejectedViews(const PairVerdict& verdict);
 
 }  // namespace common

@@ -169,7 +169,7 @@ GuidedLoop::Step GuidedLoop::FollowComputation() {
 GuidedLoop::Step GuidedLoop::Save() {
   common::Report report = ReportOf(calibrator_, options_.frame);
   const CalibrationVerdict verdict = calibrator_.GetVerdict();
-  report.disagreeing = common::ViewsLeftOut(verdict);
+  report.disagreeing = common::RejectedViews(verdict);
   out_ << common::ResultTable(report) << "\n" << common::VerdictTable(verdict, report.used);
   common::OutputFiles files;
   const std::string unwritten = Write(verdict, files);

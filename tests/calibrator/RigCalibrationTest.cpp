@@ -123,13 +123,13 @@ TEST(RigCalibration, LeavesOutWhatWasSpoilt) {
   options.model = Calibrator::MODEL_CLASSIC;
   const RigResult result = velmora::CalibrateRig(records, options);
   ExpectTruth(result, rig, 0.2, 0.002);  // as sure as so few views make it
-  const auto timesLeftOut = [&](size_t view, size_t camera, int point) {
+  const auto timesRejected = [&](size_t view, size_t camera, int point) {
     return std::count_if(result.leftOut.begin(), result.leftOut.end(), [&](const velmora::RigLeftOut& item) {
       return item.view == view && item.camera == camera && item.point == point;
     });
   };
-  EXPECT_EQ(timesLeftOut(4, 0, 7), 1);
-  EXPECT_EQ(timesLeftOut(5, 1, -1), 1);
+  EXPECT_EQ(timesRejected(4, 0, 7), 1);
+  EXPECT_EQ(timesRejected(5, 1, -1), 1);
   EXPECT_EQ(result.views[5].rms[1], -1.0);
 }
 

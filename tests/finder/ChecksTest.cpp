@@ -36,26 +36,26 @@ bool GoOn(const std::vector<Candidate>& candidates) {
   return finder::GoesOn(PlaneOf(discs), discs, index, effort);
 }
 
-TEST(Checks, DropTheStrayAndKeepWhatTheLensBends) {
+TEST(Checks, RejectTheOutlierAndKeepWhatTheLensBends) {
   PlacedDiscs discs = unit::BentDiscs();
   SheetPlane plane = PlaneOf(discs);
-  EXPECT_TRUE(finder::DropStrays(plane, discs, 6));
+  EXPECT_TRUE(finder::RejectOutliers(plane, discs, 6));
   EXPECT_EQ(discs.Missing(), 0);
   EXPECT_TRUE(finder::LiesOnPlane(plane, discs));
   discs.centres[21] += cv::Point2d(0.35 * FLAT_STEP, 0.0);
   ASSERT_TRUE(plane.Fit(discs));
   EXPECT_FALSE(finder::LiesOnPlane(plane, discs));
-  EXPECT_TRUE(finder::DropStrays(plane, discs, 6));
+  EXPECT_TRUE(finder::RejectOutliers(plane, discs, 6));
   EXPECT_EQ(discs.Missing(), 1);
   EXPECT_FALSE(discs.Has(21));
 }
 
-TEST(Checks, DropAllStraysAndNothingElse) {
+TEST(Checks, RejectAllOutliersAndNothingElse) {
   PlacedDiscs discs = unit::FlatDiscs();
-  for (const size_t stray : {3U, 18U, 40U})
-    discs.centres[stray] += cv::Point2d(-0.4 * FLAT_STEP, 0.3 * FLAT_STEP);
+  for (const size_t outlier : {3U, 18U, 40U})
+    discs.centres[outlier] += cv::Point2d(-0.4 * FLAT_STEP, 0.3 * FLAT_STEP);
   SheetPlane plane = PlaneOf(discs);
-  EXPECT_TRUE(finder::DropStrays(plane, discs, 3));
+  EXPECT_TRUE(finder::RejectOutliers(plane, discs, 3));
   for (size_t k = 0; k < 44; ++k) EXPECT_EQ(discs.Has(k), k != 3 && k != 18 && k != 40) << k;
   // What is left is the plane's again.
   for (size_t k = 0; k < 44; ++k) {
@@ -68,30 +68,30 @@ TEST(Checks, LookPastDiscsThatAreMissingAlready) {
   discs.radii[10] = 0.0;
   discs.centres[10] = {};
   SheetPlane plane = PlaneOf(discs);
-  EXPECT_TRUE(finder::DropStrays(plane, discs, 6));
+  EXPECT_TRUE(finder::RejectOutliers(plane, discs, 6));
   EXPECT_EQ(discs.Missing(), 1);
 }
 
-TEST(Checks, GiveUpWhenTooManyDiscsAreStrays) {
+TEST(Checks, GiveUpWhenTooManyDiscsAreOutliers) {
   PlacedDiscs discs = unit::FlatDiscs();
   for (size_t k = 1; k < 44; k += 4)
     discs.centres[k + k % 3] += cv::Point2d(0.4 * FLAT_STEP, k % 8 == 1 ? 12.0 : -12.0);
   SheetPlane plane = PlaneOf(discs);
-  EXPECT_FALSE(finder::DropStrays(plane, discs, 6));
+  EXPECT_FALSE(finder::RejectOutliers(plane, discs, 6));
 }
 
 TEST(Checks, TakeNoGridThatIsOffThePlaneTogether) {
   PlacedDiscs discs = unit::FlatDiscs();
   const SheetPlane flat = PlaneOf(discs);
   EXPECT_TRUE(finder::LiesOnPlane(flat, discs));
-  // A bend that the polynomial follows, so that none is a stray, but which no lens has.
+  // A bend that the polynomial follows, so that none is an outlier, but which no lens has.
   for (size_t k = 0; k < 44; ++k) {
     const double v = (discs.places[k].y - 5.0) / 5.0;
     discs.centres[k].x += 1.1 * FLAT_STEP * v * v;
   }
   SheetPlane plane;
   ASSERT_TRUE(plane.Fit(discs));
-  for (size_t k = 0; k < 44; ++k) EXPECT_LT(plane.Stray(discs, k), 0.05) << k;
+  for (size_t k = 0; k < 44; ++k) EXPECT_LT(plane.ScaledResidual(discs, k), 0.05) << k;
   EXPECT_FALSE(finder::LiesOnPlane(plane, discs));
 }
 

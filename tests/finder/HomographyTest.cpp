@@ -102,7 +102,7 @@ TEST(Homography, OfNoisyPointsHasTheLeastSumOfSquaredDistances) {
   }
 }
 
-TEST(Homography, OfPointsWithStraysHasTheLeastSumToo) {
+TEST(Homography, OfPointsWithOutliersHasTheLeastSumToo) {
   const Points places = Places({4, 11});
   Points observed = ObservedBy(OBLIQUE, places);
   observed[5] += cv::Point2d(25.0, -10.0);

@@ -111,7 +111,7 @@ PlacedDiscs DiscsOffPlane(const cv::Size& grid, double chance) {
   return discs;
 }
 
-TEST(SheetPlane, PredictsAndStraysAsEliminationDoes) {
+TEST(SheetPlane, PredictsAndScalesResidualsAsEliminationDoes) {
   const struct {
     cv::Size grid;
     size_t missing;
@@ -131,8 +131,8 @@ TEST(SheetPlane, PredictsAndStraysAsEliminationDoes) {
         EXPECT_LT(cv::norm(plane.Predict(place) - bend.Predict(place)), 1e-8) << k;
         if (!discs.Has(k)) continue;
         const double off = cv::norm(discs.centres[k] - bend.Predict(place)) / plane.Step(place);
-        const double stray = off / std::sqrt(std::max(0.01, 1.0 - bend.Leverage(place)));
-        EXPECT_NEAR(plane.Stray(discs, k), stray, 1e-8) << k;
+        const double residual = off / std::sqrt(std::max(0.01, 1.0 - bend.Leverage(place)));
+        EXPECT_NEAR(plane.ScaledResidual(discs, k), residual, 1e-8) << k;
       }
     }
   }

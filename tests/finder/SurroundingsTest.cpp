@@ -134,7 +134,7 @@ cv::Vec3d WordByElimination(const SheetPlane& plane, const PlacedDiscs& discs, s
   return {static_cast<double>(says[0][0]), static_cast<double>(says[0][1]), static_cast<double>(radius)};
 }
 
-TEST(Surroundings, SayWhatEliminationDoesAtCornersAndWithGapsAndStrays) {
+TEST(Surroundings, SayWhatEliminationDoesAtCornersAndWithGapsAndOutliers) {
   const cv::Matx33d H(38.0, 6.0, 120.0, -9.0, 26.0, 100.0, 0.01, 0.03, 1.0);
   cv::RNG random(8);
   for (int trial = 0; trial < 20; ++trial) {

@@ -149,7 +149,7 @@ TEST(Disagreement, OfASingleCameraIsNone) {
   EXPECT_EQ(DisagreementsOf(unit::Solved(problem)), std::vector<double>(8, 0.0));
 }
 
-TEST(Disagreement, DoesNotCountPointsThatWereLeftOut) {
+TEST(Disagreement, DoesNotCountPointsThatWereRejected) {
   auto problem =
       unit::ObservedByRig(unit::ClassicPair(), CLASSIC_PARAMETERS, unit::FlatShape(), 10, 4, NOISE);
   problem.estimated.intrinsics = false;

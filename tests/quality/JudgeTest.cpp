@@ -316,7 +316,7 @@ TEST(Verdict, ComesFromACalibratorWithEitherSolver) {
   EXPECT_EQ(calibrator->GetVerdict().grade, Grade::None);
 }
 
-TEST(Verdict, IsNotDisturbedByViewsThatWereLeftOut) {
+TEST(Verdict, IsNotDisturbedByViewsThatWereRejected) {
   auto views = Observed(RandomPoses(12, 6), 6);
   std::reverse(views[4].begin(), views[4].end());
   const auto calibrator = unit::CalibratorWith(views);

@@ -194,7 +194,7 @@ TEST(OmittedEffectsOfARig, CountOnlyWhatEachCameraSaw) {
   ExpectShift(solution, bend, BentBy(bend));
 }
 
-TEST(OmittedEffectsOfARig, DoNotCountPointsThatWereLeftOut) {
+TEST(OmittedEffectsOfARig, DoNotCountPointsThatWereRejected) {
   auto problem = unit::ObservedByRig(unit::ClassicPair(), CLASSIC_PARAMETERS,
                                      unit::BentShape({0.0, 0.02, 0.05}), 12, 8, SHARP);
   auto weightless = problem;

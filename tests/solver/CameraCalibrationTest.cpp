@@ -1,4 +1,4 @@
-/// Cameras and rigs calibrated from spoilt views: what is left out is what was spoilt, and the truth is
+/// Cameras and rigs calibrated from spoilt views: what is rejected is what was spoilt, and the truth is
 /// reached.
 #include "solver/CameraCalibration.h"
 
@@ -15,8 +15,8 @@ namespace {
 
 class SpoiltShare : public ::testing::TestWithParam<double> {
  protected:
-  /// All that was spoilt is left out, and of a thousand other points one at the most.
-  static void ExpectWhatWasSpoiltLeftOut(const Solution& solution, const unit::Spoilt& spoilt) {
+  /// All that was spoilt is rejected, and of a thousand other points one at the most.
+  static void ExpectWhatWasSpoiltRejected(const Solution& solution, const unit::Spoilt& spoilt) {
     EXPECT_EQ(unit::ImagesOf(solution.rejected), spoilt.images);
     const unit::PointNumbers points = unit::PointsOf(solution.rejected);
     EXPECT_TRUE(std::includes(points.begin(), points.end(), spoilt.points.begin(), spoilt.points.end()));
@@ -35,20 +35,20 @@ class SpoiltShare : public ::testing::TestWithParam<double> {
   }
 };
 
-TEST_P(SpoiltShare, OfOneCameraIsLeftOut) {
+TEST_P(SpoiltShare, OfOneCameraIsRejected) {
   for (const std::uint64_t seed : {1U, 2U, 3U}) {
     SCOPED_TRACE(seed);
     const CalibrationProblem truth = unit::TrueProblem(unit::DistortedCamera(), 20, 0.1, seed);
     const unit::Spoilt spoilt = unit::Spoil(truth.views, GetParam(), {{3, 0}, {8, 0}, {15, 0}}, seed);
     const Solution solution = solver::CalibrateCamera(spoilt.views, unit::FRAME, true, {});
-    ExpectWhatWasSpoiltLeftOut(solution, spoilt);
+    ExpectWhatWasSpoiltRejected(solution, spoilt);
     EXPECT_EQ(solution.kept.size(), 17U);
     ExpectIntrinsicsNear(solution.rig.cameras[0].intrinsics, truth.rig.cameras[0].intrinsics);
     EXPECT_NEAR(std::sqrt(NoiseVariance(solution)), 0.1, 0.01);
   }
 }
 
-TEST_P(SpoiltShare, OfAPairIsLeftOut) {
+TEST_P(SpoiltShare, OfAPairIsRejected) {
   for (const std::uint64_t seed : {1U, 2U}) {
     for (const bool intrinsics : {false, true}) {
       SCOPED_TRACE(std::to_string(seed) + (intrinsics ? " refined" : " known"));
@@ -62,7 +62,7 @@ TEST_P(SpoiltShare, OfAPairIsLeftOut) {
       const double step[] = {0.01, -0.02, 0.01, 0.003, 0.002, -0.004};
       start.rig.cameras[1].cameraFromRig = Retract(start.rig.cameras[1].cameraFromRig, step);
       const Solution solution = solver::CalibrateRig(start, true, {});
-      ExpectWhatWasSpoiltLeftOut(solution, spoilt);
+      ExpectWhatWasSpoiltRejected(solution, spoilt);
       EXPECT_EQ(solution.kept.size(), 19U);  // the view of which no image is left
       const RigidTransform& right = solution.rig.cameras[1].cameraFromRig;
       EXPECT_LT(unit::AngleBetween(right.R, truth.rig.cameras[1].cameraFromRig.R), intrinsics ? 0.2 : 0.02);

@@ -1,4 +1,4 @@
-/// What the sparse solver leaves out of damaged collections, and what is left then.
+/// What the sparse solver rejects of damaged collections, and what is left then.
 #include "solver/OutlierRejection.h"
 
 #include <gtest/gtest.h>
@@ -42,7 +42,7 @@ SparseResult Robustly(const unit::PointLists& views, bool robust = true) {
                                  unit::FRAME, Calibrator::MODEL_CLASSIC, options);
 }
 
-std::set<size_t> ViewsLeftOut(const SparseResult& result) {
+std::set<size_t> RejectedViews(const SparseResult& result) {
   std::set<size_t> views;
   for (const Rejected& rejected : result.rejected) {
     if (rejected.point == Rejected::WHOLE_VIEW) views.insert(rejected.view);
@@ -68,14 +68,14 @@ TEST_P(Damage, OfWholeViewsIsNamedAndWithoutEffect) {
   AddNoise(views_[12], 3.0);
   AddNoise(views_[17], 1.0);
   const SparseResult damaged = Robustly(views_);
-  EXPECT_EQ(ViewsLeftOut(damaged), (std::set<size_t>{3, 8, 12, 17}));
+  EXPECT_EQ(RejectedViews(damaged), (std::set<size_t>{3, 8, 12, 17}));
   EXPECT_EQ(damaged.rvecs.rows, VIEWS);
   EXPECT_EQ(damaged.perViewErrors.rows, VIEWS);
   EXPECT_GT(damaged.perViewErrors.at<double>(12), 2.0);
 
   unit::PointLists rest;
   for (size_t i = 0; i < views_.size(); ++i) {
-    if (ViewsLeftOut(damaged).count(i) == 0) rest.push_back(views_[i]);
+    if (RejectedViews(damaged).count(i) == 0) rest.push_back(views_[i]);
   }
   const SparseResult without = Robustly(rest, false);
   if (damaged.rejected.size() == 4) {
@@ -101,7 +101,7 @@ TEST_P(Damage, OfPointsIsNamedAndWithoutEffect) {
 
 TEST_P(Damage, IsNotSeenWhereThereIsNone) {
   const SparseResult robust = Robustly(views_);
-  EXPECT_TRUE(ViewsLeftOut(robust).empty());
+  EXPECT_TRUE(RejectedViews(robust).empty());
   EXPECT_LE(robust.rejected.size(), 1U);
   if (robust.rejected.empty()) {
     EXPECT_SAME_MAT(robust.K, Robustly(views_, false).K);
@@ -115,7 +115,7 @@ TEST(OutlierRejection, NeverLeavesOutMostOfTheViews) {
   views.resize(6);
   for (size_t i = 0; i < 4; ++i) std::reverse(views[i].begin(), views[i].end());
   const SparseResult result = Robustly(views);
-  EXPECT_TRUE(ViewsLeftOut(result).empty());
+  EXPECT_TRUE(RejectedViews(result).empty());
 }
 
 TEST(OutlierRejection, SaysWhenHalfOfAFewViewsStandAgainstTheOthers) {
@@ -125,7 +125,7 @@ TEST(OutlierRejection, SaysWhenHalfOfAFewViewsStandAgainstTheOthers) {
   for (size_t i = 0; i < 3; ++i) AddNoise(views[i], 3.0);
   const SparseResult result = Robustly(views);
   EXPECT_TRUE(result.tooFewAgree);
-  EXPECT_LE(ViewsLeftOut(result).size(), 2U);
+  EXPECT_LE(RejectedViews(result).size(), 2U);
 }
 
 /// Moves a share of all points by some twenty pixels.
@@ -141,14 +141,14 @@ void Scatter(unit::PointLists& views, double share, std::uint64_t seed) {
 
 class ScatteredOutliers : public ::testing::TestWithParam<double> {};
 
-TEST_P(ScatteredOutliers, AreLeftOutPointByPoint) {
+TEST_P(ScatteredOutliers, AreRejectedPointByPoint) {
   for (const std::uint64_t seed : {21U, 22U, 23U}) {
     const unit::PointLists clean = CleanViews(seed);
     unit::PointLists views = clean;
     Scatter(views, GetParam(), seed);
     const SparseResult result = Robustly(views);
     EXPECT_LT(unit::TrueErrorOf(result, unit::DistortedCamera(), clean), 0.25) << seed;
-    EXPECT_LE(ViewsLeftOut(result).size(), static_cast<size_t>(VIEWS) / 2) << seed;
+    EXPECT_LE(RejectedViews(result).size(), static_cast<size_t>(VIEWS) / 2) << seed;
     EXPECT_FALSE(result.tooFewAgree) << seed;
     const auto points = static_cast<double>(result.rejected.size());
     EXPECT_GT(points, 0.5 * GetParam() * VIEWS * unit::GRID.area()) << seed;
@@ -175,7 +175,7 @@ TEST_P(WrongViewsOfAFew, AreOutvotedByTheOthers) {
       wrong.insert(i);
     }
     const SparseResult result = Robustly(views);
-    EXPECT_EQ(ViewsLeftOut(result), wrong) << seed;
+    EXPECT_EQ(RejectedViews(result), wrong) << seed;
     EXPECT_LT(unit::TrueErrorOf(result, unit::DistortedCamera(), clean), 1.0) << seed;
   }
 }

@@ -45,7 +45,7 @@ TEST(Outliers, HardlyMoveTheDeviation) {
   EXPECT_NEAR(solver::DeviationOf(residuals), 1.0 / 1.177, 1e-12);
 }
 
-TEST(Outliers, AreLeftOutPointByPointWhileHalfOfTheViewIsLeft) {
+TEST(Outliers, AreRejectedPointByPointWhileHalfOfTheViewIsLeft) {
   const solver::Selection selection = solver::WithoutOutliers(Three(), OffIn(FirstPoints(22)), 1.0, HALF);
   EXPECT_EQ(selection.kept, (std::vector<size_t>{0, 1, 2}));
   ASSERT_EQ(selection.rejected.size(), 22U);
@@ -81,7 +81,7 @@ TEST(Outliers, TakeTheirViewAlongWhenTheOthersDoNotSpanTheTarget) {
   EXPECT_EQ(solver::WithoutOutliers(Three(), OffIn(points), 1.0, 0.1).kept, (std::vector<size_t>{0, 1, 2}));
 }
 
-TEST(Outliers, OfSelectionsKeepWhatWasLeftOutBefore) {
+TEST(Outliers, OfSelectionsKeepWhatWasRejectedBefore) {
   solver::Selection before = Three();
   before.kept = {0, 1, 3};
   before.rejected.push_back({2, Rejected::WHOLE_VIEW, 9.0, "no grid"});

@@ -20,7 +20,7 @@ std::vector<TargetView> ViewsOf(const unit::PointLists& points) {
   return solver::TargetOf(unit::FlatTargets(points.size()), points).views;
 }
 
-std::set<size_t> ViewsLeftOut(const std::vector<Rejected>& rejected) {
+std::set<size_t> RejectedViews(const std::vector<Rejected>& rejected) {
   std::set<size_t> views;
   for (const Rejected& item : rejected) {
     if (item.point == Rejected::WHOLE_VIEW) views.insert(item.view);
@@ -37,7 +37,7 @@ Camera CameraOf(const unit::PointLists& points) {
   return camera;
 }
 
-/// All views of the camera, some of them left out.
+/// All views of the camera, some of them rejected.
 struct LeftOut {
   std::vector<TargetView> views;
   solver::Selection selection;
@@ -65,7 +65,7 @@ TEST(Readmission, TakesBackViewsThatFitTheCameraAndNoOthers) {
   std::reverse(points[4].begin(), points[4].end());
   LeftOut left = Without(points, {2, 4, 19}, camera);
   ASSERT_TRUE(solver::Readmit(left.views, camera, left.selection));
-  EXPECT_EQ(ViewsLeftOut(left.selection.rejected), (std::set<size_t>{4}));
+  EXPECT_EQ(RejectedViews(left.selection.rejected), (std::set<size_t>{4}));
   EXPECT_EQ(left.selection.kept.size(), 19U);
   EXPECT_TRUE(std::is_sorted(left.selection.kept.begin(), left.selection.kept.end()));
   ASSERT_EQ(left.selection.views.size(), 19U);

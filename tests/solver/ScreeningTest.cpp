@@ -39,7 +39,7 @@ std::vector<Wide> WideLenses() {
           {"fisheye of 120 degrees", unit::FisheyeCamera(120.0), RATIONAL, 9, 0.2}};
 }
 
-std::set<size_t> ViewsLeftOut(const std::vector<Rejected>& rejected) {
+std::set<size_t> RejectedViews(const std::vector<Rejected>& rejected) {
   std::set<size_t> views;
   for (const Rejected& item : rejected) {
     if (item.point == Rejected::WHOLE_VIEW) views.insert(item.view);
@@ -68,7 +68,7 @@ TEST(Screening, LeavesThoseViewsToTheCamera) {
   for (const Wide& wide : WideLenses()) {
     const auto views = unit::CloseAndSmallViews(wide.camera, wide.close, wide.smallTo, 6);
     const SparseResult robust = Robustly(views, wide.model);
-    EXPECT_EQ(ViewsLeftOut(robust.rejected), std::set<size_t>()) << wide.name;
+    EXPECT_EQ(RejectedViews(robust.rejected), std::set<size_t>()) << wide.name;
     EXPECT_LT(unit::TrueErrorOf(robust, wide.camera, views),
               1.5 * unit::TrueErrorOf(Robustly(views, wide.model, false), wide.camera, views) + 0.02)
         << wide.name;
@@ -81,7 +81,7 @@ TEST(Screening, FindsViewsInAWrongOrderBesideThem) {
     std::reverse(views[1].begin(), views[1].end());
     std::reverse(views[15].begin(), views[15].end());
     std::rotate(views[7].begin(), views[7].begin() + 1, views[7].end());
-    EXPECT_EQ(ViewsLeftOut(Robustly(views, wide.model).rejected), (std::set<size_t>{1, 7, 15})) << wide.name;
+    EXPECT_EQ(RejectedViews(Robustly(views, wide.model).rejected), (std::set<size_t>{1, 7, 15})) << wide.name;
   }
 }
 

@@ -13,7 +13,7 @@ namespace velmora::finder {
 namespace {
 
 // All in steps.
-constexpr double STRAY = 0.16;
+constexpr double OUTLIER = 0.16;
 constexpr double FARTHEST_OFF = 0.9;
 constexpr double OFF_TOGETHER = 0.3;
 constexpr double BEYOND = 0.17;
@@ -47,19 +47,20 @@ std::set<std::pair<int, int>> PlacesAround(const PlacedDiscs& discs) {
 
 }  // namespace
 
-bool DropStrays(SheetPlane& plane, PlacedDiscs& discs, int atMost) {
+bool RejectOutliers(SheetPlane& plane, PlacedDiscs& discs, int atMost) {
   for (;;) {
-    double farthest = STRAY;
-    size_t stray = discs.places.size();
+    double farthest = OUTLIER;
+    size_t outlier = discs.places.size();
     for (size_t k = 0; k < discs.places.size(); ++k) {
-      const double off = discs.Has(k) ? plane.Stray(discs, k) - 0.5 / plane.Step(discs.places[k]) : 0.0;
+      const double off =
+          discs.Has(k) ? plane.ScaledResidual(discs, k) - 0.5 / plane.Step(discs.places[k]) : 0.0;
       if (off <= farthest) continue;
       farthest = off;
-      stray = k;
+      outlier = k;
     }
-    if (stray == discs.places.size()) return true;
+    if (outlier == discs.places.size()) return true;
     // One at a time: the farthest one may be all that is wrong with the others.
-    discs.radii[stray] = 0.0;
+    discs.radii[outlier] = 0.0;
     if (discs.Missing() > atMost || !plane.Fit(discs)) return false;
   }
 }
@@ -69,7 +70,7 @@ bool LiesOnPlane(const SheetPlane& plane, const PlacedDiscs& discs) {
   for (size_t k = 0; k < discs.places.size(); ++k) {
     const double step = plane.Step(discs.places[k]);
     const double off = cv::norm(discs.centres[k] - plane.Project(discs.places[k])) / step;
-    if (!(off < FARTHEST_OFF) || plane.Stray(discs, k) > STRAY + 0.5 / step) return false;
+    if (!(off < FARTHEST_OFF) || plane.ScaledResidual(discs, k) > OUTLIER + 0.5 / step) return false;
     sum += off * off;
   }
   return std::sqrt(sum / static_cast<double>(discs.places.size())) < OFF_TOGETHER;

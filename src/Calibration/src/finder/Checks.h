@@ -8,11 +8,11 @@
 
 namespace velmora::finder {
 
-/// Declares discs missing that are not where the others say, and fits the plane to the rest. False when more
+/// Declares discs missing that are outliers among the others, and fits the plane to the rest. False when more
 /// than so many are missing then, or nothing fits.
-bool DropStrays(SheetPlane& plane, PlacedDiscs& discs, int atMost);
+bool RejectOutliers(SheetPlane& plane, PlacedDiscs& discs, int atMost);
 
-/// True when all discs are near the plane, as far as a lens may bend it, and none is a stray.
+/// True when all discs are near the plane, as far as a lens may distort it, and none is an outlier.
 bool LiesOnPlane(const SheetPlane& plane, const PlacedDiscs& discs);
 
 /// True when the pattern goes on beyond the grid's size: discs like those of the grid lie on places around

@@ -21,7 +21,7 @@ constexpr double WHOLE = 0.8;
 /// With less a disc is partly hidden however far off the others are.
 constexpr double HALF = 0.65;
 /// What is off by more than so many times the usual is none of the others' noise.
-constexpr double STRAY = 4.5;
+constexpr double OUTLIER = 4.5;
 /// And than so many times the usual, not a lens's bend either.
 constexpr double FAR_OFF = 10.0;
 /// The least share of the rim of a disc that is taken for whole where it was found, whatever the others say.
@@ -77,7 +77,7 @@ class OnceFollowed {
 };
 
 Look LookAt(const SheetPlane& plane, const cv::Mat& grey, const PlacedDiscs& all, PlacedDiscs& discs,
-            size_t k, double strays, double usual, OnceFollowed& followed) {
+            size_t k, double residual, double usual, OnceFollowed& followed) {
   ExpectedDisc expected;
   if (!ExpectDisc(plane, all, k, expected)) return Look::InPlace;
   // In its place among those around it, whatever shadow is upon it.
@@ -87,14 +87,14 @@ Look LookAt(const SheetPlane& plane, const cv::Mat& grey, const PlacedDiscs& all
   if (rim.visible < WHOLE) {
     // Prints with ragged discs have ragged rims, and all their discs are off a little.
     const bool part = rim.visible < HALF && off > 0.1 * all.radii[k] + CLOSE;
-    if (!part && off <= STRAY * usual) return Look::InPlace;
+    if (!part && off <= OUTLIER * usual) return Look::InPlace;
     // Where a lens bends much the others are wrong about the corners.
-    if (strays > FAR_OFF * usual) return Look::Hidden;
+    if (residual > FAR_OFF * usual) return Look::Hidden;
     return RimAsFound(plane, grey, all, k).visible >= WHOLE_ALONE ? Look::InPlace : Look::Hidden;
   }
   // A rim is known less well than the middle of the darkness, most of all at corners, where the others are
   // wrong about size and shape: only what is off for certain is put where its rim is.
-  if (strays <= STRAY * usual || cv::norm(rim.centre - expected.centre) > 0.7 * off) return Look::InPlace;
+  if (residual <= OUTLIER * usual || cv::norm(rim.centre - expected.centre) > 0.7 * off) return Look::InPlace;
   if (cv::norm(rim.centre - all.centres[k]) < std::max(UNSURE, UNSURE_RADII * all.radii[k]))
     return Look::InPlace;
   discs.centres[k] = rim.centre;
@@ -112,7 +112,7 @@ bool AreWhole(const SheetPlane& flat, const cv::Mat& grey, PlacedDiscs& discs) {
     if (!plane.FitBend(discs)) return false;
     std::vector<double> off;
     for (size_t k = 0; k < discs.places.size(); ++k) {
-      off.push_back(plane.Stray(discs, k) * plane.Step(discs.places[k]));
+      off.push_back(plane.ScaledResidual(discs, k) * plane.Step(discs.places[k]));
     }
     const double usual = Median(off);
     const double least = std::max(CLOSE, USUAL * usual);

@@ -99,7 +99,7 @@ class DarkSearch {
   /// Brings the discs to a whole grid, or says why they are none.
   GridFault Complete(SheetPlane& plane, PlacedDiscs& discs, const finder::CandidateIndex& index) {
     if (discs.Missing() > finder::MissingAllowed(grid_)) return FaultOfGaps(plane, discs);
-    if (!finder::DropStrays(plane, discs, finder::MissingAllowed(grid_))) return GridFault::NothingLikeIt;
+    if (!finder::RejectOutliers(plane, discs, finder::MissingAllowed(grid_))) return GridFault::NothingLikeIt;
     const bool gaps = discs.Missing() > 0;
     if (gaps) finder::RecoverMissing(plane, grey_, discs);
     if (discs.Missing() > 0) return FaultOfGaps(plane, discs);

@@ -115,13 +115,13 @@ cv::Point2d SheetPlane::BendAt(const cv::Point2d& place) const {
   return {bend(0), bend(1)};
 }
 
-double SheetPlane::Stray(const PlacedDiscs& discs, size_t k) const {
+double SheetPlane::ScaledResidual(const PlacedDiscs& discs, size_t k) const {
   const cv::Point2d place = discs.places[k];
   const double step = Step(place);
   const Column terms = Terms(place) / step;
   const double leverage = normal_.matrixL().solve(terms).squaredNorm();
   // A disc pulls the fit towards itself; of that half is taken back, in proportion: all of it would take the
-  // lens's own bend at the corners for strays.
+  // lens's own distortion at the corners for outliers.
   return cv::norm(discs.centres[k] - Predict(place)) / step / std::sqrt(std::max(0.01, 1.0 - leverage));
 }
 

@@ -40,7 +40,7 @@ class SheetPlane {
   /// The plane's word, corrected for the lens.
   cv::Point2d Predict(const cv::Point2d& place) const { return Project(place) + BendAt(place); }
   /// How far a disc is from where the others put it, steps; for one that is not missing.
-  double Stray(const PlacedDiscs& discs, size_t k) const;
+  double ScaledResidual(const PlacedDiscs& discs, size_t k) const;
 
  private:
   static constexpr int TERMS = 10;  ///< of a polynomial of third degree; those beyond a lower degree are 0

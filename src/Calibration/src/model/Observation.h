@@ -17,7 +17,7 @@ struct Observation {
 
   double Weight(size_t point) const { return weights.empty() ? 1.0 : weights[point]; }
 
-  /// How many points there are. A point without weight is none: it was left out.
+  /// How many points there are. A point without weight is none: it was rejected.
   double Count() const;
 };
 

@@ -58,7 +58,7 @@ struct ViewEquations {
   Eigen::Index Own() const { return static_cast<Eigen::Index>(columns.size()); }
 };
 
-/// What was left out, and why.
+/// What was rejected, and why.
 struct Rejected {
   static constexpr int WHOLE_VIEW = -1;
 
@@ -86,7 +86,7 @@ struct Solution {
 
   std::vector<size_t> kept;        ///< which of the views that were given these are
   std::vector<Rejected> rejected;  ///< the others, and points
-  bool robust = false;             ///< whether what disagrees was to be left out
+  bool robust = false;             ///< whether outliers were to be rejected
   bool tooFewAgree = false;        ///< so few views agree that none of the others could be called wrong
   double discRadius = 0.0;         ///< that pixels were corrected for; 0: they were taken as they are
 };

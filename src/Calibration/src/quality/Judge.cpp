@@ -115,7 +115,7 @@ void JudgeProjection(const cv::Size& imageSize, CalibrationVerdict& verdict) {
   }
 }
 
-/// Whether enough views are left to believe that those left out are the wrong ones.
+/// Whether enough views are left to believe that the rejected ones are wrong.
 void JudgeSelection(const Solution& solution, CalibrationVerdict& verdict) {
   const bool leftOut =
       std::any_of(solution.rejected.begin(), solution.rejected.end(),

@@ -10,7 +10,7 @@
 namespace velmora {
 
 /// With the options of a computation, of which robustness is applied once, by the full model: what even that
-/// cannot explain is left out for all. Raises cv::Exception as SolveIntrinsicsSparsely does.
+/// cannot explain is rejected for all. Raises cv::Exception as SolveIntrinsicsSparsely does.
 ModelChoice CompareModels(const std::vector<std::vector<cv::Point3d>>& objectPoints,
                           const std::vector<std::vector<cv::Point2d>>& imagePoints, const cv::Size& imageSize,
                           const SparseOptions& options = {});

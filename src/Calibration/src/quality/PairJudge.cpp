@@ -90,7 +90,7 @@ void Measure(const Solution& solution, size_t snapshots, PairVerdict& verdict) {
   }
 }
 
-void CopyLeftOut(const Solution& solution, PairVerdict& verdict) {
+void CopyRejected(const Solution& solution, PairVerdict& verdict) {
   for (const Rejected& rejected : solution.rejected) {
     verdict.leftOut.push_back(
         {rejected.view, rejected.camera == 1, rejected.point, rejected.residual, rejected.reason});
@@ -177,7 +177,7 @@ PairVerdict JudgePair(const PairRecords& records, const StereoIntrinsics& pairIn
   }
   const Solution solution = SolutionOf(records, pairIntrinsics, {cv::Matx33d(R), cv::Vec3d(T.ptr<double>())});
   verdict.grade = solution.usable ? Grade::Good : Grade::Worthless;
-  CopyLeftOut(solution, verdict);
+  CopyRejected(solution, verdict);
   verdict.lensesRefined = records.lensesRefined;
   if (!solution.usable) {
     verdict.formal = verdict.jackknife = verdict.withLenses = UNKNOWN_POSE;

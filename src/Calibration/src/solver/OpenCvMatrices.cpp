@@ -83,7 +83,7 @@ void CopyKept(const Solution& solution, const Target& target, IntrinsicsResult& 
   result.rms = RmsOf(solution);
 }
 
-void PlaceLeftOut(const Solution& solution, const Target& target, IntrinsicsResult& result) {
+void WriteRejected(const Solution& solution, const Target& target, IntrinsicsResult& result) {
   for (size_t i = 0; i < target.views.size(); ++i) {
     if (std::binary_search(solution.kept.begin(), solution.kept.end(), i)) continue;
     const Observation& observation = target.views[i].observations.front();
@@ -112,7 +112,7 @@ void CopyDeviations(const Solution& solution, const Target& target, IntrinsicsRe
   }
 }
 
-/// The view without the points that were left out. False when all of it was.
+/// The view without the rejected points. False when all of them were.
 bool TakeRejected(const std::vector<Rejected>& rejected, size_t number, TargetView& view) {
   Observation& observation = view.observations.front();
   for (const Rejected& item : rejected) {
@@ -124,7 +124,7 @@ bool TakeRejected(const std::vector<Rejected>& rejected, size_t number, TargetVi
   return true;
 }
 
-/// The views that the result is of, with their poses; points that were left out weigh nothing.
+/// The views that the result is of, with their poses; rejected points have no weight.
 void CollectKept(const Target& target, const SparseResult& result, Solution& solution) {
   for (size_t i = 0; i < target.views.size(); ++i) {
     TargetView view = target.views[i];
@@ -184,7 +184,7 @@ IntrinsicsResult MatricesOf(const Solution& solution, const Target& target) {
   result.D =
       CoefficientsOf(intrinsics, classic ? CLASSIC_COEFFICIENTS : MOST_COEFFICIENTS, intrinsics.estimated);
   CopyKept(solution, target, result);
-  PlaceLeftOut(solution, target, result);
+  WriteRejected(solution, target, result);
   CopyDeviations(solution, target, result);
   return result;
 }

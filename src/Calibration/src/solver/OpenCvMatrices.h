@@ -21,15 +21,15 @@ cv::Mat CameraMatrixOf(const Intrinsics& intrinsics);
 /// 1 x 14, with zeros for coefficients that the model does not have.
 cv::Mat CoefficientsOf(const Intrinsics& intrinsics);
 
-/// In the form of SolveIntrinsics, with a row for each view of the target, of a solution of one camera. Views
-/// that were left out have the pose that fits the camera best, its error and no standard deviations.
+/// In the form of SolveIntrinsics, with a row for each view of the target, of a solution of one camera.
+/// Rejected views have the pose that fits the camera best, its error and no standard deviations.
 IntrinsicsResult MatricesOf(const Solution& solution, const Target& target);
 
 /// The intrinsics of a result. D of 14 coefficients is the rational model's where those beyond it are zero.
 Intrinsics IntrinsicsOf(const IntrinsicsResult& result);
 
 /// The solution that either solver's result for the target's views is, with the equations at it. What the
-/// result left out is left out here too; `discRadius` is that of the computation.
+/// result rejected is not used here either; `discRadius` is that of the computation.
 Solution SolutionFrom(const Target& target, const SparseResult& result, const cv::Size& imageSize,
                       double discRadius);
 

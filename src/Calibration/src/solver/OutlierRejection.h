@@ -8,12 +8,12 @@
 
 namespace velmora::solver {
 
-/// Solves with weights that fall with the residuals until outliers hardly count, then leaves out points
-/// beyond 4.5 standard deviations, and images of which less than half is left. Pixels are corrected for the
-/// discs as `options` have it.
+/// Solves with weights that fall with the residuals until outliers hardly count, then rejects points beyond
+/// 4.5 standard deviations, and images of which less than half is left. Pixels are corrected for the discs as
+/// `options` have it.
 ///
 /// Where too few views would be left to call the others wrong, the selection says so: views then go only when
-/// hardly anything is left of them, and where even that leaves too few, nothing is left out.
+/// hardly anything is left of them, and where even that leaves too few, nothing is rejected.
 
 /// Of one camera that nothing is known of: views that are no image of a plane grid go before anything else,
 /// and come back if they fit the camera once it is known. The views have no poses yet. Raises cv::Exception

@@ -21,9 +21,9 @@ bool IsOutlier(double residual, double deviation);
 
 double RootMeanSquare(const std::vector<double>& values);
 
-/// Leaves points out that are beyond 4.5 standard deviations, and a camera's image of a view when less than
-/// the share `least` of it is left, or points that no longer span the target; a view of which no image is
-/// left goes whole. `residuals` are those of the selection's views.
+/// Rejects points that are beyond 4.5 standard deviations, and a camera's image of a view when less than the
+/// share `least` of it is left, or points that no longer span the target; a view of which no image is left
+/// goes whole. `residuals` are those of the selection's views.
 Selection WithoutOutliers(const Selection& selection, const Residuals& residuals, double deviation,
                           double least);
 

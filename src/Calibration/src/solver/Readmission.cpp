@@ -1,4 +1,4 @@
-/// Takes views back that were left out before the intrinsics were known.
+/// Readmits views that were rejected before the intrinsics were known.
 #include "solver/Readmission.h"
 
 #include <algorithm>

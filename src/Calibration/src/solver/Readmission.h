@@ -1,4 +1,4 @@
-/// Takes views back that were left out before the intrinsics were known.
+/// Readmits views that were rejected before the intrinsics were known.
 #pragma once
 
 #include <vector>
@@ -7,8 +7,8 @@
 
 namespace velmora::solver {
 
-/// Of one camera: adds to the selection the views among those that it left out whole which the camera shows
-/// about where they were observed, with their poses. `selection.views` have the poses of the estimate. True
+/// Of one camera: adds to the selection those of the wholly rejected views whose points the camera projects
+/// near where they were observed, with their poses. `selection.views` have the poses of the estimate. True
 /// when there are such views.
 bool Readmit(const std::vector<TargetView>& views, const Camera& camera, Selection& selection);
 

@@ -1,4 +1,4 @@
-/// Which views and points a rig is computed from, and what was left out.
+/// Which views and points a rig is computed from, and which were rejected.
 #include "solver/Selection.h"
 
 #include <numeric>

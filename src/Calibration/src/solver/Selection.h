@@ -1,4 +1,4 @@
-/// Which views and points a rig is computed from, and what was left out.
+/// Which views and points a rig is computed from, and which were rejected.
 #pragma once
 
 #include <cstddef>
@@ -8,8 +8,8 @@
 
 namespace velmora::solver {
 
-/// Which views to keep, in the order of their numbers, with weights of zero for points that are left out and
-/// empty observations of cameras whose images are.
+/// Which views to keep, in the order of their numbers, with weights of zero for rejected points and empty
+/// observations of cameras whose images are rejected.
 struct Selection {
   std::vector<size_t> kept;
   std::vector<TargetView> views;

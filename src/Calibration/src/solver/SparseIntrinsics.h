@@ -23,8 +23,8 @@ struct SparseOptions {
 };
 
 struct SparseResult : IntrinsicsResult {
-  std::vector<Rejected> rejected;  ///< what was left out, by the numbers of views and points
-  bool robust = false;             ///< whether what disagrees was to be left out
+  std::vector<Rejected> rejected;  ///< what was rejected, by the numbers of views and points
+  bool robust = false;             ///< whether outliers were to be rejected
   /// So few views agree with each other that none of the others could be called wrong.
   bool tooFewAgree = false;
   /// What the matrices are of; null of other solvers' results.

@@ -43,7 +43,7 @@ class PairComputation {
     bundle_.discRadius = options_.discRadius;
     bundle_.parameters = LensModelOf(model).parameters;
     Solution refined = Checked(solver::CalibrateRig(start, options_.robust, bundle_));
-    // What was left out whole before stays so; the rest was looked at anew.
+    // Views that were rejected before stay so; the rest was checked anew.
     for (Rejected& rejected : refined.rejected) rejected.view = held.kept[rejected.view];
     for (size_t& view : refined.kept) view = held.kept[view];
     for (const Rejected& rejected : held.rejected) {
