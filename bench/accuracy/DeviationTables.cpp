@@ -64,8 +64,8 @@ std::vector<Fault> Faults() {
   tooSmall.fieldOfView = 100.0;
   Case tilted = right;
   tilted.lens = LensKind::Tilted;
-  Case held = tilted;
-  held.model = Calibrator::MODEL_FULL;
+  Case fullModel = tilted;
+  fullModel.model = Calibrator::MODEL_FULL;
   Case largeEnough = tooSmall;
   largeEnough.model = Calibrator::MODEL_RATIONAL;
   return {{"none", right},
@@ -76,7 +76,7 @@ std::vector<Fault> Faults() {
           {"classic model of a wide-angle lens", tooSmall},
           {"rational model of a wide-angle lens", largeEnough},
           {"classic model of a tilted sensor", tilted},
-          {"full model of a tilted sensor", held}};
+          {"full model of a tilted sensor", fullModel}};
 }
 
 }  // namespace

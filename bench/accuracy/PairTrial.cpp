@@ -80,10 +80,10 @@ PairTrial RunPairTrial(const PairCase& what, std::uint64_t seed) {
     points.right.push_back(NoisyPoints(rig.right, world::RightPose(rig, pose), what.noise, 0.0, random));
   }
   try {
-    const PairResult held = SolvePair(points.left, points.right, rig.left.size, what.model, what.solver);
+    const PairResult fixed = SolvePair(points.left, points.right, rig.left.size, what.model, what.solver);
     return Compared(
         rig, poses,
-        what.refined ? RefinedPair(held, points.left, points.right, rig.left.size, what.model) : held);
+        what.refined ? RefinedPair(fixed, points.left, points.right, rig.left.size, what.model) : fixed);
   } catch (const std::exception&) {
     PairTrial trial;
     trial.failed = true;

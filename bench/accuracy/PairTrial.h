@@ -29,8 +29,8 @@ struct PairTrial {
   double depth = 0.0;  ///< median error of triangulated depths over the points of the views, share of them
 };
 
-/// Each camera alone, then the pair, with the lenses held or refined, from projected points with Gaussian
-/// noise. The same case and seed give the same trial.
+/// Each camera alone, then the pair, with the intrinsics fixed or refined, from projected points with
+/// Gaussian noise. The same case and seed give the same trial.
 PairTrial RunPairTrial(const PairCase& what, std::uint64_t seed);
 
 }  // namespace accuracy

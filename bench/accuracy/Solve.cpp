@@ -66,11 +66,11 @@ PairResult SolvePair(const Points& left, const Points& right, const cv::Size& im
   return result;
 }
 
-PairResult RefinedPair(const PairResult& held, const Points& left, const Points& right,
+PairResult RefinedPair(const PairResult& fixed, const Points& left, const Points& right,
                        const cv::Size& imageSize, int model) {
-  PairResult result = held;
+  PairResult result = fixed;
   result.pair = RefinePairSparsely(Targets(left.size()), left, right,
-                                   {held.left.K, Padded(held.left.D), held.right.K, Padded(held.right.D)},
+                                   {fixed.left.K, Padded(fixed.left.D), fixed.right.K, Padded(fixed.right.D)},
                                    imageSize, model);
   result.left.K = result.pair.refined.K;
   result.left.D = result.pair.refined.D;

@@ -34,7 +34,7 @@ PairResult SolvePair(const Points& left, const Points& right, const cv::Size& im
                      int solver);
 
 /// The same with both lenses refined together with the pair, from where that ended.
-PairResult RefinedPair(const PairResult& held, const Points& left, const Points& right,
+PairResult RefinedPair(const PairResult& fixed, const Points& left, const Points& right,
                        const cv::Size& imageSize, int model);
 
 }  // namespace accuracy

@@ -10,7 +10,7 @@ namespace frozen {
 /// Cameras from points: lens models, numbers of views, outliers, discs, bent sheets, both solvers.
 void WriteCameras(Writer& writer);
 
-/// Pairs from points: intrinsics held and refined, each lens model, both solvers.
+/// Pairs from points: intrinsics fixed and refined, each lens model, both solvers.
 void WritePairs(Writer& writer);
 
 /// Cameras and a pair from the photographs below the folder.

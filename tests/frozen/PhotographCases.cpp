@@ -62,7 +62,7 @@ void WriteSet(Writer& writer, const std::string& name, const std::vector<Grid>& 
   }
 }
 
-/// Both cameras' results, then the pair with intrinsics held and refined.
+/// Both cameras' results, then the pair with intrinsics fixed and refined.
 void WritePair(Writer& writer, const std::string& name, const std::vector<Grid>& left,
                const std::vector<Grid>& right, const cv::Size& size) {
   Calibrator pair(unit::GRID, unit::UNIT, Calibrator::STEREO, size.width, size.height);

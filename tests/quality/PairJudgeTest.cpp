@@ -19,10 +19,10 @@ using unit::Observed;
 using unit::Paper;
 using unit::Refined;
 using unit::RigFor;
-using unit::WithHeldLenses;
+using unit::WithFixedIntrinsics;
 
 PairVerdict JudgedHeld(const unit::PointPairs& pairs, const StereoIntrinsics& pairIntrinsics, int model) {
-  const ExtrinsicsResult result = WithHeldLenses(pairs, pairIntrinsics, model);
+  const ExtrinsicsResult result = WithFixedIntrinsics(pairs, pairIntrinsics, model);
   return JudgePair({unit::Targets(pairs.left.size()), pairs.left, pairs.right, model, false, 0.0},
                    pairIntrinsics, result.R, result.T);
 }
@@ -92,8 +92,8 @@ unit::PointPairs FrontalPairs(const world::Pair& rig) {
 TEST(PairVerdict, IsWorthlessForIntrinsicsOfFrontalViews) {
   for (const int model : {Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL, Calibrator::MODEL_FULL}) {
     const auto pairs = FrontalPairs(RigFor(model));
-    const PairVerdict held = JudgedHeld(pairs, EachAlone(pairs, model), model);
-    EXPECT_EQ(held.grade, Grade::Worthless) << held.ToJson();
+    const PairVerdict fixed = JudgedHeld(pairs, EachAlone(pairs, model), model);
+    EXPECT_EQ(fixed.grade, Grade::Worthless) << fixed.ToJson();
     const PairVerdict refined = JudgedRefined(pairs, model);
     EXPECT_EQ(refined.grade, Grade::Worthless) << refined.ToJson();
     EXPECT_TRUE(Says(refined, "do not determine"));
@@ -180,7 +180,7 @@ void ExpectTrueDeviations(int model, bool refined, int runs) {
     const auto pairs = unit::ObservedByBoth(rig, poses, static_cast<std::uint64_t>(1000 + run), 0.1);
     const StereoIntrinsics start = unit::TruePairIntrinsics(rig);
     const ExtrinsicsResult result =
-        refined ? Refined(pairs, start, model) : WithHeldLenses(pairs, start, model);
+        refined ? Refined(pairs, start, model) : WithFixedIntrinsics(pairs, start, model);
     spread.Add(result, rig, share);
     const PairVerdict verdict =
         JudgePair({unit::Targets(poses.size()), pairs.left, pairs.right, model, refined, 0.0},
@@ -209,7 +209,7 @@ void ExpectTrueDeviations(int model, bool refined, int runs) {
 #define SKIP_REPETITIONS
 #endif
 
-TEST(PairVerdict, PredictsTheErrorsOfRepeatedComputationsWithHeldIntrinsics) {
+TEST(PairVerdict, PredictsTheErrorsOfRepeatedComputationsWithFixedIntrinsics) {
   SKIP_REPETITIONS;
   for (const int model : MODELS) ExpectTrueDeviations(model, false, 300);
 }

@@ -11,12 +11,12 @@ namespace {
 
 using solver::MOST_COLUMNS;
 
-Intrinsics SampleIntrinsics(int free) {
+Intrinsics SampleIntrinsics(int estimated) {
   Intrinsics intrinsics;
-  intrinsics.estimated = free;
+  intrinsics.estimated = estimated;
   intrinsics.values = {500.0, 510.0, 320.0, 240.0, -0.2,  0.05,   0.001, -0.002, 0.01,
                        0.1,   -0.02, 0.003, 0.002, 0.001, -0.003, 0.0,   0.01,   -0.02};
-  std::fill(intrinsics.values.begin() + free, intrinsics.values.end(), 0.0);
+  std::fill(intrinsics.values.begin() + estimated, intrinsics.values.end(), 0.0);
   return intrinsics;
 }
 
@@ -38,8 +38,8 @@ Observation SomeView(int points, bool weighted) {
 
 /// One row of the Jacobian with its residual.
 std::vector<double> RowOf(const solver::Coordinate& coordinate, const cv::Vec3d& turned, double observed,
-                          int free) {
-  std::vector<double> row(coordinate.byIntrinsics.begin(), coordinate.byIntrinsics.begin() + free);
+                          int estimated) {
+  std::vector<double> row(coordinate.byIntrinsics.begin(), coordinate.byIntrinsics.begin() + estimated);
   const cv::Vec3d byRotation = turned.cross(coordinate.byPoint);
   row.insert(row.end(), byRotation.val, byRotation.val + 3);
   row.insert(row.end(), coordinate.byPoint.val, coordinate.byPoint.val + 3);
@@ -66,11 +66,11 @@ cv::Mat ProductsOneByOne(const Observation& view, const Intrinsics& intrinsics) 
 }
 
 TEST(ObservationEquations, AreTheSumsOverPointsOneByOne) {
-  for (const int free : {CLASSIC_PARAMETERS, RATIONAL_PARAMETERS, FULL_PARAMETERS}) {
+  for (const int estimated : {CLASSIC_PARAMETERS, RATIONAL_PARAMETERS, FULL_PARAMETERS}) {
     for (const int points : {4, 5, 44, 64, 65, 131}) {
       for (const bool weighted : {false, true}) {
         const Observation view = SomeView(points, weighted);
-        const Intrinsics intrinsics = SampleIntrinsics(free);
+        const Intrinsics intrinsics = SampleIntrinsics(estimated);
         const solver::ObservationEquations equations = solver::EquationsOf(view, intrinsics, SomePose());
         const cv::Mat expected = ProductsOneByOne(view, intrinsics);
         ASSERT_TRUE(equations.usable);
@@ -79,7 +79,7 @@ TEST(ObservationEquations, AreTheSumsOverPointsOneByOne) {
           for (int j = i; j < expected.cols; ++j) {
             const double size = std::sqrt(expected.at<double>(i, i) * expected.at<double>(j, j));
             EXPECT_NEAR(equations.At(i, j), expected.at<double>(i, j), 1e-12 * size)
-                << free << ' ' << points << ' ' << i << ' ' << j;
+                << estimated << ' ' << points << ' ' << i << ' ' << j;
           }
         }
       }

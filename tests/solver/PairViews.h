@@ -85,8 +85,8 @@ inline ExtrinsicsResult Refined(const PointPairs& pairs, const StereoIntrinsics&
                             options);
 }
 
-inline ExtrinsicsResult WithHeldLenses(const PointPairs& pairs, const StereoIntrinsics& pairIntrinsics,
-                                       int model) {
+inline ExtrinsicsResult WithFixedIntrinsics(const PointPairs& pairs, const StereoIntrinsics& pairIntrinsics,
+                                            int model) {
   return SolveExtrinsicsSparsely(Targets(pairs.left.size()), pairs.left, pairs.right, pairIntrinsics, model);
 }
 

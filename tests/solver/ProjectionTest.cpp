@@ -12,13 +12,13 @@ namespace {
 using solver::Coordinate;
 using solver::Projection;
 
-Intrinsics SampleIntrinsics(int free) {
+Intrinsics SampleIntrinsics(int estimated) {
   const std::array<double, FULL_PARAMETERS> all = {520.0,  510.0,   321.0,  236.0,  -0.21, 0.06,
                                                    0.0008, -0.0006, -0.008, 0.11,   -0.03, 0.012,
                                                    0.003,  -0.002,  0.001,  0.0015, 0.03,  -0.02};
   Intrinsics intrinsics;
-  intrinsics.estimated = free;
-  std::copy(all.begin(), all.begin() + free, intrinsics.values.begin());
+  intrinsics.estimated = estimated;
+  std::copy(all.begin(), all.begin() + estimated, intrinsics.values.begin());
   return intrinsics;
 }
 

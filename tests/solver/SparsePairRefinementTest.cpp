@@ -31,7 +31,7 @@ using unit::Paper;
 using unit::Refined;
 using unit::RigFor;
 using unit::Targets;
-using unit::WithHeldLenses;
+using unit::WithFixedIntrinsics;
 
 /// Not rounded to single precision, which moves the tilt of the full model more than this is about.
 std::vector<TargetView> Unrounded(const unit::PointPairs& pairs) {
@@ -126,7 +126,7 @@ TEST(SparsePairRefinement, IsNotFurtherFromTheTruthThanWithTheIntrinsicsOfEachCa
     for (std::uint64_t seed = 1; seed <= 25; ++seed) {
       const unit::PointPairs pairs = Observed(rig, 12, seed, 0.1);
       const StereoIntrinsics alone = EachAlone(pairs, model);
-      fixed.Add(rig, pairs, alone, WithHeldLenses(pairs, alone, model));
+      fixed.Add(rig, pairs, alone, WithFixedIntrinsics(pairs, alone, model));
       const ExtrinsicsResult together = Refined(pairs, alone, model);
       refined.Add(rig, pairs, together.refined, together);
     }
@@ -192,12 +192,12 @@ TEST(SparsePairRefinement, HasTheEpipolarMatricesOfTheRefinedIntrinsics) {
   EXPECT_MAT_NEAR(result.F, F, 1e-9 * cv::norm(F));
 }
 
-TEST(SparsePairRefinement, HasSmallerErrorsThanWithHeldIntrinsics) {
+TEST(SparsePairRefinement, HasSmallerErrorsThanWithFixedIntrinsics) {
   const unit::PointPairs pairs = Observed(RigFor(Calibrator::MODEL_FULL), 8, 1, 0.1);
   for (const int model : MODELS) {
     const unit::ScopedLogLevel quiet(1);
     const StereoIntrinsics start = EachAlone(pairs, model);
-    EXPECT_LT(Refined(pairs, start, model).rms, WithHeldLenses(pairs, start, model).rms) << model;
+    EXPECT_LT(Refined(pairs, start, model).rms, WithFixedIntrinsics(pairs, start, model).rms) << model;
   }
 }
 
@@ -272,7 +272,7 @@ TEST(SparsePairRefinement, IsCorrectedForTheDiscsCentroids) {
   EXPECT_LT(std::abs(after - truth), 0.002);
 }
 
-TEST(SparsePairRefinement, IsCorrectedForTheDiscsCentroidsWithHeldIntrinsicsToo) {
+TEST(SparsePairRefinement, IsCorrectedForTheDiscsCentroidsWithFixedIntrinsicsToo) {
   const world::Pair rig = RigFor(Calibrator::MODEL_CLASSIC);
   const double radius = 0.4 * static_cast<double>(unit::UNIT);
   const unit::PointPairs pairs = Centroids(rig, 12, radius);

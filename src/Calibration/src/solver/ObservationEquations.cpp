@@ -13,10 +13,10 @@ namespace {
 
 /// The Jacobian of some of a view's points, with the residuals as its last column. Points are innermost: they
 /// are worked on several at once.
-template <size_t FREE>
+template <size_t ESTIMATED>
 class Jacobian {
  public:
-  static constexpr size_t COLUMNS = FREE + POSE_PARAMETERS + 1;
+  static constexpr size_t COLUMNS = ESTIMATED + POSE_PARAMETERS + 1;
   static constexpr size_t MOST_POINTS = 64;
 
   Jacobian(const Observation& observation, const Projection& projection, const RigidTransform& pose)
@@ -71,12 +71,12 @@ class Jacobian {
   void FillRow(const CoordinateOf<Lanes>& coordinate, const Lanes* turned, const Lanes& observed,
                const Lanes& weight) {
     const auto& byPoint = coordinate.byPoint;
-    for (size_t i = 0; i < FREE; ++i) columns_[i][rows_] = weight * coordinate.byIntrinsics[i];
+    for (size_t i = 0; i < ESTIMATED; ++i) columns_[i][rows_] = weight * coordinate.byIntrinsics[i];
     for (size_t i = 0; i < 3; ++i) {
       const size_t next = (i + 1) % 3;
       const size_t last = (i + 2) % 3;
-      columns_[FREE + i][rows_] = weight * (turned[next] * byPoint[last] - turned[last] * byPoint[next]);
-      columns_[FREE + 3 + i][rows_] = weight * byPoint[i];
+      columns_[ESTIMATED + i][rows_] = weight * (turned[next] * byPoint[last] - turned[last] * byPoint[next]);
+      columns_[ESTIMATED + 3 + i][rows_] = weight * byPoint[i];
     }
     columns_[COLUMNS - 1][rows_] = weight * (coordinate.value - observed);
     ++rows_;
@@ -123,17 +123,17 @@ class Jacobian {
 };
 
 /// The number of columns is known when compiled: that doubles the speed of the inner loop.
-template <size_t FREE>
+template <size_t ESTIMATED>
 ObservationEquations Accumulate(const Observation& observation, const Intrinsics& intrinsics,
                                 const RigidTransform& pose) {
   const Projection projection(intrinsics);
   ObservationEquations equations;
-  Jacobian<FREE> jacobian(observation, projection, pose);
-  for (size_t k = 0; k < observation.object.size(); k += Jacobian<FREE>::MOST_POINTS) {
+  Jacobian<ESTIMATED> jacobian(observation, projection, pose);
+  for (size_t k = 0; k < observation.object.size(); k += Jacobian<ESTIMATED>::MOST_POINTS) {
     if (!jacobian.Fill(k)) return equations;
     jacobian.AddProducts(equations);
   }
-  constexpr int RESIDUAL = static_cast<int>(FREE) + POSE_PARAMETERS;
+  constexpr int RESIDUAL = static_cast<int>(ESTIMATED) + POSE_PARAMETERS;
   equations.cost = equations.At(RESIDUAL, RESIDUAL);
   equations.usable = std::isfinite(equations.cost);
   return equations;

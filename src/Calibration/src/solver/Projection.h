@@ -33,7 +33,7 @@ class Projection {
   /// pixel is not finite.
   bool Project(const cv::Vec3d& point, cv::Point2d& pixel) const;
 
-  /// The same with derivatives, of which those by the lens' free parameters are set.
+  /// Projects a point with derivatives; of those by the intrinsics the estimated ones' are set.
   bool Differentiate(const cv::Vec3d& point, Coordinate& u, Coordinate& v) const;
 
  private:

@@ -22,7 +22,7 @@ class ProjectionFormulas {
   explicit ProjectionFormulas(const Projection::Constants& constants)
       : intrinsics_(constants.intrinsics), constants_(constants) {}
 
-  /// Of the point (x, y, 1) * depth. Derivatives by parameters that are not free are not touched.
+  /// Projects the point (x, y, 1) * depth. Derivatives by parameters that are not estimated are not touched.
   void Differentiate(const T& x, const T& y, const T& nearness, CoordinateOf<T>& u,
                      CoordinateOf<T>& v) const {
     const Bent bent = Bend(x, y);

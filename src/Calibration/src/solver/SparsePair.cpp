@@ -24,30 +24,31 @@ class PairComputation {
     };
   }
 
-  /// With intrinsics that stay as they are.
-  Solution Held(const StereoIntrinsics& intrinsics, int model, double discRadius, bool robust) {
+  /// Estimates the pair with its intrinsics fixed.
+  Solution WithFixedIntrinsics(const StereoIntrinsics& intrinsics, int model, double discRadius,
+                               bool robust) {
     CalibrationProblem start = solver::StartOf(solver::KnownPair(intrinsics, model), target_.views);
     start.estimated.intrinsics = false;
     bundle_.discRadius = discRadius;
     return Checked(solver::CalibrateRig(start, robust, bundle_));
   }
 
-  /// From a pair whose intrinsics were held.
-  Solution Refined(const Solution& held, const cv::Size& imageSize, int model) {
-    CalibrationProblem start{held.rig, {}, {}, {}};
-    for (size_t i = 0; i < held.views.size(); ++i) {
-      start.views.push_back(target_.views[held.kept[i]]);
-      start.views.back().rigFromTarget = held.views[i].rigFromTarget;
+  /// Estimates the intrinsics too, from a pair of fixed ones.
+  Solution Refined(const Solution& fixed, const cv::Size& imageSize, int model) {
+    CalibrationProblem start{fixed.rig, {}, {}, {}};
+    for (size_t i = 0; i < fixed.views.size(); ++i) {
+      start.views.push_back(target_.views[fixed.kept[i]]);
+      start.views.back().rigFromTarget = fixed.views[i].rigFromTarget;
     }
     for (Camera& camera : start.rig.cameras) camera.imageSize = imageSize;
     bundle_.discRadius = options_.discRadius;
     bundle_.parameters = LensModelOf(model).parameters;
     Solution refined = Checked(solver::CalibrateRig(start, options_.robust, bundle_));
     // Views that were rejected before stay so; the rest was checked anew.
-    for (Rejected& rejected : refined.rejected) rejected.view = held.kept[rejected.view];
-    for (size_t& view : refined.kept) view = held.kept[view];
-    for (const Rejected& rejected : held.rejected) {
-      const bool whole = !std::binary_search(held.kept.begin(), held.kept.end(), rejected.view);
+    for (Rejected& rejected : refined.rejected) rejected.view = fixed.kept[rejected.view];
+    for (size_t& view : refined.kept) view = fixed.kept[view];
+    for (const Rejected& rejected : fixed.rejected) {
+      const bool whole = !std::binary_search(fixed.kept.begin(), fixed.kept.end(), rejected.view);
       if (whole) refined.rejected.push_back(rejected);
     }
     return refined;
@@ -79,7 +80,8 @@ ExtrinsicsResult SolveExtrinsicsSparsely(const std::vector<std::vector<cv::Point
   WarnOfIgnoredCoefficients(intrinsics, model);
   const solver::Target target = solver::PairTargetOf(objectPoints, leftPoints, rightPoints);
   PairComputation computation(target, options);
-  const Solution solution = computation.Held(intrinsics, model, options.discRadius, options.robust);
+  const Solution solution =
+      computation.WithFixedIntrinsics(intrinsics, model, options.discRadius, options.robust);
   ExtrinsicsResult result = solver::PairMatricesOf(intrinsics, RightFromLeft(solution));
   result.rms = RmsOf(solution);
   result.solution = std::make_shared<const Solution>(solution);
@@ -94,9 +96,9 @@ ExtrinsicsResult RefinePairSparsely(const std::vector<std::vector<cv::Point3d>>&
   WarnOfIgnoredCoefficients(intrinsics, model);
   const solver::Target target = solver::PairTargetOf(objectPoints, leftPoints, rightPoints);
   PairComputation computation(target, options);
-  const Solution held =
-      computation.Held(intrinsics, model, 0.0, options.robust);  // refinement corrects pixels
-  const Solution solution = computation.Refined(held, imageSize, model);
+  const Solution fixed =
+      computation.WithFixedIntrinsics(intrinsics, model, 0.0, options.robust);  // refinement corrects pixels
+  const Solution solution = computation.Refined(fixed, imageSize, model);
   const StereoIntrinsics refined = solver::PairIntrinsicsOf(solution.rig);
   ExtrinsicsResult result = solver::PairMatricesOf(refined, RightFromLeft(solution));
   result.refined = refined;

@@ -28,8 +28,8 @@ ExtrinsicsResult SolveExtrinsicsSparsely(const std::vector<std::vector<cv::Point
                                          const StereoIntrinsics& intrinsics, int model,
                                          const SparsePairOptions& options = {});
 
-/// Starts from the pair with these intrinsics held, then moves them too, with all poses. Estimated are the
-/// coefficients of the model; of larger ones the rational model holds those that it has not, the classic
+/// Starts from the pair with these intrinsics fixed, then estimates them too, with all poses. Estimated are
+/// the coefficients of the model; of larger ones the rational model holds those that it has not, the classic
 /// model drops them (a warning says so). A weak prior keeps the larger models' coefficients small and their
 /// distortion without a pole within the image. The result has both cameras' intrinsics, with D of 1 x 14.
 /// Raises cv::Exception as SolveExtrinsicsSparsely does.

@@ -10,8 +10,8 @@ namespace velmora::solver {
 /// The largest distance from the axis, at depth one, of any point that the camera (by its number) observed.
 double DataRadius(const Camera& camera, size_t number, const std::vector<TargetView>& views);
 
-/// Standard deviations that leave the coefficients free to do all that is seen of lenses: at the rim of the
-/// data the denominator may change by half, prisms by a hundredth, and the sensor may lean by a degree.
+/// Standard deviations that leave the coefficients room for whatever real lenses do: at the rim of the data
+/// the denominator may change by half, prisms by a hundredth, and the sensor may lean by a degree.
 /// `denominator` is how much stronger that of the denominator is.
 Prior PriorFor(double radius, double variance, double denominator);
 
