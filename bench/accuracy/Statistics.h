@@ -24,9 +24,9 @@ std::vector<double> Each(const std::vector<Trial>& trials, const std::function<d
 
 /// How true the standard deviations of the parameters from `first` to before `last` were.
 struct Honesty {
-  double within1 = 0.0;  ///< share of the errors within one deviation; 0.683 if they are true
+  double within1 = 0.0;  ///< share of the errors within one standard deviation; 0.683 if they are true
   double within2 = 0.0;  ///< within two; 0.954
-  double ratio = 0.0;    ///< median error over deviation, over that of normal errors; 1
+  double ratio = 0.0;    ///< median error over standard deviation, over that of normal errors; 1
 };
 Honesty HonestyOf(const std::vector<Trial>& trials, std::size_t first, std::size_t last);
 

@@ -56,7 +56,7 @@ void CompareForecast(const Points& views, const SparseResult& result, const cv::
   const CalibrationVerdict verdict = JudgeIntrinsics(targets, views, size, result, discRadius);
   trial.grade = verdict.grade;
   trial.deviationInData = verdict.deviationInData;
-  // Deviations are of one coordinate.
+  // Standard deviations are of one coordinate.
   const double error = rmsInData / std::sqrt(2.0);
   trial.overFormal = Finite(error / verdict.deviationInData);
   trial.overVerdict = Finite(error / verdict.ExpectedInData());

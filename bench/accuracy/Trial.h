@@ -42,10 +42,10 @@ struct Trial {
   double imageError = 0.0;   ///< mean distance of projections from the truth over the whole image, pixels
   double turnedError = 0.0;  ///< the same after the best rotation of the camera's frame
   double dataError = 0.0;    ///< the same where the views were
-  /// The deviation of a coordinate there that the verdict expects from the noise.
+  /// The standard deviation of a coordinate there that the verdict expects from the noise.
   double deviationInData = 0.0;
-  /// Root of the mean square of the distances where the views were, over what the verdict's formal deviation,
-  /// and the verdict all in all, let expect: 1 on average if they are true.
+  /// Root of the mean square of the distances where the views were, over what the verdict's formal standard
+  /// deviation, and the verdict all in all, let expect: 1 on average if they are true.
   double overFormal = 0.0;
   double overVerdict = 0.0;
   CalibrationVerdict::Grade grade = CalibrationVerdict::Grade::None;

@@ -25,9 +25,9 @@ extern const cv::Vec3b NO_DATA;
 /// of ten.
 std::vector<double> UncertaintyLevels(double least, double most);
 
-/// The deviation of projections as colours, from the verdict's map, with a scale and labelled lines of equal
-/// deviation in pixels; over it the circles that were seen, and their hull. The title is that with the grade
-/// unless another one is given.
+/// The standard deviation of projections as colours, from the verdict's map, with a scale and labelled lines
+/// of equal standard deviation in pixels; over it the circles that were seen, and their hull. The title is
+/// that with the grade unless another one is given.
 cv::Mat DrawUncertainty(const CalibrationVerdict& verdict, const cv::Size& frame,
                         const std::vector<std::vector<cv::Point2d>>& seen, const std::string& title = "");
 

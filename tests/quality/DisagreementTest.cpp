@@ -123,7 +123,7 @@ TEST(Disagreement, OfNoiseAloneIsOneButForWhatTheCamerasPosesTakeUp) {
     for (std::uint64_t seed = 1; seed <= RUNS; ++seed) {
       mean += MeanSquare(DisagreementsOf(WithMovedViews(item.rig, 1, {}, 0.0, seed))) / RUNS;
     }
-    // Its own deviation is 0.026 of the pair.
+    // Its own standard deviation is 0.026 of the pair.
     EXPECT_NEAR(mean, item.expected, 0.08) << item.rig.cameras.size();
   }
 }

@@ -257,8 +257,8 @@ class TrueCells {
 #define SKIP_REPETITIONS
 #endif
 
-/// The predicted deviation of projections where there is data, over that of 200 computations from fresh
-/// noise.
+/// The predicted standard deviation of projections where there is data, over that of 200 computations from
+/// fresh noise.
 double PredictedOverEmpirical(int model) {
   constexpr int RUNS = 200;
   const auto poses = RandomPoses(20, 5);

@@ -55,7 +55,8 @@ std::vector<cv::Point2d> Observed(const world::Pose& pose, cv::RNG& random) {
   return centres;
 }
 
-/// The expected deviation of projections for these poses, at the true camera and with the true noise.
+/// The expected standard deviation of projections for these poses, at the true camera and with the true
+/// noise.
 double TrueDeviation(const std::vector<world::Pose>& poses, int estimated) {
   Knowledge knowledge;
   knowledge.intrinsics = TrueIntrinsics(estimated);
@@ -77,8 +78,8 @@ double TrueDeviation(const std::vector<world::Pose>& poses, int estimated) {
   }
   // The larger models' priors, for a rim of the data at 0.7.
   for (int i = CLASSIC_PARAMETERS; i < std::min(estimated, RATIONAL_PARAMETERS); ++i) {
-    const double deviation = 0.5 / std::pow(0.49, i - CLASSIC_PARAMETERS + 1);
-    knowledge.information(i, i) += knowledge.variance / (deviation * deviation);
+    const double standardDeviation = 0.5 / std::pow(0.49, i - CLASSIC_PARAMETERS + 1);
+    knowledge.information(i, i) += knowledge.variance / (standardDeviation * standardDeviation);
   }
   return PoseScore(knowledge, unit::FRAME).Now();
 }

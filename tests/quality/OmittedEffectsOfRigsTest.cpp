@@ -229,7 +229,7 @@ TEST(OmittedEffectsOfARig, TakeOffAsMuchOfNoiseAsTheirNumberOfParameters) {
       bend += ofBend.costReduction / RUNS;
       proportions += ofProportions.costReduction / RUNS;
     }
-    // Means of chi-squared numbers, their own deviations 0.32 and 0.26.
+    // Means of chi-squared numbers, their own standard deviations 0.32 and 0.26.
     EXPECT_NEAR(bend, 3.0, 1.0);
     EXPECT_NEAR(proportions, 2.0, 0.8);
   }

@@ -166,7 +166,7 @@ TEST(OmittedEffects, TakeOffAsMuchOfNoiseAsTheirNumberOfParameters) {
     bend += OmittedBend(solution).costReduction / RUNS;
     proportions += OmittedProportions(solution).costReduction / RUNS;
   }
-  // Means of chi-squared numbers, their own deviations 0.32 and 0.26.
+  // Means of chi-squared numbers, their own standard deviations 0.32 and 0.26.
   EXPECT_NEAR(bend, 3.0, 1.0);
   EXPECT_NEAR(proportions, 2.0, 0.8);
 }

@@ -152,7 +152,7 @@ TEST(PairVerdict, IsNotGoodWhenThePicturesAreNotOfTheSameTime) {
   }
 }
 
-/// Mean squares of what deviations are of.
+/// The mean squares that standard deviations are compared with.
 struct Spread {
   double rotation = 0.0;
   double baseline = 0.0;
@@ -169,7 +169,7 @@ struct Spread {
   }
 };
 
-/// Predicted over empirical deviations of many computations from fresh noise.
+/// Predicted over empirical standard deviations of many computations from fresh noise.
 void ExpectTrueDeviations(int model, bool refined, int runs) {
   const world::Pair rig = RigFor(model);
   const auto poses = world::SampleRigViews(rig, 12, 5, Paper());

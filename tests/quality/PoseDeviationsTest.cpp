@@ -1,4 +1,4 @@
-/// Deviations of where a camera stands, from covariances, and their limits.
+/// Standard deviations of a camera's pose, from covariances, and their limits.
 #include "quality/PoseDeviations.h"
 
 #include <gtest/gtest.h>

@@ -25,7 +25,7 @@ Eigen::MatrixXd DenseCovariance(const Solution& solution, int first = 0) {
   return unit::DenseInverse(own.transpose() * own) * (solution.cost / freedom);
 }
 
-/// The largest difference, as a share of the deviations of the two parameters.
+/// The largest difference, as a share of the standard deviations of the two parameters.
 double Distance(const Eigen::MatrixXd& a, const Eigen::MatrixXd& b) {
   const Eigen::VectorXd scale = b.diagonal().array().rsqrt();
   return (scale.asDiagonal() * (a - b) * scale.asDiagonal()).cwiseAbs().maxCoeff();

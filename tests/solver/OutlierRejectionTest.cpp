@@ -50,10 +50,10 @@ std::set<size_t> RejectedViews(const SparseResult& result) {
   return views;
 }
 
-void AddNoise(std::vector<cv::Point2d>& points, double deviation) {
+void AddNoise(std::vector<cv::Point2d>& points, double standardDeviation) {
   cv::RNG random(7);
   for (cv::Point2d& point : points) {
-    point += cv::Point2d(random.gaussian(deviation), random.gaussian(deviation));
+    point += cv::Point2d(random.gaussian(standardDeviation), random.gaussian(standardDeviation));
   }
 }
 

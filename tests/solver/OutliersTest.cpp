@@ -42,7 +42,7 @@ TEST(Outliers, AreBeyondFourAndAHalfDeviations) {
 
 TEST(Outliers, HardlyMoveTheDeviation) {
   solver::Residuals residuals = OffIn(FirstPoints(44));
-  EXPECT_NEAR(solver::DeviationOf(residuals), 1.0 / 1.177, 1e-12);
+  EXPECT_NEAR(solver::StandardDeviationOf(residuals), 1.0 / 1.177, 1e-12);
 }
 
 TEST(Outliers, AreRejectedPointByPointWhileHalfOfTheViewIsLeft) {

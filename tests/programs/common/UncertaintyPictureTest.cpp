@@ -75,7 +75,8 @@ TEST(UncertaintyPicture, HasTheColoursOfItsScale) {
     }
     return static_cast<double>(best) / layout.scale.height;
   };
-  // The data's deviations: equal factors over equal distances, the largest at the top of the scale.
+  // The standard deviations of the data: equal factors over equal distances, the largest at the top of the
+  // scale.
   EXPECT_GT(nearest(At(picture, 90, 350)), 0.9);
   EXPECT_NEAR(nearest(At(picture, 317, 350)), 0.5, 0.1);
   EXPECT_LT(nearest(At(picture, 550, 350)), 0.1);

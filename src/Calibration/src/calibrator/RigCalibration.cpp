@@ -207,12 +207,12 @@ class RigComputation {
                              RigCamera& result) {
     result.stdDevIntrinsics = cv::Mat::zeros(FULL_PARAMETERS, 1, CV_64F);
     if (covariance.size() == 0) return;
-    const auto deviation = [&](int i) { return std::sqrt(covariance(i, i)); };
+    const auto standardDeviation = [&](int i) { return std::sqrt(covariance(i, i)); };
     for (int i = 0; i < place.count; ++i)
-      result.stdDevIntrinsics.at<double>(i) = deviation(place.intrinsics + i);
+      result.stdDevIntrinsics.at<double>(i) = standardDeviation(place.intrinsics + i);
     for (int i = 0; i < 3 && place.pose != Layout::FIXED; ++i) {
-      result.rotationDeviation[i] = deviation(place.pose + i) * 180.0 / CV_PI;
-      result.translationDeviation[i] = deviation(place.pose + 3 + i);
+      result.rotationDeviation[i] = standardDeviation(place.pose + i) * 180.0 / CV_PI;
+      result.translationDeviation[i] = standardDeviation(place.pose + 3 + i);
     }
   }
 

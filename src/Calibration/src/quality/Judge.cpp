@@ -23,9 +23,9 @@ namespace {
 using Grade = CalibrationVerdict::Grade;
 using LargerModelName = std::function<std::string()>;
 
-constexpr double WORTHLESS_FOCAL = 0.03;  // relative deviation
+constexpr double WORTHLESS_FOCAL = 0.03;  // relative standard deviation
 constexpr double CAREFUL_FOCAL = 0.01;
-constexpr double WORTHLESS_PROJECTION = 0.01;  // deviation in widths of the image
+constexpr double WORTHLESS_PROJECTION = 0.01;  // standard deviation in widths of the image
 constexpr double CAREFUL_PROJECTION = 0.0025;
 /// Systematic errors below this share of the width are not worth a word.
 constexpr double LEAST_SYSTEMATIC = 0.0002;

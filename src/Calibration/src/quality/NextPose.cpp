@@ -44,8 +44,8 @@ void AddCommonKnowledge(const cv::Size& imageSize, Knowledge& knowledge) {
   const std::array<double, CLASSIC_PARAMETERS> deviations = {focal, focal, centre, centre, 0.5,
                                                              0.5,   0.02,  0.02,   0.5};
   for (int i = 0; i < CLASSIC_PARAMETERS; ++i) {
-    const double deviation = deviations[static_cast<size_t>(i)];
-    knowledge.information(i, i) += knowledge.variance / (deviation * deviation);
+    const double standardDeviation = deviations[static_cast<size_t>(i)];
+    knowledge.information(i, i) += knowledge.variance / (standardDeviation * standardDeviation);
   }
 }
 

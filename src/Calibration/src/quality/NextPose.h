@@ -43,7 +43,7 @@ class PoseScore {
 
 struct NextPose {
   Candidate candidate;  ///< without points when there is none
-  double now = 0.0;     ///< the expected deviation without it
+  double now = 0.0;     ///< the expected standard deviation without it
   double then = 0.0;    ///< and with it
 };
 

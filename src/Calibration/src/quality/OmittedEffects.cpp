@@ -45,7 +45,8 @@ bool SolveScaled(const Eigen::MatrixXd& matrix, const Eigen::MatrixXd& right, Ei
   return true;
 }
 
-/// Wilson and Hilferty's approximation to the chi-squared distribution, four deviations above its middle.
+/// Wilson and Hilferty's approximation to the chi-squared distribution, four standard deviations above its
+/// mean.
 double Threshold(Index degrees) {
   const auto count = static_cast<double>(degrees);
   const double variance = 2.0 / (9.0 * count);

@@ -13,7 +13,8 @@ namespace velmora {
 
 namespace {
 
-/// As deviations are told, of a shift of all shared parameters: the largest of any camera.
+/// What a shift of all shared parameters does to the cameras' poses, in the form of their standard
+/// deviations: the largest of any camera.
 PairVerdict::Deviations MovedBy(const Eigen::VectorXd& shift, const Solution& solution) {
   const Layout layout = LayoutOf(solution.rig, solution.estimated);
   PairVerdict::Deviations moved;

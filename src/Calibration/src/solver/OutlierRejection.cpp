@@ -46,10 +46,11 @@ void CopyPoses(const std::vector<TargetView>& from, std::vector<TargetView>& to)
 struct Weighted {
   Solution solution;
   Residuals residuals;
-  double deviation = 0.0;
+  double standardDeviation = 0.0;
 };
 
-/// Weighs and solves in turn, until the deviation stays. The start's views have the poses of the given ones.
+/// Weighs and solves in turn, until the standard deviation stays. The start's views have the poses of the
+/// given ones.
 Weighted Settled(const std::vector<TargetView>& views, Solution start, const BundleOptions& options) {
   Weighted weighted;
   weighted.solution = std::move(start);
@@ -59,19 +60,19 @@ Weighted Settled(const std::vector<TargetView>& views, Solution start, const Bun
         options.discRadius > 0.0 ? WithoutDiscBias(views, now.rig, now.views, options.discRadius) : views;
     CopyPoses(now.views, corrected);
     weighted.residuals = ResidualsOf(corrected, now.rig);
-    const double deviation = DeviationOf(weighted.residuals);
-    if (std::abs(deviation - weighted.deviation) < 1e-4 * deviation) break;
-    weighted.deviation = deviation;
-    Weigh(corrected, weighted.residuals, CAUCHY * deviation);
+    const double standardDeviation = StandardDeviationOf(weighted.residuals);
+    if (std::abs(standardDeviation - weighted.standardDeviation) < 1e-4 * standardDeviation) break;
+    weighted.standardDeviation = standardDeviation;
+    Weigh(corrected, weighted.residuals, CAUCHY * standardDeviation);
     weighted.solution = SolveAgain(now, std::move(corrected), options);
     if (options.progress.IsGivenUp()) break;
   }
   return weighted;
 }
 
-bool IsMostlyOutlying(const std::vector<double>& residuals, double deviation) {
+bool IsMostlyOutlying(const std::vector<double>& residuals, double standardDeviation) {
   const auto agree = std::count_if(residuals.begin(), residuals.end(),
-                                   [&](double residual) { return !IsOutlier(residual, deviation); });
+                                   [&](double residual) { return !IsOutlier(residual, standardDeviation); });
   return static_cast<double>(agree) < ABOUT_HALF * static_cast<double>(residuals.size());
 }
 
@@ -106,13 +107,13 @@ bool TakePosesOfSingleImages(const std::vector<TargetView>& views, const BundleO
   for (size_t i = 0; i < views.size(); ++i) {
     const auto& residuals = weighted.residuals[i];
     if (std::none_of(residuals.begin(), residuals.end(), [&](const std::vector<double>& image) {
-          return IsMostlyOutlying(image, weighted.deviation);
+          return IsMostlyOutlying(image, weighted.standardDeviation);
         })) {
       continue;
     }
     const TargetView& now = weighted.solution.views[i];
     RigidTransform best = now.rigFromTarget;
-    const double scale = CAUCHY * weighted.deviation;
+    const double scale = CAUCHY * weighted.standardDeviation;
     double least = DisagreementOf(now, best, rig, scale);
     for (size_t camera = 0; camera < views[i].observations.size(); ++camera) {
       cv::Matx33d homography;
@@ -130,9 +131,9 @@ bool TakePosesOfSingleImages(const std::vector<TargetView>& views, const BundleO
 }
 
 Selection WithoutOutliers(const Selection& screened, const Weighted& weighted, size_t of) {
-  Selection selection = WithoutOutliers(screened, weighted.residuals, weighted.deviation, ABOUT_HALF);
+  Selection selection = WithoutOutliers(screened, weighted.residuals, weighted.standardDeviation, ABOUT_HALF);
   if (AreEnough(selection.kept.size(), of)) return selection;
-  selection = WithoutOutliers(screened, weighted.residuals, weighted.deviation, HARDLY_ANY);
+  selection = WithoutOutliers(screened, weighted.residuals, weighted.standardDeviation, HARDLY_ANY);
   if (!AreEnough(selection.kept.size(), of)) selection = screened;
   selection.tooFewAgree = true;
   return selection;

@@ -61,7 +61,7 @@ struct ImageNumber {
 };
 
 struct RejectionLimits {
-  double deviation;
+  double standardDeviation;
   double least;
 };
 
@@ -71,7 +71,7 @@ void RejectFrom(Observation& observation, const ImageNumber& number, const std::
   std::vector<Rejected> outliers;
   observation.weights.assign(observation.object.size(), 1.0);
   for (size_t k = 0; k < residuals.size(); ++k) {
-    if (!IsOutlier(residuals[k], limits.deviation)) continue;
+    if (!IsOutlier(residuals[k], limits.standardDeviation)) continue;
     observation.weights[k] = 0.0;
     outliers.push_back({number.view, static_cast<int>(k), residuals[k],
                         "far from where the other points put it", number.camera});
@@ -107,7 +107,7 @@ Residuals ResidualsOf(const std::vector<TargetView>& views, const Rig& rig) {
   return residuals;
 }
 
-double DeviationOf(const Residuals& residuals) {
+double StandardDeviationOf(const Residuals& residuals) {
   std::vector<double> all;
   for (const auto& view : residuals) {
     for (const auto& camera : view) all.insert(all.end(), camera.begin(), camera.end());
@@ -115,8 +115,8 @@ double DeviationOf(const Residuals& residuals) {
   return std::max(MedianOf(all) / MEDIAN_TO_DEVIATION, 1e-9);
 }
 
-bool IsOutlier(double residual, double deviation) {
-  return !(residual <= OUTLIER * deviation);
+bool IsOutlier(double residual, double standardDeviation) {
+  return !(residual <= OUTLIER * standardDeviation);
 }
 
 double RootMeanSquare(const std::vector<double>& values) {
@@ -125,7 +125,7 @@ double RootMeanSquare(const std::vector<double>& values) {
   return std::sqrt(squaredResiduals / static_cast<double>(values.size()));
 }
 
-Selection WithoutOutliers(const Selection& selection, const Residuals& residuals, double deviation,
+Selection WithoutOutliers(const Selection& selection, const Residuals& residuals, double standardDeviation,
                           double least) {
   Selection without;
   without.rejected = selection.rejected;
@@ -136,7 +136,7 @@ Selection WithoutOutliers(const Selection& selection, const Residuals& residuals
     for (size_t camera = 0; camera < view.observations.size(); ++camera) {
       Observation& observation = view.observations[camera];
       if (observation.IsEmpty()) continue;
-      RejectFrom(observation, {selection.kept[i], camera}, residuals[i][camera], {deviation, least},
+      RejectFrom(observation, {selection.kept[i], camera}, residuals[i][camera], {standardDeviation, least},
                  without.rejected);
       isLeft = isLeft || !observation.IsEmpty();
     }

@@ -13,18 +13,18 @@ using Residuals = std::vector<std::vector<std::vector<double>>>;
 /// Of the views' poses. Infinite for points that are not in front of the camera.
 Residuals ResidualsOf(const std::vector<TargetView>& views, const Rig& rig);
 
-/// The standard deviation of a coordinate that the median distance speaks of: outliers hardly move it.
-double DeviationOf(const Residuals& residuals);
+/// The standard deviation of a coordinate that follows from the median distance: outliers hardly move it.
+double StandardDeviationOf(const Residuals& residuals);
 
-/// True of a distance that noise of this deviation does not reach.
-bool IsOutlier(double residual, double deviation);
+/// True of a distance that noise of this standard deviation does not reach.
+bool IsOutlier(double residual, double standardDeviation);
 
 double RootMeanSquare(const std::vector<double>& values);
 
 /// Rejects points that are beyond 4.5 standard deviations, and a camera's image of a view when less than the
 /// share `least` of it is left, or points that no longer span the target; a view of which no image is left
 /// goes whole. `residuals` are those of the selection's views.
-Selection WithoutOutliers(const Selection& selection, const Residuals& residuals, double deviation,
+Selection WithoutOutliers(const Selection& selection, const Residuals& residuals, double standardDeviation,
                           double least);
 
 }  // namespace velmora::solver

@@ -46,8 +46,8 @@ double DataRadius(const Camera& camera, size_t number, const std::vector<TargetV
 Prior PriorFor(double radius, double variance, double denominator) {
   Prior prior{};
   const double r2 = radius * radius;
-  const auto pull = [&](int parameter, double deviation) {
-    prior[static_cast<size_t>(parameter)] = variance / (deviation * deviation);
+  const auto pull = [&](int parameter, double standardDeviation) {
+    prior[static_cast<size_t>(parameter)] = variance / (standardDeviation * standardDeviation);
   };
   for (int i = 0; i < 3; ++i) pull(K4 + i, 0.5 / (std::sqrt(denominator) * std::pow(r2, i + 1)));
   for (int i = 0; i < 4; ++i) pull(S1 + i, 0.01 / std::pow(r2, i % 2 + 1));
