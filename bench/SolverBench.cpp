@@ -7,7 +7,7 @@
 #include "Views.h"
 #include "model/LensModel.h"
 #include "model/TargetGeometry.h"
-#include "quality/Judge.h"
+#include "quality/Assessment.h"
 #include "quality/NextPose.h"
 #include "solver/OpenCvMatrices.h"
 #include "solver/SparseIntrinsics.h"
@@ -121,7 +121,7 @@ void VerdictBesideSparse(benchmark::State& state) {
       state,
       [&] {
         benchmark::DoNotOptimize(
-            JudgeIntrinsics(data.object, data.image, FRAME, result, 0.0).deviationInData);
+            AssessIntrinsics(data.object, data.image, FRAME, result, 0.0).deviationInData);
       },
       [&] { Sparse(data, model); });
 }

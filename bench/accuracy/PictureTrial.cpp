@@ -74,8 +74,8 @@ Trial RunPictureTrial(const world::Camera& camera, const FoundPoints& points, in
   trial.failed = true;
   if (points.found.size() < FEWEST_VIEWS) return trial;
   try {
-    return Judged(camera, points.found, Solve(points.found, camera.size, model, solver, discRadius),
-                  discRadius);
+    return Assessed(camera, points.found, Solve(points.found, camera.size, model, solver, discRadius),
+                    discRadius);
   } catch (const std::exception&) {
     return trial;
   }

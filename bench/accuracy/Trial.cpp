@@ -9,7 +9,7 @@
 #include "Seed.h"
 #include "Views.h"
 #include "model/TargetGeometry.h"
-#include "quality/Judge.h"
+#include "quality/Assessment.h"
 
 using namespace velmora;
 
@@ -53,7 +53,7 @@ void CompareParameters(const world::Lens& truth, const world::Lens& estimate, co
 void CompareForecast(const Points& views, const SparseResult& result, const cv::Size& size, double discRadius,
                      double rmsInData, Trial& trial) {
   const std::vector<std::vector<cv::Point3d>> targets(views.size(), MakeObjectTemplate(GRID, UNIT));
-  const CalibrationVerdict verdict = JudgeIntrinsics(targets, views, size, result, discRadius);
+  const CalibrationVerdict verdict = AssessIntrinsics(targets, views, size, result, discRadius);
   trial.grade = verdict.grade;
   trial.deviationInData = verdict.deviationInData;
   // Standard deviations are of one coordinate.
@@ -64,8 +64,8 @@ void CompareForecast(const Points& views, const SparseResult& result, const cv::
 
 }  // namespace
 
-Trial Judged(const world::Camera& camera, const Points& views, const SparseResult& result,
-             double discRadius) {
+Trial Assessed(const world::Camera& camera, const Points& views, const SparseResult& result,
+               double discRadius) {
   Trial trial;
   trial.rms = result.rms;
   const world::Lens estimate = world::LensFrom(result.K, result.D);
@@ -102,7 +102,7 @@ Trial RunTrial(const Case& what, std::uint64_t seed) {
     views.push_back(NoisyPoints(camera, pose, what.noise, what.sag, random));
   }
   try {
-    return Judged(camera, views, Solve(views, camera.size, what.model, what.solver));
+    return Assessed(camera, views, Solve(views, camera.size, what.model, what.solver));
   } catch (const std::exception&) {
     // No result, or a focal length that is none.
     Trial trial;

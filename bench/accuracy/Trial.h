@@ -52,8 +52,8 @@ struct Trial {
 };
 
 /// How far the result for these views is off.
-Trial Judged(const world::Camera& camera, const Points& views, const velmora::SparseResult& result,
-             double discRadius = 0.0);
+Trial Assessed(const world::Camera& camera, const Points& views, const velmora::SparseResult& result,
+               double discRadius = 0.0);
 
 /// Calibrates from projected points with Gaussian noise. The same case and seed give the same trial.
 Trial RunTrial(const Case& what, std::uint64_t seed);

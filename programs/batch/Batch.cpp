@@ -46,7 +46,7 @@ common::ExitStatus ReportUnwritten(const std::string& file) {
 }
 
 common::ExitStatus Run(const Arguments& arguments) {
-  common::CheckJudgedOutput(arguments.output);
+  common::CheckOutputWithVerdict(arguments.output);
   CameraViews camera(arguments);
   LookAtPictures(arguments, [&](Picture& picture) { return camera.Take(picture); });
   if (!camera.SawPictures()) throw InputError("no image could be read from the input");
@@ -60,7 +60,7 @@ common::ExitStatus Run(const Arguments& arguments) {
   std::cout << common::ResultTable(report) << "\n" << common::VerdictTable(verdict, report.used);
   common::OutputFiles files;
   std::string text;
-  const std::string unwritten = SaveJudged(camera, verdict, arguments.output, text, files);
+  const std::string unwritten = SaveWithVerdict(camera, verdict, arguments.output, text, files);
   if (!unwritten.empty()) return ReportUnwritten(unwritten);
   return EndWithFiles(files, verdict.grade == CalibrationVerdict::Grade::Worthless, arguments);
 }

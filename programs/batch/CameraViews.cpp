@@ -63,8 +63,8 @@ std::string CameraViews::Save(const std::string& output) {
   return common::SaveResultFile(*search_.Engine(), output);
 }
 
-std::string SaveJudged(CameraViews& camera, const CalibrationVerdict& verdict, const std::string& output,
-                       std::string& text, common::OutputFiles& files) {
+std::string SaveWithVerdict(CameraViews& camera, const CalibrationVerdict& verdict, const std::string& output,
+                            std::string& text, common::OutputFiles& files) {
   files.Announce(output + ".json");
   text = camera.Save(output);
   if (text.empty()) return output + ".json";

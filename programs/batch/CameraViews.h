@@ -58,7 +58,7 @@ class CameraViews {
 
 /// Saves a camera's result, whose text is handed out, and what it is worth, and notes the files. The one that
 /// could not be written, or an empty text.
-std::string SaveJudged(CameraViews& camera, const CalibrationVerdict& verdict, const std::string& output,
-                       std::string& text, common::OutputFiles& files);
+std::string SaveWithVerdict(CameraViews& camera, const CalibrationVerdict& verdict, const std::string& output,
+                            std::string& text, common::OutputFiles& files);
 
 }  // namespace batch

@@ -142,7 +142,7 @@ common::ExitStatus CalibrateCamera(CameraViews& camera, const std::string& side,
   std::cout << "== " << side << " camera\n"
             << common::ResultTable(report) << "\n"
             << common::VerdictTable(result.verdict, report.used) << "\n";
-  return StatusOf(SaveJudged(camera, result.verdict, output, result.text, files));
+  return StatusOf(SaveWithVerdict(camera, result.verdict, output, result.text, files));
 }
 
 common::ExitStatus CameraResultsFor(const Arguments& arguments, PairViews& pairs, CameraResults& results,
@@ -234,8 +234,8 @@ void CheckOutputs(const Arguments& arguments) {
     common::CheckWritable(file);
   }
   if (!arguments.calibLeft.empty()) return;
-  common::CheckJudgedOutput(arguments.output + "_left");
-  common::CheckJudgedOutput(arguments.output + "_right");
+  common::CheckOutputWithVerdict(arguments.output + "_left");
+  common::CheckOutputWithVerdict(arguments.output + "_right");
 }
 
 /// The file that could not be written, or an empty text.

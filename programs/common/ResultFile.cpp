@@ -34,7 +34,7 @@ void CheckOutput(const std::string& name) {
   CheckWritable(name + ".json");
 }
 
-void CheckJudgedOutput(const std::string& name) {
+void CheckOutputWithVerdict(const std::string& name) {
   CheckOutput(name);
   const VerdictFiles files(name);
   CheckWritable(files.text);

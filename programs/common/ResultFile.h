@@ -18,7 +18,7 @@ std::string SaveResultFile(Calibrator& calibrator, const std::string& name);
 void CheckOutput(const std::string& name);
 
 /// The same for NAME.json and the files that tell what it is worth.
-void CheckJudgedOutput(const std::string& name);
+void CheckOutputWithVerdict(const std::string& name);
 
 /// The same for a file as it is named.
 void CheckWritable(const std::string& path);

@@ -49,7 +49,7 @@ int LoopOver(const Arguments& arguments, const LoopOptions& options, common::Fra
 }  // namespace
 
 int Run(const Arguments& arguments) {
-  common::CheckJudgedOutput(arguments.output);
+  common::CheckOutputWithVerdict(arguments.output);
   std::cerr << common::HdistWarning(arguments.hdist);
   const common::SourcePlan plan = common::PlanSources(arguments.source);
   common::Captures captures = common::OpenCaptures(plan, common::NewVideoCapture, std::cerr);

@@ -104,7 +104,7 @@ TEST_F(ComputingOneCamera, IsBusyInTheBackgroundUntilTheResultIsThere) {
   reached.get_future().wait();
   EXPECT_TRUE(computations_.Busy());
   EXPECT_EQ(snapshots_.Status(), STATUS_PROGRESS);
-  EXPECT_EQ(computations_.JudgeCamera().grade, CalibrationVerdict::Grade::None);
+  EXPECT_EQ(computations_.AssessCamera().grade, CalibrationVerdict::Grade::None);
   release.set_value();
   computations_.AwaitBackground();
   EXPECT_FALSE(computations_.Busy());
@@ -122,9 +122,9 @@ TEST_F(ComputingOneCamera, NotesAFailureOfAComputationThatNeverBegan) {
 TEST_F(ComputingOneCamera, JudgesTheResultOfTheseSnapshotsOnly) {
   Collect(8);
   computations_.ComputeCamera(MODEL_CLASSIC);
-  EXPECT_NE(computations_.JudgeCamera().grade, CalibrationVerdict::Grade::None);
+  EXPECT_NE(computations_.AssessCamera().grade, CalibrationVerdict::Grade::None);
   Collect(1);
-  EXPECT_EQ(computations_.JudgeCamera().grade, CalibrationVerdict::Grade::None);
+  EXPECT_EQ(computations_.AssessCamera().grade, CalibrationVerdict::Grade::None);
 }
 
 TEST_F(ComputingOneCamera, ChoosesAModelWithoutTouchingTheState) {
@@ -162,7 +162,7 @@ TEST_F(ComputingAPair, PublishesWhatTheSolverFinds) {
   EXPECT_LT(cv::norm(now.result->pair.R, unit::SolveDirectly(unit::NoisyPairs(6), unit::RATIONAL_FLAGS).R,
                      cv::NORM_INF),
             1e-6);
-  EXPECT_NE(computations_.JudgePair().grade, CalibrationVerdict::Grade::None);
+  EXPECT_NE(computations_.AssessPair().grade, CalibrationVerdict::Grade::None);
 }
 
 TEST_F(ComputingAPair, KeepsWhatItReadAndRefused) {

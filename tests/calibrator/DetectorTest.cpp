@@ -112,7 +112,7 @@ TEST_F(Detecting, HasNoLastDetectionWhenTheGuideTookIt) {
   EXPECT_FALSE(detector_.HasLast());
 }
 
-// What is judged is what becomes the snapshot: no other frame comes between.
+// What is checked is what becomes the snapshot: no other frame comes between.
 TEST_F(Detecting, LetsNoOtherFrameInWhileTheGuideDecides) {
   std::mutex lock;
   std::condition_variable changed;

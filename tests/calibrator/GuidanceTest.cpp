@@ -22,8 +22,8 @@ class Guiding : public ::testing::Test {
     unit::WriteAssistantModel(path, {centres.begin(), centres.begin() + static_cast<std::ptrdiff_t>(poses)});
     guidance_.Start(path);
   }
-  Guidance::Step Judge(size_t view, size_t count) {
-    return guidance_.Judge(guidance_.Current(), unit::Rendered().centres[view], [&] {
+  Guidance::Step Assess(size_t view, size_t count) {
+    return guidance_.Assess(guidance_.Current(), unit::Rendered().centres[view], [&] {
       ++asked_;
       return count;
     });
@@ -45,36 +45,36 @@ TEST_F(Guiding, HasNoGoalBeforeItStartsAndAfterItsEnd) {
 
 TEST_F(Guiding, TakesNothingElsewhere) {
   StartWith(3);
-  EXPECT_EQ(Judge(1, 1), Guidance::Step::Elsewhere);
+  EXPECT_EQ(Assess(1, 1), Guidance::Step::Elsewhere);
   EXPECT_EQ(asked_, 0);
 }
 
 TEST_F(Guiding, MovesOnWithEachSnapshot) {
   StartWith(3);
-  EXPECT_EQ(Judge(0, 1), Guidance::Step::Taken);
-  EXPECT_EQ(Judge(0, 2), Guidance::Step::Elsewhere);
-  EXPECT_EQ(Judge(1, 2), Guidance::Step::Taken);
+  EXPECT_EQ(Assess(0, 1), Guidance::Step::Taken);
+  EXPECT_EQ(Assess(0, 2), Guidance::Step::Elsewhere);
+  EXPECT_EQ(Assess(1, 2), Guidance::Step::Taken);
   EXPECT_EQ(asked_, 2);
 }
 
 TEST_F(Guiding, AsksForTheSamePoseAgainWhenItsSnapshotIsRefused) {
   StartWith(3);
-  EXPECT_EQ(Judge(0, 0), Guidance::Step::Elsewhere);
-  EXPECT_EQ(Judge(0, 1), Guidance::Step::Taken);
+  EXPECT_EQ(Assess(0, 0), Guidance::Step::Elsewhere);
+  EXPECT_EQ(Assess(0, 1), Guidance::Step::Taken);
 }
 
 TEST_F(Guiding, IsFinishedAfterTheLastPoseAndEndsWithEnoughSnapshots) {
   StartWith(1);
-  EXPECT_EQ(Judge(0, Snapshots::ENOUGH - 1), Guidance::Step::Finished);
+  EXPECT_EQ(Assess(0, Snapshots::ENOUGH - 1), Guidance::Step::Finished);
   EXPECT_NE(guidance_.Current(), nullptr);
-  EXPECT_EQ(Judge(0, Snapshots::ENOUGH), Guidance::Step::Finished);
+  EXPECT_EQ(Assess(0, Snapshots::ENOUGH), Guidance::Step::Finished);
   EXPECT_EQ(guidance_.Current(), nullptr);
 }
 
 TEST_F(Guiding, EndsAfterASinglePoseWithoutAComputation) {
   ASSERT_TRUE(guidance_.StartAt(unit::Rendered().centres[2]));
   EXPECT_EQ(guidance_.Goal(), 1);
-  EXPECT_EQ(Judge(2, 1), Guidance::Step::Taken);
+  EXPECT_EQ(Assess(2, 1), Guidance::Step::Taken);
   EXPECT_EQ(guidance_.Current(), nullptr);
 }
 
@@ -89,7 +89,7 @@ TEST_F(Guiding, LeavesAnAssistantThatWasReplacedMeanwhileAlone) {
   const auto first = guidance_.Current();
   StartWith(2);
   const auto taken = [] { return Snapshots::ENOUGH; };
-  EXPECT_EQ(guidance_.Judge(first, unit::Rendered().centres[0], taken), Guidance::Step::Finished);
+  EXPECT_EQ(guidance_.Assess(first, unit::Rendered().centres[0], taken), Guidance::Step::Finished);
   EXPECT_EQ(guidance_.Goal(), 2);
 }
 

@@ -55,7 +55,7 @@ TEST_F(Collecting, TakesTheDetectionThatIsAtThePose) {
 }
 
 // Meant for the thread sanitizer as much as for its own checks: two feeders push frames of all poses, and
-// every snapshot is of the frame that was judged, no pose is skipped, none taken twice.
+// every snapshot is of the frame that was checked, no pose is skipped, none taken twice.
 TEST_F(Collecting, TakesWhatWasJudgedWithTwoFeedersAtOnce) {
   const unit::RenderedViews& rendered = unit::Rendered();
   const size_t poses = 6;

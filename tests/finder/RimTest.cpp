@@ -115,7 +115,7 @@ TEST(Rim, IsNotSeenWhereThereIsNone) {
   EXPECT_LT(light.visible, 0.2) << "a light disc has none";
 }
 
-TEST(Rim, OfAFaintDiscIsJudgedByItsContrast) {
+TEST(Rim, OfAFaintDiscIsAssessedByItsContrast) {
   cv::Mat faint;
   Painted(UPRIGHT).convertTo(faint, CV_8U, 0.15, 150.0);
   ExpectedDisc expected = Expected(UPRIGHT);

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "Calibrator.h"
-#include "quality/Judge.h"
+#include "quality/Assessment.h"
 #include "quality/SystematicErrors.h"
 #include "solver/OpenCvMatrices.h"
 #include "solver/WideViews.h"
@@ -18,23 +18,23 @@ using Grade = CalibrationVerdict::Grade;
 constexpr int CLASSIC = Calibrator::MODEL_CLASSIC;
 constexpr int RATIONAL = Calibrator::MODEL_RATIONAL;
 
-struct Judged {
+struct Assessed {
   SparseResult result;
   CalibrationVerdict verdict;
   Solution solution;
 };
 
-Judged Judge(const unit::PointLists& views, int model, double discRadius) {
+Assessed Assess(const unit::PointLists& views, int model, double discRadius) {
   SparseOptions options;
   options.robust = true;
   options.discRadius = discRadius;
   const auto targets = unit::FlatTargets(views.size());
-  Judged judged;
-  judged.result = SolveIntrinsicsSparsely(targets, views, unit::FRAME, model, options);
-  judged.verdict = JudgeIntrinsics(targets, views, unit::FRAME, judged.result, discRadius);
-  judged.solution =
-      solver::SolutionFrom(solver::TargetOf(targets, views), judged.result, unit::FRAME, discRadius);
-  return judged;
+  Assessed assessed;
+  assessed.result = SolveIntrinsicsSparsely(targets, views, unit::FRAME, model, options);
+  assessed.verdict = AssessIntrinsics(targets, views, unit::FRAME, assessed.result, discRadius);
+  assessed.solution =
+      solver::SolutionFrom(solver::TargetOf(targets, views), assessed.result, unit::FRAME, discRadius);
+  return assessed;
 }
 
 bool Says(const CalibrationVerdict& verdict, const std::string& words) {
@@ -72,14 +72,15 @@ std::vector<Clean> CleanCameras() {
 TEST(VerdictWithDiscs, FindsNoFaultInCleanViews) {
   for (const Clean& clean : CleanCameras()) {
     for (std::uint64_t seed = 1; seed <= SEEDS; ++seed) {
-      const Judged judged =
-          Judge(unit::DiscViews(clean.camera, 20, seed, clean.noise), clean.model, unit::DISC);
-      EXPECT_FALSE(OmittedLensTerms(judged.solution, 0).significant) << clean.name << " " << seed;
-      EXPECT_FALSE(OmittedBend(judged.solution).significant) << clean.name << " " << seed;
-      EXPECT_FALSE(OmittedProportions(judged.solution).significant) << clean.name << " " << seed;
-      EXPECT_EQ(judged.verdict.systematicInData, 0.0) << clean.name << " " << seed;
-      EXPECT_FALSE(Says(judged.verdict, "disagree")) << clean.name << " " << seed << judged.verdict.ToJson();
-      EXPECT_LT(judged.verdict.jackknifeInData, 2.5 * judged.verdict.deviationInData)
+      const Assessed assessed =
+          Assess(unit::DiscViews(clean.camera, 20, seed, clean.noise), clean.model, unit::DISC);
+      EXPECT_FALSE(OmittedLensTerms(assessed.solution, 0).significant) << clean.name << " " << seed;
+      EXPECT_FALSE(OmittedBend(assessed.solution).significant) << clean.name << " " << seed;
+      EXPECT_FALSE(OmittedProportions(assessed.solution).significant) << clean.name << " " << seed;
+      EXPECT_EQ(assessed.verdict.systematicInData, 0.0) << clean.name << " " << seed;
+      EXPECT_FALSE(Says(assessed.verdict, "disagree"))
+          << clean.name << " " << seed << assessed.verdict.ToJson();
+      EXPECT_LT(assessed.verdict.jackknifeInData, 2.5 * assessed.verdict.deviationInData)
           << clean.name << " " << seed;
     }
   }
@@ -99,11 +100,11 @@ TEST_P(BentSheet, IsToldWithDiscsCorrected) {
       world::CameraFromFieldOfView(unit::FRAME, bent.degrees, {-0.1, 0.01, 0.0, 0.0});
   for (std::uint64_t seed = 1; seed <= SEEDS; ++seed) {
     const auto views = unit::DiscViews(camera, 20, seed, bent.noise, bent.sag);
-    const Judged judged = Judge(views, CLASSIC, unit::DISC);
-    EXPECT_TRUE(Says(judged.verdict, "The sheet is bent")) << seed << judged.verdict.ToJson();
-    EXPECT_NEAR(judged.verdict.sheetBend, bent.sag, 0.25 * bent.sag) << seed;
-    const double truth = unit::TrueErrorOf(judged.result, camera, views);
-    EXPECT_NEAR(judged.verdict.ExpectedInData(), truth, 0.4 * truth) << seed;
+    const Assessed assessed = Assess(views, CLASSIC, unit::DISC);
+    EXPECT_TRUE(Says(assessed.verdict, "The sheet is bent")) << seed << assessed.verdict.ToJson();
+    EXPECT_NEAR(assessed.verdict.sheetBend, bent.sag, 0.25 * bent.sag) << seed;
+    const double truth = unit::TrueErrorOf(assessed.result, camera, views);
+    EXPECT_NEAR(assessed.verdict.ExpectedInData(), truth, 0.4 * truth) << seed;
   }
 }
 
@@ -114,10 +115,10 @@ INSTANTIATE_TEST_SUITE_P(Sags, BentSheet,
 TEST(LensRemark, ComesWhereALargerModelPredictsBetter) {
   const world::Camera fisheye = world::CameraFromFieldOfView(
       unit::FRAME, 100.0, {4.0 / 15.0, 0.0, 0.0008, -0.0006, 0.0, 3.0 / 5.0, 0.0, 0.0});
-  const Judged judged = Judge(unit::DiscViews(fisheye, 20, 1, 0.1), CLASSIC, unit::DISC);
-  EXPECT_EQ(judged.verdict.grade, Grade::WithCare);
-  EXPECT_TRUE(Says(judged.verdict, "The lens does not fit this model")) << judged.verdict.ToJson();
-  EXPECT_TRUE(Says(judged.verdict, "Try the rational model.")) << judged.verdict.ToJson();
+  const Assessed assessed = Assess(unit::DiscViews(fisheye, 20, 1, 0.1), CLASSIC, unit::DISC);
+  EXPECT_EQ(assessed.verdict.grade, Grade::WithCare);
+  EXPECT_TRUE(Says(assessed.verdict, "The lens does not fit this model")) << assessed.verdict.ToJson();
+  EXPECT_TRUE(Says(assessed.verdict, "Try the rational model.")) << assessed.verdict.ToJson();
 }
 
 /// A sensor that leans, in so few views that the choice of the model cannot be sure of it.
@@ -150,8 +151,8 @@ TEST(LensRemark, DoesNotComeWhereTheChoiceOfTheModelRefusesLargerOnes) {
       const CalibrationVerdict verdict = calibrator->GetVerdict();
       EXPECT_FALSE(Says(verdict, "The lens")) << verdict.ToJson();
       EXPECT_FALSE(Says(verdict, "model.")) << verdict.ToJson();
-      const Judged judged = Judge(views, CLASSIC, 0.0);
-      for (const SystematicError& error : SystematicErrorsOf(judged.solution, 0, verdict.dataArea, 0.128)) {
+      const Assessed assessed = Assess(views, CLASSIC, 0.0);
+      for (const SystematicError& error : SystematicErrorsOf(assessed.solution, 0, verdict.dataArea, 0.128)) {
         suspected += error.cause == SystematicError::Cause::LensTerms ? 1 : 0;
       }
     }
@@ -168,10 +169,10 @@ unit::PointLists SomeReversed(size_t views, size_t reversed) {
 }
 
 TEST(VerdictOnASelection, IsCarefulWhereAFewOutvotedOthers) {
-  const CalibrationVerdict verdict = Judge(SomeReversed(6, 2), CLASSIC, 0.0).verdict;
+  const CalibrationVerdict verdict = Assess(SomeReversed(6, 2), CLASSIC, 0.0).verdict;
   EXPECT_GE(verdict.grade, Grade::WithCare);
   EXPECT_TRUE(Says(verdict, "Only 4 views agree, and the others were left out.")) << verdict.ToJson();
-  EXPECT_FALSE(Says(Judge(SomeReversed(8, 2), CLASSIC, 0.0).verdict, "views agree"));
+  EXPECT_FALSE(Says(Assess(SomeReversed(8, 2), CLASSIC, 0.0).verdict, "views agree"));
 }
 
 TEST(VerdictOnASelection, SaysWhenTooFewViewsAgree) {

@@ -8,8 +8,8 @@
 #include <cmath>
 #include <opencv2/calib3d.hpp>
 
-#include "quality/Judge.h"
-#include "quality/PairJudge.h"
+#include "quality/Assessment.h"
+#include "quality/PairAssessment.h"
 #include "quality/ProjectionUncertainty.h"
 #include "solver/PairViews.h"
 
@@ -23,49 +23,50 @@ using unit::RigFor;
 
 const int MODELS[] = {Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL, Calibrator::MODEL_FULL};
 
-/// A pair as a calibrator hands it to its judge.
-struct Judged {
+/// A pair as a calibrator has it assessed.
+struct Assessed {
   ExtrinsicsResult result;
   StereoIntrinsics pairIntrinsics;
   PairVerdict verdict;
 };
 
-Judged JudgedHeld(const unit::PointPairs& pairs, const StereoIntrinsics& pairIntrinsics, int model,
-                  const SparsePairOptions& options = {}, const cv::Size& imageSize = unit::FRAME) {
+Assessed AssessedWithFixedIntrinsics(const unit::PointPairs& pairs, const StereoIntrinsics& pairIntrinsics,
+                                     int model, const SparsePairOptions& options = {},
+                                     const cv::Size& imageSize = unit::FRAME) {
   const auto targets = unit::Targets(pairs.left.size());
-  Judged judged;
-  judged.pairIntrinsics = pairIntrinsics;
-  judged.result = SolveExtrinsicsSparsely(targets, pairs.left, pairs.right, pairIntrinsics, model, options);
-  judged.verdict = JudgePair(
-      {targets, pairs.left, pairs.right, model, false, options.discRadius, judged.result.solution, imageSize},
-      pairIntrinsics, judged.result.R, judged.result.T);
-  return judged;
+  Assessed assessed;
+  assessed.pairIntrinsics = pairIntrinsics;
+  assessed.result = SolveExtrinsicsSparsely(targets, pairs.left, pairs.right, pairIntrinsics, model, options);
+  assessed.verdict = AssessPair({targets, pairs.left, pairs.right, model, false, options.discRadius,
+                                 assessed.result.solution, imageSize},
+                                pairIntrinsics, assessed.result.R, assessed.result.T);
+  return assessed;
 }
 
-Judged JudgedRefined(const unit::PointPairs& pairs, const StereoIntrinsics& start, int model,
-                     const SparsePairOptions& options = {}) {
+Assessed AssessedWithRefinedIntrinsics(const unit::PointPairs& pairs, const StereoIntrinsics& start,
+                                       int model, const SparsePairOptions& options = {}) {
   const auto targets = unit::Targets(pairs.left.size());
-  Judged judged;
-  judged.result = unit::Refined(pairs, start, model, options);
-  judged.pairIntrinsics = judged.result.refined;
-  judged.verdict = JudgePair({targets, pairs.left, pairs.right, model, true, options.discRadius,
-                              judged.result.solution, unit::FRAME},
-                             judged.pairIntrinsics, judged.result.R, judged.result.T);
-  return judged;
+  Assessed assessed;
+  assessed.result = unit::Refined(pairs, start, model, options);
+  assessed.pairIntrinsics = assessed.result.refined;
+  assessed.verdict = AssessPair({targets, pairs.left, pairs.right, model, true, options.discRadius,
+                                 assessed.result.solution, unit::FRAME},
+                                assessed.pairIntrinsics, assessed.result.R, assessed.result.T);
+  return assessed;
 }
 
 /// By OpenCV's projection: the distances of what a camera saw from where it should have.
-double RmsByOpenCv(const Judged& judged, const TargetView& view, size_t camera) {
+double RmsByOpenCv(const Assessed& assessed, const TargetView& view, size_t camera) {
   const Observation& observed = view.observations[camera];
-  const RigidTransform rightFromLeft = {cv::Matx33d(judged.result.R),
-                                        cv::Vec3d(judged.result.T.ptr<double>())};
+  const RigidTransform rightFromLeft = {cv::Matx33d(assessed.result.R),
+                                        cv::Vec3d(assessed.result.T.ptr<double>())};
   const RigidTransform pose = camera == 0 ? view.rigFromTarget : rightFromLeft * view.rigFromTarget;
   cv::Vec3d rvec;
   cv::Rodrigues(pose.R, rvec);
   std::vector<cv::Point2d> expected;
   cv::projectPoints(observed.object, rvec, pose.t,
-                    camera == 0 ? judged.pairIntrinsics.K : judged.pairIntrinsics.KRight,
-                    camera == 0 ? judged.pairIntrinsics.D : judged.pairIntrinsics.DRight, expected);
+                    camera == 0 ? assessed.pairIntrinsics.K : assessed.pairIntrinsics.KRight,
+                    camera == 0 ? assessed.pairIntrinsics.D : assessed.pairIntrinsics.DRight, expected);
   double squares = 0.0;
   double count = 0.0;
   for (size_t i = 0; i < expected.size(); ++i) {
@@ -76,14 +77,14 @@ double RmsByOpenCv(const Judged& judged, const TargetView& view, size_t camera) 
   return std::sqrt(squares / count);
 }
 
-void ExpectErrorsOfOpenCv(const Judged& judged) {
-  const Solution& solution = *judged.result.solution;
+void ExpectErrorsOfOpenCv(const Assessed& assessed) {
+  const Solution& solution = *assessed.result.solution;
   size_t camera = 0;
-  for (const PairVerdict::Camera& side : {judged.verdict.left, judged.verdict.right}) {
+  for (const PairVerdict::Camera& side : {assessed.verdict.left, assessed.verdict.right}) {
     double squares = 0.0;
     ASSERT_EQ(side.viewRms.size(), solution.views.size());
     for (size_t i = 0; i < solution.views.size(); ++i) {
-      const double expected = RmsByOpenCv(judged, solution.views[i], camera);
+      const double expected = RmsByOpenCv(assessed, solution.views[i], camera);
       EXPECT_NEAR(side.viewRms[i], expected, 1e-7) << "camera " << camera << ", view " << i;
       squares += expected * expected;
     }
@@ -96,8 +97,8 @@ void ExpectErrorsOfOpenCv(const Judged& judged) {
 TEST(PairCameras, HaveTheErrorsOfTheirViewsByOpenCv) {
   for (const int model : MODELS) {
     const auto pairs = Observed(RigFor(model), 10, 3, 0.1);
-    ExpectErrorsOfOpenCv(JudgedHeld(pairs, unit::TruePairIntrinsics(RigFor(model)), model));
-    ExpectErrorsOfOpenCv(JudgedRefined(pairs, EachAlone(pairs, model), model));
+    ExpectErrorsOfOpenCv(AssessedWithFixedIntrinsics(pairs, unit::TruePairIntrinsics(RigFor(model)), model));
+    ExpectErrorsOfOpenCv(AssessedWithRefinedIntrinsics(pairs, EachAlone(pairs, model), model));
   }
 }
 
@@ -106,7 +107,8 @@ TEST(PairCameras, TellWhichOfThemSeesWorse) {
   auto pairs = Observed(RigFor(model), 10, 3, 0.1);
   const auto worse = Observed(RigFor(model), 10, 3, 0.4);
   pairs.right = worse.right;
-  const PairVerdict verdict = JudgedHeld(pairs, unit::TruePairIntrinsics(RigFor(model)), model).verdict;
+  const PairVerdict verdict =
+      AssessedWithFixedIntrinsics(pairs, unit::TruePairIntrinsics(RigFor(model)), model).verdict;
   EXPECT_GT(verdict.right.rms, 2.0 * verdict.left.rms);
   EXPECT_NEAR(verdict.right.rms, 0.4 * std::sqrt(2.0), 0.06);
 }
@@ -118,10 +120,10 @@ TEST(PairCameras, MarkTheImageThatWasLeftOutAndKeepTheOtherOne) {
   pairs.left[7][20] += cv::Point2d(9.0, -7.0);
   SparsePairOptions robust;
   robust.robust = true;
-  for (const Judged& judged :
-       {JudgedHeld(pairs, unit::TruePairIntrinsics(RigFor(model)), model, robust),
-        JudgedRefined(pairs, unit::TruePairIntrinsics(RigFor(model)), model, robust)}) {
-    const PairVerdict& verdict = judged.verdict;
+  for (const Assessed& assessed :
+       {AssessedWithFixedIntrinsics(pairs, unit::TruePairIntrinsics(RigFor(model)), model, robust),
+        AssessedWithRefinedIntrinsics(pairs, unit::TruePairIntrinsics(RigFor(model)), model, robust)}) {
+    const PairVerdict& verdict = assessed.verdict;
     ASSERT_EQ(verdict.left.viewRms.size(), 12U);
     ASSERT_EQ(verdict.right.viewRms.size(), 12U);
     for (const PairVerdict::LeftOut& left : verdict.leftOut) {
@@ -147,13 +149,13 @@ TEST(PairCameras, AreAtLeastAsSureAsTheirOwnViewsMakeThem) {
     const auto pairs = Observed(RigFor(model), 12, 5, 0.1);
     const auto targets = unit::Targets(pairs.left.size());
     const auto alone = [&](const unit::PointLists& views) {
-      return JudgeIntrinsics(targets, views, unit::FRAME,
-                             SolveIntrinsicsSparsely(targets, views, unit::FRAME, model));
+      return AssessIntrinsics(targets, views, unit::FRAME,
+                              SolveIntrinsicsSparsely(targets, views, unit::FRAME, model));
     };
     const CalibrationVerdict left = alone(pairs.left);
     const CalibrationVerdict right = alone(pairs.right);
-    for (const Judged& judged : {JudgedHeld(pairs, EachAlone(pairs, model), model),
-                                 JudgedRefined(pairs, EachAlone(pairs, model), model)}) {
+    for (const Assessed& assessed : {AssessedWithFixedIntrinsics(pairs, EachAlone(pairs, model), model),
+                                     AssessedWithRefinedIntrinsics(pairs, EachAlone(pairs, model), model)}) {
       const auto expect = [&](const PairVerdict::Camera& camera, const CalibrationVerdict& by) {
         // The noise is estimated anew, and is what differs upwards.
         EXPECT_LT(camera.deviationInData, 1.1 * by.deviationInData) << model;
@@ -166,8 +168,8 @@ TEST(PairCameras, AreAtLeastAsSureAsTheirOwnViewsMakeThem) {
         EXPECT_DOUBLE_EQ(camera.coverage, by.coverage);
         EXPECT_EQ(camera.dataArea, by.dataArea);
       };
-      expect(judged.verdict.left, left);
-      expect(judged.verdict.right, right);
+      expect(assessed.verdict.left, left);
+      expect(assessed.verdict.right, right);
     }
   }
 }
@@ -175,11 +177,11 @@ TEST(PairCameras, AreAtLeastAsSureAsTheirOwnViewsMakeThem) {
 TEST(PairCameras, HaveTheMapsOfTheSolutionsJudge) {
   const int model = Calibrator::MODEL_RATIONAL;
   const auto pairs = Observed(RigFor(model), 12, 5, 0.1);
-  const Judged judged = JudgedRefined(pairs, EachAlone(pairs, model), model);
+  const Assessed assessed = AssessedWithRefinedIntrinsics(pairs, EachAlone(pairs, model), model);
   size_t camera = 0;
-  for (const PairVerdict::Camera& side : {judged.verdict.left, judged.verdict.right}) {
+  for (const PairVerdict::Camera& side : {assessed.verdict.left, assessed.verdict.right}) {
     const CalibrationVerdict expected =
-        JudgeCamera(*judged.result.solution, camera++, [] { return std::string(); });
+        AssessCamera(*assessed.result.solution, camera++, [] { return std::string(); });
     ASSERT_EQ(side.deviationMap.size(),
               cv::Size(ProjectionUncertainty::COLUMNS, ProjectionUncertainty::ROWS));
     ASSERT_EQ(side.deviationMap.size(), expected.deviationMap.size());
@@ -192,7 +194,8 @@ TEST(PairCameras, HaveTheMapsOfTheSolutionsJudge) {
 TEST(PairCameras, SayNothingOfProjectionsInImagesOfUnknownSize) {
   const int model = Calibrator::MODEL_CLASSIC;
   const PairVerdict verdict =
-      JudgedHeld(Observed(RigFor(model), 8, 1, 0.1), unit::TruePairIntrinsics(RigFor(model)), model, {}, {})
+      AssessedWithFixedIntrinsics(Observed(RigFor(model), 8, 1, 0.1), unit::TruePairIntrinsics(RigFor(model)),
+                                  model, {}, {})
           .verdict;
   for (const PairVerdict::Camera& camera : {verdict.left, verdict.right}) {
     EXPECT_TRUE(camera.deviationMap.empty());

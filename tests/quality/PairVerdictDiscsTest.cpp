@@ -1,7 +1,7 @@
 /// Verdicts on pairs whose image points are centroids of discs, which are not the images of their centres.
 #include <gtest/gtest.h>
 
-#include "quality/PairJudge.h"
+#include "quality/PairAssessment.h"
 #include "solver/PairViews.h"
 #include "solver/WideViews.h"
 
@@ -32,22 +32,22 @@ unit::PointPairs ObservedBy(const world::Pair& rig, const std::vector<world::Pos
   return pairs;
 }
 
-PairVerdict Judged(const world::Pair& rig, const unit::PointPairs& pairs, double discRadius) {
+PairVerdict Assessed(const world::Pair& rig, const unit::PointPairs& pairs, double discRadius) {
   const auto targets = unit::Targets(pairs.left.size());
   const StereoIntrinsics pairIntrinsics = unit::TruePairIntrinsics(rig);
   SparsePairOptions options;
   options.discRadius = discRadius;
   const ExtrinsicsResult result = SolveExtrinsicsSparsely(targets, pairs.left, pairs.right, pairIntrinsics,
                                                           Calibrator::MODEL_CLASSIC, options);
-  return JudgePair({targets, pairs.left, pairs.right, Calibrator::MODEL_CLASSIC, false, discRadius},
-                   pairIntrinsics, result.R, result.T);
+  return AssessPair({targets, pairs.left, pairs.right, Calibrator::MODEL_CLASSIC, false, discRadius},
+                    pairIntrinsics, result.R, result.T);
 }
 
 TEST(PairVerdictWithDiscs, IsThatOfTheImagesOfTheirCentres) {
   const world::Pair rig = WidePair();
   const auto poses = world::SampleRigViews(rig, 12, 3, unit::Paper());
-  const PairVerdict centres = Judged(rig, ObservedBy(rig, poses, false), 0.0);
-  const PairVerdict discs = Judged(rig, ObservedBy(rig, poses, true), unit::DISC);
+  const PairVerdict centres = Assessed(rig, ObservedBy(rig, poses, false), 0.0);
+  const PairVerdict discs = Assessed(rig, ObservedBy(rig, poses, true), unit::DISC);
   const auto expectNear = [](const PairVerdict::Deviations& own, const PairVerdict::Deviations& expected) {
     EXPECT_NEAR(own.rotation, expected.rotation, 0.05 * expected.rotation);
     EXPECT_NEAR(own.baseline, expected.baseline, 0.05 * expected.baseline);
@@ -64,8 +64,8 @@ TEST(PairVerdictWithDiscs, TakesWhatIsNotCorrectedForMoreNoise) {
   const world::Pair rig = WidePair();
   const auto poses = world::SampleRigViews(rig, 12, 3, unit::Paper());
   const unit::PointPairs pairs = ObservedBy(rig, poses, true);
-  const PairVerdict corrected = Judged(rig, pairs, unit::DISC);
-  const PairVerdict raw = Judged(rig, pairs, 0.0);
+  const PairVerdict corrected = Assessed(rig, pairs, unit::DISC);
+  const PairVerdict raw = Assessed(rig, pairs, 0.0);
   EXPECT_GT(raw.formal.rotation, 2.0 * corrected.formal.rotation);
   EXPECT_GT(raw.disagreement, 3.0 * corrected.disagreement);
 }

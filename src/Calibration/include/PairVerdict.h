@@ -51,7 +51,7 @@ struct VELMORA_API PairVerdict {
     cv::Mat deviationMap;  ///< as of a CalibrationVerdict; empty when the views do not determine the lens
   };
 
-  Grade grade = Grade::None;  ///< None: there is no result to judge
+  Grade grade = Grade::None;  ///< None: there is no result to assess
   std::vector<Remark> remarks;
   std::vector<LeftOut> leftOut;
   int views = 0;               ///< of which both images were used

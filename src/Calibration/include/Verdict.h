@@ -27,7 +27,7 @@ struct VELMORA_API CalibrationVerdict {
     std::string reason;
   };
 
-  Grade grade = Grade::None;  ///< None: there is no result to judge
+  Grade grade = Grade::None;  ///< None: there is no result to assess
   std::vector<Remark> remarks;
   std::vector<LeftOut> leftOut;
   int views = 0;

@@ -11,7 +11,7 @@ namespace {
 const cv::Size FRAME(640, 480);
 
 /// Ten times as unsure at the right as at the left, without a ray in the upper left corner.
-CalibrationVerdict Judged() {
+CalibrationVerdict Assessed() {
   CalibrationVerdict verdict;
   verdict.grade = CalibrationVerdict::Grade::Good;
   verdict.dataArea = {{80.0F, 60.0F}, {560.0F, 60.0F}, {560.0F, 420.0F}, {80.0F, 420.0F}};
@@ -40,7 +40,7 @@ int Apart(const cv::Vec3b& a, const cv::Vec3b& b) {
 TEST(UncertaintyPicture, HasTheShapeOfTheImageBesideItsScale) {
   for (const cv::Size& frame : {FRAME, cv::Size(480, 640), cv::Size(1920, 1080), cv::Size(64, 48)}) {
     const common::UncertaintyLayout layout(frame);
-    const cv::Mat picture = common::DrawUncertainty(Judged(), frame, {});
+    const cv::Mat picture = common::DrawUncertainty(Assessed(), frame, {});
     EXPECT_EQ(picture.size(), layout.picture);
     EXPECT_EQ(picture.type(), CV_8UC3);
     EXPECT_EQ(std::max(layout.map.width, layout.map.height), 800);
@@ -54,7 +54,7 @@ TEST(UncertaintyPicture, HasTheShapeOfTheImageBesideItsScale) {
 }
 
 TEST(UncertaintyPicture, IsGreyWithoutDataAndWithoutARay) {
-  const cv::Mat picture = common::DrawUncertainty(Judged(), FRAME, {});
+  const cv::Mat picture = common::DrawUncertainty(Assessed(), FRAME, {});
   EXPECT_EQ(At(picture, 20, 240), common::NO_DATA);   // left of the data
   EXPECT_EQ(At(picture, 600, 450), common::NO_DATA);  // right of and below them
   EXPECT_EQ(At(picture, 120, 100), common::NO_DATA);  // within them, without a ray
@@ -63,7 +63,7 @@ TEST(UncertaintyPicture, IsGreyWithoutDataAndWithoutARay) {
 }
 
 TEST(UncertaintyPicture, HasTheColoursOfItsScale) {
-  const cv::Mat picture = common::DrawUncertainty(Judged(), FRAME, {});
+  const cv::Mat picture = common::DrawUncertainty(Assessed(), FRAME, {});
   const common::UncertaintyLayout layout(FRAME);
   const auto nearest = [&](const cv::Vec3b& colour) {
     int best = 0;
@@ -83,8 +83,8 @@ TEST(UncertaintyPicture, HasTheColoursOfItsScale) {
 }
 
 TEST(UncertaintyPicture, ShowsTheCirclesThatWereSeenAndTheirHull) {
-  const cv::Mat without = common::DrawUncertainty(Judged(), FRAME, {});
-  const cv::Mat with = common::DrawUncertainty(Judged(), FRAME, {{{400.0, 350.0}}, {{450.0, 350.0}}});
+  const cv::Mat without = common::DrawUncertainty(Assessed(), FRAME, {});
+  const cv::Mat with = common::DrawUncertainty(Assessed(), FRAME, {{{400.0, 350.0}}, {{450.0, 350.0}}});
   for (const double x : {400.0, 450.0}) EXPECT_GT(Apart(At(with, x, 350), At(without, x, 350)), 30);
   EXPECT_EQ(At(with, 425, 350), At(without, 425, 350));
   EXPECT_LT(Apart(At(without, 300, 420), {255, 255, 255}), 30);
@@ -96,7 +96,7 @@ TEST(UncertaintyPicture, HasLinesAtRoundValuesWithinTheData) {
   EXPECT_TRUE(common::UncertaintyLevels(0.0, 1.0).empty());
   EXPECT_TRUE(common::UncertaintyLevels(1.0, std::numeric_limits<double>::infinity()).empty());
   // 0.1 px is at 39 lg 2 = 11.7 cells, the middle of which are half a cell further right.
-  const cv::Mat picture = common::DrawUncertainty(Judged(), FRAME, {});
+  const cv::Mat picture = common::DrawUncertainty(Assessed(), FRAME, {});
   double whitest = 0.0;
   double at = 0.0;
   for (double x = 180.0; x < 215.0; x += 0.5) {
@@ -112,7 +112,7 @@ TEST(UncertaintyPicture, HasLinesAtRoundValuesWithinTheData) {
 TEST(UncertaintyPicture, HasATitleAboveTheMapThatMayBeAnotherOne) {
   const common::UncertaintyLayout layout(FRAME);
   const auto parts = [&](const std::string& title) {
-    const cv::Mat picture = common::DrawUncertainty(Judged(), FRAME, {}, title);
+    const cv::Mat picture = common::DrawUncertainty(Assessed(), FRAME, {}, title);
     return std::pair(picture.rowRange(0, layout.map.y).clone(),
                      picture.rowRange(layout.map.y, picture.rows).clone());
   };

@@ -217,11 +217,11 @@ void Calibrator::CancelComputation() {
 }
 
 CalibrationVerdict Calibrator::GetVerdict() {
-  return impl_->computations.JudgeCamera();
+  return impl_->computations.AssessCamera();
 }
 
 PairVerdict Calibrator::GetPairVerdict() {
-  return impl_->computations.JudgePair();
+  return impl_->computations.AssessPair();
 }
 
 ModelChoice Calibrator::ChooseModel() {

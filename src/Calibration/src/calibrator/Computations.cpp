@@ -1,4 +1,4 @@
-/// Computes and judges what snapshots say of one camera or of a pair.
+/// Computes and assesses one camera or a pair from snapshots.
 #include "calibrator/Computations.h"
 
 #include <memory>
@@ -7,9 +7,9 @@
 #include "calibrator/Finite.h"
 #include "calibrator/IntrinsicsDocuments.h"
 #include "calibrator/RejectionLog.h"
-#include "quality/Judge.h"
+#include "quality/Assessment.h"
 #include "quality/ModelComparison.h"
-#include "quality/PairJudge.h"
+#include "quality/PairAssessment.h"
 #include "solver/SparsePair.h"
 
 namespace velmora {
@@ -175,15 +175,15 @@ ModelChoice Computations::ChooseModel() const {
                        OptionsOf(settings));
 }
 
-CalibrationVerdict Computations::JudgeCamera() const {
+CalibrationVerdict Computations::AssessCamera() const {
   const Snapshots::Moment now = snapshots_.Now();
   if (snapshots_.CameraCount() != ONE_CAMERA || now.status == STATUS_PROGRESS) return {};
   if (now.result == nullptr) return {};
-  return JudgeIntrinsics(now.snapshots->target, now.snapshots->cameras.front().points, imageSize_,
-                         now.result->camera, now.result->discRadius);
+  return AssessIntrinsics(now.snapshots->target, now.snapshots->cameras.front().points, imageSize_,
+                          now.result->camera, now.result->discRadius);
 }
 
-PairVerdict Computations::JudgePair() const {
+PairVerdict Computations::AssessPair() const {
   const Snapshots::Moment now = snapshots_.Now();
   const auto& result = now.result;
   if (snapshots_.CameraCount() != PAIR || now.status == STATUS_PROGRESS || result == nullptr) return {};
@@ -196,7 +196,7 @@ PairVerdict Computations::JudgePair() const {
                             result->discRadius,
                             result->pair.solution,
                             imageSize_};
-  return velmora::JudgePair(records, result->intrinsics, result->pair.R, result->pair.T);
+  return velmora::AssessPair(records, result->intrinsics, result->pair.R, result->pair.T);
 }
 
 }  // namespace velmora

@@ -1,4 +1,4 @@
-/// Computes and judges what snapshots say of one camera or of a pair.
+/// Computes and assesses one camera or a pair from snapshots.
 #pragma once
 
 #include <functional>
@@ -53,8 +53,8 @@ class Computations {
   /// and, with an error line, when there are too few.
   ModelChoice ChooseModel() const;
   /// Of the last result; grade None while a computation is under way and when snapshots were added since.
-  CalibrationVerdict JudgeCamera() const;
-  PairVerdict JudgePair() const;
+  CalibrationVerdict AssessCamera() const;
+  PairVerdict AssessPair() const;
 
  private:
   using Progress = std::function<bool(int, double)>;

@@ -91,7 +91,7 @@ bool Detector::Detect(cv::Mat& frame, Centres& points, bool draw, const Overlay&
   }
   if (found && (draw || guided)) DrawGrid(points, grid_, frame);
   if (draw || (found && guided)) DrawInfo(overlay, elapsed, frame);
-  // Within the lock: what becomes the snapshot is the detection that was judged.
+  // Within the lock: what becomes the snapshot is the detection that was checked.
   if (found && guide.Take(last_[0])) ForgetPoints(last_);
   if (flip_) cv::flip(frame, frame, AROUND_VERTICAL_AXIS);
   return found;

@@ -27,7 +27,7 @@ class DetectionGuide {
   virtual bool Take(const CameraSnapshot& detection) = 0;
 };
 
-/// One detection or collection at a time: the last detection is of the frame that was judged. Frames are
+/// One detection or collection at a time: the last detection is of the frame that was checked. Frames are
 /// brought to the processing size first; they are decorated in place. All functions are thread-safe.
 class Detector {
  public:

@@ -51,8 +51,8 @@ int Guidance::Goal() const {
   return assistant == nullptr ? -1 : assistant->GetGoal();
 }
 
-Guidance::Step Guidance::Judge(const std::shared_ptr<CalibAssistant>& assistant,
-                               const std::vector<cv::Point2d>& points, const std::function<size_t()>& take) {
+Guidance::Step Guidance::Assess(const std::shared_ptr<CalibAssistant>& assistant,
+                                const std::vector<cv::Point2d>& points, const std::function<size_t()>& take) {
   if (!assistant->CheckValidity(points)) return Step::Elsewhere;
   const size_t count = take();
   if (count == 0) return Step::Elsewhere;

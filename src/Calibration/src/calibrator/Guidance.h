@@ -38,8 +38,8 @@ class Guidance {
     Finished    ///< and it was the last pose: a computation is to follow
   };
   /// `take` takes the snapshot and answers the new count of snapshots, 0 when it is refused.
-  Step Judge(const std::shared_ptr<CalibAssistant>& assistant, const std::vector<cv::Point2d>& points,
-             const std::function<size_t()>& take);
+  Step Assess(const std::shared_ptr<CalibAssistant>& assistant, const std::vector<cv::Point2d>& points,
+              const std::function<size_t()>& take);
 
  private:
   void Replace(std::shared_ptr<CalibAssistant> assistant);

@@ -28,7 +28,7 @@ class GuidedDetection : public DetectionGuide {
   bool Take(const CameraSnapshot& detection) override {
     if (assistant_ == nullptr) return false;
     bool taken = false;
-    const Guidance::Step step = guidance_.Judge(assistant_, detection.points, [&] {
+    const Guidance::Step step = guidance_.Assess(assistant_, detection.points, [&] {
       const size_t count = add_(detection);
       taken = count > 0;
       return count;

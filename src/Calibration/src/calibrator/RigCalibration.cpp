@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "model/LensModel.h"
-#include "quality/RigJudge.h"
+#include "quality/RigAssessment.h"
 #include "solver/CameraCalibration.h"
 #include "solver/Covariance.h"
 #include "solver/OpenCvMatrices.h"
@@ -163,7 +163,7 @@ class RigComputation {
   RigResult ResultOf(const Solution& solution) const {
     RigResult result;
     result.rms = RmsOf(solution);
-    result.verdict = JudgeRig(solution);
+    result.verdict = AssessRig(solution);
     for (PairVerdict::Disagreement& moved : result.verdict.disagreements) moved.view = views_[moved.view];
     for (const Rejected& rejected : solution.rejected) {
       result.leftOut.push_back(

@@ -121,7 +121,7 @@ bool AreWhole(const SheetPlane& flat, const cv::Mat& grey, PlacedDiscs& discs) {
     for (size_t k = 0; k < discs.places.size(); ++k) {
       if (off[k] < least || right[k]) continue;
       const Look look = LookAt(plane, grey, before, discs, k, off[k], usual, rims[k]);
-      // Later rounds only put right: what is off was judged among all the others.
+      // Later rounds only put right: what is off was assessed among all the others.
       if (look == Look::Hidden && round == 0) return false;
       if (look != Look::PutRight) continue;
       right[k] = true;

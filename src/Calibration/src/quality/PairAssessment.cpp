@@ -1,5 +1,5 @@
-/// Judges a computed pair of cameras.
-#include "quality/PairJudge.h"
+/// Assesses a computed pair of cameras.
+#include "quality/PairAssessment.h"
 
 #include <algorithm>
 #include <cmath>
@@ -101,7 +101,7 @@ void CopyRejected(const Solution& solution, PairVerdict& verdict) {
       }));
 }
 
-void JudgeSheet(const Solution& solution, PairVerdict& verdict) {
+void AssessSheet(const Solution& solution, PairVerdict& verdict) {
   if (verdict.grade == Grade::Worthless) return;
   const SheetEffect effect = EffectOfSheet(solution);
   if (effect.reason.empty()) return;
@@ -110,7 +110,7 @@ void JudgeSheet(const Solution& solution, PairVerdict& verdict) {
   verdict.remarks.push_back({effect.reason, effect.advice});
 }
 
-void Grant(PairVerdict& verdict, Grade grade, const char* reason, const char* advice) {
+void AddRemark(PairVerdict& verdict, Grade grade, const char* reason, const char* advice) {
   verdict.grade = std::max(verdict.grade, grade);
   verdict.remarks.push_back({reason, advice});
 }
@@ -122,33 +122,35 @@ Deviations BesideTilt(Deviations deviations, bool fullModel) {
   return deviations;
 }
 
-void JudgeDeviations(bool fullModel, PairVerdict& verdict) {
+void AssessDeviations(bool fullModel, PairVerdict& verdict) {
   const char* const more = "Take more common views, tilted to all sides, near and far.";
   const Deviations known = Larger(verdict.formal, verdict.jackknife);
   if (Beyond(BesideTilt(known, fullModel && verdict.lensesRefined), WORTHLESS_POSE)) {
-    Grant(verdict, Grade::Worthless, "The views do not determine how the cameras stand to each other.", more);
+    AddRemark(verdict, Grade::Worthless, "The views do not determine how the cameras stand to each other.",
+              more);
   } else if (Beyond(known, WORTHLESS_POSE)) {
-    Grant(verdict, Grade::WithCare,
-          "Rotation and translation are right together with the refined lenses only.",
-          "Use the lenses of the same result, or choose the rational model.");
+    AddRemark(verdict, Grade::WithCare,
+              "Rotation and translation are right together with the refined lenses only.",
+              "Use the lenses of the same result, or choose the rational model.");
   } else if (Beyond(known, CAREFUL_POSE)) {
-    Grant(verdict, Grade::WithCare, "Rotation or translation is known only roughly.", more);
+    AddRemark(verdict, Grade::WithCare, "Rotation or translation is known only roughly.", more);
   } else if (Beyond(BesideTilt(verdict.withLenses, fullModel), CAREFUL_POSE)) {
-    Grant(verdict, Grade::WithCare,
-          "The result is as good as the lenses that were given: these views would not show their errors.",
-          "Make sure that the lenses come from more views, tilted to all sides, or take such views here.");
+    AddRemark(
+        verdict, Grade::WithCare,
+        "The result is as good as the lenses that were given: these views would not show their errors.",
+        "Make sure that the lenses come from more views, tilted to all sides, or take such views here.");
   }
 }
 
-void JudgeAgreement(PairVerdict& verdict) {
+void AssessAgreement(PairVerdict& verdict) {
   const auto count = static_cast<double>(verdict.disagreements.size());
   if (count > MANY_MOVED * verdict.views) {
-    Grant(verdict, Grade::Worthless,
-          "The two pictures of many views do not show the sheet at the same place.",
-          "Have both cameras take their pictures at the same time, and hold the sheet still.");
+    AddRemark(verdict, Grade::Worthless,
+              "The two pictures of many views do not show the sheet at the same place.",
+              "Have both cameras take their pictures at the same time, and hold the sheet still.");
   } else if (count > 0.0) {
-    Grant(verdict, Grade::WithCare, "The two pictures of a view do not show the sheet at the same place.",
-          "Leave that view out: the sheet or a camera moved, or the pictures are not of the same time.");
+    AddRemark(verdict, Grade::WithCare, "The two pictures of a view do not show the sheet at the same place.",
+              "Leave that view out: the sheet or a camera moved, or the pictures are not of the same time.");
   }
   const Deviations& jackknife = verdict.jackknife;
   // Intrinsics that these views do not determine at all are no measure of what is usual.
@@ -156,20 +158,21 @@ void JudgeAgreement(PairVerdict& verdict) {
                                ? verdict.formal
                                : Larger(verdict.formal, verdict.withLenses);
   if (verdict.disagreement > APART || Disagrees(jackknife, usual)) {
-    Grant(verdict, Grade::WithCare, "The views disagree more than noise explains.",
-          "Check that the cameras are fixed to each other and take their pictures at the same time, that the "
-          "sheet is flat, and that the lenses are those of these cameras.");
+    AddRemark(
+        verdict, Grade::WithCare, "The views disagree more than noise explains.",
+        "Check that the cameras are fixed to each other and take their pictures at the same time, that the "
+        "sheet is flat, and that the lenses are those of these cameras.");
   }
   if (verdict.views < FEW_VIEWS) {
-    Grant(verdict, Grade::WithCare, "There are few views: the deviations are themselves unsure.",
-          "Take ten common views or more.");
+    AddRemark(verdict, Grade::WithCare, "There are few views: the deviations are themselves unsure.",
+              "Take ten common views or more.");
   }
 }
 
 }  // namespace
 
-PairVerdict JudgePair(const PairRecords& records, const StereoIntrinsics& pairIntrinsics, const cv::Mat& R,
-                      const cv::Mat& T) {
+PairVerdict AssessPair(const PairRecords& records, const StereoIntrinsics& pairIntrinsics, const cv::Mat& R,
+                       const cv::Mat& T) {
   PairVerdict verdict;
   if (R.empty() || T.empty() || pairIntrinsics.K.empty() || pairIntrinsics.KRight.empty() ||
       records.objectPoints.empty()) {
@@ -182,14 +185,14 @@ PairVerdict JudgePair(const PairRecords& records, const StereoIntrinsics& pairIn
   if (!solution.usable) {
     verdict.formal = verdict.jackknife = verdict.withLenses = UNKNOWN_POSE;
     verdict.left = verdict.right = PairCameraOf(solution, 0, {}, records.objectPoints.size());
-    Grant(verdict, Grade::Worthless, "The views do not agree with this pair of cameras.",
-          "Check that the result and the views belong together.");
+    AddRemark(verdict, Grade::Worthless, "The views do not agree with this pair of cameras.",
+              "Check that the result and the views belong together.");
     return verdict;
   }
   Measure(solution, records.objectPoints.size(), verdict);
-  JudgeDeviations(LensModelOf(records.model).parameters == FULL_PARAMETERS, verdict);
-  JudgeAgreement(verdict);
-  JudgeSheet(solution, verdict);
+  AssessDeviations(LensModelOf(records.model).parameters == FULL_PARAMETERS, verdict);
+  AssessAgreement(verdict);
+  AssessSheet(solution, verdict);
   return verdict;
 }
 

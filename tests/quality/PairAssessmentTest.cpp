@@ -1,5 +1,5 @@
 /// What good and worthless pairs of cameras are said to be worth.
-#include "quality/PairJudge.h"
+#include "quality/PairAssessment.h"
 
 #include <gtest/gtest.h>
 
@@ -21,16 +21,17 @@ using unit::Refined;
 using unit::RigFor;
 using unit::WithFixedIntrinsics;
 
-PairVerdict JudgedHeld(const unit::PointPairs& pairs, const StereoIntrinsics& pairIntrinsics, int model) {
+PairVerdict AssessedWithFixedIntrinsics(const unit::PointPairs& pairs, const StereoIntrinsics& pairIntrinsics,
+                                        int model) {
   const ExtrinsicsResult result = WithFixedIntrinsics(pairs, pairIntrinsics, model);
-  return JudgePair({unit::Targets(pairs.left.size()), pairs.left, pairs.right, model, false, 0.0},
-                   pairIntrinsics, result.R, result.T);
+  return AssessPair({unit::Targets(pairs.left.size()), pairs.left, pairs.right, model, false, 0.0},
+                    pairIntrinsics, result.R, result.T);
 }
 
-PairVerdict JudgedRefined(const unit::PointPairs& pairs, int model) {
+PairVerdict AssessedWithRefinedIntrinsics(const unit::PointPairs& pairs, int model) {
   const ExtrinsicsResult result = Refined(pairs, EachAlone(pairs, model), model);
-  return JudgePair({unit::Targets(pairs.left.size()), pairs.left, pairs.right, model, true, 0.0},
-                   result.refined, result.R, result.T);
+  return AssessPair({unit::Targets(pairs.left.size()), pairs.left, pairs.right, model, true, 0.0},
+                    result.refined, result.R, result.T);
 }
 
 bool Says(const PairVerdict& verdict, const std::string& words) {
@@ -49,8 +50,9 @@ TEST(PairVerdict, IsGoodForManyTiltedViews) {
       for (const int count : {12, 20}) {
         const auto pairs = Observed(rig, count, seed, 0.1);
         for (const PairVerdict& verdict :
-             {JudgedHeld(pairs, unit::TruePairIntrinsics(rig), model),
-              JudgedHeld(pairs, EachAlone(pairs, model), model), JudgedRefined(pairs, model)}) {
+             {AssessedWithFixedIntrinsics(pairs, unit::TruePairIntrinsics(rig), model),
+              AssessedWithFixedIntrinsics(pairs, EachAlone(pairs, model), model),
+              AssessedWithRefinedIntrinsics(pairs, model)}) {
           EXPECT_EQ(verdict.grade, Grade::Good) << model << ' ' << seed << ' ' << verdict.ToJson();
           EXPECT_TRUE(verdict.remarks.empty());
           EXPECT_EQ(verdict.views, count);
@@ -63,18 +65,20 @@ TEST(PairVerdict, IsGoodForManyTiltedViews) {
 TEST(PairVerdict, OfTheFullModelTellsThatTheRefinedIntrinsicsBelongToTheResult) {
   const world::Pair rig = RigFor(Calibrator::MODEL_FULL);
   const auto pairs = Observed(rig, 20, 1, 0.1);
-  const PairVerdict verdict = JudgedRefined(pairs, Calibrator::MODEL_FULL);
+  const PairVerdict verdict = AssessedWithRefinedIntrinsics(pairs, Calibrator::MODEL_FULL);
   EXPECT_EQ(verdict.grade, Grade::WithCare) << verdict.ToJson();
   EXPECT_TRUE(Says(verdict, "together with the refined lenses only"));
-  EXPECT_EQ(JudgedHeld(pairs, EachAlone(pairs, Calibrator::MODEL_FULL), Calibrator::MODEL_FULL).grade,
-            Grade::Good);
+  EXPECT_EQ(
+      AssessedWithFixedIntrinsics(pairs, EachAlone(pairs, Calibrator::MODEL_FULL), Calibrator::MODEL_FULL)
+          .grade,
+      Grade::Good);
 }
 
 TEST(PairVerdict, OfFewViewsIsNotGood) {
   for (const int model : MODELS) {
     const auto pairs = Observed(RigFor(model), 5, 1, 0.1);
-    EXPECT_TRUE(Says(JudgedHeld(pairs, EachAlone(pairs, model), model), "few views"));
-    EXPECT_NE(JudgedRefined(pairs, model).grade, Grade::Good);
+    EXPECT_TRUE(Says(AssessedWithFixedIntrinsics(pairs, EachAlone(pairs, model), model), "few views"));
+    EXPECT_NE(AssessedWithRefinedIntrinsics(pairs, model).grade, Grade::Good);
   }
 }
 
@@ -92,9 +96,9 @@ unit::PointPairs FrontalPairs(const world::Pair& rig) {
 TEST(PairVerdict, IsWorthlessForIntrinsicsOfFrontalViews) {
   for (const int model : {Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL, Calibrator::MODEL_FULL}) {
     const auto pairs = FrontalPairs(RigFor(model));
-    const PairVerdict fixed = JudgedHeld(pairs, EachAlone(pairs, model), model);
+    const PairVerdict fixed = AssessedWithFixedIntrinsics(pairs, EachAlone(pairs, model), model);
     EXPECT_EQ(fixed.grade, Grade::Worthless) << fixed.ToJson();
-    const PairVerdict refined = JudgedRefined(pairs, model);
+    const PairVerdict refined = AssessedWithRefinedIntrinsics(pairs, model);
     EXPECT_EQ(refined.grade, Grade::Worthless) << refined.ToJson();
     EXPECT_TRUE(Says(refined, "do not determine"));
   }
@@ -102,8 +106,8 @@ TEST(PairVerdict, IsWorthlessForIntrinsicsOfFrontalViews) {
 
 TEST(PairVerdict, OfFrontalViewsWithGoodIntrinsicsRestsOnThese) {
   const world::Pair rig = RigFor(Calibrator::MODEL_RATIONAL);
-  const PairVerdict verdict =
-      JudgedHeld(FrontalPairs(rig), unit::TruePairIntrinsics(rig), Calibrator::MODEL_RATIONAL);
+  const PairVerdict verdict = AssessedWithFixedIntrinsics(FrontalPairs(rig), unit::TruePairIntrinsics(rig),
+                                                          Calibrator::MODEL_RATIONAL);
   EXPECT_EQ(verdict.grade, Grade::WithCare) << verdict.ToJson();
   EXPECT_TRUE(Says(verdict, "as good as the lenses that were given"));
   EXPECT_LT(verdict.formal.rotation, 0.1);
@@ -125,8 +129,9 @@ TEST(PairVerdict, NamesTheViewThatMovedBetweenTheCameras) {
     for (const int model : MODELS) {
       const auto pairs = MovedPairs(RigFor(model), {4}, aside);
       for (const PairVerdict& verdict :
-           {JudgedHeld(pairs, unit::TruePairIntrinsics(RigFor(model)), model),
-            JudgedHeld(pairs, EachAlone(pairs, model), model), JudgedRefined(pairs, model)}) {
+           {AssessedWithFixedIntrinsics(pairs, unit::TruePairIntrinsics(RigFor(model)), model),
+            AssessedWithFixedIntrinsics(pairs, EachAlone(pairs, model), model),
+            AssessedWithRefinedIntrinsics(pairs, model)}) {
         EXPECT_NE(verdict.grade, Grade::Good) << verdict.ToJson();
         ASSERT_EQ(verdict.disagreements.size(), 1U) << verdict.ToJson();
         EXPECT_EQ(verdict.disagreements.front().view, 4U);
@@ -141,8 +146,8 @@ TEST(PairVerdict, IsNotGoodWhenThePicturesAreNotOfTheSameTime) {
   for (size_t i = 0; i < 12; ++i) all.push_back(i);
   for (const int model : MODELS) {
     const auto pairs = MovedPairs(RigFor(model), all, 0.004);
-    for (const PairVerdict& verdict :
-         {JudgedHeld(pairs, EachAlone(pairs, model), model), JudgedRefined(pairs, model)}) {
+    for (const PairVerdict& verdict : {AssessedWithFixedIntrinsics(pairs, EachAlone(pairs, model), model),
+                                       AssessedWithRefinedIntrinsics(pairs, model)}) {
       EXPECT_NE(verdict.grade, Grade::Good) << verdict.ToJson();
       EXPECT_TRUE(Says(verdict, "views disagree more than noise explains") ||
                   Says(verdict, "do not determine") ||
@@ -183,8 +188,8 @@ void ExpectTrueDeviations(int model, bool refined, int runs) {
         refined ? Refined(pairs, start, model) : WithFixedIntrinsics(pairs, start, model);
     spread.Add(result, rig, share);
     const PairVerdict verdict =
-        JudgePair({unit::Targets(poses.size()), pairs.left, pairs.right, model, refined, 0.0},
-                  refined ? result.refined : start, result.R, result.T);
+        AssessPair({unit::Targets(poses.size()), pairs.left, pairs.right, model, refined, 0.0},
+                   refined ? result.refined : start, result.R, result.T);
     predicted.rotation += share * verdict.formal.rotation;
     predicted.baseline += share * verdict.formal.baseline;
     predicted.direction += share * verdict.formal.direction;
@@ -222,7 +227,8 @@ TEST(PairVerdict, PredictsTheErrorsOfRepeatedComputationsWithRefinedIntrinsics) 
 TEST(PairVerdict, IsTheWorseOfItsOwnAndThatOfItsCameras) {
   const world::Pair rig = RigFor(Calibrator::MODEL_CLASSIC);
   const auto pairs = Observed(rig, 12, 1, 0.1);
-  PairVerdict verdict = JudgedHeld(pairs, unit::TruePairIntrinsics(rig), Calibrator::MODEL_CLASSIC);
+  PairVerdict verdict =
+      AssessedWithFixedIntrinsics(pairs, unit::TruePairIntrinsics(rig), Calibrator::MODEL_CLASSIC);
   CalibrationVerdict camera;
   camera.grade = Grade::Good;
   verdict.Consider(camera, "left");
@@ -231,7 +237,7 @@ TEST(PairVerdict, IsTheWorseOfItsOwnAndThatOfItsCameras) {
   verdict.Consider(camera, "right");
   EXPECT_EQ(verdict.grade, Grade::Worthless);
   EXPECT_TRUE(Says(verdict, "The right camera by itself is worthless."));
-  PairVerdict refined = JudgedRefined(pairs, Calibrator::MODEL_CLASSIC);
+  PairVerdict refined = AssessedWithRefinedIntrinsics(pairs, Calibrator::MODEL_CLASSIC);
   refined.Consider(camera, "right");
   EXPECT_EQ(refined.grade, Grade::Good);
   PairVerdict none;
@@ -240,7 +246,7 @@ TEST(PairVerdict, IsTheWorseOfItsOwnAndThatOfItsCameras) {
 }
 
 TEST(PairVerdict, IsNoneWithoutAResult) {
-  EXPECT_EQ(JudgePair({}, {}, {}, {}).grade, Grade::None);
+  EXPECT_EQ(AssessPair({}, {}, {}, {}).grade, Grade::None);
   const auto calibrator = unit::StereoCalibratorWith(unit::NoisyPairs(8));
   EXPECT_EQ(calibrator->GetPairVerdict().grade, Grade::None);
   EXPECT_EQ(unit::MakeCalibrator()->GetPairVerdict().grade, Grade::None);
@@ -251,8 +257,8 @@ TEST(PairVerdict, KnowsNothingOfAPairThatCannotSeeTheSheet) {
   const world::Pair rig = RigFor(model);
   const auto pairs = Observed(rig, 12, 1, 0.1);
   const PairVerdict verdict =
-      JudgePair({unit::Targets(pairs.left.size()), pairs.left, pairs.right, model, false, 0.0},
-                unit::TruePairIntrinsics(rig), cv::Mat(rig.R), cv::Mat(cv::Vec3d(0.0, 0.0, -10.0)));
+      AssessPair({unit::Targets(pairs.left.size()), pairs.left, pairs.right, model, false, 0.0},
+                 unit::TruePairIntrinsics(rig), cv::Mat(rig.R), cv::Mat(cv::Vec3d(0.0, 0.0, -10.0)));
   EXPECT_EQ(verdict.grade, Grade::Worthless);
   EXPECT_TRUE(Says(verdict, "do not agree with this pair"));
   EXPECT_TRUE(std::isinf(verdict.formal.rotation));
@@ -272,21 +278,21 @@ TEST(PairVerdict, KnowsNothingOfAPairThatCannotSeeTheSheet) {
 TEST(PairVerdict, ComesFromACalibratorWithEitherSolver) {
   const unit::PointPairs pairs = unit::NoisyPairs(8);
   const auto calibrator = unit::StereoCalibratorWith(pairs);
-  const auto judged = [&](int solver) {
+  const auto assessed = [&](int solver) {
     calibrator->SetSolver(solver);
     calibrator->ComputeCalibrationStereo(unit::LeftResult(), unit::RightResult(), Calibrator::MODEL_FULL,
                                          false);
     return calibrator->GetPairVerdict();
   };
-  const PairVerdict dense = judged(Calibrator::SOLVER_OPENCV);
-  const PairVerdict sparse = judged(Calibrator::SOLVER_SPARSE);
+  const PairVerdict dense = assessed(Calibrator::SOLVER_OPENCV);
+  const PairVerdict sparse = assessed(Calibrator::SOLVER_SPARSE);
   EXPECT_EQ(sparse.grade, Grade::Good) << sparse.ToJson();
   EXPECT_EQ(dense.grade, sparse.grade);
   EXPECT_NEAR(dense.formal.rotation, sparse.formal.rotation, 1e-6);
   EXPECT_NEAR(dense.jackknife.baseline, sparse.jackknife.baseline, 1e-6);
   EXPECT_FALSE(sparse.lensesRefined);
   calibrator->SetRefineLenses(true);
-  EXPECT_TRUE(judged(Calibrator::SOLVER_SPARSE).lensesRefined);
+  EXPECT_TRUE(assessed(Calibrator::SOLVER_SPARSE).lensesRefined);
   calibrator->ComputeCalibrationStereo(unit::LeftResult(), "{}", Calibrator::MODEL_FULL, false);
   calibrator->AddStereoPoints(pairs.left.front(), pairs.right.front());
   EXPECT_EQ(calibrator->GetPairVerdict().grade, Grade::None);
@@ -308,8 +314,8 @@ TEST(PairVerdict, StaysThatOfItsResultWhenOtherIntrinsicsAreReadAndRefused) {
 }
 
 TEST(PairVerdict, IsAJsonTextToo) {
-  const PairVerdict verdict =
-      JudgedRefined(MovedPairs(RigFor(Calibrator::MODEL_CLASSIC), {4}, 0.005), Calibrator::MODEL_CLASSIC);
+  const PairVerdict verdict = AssessedWithRefinedIntrinsics(
+      MovedPairs(RigFor(Calibrator::MODEL_CLASSIC), {4}, 0.005), Calibrator::MODEL_CLASSIC);
   const auto text = nlohmann::json::parse(verdict.ToJson());
   EXPECT_EQ(text["grade"], verdict.Words());
   EXPECT_EQ(text["views"], 12);

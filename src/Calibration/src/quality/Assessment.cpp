@@ -1,5 +1,5 @@
-/// Judges a computed camera.
-#include "quality/Judge.h"
+/// Assesses a computed camera.
+#include "quality/Assessment.h"
 
 #include <algorithm>
 #include <cmath>
@@ -74,60 +74,61 @@ std::string Decimal(double value, int digits) {
   return text.str();
 }
 
-void Grant(CalibrationVerdict& verdict, Grade grade, const std::string& reason, const std::string& advice) {
+void AddRemark(CalibrationVerdict& verdict, Grade grade, const std::string& reason,
+               const std::string& advice) {
   verdict.grade = std::max(verdict.grade, grade);
   verdict.remarks.push_back({reason, advice});
 }
 
-void JudgeFocal(const Intrinsics& intrinsics, const cv::Size& imageSize, CalibrationVerdict& verdict) {
+void AssessFocal(const Intrinsics& intrinsics, const cv::Size& imageSize, CalibrationVerdict& verdict) {
   const double focal = std::max(verdict.focalDeviation, verdict.focalJackknife);
   if (!(focal <= WORTHLESS_FOCAL)) {
-    Grant(verdict, Grade::Worthless, "The views do not determine the focal length.",
-          "Tilt the sheet more, by 20 to 40 degrees and to all sides.");
+    AddRemark(verdict, Grade::Worthless, "The views do not determine the focal length.",
+              "Tilt the sheet more, by 20 to 40 degrees and to all sides.");
   } else if (focal > CAREFUL_FOCAL) {
-    Grant(verdict, Grade::WithCare,
-          "The focal length is known only to within " + Decimal(100.0 * focal, 1) + " %.",
-          "Tilt the sheet more, and take more views.");
+    AddRemark(verdict, Grade::WithCare,
+              "The focal length is known only to within " + Decimal(100.0 * focal, 1) + " %.",
+              "Tilt the sheet more, and take more views.");
   }
   const cv::Rect2d image(0.0, 0.0, imageSize.width, imageSize.height);
   if (!image.contains({intrinsics.values[CX], intrinsics.values[CY]})) {
-    Grant(verdict, Grade::Worthless, "The principal point is outside the image.",
-          "Tilt the sheet more, to all sides, and check that the grid is the right one.");
+    AddRemark(verdict, Grade::Worthless, "The principal point is outside the image.",
+              "Tilt the sheet more, to all sides, and check that the grid is the right one.");
   }
 }
 
-void JudgeProjection(const cv::Size& imageSize, CalibrationVerdict& verdict) {
+void AssessProjection(const cv::Size& imageSize, CalibrationVerdict& verdict) {
   const double inData = std::max(verdict.deviationInData, verdict.jackknifeInData) / imageSize.width;
   if (!(inData <= WORTHLESS_PROJECTION)) {
-    Grant(verdict, Grade::Worthless,
-          "Projections are uncertain by more than a hundredth of the image's width.",
-          "Take more views, tilted to all sides, near and far.");
+    AddRemark(verdict, Grade::Worthless,
+              "Projections are uncertain by more than a hundredth of the image's width.",
+              "Take more views, tilted to all sides, near and far.");
   } else if (inData > CAREFUL_PROJECTION) {
-    Grant(verdict, Grade::WithCare,
-          "Projections are uncertain by " + Decimal(inData * imageSize.width, 1) + " px.",
-          verdict.views < FEW_VIEWS ? "There are few views: take ten or more."
-                                    : "Tilt the sheet more, and hold it still.");
+    AddRemark(verdict, Grade::WithCare,
+              "Projections are uncertain by " + Decimal(inData * imageSize.width, 1) + " px.",
+              verdict.views < FEW_VIEWS ? "There are few views: take ten or more."
+                                        : "Tilt the sheet more, and hold it still.");
   }
   const bool farWorse = !(verdict.deviationInImage <= FAR_WORSE * verdict.deviationInData);
   if (farWorse || verdict.coverage < SMALL_COVERAGE) {
-    Grant(verdict, Grade::WithCare, "The result is valid only where there is data.",
-          "Come closer to the corners of the image with the sheet.");
+    AddRemark(verdict, Grade::WithCare, "The result is valid only where there is data.",
+              "Come closer to the corners of the image with the sheet.");
   }
 }
 
 /// Whether enough views are left to believe that the rejected ones are wrong.
-void JudgeSelection(const Solution& solution, CalibrationVerdict& verdict) {
+void AssessSelection(const Solution& solution, CalibrationVerdict& verdict) {
   const bool leftOut =
       std::any_of(solution.rejected.begin(), solution.rejected.end(),
                   [](const Rejected& rejected) { return rejected.point == Rejected::WHOLE_VIEW; });
   if (solution.tooFewAgree) {
-    Grant(verdict, Grade::WithCare,
-          "Too few views agree with each other to tell which of the others are wrong.",
-          "Look at the views with the largest errors, and take more.");
+    AddRemark(verdict, Grade::WithCare,
+              "Too few views agree with each other to tell which of the others are wrong.",
+              "Look at the views with the largest errors, and take more.");
   } else if (leftOut && verdict.views < FEWEST_AGREEING) {
-    Grant(verdict, Grade::WithCare,
-          "Only " + std::to_string(verdict.views) + " views agree, and the others were left out.",
-          "Take more views, to be sure that it is the others that are wrong.");
+    AddRemark(verdict, Grade::WithCare,
+              "Only " + std::to_string(verdict.views) + " views agree, and the others were left out.",
+              "Take more views, to be sure that it is the others that are wrong.");
   }
 }
 
@@ -170,8 +171,8 @@ CalibrationVerdict::Remark RemarkOn(const SystematicError& error, const Solution
 }
 
 /// True when there is something to tell. Steps from a worthless result lead nowhere.
-bool JudgeSystematicError(const Solution& solution, size_t camera, const LargerModelName& larger,
-                          CalibrationVerdict& verdict) {
+bool AssessSystematicError(const Solution& solution, size_t camera, const LargerModelName& larger,
+                           CalibrationVerdict& verdict) {
   if (verdict.grade == Grade::Worthless) return false;
   const double least =
       std::max(LEAST_SYSTEMATIC * solution.rig.cameras[camera].imageSize.width, verdict.deviationInData);
@@ -179,26 +180,27 @@ bool JudgeSystematicError(const Solution& solution, size_t camera, const LargerM
     const CalibrationVerdict::Remark remark = RemarkOn(error, solution, larger, verdict);
     if (remark.reason.empty()) continue;
     verdict.systematicInData = error.shift;
-    Grant(verdict, Grade::WithCare,
-          remark.reason + ": projections are off by about " + Decimal(error.shift, 2) + " px.",
-          remark.advice);
+    AddRemark(verdict, Grade::WithCare,
+              remark.reason + ": projections are off by about " + Decimal(error.shift, 2) + " px.",
+              remark.advice);
     return true;
   }
   return false;
 }
 
-void JudgeAgreement(const LargerModelName& larger, CalibrationVerdict& verdict) {
+void AssessAgreement(const LargerModelName& larger, CalibrationVerdict& verdict) {
   if (verdict.focalJackknife > DISAGREEMENT * verdict.focalDeviation ||
       verdict.jackknifeInData > DISAGREEMENT * verdict.deviationInData) {
-    Grant(verdict, Grade::WithCare, "The views disagree more than noise explains: there is a model error.",
-          larger().empty() ? "Check that the sheet is flat, and that focus and zoom stay as they are."
-                           : "Check that the sheet is flat, then try the " + larger() + " model.");
+    AddRemark(verdict, Grade::WithCare,
+              "The views disagree more than noise explains: there is a model error.",
+              larger().empty() ? "Check that the sheet is flat, and that focus and zoom stay as they are."
+                               : "Check that the sheet is flat, then try the " + larger() + " model.");
   }
 }
 
 }  // namespace
 
-CalibrationVerdict JudgeCamera(const Solution& solution, size_t camera, const LargerModelName& largerModel) {
+CalibrationVerdict AssessCamera(const Solution& solution, size_t camera, const LargerModelName& largerModel) {
   const cv::Size& imageSize = solution.rig.cameras[camera].imageSize;
   CalibrationVerdict verdict;
   verdict.grade = Grade::Good;
@@ -207,18 +209,19 @@ CalibrationVerdict JudgeCamera(const Solution& solution, size_t camera, const La
     verdict.leftOut.push_back({rejected.view, rejected.point, rejected.residual, rejected.reason});
   }
   Measure(solution, camera, verdict);
-  JudgeFocal(solution.rig.cameras[camera].intrinsics, imageSize, verdict);
-  JudgeProjection(imageSize, verdict);
-  JudgeSelection(solution, verdict);
-  const bool explained = JudgeSystematicError(solution, camera, largerModel, verdict) &&
+  AssessFocal(solution.rig.cameras[camera].intrinsics, imageSize, verdict);
+  AssessProjection(imageSize, verdict);
+  AssessSelection(solution, verdict);
+  const bool explained = AssessSystematicError(solution, camera, largerModel, verdict) &&
                          verdict.jackknifeInData < verdict.systematicInData;
-  if (!explained) JudgeAgreement(largerModel, verdict);
+  if (!explained) AssessAgreement(largerModel, verdict);
   return verdict;
 }
 
-CalibrationVerdict JudgeIntrinsics(const std::vector<std::vector<cv::Point3d>>& objectPoints,
-                                   const std::vector<std::vector<cv::Point2d>>& imagePoints,
-                                   const cv::Size& imageSize, const SparseResult& result, double discRadius) {
+CalibrationVerdict AssessIntrinsics(const std::vector<std::vector<cv::Point3d>>& objectPoints,
+                                    const std::vector<std::vector<cv::Point2d>>& imagePoints,
+                                    const cv::Size& imageSize, const SparseResult& result,
+                                    double discRadius) {
   if (result.K.empty() || result.D.empty() || objectPoints.empty() ||
       static_cast<size_t>(result.rvecs.rows) != objectPoints.size() ||
       result.tvecs.rows != result.rvecs.rows) {
@@ -230,7 +233,7 @@ CalibrationVerdict JudgeIntrinsics(const std::vector<std::vector<cv::Point3d>>& 
           : std::make_shared<const Solution>(solver::SolutionFrom(solver::TargetOf(objectPoints, imagePoints),
                                                                   result, imageSize, discRadius));
   LargerModel larger(objectPoints, imagePoints, imageSize, result, discRadius);
-  return JudgeCamera(*solution, 0, [&larger] { return larger.Name(); });
+  return AssessCamera(*solution, 0, [&larger] { return larger.Name(); });
 }
 
 }  // namespace velmora

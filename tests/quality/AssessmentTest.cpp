@@ -1,5 +1,5 @@
 /// What calibrations of good and of worthless views are said to be worth.
-#include "quality/Judge.h"
+#include "quality/Assessment.h"
 
 #include <gtest/gtest.h>
 
@@ -49,8 +49,8 @@ SparseResult Solve(const unit::PointLists& views, int model = Calibrator::MODEL_
   return SolveIntrinsicsSparsely(Targets(views.size()), views, unit::FRAME, model);
 }
 
-CalibrationVerdict Judged(const unit::PointLists& views, int model = Calibrator::MODEL_CLASSIC) {
-  return JudgeIntrinsics(Targets(views.size()), views, unit::FRAME, Solve(views, model));
+CalibrationVerdict Assessed(const unit::PointLists& views, int model = Calibrator::MODEL_CLASSIC) {
+  return AssessIntrinsics(Targets(views.size()), views, unit::FRAME, Solve(views, model));
 }
 
 bool Says(const CalibrationVerdict& verdict, const std::string& words) {
@@ -78,7 +78,7 @@ std::vector<world::Pose> CentralPoses(int count) {
 TEST(Verdict, IsGoodForManyTiltedViews) {
   for (const std::uint64_t seed : {1U, 2U, 3U}) {
     for (const int model : {Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL}) {
-      const CalibrationVerdict verdict = Judged(Observed(RandomPoses(20, seed), seed), model);
+      const CalibrationVerdict verdict = Assessed(Observed(RandomPoses(20, seed), seed), model);
       EXPECT_EQ(verdict.grade, Grade::Good) << verdict.ToJson();
       EXPECT_TRUE(verdict.remarks.empty());
       EXPECT_GT(verdict.coverage, 0.6);
@@ -89,7 +89,7 @@ TEST(Verdict, IsGoodForManyTiltedViews) {
 TEST(Verdict, IsWorthlessForFrontalViews) {
   for (const int count : {5, 20}) {
     const CalibrationVerdict verdict =
-        Judged(Observed(world::FrontalViews(unit::DistortedCamera(), count, Paper()), 1));
+        Assessed(Observed(world::FrontalViews(unit::DistortedCamera(), count, Paper()), 1));
     EXPECT_EQ(verdict.grade, Grade::Worthless) << verdict.ToJson();
     EXPECT_TRUE(Says(verdict, "do not determine the focal length")) << verdict.ToJson();
     EXPECT_NE(verdict.remarks.front().advice.find("Tilt the sheet"), std::string::npos);
@@ -97,7 +97,7 @@ TEST(Verdict, IsWorthlessForFrontalViews) {
 }
 
 TEST(Verdict, OfCentralViewsIsLimitedToWhereTheyAre) {
-  const CalibrationVerdict verdict = Judged(Observed(CentralPoses(20), 1));
+  const CalibrationVerdict verdict = Assessed(Observed(CentralPoses(20), 1));
   EXPECT_EQ(verdict.grade, Grade::WithCare) << verdict.ToJson();
   EXPECT_TRUE(Says(verdict, "valid only where there is data"));
   EXPECT_LT(verdict.coverage, 0.4);
@@ -114,7 +114,7 @@ TEST(Verdict, SeesABentSheet) {
     for (cv::Point3d& point : points) point.z = depth * std::cos(CV_PI * (point.y - 0.1) / 0.2);
     views.push_back(world::ProjectPoints(unit::DistortedCamera().lens, points, poses[i]));
   }
-  const CalibrationVerdict verdict = Judged(views);
+  const CalibrationVerdict verdict = Assessed(views);
   EXPECT_NE(verdict.grade, Grade::Good) << verdict.ToJson();
   EXPECT_TRUE(Says(verdict, "views disagree")) << verdict.ToJson();
 }
@@ -132,7 +132,7 @@ unit::PointLists ObservedOf(const std::vector<cv::Point3d>& sheet, int count, st
 TEST(Verdict, MeasuresASheetThatIsBentTheSameWayInAllViews) {
   auto sheet = MakeObjectTemplate(unit::GRID, unit::UNIT);
   for (cv::Point3d& point : sheet) point.z = 0.0005 * (1.0 - std::pow(point.y / 0.1 - 1.0, 2.0));
-  const CalibrationVerdict verdict = Judged(ObservedOf(sheet, 20, 4));
+  const CalibrationVerdict verdict = Assessed(ObservedOf(sheet, 20, 4));
   EXPECT_EQ(verdict.grade, Grade::WithCare) << verdict.ToJson();
   EXPECT_NEAR(verdict.sheetBend, 0.0005, 0.00015);
   EXPECT_TRUE(Says(verdict, "The sheet is bent by about 0.5 mm")) << verdict.ToJson();
@@ -146,7 +146,7 @@ TEST(Verdict, MeasuresASheetThatIsBentTheSameWayInAllViews) {
 TEST(Verdict, MeasuresASheetThatIsOutOfProportion) {
   auto sheet = MakeObjectTemplate(unit::GRID, unit::UNIT);
   for (cv::Point3d& point : sheet) point.y *= 0.99;
-  const CalibrationVerdict verdict = Judged(ObservedOf(sheet, 20, 4));
+  const CalibrationVerdict verdict = Assessed(ObservedOf(sheet, 20, 4));
   EXPECT_EQ(verdict.grade, Grade::WithCare) << verdict.ToJson();
   EXPECT_NEAR(verdict.sheetStretch, -0.01, 0.001);
   EXPECT_TRUE(Says(verdict, "The print is distorted, 1.0")) << verdict.ToJson();
@@ -155,12 +155,12 @@ TEST(Verdict, MeasuresASheetThatIsOutOfProportion) {
 TEST(Verdict, NamesASheetThatIsSkewed) {
   auto sheet = MakeObjectTemplate(unit::GRID, unit::UNIT);
   for (cv::Point3d& point : sheet) point.x += 0.01 * point.y;
-  const CalibrationVerdict verdict = Judged(ObservedOf(sheet, 20, 4));
+  const CalibrationVerdict verdict = Assessed(ObservedOf(sheet, 20, 4));
   EXPECT_TRUE(Says(verdict, "The print is distorted, skewed by ")) << verdict.ToJson();
 }
 
 TEST(Verdict, SaysNothingOfTheSheetWhenItIsFlat) {
-  const CalibrationVerdict verdict = Judged(Observed(RandomPoses(20, 4), 4));
+  const CalibrationVerdict verdict = Assessed(Observed(RandomPoses(20, 4), 4));
   EXPECT_EQ(verdict.systematicInData, 0.0);
   EXPECT_EQ(verdict.sheetBend, 0.0);
   EXPECT_EQ(verdict.sheetStretch, 0.0);
@@ -174,11 +174,11 @@ TEST(Verdict, SeesALensThatTheModelDoesNotHold) {
   for (const world::Pose& pose : world::SampleViews(fisheye, 20, 3, Paper())) {
     views.push_back(world::TrueCentres(fisheye.lens, Paper(), pose));
   }
-  const CalibrationVerdict classic = Judged(views);
+  const CalibrationVerdict classic = Assessed(views);
   EXPECT_EQ(classic.grade, Grade::WithCare) << classic.ToJson();
   EXPECT_TRUE(Says(classic, "The lens does not fit this model")) << classic.ToJson();
   EXPECT_EQ(classic.sheetBend, 0.0);
-  EXPECT_FALSE(Says(Judged(views, Calibrator::MODEL_RATIONAL), "does not fit this model"));
+  EXPECT_FALSE(Says(Assessed(views, Calibrator::MODEL_RATIONAL), "does not fit this model"));
 }
 
 Intrinsics SparseIntrinsics(const cv::Mat& K, const cv::Mat& D) {
@@ -269,7 +269,7 @@ double PredictedOverEmpirical(int model) {
     const auto views = Observed(poses, static_cast<std::uint64_t>(1000 + run));
     const SparseResult result = Solve(views, model);
     squaredErrors += cells.MeanSquareOf(result) / RUNS;
-    predicted += JudgeIntrinsics(Targets(views.size()), views, unit::FRAME, result).deviationInData / RUNS;
+    predicted += AssessIntrinsics(Targets(views.size()), views, unit::FRAME, result).deviationInData / RUNS;
   }
   return predicted / std::sqrt(squaredErrors);
 }
@@ -294,8 +294,8 @@ TEST(Verdict, PredictsTheErrorsOfRepeatedComputationsOfTheFullModelRoughly) {
 
 TEST(Verdict, IsNoneWithoutAResult) {
   const auto views = Observed(RandomPoses(6, 1), 1);
-  EXPECT_EQ(JudgeIntrinsics(Targets(6), views, unit::FRAME, {}).grade, Grade::None);
-  EXPECT_EQ(JudgeIntrinsics(Targets(5), {views.begin(), views.end() - 1}, unit::FRAME, Solve(views)).grade,
+  EXPECT_EQ(AssessIntrinsics(Targets(6), views, unit::FRAME, {}).grade, Grade::None);
+  EXPECT_EQ(AssessIntrinsics(Targets(5), {views.begin(), views.end() - 1}, unit::FRAME, Solve(views)).grade,
             Grade::None);
   EXPECT_EQ(CalibrationVerdict().Words(), "no result");
 }
@@ -331,7 +331,7 @@ TEST(Verdict, IsNotDisturbedByViewsThatWereRejected) {
 
 TEST(Verdict, IsAJsonTextToo) {
   const CalibrationVerdict verdict =
-      Judged(Observed(world::FrontalViews(unit::DistortedCamera(), 5, Paper()), 1));
+      Assessed(Observed(world::FrontalViews(unit::DistortedCamera(), 5, Paper()), 1));
   const auto text = nlohmann::json::parse(verdict.ToJson());
   EXPECT_EQ(text["grade"], "worthless");
   EXPECT_EQ(text["views"], 5);

@@ -1,5 +1,5 @@
 /// Verdicts on rigs: good data, few views, moved sheets, bent sheets.
-#include "quality/RigJudge.h"
+#include "quality/RigAssessment.h"
 
 #include <gtest/gtest.h>
 
@@ -69,7 +69,7 @@ bool Says(const RigVerdict& verdict, const std::string& words) {
                      });
 }
 
-TEST(RigJudge, CallsAWellSeenRigGood) {
+TEST(RigAssessment, CallsAWellSeenRigGood) {
   const RigVerdict verdict = VerdictOn(RecordsOf(60, Flat));
   EXPECT_EQ(verdict.grade, Grade::Good) << (verdict.remarks.empty() ? "" : verdict.remarks.front().reason);
   ASSERT_EQ(verdict.formal.size(), 2U);
@@ -78,13 +78,13 @@ TEST(RigJudge, CallsAWellSeenRigGood) {
   EXPECT_EQ(verdict.sheetBend, 0.0);
 }
 
-TEST(RigJudge, SaysWhichCameraIsLinkedByFewViews) {
+TEST(RigAssessment, SaysWhichCameraIsLinkedByFewViews) {
   const RigVerdict verdict = VerdictOn(RecordsOf(10, Flat));
   EXPECT_TRUE(Says(verdict, "There are few views that camera 2 shares with others."));
   EXPECT_FALSE(Says(verdict, "camera 1 shares"));
 }
 
-TEST(RigJudge, TellsASheetThatIsBent) {
+TEST(RigAssessment, TellsASheetThatIsBent) {
   const double across = 0.5 * unit::UNIT * 10.0;
   const auto bent = [across](const cv::Point3d& point) {
     const double from = (point.y - across) / across;
@@ -98,7 +98,7 @@ TEST(RigJudge, TellsASheetThatIsBent) {
   EXPECT_TRUE(ofCamera || Says(verdict, "The sheet is bent by about"));
 }
 
-TEST(RigJudge, NamesTheViewInWhichTheSheetMovedBetweenTheImages) {
+TEST(RigAssessment, NamesTheViewInWhichTheSheetMovedBetweenTheImages) {
   RigRecords records = RecordsOf(40, Flat);
   for (cv::Point2d& point : records.imagePoints[1][6]) point += cv::Point2d(1.5, -1.0);
   const RigVerdict verdict = VerdictOn(records, false);

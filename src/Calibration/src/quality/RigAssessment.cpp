@@ -1,10 +1,10 @@
-/// Judges a computed rig of cameras.
-#include "quality/RigJudge.h"
+/// Assesses a computed rig of cameras.
+#include "quality/RigAssessment.h"
 
 #include <algorithm>
 
+#include "quality/Assessment.h"
 #include "quality/Disagreement.h"
-#include "quality/Judge.h"
 #include "quality/PoseDeviations.h"
 #include "quality/SheetEffect.h"
 #include "solver/Covariance.h"
@@ -50,7 +50,7 @@ void Measure(const Solution& solution, RigVerdict& verdict) {
   }
 }
 
-void JudgePoses(const Solution& solution, RigVerdict& verdict) {
+void AssessPoses(const Solution& solution, RigVerdict& verdict) {
   const char* const more =
       "Take more views that it shares with other cameras, tilted to all sides, near and far.";
   for (size_t i = 1; i < solution.rig.cameras.size(); ++i) {
@@ -70,7 +70,7 @@ void JudgePoses(const Solution& solution, RigVerdict& verdict) {
   }
 }
 
-void JudgeAgreement(RigVerdict& verdict, size_t views) {
+void AssessAgreement(RigVerdict& verdict, size_t views) {
   const auto moved = static_cast<double>(verdict.disagreements.size());
   if (moved > MANY_MOVED * static_cast<double>(views)) {
     AddRemark(verdict, Grade::Worthless, "The images of many views do not show the sheet at the same place.",
@@ -91,7 +91,7 @@ void JudgeAgreement(RigVerdict& verdict, size_t views) {
   }
 }
 
-void JudgeSheet(const Solution& solution, RigVerdict& verdict) {
+void AssessSheet(const Solution& solution, RigVerdict& verdict) {
   if (verdict.grade == Grade::Worthless) return;
   const SheetEffect effect = EffectOfSheet(solution);
   if (effect.reason.empty()) return;
@@ -99,24 +99,24 @@ void JudgeSheet(const Solution& solution, RigVerdict& verdict) {
   AddRemark(verdict, Grade::WithCare, effect.reason, effect.advice);
 }
 
-void JudgeCameras(const Solution& solution, RigVerdict& verdict) {
+void AssessCameras(const Solution& solution, RigVerdict& verdict) {
   if (!solution.estimated.intrinsics) return;
   for (size_t i = 0; i < solution.rig.cameras.size(); ++i) {
-    verdict.cameras.push_back(JudgeCamera(solution, i, [] { return std::string(); }));
+    verdict.cameras.push_back(AssessCamera(solution, i, [] { return std::string(); }));
     verdict.grade = std::max(verdict.grade, verdict.cameras.back().grade);
   }
 }
 
 }  // namespace
 
-RigVerdict JudgeRig(const Solution& solution) {
+RigVerdict AssessRig(const Solution& solution) {
   RigVerdict verdict;
   verdict.grade = Grade::Good;
   Measure(solution, verdict);
-  JudgePoses(solution, verdict);
-  JudgeAgreement(verdict, solution.views.size());
-  JudgeSheet(solution, verdict);
-  JudgeCameras(solution, verdict);
+  AssessPoses(solution, verdict);
+  AssessAgreement(verdict, solution.views.size());
+  AssessSheet(solution, verdict);
+  AssessCameras(solution, verdict);
   return verdict;
 }
 

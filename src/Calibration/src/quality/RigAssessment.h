@@ -1,4 +1,4 @@
-/// Judges a computed rig of cameras.
+/// Assesses a computed rig of cameras.
 #pragma once
 
 #include "model/Solution.h"
@@ -7,6 +7,6 @@
 namespace velmora {
 
 /// Of a solution of two cameras or more. Cameras are numbered from 0 in its words.
-RigVerdict JudgeRig(const Solution& solution);
+RigVerdict AssessRig(const Solution& solution);
 
 }  // namespace velmora

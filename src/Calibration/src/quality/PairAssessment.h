@@ -1,4 +1,4 @@
-/// Judges a computed pair of cameras.
+/// Assesses a computed pair of cameras.
 #pragma once
 
 #include <memory>
@@ -24,7 +24,7 @@ struct PairRecords {
 
 /// Of either solver's result for the records. `pairIntrinsics` are those that belong to R and T. Grade None
 /// without a result. Raises cv::Exception for lists that do not match.
-PairVerdict JudgePair(const PairRecords& records, const StereoIntrinsics& pairIntrinsics, const cv::Mat& R,
-                      const cv::Mat& T);
+PairVerdict AssessPair(const PairRecords& records, const StereoIntrinsics& pairIntrinsics, const cv::Mat& R,
+                       const cv::Mat& T);
 
 }  // namespace velmora
