@@ -31,7 +31,7 @@ TEST(Layout, PutsTheIntrinsicsOfAllCamerasBeforeThePosesOfAllButTheFirst) {
   EXPECT_EQ(layout.shared, 51);
 }
 
-TEST(Layout, HasNoPlaceForWhatIsNotEstimated) {
+TEST(Layout, HasNoBlockForWhatIsNotEstimated) {
   const Layout posesOnly = LayoutOf(ThreeCameras(), {false, true});
   EXPECT_EQ(posesOnly.cameras[1].count, 0);
   EXPECT_EQ(posesOnly.cameras[2].pose, 6);

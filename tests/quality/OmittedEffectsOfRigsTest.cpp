@@ -85,21 +85,21 @@ Eigen::VectorXd Between(const Rig& from, const Rig& to, const Estimated& estimat
   const Layout layout = LayoutOf(from, estimated);
   Eigen::VectorXd change = Eigen::VectorXd::Zero(layout.shared);
   for (size_t camera = 0; camera < from.cameras.size(); ++camera) {
-    const Layout::Place& place = layout.cameras[camera];
+    const Layout::Block& block = layout.cameras[camera];
     const Camera& a = from.cameras[camera];
     const Camera& b = to.cameras[camera];
-    for (int i = 0; i < place.count; ++i) {
+    for (int i = 0; i < block.count; ++i) {
       const auto k = static_cast<size_t>(i);
-      change(place.intrinsics + i) = b.intrinsics.values[k] - a.intrinsics.values[k];
+      change(block.intrinsics + i) = b.intrinsics.values[k] - a.intrinsics.values[k];
     }
-    if (place.pose == Layout::FIXED) continue;
+    if (block.pose == Layout::FIXED) continue;
     // So small that sines are angles.
     const cv::Matx33d R = b.cameraFromRig.R * a.cameraFromRig.R.t();
     const cv::Vec3d rotation = 0.5 * cv::Vec3d(R(2, 1) - R(1, 2), R(0, 2) - R(2, 0), R(1, 0) - R(0, 1));
     const cv::Vec3d translation = b.cameraFromRig.t - a.cameraFromRig.t;
     for (int i = 0; i < 3; ++i) {
-      change(place.pose + i) = rotation[i];
-      change(place.pose + 3 + i) = translation[i];
+      change(block.pose + i) = rotation[i];
+      change(block.pose + 3 + i) = translation[i];
     }
   }
   return change;

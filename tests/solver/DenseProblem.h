@@ -50,12 +50,12 @@ inline CalibrationProblem DenseStepped(CalibrationProblem problem, const Eigen::
   const Layout layout = LayoutOf(problem.rig, problem.estimated);
   for (size_t i = 0; i < problem.rig.cameras.size(); ++i) {
     Camera& camera = problem.rig.cameras[i];
-    const Layout::Place& place = layout.cameras[i];
-    for (int k = 0; k < place.count; ++k) {
-      camera.intrinsics.values[static_cast<size_t>(k)] += step(place.intrinsics + k);
+    const Layout::Block& block = layout.cameras[i];
+    for (int k = 0; k < block.count; ++k) {
+      camera.intrinsics.values[static_cast<size_t>(k)] += step(block.intrinsics + k);
     }
-    if (place.pose != Layout::FIXED) {
-      camera.cameraFromRig = Retract(camera.cameraFromRig, step.data() + place.pose);
+    if (block.pose != Layout::FIXED) {
+      camera.cameraFromRig = Retract(camera.cameraFromRig, step.data() + block.pose);
     }
   }
   for (size_t i = 0; i < problem.views.size(); ++i) {
@@ -71,8 +71,8 @@ inline Eigen::MatrixXd DenseJacobian(const CalibrationProblem& problem) {
   const Eigen::Index columns = DenseColumns(problem);
   Eigen::VectorXd sizes = Eigen::VectorXd::Constant(columns, 1e-6);
   // Focal lengths and principal points are hundreds of pixels, all the rest is about one.
-  for (const Layout::Place& place : layout.cameras) {
-    if (place.count > 0) sizes.segment(place.intrinsics, 4).setConstant(1e-3);
+  for (const Layout::Block& block : layout.cameras) {
+    if (block.count > 0) sizes.segment(block.intrinsics, 4).setConstant(1e-3);
   }
   Eigen::MatrixXd jacobian(DenseResiduals(problem).size(), columns);
   for (Eigen::Index i = 0; i < columns; ++i) {

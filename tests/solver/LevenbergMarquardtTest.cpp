@@ -66,12 +66,12 @@ double Deviations(const CalibrationProblem& minimum, const Rig& rig) {
   const Layout layout = LayoutOf(minimum.rig, minimum.estimated);
   double most = 0.0;
   for (size_t i = 0; i < rig.cameras.size(); ++i) {
-    const Layout::Place& place = layout.cameras[i];
-    for (int k = 0; k < place.count; ++k) {
+    const Layout::Block& block = layout.cameras[i];
+    for (int k = 0; k < block.count; ++k) {
       const auto at = static_cast<size_t>(k);
       const double away = rig.cameras[i].intrinsics.values[at] - minimum.rig.cameras[i].intrinsics.values[at];
       most = std::max(
-          most, std::abs(away) / (0.1 * std::sqrt(inverse(place.intrinsics + k, place.intrinsics + k))));
+          most, std::abs(away) / (0.1 * std::sqrt(inverse(block.intrinsics + k, block.intrinsics + k))));
     }
   }
   return most;

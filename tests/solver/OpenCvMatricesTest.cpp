@@ -34,7 +34,7 @@ TEST(OpenCvMatrices, AreCopiesOfTheirNumbers) {
   EXPECT_TRUE(solver::MatrixOf(Eigen::MatrixXd()).empty());
 }
 
-TEST(OpenCvMatrices, HaveFocalLengthsAndPrincipalPointInTheirPlaces) {
+TEST(OpenCvMatrices, HaveFocalLengthsAndPrincipalPointInTheirPositions) {
   EXPECT_SAME_MAT(solver::CameraMatrixOf(Numbered(CLASSIC_PARAMETERS)),
                   (cv::Mat_<double>(3, 3) << 1, 0, 3, 0, 2, 4, 0, 0, 1));
 }

@@ -203,16 +203,16 @@ class RigComputation {
     return result;
   }
 
-  static void CopyDeviations(const Layout::Place& place, const Eigen::MatrixXd& covariance,
+  static void CopyDeviations(const Layout::Block& block, const Eigen::MatrixXd& covariance,
                              RigCamera& result) {
     result.stdDevIntrinsics = cv::Mat::zeros(FULL_PARAMETERS, 1, CV_64F);
     if (covariance.size() == 0) return;
     const auto standardDeviation = [&](int i) { return std::sqrt(covariance(i, i)); };
-    for (int i = 0; i < place.count; ++i)
-      result.stdDevIntrinsics.at<double>(i) = standardDeviation(place.intrinsics + i);
-    for (int i = 0; i < 3 && place.pose != Layout::FIXED; ++i) {
-      result.rotationDeviation[i] = standardDeviation(place.pose + i) * 180.0 / CV_PI;
-      result.translationDeviation[i] = standardDeviation(place.pose + 3 + i);
+    for (int i = 0; i < block.count; ++i)
+      result.stdDevIntrinsics.at<double>(i) = standardDeviation(block.intrinsics + i);
+    for (int i = 0; i < 3 && block.pose != Layout::FIXED; ++i) {
+      result.rotationDeviation[i] = standardDeviation(block.pose + i) * 180.0 / CV_PI;
+      result.translationDeviation[i] = standardDeviation(block.pose + 3 + i);
     }
   }
 

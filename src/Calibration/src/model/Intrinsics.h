@@ -7,7 +7,7 @@
 
 namespace velmora {
 
-/// Where each parameter stands among a camera's intrinsics.
+/// The index of each parameter among a camera's intrinsics.
 enum Parameter { FX, FY, CX, CY, K1, K2, P1, P2, K3, K4, K5, K6, S1, S2, S3, S4, TAU_X, TAU_Y };
 
 /// fx, fy, cx, cy in pixels and the distortion coefficients in OpenCV's order. Those beyond the first

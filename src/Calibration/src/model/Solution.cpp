@@ -9,11 +9,11 @@ namespace velmora {
 Layout LayoutOf(const Rig& rig, const Estimated& estimated) {
   Layout layout;
   for (const Camera& camera : rig.cameras) {
-    Layout::Place place;
-    place.intrinsics = layout.shared;
-    place.count = estimated.intrinsics ? camera.intrinsics.estimated : 0;
-    layout.shared += place.count;
-    layout.cameras.push_back(place);
+    Layout::Block block;
+    block.intrinsics = layout.shared;
+    block.count = estimated.intrinsics ? camera.intrinsics.estimated : 0;
+    layout.shared += block.count;
+    layout.cameras.push_back(block);
   }
   for (size_t i = 1; i < layout.cameras.size() && estimated.cameraPoses; ++i) {
     layout.cameras[i].pose = layout.shared;

@@ -24,18 +24,18 @@ struct CalibrationProblem {
   std::vector<Prior> priors;  ///< one for each camera; none at all: no camera has one
 };
 
-/// Where the parameters that all views share stand: the intrinsics of all cameras, then the poses of all but
+/// The order of the parameters that all views share: the intrinsics of all cameras, then the poses of all but
 /// the first.
 struct Layout {
   static constexpr int FIXED = -1;
 
-  struct Place {
+  struct Block {
     int intrinsics = 0;  ///< the first of them
     int count = 0;       ///< of the intrinsics that are estimated
     int pose = FIXED;    ///< the first of six
   };
 
-  std::vector<Place> cameras;
+  std::vector<Block> cameras;
   int shared = 0;  ///< how many there are in all
 };
 

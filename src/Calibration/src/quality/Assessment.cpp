@@ -48,16 +48,16 @@ int ViewsOf(const Solution& solution, size_t camera) {
 
 void Measure(const Solution& solution, size_t camera, CalibrationVerdict& verdict) {
   const cv::Size& imageSize = solution.rig.cameras[camera].imageSize;
-  const Layout::Place place = LayoutOf(solution.rig, solution.estimated).cameras[camera];
+  const Layout::Block block = LayoutOf(solution.rig, solution.estimated).cameras[camera];
   const Intrinsics& intrinsics = solution.rig.cameras[camera].intrinsics;
   verdict.views = ViewsOf(solution, camera);
   verdict.dataArea = DataAreaOf(solution.views, camera);
   verdict.coverage = std::min(1.0, cv::contourArea(verdict.dataArea) / imageSize.area());
   const ProjectionUncertainty uncertainty(intrinsics, imageSize, verdict.dataArea);
   const double unknown = std::numeric_limits<double>::infinity();
-  const Eigen::MatrixXd formal = solver::IntrinsicsCovariance(solver::SharedCovariance(solution), place);
+  const Eigen::MatrixXd formal = solver::IntrinsicsCovariance(solver::SharedCovariance(solution), block);
   const Eigen::MatrixXd jackknife =
-      solver::IntrinsicsCovariance(solver::JackknifeCovariance(solution), place);
+      solver::IntrinsicsCovariance(solver::JackknifeCovariance(solution), block);
   const bool hasFormal = formal.size() > 0;
   const bool hasJackknife = jackknife.size() > 0;
   verdict.focalDeviation = hasFormal ? RelativeFocal(formal, intrinsics) : unknown;

@@ -147,15 +147,15 @@ class EnlargedSystem {
 
   void FillRow(const ObservedPoint& observed, const solver::Coordinate& coordinate,
                const RigidTransform& rigFromTarget, Row row) const {
-    const Layout::Place& place = layout_.cameras[observed.camera];
-    for (int i = 0; i < place.count; ++i) {
-      row(place.intrinsics + i) = coordinate.byIntrinsics[static_cast<size_t>(i)];
+    const Layout::Block& block = layout_.cameras[observed.camera];
+    for (int i = 0; i < block.count; ++i) {
+      row(block.intrinsics + i) = coordinate.byIntrinsics[static_cast<size_t>(i)];
     }
     const cv::Matx33d& cameraFromRig = solution_.rig.cameras[observed.camera].cameraFromRig.R;
     const cv::Vec3d turned =
         rigFromTarget.R * cv::Vec3d(observed.point.x, observed.point.y, observed.point.z);
-    if (place.pose != Layout::FIXED) {
-      Set(row, place.pose, (cameraFromRig * (turned + rigFromTarget.t)).cross(coordinate.byPoint),
+    if (block.pose != Layout::FIXED) {
+      Set(row, block.pose, (cameraFromRig * (turned + rigFromTarget.t)).cross(coordinate.byPoint),
           coordinate.byPoint);
     }
     const cv::Vec3d byRig = cameraFromRig.t() * coordinate.byPoint;
@@ -214,9 +214,9 @@ OmittedEffect OmittedLensTerms(const Solution& solution, size_t camera) {
   for (int i = 0; i < terms; ++i) system.Restrain(i, prior[static_cast<size_t>(estimated + i)]);
   OmittedEffect effect = system.Effect();
   if (effect.values.size() == 0) return effect;
-  const Layout::Place place = LayoutOf(solution.rig, solution.estimated).cameras[camera];
+  const Layout::Block block = LayoutOf(solution.rig, solution.estimated).cameras[camera];
   Eigen::VectorXd shift = Eigen::VectorXd::Zero(FULL_PARAMETERS);
-  shift.head(place.count) = effect.shift.segment(place.intrinsics, place.count);
+  shift.head(block.count) = effect.shift.segment(block.intrinsics, block.count);
   shift.tail(terms) = effect.values;
   effect.shift = shift;
   return effect;

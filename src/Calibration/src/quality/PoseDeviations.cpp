@@ -1,4 +1,4 @@
-/// How sure the place of a camera beside another is.
+/// The standard deviations of a camera's pose relative to another's.
 #include "quality/PoseDeviations.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-/// How sure the place of a camera beside another is, and how sure is sure enough.
+/// The standard deviations of a camera's pose relative to another's, and what is small enough.
 #pragma once
 
 #include <Eigen/Core>

@@ -23,7 +23,7 @@ double ShiftInArea(const Camera& camera, const Eigen::VectorXd& shift, const std
 
 std::vector<SystematicError> SystematicErrorsOf(const Solution& solution, size_t camera,
                                                 const std::vector<cv::Point2f>& area, double least) {
-  const Layout::Place place = LayoutOf(solution.rig, solution.estimated).cameras[camera];
+  const Layout::Block block = LayoutOf(solution.rig, solution.estimated).cameras[camera];
   std::vector<SystematicError> errors;
   for (auto& [cause, effect] : {std::pair{Cause::Bend, OmittedBend(solution)},
                                 std::pair{Cause::Proportions, OmittedProportions(solution)},
@@ -31,7 +31,7 @@ std::vector<SystematicError> SystematicErrorsOf(const Solution& solution, size_t
     if (!effect.significant) continue;
     const Eigen::VectorXd own = cause == Cause::LensTerms
                                     ? effect.shift
-                                    : Eigen::VectorXd(effect.shift.segment(place.intrinsics, place.count));
+                                    : Eigen::VectorXd(effect.shift.segment(block.intrinsics, block.count));
     const double shift = ShiftInArea(solution.rig.cameras[camera], own, area);
     if (shift > least) errors.push_back({cause, effect, shift});
   }

@@ -56,9 +56,9 @@ Eigen::MatrixXd JackknifeCovariance(const Solution& solution, int firstEstimated
   return covariance * ((views - 1.0) / views);
 }
 
-Eigen::MatrixXd IntrinsicsCovariance(const Eigen::MatrixXd& shared, const Layout::Place& place) {
+Eigen::MatrixXd IntrinsicsCovariance(const Eigen::MatrixXd& shared, const Layout::Block& block) {
   if (shared.size() == 0) return {};
-  return shared.block(place.intrinsics, place.intrinsics, place.count, place.count);
+  return shared.block(block.intrinsics, block.intrinsics, block.count, block.count);
 }
 
 PoseMatrix PoseCovariance(const ViewEquations& equations, double variance, const Eigen::MatrixXd& shared) {

@@ -16,7 +16,7 @@ Eigen::MatrixXd SharedCovariance(const Solution& solution, int firstEstimated = 
 Eigen::MatrixXd JackknifeCovariance(const Solution& solution, int firstEstimated = 0);
 
 /// The part of such a covariance that is of a camera's intrinsics; empty of an empty one.
-Eigen::MatrixXd IntrinsicsCovariance(const Eigen::MatrixXd& shared, const Layout::Place& place);
+Eigen::MatrixXd IntrinsicsCovariance(const Eigen::MatrixXd& shared, const Layout::Block& block);
 
 /// The covariance of rotation and translation of a view's pose, given that of what all views share.
 PoseMatrix PoseCovariance(const ViewEquations& equations, double variance, const Eigen::MatrixXd& shared);

@@ -34,11 +34,11 @@ struct FullStep {
 
 void MoveShared(const Eigen::VectorXd& step, const Layout& layout, Rig& rig) {
   for (size_t i = 0; i < rig.cameras.size(); ++i) {
-    const Layout::Place& place = layout.cameras[i];
+    const Layout::Block& block = layout.cameras[i];
     auto& values = rig.cameras[i].intrinsics.values;
-    for (int k = 0; k < place.count; ++k) values[static_cast<size_t>(k)] += step(place.intrinsics + k);
-    if (place.pose == Layout::FIXED) continue;
-    rig.cameras[i].cameraFromRig = Retract(rig.cameras[i].cameraFromRig, step.data() + place.pose);
+    for (int k = 0; k < block.count; ++k) values[static_cast<size_t>(k)] += step(block.intrinsics + k);
+    if (block.pose == Layout::FIXED) continue;
+    rig.cameras[i].cameraFromRig = Retract(rig.cameras[i].cameraFromRig, step.data() + block.pose);
   }
 }
 

@@ -91,15 +91,15 @@ class Adder {
   const Index pose_;
 };
 
-/// Where the parameters of each camera stand among the view's own.
-struct OwnPlaces {
+/// The block of each camera's parameters among the view's own.
+struct OwnBlocks {
   std::vector<int> intrinsics;
   std::vector<int> pose;
 };
 
-OwnPlaces PlaceOwn(const TargetView& view, const Layout& layout, std::vector<int>& columns) {
+OwnBlocks OwnBlocksOf(const TargetView& view, const Layout& layout, std::vector<int>& columns) {
   const size_t count = layout.cameras.size();
-  OwnPlaces own{std::vector<int>(count, 0), std::vector<int>(count, Layout::FIXED)};
+  OwnBlocks own{std::vector<int>(count, 0), std::vector<int>(count, Layout::FIXED)};
   columns.clear();
   columns.reserve(static_cast<size_t>(layout.shared));
   const auto take = [&](int first, int number) {
@@ -232,7 +232,7 @@ void TakeEquations(const TargetView& view, const RigidTransform& rigFromTarget, 
   }
   equations.usable = false;
   equations.cost = 0.0;
-  const OwnPlaces own = PlaceOwn(view, layout, equations.columns);
+  const OwnBlocks own = OwnBlocksOf(view, layout, equations.columns);
   const Index size = equations.Own() + POSE_PARAMETERS;
   equations.products.setZero(size, size);
   equations.gradient.setZero(size);
@@ -298,10 +298,10 @@ bool PoseStepFor(const ViewEquations& equations, double damping, const Eigen::Ve
 PriorTerms PriorTermsOf(const std::vector<Prior>& priors, const Rig& rig, const Layout& layout) {
   PriorTerms terms{Eigen::VectorXd::Zero(layout.shared), Eigen::VectorXd::Zero(layout.shared)};
   for (size_t i = 0; i < priors.size(); ++i) {
-    const Layout::Place& place = layout.cameras[i];
-    for (int k = 0; k < place.count; ++k) {
-      terms.strengths(place.intrinsics + k) = priors[i][static_cast<size_t>(k)];
-      terms.values(place.intrinsics + k) = rig.cameras[i].intrinsics.values[static_cast<size_t>(k)];
+    const Layout::Block& block = layout.cameras[i];
+    for (int k = 0; k < block.count; ++k) {
+      terms.strengths(block.intrinsics + k) = priors[i][static_cast<size_t>(k)];
+      terms.values(block.intrinsics + k) = rig.cameras[i].intrinsics.values[static_cast<size_t>(k)];
     }
   }
   return terms;

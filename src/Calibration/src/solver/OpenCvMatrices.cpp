@@ -66,7 +66,7 @@ RigidTransform PoseBefore(const IntrinsicsResult& result, const Observation& obs
   return pose;
 }
 
-void PlaceView(const RigidTransform& pose, const cv::Vec3d& middle, int row, IntrinsicsResult& result) {
+void WriteView(const RigidTransform& pose, const cv::Vec3d& middle, int row, IntrinsicsResult& result) {
   cv::Vec3d rotation;
   cv::Rodrigues(pose.R, rotation);
   result.rvecs.at<cv::Vec3d>(row) = rotation;
@@ -77,7 +77,7 @@ void CopyKept(const Solution& solution, const Target& target, IntrinsicsResult& 
   for (size_t i = 0; i < solution.kept.size(); ++i) {
     const int row = static_cast<int>(solution.kept[i]);
     const TargetView& view = solution.views[i];
-    PlaceView(view.rigFromTarget, target.middles[solution.kept[i]], row, result);
+    WriteView(view.rigFromTarget, target.middles[solution.kept[i]], row, result);
     result.perViewErrors.at<double>(row) = std::sqrt(solution.equations[i].cost / CountOf(view.observations));
   }
   result.rms = RmsOf(solution);
@@ -89,7 +89,7 @@ void WriteRejected(const Solution& solution, const Target& target, IntrinsicsRes
     const Observation& observation = target.views[i].observations.front();
     const RigidTransform pose = PoseBefore(result, observation);
     const double cost = EquationsOf(observation, solution.rig.cameras.front().intrinsics, pose).cost;
-    PlaceView(pose, target.middles[i], static_cast<int>(i), result);
+    WriteView(pose, target.middles[i], static_cast<int>(i), result);
     result.perViewErrors.at<double>(static_cast<int>(i)) = std::sqrt(cost / observation.Count());
   }
 }

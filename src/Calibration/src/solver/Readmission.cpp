@@ -31,9 +31,9 @@ bool Fits(TargetView& view, const Camera& camera) {
 }
 
 void Insert(const TargetView& view, size_t number, Selection& selection) {
-  const auto place = std::lower_bound(selection.kept.begin(), selection.kept.end(), number);
-  selection.views.insert(selection.views.begin() + (place - selection.kept.begin()), view);
-  selection.kept.insert(place, number);
+  const auto position = std::lower_bound(selection.kept.begin(), selection.kept.end(), number);
+  selection.views.insert(selection.views.begin() + (position - selection.kept.begin()), view);
+  selection.kept.insert(position, number);
 }
 
 }  // namespace

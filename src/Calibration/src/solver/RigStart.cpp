@@ -64,7 +64,7 @@ RigidTransform Between(const CameraPoses& poses, size_t to, size_t from) {
           {MedianOf(numbers[3]), MedianOf(numbers[4]), MedianOf(numbers[5])}};
 }
 
-/// A camera that is linked to one whose place is known.
+/// A camera that is linked to one whose pose is known.
 struct Link {
   size_t camera = 0;
   size_t by = 0;
@@ -74,21 +74,21 @@ struct Link {
 /// first.
 std::vector<Link> LinksOf(const std::vector<TargetView>& views, size_t cameras) {
   std::vector<Link> links;
-  std::vector<bool> placed(cameras, false);
-  if (cameras > 0) placed[0] = true;
+  std::vector<bool> located(cameras, false);
+  if (cameras > 0) located[0] = true;
   while (true) {
     Link best;
     size_t most = 0;
     for (size_t a = 0; a < cameras; ++a) {
-      for (size_t b = 0; b < cameras && !placed[a]; ++b) {
-        const size_t shared = placed[b] ? SharedViews(views, a, b) : 0;
+      for (size_t b = 0; b < cameras && !located[a]; ++b) {
+        const size_t shared = located[b] ? SharedViews(views, a, b) : 0;
         if (shared <= most) continue;
         most = shared;
         best = {a, b};
       }
     }
     if (most == 0) return links;
-    placed[best.camera] = true;
+    located[best.camera] = true;
     links.push_back(best);
   }
 }
