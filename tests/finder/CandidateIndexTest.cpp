@@ -1,4 +1,4 @@
-/// Candidates by place.
+/// Candidates by their position in the image.
 #include "finder/CandidateIndex.h"
 
 #include <gtest/gtest.h>

@@ -13,7 +13,7 @@ using namespace velmora;
 namespace {
 
 using finder::Candidate;
-using finder::PlacedDiscs;
+using finder::LabelledDiscs;
 using finder::SheetPlane;
 using unit::FLAT_GRID;
 using unit::FLAT_RADIUS;
@@ -22,22 +22,22 @@ using unit::InFlatGrid;
 using unit::PlaneOf;
 
 /// Candidates that the discs were taken from.
-std::vector<Candidate> CandidatesOf(const PlacedDiscs& discs) {
+std::vector<Candidate> CandidatesOf(const LabelledDiscs& discs) {
   std::vector<Candidate> candidates;
-  for (size_t k = 0; k < discs.places.size(); ++k)
+  for (size_t k = 0; k < discs.gridIndices.size(); ++k)
     candidates.push_back({discs.centres[k], discs.radii[k], 5});
   return candidates;
 }
 
 bool GoOn(const std::vector<Candidate>& candidates) {
-  const PlacedDiscs discs = unit::FlatDiscs();
+  const LabelledDiscs discs = unit::FlatDiscs();
   finder::Effort effort{100000};
   const finder::CandidateIndex index(candidates, {640, 480});
   return finder::GoesOn(PlaneOf(discs), discs, index, effort);
 }
 
 TEST(Checks, RejectTheOutlierAndKeepWhatTheLensBends) {
-  PlacedDiscs discs = unit::BentDiscs();
+  LabelledDiscs discs = unit::BentDiscs();
   SheetPlane plane = PlaneOf(discs);
   EXPECT_TRUE(finder::RejectOutliers(plane, discs, 6));
   EXPECT_EQ(discs.Missing(), 0);
@@ -51,7 +51,7 @@ TEST(Checks, RejectTheOutlierAndKeepWhatTheLensBends) {
 }
 
 TEST(Checks, RejectAllOutliersAndNothingElse) {
-  PlacedDiscs discs = unit::FlatDiscs();
+  LabelledDiscs discs = unit::FlatDiscs();
   for (const size_t outlier : {3U, 18U, 40U})
     discs.centres[outlier] += cv::Point2d(-0.4 * FLAT_STEP, 0.3 * FLAT_STEP);
   SheetPlane plane = PlaneOf(discs);
@@ -59,12 +59,12 @@ TEST(Checks, RejectAllOutliersAndNothingElse) {
   for (size_t k = 0; k < 44; ++k) EXPECT_EQ(discs.Has(k), k != 3 && k != 18 && k != 40) << k;
   // What is left is the plane's again.
   for (size_t k = 0; k < 44; ++k) {
-    EXPECT_LT(cv::norm(plane.Predict(discs.places[k]) - InFlatGrid(discs.places[k])), 1e-6) << k;
+    EXPECT_LT(cv::norm(plane.Predict(discs.gridIndices[k]) - InFlatGrid(discs.gridIndices[k])), 1e-6) << k;
   }
 }
 
 TEST(Checks, LookPastDiscsThatAreMissingAlready) {
-  PlacedDiscs discs = unit::FlatDiscs();
+  LabelledDiscs discs = unit::FlatDiscs();
   discs.radii[10] = 0.0;
   discs.centres[10] = {};
   SheetPlane plane = PlaneOf(discs);
@@ -73,7 +73,7 @@ TEST(Checks, LookPastDiscsThatAreMissingAlready) {
 }
 
 TEST(Checks, GiveUpWhenTooManyDiscsAreOutliers) {
-  PlacedDiscs discs = unit::FlatDiscs();
+  LabelledDiscs discs = unit::FlatDiscs();
   for (size_t k = 1; k < 44; k += 4)
     discs.centres[k + k % 3] += cv::Point2d(0.4 * FLAT_STEP, k % 8 == 1 ? 12.0 : -12.0);
   SheetPlane plane = PlaneOf(discs);
@@ -81,12 +81,12 @@ TEST(Checks, GiveUpWhenTooManyDiscsAreOutliers) {
 }
 
 TEST(Checks, TakeNoGridThatIsOffThePlaneTogether) {
-  PlacedDiscs discs = unit::FlatDiscs();
+  LabelledDiscs discs = unit::FlatDiscs();
   const SheetPlane flat = PlaneOf(discs);
   EXPECT_TRUE(finder::LiesOnPlane(flat, discs));
   // A bend that the polynomial follows, so that none is an outlier, but which no lens has.
   for (size_t k = 0; k < 44; ++k) {
-    const double v = (discs.places[k].y - 5.0) / 5.0;
+    const double v = (discs.gridIndices[k].y - 5.0) / 5.0;
     discs.centres[k].x += 1.1 * FLAT_STEP * v * v;
   }
   SheetPlane plane;
@@ -112,12 +112,12 @@ TEST(Checks, SeeThatThePatternGoesOnAtAnySide) {
                                                      {{9, 1}, {9, 3}, {9, 5}, {9, 7}}};
   for (const std::vector<cv::Point>& side : sides) {
     std::vector<Candidate> candidates = CandidatesOf(unit::FlatDiscs());
-    for (const cv::Point& place : side) candidates.push_back({InFlatGrid(place), FLAT_RADIUS, 5});
+    for (const cv::Point& gridIndex : side) candidates.push_back({InFlatGrid(gridIndex), FLAT_RADIUS, 5});
     EXPECT_TRUE(GoOn(candidates)) << side;
   }
 }
 
-TEST(Checks, SeeNoPatternInSpotsOfOtherSizesAndPlaces) {
+TEST(Checks, SeeNoPatternInSpotsOfOtherSizesAndPositions) {
   const std::vector<Candidate> grid = CandidatesOf(unit::FlatDiscs());
   for (const double radius : {0.5 * FLAT_RADIUS, 1.6 * FLAT_RADIUS}) {
     std::vector<Candidate> candidates = grid;
@@ -132,7 +132,7 @@ TEST(Checks, SeeNoPatternInSpotsOfOtherSizesAndPlaces) {
 }
 
 TEST(Checks, TellAChessboardFromDiscs) {
-  const PlacedDiscs discs = unit::FlatDiscs();
+  const LabelledDiscs discs = unit::FlatDiscs();
   const SheetPlane plane = PlaneOf(discs);
   EXPECT_FALSE(finder::IsChessboard(plane, discs, unit::FlatGrid(FLAT_GRID, 0.4, FLAT_STEP)));
   EXPECT_FALSE(finder::IsChessboard(plane, discs, unit::FlatGrid(FLAT_GRID, 0.5, FLAT_STEP)));

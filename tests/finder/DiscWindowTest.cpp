@@ -14,7 +14,7 @@ namespace {
 
 using finder::DiscWindow;
 using finder::Histogram;
-using finder::PlacedDiscs;
+using finder::LabelledDiscs;
 using finder::SheetPlane;
 using finder::Span;
 using finder::Tones;
@@ -26,7 +26,7 @@ constexpr int PAPER = 235;
 constexpr int INK = 25;
 
 DiscWindow FlatWindow(double radius) {
-  PlacedDiscs discs = unit::FlatDiscs();
+  LabelledDiscs discs = unit::FlatDiscs();
   std::fill(discs.radii.begin(), discs.radii.end(), radius * FLAT_STEP);
   return finder::WindowOf(unit::PlaneOf(discs), discs, 17);
 }
@@ -51,15 +51,15 @@ TEST(DiscWindow, HasPaperAroundDiscsOfAnySize) {
 }
 
 TEST(DiscWindow, HasTheFormOfTheViewThere) {
-  const PlacedDiscs discs = unit::DiscsProjectedBy(OBLIQUE, FLAT_GRID);
+  const LabelledDiscs discs = unit::DiscsProjectedBy(OBLIQUE, FLAT_GRID);
   const SheetPlane plane = unit::PlaneOf(discs);
   for (const size_t k : {size_t{0}, size_t{20}, size_t{43}}) {
     const DiscWindow window = finder::WindowOf(plane, discs, k);
     EXPECT_NEAR(window.disc, 0.4, 1e-6);
-    const cv::Point2d place = discs.places[k];
+    const cv::Point2d gridIndex = discs.gridIndices[k];
     for (const cv::Point2d& step :
          {cv::Point2d(1e-4, 0.0), cv::Point2d(0.0, 1e-4), cv::Point2d(7e-5, -7e-5)}) {
-      const cv::Point2d apart = plane.Project(place + step) - plane.Project(place);
+      const cv::Point2d apart = plane.Project(gridIndex + step) - plane.Project(gridIndex);
       const cv::Vec2d back = window.toSteps * cv::Vec2d(apart.x, apart.y);
       EXPECT_LT(cv::norm(back - cv::Vec2d(step.x, step.y)), 1e-8) << k << step;
       EXPECT_NEAR(cv::Vec2d(apart.x, apart.y).dot(window.form * cv::Vec2d(apart.x, apart.y)), step.dot(step),
@@ -69,7 +69,7 @@ TEST(DiscWindow, HasTheFormOfTheViewThere) {
 }
 
 TEST(DiscWindow, SpansAreThePixelsWithinItAndInThePicture) {
-  const PlacedDiscs discs = unit::DiscsProjectedBy(OBLIQUE, FLAT_GRID, 0.3);
+  const LabelledDiscs discs = unit::DiscsProjectedBy(OBLIQUE, FLAT_GRID, 0.3);
   const SheetPlane plane = unit::PlaneOf(discs);
   for (const cv::Point2d& moved :
        {cv::Point2d(0.0, 0.0), cv::Point2d(-115.3, 0.0), cv::Point2d(0.0, -95.7)}) {
@@ -149,7 +149,7 @@ TEST(Tones, AreThoseOfPaperAndInk) {
 
 TEST(Tones, OfASpeckAreItsDarkestPixelAndThePaper) {
   cv::Mat picture(360, 300, CV_8UC1, cv::Scalar(PAPER));
-  PlacedDiscs discs = unit::FlatDiscs();
+  LabelledDiscs discs = unit::FlatDiscs();
   std::fill(discs.radii.begin(), discs.radii.end(), 0.8);
   DiscWindow window = finder::WindowOf(unit::PlaneOf(discs), discs, 17);
   // Between four pixels: none of them is in the innermost part.

@@ -98,11 +98,11 @@ cv::Mat OtherDots(cv::RNG& random) {
 
 constexpr int SHAPE_PITCH = 40;
 
-/// Shapes of so many corners, as far from their middles, on the grid's places.
+/// Shapes of that number of corners, as far from their middles, at the grid's points.
 cv::Mat CorneredShapes(int corners, double radius, double rotation) {
   cv::Mat sheet(13 * SHAPE_PITCH, 10 * SHAPE_PITCH, CV_8UC1, cv::Scalar(PAPER));
-  for (const cv::Point& place : finder::PatternPlaces({4, 11})) {
-    const cv::Point2d at(SHAPE_PITCH * (place.x + 1.5), SHAPE_PITCH * (place.y + 1.5));
+  for (const cv::Point& gridIndex : finder::PatternIndices({4, 11})) {
+    const cv::Point2d at(SHAPE_PITCH * (gridIndex.x + 1.5), SHAPE_PITCH * (gridIndex.y + 1.5));
     std::vector<cv::Point> outline;
     for (int corner = 0; corner < corners; ++corner) {
       const double angle = rotation + 2.0 * CV_PI * corner / corners;

@@ -19,7 +19,7 @@ FinderFrame RandomFinderFrame(int number);
 /// A frame without the 4 x 11 grid: clutter, noise, text, chessboards or dots in other patterns, in turn.
 cv::Mat RandomForeignFrame(int number);
 
-/// Triangles, squares or pentagons on the places of the 4 x 11 grid, seen from somewhere.
+/// Triangles, squares or pentagons at the points of the 4 x 11 grid, seen from somewhere.
 struct CorneredFrame {
   cv::Mat picture;
   int corners = 0;

@@ -1,4 +1,4 @@
-/// The discs of the flat picture of the 4 x 11 grid, as a search would have placed them.
+/// The discs of the flat picture of the 4 x 11 grid, as a search would have labelled them.
 #include "finder/FlatDiscs.h"
 
 #include <gtest/gtest.h>
@@ -9,23 +9,23 @@ using namespace velmora;
 
 namespace unit {
 
-using finder::PlacedDiscs;
+using finder::LabelledDiscs;
 
-cv::Point2d InFlatGrid(const cv::Point& place) {
-  return {FLAT_STEP * (2.0 + place.x), FLAT_STEP * (2.0 + place.y)};
+cv::Point2d InFlatGrid(const cv::Point& gridIndex) {
+  return {FLAT_STEP * (2.0 + gridIndex.x), FLAT_STEP * (2.0 + gridIndex.y)};
 }
 
-PlacedDiscs FlatDiscs() {
-  PlacedDiscs discs;
+LabelledDiscs FlatDiscs() {
+  LabelledDiscs discs;
   discs.grid = FLAT_GRID;
-  discs.places = finder::PatternPlaces(FLAT_GRID);
-  for (const cv::Point& place : discs.places) discs.centres.push_back(InFlatGrid(place));
-  discs.radii.assign(discs.places.size(), FLAT_RADIUS);
+  discs.gridIndices = finder::PatternIndices(FLAT_GRID);
+  for (const cv::Point& gridIndex : discs.gridIndices) discs.centres.push_back(InFlatGrid(gridIndex));
+  discs.radii.assign(discs.gridIndices.size(), FLAT_RADIUS);
   return discs;
 }
 
-PlacedDiscs BentDiscs() {
-  PlacedDiscs discs = FlatDiscs();
+LabelledDiscs BentDiscs() {
+  LabelledDiscs discs = FlatDiscs();
   const cv::Point2d middle(5.0 * FLAT_STEP, 7.0 * FLAT_STEP);
   for (cv::Point2d& centre : discs.centres) {
     const cv::Point2d ray = (centre - middle) / (7.0 * FLAT_STEP);
@@ -34,20 +34,20 @@ PlacedDiscs BentDiscs() {
   return discs;
 }
 
-PlacedDiscs DiscsProjectedBy(const cv::Matx33d& H, const cv::Size& grid, double radius) {
-  PlacedDiscs discs;
+LabelledDiscs DiscsProjectedBy(const cv::Matx33d& H, const cv::Size& grid, double radius) {
+  LabelledDiscs discs;
   discs.grid = grid;
-  discs.places = finder::PatternPlaces(grid);
+  discs.gridIndices = finder::PatternIndices(grid);
   const double determinant = std::abs(cv::determinant(H));
-  for (const cv::Point& place : discs.places) {
-    const cv::Vec3d p = H * cv::Vec3d(place.x, place.y, 1.0);
+  for (const cv::Point& gridIndex : discs.gridIndices) {
+    const cv::Vec3d p = H * cv::Vec3d(gridIndex.x, gridIndex.y, 1.0);
     discs.centres.emplace_back(p[0] / p[2], p[1] / p[2]);
     discs.radii.push_back(radius * std::sqrt(determinant / std::abs(p[2] * p[2] * p[2])));
   }
   return discs;
 }
 
-finder::SheetPlane PlaneOf(const PlacedDiscs& discs) {
+finder::SheetPlane PlaneOf(const LabelledDiscs& discs) {
   finder::SheetPlane plane;
   EXPECT_TRUE(plane.Fit(discs));
   return plane;

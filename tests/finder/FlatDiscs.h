@@ -1,4 +1,4 @@
-/// The discs of the flat picture of the 4 x 11 grid, as a search would have placed them.
+/// The discs of the flat picture of the 4 x 11 grid, as a search would have labelled them.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -11,20 +11,20 @@ const cv::Size FLAT_GRID(4, 11);
 constexpr double FLAT_STEP = 24.0;
 constexpr double FLAT_RADIUS = 0.4 * FLAT_STEP;
 
-/// Where FlatGrid() has a place of the pattern, or one around it.
-cv::Point2d InFlatGrid(const cv::Point& place);
+/// Where FlatGrid() has a point of the pattern, or one around it.
+cv::Point2d InFlatGrid(const cv::Point& gridIndex);
 
 /// The discs of FlatGrid(FLAT_GRID).
-velmora::finder::PlacedDiscs FlatDiscs();
+velmora::finder::LabelledDiscs FlatDiscs();
 
 /// The same as a lens of much distortion has them.
-velmora::finder::PlacedDiscs BentDiscs();
+velmora::finder::LabelledDiscs BentDiscs();
 
 /// The discs of any size of grid where a homography puts them, of so many steps' radius.
-velmora::finder::PlacedDiscs DiscsProjectedBy(const cv::Matx33d& H, const cv::Size& grid,
-                                              double radius = 0.4);
+velmora::finder::LabelledDiscs DiscsProjectedBy(const cv::Matx33d& H, const cv::Size& grid,
+                                                double radius = 0.4);
 
 /// The plane of discs that have one.
-velmora::finder::SheetPlane PlaneOf(const velmora::finder::PlacedDiscs& discs);
+velmora::finder::SheetPlane PlaneOf(const velmora::finder::LabelledDiscs& discs);
 
 }  // namespace unit

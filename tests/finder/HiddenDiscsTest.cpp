@@ -21,8 +21,8 @@ constexpr int PAPER = 235;
 constexpr int INK = 25;
 
 cv::Point2d CentreOf(size_t disc) {
-  const cv::Point place = finder::PatternPlaces(unit::GRID)[disc];
-  return {2.0 * STEP + STEP * place.x, 2.0 * STEP + STEP * place.y};
+  const cv::Point gridIndex = finder::PatternIndices(unit::GRID)[disc];
+  return {2.0 * STEP + STEP * gridIndex.x, 2.0 * STEP + STEP * gridIndex.y};
 }
 
 /// A sheet from the front; `direction` and `beyond` (radii from its middle) say what of a disc is covered in
@@ -43,7 +43,7 @@ cv::Mat Covered(size_t disc, double direction, double beyond, int tone) {
   return picture;
 }
 
-/// The largest distance of a disc from its true place.
+/// The largest distance of a disc from its true position.
 double WorstOf(const GridFinding& finding) {
   double worst = 0.0;
   for (size_t k = 0; k < finding.centres.size(); ++k) {

@@ -19,16 +19,16 @@ const cv::Matx33d OBLIQUE(38.0, 6.0, 120.0, -9.0, 30.0, 100.0, 0.01, 0.012, 1.0)
 /// The far side is a tenth of the near one.
 const cv::Matx33d STEEP(800.0, 90.0, 3000.0, -200.0, 500.0, 2000.0, 0.4, 0.6, 1.0);
 
-Points Places(const cv::Size& grid) {
-  Points places;
-  for (const cv::Point& place : finder::PatternPlaces(grid)) places.emplace_back(place);
-  return places;
+Points GridPoints(const cv::Size& grid) {
+  Points gridPoints;
+  for (const cv::Point& gridIndex : finder::PatternIndices(grid)) gridPoints.emplace_back(gridIndex);
+  return gridPoints;
 }
 
-Points ObservedBy(const cv::Matx33d& H, const Points& places) {
+Points ObservedBy(const cv::Matx33d& H, const Points& gridPoints) {
   Points observed;
-  for (const cv::Point2d& place : places) {
-    const cv::Vec3d p = H * cv::Vec3d(place.x, place.y, 1.0);
+  for (const cv::Point2d& gridIndex : gridPoints) {
+    const cv::Vec3d p = H * cv::Vec3d(gridIndex.x, gridIndex.y, 1.0);
     observed.emplace_back(p[0] / p[2], p[1] / p[2]);
   }
   return observed;
@@ -65,11 +65,11 @@ cv::Matx33d LeastSquares(const Points& from, const Points& to, const cv::Matx33d
 TEST(Homography, OfPointsInPerspectiveIsTheirs) {
   for (const cv::Matx33d& truth : {FROM_THE_FRONT, OBLIQUE, STEEP}) {
     for (const cv::Size& grid : {cv::Size(2, 5), cv::Size(4, 11), cv::Size(20, 29)}) {
-      const Points places = Places(grid);
-      const Points observed = ObservedBy(truth, places);
+      const Points gridPoints = GridPoints(grid);
+      const Points observed = ObservedBy(truth, gridPoints);
       cv::Matx33d H;
-      ASSERT_TRUE(finder::FitHomography(places, observed, H));
-      EXPECT_LT(FarthestApart(ObservedBy(H, places), observed), 1e-9) << truth << grid;
+      ASSERT_TRUE(finder::FitHomography(gridPoints, observed, H));
+      EXPECT_LT(FarthestApart(ObservedBy(H, gridPoints), observed), 1e-9) << truth << grid;
       EXPECT_EQ(H(2, 2), 1.0);
       for (int k = 0; k < 8; ++k) EXPECT_NEAR(H.val[k], truth.val[k], 1e-9 * (1.0 + std::abs(truth.val[k])));
     }
@@ -88,59 +88,60 @@ TEST(Homography, OfNoisyPointsHasTheLeastSumOfSquaredDistances) {
   cv::RNG random(3);
   for (const cv::Matx33d& truth : {FROM_THE_FRONT, OBLIQUE, STEEP}) {
     for (const double noise : {0.01, 0.5, 2.0}) {
-      const Points places = Places({4, 11});
-      Points observed = ObservedBy(truth, places);
+      const Points gridPoints = GridPoints({4, 11});
+      Points observed = ObservedBy(truth, gridPoints);
       for (cv::Point2d& point : observed)
         point += cv::Point2d(random.gaussian(noise), random.gaussian(noise));
       cv::Matx33d H;
-      ASSERT_TRUE(finder::FitHomography(places, observed, H));
-      EXPECT_LT(
-          FarthestApart(ObservedBy(H, places), ObservedBy(LeastSquares(places, observed, truth), places)),
-          1e-8)
+      ASSERT_TRUE(finder::FitHomography(gridPoints, observed, H));
+      EXPECT_LT(FarthestApart(ObservedBy(H, gridPoints),
+                              ObservedBy(LeastSquares(gridPoints, observed, truth), gridPoints)),
+                1e-8)
           << truth << noise;
     }
   }
 }
 
 TEST(Homography, OfPointsWithOutliersHasTheLeastSumToo) {
-  const Points places = Places({4, 11});
-  Points observed = ObservedBy(OBLIQUE, places);
+  const Points gridPoints = GridPoints({4, 11});
+  Points observed = ObservedBy(OBLIQUE, gridPoints);
   observed[5] += cv::Point2d(25.0, -10.0);
   observed[30] += cv::Point2d(-8.0, 30.0);
   cv::Matx33d H;
-  ASSERT_TRUE(finder::FitHomography(places, observed, H));
-  EXPECT_LT(FarthestApart(ObservedBy(H, places), ObservedBy(LeastSquares(places, observed, OBLIQUE), places)),
+  ASSERT_TRUE(finder::FitHomography(gridPoints, observed, H));
+  EXPECT_LT(FarthestApart(ObservedBy(H, gridPoints),
+                          ObservedBy(LeastSquares(gridPoints, observed, OBLIQUE), gridPoints)),
             1e-7);
 }
 
 /// The last digits of centres far from the origin count as well.
 TEST(Homography, TakesPointsAsTheyAre) {
-  const Points places = Places({4, 11});
-  const Points observed = ObservedBy(cv::Matx33d(24.0, 0.0, 1e5, 0.0, 24.0, 1e5, 0.0, 0.0, 1.0), places);
+  const Points gridPoints = GridPoints({4, 11});
+  const Points observed = ObservedBy(cv::Matx33d(24.0, 0.0, 1e5, 0.0, 24.0, 1e5, 0.0, 0.0, 1.0), gridPoints);
   cv::Matx33d H;
-  ASSERT_TRUE(finder::FitHomography(places, observed, H));
-  EXPECT_LT(FarthestApart(ObservedBy(H, places), observed), 1e-8);
+  ASSERT_TRUE(finder::FitHomography(gridPoints, observed, H));
+  EXPECT_LT(FarthestApart(ObservedBy(H, gridPoints), observed), 1e-8);
 }
 
 TEST(Homography, IsNoneOfPointsThatDetermineNone) {
   const cv::Matx33d before = cv::Matx33d::diag({3.0, 4.0, 5.0});
   cv::Matx33d H = before;
-  const Points places = Places({4, 11});
-  const Points observed = ObservedBy(OBLIQUE, places);
+  const Points gridPoints = GridPoints({4, 11});
+  const Points observed = ObservedBy(OBLIQUE, gridPoints);
   EXPECT_FALSE(finder::FitHomography({}, {}, H));
-  EXPECT_FALSE(
-      finder::FitHomography({places[0], places[1], places[9]}, {observed[0], observed[1], observed[9]}, H));
+  EXPECT_FALSE(finder::FitHomography({gridPoints[0], gridPoints[1], gridPoints[9]},
+                                     {observed[0], observed[1], observed[9]}, H));
   Points line;
   for (int k = 0; k < 20; ++k) line.emplace_back(2.0 * k, 3.0 * k + 1.0);
   EXPECT_FALSE(finder::FitHomography(line, ObservedBy(OBLIQUE, line), H));
   EXPECT_FALSE(
       finder::FitHomography(Points(9, {3.0, 4.0}), Points(observed.begin(), observed.begin() + 9), H));
-  EXPECT_FALSE(finder::FitHomography(places, Points(places.size(), {300.0, 200.0}), H));
+  EXPECT_FALSE(finder::FitHomography(gridPoints, Points(gridPoints.size(), {300.0, 200.0}), H));
   for (const double value :
        {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity(), 1e300}) {
     Points broken = observed;
     broken[7].y = value;
-    EXPECT_FALSE(finder::FitHomography(places, broken, H)) << value;
+    EXPECT_FALSE(finder::FitHomography(gridPoints, broken, H)) << value;
   }
   EXPECT_EQ(H, before);
 }

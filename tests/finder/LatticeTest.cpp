@@ -6,8 +6,8 @@
 #include <numeric>
 #include <set>
 
+#include "finder/Labelling.h"
 #include "finder/Pattern.h"
-#include "finder/Placement.h"
 
 using namespace velmora;
 
@@ -22,11 +22,12 @@ const cv::Size GRID(4, 11);
 const cv::Size FRAME_SIZE(640, 480);
 const cv::Matx33d PERSPECTIVE(38.0, 6.0, 120.0, -9.0, 30.0, 100.0, 0.01, 0.012, 1.0);
 
-/// Candidates where a view of the places has them.
-std::vector<Candidate> Observed(const std::vector<cv::Point>& places, const cv::Matx33d& H = PERSPECTIVE) {
+/// Candidates where a view of the grid indices has them.
+std::vector<Candidate> Observed(const std::vector<cv::Point>& gridIndices,
+                                const cv::Matx33d& H = PERSPECTIVE) {
   std::vector<Candidate> candidates;
-  for (const cv::Point& place : places) {
-    const cv::Vec3d p = H * cv::Vec3d(place.x, place.y, 1.0);
+  for (const cv::Point& gridIndex : gridIndices) {
+    const cv::Vec3d p = H * cv::Vec3d(gridIndex.x, gridIndex.y, 1.0);
     candidates.push_back({{p[0] / p[2], p[1] / p[2]}, 9.0 / p[2], 5});
   }
   return candidates;
@@ -51,11 +52,11 @@ std::vector<int> InOrder() {
 }
 
 TEST(Lattice, GrowsOverAWholeGridInPerspective) {
-  const Lattice lattice = Grown(Observed(finder::PatternPlaces(GRID)));
+  const Lattice lattice = Grown(Observed(finder::PatternIndices(GRID)));
   ASSERT_EQ(lattice.points.size(), 44U);
-  std::set<std::pair<int, int>> places;
-  for (const auto& point : lattice.points) places.insert({point.place.x, point.place.y});
-  EXPECT_EQ(places.size(), 44U);
+  std::set<std::pair<int, int>> gridIndices;
+  for (const auto& point : lattice.points) gridIndices.insert({point.gridIndex.x, point.gridIndex.y});
+  EXPECT_EQ(gridIndices.size(), 44U);
 }
 
 TEST(Lattice, OfPointsStrewnAtRandomIsNotRegular) {
@@ -72,12 +73,12 @@ TEST(Lattice, OfPointsStrewnAtRandomIsNotRegular) {
     return false;
   });
   EXPECT_EQ(offered, 0);
-  const std::vector<Candidate> grid = Observed(finder::PatternPlaces(GRID));
+  const std::vector<Candidate> grid = Observed(finder::PatternIndices(GRID));
   EXPECT_LT(finder::Irregularity(Grown(grid), CandidateIndex(grid, FRAME_SIZE)), 0.02);
 }
 
 TEST(Lattice, SearchEndsWhenItsEffortIsSpent) {
-  const CandidateIndex index(Observed(finder::PatternPlaces(GRID)), FRAME_SIZE);
+  const CandidateIndex index(Observed(finder::PatternIndices(GRID)), FRAME_SIZE);
   Effort effort{300};
   EXPECT_FALSE(finder::SearchLattices(index, 44, 400, effort, [](const Lattice&) { return true; }));
 }
@@ -86,12 +87,12 @@ TEST(Lattice, GrownAtAnyAngleHasEveryDiscWhereItBelongs) {
   for (double angle = 0.0; angle < 6.0; angle += 0.5) {
     const cv::Matx33d rotation(28.0 * std::cos(angle), -28.0 * std::sin(angle), 320.0, 28.0 * std::sin(angle),
                                28.0 * std::cos(angle), 240.0, 0.0, 0.0, 1.0);
-    const Lattice lattice = Grown(Observed(finder::PatternPlaces(GRID), rotation));
+    const Lattice lattice = Grown(Observed(finder::PatternIndices(GRID), rotation));
     Effort effort{1000000};
-    const finder::Placement placement = finder::PlacePattern(lattice, GRID, 2, effort);
-    EXPECT_EQ(placement.discs, InOrder()) << angle;
-    EXPECT_EQ(placement.covered, 44);
-    EXPECT_LE(placement.secondBest, 42);
+    const finder::Labelling labelling = finder::LabelPattern(lattice, GRID, 2, effort);
+    EXPECT_EQ(labelling.discs, InOrder()) << angle;
+    EXPECT_EQ(labelling.covered, 44);
+    EXPECT_LE(labelling.secondBest, 42);
   }
 }
 

@@ -12,7 +12,7 @@ using namespace velmora;
 
 namespace {
 
-using finder::PlacedDiscs;
+using finder::LabelledDiscs;
 using finder::SheetPlane;
 using unit::FLAT_GRID;
 using unit::FLAT_RADIUS;
@@ -40,15 +40,15 @@ struct OneMissing {
   }
 
   cv::Mat picture;
-  PlacedDiscs discs;
+  LabelledDiscs discs;
 };
 
 TEST(MissingDiscs, AreRecoveredWhereTheyAreAndNowhereElse) {
   cv::Mat picture = unit::FlatGrid(FLAT_GRID, 0.4, FLAT_STEP);
   cv::circle(picture, InFlatGrid({3, 3}), 12, cv::Scalar(PAPER), cv::FILLED);
-  PlacedDiscs discs = unit::FlatDiscs();
+  LabelledDiscs discs = unit::FlatDiscs();
   const size_t shown = 20;
-  ASSERT_EQ(discs.places[AT_3_3], cv::Point(3, 3));
+  ASSERT_EQ(discs.gridIndices[AT_3_3], cv::Point(3, 3));
   discs.radii[shown] = discs.radii[AT_3_3] = 0.0;
   const cv::Point2d truth = discs.centres[shown];
   discs.centres[shown] = {};
@@ -80,7 +80,7 @@ TEST(MissingDiscs, AreNoSpotsOfAnotherSize) {
   EXPECT_TRUE(usual.Recovers());
 }
 
-TEST(MissingDiscs, AreNoSpotsBesideTheirPlaces) {
+TEST(MissingDiscs, AreNoSpotsBesideTheirPositions) {
   OneMissing one;
   one.Paint({9, 0}, 6, 25);
   EXPECT_FALSE(one.Recovers());
@@ -97,7 +97,7 @@ TEST(MissingDiscs, AreNoFaintSpots) {
 }
 
 TEST(MissingDiscs, StayMissingBeyondThePicture) {
-  PlacedDiscs discs = unit::FlatDiscs();
+  LabelledDiscs discs = unit::FlatDiscs();
   const cv::Mat whole = unit::FlatGrid(FLAT_GRID, 0.4, FLAT_STEP);
   for (const size_t disc : {size_t{40}, size_t{41}}) discs.radii[disc] = 0.0;
   const cv::Mat part = whole(cv::Rect(0, 0, whole.cols, cvRound(InFlatGrid({0, 10}).y) - 20)).clone();
@@ -119,7 +119,7 @@ TEST(MissingDiscs, AreOutsideAtEachOfTheEdges) {
                                     std::pair(cv::Point2d(297.5 - FLAT_RADIUS, 60.0), false),
                                     std::pair(cv::Point2d(60.0, 358.5 - FLAT_RADIUS), true),
                                     std::pair(cv::Point2d(60.0, 357.5 - FLAT_RADIUS), false)}) {
-    PlacedDiscs discs = unit::FlatDiscs();
+    LabelledDiscs discs = unit::FlatDiscs();
     for (cv::Point2d& centre : discs.centres) centre += at - first;
     discs.radii[0] = 0.0;
     EXPECT_EQ(finder::MissesOutside(unit::PlaneOf(discs), discs, size), outside) << at;
@@ -127,19 +127,19 @@ TEST(MissingDiscs, AreOutsideAtEachOfTheEdges) {
 }
 
 TEST(MissingDiscs, MayBeARowBeyondTheEdge) {
-  const PlacedDiscs discs = unit::FlatDiscs();
+  const LabelledDiscs discs = unit::FlatDiscs();
   const SheetPlane plane = unit::PlaneOf(discs);
   // The flat picture has two steps of room on all sides: 48 pixels, and a row takes 24 + 9.6.
   EXPECT_FALSE(finder::ReachesEdge(plane, discs, {265, 337}));
   EXPECT_FALSE(finder::ReachesEdge(plane, discs, {265 - 14, 337 - 14}));
   EXPECT_TRUE(finder::ReachesEdge(plane, discs, {265 - 16, 337}));
   EXPECT_TRUE(finder::ReachesEdge(plane, discs, {265, 337 - 16}));
-  PlacedDiscs moved = discs;
+  LabelledDiscs moved = discs;
   for (cv::Point2d& centre : moved.centres) centre.x -= 20.0;
   EXPECT_TRUE(finder::ReachesEdge(unit::PlaneOf(moved), moved, {300, 360}));
   // Discs that are missing do not reach anywhere.
-  for (size_t k = 0; k < moved.places.size(); ++k) {
-    if (moved.places[k].x == 0) moved.radii[k] = 0.0;
+  for (size_t k = 0; k < moved.gridIndices.size(); ++k) {
+    if (moved.gridIndices[k].x == 0) moved.radii[k] = 0.0;
   }
   EXPECT_FALSE(finder::ReachesEdge(unit::PlaneOf(moved), moved, {300, 360}));
 }

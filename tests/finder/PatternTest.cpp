@@ -1,4 +1,4 @@
-/// The places of the pattern.
+/// The grid indices of the pattern.
 #include "finder/Pattern.h"
 
 #include <gtest/gtest.h>
@@ -9,8 +9,8 @@ using namespace velmora;
 
 namespace {
 
-TEST(Pattern, HasItsPlacesRowByRow) {
-  EXPECT_EQ(finder::PatternPlaces({2, 3}),
+TEST(Pattern, HasItsIndicesRowByRow) {
+  EXPECT_EQ(finder::PatternIndices({2, 3}),
             (std::vector<cv::Point>{{0, 0}, {2, 0}, {1, 1}, {3, 1}, {0, 2}, {2, 2}}));
 }
 
@@ -29,18 +29,18 @@ TEST(Pattern, HasOneOrderWithAnOddNumberOfRows) {
 TEST(Pattern, OfOneOrderIsNotItselfAfterHalfATurn) {
   for (int columns = 2; columns <= 6; ++columns) {
     for (int rows = 5; rows <= 12; ++rows) {
-      std::set<std::pair<int, int>> places;
+      std::set<std::pair<int, int>> gridIndices;
       int right = 0;
-      for (const cv::Point& place : finder::PatternPlaces({columns, rows})) {
-        places.insert({place.x, place.y});
-        right = std::max(right, place.x);
+      for (const cv::Point& gridIndex : finder::PatternIndices({columns, rows})) {
+        gridIndices.insert({gridIndex.x, gridIndex.y});
+        right = std::max(right, gridIndex.x);
       }
       // All shifts of the turned pattern by up to a step.
       int most = 0;
       for (int x = -1; x <= 1; ++x) {
         int covered = 0;
-        for (const auto& [column, row] : places)
-          covered += static_cast<int>(places.count({right - column + x, rows - 1 - row}));
+        for (const auto& [column, row] : gridIndices)
+          covered += static_cast<int>(gridIndices.count({right - column + x, rows - 1 - row}));
         most = std::max(most, covered);
       }
       const bool ambiguous = most == columns * rows;
@@ -52,12 +52,12 @@ TEST(Pattern, OfOneOrderIsNotItselfAfterHalfATurn) {
   }
 }
 
-TEST(Pattern, PlacesAreWholeStepsOfItsOwnBase) {
+TEST(Pattern, IndicesAreWholeStepsOfItsOwnBase) {
   std::set<std::pair<int, int>> seen;
-  for (const cv::Point& place : finder::PatternPlaces({5, 9})) {
-    const cv::Point p = finder::LatticePlace(place);
-    EXPECT_EQ(cv::Point(1, 1) * p.x + cv::Point(1, -1) * p.y, place);
-    EXPECT_TRUE(seen.insert({p.x, p.y}).second) << place;
+  for (const cv::Point& gridIndex : finder::PatternIndices({5, 9})) {
+    const cv::Point p = finder::LatticeIndex(gridIndex);
+    EXPECT_EQ(cv::Point(1, 1) * p.x + cv::Point(1, -1) * p.y, gridIndex);
+    EXPECT_TRUE(seen.insert({p.x, p.y}).second) << gridIndex;
   }
 }
 

@@ -12,7 +12,7 @@ using namespace velmora;
 
 namespace {
 
-using finder::PlacedDiscs;
+using finder::LabelledDiscs;
 using finder::SheetPlane;
 using unit::FLAT_GRID;
 using unit::FLAT_RADIUS;
@@ -22,12 +22,12 @@ using unit::InFlatGrid;
 TEST(Refinement, MovesCentresToThoseOfTheDarkness) {
   cv::Mat picture = unit::FlatGrid(FLAT_GRID, 0.4, FLAT_STEP);
   cv::GaussianBlur(picture, picture, {}, 1.5);
-  PlacedDiscs discs = unit::FlatDiscs();
+  LabelledDiscs discs = unit::FlatDiscs();
   const SheetPlane plane = unit::PlaneOf(discs);
   for (cv::Point2d& centre : discs.centres) centre += cv::Point2d(0.8, -0.6);
   finder::RefineDiscs(plane, picture, discs);
-  for (size_t k = 0; k < discs.places.size(); ++k) {
-    EXPECT_LT(cv::norm(discs.centres[k] - InFlatGrid(discs.places[k])), 0.05);
+  for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
+    EXPECT_LT(cv::norm(discs.centres[k] - InFlatGrid(discs.gridIndices[k])), 0.05);
     EXPECT_NEAR(discs.radii[k], FLAT_RADIUS, 0.3);
   }
 }
@@ -57,7 +57,7 @@ cv::Mat Painted(const std::vector<cv::Point2d>& centres, double radius) {
 /// The true centre may be anywhere in its pixel, and the paper of any tone.
 TEST(Refinement, KnowsCentresToHundredthsOfAPixel) {
   for (const cv::Point2d& moved : {cv::Point2d(0.3, 0.0), cv::Point2d(0.0, -0.45), cv::Point2d(0.27, 0.71)}) {
-    PlacedDiscs discs = unit::FlatDiscs();
+    LabelledDiscs discs = unit::FlatDiscs();
     const SheetPlane plane = unit::PlaneOf(discs);
     std::vector<cv::Point2d> truth = discs.centres;
     for (cv::Point2d& centre : truth) centre += moved;
@@ -65,7 +65,7 @@ TEST(Refinement, KnowsCentresToHundredthsOfAPixel) {
     cv::GaussianBlur(Painted(truth, FLAT_RADIUS), picture, {}, 1.0);
     picture = 40 + picture / 2;
     finder::RefineDiscs(plane, picture, discs);
-    for (size_t k = 0; k < discs.places.size(); ++k)
+    for (size_t k = 0; k < discs.gridIndices.size(); ++k)
       EXPECT_LT(cv::norm(discs.centres[k] - truth[k]), 0.02) << moved;
   }
 }
@@ -75,13 +75,13 @@ TEST(Refinement, ReachesLargeDiscsFromPixelsAway) {
   constexpr double LARGE = 0.62;
   cv::Mat picture;
   cv::GaussianBlur(Painted(unit::FlatDiscs().centres, LARGE * FLAT_STEP), picture, {}, 0.7);
-  PlacedDiscs discs = unit::FlatDiscs();
+  LabelledDiscs discs = unit::FlatDiscs();
   std::fill(discs.radii.begin(), discs.radii.end(), LARGE * FLAT_STEP);
   const SheetPlane plane = unit::PlaneOf(discs);
   for (cv::Point2d& centre : discs.centres) centre += cv::Point2d(2.0, 2.0);
   finder::RefineDiscs(plane, picture, discs);
-  for (size_t k = 0; k < discs.places.size(); ++k) {
-    EXPECT_LT(cv::norm(discs.centres[k] - InFlatGrid(discs.places[k])), 0.12) << k;
+  for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
+    EXPECT_LT(cv::norm(discs.centres[k] - InFlatGrid(discs.gridIndices[k])), 0.12) << k;
   }
 }
 
@@ -89,14 +89,14 @@ TEST(Refinement, TakesTheRadiusOfAsMuchDarkness) {
   for (const double share : {0.25, 0.45}) {
     cv::Mat picture = unit::FlatGrid(FLAT_GRID, share, FLAT_STEP);
     cv::GaussianBlur(picture, picture, {}, 1.0);
-    PlacedDiscs discs = unit::FlatDiscs();
+    LabelledDiscs discs = unit::FlatDiscs();
     finder::RefineDiscs(unit::PlaneOf(discs), picture, discs);
     for (const double radius : discs.radii) EXPECT_NEAR(radius, share * FLAT_STEP, 0.15) << share;
   }
 }
 
 TEST(Refinement, LeavesDiscsAloneThatCannotBeTold) {
-  PlacedDiscs discs = unit::FlatDiscs();
+  LabelledDiscs discs = unit::FlatDiscs();
   finder::RefineDiscs(unit::PlaneOf(discs), cv::Mat(360, 300, CV_8UC1, cv::Scalar(100)), discs);
   EXPECT_EQ(discs.centres, unit::FlatDiscs().centres);
   EXPECT_EQ(discs.radii, unit::FlatDiscs().radii);
@@ -107,7 +107,7 @@ TEST(Refinement, MovesNoCentreFar) {
   const cv::Point2d at = unit::FlatDiscs().centres[17];
   cv::Mat picture(360, 300, CV_8UC1, cv::Scalar(235));
   picture(cv::Rect(cvRound(at.x) - 4, cvRound(at.y) - 12, 20, 25)).setTo(25);
-  PlacedDiscs discs = unit::FlatDiscs();
+  LabelledDiscs discs = unit::FlatDiscs();
   finder::RefineDiscs(unit::PlaneOf(discs), picture, discs);
   EXPECT_EQ(discs.centres[17], at);
   EXPECT_EQ(discs.radii[17], FLAT_RADIUS);

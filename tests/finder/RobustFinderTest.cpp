@@ -167,8 +167,8 @@ TEST(RobustFinder, SaysWhyItFoundNothing) {
 
 TEST(RobustFinder, SaysThatCirclesAreTooSmall) {
   cv::Mat dots(480, 640, CV_8UC1, cv::Scalar(235));
-  for (const cv::Point& place : finder::PatternPlaces(unit::GRID)) {
-    dots(cv::Rect(100 + 6 * place.x, 100 + 6 * place.y, 2, 1)).setTo(25);
+  for (const cv::Point& gridIndex : finder::PatternIndices(unit::GRID)) {
+    dots(cv::Rect(100 + 6 * gridIndex.x, 100 + 6 * gridIndex.y, 2, 1)).setTo(25);
   }
   EXPECT_EQ(FaultOf(dots), GridFault::CirclesTooSmall);
 }

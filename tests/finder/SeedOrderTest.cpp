@@ -19,8 +19,8 @@ TEST(SeedOrder, PutsTheInsideOfAPatternBeforeStrewnSpots) {
   for (int k = 0; k < 100; ++k) {
     candidates.push_back({{random.uniform(300.0, 635.0), random.uniform(5.0, 475.0)}, 5.0, 9});
   }
-  for (const cv::Point& place : finder::PatternPlaces(unit::GRID)) {
-    candidates.push_back({{30.0 + 24.0 * place.x, 30.0 + 24.0 * place.y}, 9.0, 3});
+  for (const cv::Point& gridIndex : finder::PatternIndices(unit::GRID)) {
+    candidates.push_back({{30.0 + 24.0 * gridIndex.x, 30.0 + 24.0 * gridIndex.y}, 9.0, 3});
   }
   const finder::CandidateIndex index(candidates, cv::Size(640, 480));
   finder::Effort effort{100000};
@@ -33,14 +33,14 @@ TEST(SeedOrder, PutsTheInsideOfAPatternBeforeStrewnSpots) {
 cv::Mat AmongSpots(int count, std::uint64_t seed) {
   const cv::Mat sheet = unit::FlatGrid(unit::GRID, 0.4, 20.0);
   cv::Mat picture(480, 640, CV_8UC1, cv::Scalar(235));
-  const cv::Rect place(200, 100, sheet.cols, sheet.rows);
+  const cv::Rect gridIndex(200, 100, sheet.cols, sheet.rows);
   cv::RNG random(seed);
   for (int k = 0; k < count; ++k) {
     const cv::Point2d at(random.uniform(8.0, 632.0), random.uniform(8.0, 472.0));
     const double radius = random.uniform(2.0, 6.0);
     cv::circle(picture, at * 16.0, cvRound(16.0 * radius), cv::Scalar(5), cv::FILLED, cv::LINE_AA, 4);
   }
-  sheet.copyTo(picture(place));
+  sheet.copyTo(picture(gridIndex));
   cv::GaussianBlur(picture, picture, cv::Size(), 0.7);
   return picture;
 }

@@ -1,4 +1,4 @@
-/// The shapes of spots on the grid's places.
+/// The shapes of spots at the grid's points.
 #include "finder/Shape.h"
 
 #include <gtest/gtest.h>
@@ -15,13 +15,14 @@ constexpr double STEP = 40.0;
 constexpr double MARGIN = 80.0;
 const cv::Size GRID(4, 11);
 
-/// A sheet with a spot of so many corners, or of none, on each place; the plane and its spots.
+/// A sheet with a spot of that number of corners, or of none, at each grid point; its projection and its
+/// spots.
 struct Sheet {
   explicit Sheet(int corners, double radius = 16.0) : picture(560, 480, CV_8UC1, cv::Scalar(235)) {
     discs.grid = GRID;
-    discs.places = finder::PatternPlaces(GRID);
-    for (const cv::Point& place : discs.places) {
-      const cv::Point2d at(MARGIN + STEP * place.x, MARGIN + STEP * place.y);
+    discs.gridIndices = finder::PatternIndices(GRID);
+    for (const cv::Point& gridIndex : discs.gridIndices) {
+      const cv::Point2d at(MARGIN + STEP * gridIndex.x, MARGIN + STEP * gridIndex.y);
       discs.centres.push_back(at);
       discs.radii.push_back(radius);
       std::vector<cv::Point> outline;
@@ -47,7 +48,7 @@ struct Sheet {
   }
 
   cv::Mat picture;
-  finder::PlacedDiscs discs;
+  finder::LabelledDiscs discs;
 };
 
 TEST(Shape, OfDiscsHasNoHarmonicMoments) {

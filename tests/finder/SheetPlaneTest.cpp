@@ -10,7 +10,7 @@ using namespace velmora;
 
 namespace {
 
-using finder::PlacedDiscs;
+using finder::LabelledDiscs;
 using finder::SheetPlane;
 using unit::FLAT_STEP;
 using unit::Wide;
@@ -19,35 +19,35 @@ using unit::Wide;
 /// directions, weighted by the length of a step.
 class BendByElimination {
  public:
-  BendByElimination(const SheetPlane& plane, const PlacedDiscs& discs, int degree)
+  BendByElimination(const SheetPlane& plane, const LabelledDiscs& discs, int degree)
       : degree_(degree), size_(2.0 * discs.grid.width - 1.0, discs.grid.height - 1.0), plane_(plane) {
     const size_t terms = TermsAt({0.0, 0.0}).size();
     unit::WideEquations equations(terms, 2, 1e-9L);
-    for (size_t k = 0; k < discs.places.size(); ++k) {
+    for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
       if (!discs.Has(k)) continue;
-      const cv::Point2d off = discs.centres[k] - plane.Project(discs.places[k]);
-      const Wide step = plane.Step(discs.places[k]);
-      equations.Add(TermsAt(discs.places[k]), {off.x, off.y}, 1.0L / (step * step));
+      const cv::Point2d off = discs.centres[k] - plane.Project(discs.gridIndices[k]);
+      const Wide step = plane.Step(discs.gridIndices[k]);
+      equations.Add(TermsAt(discs.gridIndices[k]), {off.x, off.y}, 1.0L / (step * step));
     }
     equations_ = equations;
     bend_ = equations.Solve();
   }
 
-  cv::Point2d Predict(const cv::Point2d& place) const {
-    const std::vector<Wide> terms = TermsAt(place);
+  cv::Point2d Predict(const cv::Point2d& gridIndex) const {
+    const std::vector<Wide> terms = TermsAt(gridIndex);
     Wide x = 0.0L;
     Wide y = 0.0L;
     for (size_t k = 0; k < terms.size(); ++k) {
       x += terms[k] * bend_[k][0];
       y += terms[k] * bend_[k][1];
     }
-    return plane_.Project(place) + cv::Point2d(static_cast<double>(x), static_cast<double>(y));
+    return plane_.Project(gridIndex) + cv::Point2d(static_cast<double>(x), static_cast<double>(y));
   }
 
   /// How much of its own offset a disc puts into the fit.
-  double Leverage(const cv::Point2d& place) const {
-    const std::vector<Wide> terms = TermsAt(place);
-    const Wide weight = 1.0L / static_cast<Wide>(plane_.Step(place));
+  double Leverage(const cv::Point2d& gridIndex) const {
+    const std::vector<Wide> terms = TermsAt(gridIndex);
+    const Wide weight = 1.0L / static_cast<Wide>(plane_.Step(gridIndex));
     unit::WideEquations equations = equations_;
     equations.Replace(terms);
     Wide leverage = 0.0L;
@@ -57,9 +57,9 @@ class BendByElimination {
   }
 
  private:
-  std::vector<Wide> TermsAt(const cv::Point2d& place) const {
-    const Wide u = (place.x - 0.5 * size_.x) / (0.5 * size_.x);
-    const Wide v = (place.y - 0.5 * size_.y) / (0.5 * size_.y);
+  std::vector<Wide> TermsAt(const cv::Point2d& gridIndex) const {
+    const Wide u = (gridIndex.x - 0.5 * size_.x) / (0.5 * size_.x);
+    const Wide v = (gridIndex.y - 0.5 * size_.y) / (0.5 * size_.y);
     std::vector<Wide> terms;
     for (int ofU = 0; ofU <= degree_; ++ofU) {
       for (int ofV = 0; ofU + ofV <= degree_; ++ofV) terms.push_back(std::pow(u, ofU) * std::pow(v, ofV));
@@ -74,21 +74,21 @@ class BendByElimination {
   unit::WideMatrix bend_;
 };
 
-TEST(SheetPlane, ProjectsAndPredictsPlaces) {
-  PlacedDiscs discs = unit::FlatDiscs();
+TEST(SheetPlane, ProjectsAndPredictsGridPoints) {
+  LabelledDiscs discs = unit::FlatDiscs();
   SheetPlane plane;
   ASSERT_TRUE(plane.Fit(discs));
   EXPECT_LT(cv::norm(plane.Project({3.0, 5.0}) - unit::InFlatGrid({3, 5})), 1e-6);
   EXPECT_NEAR(plane.Step({3.0, 5.0}), FLAT_STEP, 1e-6);
   discs = unit::BentDiscs();
   ASSERT_TRUE(plane.Fit(discs));
-  for (size_t k = 0; k < discs.places.size(); ++k) {
-    EXPECT_LT(cv::norm(plane.Predict(discs.places[k]) - discs.centres[k]), 0.02 * FLAT_STEP);
+  for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
+    EXPECT_LT(cv::norm(plane.Predict(discs.gridIndices[k]) - discs.centres[k]), 0.02 * FLAT_STEP);
   }
 }
 
 TEST(SheetPlane, IsNoneThroughTooFewOrMirroredDiscs) {
-  PlacedDiscs discs = unit::FlatDiscs();
+  LabelledDiscs discs = unit::FlatDiscs();
   std::fill(discs.radii.begin() + 6, discs.radii.end(), 0.0);
   SheetPlane plane;
   EXPECT_FALSE(plane.Fit(discs));
@@ -98,9 +98,9 @@ TEST(SheetPlane, IsNoneThroughTooFewOrMirroredDiscs) {
 }
 
 /// Discs of a grid of any size, seen at a slant, that are off the plane by what a lens and chance do.
-PlacedDiscs DiscsOffPlane(const cv::Size& grid, double chance) {
+LabelledDiscs DiscsOffPlane(const cv::Size& grid, double chance) {
   const cv::Matx33d H(38.0, 6.0, 120.0, -9.0, 26.0, 100.0, 0.01, 0.03, 1.0);
-  PlacedDiscs discs = unit::DiscsProjectedBy(H, grid);
+  LabelledDiscs discs = unit::DiscsProjectedBy(H, grid);
   cv::RNG random(21);
   const cv::Point2d middle = discs.centres[discs.centres.size() / 2];
   for (cv::Point2d& centre : discs.centres) {
@@ -121,17 +121,17 @@ TEST(SheetPlane, PredictsAndScalesResidualsAsEliminationDoes) {
   for (const auto& wanted : cases) {
     for (const double chance : {0.0, 0.5, 3.0}) {
       SCOPED_TRACE(testing::Message() << wanted.grid << wanted.missing << ", " << chance);
-      PlacedDiscs discs = DiscsOffPlane(wanted.grid, chance);
+      LabelledDiscs discs = DiscsOffPlane(wanted.grid, chance);
       for (size_t k = 0; k < wanted.missing; ++k) discs.radii[2 * k + 1] = 0.0;
       SheetPlane plane;
       ASSERT_TRUE(plane.Fit(discs));
       const BendByElimination bend(plane, discs, wanted.degree);
-      for (size_t k = 0; k < discs.places.size(); ++k) {
-        const cv::Point2d place = discs.places[k];
-        EXPECT_LT(cv::norm(plane.Predict(place) - bend.Predict(place)), 1e-8) << k;
+      for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
+        const cv::Point2d gridIndex = discs.gridIndices[k];
+        EXPECT_LT(cv::norm(plane.Predict(gridIndex) - bend.Predict(gridIndex)), 1e-8) << k;
         if (!discs.Has(k)) continue;
-        const double off = cv::norm(discs.centres[k] - bend.Predict(place)) / plane.Step(place);
-        const double residual = off / std::sqrt(std::max(0.01, 1.0 - bend.Leverage(place)));
+        const double off = cv::norm(discs.centres[k] - bend.Predict(gridIndex)) / plane.Step(gridIndex);
+        const double residual = off / std::sqrt(std::max(0.01, 1.0 - bend.Leverage(gridIndex)));
         EXPECT_NEAR(plane.ScaledResidual(discs, k), residual, 1e-8) << k;
       }
     }
@@ -139,24 +139,24 @@ TEST(SheetPlane, PredictsAndScalesResidualsAsEliminationDoes) {
 }
 
 TEST(SheetPlane, HasTheSlopeOfItsProjection) {
-  const PlacedDiscs discs = DiscsOffPlane({4, 11}, 0.3);
+  const LabelledDiscs discs = DiscsOffPlane({4, 11}, 0.3);
   const SheetPlane plane = unit::PlaneOf(discs);
   constexpr double LITTLE = 1e-5;
-  for (const cv::Point& at : discs.places) {
-    const cv::Point2d place = at;
-    const cv::Point2d ofX =
-        plane.Project(place + cv::Point2d(LITTLE, 0.0)) - plane.Project(place - cv::Point2d(LITTLE, 0.0));
-    const cv::Point2d ofY =
-        plane.Project(place + cv::Point2d(0.0, LITTLE)) - plane.Project(place - cv::Point2d(0.0, LITTLE));
+  for (const cv::Point& at : discs.gridIndices) {
+    const cv::Point2d gridIndex = at;
+    const cv::Point2d ofX = plane.Project(gridIndex + cv::Point2d(LITTLE, 0.0)) -
+                            plane.Project(gridIndex - cv::Point2d(LITTLE, 0.0));
+    const cv::Point2d ofY = plane.Project(gridIndex + cv::Point2d(0.0, LITTLE)) -
+                            plane.Project(gridIndex - cv::Point2d(0.0, LITTLE));
     const cv::Matx22d slope = cv::Matx22d(ofX.x, ofY.x, ofX.y, ofY.y) * (0.5 / LITTLE);
-    EXPECT_LT(cv::norm(plane.Slope(place) - slope), 1e-6) << at;
-    EXPECT_NEAR(plane.Step(place), std::sqrt(cv::determinant(slope)), 1e-6) << at;
+    EXPECT_LT(cv::norm(plane.Slope(gridIndex) - slope), 1e-6) << at;
+    EXPECT_NEAR(plane.Step(gridIndex), std::sqrt(cv::determinant(slope)), 1e-6) << at;
   }
 }
 
 TEST(SheetPlane, IsNoneThroughDiscsThatAreNotFiniteOrOfBothSides) {
   SheetPlane plane;
-  PlacedDiscs discs = unit::FlatDiscs();
+  LabelledDiscs discs = unit::FlatDiscs();
   discs.centres[9].x = std::nan("");
   EXPECT_FALSE(plane.Fit(discs));
   // The far rows lie behind the camera.
@@ -166,7 +166,7 @@ TEST(SheetPlane, IsNoneThroughDiscsThatAreNotFiniteOrOfBothSides) {
 
 /// The bend is fitted anew, the plane is not.
 TEST(SheetPlane, KeepsItsPlaneWhenTheBendIsFittedAlone) {
-  PlacedDiscs discs = unit::FlatDiscs();
+  LabelledDiscs discs = unit::FlatDiscs();
   SheetPlane plane = unit::PlaneOf(discs);
   for (cv::Point2d& centre : discs.centres) centre += cv::Point2d(2.0, -1.0);
   ASSERT_TRUE(plane.FitBend(discs));
@@ -174,21 +174,22 @@ TEST(SheetPlane, KeepsItsPlaneWhenTheBendIsFittedAlone) {
   EXPECT_LT(cv::norm(plane.Predict({3.0, 5.0}) - unit::InFlatGrid({3, 5}) - cv::Point2d(2.0, -1.0)), 1e-6);
 }
 
-TEST(PlacedDiscs, AreFoundByTheirPlaces) {
-  PlacedDiscs discs = unit::FlatDiscs();
-  for (size_t k = 0; k < discs.places.size(); ++k) EXPECT_EQ(discs.At(discs.places[k]), static_cast<int>(k));
+TEST(LabelledDiscs, AreFoundByTheirPositions) {
+  LabelledDiscs discs = unit::FlatDiscs();
+  for (size_t k = 0; k < discs.gridIndices.size(); ++k)
+    EXPECT_EQ(discs.At(discs.gridIndices[k]), static_cast<int>(k));
   for (const cv::Point& none :
        {cv::Point(1, 0), cv::Point(0, 1), cv::Point(-1, 1), cv::Point(8, 0), cv::Point(9, 1),
         cv::Point(0, -2), cv::Point(0, 11), cv::Point(1, 11), cv::Point(-2, 0)}) {
     EXPECT_EQ(discs.At(none), -1) << none;
   }
   discs.radii[13] = 0.0;
-  EXPECT_EQ(discs.At(discs.places[13]), -1);
+  EXPECT_EQ(discs.At(discs.gridIndices[13]), -1);
   EXPECT_EQ(discs.Missing(), 1);
 }
 
-TEST(PlacedDiscs, HaveTheMedianRadiusOfThoseThatAreKnown) {
-  PlacedDiscs discs = unit::FlatDiscs();
+TEST(LabelledDiscs, HaveTheMedianRadiusOfThoseThatAreKnown) {
+  LabelledDiscs discs = unit::FlatDiscs();
   std::fill(discs.radii.begin(), discs.radii.end(), 0.0);
   EXPECT_EQ(discs.MedianRadius(), 0.0);
   discs.radii[3] = 9.0;

@@ -1,4 +1,4 @@
-/// What the discs around a place say about it.
+/// What the discs around a grid point say about it.
 #include "finder/Surroundings.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@ using namespace velmora;
 namespace {
 
 using finder::ExpectedDisc;
-using finder::PlacedDiscs;
+using finder::LabelledDiscs;
 using finder::SheetPlane;
 using unit::FLAT_GRID;
 using unit::FLAT_RADIUS;
@@ -23,17 +23,17 @@ using unit::Wide;
 
 constexpr size_t MIDDLE = 21;
 
-bool Expect(const PlacedDiscs& discs, size_t k, ExpectedDisc& expected) {
+bool Expect(const LabelledDiscs& discs, size_t k, ExpectedDisc& expected) {
   return finder::ExpectDisc(unit::PlaneOf(discs), discs, k, expected);
 }
 
-/// Discs whose centres are polynomials of second degree of their places, and whose radii grow by a share a
-/// step.
-PlacedDiscs CurvedDiscs() {
-  PlacedDiscs discs = unit::FlatDiscs();
-  for (size_t k = 0; k < discs.places.size(); ++k) {
-    const double x = discs.places[k].x;
-    const double y = discs.places[k].y;
+/// Discs whose centres are polynomials of second degree of their grid indices, and whose radii grow by a
+/// share a step.
+LabelledDiscs CurvedDiscs() {
+  LabelledDiscs discs = unit::FlatDiscs();
+  for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
+    const double x = discs.gridIndices[k].x;
+    const double y = discs.gridIndices[k].y;
     discs.centres[k] = {100.0 + 30.0 * x + 2.0 * y + 0.3 * x * x - 0.2 * x * y + 0.1 * y * y,
                         60.0 - 3.0 * x + 26.0 * y - 0.1 * x * x + 0.25 * x * y - 0.15 * y * y};
     discs.radii[k] = 8.0 * std::exp(0.03 * x - 0.02 * y);
@@ -41,13 +41,13 @@ PlacedDiscs CurvedDiscs() {
   return discs;
 }
 
-TEST(Surroundings, ContinueTheDiscsAroundAPlace) {
-  const PlacedDiscs discs = CurvedDiscs();
-  for (size_t k = 0; k < discs.places.size(); ++k) {
+TEST(Surroundings, ContinueTheDiscsAroundAGridPoint) {
+  const LabelledDiscs discs = CurvedDiscs();
+  for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
     ExpectedDisc expected;
     ASSERT_TRUE(Expect(discs, k, expected)) << k;
-    const double x = discs.places[k].x;
-    const double y = discs.places[k].y;
+    const double x = discs.gridIndices[k].x;
+    const double y = discs.gridIndices[k].y;
     EXPECT_LT(cv::norm(expected.centre - discs.centres[k]), 1e-5) << k;
     const cv::Matx22d slope(30.0 + 0.6 * x - 0.2 * y, 2.0 - 0.2 * x + 0.2 * y, -3.0 - 0.2 * x + 0.25 * y,
                             26.0 + 0.25 * x - 0.3 * y);
@@ -57,7 +57,7 @@ TEST(Surroundings, ContinueTheDiscsAroundAPlace) {
 }
 
 TEST(Surroundings, TakeNoWordFromTheDiscItself) {
-  PlacedDiscs discs = CurvedDiscs();
+  LabelledDiscs discs = CurvedDiscs();
   const SheetPlane plane = unit::PlaneOf(discs);
   ExpectedDisc before;
   ASSERT_TRUE(finder::ExpectDisc(plane, discs, MIDDLE, before));
@@ -70,9 +70,9 @@ TEST(Surroundings, TakeNoWordFromTheDiscItself) {
 }
 
 TEST(Surroundings, HardlyListenToOneThatDisagrees) {
-  PlacedDiscs discs = unit::FlatDiscs();
+  LabelledDiscs discs = unit::FlatDiscs();
   const SheetPlane plane = unit::PlaneOf(discs);
-  const int neighbour = discs.At(discs.places[MIDDLE] + cv::Point(1, 1));
+  const int neighbour = discs.At(discs.gridIndices[MIDDLE] + cv::Point(1, 1));
   ASSERT_GE(neighbour, 0);
   discs.centres[static_cast<size_t>(neighbour)] += cv::Point2d(0.4 * FLAT_STEP, 0.2 * FLAT_STEP);
   ExpectedDisc expected;
@@ -81,12 +81,12 @@ TEST(Surroundings, HardlyListenToOneThatDisagrees) {
 }
 
 TEST(Surroundings, SayNothingWhenTheyAreTooFewOrTooLarge) {
-  PlacedDiscs discs = unit::FlatDiscs();
+  LabelledDiscs discs = unit::FlatDiscs();
   const SheetPlane plane = unit::PlaneOf(discs);
   ExpectedDisc expected;
   int known = 0;
-  for (size_t k = 0; k < discs.places.size(); ++k) {
-    const cv::Point apart = discs.places[k] - discs.places[MIDDLE];
+  for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
+    const cv::Point apart = discs.gridIndices[k] - discs.gridIndices[MIDDLE];
     const bool near = k != MIDDLE && std::max(std::abs(apart.x), std::abs(apart.y)) <= 4;
     if (near && ++known > 8) discs.radii[k] = 0.0;
   }
@@ -98,24 +98,24 @@ TEST(Surroundings, SayNothingWhenTheyAreTooFewOrTooLarge) {
 }
 
 /// Squares weighted by how far off the polynomial each disc was before: four rounds of them, by elimination.
-cv::Vec3d WordByElimination(const SheetPlane& plane, const PlacedDiscs& discs, size_t k) {
+cv::Vec3d WordByElimination(const SheetPlane& plane, const LabelledDiscs& discs, size_t k) {
   struct Neighbour {
     std::vector<Wide> terms, says;
   };
   std::vector<Neighbour> neighbours;
-  for (size_t other = 0; other < discs.places.size(); ++other) {
-    const cv::Point apart = discs.places[other] - discs.places[k];
+  for (size_t other = 0; other < discs.gridIndices.size(); ++other) {
+    const cv::Point apart = discs.gridIndices[other] - discs.gridIndices[k];
     if (other == k || std::abs(apart.x) > 4 || std::abs(apart.y) > 4 || !discs.Has(other)) continue;
     const Wide x = apart.x;
     const Wide y = apart.y;
     neighbours.push_back({{1.0L, x, y, x * x, x * y, y * y},
                           {discs.centres[other].x, discs.centres[other].y, std::log(discs.radii[other])}});
   }
-  const double limit = 0.02 * plane.Step(discs.places[k]);
+  const double limit = 0.02 * plane.Step(discs.gridIndices[k]);
   unit::WideMatrix says(6, std::vector<Wide>(2, 0.0L));
   Wide radius = 0.0L;
   for (int round = 0; round < 4; ++round) {
-    unit::WideEquations places(6, 2, 1e-9L);
+    unit::WideEquations gridIndices(6, 2, 1e-9L);
     unit::WideEquations sizes(3, 1, 1e-9L);
     for (const Neighbour& neighbour : neighbours) {
       Wide square = 0.0L;
@@ -125,10 +125,10 @@ cv::Vec3d WordByElimination(const SheetPlane& plane, const PlacedDiscs& discs, s
         square += left * left / (limit * limit);
       }
       const Wide weight = round == 0 ? 1.0L : 1.0L / (1.0L + square);
-      places.Add(neighbour.terms, {neighbour.says[0], neighbour.says[1]}, weight);
+      gridIndices.Add(neighbour.terms, {neighbour.says[0], neighbour.says[1]}, weight);
       sizes.Add({1.0L, neighbour.terms[1], neighbour.terms[2]}, {neighbour.says[2]}, weight);
     }
-    says = places.Solve();
+    says = gridIndices.Solve();
     radius = std::exp(sizes.Solve()[0][0]);
   }
   return {static_cast<double>(says[0][0]), static_cast<double>(says[0][1]), static_cast<double>(radius)};
@@ -138,7 +138,7 @@ TEST(Surroundings, SayWhatEliminationDoesAtCornersAndWithGapsAndOutliers) {
   const cv::Matx33d H(38.0, 6.0, 120.0, -9.0, 26.0, 100.0, 0.01, 0.03, 1.0);
   cv::RNG random(8);
   for (int trial = 0; trial < 20; ++trial) {
-    PlacedDiscs discs = unit::DiscsProjectedBy(H, FLAT_GRID);
+    LabelledDiscs discs = unit::DiscsProjectedBy(H, FLAT_GRID);
     const SheetPlane plane = unit::PlaneOf(discs);
     for (cv::Point2d& centre : discs.centres)
       centre += cv::Point2d(random.gaussian(0.3), random.gaussian(0.3));
@@ -146,7 +146,7 @@ TEST(Surroundings, SayWhatEliminationDoesAtCornersAndWithGapsAndOutliers) {
     for (int gap = 0; gap < 10; ++gap) discs.radii[static_cast<size_t>(random.uniform(0, 44))] = 0.0;
     discs.centres[static_cast<size_t>(random.uniform(0, 44))].x += 6.0;
     int told = 0;
-    for (size_t k = 0; k < discs.places.size(); ++k) {
+    for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
       ExpectedDisc expected;
       if (!finder::ExpectDisc(plane, discs, k, expected)) continue;
       ++told;
@@ -160,13 +160,13 @@ TEST(Surroundings, SayWhatEliminationDoesAtCornersAndWithGapsAndOutliers) {
 }
 
 TEST(Surroundings, HaveTheMedianContrastOfTheNearestDiscs) {
-  const PlacedDiscs discs = unit::FlatDiscs();
+  const LabelledDiscs discs = unit::FlatDiscs();
   const SheetPlane plane = unit::PlaneOf(discs);
   cv::Mat picture = unit::FlatGrid(FLAT_GRID, 0.4, FLAT_STEP);
   EXPECT_EQ(finder::ContrastAround(plane, picture, discs, MIDDLE), 210.0);
   // Neither the disc itself, nor one of its neighbours, nor far ones change it.
-  for (size_t k = 0; k < discs.places.size(); ++k) {
-    const cv::Point apart = discs.places[k] - discs.places[MIDDLE];
+  for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
+    const cv::Point apart = discs.gridIndices[k] - discs.gridIndices[MIDDLE];
     const bool near = std::max(std::abs(apart.x), std::abs(apart.y)) <= 2;
     if (near && k != MIDDLE && apart != cv::Point(1, 1)) continue;
     cv::circle(picture, discs.centres[k], cvCeil(FLAT_RADIUS), cv::Scalar(135), cv::FILLED);
@@ -175,11 +175,11 @@ TEST(Surroundings, HaveTheMedianContrastOfTheNearestDiscs) {
 }
 
 TEST(Surroundings, HaveNoContrastWithoutDiscs) {
-  PlacedDiscs discs = unit::FlatDiscs();
+  LabelledDiscs discs = unit::FlatDiscs();
   const SheetPlane plane = unit::PlaneOf(discs);
   const cv::Mat picture = unit::FlatGrid(FLAT_GRID, 0.4, FLAT_STEP);
   EXPECT_EQ(finder::ContrastAround(plane, cv::Mat(360, 300, CV_8UC1, cv::Scalar(90)), discs, MIDDLE), 0.0);
-  for (size_t k = 0; k < discs.places.size(); ++k) {
+  for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
     if (k != MIDDLE) discs.radii[k] = 0.0;
   }
   EXPECT_EQ(finder::ContrastAround(plane, picture, discs, MIDDLE), 0.0);

@@ -1,4 +1,4 @@
-/// Finds candidates by place.
+/// Finds candidates by their position in the image.
 #include "finder/CandidateIndex.h"
 
 #include <algorithm>

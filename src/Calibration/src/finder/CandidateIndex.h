@@ -1,4 +1,4 @@
-/// Finds candidates by place.
+/// Finds candidates by their position in the image.
 #pragma once
 
 #include <cmath>
@@ -24,7 +24,7 @@ class CandidateIndex {
   const Candidate& operator[](int k) const { return candidates_[static_cast<size_t>(k)]; }
   int Count() const { return static_cast<int>(candidates_.size()); }
 
-  /// The candidate nearest to a place, within `reach`, of which `wanted(k)` holds; -1 without one.
+  /// The candidate nearest to a point, within `reach`, of which `wanted(k)` holds; -1 without one.
   template <typename Wanted>
   int Nearest(const cv::Point2d& at, double reach, Effort& effort, Wanted wanted) const {
     int best = -1;

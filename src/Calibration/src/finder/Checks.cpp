@@ -1,4 +1,4 @@
-/// What tells the grid from other things that its pattern can be laid on.
+/// What tells the grid from other things that can be labelled like it.
 #include "finder/Checks.h"
 
 #include <algorithm>
@@ -19,8 +19,8 @@ constexpr double OFF_TOGETHER = 0.3;
 constexpr double BEYOND = 0.17;
 /// So many discs around the grid are no accident.
 constexpr int BEYOND_AT_MOST = 3;
-/// Squares of a chessboard cover half of it and touch at their corners: the places between them are half
-/// dark. Between discs of the usual size there is light, but around tiny ones blur tells nothing.
+/// Squares of a chessboard cover half of it and touch at their corners: the gaps between them are half dark.
+/// Between discs of the usual size there is light, but around tiny ones blur tells nothing.
 constexpr double DENSE = 0.2;
 constexpr double DARK_BETWEEN = 0.24;
 
@@ -30,16 +30,16 @@ double Median(std::vector<double>& values) {
   return *middle;
 }
 
-/// The places of the pattern's lattice that touch the grid and are none of it.
-std::set<std::pair<int, int>> PlacesAround(const PlacedDiscs& discs) {
+/// The indices of the pattern's lattice next to the grid that are not part of it.
+std::set<std::pair<int, int>> IndicesAround(const LabelledDiscs& discs) {
   std::set<std::pair<int, int>> own;
-  for (const cv::Point& p : discs.places) own.insert({p.x, p.y});
+  for (const cv::Point& p : discs.gridIndices) own.insert({p.x, p.y});
   std::set<std::pair<int, int>> around;
-  for (const cv::Point& p : discs.places) {
+  for (const cv::Point& p : discs.gridIndices) {
     for (const cv::Point& step : {cv::Point(1, 1), cv::Point(1, -1), cv::Point(-1, 1), cv::Point(-1, -1),
                                   cv::Point(2, 0), cv::Point(-2, 0)}) {
-      const std::pair<int, int> place(p.x + step.x, p.y + step.y);
-      if (own.count(place) == 0) around.insert(place);
+      const std::pair<int, int> gridIndex(p.x + step.x, p.y + step.y);
+      if (own.count(gridIndex) == 0) around.insert(gridIndex);
     }
   }
   return around;
@@ -47,36 +47,37 @@ std::set<std::pair<int, int>> PlacesAround(const PlacedDiscs& discs) {
 
 }  // namespace
 
-bool RejectOutliers(SheetPlane& plane, PlacedDiscs& discs, int atMost) {
+bool RejectOutliers(SheetPlane& plane, LabelledDiscs& discs, int atMost) {
   for (;;) {
     double farthest = OUTLIER;
-    size_t outlier = discs.places.size();
-    for (size_t k = 0; k < discs.places.size(); ++k) {
+    size_t outlier = discs.gridIndices.size();
+    for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
       const double off =
-          discs.Has(k) ? plane.ScaledResidual(discs, k) - 0.5 / plane.Step(discs.places[k]) : 0.0;
+          discs.Has(k) ? plane.ScaledResidual(discs, k) - 0.5 / plane.Step(discs.gridIndices[k]) : 0.0;
       if (off <= farthest) continue;
       farthest = off;
       outlier = k;
     }
-    if (outlier == discs.places.size()) return true;
+    if (outlier == discs.gridIndices.size()) return true;
     // One at a time: the farthest one may be all that is wrong with the others.
     discs.radii[outlier] = 0.0;
     if (discs.Missing() > atMost || !plane.Fit(discs)) return false;
   }
 }
 
-bool LiesOnPlane(const SheetPlane& plane, const PlacedDiscs& discs) {
+bool LiesOnPlane(const SheetPlane& plane, const LabelledDiscs& discs) {
   double sum = 0.0;
-  for (size_t k = 0; k < discs.places.size(); ++k) {
-    const double step = plane.Step(discs.places[k]);
-    const double off = cv::norm(discs.centres[k] - plane.Project(discs.places[k])) / step;
+  for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
+    const double step = plane.Step(discs.gridIndices[k]);
+    const double off = cv::norm(discs.centres[k] - plane.Project(discs.gridIndices[k])) / step;
     if (!(off < FARTHEST_OFF) || plane.ScaledResidual(discs, k) > OUTLIER + 0.5 / step) return false;
     sum += off * off;
   }
-  return std::sqrt(sum / static_cast<double>(discs.places.size())) < OFF_TOGETHER;
+  return std::sqrt(sum / static_cast<double>(discs.gridIndices.size())) < OFF_TOGETHER;
 }
 
-bool GoesOn(const SheetPlane& plane, const PlacedDiscs& discs, const CandidateIndex& index, Effort& effort) {
+bool GoesOn(const SheetPlane& plane, const LabelledDiscs& discs, const CandidateIndex& index,
+            Effort& effort) {
   const double radius = discs.MedianRadius();
   const auto isOwn = [&](int k) {
     return std::any_of(discs.centres.begin(), discs.centres.end(), [&](const cv::Point2d& centre) {
@@ -84,10 +85,10 @@ bool GoesOn(const SheetPlane& plane, const PlacedDiscs& discs, const CandidateIn
     });
   };
   int beyond = 0;
-  for (const auto& [x, y] : PlacesAround(discs)) {
-    const cv::Point place(x, y);
-    const double reach = BEYOND * plane.Step(place) + 0.5;
-    const int found = index.Nearest(plane.Predict(place), reach, effort, [&](int k) {
+  for (const auto& [x, y] : IndicesAround(discs)) {
+    const cv::Point gridIndex(x, y);
+    const double reach = BEYOND * plane.Step(gridIndex) + 0.5;
+    const int found = index.Nearest(plane.Predict(gridIndex), reach, effort, [&](int k) {
       return index[k].radius > 0.65 * radius && index[k].radius < 1.5 * radius && !isOwn(k);
     });
     if (found >= 0) ++beyond;
@@ -95,17 +96,17 @@ bool GoesOn(const SheetPlane& plane, const PlacedDiscs& discs, const CandidateIn
   return beyond > BEYOND_AT_MOST;
 }
 
-bool IsChessboard(const SheetPlane& plane, const PlacedDiscs& discs, const cv::Mat& grey) {
+bool IsChessboard(const SheetPlane& plane, const LabelledDiscs& discs, const cv::Mat& grey) {
   std::vector<double> cover;
   std::vector<double> between;
-  for (size_t k = 0; k < discs.places.size(); ++k) {
-    const cv::Point2d place = discs.places[k];
-    const double step = plane.Step(place);
+  for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
+    const cv::Point2d gridIndex = discs.gridIndices[k];
+    const double step = plane.Step(gridIndex);
     cover.push_back(CV_PI * discs.radii[k] * discs.radii[k] / (2.0 * step * step));
-    const cv::Point2d offset = discs.centres[k] - plane.Project(place);
+    const cv::Point2d offset = discs.centres[k] - plane.Project(gridIndex);
     const double dark = GreyAt(grey, discs.centres[k]);
-    const double light = GreyAt(grey, plane.Project(place + cv::Point2d(1.0, 0.0)) + offset);
-    const double middle = GreyAt(grey, plane.Project(place + cv::Point2d(0.5, 0.5)) + offset);
+    const double light = GreyAt(grey, plane.Project(gridIndex + cv::Point2d(1.0, 0.0)) + offset);
+    const double middle = GreyAt(grey, plane.Project(gridIndex + cv::Point2d(0.5, 0.5)) + offset);
     between.push_back(light - dark > 1.0 ? (light - middle) / (light - dark) : 1.0);
   }
   return Median(cover) > DENSE && Median(between) > DARK_BETWEEN;

@@ -25,7 +25,7 @@ struct DiscWindow {
 };
 
 /// The window of a disc that is not missing: it ends before its neighbours begin.
-DiscWindow WindowOf(const SheetPlane& plane, const PlacedDiscs& discs, size_t k);
+DiscWindow WindowOf(const SheetPlane& plane, const LabelledDiscs& discs, size_t k);
 
 /// The pixels of each row that are in the window.
 std::vector<Span> SpansOf(const DiscWindow& window, const cv::Size& size);

@@ -41,10 +41,10 @@ double Median(std::vector<double> values) {
 enum class Look { InPlace, PutRight, Hidden };
 
 /// The rim of a disc, looked for where the disc was found, in the shape that the sheet has there.
-Rim RimAsFound(const SheetPlane& plane, const cv::Mat& grey, const PlacedDiscs& all, size_t k) {
-  const cv::Point2d place = all.places[k];
+Rim RimAsFound(const SheetPlane& plane, const cv::Mat& grey, const LabelledDiscs& all, size_t k) {
+  const cv::Point2d gridIndex = all.gridIndices[k];
   const auto across = [&](const cv::Point2d& step) {
-    return plane.Predict(place + 0.5 * step) - plane.Predict(place - 0.5 * step);
+    return plane.Predict(gridIndex + 0.5 * step) - plane.Predict(gridIndex - 0.5 * step);
   };
   const cv::Point2d x = across({1.0, 0.0});
   const cv::Point2d y = across({0.0, 1.0});
@@ -60,7 +60,7 @@ Rim RimAsFound(const SheetPlane& plane, const cv::Mat& grey, const PlacedDiscs& 
 /// The rim of a disc, followed when it is asked for first: it stays where it is.
 class OnceFollowed {
  public:
-  const Rim& Of(const SheetPlane& plane, const cv::Mat& grey, const PlacedDiscs& all, size_t k,
+  const Rim& Of(const SheetPlane& plane, const cv::Mat& grey, const LabelledDiscs& all, size_t k,
                 ExpectedDisc expected) {
     if (followed_) return rim_;
     followed_ = true;
@@ -76,11 +76,11 @@ class OnceFollowed {
   Rim rim_;
 };
 
-Look LookAt(const SheetPlane& plane, const cv::Mat& grey, const PlacedDiscs& all, PlacedDiscs& discs,
+Look LookAt(const SheetPlane& plane, const cv::Mat& grey, const LabelledDiscs& all, LabelledDiscs& discs,
             size_t k, double residual, double usual, OnceFollowed& followed) {
   ExpectedDisc expected;
   if (!ExpectDisc(plane, all, k, expected)) return Look::InPlace;
-  // In its place among those around it, whatever shadow is upon it.
+  // Where those around it expect it, whatever shadow is upon it.
   const double off = cv::norm(expected.centre - all.centres[k]);
   if (off < CLOSE) return Look::InPlace;
   const Rim& rim = followed.Of(plane, grey, all, k, expected);
@@ -104,21 +104,21 @@ Look LookAt(const SheetPlane& plane, const cv::Mat& grey, const PlacedDiscs& all
 
 }  // namespace
 
-bool AreWhole(const SheetPlane& flat, const cv::Mat& grey, PlacedDiscs& discs) {
+bool AreWhole(const SheetPlane& flat, const cv::Mat& grey, LabelledDiscs& discs) {
   SheetPlane plane = flat;
-  std::vector<bool> right(discs.places.size(), false);
-  std::vector<OnceFollowed> rims(discs.places.size());
+  std::vector<bool> right(discs.gridIndices.size(), false);
+  std::vector<OnceFollowed> rims(discs.gridIndices.size());
   for (int round = 0; round < ROUNDS; ++round) {
     if (!plane.FitBend(discs)) return false;
     std::vector<double> off;
-    for (size_t k = 0; k < discs.places.size(); ++k) {
-      off.push_back(plane.ScaledResidual(discs, k) * plane.Step(discs.places[k]));
+    for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
+      off.push_back(plane.ScaledResidual(discs, k) * plane.Step(discs.gridIndices[k]));
     }
     const double usual = Median(off);
     const double least = std::max(CLOSE, USUAL * usual);
-    const PlacedDiscs before = discs;
+    const LabelledDiscs before = discs;
     bool moved = false;
-    for (size_t k = 0; k < discs.places.size(); ++k) {
+    for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
       if (off[k] < least || right[k]) continue;
       const Look look = LookAt(plane, grey, before, discs, k, off[k], usual, rims[k]);
       // Later rounds only put right: what is off was assessed among all the others.

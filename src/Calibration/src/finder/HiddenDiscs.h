@@ -10,6 +10,6 @@ namespace velmora::finder {
 /// Looks at each disc, refined before, that is not quite where the others put it: the rim of a whole one goes
 /// all around. Those whose rim has another middle than their darkness get the rim's. False when a part of one
 /// is hidden.
-bool AreWhole(const SheetPlane& plane, const cv::Mat& grey, PlacedDiscs& discs);
+bool AreWhole(const SheetPlane& plane, const cv::Mat& grey, LabelledDiscs& discs);
 
 }  // namespace velmora::finder

@@ -121,7 +121,7 @@ bool FitHomography(const std::vector<cv::Point2d>& from, const std::vector<cv::P
   if (from.size() < 4) return false;
   const Centred plane(from);
   const Centred view(to);
-  // All in one place, or not finite.
+  // All at one point, or not finite.
   if (!plane.points.allFinite() || !view.points.allFinite()) return false;
   Vector9 start;
   if (!Start(plane.points, view.points, start)) return false;

@@ -1,5 +1,5 @@
 /// Grows lattices of candidates: which of them lie where a regular pattern, seen in perspective, has its
-/// places.
+/// points.
 #include "finder/Lattice.h"
 
 #include <algorithm>
@@ -21,9 +21,9 @@ constexpr int BEGINNING = 200;
 constexpr int LAST_LOOK = 50000;
 /// The largest irregularity of a pattern.
 constexpr double REGULAR = 0.07;
-/// Places are -REACH to REACH in both directions.
+/// Lattice indices are -REACH to REACH in both directions.
 constexpr int REACH = 60;
-/// Share of a step that a neighbour may be off its predicted place.
+/// Share of a step that a neighbour may be off its predicted position.
 constexpr double SLACK = 0.32;
 constexpr double SEED_SLACK = 0.22;
 /// Fewer candidates than this are tried in the order in which they come.
@@ -54,33 +54,33 @@ class Growth {
     Put({0, 0}, seed);
     for (int pass = 0; pass < PASSES && !Full(); ++pass) {
       const size_t before = lattice_.points.size();
-      for (size_t k = 0; k < lattice_.points.size() && !Full(); ++k) Extend(lattice_.points[k].place);
+      for (size_t k = 0; k < lattice_.points.size() && !Full(); ++k) Extend(lattice_.points[k].gridIndex);
       if (lattice_.points.size() == before) break;
     }
     Lattice grown;
     std::swap(grown, lattice_);
     for (const LatticePoint& point : grown.points) {
-      at_[Cell(point.place)] = -1;
+      at_[Cell(point.gridIndex)] = -1;
       taken_[static_cast<size_t>(point.candidate)] = false;
     }
     return grown;
   }
 
  private:
-  static size_t Cell(const cv::Point& place) {
-    return static_cast<size_t>((place.y + REACH) * (2 * REACH + 1) + place.x + REACH);
+  static size_t Cell(const cv::Point& gridIndex) {
+    return static_cast<size_t>((gridIndex.y + REACH) * (2 * REACH + 1) + gridIndex.x + REACH);
   }
-  static bool Inside(const cv::Point& place) {
-    return std::abs(place.x) <= REACH && std::abs(place.y) <= REACH;
+  static bool Inside(const cv::Point& gridIndex) {
+    return std::abs(gridIndex.x) <= REACH && std::abs(gridIndex.y) <= REACH;
   }
   bool Full() const { return lattice_.points.size() >= most_ || effort_.Spent(); }
-  int At(const cv::Point& place) const { return Inside(place) ? at_[Cell(place)] : -1; }
+  int At(const cv::Point& gridIndex) const { return Inside(gridIndex) ? at_[Cell(gridIndex)] : -1; }
   const cv::Point2d& Centre(int k) const { return index_[k].centre; }
 
-  void Put(const cv::Point& place, int candidate) {
-    at_[Cell(place)] = candidate;
+  void Put(const cv::Point& gridIndex, int candidate) {
+    at_[Cell(gridIndex)] = candidate;
     taken_[static_cast<size_t>(candidate)] = true;
-    lattice_.points.push_back({place, candidate});
+    lattice_.points.push_back({gridIndex, candidate});
   }
 
   /// `from` is a copy: the list of points that it comes from grows meanwhile.
@@ -100,7 +100,7 @@ class Growth {
     }
   }
 
-  /// The step from a place in a direction, as its surroundings have it.
+  /// The step from a lattice point in a direction, as its surroundings have it.
   cv::Point2d Predict(const cv::Point& from, const cv::Point& direction) const {
     const cv::Point2d here = Centre(At(from));
     cv::Point2d sum;
@@ -196,20 +196,20 @@ Lattice GrowLattice(const CandidateIndex& index, int seed, const cv::Point2d& fi
 }
 
 double Irregularity(const Lattice& lattice, const CandidateIndex& index) {
-  std::vector<cv::Point> places;
-  for (const LatticePoint& point : lattice.points) places.push_back(point.place);
-  // An empty place all round spares asking whether there are neighbours.
-  const cv::Rect box = cv::boundingRect(places);
+  std::vector<cv::Point> gridIndices;
+  for (const LatticePoint& point : lattice.points) gridIndices.push_back(point.gridIndex);
+  // An empty margin all round spares asking whether there are neighbours.
+  const cv::Rect box = cv::boundingRect(gridIndices);
   const int width = box.width + 2;
-  const auto cellOf = [&](const cv::Point& place) {
-    return static_cast<size_t>((place.y - box.y + 1) * width + place.x - box.x + 1);
+  const auto cellOf = [&](const cv::Point& gridIndex) {
+    return static_cast<size_t>((gridIndex.y - box.y + 1) * width + gridIndex.x - box.x + 1);
   };
   std::vector<int> candidates(static_cast<size_t>(width * (box.height + 2)), -1);
-  for (const LatticePoint& point : lattice.points) candidates[cellOf(point.place)] = point.candidate;
+  for (const LatticePoint& point : lattice.points) candidates[cellOf(point.gridIndex)] = point.candidate;
   double sum = 0.0;
   int count = 0;
   for (const LatticePoint& point : lattice.points) {
-    const size_t cell = cellOf(point.place);
+    const size_t cell = cellOf(point.gridIndex);
     for (const size_t step : {size_t{1}, static_cast<size_t>(width)}) {
       const int before = candidates[cell - step];
       const int after = candidates[cell + step];

@@ -1,5 +1,5 @@
 /// Grows lattices of candidates: which of them lie where a regular pattern, seen in perspective, has its
-/// places.
+/// points.
 #pragma once
 
 #include <functional>
@@ -10,9 +10,9 @@
 
 namespace velmora::finder {
 
-/// A candidate with its place in a lattice; the lattice's base is any two of the pattern's steps.
+/// A candidate with its index in a lattice; the lattice's base is any two of the pattern's steps.
 struct LatticePoint {
-  cv::Point place;
+  cv::Point gridIndex;
   int candidate = 0;
 };
 

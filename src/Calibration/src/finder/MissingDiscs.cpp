@@ -1,4 +1,4 @@
-/// Looks for discs that are not among the candidates where the others say that they are.
+/// Looks for discs that are not among the candidates, where the others predict them.
 #include "finder/MissingDiscs.h"
 
 #include <cmath>
@@ -13,7 +13,7 @@ namespace {
 constexpr double LEAST_CONTRAST = 20.0;
 constexpr double FARTHEST_OFF = 0.30;  ///< steps
 
-/// The window around a place, which shows its disc and no whole neighbour.
+/// The window around a grid point, which shows its disc and no whole neighbour.
 cv::Rect WindowAround(const cv::Point2d& at, const cv::Matx22d& slope, const cv::Size& size) {
   const double halfWidth = 0.75 * (std::abs(slope(0, 0)) + std::abs(slope(0, 1))) + 2.0;
   const double halfHeight = 0.75 * (std::abs(slope(1, 0)) + std::abs(slope(1, 1))) + 2.0;
@@ -23,7 +23,7 @@ cv::Rect WindowAround(const cv::Point2d& at, const cv::Matx22d& slope, const cv:
           static_cast<int>(inside.height)};
 }
 
-/// The spot nearest to a place; its area is 0 without one.
+/// The spot nearest to a point; its area is 0 without one.
 Region NearestSpot(const cv::Mat& grey, const cv::Rect& window, const cv::Point2d& at) {
   Region nearest;
   double low = 0.0;
@@ -42,28 +42,28 @@ Region NearestSpot(const cv::Mat& grey, const cv::Rect& window, const cv::Point2
 
 }  // namespace
 
-void RecoverMissing(const SheetPlane& plane, const cv::Mat& grey, PlacedDiscs& discs) {
-  const PlacedDiscs known = discs;
+void RecoverMissing(const SheetPlane& plane, const cv::Mat& grey, LabelledDiscs& discs) {
+  const LabelledDiscs known = discs;
   const double usual = known.MedianRadius();
-  for (size_t k = 0; k < discs.places.size(); ++k) {
+  for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
     if (known.Has(k)) continue;
-    const cv::Point2d at = plane.Predict(known.places[k]);
-    const cv::Rect window = WindowAround(at, plane.Slope(known.places[k]), grey.size());
+    const cv::Point2d at = plane.Predict(known.gridIndices[k]);
+    const cv::Rect window = WindowAround(at, plane.Slope(known.gridIndices[k]), grey.size());
     if (window.width < 4 || window.height < 4) continue;
     const Region spot = NearestSpot(grey, window, at);
     const double radius = std::sqrt(spot.area / CV_PI);
     const bool fits = radius > 0.5 * usual && radius < 1.8 * usual &&
-                      cv::norm(spot.centroid - at) < FARTHEST_OFF * plane.Step(known.places[k]) + 0.5;
+                      cv::norm(spot.centroid - at) < FARTHEST_OFF * plane.Step(known.gridIndices[k]) + 0.5;
     if (!fits) continue;
     discs.centres[k] = spot.centroid;
     discs.radii[k] = radius;
   }
 }
 
-bool ReachesEdge(const SheetPlane& plane, const PlacedDiscs& discs, const cv::Size& size) {
-  for (size_t k = 0; k < discs.places.size(); ++k) {
+bool ReachesEdge(const SheetPlane& plane, const LabelledDiscs& discs, const cv::Size& size) {
+  for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
     if (!discs.Has(k)) continue;
-    const double room = plane.Step(discs.places[k]) + discs.radii[k];
+    const double room = plane.Step(discs.gridIndices[k]) + discs.radii[k];
     const cv::Point2d& at = discs.centres[k];
     if (at.x < room || at.y < room || at.x > size.width - 1 - room || at.y > size.height - 1 - room)
       return true;
@@ -71,11 +71,11 @@ bool ReachesEdge(const SheetPlane& plane, const PlacedDiscs& discs, const cv::Si
   return false;
 }
 
-bool MissesOutside(const SheetPlane& plane, const PlacedDiscs& discs, const cv::Size& size) {
+bool MissesOutside(const SheetPlane& plane, const LabelledDiscs& discs, const cv::Size& size) {
   const double margin = discs.MedianRadius() + 1.0;
-  for (size_t k = 0; k < discs.places.size(); ++k) {
+  for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
     if (discs.Has(k)) continue;
-    const cv::Point2d at = plane.Predict(discs.places[k]);
+    const cv::Point2d at = plane.Predict(discs.gridIndices[k]);
     const bool inside =
         at.x > margin && at.y > margin && at.x < size.width - 1 - margin && at.y < size.height - 1 - margin;
     if (!inside) return true;

@@ -1,4 +1,4 @@
-/// Looks for discs that are not among the candidates where the others say that they are.
+/// Looks for discs that are not among the candidates, where the others predict them.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -7,13 +7,13 @@
 
 namespace velmora::finder {
 
-/// Fills missing discs in that are dark spots of the right size at the right place in `grey`.
-void RecoverMissing(const SheetPlane& plane, const cv::Mat& grey, PlacedDiscs& discs);
+/// Fills missing discs in that are dark spots of the right size at the right position in `grey`.
+void RecoverMissing(const SheetPlane& plane, const cv::Mat& grey, LabelledDiscs& discs);
 
-/// True when a missing disc's place is at the edge of a picture of this size or beyond it.
-bool MissesOutside(const SheetPlane& plane, const PlacedDiscs& discs, const cv::Size& size);
+/// True when a missing disc's expected position is at the edge of a picture of this size or beyond it.
+bool MissesOutside(const SheetPlane& plane, const LabelledDiscs& discs, const cv::Size& size);
 
 /// True when there is no room for another row between some disc and the edge of the picture.
-bool ReachesEdge(const SheetPlane& plane, const PlacedDiscs& discs, const cv::Size& size);
+bool ReachesEdge(const SheetPlane& plane, const LabelledDiscs& discs, const cv::Size& size);
 
 }  // namespace velmora::finder

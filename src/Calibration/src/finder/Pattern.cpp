@@ -1,4 +1,4 @@
-/// The places of the asymmetric circles grid, and which sizes of it have one order only.
+/// The grid indices of the asymmetric circles grid, and which sizes of it have one order only.
 #include "finder/Pattern.h"
 
 namespace velmora::finder {
@@ -12,16 +12,16 @@ constexpr int MOST_DISCS = 600;
 
 }  // namespace
 
-std::vector<cv::Point> PatternPlaces(const cv::Size& grid) {
-  std::vector<cv::Point> places;
+std::vector<cv::Point> PatternIndices(const cv::Size& grid) {
+  std::vector<cv::Point> gridIndices;
   for (int row = 0; row < grid.height; ++row) {
-    for (int k = 0; k < grid.width; ++k) places.emplace_back(2 * k + row % 2, row);
+    for (int k = 0; k < grid.width; ++k) gridIndices.emplace_back(2 * k + row % 2, row);
   }
-  return places;
+  return gridIndices;
 }
 
-cv::Point LatticePlace(const cv::Point& place) {
-  return {(place.x + place.y) / 2, (place.x - place.y) / 2};
+cv::Point LatticeIndex(const cv::Point& gridIndex) {
+  return {(gridIndex.x + gridIndex.y) / 2, (gridIndex.x - gridIndex.y) / 2};
 }
 
 int MissingAllowed(const cv::Size& grid) {

@@ -1,4 +1,4 @@
-/// The places of the asymmetric circles grid, and which sizes of it have one order only.
+/// The grid indices of the asymmetric circles grid, and which sizes of it have one order only.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -6,11 +6,11 @@
 
 namespace velmora::finder {
 
-/// The discs' places (2j + i mod 2, i), row by row, in steps.
-std::vector<cv::Point> PatternPlaces(const cv::Size& grid);
+/// The discs' grid indices (2j + i mod 2, i), row by row, in steps.
+std::vector<cv::Point> PatternIndices(const cv::Size& grid);
 
-/// A place of the pattern in the base ((1, 1), (1, -1)) of its steps.
-cv::Point LatticePlace(const cv::Point& place);
+/// A grid index of the pattern in the base ((1, 1), (1, -1)) of its steps.
+cv::Point LatticeIndex(const cv::Point& gridIndex);
 
 /// How many discs may be missing among the candidates at first.
 int MissingAllowed(const cv::Size& grid);

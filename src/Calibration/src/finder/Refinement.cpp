@@ -48,8 +48,8 @@ bool Recentre(const cv::Mat& grey, DiscWindow& window, double& area) {
 
 }  // namespace
 
-void RefineDiscs(const SheetPlane& plane, const cv::Mat& grey, PlacedDiscs& discs) {
-  for (size_t k = 0; k < discs.places.size(); ++k) {
+void RefineDiscs(const SheetPlane& plane, const cv::Mat& grey, LabelledDiscs& discs) {
+  for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
     const double radius = discs.radii[k];
     DiscWindow window = WindowOf(plane, discs, k);
     double area = 0.0;

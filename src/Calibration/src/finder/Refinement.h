@@ -9,6 +9,6 @@ namespace velmora::finder {
 
 /// Centres become centroids of the darkness in a window around each disc, radii those of discs of the same
 /// darkness. A disc whose surroundings do not allow that stays as it is.
-void RefineDiscs(const SheetPlane& plane, const cv::Mat& grey, PlacedDiscs& discs);
+void RefineDiscs(const SheetPlane& plane, const cv::Mat& grey, LabelledDiscs& discs);
 
 }  // namespace velmora::finder

@@ -15,7 +15,7 @@ namespace {
 
 constexpr size_t DIRECTIONS = 32;
 constexpr int ROUNDS = 6;
-/// How far from its expected place the rim is looked for, and how far off it may be: shares of the radius,
+/// How far from its expected position the rim is looked for, and how far off it may be: shares of the radius,
 /// and pixels.
 constexpr double REACH = 0.45;
 constexpr double REACH_PIXELS = 1.0;

@@ -6,10 +6,10 @@
 
 #include "finder/Checks.h"
 #include "finder/HiddenDiscs.h"
+#include "finder/Labelling.h"
 #include "finder/Lattice.h"
 #include "finder/MissingDiscs.h"
 #include "finder/Pattern.h"
-#include "finder/Placement.h"
 #include "finder/Refinement.h"
 #include "finder/Shape.h"
 
@@ -17,7 +17,7 @@ namespace velmora {
 
 namespace {
 
-using finder::PlacedDiscs;
+using finder::LabelledDiscs;
 using finder::SheetPlane;
 
 /// Looks into the index that one search may take.
@@ -31,7 +31,7 @@ constexpr int TELLING = 12;
 class DarkSearch {
  public:
   DarkSearch(const cv::Mat& grey, const cv::Size& grid)
-      : grey_(grey), grid_(grid), places_(finder::PatternPlaces(grid)) {}
+      : grey_(grey), grid_(grid), gridIndices_(finder::PatternIndices(grid)) {}
 
   GridFinding Run() {
     const finder::Candidates candidates = finder::FindCandidates(grey_, grid_.area());
@@ -41,7 +41,7 @@ class DarkSearch {
     }
     const finder::CandidateIndex index(candidates.discs, grey_.size());
     effort_.left = EFFORT;
-    finder::SearchLattices(index, least, 3 * places_.size() + 60, effort_,
+    finder::SearchLattices(index, least, 3 * gridIndices_.size() + 60, effort_,
                            [&](const finder::Lattice& lattice) { return Accept(lattice, index); });
     return finding_;
   }
@@ -57,22 +57,22 @@ class DarkSearch {
   bool Accept(const finder::Lattice& lattice, const finder::CandidateIndex& index) {
     const bool complete =
         static_cast<int>(lattice.points.size()) >= grid_.area() - finder::MissingAllowed(grid_);
-    // What is too small for the grid is placed all the same: it tells what is missing.
+    // What is too small for the grid is labelled all the same: it tells what is missing.
     const int lacking = complete ? 2 : grid_.width + grid_.height;
-    const finder::Placement placement = finder::PlacePattern(lattice, grid_, lacking, effort_);
-    if (placement.covered < TELLING) return false;
+    const finder::Labelling labelling = finder::LabelPattern(lattice, grid_, lacking, effort_);
+    if (labelling.covered < TELLING) return false;
     // A few spots line up by accident here and there.
     if (!complete && finder::Irregularity(lattice, index) > ACCIDENTAL) return false;
-    PlacedDiscs discs;
+    LabelledDiscs discs;
     discs.grid = grid_;
-    discs.places = places_;
-    for (const int k : placement.discs) {
+    discs.gridIndices = gridIndices_;
+    for (const int k : labelling.discs) {
       discs.centres.push_back(k >= 0 ? index[k].centre : cv::Point2d());
       discs.radii.push_back(k >= 0 ? index[k].radius : 0.0);
     }
     SheetPlane plane;
     if (!plane.Fit(discs)) return false;
-    const bool clear = placement.covered >= placement.secondBest + 2;
+    const bool clear = labelling.covered >= labelling.secondBest + 2;
     const GridFault fault = clear ? Complete(plane, discs, index) : FaultOfDoubt(plane, discs, lattice);
     // The largest lattice has the last word.
     if (fault == GridFault::None || lattice.points.size() > said_) {
@@ -86,18 +86,18 @@ class DarkSearch {
   }
 
   /// For a pattern that can be laid in several ways: it is too large, or cut, or too small.
-  GridFault FaultOfDoubt(const SheetPlane& plane, const PlacedDiscs& discs,
+  GridFault FaultOfDoubt(const SheetPlane& plane, const LabelledDiscs& discs,
                          const finder::Lattice& lattice) const {
-    if (lattice.points.size() > places_.size()) return GridFault::BiggerLattice;
+    if (lattice.points.size() > gridIndices_.size()) return GridFault::BiggerLattice;
     return finder::ReachesEdge(plane, discs, grey_.size()) ? GridFault::PartOutside : GridFault::WrongSize;
   }
 
-  GridFault FaultOfGaps(const SheetPlane& plane, const PlacedDiscs& discs) const {
+  GridFault FaultOfGaps(const SheetPlane& plane, const LabelledDiscs& discs) const {
     return finder::MissesOutside(plane, discs, grey_.size()) ? GridFault::PartOutside : GridFault::WrongSize;
   }
 
   /// Brings the discs to a whole grid, or says why they are none.
-  GridFault Complete(SheetPlane& plane, PlacedDiscs& discs, const finder::CandidateIndex& index) {
+  GridFault Complete(SheetPlane& plane, LabelledDiscs& discs, const finder::CandidateIndex& index) {
     if (discs.Missing() > finder::MissingAllowed(grid_)) return FaultOfGaps(plane, discs);
     if (!finder::RejectOutliers(plane, discs, finder::MissingAllowed(grid_))) return GridFault::NothingLikeIt;
     const bool gaps = discs.Missing() > 0;
@@ -115,7 +115,7 @@ class DarkSearch {
 
   const cv::Mat& grey_;
   const cv::Size grid_;
-  const std::vector<cv::Point> places_;
+  const std::vector<cv::Point> gridIndices_;
   finder::Effort effort_;
   GridFinding finding_;
   size_t said_ = 0;  ///< size of the lattice that the fault is of

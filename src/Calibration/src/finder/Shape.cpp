@@ -1,4 +1,4 @@
-/// Tells discs from other shapes on the grid's places.
+/// Tells discs from other shapes at the grid's points.
 #include "finder/Shape.h"
 
 #include <array>
@@ -55,10 +55,10 @@ bool MomentsOf(const cv::Mat& grey, const DiscWindow& window, Moments& moments) 
 
 }  // namespace
 
-ShapeMoments MeanShape(const SheetPlane& plane, const cv::Mat& grey, const PlacedDiscs& discs) {
+ShapeMoments MeanShape(const SheetPlane& plane, const cv::Mat& grey, const LabelledDiscs& discs) {
   Moments sum = {};
   int count = 0;
-  for (size_t k = 0; k < discs.places.size(); ++k) {
+  for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
     Moments moments;
     if (!discs.Has(k) || !MomentsOf(grey, WindowOf(plane, discs, k), moments)) continue;
     for (size_t order = 0; order < sum.size(); ++order) sum[order] += moments[order];
@@ -68,7 +68,7 @@ ShapeMoments MeanShape(const SheetPlane& plane, const cv::Mat& grey, const Place
   return {std::abs(sum[0]) / count, std::abs(sum[1]) / count, std::abs(sum[2]) / count};
 }
 
-bool AreDiscs(const SheetPlane& plane, const cv::Mat& grey, const PlacedDiscs& discs) {
+bool AreDiscs(const SheetPlane& plane, const cv::Mat& grey, const LabelledDiscs& discs) {
   const ShapeMoments shape = MeanShape(plane, grey, discs);
   // Blur is no longer round in the plane of an oblique sheet: it gives small discs a second moment, and a
   // smaller fourth one.

@@ -1,4 +1,4 @@
-/// Tells discs from other shapes on the grid's places.
+/// Tells discs from other shapes at the grid's points.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -15,9 +15,9 @@ struct ShapeMoments {
   double third = 0.0;
   double fourth = 0.0;
 };
-ShapeMoments MeanShape(const SheetPlane& plane, const cv::Mat& grey, const PlacedDiscs& discs);
+ShapeMoments MeanShape(const SheetPlane& plane, const cv::Mat& grey, const LabelledDiscs& discs);
 
 /// True when the spots, refined before, are discs seen in perspective.
-bool AreDiscs(const SheetPlane& plane, const cv::Mat& grey, const PlacedDiscs& discs);
+bool AreDiscs(const SheetPlane& plane, const cv::Mat& grey, const LabelledDiscs& discs);
 
 }  // namespace velmora::finder

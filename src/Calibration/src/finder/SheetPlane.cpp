@@ -1,4 +1,4 @@
-/// Where places of the pattern are in the picture: a plane in perspective, bent a little by the lens.
+/// Where points of the pattern are in the image: a plane in perspective, bent a little by the lens.
 #include "finder/SheetPlane.h"
 
 #include <algorithm>
@@ -23,62 +23,62 @@ double Median(std::vector<double>& values) {
 
 }  // namespace
 
-int PlacedDiscs::Missing() const {
+int LabelledDiscs::Missing() const {
   return static_cast<int>(std::count(radii.begin(), radii.end(), 0.0));
 }
 
-int PlacedDiscs::At(const cv::Point& place) const {
-  if (place.y < 0 || place.y >= grid.height || place.x < place.y % 2) return -1;
-  const int column = (place.x - place.y % 2) / 2;
-  if (column >= grid.width || (place.x - place.y) % 2 != 0) return -1;
-  const int disc = place.y * grid.width + column;
+int LabelledDiscs::At(const cv::Point& gridPoint) const {
+  if (gridPoint.y < 0 || gridPoint.y >= grid.height || gridPoint.x < gridPoint.y % 2) return -1;
+  const int column = (gridPoint.x - gridPoint.y % 2) / 2;
+  if (column >= grid.width || (gridPoint.x - gridPoint.y) % 2 != 0) return -1;
+  const int disc = gridPoint.y * grid.width + column;
   return Has(static_cast<size_t>(disc)) ? disc : -1;
 }
 
-double PlacedDiscs::MedianRadius() const {
+double LabelledDiscs::MedianRadius() const {
   std::vector<double> known;
   std::copy_if(radii.begin(), radii.end(), std::back_inserter(known), [](double r) { return r > 0.0; });
   return known.empty() ? 0.0 : Median(known);
 }
 
-bool SheetPlane::FitPlane(const PlacedDiscs& discs) {
+bool SheetPlane::FitPlane(const LabelledDiscs& discs) {
   std::vector<cv::Point2d> from;
   std::vector<cv::Point2d> to;
-  for (size_t k = 0; k < discs.places.size(); ++k) {
+  for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
     if (!discs.Has(k)) continue;
-    from.emplace_back(discs.places[k]);
+    from.emplace_back(discs.gridIndices[k]);
     to.push_back(discs.centres[k]);
   }
   if (from.size() < 8) return false;
   if (!FitHomography(from, to, H_)) return false;
   // All of the pattern is in front of the camera, and seen from its printed side.
-  return std::all_of(discs.places.begin(), discs.places.end(), [&](const cv::Point& place) {
-    const double depth = H_(2, 0) * place.x + H_(2, 1) * place.y + H_(2, 2);
-    return depth > 1e-6 && cv::determinant(Slope(place)) > 0.0;
+  return std::all_of(discs.gridIndices.begin(), discs.gridIndices.end(), [&](const cv::Point& gridPoint) {
+    const double depth = H_(2, 0) * gridPoint.x + H_(2, 1) * gridPoint.y + H_(2, 2);
+    return depth > 1e-6 && cv::determinant(Slope(gridPoint)) > 0.0;
   });
 }
 
-cv::Point2d SheetPlane::Project(const cv::Point2d& place) const {
-  const cv::Vec3d p = H_ * cv::Vec3d(place.x, place.y, 1.0);
+cv::Point2d SheetPlane::Project(const cv::Point2d& gridPoint) const {
+  const cv::Vec3d p = H_ * cv::Vec3d(gridPoint.x, gridPoint.y, 1.0);
   return {p[0] / p[2], p[1] / p[2]};
 }
 
-cv::Matx22d SheetPlane::Slope(const cv::Point2d& place) const {
-  const cv::Vec3d p = H_ * cv::Vec3d(place.x, place.y, 1.0);
+cv::Matx22d SheetPlane::Slope(const cv::Point2d& gridPoint) const {
+  const cv::Vec3d p = H_ * cv::Vec3d(gridPoint.x, gridPoint.y, 1.0);
   const double x = p[0] / p[2];
   const double y = p[1] / p[2];
   return {(H_(0, 0) - x * H_(2, 0)) / p[2], (H_(0, 1) - x * H_(2, 1)) / p[2],
           (H_(1, 0) - y * H_(2, 0)) / p[2], (H_(1, 1) - y * H_(2, 1)) / p[2]};
 }
 
-double SheetPlane::Step(const cv::Point2d& place) const {
-  return std::sqrt(std::abs(cv::determinant(Slope(place))));
+double SheetPlane::Step(const cv::Point2d& gridPoint) const {
+  return std::sqrt(std::abs(cv::determinant(Slope(gridPoint))));
 }
 
-/// The polynomial's terms at a place.
-SheetPlane::Column SheetPlane::Terms(const cv::Point2d& place) const {
-  const double u = (place.x - middle_.x) / half_.x;
-  const double v = (place.y - middle_.y) / half_.y;
+/// The polynomial's terms at a grid point.
+SheetPlane::Column SheetPlane::Terms(const cv::Point2d& gridPoint) const {
+  const double u = (gridPoint.x - middle_.x) / half_.x;
+  const double v = (gridPoint.y - middle_.y) / half_.y;
   const std::array<double, 4> us = {1.0, u, u * u, u * u * u};
   const std::array<double, 4> vs = {1.0, v, v * v, v * v * v};
   Column terms = Column::Zero();
@@ -89,19 +89,19 @@ SheetPlane::Column SheetPlane::Terms(const cv::Point2d& place) const {
   return terms;
 }
 
-bool SheetPlane::FitBend(const PlacedDiscs& discs) {
-  const int known = static_cast<int>(discs.places.size()) - discs.Missing();
+bool SheetPlane::FitBend(const LabelledDiscs& discs) {
+  const int known = static_cast<int>(discs.gridIndices.size()) - discs.Missing();
   degree_ = known >= ENOUGH_FOR_CUBIC ? 3 : known >= ENOUGH_FOR_QUADRATIC ? 2 : 1;
   half_ = 0.5 * cv::Point2d(2.0 * discs.grid.width - 1.0, discs.grid.height - 1.0);
   middle_ = half_;
   Eigen::Matrix<double, TERMS, TERMS> normal = Eigen::Matrix<double, TERMS, TERMS>::Identity() * 1e-9;
   Eigen::Matrix<double, TERMS, 2> right = Eigen::Matrix<double, TERMS, 2>::Zero();
-  for (size_t k = 0; k < discs.places.size(); ++k) {
+  for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
     if (!discs.Has(k)) continue;
     // In steps, so that the far side counts as much as the near one.
-    const double weight = 1.0 / Step(discs.places[k]);
-    const cv::Point2d offset = discs.centres[k] - Project(discs.places[k]);
-    const Column terms = Terms(discs.places[k]) * weight;
+    const double weight = 1.0 / Step(discs.gridIndices[k]);
+    const cv::Point2d offset = discs.centres[k] - Project(discs.gridIndices[k]);
+    const Column terms = Terms(discs.gridIndices[k]) * weight;
     normal += terms * terms.transpose();
     right += terms * Eigen::RowVector2d(weight * offset.x, weight * offset.y);
   }
@@ -110,19 +110,19 @@ bool SheetPlane::FitBend(const PlacedDiscs& discs) {
   return normal_.info() == Eigen::Success && bend_.allFinite();
 }
 
-cv::Point2d SheetPlane::BendAt(const cv::Point2d& place) const {
-  const Eigen::Vector2d bend = bend_.transpose() * Terms(place);
+cv::Point2d SheetPlane::BendAt(const cv::Point2d& gridPoint) const {
+  const Eigen::Vector2d bend = bend_.transpose() * Terms(gridPoint);
   return {bend(0), bend(1)};
 }
 
-double SheetPlane::ScaledResidual(const PlacedDiscs& discs, size_t k) const {
-  const cv::Point2d place = discs.places[k];
-  const double step = Step(place);
-  const Column terms = Terms(place) / step;
+double SheetPlane::ScaledResidual(const LabelledDiscs& discs, size_t k) const {
+  const cv::Point2d gridPoint = discs.gridIndices[k];
+  const double step = Step(gridPoint);
+  const Column terms = Terms(gridPoint) / step;
   const double leverage = normal_.matrixL().solve(terms).squaredNorm();
   // A disc pulls the fit towards itself; of that half is taken back, in proportion: all of it would take the
   // lens's own distortion at the corners for outliers.
-  return cv::norm(discs.centres[k] - Predict(place)) / step / std::sqrt(std::max(0.01, 1.0 - leverage));
+  return cv::norm(discs.centres[k] - Predict(gridPoint)) / step / std::sqrt(std::max(0.01, 1.0 - leverage));
 }
 
 }  // namespace velmora::finder

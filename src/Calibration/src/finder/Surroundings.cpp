@@ -1,4 +1,4 @@
-/// What the discs around a place say about the disc on it.
+/// What the discs around a grid point say about the disc on it.
 #include "finder/Surroundings.h"
 
 #include <Eigen/Cholesky>
@@ -32,7 +32,7 @@ struct Neighbour {
 };
 
 /// The polynomials' coefficients for x, y and the radius, which changes too little for more than the terms of
-/// first degree. Those that disagree with the others in place count little.
+/// first degree. Those that disagree with the others in position count little.
 bool FitPolynomials(const std::vector<Neighbour>& neighbours, double step, Coefficients& coefficients) {
   coefficients.setZero();
   for (int round = 0; round < ROUNDS; ++round) {
@@ -45,10 +45,10 @@ bool FitPolynomials(const std::vector<Neighbour>& neighbours, double step, Coeff
       normal += weight * neighbour.terms * neighbour.terms.transpose();
       right += weight * neighbour.terms * neighbour.says.transpose();
     }
-    const Eigen::LLT<Normal> places(normal);
+    const Eigen::LLT<Normal> positions(normal);
     const Eigen::LLT<Eigen::Matrix3d> sizes(normal.topLeftCorner<3, 3>());
-    if (places.info() != Eigen::Success || sizes.info() != Eigen::Success) return false;
-    coefficients.leftCols<2>() = places.solve(right.leftCols<2>());
+    if (positions.info() != Eigen::Success || sizes.info() != Eigen::Success) return false;
+    coefficients.leftCols<2>() = positions.solve(right.leftCols<2>());
     coefficients.col(2) << sizes.solve(right.topRightCorner<3, 1>()), Eigen::Vector3d::Zero();
   }
   return true;
@@ -56,10 +56,10 @@ bool FitPolynomials(const std::vector<Neighbour>& neighbours, double step, Coeff
 
 }  // namespace
 
-bool ExpectDisc(const SheetPlane& plane, const PlacedDiscs& discs, size_t k, ExpectedDisc& expected) {
+bool ExpectDisc(const SheetPlane& plane, const LabelledDiscs& discs, size_t k, ExpectedDisc& expected) {
   std::vector<Neighbour> neighbours;
-  for (size_t other = 0; other < discs.places.size(); ++other) {
-    const cv::Point apart = discs.places[other] - discs.places[k];
+  for (size_t other = 0; other < discs.gridIndices.size(); ++other) {
+    const cv::Point apart = discs.gridIndices[other] - discs.gridIndices[k];
     const int distance = std::max(std::abs(apart.x), std::abs(apart.y));
     if (distance == 0 || distance > FAR || !discs.Has(other)) continue;
     const double x = apart.x;
@@ -71,7 +71,7 @@ bool ExpectDisc(const SheetPlane& plane, const PlacedDiscs& discs, size_t k, Exp
   }
   Coefficients says;
   if (neighbours.size() < ENOUGH) return false;
-  if (!FitPolynomials(neighbours, plane.Step(discs.places[k]), says)) return false;
+  if (!FitPolynomials(neighbours, plane.Step(discs.gridIndices[k]), says)) return false;
   expected.centre = {says(0, 0), says(0, 1)};
   expected.slope = {says(1, 0), says(2, 0), says(1, 1), says(2, 1)};
   const double step = std::sqrt(std::abs(cv::determinant(expected.slope)));
@@ -79,10 +79,10 @@ bool ExpectDisc(const SheetPlane& plane, const PlacedDiscs& discs, size_t k, Exp
   return step > 0.0 && std::isfinite(expected.radius) && expected.radius < 1.0;
 }
 
-double ContrastAround(const SheetPlane& plane, const cv::Mat& grey, const PlacedDiscs& discs, size_t k) {
+double ContrastAround(const SheetPlane& plane, const cv::Mat& grey, const LabelledDiscs& discs, size_t k) {
   std::vector<double> contrasts;
-  for (size_t other = 0; other < discs.places.size(); ++other) {
-    const cv::Point apart = discs.places[other] - discs.places[k];
+  for (size_t other = 0; other < discs.gridIndices.size(); ++other) {
+    const cv::Point apart = discs.gridIndices[other] - discs.gridIndices[k];
     const int distance = std::max(std::abs(apart.x), std::abs(apart.y));
     if (distance == 0 || distance > NEAR || !discs.Has(other)) continue;
     const DiscWindow window = WindowOf(plane, discs, other);

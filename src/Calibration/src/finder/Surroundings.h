@@ -1,4 +1,4 @@
-/// What the discs around a place say about the disc on it.
+/// What the discs around a grid point say about the disc on it.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -8,11 +8,11 @@
 
 namespace velmora::finder {
 
-/// The disc on a place as those around it continue, without a word from itself: place and size by
+/// The disc at a grid index as those around it predict it, itself left aside: position and size by
 /// polynomials, whatever the lens; the contrast is left alone. False when there are too few.
-bool ExpectDisc(const SheetPlane& plane, const PlacedDiscs& discs, size_t k, ExpectedDisc& expected);
+bool ExpectDisc(const SheetPlane& plane, const LabelledDiscs& discs, size_t k, ExpectedDisc& expected);
 
 /// The median contrast between paper and ink of the nearest discs, grey levels; 0 when they have none.
-double ContrastAround(const SheetPlane& plane, const cv::Mat& grey, const PlacedDiscs& discs, size_t k);
+double ContrastAround(const SheetPlane& plane, const cv::Mat& grey, const LabelledDiscs& discs, size_t k);
 
 }  // namespace velmora::finder

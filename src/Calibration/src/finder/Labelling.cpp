@@ -1,5 +1,5 @@
-/// Lays the grid's pattern onto a grown lattice.
-#include "finder/Placement.h"
+/// Labels a grown lattice with the grid indices of the pattern.
+#include "finder/Labelling.h"
 
 #include <algorithm>
 #include <array>
@@ -36,21 +36,21 @@ cv::Point Times(const Base& base, const cv::Point& p) {
   return {base[0] * p.x + base[1] * p.y, base[2] * p.x + base[3] * p.y};
 }
 
-/// The candidates of a lattice by place.
-class PlaceTable {
+/// The candidates of a lattice by their lattice index.
+class CandidateTable {
  public:
-  explicit PlaceTable(const Lattice& lattice) {
-    std::vector<cv::Point> places;
-    for (const LatticePoint& point : lattice.points) places.push_back(point.place);
-    box_ = cv::boundingRect(places);
+  explicit CandidateTable(const Lattice& lattice) {
+    std::vector<cv::Point> gridIndices;
+    for (const LatticePoint& point : lattice.points) gridIndices.push_back(point.gridIndex);
+    box_ = cv::boundingRect(gridIndices);
     table_ = cv::Mat(box_.size(), CV_32SC1, cv::Scalar(-1));
     for (const LatticePoint& point : lattice.points)
-      table_.at<int>(point.place - box_.tl()) = point.candidate;
+      table_.at<int>(point.gridIndex - box_.tl()) = point.candidate;
   }
 
   const cv::Rect& Box() const { return box_; }
-  int At(const cv::Point& place) const {
-    return box_.contains(place) ? table_.at<int>(place - box_.tl()) : -1;
+  int At(const cv::Point& gridIndex) const {
+    return box_.contains(gridIndex) ? table_.at<int>(gridIndex - box_.tl()) : -1;
   }
 
  private:
@@ -63,7 +63,7 @@ struct Range {
 };
 
 /// The shifts at which an interval of the pattern may lie over one of the lattice: the shorter one within the
-/// longer one, or a place beyond.
+/// longer one, or one index beyond.
 Range Shifts(int patternFrom, int patternSize, int latticeFrom, int latticeSize) {
   const int low = latticeFrom - patternFrom;
   const int high = low + latticeSize - patternSize;
@@ -72,12 +72,12 @@ Range Shifts(int patternFrom, int patternSize, int latticeFrom, int latticeSize)
 
 }  // namespace
 
-Placement PlacePattern(const Lattice& lattice, const cv::Size& grid, int lacking, Effort& effort) {
-  Placement best;
+Labelling LabelPattern(const Lattice& lattice, const cv::Size& grid, int lacking, Effort& effort) {
+  Labelling best;
   if (lattice.points.empty()) return best;
-  const PlaceTable table(lattice);
+  const CandidateTable table(lattice);
   std::vector<cv::Point> pattern;
-  for (const cv::Point& place : PatternPlaces(grid)) pattern.push_back(LatticePlace(place));
+  for (const cv::Point& gridIndex : PatternIndices(grid)) pattern.push_back(LatticeIndex(gridIndex));
   std::vector<cv::Point> turned(pattern.size());
   Base bestBase = {};
   cv::Point bestShift;
