@@ -11,7 +11,7 @@ namespace {
 
 using finder::Candidate;
 using finder::CandidateIndex;
-using finder::Effort;
+using finder::SearchBudget;
 
 const cv::Size FRAME_SIZE(640, 480);
 
@@ -28,7 +28,7 @@ bool Any(int) {
   return true;
 }
 
-/// What Nearest() is to find, by a look at every candidate.
+/// What Nearest() is to find, by a comparison with every candidate.
 template <typename Wanted>
 int NearestOfAll(const std::vector<Candidate>& candidates, const cv::Point2d& at, double reach,
                  Wanted wanted) {
@@ -43,18 +43,18 @@ int NearestOfAll(const std::vector<Candidate>& candidates, const cv::Point2d& at
   return nearest;
 }
 
-TEST(CandidateIndex, FindsTheNearestOneAsALookAtAllDoes) {
+TEST(CandidateIndex, FindsTheNearestOneAsALookupOfAllDoes) {
   for (const int count : {1, 40, 2000}) {
     const std::vector<Candidate> candidates = Strewn(count);
     const CandidateIndex index(candidates, FRAME_SIZE);
     cv::RNG random(5);
-    Effort effort{1 << 30};
+    SearchBudget budget{1 << 30};
     int found = 0;
     for (int look = 0; look < 300; ++look) {
       const cv::Point2d at(random.uniform(-60.0, 700.0), random.uniform(-60.0, 540.0));
       const double reach = random.uniform(0.0, 150.0);
       const int expected = NearestOfAll(candidates, at, reach, Any);
-      EXPECT_EQ(index.Nearest(at, reach, effort, Any), expected) << count << at << reach;
+      EXPECT_EQ(index.Nearest(at, reach, budget, Any), expected) << count << at << reach;
       if (expected >= 0) ++found;
     }
     EXPECT_GT(found, 5);
@@ -66,20 +66,20 @@ TEST(CandidateIndex, PassesOverTheUnwanted) {
   const CandidateIndex index(candidates, FRAME_SIZE);
   const auto third = [](int k) { return k % 3 == 0; };
   cv::RNG random(6);
-  Effort effort{1 << 30};
+  SearchBudget budget{1 << 30};
   for (int look = 0; look < 200; ++look) {
     const cv::Point2d at(random.uniform(0.0, 640.0), random.uniform(0.0, 480.0));
-    EXPECT_EQ(index.Nearest(at, 60.0, effort, third), NearestOfAll(candidates, at, 60.0, third)) << at;
+    EXPECT_EQ(index.Nearest(at, 60.0, budget, third), NearestOfAll(candidates, at, 60.0, third)) << at;
   }
-  EXPECT_EQ(index.Nearest({320.0, 240.0}, 900.0, effort, [](int) { return false; }), -1);
+  EXPECT_EQ(index.Nearest({320.0, 240.0}, 900.0, budget, [](int) { return false; }), -1);
 }
 
 TEST(CandidateIndex, ReachesToItsReachAndNoFarther) {
   const CandidateIndex index({{{100.0, 100.0}, 5.0, 3}}, FRAME_SIZE);
-  Effort effort{1000};
-  EXPECT_EQ(index.Nearest({110.0, 100.0}, 10.0, effort, Any), 0);
-  EXPECT_EQ(index.Nearest({110.0, 100.0}, 9.99, effort, Any), -1);
-  EXPECT_EQ(index.Nearest({100.0, 100.0}, 0.0, effort, Any), 0);
+  SearchBudget budget{1000};
+  EXPECT_EQ(index.Nearest({110.0, 100.0}, 10.0, budget, Any), 0);
+  EXPECT_EQ(index.Nearest({110.0, 100.0}, 9.99, budget, Any), -1);
+  EXPECT_EQ(index.Nearest({100.0, 100.0}, 0.0, budget, Any), 0);
 }
 
 TEST(CandidateIndex, VisitsEachOneOfACircleOnce) {
@@ -88,8 +88,8 @@ TEST(CandidateIndex, VisitsEachOneOfACircleOnce) {
   const cv::Point2d at(300.0, 200.0);
   constexpr double REACH = 70.0;
   std::vector<int> visits(candidates.size(), 0);
-  Effort effort{1 << 30};
-  index.Visit(at, REACH, effort, [&](int k) { ++visits[static_cast<size_t>(k)]; });
+  SearchBudget budget{1 << 30};
+  index.Visit(at, REACH, budget, [&](int k) { ++visits[static_cast<size_t>(k)]; });
   size_t inside = 0;
   for (size_t k = 0; k < candidates.size(); ++k) {
     const bool within = cv::norm(candidates[k].centre - at) <= REACH;
@@ -106,29 +106,29 @@ TEST(CandidateIndex, VisitsEachOneOfACircleOnce) {
 
 TEST(CandidateIndex, FindsWhatLiesBeyondThePicture) {
   const CandidateIndex index({{{-30.0, 20.0}, 5.0, 3}, {{700.0, 500.0}, 5.0, 3}}, FRAME_SIZE);
-  Effort effort{1000};
-  EXPECT_EQ(index.Nearest({-25.0, 20.0}, 10.0, effort, Any), 0);
-  EXPECT_EQ(index.Nearest({695.0, 495.0}, 10.0, effort, Any), 1);
+  SearchBudget budget{1000};
+  EXPECT_EQ(index.Nearest({-25.0, 20.0}, 10.0, budget, Any), 0);
+  EXPECT_EQ(index.Nearest({695.0, 495.0}, 10.0, budget, Any), 1);
 }
 
 TEST(CandidateIndex, HasOneCellAtLeast) {
   const CandidateIndex index({{{4.0, 4.0}, 2.0, 3}}, {9, 9});
-  Effort effort{1000};
-  EXPECT_EQ(index.Nearest({8.0, 8.0}, 6.0, effort, Any), 0);
-  EXPECT_GE(effort.left, 990);
+  SearchBudget budget{1000};
+  EXPECT_EQ(index.Nearest({8.0, 8.0}, 6.0, budget, Any), 0);
+  EXPECT_GE(budget.left, 990);
 }
 
-TEST(CandidateIndex, TakesEffortForWhatItLooksAt) {
+TEST(CandidateIndex, SpendsBudgetOnWhatItLooksUp) {
   const CandidateIndex none({}, FRAME_SIZE);
-  Effort effort{100};
-  EXPECT_EQ(none.Nearest({50.0, 50.0}, 5.0, effort, Any), -1);
-  EXPECT_LT(effort.left, 100);
+  SearchBudget budget{100};
+  EXPECT_EQ(none.Nearest({50.0, 50.0}, 5.0, budget, Any), -1);
+  EXPECT_LT(budget.left, 100);
   const CandidateIndex crowd(std::vector<Candidate>(70, {{50.0, 50.0}, 5.0, 3}), FRAME_SIZE);
-  EXPECT_FALSE(effort.Spent());
-  crowd.Nearest({50.0, 50.0}, 0.5, effort, Any);
-  EXPECT_LE(effort.left, 29);
-  crowd.Nearest({50.0, 50.0}, 0.5, effort, Any);
-  EXPECT_TRUE(effort.Spent());
+  EXPECT_FALSE(budget.Spent());
+  crowd.Nearest({50.0, 50.0}, 0.5, budget, Any);
+  EXPECT_LE(budget.left, 29);
+  crowd.Nearest({50.0, 50.0}, 0.5, budget, Any);
+  EXPECT_TRUE(budget.Spent());
 }
 
 TEST(CandidateIndex, KeepsACopyOfTheList) {

@@ -31,9 +31,9 @@ std::vector<Candidate> CandidatesOf(const LabelledDiscs& discs) {
 
 bool GoOn(const std::vector<Candidate>& candidates) {
   const LabelledDiscs discs = unit::FlatDiscs();
-  finder::Effort effort{100000};
+  finder::SearchBudget budget{100000};
   const finder::CandidateIndex index(candidates, {640, 480});
-  return finder::GoesOn(PlaneOf(discs), discs, index, effort);
+  return finder::GoesOn(PlaneOf(discs), discs, index, budget);
 }
 
 TEST(Checks, RejectTheOutlierAndKeepWhatTheLensBends) {

@@ -11,9 +11,9 @@ using namespace velmora;
 
 namespace {
 
-using finder::Effort;
 using finder::Labelling;
 using finder::Lattice;
+using finder::SearchBudget;
 
 const cv::Size GRID(4, 11);
 
@@ -39,8 +39,8 @@ Lattice InBase(const std::vector<cv::Point>& gridIndices, const Base& base, cons
 }
 
 Labelling Labelled(const Lattice& lattice, const cv::Size& grid = GRID, int lacking = 2) {
-  Effort effort{10000000};
-  return finder::LabelPattern(lattice, grid, lacking, effort);
+  SearchBudget budget{10000000};
+  return finder::LabelPattern(lattice, grid, lacking, budget);
 }
 
 std::vector<int> InOrder() {
@@ -124,15 +124,15 @@ TEST(Labelling, MayLackAsManyRowsOfTheLatticeAsAllowed) {
   }
 }
 
-TEST(Labelling, OfNothingOrASpentEffortIsNone) {
+TEST(Labelling, OfNothingOrASpentBudgetIsNone) {
   EXPECT_EQ(Labelled({}).covered, 0);
   EXPECT_TRUE(Labelled({}).discs.empty());
-  Effort effort{0};
+  SearchBudget budget{0};
   const Lattice lattice = InBase(finder::PatternIndices(GRID), {1, 0, 0, 1});
-  EXPECT_EQ(finder::LabelPattern(lattice, GRID, 2, effort).covered, 0);
-  effort.left = 100;
-  EXPECT_EQ(finder::LabelPattern(lattice, GRID, 2, effort).covered, 0) << "spent on the way";
-  EXPECT_TRUE(effort.Spent());
+  EXPECT_EQ(finder::LabelPattern(lattice, GRID, 2, budget).covered, 0);
+  budget.left = 100;
+  EXPECT_EQ(finder::LabelPattern(lattice, GRID, 2, budget).covered, 0) << "spent on the way";
+  EXPECT_TRUE(budget.Spent());
 }
 
 }  // namespace

@@ -15,8 +15,8 @@ namespace {
 
 using finder::Candidate;
 using finder::CandidateIndex;
-using finder::Effort;
 using finder::Lattice;
+using finder::SearchBudget;
 
 const cv::Size GRID(4, 11);
 const cv::Size FRAME_SIZE(640, 480);
@@ -36,9 +36,9 @@ std::vector<Candidate> Observed(const std::vector<cv::Point>& gridIndices,
 /// The first lattice of all candidates that a search offers.
 Lattice Grown(const std::vector<Candidate>& candidates) {
   const CandidateIndex index(candidates, FRAME_SIZE);
-  Effort effort{1000000};
+  SearchBudget budget{1000000};
   Lattice found;
-  finder::SearchLattices(index, candidates.size(), 400, effort, [&](const Lattice& lattice) {
+  finder::SearchLattices(index, candidates.size(), 400, budget, [&](const Lattice& lattice) {
     found = lattice;
     return lattice.points.size() == candidates.size();
   });
@@ -66,9 +66,9 @@ TEST(Lattice, OfPointsStrewnAtRandomIsNotRegular) {
     candidates.push_back({{random.uniform(5.0, 635.0), random.uniform(5.0, 475.0)}, 5.0, 3});
   }
   const CandidateIndex index(candidates, FRAME_SIZE);
-  Effort effort{300000};
+  SearchBudget budget{300000};
   int offered = 0;
-  finder::SearchLattices(index, 38, 400, effort, [&](const Lattice&) {
+  finder::SearchLattices(index, 38, 400, budget, [&](const Lattice&) {
     ++offered;
     return false;
   });
@@ -77,10 +77,10 @@ TEST(Lattice, OfPointsStrewnAtRandomIsNotRegular) {
   EXPECT_LT(finder::Irregularity(Grown(grid), CandidateIndex(grid, FRAME_SIZE)), 0.02);
 }
 
-TEST(Lattice, SearchEndsWhenItsEffortIsSpent) {
+TEST(Lattice, SearchEndsWhenItsBudgetIsSpent) {
   const CandidateIndex index(Observed(finder::PatternIndices(GRID)), FRAME_SIZE);
-  Effort effort{300};
-  EXPECT_FALSE(finder::SearchLattices(index, 44, 400, effort, [](const Lattice&) { return true; }));
+  SearchBudget budget{300};
+  EXPECT_FALSE(finder::SearchLattices(index, 44, 400, budget, [](const Lattice&) { return true; }));
 }
 
 TEST(Lattice, GrownAtAnyAngleHasEveryDiscWhereItBelongs) {
@@ -88,8 +88,8 @@ TEST(Lattice, GrownAtAnyAngleHasEveryDiscWhereItBelongs) {
     const cv::Matx33d rotation(28.0 * std::cos(angle), -28.0 * std::sin(angle), 320.0, 28.0 * std::sin(angle),
                                28.0 * std::cos(angle), 240.0, 0.0, 0.0, 1.0);
     const Lattice lattice = Grown(Observed(finder::PatternIndices(GRID), rotation));
-    Effort effort{1000000};
-    const finder::Labelling labelling = finder::LabelPattern(lattice, GRID, 2, effort);
+    SearchBudget budget{1000000};
+    const finder::Labelling labelling = finder::LabelPattern(lattice, GRID, 2, budget);
     EXPECT_EQ(labelling.discs, InOrder()) << angle;
     EXPECT_EQ(labelling.covered, 44);
     EXPECT_LE(labelling.secondBest, 42);

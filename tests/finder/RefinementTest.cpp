@@ -70,7 +70,7 @@ TEST(Refinement, KnowsCentresToHundredthsOfAPixel) {
   }
 }
 
-/// Windows that are off cut large discs, or reach their neighbours: the second look is the better one.
+/// Windows that are off cut large discs, or reach their neighbours: the second round is the better one.
 TEST(Refinement, ReachesLargeDiscsFromPixelsAway) {
   constexpr double LARGE = 0.62;
   cv::Mat picture;

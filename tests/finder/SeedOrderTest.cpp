@@ -23,8 +23,8 @@ TEST(SeedOrder, PutsTheInsideOfAPatternBeforeStrewnSpots) {
     candidates.push_back({{30.0 + 24.0 * gridIndex.x, 30.0 + 24.0 * gridIndex.y}, 9.0, 3});
   }
   const finder::CandidateIndex index(candidates, cv::Size(640, 480));
-  finder::Effort effort{100000};
-  const std::vector<int> seeds = finder::SeedsInOrder(index, effort);
+  finder::SearchBudget budget{100000};
+  const std::vector<int> seeds = finder::SeedsInOrder(index, budget);
   ASSERT_EQ(seeds.size(), candidates.size());
   for (size_t k = 0; k < 10; ++k) EXPECT_GE(seeds[k], 100) << k;
 }

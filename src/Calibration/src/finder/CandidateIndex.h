@@ -9,8 +9,8 @@
 
 namespace velmora::finder {
 
-/// What a search may still spend, in looks into the index; it bounds the time for any picture.
-struct Effort {
+/// What a search may still spend, in lookups in the index; it bounds the time for any image.
+struct SearchBudget {
   int left = 0;
   bool Spent() const { return left <= 0; }
 };
@@ -26,10 +26,10 @@ class CandidateIndex {
 
   /// The candidate nearest to a point, within `reach`, of which `wanted(k)` holds; -1 without one.
   template <typename Wanted>
-  int Nearest(const cv::Point2d& at, double reach, Effort& effort, Wanted wanted) const {
+  int Nearest(const cv::Point2d& at, double reach, SearchBudget& budget, Wanted wanted) const {
     int best = -1;
     double least = reach * reach;
-    Visit(at, reach, effort, [&](int k) {
+    Visit(at, reach, budget, [&](int k) {
       const cv::Point2d apart = candidates_[static_cast<size_t>(k)].centre - at;
       const double square = apart.dot(apart);
       if (square > least || !wanted(k)) return;
@@ -41,14 +41,14 @@ class CandidateIndex {
 
   /// Calls `visit(k)` for all candidates of the cells that the circle touches.
   template <typename Visitor>
-  void Visit(const cv::Point2d& at, double reach, Effort& effort, Visitor visit) const {
+  void Visit(const cv::Point2d& at, double reach, SearchBudget& budget, Visitor visit) const {
     const int left = Column(at.x - reach);
     const int right = Column(at.x + reach);
     const int bottom = Row(at.y + reach);
     for (int row = Row(at.y - reach); row <= bottom; ++row) {
       for (int column = left; column <= right; ++column) {
         const size_t cell = static_cast<size_t>(row * columns_ + column);
-        effort.left -= 1 + (starts_[cell + 1] - starts_[cell]);
+        budget.left -= 1 + (starts_[cell + 1] - starts_[cell]);
         for (int k = starts_[cell]; k < starts_[cell + 1]; ++k) visit(sorted_[static_cast<size_t>(k)]);
       }
     }

@@ -77,7 +77,7 @@ bool LiesOnPlane(const SheetPlane& plane, const LabelledDiscs& discs) {
 }
 
 bool GoesOn(const SheetPlane& plane, const LabelledDiscs& discs, const CandidateIndex& index,
-            Effort& effort) {
+            SearchBudget& budget) {
   const double radius = discs.MedianRadius();
   const auto isOwn = [&](int k) {
     return std::any_of(discs.centres.begin(), discs.centres.end(), [&](const cv::Point2d& centre) {
@@ -88,7 +88,7 @@ bool GoesOn(const SheetPlane& plane, const LabelledDiscs& discs, const Candidate
   for (const auto& [x, y] : IndicesAround(discs)) {
     const cv::Point gridIndex(x, y);
     const double reach = BEYOND * plane.Step(gridIndex) + 0.5;
-    const int found = index.Nearest(plane.Predict(gridIndex), reach, effort, [&](int k) {
+    const int found = index.Nearest(plane.Predict(gridIndex), reach, budget, [&](int k) {
       return index[k].radius > 0.65 * radius && index[k].radius < 1.5 * radius && !isOwn(k);
     });
     if (found >= 0) ++beyond;

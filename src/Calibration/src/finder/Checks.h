@@ -17,7 +17,8 @@ bool LiesOnPlane(const SheetPlane& plane, const LabelledDiscs& discs);
 
 /// True when the pattern goes on beyond the grid's size: there are discs like those of the grid at indices
 /// around it.
-bool GoesOn(const SheetPlane& plane, const LabelledDiscs& discs, const CandidateIndex& index, Effort& effort);
+bool GoesOn(const SheetPlane& plane, const LabelledDiscs& discs, const CandidateIndex& index,
+            SearchBudget& budget);
 
 /// True when the spots touch at their corners as the dark squares of a chessboard do.
 bool IsChessboard(const SheetPlane& plane, const LabelledDiscs& discs, const cv::Mat& grey);

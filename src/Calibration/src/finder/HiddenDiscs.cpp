@@ -38,7 +38,7 @@ double Median(std::vector<double> values) {
   return *middle;
 }
 
-enum class Look { InPlace, PutRight, Hidden };
+enum class DiscState { InPlace, PutRight, Hidden };
 
 /// The rim of a disc, looked for where the disc was found, in the shape that the sheet has there.
 Rim RimAsFound(const SheetPlane& plane, const cv::Mat& grey, const LabelledDiscs& all, size_t k) {
@@ -76,30 +76,31 @@ class OnceFollowed {
   Rim rim_;
 };
 
-Look LookAt(const SheetPlane& plane, const cv::Mat& grey, const LabelledDiscs& all, LabelledDiscs& discs,
-            size_t k, double residual, double usual, OnceFollowed& followed) {
+DiscState CheckDisc(const SheetPlane& plane, const cv::Mat& grey, const LabelledDiscs& all,
+                    LabelledDiscs& discs, size_t k, double residual, double usual, OnceFollowed& followed) {
   ExpectedDisc expected;
-  if (!ExpectDisc(plane, all, k, expected)) return Look::InPlace;
+  if (!ExpectDisc(plane, all, k, expected)) return DiscState::InPlace;
   // Where those around it expect it, whatever shadow is upon it.
   const double off = cv::norm(expected.centre - all.centres[k]);
-  if (off < CLOSE) return Look::InPlace;
+  if (off < CLOSE) return DiscState::InPlace;
   const Rim& rim = followed.Of(plane, grey, all, k, expected);
   if (rim.visible < WHOLE) {
     // Prints with ragged discs have ragged rims, and all their discs are off a little.
     const bool part = rim.visible < HALF && off > 0.1 * all.radii[k] + CLOSE;
-    if (!part && off <= OUTLIER * usual) return Look::InPlace;
+    if (!part && off <= OUTLIER * usual) return DiscState::InPlace;
     // Where a lens bends much the others are wrong about the corners.
-    if (residual > FAR_OFF * usual) return Look::Hidden;
-    return RimAsFound(plane, grey, all, k).visible >= WHOLE_ALONE ? Look::InPlace : Look::Hidden;
+    if (residual > FAR_OFF * usual) return DiscState::Hidden;
+    return RimAsFound(plane, grey, all, k).visible >= WHOLE_ALONE ? DiscState::InPlace : DiscState::Hidden;
   }
   // A rim is known less well than the middle of the darkness, most of all at corners, where the others are
   // wrong about size and shape: only what is off for certain is put where its rim is.
-  if (residual <= OUTLIER * usual || cv::norm(rim.centre - expected.centre) > 0.7 * off) return Look::InPlace;
+  if (residual <= OUTLIER * usual || cv::norm(rim.centre - expected.centre) > 0.7 * off)
+    return DiscState::InPlace;
   if (cv::norm(rim.centre - all.centres[k]) < std::max(UNSURE, UNSURE_RADII * all.radii[k]))
-    return Look::InPlace;
+    return DiscState::InPlace;
   discs.centres[k] = rim.centre;
   discs.radii[k] = expected.radius * std::sqrt(std::abs(cv::determinant(expected.slope)));
-  return Look::PutRight;
+  return DiscState::PutRight;
 }
 
 }  // namespace
@@ -120,10 +121,10 @@ bool AreWhole(const SheetPlane& flat, const cv::Mat& grey, LabelledDiscs& discs)
     bool moved = false;
     for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
       if (off[k] < least || right[k]) continue;
-      const Look look = LookAt(plane, grey, before, discs, k, off[k], usual, rims[k]);
+      const DiscState state = CheckDisc(plane, grey, before, discs, k, off[k], usual, rims[k]);
       // Later rounds only put right: what is off was assessed among all the others.
-      if (look == Look::Hidden && round == 0) return false;
-      if (look != Look::PutRight) continue;
+      if (state == DiscState::Hidden && round == 0) return false;
+      if (state != DiscState::PutRight) continue;
       right[k] = true;
       moved = true;
     }

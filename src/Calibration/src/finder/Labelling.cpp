@@ -72,7 +72,7 @@ Range Shifts(int patternFrom, int patternSize, int latticeFrom, int latticeSize)
 
 }  // namespace
 
-Labelling LabelPattern(const Lattice& lattice, const cv::Size& grid, int lacking, Effort& effort) {
+Labelling LabelPattern(const Lattice& lattice, const cv::Size& grid, int lacking, SearchBudget& budget) {
   Labelling best;
   if (lattice.points.empty()) return best;
   const CandidateTable table(lattice);
@@ -92,8 +92,8 @@ Labelling LabelPattern(const Lattice& lattice, const cv::Size& grid, int lacking
     const Range ys = Shifts(box.y, box.height, room.y, room.height);
     for (int y = ys.from; y <= ys.to; ++y) {
       for (int x = xs.from; x <= xs.to; ++x) {
-        if (effort.Spent()) return {};
-        effort.left -= static_cast<int>(turned.size() / 4);
+        if (budget.Spent()) return {};
+        budget.left -= static_cast<int>(turned.size() / 4);
         const cv::Point shift(x, y);
         const int covered = static_cast<int>(std::count_if(
             turned.begin(), turned.end(), [&](const cv::Point& p) { return table.At(p + shift) >= 0; }));

@@ -15,10 +15,10 @@ namespace {
 constexpr size_t NEIGHBOURS = 8;
 constexpr int SEED_PAIRS = 6;
 constexpr int PASSES = 3;
-/// What beginning a growth costs, in looks.
+/// What beginning a growth costs, in lookups.
 constexpr int BEGINNING = 200;
-/// What is left to look at the largest of too small ones.
-constexpr int LAST_LOOK = 50000;
+/// The lookups that are kept for the largest of too small ones.
+constexpr int LAST_LOOKUPS = 50000;
 /// The largest irregularity of a pattern.
 constexpr double REGULAR = 0.07;
 /// Lattice indices are -REACH to REACH in both directions.
@@ -42,13 +42,13 @@ double Cross(const cv::Point2d& a, const cv::Point2d& b) {
 /// A lattice under growth; one after the other.
 class Growth {
  public:
-  Growth(const CandidateIndex& index, size_t most, Effort& effort)
-      : index_(index), most_(most), effort_(effort), taken_(static_cast<size_t>(index.Count()), false) {
+  Growth(const CandidateIndex& index, size_t most, SearchBudget& budget)
+      : index_(index), most_(most), budget_(budget), taken_(static_cast<size_t>(index.Count()), false) {
     at_.assign(static_cast<size_t>((2 * REACH + 1) * (2 * REACH + 1)), -1);
   }
 
   Lattice Run(int seed, const cv::Point2d& first, const cv::Point2d& second) {
-    effort_.left -= BEGINNING;
+    budget_.left -= BEGINNING;
     lattice_.clockwise = Cross(first, second) > 0.0;
     steps_ = {first, second};
     Put({0, 0}, seed);
@@ -73,7 +73,7 @@ class Growth {
   static bool Inside(const cv::Point& gridIndex) {
     return std::abs(gridIndex.x) <= REACH && std::abs(gridIndex.y) <= REACH;
   }
-  bool Full() const { return lattice_.points.size() >= most_ || effort_.Spent(); }
+  bool Full() const { return lattice_.points.size() >= most_ || budget_.Spent(); }
   int At(const cv::Point& gridIndex) const { return Inside(gridIndex) ? at_[Cell(gridIndex)] : -1; }
   const cv::Point2d& Centre(int k) const { return index_[k].centre; }
 
@@ -93,7 +93,7 @@ class Growth {
       const int here = At(from);
       const cv::Point2d step = Predict(from, direction);
       const double radius = index_[here].radius;
-      const int found = index_.Nearest(Centre(here) + step, SLACK * cv::norm(step), effort_, [&](int k) {
+      const int found = index_.Nearest(Centre(here) + step, SLACK * cv::norm(step), budget_, [&](int k) {
         return !taken_[static_cast<size_t>(k)] && AlikeInSize(radius, index_[k].radius);
       });
       if (found >= 0) Put(to, found);
@@ -131,7 +131,7 @@ class Growth {
 
   const CandidateIndex& index_;
   const size_t most_;
-  Effort& effort_;
+  SearchBudget& budget_;
   std::vector<char> taken_;
   std::vector<int> at_;
   std::array<cv::Point2d, 2> steps_;
@@ -139,14 +139,14 @@ class Growth {
 };
 
 /// The steps from a candidate to its nearest neighbours of like size.
-std::vector<cv::Point2d> NeighbourSteps(const CandidateIndex& index, int seed, Effort& effort) {
+std::vector<cv::Point2d> NeighbourSteps(const CandidateIndex& index, int seed, SearchBudget& budget) {
   const Candidate& from = index[seed];
   std::vector<cv::Point2d> steps;
   const auto nearer = [](const cv::Point2d& a, const cv::Point2d& b) { return a.dot(a) < b.dot(b); };
   for (double reach = 3.5; steps.size() < NEIGHBOURS && reach <= FARTHEST; reach *= 2.0) {
     steps.clear();
     const double farthest = reach * (from.radius + 0.5);
-    index.Visit(from.centre, farthest, effort, [&](int k) {
+    index.Visit(from.centre, farthest, budget, [&](int k) {
       const cv::Point2d step = index[k].centre - from.centre;
       if (k == seed || step.dot(step) > farthest * farthest) return;
       if (AlikeInSize(from.radius, index[k].radius)) steps.push_back(step);
@@ -172,11 +172,11 @@ int OppositePairs(const std::vector<cv::Point2d>& steps) {
 
 /// True when more candidates support that two steps are a base.
 bool IsSupported(const CandidateIndex& index, int seed, const cv::Point2d& a, const cv::Point2d& b,
-                 Effort& effort) {
+                 SearchBudget& budget) {
   const Candidate& from = index[seed];
   const auto exists = [&](const cv::Point2d& step) {
     const double reach = SEED_SLACK * std::min(cv::norm(a), cv::norm(b)) + 0.5;
-    return index.Nearest(from.centre + step, reach, effort,
+    return index.Nearest(from.centre + step, reach, budget,
                          [&](int k) { return k != seed && AlikeInSize(from.radius, index[k].radius); }) >= 0;
   };
   return exists(a + b) && (exists(-a) || exists(-b) || exists(2.0 * a) || exists(2.0 * b));
@@ -191,8 +191,8 @@ bool AlikeInSize(double radius, double other) {
 }
 
 Lattice GrowLattice(const CandidateIndex& index, int seed, const cv::Point2d& first,
-                    const cv::Point2d& second, size_t most, Effort& effort) {
-  return Growth(index, most, effort).Run(seed, first, second);
+                    const cv::Point2d& second, size_t most, SearchBudget& budget) {
+  return Growth(index, most, budget).Run(seed, first, second);
 }
 
 double Irregularity(const Lattice& lattice, const CandidateIndex& index) {
@@ -224,14 +224,14 @@ double Irregularity(const Lattice& lattice, const CandidateIndex& index) {
   return count >= 4 ? sum / count : 1.0;
 }
 
-std::vector<int> SeedsInOrder(const CandidateIndex& index, Effort& effort) {
+std::vector<int> SeedsInOrder(const CandidateIndex& index, SearchBudget& budget) {
   std::vector<int> seeds(static_cast<size_t>(index.Count()));
   std::iota(seeds.begin(), seeds.end(), 0);
   if (index.Count() < MANY) return seeds;
   std::vector<int> pairs(seeds.size(), 0);
   for (const int seed : seeds) {
-    if (effort.Spent()) break;
-    pairs[static_cast<size_t>(seed)] = OppositePairs(NeighbourSteps(index, seed, effort));
+    if (budget.Spent()) break;
+    pairs[static_cast<size_t>(seed)] = OppositePairs(NeighbourSteps(index, seed, budget));
   }
   std::stable_sort(seeds.begin(), seeds.end(), [&](int a, int b) {
     return pairs[static_cast<size_t>(a)] > pairs[static_cast<size_t>(b)];
@@ -239,27 +239,27 @@ std::vector<int> SeedsInOrder(const CandidateIndex& index, Effort& effort) {
   return seeds;
 }
 
-bool SearchLattices(const CandidateIndex& index, size_t least, size_t most, Effort& effort,
+bool SearchLattices(const CandidateIndex& index, size_t least, size_t most, SearchBudget& budget,
                     const std::function<bool(const Lattice&)>& accept) {
   std::vector<bool> used(static_cast<size_t>(index.Count()), false);
-  Growth growth(index, most, effort);
+  Growth growth(index, most, budget);
   Lattice largest;
   std::vector<int> seeds(static_cast<size_t>(index.Count()));
   std::iota(seeds.begin(), seeds.end(), 0);
-  for (size_t next = 0; next < seeds.size() + AT_ONCE && !effort.Spent(); ++next) {
+  for (size_t next = 0; next < seeds.size() + AT_ONCE && !budget.Spent(); ++next) {
     // Mostly one of the first is right, and the order would cost more than it spares.
     if (next < AT_ONCE && next >= seeds.size()) continue;
-    if (next == AT_ONCE) seeds = SeedsInOrder(index, effort);
+    if (next == AT_ONCE) seeds = SeedsInOrder(index, budget);
     const int seed = seeds[next < AT_ONCE ? next : next - AT_ONCE];
     if (used[static_cast<size_t>(seed)]) continue;
-    const std::vector<cv::Point2d> steps = NeighbourSteps(index, seed, effort);
+    const std::vector<cv::Point2d> steps = NeighbourSteps(index, seed, budget);
     int pairs = 0;
     for (size_t i = 0; i < steps.size() && pairs < SEED_PAIRS; ++i) {
-      for (size_t j = i + 1; j < steps.size() && pairs < SEED_PAIRS && !effort.Spent(); ++j) {
+      for (size_t j = i + 1; j < steps.size() && pairs < SEED_PAIRS && !budget.Spent(); ++j) {
         const double a = cv::norm(steps[i]);
         const double b = cv::norm(steps[j]);
         if (std::abs(Cross(steps[i], steps[j])) <= 0.3 * a * b || b > 4.0 * a) continue;
-        if (!IsSupported(index, seed, steps[i], steps[j], effort)) continue;
+        if (!IsSupported(index, seed, steps[i], steps[j], budget)) continue;
         ++pairs;
         Lattice lattice = growth.Run(seed, steps[i], steps[j]);
         const bool large = lattice.points.size() >= least;
@@ -274,7 +274,7 @@ bool SearchLattices(const CandidateIndex& index, size_t least, size_t most, Effo
       }
     }
   }
-  effort.left = std::max(effort.left, LAST_LOOK);
+  budget.left = std::max(budget.left, LAST_LOOKUPS);
   return largest.points.size() < least && !largest.points.empty() && accept(largest);
 }
 

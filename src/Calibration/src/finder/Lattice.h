@@ -24,7 +24,7 @@ struct Lattice {
 
 /// Grows a lattice from a candidate and two steps to neighbours of it, to at most `most` points.
 Lattice GrowLattice(const CandidateIndex& index, int seed, const cv::Point2d& first,
-                    const cv::Point2d& second, size_t most, Effort& effort);
+                    const cv::Point2d& second, size_t most, SearchBudget& budget);
 
 /// How far points lie from the middle between their neighbours, as a mean share of the step: points strewn at
 /// random can be grown along just as well as a pattern, but not as evenly. 1 for too few to tell.
@@ -32,11 +32,11 @@ double Irregularity(const Lattice& lattice, const CandidateIndex& index);
 
 /// All candidates in the order in which they are worth growing from: those first whose neighbours lie
 /// opposite to each other in pairs, as inside a pattern. Where there are few, in their own order.
-std::vector<int> SeedsInOrder(const CandidateIndex& index, Effort& effort);
+std::vector<int> SeedsInOrder(const CandidateIndex& index, SearchBudget& budget);
 
-/// Grows lattices from all candidates, until `accept` returns true for a regular one, or the effort is spent.
+/// Grows lattices from all candidates, until `accept` returns true for a regular one, or the budget is spent.
 /// Of smaller ones than `least` only the largest is offered, last of all. True when one was accepted.
-bool SearchLattices(const CandidateIndex& index, size_t least, size_t most, Effort& effort,
+bool SearchLattices(const CandidateIndex& index, size_t least, size_t most, SearchBudget& budget,
                     const std::function<bool(const Lattice&)>& accept);
 
 /// True for discs that may be neighbours in one pattern.

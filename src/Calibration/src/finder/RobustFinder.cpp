@@ -20,8 +20,8 @@ namespace {
 using finder::LabelledDiscs;
 using finder::SheetPlane;
 
-/// Looks into the index that one search may take.
-constexpr int EFFORT = 300000;
+/// The lookups in the index that one search may take.
+constexpr int BUDGET = 300000;
 /// A small lattice that is less regular than this speaks of nothing.
 constexpr double ACCIDENTAL = 0.03;
 /// Discs that are enough of a pattern to speak of its size.
@@ -40,8 +40,8 @@ class DarkSearch {
       finding_.fault = FaultOfFew(candidates);
     }
     const finder::CandidateIndex index(candidates.discs, grey_.size());
-    effort_.left = EFFORT;
-    finder::SearchLattices(index, least, 3 * gridIndices_.size() + 60, effort_,
+    budget_.left = BUDGET;
+    finder::SearchLattices(index, least, 3 * gridIndices_.size() + 60, budget_,
                            [&](const finder::Lattice& lattice) { return Accept(lattice, index); });
     return finding_;
   }
@@ -59,7 +59,7 @@ class DarkSearch {
         static_cast<int>(lattice.points.size()) >= grid_.area() - finder::MissingAllowed(grid_);
     // What is too small for the grid is labelled all the same: it tells what is missing.
     const int lacking = complete ? 2 : grid_.width + grid_.height;
-    const finder::Labelling labelling = finder::LabelPattern(lattice, grid_, lacking, effort_);
+    const finder::Labelling labelling = finder::LabelPattern(lattice, grid_, lacking, budget_);
     if (labelling.covered < TELLING) return false;
     // A few spots line up by accident here and there.
     if (!complete && finder::Irregularity(lattice, index) > ACCIDENTAL) return false;
@@ -106,7 +106,7 @@ class DarkSearch {
     // What was recovered is in place but for what hides a part of it.
     const GridFault offPlane = gaps ? GridFault::PartlyHidden : GridFault::NothingLikeIt;
     if (!plane.Fit(discs) || !finder::LiesOnPlane(plane, discs)) return offPlane;
-    if (finder::GoesOn(plane, discs, index, effort_)) return GridFault::BiggerLattice;
+    if (finder::GoesOn(plane, discs, index, budget_)) return GridFault::BiggerLattice;
     if (finder::IsChessboard(plane, discs, grey_)) return GridFault::NothingLikeIt;
     finder::RefineDiscs(plane, grey_, discs);
     if (!finder::AreDiscs(plane, grey_, discs)) return GridFault::NothingLikeIt;
@@ -116,7 +116,7 @@ class DarkSearch {
   const cv::Mat& grey_;
   const cv::Size grid_;
   const std::vector<cv::Point> gridIndices_;
-  finder::Effort effort_;
+  finder::SearchBudget budget_;
   GridFinding finding_;
   size_t said_ = 0;  ///< size of the lattice that the fault is of
 };
