@@ -101,13 +101,13 @@ void NextPoseBesideSparse(benchmark::State& state) {
   const Data data = MakeData(10);
   const solver::Target target = solver::TargetOf(data.object, data.image);
   const SparseResult result = SolveIntrinsicsSparsely(data.object, data.image, FRAME, model);
-  const Knowledge knowledge =
-      KnowledgeFrom(solver::SolutionFrom(target, result, FRAME, 0.0), target.views, FRAME);
+  const CameraInformation known =
+      CameraInformationFrom(solver::SolutionFrom(target, result, FRAME, 0.0), target.views, FRAME);
   bench::Ratio().Run(
       state,
       [&] {
         benchmark::DoNotOptimize(
-            ChooseNextPose(knowledge, target.views.front().observations.front().object, FRAME).then);
+            ChooseNextPose(known, target.views.front().observations.front().object, FRAME).then);
       },
       [&] { Sparse(data, model); });
 }

@@ -58,13 +58,13 @@ std::vector<cv::Point2d> Observed(const world::Pose& pose, cv::RNG& random) {
 /// The expected standard deviation of projections for these poses, at the true camera and with the true
 /// noise.
 double TrueDeviation(const std::vector<world::Pose>& poses, int estimated) {
-  Knowledge knowledge;
-  knowledge.intrinsics = TrueIntrinsics(estimated);
-  knowledge.variance = 0.01;
-  knowledge.information = Eigen::MatrixXd::Zero(estimated, estimated);
+  CameraInformation known;
+  known.intrinsics = TrueIntrinsics(estimated);
+  known.variance = 0.01;
+  known.information = Eigen::MatrixXd::Zero(estimated, estimated);
   Rig rig;
   rig.cameras.resize(1);
-  rig.cameras.front().intrinsics = knowledge.intrinsics;
+  rig.cameras.front().intrinsics = known.intrinsics;
   for (const world::Pose& pose : poses) {
     TargetView view;
     view.rigFromTarget.R = RotationOf(pose.rvec);
@@ -74,22 +74,23 @@ double TrueDeviation(const std::vector<world::Pose>& poses, int estimated) {
     const solver::ReducedView reduced =
         solver::Reduce(solver::EquationsOf(view, view.rigFromTarget, rig, LayoutOf(rig, {})), 0.0);
     EXPECT_TRUE(reduced.solvable);
-    knowledge.information += Eigen::MatrixXd(reduced.matrix.selfadjointView<Eigen::Lower>());
+    known.information += Eigen::MatrixXd(reduced.matrix.selfadjointView<Eigen::Lower>());
   }
   // The larger models' priors, for a rim of the data at 0.7.
   for (int i = CLASSIC_PARAMETERS; i < std::min(estimated, RATIONAL_PARAMETERS); ++i) {
     const double standardDeviation = 0.5 / std::pow(0.49, i - CLASSIC_PARAMETERS + 1);
-    knowledge.information(i, i) += knowledge.variance / (standardDeviation * standardDeviation);
+    known.information(i, i) += known.variance / (standardDeviation * standardDeviation);
   }
-  return PoseScore(knowledge, unit::FRAME).Now();
+  return ExpectedUncertainty(known, unit::FRAME).Current();
 }
 
-Knowledge KnowledgeOf(const unit::PointLists& views, int model) {
+CameraInformation CameraInformationOf(const unit::PointLists& views, int model) {
   const std::vector<std::vector<cv::Point3d>> objects(views.size(),
                                                       MakeObjectTemplate(unit::GRID, unit::UNIT));
   const solver::Target target = solver::TargetOf(objects, views);
   const SparseResult result = SolveIntrinsicsSparsely(objects, views, unit::FRAME, model);
-  return KnowledgeFrom(solver::SolutionFrom(target, result, unit::FRAME, 0.0), target.views, unit::FRAME);
+  return CameraInformationFrom(solver::SolutionFrom(target, result, unit::FRAME, 0.0), target.views,
+                               unit::FRAME);
 }
 
 /// Three random poses, then proposed ones, each from what was observed (with noise) in those before it, and
@@ -100,7 +101,7 @@ std::vector<world::Pose> ProposedPoses(int count, int model, std::uint64_t seed,
   unit::PointLists views;
   for (const world::Pose& pose : poses) views.push_back(Observed(pose, random));
   while (static_cast<int>(poses.size()) < count) {
-    const NextPose next = ChooseNextPose(KnowledgeOf(views, model), CentredGrid(), unit::FRAME);
+    const NextPose next = ChooseNextPose(CameraInformationOf(views, model), CentredGrid(), unit::FRAME);
     poses.push_back(PoseOf(next.candidate.pose));
     for (int i = 0; i < 3; ++i) {
       poses.back().rvec[i] += random.gaussian(miss);
@@ -147,7 +148,7 @@ INSTANTIATE_TEST_SUITE_P(Models, ProposedViews,
 
 TEST(NextPose, IsTheSameForTheSameViews) {
   const auto choose = [] {
-    return ChooseNextPose(KnowledgeOf(unit::NoisyViews(4), Calibrator::MODEL_RATIONAL), CentredGrid(),
+    return ChooseNextPose(CameraInformationOf(unit::NoisyViews(4), Calibrator::MODEL_RATIONAL), CentredGrid(),
                           unit::FRAME);
   };
   const NextPose first = choose();
@@ -164,9 +165,11 @@ TEST(NextPose, ExpectsWhatTheVerdictWillMeasure) {
   auto poses = world::SampleViews(unit::DistortedCamera(), 6, 5, Paper());
   unit::PointLists views;
   for (const world::Pose& pose : poses) views.push_back(Observed(pose, random));
-  const auto next = ChooseNextPose(KnowledgeOf(views, Calibrator::MODEL_CLASSIC), CentredGrid(), unit::FRAME);
+  const auto next =
+      ChooseNextPose(CameraInformationOf(views, Calibrator::MODEL_CLASSIC), CentredGrid(), unit::FRAME);
   views.push_back(Observed(PoseOf(next.candidate.pose), random));
-  const double measured = PoseScore(KnowledgeOf(views, Calibrator::MODEL_CLASSIC), unit::FRAME).Now();
+  const double measured =
+      ExpectedUncertainty(CameraInformationOf(views, Calibrator::MODEL_CLASSIC), unit::FRAME).Current();
   EXPECT_NEAR(measured, next.then, 0.25 * next.then);
 }
 
@@ -179,10 +182,10 @@ TEST(NextPose, KnowsWhatTheCovarianceOfTheViewsSays) {
   for (const int model : {Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL, Calibrator::MODEL_FULL}) {
     const SparseResult result = SolveIntrinsicsSparsely(objects, views, unit::FRAME, model);
     const Solution solution = solver::SolutionFrom(target, result, unit::FRAME, 0.0);
-    const auto knowledge = KnowledgeFrom(solution, target.views, unit::FRAME);
+    const auto known = CameraInformationFrom(solution, target.views, unit::FRAME);
     const double expected = ProjectionUncertainty(solution.rig.cameras.front().intrinsics, unit::FRAME, image)
                                 .InImage(solver::SharedCovariance(solution));
-    EXPECT_NEAR(PoseScore(knowledge, unit::FRAME).Now(), expected, 0.05 * expected) << model;
+    EXPECT_NEAR(ExpectedUncertainty(known, unit::FRAME).Current(), expected, 0.05 * expected) << model;
   }
 }
 
@@ -195,12 +198,12 @@ TEST(NextPose, IsOfAUsualCameraWhereTheEstimateIsAbsurd) {
   const auto nominal = [&](double fx, double cx) {
     result.K.at<double>(0, 0) = fx;
     result.K.at<double>(0, 2) = cx;
-    const auto knowledge =
-        KnowledgeFrom(solver::SolutionFrom(target, result, unit::FRAME, 0.0), target.views, unit::FRAME);
-    const auto next = ChooseNextPose(knowledge, CentredGrid(), unit::FRAME);
+    const auto known = CameraInformationFrom(solver::SolutionFrom(target, result, unit::FRAME, 0.0),
+                                             target.views, unit::FRAME);
+    const auto next = ChooseNextPose(known, CentredGrid(), unit::FRAME);
     EXPECT_EQ(next.candidate.view.image.size(), 44U);
     EXPECT_TRUE(std::isfinite(next.then));
-    return knowledge.nominal;
+    return known.nominal;
   };
   EXPECT_FALSE(nominal(530.0, 320.0));
   EXPECT_TRUE(nominal(50.0, 320.0));
@@ -211,9 +214,9 @@ TEST(NextPose, IsOfAUsualCameraWhereTheEstimateIsAbsurd) {
 }
 
 TEST(NextPose, NeedsNoView) {
-  const Knowledge nothing = KnowledgeFrom({}, {}, unit::FRAME);
-  EXPECT_TRUE(nothing.nominal);
-  const auto next = ChooseNextPose(nothing, CentredGrid(), unit::FRAME);
+  const CameraInformation withoutViews = CameraInformationFrom({}, {}, unit::FRAME);
+  EXPECT_TRUE(withoutViews.nominal);
+  const auto next = ChooseNextPose(withoutViews, CentredGrid(), unit::FRAME);
   EXPECT_EQ(next.candidate.view.image.size(), 44U);
   EXPECT_LT(next.then, next.now);
 }

@@ -56,10 +56,11 @@ double MostSpacing(int finder) {
 
 PoseProposal ProposePose(const SnapshotList& snapshots, const ProposalSettings& settings) {
   const Known known = KnownFrom(snapshots, settings);
-  const Knowledge knowledge = KnowledgeFrom(known.solution, known.target.views, settings.imageSize);
+  const CameraInformation cameraInformation =
+      CameraInformationFrom(known.solution, known.target.views, settings.imageSize);
   cv::Vec3d middle;
-  const NextPose next = ChooseNextPose(knowledge, Centred(settings.target, middle), settings.imageSize,
-                                       MostSpacing(settings.finder));
+  const NextPose next = ChooseNextPose(cameraInformation, Centred(settings.target, middle),
+                                       settings.imageSize, MostSpacing(settings.finder));
 
   PoseProposal proposal;
   proposal.centres = next.candidate.view.image;
@@ -67,7 +68,7 @@ PoseProposal ProposePose(const SnapshotList& snapshots, const ProposalSettings& 
   proposal.tvec = next.candidate.pose.t - next.candidate.pose.R * middle;
   proposal.deviation = next.now;
   proposal.deviationThen = next.then;
-  proposal.nominal = knowledge.nominal;
+  proposal.nominal = cameraInformation.nominal;
   return proposal;
 }
 

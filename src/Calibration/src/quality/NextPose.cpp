@@ -27,7 +27,7 @@ bool IsPlausible(const Intrinsics& intrinsics, const cv::Size& imageSize) {
          central(intrinsics.values[CX], imageSize.width) && central(intrinsics.values[CY], imageSize.height);
 }
 
-/// As most cameras have it: 60 degrees wide, no distortion.
+/// The intrinsics of a usual camera: 60 degrees wide, no distortion.
 Intrinsics UsualCamera(const cv::Size& imageSize) {
   constexpr double HALF_WIDTH = 0.577;  // at distance 1
   const double focal = 0.5 * std::max(imageSize.width, imageSize.height) / HALF_WIDTH;
@@ -38,18 +38,19 @@ Intrinsics UsualCamera(const cv::Size& imageSize) {
 
 /// What is known of any camera's intrinsics. It stands in for views as long as these leave something
 /// undetermined, and says next to nothing beside enough of them.
-void AddCommonKnowledge(const cv::Size& imageSize, Knowledge& knowledge) {
-  const double focal = 0.3 * knowledge.intrinsics.values[0];
+void AddPriorInformation(const cv::Size& imageSize, CameraInformation& known) {
+  const double focal = 0.3 * known.intrinsics.values[0];
   const double centre = 0.1 * std::max(imageSize.width, imageSize.height);
   const std::array<double, CLASSIC_PARAMETERS> deviations = {focal, focal, centre, centre, 0.5,
                                                              0.5,   0.02,  0.02,   0.5};
   for (int i = 0; i < CLASSIC_PARAMETERS; ++i) {
     const double standardDeviation = deviations[static_cast<size_t>(i)];
-    knowledge.information(i, i) += knowledge.variance / (standardDeviation * standardDeviation);
+    known.information(i, i) += known.variance / (standardDeviation * standardDeviation);
   }
 }
 
-/// What a view of a camera says of its intrinsics; nothing where it does not show the target in front of it.
+/// The information of a view about its camera's intrinsics; empty where it does not show the target in front
+/// of it.
 Eigen::MatrixXd InformationOf(const Observation& observation, const Intrinsics& intrinsics,
                               const RigidTransform& pose) {
   Rig rig;
@@ -64,78 +65,78 @@ void Add(const Eigen::MatrixXd& view, Eigen::MatrixXd& information) {
   if (view.size() > 0) information += view;
 }
 
-Knowledge UsualKnowledge(const std::vector<TargetView>& views, const cv::Size& imageSize) {
-  Knowledge knowledge;
-  knowledge.intrinsics = UsualCamera(imageSize);
-  knowledge.variance = USUAL_NOISE * USUAL_NOISE;
-  const int estimated = knowledge.intrinsics.estimated;
-  knowledge.information = Eigen::MatrixXd::Zero(estimated, estimated);
+CameraInformation InformationOfUsualCamera(const std::vector<TargetView>& views, const cv::Size& imageSize) {
+  CameraInformation known;
+  known.intrinsics = UsualCamera(imageSize);
+  known.variance = USUAL_NOISE * USUAL_NOISE;
+  const int estimated = known.intrinsics.estimated;
+  known.information = Eigen::MatrixXd::Zero(estimated, estimated);
   for (const TargetView& view : views) {
     const Observation& observation = view.observations.front();
     cv::Matx33d homography;
     if (!solver::HomographyOf(observation, homography)) continue;
-    const RigidTransform pose = solver::StartPoseOf(observation, knowledge.intrinsics);
-    Add(InformationOf(observation, knowledge.intrinsics, pose), knowledge.information);
+    const RigidTransform pose = solver::StartPoseOf(observation, known.intrinsics);
+    Add(InformationOf(observation, known.intrinsics, pose), known.information);
   }
-  return knowledge;
+  return known;
 }
 
 }  // namespace
 
-Knowledge KnowledgeFrom(const Solution& solution, const std::vector<TargetView>& views,
-                        const cv::Size& imageSize) {
-  Knowledge knowledge;
+CameraInformation CameraInformationFrom(const Solution& solution, const std::vector<TargetView>& views,
+                                        const cv::Size& imageSize) {
+  CameraInformation known;
   if (solution.views.size() >= ENOUGH_VIEWS &&
       IsPlausible(solution.rig.cameras.front().intrinsics, imageSize)) {
-    knowledge.intrinsics = solution.rig.cameras.front().intrinsics;
-    knowledge.variance = NoiseVariance(solution);
-    knowledge.nominal = false;
+    known.intrinsics = solution.rig.cameras.front().intrinsics;
+    known.variance = NoiseVariance(solution);
+    known.nominal = false;
     const solver::PriorTerms priors =
         solver::PriorTermsOf(solution.priors, solution.rig, LayoutOf(solution.rig, solution.estimated));
-    knowledge.information = priors.strengths.asDiagonal();
+    known.information = priors.strengths.asDiagonal();
     for (const ViewEquations& equations : solution.equations) {
-      Add(solver::Reduce(equations, 0.0).matrix.selfadjointView<Eigen::Lower>(), knowledge.information);
+      Add(solver::Reduce(equations, 0.0).matrix.selfadjointView<Eigen::Lower>(), known.information);
     }
   } else {
-    knowledge = UsualKnowledge(views, imageSize);
+    known = InformationOfUsualCamera(views, imageSize);
   }
-  AddCommonKnowledge(imageSize, knowledge);
-  return knowledge;
+  AddPriorInformation(imageSize, known);
+  return known;
 }
 
-PoseScore::PoseScore(const Knowledge& knowledge, const cv::Size& imageSize) : knowledge_(knowledge) {
+ExpectedUncertainty::ExpectedUncertainty(const CameraInformation& known, const cv::Size& imageSize)
+    : known_(known) {
   const auto right = static_cast<float>(imageSize.width);
   const auto bottom = static_cast<float>(imageSize.height);
   const std::vector<cv::Point2f> image = {{-1.0F, -1.0F}, {right, -1.0F}, {right, bottom}, {-1.0F, bottom}};
-  mean_ = ProjectionUncertainty(knowledge.intrinsics, imageSize, image).MeanProduct();
+  mean_ = ProjectionUncertainty(known.intrinsics, imageSize, image).MeanProduct();
 }
 
 /// Half the trace of the covariance times the mean product.
-double PoseScore::Expected(const Eigen::MatrixXd& information) const {
+double ExpectedUncertainty::Expected(const Eigen::MatrixXd& information) const {
   solver::ScaledSystem system;
   if (mean_.size() == 0 || !system.Decompose(information)) return std::numeric_limits<double>::infinity();
-  return std::sqrt(0.5 * knowledge_.variance * system.Solve(mean_).trace());
+  return std::sqrt(0.5 * known_.variance * system.Solve(mean_).trace());
 }
 
-double PoseScore::Now() const {
-  return Expected(knowledge_.information);
+double ExpectedUncertainty::Current() const {
+  return Expected(known_.information);
 }
 
-double PoseScore::With(const Candidate& candidate) const {
-  const Eigen::MatrixXd view = InformationOf(candidate.view, knowledge_.intrinsics, candidate.pose);
+double ExpectedUncertainty::With(const Candidate& candidate) const {
+  const Eigen::MatrixXd view = InformationOf(candidate.view, known_.intrinsics, candidate.pose);
   if (view.size() == 0) return std::numeric_limits<double>::infinity();
-  return Expected(knowledge_.information + view);
+  return Expected(known_.information + view);
 }
 
-NextPose ChooseNextPose(const Knowledge& knowledge, const std::vector<cv::Point3d>& object,
+NextPose ChooseNextPose(const CameraInformation& known, const std::vector<cv::Point3d>& object,
                         const cv::Size& imageSize, double mostSpacing) {
-  const PoseScore score(knowledge, imageSize);
+  const ExpectedUncertainty uncertainty(known, imageSize);
   NextPose best;
-  best.now = score.Now();
+  best.now = uncertainty.Current();
   best.then = std::numeric_limits<double>::infinity();
-  for (Candidate& candidate :
-       CandidatesFor(knowledge.intrinsics, object, imageSize, CANDIDATES, mostSpacing)) {
-    const double then = score.With(candidate);
+  for (Candidate& candidate : CandidatesFor(known.intrinsics, object, imageSize, CANDIDATES, mostSpacing)) {
+    const double then = uncertainty.With(candidate);
     if (then >= best.then) continue;
     best.then = then;
     best.candidate = std::move(candidate);

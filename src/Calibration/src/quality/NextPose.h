@@ -10,34 +10,35 @@
 
 namespace velmora {
 
-/// What is known of a camera's intrinsics: the inverse of `information` is their covariance, but for the
-/// variance.
-struct Knowledge {
+/// What is known of a camera's intrinsics: an information matrix, whose inverse times the variance is their
+/// covariance.
+struct CameraInformation {
   Intrinsics intrinsics;
   Eigen::MatrixXd information;
   double variance = 0.0;  ///< of the noise of a coordinate, squared pixels
   bool nominal = true;    ///< the intrinsics are a usual camera's, not those of the views
 };
 
-/// Of a camera that was computed from views, when it can be one; of a usual camera that took the same views,
-/// when it cannot or `solution` has no views. The views are those of the target, without poses.
-Knowledge KnowledgeFrom(const Solution& solution, const std::vector<TargetView>& views,
-                        const cv::Size& imageSize);
+/// The information about a camera that was computed from views, when its intrinsics are plausible; about a
+/// usual camera that took the same views, when they are not or `solution` has no views. The views are those
+/// of the target, without poses.
+CameraInformation CameraInformationFrom(const Solution& solution, const std::vector<TargetView>& views,
+                                        const cv::Size& imageSize);
 
-/// Expects deviations of projections: root mean square over the image of a coordinate's standard deviation,
-/// after the best common rotation of the camera's frame.
-class PoseScore {
+/// The expected uncertainty of projections: root mean square over the image of a coordinate's standard
+/// deviation, after the best common rotation of the camera's frame.
+class ExpectedUncertainty {
  public:
-  PoseScore(const Knowledge& knowledge, const cv::Size& imageSize);
+  ExpectedUncertainty(const CameraInformation& known, const cv::Size& imageSize);
 
-  double Now() const;
+  double Current() const;
   /// With one more view; infinite when it cannot be observed.
   double With(const Candidate& candidate) const;
 
  private:
   double Expected(const Eigen::MatrixXd& information) const;
 
-  const Knowledge& knowledge_;
+  const CameraInformation& known_;
   Eigen::MatrixXd mean_;  ///< product of derivatives
 };
 
@@ -47,7 +48,7 @@ struct NextPose {
   double then = 0.0;    ///< and with it
 };
 
-NextPose ChooseNextPose(const Knowledge& knowledge, const std::vector<cv::Point3d>& object,
+NextPose ChooseNextPose(const CameraInformation& known, const std::vector<cv::Point3d>& object,
                         const cv::Size& imageSize,
                         double mostSpacing = std::numeric_limits<double>::infinity());
 
