@@ -9,15 +9,15 @@ using namespace velmora;
 
 namespace {
 
-using finder::Candidate;
 using finder::CandidateIndex;
+using finder::DiscCandidate;
 using finder::SearchBudget;
 
 const cv::Size FRAME_SIZE(640, 480);
 
-std::vector<Candidate> Strewn(int count) {
+std::vector<DiscCandidate> Strewn(int count) {
   cv::RNG random(12);
-  std::vector<Candidate> candidates;
+  std::vector<DiscCandidate> candidates;
   for (int k = 0; k < count; ++k) {
     candidates.push_back({{random.uniform(0.0, 640.0), random.uniform(0.0, 480.0)}, 5.0, 3});
   }
@@ -30,7 +30,7 @@ bool Any(int) {
 
 /// What Nearest() is to find, by a comparison with every candidate.
 template <typename Wanted>
-int NearestOfAll(const std::vector<Candidate>& candidates, const cv::Point2d& at, double reach,
+int NearestOfAll(const std::vector<DiscCandidate>& candidates, const cv::Point2d& at, double reach,
                  Wanted wanted) {
   int nearest = -1;
   double least = reach;
@@ -45,7 +45,7 @@ int NearestOfAll(const std::vector<Candidate>& candidates, const cv::Point2d& at
 
 TEST(CandidateIndex, FindsTheNearestOneAsALookupOfAllDoes) {
   for (const int count : {1, 40, 2000}) {
-    const std::vector<Candidate> candidates = Strewn(count);
+    const std::vector<DiscCandidate> candidates = Strewn(count);
     const CandidateIndex index(candidates, FRAME_SIZE);
     cv::RNG random(5);
     SearchBudget budget{1 << 30};
@@ -62,7 +62,7 @@ TEST(CandidateIndex, FindsTheNearestOneAsALookupOfAllDoes) {
 }
 
 TEST(CandidateIndex, PassesOverTheUnwanted) {
-  const std::vector<Candidate> candidates = Strewn(500);
+  const std::vector<DiscCandidate> candidates = Strewn(500);
   const CandidateIndex index(candidates, FRAME_SIZE);
   const auto third = [](int k) { return k % 3 == 0; };
   cv::RNG random(6);
@@ -83,7 +83,7 @@ TEST(CandidateIndex, ReachesToItsReachAndNoFarther) {
 }
 
 TEST(CandidateIndex, VisitsEachOneOfACircleOnce) {
-  const std::vector<Candidate> candidates = Strewn(800);
+  const std::vector<DiscCandidate> candidates = Strewn(800);
   const CandidateIndex index(candidates, FRAME_SIZE);
   const cv::Point2d at(300.0, 200.0);
   constexpr double REACH = 70.0;
@@ -123,7 +123,7 @@ TEST(CandidateIndex, SpendsBudgetOnWhatItLooksUp) {
   SearchBudget budget{100};
   EXPECT_EQ(none.Nearest({50.0, 50.0}, 5.0, budget, Any), -1);
   EXPECT_LT(budget.left, 100);
-  const CandidateIndex crowd(std::vector<Candidate>(70, {{50.0, 50.0}, 5.0, 3}), FRAME_SIZE);
+  const CandidateIndex crowd(std::vector<DiscCandidate>(70, {{50.0, 50.0}, 5.0, 3}), FRAME_SIZE);
   EXPECT_FALSE(budget.Spent());
   crowd.Nearest({50.0, 50.0}, 0.5, budget, Any);
   EXPECT_LE(budget.left, 29);
@@ -132,7 +132,7 @@ TEST(CandidateIndex, SpendsBudgetOnWhatItLooksUp) {
 }
 
 TEST(CandidateIndex, KeepsACopyOfTheList) {
-  std::vector<Candidate> candidates = Strewn(10);
+  std::vector<DiscCandidate> candidates = Strewn(10);
   const CandidateIndex index(candidates, FRAME_SIZE);
   const cv::Point2d first = candidates[0].centre;
   candidates.clear();

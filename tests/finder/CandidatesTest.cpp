@@ -17,7 +17,7 @@ TEST(Candidates, AreTheDiscsWithCentresAndRadii) {
   const double step = 24.0;
   const Candidates candidates = finder::FindCandidates(unit::FlatGrid({4, 11}, 0.4, step), 44);
   ASSERT_EQ(candidates.discs.size(), 44U);
-  for (const finder::Candidate& disc : candidates.discs) {
+  for (const finder::DiscCandidate& disc : candidates.discs) {
     EXPECT_NEAR(disc.radius, 0.4 * step, 0.4);
     EXPECT_NEAR(std::remainder(disc.centre.x, step), 0.0, 0.1);
     EXPECT_NEAR(std::remainder(disc.centre.y, step), 0.0, 0.1);

@@ -12,7 +12,7 @@ using namespace velmora;
 
 namespace {
 
-using finder::Candidate;
+using finder::DiscCandidate;
 using finder::LabelledDiscs;
 using finder::SheetPlane;
 using unit::FLAT_GRID;
@@ -22,14 +22,14 @@ using unit::InFlatGrid;
 using unit::PlaneOf;
 
 /// Candidates that the discs were taken from.
-std::vector<Candidate> CandidatesOf(const LabelledDiscs& discs) {
-  std::vector<Candidate> candidates;
+std::vector<DiscCandidate> CandidatesOf(const LabelledDiscs& discs) {
+  std::vector<DiscCandidate> candidates;
   for (size_t k = 0; k < discs.gridIndices.size(); ++k)
     candidates.push_back({discs.centres[k], discs.radii[k], 5});
   return candidates;
 }
 
-bool GoOn(const std::vector<Candidate>& candidates) {
+bool GoOn(const std::vector<DiscCandidate>& candidates) {
   const LabelledDiscs discs = unit::FlatDiscs();
   finder::SearchBudget budget{100000};
   const finder::CandidateIndex index(candidates, {640, 480});
@@ -96,7 +96,7 @@ TEST(Checks, TakeNoGridThatIsOffThePlaneTogether) {
 }
 
 TEST(Checks, SeeThatThePatternGoesOn) {
-  std::vector<Candidate> candidates = CandidatesOf(unit::FlatDiscs());
+  std::vector<DiscCandidate> candidates = CandidatesOf(unit::FlatDiscs());
   EXPECT_FALSE(GoOn(candidates));
   for (int k = 0; k < 3; ++k) candidates.push_back({InFlatGrid({2 * k + 1, 11}), FLAT_RADIUS, 5});
   EXPECT_FALSE(GoOn(candidates)) << "three may be an accident";
@@ -111,20 +111,20 @@ TEST(Checks, SeeThatThePatternGoesOnAtAnySide) {
                                                      {{8, 0}, {8, 2}, {8, 4}, {8, 6}},
                                                      {{9, 1}, {9, 3}, {9, 5}, {9, 7}}};
   for (const std::vector<cv::Point>& side : sides) {
-    std::vector<Candidate> candidates = CandidatesOf(unit::FlatDiscs());
+    std::vector<DiscCandidate> candidates = CandidatesOf(unit::FlatDiscs());
     for (const cv::Point& gridIndex : side) candidates.push_back({InFlatGrid(gridIndex), FLAT_RADIUS, 5});
     EXPECT_TRUE(GoOn(candidates)) << side;
   }
 }
 
 TEST(Checks, SeeNoPatternInSpotsOfOtherSizesAndPositions) {
-  const std::vector<Candidate> grid = CandidatesOf(unit::FlatDiscs());
+  const std::vector<DiscCandidate> grid = CandidatesOf(unit::FlatDiscs());
   for (const double radius : {0.5 * FLAT_RADIUS, 1.6 * FLAT_RADIUS}) {
-    std::vector<Candidate> candidates = grid;
+    std::vector<DiscCandidate> candidates = grid;
     for (int k = 0; k < 4; ++k) candidates.push_back({InFlatGrid({2 * k + 1, 11}), radius, 5});
     EXPECT_FALSE(GoOn(candidates)) << radius;
   }
-  std::vector<Candidate> candidates = grid;
+  std::vector<DiscCandidate> candidates = grid;
   for (int k = 0; k < 4; ++k) {
     candidates.push_back({InFlatGrid({2 * k + 1, 11}) + cv::Point2d(0.0, 0.3 * FLAT_STEP), FLAT_RADIUS, 5});
   }

@@ -13,8 +13,8 @@ using namespace velmora;
 
 namespace {
 
-using finder::Candidate;
 using finder::CandidateIndex;
+using finder::DiscCandidate;
 using finder::Lattice;
 using finder::SearchBudget;
 
@@ -23,9 +23,9 @@ const cv::Size FRAME_SIZE(640, 480);
 const cv::Matx33d PERSPECTIVE(38.0, 6.0, 120.0, -9.0, 30.0, 100.0, 0.01, 0.012, 1.0);
 
 /// Candidates where a view of the grid indices has them.
-std::vector<Candidate> Observed(const std::vector<cv::Point>& gridIndices,
-                                const cv::Matx33d& H = PERSPECTIVE) {
-  std::vector<Candidate> candidates;
+std::vector<DiscCandidate> Observed(const std::vector<cv::Point>& gridIndices,
+                                    const cv::Matx33d& H = PERSPECTIVE) {
+  std::vector<DiscCandidate> candidates;
   for (const cv::Point& gridIndex : gridIndices) {
     const cv::Vec3d p = H * cv::Vec3d(gridIndex.x, gridIndex.y, 1.0);
     candidates.push_back({{p[0] / p[2], p[1] / p[2]}, 9.0 / p[2], 5});
@@ -34,7 +34,7 @@ std::vector<Candidate> Observed(const std::vector<cv::Point>& gridIndices,
 }
 
 /// The first lattice of all candidates that a search offers.
-Lattice Grown(const std::vector<Candidate>& candidates) {
+Lattice Grown(const std::vector<DiscCandidate>& candidates) {
   const CandidateIndex index(candidates, FRAME_SIZE);
   SearchBudget budget{1000000};
   Lattice found;
@@ -61,7 +61,7 @@ TEST(Lattice, GrowsOverAWholeGridInPerspective) {
 
 TEST(Lattice, OfPointsStrewnAtRandomIsNotRegular) {
   cv::RNG random(2);
-  std::vector<Candidate> candidates;
+  std::vector<DiscCandidate> candidates;
   for (int k = 0; k < 800; ++k) {
     candidates.push_back({{random.uniform(5.0, 635.0), random.uniform(5.0, 475.0)}, 5.0, 3});
   }
@@ -73,7 +73,7 @@ TEST(Lattice, OfPointsStrewnAtRandomIsNotRegular) {
     return false;
   });
   EXPECT_EQ(offered, 0);
-  const std::vector<Candidate> grid = Observed(finder::PatternIndices(GRID));
+  const std::vector<DiscCandidate> grid = Observed(finder::PatternIndices(GRID));
   EXPECT_LT(finder::Irregularity(Grown(grid), CandidateIndex(grid, FRAME_SIZE)), 0.02);
 }
 

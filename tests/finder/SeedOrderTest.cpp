@@ -15,7 +15,7 @@ namespace {
 
 TEST(SeedOrder, PutsTheInsideOfAPatternBeforeStrewnSpots) {
   cv::RNG random(4);
-  std::vector<finder::Candidate> candidates;
+  std::vector<finder::DiscCandidate> candidates;
   for (int k = 0; k < 100; ++k) {
     candidates.push_back({{random.uniform(300.0, 635.0), random.uniform(5.0, 475.0)}, 5.0, 9});
   }

@@ -40,7 +40,7 @@ world::Pose PoseOf(const RigidTransform& centred) {
 TEST(PoseCandidates, AreWholeInTheImageAndNotTiltedByMoreThan45Degrees) {
   const auto candidates = CandidatesFor(TrueIntrinsics(), CentredGrid(), unit::FRAME, 500);
   ASSERT_EQ(candidates.size(), 500U);
-  for (const Candidate& candidate : candidates) {
+  for (const PoseCandidate& candidate : candidates) {
     const world::Pose pose = PoseOf(candidate.pose);
     EXPECT_TRUE(world::DiscsInside(unit::DistortedCamera(), Paper(), pose));
     EXPECT_LE(std::acos(candidate.pose.R(2, 2)) * 180.0 / CV_PI, 45.0);
@@ -62,7 +62,7 @@ TEST(PoseCandidates, AreFoundByBothSearchesInTheirOrder) {
   ASSERT_TRUE(robust.Set(Calibrator::FINDER_ROBUST));
   const auto candidates = CandidatesFor(TrueIntrinsics(), CentredGrid(), unit::FRAME, 24);
   int standard = 0;
-  for (const Candidate& candidate : candidates) {
+  for (const PoseCandidate& candidate : candidates) {
     const cv::Mat picture = renderer.Render(PoseOf(candidate.pose));
     std::vector<cv::Point2d> points;
     EXPECT_TRUE(robust.Find(picture, unit::GRID, points));
@@ -82,7 +82,7 @@ TEST(PoseCandidates, KeepToTheLargestSpacing) {
     double spacing = 0.0;
     const auto candidates = CandidatesFor(intrinsics, CentredGrid(), large, 200, most);
     EXPECT_GE(candidates.size(), 100U);
-    for (const Candidate& candidate : candidates) {
+    for (const PoseCandidate& candidate : candidates) {
       for (size_t i = 1; i < 4; ++i) {
         spacing = std::max(spacing, cv::norm(candidate.view.image[i] - candidate.view.image[i - 1]));
       }
@@ -105,7 +105,7 @@ TEST(PoseCandidates, AreNearAndFarAndTiltedToAllSides) {
   double least = 1.0;
   double largest = 0.0;
   int sides[2][2] = {};
-  for (const Candidate& candidate : candidates) {
+  for (const PoseCandidate& candidate : candidates) {
     least = std::min(least, SpanOf(candidate.view));
     largest = std::max(largest, SpanOf(candidate.view));
     const cv::Matx33d& R = candidate.pose.R;
@@ -154,7 +154,7 @@ TEST(PoseCandidates, AreNotMirroredByALensThatFolds) {
   const world::Lens truth({600.0, 0.0, 319.5, 0.0, 600.0, 239.5, 0.0, 0.0, 1.0}, {-0.9, 0.0, 0.0, 0.0});
   const auto candidates = CandidatesFor(folding, CentredGrid(), unit::FRAME, 100);
   ASSERT_GE(candidates.size(), 20U);
-  for (const Candidate& candidate : candidates) {
+  for (const PoseCandidate& candidate : candidates) {
     for (const cv::Point3d& point : CentredGrid()) {
       const cv::Vec3d inCamera = candidate.pose * point;
       EXPECT_TRUE(truth.Images({inCamera[0] / inCamera[2], inCamera[1] / inCamera[2]}));

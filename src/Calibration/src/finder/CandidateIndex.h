@@ -18,10 +18,10 @@ struct SearchBudget {
 /// Candidates sorted into square cells. Keeps no reference to the list.
 class CandidateIndex {
  public:
-  CandidateIndex(const std::vector<Candidate>& candidates, const cv::Size& size);
+  CandidateIndex(const std::vector<DiscCandidate>& candidates, const cv::Size& size);
 
-  const std::vector<Candidate>& All() const { return candidates_; }
-  const Candidate& operator[](int k) const { return candidates_[static_cast<size_t>(k)]; }
+  const std::vector<DiscCandidate>& All() const { return candidates_; }
+  const DiscCandidate& operator[](int k) const { return candidates_[static_cast<size_t>(k)]; }
   int Count() const { return static_cast<int>(candidates_.size()); }
 
   /// The candidate nearest to a point, within `reach`, of which `wanted(k)` holds; -1 without one.
@@ -62,7 +62,7 @@ class CandidateIndex {
     return cell <= 0.0 ? 0 : cell >= count - 1 ? count - 1 : static_cast<int>(cell);
   }
 
-  std::vector<Candidate> candidates_;
+  std::vector<DiscCandidate> candidates_;
   double side_;
   int columns_;
   int rows_;

@@ -90,13 +90,13 @@ class SpotMap {
 
 /// One candidate for each spot that two levels at least see, one for small spots, as its middle level sees
 /// it.
-std::vector<Candidate> Merge(const std::vector<Region>& regions, const cv::Size& size) {
+std::vector<DiscCandidate> Merge(const std::vector<Region>& regions, const cv::Size& size) {
   SpotMap map(size);
   std::vector<int> spotOf;
   spotOf.reserve(regions.size());
   for (const Region& region : regions) spotOf.push_back(map.Add(region));
   std::vector<int> timesFound(map.Spots().size(), 0);
-  std::vector<Candidate> merged;
+  std::vector<DiscCandidate> merged;
   for (size_t k = 0; k < regions.size(); ++k) {
     const size_t spot = static_cast<size_t>(spotOf[k]);
     const int levels = map.Spots()[spot].levels;
@@ -171,7 +171,7 @@ Candidates FindCandidates(const cv::Mat& grey, int discs) {
                    [](const Region& a, const Region& b) { return a.level < b.level; });
   candidates.discs = Merge(round, grey.size());
   std::stable_sort(candidates.discs.begin(), candidates.discs.end(),
-                   [](const Candidate& a, const Candidate& b) { return a.levels > b.levels; });
+                   [](const DiscCandidate& a, const DiscCandidate& b) { return a.levels > b.levels; });
   if (candidates.discs.size() > MAX_CANDIDATES) candidates.discs.resize(MAX_CANDIDATES);
   // Each is seen at several levels.
   candidates.tooSmall = specks / 3;

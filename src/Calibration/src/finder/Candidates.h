@@ -8,16 +8,16 @@
 
 namespace velmora::finder {
 
-struct Candidate {
+struct DiscCandidate {
   cv::Point2d centre;
   double radius = 0.0;  ///< of the disc of equal area, pixels
   int levels = 0;       ///< how many grey levels see it
 };
 
 struct Candidates {
-  std::vector<Candidate> discs;  ///< those that most levels see first
-  int tooSmall = 0;              ///< round spots below the smallest size, as far as they can be told
-  int tooLarge = 0;              ///< round spots too large for a grid that fits into the picture
+  std::vector<DiscCandidate> discs;  ///< those that most levels see first
+  int tooSmall = 0;                  ///< round spots below the smallest size, as far as they can be told
+  int tooLarge = 0;                  ///< round spots too large for a grid that fits into the picture
 };
 
 /// At most so many are kept.

@@ -140,7 +140,7 @@ class Growth {
 
 /// The steps from a candidate to its nearest neighbours of like size.
 std::vector<cv::Point2d> NeighbourSteps(const CandidateIndex& index, int seed, SearchBudget& budget) {
-  const Candidate& from = index[seed];
+  const DiscCandidate& from = index[seed];
   std::vector<cv::Point2d> steps;
   const auto nearer = [](const cv::Point2d& a, const cv::Point2d& b) { return a.dot(a) < b.dot(b); };
   for (double reach = 3.5; steps.size() < NEIGHBOURS && reach <= FARTHEST; reach *= 2.0) {
@@ -173,7 +173,7 @@ int OppositePairs(const std::vector<cv::Point2d>& steps) {
 /// True when more candidates support that two steps are a base.
 bool IsSupported(const CandidateIndex& index, int seed, const cv::Point2d& a, const cv::Point2d& b,
                  SearchBudget& budget) {
-  const Candidate& from = index[seed];
+  const DiscCandidate& from = index[seed];
   const auto exists = [&](const cv::Point2d& step) {
     const double reach = SEED_SLACK * std::min(cv::norm(a), cv::norm(b)) + 0.5;
     return index.Nearest(from.centre + step, reach, budget,

@@ -123,7 +123,7 @@ double ExpectedUncertainty::Current() const {
   return Expected(known_.information);
 }
 
-double ExpectedUncertainty::With(const Candidate& candidate) const {
+double ExpectedUncertainty::With(const PoseCandidate& candidate) const {
   const Eigen::MatrixXd view = InformationOf(candidate.view, known_.intrinsics, candidate.pose);
   if (view.size() == 0) return std::numeric_limits<double>::infinity();
   return Expected(known_.information + view);
@@ -135,7 +135,8 @@ NextPose ChooseNextPose(const CameraInformation& known, const std::vector<cv::Po
   NextPose best;
   best.now = uncertainty.Current();
   best.then = std::numeric_limits<double>::infinity();
-  for (Candidate& candidate : CandidatesFor(known.intrinsics, object, imageSize, CANDIDATES, mostSpacing)) {
+  for (PoseCandidate& candidate :
+       CandidatesFor(known.intrinsics, object, imageSize, CANDIDATES, mostSpacing)) {
     const double then = uncertainty.With(candidate);
     if (then >= best.then) continue;
     best.then = then;

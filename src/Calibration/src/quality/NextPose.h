@@ -33,7 +33,7 @@ class ExpectedUncertainty {
 
   double Current() const;
   /// With one more view; infinite when it cannot be observed.
-  double With(const Candidate& candidate) const;
+  double With(const PoseCandidate& candidate) const;
 
  private:
   double Expected(const Eigen::MatrixXd& information) const;
@@ -43,9 +43,9 @@ class ExpectedUncertainty {
 };
 
 struct NextPose {
-  Candidate candidate;  ///< without points when there is none
-  double now = 0.0;     ///< the expected standard deviation without it
-  double then = 0.0;    ///< and with it
+  PoseCandidate candidate;  ///< without points when there is none
+  double now = 0.0;         ///< the expected standard deviation without it
+  double then = 0.0;        ///< and with it
 };
 
 NextPose ChooseNextPose(const CameraInformation& known, const std::vector<cv::Point3d>& object,

@@ -158,7 +158,7 @@ class Placing {
 };
 
 bool Observe(const solver::Projection& projection, const std::vector<cv::Point3d>& object,
-             Candidate& candidate) {
+             PoseCandidate& candidate) {
   candidate.view.object = object;
   for (const cv::Point3d& point : object) {
     cv::Point2d pixel;
@@ -181,14 +181,14 @@ double LargestSpacing(const Observation& view) {
 
 }  // namespace
 
-std::vector<Candidate> CandidatesFor(const Intrinsics& intrinsics, const std::vector<cv::Point3d>& object,
-                                     const cv::Size& imageSize, int count, double mostSpacing) {
+std::vector<PoseCandidate> CandidatesFor(const Intrinsics& intrinsics, const std::vector<cv::Point3d>& object,
+                                         const cv::Size& imageSize, int count, double mostSpacing) {
   constexpr int TRIES = 4;  // for each
   const Placing placing(intrinsics, object, imageSize);
   const solver::Projection projection(intrinsics);
-  std::vector<Candidate> candidates;
+  std::vector<PoseCandidate> candidates;
   for (int i = 1; i <= TRIES * count && candidates.size() < static_cast<size_t>(count); ++i) {
-    Candidate candidate;
+    PoseCandidate candidate;
     if (placing.Place(AppearanceOf(i), candidate.pose) && Observe(projection, object, candidate) &&
         LargestSpacing(candidate.view) <= mostSpacing) {
       candidates.push_back(std::move(candidate));

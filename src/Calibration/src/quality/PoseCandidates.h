@@ -12,7 +12,7 @@
 namespace velmora {
 
 /// A pose of the target, and where its points would be observed.
-struct Candidate {
+struct PoseCandidate {
   RigidTransform pose;
   Observation view;
 };
@@ -22,8 +22,8 @@ struct Candidate {
 /// by 40 degrees at most. The same arguments give the same poses, spread all over what is possible. The
 /// object points are about their middle, in the plane z = 0.
 /// Neighbours in a row are `mostSpacing` pixels apart at most.
-std::vector<Candidate> CandidatesFor(const Intrinsics& intrinsics, const std::vector<cv::Point3d>& object,
-                                     const cv::Size& imageSize, int count,
-                                     double mostSpacing = std::numeric_limits<double>::infinity());
+std::vector<PoseCandidate> CandidatesFor(const Intrinsics& intrinsics, const std::vector<cv::Point3d>& object,
+                                         const cv::Size& imageSize, int count,
+                                         double mostSpacing = std::numeric_limits<double>::infinity());
 
 }  // namespace velmora
