@@ -13,8 +13,8 @@ using namespace velmora;
 namespace {
 
 using finder::DiscCandidate;
+using finder::GridProjection;
 using finder::LabelledDiscs;
-using finder::SheetPlane;
 using unit::FLAT_GRID;
 using unit::FLAT_RADIUS;
 using unit::FLAT_STEP;
@@ -36,16 +36,16 @@ bool GoOn(const std::vector<DiscCandidate>& candidates) {
   return finder::GoesOn(PlaneOf(discs), discs, index, budget);
 }
 
-TEST(Checks, RejectTheOutlierAndKeepWhatTheLensBends) {
+TEST(Checks, RejectTheOutlierAndKeepWhatTheLensDistorts) {
   LabelledDiscs discs = unit::BentDiscs();
-  SheetPlane plane = PlaneOf(discs);
-  EXPECT_TRUE(finder::RejectOutliers(plane, discs, 6));
+  GridProjection projection = PlaneOf(discs);
+  EXPECT_TRUE(finder::RejectOutliers(projection, discs, 6));
   EXPECT_EQ(discs.Missing(), 0);
-  EXPECT_TRUE(finder::LiesOnPlane(plane, discs));
+  EXPECT_TRUE(finder::FitsProjection(projection, discs));
   discs.centres[21] += cv::Point2d(0.35 * FLAT_STEP, 0.0);
-  ASSERT_TRUE(plane.Fit(discs));
-  EXPECT_FALSE(finder::LiesOnPlane(plane, discs));
-  EXPECT_TRUE(finder::RejectOutliers(plane, discs, 6));
+  ASSERT_TRUE(projection.Fit(discs));
+  EXPECT_FALSE(finder::FitsProjection(projection, discs));
+  EXPECT_TRUE(finder::RejectOutliers(projection, discs, 6));
   EXPECT_EQ(discs.Missing(), 1);
   EXPECT_FALSE(discs.Has(21));
 }
@@ -54,12 +54,13 @@ TEST(Checks, RejectAllOutliersAndNothingElse) {
   LabelledDiscs discs = unit::FlatDiscs();
   for (const size_t outlier : {3U, 18U, 40U})
     discs.centres[outlier] += cv::Point2d(-0.4 * FLAT_STEP, 0.3 * FLAT_STEP);
-  SheetPlane plane = PlaneOf(discs);
-  EXPECT_TRUE(finder::RejectOutliers(plane, discs, 3));
+  GridProjection projection = PlaneOf(discs);
+  EXPECT_TRUE(finder::RejectOutliers(projection, discs, 3));
   for (size_t k = 0; k < 44; ++k) EXPECT_EQ(discs.Has(k), k != 3 && k != 18 && k != 40) << k;
-  // What is left is the plane's again.
+  // What is left agrees with the projection again.
   for (size_t k = 0; k < 44; ++k) {
-    EXPECT_LT(cv::norm(plane.Predict(discs.gridIndices[k]) - InFlatGrid(discs.gridIndices[k])), 1e-6) << k;
+    EXPECT_LT(cv::norm(projection.Predict(discs.gridIndices[k]) - InFlatGrid(discs.gridIndices[k])), 1e-6)
+        << k;
   }
 }
 
@@ -67,8 +68,8 @@ TEST(Checks, LookPastDiscsThatAreMissingAlready) {
   LabelledDiscs discs = unit::FlatDiscs();
   discs.radii[10] = 0.0;
   discs.centres[10] = {};
-  SheetPlane plane = PlaneOf(discs);
-  EXPECT_TRUE(finder::RejectOutliers(plane, discs, 6));
+  GridProjection projection = PlaneOf(discs);
+  EXPECT_TRUE(finder::RejectOutliers(projection, discs, 6));
   EXPECT_EQ(discs.Missing(), 1);
 }
 
@@ -76,23 +77,23 @@ TEST(Checks, GiveUpWhenTooManyDiscsAreOutliers) {
   LabelledDiscs discs = unit::FlatDiscs();
   for (size_t k = 1; k < 44; k += 4)
     discs.centres[k + k % 3] += cv::Point2d(0.4 * FLAT_STEP, k % 8 == 1 ? 12.0 : -12.0);
-  SheetPlane plane = PlaneOf(discs);
-  EXPECT_FALSE(finder::RejectOutliers(plane, discs, 6));
+  GridProjection projection = PlaneOf(discs);
+  EXPECT_FALSE(finder::RejectOutliers(projection, discs, 6));
 }
 
 TEST(Checks, TakeNoGridThatIsOffThePlaneTogether) {
   LabelledDiscs discs = unit::FlatDiscs();
-  const SheetPlane flat = PlaneOf(discs);
-  EXPECT_TRUE(finder::LiesOnPlane(flat, discs));
-  // A bend that the polynomial follows, so that none is an outlier, but which no lens has.
+  const GridProjection flat = PlaneOf(discs);
+  EXPECT_TRUE(finder::FitsProjection(flat, discs));
+  // A distortion that the polynomial follows, so that none is an outlier, but which no lens has.
   for (size_t k = 0; k < 44; ++k) {
     const double v = (discs.gridIndices[k].y - 5.0) / 5.0;
     discs.centres[k].x += 1.1 * FLAT_STEP * v * v;
   }
-  SheetPlane plane;
-  ASSERT_TRUE(plane.Fit(discs));
-  for (size_t k = 0; k < 44; ++k) EXPECT_LT(plane.ScaledResidual(discs, k), 0.05) << k;
-  EXPECT_FALSE(finder::LiesOnPlane(plane, discs));
+  GridProjection projection;
+  ASSERT_TRUE(projection.Fit(discs));
+  for (size_t k = 0; k < 44; ++k) EXPECT_LT(projection.ScaledResidual(discs, k), 0.05) << k;
+  EXPECT_FALSE(finder::FitsProjection(projection, discs));
 }
 
 TEST(Checks, SeeThatThePatternGoesOn) {
@@ -133,16 +134,16 @@ TEST(Checks, SeeNoPatternInSpotsOfOtherSizesAndPositions) {
 
 TEST(Checks, TellAChessboardFromDiscs) {
   const LabelledDiscs discs = unit::FlatDiscs();
-  const SheetPlane plane = PlaneOf(discs);
-  EXPECT_FALSE(finder::IsChessboard(plane, discs, unit::FlatGrid(FLAT_GRID, 0.4, FLAT_STEP)));
-  EXPECT_FALSE(finder::IsChessboard(plane, discs, unit::FlatGrid(FLAT_GRID, 0.5, FLAT_STEP)));
+  const GridProjection projection = PlaneOf(discs);
+  EXPECT_FALSE(finder::IsChessboard(projection, discs, unit::FlatGrid(FLAT_GRID, 0.4, FLAT_STEP)));
+  EXPECT_FALSE(finder::IsChessboard(projection, discs, unit::FlatGrid(FLAT_GRID, 0.5, FLAT_STEP)));
   cv::Mat board(360, 300, CV_8UC1, cv::Scalar(235));
   for (const cv::Point2d& centre : discs.centres) {
     const cv::Point corner(cvRound(centre.x - FLAT_STEP / 2), cvRound(centre.y - FLAT_STEP / 2));
     board(cv::Rect(corner, cv::Size(24, 24))).setTo(25);
   }
   cv::GaussianBlur(board, board, {}, 1.0);
-  EXPECT_TRUE(finder::IsChessboard(plane, discs, board));
+  EXPECT_TRUE(finder::IsChessboard(projection, discs, board));
 }
 
 }  // namespace

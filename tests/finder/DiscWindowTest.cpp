@@ -13,9 +13,9 @@ using namespace velmora;
 namespace {
 
 using finder::DiscWindow;
+using finder::GridProjection;
 using finder::Histogram;
 using finder::LabelledDiscs;
-using finder::SheetPlane;
 using finder::Span;
 using finder::Tones;
 using unit::FLAT_GRID;
@@ -52,14 +52,14 @@ TEST(DiscWindow, HasPaperAroundDiscsOfAnySize) {
 
 TEST(DiscWindow, HasTheFormOfTheViewThere) {
   const LabelledDiscs discs = unit::DiscsProjectedBy(OBLIQUE, FLAT_GRID);
-  const SheetPlane plane = unit::PlaneOf(discs);
+  const GridProjection projection = unit::PlaneOf(discs);
   for (const size_t k : {size_t{0}, size_t{20}, size_t{43}}) {
-    const DiscWindow window = finder::WindowOf(plane, discs, k);
+    const DiscWindow window = finder::WindowOf(projection, discs, k);
     EXPECT_NEAR(window.disc, 0.4, 1e-6);
     const cv::Point2d gridIndex = discs.gridIndices[k];
     for (const cv::Point2d& step :
          {cv::Point2d(1e-4, 0.0), cv::Point2d(0.0, 1e-4), cv::Point2d(7e-5, -7e-5)}) {
-      const cv::Point2d apart = plane.Project(gridIndex + step) - plane.Project(gridIndex);
+      const cv::Point2d apart = projection.Project(gridIndex + step) - projection.Project(gridIndex);
       const cv::Vec2d back = window.toSteps * cv::Vec2d(apart.x, apart.y);
       EXPECT_LT(cv::norm(back - cv::Vec2d(step.x, step.y)), 1e-8) << k << step;
       EXPECT_NEAR(cv::Vec2d(apart.x, apart.y).dot(window.form * cv::Vec2d(apart.x, apart.y)), step.dot(step),
@@ -70,10 +70,10 @@ TEST(DiscWindow, HasTheFormOfTheViewThere) {
 
 TEST(DiscWindow, SpansAreThePixelsWithinItAndInThePicture) {
   const LabelledDiscs discs = unit::DiscsProjectedBy(OBLIQUE, FLAT_GRID, 0.3);
-  const SheetPlane plane = unit::PlaneOf(discs);
+  const GridProjection projection = unit::PlaneOf(discs);
   for (const cv::Point2d& moved :
        {cv::Point2d(0.0, 0.0), cv::Point2d(-115.3, 0.0), cv::Point2d(0.0, -95.7)}) {
-    DiscWindow window = finder::WindowOf(plane, discs, 0);
+    DiscWindow window = finder::WindowOf(projection, discs, 0);
     window.centre += moved;
     // Ends in the midst of the window.
     const cv::Size size(cvRound(window.centre.x) + 9, cvRound(window.centre.y) + 5);

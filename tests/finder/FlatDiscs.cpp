@@ -47,10 +47,10 @@ LabelledDiscs DiscsProjectedBy(const cv::Matx33d& H, const cv::Size& grid, doubl
   return discs;
 }
 
-finder::SheetPlane PlaneOf(const LabelledDiscs& discs) {
-  finder::SheetPlane plane;
-  EXPECT_TRUE(plane.Fit(discs));
-  return plane;
+finder::GridProjection PlaneOf(const LabelledDiscs& discs) {
+  finder::GridProjection projection;
+  EXPECT_TRUE(projection.Fit(discs));
+  return projection;
 }
 
 }  // namespace unit

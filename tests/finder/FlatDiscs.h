@@ -3,7 +3,7 @@
 
 #include <opencv2/core.hpp>
 
-#include "finder/SheetPlane.h"
+#include "finder/GridProjection.h"
 
 namespace unit {
 
@@ -24,7 +24,7 @@ velmora::finder::LabelledDiscs BentDiscs();
 velmora::finder::LabelledDiscs DiscsProjectedBy(const cv::Matx33d& H, const cv::Size& grid,
                                                 double radius = 0.4);
 
-/// The plane of discs that have one.
-velmora::finder::SheetPlane PlaneOf(const velmora::finder::LabelledDiscs& discs);
+/// The projection of discs that have one.
+velmora::finder::GridProjection PlaneOf(const velmora::finder::LabelledDiscs& discs);
 
 }  // namespace unit

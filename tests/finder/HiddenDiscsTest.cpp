@@ -97,7 +97,7 @@ TEST(HiddenDiscs, AShadowsEdgeMovesNoDiscByAPixel) {
   }
 }
 
-TEST(HiddenDiscs, ACornerThatTheLensBendsAwayFromItsNeighboursIsNotTakenForHidden) {
+TEST(HiddenDiscs, ACornerThatTheLensDistortsAwayFromItsNeighboursIsNotTakenForHidden) {
   for (const int number : {121, 500, 594, 1404, 1663}) {
     const unit::FinderFrame frame = unit::RandomFinderFrame(number);
     const GridFinding finding = SearchGridRobust(frame.picture, unit::GRID);

@@ -12,8 +12,8 @@ using namespace velmora;
 
 namespace {
 
+using finder::GridProjection;
 using finder::LabelledDiscs;
-using finder::SheetPlane;
 using unit::FLAT_GRID;
 using unit::FLAT_RADIUS;
 using unit::FLAT_STEP;
@@ -52,14 +52,14 @@ TEST(MissingDiscs, AreRecoveredWhereTheyAreAndNowhereElse) {
   discs.radii[shown] = discs.radii[AT_3_3] = 0.0;
   const cv::Point2d truth = discs.centres[shown];
   discs.centres[shown] = {};
-  const SheetPlane plane = unit::PlaneOf(discs);
-  finder::RecoverMissing(plane, picture, discs);
+  const GridProjection projection = unit::PlaneOf(discs);
+  finder::RecoverMissing(projection, picture, discs);
   EXPECT_EQ(discs.Missing(), 1);
   EXPECT_FALSE(discs.Has(AT_3_3));
   EXPECT_LT(cv::norm(discs.centres[shown] - truth), 0.2);
   EXPECT_NEAR(discs.radii[shown], FLAT_RADIUS, 0.4);
-  EXPECT_FALSE(finder::MissesOutside(plane, discs, picture.size()));
-  EXPECT_TRUE(finder::MissesOutside(plane, discs, {picture.cols, cvRound(InFlatGrid({3, 3}).y)}));
+  EXPECT_FALSE(finder::MissesOutside(projection, discs, picture.size()));
+  EXPECT_TRUE(finder::MissesOutside(projection, discs, {picture.cols, cvRound(InFlatGrid({3, 3}).y)}));
 }
 
 TEST(MissingDiscs, AreRecoveredInTheWholePicturesPixels) {
@@ -106,9 +106,9 @@ TEST(MissingDiscs, StayMissingBeyondThePicture) {
 }
 
 TEST(MissingDiscs, AreOutsideAtEachOfTheEdges) {
-  const SheetPlane plane = unit::PlaneOf(unit::FlatDiscs());
+  const GridProjection projection = unit::PlaneOf(unit::FlatDiscs());
   const cv::Size size(300, 360);
-  EXPECT_FALSE(finder::MissesOutside(plane, unit::FlatDiscs(), size)) << "none is missing";
+  EXPECT_FALSE(finder::MissesOutside(projection, unit::FlatDiscs(), size)) << "none is missing";
   const cv::Point2d first = InFlatGrid({0, 0});
   // Moves the whole grid to where its first disc is too near to an edge, or only just not.
   for (const auto& [at, outside] : {std::pair(cv::Point2d(FLAT_RADIUS + 0.5, 60.0), true),
@@ -128,12 +128,12 @@ TEST(MissingDiscs, AreOutsideAtEachOfTheEdges) {
 
 TEST(MissingDiscs, MayBeARowBeyondTheEdge) {
   const LabelledDiscs discs = unit::FlatDiscs();
-  const SheetPlane plane = unit::PlaneOf(discs);
+  const GridProjection projection = unit::PlaneOf(discs);
   // The flat picture has two steps of room on all sides: 48 pixels, and a row takes 24 + 9.6.
-  EXPECT_FALSE(finder::ReachesEdge(plane, discs, {265, 337}));
-  EXPECT_FALSE(finder::ReachesEdge(plane, discs, {265 - 14, 337 - 14}));
-  EXPECT_TRUE(finder::ReachesEdge(plane, discs, {265 - 16, 337}));
-  EXPECT_TRUE(finder::ReachesEdge(plane, discs, {265, 337 - 16}));
+  EXPECT_FALSE(finder::ReachesEdge(projection, discs, {265, 337}));
+  EXPECT_FALSE(finder::ReachesEdge(projection, discs, {265 - 14, 337 - 14}));
+  EXPECT_TRUE(finder::ReachesEdge(projection, discs, {265 - 16, 337}));
+  EXPECT_TRUE(finder::ReachesEdge(projection, discs, {265, 337 - 16}));
   LabelledDiscs moved = discs;
   for (cv::Point2d& centre : moved.centres) centre.x -= 20.0;
   EXPECT_TRUE(finder::ReachesEdge(unit::PlaneOf(moved), moved, {300, 360}));

@@ -12,8 +12,8 @@ using namespace velmora;
 
 namespace {
 
+using finder::GridProjection;
 using finder::LabelledDiscs;
-using finder::SheetPlane;
 using unit::FLAT_GRID;
 using unit::FLAT_RADIUS;
 using unit::FLAT_STEP;
@@ -23,9 +23,9 @@ TEST(Refinement, MovesCentresToThoseOfTheDarkness) {
   cv::Mat picture = unit::FlatGrid(FLAT_GRID, 0.4, FLAT_STEP);
   cv::GaussianBlur(picture, picture, {}, 1.5);
   LabelledDiscs discs = unit::FlatDiscs();
-  const SheetPlane plane = unit::PlaneOf(discs);
+  const GridProjection projection = unit::PlaneOf(discs);
   for (cv::Point2d& centre : discs.centres) centre += cv::Point2d(0.8, -0.6);
-  finder::RefineDiscs(plane, picture, discs);
+  finder::RefineDiscs(projection, picture, discs);
   for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
     EXPECT_LT(cv::norm(discs.centres[k] - InFlatGrid(discs.gridIndices[k])), 0.05);
     EXPECT_NEAR(discs.radii[k], FLAT_RADIUS, 0.3);
@@ -58,13 +58,13 @@ cv::Mat Painted(const std::vector<cv::Point2d>& centres, double radius) {
 TEST(Refinement, KnowsCentresToHundredthsOfAPixel) {
   for (const cv::Point2d& moved : {cv::Point2d(0.3, 0.0), cv::Point2d(0.0, -0.45), cv::Point2d(0.27, 0.71)}) {
     LabelledDiscs discs = unit::FlatDiscs();
-    const SheetPlane plane = unit::PlaneOf(discs);
+    const GridProjection projection = unit::PlaneOf(discs);
     std::vector<cv::Point2d> truth = discs.centres;
     for (cv::Point2d& centre : truth) centre += moved;
     cv::Mat picture;
     cv::GaussianBlur(Painted(truth, FLAT_RADIUS), picture, {}, 1.0);
     picture = 40 + picture / 2;
-    finder::RefineDiscs(plane, picture, discs);
+    finder::RefineDiscs(projection, picture, discs);
     for (size_t k = 0; k < discs.gridIndices.size(); ++k)
       EXPECT_LT(cv::norm(discs.centres[k] - truth[k]), 0.02) << moved;
   }
@@ -77,9 +77,9 @@ TEST(Refinement, ReachesLargeDiscsFromPixelsAway) {
   cv::GaussianBlur(Painted(unit::FlatDiscs().centres, LARGE * FLAT_STEP), picture, {}, 0.7);
   LabelledDiscs discs = unit::FlatDiscs();
   std::fill(discs.radii.begin(), discs.radii.end(), LARGE * FLAT_STEP);
-  const SheetPlane plane = unit::PlaneOf(discs);
+  const GridProjection projection = unit::PlaneOf(discs);
   for (cv::Point2d& centre : discs.centres) centre += cv::Point2d(2.0, 2.0);
-  finder::RefineDiscs(plane, picture, discs);
+  finder::RefineDiscs(projection, picture, discs);
   for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
     EXPECT_LT(cv::norm(discs.centres[k] - InFlatGrid(discs.gridIndices[k])), 0.12) << k;
   }

@@ -37,14 +37,14 @@ struct Sheet {
   }
 
   finder::ShapeMoments Shape() const {
-    finder::SheetPlane plane;
-    EXPECT_TRUE(plane.Fit(discs));
-    return finder::MeanShape(plane, picture, discs);
+    finder::GridProjection projection;
+    EXPECT_TRUE(projection.Fit(discs));
+    return finder::MeanShape(projection, picture, discs);
   }
   bool Discs() const {
-    finder::SheetPlane plane;
-    EXPECT_TRUE(plane.Fit(discs));
-    return finder::AreDiscs(plane, picture, discs);
+    finder::GridProjection projection;
+    EXPECT_TRUE(projection.Fit(discs));
+    return finder::AreDiscs(projection, picture, discs);
   }
 
   cv::Mat picture;

@@ -14,8 +14,8 @@ using namespace velmora;
 namespace {
 
 using finder::ExpectedDisc;
+using finder::GridProjection;
 using finder::LabelledDiscs;
-using finder::SheetPlane;
 using unit::FLAT_GRID;
 using unit::FLAT_RADIUS;
 using unit::FLAT_STEP;
@@ -58,31 +58,31 @@ TEST(Surroundings, ContinueTheDiscsAroundAGridPoint) {
 
 TEST(Surroundings, TakeNoWordFromTheDiscItself) {
   LabelledDiscs discs = CurvedDiscs();
-  const SheetPlane plane = unit::PlaneOf(discs);
+  const GridProjection projection = unit::PlaneOf(discs);
   ExpectedDisc before;
-  ASSERT_TRUE(finder::ExpectDisc(plane, discs, MIDDLE, before));
+  ASSERT_TRUE(finder::ExpectDisc(projection, discs, MIDDLE, before));
   discs.centres[MIDDLE] += cv::Point2d(9.0, -7.0);
   discs.radii[MIDDLE] *= 1.3;
   ExpectedDisc after;
-  ASSERT_TRUE(finder::ExpectDisc(plane, discs, MIDDLE, after));
+  ASSERT_TRUE(finder::ExpectDisc(projection, discs, MIDDLE, after));
   EXPECT_EQ(before.centre, after.centre);
   EXPECT_EQ(before.radius, after.radius);
 }
 
 TEST(Surroundings, HardlyListenToOneThatDisagrees) {
   LabelledDiscs discs = unit::FlatDiscs();
-  const SheetPlane plane = unit::PlaneOf(discs);
+  const GridProjection projection = unit::PlaneOf(discs);
   const int neighbour = discs.At(discs.gridIndices[MIDDLE] + cv::Point(1, 1));
   ASSERT_GE(neighbour, 0);
   discs.centres[static_cast<size_t>(neighbour)] += cv::Point2d(0.4 * FLAT_STEP, 0.2 * FLAT_STEP);
   ExpectedDisc expected;
-  ASSERT_TRUE(finder::ExpectDisc(plane, discs, MIDDLE, expected));
+  ASSERT_TRUE(finder::ExpectDisc(projection, discs, MIDDLE, expected));
   EXPECT_LT(cv::norm(expected.centre - discs.centres[MIDDLE]), 0.1);
 }
 
 TEST(Surroundings, SayNothingWhenTheyAreTooFewOrTooLarge) {
   LabelledDiscs discs = unit::FlatDiscs();
-  const SheetPlane plane = unit::PlaneOf(discs);
+  const GridProjection projection = unit::PlaneOf(discs);
   ExpectedDisc expected;
   int known = 0;
   for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
@@ -91,14 +91,15 @@ TEST(Surroundings, SayNothingWhenTheyAreTooFewOrTooLarge) {
     if (near && ++known > 8) discs.radii[k] = 0.0;
   }
   ASSERT_GT(known, 20);
-  EXPECT_FALSE(finder::ExpectDisc(plane, discs, MIDDLE, expected)) << "eight around it, and others far away";
+  EXPECT_FALSE(finder::ExpectDisc(projection, discs, MIDDLE, expected))
+      << "eight around it, and others far away";
   discs = unit::FlatDiscs();
   std::fill(discs.radii.begin(), discs.radii.end(), 1.05 * FLAT_STEP);
-  EXPECT_FALSE(finder::ExpectDisc(plane, discs, MIDDLE, expected)) << "discs that overlap are none";
+  EXPECT_FALSE(finder::ExpectDisc(projection, discs, MIDDLE, expected)) << "discs that overlap are none";
 }
 
 /// Squares weighted by how far off the polynomial each disc was before: four rounds of them, by elimination.
-cv::Vec3d WordByElimination(const SheetPlane& plane, const LabelledDiscs& discs, size_t k) {
+cv::Vec3d WordByElimination(const GridProjection& projection, const LabelledDiscs& discs, size_t k) {
   struct Neighbour {
     std::vector<Wide> terms, says;
   };
@@ -111,7 +112,7 @@ cv::Vec3d WordByElimination(const SheetPlane& plane, const LabelledDiscs& discs,
     neighbours.push_back({{1.0L, x, y, x * x, x * y, y * y},
                           {discs.centres[other].x, discs.centres[other].y, std::log(discs.radii[other])}});
   }
-  const double limit = 0.02 * plane.Step(discs.gridIndices[k]);
+  const double limit = 0.02 * projection.Step(discs.gridIndices[k]);
   unit::WideMatrix says(6, std::vector<Wide>(2, 0.0L));
   Wide radius = 0.0L;
   for (int round = 0; round < 4; ++round) {
@@ -139,7 +140,7 @@ TEST(Surroundings, SayWhatEliminationDoesAtCornersAndWithGapsAndOutliers) {
   cv::RNG random(8);
   for (int trial = 0; trial < 20; ++trial) {
     LabelledDiscs discs = unit::DiscsProjectedBy(H, FLAT_GRID);
-    const SheetPlane plane = unit::PlaneOf(discs);
+    const GridProjection projection = unit::PlaneOf(discs);
     for (cv::Point2d& centre : discs.centres)
       centre += cv::Point2d(random.gaussian(0.3), random.gaussian(0.3));
     for (double& radius : discs.radii) radius *= random.uniform(0.95, 1.05);
@@ -148,9 +149,9 @@ TEST(Surroundings, SayWhatEliminationDoesAtCornersAndWithGapsAndOutliers) {
     int told = 0;
     for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
       ExpectedDisc expected;
-      if (!finder::ExpectDisc(plane, discs, k, expected)) continue;
+      if (!finder::ExpectDisc(projection, discs, k, expected)) continue;
       ++told;
-      const cv::Vec3d word = WordByElimination(plane, discs, k);
+      const cv::Vec3d word = WordByElimination(projection, discs, k);
       EXPECT_LT(cv::norm(expected.centre - cv::Point2d(word[0], word[1])), 1e-7) << trial << ", " << k;
       const double radius = expected.radius * std::sqrt(std::abs(cv::determinant(expected.slope)));
       EXPECT_NEAR(radius, word[2], 1e-7) << trial << ", " << k;
@@ -161,9 +162,9 @@ TEST(Surroundings, SayWhatEliminationDoesAtCornersAndWithGapsAndOutliers) {
 
 TEST(Surroundings, HaveTheMedianContrastOfTheNearestDiscs) {
   const LabelledDiscs discs = unit::FlatDiscs();
-  const SheetPlane plane = unit::PlaneOf(discs);
+  const GridProjection projection = unit::PlaneOf(discs);
   cv::Mat picture = unit::FlatGrid(FLAT_GRID, 0.4, FLAT_STEP);
-  EXPECT_EQ(finder::ContrastAround(plane, picture, discs, MIDDLE), 210.0);
+  EXPECT_EQ(finder::ContrastAround(projection, picture, discs, MIDDLE), 210.0);
   // Neither the disc itself, nor one of its neighbours, nor far ones change it.
   for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
     const cv::Point apart = discs.gridIndices[k] - discs.gridIndices[MIDDLE];
@@ -171,18 +172,19 @@ TEST(Surroundings, HaveTheMedianContrastOfTheNearestDiscs) {
     if (near && k != MIDDLE && apart != cv::Point(1, 1)) continue;
     cv::circle(picture, discs.centres[k], cvCeil(FLAT_RADIUS), cv::Scalar(135), cv::FILLED);
   }
-  EXPECT_EQ(finder::ContrastAround(plane, picture, discs, MIDDLE), 210.0);
+  EXPECT_EQ(finder::ContrastAround(projection, picture, discs, MIDDLE), 210.0);
 }
 
 TEST(Surroundings, HaveNoContrastWithoutDiscs) {
   LabelledDiscs discs = unit::FlatDiscs();
-  const SheetPlane plane = unit::PlaneOf(discs);
+  const GridProjection projection = unit::PlaneOf(discs);
   const cv::Mat picture = unit::FlatGrid(FLAT_GRID, 0.4, FLAT_STEP);
-  EXPECT_EQ(finder::ContrastAround(plane, cv::Mat(360, 300, CV_8UC1, cv::Scalar(90)), discs, MIDDLE), 0.0);
+  EXPECT_EQ(finder::ContrastAround(projection, cv::Mat(360, 300, CV_8UC1, cv::Scalar(90)), discs, MIDDLE),
+            0.0);
   for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
     if (k != MIDDLE) discs.radii[k] = 0.0;
   }
-  EXPECT_EQ(finder::ContrastAround(plane, picture, discs, MIDDLE), 0.0);
+  EXPECT_EQ(finder::ContrastAround(projection, picture, discs, MIDDLE), 0.0);
 }
 
 }  // namespace

@@ -47,13 +47,14 @@ std::set<std::pair<int, int>> IndicesAround(const LabelledDiscs& discs) {
 
 }  // namespace
 
-bool RejectOutliers(SheetPlane& plane, LabelledDiscs& discs, int atMost) {
+bool RejectOutliers(GridProjection& projection, LabelledDiscs& discs, int atMost) {
   for (;;) {
     double farthest = OUTLIER;
     size_t outlier = discs.gridIndices.size();
     for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
       const double off =
-          discs.Has(k) ? plane.ScaledResidual(discs, k) - 0.5 / plane.Step(discs.gridIndices[k]) : 0.0;
+          discs.Has(k) ? projection.ScaledResidual(discs, k) - 0.5 / projection.Step(discs.gridIndices[k])
+                       : 0.0;
       if (off <= farthest) continue;
       farthest = off;
       outlier = k;
@@ -61,22 +62,22 @@ bool RejectOutliers(SheetPlane& plane, LabelledDiscs& discs, int atMost) {
     if (outlier == discs.gridIndices.size()) return true;
     // One at a time: the farthest one may be all that is wrong with the others.
     discs.radii[outlier] = 0.0;
-    if (discs.Missing() > atMost || !plane.Fit(discs)) return false;
+    if (discs.Missing() > atMost || !projection.Fit(discs)) return false;
   }
 }
 
-bool LiesOnPlane(const SheetPlane& plane, const LabelledDiscs& discs) {
+bool FitsProjection(const GridProjection& projection, const LabelledDiscs& discs) {
   double sum = 0.0;
   for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
-    const double step = plane.Step(discs.gridIndices[k]);
-    const double off = cv::norm(discs.centres[k] - plane.Project(discs.gridIndices[k])) / step;
-    if (!(off < FARTHEST_OFF) || plane.ScaledResidual(discs, k) > OUTLIER + 0.5 / step) return false;
+    const double step = projection.Step(discs.gridIndices[k]);
+    const double off = cv::norm(discs.centres[k] - projection.Project(discs.gridIndices[k])) / step;
+    if (!(off < FARTHEST_OFF) || projection.ScaledResidual(discs, k) > OUTLIER + 0.5 / step) return false;
     sum += off * off;
   }
   return std::sqrt(sum / static_cast<double>(discs.gridIndices.size())) < OFF_TOGETHER;
 }
 
-bool GoesOn(const SheetPlane& plane, const LabelledDiscs& discs, const CandidateIndex& index,
+bool GoesOn(const GridProjection& projection, const LabelledDiscs& discs, const CandidateIndex& index,
             SearchBudget& budget) {
   const double radius = discs.MedianRadius();
   const auto isOwn = [&](int k) {
@@ -87,8 +88,8 @@ bool GoesOn(const SheetPlane& plane, const LabelledDiscs& discs, const Candidate
   int beyond = 0;
   for (const auto& [x, y] : IndicesAround(discs)) {
     const cv::Point gridIndex(x, y);
-    const double reach = BEYOND * plane.Step(gridIndex) + 0.5;
-    const int found = index.Nearest(plane.Predict(gridIndex), reach, budget, [&](int k) {
+    const double reach = BEYOND * projection.Step(gridIndex) + 0.5;
+    const int found = index.Nearest(projection.Predict(gridIndex), reach, budget, [&](int k) {
       return index[k].radius > 0.65 * radius && index[k].radius < 1.5 * radius && !isOwn(k);
     });
     if (found >= 0) ++beyond;
@@ -96,17 +97,17 @@ bool GoesOn(const SheetPlane& plane, const LabelledDiscs& discs, const Candidate
   return beyond > BEYOND_AT_MOST;
 }
 
-bool IsChessboard(const SheetPlane& plane, const LabelledDiscs& discs, const cv::Mat& grey) {
+bool IsChessboard(const GridProjection& projection, const LabelledDiscs& discs, const cv::Mat& grey) {
   std::vector<double> cover;
   std::vector<double> between;
   for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
     const cv::Point2d gridIndex = discs.gridIndices[k];
-    const double step = plane.Step(gridIndex);
+    const double step = projection.Step(gridIndex);
     cover.push_back(CV_PI * discs.radii[k] * discs.radii[k] / (2.0 * step * step));
-    const cv::Point2d offset = discs.centres[k] - plane.Project(gridIndex);
+    const cv::Point2d offset = discs.centres[k] - projection.Project(gridIndex);
     const double dark = GreyAt(grey, discs.centres[k]);
-    const double light = GreyAt(grey, plane.Project(gridIndex + cv::Point2d(1.0, 0.0)) + offset);
-    const double middle = GreyAt(grey, plane.Project(gridIndex + cv::Point2d(0.5, 0.5)) + offset);
+    const double light = GreyAt(grey, projection.Project(gridIndex + cv::Point2d(1.0, 0.0)) + offset);
+    const double middle = GreyAt(grey, projection.Project(gridIndex + cv::Point2d(0.5, 0.5)) + offset);
     between.push_back(light - dark > 1.0 ? (light - middle) / (light - dark) : 1.0);
   }
   return Median(cover) > DENSE && Median(between) > DARK_BETWEEN;

@@ -4,23 +4,23 @@
 #include <opencv2/core.hpp>
 
 #include "finder/CandidateIndex.h"
-#include "finder/SheetPlane.h"
+#include "finder/GridProjection.h"
 
 namespace velmora::finder {
 
-/// Declares discs missing that are outliers among the others, and fits the plane to the rest. False when more
-/// than so many are missing then, or nothing fits.
-bool RejectOutliers(SheetPlane& plane, LabelledDiscs& discs, int atMost);
+/// Declares discs missing that are outliers among the others, and fits the projection to the rest. False when
+/// more than so many are missing then, or nothing fits.
+bool RejectOutliers(GridProjection& projection, LabelledDiscs& discs, int atMost);
 
-/// True when all discs are near the plane, as far as a lens may distort it, and none is an outlier.
-bool LiesOnPlane(const SheetPlane& plane, const LabelledDiscs& discs);
+/// True when all discs are near the homography, as far as a lens may distort it, and none is an outlier.
+bool FitsProjection(const GridProjection& projection, const LabelledDiscs& discs);
 
 /// True when the pattern goes on beyond the grid's size: there are discs like those of the grid at indices
 /// around it.
-bool GoesOn(const SheetPlane& plane, const LabelledDiscs& discs, const CandidateIndex& index,
+bool GoesOn(const GridProjection& projection, const LabelledDiscs& discs, const CandidateIndex& index,
             SearchBudget& budget);
 
 /// True when the spots touch at their corners as the dark squares of a chessboard do.
-bool IsChessboard(const SheetPlane& plane, const LabelledDiscs& discs, const cv::Mat& grey);
+bool IsChessboard(const GridProjection& projection, const LabelledDiscs& discs, const cv::Mat& grey);
 
 }  // namespace velmora::finder

@@ -28,12 +28,12 @@ Span SpanOf(const DiscWindow& window, double radius, int row, int width) {
 
 }  // namespace
 
-DiscWindow WindowOf(const SheetPlane& plane, const LabelledDiscs& discs, size_t k) {
+DiscWindow WindowOf(const GridProjection& projection, const LabelledDiscs& discs, size_t k) {
   DiscWindow window;
   window.centre = discs.centres[k];
-  window.toSteps = plane.Slope(discs.gridIndices[k]).inv();
+  window.toSteps = projection.Slope(discs.gridIndices[k]).inv();
   window.form = window.toSteps.t() * window.toSteps;
-  window.disc = discs.radii[k] / plane.Step(discs.gridIndices[k]);
+  window.disc = discs.radii[k] / projection.Step(discs.gridIndices[k]);
   window.outer = window.disc + std::min(0.32, std::max(0.1, HALF_WAY - window.disc));
   return window;
 }

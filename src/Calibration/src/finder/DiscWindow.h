@@ -6,7 +6,7 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-#include "finder/SheetPlane.h"
+#include "finder/GridProjection.h"
 
 namespace velmora::finder {
 
@@ -25,7 +25,7 @@ struct DiscWindow {
 };
 
 /// The window of a disc that is not missing: it ends before its neighbours begin.
-DiscWindow WindowOf(const SheetPlane& plane, const LabelledDiscs& discs, size_t k);
+DiscWindow WindowOf(const GridProjection& projection, const LabelledDiscs& discs, size_t k);
 
 /// The pixels of each row that are in the window.
 std::vector<Span> SpansOf(const DiscWindow& window, const cv::Size& size);

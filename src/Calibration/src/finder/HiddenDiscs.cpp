@@ -29,7 +29,7 @@ constexpr double WHOLE_ALONE = 0.9;
 /// By how much the middle of a whole disc's rim may be wrong: pixels, and shares of the radius.
 constexpr double UNSURE = 0.7;
 constexpr double UNSURE_RADII = 0.06;
-/// Discs put right show others, which they had pulled the plane away from.
+/// Discs put right show others, which they had pulled the projection away from.
 constexpr int ROUNDS = 3;
 
 double Median(std::vector<double> values) {
@@ -41,10 +41,10 @@ double Median(std::vector<double> values) {
 enum class DiscState { InPlace, PutRight, Hidden };
 
 /// The rim of a disc, looked for where the disc was found, in the shape that the sheet has there.
-Rim RimAsFound(const SheetPlane& plane, const cv::Mat& grey, const LabelledDiscs& all, size_t k) {
+Rim RimAsFound(const GridProjection& projection, const cv::Mat& grey, const LabelledDiscs& all, size_t k) {
   const cv::Point2d gridIndex = all.gridIndices[k];
   const auto across = [&](const cv::Point2d& step) {
-    return plane.Predict(gridIndex + 0.5 * step) - plane.Predict(gridIndex - 0.5 * step);
+    return projection.Predict(gridIndex + 0.5 * step) - projection.Predict(gridIndex - 0.5 * step);
   };
   const cv::Point2d x = across({1.0, 0.0});
   const cv::Point2d y = across({0.0, 1.0});
@@ -53,18 +53,18 @@ Rim RimAsFound(const SheetPlane& plane, const cv::Mat& grey, const LabelledDiscs
   disc.slope = {x.x, y.x, x.y, y.y};
   disc.radius = all.radii[k] / std::sqrt(std::abs(cv::determinant(disc.slope)));
   if (!(disc.radius < 1.0)) return {0.0, disc.centre};
-  disc.contrast = ContrastAround(plane, grey, all, k);
+  disc.contrast = ContrastAround(projection, grey, all, k);
   return FollowRim(grey, disc);
 }
 
 /// The rim of a disc, followed when it is asked for first: it stays where it is.
 class OnceFollowed {
  public:
-  const Rim& Of(const SheetPlane& plane, const cv::Mat& grey, const LabelledDiscs& all, size_t k,
+  const Rim& Of(const GridProjection& projection, const cv::Mat& grey, const LabelledDiscs& all, size_t k,
                 ExpectedDisc expected) {
     if (followed_) return rim_;
     followed_ = true;
-    expected.contrast = ContrastAround(plane, grey, all, k);
+    expected.contrast = ContrastAround(projection, grey, all, k);
     rim_.centre = all.centres[k];
     rim_.visible = 1.0;
     if (expected.contrast > 0.0) rim_ = FollowRim(grey, expected);
@@ -76,21 +76,22 @@ class OnceFollowed {
   Rim rim_;
 };
 
-DiscState CheckDisc(const SheetPlane& plane, const cv::Mat& grey, const LabelledDiscs& all,
+DiscState CheckDisc(const GridProjection& projection, const cv::Mat& grey, const LabelledDiscs& all,
                     LabelledDiscs& discs, size_t k, double residual, double usual, OnceFollowed& followed) {
   ExpectedDisc expected;
-  if (!ExpectDisc(plane, all, k, expected)) return DiscState::InPlace;
+  if (!ExpectDisc(projection, all, k, expected)) return DiscState::InPlace;
   // Where those around it expect it, whatever shadow is upon it.
   const double off = cv::norm(expected.centre - all.centres[k]);
   if (off < CLOSE) return DiscState::InPlace;
-  const Rim& rim = followed.Of(plane, grey, all, k, expected);
+  const Rim& rim = followed.Of(projection, grey, all, k, expected);
   if (rim.visible < WHOLE) {
     // Prints with ragged discs have ragged rims, and all their discs are off a little.
     const bool part = rim.visible < HALF && off > 0.1 * all.radii[k] + CLOSE;
     if (!part && off <= OUTLIER * usual) return DiscState::InPlace;
-    // Where a lens bends much the others are wrong about the corners.
+    // Where a lens distorts much the others are wrong about the corners.
     if (residual > FAR_OFF * usual) return DiscState::Hidden;
-    return RimAsFound(plane, grey, all, k).visible >= WHOLE_ALONE ? DiscState::InPlace : DiscState::Hidden;
+    return RimAsFound(projection, grey, all, k).visible >= WHOLE_ALONE ? DiscState::InPlace
+                                                                       : DiscState::Hidden;
   }
   // A rim is known less well than the middle of the darkness, most of all at corners, where the others are
   // wrong about size and shape: only what is off for certain is put where its rim is.
@@ -105,15 +106,15 @@ DiscState CheckDisc(const SheetPlane& plane, const cv::Mat& grey, const Labelled
 
 }  // namespace
 
-bool AreWhole(const SheetPlane& flat, const cv::Mat& grey, LabelledDiscs& discs) {
-  SheetPlane plane = flat;
+bool AreWhole(const GridProjection& flat, const cv::Mat& grey, LabelledDiscs& discs) {
+  GridProjection projection = flat;
   std::vector<bool> right(discs.gridIndices.size(), false);
   std::vector<OnceFollowed> rims(discs.gridIndices.size());
   for (int round = 0; round < ROUNDS; ++round) {
-    if (!plane.FitBend(discs)) return false;
+    if (!projection.FitDistortion(discs)) return false;
     std::vector<double> off;
     for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
-      off.push_back(plane.ScaledResidual(discs, k) * plane.Step(discs.gridIndices[k]));
+      off.push_back(projection.ScaledResidual(discs, k) * projection.Step(discs.gridIndices[k]));
     }
     const double usual = Median(off);
     const double least = std::max(CLOSE, USUAL * usual);
@@ -121,7 +122,7 @@ bool AreWhole(const SheetPlane& flat, const cv::Mat& grey, LabelledDiscs& discs)
     bool moved = false;
     for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
       if (off[k] < least || right[k]) continue;
-      const DiscState state = CheckDisc(plane, grey, before, discs, k, off[k], usual, rims[k]);
+      const DiscState state = CheckDisc(projection, grey, before, discs, k, off[k], usual, rims[k]);
       // Later rounds only put right: what is off was assessed among all the others.
       if (state == DiscState::Hidden && round == 0) return false;
       if (state != DiscState::PutRight) continue;

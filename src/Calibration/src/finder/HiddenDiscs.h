@@ -3,13 +3,13 @@
 
 #include <opencv2/core.hpp>
 
-#include "finder/SheetPlane.h"
+#include "finder/GridProjection.h"
 
 namespace velmora::finder {
 
 /// Looks at each disc, refined before, that is not quite where the others put it: the rim of a whole one goes
 /// all around. Those whose rim has another middle than their darkness get the rim's. False when a part of one
 /// is hidden.
-bool AreWhole(const SheetPlane& plane, const cv::Mat& grey, LabelledDiscs& discs);
+bool AreWhole(const GridProjection& projection, const cv::Mat& grey, LabelledDiscs& discs);
 
 }  // namespace velmora::finder

@@ -119,18 +119,18 @@ Eigen::Matrix3d InRows(const Vector9& h) {
 
 bool FitHomography(const std::vector<cv::Point2d>& from, const std::vector<cv::Point2d>& to, cv::Matx33d& H) {
   if (from.size() < 4) return false;
-  const Centred plane(from);
+  const Centred projection(from);
   const Centred view(to);
   // All at one point, or not finite.
-  if (!plane.points.allFinite() || !view.points.allFinite()) return false;
+  if (!projection.points.allFinite() || !view.points.allFinite()) return false;
   Vector9 start;
-  if (!Start(plane.points, view.points, start)) return false;
+  if (!Start(projection.points, view.points, start)) return false;
   Vector8 h = start.head<8>() / start(8);
-  if (!h.allFinite() || !Refine(plane.points, view.points, h)) return false;
+  if (!h.allFinite() || !Refine(projection.points, view.points, h)) return false;
   Vector9 refined;
   refined << h, 1.0;
-  Eigen::Matrix3d into = Eigen::Matrix3d::Identity() / plane.spread;
-  into.col(2) << -plane.middle / plane.spread, 1.0;
+  Eigen::Matrix3d into = Eigen::Matrix3d::Identity() / projection.spread;
+  into.col(2) << -projection.middle / projection.spread, 1.0;
   Eigen::Matrix3d outOf = Eigen::Matrix3d::Identity() * view.spread;
   outOf.col(2) << view.middle, 1.0;
   Eigen::Matrix3d whole = outOf * InRows(refined) * into;

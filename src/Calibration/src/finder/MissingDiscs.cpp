@@ -42,28 +42,29 @@ Region NearestSpot(const cv::Mat& grey, const cv::Rect& window, const cv::Point2
 
 }  // namespace
 
-void RecoverMissing(const SheetPlane& plane, const cv::Mat& grey, LabelledDiscs& discs) {
+void RecoverMissing(const GridProjection& projection, const cv::Mat& grey, LabelledDiscs& discs) {
   const LabelledDiscs known = discs;
   const double usual = known.MedianRadius();
   for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
     if (known.Has(k)) continue;
-    const cv::Point2d at = plane.Predict(known.gridIndices[k]);
-    const cv::Rect window = WindowAround(at, plane.Slope(known.gridIndices[k]), grey.size());
+    const cv::Point2d at = projection.Predict(known.gridIndices[k]);
+    const cv::Rect window = WindowAround(at, projection.Slope(known.gridIndices[k]), grey.size());
     if (window.width < 4 || window.height < 4) continue;
     const Region spot = NearestSpot(grey, window, at);
     const double radius = std::sqrt(spot.area / CV_PI);
-    const bool fits = radius > 0.5 * usual && radius < 1.8 * usual &&
-                      cv::norm(spot.centroid - at) < FARTHEST_OFF * plane.Step(known.gridIndices[k]) + 0.5;
+    const bool fits =
+        radius > 0.5 * usual && radius < 1.8 * usual &&
+        cv::norm(spot.centroid - at) < FARTHEST_OFF * projection.Step(known.gridIndices[k]) + 0.5;
     if (!fits) continue;
     discs.centres[k] = spot.centroid;
     discs.radii[k] = radius;
   }
 }
 
-bool ReachesEdge(const SheetPlane& plane, const LabelledDiscs& discs, const cv::Size& size) {
+bool ReachesEdge(const GridProjection& projection, const LabelledDiscs& discs, const cv::Size& size) {
   for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
     if (!discs.Has(k)) continue;
-    const double room = plane.Step(discs.gridIndices[k]) + discs.radii[k];
+    const double room = projection.Step(discs.gridIndices[k]) + discs.radii[k];
     const cv::Point2d& at = discs.centres[k];
     if (at.x < room || at.y < room || at.x > size.width - 1 - room || at.y > size.height - 1 - room)
       return true;
@@ -71,11 +72,11 @@ bool ReachesEdge(const SheetPlane& plane, const LabelledDiscs& discs, const cv::
   return false;
 }
 
-bool MissesOutside(const SheetPlane& plane, const LabelledDiscs& discs, const cv::Size& size) {
+bool MissesOutside(const GridProjection& projection, const LabelledDiscs& discs, const cv::Size& size) {
   const double margin = discs.MedianRadius() + 1.0;
   for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
     if (discs.Has(k)) continue;
-    const cv::Point2d at = plane.Predict(discs.gridIndices[k]);
+    const cv::Point2d at = projection.Predict(discs.gridIndices[k]);
     const bool inside =
         at.x > margin && at.y > margin && at.x < size.width - 1 - margin && at.y < size.height - 1 - margin;
     if (!inside) return true;

@@ -48,10 +48,10 @@ bool Recentre(const cv::Mat& grey, DiscWindow& window, double& area) {
 
 }  // namespace
 
-void RefineDiscs(const SheetPlane& plane, const cv::Mat& grey, LabelledDiscs& discs) {
+void RefineDiscs(const GridProjection& projection, const cv::Mat& grey, LabelledDiscs& discs) {
   for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
     const double radius = discs.radii[k];
-    DiscWindow window = WindowOf(plane, discs, k);
+    DiscWindow window = WindowOf(projection, discs, k);
     double area = 0.0;
     bool refined = true;
     for (int round = 0; round < ROUNDS && refined; ++round) refined = Recentre(grey, window, area);

@@ -17,8 +17,8 @@ namespace velmora {
 
 namespace {
 
+using finder::GridProjection;
 using finder::LabelledDiscs;
-using finder::SheetPlane;
 
 /// The lookups in the index that one search may take.
 constexpr int BUDGET = 300000;
@@ -70,10 +70,11 @@ class DarkSearch {
       discs.centres.push_back(k >= 0 ? index[k].centre : cv::Point2d());
       discs.radii.push_back(k >= 0 ? index[k].radius : 0.0);
     }
-    SheetPlane plane;
-    if (!plane.Fit(discs)) return false;
+    GridProjection projection;
+    if (!projection.Fit(discs)) return false;
     const bool clear = labelling.covered >= labelling.secondBest + 2;
-    const GridFault fault = clear ? Complete(plane, discs, index) : FaultOfDoubt(plane, discs, lattice);
+    const GridFault fault =
+        clear ? Complete(projection, discs, index) : FaultOfDoubt(projection, discs, lattice);
     // The largest lattice has the last word.
     if (fault == GridFault::None || lattice.points.size() > said_) {
       finding_.fault = fault;
@@ -86,31 +87,34 @@ class DarkSearch {
   }
 
   /// For a pattern that can be laid in several ways: it is too large, or cut, or too small.
-  GridFault FaultOfDoubt(const SheetPlane& plane, const LabelledDiscs& discs,
+  GridFault FaultOfDoubt(const GridProjection& projection, const LabelledDiscs& discs,
                          const finder::Lattice& lattice) const {
     if (lattice.points.size() > gridIndices_.size()) return GridFault::BiggerLattice;
-    return finder::ReachesEdge(plane, discs, grey_.size()) ? GridFault::PartOutside : GridFault::WrongSize;
+    return finder::ReachesEdge(projection, discs, grey_.size()) ? GridFault::PartOutside
+                                                                : GridFault::WrongSize;
   }
 
-  GridFault FaultOfGaps(const SheetPlane& plane, const LabelledDiscs& discs) const {
-    return finder::MissesOutside(plane, discs, grey_.size()) ? GridFault::PartOutside : GridFault::WrongSize;
+  GridFault FaultOfGaps(const GridProjection& projection, const LabelledDiscs& discs) const {
+    return finder::MissesOutside(projection, discs, grey_.size()) ? GridFault::PartOutside
+                                                                  : GridFault::WrongSize;
   }
 
   /// Brings the discs to a whole grid, or says why they are none.
-  GridFault Complete(SheetPlane& plane, LabelledDiscs& discs, const finder::CandidateIndex& index) {
-    if (discs.Missing() > finder::MissingAllowed(grid_)) return FaultOfGaps(plane, discs);
-    if (!finder::RejectOutliers(plane, discs, finder::MissingAllowed(grid_))) return GridFault::NothingLikeIt;
+  GridFault Complete(GridProjection& projection, LabelledDiscs& discs, const finder::CandidateIndex& index) {
+    if (discs.Missing() > finder::MissingAllowed(grid_)) return FaultOfGaps(projection, discs);
+    if (!finder::RejectOutliers(projection, discs, finder::MissingAllowed(grid_)))
+      return GridFault::NothingLikeIt;
     const bool gaps = discs.Missing() > 0;
-    if (gaps) finder::RecoverMissing(plane, grey_, discs);
-    if (discs.Missing() > 0) return FaultOfGaps(plane, discs);
+    if (gaps) finder::RecoverMissing(projection, grey_, discs);
+    if (discs.Missing() > 0) return FaultOfGaps(projection, discs);
     // What was recovered is in place but for what hides a part of it.
     const GridFault offPlane = gaps ? GridFault::PartlyHidden : GridFault::NothingLikeIt;
-    if (!plane.Fit(discs) || !finder::LiesOnPlane(plane, discs)) return offPlane;
-    if (finder::GoesOn(plane, discs, index, budget_)) return GridFault::BiggerLattice;
-    if (finder::IsChessboard(plane, discs, grey_)) return GridFault::NothingLikeIt;
-    finder::RefineDiscs(plane, grey_, discs);
-    if (!finder::AreDiscs(plane, grey_, discs)) return GridFault::NothingLikeIt;
-    return finder::AreWhole(plane, grey_, discs) ? GridFault::None : GridFault::PartlyHidden;
+    if (!projection.Fit(discs) || !finder::FitsProjection(projection, discs)) return offPlane;
+    if (finder::GoesOn(projection, discs, index, budget_)) return GridFault::BiggerLattice;
+    if (finder::IsChessboard(projection, discs, grey_)) return GridFault::NothingLikeIt;
+    finder::RefineDiscs(projection, grey_, discs);
+    if (!finder::AreDiscs(projection, grey_, discs)) return GridFault::NothingLikeIt;
+    return finder::AreWhole(projection, grey_, discs) ? GridFault::None : GridFault::PartlyHidden;
   }
 
   const cv::Mat& grey_;

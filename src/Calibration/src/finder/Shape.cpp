@@ -55,12 +55,12 @@ bool MomentsOf(const cv::Mat& grey, const DiscWindow& window, Moments& moments) 
 
 }  // namespace
 
-ShapeMoments MeanShape(const SheetPlane& plane, const cv::Mat& grey, const LabelledDiscs& discs) {
+ShapeMoments MeanShape(const GridProjection& projection, const cv::Mat& grey, const LabelledDiscs& discs) {
   Moments sum = {};
   int count = 0;
   for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
     Moments moments;
-    if (!discs.Has(k) || !MomentsOf(grey, WindowOf(plane, discs, k), moments)) continue;
+    if (!discs.Has(k) || !MomentsOf(grey, WindowOf(projection, discs, k), moments)) continue;
     for (size_t order = 0; order < sum.size(); ++order) sum[order] += moments[order];
     ++count;
   }
@@ -68,8 +68,8 @@ ShapeMoments MeanShape(const SheetPlane& plane, const cv::Mat& grey, const Label
   return {std::abs(sum[0]) / count, std::abs(sum[1]) / count, std::abs(sum[2]) / count};
 }
 
-bool AreDiscs(const SheetPlane& plane, const cv::Mat& grey, const LabelledDiscs& discs) {
-  const ShapeMoments shape = MeanShape(plane, grey, discs);
+bool AreDiscs(const GridProjection& projection, const cv::Mat& grey, const LabelledDiscs& discs) {
+  const ShapeMoments shape = MeanShape(projection, grey, discs);
   // Blur is no longer round in the plane of an oblique sheet: it gives small discs a second moment, and a
   // smaller fourth one.
   return shape.second < 0.5 && shape.third < 0.2 && shape.fourth < 0.2 + shape.second;

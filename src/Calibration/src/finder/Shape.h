@@ -3,7 +3,7 @@
 
 #include <opencv2/core.hpp>
 
-#include "finder/SheetPlane.h"
+#include "finder/GridProjection.h"
 
 namespace velmora::finder {
 
@@ -15,9 +15,9 @@ struct ShapeMoments {
   double third = 0.0;
   double fourth = 0.0;
 };
-ShapeMoments MeanShape(const SheetPlane& plane, const cv::Mat& grey, const LabelledDiscs& discs);
+ShapeMoments MeanShape(const GridProjection& projection, const cv::Mat& grey, const LabelledDiscs& discs);
 
 /// True when the spots, refined before, are discs seen in perspective.
-bool AreDiscs(const SheetPlane& plane, const cv::Mat& grey, const LabelledDiscs& discs);
+bool AreDiscs(const GridProjection& projection, const cv::Mat& grey, const LabelledDiscs& discs);
 
 }  // namespace velmora::finder

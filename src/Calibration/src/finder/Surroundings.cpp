@@ -56,7 +56,8 @@ bool FitPolynomials(const std::vector<Neighbour>& neighbours, double step, Coeff
 
 }  // namespace
 
-bool ExpectDisc(const SheetPlane& plane, const LabelledDiscs& discs, size_t k, ExpectedDisc& expected) {
+bool ExpectDisc(const GridProjection& projection, const LabelledDiscs& discs, size_t k,
+                ExpectedDisc& expected) {
   std::vector<Neighbour> neighbours;
   for (size_t other = 0; other < discs.gridIndices.size(); ++other) {
     const cv::Point apart = discs.gridIndices[other] - discs.gridIndices[k];
@@ -71,7 +72,7 @@ bool ExpectDisc(const SheetPlane& plane, const LabelledDiscs& discs, size_t k, E
   }
   Coefficients says;
   if (neighbours.size() < ENOUGH) return false;
-  if (!FitPolynomials(neighbours, plane.Step(discs.gridIndices[k]), says)) return false;
+  if (!FitPolynomials(neighbours, projection.Step(discs.gridIndices[k]), says)) return false;
   expected.centre = {says(0, 0), says(0, 1)};
   expected.slope = {says(1, 0), says(2, 0), says(1, 1), says(2, 1)};
   const double step = std::sqrt(std::abs(cv::determinant(expected.slope)));
@@ -79,13 +80,14 @@ bool ExpectDisc(const SheetPlane& plane, const LabelledDiscs& discs, size_t k, E
   return step > 0.0 && std::isfinite(expected.radius) && expected.radius < 1.0;
 }
 
-double ContrastAround(const SheetPlane& plane, const cv::Mat& grey, const LabelledDiscs& discs, size_t k) {
+double ContrastAround(const GridProjection& projection, const cv::Mat& grey, const LabelledDiscs& discs,
+                      size_t k) {
   std::vector<double> contrasts;
   for (size_t other = 0; other < discs.gridIndices.size(); ++other) {
     const cv::Point apart = discs.gridIndices[other] - discs.gridIndices[k];
     const int distance = std::max(std::abs(apart.x), std::abs(apart.y));
     if (distance == 0 || distance > NEAR || !discs.Has(other)) continue;
-    const DiscWindow window = WindowOf(plane, discs, other);
+    const DiscWindow window = WindowOf(projection, discs, other);
     Histogram all;
     Tones tones;
     if (!TonesIn(grey, window, SpansOf(window, grey.size()), all, tones)) continue;

@@ -1,4 +1,4 @@
-/// Where points of the pattern are in the image: a plane in perspective, bent a little by the lens.
+/// Where points of the grid are in the image: a homography and a polynomial for the lens's distortion.
 #pragma once
 
 #include <Eigen/Cholesky>
@@ -16,29 +16,31 @@ struct LabelledDiscs {
 
   bool Has(size_t k) const { return radii[k] > 0.0; }
   /// The disc of a grid index, -1 when it is missing or there is none.
-  int At(const cv::Point& gridPoint) const;
+  int At(const cv::Point& gridIndex) const;
   int Missing() const;
   double MedianRadius() const;
 };
 
-class SheetPlane {
+class GridProjection {
  public:
-  /// Fits the plane, and then how it is bent, to the discs that are not missing. False when there is no such
-  /// plane.
-  bool Fit(const LabelledDiscs& discs) { return FitPlane(discs) && FitBend(discs); }
+  /// Fits the homography, and then the distortion, to the discs that are not missing. False when they
+  /// determine none.
+  bool Fit(const LabelledDiscs& discs) { return FitGridHomography(discs) && FitDistortion(discs); }
 
-  /// Fits how it is bent anew, for discs that have moved a little; the plane stays.
-  bool FitBend(const LabelledDiscs& discs);
+  /// Fits the distortion anew, for discs that have moved a little; the homography stays.
+  bool FitDistortion(const LabelledDiscs& discs);
 
-  /// By the plane alone.
+  /// The projection of a grid point by the homography alone.
   cv::Point2d Project(const cv::Point2d& gridPoint) const;
   /// How the pixel changes with the grid point, pixels per step.
   cv::Matx22d Slope(const cv::Point2d& gridPoint) const;
   /// The length of a step around a grid point, pixels.
   double Step(const cv::Point2d& gridPoint) const;
 
-  /// The plane's word, corrected for the lens.
-  cv::Point2d Predict(const cv::Point2d& gridPoint) const { return Project(gridPoint) + BendAt(gridPoint); }
+  /// The projection of a grid point with distortion.
+  cv::Point2d Predict(const cv::Point2d& gridPoint) const {
+    return Project(gridPoint) + DistortionAt(gridPoint);
+  }
   /// How far a disc is from where the others put it, steps; for one that is not missing.
   double ScaledResidual(const LabelledDiscs& discs, size_t k) const;
 
@@ -46,16 +48,16 @@ class SheetPlane {
   static constexpr int TERMS = 10;  ///< of a polynomial of third degree; those beyond a lower degree are 0
   using Column = Eigen::Matrix<double, TERMS, 1>;
 
-  bool FitPlane(const LabelledDiscs& discs);
+  bool FitGridHomography(const LabelledDiscs& discs);
   Column Terms(const cv::Point2d& gridPoint) const;
-  cv::Point2d BendAt(const cv::Point2d& gridPoint) const;
+  cv::Point2d DistortionAt(const cv::Point2d& gridPoint) const;
 
   cv::Matx33d H_ = cv::Matx33d::eye();
   cv::Point2d middle_;
   cv::Point2d half_{1.0, 1.0};
-  int degree_ = 0;  ///< of the polynomial that the picture is bent by
+  int degree_ = 0;  ///< of the distortion polynomial
   /// Its coefficients, of x and y.
-  Eigen::Matrix<double, TERMS, 2> bend_ = Eigen::Matrix<double, TERMS, 2>::Zero();
+  Eigen::Matrix<double, TERMS, 2> distortion_ = Eigen::Matrix<double, TERMS, 2>::Zero();
   Eigen::LLT<Eigen::Matrix<double, TERMS, TERMS>> normal_;  ///< its normal equations
 };
 

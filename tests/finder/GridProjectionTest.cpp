@@ -1,5 +1,5 @@
-/// The plane of the discs, and how the picture is bent.
-#include "finder/SheetPlane.h"
+/// The homography of the discs, and the distortion of the image.
+#include "finder/GridProjection.h"
 
 #include <gtest/gtest.h>
 
@@ -10,27 +10,27 @@ using namespace velmora;
 
 namespace {
 
+using finder::GridProjection;
 using finder::LabelledDiscs;
-using finder::SheetPlane;
 using unit::FLAT_STEP;
 using unit::Wide;
 
-/// The bend of discs off their plane, by elimination in extended precision: terms of a polynomial in both
-/// directions, weighted by the length of a step.
-class BendByElimination {
+/// The distortion of discs off their homography, by elimination in extended precision: terms of a polynomial
+/// in both directions, weighted by the length of a step.
+class DistortionByElimination {
  public:
-  BendByElimination(const SheetPlane& plane, const LabelledDiscs& discs, int degree)
-      : degree_(degree), size_(2.0 * discs.grid.width - 1.0, discs.grid.height - 1.0), plane_(plane) {
+  DistortionByElimination(const GridProjection& projection, const LabelledDiscs& discs, int degree)
+      : degree_(degree), size_(2.0 * discs.grid.width - 1.0, discs.grid.height - 1.0), plane_(projection) {
     const size_t terms = TermsAt({0.0, 0.0}).size();
     unit::WideEquations equations(terms, 2, 1e-9L);
     for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
       if (!discs.Has(k)) continue;
-      const cv::Point2d off = discs.centres[k] - plane.Project(discs.gridIndices[k]);
-      const Wide step = plane.Step(discs.gridIndices[k]);
+      const cv::Point2d off = discs.centres[k] - projection.Project(discs.gridIndices[k]);
+      const Wide step = projection.Step(discs.gridIndices[k]);
       equations.Add(TermsAt(discs.gridIndices[k]), {off.x, off.y}, 1.0L / (step * step));
     }
     equations_ = equations;
-    bend_ = equations.Solve();
+    distortion_ = equations.Solve();
   }
 
   cv::Point2d Predict(const cv::Point2d& gridIndex) const {
@@ -38,8 +38,8 @@ class BendByElimination {
     Wide x = 0.0L;
     Wide y = 0.0L;
     for (size_t k = 0; k < terms.size(); ++k) {
-      x += terms[k] * bend_[k][0];
-      y += terms[k] * bend_[k][1];
+      x += terms[k] * distortion_[k][0];
+      y += terms[k] * distortion_[k][1];
     }
     return plane_.Project(gridIndex) + cv::Point2d(static_cast<double>(x), static_cast<double>(y));
   }
@@ -69,35 +69,35 @@ class BendByElimination {
 
   const int degree_;
   const cv::Point2d size_;
-  const SheetPlane& plane_;
+  const GridProjection& plane_;
   unit::WideEquations equations_{0, 0};
-  unit::WideMatrix bend_;
+  unit::WideMatrix distortion_;
 };
 
-TEST(SheetPlane, ProjectsAndPredictsGridPoints) {
+TEST(GridProjection, ProjectsAndPredictsGridPoints) {
   LabelledDiscs discs = unit::FlatDiscs();
-  SheetPlane plane;
-  ASSERT_TRUE(plane.Fit(discs));
-  EXPECT_LT(cv::norm(plane.Project({3.0, 5.0}) - unit::InFlatGrid({3, 5})), 1e-6);
-  EXPECT_NEAR(plane.Step({3.0, 5.0}), FLAT_STEP, 1e-6);
+  GridProjection projection;
+  ASSERT_TRUE(projection.Fit(discs));
+  EXPECT_LT(cv::norm(projection.Project({3.0, 5.0}) - unit::InFlatGrid({3, 5})), 1e-6);
+  EXPECT_NEAR(projection.Step({3.0, 5.0}), FLAT_STEP, 1e-6);
   discs = unit::BentDiscs();
-  ASSERT_TRUE(plane.Fit(discs));
+  ASSERT_TRUE(projection.Fit(discs));
   for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
-    EXPECT_LT(cv::norm(plane.Predict(discs.gridIndices[k]) - discs.centres[k]), 0.02 * FLAT_STEP);
+    EXPECT_LT(cv::norm(projection.Predict(discs.gridIndices[k]) - discs.centres[k]), 0.02 * FLAT_STEP);
   }
 }
 
-TEST(SheetPlane, IsNoneThroughTooFewOrMirroredDiscs) {
+TEST(GridProjection, IsNoneThroughTooFewOrMirroredDiscs) {
   LabelledDiscs discs = unit::FlatDiscs();
   std::fill(discs.radii.begin() + 6, discs.radii.end(), 0.0);
-  SheetPlane plane;
-  EXPECT_FALSE(plane.Fit(discs));
+  GridProjection projection;
+  EXPECT_FALSE(projection.Fit(discs));
   discs = unit::FlatDiscs();
   for (cv::Point2d& centre : discs.centres) centre.x = 400.0 - centre.x;
-  EXPECT_FALSE(plane.Fit(discs));
+  EXPECT_FALSE(projection.Fit(discs));
 }
 
-/// Discs of a grid of any size, seen at a slant, that are off the plane by what a lens and chance do.
+/// Discs of a grid of any size, seen at a slant, that are off the homography by what a lens and chance do.
 LabelledDiscs DiscsOffPlane(const cv::Size& grid, double chance) {
   const cv::Matx33d H(38.0, 6.0, 120.0, -9.0, 26.0, 100.0, 0.01, 0.03, 1.0);
   LabelledDiscs discs = unit::DiscsProjectedBy(H, grid);
@@ -111,7 +111,7 @@ LabelledDiscs DiscsOffPlane(const cv::Size& grid, double chance) {
   return discs;
 }
 
-TEST(SheetPlane, PredictsAndScalesResidualsAsEliminationDoes) {
+TEST(GridProjection, PredictsAndScalesResidualsAsEliminationDoes) {
   const struct {
     cv::Size grid;
     size_t missing;
@@ -123,55 +123,57 @@ TEST(SheetPlane, PredictsAndScalesResidualsAsEliminationDoes) {
       SCOPED_TRACE(testing::Message() << wanted.grid << wanted.missing << ", " << chance);
       LabelledDiscs discs = DiscsOffPlane(wanted.grid, chance);
       for (size_t k = 0; k < wanted.missing; ++k) discs.radii[2 * k + 1] = 0.0;
-      SheetPlane plane;
-      ASSERT_TRUE(plane.Fit(discs));
-      const BendByElimination bend(plane, discs, wanted.degree);
+      GridProjection projection;
+      ASSERT_TRUE(projection.Fit(discs));
+      const DistortionByElimination distortion(projection, discs, wanted.degree);
       for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
         const cv::Point2d gridIndex = discs.gridIndices[k];
-        EXPECT_LT(cv::norm(plane.Predict(gridIndex) - bend.Predict(gridIndex)), 1e-8) << k;
+        EXPECT_LT(cv::norm(projection.Predict(gridIndex) - distortion.Predict(gridIndex)), 1e-8) << k;
         if (!discs.Has(k)) continue;
-        const double off = cv::norm(discs.centres[k] - bend.Predict(gridIndex)) / plane.Step(gridIndex);
-        const double residual = off / std::sqrt(std::max(0.01, 1.0 - bend.Leverage(gridIndex)));
-        EXPECT_NEAR(plane.ScaledResidual(discs, k), residual, 1e-8) << k;
+        const double off =
+            cv::norm(discs.centres[k] - distortion.Predict(gridIndex)) / projection.Step(gridIndex);
+        const double residual = off / std::sqrt(std::max(0.01, 1.0 - distortion.Leverage(gridIndex)));
+        EXPECT_NEAR(projection.ScaledResidual(discs, k), residual, 1e-8) << k;
       }
     }
   }
 }
 
-TEST(SheetPlane, HasTheSlopeOfItsProjection) {
+TEST(GridProjection, HasTheSlopeOfItsProjection) {
   const LabelledDiscs discs = DiscsOffPlane({4, 11}, 0.3);
-  const SheetPlane plane = unit::PlaneOf(discs);
+  const GridProjection projection = unit::PlaneOf(discs);
   constexpr double LITTLE = 1e-5;
   for (const cv::Point& at : discs.gridIndices) {
     const cv::Point2d gridIndex = at;
-    const cv::Point2d ofX = plane.Project(gridIndex + cv::Point2d(LITTLE, 0.0)) -
-                            plane.Project(gridIndex - cv::Point2d(LITTLE, 0.0));
-    const cv::Point2d ofY = plane.Project(gridIndex + cv::Point2d(0.0, LITTLE)) -
-                            plane.Project(gridIndex - cv::Point2d(0.0, LITTLE));
+    const cv::Point2d ofX = projection.Project(gridIndex + cv::Point2d(LITTLE, 0.0)) -
+                            projection.Project(gridIndex - cv::Point2d(LITTLE, 0.0));
+    const cv::Point2d ofY = projection.Project(gridIndex + cv::Point2d(0.0, LITTLE)) -
+                            projection.Project(gridIndex - cv::Point2d(0.0, LITTLE));
     const cv::Matx22d slope = cv::Matx22d(ofX.x, ofY.x, ofX.y, ofY.y) * (0.5 / LITTLE);
-    EXPECT_LT(cv::norm(plane.Slope(gridIndex) - slope), 1e-6) << at;
-    EXPECT_NEAR(plane.Step(gridIndex), std::sqrt(cv::determinant(slope)), 1e-6) << at;
+    EXPECT_LT(cv::norm(projection.Slope(gridIndex) - slope), 1e-6) << at;
+    EXPECT_NEAR(projection.Step(gridIndex), std::sqrt(cv::determinant(slope)), 1e-6) << at;
   }
 }
 
-TEST(SheetPlane, IsNoneThroughDiscsThatAreNotFiniteOrOfBothSides) {
-  SheetPlane plane;
+TEST(GridProjection, IsNoneThroughDiscsThatAreNotFiniteOrOfBothSides) {
+  GridProjection projection;
   LabelledDiscs discs = unit::FlatDiscs();
   discs.centres[9].x = std::nan("");
-  EXPECT_FALSE(plane.Fit(discs));
+  EXPECT_FALSE(projection.Fit(discs));
   // The far rows lie behind the camera.
   const cv::Matx33d H(38.0, 6.0, 120.0, -9.0, 26.0, 100.0, 0.0, -0.13, 1.0);
-  EXPECT_FALSE(plane.Fit(unit::DiscsProjectedBy(H, {4, 11})));
+  EXPECT_FALSE(projection.Fit(unit::DiscsProjectedBy(H, {4, 11})));
 }
 
-/// The bend is fitted anew, the plane is not.
-TEST(SheetPlane, KeepsItsPlaneWhenTheBendIsFittedAlone) {
+/// The distortion is fitted anew, the homography is not.
+TEST(GridProjection, KeepsItsHomographyWhenTheDistortionIsFittedAlone) {
   LabelledDiscs discs = unit::FlatDiscs();
-  SheetPlane plane = unit::PlaneOf(discs);
+  GridProjection projection = unit::PlaneOf(discs);
   for (cv::Point2d& centre : discs.centres) centre += cv::Point2d(2.0, -1.0);
-  ASSERT_TRUE(plane.FitBend(discs));
-  EXPECT_LT(cv::norm(plane.Project({3.0, 5.0}) - unit::InFlatGrid({3, 5})), 1e-6);
-  EXPECT_LT(cv::norm(plane.Predict({3.0, 5.0}) - unit::InFlatGrid({3, 5}) - cv::Point2d(2.0, -1.0)), 1e-6);
+  ASSERT_TRUE(projection.FitDistortion(discs));
+  EXPECT_LT(cv::norm(projection.Project({3.0, 5.0}) - unit::InFlatGrid({3, 5})), 1e-6);
+  EXPECT_LT(cv::norm(projection.Predict({3.0, 5.0}) - unit::InFlatGrid({3, 5}) - cv::Point2d(2.0, -1.0)),
+            1e-6);
 }
 
 TEST(LabelledDiscs, AreFoundByTheirPositions) {

@@ -1,5 +1,5 @@
-/// Where points of the pattern are in the image: a plane in perspective, bent a little by the lens.
-#include "finder/SheetPlane.h"
+/// Where points of the grid are in the image: a homography and a polynomial for the lens's distortion.
+#include "finder/GridProjection.h"
 
 #include <algorithm>
 #include <array>
@@ -27,11 +27,11 @@ int LabelledDiscs::Missing() const {
   return static_cast<int>(std::count(radii.begin(), radii.end(), 0.0));
 }
 
-int LabelledDiscs::At(const cv::Point& gridPoint) const {
-  if (gridPoint.y < 0 || gridPoint.y >= grid.height || gridPoint.x < gridPoint.y % 2) return -1;
-  const int column = (gridPoint.x - gridPoint.y % 2) / 2;
-  if (column >= grid.width || (gridPoint.x - gridPoint.y) % 2 != 0) return -1;
-  const int disc = gridPoint.y * grid.width + column;
+int LabelledDiscs::At(const cv::Point& gridIndex) const {
+  if (gridIndex.y < 0 || gridIndex.y >= grid.height || gridIndex.x < gridIndex.y % 2) return -1;
+  const int column = (gridIndex.x - gridIndex.y % 2) / 2;
+  if (column >= grid.width || (gridIndex.x - gridIndex.y) % 2 != 0) return -1;
+  const int disc = gridIndex.y * grid.width + column;
   return Has(static_cast<size_t>(disc)) ? disc : -1;
 }
 
@@ -41,7 +41,7 @@ double LabelledDiscs::MedianRadius() const {
   return known.empty() ? 0.0 : Median(known);
 }
 
-bool SheetPlane::FitPlane(const LabelledDiscs& discs) {
+bool GridProjection::FitGridHomography(const LabelledDiscs& discs) {
   std::vector<cv::Point2d> from;
   std::vector<cv::Point2d> to;
   for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
@@ -51,19 +51,19 @@ bool SheetPlane::FitPlane(const LabelledDiscs& discs) {
   }
   if (from.size() < 8) return false;
   if (!FitHomography(from, to, H_)) return false;
-  // All of the pattern is in front of the camera, and seen from its printed side.
+  // All of the pattern is in front of the camera, which looks at its printed side.
   return std::all_of(discs.gridIndices.begin(), discs.gridIndices.end(), [&](const cv::Point& gridPoint) {
     const double depth = H_(2, 0) * gridPoint.x + H_(2, 1) * gridPoint.y + H_(2, 2);
     return depth > 1e-6 && cv::determinant(Slope(gridPoint)) > 0.0;
   });
 }
 
-cv::Point2d SheetPlane::Project(const cv::Point2d& gridPoint) const {
+cv::Point2d GridProjection::Project(const cv::Point2d& gridPoint) const {
   const cv::Vec3d p = H_ * cv::Vec3d(gridPoint.x, gridPoint.y, 1.0);
   return {p[0] / p[2], p[1] / p[2]};
 }
 
-cv::Matx22d SheetPlane::Slope(const cv::Point2d& gridPoint) const {
+cv::Matx22d GridProjection::Slope(const cv::Point2d& gridPoint) const {
   const cv::Vec3d p = H_ * cv::Vec3d(gridPoint.x, gridPoint.y, 1.0);
   const double x = p[0] / p[2];
   const double y = p[1] / p[2];
@@ -71,12 +71,12 @@ cv::Matx22d SheetPlane::Slope(const cv::Point2d& gridPoint) const {
           (H_(1, 0) - y * H_(2, 0)) / p[2], (H_(1, 1) - y * H_(2, 1)) / p[2]};
 }
 
-double SheetPlane::Step(const cv::Point2d& gridPoint) const {
+double GridProjection::Step(const cv::Point2d& gridPoint) const {
   return std::sqrt(std::abs(cv::determinant(Slope(gridPoint))));
 }
 
 /// The polynomial's terms at a grid point.
-SheetPlane::Column SheetPlane::Terms(const cv::Point2d& gridPoint) const {
+GridProjection::Column GridProjection::Terms(const cv::Point2d& gridPoint) const {
   const double u = (gridPoint.x - middle_.x) / half_.x;
   const double v = (gridPoint.y - middle_.y) / half_.y;
   const std::array<double, 4> us = {1.0, u, u * u, u * u * u};
@@ -89,7 +89,7 @@ SheetPlane::Column SheetPlane::Terms(const cv::Point2d& gridPoint) const {
   return terms;
 }
 
-bool SheetPlane::FitBend(const LabelledDiscs& discs) {
+bool GridProjection::FitDistortion(const LabelledDiscs& discs) {
   const int known = static_cast<int>(discs.gridIndices.size()) - discs.Missing();
   degree_ = known >= ENOUGH_FOR_CUBIC ? 3 : known >= ENOUGH_FOR_QUADRATIC ? 2 : 1;
   half_ = 0.5 * cv::Point2d(2.0 * discs.grid.width - 1.0, discs.grid.height - 1.0);
@@ -106,16 +106,16 @@ bool SheetPlane::FitBend(const LabelledDiscs& discs) {
     right += terms * Eigen::RowVector2d(weight * offset.x, weight * offset.y);
   }
   normal_.compute(normal);
-  bend_ = normal_.solve(right);
-  return normal_.info() == Eigen::Success && bend_.allFinite();
+  distortion_ = normal_.solve(right);
+  return normal_.info() == Eigen::Success && distortion_.allFinite();
 }
 
-cv::Point2d SheetPlane::BendAt(const cv::Point2d& gridPoint) const {
-  const Eigen::Vector2d bend = bend_.transpose() * Terms(gridPoint);
-  return {bend(0), bend(1)};
+cv::Point2d GridProjection::DistortionAt(const cv::Point2d& gridPoint) const {
+  const Eigen::Vector2d distortion = distortion_.transpose() * Terms(gridPoint);
+  return {distortion(0), distortion(1)};
 }
 
-double SheetPlane::ScaledResidual(const LabelledDiscs& discs, size_t k) const {
+double GridProjection::ScaledResidual(const LabelledDiscs& discs, size_t k) const {
   const cv::Point2d gridPoint = discs.gridIndices[k];
   const double step = Step(gridPoint);
   const Column terms = Terms(gridPoint) / step;
