@@ -24,9 +24,9 @@ int main(int argc, char** argv) {
 
     const cv::Mat picture = cv::imread(argv[2], cv::IMREAD_COLOR | cv::IMREAD_IGNORE_ORIENTATION);
     if (picture.size() != size) throw std::runtime_error("the picture is missing or of another size");
-    cv::Mat straightened;
-    cv::undistort(picture, straightened, K, D);
-    if (!cv::imwrite(argv[3], straightened)) throw std::runtime_error("the picture cannot be written");
+    cv::Mat undistorted;
+    cv::undistort(picture, undistorted, K, D);
+    if (!cv::imwrite(argv[3], undistorted)) throw std::runtime_error("the picture cannot be written");
     return 0;
   } catch (const std::exception& fault) {
     std::cerr << "ERROR: " << fault.what() << "." << std::endl;

@@ -10,15 +10,15 @@ def matrix(entry):
     return numpy.array(entry["data"], dtype=float).reshape(entry["rows"], entry["cols"])
 
 
-def main(result_file, picture_file, straightened_file):
+def main(result_file, picture_file, undistorted_file):
     with open(result_file, encoding="utf-8") as file:
         result = json.load(file)
     # The result describes the sensor, whichever way up the camera was held.
     picture = cv2.imread(picture_file, cv2.IMREAD_COLOR | cv2.IMREAD_IGNORE_ORIENTATION)
     if picture is None or picture.shape[:2] != (result["imgHeight"], result["imgWidth"]):
         sys.exit("ERROR: the picture is missing or of another size.")
-    straightened = cv2.undistort(picture, matrix(result["cameraMatrix"]), matrix(result["distCoefs"]))
-    cv2.imwrite(straightened_file, straightened)
+    undistorted = cv2.undistort(picture, matrix(result["cameraMatrix"]), matrix(result["distCoefs"]))
+    cv2.imwrite(undistorted_file, undistorted)
 
 
 if __name__ == "__main__":

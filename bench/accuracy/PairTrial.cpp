@@ -22,7 +22,7 @@ struct PairPoints {
 };
 
 /// Rays of a calibrated camera for the pixels, as single column of x, y.
-std::vector<cv::Point2d> Straight(const std::vector<cv::Point2d>& pixels, const SparseResult& camera) {
+std::vector<cv::Point2d> Undistorted(const std::vector<cv::Point2d>& pixels, const SparseResult& camera) {
   std::vector<cv::Point2d> rays;
   cv::undistortPoints(pixels, rays, camera.K, camera.D);
   return rays;
@@ -38,9 +38,9 @@ double MedianDepthError(const world::Pair& rig, const std::vector<world::Pose>& 
   std::vector<double> errors;
   for (const world::Pose& pose : poses) {
     const auto truth = world::ToCamera(sheet.GridPoints(), pose);
-    const auto leftRays = Straight(world::TrueCentres(rig.left.lens, sheet, pose), result.left);
+    const auto leftRays = Undistorted(world::TrueCentres(rig.left.lens, sheet, pose), result.left);
     const auto rightRays =
-        Straight(world::TrueCentres(rig.right.lens, sheet, world::RightPose(rig, pose)), result.right);
+        Undistorted(world::TrueCentres(rig.right.lens, sheet, world::RightPose(rig, pose)), result.right);
     cv::Mat_<double> points;
     cv::triangulatePoints(left, right, leftRays, rightRays, points);
     for (int i = 0; i < points.cols; ++i) {

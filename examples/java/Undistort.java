@@ -49,17 +49,17 @@ public class Undistort {
     return new double[] {fx * p.get(0, 0) / p.get(2, 0) + cx, fy * p.get(1, 0) / p.get(2, 0) + cy};
   }
 
-  BufferedImage straighten(BufferedImage picture) {
+  BufferedImage undistort(BufferedImage picture) {
     int width = picture.getWidth();
     int height = picture.getHeight();
-    BufferedImage straightened = new BufferedImage(width, height, BufferedImage.TYPE_INT_RGB);
+    BufferedImage undistorted = new BufferedImage(width, height, BufferedImage.TYPE_INT_RGB);
     for (int v = 0; v < height; ++v) {
       for (int u = 0; u < width; ++u) {
         double[] from = distorted(u, v);
-        straightened.setRGB(u, v, colour(picture, from[0], from[1]));
+        undistorted.setRGB(u, v, colour(picture, from[0], from[1]));
       }
     }
-    return straightened;
+    return undistorted;
   }
 
   /** Between pixels the four around are mixed; outside the picture it is black. */
@@ -93,6 +93,6 @@ public class Undistort {
       System.err.println("ERROR: the picture is no picture, or of another size.");
       System.exit(1);
     }
-    ImageIO.write(new Undistort(camera).straighten(picture), "png", new File(arguments[2]));
+    ImageIO.write(new Undistort(camera).undistort(picture), "png", new File(arguments[2]));
   }
 }

@@ -10,9 +10,9 @@ namespace batch {
 namespace {
 
 std::vector<cv::Point2d> Undistorted(const std::vector<cv::Point2d>& points, const Intrinsics& camera) {
-  std::vector<cv::Point2d> straight;
-  cv::undistortPoints(points, straight, camera.K, camera.D, cv::noArray(), camera.K);
-  return straight;
+  std::vector<cv::Point2d> undistorted;
+  cv::undistortPoints(points, undistorted, camera.K, camera.D, cv::noArray(), camera.K);
+  return undistorted;
 }
 
 double Distance(const cv::Point2d& point, const cv::Vec3d& line) {

@@ -118,8 +118,8 @@ class StereoAccuracy : public ::testing::Test {
   /// counterparts.
   static double MeanEpipolarDistance(const unit::PointPairs& pairs) {
     const cv::Matx33d F = Stereo().GetFundamentalMatrix();
-    const auto lefts = Straight(pairs.left, Stereo().GetKLeft(), Stereo().GetDistCoefsLeft());
-    const auto rights = Straight(pairs.right, Stereo().GetKRight(), Stereo().GetDistCoefsRight());
+    const auto lefts = Undistorted(pairs.left, Stereo().GetKLeft(), Stereo().GetDistCoefsLeft());
+    const auto rights = Undistorted(pairs.right, Stereo().GetKRight(), Stereo().GetDistCoefsRight());
     double sum = 0.0;
     for (size_t i = 0; i < lefts.size(); ++i) {
       const cv::Vec3d lineRight = F * lefts[i];
@@ -133,17 +133,18 @@ class StereoAccuracy : public ::testing::Test {
 
  private:
   /// All points where a pinhole with the same camera matrix would see them, homogeneous.
-  static std::vector<cv::Vec3d> Straight(const unit::PointLists& views, const cv::Mat& K, const cv::Mat& D) {
+  static std::vector<cv::Vec3d> Undistorted(const unit::PointLists& views, const cv::Mat& K,
+                                            const cv::Mat& D) {
     const world::Lens lens = world::LensFrom(K, D);
-    std::vector<cv::Vec3d> straight;
+    std::vector<cv::Vec3d> undistorted;
     for (const auto& view : views) {
       for (const cv::Point2d& pixel : view) {
         cv::Point2d ray;
         EXPECT_TRUE(lens.Unproject(pixel, ray));
-        straight.push_back(lens.K() * cv::Vec3d(ray.x, ray.y, 1.0));
+        undistorted.push_back(lens.K() * cv::Vec3d(ray.x, ray.y, 1.0));
       }
     }
-    return straight;
+    return undistorted;
   }
 };
 

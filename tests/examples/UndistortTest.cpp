@@ -20,7 +20,7 @@ class Undistort : public ::testing::Test {
  protected:
   Undistort() {
     scene_.camera = world::CameraFromFieldOfView({640, 480}, 65.0, {-0.25, 0.06, 0.0, 0.0, 0.0});
-    // Off the middle, but not so far that straightening would move it out of the picture.
+    // Off the middle, but not so far that undistorting would move it out of the picture.
     world::Appearance appearance;
     appearance.x = appearance.y = 0.5;
     appearance.span = 0.6;
@@ -42,12 +42,12 @@ class Undistort : public ::testing::Test {
     ASSERT_TRUE(result.save(folder_.File("camera.json")));
   }
 
-  std::vector<std::string> Files(const std::string& straightened) const {
-    return {folder_.File("camera.json"), folder_.File("picture.png"), folder_.File(straightened)};
+  std::vector<std::string> Files(const std::string& undistorted) const {
+    return {folder_.File("camera.json"), folder_.File("picture.png"), folder_.File(undistorted)};
   }
 
   /// The picture that a program makes of the view.
-  cv::Mat Straightened(std::vector<std::string> command, const std::string& name) const {
+  cv::Mat Undistorted(std::vector<std::string> command, const std::string& name) const {
     for (const std::string& file : Files(name)) command.push_back(file);
     Process example(command);
     EXPECT_EQ(example.WaitForExit(LONG_ENOUGH), 0) << example.Errors();
@@ -121,10 +121,10 @@ TEST_F(Undistort, MakesTheSamePictureInJava) {
       {-0.1, 0.05, 0.001, -0.002, 0.01, 0.15, -0.03, 0.02, 0.003, -0.002, -0.001, 0.002, 0.02, -0.03}};
   for (const std::vector<double>& lens : lenses) {
     WriteResult(lens);
-    const cv::Mat expected = Straightened({VELMORA_UNDISTORT}, "cpp.png");
+    const cv::Mat expected = Undistorted({VELMORA_UNDISTORT}, "cpp.png");
     // A lens that bends nothing would make any two programs agree.
     EXPECT_GT(cv::norm(expected, picture_, cv::NORM_INF), 100.0);
-    ExpectSamePictures(Straightened(program, "java.png"), expected);
+    ExpectSamePictures(Undistorted(program, "java.png"), expected);
   }
 }
 
@@ -139,11 +139,11 @@ TEST_F(Undistort, LeavesPicturesAsTheSensorSawThemInEveryLanguage) {
   if (!java.empty()) programs.push_back({java, "-cp", VELMORA_JAR, VELMORA_UNDISTORT_JAVA});
   for (const auto& program : programs) {
     support::WriteText(folder_.File("picture.png"), jpeg);
-    const cv::Mat expected = Straightened(program, "plain.png");
+    const cv::Mat expected = Undistorted(program, "plain.png");
     ASSERT_EQ(expected.size(), cv::Size(640, 480)) << program.back();
     for (const int orientation : {3, 6}) {
       support::WriteText(folder_.File("picture.png"), support::TurnedJpeg(jpeg, orientation));
-      const cv::Mat turned = Straightened(program, "turned.png");
+      const cv::Mat turned = Undistorted(program, "turned.png");
       ASSERT_EQ(turned.size(), expected.size()) << program.back();
       EXPECT_EQ(cv::norm(turned, expected, cv::NORM_INF), 0.0) << program.back() << " " << orientation;
     }

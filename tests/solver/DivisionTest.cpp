@@ -21,24 +21,24 @@ std::vector<Observation> ViewsOf(const unit::PointLists& points) {
   return observations;
 }
 
-TEST(Division, StraightensWhatItBends) {
+TEST(Division, UndistortsWhatItDistorts) {
   for (const double lambda : {-0.9, -0.3, 0.0, 0.2}) {
     const solver::Division division(lambda, unit::FRAME);
     for (const cv::Point2d& pixel :
          {cv::Point2d(0.0, 0.0), cv::Point2d(639.0, 200.0), cv::Point2d(319.5, 239.5)}) {
-      EXPECT_LT(cv::norm(division.Bent(division.Straightened(pixel)) - pixel), 1e-9) << lambda;
+      EXPECT_LT(cv::norm(division.Distorted(division.Undistorted(pixel)) - pixel), 1e-9) << lambda;
     }
   }
 }
 
 TEST(Division, OfABarrelPutsPixelsFurtherOut) {
   const solver::Division division(-0.5, unit::FRAME);
-  EXPECT_GT(division.Straightened({600.0, 239.5}).x, 620.0);
-  EXPECT_LT(division.Bent({600.0, 239.5}).x, 590.0);
+  EXPECT_GT(division.Undistorted({600.0, 239.5}).x, 620.0);
+  EXPECT_LT(division.Distorted({600.0, 239.5}).x, 590.0);
 }
 
 TEST(Division, HasNoPixelForWhatAPincushionDoesNotImage) {
-  EXPECT_FALSE(std::isfinite(solver::Division(0.4, unit::FRAME).Bent({1200.0, 239.5}).x));
+  EXPECT_FALSE(std::isfinite(solver::Division(0.4, unit::FRAME).Distorted({1200.0, 239.5}).x));
 }
 
 TEST(Division, OfNothingLeavesHomographiesAsTheyAre) {

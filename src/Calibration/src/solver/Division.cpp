@@ -50,28 +50,28 @@ Division::Division(double lambda, const cv::Size& imageSize)
       middle_(0.5 * (imageSize.width - 1), 0.5 * (imageSize.height - 1)) {
 }
 
-cv::Point2d Division::Straightened(const cv::Point2d& pixel) const {
+cv::Point2d Division::Undistorted(const cv::Point2d& pixel) const {
   const cv::Point2d from = (pixel - middle_) / unit_;
   const double divisor = 1.0 + lambda_ * from.dot(from);
   const double factor = divisor > 0.0 ? 1.0 / divisor : std::numeric_limits<double>::quiet_NaN();
   return middle_ + (pixel - middle_) * factor;
 }
 
-cv::Point2d Division::Bent(const cv::Point2d& point) const {
+cv::Point2d Division::Distorted(const cv::Point2d& point) const {
   const cv::Point2d from = (point - middle_) / unit_;
   // The smaller root of lambda R r^2 - r + R = 0; that of a negative number is not one.
   return middle_ + (point - middle_) * (2.0 / (1.0 + std::sqrt(1.0 - 4.0 * lambda_ * from.dot(from))));
 }
 
 double HomographyResidual(const Observation& view, const Division& division) {
-  Observation straight = view;
-  for (cv::Point2d& pixel : straight.image) pixel = division.Straightened(pixel);
+  Observation undistorted = view;
+  for (cv::Point2d& pixel : undistorted.image) pixel = division.Undistorted(pixel);
   cv::Matx33d homography;
-  if (!HomographyOf(straight, homography)) return std::numeric_limits<double>::infinity();
+  if (!HomographyOf(undistorted, homography)) return std::numeric_limits<double>::infinity();
   double squaredDistances = 0.0;
   for (size_t k = 0; k < view.object.size(); ++k) {
     const cv::Vec3d at = homography * cv::Vec3d(view.object[k].x, view.object[k].y, 1.0);
-    const cv::Point2d away = division.Bent({at[0] / at[2], at[1] / at[2]}) - view.image[k];
+    const cv::Point2d away = division.Distorted({at[0] / at[2], at[1] / at[2]}) - view.image[k];
     squaredDistances += away.dot(away);
   }
   const double residual = std::sqrt(squaredDistances / static_cast<double>(view.object.size()));

@@ -8,7 +8,7 @@
 
 namespace velmora::solver {
 
-/// A pixel at the distance r from the image's middle is straightened to the distance r / (1 + lambda r^2), r
+/// A pixel at the distance r from the image's middle is undistorted to the distance r / (1 + lambda r^2), r
 /// in half diagonals of the image. That follows lenses of every kind well enough to tell the picture of a
 /// plane from any other, fisheyes with a negative lambda.
 class Division {
@@ -18,9 +18,9 @@ class Division {
   double Lambda() const { return lambda_; }
 
   /// Not finite where nothing is imaged.
-  cv::Point2d Straightened(const cv::Point2d& pixel) const;
-  /// The pixel that is straightened to the point; not finite when none is.
-  cv::Point2d Bent(const cv::Point2d& point) const;
+  cv::Point2d Undistorted(const cv::Point2d& pixel) const;
+  /// The pixel that is undistorted to the point; not finite when none is.
+  cv::Point2d Distorted(const cv::Point2d& point) const;
 
  private:
   double lambda_;
@@ -29,7 +29,7 @@ class Division {
 };
 
 /// The root of the mean square of the points' distances, in pixels, from the homography that fits the
-/// straightened view best; infinite when there is none.
+/// undistorted view best; infinite when there is none.
 double HomographyResidual(const Observation& view, const Division& division);
 
 /// The division under which most views are near homographies: the residuals' sum is least, none of which

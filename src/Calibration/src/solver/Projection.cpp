@@ -9,8 +9,9 @@ namespace velmora::solver {
 
 namespace {
 
-/// The part of the tilt that looks straight at the sensor: it depends on the last column of the rotation.
-cv::Matx33d Straightened(const cv::Matx33d& rotation) {
+/// The part of the tilt that projects onto the sensor along the axis: it depends on the last column of the
+/// rotation.
+cv::Matx33d TowardSensor(const cv::Matx33d& rotation) {
   return {rotation(2, 2), 0.0, -rotation(0, 2), 0.0, rotation(2, 2), -rotation(1, 2), 0.0, 0.0, 0.0};
 }
 
@@ -34,11 +35,11 @@ Projection::Projection(const Intrinsics& intrinsics) {
   const cv::Matx33d rotation = aboutY * aboutX;
   const cv::Matx33d byX = aboutY * RotationAboutX(-std::sin(tauX), std::cos(tauX), 0.0);
   const cv::Matx33d byY = RotationAboutY(-std::sin(tauY), std::cos(tauY), 0.0) * aboutX;
-  cv::Matx33d straight = Straightened(rotation);
-  straight(2, 2) = 1.0;
-  constants_.tilt = straight * rotation;
-  constants_.tiltByX = Straightened(byX) * rotation + straight * byX;
-  constants_.tiltByY = Straightened(byY) * rotation + straight * byY;
+  cv::Matx33d towardSensor = TowardSensor(rotation);
+  towardSensor(2, 2) = 1.0;
+  constants_.tilt = towardSensor * rotation;
+  constants_.tiltByX = TowardSensor(byX) * rotation + towardSensor * byX;
+  constants_.tiltByY = TowardSensor(byY) * rotation + towardSensor * byY;
 }
 
 bool Projection::Project(const cv::Vec3d& point, cv::Point2d& pixel) const {

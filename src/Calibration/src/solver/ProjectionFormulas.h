@@ -25,20 +25,20 @@ class ProjectionFormulas {
   /// Projects the point (x, y, 1) * depth. Derivatives by parameters that are not estimated are not touched.
   void Differentiate(const T& x, const T& y, const T& nearness, CoordinateOf<T>& u,
                      CoordinateOf<T>& v) const {
-    const Bent bent = Bend(x, y);
-    const Tilted tilted = Tilt(bent);
+    const Distorted distorted = Distort(x, y);
+    const Tilted tilted = Tilt(distorted);
     const auto& p = intrinsics_.values;
     u.value = p[FX] * tilted.x + p[CX];
     v.value = p[FY] * tilted.y + p[CY];
-    const Matrix byBent = {p[FX] * tilted.xx, p[FX] * tilted.xy, p[FY] * tilted.yx, p[FY] * tilted.yy};
+    const Matrix byDistorted = {p[FX] * tilted.xx, p[FX] * tilted.xy, p[FY] * tilted.yx, p[FY] * tilted.yy};
     ByCamera(tilted, u, v);
-    ByRadial(bent, byBent, u, v);
-    if (intrinsics_.estimated > S1) ByPrismAndTilt(bent, tilted, byBent, u, v);
-    ByPoint(bent, byBent, nearness, u, v);
+    ByRadial(distorted, byDistorted, u, v);
+    if (intrinsics_.estimated > S1) ByPrismAndTilt(distorted, tilted, byDistorted, u, v);
+    ByPoint(distorted, byDistorted, nearness, u, v);
   }
 
   void Project(const T& x, const T& y, T& u, T& v) const {
-    const Tilted tilted = Tilt(Bend(x, y));
+    const Tilted tilted = Tilt(Distort(x, y));
     u = intrinsics_.values[FX] * tilted.x + intrinsics_.values[CX];
     v = intrinsics_.values[FY] * tilted.y + intrinsics_.values[CY];
   }
@@ -49,7 +49,7 @@ class ProjectionFormulas {
   };
 
   /// The distorted ray before the tilt.
-  struct Bent {
+  struct Distorted {
     T x, y, r2, x0, y0;  ///< distorted, and the ray it came from
     Matrix byRay;
     T fraction, inverse;  ///< of the radial distortion, and of its denominator
@@ -61,38 +61,38 @@ class ProjectionFormulas {
     T xx, xy, yx, yy;
   };
 
-  Bent Bend(const T& x, const T& y) const {
+  Distorted Distort(const T& x, const T& y) const {
     const auto& p = intrinsics_.values;
-    Bent bent;
+    Distorted distorted;
     const T r2 = x * x + y * y;
-    bent.x0 = x;
-    bent.y0 = y;
-    bent.r2 = r2;
-    bent.inverse = 1.0 / (1.0 + r2 * (p[K4] + r2 * (p[K5] + r2 * p[K6])));
-    bent.fraction = (1.0 + r2 * (p[K1] + r2 * (p[K2] + r2 * p[K3]))) * bent.inverse;
+    distorted.x0 = x;
+    distorted.y0 = y;
+    distorted.r2 = r2;
+    distorted.inverse = 1.0 / (1.0 + r2 * (p[K4] + r2 * (p[K5] + r2 * p[K6])));
+    distorted.fraction = (1.0 + r2 * (p[K1] + r2 * (p[K2] + r2 * p[K3]))) * distorted.inverse;
     const T prismX = p[S1] + r2 * p[S2];
     const T prismY = p[S3] + r2 * p[S4];
     const T xy = x * y;
-    bent.x = x * bent.fraction + 2.0 * p[P1] * xy + p[P2] * (r2 + 2.0 * x * x) + r2 * prismX;
-    bent.y = y * bent.fraction + p[P1] * (r2 + 2.0 * y * y) + 2.0 * p[P2] * xy + r2 * prismY;
+    distorted.x = x * distorted.fraction + 2.0 * p[P1] * xy + p[P2] * (r2 + 2.0 * x * x) + r2 * prismX;
+    distorted.y = y * distorted.fraction + p[P1] * (r2 + 2.0 * y * y) + 2.0 * p[P2] * xy + r2 * prismY;
     const T slope = (p[K1] + r2 * (2.0 * p[K2] + r2 * (3.0 * p[K3])) -
-                     bent.fraction * (p[K4] + r2 * (2.0 * p[K5] + r2 * (3.0 * p[K6])))) *
-                    bent.inverse;
+                     distorted.fraction * (p[K4] + r2 * (2.0 * p[K5] + r2 * (3.0 * p[K6])))) *
+                    distorted.inverse;
     const T alongX = 2.0 * (x * slope + (p[S1] + 2.0 * p[S2] * r2));
     const T alongY = 2.0 * (y * slope + (p[S3] + 2.0 * p[S4] * r2));
     const T both = 2.0 * p[P1] * x + 2.0 * p[P2] * y;
-    bent.byRay.xx = bent.fraction + alongX * x + 2.0 * p[P1] * y + 6.0 * p[P2] * x;
-    bent.byRay.xy = alongX * y + both;
-    bent.byRay.yx = alongY * x + both;
-    bent.byRay.yy = bent.fraction + alongY * y + 6.0 * p[P1] * y + 2.0 * p[P2] * x;
-    return bent;
+    distorted.byRay.xx = distorted.fraction + alongX * x + 2.0 * p[P1] * y + 6.0 * p[P2] * x;
+    distorted.byRay.xy = alongX * y + both;
+    distorted.byRay.yx = alongY * x + both;
+    distorted.byRay.yy = distorted.fraction + alongY * y + 6.0 * p[P1] * y + 2.0 * p[P2] * x;
+    return distorted;
   }
 
-  Tilted Tilt(const Bent& bent) const {
+  Tilted Tilt(const Distorted& distorted) const {
     const T zero{};
-    if (!constants_.tilted) return {bent.x, bent.y, zero + 1.0, zero + 1.0, zero, zero, zero + 1.0};
+    if (!constants_.tilted) return {distorted.x, distorted.y, zero + 1.0, zero + 1.0, zero, zero, zero + 1.0};
     const cv::Matx33d& tilt = constants_.tilt;
-    const auto row = [&](int i) { return tilt(i, 0) * bent.x + tilt(i, 1) * bent.y + tilt(i, 2); };
+    const auto row = [&](int i) { return tilt(i, 0) * distorted.x + tilt(i, 1) * distorted.y + tilt(i, 2); };
     Tilted tilted;
     tilted.nearness = 1.0 / row(2);
     tilted.x = row(0) * tilted.nearness;
@@ -112,13 +112,14 @@ class ProjectionFormulas {
     u.byIntrinsics[CX] = v.byIntrinsics[CY] = zero + 1.0;
   }
 
-  void ByRadial(const Bent& bent, const Matrix& byBent, CoordinateOf<T>& u, CoordinateOf<T>& v) const {
-    const T& x = bent.x0;
-    const T& y = bent.y0;
-    const T& r2 = bent.r2;
+  void ByRadial(const Distorted& distorted, const Matrix& byDistorted, CoordinateOf<T>& u,
+                CoordinateOf<T>& v) const {
+    const T& x = distorted.x0;
+    const T& y = distorted.y0;
+    const T& r2 = distorted.r2;
     const auto along = [&](Parameter parameter, const T& dx, const T& dy) {
-      u.byIntrinsics[parameter] = byBent.xx * dx + byBent.xy * dy;
-      v.byIntrinsics[parameter] = byBent.yx * dx + byBent.yy * dy;
+      u.byIntrinsics[parameter] = byDistorted.xx * dx + byDistorted.xy * dy;
+      v.byIntrinsics[parameter] = byDistorted.yx * dx + byDistorted.yy * dy;
     };
     // Each power is the one before times the squared radius; the denominator's are those of the numerator
     // times the fraction.
@@ -126,7 +127,7 @@ class ProjectionFormulas {
       u.byIntrinsics[parameter] = r2 * u.byIntrinsics[before];
       v.byIntrinsics[parameter] = r2 * v.byIntrinsics[before];
     };
-    const T first = r2 * bent.inverse;
+    const T first = r2 * distorted.inverse;
     along(K1, x * first, y * first);
     power(K2, K1);
     power(K3, K2);
@@ -134,25 +135,25 @@ class ProjectionFormulas {
     along(P1, xy, r2 + 2.0 * y * y);
     along(P2, r2 + 2.0 * x * x, xy);
     if (intrinsics_.estimated <= K4) return;
-    u.byIntrinsics[K4] = -bent.fraction * u.byIntrinsics[K1];
-    v.byIntrinsics[K4] = -bent.fraction * v.byIntrinsics[K1];
+    u.byIntrinsics[K4] = -distorted.fraction * u.byIntrinsics[K1];
+    v.byIntrinsics[K4] = -distorted.fraction * v.byIntrinsics[K1];
     power(K5, K4);
     power(K6, K5);
   }
 
-  void ByPrismAndTilt(const Bent& bent, const Tilted& tilted, const Matrix& byBent, CoordinateOf<T>& u,
-                      CoordinateOf<T>& v) const {
-    const T& r2 = bent.r2;
-    u.byIntrinsics[S1] = byBent.xx * r2;
-    v.byIntrinsics[S1] = byBent.yx * r2;
-    u.byIntrinsics[S3] = byBent.xy * r2;
-    v.byIntrinsics[S3] = byBent.yy * r2;
+  void ByPrismAndTilt(const Distorted& distorted, const Tilted& tilted, const Matrix& byDistorted,
+                      CoordinateOf<T>& u, CoordinateOf<T>& v) const {
+    const T& r2 = distorted.r2;
+    u.byIntrinsics[S1] = byDistorted.xx * r2;
+    v.byIntrinsics[S1] = byDistorted.yx * r2;
+    u.byIntrinsics[S3] = byDistorted.xy * r2;
+    v.byIntrinsics[S3] = byDistorted.yy * r2;
     for (const Parameter first : {S1, S3}) {
       u.byIntrinsics[first + 1] = u.byIntrinsics[first] * r2;
       v.byIntrinsics[first + 1] = v.byIntrinsics[first] * r2;
     }
     const auto tilt = [&](Parameter parameter, const cv::Matx33d& by) {
-      const auto change = [&](int i) { return by(i, 0) * bent.x + by(i, 1) * bent.y + by(i, 2); };
+      const auto change = [&](int i) { return by(i, 0) * distorted.x + by(i, 1) * distorted.y + by(i, 2); };
       const T depth = change(2);
       u.byIntrinsics[parameter] = intrinsics_.values[FX] * (change(0) - tilted.x * depth) * tilted.nearness;
       v.byIntrinsics[parameter] = intrinsics_.values[FY] * (change(1) - tilted.y * depth) * tilted.nearness;
@@ -161,16 +162,16 @@ class ProjectionFormulas {
     tilt(TAU_Y, constants_.tiltByY);
   }
 
-  static void ByPoint(const Bent& bent, const Matrix& byBent, const T& nearness, CoordinateOf<T>& u,
-                      CoordinateOf<T>& v) {
-    const Matrix& byRay = bent.byRay;
+  static void ByPoint(const Distorted& distorted, const Matrix& byDistorted, const T& nearness,
+                      CoordinateOf<T>& u, CoordinateOf<T>& v) {
+    const Matrix& byRay = distorted.byRay;
     const auto row = [&](const T& x, const T& y, CoordinateOf<T>& coordinate) {
       const T byX = nearness * (x * byRay.xx + y * byRay.yx);
       const T byY = nearness * (x * byRay.xy + y * byRay.yy);
-      coordinate.byPoint = {byX, byY, -(byX * bent.x0 + byY * bent.y0)};
+      coordinate.byPoint = {byX, byY, -(byX * distorted.x0 + byY * distorted.y0)};
     };
-    row(byBent.xx, byBent.xy, u);
-    row(byBent.yx, byBent.yy, v);
+    row(byDistorted.xx, byDistorted.xy, u);
+    row(byDistorted.yx, byDistorted.yy, v);
   }
 
   const Intrinsics& intrinsics_;
