@@ -22,7 +22,7 @@ void AddEngineOptions(CLI::App& app, EngineOptions& options);
 double DiscRadius(const EngineOptions& options, float unit);
 
 /// For a grid of that unit (metres). The sparse solver, when it is chosen, rejects outliers and corrects the
-/// bias of the discs.
+/// eccentricity of the discs.
 void ApplyEngineOptions(const EngineOptions& options, float unit, Calibrator& calibrator);
 
 }  // namespace common

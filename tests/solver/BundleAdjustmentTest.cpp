@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "solver/Covariance.h"
-#include "solver/DiscBias.h"
+#include "solver/Eccentricity.h"
 #include "solver/RigProblems.h"
 #include "solver/RigStart.h"
 #include "solver/WeakPrior.h"
@@ -154,8 +154,8 @@ std::vector<TargetView> Centroids(const CalibrationProblem& truth, double radius
       const Camera& camera = truth.rig.cameras[i];
       const solver::Projection projection(camera.intrinsics);
       for (size_t k = 0; k < observation.object.size(); ++k) {
-        observation.image[k] += solver::DiscBias(projection, camera.cameraFromRig * view.rigFromTarget,
-                                                 observation.object[k], radius);
+        observation.image[k] += solver::EccentricityError(
+            projection, camera.cameraFromRig * view.rigFromTarget, observation.object[k], radius);
       }
     }
   }

@@ -13,7 +13,7 @@
 #include "quality/SheetEffect.h"
 #include "solver/BundleAdjustment.h"
 #include "solver/Covariance.h"
-#include "solver/DiscBias.h"
+#include "solver/Eccentricity.h"
 #include "solver/OpenCvMatrices.h"
 #include "solver/RigStart.h"
 
@@ -43,7 +43,7 @@ Solution PosesFor(const PairRecords& records, const StereoIntrinsics& pairIntrin
   Solution poses = solver::SolvePoses(start.rig, start.views);
   if (records.discRadius == 0.0 || !poses.usable) return poses;
   std::vector<TargetView> corrected =
-      solver::WithoutDiscBias(start.views, start.rig, poses.views, records.discRadius);
+      solver::CorrectedForEccentricity(start.views, start.rig, poses.views, records.discRadius);
   for (size_t i = 0; i < corrected.size(); ++i) corrected[i].rigFromTarget = poses.views[i].rigFromTarget;
   return solver::SolvePoses(start.rig, std::move(corrected));
 }

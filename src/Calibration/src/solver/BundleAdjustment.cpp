@@ -3,15 +3,15 @@
 
 #include <utility>
 
-#include "solver/DiscBias.h"
+#include "solver/Eccentricity.h"
 #include "solver/WeakPrior.h"
 
 namespace velmora::solver {
 
 namespace {
 
-/// Once brings most of it; wide lenses with distortion need it twice.
-constexpr int DISC_CORRECTIONS = 2;
+/// The first correction brings most of it; wide lenses with distortion need a second one.
+constexpr int ECCENTRICITY_CORRECTIONS = 2;
 /// Each strengthens a prior three times: together by thirteen powers of ten.
 constexpr int MOST_STRENGTHS = 28;
 
@@ -129,9 +129,10 @@ Solution SolvePoses(const Rig& rig, std::vector<TargetView> views) {
 
 Solution Calibrate(const CalibrationProblem& start, const BundleOptions& options) {
   Solution solution = SolveModels(start, options);
-  for (int i = 0; i < DISC_CORRECTIONS && options.discRadius > 0.0 && solution.usable; ++i) {
+  for (int i = 0; i < ECCENTRICITY_CORRECTIONS && options.discRadius > 0.0 && solution.usable; ++i) {
     solution = SolveAgain(
-        solution, WithoutDiscBias(start.views, solution.rig, solution.views, options.discRadius), options);
+        solution, CorrectedForEccentricity(start.views, solution.rig, solution.views, options.discRadius),
+        options);
   }
   return solution;
 }
@@ -142,9 +143,9 @@ Solution Adjust(const CalibrationProblem& start, const BundleOptions& options) {
     return Minimise(std::move(problem), SolveOptionsFrom(options));
   };
   Solution solution = solve(start);
-  for (int i = 0; i < DISC_CORRECTIONS && options.discRadius > 0.0 && solution.usable; ++i) {
+  for (int i = 0; i < ECCENTRICITY_CORRECTIONS && options.discRadius > 0.0 && solution.usable; ++i) {
     CalibrationProblem corrected = ProblemFrom(solution);
-    corrected.views = WithoutDiscBias(start.views, solution.rig, solution.views, options.discRadius);
+    corrected.views = CorrectedForEccentricity(start.views, solution.rig, solution.views, options.discRadius);
     for (size_t k = 0; k < corrected.views.size(); ++k) {
       corrected.views[k].rigFromTarget = solution.views[k].rigFromTarget;
     }

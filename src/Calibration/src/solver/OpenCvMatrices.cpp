@@ -8,7 +8,7 @@
 
 #include "solver/BundleAdjustment.h"
 #include "solver/Covariance.h"
-#include "solver/DiscBias.h"
+#include "solver/Eccentricity.h"
 #include "solver/ObservationEquations.h"
 #include "solver/WeakPrior.h"
 
@@ -197,7 +197,7 @@ Solution SolutionFrom(const Target& target, const SparseResult& result, const cv
   camera.imageSize = imageSize;
   from.rig.cameras = {camera};
   CollectKept(target, result, from);
-  if (discRadius > 0.0) from.views = WithoutDiscBias(from.views, from.rig, from.views, discRadius);
+  if (discRadius > 0.0) from.views = CorrectedForEccentricity(from.views, from.rig, from.views, discRadius);
   Solution solution = EvaluatedAt({from.rig, from.views, {}, {}});
   if (camera.intrinsics.estimated > CLASSIC_PARAMETERS) {
     solution.priors = WeakPriors(solution.rig, solution.views, NoiseVariance(solution));

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <utility>
 
-#include "solver/DiscBias.h"
+#include "solver/Eccentricity.h"
 #include "solver/Initialisation.h"
 #include "solver/Outliers.h"
 #include "solver/Readmission.h"
@@ -57,7 +57,8 @@ Weighted Settled(const std::vector<TargetView>& views, Solution start, const Bun
   for (int round = 0; round < ROUNDS; ++round) {
     const Solution& now = weighted.solution;
     std::vector<TargetView> corrected =
-        options.discRadius > 0.0 ? WithoutDiscBias(views, now.rig, now.views, options.discRadius) : views;
+        options.discRadius > 0.0 ? CorrectedForEccentricity(views, now.rig, now.views, options.discRadius)
+                                 : views;
     CopyPoses(now.views, corrected);
     weighted.residuals = ResidualsOf(corrected, now.rig);
     const double standardDeviation = StandardDeviationOf(weighted.residuals);

@@ -1,5 +1,5 @@
-/// How far the centre of a disc's image is from the image of its centre.
-#include "solver/DiscBias.h"
+/// The eccentricity error: how far the centre of a disc's image is from the image of its centre.
+#include "solver/Eccentricity.h"
 
 #include <cmath>
 
@@ -12,8 +12,8 @@ constexpr int RIM_POINTS = 32;
 
 }  // namespace
 
-cv::Point2d DiscBias(const Projection& projection, const RigidTransform& cameraFromTarget,
-                     const cv::Point3d& centre, double radius) {
+cv::Point2d EccentricityError(const Projection& projection, const RigidTransform& cameraFromTarget,
+                              const cv::Point3d& centre, double radius) {
   const auto pixelOf = [&](double x, double y, cv::Point2d& pixel) {
     return projection.Project(cameraFromTarget * cv::Point3d(centre.x + x, centre.y + y, centre.z), pixel);
   };
@@ -37,8 +37,8 @@ cv::Point2d DiscBias(const Projection& projection, const RigidTransform& cameraF
   return area != 0.0 ? moment * (1.0 / (3.0 * area)) : cv::Point2d();
 }
 
-std::vector<TargetView> WithoutDiscBias(const std::vector<TargetView>& views, const Rig& rig,
-                                        const std::vector<TargetView>& estimate, double radius) {
+std::vector<TargetView> CorrectedForEccentricity(const std::vector<TargetView>& views, const Rig& rig,
+                                                 const std::vector<TargetView>& estimate, double radius) {
   std::vector<TargetView> corrected = views;
   for (size_t camera = 0; camera < rig.cameras.size(); ++camera) {
     const Projection projection(rig.cameras[camera].intrinsics);
@@ -46,7 +46,7 @@ std::vector<TargetView> WithoutDiscBias(const std::vector<TargetView>& views, co
       Observation& observation = corrected[i].observations[camera];
       const RigidTransform pose = rig.cameras[camera].cameraFromRig * estimate[i].rigFromTarget;
       for (size_t k = 0; k < observation.object.size(); ++k) {
-        observation.image[k] -= DiscBias(projection, pose, observation.object[k], radius);
+        observation.image[k] -= EccentricityError(projection, pose, observation.object[k], radius);
       }
     }
   }

@@ -1,5 +1,5 @@
 /// The centroids of discs' pictures, and cameras computed from them.
-#include "solver/DiscBias.h"
+#include "solver/Eccentricity.h"
 
 #include <gtest/gtest.h>
 
@@ -49,7 +49,7 @@ cv::Point2d Centroid(const world::Camera& camera, const world::Pose& pose, const
   return pixels[0] + moment / (3.0 * area);
 }
 
-TEST(DiscBias, IsThatOfAnEllipseWithoutDistortion) {
+TEST(Eccentricity, IsThatOfAnEllipseWithoutDistortion) {
   Intrinsics intrinsics;
   intrinsics.values = {400.0, 410.0, 320.0, 240.0};
   const RigidTransform pose = {RotationOf({0.5, -0.4, 0.1}), {0.05, -0.02, 0.3}};
@@ -59,16 +59,16 @@ TEST(DiscBias, IsThatOfAnEllipseWithoutDistortion) {
   const cv::Vec3d centre = K * pose.t;
   const cv::Point2d expected =
       MiddleOfEllipse(K * axes, DISC) - cv::Point2d(centre[0] / centre[2], centre[1] / centre[2]);
-  const cv::Point2d bias = solver::DiscBias(solver::Projection(intrinsics), pose, {}, DISC);
+  const cv::Point2d bias = solver::EccentricityError(solver::Projection(intrinsics), pose, {}, DISC);
   EXPECT_GT(cv::norm(expected), 0.05);
   EXPECT_LT(cv::norm(bias - expected), 0.01 * cv::norm(expected));
 }
 
-TEST(DiscBias, IsNoneForADiscThatReachesBehindTheCamera) {
+TEST(Eccentricity, IsNoneForADiscThatReachesBehindTheCamera) {
   Intrinsics intrinsics;
   intrinsics.values = {400.0, 400.0, 320.0, 240.0};
   const RigidTransform edgeOn = {RotationOf({1.5, 0.0, 0.0}), {0.0, 0.0, 0.005}};
-  EXPECT_EQ(solver::DiscBias(solver::Projection(intrinsics), edgeOn, {}, DISC), cv::Point2d());
+  EXPECT_EQ(solver::EccentricityError(solver::Projection(intrinsics), edgeOn, {}, DISC), cv::Point2d());
 }
 
 class DiscCorrection : public ::testing::TestWithParam<double> {};
