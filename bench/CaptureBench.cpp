@@ -88,7 +88,7 @@ void Reading(benchmark::State& state) {
   state.counters["frames"] = FRAMES;
 }
 
-/// Delivers one picture from memory, at no cost.
+/// Delivers one image from memory, at no cost.
 class MemorySource final : public FrameSource {
  public:
   bool Open(int /*device*/) override { return true; }
@@ -98,13 +98,13 @@ class MemorySource final : public FrameSource {
   double Get(int /*property*/) const override { return 1.0; }
   bool Grab() override { return true; }
   bool Retrieve(cv::Mat& frame) override {
-    frame = picture_;
+    frame = image_;
     return true;
   }
   void Release() override {}
 
  private:
-  const cv::Mat picture_{PROCESSING, CV_8UC3, cv::Scalar::all(0)};
+  const cv::Mat image_{PROCESSING, CV_8UC3, cv::Scalar::all(0)};
 };
 
 /// The reader alone: everything between two frames but grab, retrieve and detection.

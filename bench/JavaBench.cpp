@@ -37,18 +37,18 @@ JNIEnv* Environment() {
   return env;
 }
 
-std::string Base64Of(const cv::Mat& picture) {
+std::string Base64Of(const cv::Mat& image) {
   std::vector<unsigned char> bytes;
-  cv::imencode(".jpg", picture, bytes, {cv::IMWRITE_JPEG_QUALITY, 90});
+  cv::imencode(".jpg", image, bytes, {cv::IMWRITE_JPEG_QUALITY, 90});
   return base64_encode(bytes.data(), static_cast<unsigned>(bytes.size()));
 }
 
 /// I420's planes of colour, mixed.
-std::vector<unsigned char> Nv21Of(const cv::Mat& picture) {
+std::vector<unsigned char> Nv21Of(const cv::Mat& image) {
   cv::Mat planes;
-  cv::cvtColor(picture, planes, cv::COLOR_BGR2YUV_I420);
+  cv::cvtColor(image, planes, cv::COLOR_BGR2YUV_I420);
   std::vector<unsigned char> data(planes.begin<unsigned char>(), planes.end<unsigned char>());
-  const size_t luminance = picture.total();
+  const size_t luminance = image.total();
   const std::vector<unsigned char> colours(data.begin() + static_cast<std::ptrdiff_t>(luminance), data.end());
   for (size_t i = 0; i < colours.size() / 2; ++i) {
     data[luminance + 2 * i] = colours[colours.size() / 2 + i];
@@ -112,7 +112,7 @@ class Native {
     calibrator_.NextFrameRGB(bgr, 0, nullptr, false);
   }
 
-  /// The number of pictures handed out.
+  /// The number of images handed out.
   long Received() const { return received_; }
 
  private:
@@ -121,9 +121,9 @@ class Native {
 };
 
 void FromJava(benchmark::State& state, bool base64) {
-  const cv::Mat picture = bench::GridFrame(PROCESSING);
-  const std::string text = Base64Of(picture);
-  const std::vector<unsigned char> data = Nv21Of(picture);
+  const cv::Mat image = bench::GridFrame(PROCESSING);
+  const std::string text = Base64Of(image);
+  const std::vector<unsigned char> data = Nv21Of(image);
   Program java(text, data);
   Native native;
   bench::Ratio().Run(

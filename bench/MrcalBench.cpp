@@ -36,7 +36,7 @@ struct Data {
   std::vector<std::vector<cv::Point2d>> image;
 };
 
-/// Picture points in single precision, as detectors give them: both are given the same.
+/// Image points in single precision, as detectors give them: both are given the same.
 cv::Point2d Narrowed(const cv::Point2d& point) {
   return cv::Point2d(cv::Point2f(point));
 }

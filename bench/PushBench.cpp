@@ -20,9 +20,9 @@ const cv::Size PROCESSING(640, 480);
 constexpr std::int64_t FRAME_BYTES = 100'000;
 constexpr std::int64_t MANY_BYTES = 10'000'000;
 
-std::vector<unsigned char> Jpeg(const cv::Mat& picture, int quality) {
+std::vector<unsigned char> Jpeg(const cv::Mat& image, int quality) {
   std::vector<unsigned char> bytes;
-  cv::imencode(".jpg", picture, bytes, {cv::IMWRITE_JPEG_QUALITY, quality});
+  cv::imencode(".jpg", image, bytes, {cv::IMWRITE_JPEG_QUALITY, quality});
   return bytes;
 }
 

@@ -30,8 +30,8 @@ cv::Point RandomPoint(cv::RNG& random, cv::Size size) {
   return {x, y};
 }
 
-void DrawPolygon(cv::Mat& picture, cv::RNG& random, double reach) {
-  const cv::Point middle = RandomPoint(random, picture.size());
+void DrawPolygon(cv::Mat& image, cv::RNG& random, double reach) {
+  const cv::Point middle = RandomPoint(random, image.size());
   const int corners = random.uniform(3, 8);
   std::vector<cv::Point> polygon;
   for (int k = 0; k < corners; ++k) {
@@ -41,55 +41,55 @@ void DrawPolygon(cv::Mat& picture, cv::RNG& random, double reach) {
                          middle.y + cvRound(radius * std::sin(angle)));
   }
   const std::vector<std::vector<cv::Point>> polygons = {polygon};
-  cv::fillPoly(picture, polygons, RandomColour(random), cv::LINE_AA);
+  cv::fillPoly(image, polygons, RandomColour(random), cv::LINE_AA);
 }
 
-void DrawObject(cv::Mat& picture, cv::RNG& random) {
-  const double extent = std::max(picture.cols, picture.rows);
+void DrawObject(cv::Mat& image, cv::RNG& random) {
+  const double extent = std::max(image.cols, image.rows);
   switch (random.uniform(0, 4)) {
     case 0: {
-      const cv::Point middle = RandomPoint(random, picture.size());
+      const cv::Point middle = RandomPoint(random, image.size());
       const int radius = cvRound(extent * random.uniform(0.008, 0.07)) + 1;
-      cv::circle(picture, middle, radius, RandomColour(random), cv::FILLED, cv::LINE_AA);
+      cv::circle(image, middle, radius, RandomColour(random), cv::FILLED, cv::LINE_AA);
       break;
     }
     case 1: {
-      const cv::Point from = RandomPoint(random, picture.size());
-      const cv::Point to = RandomPoint(random, picture.size());
+      const cv::Point from = RandomPoint(random, image.size());
+      const cv::Point to = RandomPoint(random, image.size());
       const int thickness = 1 + cvRound(extent * random.uniform(0.0, 0.012));
-      cv::line(picture, from, to, RandomColour(random), thickness, cv::LINE_AA);
+      cv::line(image, from, to, RandomColour(random), thickness, cv::LINE_AA);
       break;
     }
     default:
-      DrawPolygon(picture, random, extent * random.uniform(0.03, 0.2));
+      DrawPolygon(image, random, extent * random.uniform(0.03, 0.2));
   }
 }
 
 /// Adds noise of a few grain sizes, smooth between its grains.
-void AddTexture(cv::Mat& picture, cv::RNG& random) {
+void AddTexture(cv::Mat& image, cv::RNG& random) {
   cv::Mat sum;
-  picture.convertTo(sum, CV_32FC3);
+  image.convertTo(sum, CV_32FC3);
   for (const int grain : {64, 12, 3}) {
-    cv::Mat coarse((picture.rows + grain - 1) / grain + 1, (picture.cols + grain - 1) / grain + 1, CV_32FC1);
+    cv::Mat coarse((image.rows + grain - 1) / grain + 1, (image.cols + grain - 1) / grain + 1, CV_32FC1);
     random.fill(coarse, cv::RNG::UNIFORM, -12.0, 12.0);
     cv::Mat fine;
-    cv::resize(coarse, fine, picture.size(), 0.0, 0.0, cv::INTER_LINEAR);
+    cv::resize(coarse, fine, image.size(), 0.0, 0.0, cv::INTER_LINEAR);
     cv::Mat colour;
     cv::cvtColor(fine, colour, cv::COLOR_GRAY2BGR);
     sum += colour;
   }
-  sum.convertTo(picture, CV_8UC3);
+  sum.convertTo(image, CV_8UC3);
 }
 
 }  // namespace
 
 cv::Mat MakeBackground(cv::Size size, int level, int clutter, std::uint64_t seed) {
-  cv::Mat picture(size, CV_8UC3, cv::Scalar::all(level));
-  if (clutter <= 0) return picture;
+  cv::Mat image(size, CV_8UC3, cv::Scalar::all(level));
+  if (clutter <= 0) return image;
   cv::RNG random(MixSeeds(seed, CLUTTER_SEQUENCE));
-  for (int k = 0; k < clutter; ++k) DrawObject(picture, random);
-  AddTexture(picture, random);
-  return picture;
+  for (int k = 0; k < clutter; ++k) DrawObject(image, random);
+  AddTexture(image, random);
+  return image;
 }
 
 cv::Mat MakeLight(cv::Size size, double strength, std::uint64_t seed) {

@@ -1,4 +1,4 @@
-/// What lies behind the sheet, and the light over the picture.
+/// What lies behind the sheet, and the light over the image.
 #pragma once
 
 #include <cstdint>
@@ -6,7 +6,7 @@
 
 namespace world {
 
-/// An 8-bit BGR picture: plain grey of the level, or, when `clutter` is positive, a textured one with that
+/// An 8-bit BGR image: plain grey of the level, or, when `clutter` is positive, a textured one with that
 /// many discs, polygons and lines. The same seed gives the same bytes.
 cv::Mat MakeBackground(cv::Size size, int level, int clutter, std::uint64_t seed);
 

@@ -41,7 +41,7 @@ Lens LensFrom(const cv::Mat& K, const cv::Mat& D);
 /// The convex hull of all finite points: the area that views cover.
 std::vector<cv::Point2f> CoveredRegion(const std::vector<std::vector<cv::Point2d>>& views);
 
-/// The lens of the same camera for pictures resized from one size to another.
+/// The lens of the same camera for images resized from one size to another.
 Lens Resized(const Lens& lens, cv::Size from, cv::Size to);
 
 }  // namespace world

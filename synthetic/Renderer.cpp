@@ -1,4 +1,4 @@
-/// Renders pictures: sheet coordinates of all pixel corners, coverage of edge pixels, blur, light and noise.
+/// Renders images: sheet coordinates of all pixel corners, coverage of edge pixels, blur, light and noise.
 #include "Renderer.h"
 
 #include <algorithm>
@@ -121,7 +121,7 @@ cv::Vec3f Renderer::Mixed(const Quad& quad, const cv::Vec3f& behind) const {
 void Renderer::Fill(const cv::Rect& block, Surface surface) {
   const cv::Vec3f level = cv::Vec3f::all(surface == Surface::Ink ? ink_ : paper_);
   for (int row = block.y; row < block.y + block.height; ++row) {
-    cv::Vec3f* out = picture_.ptr<cv::Vec3f>(row) + block.x;
+    cv::Vec3f* out = image_.ptr<cv::Vec3f>(row) + block.x;
     if (surface == Surface::Background) {
       const cv::Vec3f* behind = background_.ptr<cv::Vec3f>(row) + block.x;
       std::copy(behind, behind + block.width, out);
@@ -148,7 +148,7 @@ void Renderer::ComposeBlock(const cv::Rect& block) {
   }
   if (pixel) {
     const cv::Vec3f behind = background_.at<cv::Vec3f>(block.y, block.x);
-    picture_.at<cv::Vec3f>(block.y, block.x) = placed ? Mixed(quad, behind) : behind;
+    image_.at<cv::Vec3f>(block.y, block.x) = placed ? Mixed(quad, behind) : behind;
     return;
   }
   const int left = (block.width + 1) / 2;
@@ -165,37 +165,37 @@ void Renderer::Compose(const Pose& pose) {
   MapCorners(pose);
   paper_ = static_cast<float>(scene_.paperLevel);
   ink_ = FacesCamera(pose) ? static_cast<float>(scene_.inkLevel) : paper_;
-  picture_.create(scene_.camera.size, CV_32FC3);
+  image_.create(scene_.camera.size, CV_32FC3);
   const cv::Rect image({0, 0}, scene_.camera.size);
   for (int y = 0; y < image.height; y += BLOCK) {
     for (int x = 0; x < image.width; x += BLOCK) ComposeBlock(cv::Rect(x, y, BLOCK, BLOCK) & image);
   }
 }
 
-cv::Mat Renderer::Finish(cv::Mat& picture, std::uint64_t frameNumber) {
-  if (!light_.empty()) cv::multiply(picture, light_, picture);
+cv::Mat Renderer::Finish(cv::Mat& image, std::uint64_t frameNumber) {
+  if (!light_.empty()) cv::multiply(image, light_, image);
   if (scene_.blur > 0.0) {
-    cv::GaussianBlur(picture, picture, cv::Size(), scene_.blur, scene_.blur, cv::BORDER_REPLICATE);
+    cv::GaussianBlur(image, image, cv::Size(), scene_.blur, scene_.blur, cv::BORDER_REPLICATE);
   }
   if (scene_.noise > 0.0) {
     cv::RNG random(MixSeeds(MixSeeds(scene_.seed, NOISE_SEQUENCE), frameNumber));
-    cv::Mat noise(picture.size(), picture.type());
+    cv::Mat noise(image.size(), image.type());
     random.fill(noise, cv::RNG::NORMAL, 0.0, scene_.noise);
-    picture += noise;
+    image += noise;
   }
   cv::Mat bytes;
-  picture.convertTo(bytes, CV_8UC3);
+  image.convertTo(bytes, CV_8UC3);
   return bytes;
 }
 
 cv::Mat Renderer::Render(const Pose& pose, std::uint64_t frameNumber) {
   Compose(pose);
-  return Finish(picture_, frameNumber);
+  return Finish(image_, frameNumber);
 }
 
 cv::Mat Renderer::RenderEmpty(std::uint64_t frameNumber) {
-  background_.copyTo(picture_);
-  return Finish(picture_, frameNumber);
+  background_.copyTo(image_);
+  return Finish(image_, frameNumber);
 }
 
 }  // namespace world

@@ -1,4 +1,4 @@
-/// Renders pictures of the printed sheet as a camera sees it.
+/// Renders images of the printed sheet as a camera sees it.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,7 @@
 
 namespace world {
 
-/// Pictures of one scene: 8-bit BGR, the centre of the top-left pixel at (0, 0). The same scene, pose and
+/// Images of one scene: 8-bit BGR, the centre of the top-left pixel at (0, 0). The same scene, pose and
 /// frame number give the same bytes; the background and the light stay the same over all frames.
 ///
 /// Seen from behind, the sheet is blank paper. Where the lens images nothing, the background shows.
@@ -25,7 +25,7 @@ class Renderer {
   /// The frame number chooses the sensor noise.
   cv::Mat Render(const Pose& pose, std::uint64_t frameNumber = 0);
 
-  /// The picture of the background alone, with blur, light and noise like any other.
+  /// The image of the background alone, with blur, light and noise like any other.
   cv::Mat RenderEmpty(std::uint64_t frameNumber = 0);
 
  private:
@@ -39,14 +39,14 @@ class Renderer {
   void ComposeBlock(const cv::Rect& block);
   void Fill(const cv::Rect& block, Surface surface);
   cv::Vec3f Mixed(const Quad& quad, const cv::Vec3f& behind) const;
-  cv::Mat Finish(cv::Mat& picture, std::uint64_t frameNumber);
+  cv::Mat Finish(cv::Mat& image, std::uint64_t frameNumber);
 
   Scene scene_;
   cv::Mat rays_;
   cv::Mat background_;
   cv::Mat light_;
   cv::Mat corners_;
-  cv::Mat picture_;
+  cv::Mat image_;
   float paper_ = 0.0F;
   float ink_ = 0.0F;
 };

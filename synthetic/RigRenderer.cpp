@@ -1,4 +1,4 @@
-/// Renders the pictures of a rig and joins them.
+/// Renders the images of a rig and joins them.
 #include "RigRenderer.h"
 
 #include <stdexcept>
@@ -19,9 +19,9 @@ Scene SceneFor(const Scene& common, const Camera& camera, std::size_t number) {
   return scene;
 }
 
-void CheckAlike(const std::vector<cv::Mat>& pictures) {
-  for (const cv::Mat& picture : pictures) {
-    if (picture.size() != pictures.front().size() || picture.type() != pictures.front().type()) {
+void CheckAlike(const std::vector<cv::Mat>& images) {
+  for (const cv::Mat& image : images) {
+    if (image.size() != images.front().size() || image.type() != images.front().type()) {
       throw std::invalid_argument("only pictures of the same size and type can be joined");
     }
   }
@@ -36,30 +36,30 @@ RigRenderer::RigRenderer(const Rig& rig, const Scene& scene) : rig_(rig) {
 }
 
 std::vector<cv::Mat> RigRenderer::Render(const Pose& rigPose, std::uint64_t frameNumber) {
-  std::vector<cv::Mat> pictures;
+  std::vector<cv::Mat> images;
   for (std::size_t k = 0; k < renderers_.size(); ++k) {
-    pictures.push_back(renderers_[k].Render(PoseFor(rig_, k, rigPose), frameNumber));
+    images.push_back(renderers_[k].Render(PoseFor(rig_, k, rigPose), frameNumber));
   }
-  return pictures;
+  return images;
 }
 
 std::vector<cv::Mat> RigRenderer::RenderEmpty(std::uint64_t frameNumber) {
-  std::vector<cv::Mat> pictures;
-  for (Renderer& renderer : renderers_) pictures.push_back(renderer.RenderEmpty(frameNumber));
-  return pictures;
+  std::vector<cv::Mat> images;
+  for (Renderer& renderer : renderers_) images.push_back(renderer.RenderEmpty(frameNumber));
+  return images;
 }
 
-cv::Mat SideBySide(const std::vector<cv::Mat>& pictures) {
-  CheckAlike(pictures);
+cv::Mat SideBySide(const std::vector<cv::Mat>& images) {
+  CheckAlike(images);
   cv::Mat joined;
-  cv::hconcat(pictures, joined);
+  cv::hconcat(images, joined);
   return joined;
 }
 
-cv::Mat OneAboveTheOther(const std::vector<cv::Mat>& pictures) {
-  CheckAlike(pictures);
+cv::Mat OneAboveTheOther(const std::vector<cv::Mat>& images) {
+  CheckAlike(images);
   cv::Mat joined;
-  cv::vconcat(pictures, joined);
+  cv::vconcat(images, joined);
   return joined;
 }
 

@@ -10,7 +10,7 @@
 
 namespace world {
 
-/// Pictures of all cameras, in their order. Everything but the cameras is that of a scene, whose seed is
+/// Images of all cameras, in their order. Everything but the cameras is that of a scene, whose seed is
 /// camera 0's; each of the others has its own background, light and noise.
 ///
 /// One thread at a time may use it.
@@ -25,7 +25,7 @@ class RigRenderer {
   /// The frame number chooses the sensor noise.
   std::vector<cv::Mat> Render(const Pose& rigPose, std::uint64_t frameNumber = 0);
 
-  /// The pictures of the backgrounds alone.
+  /// The images of the backgrounds alone.
   std::vector<cv::Mat> RenderEmpty(std::uint64_t frameNumber = 0);
 
  private:
@@ -33,11 +33,11 @@ class RigRenderer {
   std::vector<Renderer> renderers_;
 };
 
-/// All pictures in one, the first one on the left. Throws std::invalid_argument when they differ in size or
+/// All images in one, the first one on the left. Throws std::invalid_argument when they differ in size or
 /// type.
-cv::Mat SideBySide(const std::vector<cv::Mat>& pictures);
+cv::Mat SideBySide(const std::vector<cv::Mat>& images);
 
-/// All pictures in one, the first one above. Throws as SideBySide does.
-cv::Mat OneAboveTheOther(const std::vector<cv::Mat>& pictures);
+/// All images in one, the first one above. Throws as SideBySide does.
+cv::Mat OneAboveTheOther(const std::vector<cv::Mat>& images);
 
 }  // namespace world

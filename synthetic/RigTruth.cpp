@@ -68,10 +68,10 @@ Truth TruthOfCamera(const RigTruth& truth, std::size_t camera) {
   for (const RigTruthFrame& frame : truth.frames) {
     const TruthView& view = frame.views.at(camera);
     if (view.file.empty()) continue;
-    TruthFrame picture;
-    static_cast<TruthView&>(picture) = view;
-    picture.index = frame.index;
-    own.frames.push_back(picture);
+    TruthFrame image;
+    static_cast<TruthView&>(image) = view;
+    image.index = frame.index;
+    own.frames.push_back(image);
   }
   return own;
 }

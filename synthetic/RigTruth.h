@@ -1,4 +1,4 @@
-/// The truth about rendered pictures of a rig, and its file.
+/// The truth about rendered images of a rig, and its file.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +15,7 @@ struct RigTruthFrame {
   /// The moment's number, from 0.
   int index = 0;
   Pose pose;
-  /// Without a file where a camera's picture is left out.
+  /// Without a file where a camera's image is left out.
   std::vector<TruthView> views;
 };
 
@@ -33,7 +33,7 @@ RigTruth RigTruthOf(const Rig& rig, const Scene& scene);
 RigTruthFrame RigTruthFrameOf(const Rig& rig, const Sheet& sheet, const Pose& rigPose, int index,
                               const std::vector<std::string>& files);
 
-/// What the truth says about the pictures of one camera, as a truth of its own; the seed is that of the rig.
+/// What the truth says about the images of one camera, as a truth of its own; the seed is that of the rig.
 Truth TruthOfCamera(const RigTruth& truth, std::size_t camera);
 
 /// Writes the truth as JSON. Throws std::runtime_error, naming the file, when it cannot be written.

@@ -1,4 +1,4 @@
-/// Everything that a series of pictures has in common.
+/// Everything that a series of images has in common.
 #pragma once
 
 #include <cstdint>

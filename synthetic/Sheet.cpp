@@ -150,11 +150,11 @@ SurfaceSample Sheet::Sample(const cv::Point2d& steps) const {
 cv::Mat Sheet::Draw(int background) const {
   constexpr int FINE = 8;
   const cv::Size2d paper = PaperSize();
-  cv::Mat picture(static_cast<int>(std::ceil(paper.height - 1e-6)),
-                  static_cast<int>(std::ceil(paper.width - 1e-6)), CV_8UC1);
+  cv::Mat image(static_cast<int>(std::ceil(paper.height - 1e-6)),
+                static_cast<int>(std::ceil(paper.width - 1e-6)), CV_8UC1);
   const std::array<int, 3> levels = {background, 255, 0};
-  for (int row = 0; row < picture.rows; ++row) {
-    for (int column = 0; column < picture.cols; ++column) {
+  for (int row = 0; row < image.rows; ++row) {
+    for (int column = 0; column < image.cols; ++column) {
       const SurfaceSample middle = Sample(StepsFromDrawing({column + 0.5, row + 0.5}));
       int sum = FINE * FINE * levels[static_cast<std::size_t>(middle.surface)];
       if (middle.clearance * STEP < 1.0) {
@@ -164,10 +164,10 @@ cv::Mat Sheet::Draw(int background) const {
           sum += levels[static_cast<std::size_t>(At(StepsFromDrawing(point)))];
         }
       }
-      picture.at<uchar>(row, column) = cv::saturate_cast<uchar>(sum / static_cast<double>(FINE * FINE));
+      image.at<uchar>(row, column) = cv::saturate_cast<uchar>(sum / static_cast<double>(FINE * FINE));
     }
   }
-  return picture;
+  return image;
 }
 
 }  // namespace world

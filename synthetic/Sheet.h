@@ -64,7 +64,7 @@ class Sheet {
   /// The same with the distance to other surfaces.
   SurfaceSample Sample(const cv::Point2d& steps) const;
 
-  /// The flat sheet as an 8-bit grey picture at 150 dpi, paper white, ink black, the cut corner `background`.
+  /// The flat sheet as an 8-bit grey image at 150 dpi, paper white, ink black, the cut corner `background`.
   cv::Mat Draw(int background = 128) const;
 
  private:

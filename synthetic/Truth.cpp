@@ -1,4 +1,4 @@
-/// Truths, and their files: JSON with one object per picture.
+/// Truths, and their files: JSON with one object per image.
 #include "Truth.h"
 
 #include <nlohmann/json.hpp>

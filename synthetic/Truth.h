@@ -1,4 +1,4 @@
-/// The truth about rendered pictures, and its file.
+/// The truth about rendered images, and its file.
 #pragma once
 
 #include <cstdint>
@@ -12,9 +12,9 @@
 
 namespace world {
 
-/// What a camera has of a picture or video frame.
+/// What a camera has of an image or video frame.
 struct TruthView {
-  /// File name of the picture; empty for frames of a video.
+  /// File name of the image; empty for frames of a video.
   std::string file;
   Pose pose;
   /// True projections of the disc centres, row by row; NaN where the lens images none.
@@ -23,11 +23,11 @@ struct TruthView {
   bool whole = false;
 };
 
-/// One picture or video frame: of the only camera, or of the left one with the right one's beside it. Both
-/// files of a pair are the same when one picture shows both cameras; centres still count in a camera's own
+/// One image or video frame: of the only camera, or of the left one with the right one's beside it. Both
+/// files of a pair are the same when one image shows both cameras; centres still count in a camera's own
 /// half.
 struct TruthFrame : TruthView {
-  /// The picture's number, from 0.
+  /// The image's number, from 0.
   int index = 0;
   std::optional<TruthView> right;
 };
@@ -43,7 +43,7 @@ struct Truth {
   std::vector<TruthFrame> frames;
 };
 
-/// Projects the sheet for a picture.
+/// Projects the sheet for an image.
 TruthView ViewOf(const Camera& camera, const Sheet& sheet, const Pose& pose, const std::string& file);
 
 /// A truth without frames yet.

@@ -17,7 +17,7 @@ std::string NameOf(LensKind kind);
 
 /// A camera of 640 x 480 pixels, not quite square ones, with its principal point off the middle, which sees
 /// `degrees` from its left to its right edge, distortion included. Light and strong distortion are shares of
-/// the picture, the same for any field of view: 4 % and 25 % at the corners.
+/// the image, the same for any field of view: 4 % and 25 % at the corners.
 world::Camera MakeCamera(LensKind kind, double degrees);
 
 /// Two of them side by side, the right one a little different, a little turned and out of line, both turned

@@ -28,7 +28,7 @@ std::vector<cv::Point2d> Undistorted(const std::vector<cv::Point2d>& pixels, con
   return rays;
 }
 
-/// What the calibrated pair makes of exact pictures of the grid: the error of depths, as a share of them.
+/// What the calibrated pair makes of exact images of the grid: the error of depths, as a share of them.
 double MedianDepthError(const world::Pair& rig, const std::vector<world::Pose>& poses,
                         const PairResult& result) {
   const world::Sheet sheet(GRID, static_cast<double>(UNIT));

@@ -25,7 +25,7 @@ Table ModelsTable(const Effort& effort);
 Table DeviationsTable(const Effort& effort);
 Table MisleadingTable(const Effort& effort);
 Table PairsTable(const Effort& effort);
-Table PicturesTable(const Effort& effort);
+Table ImagesTable(const Effort& effort);
 
 struct NamedTable {
   const char* name;

@@ -58,7 +58,7 @@ Trial Assessed(const world::Camera& camera, const Points& views, const velmora::
 /// Calibrates from projected points with Gaussian noise. The same case and seed give the same trial.
 Trial RunTrial(const Case& what, std::uint64_t seed);
 
-/// The picture points of a pose with noise; the sheet may be bent.
+/// The image points of a pose with noise; the sheet may be bent.
 std::vector<cv::Point2d> NoisyPoints(const world::Camera& camera, const world::Pose& pose, double noise,
                                      double sag, cv::RNG& random);
 

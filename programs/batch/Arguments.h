@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "Calibrator.h"
-#include "batch/Pictures.h"
+#include "batch/ImageStream.h"
 #include "common/EngineOptions.h"
 #include "common/Hdist.h"
 #include "common/SourceSettings.h"
@@ -19,7 +19,7 @@ enum class Match { Order, Names };
 struct Arguments : common::EngineOptions {
   static constexpr int MODEL_AUTO = -1;  ///< as large as the views ask for
 
-  std::vector<std::string> inputs;       ///< of the only or left camera, or of split pictures
+  std::vector<std::string> inputs;       ///< of the only or left camera, or of split images
   std::vector<std::string> rightInputs;  ///< of the right camera of a pair
   common::Split split = common::Split::None;
   std::string calibLeft;  ///< result files of the cameras of a pair; empty: they are calibrated first

@@ -12,17 +12,16 @@
 
 namespace batch {
 
-void LookAtPictures(const Arguments& arguments, const std::function<std::string(Picture&)>& take) {
-  PictureStream pictures(ExpandInputsAloud(arguments.inputs), arguments.sampling);
+void SearchImages(const Arguments& arguments, const std::function<std::string(NamedImage&)>& take) {
+  ImageStream inputs(ExpandInputsAloud(arguments.inputs), arguments.sampling);
   Progress progress;
-  Picture picture;
-  for (int done = 1; pictures.Next(picture); ++done) {
-    const std::string fault = take(picture);
-    progress.Step(done, pictures.ExpectedCount(),
-                  picture.name + ": " + (fault.empty() ? "grid found" : fault));
+  NamedImage input;
+  for (int done = 1; inputs.Next(input); ++done) {
+    const std::string fault = take(input);
+    progress.Step(done, inputs.ExpectedCount(), input.name + ": " + (fault.empty() ? "grid found" : fault));
   }
   progress.Finish();
-  std::cerr << OrientationsText(pictures.OrientationsIgnored());
+  std::cerr << OrientationsText(inputs.OrientationsIgnored());
 }
 
 common::ExitStatus ReportTooFewViews(const std::string& what, size_t found, const std::string& hint,
@@ -48,8 +47,8 @@ common::ExitStatus ReportUnwritten(const std::string& file) {
 common::ExitStatus Run(const Arguments& arguments) {
   common::CheckOutputWithVerdict(arguments.output);
   CameraViews camera(arguments);
-  LookAtPictures(arguments, [&](Picture& picture) { return camera.Take(picture); });
-  if (!camera.SawPictures()) throw InputError("no image could be read from the input");
+  SearchImages(arguments, [&](NamedImage& input) { return camera.Take(input); });
+  if (!camera.HasImages()) throw InputError("no image could be read from the input");
   if (camera.Views().size() < ENOUGH_VIEWS) {
     std::cout << common::ViewsTable(camera.Names(), camera.Rejected());
     return ReportTooFewViews("image", camera.Views().size(), camera.OtherGridText());

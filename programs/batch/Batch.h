@@ -9,13 +9,13 @@
 
 namespace batch {
 
-/// Reads the pictures, calibrates, writes the result file and prints the table. Progress and errors go to
+/// Reads the images, calibrates, writes the result file and prints the table. Progress and errors go to
 /// standard error, the table to standard output. Raises InputError for unusable inputs.
 common::ExitStatus Run(const Arguments& arguments);
 
-/// Reads the pictures one after the other and tells of each on standard error. `take` returns why a picture
+/// Reads the images one after the other and tells of each on standard error. `take` returns why an image
 /// gave no view, else an empty text.
-void LookAtPictures(const Arguments& arguments, const std::function<std::string(Picture&)>& take);
+void SearchImages(const Arguments& arguments, const std::function<std::string(NamedImage&)>& take);
 
 /// Prints on standard error that too few of the images (or pairs) held the grid, and a hint if there is one.
 /// `whose` tells, with a blank before it, whose images these are.

@@ -2,7 +2,7 @@
 #include "batch/CameraFile.h"
 
 #include "JSON.h"
-#include "batch/Pictures.h"
+#include "batch/ImageStream.h"
 
 namespace batch {
 

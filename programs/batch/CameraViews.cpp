@@ -1,4 +1,4 @@
-/// One camera's way from pictures to a result.
+/// One camera's way from images to a result.
 #include "batch/CameraViews.h"
 
 #include <set>
@@ -10,14 +10,14 @@
 
 namespace batch {
 
-std::string CameraViews::Take(Picture& picture) {
+std::string CameraViews::Take(NamedImage& input) {
   Centres centres;
-  std::string fault = search_.FaultOf(picture, centres);
+  std::string fault = search_.FaultOf(input, centres);
   if (fault.empty()) {
-    names_.push_back(picture.name);
+    names_.push_back(input.name);
     views_.push_back(std::move(centres));
   } else {
-    rejected_.push_back({picture.name, fault});
+    rejected_.push_back({input.name, fault});
   }
   return fault;
 }

@@ -1,4 +1,4 @@
-/// One camera's way from pictures to a result.
+/// One camera's way from images to a result.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "Calibrator.h"
-#include "batch/PictureSearch.h"
+#include "batch/ImageSearch.h"
 #include "common/OutputFiles.h"
 #include "common/Report.h"
 
@@ -19,12 +19,12 @@ class CameraViews {
  public:
   explicit CameraViews(const Arguments& arguments) : arguments_(arguments), search_(arguments) {}
 
-  /// Searches the grid in the picture, which is changed. The reason when it gives no view, else an empty
+  /// Searches the grid in the image, which is changed. The reason when it gives no view, else an empty
   /// text.
-  std::string Take(Picture& picture);
+  std::string Take(NamedImage& input);
 
-  /// False as long as no picture could be decoded.
-  bool SawPictures() const { return search_.Engine() != nullptr; }
+  /// False as long as no image could be decoded.
+  bool HasImages() const { return search_.Engine() != nullptr; }
   cv::Size FrameSize() const { return search_.FrameSize(); }
   const std::vector<Centres>& Views() const { return views_; }
   /// Those that the computation was of.
@@ -32,7 +32,7 @@ class CameraViews {
   const std::vector<std::string>& Names() const { return names_; }
   const std::vector<common::Rejection>& Rejected() const { return rejected_; }
 
-  /// What else the images show when not one held the grid; see PictureSearch.
+  /// What else the images show when not one held the grid; see ImageSearch.
   std::string OtherGridText() { return views_.empty() ? search_.OtherGridText() : ""; }
 
   /// Computes from the views that spread best; the others are set aside. There must be enough.
@@ -49,7 +49,7 @@ class CameraViews {
   int ChosenModel(common::Report& report);
 
   const Arguments& arguments_;
-  PictureSearch search_;
+  ImageSearch search_;
   std::vector<std::string> names_;
   std::vector<Centres> views_;
   std::vector<Centres> used_;

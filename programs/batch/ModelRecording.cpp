@@ -1,4 +1,4 @@
-/// Records a pose model of the assistant from pictures.
+/// Records a pose model of the assistant from images.
 #include "batch/ModelRecording.h"
 
 #include <iostream>
@@ -17,18 +17,18 @@ namespace batch {
 
 namespace {
 
-/// The poses of one camera's pictures, in the engine's recording.
+/// The poses of one camera's images, in the engine's recording.
 class Recording {
  public:
   explicit Recording(const Arguments& arguments) : arguments_(arguments), search_(arguments) {}
 
-  /// The reason when the picture gives no pose, else an empty text.
-  std::string Take(Picture& picture) {
-    std::string fault = FaultOf(picture);
+  /// The reason when the image gives no pose, else an empty text.
+  std::string Take(NamedImage& input) {
+    std::string fault = FaultOf(input);
     if (fault.empty()) {
-      names_.push_back(picture.name);
+      names_.push_back(input.name);
     } else {
-      rejected_.push_back({picture.name, fault});
+      rejected_.push_back({input.name, fault});
     }
     return fault;
   }
@@ -51,9 +51,9 @@ class Recording {
   }
 
  private:
-  std::string FaultOf(Picture& picture) {
+  std::string FaultOf(NamedImage& input) {
     Centres centres;
-    std::string fault = search_.FaultOf(picture, centres);
+    std::string fault = search_.FaultOf(input, centres);
     if (!fault.empty()) return fault;
     Calibrator& calibrator = *search_.Engine();
     // The log has a remark on every matrix of points, which is what a pose is.
@@ -65,7 +65,7 @@ class Recording {
   }
 
   const Arguments& arguments_;
-  PictureSearch search_;
+  ImageSearch search_;
   std::vector<std::string> names_;
   std::vector<common::Rejection> rejected_;
 };
@@ -75,7 +75,7 @@ class Recording {
 common::ExitStatus RecordModel(const Arguments& arguments) {
   common::CheckWritable(arguments.recordModel);
   Recording recording(arguments);
-  LookAtPictures(arguments, [&](Picture& picture) { return recording.Take(picture); });
+  SearchImages(arguments, [&](NamedImage& input) { return recording.Take(input); });
   std::cout << recording.Table();
   if (recording.Names().empty()) {
     common::PrintError(std::cerr, "no pose: the grid was found in none of the images.");

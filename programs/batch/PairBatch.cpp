@@ -33,7 +33,7 @@ std::vector<std::vector<std::string>> FilesOf(const Arguments& arguments) {
   return files;
 }
 
-/// Pictures of the left and the right camera, taken together.
+/// Images of the left and the right camera, taken together.
 class PairStream {
  public:
   explicit PairStream(const Arguments& arguments)
@@ -47,7 +47,7 @@ class PairStream {
     }
   }
 
-  bool Next(std::vector<Picture>& pair) {
+  bool Next(std::vector<NamedImage>& pair) {
     if (!stream_.Next(pair)) return false;
     if (split_ == common::Split::None) return true;
     const cv::Mat both = pair[LEFT].image;
@@ -78,10 +78,10 @@ struct PairViews {
 };
 
 /// The reason when the pair gives no common view, else an empty text.
-std::string TakePair(std::vector<Picture>& pair, PairViews& pairs) {
+std::string TakePair(std::vector<NamedImage>& pair, PairViews& pairs) {
   const std::string name = NameTogether(pair);
-  const std::vector<std::string> faults = TakeTogether(pair, [&](size_t camera, Picture& picture) {
-    return (camera == LEFT ? pairs.left : pairs.right).Take(picture);
+  const std::vector<std::string> faults = TakeTogether(pair, [&](size_t camera, NamedImage& input) {
+    return (camera == LEFT ? pairs.left : pairs.right).Take(input);
   });
   const std::string& faultLeft = faults[LEFT];
   const std::string& faultRight = faults[RIGHT];
@@ -98,10 +98,10 @@ std::string TakePair(std::vector<Picture>& pair, PairViews& pairs) {
   return fault;
 }
 
-void LookAtPairs(const Arguments& arguments, PairViews& pairs) {
+void SearchPairs(const Arguments& arguments, PairViews& pairs) {
   PairStream stream(arguments);
   Progress progress;
-  std::vector<Picture> pair;
+  std::vector<NamedImage> pair;
   for (int done = 1; stream.Next(pair); ++done) {
     const std::string name = NameTogether(pair);
     const std::string fault = TakePair(pair, pairs);
@@ -109,7 +109,7 @@ void LookAtPairs(const Arguments& arguments, PairViews& pairs) {
   }
   progress.Finish();
   std::cerr << OrientationsText(stream.OrientationsIgnored());
-  if (!pairs.left.SawPictures() || !pairs.right.SawPictures()) {
+  if (!pairs.left.HasImages() || !pairs.right.HasImages()) {
     throw InputError("no pair of images could be read from the input");
   }
   if (pairs.left.FrameSize() != pairs.right.FrameSize()) {
@@ -256,7 +256,7 @@ common::ExitStatus RunPair(const Arguments& arguments) {
     if (!file.empty()) CheckCameraFile(file);
   }
   PairViews pairs(arguments);
-  LookAtPairs(arguments, pairs);
+  SearchPairs(arguments, pairs);
   if (pairs.names.size() < ENOUGH_VIEWS) {
     std::cout << common::ViewsTable(pairs.names, pairs.rejected, {}, "pair");
     return ReportTooFewViews("pair", pairs.names.size(), pairs.left.OtherGridText());

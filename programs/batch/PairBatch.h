@@ -7,8 +7,8 @@
 
 namespace batch {
 
-/// Calibrates each camera from its pictures, unless result files are given, then the pair; writes
-/// OUTPUT_left.json, OUTPUT_right.json and OUTPUT.json with a verdict and pictures beside each, and prints
+/// Calibrates each camera from its images, unless result files are given, then the pair; writes
+/// OUTPUT_left.json, OUTPUT_right.json and OUTPUT.json with a verdict and images beside each, and prints
 /// the tables. Raises InputError for unusable inputs.
 common::ExitStatus RunPair(const Arguments& arguments);
 

@@ -9,7 +9,7 @@
 namespace batch {
 
 /// One line that is redrawn in place on a terminal, with the share that is done and the time that is left;
-/// plain lines elsewhere: one per picture, of more than a hundred pictures twenty in all. On standard error,
+/// plain lines elsewhere: one per image, of more than a hundred images twenty in all. On standard error,
 /// so that the table on standard output can be redirected.
 class Progress {
  public:

@@ -53,7 +53,7 @@ velmora::RigResult Compute(const RigViews& views, const velmora::RigOptions& opt
   }
 }
 
-/// Intrinsics that are given have no pictures: nothing was found out about them.
+/// Intrinsics that are given have no images: nothing was found out about them.
 void CheckOutputs(const Arguments& arguments, const std::string& output) {
   common::CheckWritable(output + ".json");
   for (size_t i = 0; i < arguments.rig.size() && arguments.intrinsics.empty(); ++i) {

@@ -8,7 +8,7 @@
 namespace batch {
 
 /// Calibrates two cameras or more together, with intrinsics that are given or are estimated too; writes
-/// OUTPUT_rig.json with a picture of each camera that is estimated, and prints the table. Raises InputError
+/// OUTPUT_rig.json with an image of each camera that is estimated, and prints the table. Raises InputError
 /// for unusable inputs, and the engine's exception, with the cameras' names, where there is no result.
 common::ExitStatus RunRig(const Arguments& arguments);
 

@@ -48,7 +48,7 @@ std::vector<std::string> RigCameraNames(const std::vector<std::string>& inputs) 
   return names;
 }
 
-TogetherStream RigPictures(const Arguments& arguments, const std::vector<std::string>& names) {
+TogetherStream RigImages(const Arguments& arguments, const std::vector<std::string>& names) {
   std::vector<CameraFiles> cameras;
   std::vector<std::vector<std::string>> files;
   for (size_t i = 0; i < names.size(); ++i) {

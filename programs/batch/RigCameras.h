@@ -15,9 +15,9 @@ namespace batch {
 /// from another camera's. Raises InputError for an input that is given twice.
 std::vector<std::string> RigCameraNames(const std::vector<std::string>& inputs);
 
-/// The pictures of all cameras, as the options match them. Raises InputError, which names cameras, for
+/// The images of all cameras, as the options match them. Raises InputError, which names cameras, for
 /// numbers of images that differ and for names that do not match.
-TogetherStream RigPictures(const Arguments& arguments, const std::vector<std::string>& names);
+TogetherStream RigImages(const Arguments& arguments, const std::vector<std::string>& names);
 
 /// The result files that are given for the cameras, or none. Raises InputError for a file that is none.
 std::vector<CameraFile> RigCameraFiles(const Arguments& arguments);

@@ -32,12 +32,12 @@ RigViews::RigViews(const Arguments& arguments, std::vector<std::string> cameras)
 }
 
 void RigViews::Look() {
-  TogetherStream stream = RigPictures(arguments_, names_.cameras);
+  TogetherStream stream = RigImages(arguments_, names_.cameras);
   Progress progress;
-  std::vector<Picture> pictures;
-  for (int done = 1; stream.Next(pictures); ++done) {
-    const std::string name = NameTogether(pictures);
-    progress.Step(done, stream.ExpectedCount(), name + ": " + Take(pictures));
+  std::vector<NamedImage> inputs;
+  for (int done = 1; stream.Next(inputs); ++done) {
+    const std::string name = NameTogether(inputs);
+    progress.Step(done, stream.ExpectedCount(), name + ": " + Take(inputs));
   }
   progress.Finish();
   std::cerr << OrientationsText(stream.OrientationsIgnored());
@@ -48,21 +48,21 @@ void RigViews::Look() {
   }
 }
 
-std::string RigViews::Take(std::vector<Picture>& pictures) {
+std::string RigViews::Take(std::vector<NamedImage>& inputs) {
   std::vector<Centres> found(names_.cameras.size());
-  const std::vector<std::string> faults = TakeTogether(pictures, [&](size_t camera, Picture& picture) {
-    return searches_[camera].FaultOf(picture, found[camera]);
+  const std::vector<std::string> faults = TakeTogether(inputs, [&](size_t camera, NamedImage& input) {
+    return searches_[camera].FaultOf(input, found[camera]);
   });
   std::vector<std::string> images(names_.cameras.size());
   std::string finders;
   std::string fault;
   for (size_t i = 0; i < names_.cameras.size(); ++i) {
     if (!faults[i].empty()) {
-      rejected_.push_back({pictures[i].name, "camera '" + names_.cameras[i] + "': " + faults[i]});
+      rejected_.push_back({inputs[i].name, "camera '" + names_.cameras[i] + "': " + faults[i]});
       if (fault.empty()) fault = faults[i];
       found[i].clear();
-    } else if (!pictures[i].name.empty()) {
-      images[i] = pictures[i].name;
+    } else if (!inputs[i].name.empty()) {
+      images[i] = inputs[i].name;
       finders += (finders.empty() ? "" : ", ") + names_.cameras[i];
     }
   }
@@ -109,12 +109,12 @@ velmora::RigRecords RigViews::Records() const {
 
 std::vector<cv::Size> RigViews::Frames() const {
   std::vector<cv::Size> frames;
-  for (const PictureSearch& search : searches_) frames.push_back(search.FrameSize());
+  for (const ImageSearch& search : searches_) frames.push_back(search.FrameSize());
   return frames;
 }
 
 std::string RigViews::OtherGridText() {
-  for (PictureSearch& search : searches_) {
+  for (ImageSearch& search : searches_) {
     const std::string text = names_.images.empty() ? search.OtherGridText() : "";
     if (!text.empty()) return text;
   }

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "batch/PictureSearch.h"
+#include "batch/ImageSearch.h"
 #include "batch/RigCameras.h"
 #include "common/Report.h"
 #include "common/RigNames.h"
@@ -19,8 +19,8 @@ class RigViews {
  public:
   RigViews(const Arguments& arguments, std::vector<std::string> cameras);
 
-  /// Looks at all pictures and tells of them on standard error. Raises InputError for unusable inputs, also
-  /// when no picture of a camera can be read.
+  /// Looks at all images and tells of them on standard error. Raises InputError for unusable inputs, also
+  /// when no image of a camera can be read.
   void Look();
 
   /// Moments in which a camera found the grid.
@@ -37,16 +37,16 @@ class RigViews {
   const common::RigNames& Names() const { return names_; }
   const std::vector<common::Rejection>& Rejected() const { return rejected_; }
   std::vector<cv::Size> Frames() const;
-  /// See PictureSearch; empty when a grid was found.
+  /// See ImageSearch; empty when a grid was found.
   std::string OtherGridText();
 
  private:
   /// What is told of the moment on standard error.
-  std::string Take(std::vector<Picture>& pictures);
+  std::string Take(std::vector<NamedImage>& inputs);
 
   const Arguments& arguments_;
   common::RigNames names_;
-  std::deque<PictureSearch> searches_;
+  std::deque<ImageSearch> searches_;
   std::vector<std::vector<Centres>> centres_;  ///< of each camera, of each moment
   std::vector<common::Rejection> rejected_;
 };

@@ -1,4 +1,4 @@
-/// Pictures that several cameras took at the same time.
+/// Images that several cameras took at the same time.
 #include "batch/TogetherStream.h"
 
 #include <algorithm>
@@ -25,12 +25,12 @@ TogetherStream::TogetherStream(const std::vector<Moment>& moments, const Samplin
   for (const auto& camera : files) streams_.emplace_back(camera, sampling);
 }
 
-bool TogetherStream::Next(std::vector<Picture>& pictures) {
+bool TogetherStream::Next(std::vector<NamedImage>& inputs) {
   if (!has_.empty() && next_ == has_.size()) return false;
-  pictures.assign(streams_.size(), {});
+  inputs.assign(streams_.size(), {});
   for (size_t i = 0; i < streams_.size(); ++i) {
     if (!has_.empty() && !has_[next_][i]) continue;
-    if (!streams_[i].Next(pictures[i])) return false;
+    if (!streams_[i].Next(inputs[i])) return false;
   }
   ++next_;
   return true;
@@ -38,25 +38,25 @@ bool TogetherStream::Next(std::vector<Picture>& pictures) {
 
 int TogetherStream::OrientationsIgnored() const {
   int count = 0;
-  for (const PictureStream& stream : streams_) count += stream.OrientationsIgnored();
+  for (const ImageStream& stream : streams_) count += stream.OrientationsIgnored();
   return count;
 }
 
-std::string NameTogether(const std::vector<Picture>& pictures) {
+std::string NameTogether(const std::vector<NamedImage>& inputs) {
   std::vector<std::string> names;
-  for (const Picture& picture : pictures) names.push_back(picture.name);
+  for (const NamedImage& input : inputs) names.push_back(input.name);
   return common::NameTogether(names);
 }
 
-std::vector<std::string> TakeTogether(std::vector<Picture>& pictures,
-                                      const std::function<std::string(size_t camera, Picture&)>& take) {
+std::vector<std::string> TakeTogether(std::vector<NamedImage>& inputs,
+                                      const std::function<std::string(size_t camera, NamedImage&)>& take) {
   std::vector<std::future<std::string>> others;
-  for (size_t i = 1; i < pictures.size(); ++i) {
-    const auto launch = pictures[i].name.empty() ? std::launch::deferred : std::launch::async;
-    others.push_back(std::async(
-        launch, [&, i] { return pictures[i].name.empty() ? std::string() : take(i, pictures[i]); }));
+  for (size_t i = 1; i < inputs.size(); ++i) {
+    const auto launch = inputs[i].name.empty() ? std::launch::deferred : std::launch::async;
+    others.push_back(
+        std::async(launch, [&, i] { return inputs[i].name.empty() ? std::string() : take(i, inputs[i]); }));
   }
-  std::vector<std::string> taken = {pictures.front().name.empty() ? "" : take(0, pictures.front())};
+  std::vector<std::string> taken = {inputs.front().name.empty() ? "" : take(0, inputs.front())};
   for (auto& other : others) taken.push_back(other.get());
   return taken;
 }

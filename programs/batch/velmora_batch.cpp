@@ -1,4 +1,4 @@
-/// velmora-batch: calibrates a camera, a pair or a rig from pictures, without a display.
+/// velmora-batch: calibrates a camera, a pair or a rig from images, without a display.
 #include <iostream>
 
 #include "Calibration.h"

@@ -31,7 +31,7 @@ class TargetDrawn : public ::testing::Test {
   }
 
   cv::Mat Drawn() const {
-    cv::Mat frame = picture_.clone();
+    cv::Mat frame = image_.clone();
     DrawingLayers layers;
     DrawTarget(Drawing(), frame, layers);
     return frame;
@@ -59,14 +59,14 @@ class TargetDrawn : public ::testing::Test {
   float scale_ = 0.7F;
   float score_ = 150.0F;
   double age_ = 0.3;
-  cv::Mat picture_ = cv::Mat(480, 640, CV_8UC3, cv::Scalar(100, 110, 120));
+  cv::Mat image_ = cv::Mat(480, 640, CV_8UC3, cv::Scalar(100, 110, 120));
 };
 
 TEST_F(TargetDrawn, EqualsItsStepsOneByOne) {
   score_ = 1575.0F;
-  cv::Mat figure = picture_.clone();
-  cv::Mat sheet = picture_.clone();
-  cv::Mat expected = picture_.clone();
+  cv::Mat figure = image_.clone();
+  cv::Mat sheet = image_.clone();
+  cv::Mat expected = image_.clone();
   for (size_t i = 0; i < circles_.size(); ++i) {
     cv::circle(figure, cv::Point(Mapped(circles_[i])), 6, PALETTE[(i / 3) % 7], 1, cv::LINE_AA);
   }
@@ -148,15 +148,15 @@ TEST_F(TargetDrawn, IsTheSameWhateverWasDrawnBefore) {
   DrawingLayers layers;
   cv::Mat narrow(480, 320, CV_8UC3, cv::Scalar(10, 20, 30));
   DrawTarget(Drawing(), narrow, layers);
-  cv::Mat frame = picture_.clone();
+  cv::Mat frame = image_.clone();
   DrawTarget(Drawing(), frame, layers);
   EXPECT_SAME_MAT(frame, expected);
   homography_ = (cv::Mat_<double>(3, 3) << 0.5, 0.2, 90.0, -0.1, 0.6, 70.0, 0.0, 0.0, 1.0);
-  frame = picture_.clone();
+  frame = image_.clone();
   DrawTarget(Drawing(), frame, layers);
   EXPECT_SAME_MAT(frame, Drawn());
   homography_ = first;
-  frame = picture_.clone();
+  frame = image_.clone();
   DrawTarget(Drawing(), frame, layers);
   EXPECT_SAME_MAT(frame, expected);
 }
@@ -164,7 +164,7 @@ TEST_F(TargetDrawn, IsTheSameWhateverWasDrawnBefore) {
 TEST_F(TargetDrawn, OutsideTheFrameLeavesTheBarAlone) {
   homography_ = (cv::Mat_<double>(3, 3) << 1.0, 0.0, 5000.0, 0.0, 1.0, 5000.0, 0.0, 0.0, 1.0);
   score_ = 1575.0F;
-  cv::Mat expected = picture_.clone();
+  cv::Mat expected = image_.clone();
   cv::line(expected, {480, 478}, {160, 478}, cv::Scalar(0, 255, 0), 2, cv::LINE_AA);
   EXPECT_SAME_MAT(Drawn(), expected);
 }

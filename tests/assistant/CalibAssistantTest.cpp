@@ -159,33 +159,33 @@ TEST_F(Assistant, GuidesOnlyTheGridOfItsSheet) {
 }
 
 TEST_F(Assistant, DrawsOnlyWhileItHasAPose) {
-  const cv::Mat picture(480, 640, CV_8UC3, cv::Scalar(90, 90, 90));
-  cv::Mat frame = picture.clone();
+  const cv::Mat image(480, 640, CV_8UC3, cv::Scalar(90, 90, 90));
+  cv::Mat frame = image.clone();
   assistant_.DrawPose(frame);
-  EXPECT_SAME_MAT(frame, picture);
+  EXPECT_SAME_MAT(frame, image);
   assistant_.Start(path_);
   assistant_.DrawPose(frame);
-  EXPECT_FALSE(support::SameMat(frame, picture));
+  EXPECT_FALSE(support::SameMat(frame, image));
   assistant_.Stop();
-  frame = picture.clone();
+  frame = image.clone();
   assistant_.DrawPose(frame);
-  EXPECT_SAME_MAT(frame, picture);
+  EXPECT_SAME_MAT(frame, image);
 }
 
 TEST_F(Assistant, DrawsTheLastTargetOnceFinished) {
   assistant_.Start(path_);
   while (!assistant_.Next()) {
   }
-  const cv::Mat picture(480, 640, CV_8UC3, cv::Scalar(90, 90, 90));
-  cv::Mat frame = picture.clone();
+  const cv::Mat image(480, 640, CV_8UC3, cv::Scalar(90, 90, 90));
+  cv::Mat frame = image.clone();
   assistant_.DrawPose(frame);
-  EXPECT_FALSE(support::SameMat(frame, picture));
+  EXPECT_FALSE(support::SameMat(frame, image));
 }
 
 TEST_F(Assistant, ReportsATargetInWhichItsSheetCannotBeDrawn) {
   unit::PointLists flat = poses_;
   for (size_t i = 0; i < flat[1].size(); ++i) {
-    // Two rows of the grid only, each circle many times: an area, but no picture of the sheet.
+    // Two rows of the grid only, each circle many times: an area, but no image of the sheet.
     flat[1][i] = {100.0 + 50.0 * static_cast<double>(i % 2), 100.0 + 50.0 * static_cast<double>(i % 3)};
   }
   unit::WriteAssistantModel(path_, flat);
@@ -193,10 +193,10 @@ TEST_F(Assistant, ReportsATargetInWhichItsSheetCannotBeDrawn) {
             "ERROR : Cannot use assistant model '" + path_ +
                 "': the points of 'points1' are no picture of the sheet\n");
   EXPECT_EQ(assistant_.GetGoal(), -1);
-  const cv::Mat picture(480, 640, CV_8UC3, cv::Scalar(90, 90, 90));
-  cv::Mat frame = picture.clone();
+  const cv::Mat image(480, 640, CV_8UC3, cv::Scalar(90, 90, 90));
+  cv::Mat frame = image.clone();
   assistant_.DrawPose(frame);
-  EXPECT_SAME_MAT(frame, picture);
+  EXPECT_SAME_MAT(frame, image);
 }
 
 TEST_F(Assistant, DrawsItsSheetWhereTheTargetIs) {

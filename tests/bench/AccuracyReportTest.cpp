@@ -4,8 +4,8 @@
 
 #include <cmath>
 
+#include "ImageTrial.h"
 #include "PairTrial.h"
-#include "PictureTrial.h"
 #include "Statistics.h"
 
 using accuracy::Case;
@@ -204,13 +204,13 @@ TEST(AccuracyReport, OfPairsIsBetterWithRefinedIntrinsics) {
 }
 
 TEST(AccuracyReport, OfPicturesTakesTheCorrectionOfDiscs) {
-  const accuracy::PictureCase what;
-  const accuracy::SearchedPictures searched = accuracy::SearchPictures(what, 1);
+  const accuracy::ImageCase what;
+  const accuracy::SearchedImages searched = accuracy::SearchImages(what, 1);
   ASSERT_EQ(searched.robust.found.size(), static_cast<std::size_t>(what.views));
   EXPECT_LT(searched.robust.CentreError(), 0.3);
   const auto trial = [&](bool correctDiscs) {
-    return accuracy::RunPictureTrial(searched.camera, searched.robust, Calibrator::MODEL_CLASSIC,
-                                     Calibrator::SOLVER_SPARSE, correctDiscs);
+    return accuracy::RunImageTrial(searched.camera, searched.robust, Calibrator::MODEL_CLASSIC,
+                                   Calibrator::SOLVER_SPARSE, correctDiscs);
   };
   const Trial plain = trial(false);
   const Trial corrected = trial(true);
@@ -251,7 +251,7 @@ TEST(AccuracyReport, CamerasSeeWhatTheySay) {
       ASSERT_TRUE(camera.lens.Unproject({-0.5, y}, left));
       ASSERT_TRUE(camera.lens.Unproject({639.5, y}, right));
       const double observed = (std::atan(right.x) - std::atan(left.x)) * 180.0 / CV_PI;
-      // The principal point is off the middle, and a tilt moves the picture.
+      // The principal point is off the middle, and a tilt moves the image.
       EXPECT_NEAR(observed, degrees, 0.03 * degrees) << accuracy::NameOf(kind);
     }
   }

@@ -17,11 +17,11 @@ namespace {
 
 const char* const SHORT = "ERROR : ERROR: Frame buffer has a wrong format. Cannot decode incoming frame.\n";
 
-/// The picture as a 4:2:0 image of height x 3/2 rows, made from its planes here.
-cv::Mat Planes(const cv::Mat& picture, const std::string& format) {
+/// The image as a 4:2:0 image of height x 3/2 rows, made from its planes here.
+cv::Mat Planes(const cv::Mat& image, const std::string& format) {
   cv::Mat i420;
-  cv::cvtColor(picture, i420, cv::COLOR_BGR2YUV_I420);
-  const int luma = picture.rows * picture.cols;
+  cv::cvtColor(image, i420, cv::COLOR_BGR2YUV_I420);
+  const int luma = image.rows * image.cols;
   const int chroma = luma / 4;
   cv::Mat result = i420.clone();
   const unsigned char* const u = i420.data + luma;
@@ -54,20 +54,20 @@ std::vector<unsigned char> Bytes(const cv::Mat& image, int padding = 0) {
 
 class RawFrameOfFormat : public ::testing::TestWithParam<const char*> {
  protected:
-  static std::vector<cv::Point2d> CentresIn(const cv::Mat& picture) {
+  static std::vector<cv::Point2d> CentresIn(const cv::Mat& image) {
     std::vector<cv::Point2d> points;
-    EXPECT_TRUE(FindGridStandard(picture, unit::GRID, points));
+    EXPECT_TRUE(FindGridStandard(image, unit::GRID, points));
     return points;
   }
 };
 
 TEST_P(RawFrameOfFormat, ShowsTheSameGridAsItsPicture) {
-  const cv::Mat picture = unit::PictureWithGrid();
-  const auto expected = CentresIn(picture);
+  const cv::Mat image = unit::ImageWithGrid();
+  const auto expected = CentresIn(image);
   for (const int padding : {0, 64}) {
-    auto bytes = Bytes(Planes(picture, GetParam()), padding);
+    auto bytes = Bytes(Planes(image, GetParam()), padding);
     const cv::Mat decoded = DecodeRawFrame(bytes, 640, 480, GetParam());
-    ASSERT_EQ(decoded.size(), picture.size());
+    ASSERT_EQ(decoded.size(), image.size());
     ASSERT_EQ(decoded.type(), CV_8UC3);
     const auto centres = CentresIn(decoded);
     ASSERT_EQ(centres.size(), expected.size());
@@ -78,11 +78,11 @@ TEST_P(RawFrameOfFormat, ShowsTheSameGridAsItsPicture) {
 }
 
 TEST_P(RawFrameOfFormat, KeepsItsColours) {
-  cv::Mat picture(16, 32, CV_8UC3, cv::Scalar(200, 60, 20));
+  cv::Mat image(16, 32, CV_8UC3, cv::Scalar(200, 60, 20));
   for (const int padding : {0, 8}) {
-    auto bytes = Bytes(Planes(picture, GetParam()), padding);
+    auto bytes = Bytes(Planes(image, GetParam()), padding);
     const cv::Mat decoded = DecodeRawFrame(bytes, 32, 16, GetParam());
-    EXPECT_MAT_NEAR(decoded, picture, 4.0);
+    EXPECT_MAT_NEAR(decoded, image, 4.0);
   }
 }
 

@@ -32,9 +32,9 @@ int New(int kind = Calibrator::MONOCULAR) {
   return Calibration::NewCalibrator(4, 11, 0.02F, kind, 640, 480);
 }
 
-std::string TextOf(const cv::Mat& picture) {
+std::string TextOf(const cv::Mat& plain) {
   std::vector<unsigned char> bytes;
-  EXPECT_TRUE(cv::imencode(".jpg", picture, bytes, {cv::IMWRITE_JPEG_QUALITY, 95}));
+  EXPECT_TRUE(cv::imencode(".jpg", plain, bytes, {cv::IMWRITE_JPEG_QUALITY, 95}));
   return base64_encode(bytes.data(), static_cast<unsigned int>(bytes.size()));
 }
 
@@ -96,8 +96,8 @@ TEST(RegistryNumbers, OfAGridOfOneCircleAreGivenAndFindNothing) {
   ASSERT_GE(id, 0);
   for (const int finder : {Calibrator::FINDER_STANDARD, Calibrator::FINDER_ROBUST}) {
     Registry::OfProcess().Find(id)->SetFinder(finder);
-    cv::Mat picture = unit::PictureWithGrid();
-    EXPECT_FALSE(Calibration::DetectPattern(id, picture));
+    cv::Mat plain = unit::ImageWithGrid();
+    EXPECT_FALSE(Calibration::DetectPattern(id, plain));
   }
   Calibration::DeleteCalibrator(id);
 }
@@ -185,28 +185,28 @@ TEST(RegistryDefaults, OfJsonAnswersSayThatTheNumberIsNotFound) {
 }
 
 TEST_F(RegistryById, DetectsInAllThreeKindsOfFrames) {
-  const cv::Mat picture = unit::PictureWithGrid();
-  cv::Mat image = picture.clone();
+  const cv::Mat plain = unit::ImageWithGrid();
+  cv::Mat image = plain.clone();
   EXPECT_TRUE(Calibration::DetectPattern(id_, image));
   EXPECT_TRUE(Calibration::IsDetected(id_));
-  EXPECT_GT(cv::norm(image, picture, cv::NORM_INF), 0.0) << "it is drawn on";
+  EXPECT_GT(cv::norm(image, plain, cv::NORM_INF), 0.0) << "it is drawn on";
 
-  cv::Mat buffer = picture.clone();
+  cv::Mat buffer = plain.clone();
   EXPECT_TRUE(Calibration::DetectPattern(id_, buffer.cols, buffer.rows, CV_8UC3, buffer.data));
 
-  std::string text = TextOf(picture);
+  std::string text = TextOf(plain);
   const std::string before = text;
   EXPECT_TRUE(Calibration::DetectPattern(id_, text, 80));
   EXPECT_NE(text, before);
   const std::string bytes = base64_decode(text);
   const cv::Mat annotated =
       cv::imdecode(std::vector<unsigned char>(bytes.begin(), bytes.end()), cv::IMREAD_COLOR);
-  ASSERT_EQ(annotated.size(), picture.size());
+  ASSERT_EQ(annotated.size(), plain.size());
   EXPECT_LT(cv::norm(annotated, image, cv::NORM_L1) / static_cast<double>(annotated.total() * 3), 6.0);
 }
 
 TEST_F(RegistryById, AnswersALowerQualityWithAShorterText) {
-  std::string good = TextOf(unit::PictureWithGrid());
+  std::string good = TextOf(unit::ImageWithGrid());
   std::string poor = good;
   EXPECT_TRUE(Calibration::DetectPattern(id_, good, 95));
   EXPECT_TRUE(Calibration::DetectPattern(id_, poor, 10));
@@ -247,7 +247,7 @@ TEST_F(RegistryById, AnswersASnapshotWithStatusAndCount) {
                                        {"it", "Pattern not detected."},
                                        {"ii", Calibrator::STATUS_NOT_READY},
                                        {"ni", 0}}));
-  cv::Mat image = unit::PictureWithGrid();
+  cv::Mat image = unit::ImageWithGrid();
   Calibration::DetectPattern(id_, image);
   unit::PrintedBy([&] { answer = Calibration::AddPicture_QVX(id_); });
   EXPECT_EQ(json::parse(answer), json({{"id", id_},
@@ -262,7 +262,7 @@ TEST_F(RegistryById, AnswersASnapshotWithStatusAndCount) {
 TEST_F(RegistryById, CalibratesInTheBackgroundAndTellsSo) {
   const unit::ScopedLogLevel silent(0);
   for (size_t view = 0; view < 6; ++view) {
-    cv::Mat image = unit::Rendered().pictures[view].clone();
+    cv::Mat image = unit::Rendered().images[view].clone();
     ASSERT_TRUE(Calibration::DetectPattern(id_, image));
     ASSERT_TRUE(Calibration::AddPicture(id_));
   }
@@ -308,10 +308,10 @@ TEST_F(RegistryById, SwitchesFlipAndAssistant) {
 
 TEST_F(RegistryById, HandsPushedFramesToItsCalibrator) {
   const unit::ScopedLogLevel silent(0);
-  std::string text = TextOf(unit::PictureWithGrid());
+  std::string text = TextOf(unit::ImageWithGrid());
   Calibration::NextFrameJpegB64(id_, text, 0, nullptr);
   EXPECT_TRUE(Calibration::AddPicture(id_));
-  cv::Mat image = unit::PictureWithGrid();
+  cv::Mat image = unit::ImageWithGrid();
   Calibration::NextFrameRGB(id_, image, 0, nullptr);
   EXPECT_TRUE(Calibration::AddPicture(id_));
 }

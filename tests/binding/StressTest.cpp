@@ -35,10 +35,10 @@ class Stress : public ::testing::Test {
     for (auto& slot : slots_) slot = New();
     unit::WriteAssistantModel(model_, unit::NoisyViews(6));
     std::vector<unsigned char> bytes;
-    EXPECT_TRUE(cv::imencode(".jpg", unit::PictureWithGrid(), bytes));
+    EXPECT_TRUE(cv::imencode(".jpg", unit::ImageWithGrid(), bytes));
     text_ = base64_encode(bytes.data(), static_cast<unsigned int>(bytes.size()));
     cv::VideoWriter writer(video_, cv::VideoWriter::fourcc('M', 'J', 'P', 'G'), 25.0, unit::FRAME);
-    for (size_t view = 0; view < 4; ++view) writer.write(unit::Rendered().pictures[view]);
+    for (size_t view = 0; view < 4; ++view) writer.write(unit::Rendered().images[view]);
   }
   ~Stress() override {
     for (const auto& slot : slots_) Calibration::DeleteCalibrator(slot);
@@ -70,7 +70,7 @@ class Stress : public ::testing::Test {
     auto& slot = slots_[random() % SLOTS];
     const int id = slot;
     const bool coin = random() % 2 == 0;
-    cv::Mat image = unit::Rendered().pictures[random() % 6].clone();
+    cv::Mat image = unit::Rendered().images[random() % 6].clone();
     std::string text = text_;
     const std::vector<std::function<void()>> operations = {
         [&] { Calibration::DeleteCalibrator(slot.exchange(New())); },
@@ -123,7 +123,7 @@ TEST_F(Stress, OfAllOperationsLeavesWorkingCalibrators) {
     Calibration::DeleteCalibrator(slot);
     const int id = New();
     for (size_t view = 0; view < 5; ++view) {
-      cv::Mat image = unit::Rendered().pictures[view].clone();
+      cv::Mat image = unit::Rendered().images[view].clone();
       ASSERT_TRUE(Calibration::DetectPattern(id, image));
       ASSERT_TRUE(Calibration::AddPicture(id));
     }

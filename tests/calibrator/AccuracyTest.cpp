@@ -1,4 +1,4 @@
-/// How near a calibration comes to the true lens, from rendered pictures with noise.
+/// How near a calibration comes to the true lens, from rendered images with noise.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -14,8 +14,8 @@ const unit::PointLists& DetectedViews() {
   static const unit::PointLists detected = [] {
     unit::PointLists lists;
     const auto calibrator = unit::MakeCalibrator();
-    for (const cv::Mat& picture : unit::Rendered().pictures) {
-      cv::Mat frame = picture.clone();
+    for (const cv::Mat& image : unit::Rendered().images) {
+      cv::Mat frame = image.clone();
       std::vector<cv::Point2d> points;
       EXPECT_TRUE(calibrator->DetectPoints(frame, points, false));
       lists.push_back(points);

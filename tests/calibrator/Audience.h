@@ -21,9 +21,9 @@ struct Delivered {
   std::string status;
   std::thread::id thread;
 
-  cv::Mat Picture() const { return cv::imdecode(jpeg, cv::IMREAD_COLOR); }
-  /// The mean of the first channel in steps of ten (encoding shifts it a little): tells plain pictures apart.
-  int Level() const { return 10 * static_cast<int>(std::lround(cv::mean(Picture())[0] / 10.0)); }
+  cv::Mat Image() const { return cv::imdecode(jpeg, cv::IMREAD_COLOR); }
+  /// The mean of the first channel in steps of ten (encoding shifts it a little): tells plain images apart.
+  int Level() const { return 10 * static_cast<int>(std::lround(cv::mean(Image())[0] / 10.0)); }
 };
 
 class Audience {

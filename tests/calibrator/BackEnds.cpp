@@ -1,4 +1,4 @@
-/// Leaves the reading of numbered pictures to the capture library's own back end: those of other libraries
+/// Leaves the reading of numbered images to the capture library's own back end: those of other libraries
 /// bring threads and leaks of their own.
 #include <gtest/gtest.h>
 

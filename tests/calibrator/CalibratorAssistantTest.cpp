@@ -21,7 +21,7 @@ class Guided : public ::testing::Test {
   std::string ModelOf(size_t poses) {
     unit::PointLists detected;
     for (size_t view = 0; view < poses; ++view) {
-      cv::Mat frame = unit::Rendered().pictures[view].clone();
+      cv::Mat frame = unit::Rendered().images[view].clone();
       std::vector<cv::Point2d> points;
       EXPECT_TRUE(unit::MakeCalibrator()->DetectPoints(frame, points, false));
       detected.push_back(points);
@@ -33,7 +33,7 @@ class Guided : public ::testing::Test {
 
   /// Shows a view to the calibrator and returns the decorated frame.
   cv::Mat Show(size_t view, bool draw = false) {
-    cv::Mat frame = unit::Rendered().pictures[view].clone();
+    cv::Mat frame = unit::Rendered().images[view].clone();
     EXPECT_TRUE(calibrator_->DetectPoints(frame, points_, draw));
     return frame;
   }
@@ -93,15 +93,15 @@ TEST_F(Guided, DrawsCornersAndOverlayEvenWithoutDraw) {
 
 TEST_F(Guided, DrawsTheTargetOnFramesWithoutAGrid) {
   calibrator_->EnableAssistant(ModelOf(6));
-  const cv::Mat picture = unit::PictureWithoutGrid();
-  cv::Mat frame = picture.clone();
+  const cv::Mat image = unit::ImageWithoutGrid();
+  cv::Mat frame = image.clone();
   EXPECT_FALSE(calibrator_->DetectPoints(frame, points_, false));
-  EXPECT_FALSE(support::SameMat(frame, picture));
+  EXPECT_FALSE(support::SameMat(frame, image));
   // The score of no comparison: a bar over the whole width.
   for (const int x : {0, 320, 639}) EXPECT_EQ(frame.at<cv::Vec3b>(478, x), cv::Vec3b(0, 255, 0));
   EXPECT_FALSE(ShowsText(frame, FixedTexts(0, 6)));
 
-  frame = picture.clone();
+  frame = image.clone();
   EXPECT_FALSE(calibrator_->DetectPoints(frame, points_, true));
   EXPECT_TRUE(ShowsText(frame, FixedTexts(0, 6)));
 }
@@ -117,7 +117,7 @@ TEST_F(Guided, FindsTheGridUnderTheDrawnTarget) {
 TEST_F(Guided, DrawsNothingAnyMoreOnceDisabled) {
   calibrator_->EnableAssistant(ModelOf(6));
   calibrator_->DisableAssistant();
-  EXPECT_SAME_MAT(Show(1), unit::Rendered().pictures[1]);
+  EXPECT_SAME_MAT(Show(1), unit::Rendered().images[1]);
 }
 
 TEST_F(Guided, TakesASnapshotOnlyAtTheTargetPose) {
@@ -133,12 +133,12 @@ TEST_F(Guided, TakesASnapshotOnlyAtTheTargetPose) {
 
 TEST_F(Guided, DecidesAloneInTheCallThatDetectsAndAdds) {
   calibrator_->EnableAssistant(ModelOf(6));
-  cv::Mat frame = unit::Rendered().pictures[3].clone();
+  cv::Mat frame = unit::Rendered().images[3].clone();
   bool result = false;
   EXPECT_EQ(unit::PrintedBy([&] { result = calibrator_->AddPoints(frame, false); }), "");
   EXPECT_TRUE(result);
   EXPECT_EQ(calibrator_->GetNumberOfRecords(), 0);
-  frame = unit::Rendered().pictures[0].clone();
+  frame = unit::Rendered().images[0].clone();
   EXPECT_EQ(unit::PrintedBy([&] { calibrator_->AddPoints(frame, false); }),
             "DEBUG : New points added. Snapshot count: 1\n");
   EXPECT_EQ(calibrator_->GetNumberOfRecords(), 1);

@@ -16,15 +16,15 @@
 
 namespace {
 
-/// Numbered pictures, which the capture library plays as a video.
+/// Numbered images, which the capture library plays as a video.
 class CalibratorCapture : public testing::Test {
  protected:
-  /// What to open to have the pictures read, each `hold` times.
-  std::string Sequence(const std::vector<cv::Mat>& pictures, int hold = 1) {
+  /// What to open to have the images read, each `hold` times.
+  std::string Sequence(const std::vector<cv::Mat>& images, int hold = 1) {
     int number = 0;
-    for (const cv::Mat& picture : pictures) {
+    for (const cv::Mat& image : images) {
       for (int i = 0; i < hold; ++i) {
-        cv::imwrite(folder_.File(cv::format("picture-%03d.png", number++)), picture);
+        cv::imwrite(folder_.File(cv::format("picture-%03d.png", number++)), image);
       }
     }
     return folder_.File("picture-%03d.png");
@@ -50,14 +50,14 @@ class CalibratorCapture : public testing::Test {
 TEST_F(CalibratorCapture, DetectsInWhatItReads) {
   const unit::ScopedLogLevel silent(0);
   const auto calibrator = unit::MakeCalibrator();
-  ASSERT_TRUE(calibrator->OpenFFmpegContent(Sequence({unit::PictureWithGrid()})));
+  ASSERT_TRUE(calibrator->OpenFFmpegContent(Sequence({unit::ImageWithGrid()})));
   EXPECT_TRUE(unit::Eventually([&] { return calibrator->IsDetected(); }));
   EXPECT_TRUE(calibrator->AddPoints());
   EXPECT_EQ(calibrator->GetNumberOfRecords(), 1);
 }
 
 TEST_F(CalibratorCapture, StartsWithTheFrameAskedFor) {
-  const std::string sequence = Sequence({unit::PictureWithGrid(), unit::PictureWithoutGrid()});
+  const std::string sequence = Sequence({unit::ImageWithGrid(), unit::ImageWithoutGrid()});
   const auto calibrator = unit::MakeCalibrator();
   bool detected = false;
   const std::string printed = PrintedByReading(*calibrator, sequence + " startingFrame=1",
@@ -70,9 +70,9 @@ TEST_F(CalibratorCapture, CalibratesFromWhatItReads) {
   const unit::ScopedLogLevel silent(0);
   const auto& views = unit::Rendered();
   const auto calibrator = unit::MakeCalibrator();
-  // On the reader's thread, so that each picture gives one snapshot however slow the test is.
+  // On the reader's thread, so that each image gives one snapshot however slow the test is.
   calibrator->SetFrameListener([&](const auto&, const auto&) { calibrator->AddPoints(); });
-  ASSERT_TRUE(calibrator->OpenFFmpegContent(Sequence({views.pictures.begin(), views.pictures.begin() + 8})));
+  ASSERT_TRUE(calibrator->OpenFFmpegContent(Sequence({views.images.begin(), views.images.begin() + 8})));
   ASSERT_TRUE(unit::Eventually([&] { return calibrator->GetNumberOfRecords() == 8; }));
   calibrator->CloseFFmpegContent();
   EXPECT_GT(calibrator->ComputeCalibration(Calibrator::MODEL_CLASSIC), 0.0F);
@@ -83,7 +83,7 @@ TEST_F(CalibratorCapture, CalibratesFromWhatItReads) {
 
 TEST_F(CalibratorCapture, AStereoCalibratorLeavesSingleFramesAlone) {
   const auto calibrator = unit::MakeCalibrator(Calibrator::STEREO);
-  const std::string printed = PrintedByReading(*calibrator, Sequence({unit::PictureWithGrid()}));
+  const std::string printed = PrintedByReading(*calibrator, Sequence({unit::ImageWithGrid()}));
   EXPECT_EQ(printed.find("ERROR"), std::string::npos) << printed;
   EXPECT_FALSE(calibrator->AddStereoPoints());
 }
@@ -91,7 +91,7 @@ TEST_F(CalibratorCapture, AStereoCalibratorLeavesSingleFramesAlone) {
 TEST_F(CalibratorCapture, KeepsItsProcessingSize) {
   const unit::ScopedLogLevel silent(0);
   cv::Mat large;
-  cv::resize(unit::PictureWithGrid(), large, {1280, 960}, 0, 0, cv::INTER_LINEAR);
+  cv::resize(unit::ImageWithGrid(), large, {1280, 960}, 0, 0, cv::INTER_LINEAR);
   const auto calibrator = unit::MakeCalibrator();
   ASSERT_TRUE(calibrator->OpenFFmpegContent(Sequence({large, large})));
   ASSERT_TRUE(unit::Eventually([&] { return calibrator->AddPoints(); }));
@@ -116,7 +116,7 @@ TEST_F(CalibratorCapture, TellsThatItsSourceHasEnded) {
   });
   EXPECT_FALSE(calibrator->HasSourceEnded());
   for (int round = 0; round < 2; ++round) {
-    ASSERT_TRUE(calibrator->OpenFFmpegContent(Sequence({unit::PictureWithoutGrid()}, 3)));
+    ASSERT_TRUE(calibrator->OpenFFmpegContent(Sequence({unit::ImageWithoutGrid()}, 3)));
     EXPECT_TRUE(unit::Eventually([&] { return calibrator->HasSourceEnded(); }));
     calibrator->CloseSource();
     EXPECT_FALSE(calibrator->HasSourceEnded());
@@ -127,7 +127,7 @@ TEST_F(CalibratorCapture, TellsThatItsSourceHasEnded) {
 TEST_F(CalibratorCapture, ReportsASourceEndListenerThatThrows) {
   const auto calibrator = unit::MakeCalibrator();
   calibrator->SetSourceEndListener([] { throw std::runtime_error("two\nlines\n"); });
-  const std::string content = Sequence({unit::PictureWithoutGrid()});
+  const std::string content = Sequence({unit::ImageWithoutGrid()});
   EXPECT_EQ(unit::PrintedBy([&] {
               ASSERT_TRUE(calibrator->OpenFFmpegContent(content));
               EXPECT_TRUE(unit::Eventually([&] { return calibrator->HasSourceEnded(); }));
@@ -145,19 +145,19 @@ TEST_F(CalibratorCapture, TakesASourceThatDidNotOpenForOneThatHasEnded) {
   EXPECT_TRUE(calibrator->HasSourceEnded());
   EXPECT_EQ(told, 0);
   // Frames come from elsewhere now.
-  cv::Mat frame = unit::PictureWithoutGrid();
+  cv::Mat frame = unit::ImageWithoutGrid();
   calibrator->NextFrameRGB(frame, 0, nullptr, false);
   EXPECT_FALSE(calibrator->HasSourceEnded());
   EXPECT_FALSE(calibrator->OpenFFmpegContent(folder_.File("missing.avi")));
   EXPECT_TRUE(calibrator->HasSourceEnded());
-  ASSERT_TRUE(calibrator->OpenFFmpegContent(Sequence({unit::PictureWithoutGrid()}, 50)));
+  ASSERT_TRUE(calibrator->OpenFFmpegContent(Sequence({unit::ImageWithoutGrid()}, 50)));
   EXPECT_FALSE(calibrator->OpenFFmpegContent(folder_.File("missing.avi"))) << "one is open";
   EXPECT_FALSE(calibrator->HasSourceEnded());
 }
 
 TEST_F(CalibratorCapture, DestroyingItStopsTheReaderFirst) {
   auto calibrator = unit::MakeCalibrator();
-  ASSERT_TRUE(calibrator->OpenFFmpegContent(Sequence({unit::PictureWithGrid()}, 50)));
+  ASSERT_TRUE(calibrator->OpenFFmpegContent(Sequence({unit::ImageWithGrid()}, 50)));
   EXPECT_TRUE(unit::Eventually([&] { return calibrator->IsDetected(); }));
   calibrator.reset();
 }
@@ -170,7 +170,7 @@ TEST_F(CalibratorCapture, TheReaderDoesNothingOnAThreadThatIsNotItsOwn) {
 TEST_F(CalibratorCapture, EachOperationHasItsWords) {
   const unit::ScopedLogLevel everything{5};
   const auto calibrator = unit::MakeCalibrator();
-  const std::string sequence = Sequence({unit::PictureWithoutGrid()}, 3);
+  const std::string sequence = Sequence({unit::ImageWithoutGrid()}, 3);
   const auto openAndClose = [&](void (Calibrator::*close)()) {
     EXPECT_TRUE(calibrator->OpenFFmpegContent(sequence));
     return unit::PrintedBy([&] { (calibrator.get()->*close)(); });
@@ -212,7 +212,7 @@ TEST_F(CalibratorCapture, FramesThatCannotBeProcessedAreReportedOnceAndReadOver)
   const cv::Mat tooLong(4000, 1, CV_8UC3, cv::Scalar::all(7));
   const cv::Mat deep(48, 64, CV_16UC1, cv::Scalar(1000));
   const auto calibrator = unit::MakeCalibrator();
-  const std::string sequence = Sequence({tooLong, tooLong, deep, deep, unit::PictureWithGrid()});
+  const std::string sequence = Sequence({tooLong, tooLong, deep, deep, unit::ImageWithGrid()});
   const std::string printed = PrintedByReading(*calibrator, sequence);
   const std::string before = printed.substr(0, printed.find("WARN"));
   EXPECT_EQ(
@@ -227,7 +227,7 @@ TEST_F(CalibratorCapture, ReadsWhileOthersAskAddAndReset) {
   const unit::ScopedLogLevel silent(0);
   const auto calibrator = unit::MakeCalibrator();
   const auto& views = unit::Rendered();
-  const std::string sequence = Sequence({views.pictures.begin(), views.pictures.begin() + 5}, 2);
+  const std::string sequence = Sequence({views.images.begin(), views.images.begin() + 5}, 2);
   std::atomic<bool> reading{true};
   std::atomic<int> added{0};
   unit::Crowd crowd;

@@ -85,7 +85,7 @@ TEST(CalibratorConcurrency, DetectsWhileOthersReadAddResetComputeAndSwitchTheAss
   unit::Crowd crowd;
   crowd.Add([&] {
     for (size_t i = 0; i < DETECTIONS; ++i) {
-      cv::Mat frame = unit::Rendered().pictures[i % 12].clone();
+      cv::Mat frame = unit::Rendered().images[i % 12].clone();
       std::vector<cv::Point2d> points;
       if (calibrator->DetectPoints(frame, points, i % 2 == 0)) ++found;
       if (i % 3 == 0) calibrator->AddPoints();
@@ -155,7 +155,7 @@ TEST(CalibratorConcurrency, CountsEachSnapshotOfSeveralThreadsOnce) {
 TEST(CalibratorConcurrency, TakesADetectionForOneThreadOnly) {
   const unit::ScopedLogLevel silent(0);
   const auto calibrator = unit::MakeCalibrator();
-  cv::Mat frame = unit::PictureWithGrid();
+  cv::Mat frame = unit::ImageWithGrid();
   std::vector<cv::Point2d> points;
   ASSERT_TRUE(calibrator->DetectPoints(frame, points, false));
   std::atomic<int> added{0};

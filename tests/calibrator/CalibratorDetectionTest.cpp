@@ -50,9 +50,9 @@ class Detection : public ::testing::Test {
 
 TEST_F(Detection, FindsTheTrueCentresInTheOrderOfTheGrid) {
   const unit::RenderedViews& views = unit::Rendered();
-  for (size_t view = 0; view < views.pictures.size(); ++view) {
+  for (size_t view = 0; view < views.images.size(); ++view) {
     SCOPED_TRACE(view);
-    cv::Mat frame = views.pictures[view].clone();
+    cv::Mat frame = views.images[view].clone();
     ASSERT_TRUE(Detect(frame, view % 2 == 0));
     ASSERT_EQ(points_.size(), 44U);
     for (size_t i = 0; i < points_.size(); ++i) EXPECT_LT(cv::norm(points_[i] - views.centres[view][i]), 0.7);
@@ -60,8 +60,8 @@ TEST_F(Detection, FindsTheTrueCentresInTheOrderOfTheGrid) {
 }
 
 TEST_F(Detection, PrintsNothing) {
-  cv::Mat with = unit::PictureWithGrid();
-  cv::Mat without = unit::PictureWithoutGrid();
+  cv::Mat with = unit::ImageWithGrid();
+  cv::Mat without = unit::ImageWithoutGrid();
   const unit::ScopedLogLevel everything(5);
   EXPECT_EQ(unit::PrintedBy([&] {
               Detect(with, true);
@@ -71,16 +71,16 @@ TEST_F(Detection, PrintsNothing) {
 }
 
 TEST_F(Detection, LeavesThePixelsAloneWithoutDrawing) {
-  for (const cv::Mat& picture : {unit::PictureWithGrid(), unit::PictureWithoutGrid()}) {
-    cv::Mat frame = picture.clone();
+  for (const cv::Mat& image : {unit::ImageWithGrid(), unit::ImageWithoutGrid()}) {
+    cv::Mat frame = image.clone();
     Detect(frame, false);
-    EXPECT_SAME_MAT(frame, picture);
+    EXPECT_SAME_MAT(frame, image);
   }
 }
 
 TEST_F(Detection, LeavesTheResizedPixelsAloneWithoutDrawing) {
   cv::Mat large;
-  cv::resize(unit::PictureWithGrid(), large, {1600, 1000}, 0, 0, cv::INTER_LINEAR);
+  cv::resize(unit::ImageWithGrid(), large, {1600, 1000}, 0, 0, cv::INTER_LINEAR);
   cv::Mat expected;
   calibrator_->Resize(large, expected, true, 0);
   cv::Mat frame = large.clone();
@@ -92,67 +92,67 @@ TEST_F(Detection, LeavesTheResizedPixelsAloneWithoutDrawing) {
 }
 
 TEST_F(Detection, DrawsCornersAndOverlayWhenTheGridIsFound) {
-  const cv::Mat picture = unit::PictureWithGrid();
-  cv::Mat frame = picture.clone();
+  const cv::Mat image = unit::ImageWithGrid();
+  cv::Mat frame = image.clone();
   ASSERT_TRUE(Detect(frame, true));
-  ExpectSameButForSpeed(frame, WithOverlay(picture, points_));
-  cv::Mat withoutOverlay = picture.clone();
+  ExpectSameButForSpeed(frame, WithOverlay(image, points_));
+  cv::Mat withoutOverlay = image.clone();
   DrawGrid(points_, unit::GRID, withoutOverlay);
   EXPECT_FALSE(support::SameMat(frame(SPEED_TEXT), withoutOverlay(SPEED_TEXT))) << "the speed is missing";
 }
 
 TEST_F(Detection, DrawsOnlyTheOverlayWhenTheGridIsNotFound) {
-  const cv::Mat picture = unit::PictureWithoutGrid();
-  cv::Mat frame = picture.clone();
+  const cv::Mat image = unit::ImageWithoutGrid();
+  cv::Mat frame = image.clone();
   ASSERT_FALSE(Detect(frame, true));
-  ExpectSameButForSpeed(frame, WithOverlay(picture, {}));
-  EXPECT_FALSE(support::SameMat(frame(SPEED_TEXT), picture(SPEED_TEXT))) << "the speed is missing";
+  ExpectSameButForSpeed(frame, WithOverlay(image, {}));
+  EXPECT_FALSE(support::SameMat(frame(SPEED_TEXT), image(SPEED_TEXT))) << "the speed is missing";
 }
 
 TEST_F(Detection, MirrorsOnlyWhatIsShown) {
-  const cv::Mat picture = unit::PictureWithGrid();
-  cv::Mat plain = picture.clone();
+  const cv::Mat image = unit::ImageWithGrid();
+  cv::Mat plain = image.clone();
   ASSERT_TRUE(Detect(plain, false));
   const std::vector<cv::Point2d> unmirrored = points_;
 
   calibrator_->SetFlipImage(true);
-  cv::Mat frame = picture.clone();
+  cv::Mat frame = image.clone();
   ASSERT_TRUE(Detect(frame, false));
   EXPECT_EQ(points_, unmirrored);
   cv::Mat mirrored;
-  cv::flip(picture, mirrored, 1);
+  cv::flip(image, mirrored, 1);
   EXPECT_SAME_MAT(frame, mirrored);
 }
 
 TEST_F(Detection, MirrorsFramesWithoutAGridToo) {
   calibrator_->SetFlipImage(true);
-  const cv::Mat picture = unit::PictureWithoutGrid();
-  cv::Mat frame = picture.clone();
+  const cv::Mat image = unit::ImageWithoutGrid();
+  cv::Mat frame = image.clone();
   ASSERT_FALSE(Detect(frame, false));
   cv::Mat mirrored;
-  cv::flip(picture, mirrored, 1);
+  cv::flip(image, mirrored, 1);
   EXPECT_SAME_MAT(frame, mirrored);
 }
 
 TEST_F(Detection, MirrorsTheDrawingWithTheImage) {
   calibrator_->SetFlipImage(true);
-  const cv::Mat picture = unit::PictureWithGrid();
-  cv::Mat frame = picture.clone();
+  const cv::Mat image = unit::ImageWithGrid();
+  cv::Mat frame = image.clone();
   ASSERT_TRUE(Detect(frame, true));
   cv::Mat mirrored;
-  cv::flip(WithOverlay(picture, points_), mirrored, 1);
+  cv::flip(WithOverlay(image, points_), mirrored, 1);
   const cv::Rect mirroredSpeed(unit::FRAME.width - SPEED_TEXT.x - SPEED_TEXT.width, SPEED_TEXT.y,
                                SPEED_TEXT.width, SPEED_TEXT.height);
   ExpectSameButForSpeed(frame, mirrored, mirroredSpeed);
 }
 
 TEST_F(Detection, TakesGreyFramesAndFramesOfFourChannels) {
-  cv::Mat picture = unit::PictureWithGrid();
-  ASSERT_TRUE(Detect(picture, false));
+  cv::Mat image = unit::ImageWithGrid();
+  ASSERT_TRUE(Detect(image, false));
   const std::vector<cv::Point2d> expected = points_;
   for (const int conversion : {cv::COLOR_BGR2GRAY, cv::COLOR_BGR2BGRA}) {
     cv::Mat plain;
-    cv::cvtColor(unit::PictureWithGrid(), plain, conversion);
+    cv::cvtColor(unit::ImageWithGrid(), plain, conversion);
     cv::Mat frame = plain.clone();
     points_.clear();
     EXPECT_TRUE(Detect(frame, true));
@@ -165,15 +165,15 @@ TEST_F(Detection, RefusesOtherKindsOfPixelsWithAMessage) {
   const std::pair<int, std::string> kinds[] = {
       {CV_16UC3, "18"}, {CV_8UC2, "8"}, {CV_32FC1, "5"}, {CV_8SC3, "17"}, {CV_8UC(5), "32"}};
   for (const auto& kind : kinds) {
-    cv::Mat picture(720, 1280, kind.first);
-    std::memset(picture.data, 100, picture.total() * picture.elemSize());
-    cv::Mat frame = picture.clone();
+    cv::Mat image(720, 1280, kind.first);
+    std::memset(image.data, 100, image.total() * image.elemSize());
+    cv::Mat frame = image.clone();
     bool found = true;
     EXPECT_EQ(unit::PrintedBy([&] { found = Detect(frame, true); }),
               "ERROR : Cannot process a frame of OpenCV type " + kind.second +
                   ": 8 bits and 1, 3 or 4 channels are needed.\n");
     EXPECT_FALSE(found);
-    EXPECT_SAME_MAT(frame, picture);
+    EXPECT_SAME_MAT(frame, image);
   }
 }
 
@@ -190,27 +190,27 @@ TEST_F(Detection, RefusesAFrameWithoutDataQuietly) {
 }
 
 TEST_F(Detection, RefusesAFrameOfExtremeAspectWithAMessage) {
-  const cv::Mat picture(100000, 1, CV_8UC1, cv::Scalar(7));
-  cv::Mat frame = picture.clone();
+  const cv::Mat image(100000, 1, CV_8UC1, cv::Scalar(7));
+  cv::Mat frame = image.clone();
   bool found = true;
   EXPECT_EQ(unit::PrintedBy([&] { found = Detect(frame, true); }),
             "ERROR : Cannot process a frame of 1 x 100000 pixels.\n");
   EXPECT_FALSE(found);
-  EXPECT_SAME_MAT(frame, picture);
+  EXPECT_SAME_MAT(frame, image);
 }
 
 TEST_F(Detection, IsRememberedUntilTheNextFrameWithoutAGrid) {
-  cv::Mat with = unit::PictureWithGrid();
+  cv::Mat with = unit::ImageWithGrid();
   ASSERT_TRUE(Detect(with, false));
   EXPECT_TRUE(calibrator_->IsDetected());
-  cv::Mat without = unit::PictureWithoutGrid();
+  cv::Mat without = unit::ImageWithoutGrid();
   ASSERT_FALSE(Detect(without, false));
   EXPECT_FALSE(calibrator_->IsDetected());
 }
 
 TEST_F(Detection, IsForgottenAtAFrameThatCannotBeProcessed) {
   for (cv::Mat bad : {cv::Mat(), cv::Mat(480, 640, CV_16UC3, cv::Scalar::all(0))}) {
-    cv::Mat with = unit::PictureWithGrid();
+    cv::Mat with = unit::ImageWithGrid();
     ASSERT_TRUE(Detect(with, false));
     unit::PrintedBy([&] { Detect(bad, false); });
     EXPECT_FALSE(calibrator_->IsDetected());
@@ -218,7 +218,7 @@ TEST_F(Detection, IsForgottenAtAFrameThatCannotBeProcessed) {
 }
 
 TEST_F(Detection, ChangesNeitherSnapshotsNorStatus) {
-  cv::Mat frame = unit::PictureWithGrid();
+  cv::Mat frame = unit::ImageWithGrid();
   ASSERT_TRUE(Detect(frame, true));
   EXPECT_EQ(calibrator_->GetNumberOfRecords(), 0);
   EXPECT_EQ(calibrator_->GetStatus(), Calibrator::STATUS_NOT_READY);
@@ -226,7 +226,7 @@ TEST_F(Detection, ChangesNeitherSnapshotsNorStatus) {
 
 TEST_F(Detection, GoesOnDuringAComputation) {
   calibrator_->SetStatus(Calibrator::STATUS_PROGRESS);
-  cv::Mat frame = unit::PictureWithGrid();
+  cv::Mat frame = unit::ImageWithGrid();
   EXPECT_TRUE(Detect(frame, true));
   EXPECT_TRUE(calibrator_->IsDetected());
 }
@@ -234,13 +234,13 @@ TEST_F(Detection, GoesOnDuringAComputation) {
 TEST_F(Detection, TouchesNothingInAStereoCalibrator) {
   const auto stereo = unit::MakeCalibrator(Calibrator::STEREO);
   stereo->SetFlipImage(true);
-  const cv::Mat picture(720, 1280, CV_8UC3, cv::Scalar(10, 20, 30));
-  cv::Mat frame = picture.clone();
+  const cv::Mat image(720, 1280, CV_8UC3, cv::Scalar(10, 20, 30));
+  cv::Mat frame = image.clone();
   points_ = {{1.0, 2.0}};
   EXPECT_FALSE(stereo->DetectPoints(frame, points_, true));
-  EXPECT_SAME_MAT(frame, picture);
+  EXPECT_SAME_MAT(frame, image);
   EXPECT_EQ(points_.size(), 1U);
-  cv::Mat withGrid = unit::PictureWithGrid();
+  cv::Mat withGrid = unit::ImageWithGrid();
   EXPECT_FALSE(stereo->DetectPoints(withGrid, points_, true));
   EXPECT_FALSE(stereo->IsDetected());
 }
@@ -248,7 +248,7 @@ TEST_F(Detection, TouchesNothingInAStereoCalibrator) {
 TEST_F(Detection, FindsGridsOfOtherSizes) {
   // The first seven rows of the grid are a grid as well.
   Calibrator smaller({4, 7}, unit::UNIT, Calibrator::MONOCULAR, 640, 480);
-  cv::Mat frame = unit::PictureWithGrid();
+  cv::Mat frame = unit::ImageWithGrid();
   for (size_t i = 28; i < 44; ++i) {
     cv::circle(frame, unit::Rendered().centres.front()[i], 22, cv::Scalar(225, 225, 225), cv::FILLED);
   }

@@ -82,7 +82,7 @@ TEST(AssistantForOnePose, TakesOneSnapshotAndEndsWithoutAComputation) {
 
   const auto& rendered = unit::Rendered();
   world::Renderer renderer(rendered.scene);
-  cv::Mat elsewhere = unit::PictureWithGrid();
+  cv::Mat elsewhere = unit::ImageWithGrid();
   std::vector<cv::Point2d> points;
   calibrator->DetectPoints(elsewhere, points, true);
   EXPECT_EQ(calibrator->GetNumberOfRecords(), 6);

@@ -18,7 +18,7 @@ class Recording : public ::testing::Test {
  protected:
   /// Detects a view and takes its snapshot; remembers the centres.
   void TakeSnapshot(size_t view) {
-    cv::Mat frame = unit::Rendered().pictures[view].clone();
+    cv::Mat frame = unit::Rendered().images[view].clone();
     std::vector<cv::Point2d> points;
     ASSERT_TRUE(calibrator_->DetectPoints(frame, points, false));
     unit::PrintedBy([&] { ASSERT_TRUE(calibrator_->AddPoints()); });
@@ -79,7 +79,7 @@ TEST_F(Recording, IsAModelThatTheAssistantReads) {
 
 TEST_F(Recording, AnnouncesItsStartItsPosesAndItsEnd) {
   std::vector<cv::Point2d> points;
-  cv::Mat frame = unit::PictureWithGrid();
+  cv::Mat frame = unit::ImageWithGrid();
   EXPECT_EQ(unit::PrintedBy([&] {
               calibrator_->StartModelRecording();
               calibrator_->StartModelRecording();

@@ -12,7 +12,7 @@ const char* const NOT_DETECTED = "DEBUG : Pattern not detected. No points added.
 class Snapshots : public ::testing::Test {
  protected:
   void DetectOnce(Calibrator& calibrator) {
-    cv::Mat frame = unit::PictureWithGrid();
+    cv::Mat frame = unit::ImageWithGrid();
     std::vector<cv::Point2d> points;
     ASSERT_TRUE(calibrator.DetectPoints(frame, points, false));
   }
@@ -46,7 +46,7 @@ TEST_F(Snapshots, AreRefusedWithoutADetection) {
 
 TEST_F(Snapshots, AreRefusedAfterAFrameWithoutAGrid) {
   DetectOnce();
-  cv::Mat frame = unit::PictureWithoutGrid();
+  cv::Mat frame = unit::ImageWithoutGrid();
   std::vector<cv::Point2d> points;
   ASSERT_FALSE(calibrator_->DetectPoints(frame, points, false));
   EXPECT_EQ(unit::PrintedBy([&] { calibrator_->AddPoints(); }), NOT_DETECTED);
@@ -95,7 +95,7 @@ TEST_F(Snapshots, OfSuppliedCentresAreNotCounted) {
 }
 
 TEST_F(Snapshots, AreDetectedAndAddedInOneCall) {
-  cv::Mat frame = unit::PictureWithGrid();
+  cv::Mat frame = unit::ImageWithGrid();
   bool result = false;
   EXPECT_EQ(unit::PrintedBy([&] { result = calibrator_->AddPoints(frame, false); }),
             "DEBUG : New points added. Snapshot count: 1\n");
@@ -104,7 +104,7 @@ TEST_F(Snapshots, AreDetectedAndAddedInOneCall) {
 }
 
 TEST_F(Snapshots, AnswerTrueInOneCallEvenWithoutAGrid) {
-  cv::Mat frame = unit::PictureWithoutGrid();
+  cv::Mat frame = unit::ImageWithoutGrid();
   bool result = false;
   EXPECT_EQ(unit::PrintedBy([&] { result = calibrator_->AddPoints(frame, true); }), NOT_DETECTED);
   EXPECT_TRUE(result);
@@ -117,7 +117,7 @@ TEST_F(Snapshots, AnswerTrueInOneCallEvenWithoutAGrid) {
 TEST_F(Snapshots, AreRefusedDuringProgressWithoutAMessage) {
   DetectOnce();
   calibrator_->SetStatus(Calibrator::STATUS_PROGRESS);
-  cv::Mat frame = unit::PictureWithGrid();
+  cv::Mat frame = unit::ImageWithGrid();
   bool added = true;
   bool detectedAndAdded = false;
   EXPECT_EQ(unit::PrintedBy([&] {
@@ -152,7 +152,7 @@ TEST_F(Snapshots, LeadACompletedCalibratorBackToReadyAndKeepItsResults) {
 
 TEST_F(Snapshots, AreNeverAddedToAStereoCalibrator) {
   const auto stereo = unit::MakeCalibrator(Calibrator::STEREO);
-  cv::Mat frame = unit::PictureWithGrid();
+  cv::Mat frame = unit::ImageWithGrid();
   bool added = true;
   bool detectedAndAdded = false;
   EXPECT_EQ(unit::PrintedBy([&] {
@@ -172,7 +172,7 @@ TEST_F(Snapshots, HoldTheDetectedCentresForTheComputation) {
   const unit::ScopedLogLevel quiet(1);
   const auto supplied = unit::MakeCalibrator();
   for (size_t view = 0; view < 5; ++view) {
-    cv::Mat frame = unit::Rendered().pictures[view].clone();
+    cv::Mat frame = unit::Rendered().images[view].clone();
     std::vector<cv::Point2d> points;
     ASSERT_TRUE(calibrator_->DetectPoints(frame, points, true));
     ASSERT_TRUE(calibrator_->AddPoints());

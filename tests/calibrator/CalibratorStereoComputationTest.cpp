@@ -466,7 +466,7 @@ TEST_F(StereoComputation, RunsOnceAtATime) {
   // A computation that lasts, so that the other calls come while it is under way.
   const auto pairs = unit::NoisyPairs(30);
   const auto calibrator = unit::StereoCalibratorWith(pairs);
-  unit::PicturePair frames = unit::PairWithGrid();
+  unit::ImagePair frames = unit::PairWithGrid();
   std::future<float> first = std::async(std::launch::async, [&] { return Compute(*calibrator); });
   ASSERT_TRUE(unit::Eventually([&] { return calibrator->isCalibrating(); }));
   float second = 0.0F;

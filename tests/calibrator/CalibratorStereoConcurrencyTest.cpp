@@ -56,7 +56,7 @@ TEST(StereoConcurrency, DetectsAndAddsWhileOthersReadAddResetAndCompute) {
   unit::Crowd crowd;
   crowd.Add([&] {
     for (int i = 0; i < DETECTIONS; ++i) {
-      unit::PicturePair pair = unit::PairWithGrid(i % 2);
+      unit::ImagePair pair = unit::PairWithGrid(i % 2);
       std::vector<cv::Point2d> left;
       std::vector<cv::Point2d> right;
       const bool detected = calibrator->DetectStereoPoints(pair.left, pair.right, left, right, i % 2 == 0);
@@ -129,7 +129,7 @@ TEST(StereoConcurrency, CountsEachSnapshotOfSeveralThreadsOnceAndKeepsItsListsTo
 TEST(StereoConcurrency, TakesADetectionForOneThreadOnly) {
   const unit::ScopedLogLevel silent(0);
   const auto calibrator = unit::MakeCalibrator(Calibrator::STEREO);
-  unit::PicturePair pair = unit::PairWithGrid();
+  unit::ImagePair pair = unit::PairWithGrid();
   std::vector<cv::Point2d> left;
   std::vector<cv::Point2d> right;
   ASSERT_TRUE(calibrator->DetectStereoPoints(pair.left, pair.right, left, right, false));

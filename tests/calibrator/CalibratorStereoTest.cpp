@@ -71,13 +71,13 @@ cv::Mat WithoutSpeed(const cv::Mat& frame) {
 
 class StereoPairs : public ::testing::Test {
  protected:
-  bool Detect(Calibrator& calibrator, unit::PicturePair& pair, bool draw = false) {
+  bool Detect(Calibrator& calibrator, unit::ImagePair& pair, bool draw = false) {
     return calibrator.DetectStereoPoints(pair.left, pair.right, left_, right_, draw);
   }
-  bool Detect(unit::PicturePair& pair, bool draw = false) { return Detect(*calibrator_, pair, draw); }
+  bool Detect(unit::ImagePair& pair, bool draw = false) { return Detect(*calibrator_, pair, draw); }
 
   void DetectOnce(Calibrator& calibrator) {
-    unit::PicturePair pair = unit::PairWithGrid();
+    unit::ImagePair pair = unit::PairWithGrid();
     ASSERT_TRUE(Detect(calibrator, pair));
   }
   void DetectOnce() { DetectOnce(*calibrator_); }
@@ -101,9 +101,9 @@ class StereoPairs : public ::testing::Test {
 class StereoDetection : public StereoPairs {
  protected:
   /// A pair of which one frame or both lack the grid.
-  static unit::PicturePair PairWith(bool gridLeft, bool gridRight) {
-    unit::PicturePair pair = unit::PairWithGrid();
-    const unit::PicturePair without = unit::PairWithoutGrid();
+  static unit::ImagePair PairWith(bool gridLeft, bool gridRight) {
+    unit::ImagePair pair = unit::PairWithGrid();
+    const unit::ImagePair without = unit::PairWithoutGrid();
     if (!gridLeft) pair.left = without.left;
     if (!gridRight) pair.right = without.right;
     return pair;
@@ -113,7 +113,7 @@ class StereoDetection : public StereoPairs {
 TEST_F(StereoDetection, FindsTheTrueCentresOfBothFrames) {
   for (int view = 0; view < 4; ++view) {
     SCOPED_TRACE(view);
-    unit::PicturePair pair = unit::PairWithGrid(view);
+    unit::ImagePair pair = unit::PairWithGrid(view);
     ASSERT_TRUE(Detect(pair, view % 2 == 0));
     ASSERT_EQ(left_.size(), 44U);
     ASSERT_EQ(right_.size(), 44U);
@@ -127,7 +127,7 @@ TEST_F(StereoDetection, FindsTheTrueCentresOfBothFrames) {
 TEST_F(StereoDetection, GivesWhatTwoSearchesInTurnGive) {
   for (int view = 0; view < 4; ++view) {
     SCOPED_TRACE(view);
-    unit::PicturePair pair = unit::PairWithGrid(view);
+    unit::ImagePair pair = unit::PairWithGrid(view);
     Centres left;
     Centres right;
     ASSERT_TRUE(SearchedDirectly(pair.left, left));
@@ -139,23 +139,23 @@ TEST_F(StereoDetection, GivesWhatTwoSearchesInTurnGive) {
 }
 
 TEST_F(StereoDetection, SearchesBothFramesEvenWhenOneHasNoGrid) {
-  unit::PicturePair pair = unit::PairWithGrid();
+  unit::ImagePair pair = unit::PairWithGrid();
   Centres left;
   Centres right;
   ASSERT_TRUE(SearchedDirectly(pair.left, left));
   ASSERT_TRUE(SearchedDirectly(pair.right, right));
-  unit::PicturePair onlyRight = PairWith(false, true);
+  unit::ImagePair onlyRight = PairWith(false, true);
   EXPECT_FALSE(Detect(onlyRight));
   EXPECT_NE(left_, left);
   EXPECT_EQ(right_, right);
-  unit::PicturePair onlyLeft = PairWith(true, false);
+  unit::ImagePair onlyLeft = PairWith(true, false);
   EXPECT_FALSE(Detect(onlyLeft));
   EXPECT_EQ(left_, left);
   EXPECT_NE(right_, right);
 }
 
 TEST_F(StereoDetection, FillsOneListGivenForBothAsTwoSearchesInTurnWould) {
-  unit::PicturePair pair = unit::PairWithGrid();
+  unit::ImagePair pair = unit::PairWithGrid();
   Centres right;
   ASSERT_TRUE(SearchedDirectly(pair.right, right));
   Centres both;
@@ -171,8 +171,8 @@ TEST_F(StereoDetection, TakesOneFrameForBoth) {
 
 TEST_F(StereoDetection, PrintsNothing) {
   const unit::ScopedLogLevel everything(5);
-  unit::PicturePair with = unit::PairWithGrid();
-  unit::PicturePair without = unit::PairWithoutGrid();
+  unit::ImagePair with = unit::PairWithGrid();
+  unit::ImagePair without = unit::PairWithoutGrid();
   bool found = false;
   bool foundWithout = true;
   EXPECT_EQ(unit::PrintedBy([&] {
@@ -186,8 +186,8 @@ TEST_F(StereoDetection, PrintsNothing) {
 
 TEST_F(StereoDetection, LeavesThePixelsAloneWithoutDrawing) {
   for (const bool grid : {true, false}) {
-    const unit::PicturePair pair = PairWith(grid, grid);
-    unit::PicturePair shown = PairWith(grid, grid);
+    const unit::ImagePair pair = PairWith(grid, grid);
+    unit::ImagePair shown = PairWith(grid, grid);
     EXPECT_EQ(Detect(shown), grid);
     EXPECT_SAME_MAT(shown.left, pair.left);
     EXPECT_SAME_MAT(shown.right, pair.right);
@@ -196,8 +196,8 @@ TEST_F(StereoDetection, LeavesThePixelsAloneWithoutDrawing) {
 
 TEST_F(StereoDetection, BringsBothFramesToTheProcessingSize) {
   for (const bool grid : {true, false}) {
-    const unit::PicturePair expected = PairWith(grid, grid);
-    unit::PicturePair pair{LargerAndWider(expected.left), LargerAndWider(expected.right), {}, {}};
+    const unit::ImagePair expected = PairWith(grid, grid);
+    unit::ImagePair pair{LargerAndWider(expected.left), LargerAndWider(expected.right), {}, {}};
     ASSERT_EQ(Detect(pair), grid);
     EXPECT_SAME_MAT(pair.left, expected.left);
     EXPECT_SAME_MAT(pair.right, expected.right);
@@ -212,8 +212,8 @@ TEST_F(StereoDetection, BringsBothFramesToTheProcessingSize) {
 }
 
 TEST_F(StereoDetection, DrawsCornersOnBothFramesAndTheOverlayOnTheLeftOne) {
-  const unit::PicturePair plain = unit::PairWithGrid();
-  unit::PicturePair shown = unit::PairWithGrid();
+  const unit::ImagePair plain = unit::PairWithGrid();
+  unit::ImagePair shown = unit::PairWithGrid();
   ASSERT_TRUE(Detect(shown, true));
   const cv::Mat left = WithOverlay(WithCorners(plain.left, left_), 0, Calibrator::STATUS_NOT_READY);
   EXPECT_SAME_MAT(WithoutSpeed(shown.left), WithoutSpeed(left));
@@ -227,8 +227,8 @@ TEST_F(StereoDetection, DrawsTheOverlayAloneWhenAFrameHasNoGrid) {
     for (const bool gridRight : {false, true}) {
       if (gridLeft && gridRight) continue;
       SCOPED_TRACE(std::to_string(gridLeft) + std::to_string(gridRight));
-      const unit::PicturePair plain = PairWith(gridLeft, gridRight);
-      unit::PicturePair shown = PairWith(gridLeft, gridRight);
+      const unit::ImagePair plain = PairWith(gridLeft, gridRight);
+      unit::ImagePair shown = PairWith(gridLeft, gridRight);
       ASSERT_FALSE(Detect(shown, true));
       const cv::Mat left = WithOverlay(plain.left, 0, Calibrator::STATUS_NOT_READY);
       EXPECT_SAME_MAT(WithoutSpeed(shown.left), WithoutSpeed(left));
@@ -242,8 +242,8 @@ TEST_F(StereoDetection, DrawsTheOverlayAloneWhenAFrameHasNoGrid) {
 TEST_F(StereoDetection, ShowsSnapshotsAndStatusInTheOverlay) {
   const auto pairs = unit::NoisyPairs(5);
   calibrator_ = unit::StereoCalibratorWith(pairs);
-  const unit::PicturePair plain = unit::PairWithoutGrid();
-  unit::PicturePair shown = unit::PairWithoutGrid();
+  const unit::ImagePair plain = unit::PairWithoutGrid();
+  unit::ImagePair shown = unit::PairWithoutGrid();
   Detect(shown, true);
   EXPECT_SAME_MAT(WithoutSpeed(shown.left),
                   WithoutSpeed(WithOverlay(plain.left, 5, Calibrator::STATUS_READY)));
@@ -253,13 +253,13 @@ TEST_F(StereoDetection, MirrorsBothFramesAfterAllDrawing) {
   for (const bool grid : {true, false}) {
     for (const bool draw : {true, false}) {
       SCOPED_TRACE(std::to_string(grid) + std::to_string(draw));
-      unit::PicturePair unmirrored = PairWith(grid, grid);
+      unit::ImagePair unmirrored = PairWith(grid, grid);
       calibrator_->SetFlipImage(false);
       ASSERT_EQ(Detect(unmirrored, draw), grid);
       const Centres left = left_;
       const Centres right = right_;
 
-      unit::PicturePair mirrored = PairWith(grid, grid);
+      unit::ImagePair mirrored = PairWith(grid, grid);
       calibrator_->SetFlipImage(true);
       ASSERT_EQ(Detect(mirrored, draw), grid);
       EXPECT_EQ(left_, left);
@@ -293,7 +293,7 @@ TEST_F(StereoDetection, ShowsTheSecondsOfItsSearches) {
   const cv::Mat black(unit::FRAME, CV_8UC3, cv::Scalar::all(0));
   double largestShare = 0.0;
   for (int i = 0; i < TRIES && largestShare < 0.5; ++i) {
-    unit::PicturePair pair{black.clone(), black.clone(), {}, {}};
+    unit::ImagePair pair{black.clone(), black.clone(), {}, {}};
     const auto start = std::chrono::steady_clock::now();
     Detect(pair, true);
     const std::chrono::duration<double> whole = std::chrono::steady_clock::now() - start;
@@ -307,7 +307,7 @@ TEST_F(StereoDetection, ShowsTheSecondsOfItsSearches) {
 }
 
 TEST_F(StereoDetection, TakesFramesOfOtherAndOfDifferentKinds) {
-  unit::PicturePair colour = unit::PairWithGrid();
+  unit::ImagePair colour = unit::PairWithGrid();
   ASSERT_TRUE(Detect(colour));
   const Centres left = left_;
   const Centres right = right_;
@@ -317,7 +317,7 @@ TEST_F(StereoDetection, TakesFramesOfOtherAndOfDifferentKinds) {
   const std::function<void(cv::Mat&)> conversions[] = {unchanged, grey, withAlpha};
   for (const auto& ofLeft : conversions) {
     for (const auto& ofRight : conversions) {
-      unit::PicturePair pair = unit::PairWithGrid();
+      unit::ImagePair pair = unit::PairWithGrid();
       ofLeft(pair.left);
       ofRight(pair.right);
       EXPECT_TRUE(Detect(pair, true));
@@ -329,7 +329,7 @@ TEST_F(StereoDetection, TakesFramesOfOtherAndOfDifferentKinds) {
 
 TEST_F(StereoDetection, RefusesFramesWithoutDataQuietlyAndForgetsTheLastDetection) {
   DetectOnce();
-  unit::PicturePair nothing;
+  unit::ImagePair nothing;
   bool found = true;
   EXPECT_EQ(unit::PrintedBy([&] { found = Detect(nothing, true); }), "");
   EXPECT_FALSE(found);
@@ -340,16 +340,16 @@ TEST_F(StereoDetection, RefusesFramesWithoutDataQuietlyAndForgetsTheLastDetectio
 TEST_F(StereoDetection, RefusesFramesOfOtherPixelsWithAMessage) {
   for (const bool badLeft : {true, false}) {
     DetectOnce();
-    unit::PicturePair pair = unit::PairWithGrid();
+    unit::ImagePair pair = unit::PairWithGrid();
     cv::Mat& bad = badLeft ? pair.left : pair.right;
     bad.convertTo(bad, CV_16U);
-    const cv::Mat picture = bad.clone();
+    const cv::Mat image = bad.clone();
     bool found = true;
     EXPECT_EQ(
         unit::PrintedBy([&] { found = Detect(pair, true); }),
         "ERROR : Cannot process a frame of OpenCV type 18: 8 bits and 1, 3 or 4 channels are needed.\n");
     EXPECT_FALSE(found);
-    EXPECT_SAME_MAT(bad, picture);
+    EXPECT_SAME_MAT(bad, image);
     ExpectDetectionLeft(false);
   }
 }
@@ -357,14 +357,14 @@ TEST_F(StereoDetection, RefusesFramesOfOtherPixelsWithAMessage) {
 TEST_F(StereoDetection, IsForgottenAtAPairWithoutAGridInBothFrames) {
   for (const bool gridLeft : {false, true}) {
     DetectOnce();
-    unit::PicturePair without = PairWith(gridLeft, !gridLeft);
+    unit::ImagePair without = PairWith(gridLeft, !gridLeft);
     ASSERT_FALSE(Detect(without));
     ExpectDetectionLeft(false);
   }
 }
 
 TEST_F(StereoDetection, ChangesNeitherSnapshotsNorStatus) {
-  unit::PicturePair pair = unit::PairWithGrid();
+  unit::ImagePair pair = unit::PairWithGrid();
   ASSERT_TRUE(Detect(pair, true));
   EXPECT_EQ(calibrator_->GetNumberOfRecords(), 0);
   EXPECT_EQ(calibrator_->GetStatus(), Calibrator::STATUS_NOT_READY);
@@ -375,7 +375,7 @@ TEST_F(StereoDetection, RaisesWhatTheSearchRaisesAndIsUsableAgain) {
   // No grid has so many columns: the search itself refuses it.
   Calibrator impossible({-4, -11}, unit::UNIT, Calibrator::STEREO, unit::FRAME.width, unit::FRAME.height);
   for (int repetition = 0; repetition < 2; ++repetition) {
-    unit::PicturePair pair = unit::PairWithGrid();
+    unit::ImagePair pair = unit::PairWithGrid();
     EXPECT_THROW(Detect(impossible, pair), cv::Exception);
     EXPECT_THROW(impossible.AddStereoPoints(pair.left, pair.right, true), cv::Exception);
   }
@@ -431,7 +431,7 @@ TEST_F(StereoFramesOfDifferentSizes, ChangeNothing) {
   DetectOnce();
   const Centres leftPoints = left_;
   const Centres rightPoints = right_;
-  const unit::PicturePair pair = unit::PairWithGrid();
+  const unit::ImagePair pair = unit::PairWithGrid();
   cv::Mat left = pair.left.clone();
   const cv::Mat cut = pair.right.rowRange(0, 479).clone();
   cv::Mat right = cut.clone();
@@ -471,7 +471,7 @@ class RefusedStereo : public StereoPairs {
     const unit::ScopedLogLevel everything(5);
     const int status = calibrator.GetStatus();
     const int count = calibrator.GetNumberOfRecords();
-    unit::PicturePair pair = unit::PairWithGrid();
+    unit::ImagePair pair = unit::PairWithGrid();
     cv::resize(pair.left, pair.left, {800, 600});
     cv::resize(pair.right, pair.right, {800, 600});
     const cv::Mat left = pair.left.clone();
@@ -504,7 +504,7 @@ class RefusedStereo : public StereoPairs {
 TEST_F(RefusedStereo, InAMonocularCalibratorChangesNothing) {
   const auto mono = unit::MakeCalibrator();
   mono->SetFlipImage(true);
-  cv::Mat frame = unit::PictureWithGrid();
+  cv::Mat frame = unit::ImageWithGrid();
   ASSERT_TRUE(mono->DetectPoints(frame, left_, false));
   ExpectNothingHappens(*mono);
   EXPECT_TRUE(mono->IsDetected()) << "its own detection is lost";
@@ -562,7 +562,7 @@ TEST_F(StereoSnapshots, AreRefusedWithoutADetection) {
 
 TEST_F(StereoSnapshots, AreRefusedRightAfterAFailedDetection) {
   DetectOnce();
-  unit::PicturePair without = unit::PairWithoutGrid();
+  unit::ImagePair without = unit::PairWithoutGrid();
   ASSERT_FALSE(Detect(without));
   bool added = true;
   EXPECT_EQ(unit::PrintedBy([&] { added = calibrator_->AddStereoPoints(); }), NOT_DETECTED);
@@ -607,7 +607,7 @@ TEST_F(StereoSnapshots, OfFramesMakeTheCalibratorReadyFromTheFifthOnQuietly) {
   const unit::ScopedLogLevel everything(5);
   EXPECT_EQ(unit::PrintedBy([&] {
               for (int count = 1; count <= 6; ++count) {
-                unit::PicturePair pair = unit::PairWithGrid();
+                unit::ImagePair pair = unit::PairWithGrid();
                 EXPECT_TRUE(calibrator_->AddStereoPoints(pair.left, pair.right, false));
                 EXPECT_EQ(calibrator_->GetStatus(), count < 5 ? 100 : 200);
               }
@@ -639,44 +639,44 @@ TEST_F(StereoSnapshots, OfSuppliedCentresLeaveTheLastDetection) {
 
 TEST_F(StereoSnapshots, OfFramesLeaveTheLastDetection) {
   DetectOnce();
-  unit::PicturePair pair = unit::PairWithGrid(1);
+  unit::ImagePair pair = unit::PairWithGrid(1);
   ASSERT_TRUE(calibrator_->AddStereoPoints(pair.left, pair.right, false));
   ExpectDetectionLeft(true);
   EXPECT_EQ(calibrator_->GetNumberOfRecords(), 2);
 
   DetectOnce();
-  unit::PicturePair without = unit::PairWithoutGrid();
+  unit::ImagePair without = unit::PairWithoutGrid();
   ASSERT_FALSE(calibrator_->AddStereoPoints(without.left, without.right, false));
   ExpectDetectionLeft(true);
 }
 
 TEST_F(StereoSnapshots, OfFramesAreNotADetection) {
-  unit::PicturePair pair = unit::PairWithGrid();
+  unit::ImagePair pair = unit::PairWithGrid();
   ASSERT_TRUE(calibrator_->AddStereoPoints(pair.left, pair.right, false));
   ExpectDetectionLeft(false);
 }
 
 TEST_F(StereoSnapshots, OfFramesDrawCornersWithoutOverlayAndMirroring) {
   calibrator_->SetFlipImage(true);
-  const unit::PicturePair plain = unit::PairWithGrid();
+  const unit::ImagePair plain = unit::PairWithGrid();
   Centres left;
   Centres right;
   ASSERT_TRUE(SearchedDirectly(plain.left, left));
   ASSERT_TRUE(SearchedDirectly(plain.right, right));
-  unit::PicturePair drawn = unit::PairWithGrid();
+  unit::ImagePair drawn = unit::PairWithGrid();
   ASSERT_TRUE(calibrator_->AddStereoPoints(drawn.left, drawn.right, true));
   EXPECT_SAME_MAT(drawn.left, WithCorners(plain.left, left));
   EXPECT_SAME_MAT(drawn.right, WithCorners(plain.right, right));
 
-  unit::PicturePair undrawn = unit::PairWithGrid();
+  unit::ImagePair undrawn = unit::PairWithGrid();
   ASSERT_TRUE(calibrator_->AddStereoPoints(undrawn.left, undrawn.right, false));
   EXPECT_SAME_MAT(undrawn.left, plain.left);
   EXPECT_SAME_MAT(undrawn.right, plain.right);
 }
 
 TEST_F(StereoSnapshots, OfFramesAreTakenAtTheProcessingSize) {
-  const unit::PicturePair expected = unit::PairWithGrid();
-  unit::PicturePair pair{LargerAndWider(expected.left), LargerAndWider(expected.right), {}, {}};
+  const unit::ImagePair expected = unit::PairWithGrid();
+  unit::ImagePair pair{LargerAndWider(expected.left), LargerAndWider(expected.right), {}, {}};
   ASSERT_TRUE(calibrator_->AddStereoPoints(pair.left, pair.right, false));
   EXPECT_SAME_MAT(pair.left, expected.left);
   EXPECT_SAME_MAT(pair.right, expected.right);
@@ -686,8 +686,8 @@ TEST_F(StereoSnapshots, OfFramesNeedTheGridInBoth) {
   const unit::ScopedLogLevel everything(5);
   calibrator_->SetFlipImage(true);
   for (const bool gridLeft : {true, false}) {
-    unit::PicturePair pair = unit::PairWithGrid();
-    const unit::PicturePair without = unit::PairWithoutGrid();
+    unit::ImagePair pair = unit::PairWithGrid();
+    const unit::ImagePair without = unit::PairWithoutGrid();
     (gridLeft ? pair.right : pair.left) = gridLeft ? without.right : without.left;
     const cv::Mat left = pair.left.clone();
     const cv::Mat right = pair.right.clone();
@@ -714,7 +714,7 @@ TEST_F(StereoSnapshots, LeadACompletedCalibratorBackToReadyAndKeepItsMatrices) {
       },
       [this](Calibrator& calibrator) { calibrator.AddStereoPoints(pairs_.left[0], pairs_.right[0]); },
       [](Calibrator& calibrator) {
-        unit::PicturePair pair = unit::PairWithGrid();
+        unit::ImagePair pair = unit::PairWithGrid();
         EXPECT_TRUE(calibrator.AddStereoPoints(pair.left, pair.right, true));
       }};
   for (size_t way = 0; way < 3; ++way) {
@@ -736,7 +736,7 @@ TEST_F(StereoSnapshots, HoldLeftAndRightCentresInTheOrderOfTheCalls) {
   const unit::ScopedLogLevel quiet(1);
   unit::PointPairs expected;
   for (int view = 0; view < 6; ++view) {
-    unit::PicturePair pair = unit::PairWithGrid(view);
+    unit::ImagePair pair = unit::PairWithGrid(view);
     if (view % 3 == 1) {
       left_ = pairs_.left[static_cast<size_t>(view)];
       right_ = pairs_.right[static_cast<size_t>(view)];
@@ -764,7 +764,7 @@ TEST_F(StereoSnapshots, HoldUnmirroredCentres) {
   calibrator_->SetFlipImage(true);
   unit::PointPairs expected;
   for (int view = 0; view < 5; ++view) {
-    unit::PicturePair pair = unit::PairWithGrid(view);
+    unit::ImagePair pair = unit::PairWithGrid(view);
     Centres left;
     Centres right;
     ASSERT_TRUE(SearchedDirectly(pair.left, left));

@@ -112,7 +112,7 @@ TEST(Calibrator, KeepsDetectionFlipAndAssistantOnReset) {
   const support::TemporaryFolder folder;
   unit::WriteAssistantModel(folder.File("model.json"), unit::NoisyViews(7));
   const auto calibrator = unit::MakeCalibrator();
-  cv::Mat frame = unit::PictureWithGrid();
+  cv::Mat frame = unit::ImageWithGrid();
   std::vector<cv::Point2d> points;
   ASSERT_TRUE(calibrator->DetectPoints(frame, points, false));
   calibrator->EnableAssistant(folder.File("model.json"));

@@ -17,8 +17,8 @@ constexpr std::chrono::seconds DURATION{3};
 class Traffic {
  public:
   void PushJpegs() {
-    const std::string grid = unit::JpegB64(unit::PictureWithGrid());
-    const std::string plain = unit::JpegB64(unit::PlainPicture(90));
+    const std::string grid = unit::JpegB64(unit::ImageWithGrid());
+    const std::string plain = unit::JpegB64(unit::PlainImage(90));
     Repeat([&](int round) {
       std::string text = round % 8 == 7 ? "no picture" : round % 2 == 0 ? grid : plain;
       calibrator_->NextFrameJpegB64(text, round, nullptr, false);
@@ -26,7 +26,7 @@ class Traffic {
   }
   void PushImages() {
     Repeat([&](int round) {
-      cv::Mat image = round % 8 == 7 ? cv::Mat() : unit::PictureWithGrid();
+      cv::Mat image = round % 8 == 7 ? cv::Mat() : unit::ImageWithGrid();
       calibrator_->NextFrameRGB(image, round, nullptr, false);
     });
   }
@@ -64,7 +64,7 @@ class Traffic {
   /// One more frame after all the trouble.
   void PushOneMore() {
     calibrator_->CloseJpegB64FrameGrabber();
-    std::string text = unit::JpegB64(unit::PlainPicture(90));
+    std::string text = unit::JpegB64(unit::PlainImage(90));
     const int before = deliveries_;
     EXPECT_TRUE(unit::Eventually([&] {
       calibrator_->NextFrameJpegB64(text, 0, nullptr, false);

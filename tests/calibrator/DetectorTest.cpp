@@ -38,7 +38,7 @@ class Detecting : public ::testing::Test {
         frame, points_, draw, [this] { return overlay_; }, guide_);
   }
   bool Show(size_t view, bool draw = false) {
-    frame_ = unit::Rendered().pictures[view].clone();
+    frame_ = unit::Rendered().images[view].clone();
     return Detect(frame_, draw);
   }
   std::vector<cv::Point2d> Last() {
@@ -66,7 +66,7 @@ TEST_F(Detecting, FindsTheCentresAndRemembersThem) {
 
 TEST_F(Detecting, ForgetsThemWithAFrameThatHasNone) {
   ASSERT_TRUE(Show(0));
-  frame_ = unit::PictureWithoutGrid();
+  frame_ = unit::ImageWithoutGrid();
   EXPECT_FALSE(Detect(frame_));
   EXPECT_FALSE(detector_.HasLast());
 }
@@ -84,7 +84,7 @@ TEST_F(Detecting, ForgetsThemWhenTheyAreUsedUp) {
 
 TEST_F(Detecting, DrawsWhatTheGuideDrawsAndNothingElseUnasked) {
   ASSERT_TRUE(Show(0));
-  const cv::Mat difference = frame_ != unit::Rendered().pictures[0];
+  const cv::Mat difference = frame_ != unit::Rendered().images[0];
   EXPECT_LE(cv::countNonZero(difference.reshape(1)), 3);
   EXPECT_EQ(frame_.at<cv::Vec3b>(0, 0), cv::Vec3b(1, 2, 3));
 }
@@ -93,13 +93,13 @@ TEST_F(Detecting, DrawsCornersAndOverlayWhenAskedByEither) {
   for (const bool byGuide : {false, true}) {
     guide_.drawsAll = byGuide;
     ASSERT_TRUE(Show(0, !byGuide));
-    const cv::Mat difference = frame_ != unit::Rendered().pictures[0];
+    const cv::Mat difference = frame_ != unit::Rendered().images[0];
     EXPECT_GT(cv::countNonZero(difference.reshape(1)), 1000) << byGuide;
   }
 }
 
 TEST_F(Detecting, TellsTheGuideOfFindsOnly) {
-  frame_ = unit::PictureWithoutGrid();
+  frame_ = unit::ImageWithoutGrid();
   EXPECT_FALSE(Detect(frame_));
   EXPECT_TRUE(guide_.told.empty());
   ASSERT_TRUE(Show(0));
@@ -122,7 +122,7 @@ TEST_F(Detecting, LetsNoOtherFrameInWhileTheGuideDecides) {
     std::unique_lock<std::mutex> waiting(lock);
     changed.wait(waiting, [&] { return deciding; });
     waiting.unlock();
-    cv::Mat frame = unit::Rendered().pictures[1].clone();
+    cv::Mat frame = unit::Rendered().images[1].clone();
     std::vector<cv::Point2d> points;
     ScriptedGuide guide;
     guide.take = [&] {
@@ -157,7 +157,7 @@ TEST_F(Detecting, MirrorsTheFrameAndNeverThePoints) {
 
 TEST_F(Detecting, SaysWhatItCannotProcess) {
   EXPECT_EQ(detector_.FaultOf(cv::Mat()), "");
-  EXPECT_EQ(detector_.FaultOf(unit::PictureWithGrid()), "");
+  EXPECT_EQ(detector_.FaultOf(unit::ImageWithGrid()), "");
   EXPECT_EQ(detector_.FaultOf(cv::Mat(4, 4, CV_16UC1)),
             "Cannot process a frame of OpenCV type 2: 8 bits and 1, 3 or 4 channels are needed.");
   cv::Mat sixteenBits(480, 640, CV_16UC1, cv::Scalar(0));
@@ -179,7 +179,7 @@ class DetectingPairs : public Detecting {
 };
 
 TEST_F(DetectingPairs, RememberBoth) {
-  unit::PicturePair pair = unit::PairWithGrid();
+  unit::ImagePair pair = unit::PairWithGrid();
   ASSERT_TRUE(DetectPair(pair.left, pair.right));
   detector_.WithLast([](const std::vector<CameraSnapshot>& last) {
     EXPECT_EQ(last[0].points.size(), 44U);
@@ -189,14 +189,14 @@ TEST_F(DetectingPairs, RememberBoth) {
 }
 
 TEST_F(DetectingPairs, DoNothingWhenRefused) {
-  unit::PicturePair pair = unit::PairWithGrid();
+  unit::ImagePair pair = unit::PairWithGrid();
   refuses_ = true;
   EXPECT_FALSE(DetectPair(pair.left, pair.right));
   EXPECT_FALSE(detector_.HasLast());
 }
 
 TEST_F(DetectingPairs, CollectWhatIsAddedAndDrawItThen) {
-  unit::PicturePair pair = unit::PairWithGrid();
+  unit::ImagePair pair = unit::PairWithGrid();
   const cv::Mat before = pair.left.clone();
   const auto collect = [&](bool adds) {
     return detector_.CollectPair(pair.left, pair.right, true, Refuses(),

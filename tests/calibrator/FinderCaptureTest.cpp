@@ -14,8 +14,8 @@ namespace {
 
 constexpr int VIEWS = 8;
 
-cv::Mat Negative(const cv::Mat& picture) {
-  return cv::Scalar::all(255) - picture;
+cv::Mat Negative(const cv::Mat& image) {
+  return cv::Scalar::all(255) - image;
 }
 
 /// A video of the views.
@@ -24,7 +24,7 @@ class FinderCapture : public testing::Test {
   FinderCapture() {
     for (int view = 0; view < VIEWS; ++view) {
       cv::imwrite(folder_.File(cv::format("view-%03d.jpg", view)),
-                  Negative(unit::Rendered().pictures[static_cast<size_t>(view)]));
+                  Negative(unit::Rendered().images[static_cast<size_t>(view)]));
     }
   }
 
@@ -67,13 +67,13 @@ class FinderGrabber : public unit::Pushes {};
 INSTANTIATE_TEST_SUITE_P(Kinds, FinderGrabber, testing::Values(unit::Kind::JPEG, unit::Kind::RGB));
 
 TEST_P(FinderGrabber, SearchesPushedFramesInTheWayChosen) {
-  const cv::Mat picture = Negative(unit::PictureWithGrid());
+  const cv::Mat image = Negative(unit::ImageWithGrid());
   Open();
-  Push(picture);
+  Push(image);
   ASSERT_TRUE(audience_.AwaitCalls(1));
   EXPECT_FALSE(calibrator_->IsDetected());
   calibrator_->SetFinder(Calibrator::FINDER_ROBUST);
-  Push(picture);
+  Push(image);
   ASSERT_TRUE(audience_.AwaitCalls(2));
   EXPECT_TRUE(calibrator_->IsDetected());
 }

@@ -18,7 +18,7 @@ INSTANTIATE_TEST_SUITE_P(Kinds, Grabber, ::testing::Values(Kind::JPEG, Kind::RGB
 
 TEST_P(Grabber, ProcessesOnAThreadOfItsOwn) {
   Open();
-  Push(unit::PictureWithGrid());
+  Push(unit::ImageWithGrid());
   ASSERT_TRUE(audience_.AwaitCalls(1));
   EXPECT_NE(audience_.Calls().front().thread, std::this_thread::get_id());
   EXPECT_TRUE(calibrator_->IsDetected());
@@ -32,7 +32,7 @@ TEST_P(Grabber, HasABodyThatReturnsAtOnceOnAnyOtherThread) {
   const std::string printed = unit::PrintedBy([&] {
     Open();
     body();
-    Push(unit::PlainPicture(50));
+    Push(unit::PlainImage(50));
     EXPECT_TRUE(audience_.AwaitCalls(1));
     Destroy();
   });
@@ -45,7 +45,7 @@ TEST_P(Grabber, ProcessesOnlyTheLastOfThreePushedAtOnce) {
   cv::Mat images[3];
   std::string texts[3];
   for (int i = 0; i < 3; ++i) {
-    images[i] = unit::PlainPicture(levels[i]);
+    images[i] = unit::PlainImage(levels[i]);
     texts[i] = unit::JpegB64(images[i]);
   }
   using Clock = std::chrono::steady_clock;
@@ -78,9 +78,9 @@ TEST_P(Grabber, ProcessesOnlyTheNewestOfThosePushedWhileItWorks) {
   Bypass();
   Open();
   audience_.HoldUpNext();
-  Push(unit::PlainPicture(50));
+  Push(unit::PlainImage(50));
   ASSERT_TRUE(audience_.AwaitHeld());
-  for (const int level : {100, 150, 200}) Push(unit::PlainPicture(level));
+  for (const int level : {100, 150, 200}) Push(unit::PlainImage(level));
   audience_.Release();
   ASSERT_TRUE(audience_.AwaitCalls(2));
   Destroy();
@@ -118,7 +118,7 @@ TEST_P(Grabber, LeavesPushesToTheCallersThreadOnceClosed) {
   Bypass();
   Open();
   Close();
-  Push(unit::PlainPicture(50));
+  Push(unit::PlainImage(50));
   ASSERT_EQ(audience_.Calls().size(), 1U);
   EXPECT_EQ(audience_.Calls().front().thread, std::this_thread::get_id());
 }
@@ -127,9 +127,9 @@ TEST_P(Grabber, DropsThePendingFrameWhenClosed) {
   Bypass();
   Open();
   audience_.HoldUpNext();
-  Push(unit::PlainPicture(50));
+  Push(unit::PlainImage(50));
   ASSERT_TRUE(audience_.AwaitHeld());
-  Push(unit::PlainPicture(100));
+  Push(unit::PlainImage(100));
   Close();
   audience_.Release();
   Destroy();
@@ -141,11 +141,11 @@ TEST_P(Grabber, CanBeOpenedAgainWhileItsLastFrameIsProcessed) {
   const std::string printed = unit::PrintedBy([&] {
     Open();
     audience_.HoldUpNext();
-    Push(unit::PlainPicture(50));
+    Push(unit::PlainImage(50));
     ASSERT_TRUE(audience_.AwaitHeld());
     Close();
     Open();
-    Push(unit::PlainPicture(100));
+    Push(unit::PlainImage(100));
     audience_.Release();
     ASSERT_TRUE(audience_.AwaitCalls(2));
     Destroy();
@@ -163,7 +163,7 @@ TEST_P(Grabber, CanBeClosedAndOpenedFromWithinTheListener) {
   });
   Open();
   for (size_t i = 1; i <= 10; ++i) {
-    Push(unit::PlainPicture(50));
+    Push(unit::PlainImage(50));
     ASSERT_TRUE(audience_.AwaitCalls(i));
   }
 }
@@ -182,7 +182,7 @@ TEST_P(Grabber, IsEndedByTheDestructorThoughTheListenerOpensItAgain) {
         }
       });
   Open();
-  Push(unit::PlainPicture(50));
+  Push(unit::PlainImage(50));
   ASSERT_TRUE(audience_.AwaitHeld());
   std::thread releases([&] { audience_.Release(); });
   Destroy();
@@ -199,7 +199,7 @@ TEST_P(Grabber, GoesOnAfterAListenerThatThrows) {
   });
   Open();
   for (size_t i = 1; i <= 3; ++i) {
-    Push(unit::PlainPicture(50));
+    Push(unit::PlainImage(50));
     ASSERT_TRUE(audience_.AwaitCalls(i));
   }
 }
@@ -210,12 +210,12 @@ TEST_P(Grabber, PassesOverAnEmptyFrameInPlaceOfThePendingOne) {
     const unit::ScopedLogLevel errors(1);
     Open();
     audience_.HoldUpNext();
-    Push(unit::PlainPicture(50));
+    Push(unit::PlainImage(50));
     ASSERT_TRUE(audience_.AwaitHeld());
-    Push(unit::PlainPicture(100));
+    Push(unit::PlainImage(100));
     PushNothing();
     audience_.Release();
-    Push(unit::PlainPicture(150));
+    Push(unit::PlainImage(150));
     ASSERT_TRUE(audience_.AwaitCalls(2));
     Destroy();
   });
@@ -227,9 +227,9 @@ TEST_F(ImageGrabber, SharesThePixelsOfAnImageUntilItIsProcessed) {
   Bypass();
   Open(Kind::RGB);
   audience_.HoldUpNext();
-  Push(Kind::RGB, unit::PlainPicture(50));
+  Push(Kind::RGB, unit::PlainImage(50));
   ASSERT_TRUE(audience_.AwaitHeld());
-  cv::Mat image = unit::PlainPicture(100);
+  cv::Mat image = unit::PlainImage(100);
   calibrator_->NextFrameRGB(image, 0, nullptr, false);
   EXPECT_EQ(image.u->refcount, 2);
   image.setTo(cv::Scalar::all(200));
@@ -243,7 +243,7 @@ TEST_F(ImageGrabber, SharesThePixelsOfAnImageUntilItIsProcessed) {
 TEST_F(ImageGrabber, OfOneKindLeavesTheOtherAlone) {
   Bypass();
   Open(Kind::RGB);
-  Push(Kind::JPEG, unit::PlainPicture(50));
+  Push(Kind::JPEG, unit::PlainImage(50));
   ASSERT_EQ(audience_.Calls().size(), 1U);
   EXPECT_EQ(audience_.Calls().front().thread, std::this_thread::get_id());
 }

@@ -21,8 +21,8 @@ class Collecting : public ::testing::Test {
     guidance_.Start(path);
   }
   /// True when the last pose was taken.
-  bool Show(const cv::Mat& picture) {
-    cv::Mat frame = picture.clone();
+  bool Show(const cv::Mat& image) {
+    cv::Mat frame = image.clone();
     std::vector<cv::Point2d> points;
     GuidedDetection guide(guidance_, [this](const CameraSnapshot& detection) {
       return snapshots_.Add({detection}, Snapshots::EarlierRms::Drop);
@@ -39,19 +39,19 @@ class Collecting : public ::testing::Test {
 };
 
 TEST_F(Collecting, DrawsAndTakesNothingWithoutAnAssistant) {
-  EXPECT_FALSE(Show(unit::Rendered().pictures[0]));
+  EXPECT_FALSE(Show(unit::Rendered().images[0]));
   EXPECT_EQ(snapshots_.Count(), 0U);
   EXPECT_TRUE(detector_.HasLast());
 }
 
 TEST_F(Collecting, TakesTheDetectionThatIsAtThePose) {
   AskFor({unit::Rendered().centres[0], unit::Rendered().centres[1]});
-  EXPECT_FALSE(Show(unit::Rendered().pictures[1]));
+  EXPECT_FALSE(Show(unit::Rendered().images[1]));
   EXPECT_EQ(snapshots_.Count(), 0U);
-  EXPECT_FALSE(Show(unit::Rendered().pictures[0]));
+  EXPECT_FALSE(Show(unit::Rendered().images[0]));
   EXPECT_EQ(snapshots_.Count(), 1U);
   EXPECT_FALSE(detector_.HasLast());
-  EXPECT_TRUE(Show(unit::Rendered().pictures[1]));
+  EXPECT_TRUE(Show(unit::Rendered().images[1]));
 }
 
 // Meant for the thread sanitizer as much as for its own checks: two feeders push frames of all poses, and
@@ -72,7 +72,7 @@ TEST_F(Collecting, TakesWhatWasJudgedWithTwoFeedersAtOnce) {
       // One goes through the views forwards, the other one backwards.
       for (size_t i = 0; i < 400 && !finished; ++i) {
         const size_t view = feeder == 0 ? i % poses : poses - 1 - i % poses;
-        if (Show(rendered.pictures[view])) finished = true;
+        if (Show(rendered.images[view])) finished = true;
       }
     });
   }

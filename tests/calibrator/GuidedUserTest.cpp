@@ -85,9 +85,9 @@ TEST(GuidedUser, TakesAllSnapshotsAndGetsTheResultByFollowingTheShippedPoses) {
     ASSERT_LT(frame / FRAMES_PER_SECOND, PATIENCE) << calibrator->GetNumberOfRecords() << " snapshots";
     const auto shown = static_cast<size_t>(calibrator->GetNumberOfRecords());
     ASSERT_LT(shown, targets.size());
-    cv::Mat picture = renderer.Render(hands.MoveTowards(targets[shown]), static_cast<std::uint64_t>(frame));
+    cv::Mat image = renderer.Render(hands.MoveTowards(targets[shown]), static_cast<std::uint64_t>(frame));
     std::vector<cv::Point2d> points;
-    calibrator->DetectPoints(picture, points, true);
+    calibrator->DetectPoints(image, points, true);
     const int records = calibrator->GetNumberOfRecords();
     ASSERT_LE(records, static_cast<int>(shown) + 1);
     if (records > static_cast<int>(shown)) taken.push_back(points);

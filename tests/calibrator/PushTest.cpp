@@ -23,58 +23,58 @@ std::string NameOf(const ::testing::TestParamInfo<Kind>& info) {
 INSTANTIATE_TEST_SUITE_P(Kinds, PushedFrame, ::testing::Values(Kind::JPEG, Kind::RGB), NameOf);
 
 TEST_P(PushedFrame, IsProcessedOnTheCallersThread) {
-  Push(unit::PictureWithGrid());
+  Push(unit::ImageWithGrid());
   ASSERT_EQ(audience_.Calls().size(), 1U);
   EXPECT_EQ(audience_.Calls().front().thread, std::this_thread::get_id());
   EXPECT_TRUE(calibrator_->IsDetected());
 }
 
 TEST_P(PushedFrame, HandsOutTheAnnotatedFrameWithTheStatus) {
-  const cv::Mat picture = unit::PictureWithGrid();
-  Push(picture);
+  const cv::Mat image = unit::ImageWithGrid();
+  Push(image);
   const unit::Delivered delivered = audience_.Calls().at(0);
   EXPECT_EQ(delivered.status, calibrator_->GetStatus_QVX());
-  EXPECT_EQ(delivered.Picture().size(), unit::FRAME);
+  EXPECT_EQ(delivered.Image().size(), unit::FRAME);
   // Drawn on: far more than the losses of the encoding.
-  EXPECT_GT(cv::norm(delivered.Picture(), picture, cv::NORM_INF), 150.0);
+  EXPECT_GT(cv::norm(delivered.Image(), image, cv::NORM_INF), 150.0);
 }
 
 TEST_P(PushedFrame, IsBroughtToTheProcessingSize) {
-  Push(unit::PlainPicture(80));
-  EXPECT_EQ(audience_.Calls().at(0).Picture().size(), unit::FRAME);
+  Push(unit::PlainImage(80));
+  EXPECT_EQ(audience_.Calls().at(0).Image().size(), unit::FRAME);
 }
 
 TEST_P(PushedFrame, SkipsDetectionWhenProcessingIsBypassed) {
   Bypass();
-  const cv::Mat picture = unit::PictureWithGrid();
-  Push(picture);
+  const cv::Mat image = unit::ImageWithGrid();
+  Push(image);
   EXPECT_FALSE(calibrator_->IsDetected());
-  EXPECT_LT(cv::norm(audience_.Calls().at(0).Picture(), picture, cv::NORM_INF), 100.0);
+  EXPECT_LT(cv::norm(audience_.Calls().at(0).Image(), image, cv::NORM_INF), 100.0);
 
   calibrator_->setBypassProcessing(false);
-  Push(picture);
+  Push(image);
   EXPECT_TRUE(calibrator_->IsDetected());
 }
 
 TEST_P(PushedFrame, IsDroppedWhileAnotherOfItsKindIsProcessed) {
   Bypass();
   audience_.HoldUpNext();
-  std::thread first([&] { Push(unit::PlainPicture(50)); });
+  std::thread first([&] { Push(unit::PlainImage(50)); });
   const bool held = audience_.AwaitHeld();
-  Push(unit::PlainPicture(100));
+  Push(unit::PlainImage(100));
   audience_.Release();
   first.join();
   ASSERT_TRUE(held);
-  Push(unit::PlainPicture(150));
+  Push(unit::PlainImage(150));
   EXPECT_EQ(audience_.Levels(), std::vector<int>({50, 150}));
 }
 
 TEST_P(PushedFrame, IsNotHinderedByOneOfTheOtherKind) {
   Bypass();
   audience_.HoldUpNext();
-  std::thread first([&] { Push(unit::PlainPicture(50)); });
+  std::thread first([&] { Push(unit::PlainImage(50)); });
   const bool held = audience_.AwaitHeld();
-  Push(GetParam() == Kind::JPEG ? Kind::RGB : Kind::JPEG, unit::PlainPicture(100));
+  Push(GetParam() == Kind::JPEG ? Kind::RGB : Kind::JPEG, unit::PlainImage(100));
   EXPECT_EQ(audience_.Levels(), std::vector<int>({50, 100}));
   audience_.Release();
   first.join();
@@ -88,7 +88,7 @@ TEST_P(PushedFrame, OfNothingIsReportedAndTheStatusToldAllTheSame) {
   ASSERT_EQ(audience_.Calls().size(), 1U);
   EXPECT_TRUE(audience_.Calls().front().jpeg.empty());
   EXPECT_EQ(audience_.Calls().front().status, calibrator_->GetStatus_QVX());
-  Push(unit::PlainPicture(80));
+  Push(unit::PlainImage(80));
   EXPECT_EQ(audience_.Calls().size(), 2U) << "the flag of the failed frame is still set";
 }
 
@@ -96,10 +96,10 @@ TEST_P(PushedFrame, SurvivesAnExceptionOfDetection) {
   // No frame can be brought to this size.
   calibrator_ = std::make_unique<Calibrator>(unit::GRID, unit::UNIT, Calibrator::MONOCULAR, 0, 0);
   calibrator_->SetFrameListener(audience_.Listener());
-  const std::string printed = unit::PrintedBy([&] { Push(unit::PlainPicture(80)); });
+  const std::string printed = unit::PrintedBy([&] { Push(unit::PlainImage(80)); });
   EXPECT_EQ(printed.substr(0, 34), "ERROR : Processing a frame failed:");
   Bypass();
-  Push(unit::PlainPicture(90));
+  Push(unit::PlainImage(90));
   EXPECT_EQ(audience_.Levels(), std::vector<int>({80, 90}));
 }
 
@@ -111,8 +111,8 @@ TEST_P(PushedFrame, SurvivesAListenerThatThrows) {
     throw 5;
   });
   const std::string printed = unit::PrintedBy([&] {
-    Push(unit::PlainPicture(80));
-    Push(unit::PlainPicture(80));
+    Push(unit::PlainImage(80));
+    Push(unit::PlainImage(80));
   });
   EXPECT_EQ(printed,
             "ERROR : The frame listener failed: the disk is full\n"
@@ -124,7 +124,7 @@ TEST_P(PushedFrame, MayCallEverythingFromWithinTheListener) {
   int calls = 0;
   calibrator_->SetFrameListener([&](const std::vector<unsigned char>&, const std::string&) {
     ++calls;
-    Push(unit::PlainPicture(90));  // dropped: this one is not done
+    Push(unit::PlainImage(90));  // dropped: this one is not done
     calibrator_->AddPoints();
     calibrator_->GetStatus_QVX();
     calibrator_->Reset();
@@ -134,16 +134,16 @@ TEST_P(PushedFrame, MayCallEverythingFromWithinTheListener) {
     calibrator_->SetFrameListener(audience_.Listener());
   });
   const unit::ScopedLogLevel silent(0);
-  Push(unit::PictureWithGrid());
+  Push(unit::ImageWithGrid());
   EXPECT_EQ(calls, 1);
-  Push(unit::PlainPicture(80));
+  Push(unit::PlainImage(80));
   EXPECT_EQ(calls, 1);
   EXPECT_EQ(audience_.Calls().size(), 1U);
 }
 
 TEST_P(PushedFrame, NeedsNoListener) {
   calibrator_->SetFrameListener(nullptr);
-  EXPECT_EQ(unit::PrintedBy([&] { Push(unit::PictureWithGrid()); }), "");
+  EXPECT_EQ(unit::PrintedBy([&] { Push(unit::ImageWithGrid()); }), "");
   EXPECT_TRUE(calibrator_->IsDetected());
   EXPECT_TRUE(audience_.Calls().empty());
 }
@@ -165,10 +165,10 @@ TEST_F(PushedOnce, OfAnUnsupportedImageIsReportedAndTheStatusTold) {
 }
 
 TEST_F(PushedOnce, LeavesTheAnnotatedFrameInTheImageAndTheFirstPixelsAlone) {
-  cv::Mat image = unit::PictureWithGrid();
+  cv::Mat image = unit::ImageWithGrid();
   const cv::Mat pixels = image;
   calibrator_->NextFrameRGB(image, 0, nullptr, false);
-  EXPECT_SAME_MAT(pixels, unit::PictureWithGrid());
+  EXPECT_SAME_MAT(pixels, unit::ImageWithGrid());
   EXPECT_EQ(audience_.Calls().at(0).jpeg, EncodeJpeg(image, cv::Size()));
 }
 
@@ -182,8 +182,8 @@ TEST_F(PushedOnce, OfATextThatHoldsNoPictureIsReported) {
 TEST_F(PushedOnce, IntoAStereoCalibratorHandsTheFrameOutAsItIs) {
   calibrator_ = unit::MakeCalibrator(Calibrator::STEREO);
   calibrator_->SetFrameListener(audience_.Listener());
-  Push(Kind::RGB, unit::PlainPicture(70));
-  EXPECT_EQ(audience_.Calls().at(0).Picture().size(), unit::PlainPicture(70).size());
+  Push(Kind::RGB, unit::PlainImage(70));
+  EXPECT_EQ(audience_.Calls().at(0).Image().size(), unit::PlainImage(70).size());
 }
 
 TEST(JavaSide, RefusesToRegisterWithoutAnEnvironment) {
@@ -203,7 +203,7 @@ TEST(JavaSide, HasNothingToCallWithoutAListener) {
   EXPECT_EQ(unit::PrintedBy([&] {
               EXPECT_FALSE(calibrator->RegisterCalibrationListener(nullptr, nullptr, 1, 0, 0));
               calibrator->onCalibrationCallback(nullptr, {1, 2, 3}, "{}");
-              cv::Mat frame = unit::PlainPicture(10);
+              cv::Mat frame = unit::PlainImage(10);
               calibrator->callbackListener(frame, nullptr);
             }),
             "");

@@ -19,14 +19,14 @@ inline std::string Base64Of(const std::vector<unsigned char>& bytes) {
   return base64_encode(bytes.data(), static_cast<unsigned>(bytes.size()));
 }
 
-/// The picture as a Base64 JPEG of the best quality.
-inline std::string JpegB64(const cv::Mat& picture) {
+/// The image as a Base64 JPEG of the best quality.
+inline std::string JpegB64(const cv::Mat& pushed) {
   std::vector<unsigned char> bytes;
-  cv::imencode(".jpg", picture, bytes, {cv::IMWRITE_JPEG_QUALITY, 100});
+  cv::imencode(".jpg", pushed, bytes, {cv::IMWRITE_JPEG_QUALITY, 100});
   return Base64Of(bytes);
 }
 
-inline cv::Mat PlainPicture(int level) {
+inline cv::Mat PlainImage(int level) {
   return cv::Mat(48, 64, CV_8UC3, cv::Scalar::all(level));
 }
 
@@ -43,7 +43,7 @@ class Pushes : public ::testing::TestWithParam<Kind> {
 
   void Open() { Open(GetParam()); }
   void Close() { Close(GetParam()); }
-  void Push(const cv::Mat& picture) { Push(GetParam(), picture); }
+  void Push(const cv::Mat& pushed) { Push(GetParam(), pushed); }
 
   void Open(Kind kind) {
     kind == Kind::JPEG ? calibrator_->OpenJpegB64FrameGrabber() : calibrator_->OpenRGBFrameGrabber();
@@ -51,16 +51,16 @@ class Pushes : public ::testing::TestWithParam<Kind> {
   void Close(Kind kind) {
     kind == Kind::JPEG ? calibrator_->CloseJpegB64FrameGrabber() : calibrator_->CloseRGBFrameGrabber();
   }
-  void Push(Kind kind, const cv::Mat& picture) {
+  void Push(Kind kind, const cv::Mat& pushed) {
     if (kind == Kind::JPEG) {
-      std::string text = JpegB64(picture);
+      std::string text = JpegB64(pushed);
       calibrator_->NextFrameJpegB64(text, 7, nullptr, false);
     } else {
-      cv::Mat image = picture.clone();
+      cv::Mat image = pushed.clone();
       calibrator_->NextFrameRGB(image, 7, nullptr, false);
     }
   }
-  /// Pushes what holds no picture.
+  /// Pushes what holds no image.
   void PushNothing() {
     if (GetParam() == Kind::JPEG) {
       std::string text;
@@ -70,7 +70,7 @@ class Pushes : public ::testing::TestWithParam<Kind> {
       calibrator_->NextFrameRGB(image, 7, nullptr, false);
     }
   }
-  /// No detection, so that plain pictures come back as they are.
+  /// No detection, so that plain images come back as they are.
   void Bypass() { calibrator_->setBypassProcessing(true); }
   /// Waits for the grabbers' threads.
   void Destroy() { calibrator_.reset(); }

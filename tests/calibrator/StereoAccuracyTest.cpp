@@ -1,4 +1,4 @@
-/// How near a stereo calibration comes to the true pair of cameras, from rendered pictures with noise.
+/// How near a stereo calibration comes to the true pair of cameras, from rendered images with noise.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -68,7 +68,7 @@ struct CalibratedCamera {
   std::string result;
 };
 
-/// A pair of cameras calibrated as a user does: each alone first, from the pictures that the pair took.
+/// A pair of cameras calibrated as a user does: each alone first, from the images that the pair took.
 struct CalibratedPair {
   TrueRig truth;
   unit::PointPairs detected;

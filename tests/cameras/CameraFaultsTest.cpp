@@ -14,7 +14,7 @@ using Clock = std::chrono::steady_clock;
 class CameraFaults : public cameras::CameraTest {
  protected:
   void OpenWithGrid() {
-    cameras_.Provide(0, {unit::PictureWithGrid()});
+    cameras_.Provide(0, {unit::ImageWithGrid()});
     ASSERT_TRUE(Open());
     ASSERT_TRUE(Detects());
   }
@@ -83,7 +83,7 @@ TEST_F(CameraFaults, ACameraThatStaysSilentIsLeftBehindByAClose) {
 }
 
 TEST_F(CameraFaults, PicturesThatAreNotOfTheCamerasSizeAreReadOver) {
-  const cv::Mat grid = unit::PictureWithGrid();
+  const cv::Mat grid = unit::ImageWithGrid();
   cv::Mat large;
   cv::Mat odd;
   cv::Mat grey;
@@ -91,8 +91,8 @@ TEST_F(CameraFaults, PicturesThatAreNotOfTheCamerasSizeAreReadOver) {
   cv::resize(grid, odd, {641, 479});
   cv::cvtColor(grid, grey, cv::COLOR_BGR2GRAY);
   const cv::Mat one(1, 1, CV_8UC3, cv::Scalar::all(0));
-  const std::vector<cv::Mat> pictures = {grid, large, odd, grey, one};
-  cameras_.Provide(0, {640, 480}, pictures);
+  const std::vector<cv::Mat> images = {grid, large, odd, grey, one};
+  cameras_.Provide(0, {640, 480}, images);
   ASSERT_TRUE(Open());
   for (int snapshot = 1; snapshot <= 10; ++snapshot) {
     ASSERT_TRUE(unit::Eventually([&] { return calibrator_->IsDetected() && calibrator_->AddPoints(); }));
@@ -101,7 +101,7 @@ TEST_F(CameraFaults, PicturesThatAreNotOfTheCamerasSizeAreReadOver) {
 }
 
 TEST_F(CameraFaults, DestroyingTheCalibratorStopsItsReaderFirst) {
-  cameras_.Provide(0, {unit::PictureWithGrid()});
+  cameras_.Provide(0, {unit::ImageWithGrid()});
   for (int round = 0; round < 3; ++round) {
     const auto calibrator = unit::MakeCalibrator();
     ASSERT_TRUE(calibrator->OpenNativeCamera(0, 640, 480, 30, 0));
@@ -111,7 +111,7 @@ TEST_F(CameraFaults, DestroyingTheCalibratorStopsItsReaderFirst) {
 }
 
 TEST_F(CameraFaults, ReadingGoesOnWhileOthersAskAddResetOpenAndClose) {
-  cameras_.Provide(0, {unit::PictureWithGrid()});
+  cameras_.Provide(0, {unit::ImageWithGrid()});
   const unit::ScopedLogLevel silent(0);
   std::atomic<bool> reading{true};
   std::atomic<int> added{0};

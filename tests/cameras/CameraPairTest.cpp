@@ -15,7 +15,7 @@ constexpr char RIGHT_NOT_OPENED[] = "ERROR : Can't close right native camera. Ri
 class CameraPair : public cameras::CameraTest {
  protected:
   void ProvidePair() {
-    const unit::PicturePair pair = unit::PairWithGrid();
+    const unit::ImagePair pair = unit::PairWithGrid();
     cameras_.Provide(0, {pair.left});
     cameras_.Provide(1, {pair.right});
   }
@@ -55,7 +55,7 @@ TEST_F(CameraPair, IsClosedWholeByTheCloseOfWhateverIsOpen) {
 
 /// Light discs on dark: only the robust search finds them.
 TEST_F(CameraPair, IsDetectedInByTheSearchThatIsChosenWhileItIsRead) {
-  const unit::PicturePair pair = unit::PairWithGrid();
+  const unit::ImagePair pair = unit::PairWithGrid();
   cameras_.Provide(0, {cv::Scalar::all(255) - pair.left});
   cameras_.Provide(1, {cv::Scalar::all(255) - pair.right});
   ASSERT_TRUE(Open());
@@ -101,7 +101,7 @@ TEST_F(CameraPair, ClosingOneCameraLeavesTheRightOneToBeClosed) {
 }
 
 TEST_F(CameraPair, FramesOfDifferentSizesAreReportedOnceAndReadOver) {
-  const unit::PicturePair pair = unit::PairWithGrid();
+  const unit::ImagePair pair = unit::PairWithGrid();
   cv::Mat small;
   cv::resize(pair.right, small, {320, 240});
   cameras_.Provide(0, {pair.left});

@@ -25,7 +25,7 @@ void ExpectLevel(const std::function<void()>& cycle) {
 }
 
 TEST_F(Cycles, OfOneCameraKeepThreadsDescriptorsAndMemoryLevel) {
-  cameras_.Provide(0, {unit::PictureWithGrid()});
+  cameras_.Provide(0, {unit::ImageWithGrid()});
   const auto calibrator = unit::MakeCalibrator();
   const unit::ScopedLogLevel silent(0);
   ExpectLevel([&] {
@@ -37,7 +37,7 @@ TEST_F(Cycles, OfOneCameraKeepThreadsDescriptorsAndMemoryLevel) {
 }
 
 TEST_F(Cycles, OfAPairKeepThreadsDescriptorsAndMemoryLevel) {
-  const unit::PicturePair pair = unit::PairWithGrid();
+  const unit::ImagePair pair = unit::PairWithGrid();
   cameras_.Provide(0, {pair.left});
   cameras_.Provide(1, {pair.right});
   const auto calibrator = unit::MakeCalibrator(Calibrator::STEREO);

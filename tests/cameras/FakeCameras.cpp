@@ -14,16 +14,16 @@ std::string FakeCameras::FolderOf(int camera) const {
   return folder_.File(std::to_string(camera));
 }
 
-void FakeCameras::Provide(int camera, const std::vector<cv::Mat>& pictures) {
-  Provide(camera, pictures.at(0).size(), pictures);
+void FakeCameras::Provide(int camera, const std::vector<cv::Mat>& images) {
+  Provide(camera, images.at(0).size(), images);
 }
 
-void FakeCameras::Provide(int camera, const cv::Size& size, const std::vector<cv::Mat>& pictures) {
+void FakeCameras::Provide(int camera, const cv::Size& size, const std::vector<cv::Mat>& images) {
   const std::string folder = FolderOf(camera) + cv::format("/%dx%d", size.width, size.height);
   std::filesystem::create_directories(folder);
   int number = 0;
-  for (const cv::Mat& picture : pictures) {
-    cv::imwrite(folder + cv::format("/%03d.jpg", number++), picture, {cv::IMWRITE_JPEG_QUALITY, 95});
+  for (const cv::Mat& image : images) {
+    cv::imwrite(folder + cv::format("/%03d.jpg", number++), image, {cv::IMWRITE_JPEG_QUALITY, 95});
   }
 }
 

@@ -20,12 +20,12 @@ class FakeCameras {
  public:
   FakeCameras();
 
-  /// Adds a size to a camera (and the camera, if need be), with the pictures that it then plays over and
+  /// Adds a size to a camera (and the camera, if need be), with the images that it then plays over and
   /// over; the size is that of the first one. The camera delivers a size that it is asked for, otherwise the
   /// last by name.
-  void Provide(int camera, const std::vector<cv::Mat>& pictures);
-  /// The same with pictures of other sizes than it says.
-  void Provide(int camera, const cv::Size& size, const std::vector<cv::Mat>& pictures);
+  void Provide(int camera, const std::vector<cv::Mat>& images);
+  /// The same with images of other sizes than it says.
+  void Provide(int camera, const cv::Size& size, const std::vector<cv::Mat>& images);
   /// "silent", "empty" (buffers) or "gone"; an empty text makes it well again.
   void Behave(int camera, const std::string& behaviour);
 
@@ -51,7 +51,7 @@ class CameraTest : public testing::Test {
   std::string Printed() const { return output_.Text(); }
   int CountOf(const std::string& text) const;
 
-  /// A picture that shows something, but no grid.
+  /// An image that shows something, but no grid.
   static cv::Mat Blank(const cv::Size& size) { return {size, CV_8UC3, cv::Scalar(90, 120, 150)}; }
 
   FakeCameras cameras_;

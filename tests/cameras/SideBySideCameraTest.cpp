@@ -55,7 +55,7 @@ class SideBySideCamera : public cameras::CameraTest {
 
 TEST_F(SideBySideCamera, OneThatIsFourTimesAsWideIsReopenedAtTwiceTheWidth) {
   cameras_.Provide(0, {Blank({2560, 480})});
-  const cv::Mat grid = unit::PictureWithGrid();
+  const cv::Mat grid = unit::ImageWithGrid();
   cameras_.Provide(0, {Beside(grid, grid)});
   const auto calibrator = unit::MakeCalibrator();
   ASSERT_TRUE(Open(*calibrator, -1));
@@ -65,7 +65,7 @@ TEST_F(SideBySideCamera, OneThatIsFourTimesAsWideIsReopenedAtTwiceTheWidth) {
 }
 
 TEST_F(SideBySideCamera, OneThatRefusesTwiceTheWidthIsSplitAsItIs) {
-  const cv::Mat grid = unit::PictureWithGrid();
+  const cv::Mat grid = unit::ImageWithGrid();
   cv::Mat wide;
   cv::resize(Beside(grid, grid), wide, {2560, 960});
   cameras_.Provide(0, {wide});
@@ -77,7 +77,7 @@ TEST_F(SideBySideCamera, OneThatRefusesTwiceTheWidthIsSplitAsItIs) {
 
 TEST_F(SideBySideCamera, TheSplitModeChoosesTheHalfThatIsSearched) {
   const auto& views = unit::Rendered();
-  cameras_.Provide(0, {Beside(views.pictures[LEFT], views.pictures[RIGHT])});
+  cameras_.Provide(0, {Beside(views.images[LEFT], views.images[RIGHT])});
   EXPECT_LT(DistanceOfDetected(-1, LEFT), SAME);
   EXPECT_LT(DistanceOfDetected(1, RIGHT), SAME);
   EXPECT_LT(DistanceOfDetected(2, LEFT), SAME);
@@ -85,12 +85,12 @@ TEST_F(SideBySideCamera, TheSplitModeChoosesTheHalfThatIsSearched) {
 }
 
 TEST_F(SideBySideCamera, BothHalvesAreCalibratedAsAPair) {
-  std::vector<cv::Mat> pictures;
+  std::vector<cv::Mat> images;
   for (int view = 0; view < 8; ++view) {
-    const unit::PicturePair pair = unit::PairWithGrid(view);
-    pictures.push_back(Beside(pair.left, pair.right));
+    const unit::ImagePair pair = unit::PairWithGrid(view);
+    images.push_back(Beside(pair.left, pair.right));
   }
-  cameras_.Provide(0, pictures);
+  cameras_.Provide(0, images);
   const auto calibrator = unit::MakeCalibrator(Calibrator::STEREO);
   const unit::ScopedLogLevel silent(0);
   ASSERT_TRUE(Open(*calibrator, 0));

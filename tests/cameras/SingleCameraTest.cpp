@@ -21,7 +21,7 @@ bool Detects(Calibrator& calibrator) {
 
 TEST_F(SingleCamera, IsCalibratedFromWhatItShows) {
   const auto& views = unit::Rendered();
-  cameras_.Provide(0, {views.pictures.begin(), views.pictures.begin() + 10});
+  cameras_.Provide(0, {views.images.begin(), views.images.begin() + 10});
   const auto calibrator = unit::MakeCalibrator();
   const unit::ScopedLogLevel silent(0);
   ASSERT_TRUE(Open(*calibrator));
@@ -39,7 +39,7 @@ TEST_F(SingleCamera, IsCalibratedFromWhatItShows) {
 }
 
 TEST_F(SingleCamera, ANegativeIndexOpensTheFirst) {
-  cameras_.Provide(0, {unit::PictureWithGrid()});
+  cameras_.Provide(0, {unit::ImageWithGrid()});
   const auto calibrator = unit::MakeCalibrator();
   ASSERT_TRUE(Open(*calibrator, -5));
   EXPECT_TRUE(Detects(*calibrator));
@@ -53,7 +53,7 @@ TEST_F(SingleCamera, OneThatIsNotThereIsReportedByItsNumber) {
 }
 
 TEST_F(SingleCamera, ASecondOpenIsRefusedAndTheFirstGoesOn) {
-  cameras_.Provide(0, {unit::PictureWithGrid()});
+  cameras_.Provide(0, {unit::ImageWithGrid()});
   const auto calibrator = unit::MakeCalibrator();
   ASSERT_TRUE(Open(*calibrator));
   EXPECT_FALSE(Open(*calibrator));
@@ -62,7 +62,7 @@ TEST_F(SingleCamera, ASecondOpenIsRefusedAndTheFirstGoesOn) {
 }
 
 TEST_F(SingleCamera, IsReadAgainAfterItWasClosed) {
-  cameras_.Provide(0, {unit::PictureWithGrid()});
+  cameras_.Provide(0, {unit::ImageWithGrid()});
   const auto calibrator = unit::MakeCalibrator();
   for (int round = 1; round <= 3; ++round) {
     ASSERT_TRUE(Open(*calibrator));
@@ -83,7 +83,7 @@ TEST_F(SingleCamera, ClosingWithoutAnOpenPrintsNothing) {
 
 TEST_F(SingleCamera, ASizeThatItRefusesIsBroughtToTheProcessingSize) {
   cv::Mat large;
-  cv::resize(unit::PictureWithGrid(), large, {800, 600});
+  cv::resize(unit::ImageWithGrid(), large, {800, 600});
   cameras_.Provide(0, {large});
   const auto calibrator = unit::MakeCalibrator();
   ASSERT_TRUE(Open(*calibrator));
@@ -92,8 +92,8 @@ TEST_F(SingleCamera, ASizeThatItRefusesIsBroughtToTheProcessingSize) {
 }
 
 TEST_F(SingleCamera, TwoCalibratorsReadTwoCameras) {
-  cameras_.Provide(0, {unit::PictureWithGrid()});
-  cameras_.Provide(1, {unit::PictureWithoutGrid()});
+  cameras_.Provide(0, {unit::ImageWithGrid()});
+  cameras_.Provide(1, {unit::ImageWithoutGrid()});
   const auto first = unit::MakeCalibrator();
   const auto second = unit::MakeCalibrator();
   ASSERT_TRUE(Open(*first, 0));

@@ -60,7 +60,7 @@ bool StaysLevel(const char* what, int cycles, const std::function<void()>& cycle
 class Soak {
  public:
   Soak() {
-    const unit::PicturePair pair = unit::PairWithGrid();
+    const unit::ImagePair pair = unit::PairWithGrid();
     cameras_.Provide(0, {pair.left});
     cameras_.Provide(1, {pair.right});
     cv::VideoWriter video(folder_.File("sheet.avi"), cv::VideoWriter::fourcc('M', 'J', 'P', 'G'), 25.0,

@@ -26,12 +26,12 @@ std::vector<cv::Point3d> Object() {
   return points;
 }
 
-/// Where the finder sees the grid in rendered pictures.
+/// Where the finder sees the grid in rendered images.
 unit::PointLists Detected() {
   const auto calibrator = unit::MakeCalibrator();
   unit::PointLists views;
-  for (const cv::Mat& picture : unit::Rendered().pictures) {
-    cv::Mat frame = picture.clone();
+  for (const cv::Mat& image : unit::Rendered().images) {
+    cv::Mat frame = image.clone();
     std::vector<cv::Point2d> centres;
     if (calibrator->DetectPoints(frame, centres, false)) views.push_back(centres);
   }

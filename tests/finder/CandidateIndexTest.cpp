@@ -100,7 +100,7 @@ TEST(CandidateIndex, VisitsEachOneOfACircleOnce) {
     EXPECT_LE(visits[k], 1) << candidates[k].centre;
   }
   EXPECT_GT(inside, 20U);
-  // Not all of the picture's either: that would be no index.
+  // Not all of the image's either: that would be no index.
   EXPECT_LT(std::count(visits.begin(), visits.end(), 1), 200);
 }
 

@@ -26,22 +26,22 @@ TEST(Candidates, AreTheDiscsWithCentresAndRadii) {
 }
 
 TEST(Candidates, AreEllipsesButNoBarsAndNoCorners) {
-  cv::Mat picture(300, 400, CV_8UC1, cv::Scalar(220));
-  cv::ellipse(picture, {80, 80}, {30, 9}, 25.0, 0.0, 360.0, cv::Scalar(30), cv::FILLED, cv::LINE_AA);
-  cv::rectangle(picture, {150, 60}, {290, 66}, cv::Scalar(30), cv::FILLED);
+  cv::Mat image(300, 400, CV_8UC1, cv::Scalar(220));
+  cv::ellipse(image, {80, 80}, {30, 9}, 25.0, 0.0, 360.0, cv::Scalar(30), cv::FILLED, cv::LINE_AA);
+  cv::rectangle(image, {150, 60}, {290, 66}, cv::Scalar(30), cv::FILLED);
   const std::vector<std::vector<cv::Point>> corner = {
       {{60, 160}, {140, 160}, {140, 175}, {75, 175}, {75, 260}, {60, 260}}};
-  cv::fillPoly(picture, corner, cv::Scalar(30));
-  const Candidates candidates = finder::FindCandidates(picture, 44);
+  cv::fillPoly(image, corner, cv::Scalar(30));
+  const Candidates candidates = finder::FindCandidates(image, 44);
   ASSERT_EQ(candidates.discs.size(), 1U);
   EXPECT_LT(cv::norm(candidates.discs[0].centre - cv::Point2d(80.0, 80.0)), 0.3);
 }
 
 TEST(Candidates, CountRoundSpotsThatAreTooSmallOrTooLarge) {
-  cv::Mat picture(480, 640, CV_8UC1, cv::Scalar(220));
-  for (int k = 0; k < 30; ++k) picture(cv::Rect(20 + 20 * k, 20, 2, 1)).setTo(30);
-  cv::circle(picture, {300, 250}, 120, cv::Scalar(30), cv::FILLED);
-  const Candidates candidates = finder::FindCandidates(picture, 44);
+  cv::Mat image(480, 640, CV_8UC1, cv::Scalar(220));
+  for (int k = 0; k < 30; ++k) image(cv::Rect(20 + 20 * k, 20, 2, 1)).setTo(30);
+  cv::circle(image, {300, 250}, 120, cv::Scalar(30), cv::FILLED);
+  const Candidates candidates = finder::FindCandidates(image, 44);
   EXPECT_TRUE(candidates.discs.empty());
   EXPECT_GT(candidates.tooSmall, 25);
   EXPECT_GE(candidates.tooLarge, 1);

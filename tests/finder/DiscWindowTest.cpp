@@ -31,9 +31,9 @@ DiscWindow FlatWindow(double radius) {
   return finder::WindowOf(unit::PlaneOf(discs), discs, 17);
 }
 
-bool TonesOf(const cv::Mat& picture, const DiscWindow& window, Tones& tones) {
+bool TonesOf(const cv::Mat& image, const DiscWindow& window, Tones& tones) {
   Histogram all;
-  return finder::TonesIn(picture, window, finder::SpansOf(window, picture.size()), all, tones);
+  return finder::TonesIn(image, window, finder::SpansOf(window, image.size()), all, tones);
 }
 
 TEST(DiscWindow, OfAFlatGridIsACircleThatEndsBeforeTheNeighbours) {
@@ -130,15 +130,15 @@ TEST(Histogram, OfTheBrightestPixelsOnlyEndsThere) {
 }
 
 TEST(Tones, AreThoseOfPaperAndInk) {
-  const cv::Mat picture = unit::FlatGrid(FLAT_GRID, 0.4, FLAT_STEP);
+  const cv::Mat image = unit::FlatGrid(FLAT_GRID, 0.4, FLAT_STEP);
   Tones tones;
-  ASSERT_TRUE(TonesOf(picture, FlatWindow(0.4), tones));
+  ASSERT_TRUE(TonesOf(image, FlatWindow(0.4), tones));
   EXPECT_EQ(tones.paper, PAPER);
   EXPECT_EQ(tones.ink, INK);
   const DiscWindow window = FlatWindow(0.4);
   Histogram all;
-  const std::vector<Span> spans = finder::SpansOf(window, picture.size());
-  ASSERT_TRUE(finder::TonesIn(picture, window, spans, all, tones));
+  const std::vector<Span> spans = finder::SpansOf(window, image.size());
+  ASSERT_TRUE(finder::TonesIn(image, window, spans, all, tones));
   const int pixels = std::accumulate(spans.begin(), spans.end(), 0,
                                      [](int sum, const Span& span) { return sum + span.to - span.from; });
   int counted = 0;
@@ -148,15 +148,15 @@ TEST(Tones, AreThoseOfPaperAndInk) {
 }
 
 TEST(Tones, OfASpeckAreItsDarkestPixelAndThePaper) {
-  cv::Mat picture(360, 300, CV_8UC1, cv::Scalar(PAPER));
+  cv::Mat image(360, 300, CV_8UC1, cv::Scalar(PAPER));
   LabelledDiscs discs = unit::FlatDiscs();
   std::fill(discs.radii.begin(), discs.radii.end(), 0.8);
   DiscWindow window = finder::WindowOf(unit::PlaneOf(discs), discs, 17);
   // Between four pixels: none of them is in the innermost part.
   window.centre += cv::Point2d(0.5, 0.5);
-  picture.at<unsigned char>(cvFloor(window.centre.y), cvFloor(window.centre.x)) = 60;
+  image.at<unsigned char>(cvFloor(window.centre.y), cvFloor(window.centre.x)) = 60;
   Tones tones;
-  ASSERT_TRUE(TonesOf(picture, window, tones));
+  ASSERT_TRUE(TonesOf(image, window, tones));
   EXPECT_EQ(tones.paper, PAPER);
   EXPECT_EQ(tones.ink, 60);
 }

@@ -40,7 +40,7 @@ void PrintTo(const Conditions& conditions, std::ostream* out) {
 }
 
 struct RenderedView {
-  cv::Mat picture;
+  cv::Mat image;
   cv::Mat dark;  ///< with dark discs, all that the standard search finds
   Centres truth;
 };
@@ -69,9 +69,9 @@ RenderedView Render(const Conditions& conditions, int number) {
     world::Pose pose;
     if (!world::PlaceGrid(scene.camera, scene.sheet, appearance, 1.0, pose)) continue;
     RenderedView rendered;
-    rendered.picture = world::Renderer(scene).Render(pose);
-    rendered.dark = rendered.picture.clone();
-    if (conditions.negative) rendered.picture = cv::Scalar::all(255) - rendered.picture;
+    rendered.image = world::Renderer(scene).Render(pose);
+    rendered.dark = rendered.image.clone();
+    if (conditions.negative) rendered.image = cv::Scalar::all(255) - rendered.image;
     rendered.truth = world::TrueCentres(scene.camera.lens, scene.sheet, pose);
     return rendered;
   }
@@ -109,7 +109,7 @@ TEST_P(FinderAccuracy, IsNoWorseThanThatOfTheStandardSearch) {
     const bool found =
         FindGridStandard(rendered.dark, unit::GRID, ofStandard) && unit::InOrder(ofStandard, rendered.truth);
     if (found) ++standard.found;
-    if (!FindGridRobust(rendered.picture, unit::GRID, ofRobust)) continue;
+    if (!FindGridRobust(rendered.image, unit::GRID, ofRobust)) continue;
     ++robust.found;
     EXPECT_TRUE(unit::InOrder(ofRobust, rendered.truth)) << number;
     all.Compare(ofRobust, rendered.truth);

@@ -16,13 +16,13 @@ namespace {
 
 using Centres = std::vector<cv::Point2d>;
 
-cv::Mat HardPicture() {
-  cv::Mat picture;
+cv::Mat HardImage() {
+  cv::Mat image;
   for (int number = 0;; ++number) {
-    picture = unit::RandomFinderFrame(number).picture;
+    image = unit::RandomFinderFrame(number).image;
     Centres points;
-    if (!FindGridStandard(picture, unit::GRID, points) && FindGridRobust(picture, unit::GRID, points)) {
-      return picture;
+    if (!FindGridStandard(image, unit::GRID, points) && FindGridRobust(image, unit::GRID, points)) {
+      return image;
     }
   }
 }
@@ -30,7 +30,7 @@ cv::Mat HardPicture() {
 TEST(FinderChoice, IsTheStandardSearchAtFirst) {
   const auto calibrator = unit::MakeCalibrator();
   EXPECT_EQ(calibrator->GetFinder(), Calibrator::FINDER_STANDARD);
-  cv::Mat frame = unit::PictureWithGrid();
+  cv::Mat frame = unit::ImageWithGrid();
   Centres expected;
   ASSERT_TRUE(FindGridStandard(frame, unit::GRID, expected));
   Centres points;
@@ -40,16 +40,16 @@ TEST(FinderChoice, IsTheStandardSearchAtFirst) {
 }
 
 TEST(FinderChoice, RobustFindsWhatTheStandardSearchDoesNot) {
-  const cv::Mat picture = HardPicture();
+  const cv::Mat image = HardImage();
   const auto calibrator = unit::MakeCalibrator();
   Centres points;
-  cv::Mat frame = picture.clone();
+  cv::Mat frame = image.clone();
   EXPECT_FALSE(calibrator->DetectPoints(frame, points, false));
   calibrator->SetFinder(Calibrator::FINDER_ROBUST);
-  frame = picture.clone();
+  frame = image.clone();
   EXPECT_TRUE(calibrator->DetectPoints(frame, points, false));
   calibrator->SetFinder(Calibrator::FINDER_STANDARD);
-  frame = picture.clone();
+  frame = image.clone();
   EXPECT_FALSE(calibrator->DetectPoints(frame, points, false));
 }
 
@@ -60,22 +60,22 @@ TEST(FinderChoice, RobustSaysWhyItFoundNothingUntilItFindsTheGrid) {
   cv::Mat frame = cv::Mat::zeros(unit::FRAME, CV_8UC3);
   EXPECT_FALSE(calibrator->DetectPoints(frame, points, false));
   EXPECT_EQ(calibrator->WhyNotFound(), "too few circles in sight");
-  frame = unit::PictureWithGrid();
+  frame = unit::ImageWithGrid();
   EXPECT_TRUE(calibrator->DetectPoints(frame, points, false));
   EXPECT_EQ(calibrator->WhyNotFound(), "");
 }
 
 TEST(FinderChoice, ReachesBothFramesOfAPair) {
-  const cv::Mat picture = HardPicture();
+  const cv::Mat image = HardImage();
   const auto calibrator = unit::MakeCalibrator(Calibrator::STEREO);
   Centres left;
   Centres right;
-  cv::Mat leftFrame = picture.clone();
-  cv::Mat rightFrame = picture.clone();
+  cv::Mat leftFrame = image.clone();
+  cv::Mat rightFrame = image.clone();
   EXPECT_FALSE(calibrator->DetectStereoPoints(leftFrame, rightFrame, left, right, false));
   calibrator->SetFinder(Calibrator::FINDER_ROBUST);
-  leftFrame = picture.clone();
-  rightFrame = picture.clone();
+  leftFrame = image.clone();
+  rightFrame = image.clone();
   EXPECT_TRUE(calibrator->DetectStereoPoints(leftFrame, rightFrame, left, right, false));
   EXPECT_EQ(left, right);
   rightFrame.setTo(0);
@@ -86,17 +86,17 @@ TEST(FinderChoice, ReachesBothFramesOfAPair) {
 TEST(FinderChoice, ReachesPushedFrames) {
   const auto calibrator = unit::MakeCalibrator();
   calibrator->SetFinder(Calibrator::FINDER_ROBUST);
-  cv::Mat frame = HardPicture();
+  cv::Mat frame = HardImage();
   calibrator->NextFrameRGB(frame, 0, nullptr, false);
   EXPECT_TRUE(calibrator->IsDetected());
 }
 
 TEST(FinderChoice, SizesWithoutOneOrderAreSearchedByTheStandardSearch) {
   const cv::Size grid(4, 10);
-  const cv::Mat picture = unit::FlatGrid(grid);
-  Calibrator calibrator(grid, 0.02F, Calibrator::MONOCULAR, picture.cols, picture.rows);
+  const cv::Mat image = unit::FlatGrid(grid);
+  Calibrator calibrator(grid, 0.02F, Calibrator::MONOCULAR, image.cols, image.rows);
   calibrator.SetFinder(Calibrator::FINDER_ROBUST);
-  cv::Mat frame = picture.clone();
+  cv::Mat frame = image.clone();
   Centres points;
   EXPECT_TRUE(calibrator.DetectPoints(frame, points, false));
   EXPECT_EQ(points.size(), 40U);
@@ -112,11 +112,11 @@ TEST(FinderChoice, OfAnotherNumberIsRefusedWithAnErrorLine) {
 
 TEST(FinderChoice, CanBeSwitchedWhileFramesAreSearched) {
   const auto calibrator = unit::MakeCalibrator();
-  const cv::Mat picture = unit::PictureWithGrid();
+  const cv::Mat image = unit::ImageWithGrid();
   std::atomic<bool> done{false};
   std::thread searches([&] {
     for (int k = 0; k < 20; ++k) {
-      cv::Mat frame = picture.clone();
+      cv::Mat frame = image.clone();
       Centres points;
       EXPECT_TRUE(calibrator->DetectPoints(frame, points, false));
     }

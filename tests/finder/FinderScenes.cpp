@@ -18,14 +18,14 @@ constexpr int INK = 25;
 const cv::Size FRAME_SIZE(640, 480);
 
 /// The library's own circles are half a pixel larger than asked for.
-void PutDisc(cv::Mat& picture, double x, double y, double radius) {
+void PutDisc(cv::Mat& image, double x, double y, double radius) {
   const cv::Rect box(cvFloor(x - radius) - 1, cvFloor(y - radius) - 1, cvCeil(2.0 * radius) + 4,
                      cvCeil(2.0 * radius) + 4);
-  const cv::Rect inside = box & cv::Rect(cv::Point(), picture.size());
+  const cv::Rect inside = box & cv::Rect(cv::Point(), image.size());
   for (int row = inside.y; row < inside.y + inside.height; ++row) {
     for (int column = inside.x; column < inside.x + inside.width; ++column) {
       const double share = std::min(1.0, std::max(0.0, radius + 0.5 - std::hypot(column - x, row - y)));
-      unsigned char& pixel = picture.at<unsigned char>(row, column);
+      unsigned char& pixel = image.at<unsigned char>(row, column);
       pixel = cv::saturate_cast<unsigned char>(pixel + share * (INK - pixel));
     }
   }
@@ -115,7 +115,7 @@ cv::Mat CorneredShapes(int corners, double radius, double rotation) {
   return sheet;
 }
 
-/// The flat picture seen from somewhere, before clutter, blurred and noisy. `shrunk` becomes how much a
+/// The flat image seen from somewhere, before clutter, blurred and noisy. `shrunk` becomes how much a
 /// length shrinks where the sheet leans most, about.
 cv::Mat ViewedFromSomewhere(const cv::Mat& flat, cv::RNG& random, double* shrunk = nullptr) {
   const double scale = std::min(static_cast<double>(FRAME_SIZE.width) / flat.cols,
@@ -174,7 +174,7 @@ FinderFrame RandomFinderFrame(int number) {
     if (!world::PlaceGrid(scene.camera, scene.sheet, appearance, 1.0, pose)) continue;
     frame.obliqueness = world::Obliqueness(scene.sheet, pose);
     if (frame.obliqueness > 75.0) continue;
-    frame.picture = world::Renderer(scene).Render(pose);
+    frame.image = world::Renderer(scene).Render(pose);
     frame.centres = world::TrueCentres(scene.camera.lens, scene.sheet, pose);
     return frame;
   }
@@ -203,7 +203,7 @@ CorneredFrame RandomCorneredFrame(int number) {
   const double radius = SHAPE_PITCH * random.uniform(0.3, 0.7);
   const cv::Mat sheet = CorneredShapes(frame.corners, radius, random.uniform(0.0, 2.0 * CV_PI));
   double shrunk = 0.0;
-  frame.picture = ViewedFromSomewhere(sheet, random, &shrunk);
+  frame.image = ViewedFromSomewhere(sheet, random, &shrunk);
   frame.least = 2.0 * radius * std::cos(CV_PI / frame.corners) * shrunk;
   return frame;
 }

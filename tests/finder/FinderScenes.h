@@ -7,7 +7,7 @@
 namespace unit {
 
 struct FinderFrame {
-  cv::Mat picture;
+  cv::Mat image;
   std::vector<cv::Point2d> centres;  ///< the truth
   double obliqueness = 0.0;          ///< degrees between the line of sight and the paper's normal
 };
@@ -21,13 +21,13 @@ cv::Mat RandomForeignFrame(int number);
 
 /// Triangles, squares or pentagons at the points of the 4 x 11 grid, seen from somewhere.
 struct CorneredFrame {
-  cv::Mat picture;
+  cv::Mat image;
   int corners = 0;
   double least = 0.0;  ///< pixels across one of them, where it is narrowest
 };
 CorneredFrame RandomCorneredFrame(int number);
 
-/// A flat picture of dark discs in staggered rows.
+/// A flat image of dark discs in staggered rows.
 cv::Mat FlatGrid(const cv::Size& grid, double radius = 0.4, double step = 24.0);
 
 /// True when each centre is nearer to its own true one than to all others.

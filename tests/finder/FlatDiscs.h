@@ -1,4 +1,4 @@
-/// The discs of the flat picture of the 4 x 11 grid, as a search would have labelled them.
+/// The discs of the flat image of the 4 x 11 grid, as a search would have labelled them.
 #pragma once
 
 #include <opencv2/core.hpp>

@@ -28,7 +28,7 @@ cv::Point2d CentreOf(size_t disc) {
 /// A sheet from the front; `direction` and `beyond` (radii from its middle) say what of a disc is covered in
 /// `tone`.
 cv::Mat Covered(size_t disc, double direction, double beyond, int tone) {
-  cv::Mat picture = unit::FlatGrid(unit::GRID, 0.4, STEP);
+  cv::Mat image = unit::FlatGrid(unit::GRID, 0.4, STEP);
   const cv::Point2d normal(std::cos(direction), std::sin(direction));
   const cv::Point2d along(-normal.y, normal.x);
   const double radius = 0.4 * STEP;
@@ -38,9 +38,9 @@ cv::Mat Covered(size_t disc, double direction, double beyond, int tone) {
     const cv::Point2d at = CentreOf(disc) + normal * (out * radius) + along * (side * radius);
     outline.emplace_back(cvRound(16.0 * at.x), cvRound(16.0 * at.y));
   }
-  cv::fillConvexPoly(picture, outline, cv::Scalar(tone), cv::LINE_AA, 4);
-  cv::GaussianBlur(picture, picture, cv::Size(), 0.7);
-  return picture;
+  cv::fillConvexPoly(image, outline, cv::Scalar(tone), cv::LINE_AA, 4);
+  cv::GaussianBlur(image, image, cv::Size(), 0.7);
+  return image;
 }
 
 /// The largest distance of a disc from its true position.
@@ -79,19 +79,19 @@ TEST(HiddenDiscs, OneThatAFingerReachesIntoIsNeverFoundOffItsPlace) {
 
 TEST(HiddenDiscs, AShadowsEdgeMovesNoDiscByAPixel) {
   for (int number = 0; number < 12; ++number) {
-    cv::Mat picture = unit::FlatGrid(unit::GRID, 0.4, STEP);
+    cv::Mat image = unit::FlatGrid(unit::GRID, 0.4, STEP);
     const double angle = 0.5 * number;
-    const cv::Point2d middle(picture.cols * 0.5 + 3.0 * number, picture.rows * 0.5);
-    for (int y = 0; y < picture.rows; ++y) {
-      for (int x = 0; x < picture.cols; ++x) {
+    const cv::Point2d middle(image.cols * 0.5 + 3.0 * number, image.rows * 0.5);
+    for (int y = 0; y < image.rows; ++y) {
+      for (int x = 0; x < image.cols; ++x) {
         const double out = (x - middle.x) * std::cos(angle) + (y - middle.y) * std::sin(angle);
         const double dark = std::min(1.0, std::max(0.0, 0.5 + out / 3.0));
-        unsigned char& pixel = picture.at<unsigned char>(y, x);
+        unsigned char& pixel = image.at<unsigned char>(y, x);
         pixel = cv::saturate_cast<unsigned char>(pixel * (1.0 - 0.65 * dark));
       }
     }
-    cv::GaussianBlur(picture, picture, cv::Size(), 0.7);
-    const GridFinding finding = SearchGridRobust(picture, unit::GRID);
+    cv::GaussianBlur(image, image, cv::Size(), 0.7);
+    const GridFinding finding = SearchGridRobust(image, unit::GRID);
     ASSERT_TRUE(finding.Found()) << number << ": " << DescribeFault(finding.fault);
     EXPECT_LT(WorstOf(finding), 0.9) << number;
   }
@@ -100,13 +100,13 @@ TEST(HiddenDiscs, AShadowsEdgeMovesNoDiscByAPixel) {
 TEST(HiddenDiscs, ACornerThatTheLensDistortsAwayFromItsNeighboursIsNotTakenForHidden) {
   for (const int number : {121, 500, 594, 1404, 1663}) {
     const unit::FinderFrame frame = unit::RandomFinderFrame(number);
-    const GridFinding finding = SearchGridRobust(frame.picture, unit::GRID);
+    const GridFinding finding = SearchGridRobust(frame.image, unit::GRID);
     ASSERT_TRUE(finding.Found()) << number << ": " << DescribeFault(finding.fault);
     EXPECT_TRUE(unit::InOrder(finding.centres, frame.centres)) << number;
   }
 }
 
-/// The middle of the picture of a disc, which is not the picture of its middle.
+/// The middle of the image of a disc, which is not the image of its middle.
 cv::Point2d MiddleOfDisc(const world::Scene& scene, const world::Pose& pose, size_t disc) {
   constexpr int POINTS = 180;
   const std::vector<cv::Point3d> rims = scene.sheet.RimPoints(POINTS);

@@ -24,28 +24,28 @@ constexpr int PAPER = 235;
 
 /// The flat grid, whose disc at (3, 3) is missing among the candidates and painted as a test wants it.
 struct OneMissing {
-  OneMissing() : picture(unit::FlatGrid(FLAT_GRID, 0.4, FLAT_STEP)), discs(unit::FlatDiscs()) {
+  OneMissing() : image(unit::FlatGrid(FLAT_GRID, 0.4, FLAT_STEP)), discs(unit::FlatDiscs()) {
     discs.radii[AT_3_3] = 0.0;
     discs.centres[AT_3_3] = {};
-    cv::circle(picture, InFlatGrid({3, 3}), 12, cv::Scalar(PAPER), cv::FILLED);
+    cv::circle(image, InFlatGrid({3, 3}), 12, cv::Scalar(PAPER), cv::FILLED);
   }
 
   void Paint(const cv::Point& moved, int radius, int tone) {
-    cv::circle(picture, cv::Point(InFlatGrid({3, 3})) + moved, radius, cv::Scalar(tone), cv::FILLED,
+    cv::circle(image, cv::Point(InFlatGrid({3, 3})) + moved, radius, cv::Scalar(tone), cv::FILLED,
                cv::LINE_AA);
   }
   bool Recovers() {
-    finder::RecoverMissing(unit::PlaneOf(discs), picture, discs);
+    finder::RecoverMissing(unit::PlaneOf(discs), image, discs);
     return discs.Has(AT_3_3);
   }
 
-  cv::Mat picture;
+  cv::Mat image;
   LabelledDiscs discs;
 };
 
 TEST(MissingDiscs, AreRecoveredWhereTheyAreAndNowhereElse) {
-  cv::Mat picture = unit::FlatGrid(FLAT_GRID, 0.4, FLAT_STEP);
-  cv::circle(picture, InFlatGrid({3, 3}), 12, cv::Scalar(PAPER), cv::FILLED);
+  cv::Mat image = unit::FlatGrid(FLAT_GRID, 0.4, FLAT_STEP);
+  cv::circle(image, InFlatGrid({3, 3}), 12, cv::Scalar(PAPER), cv::FILLED);
   LabelledDiscs discs = unit::FlatDiscs();
   const size_t shown = 20;
   ASSERT_EQ(discs.gridIndices[AT_3_3], cv::Point(3, 3));
@@ -53,13 +53,13 @@ TEST(MissingDiscs, AreRecoveredWhereTheyAreAndNowhereElse) {
   const cv::Point2d truth = discs.centres[shown];
   discs.centres[shown] = {};
   const GridProjection projection = unit::PlaneOf(discs);
-  finder::RecoverMissing(projection, picture, discs);
+  finder::RecoverMissing(projection, image, discs);
   EXPECT_EQ(discs.Missing(), 1);
   EXPECT_FALSE(discs.Has(AT_3_3));
   EXPECT_LT(cv::norm(discs.centres[shown] - truth), 0.2);
   EXPECT_NEAR(discs.radii[shown], FLAT_RADIUS, 0.4);
-  EXPECT_FALSE(finder::MissesOutside(projection, discs, picture.size()));
-  EXPECT_TRUE(finder::MissesOutside(projection, discs, {picture.cols, cvRound(InFlatGrid({3, 3}).y)}));
+  EXPECT_FALSE(finder::MissesOutside(projection, discs, image.size()));
+  EXPECT_TRUE(finder::MissesOutside(projection, discs, {image.cols, cvRound(InFlatGrid({3, 3}).y)}));
 }
 
 TEST(MissingDiscs, AreRecoveredInTheWholePicturesPixels) {
@@ -89,7 +89,7 @@ TEST(MissingDiscs, AreNoSpotsBesideTheirPositions) {
 TEST(MissingDiscs, AreNoFaintSpots) {
   // All of the window has to be faint: other discs' ink is none of this one's.
   OneMissing one;
-  one.picture(cv::Rect(96, 96, 49, 49)).setTo(PAPER);
+  one.image(cv::Rect(96, 96, 49, 49)).setTo(PAPER);
   one.Paint({0, 0}, 9, PAPER - 15);
   EXPECT_FALSE(one.Recovers());
   one.Paint({0, 0}, 9, PAPER - 40);
@@ -129,7 +129,7 @@ TEST(MissingDiscs, AreOutsideAtEachOfTheEdges) {
 TEST(MissingDiscs, MayBeARowBeyondTheEdge) {
   const LabelledDiscs discs = unit::FlatDiscs();
   const GridProjection projection = unit::PlaneOf(discs);
-  // The flat picture has two steps of room on all sides: 48 pixels, and a row takes 24 + 9.6.
+  // The flat image has two steps of room on all sides: 48 pixels, and a row takes 24 + 9.6.
   EXPECT_FALSE(finder::ReachesEdge(projection, discs, {265, 337}));
   EXPECT_FALSE(finder::ReachesEdge(projection, discs, {265 - 14, 337 - 14}));
   EXPECT_TRUE(finder::ReachesEdge(projection, discs, {265 - 16, 337}));

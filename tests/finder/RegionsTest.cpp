@@ -16,7 +16,7 @@ bool Before(const Region& a, const Region& b) {
   return std::tie(a.box.y, a.box.x, a.area) < std::tie(b.box.y, b.box.x, b.area);
 }
 
-/// All regions below a level by connected components of the thresholded picture.
+/// All regions below a level by connected components of the thresholded image.
 std::vector<Region> Labelled(const cv::Mat& grey, int level) {
   cv::Mat labels, stats, centroids;
   const int count = cv::connectedComponentsWithStats(grey < level, labels, stats, centroids, 4, CV_32S);

@@ -23,21 +23,21 @@ const cv::Point2d CENTRE(80.3, 79.6);
 cv::Mat Painted(const cv::Matx22d& slope, const cv::Point2d& centre = CENTRE) {
   constexpr int PARTS = 8;
   const cv::Matx22d toSteps = slope.inv();
-  cv::Mat picture(160, 160, CV_8UC1);
-  for (int y = 0; y < picture.rows; ++y) {
-    for (int x = 0; x < picture.cols; ++x) {
+  cv::Mat image(160, 160, CV_8UC1);
+  for (int y = 0; y < image.rows; ++y) {
+    for (int x = 0; x < image.cols; ++x) {
       int covered = 0;
       for (int part = 0; part < PARTS * PARTS; ++part) {
         const cv::Point2d at(x - 0.5 + (part % PARTS + 0.5) / PARTS, y - 0.5 + (part / PARTS + 0.5) / PARTS);
         const cv::Vec2d steps = toSteps * cv::Vec2d(at.x - centre.x, at.y - centre.y);
         if (cv::norm(steps) < RADIUS) ++covered;
       }
-      picture.at<unsigned char>(y, x) =
+      image.at<unsigned char>(y, x) =
           cv::saturate_cast<unsigned char>(PAPER + (INK - PAPER) * covered / (1.0 * PARTS * PARTS));
     }
   }
-  cv::GaussianBlur(picture, picture, {}, 0.7);
-  return picture;
+  cv::GaussianBlur(image, image, {}, 0.7);
+  return image;
 }
 
 const cv::Matx22d UPRIGHT(STEP, 0.0, 0.0, STEP);
@@ -54,11 +54,11 @@ ExpectedDisc Expected(const cv::Matx22d& slope, const cv::Point2d& off = {}) {
 
 TEST(Rim, OfAWholeDiscIsSeenAllAroundFromAnywhereNear) {
   for (const cv::Matx22d& slope : {UPRIGHT, SLANTED}) {
-    const cv::Mat picture = Painted(slope);
+    const cv::Mat image = Painted(slope);
     for (double angle = 0.0; angle < 6.0; angle += 0.7) {
       // A third of the radius away, in steps.
       const cv::Vec2d off = slope * cv::Vec2d(std::cos(angle), std::sin(angle)) * (0.3 * RADIUS);
-      const Rim rim = FollowRim(picture, Expected(slope, {off[0], off[1]}));
+      const Rim rim = FollowRim(image, Expected(slope, {off[0], off[1]}));
       EXPECT_EQ(rim.visible, 1.0) << slope << angle;
       EXPECT_LT(cv::norm(rim.centre - CENTRE), 0.1) << slope << angle;
     }
@@ -76,31 +76,31 @@ TEST(Rim, MayHaveARadiusThatIsNotQuiteTheExpectedOne) {
 }
 
 TEST(Rim, OfAHalfDiscIsHalfSeenAndKnowsTheMiddleAllTheSame) {
-  cv::Mat picture = Painted(UPRIGHT);
-  picture.colRange(cvRound(CENTRE.x) + 2, picture.cols).setTo(PAPER);
-  const Rim rim = FollowRim(picture, Expected(UPRIGHT, {0.0, 1.0}));
+  cv::Mat image = Painted(UPRIGHT);
+  image.colRange(cvRound(CENTRE.x) + 2, image.cols).setTo(PAPER);
+  const Rim rim = FollowRim(image, Expected(UPRIGHT, {0.0, 1.0}));
   EXPECT_GT(rim.visible, 0.35);
   EXPECT_LT(rim.visible, 0.75);
   EXPECT_LT(cv::norm(rim.centre - CENTRE), 0.3);
 }
 
 TEST(Rim, IsNotMovedByAShadowsEdge) {
-  cv::Mat picture = Painted(UPRIGHT);
-  cv::Mat shadow = picture.rowRange(cvRound(CENTRE.y) + 4, picture.rows);
+  cv::Mat image = Painted(UPRIGHT);
+  cv::Mat shadow = image.rowRange(cvRound(CENTRE.y) + 4, image.rows);
   shadow.convertTo(shadow, CV_8U, 0.4);
-  cv::GaussianBlur(picture, picture, {}, 0.7);
-  const Rim rim = FollowRim(picture, Expected(UPRIGHT));
+  cv::GaussianBlur(image, image, {}, 0.7);
+  const Rim rim = FollowRim(image, Expected(UPRIGHT));
   EXPECT_GT(rim.visible, 0.9);
   EXPECT_LT(cv::norm(rim.centre - CENTRE), 0.5);
 }
 
 /// The shadow's own edge is the larger step, and near: the rim is the larger ratio.
 TEST(Rim, InAShadowIsNotMistakenForTheShadowsEdge) {
-  cv::Mat picture = Painted(UPRIGHT);
-  cv::Mat shadow = picture.rowRange(cvRound(CENTRE.y - RADIUS * STEP) - 5, picture.rows);
+  cv::Mat image = Painted(UPRIGHT);
+  cv::Mat shadow = image.rowRange(cvRound(CENTRE.y - RADIUS * STEP) - 5, image.rows);
   shadow.convertTo(shadow, CV_8U, 0.4);
-  cv::GaussianBlur(picture, picture, {}, 0.7);
-  const Rim rim = FollowRim(picture, Expected(UPRIGHT));
+  cv::GaussianBlur(image, image, {}, 0.7);
+  const Rim rim = FollowRim(image, Expected(UPRIGHT));
   EXPECT_EQ(rim.visible, 1.0);
   EXPECT_LT(cv::norm(rim.centre - CENTRE), 0.2);
 }
@@ -125,9 +125,9 @@ TEST(Rim, OfAFaintDiscIsAssessedByItsContrast) {
 }
 
 TEST(Rim, OfADiscThatThePictureCutsIsSeenInPart) {
-  const cv::Mat picture = Painted(UPRIGHT);
+  const cv::Mat image = Painted(UPRIGHT);
   const int left = cvRound(CENTRE.x - 4.0);
-  const cv::Mat cut = picture.colRange(left, picture.cols).clone();
+  const cv::Mat cut = image.colRange(left, image.cols).clone();
   const Rim rim = FollowRim(cut, Expected(UPRIGHT, {-1.0 * left, 0.0}));
   EXPECT_GT(rim.visible, 0.4);
   EXPECT_LT(rim.visible, 0.85);
@@ -135,10 +135,10 @@ TEST(Rim, OfADiscThatThePictureCutsIsSeenInPart) {
 
 /// The edges of one half see the radius and the middle in the same way: the equations are badly conditioned.
 TEST(Rim, OfAQuarterDrawsTheMiddleNowhereFar) {
-  cv::Mat picture = Painted(UPRIGHT);
-  picture.colRange(cvRound(CENTRE.x), picture.cols).setTo(PAPER);
-  picture.rowRange(cvRound(CENTRE.y), picture.rows).setTo(PAPER);
-  const Rim rim = FollowRim(picture, Expected(UPRIGHT));
+  cv::Mat image = Painted(UPRIGHT);
+  image.colRange(cvRound(CENTRE.x), image.cols).setTo(PAPER);
+  image.rowRange(cvRound(CENTRE.y), image.rows).setTo(PAPER);
+  const Rim rim = FollowRim(image, Expected(UPRIGHT));
   EXPECT_LT(rim.visible, 0.6);
   EXPECT_LT(cv::norm(rim.centre - CENTRE), 0.25 * RADIUS * STEP);
 }

@@ -1,4 +1,4 @@
-/// The robust search of the grid, on rendered pictures with known centres and on pictures of other things.
+/// The robust search of the grid, on rendered images with known centres and on images of other things.
 #include "finder/RobustFinder.h"
 
 #include <gtest/gtest.h>
@@ -23,12 +23,12 @@ TEST(RobustFinder, FindsTheCentresOfEachViewInTheOrderOfTheDefaultSearchAndAsNea
   const unit::RenderedViews& views = unit::Rendered();
   double squaredErrors = 0.0;
   double squaredErrorsOfDefault = 0.0;
-  for (size_t view = 0; view < views.pictures.size(); ++view) {
+  for (size_t view = 0; view < views.images.size(); ++view) {
     SCOPED_TRACE(view);
-    const GridFinding finding = SearchGridRobust(views.pictures[view], unit::GRID);
+    const GridFinding finding = SearchGridRobust(views.images[view], unit::GRID);
     ASSERT_TRUE(finding.Found()) << DescribeFault(finding.fault);
     std::vector<cv::Point2d> expected;
-    ASSERT_TRUE(FindGridStandard(views.pictures[view], unit::GRID, expected));
+    ASSERT_TRUE(FindGridStandard(views.images[view], unit::GRID, expected));
     ASSERT_EQ(finding.centres.size(), 44U);
     for (size_t i = 0; i < 44; ++i) EXPECT_LT(cv::norm(finding.centres[i] - expected[i]), 0.6);
     squaredErrors += std::pow(Rms(finding.centres, views.centres[view]), 2);
@@ -44,7 +44,7 @@ TEST(RobustFinder, FindsNearlyAllWholeGridsAndNoneInAWrongOrder) {
   for (int number = 0; number < 150; ++number) {
     SCOPED_TRACE(number);
     const unit::FinderFrame frame = unit::RandomFinderFrame(number);
-    const GridFinding finding = SearchGridRobust(frame.picture, unit::GRID);
+    const GridFinding finding = SearchGridRobust(frame.image, unit::GRID);
     if (finding.Found()) {
       EXPECT_TRUE(unit::InOrder(finding.centres, frame.centres));
     }
@@ -70,7 +70,7 @@ TEST(RobustFinder, TakesNoTrianglesOrSquaresForDiscs) {
     // The fewest pixels across that corners can be told at; five of them look round.
     if (frame.corners > 4 || frame.least < 8.0) continue;
     ++tellable;
-    EXPECT_FALSE(SearchGridRobust(frame.picture, unit::GRID).Found()) << number;
+    EXPECT_FALSE(SearchGridRobust(frame.image, unit::GRID).Found()) << number;
   }
   EXPECT_GT(tellable, 50);
 }
@@ -85,7 +85,7 @@ TEST(RobustFinder, GivesTheRadiiOfTheDiscs) {
 
 TEST(RobustFinder, FindsLightDiscsOnADarkGroundToo) {
   const unit::FinderFrame frame = unit::RandomFinderFrame(3);
-  const cv::Mat inverted = cv::Scalar::all(255) - frame.picture;
+  const cv::Mat inverted = cv::Scalar::all(255) - frame.image;
   const GridFinding finding = SearchGridRobust(inverted, unit::GRID);
   ASSERT_TRUE(finding.Found()) << DescribeFault(finding.fault);
   EXPECT_TRUE(unit::InOrder(finding.centres, frame.centres));
@@ -93,7 +93,7 @@ TEST(RobustFinder, FindsLightDiscsOnADarkGroundToo) {
 
 TEST(RobustFinder, FindsFaintDiscs) {
   cv::Mat faint;
-  unit::PictureWithGrid().convertTo(faint, CV_8U, 0.08, 110.0);
+  unit::ImageWithGrid().convertTo(faint, CV_8U, 0.08, 110.0);
   const GridFinding finding = SearchGridRobust(faint, unit::GRID);
   ASSERT_TRUE(finding.Found()) << DescribeFault(finding.fault);
   EXPECT_TRUE(unit::InOrder(finding.centres, unit::Rendered().centres.front()));
@@ -101,9 +101,9 @@ TEST(RobustFinder, FindsFaintDiscs) {
 
 TEST(RobustFinder, FindsOtherSizesOfTheGridAndNoneOfThemAsAnother) {
   for (const cv::Size& grid : {cv::Size(3, 9), cv::Size(5, 5), cv::Size(7, 13), cv::Size(4, 5)}) {
-    const cv::Mat picture = unit::FlatGrid(grid);
-    EXPECT_TRUE(SearchGridRobust(picture, grid).Found()) << grid;
-    EXPECT_FALSE(SearchGridRobust(picture, unit::GRID).Found()) << grid;
+    const cv::Mat image = unit::FlatGrid(grid);
+    EXPECT_TRUE(SearchGridRobust(image, grid).Found()) << grid;
+    EXPECT_FALSE(SearchGridRobust(image, unit::GRID).Found()) << grid;
     EXPECT_FALSE(SearchGridRobust(unit::FlatGrid(unit::GRID), grid).Found()) << grid;
   }
 }
@@ -114,12 +114,12 @@ TEST(RobustFinder, TakesNoSizeWhoseOrderIsAGuess) {
 }
 
 TEST(RobustFinder, FindsTheSameInGreyAndInFourChannels) {
-  const cv::Mat picture = unit::PictureWithGrid();
+  const cv::Mat image = unit::ImageWithGrid();
   std::vector<cv::Point2d> expected;
-  ASSERT_TRUE(FindGridRobust(picture, unit::GRID, expected));
+  ASSERT_TRUE(FindGridRobust(image, unit::GRID, expected));
   for (const int conversion : {cv::COLOR_BGR2GRAY, cv::COLOR_BGR2BGRA}) {
     cv::Mat other;
-    cv::cvtColor(picture, other, conversion);
+    cv::cvtColor(image, other, conversion);
     std::vector<cv::Point2d> points;
     EXPECT_TRUE(FindGridRobust(other, unit::GRID, points));
     EXPECT_EQ(points, expected);
@@ -127,11 +127,11 @@ TEST(RobustFinder, FindsTheSameInGreyAndInFourChannels) {
 }
 
 TEST(RobustFinder, LeavesThePictureAlone) {
-  const cv::Mat picture = unit::PictureWithGrid();
-  const cv::Mat before = picture.clone();
+  const cv::Mat image = unit::ImageWithGrid();
+  const cv::Mat before = image.clone();
   std::vector<cv::Point2d> points;
-  FindGridRobust(picture, unit::GRID, points);
-  EXPECT_EQ(cv::norm(picture, before, cv::NORM_INF), 0.0);
+  FindGridRobust(image, unit::GRID, points);
+  EXPECT_EQ(cv::norm(image, before, cv::NORM_INF), 0.0);
 }
 
 TEST(RobustFinder, NeverRaisesAnExceptionForAFrameThatItCannotUse) {
@@ -143,12 +143,12 @@ TEST(RobustFinder, NeverRaisesAnExceptionForAFrameThatItCannotUse) {
     EXPECT_TRUE(points.empty());
   }
   for (const cv::Size& grid : {cv::Size(0, 0), cv::Size(-3, 11), cv::Size(100, 100), cv::Size(1 << 30, 3)}) {
-    EXPECT_NO_THROW(EXPECT_FALSE(FindGridRobust(unit::PictureWithGrid(), grid, points)));
+    EXPECT_NO_THROW(EXPECT_FALSE(FindGridRobust(unit::ImageWithGrid(), grid, points)));
   }
 }
 
-GridFault FaultOf(const cv::Mat& picture) {
-  return SearchGridRobust(picture, unit::GRID).fault;
+GridFault FaultOf(const cv::Mat& image) {
+  return SearchGridRobust(image, unit::GRID).fault;
 }
 
 TEST(RobustFinder, SaysWhyItFoundNothing) {

@@ -32,17 +32,17 @@ TEST(SeedOrder, PutsTheInsideOfAPatternBeforeStrewnSpots) {
 /// Spots as dark as the discs and darker, as many as asked for less those that would lie on the sheet.
 cv::Mat AmongSpots(int count, std::uint64_t seed) {
   const cv::Mat sheet = unit::FlatGrid(unit::GRID, 0.4, 20.0);
-  cv::Mat picture(480, 640, CV_8UC1, cv::Scalar(235));
+  cv::Mat image(480, 640, CV_8UC1, cv::Scalar(235));
   const cv::Rect gridIndex(200, 100, sheet.cols, sheet.rows);
   cv::RNG random(seed);
   for (int k = 0; k < count; ++k) {
     const cv::Point2d at(random.uniform(8.0, 632.0), random.uniform(8.0, 472.0));
     const double radius = random.uniform(2.0, 6.0);
-    cv::circle(picture, at * 16.0, cvRound(16.0 * radius), cv::Scalar(5), cv::FILLED, cv::LINE_AA, 4);
+    cv::circle(image, at * 16.0, cvRound(16.0 * radius), cv::Scalar(5), cv::FILLED, cv::LINE_AA, 4);
   }
-  sheet.copyTo(picture(gridIndex));
-  cv::GaussianBlur(picture, picture, cv::Size(), 0.7);
-  return picture;
+  sheet.copyTo(image(gridIndex));
+  cv::GaussianBlur(image, image, cv::Size(), 0.7);
+  return image;
 }
 
 TEST(SeedOrder, LeadsToTheGridAmongHundredsOfSpots) {

@@ -18,7 +18,7 @@ const cv::Size GRID(4, 11);
 /// A sheet with a spot of that number of corners, or of none, at each grid point; its projection and its
 /// spots.
 struct Sheet {
-  explicit Sheet(int corners, double radius = 16.0) : picture(560, 480, CV_8UC1, cv::Scalar(235)) {
+  explicit Sheet(int corners, double radius = 16.0) : image(560, 480, CV_8UC1, cv::Scalar(235)) {
     discs.grid = GRID;
     discs.gridIndices = finder::PatternIndices(GRID);
     for (const cv::Point& gridIndex : discs.gridIndices) {
@@ -32,22 +32,22 @@ struct Sheet {
         outline.emplace_back(cvRound(16.0 * (at.x + radius * std::cos(angle))),
                              cvRound(16.0 * (at.y + radius * std::sin(angle))));
       }
-      cv::fillConvexPoly(picture, outline, cv::Scalar(25), cv::LINE_AA, 4);
+      cv::fillConvexPoly(image, outline, cv::Scalar(25), cv::LINE_AA, 4);
     }
   }
 
   finder::ShapeMoments Shape() const {
     finder::GridProjection projection;
     EXPECT_TRUE(projection.Fit(discs));
-    return finder::MeanShape(projection, picture, discs);
+    return finder::MeanShape(projection, image, discs);
   }
   bool Discs() const {
     finder::GridProjection projection;
     EXPECT_TRUE(projection.Fit(discs));
-    return finder::AreDiscs(projection, picture, discs);
+    return finder::AreDiscs(projection, image, discs);
   }
 
-  cv::Mat picture;
+  cv::Mat image;
   finder::LabelledDiscs discs;
 };
 
@@ -72,7 +72,7 @@ TEST(Shape, OfTrianglesHasTheThird) {
 TEST(Shape, OfSquaresHasTheFourthAtAnyBlur) {
   for (const double blur : {0.4, 2.0, 4.0}) {
     Sheet sheet(4);
-    cv::GaussianBlur(sheet.picture, sheet.picture, cv::Size(), blur);
+    cv::GaussianBlur(sheet.image, sheet.image, cv::Size(), blur);
     EXPECT_NEAR(sheet.Shape().fourth, 0.49, 0.13) << blur;
     EXPECT_FALSE(sheet.Discs());
   }
@@ -81,17 +81,17 @@ TEST(Shape, OfSquaresHasTheFourthAtAnyBlur) {
 TEST(Shape, OfEllipsesOnASheetSeenFromTheFrontHasTheSecond) {
   Sheet sheet(0);
   cv::Mat stretched;
-  cv::resize(sheet.picture, stretched, cv::Size(), 2.0, 1.0, cv::INTER_LINEAR);
+  cv::resize(sheet.image, stretched, cv::Size(), 2.0, 1.0, cv::INTER_LINEAR);
   for (size_t k = 0; k < sheet.discs.centres.size(); ++k) {
     // The middle of a pixel stays where it is.
     sheet.discs.centres[k].x = 2.0 * sheet.discs.centres[k].x + 0.5;
     sheet.discs.radii[k] *= std::sqrt(2.0);
   }
-  sheet.picture = stretched;
+  sheet.image = stretched;
   EXPECT_LT(sheet.Shape().second, 0.05) << "the plane explains it";
   Sheet upright(0, 9.0);
   for (size_t k = 0; k < upright.discs.centres.size(); ++k) {
-    cv::ellipse(upright.picture, upright.discs.centres[k], cv::Size(18, 8), 0.0, 0.0, 360.0, cv::Scalar(25),
+    cv::ellipse(upright.image, upright.discs.centres[k], cv::Size(18, 8), 0.0, 0.0, 360.0, cv::Scalar(25),
                 cv::FILLED, cv::LINE_AA);
     upright.discs.radii[k] = 12.0;
   }

@@ -163,28 +163,28 @@ TEST(Surroundings, SayWhatEliminationDoesAtCornersAndWithGapsAndOutliers) {
 TEST(Surroundings, HaveTheMedianContrastOfTheNearestDiscs) {
   const LabelledDiscs discs = unit::FlatDiscs();
   const GridProjection projection = unit::PlaneOf(discs);
-  cv::Mat picture = unit::FlatGrid(FLAT_GRID, 0.4, FLAT_STEP);
-  EXPECT_EQ(finder::ContrastAround(projection, picture, discs, MIDDLE), 210.0);
+  cv::Mat image = unit::FlatGrid(FLAT_GRID, 0.4, FLAT_STEP);
+  EXPECT_EQ(finder::ContrastAround(projection, image, discs, MIDDLE), 210.0);
   // Neither the disc itself, nor one of its neighbours, nor far ones change it.
   for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
     const cv::Point apart = discs.gridIndices[k] - discs.gridIndices[MIDDLE];
     const bool near = std::max(std::abs(apart.x), std::abs(apart.y)) <= 2;
     if (near && k != MIDDLE && apart != cv::Point(1, 1)) continue;
-    cv::circle(picture, discs.centres[k], cvCeil(FLAT_RADIUS), cv::Scalar(135), cv::FILLED);
+    cv::circle(image, discs.centres[k], cvCeil(FLAT_RADIUS), cv::Scalar(135), cv::FILLED);
   }
-  EXPECT_EQ(finder::ContrastAround(projection, picture, discs, MIDDLE), 210.0);
+  EXPECT_EQ(finder::ContrastAround(projection, image, discs, MIDDLE), 210.0);
 }
 
 TEST(Surroundings, HaveNoContrastWithoutDiscs) {
   LabelledDiscs discs = unit::FlatDiscs();
   const GridProjection projection = unit::PlaneOf(discs);
-  const cv::Mat picture = unit::FlatGrid(FLAT_GRID, 0.4, FLAT_STEP);
+  const cv::Mat image = unit::FlatGrid(FLAT_GRID, 0.4, FLAT_STEP);
   EXPECT_EQ(finder::ContrastAround(projection, cv::Mat(360, 300, CV_8UC1, cv::Scalar(90)), discs, MIDDLE),
             0.0);
   for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
     if (k != MIDDLE) discs.radii[k] = 0.0;
   }
-  EXPECT_EQ(finder::ContrastAround(projection, picture, discs, MIDDLE), 0.0);
+  EXPECT_EQ(finder::ContrastAround(projection, image, discs, MIDDLE), 0.0);
 }
 
 }  // namespace

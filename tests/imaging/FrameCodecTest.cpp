@@ -1,4 +1,4 @@
-/// Pictures as they travel.
+/// Images as they travel.
 #include "imaging/FrameCodec.h"
 
 #include <gtest/gtest.h>
@@ -14,17 +14,17 @@ using namespace velmora;
 
 namespace {
 
-std::vector<unsigned char> Jpeg70(const cv::Mat& picture) {
+std::vector<unsigned char> Jpeg70(const cv::Mat& image) {
   std::vector<unsigned char> bytes;
-  cv::imencode(".jpg", picture, bytes, {cv::IMWRITE_JPEG_QUALITY, 70});
+  cv::imencode(".jpg", image, bytes, {cv::IMWRITE_JPEG_QUALITY, 70});
   return bytes;
 }
 
 TEST(FrameCodec, DecodesTheTextOfAPicture) {
   std::vector<unsigned char> bytes;
-  const cv::Mat picture = unit::PictureWithGrid();
-  cv::imencode(".png", picture, bytes);
-  EXPECT_SAME_MAT(DecodeJpegB64(unit::Base64Of(bytes)), picture);
+  const cv::Mat image = unit::ImageWithGrid();
+  cv::imencode(".png", image, bytes);
+  EXPECT_SAME_MAT(DecodeJpegB64(unit::Base64Of(bytes)), image);
 }
 
 TEST(FrameCodec, DecodesAGreyPictureInColour) {
@@ -48,17 +48,17 @@ TEST(FrameCodec, GivesNothingForAPictureThatClaimsAnEnormousSize) {
 }
 
 TEST(FrameCodec, EncodesWithQuality70) {
-  const cv::Mat picture = unit::PictureWithGrid();
-  EXPECT_EQ(EncodeJpeg(picture, cv::Size()), Jpeg70(picture));
+  const cv::Mat image = unit::ImageWithGrid();
+  EXPECT_EQ(EncodeJpeg(image, cv::Size()), Jpeg70(image));
 }
 
 TEST(FrameCodec, ScalesOnlyWhenBothSidesArePositive) {
-  const cv::Mat picture = unit::PictureWithGrid();
+  const cv::Mat image = unit::ImageWithGrid();
   cv::Mat small;
-  cv::resize(picture, small, {200, 100}, 0, 0, cv::INTER_LINEAR);
-  EXPECT_EQ(EncodeJpeg(picture, {200, 100}), Jpeg70(small));
+  cv::resize(image, small, {200, 100}, 0, 0, cv::INTER_LINEAR);
+  EXPECT_EQ(EncodeJpeg(image, {200, 100}), Jpeg70(small));
   for (const cv::Size& size : {cv::Size(0, 100), cv::Size(200, 0), cv::Size(-1, 100), cv::Size(200, -1)}) {
-    EXPECT_EQ(EncodeJpeg(picture, size), Jpeg70(picture)) << size;
+    EXPECT_EQ(EncodeJpeg(image, size), Jpeg70(image)) << size;
   }
 }
 

@@ -1,4 +1,4 @@
-/// Pictures of the review: a snapshot with the grid reprojected through the model.
+/// Images of the review: a snapshot with the grid reprojected through the model.
 #include "imaging/Review.h"
 
 #include <gtest/gtest.h>
@@ -30,15 +30,15 @@ class Review : public ::testing::Test {
     result_.rms = 0.25F;
   }
 
-  static void Put(cv::Mat& picture, const char* text, int y) {
-    cv::putText(picture, text, {10, y}, cv::FONT_HERSHEY_SIMPLEX, 0.5, cv::Scalar(255, 255, 255), 1,
-                cv::LINE_8, false);
+  static void Put(cv::Mat& image, const char* text, int y) {
+    cv::putText(image, text, {10, y}, cv::FONT_HERSHEY_SIMPLEX, 0.5, cv::Scalar(255, 255, 255), 1, cv::LINE_8,
+                false);
   }
 
-  void DrawProjectedGrid(cv::Mat& picture) const {
+  void DrawProjectedGrid(cv::Mat& image) const {
     std::vector<cv::Point2d> projected;
     cv::projectPoints(view_.objectPoints, result_.rvec, result_.tvec, result_.K, result_.D, projected);
-    cv::drawChessboardCorners(picture, view_.patternSize,
+    cv::drawChessboardCorners(image, view_.patternSize,
                               std::vector<cv::Point2f>(projected.begin(), projected.end()), true);
   }
 

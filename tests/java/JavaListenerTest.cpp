@@ -28,7 +28,7 @@ class JavaListening : public ::testing::Test {
     return calibrator_->RegisterCalibrationListener(env_, recorder.Get(), sendImage ? 1 : 0, width, height);
   }
   void Push(JNIEnv* env) {
-    cv::Mat image = unit::PictureWithGrid();
+    cv::Mat image = unit::ImageWithGrid();
     calibrator_->NextFrameRGB(image, 0, env, false);
   }
   void CollectGarbage() {
@@ -64,7 +64,7 @@ TEST_F(JavaListening, GetsTheFrameAsJpegInTheSizeAskedFor) {
   Recorder recorder(env_);
   ASSERT_TRUE(Register(recorder, true, 200, 100));
   Push(env_);
-  EXPECT_EQ(recorder.Image(), EncodeJpeg(unit::PictureWithGrid(), {200, 100}));
+  EXPECT_EQ(recorder.Image(), EncodeJpeg(unit::ImageWithGrid(), {200, 100}));
   EXPECT_EQ(recorder.Status(), calibrator_->GetStatus_QVX());
 }
 
@@ -73,7 +73,7 @@ TEST_F(JavaListening, GetsTheFrameInItsOwnSizeWhenASideIsZero) {
     Recorder recorder(env_);
     ASSERT_TRUE(Register(recorder, true, size.width, size.height));
     Push(env_);
-    EXPECT_EQ(recorder.Image(), EncodeJpeg(unit::PictureWithGrid(), cv::Size())) << size;
+    EXPECT_EQ(recorder.Image(), EncodeJpeg(unit::ImageWithGrid(), cv::Size())) << size;
   }
 }
 
@@ -104,7 +104,7 @@ TEST_F(JavaListening, IsCalledByTheThreadsOfBothGrabbers) {
   Push(nullptr);
   ASSERT_TRUE(recorder.AwaitCalls(1));
   calibrator_->OpenJpegB64FrameGrabber();
-  std::string text = unit::JpegB64(unit::PictureWithGrid());
+  std::string text = unit::JpegB64(unit::ImageWithGrid());
   calibrator_->NextFrameJpegB64(text, 0, nullptr, false);
   EXPECT_TRUE(recorder.AwaitCalls(2));
 }

@@ -31,7 +31,7 @@ Target Bent(double a, double b, double c) {
   return target;
 }
 
-/// Pictures of what the sheet really is like.
+/// Images of what the sheet really is like.
 unit::PointLists Observed(const world::Lens& lens, const Target& target, int count, std::uint64_t seed,
                           double noise) {
   const world::Camera camera = {unit::FRAME, lens};

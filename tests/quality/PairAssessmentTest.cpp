@@ -114,7 +114,7 @@ TEST(PairVerdict, OfFrontalViewsWithGoodIntrinsicsRestsOnThese) {
   EXPECT_GT(verdict.withLenses.rotation, 1.0);
 }
 
-/// The sheet is this far aside when the right camera takes its picture of these views.
+/// The sheet is this far aside when the right camera takes its image of these views.
 unit::PointPairs MovedPairs(const world::Pair& rig, const std::vector<size_t>& views, double aside) {
   auto poses = world::SampleRigViews(rig, 12, 2, Paper());
   unit::PointPairs pairs = unit::ObservedByBoth(rig, poses, 1, 0.1);

@@ -63,11 +63,11 @@ TEST(PoseCandidates, AreFoundByBothSearchesInTheirOrder) {
   const auto candidates = CandidatesFor(TrueIntrinsics(), CentredGrid(), unit::FRAME, 24);
   int standard = 0;
   for (const PoseCandidate& candidate : candidates) {
-    const cv::Mat picture = renderer.Render(PoseOf(candidate.pose));
+    const cv::Mat image = renderer.Render(PoseOf(candidate.pose));
     std::vector<cv::Point2d> points;
-    EXPECT_TRUE(robust.Find(picture, unit::GRID, points));
+    EXPECT_TRUE(robust.Find(image, unit::GRID, points));
     EXPECT_LT(cv::norm(points, candidate.view.image, cv::NORM_INF), 2.0);
-    if (!FindGridStandard(picture, unit::GRID, points)) continue;
+    if (!FindGridStandard(image, unit::GRID, points)) continue;
     ++standard;
     EXPECT_LT(cv::norm(points, candidate.view.image, cv::NORM_INF), 2.0);
   }

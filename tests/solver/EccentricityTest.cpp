@@ -1,4 +1,4 @@
-/// The centroids of discs' pictures, and cameras computed from them.
+/// The centroids of discs' images, and cameras computed from them.
 #include "solver/Eccentricity.h"
 
 #include <gtest/gtest.h>
@@ -18,7 +18,7 @@ namespace {
 
 constexpr double DISC = 0.008;
 
-/// The centroid of an ellipse is its middle: that of a disc's picture, without distortion, out of the conic
+/// The centroid of an ellipse is its middle: that of a disc's image, without distortion, out of the conic
 /// of its rim.
 cv::Point2d MiddleOfEllipse(const cv::Matx33d& homography, double radius) {
   const cv::Matx33d rim(1.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, -radius * radius);

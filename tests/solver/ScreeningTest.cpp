@@ -1,4 +1,4 @@
-/// Which views are taken for pictures of a plane grid before the intrinsics are known.
+/// Which views are taken for images of a plane grid before the intrinsics are known.
 #include "solver/Screening.h"
 
 #include <gtest/gtest.h>

@@ -226,7 +226,7 @@ TEST(SparsePairRefinement, LeavesTheGivenIntrinsicsAlone) {
   EXPECT_SAME_MAT(start.DRight, truth.DRight);
 }
 
-/// The pictures of discs, seen as the centroids of their rims' projections.
+/// The images of discs, seen as the centroids of their rims' projections.
 unit::PointPairs Centroids(const world::Pair& rig, int count, double radius) {
   unit::PointPairs pairs;
   const auto observed = [&](const world::Camera& camera, const world::Pose& pose) {

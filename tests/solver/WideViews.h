@@ -32,7 +32,7 @@ inline world::Camera FisheyeCamera(double degrees) {
   return WideCamera(degrees, {4.0 / 15.0, 0.0, 0.0008, -0.0006, 0.0, 3.0 / 5.0, 0.0, 0.0});
 }
 
-/// The centroid of a disc's picture, by many rim points.
+/// The centroid of a disc's image, by many rim points.
 inline cv::Point2d CentroidOf(const world::Camera& camera, const world::Pose& pose,
                               const cv::Point3d& centre) {
   constexpr int POINTS = 128;

@@ -1,4 +1,4 @@
-/// Measures discs in pictures.
+/// Measures discs in images.
 #pragma once
 
 #include <algorithm>
@@ -22,17 +22,17 @@ inline std::vector<cv::Point2d> Widened(const std::vector<cv::Point2d>& polygon,
 }
 
 /// The centre of gravity of the darkness within a convex polygon, in the first channel of an 8-bit BGR
-/// picture. Darkness counts below a share of the brightest pixel; with a share under 1, paper in uneven light
+/// image. Darkness counts below a share of the brightest pixel; with a share under 1, paper in uneven light
 /// has none.
-inline cv::Point2d DarkCentroid(const cv::Mat& picture, const std::vector<cv::Point2d>& polygon,
+inline cv::Point2d DarkCentroid(const cv::Mat& image, const std::vector<cv::Point2d>& polygon,
                                 double share = 1.0) {
   std::vector<cv::Point> corners;
   for (const cv::Point2d& p : polygon) corners.emplace_back(cvRound(p.x), cvRound(p.y));
-  cv::Mat mask = cv::Mat::zeros(picture.size(), CV_8UC1);
+  cv::Mat mask = cv::Mat::zeros(image.size(), CV_8UC1);
   cv::fillConvexPoly(mask, corners, cv::Scalar(255));
-  const cv::Rect window = cv::boundingRect(corners) & cv::Rect({0, 0}, picture.size());
+  const cv::Rect window = cv::boundingRect(corners) & cv::Rect({0, 0}, image.size());
   cv::Mat levels;
-  cv::extractChannel(picture, levels, 0);
+  cv::extractChannel(image, levels, 0);
   double brightest = 0.0;
   cv::minMaxLoc(levels(window), nullptr, &brightest, nullptr, nullptr, mask(window));
   double sum = 0.0;

@@ -1,4 +1,4 @@
-/// Tests that rendered pictures are good for what they are made for: finding the grid and calibrating.
+/// Tests that rendered images are good for what they are made for: finding the grid and calibrating.
 #include <gtest/gtest.h>
 
 #include <cmath>

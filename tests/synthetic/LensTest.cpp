@@ -112,7 +112,7 @@ TEST(Lens, RefusesPixelsBeyondTheFoldOfAStrongBarrel) {
 
 TEST(Lens, RefusesRootsBehindTheFold) {
   const Lens lens(MATRIX, {-0.5, 0.0, 0.0, 0.0});
-  // Past r = sqrt(2) the picture is turned around: this ray and another one share their pixel.
+  // Past r = sqrt(2) the image is turned around: this ray and another one share their pixel.
   const cv::Point2d mirrored(-1.5, 0.1);
   const cv::Point2d folded(1.1, 0.2);
   EXPECT_FALSE(lens.Images(mirrored));

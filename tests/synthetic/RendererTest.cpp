@@ -1,4 +1,4 @@
-/// Tests of rendered pictures.
+/// Tests of rendered images.
 #include "Renderer.h"
 
 #include <gtest/gtest.h>
@@ -29,11 +29,11 @@ double Reach(const std::vector<cv::Point2d>& centres) {
 }
 
 /// The farthest of the measured centres from the true ones, pixels.
-double WorstCentroid(const Scene& scene, const Pose& pose, const cv::Mat& picture) {
+double WorstCentroid(const Scene& scene, const Pose& pose, const cv::Mat& image) {
   const std::vector<cv::Point2d> centres = world::TrueCentres(scene.camera.lens, scene.sheet, pose);
   double worst = 0.0;
   for (const cv::Point2d& centre : centres) {
-    worst = std::max(worst, cv::norm(DarkCentroid(picture, SquareAround(centre, Reach(centres))) - centre));
+    worst = std::max(worst, cv::norm(DarkCentroid(image, SquareAround(centre, Reach(centres))) - centre));
   }
   return worst;
 }
@@ -86,14 +86,14 @@ TEST(Renderer, FillsExactlyTheDistortedOutlinesOfTheDiscs) {
     scene.camera = camera;
     Renderer renderer(scene);
     for (const Pose& pose : world::SampleViews(camera, 4, 2)) {
-      const cv::Mat picture = renderer.Render(pose);
+      const cv::Mat image = renderer.Render(pose);
       const std::vector<cv::Point2d> rims =
           world::ProjectPoints(camera.lens, scene.sheet.RimPoints(RIM), pose);
       for (std::size_t disc = 0; disc < 44; ++disc) {
         const auto first = rims.begin() + static_cast<std::ptrdiff_t>(disc * RIM);
         const std::vector<cv::Point2d> rim(first, first + RIM);
         const cv::Point2d expected = AreaCentroid(rim);
-        const cv::Point2d measured = DarkCentroid(picture, Widened(rim, expected, 2.0));
+        const cv::Point2d measured = DarkCentroid(image, Widened(rim, expected, 2.0));
         ASSERT_LT(cv::norm(measured - expected), 0.02) << "disc " << disc << " at " << expected;
       }
     }
@@ -235,14 +235,14 @@ TEST(Renderer, BlursWithoutMovingDiscs) {
 TEST(Renderer, RendersEdgesBetweenInkAndPaper) {
   Scene scene;
   const Pose pose = world::FrontalViews(scene.camera, 1).front();
-  const cv::Mat picture = Renderer(scene).Render(pose);
+  const cv::Mat image = Renderer(scene).Render(pose);
   double area = 0.0;
   for (const cv::Point2d& centre : world::TrueCentres(scene.camera.lens, scene.sheet, pose)) {
     const double reach = 0.6 * scene.sheet.Unit() / pose.tvec[2] * scene.camera.lens.K()(0, 0);
     const int size = static_cast<int>(2.0 * reach) + 1;
     const cv::Rect window(static_cast<int>(centre.x - reach), static_cast<int>(centre.y - reach), size, size);
-    area += window.area() * (scene.paperLevel - cv::mean(picture(window))[0]) /
-            (scene.paperLevel - scene.inkLevel);
+    area +=
+        window.area() * (scene.paperLevel - cv::mean(image(window))[0]) / (scene.paperLevel - scene.inkLevel);
   }
   const double radius =
       world::Sheet::DISC_RADIUS * scene.sheet.Unit() / pose.tvec[2] * scene.camera.lens.K()(0, 0);
@@ -259,10 +259,10 @@ TEST(Renderer, ShowsBlankPaperFromBehind) {
   cv::Rodrigues(turned, pose.rvec);
   const cv::Point3d moved = world::ToCamera({scene.sheet.GridMiddle()}, pose).front();
   pose.tvec += cv::Vec3d(middle.x - moved.x, middle.y - moved.y, middle.z - moved.z);
-  const cv::Mat picture = Renderer(scene).Render(pose);
+  const cv::Mat image = Renderer(scene).Render(pose);
   double darkest = 0.0;
   double brightest = 0.0;
-  cv::minMaxLoc(picture.reshape(1), &darkest, &brightest);
+  cv::minMaxLoc(image.reshape(1), &darkest, &brightest);
   EXPECT_EQ(darkest, scene.backgroundLevel);
   EXPECT_EQ(brightest, scene.paperLevel);
 }

@@ -1,4 +1,4 @@
-/// Tests of pictures of two cameras at once.
+/// Tests of images of two cameras at once.
 #include "RigRenderer.h"
 
 #include <gtest/gtest.h>
@@ -25,9 +25,9 @@ world::Scene NoisyScene() {
 }
 
 /// True when the grid search finds all centres within a pixel of the truth.
-bool Finds(const cv::Mat& picture, const world::Scene& scene, const Pose& pose) {
+bool Finds(const cv::Mat& image, const world::Scene& scene, const Pose& pose) {
   cv::Mat grey;
-  cv::cvtColor(picture, grey, cv::COLOR_BGR2GRAY);
+  cv::cvtColor(image, grey, cv::COLOR_BGR2GRAY);
   std::vector<cv::Point2f> centres;
   if (!cv::findCirclesGrid(grey, scene.sheet.Grid(), centres, cv::CALIB_CB_ASYMMETRIC_GRID)) return false;
   const std::vector<cv::Point2d> truth = world::TrueCentres(scene.camera.lens, scene.sheet, pose);
@@ -70,12 +70,12 @@ TEST(RigRenderer, RendersAnyNumberOfCamerasAsAloneAndWithTheirOwnNoise) {
   const world::Rig rig = world::RowRig(world::CameraFromFieldOfView({64, 48}, 60.0), 4, 0.05);
   const Pose pose = world::RigViews(world::PartOf(rig, {0, 1}), 1).front();
   RigRenderer renderer(rig, NoisyScene());
-  const std::vector<cv::Mat> pictures = renderer.Render(pose, 3);
+  const std::vector<cv::Mat> images = renderer.Render(pose, 3);
   const std::vector<cv::Mat> empty = renderer.RenderEmpty();
-  ASSERT_EQ(pictures.size(), 4U);
-  for (std::size_t k = 0; k < pictures.size(); ++k) {
+  ASSERT_EQ(images.size(), 4U);
+  for (std::size_t k = 0; k < images.size(); ++k) {
     const Pose own = world::PoseFor(rig, k, pose);
-    EXPECT_SAME_MAT(pictures[k], world::Renderer(renderer.SceneOf(k)).Render(own, 3));
+    EXPECT_SAME_MAT(images[k], world::Renderer(renderer.SceneOf(k)).Render(own, 3));
     for (std::size_t other = 0; other < k; ++other) EXPECT_FALSE(support::SameMat(empty[k], empty[other]));
   }
 }
@@ -104,11 +104,11 @@ TEST(RigRenderer, JoinsPicturesWithTheLeftOneFirst) {
 }
 
 TEST(RigRenderer, RefusesToJoinPicturesThatDiffer) {
-  const cv::Mat picture(48, 64, CV_8UC3);
+  const cv::Mat image(48, 64, CV_8UC3);
   for (const cv::Mat& other :
        {cv::Mat(48, 32, CV_8UC3), cv::Mat(32, 64, CV_8UC3), cv::Mat(48, 64, CV_8UC1)}) {
-    EXPECT_THROW(world::SideBySide({picture, other}), std::invalid_argument);
-    EXPECT_THROW(world::OneAboveTheOther({picture, other}), std::invalid_argument);
+    EXPECT_THROW(world::SideBySide({image, other}), std::invalid_argument);
+    EXPECT_THROW(world::OneAboveTheOther({image, other}), std::invalid_argument);
   }
 }
 

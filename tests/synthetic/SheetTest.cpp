@@ -114,25 +114,25 @@ TEST(Sheet, SeesNoOtherSurfaceWithinItsClearance) {
 TEST(Sheet, ShowsExactlyItsDiscsInOtherGridSizes) {
   for (const cv::Size grid : {cv::Size(3, 5), cv::Size(5, 8), cv::Size(1, 1), cv::Size(2, 1)}) {
     const Sheet sheet(grid, 0.02);
-    const cv::Mat picture = sheet.Draw();
+    const cv::Mat image = sheet.Draw();
     const double expected = grid.area() * CV_PI * std::pow(Sheet::STEP * Sheet::DISC_RADIUS, 2);
     cv::Mat dark;
-    cv::subtract(cv::Scalar::all(255), picture, dark);
+    cv::subtract(cv::Scalar::all(255), image, dark);
     // The cut corner, and what of the last pixels is beyond the paper, is drawn half grey.
-    const double outside = static_cast<double>(picture.total()) - sheet.PaperSize().area() + 0.5 * 169 * 196;
+    const double outside = static_cast<double>(image.total()) - sheet.PaperSize().area() + 0.5 * 169 * 196;
     EXPECT_NEAR(cv::sum(dark)[0] / 255.0 - outside * 127.0 / 255.0, expected, 0.001 * expected + 5.0) << grid;
     for (const cv::Point2d& centre : sheet.DrawingCentres()) {
-      EXPECT_EQ(picture.at<uchar>(static_cast<int>(centre.y), static_cast<int>(centre.x)), 0) << grid;
+      EXPECT_EQ(image.at<uchar>(static_cast<int>(centre.y), static_cast<int>(centre.x)), 0) << grid;
     }
   }
 }
 
 TEST(Sheet, DrawsThePaperAtItsSize) {
-  const cv::Mat picture = Sheet().Draw(100);
-  EXPECT_EQ(picture.size(), cv::Size(1753, 1239));
-  EXPECT_EQ(picture.at<uchar>(10, 10), 255);
-  EXPECT_EQ(picture.at<uchar>(1230, 10), 100);
-  EXPECT_EQ(picture.at<uchar>(206, 1466), 0);
+  const cv::Mat image = Sheet().Draw(100);
+  EXPECT_EQ(image.size(), cv::Size(1753, 1239));
+  EXPECT_EQ(image.at<uchar>(10, 10), 255);
+  EXPECT_EQ(image.at<uchar>(1230, 10), 100);
+  EXPECT_EQ(image.at<uchar>(206, 1466), 0);
 }
 
 TEST(Sheet, RefusesGridsAndUnitsThatAreNotPositive) {

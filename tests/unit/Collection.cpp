@@ -37,7 +37,7 @@ RenderedViews RenderViews() {
   world::Renderer renderer(views.scene);
   std::uint64_t number = 0;
   for (const world::Pose& pose : world::SpreadViews(views.scene.camera, RENDERED_VIEWS, views.scene.sheet)) {
-    views.pictures.push_back(renderer.Render(pose, number++));
+    views.images.push_back(renderer.Render(pose, number++));
     views.centres.push_back(world::TrueCentres(views.scene.camera.lens, views.scene.sheet, pose));
   }
   return views;
@@ -85,13 +85,13 @@ const RenderedViews& Rendered() {
   return views;
 }
 
-cv::Mat PictureWithGrid() {
-  return Rendered().pictures.front().clone();
+cv::Mat ImageWithGrid() {
+  return Rendered().images.front().clone();
 }
 
-cv::Mat PictureWithoutGrid() {
-  static const cv::Mat picture = world::Renderer(RenderedScene()).RenderEmpty();
-  return picture.clone();
+cv::Mat ImageWithoutGrid() {
+  static const cv::Mat image = world::Renderer(RenderedScene()).RenderEmpty();
+  return image.clone();
 }
 
 void WriteAssistantModel(const std::string& path, const PointLists& poses) {

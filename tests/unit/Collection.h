@@ -1,4 +1,4 @@
-/// Views of the grid for calibrators: as point lists, and as rendered pictures with their truth.
+/// Views of the grid for calibrators: as point lists, and as rendered images with their truth.
 #pragma once
 
 #include <memory>
@@ -21,7 +21,7 @@ using PointLists = std::vector<std::vector<cv::Point2d>>;
 /// A camera of the processing size with a moderate distortion of five coefficients.
 world::Camera DistortedCamera();
 
-/// Centres of the grid in `count` different views of that camera, with a little noise. Made without pictures.
+/// Centres of the grid in `count` different views of that camera, with a little noise. Made without images.
 PointLists NoisyViews(int count);
 
 /// An empty calibrator.
@@ -33,18 +33,18 @@ std::unique_ptr<Calibrator> CalibratorWith(const PointLists& views);
 /// The same with a classic computation done, on six views.
 std::unique_ptr<Calibrator> CompletedCalibrator();
 
-/// Pictures of well spread views, rendered once in a process.
+/// Images of well spread views, rendered once in a process.
 struct RenderedViews {
   world::Scene scene;
-  std::vector<cv::Mat> pictures;  ///< never to be drawn on: clone them
-  PointLists centres;             ///< the truth
+  std::vector<cv::Mat> images;  ///< never to be drawn on: clone them
+  PointLists centres;           ///< the truth
 };
 const RenderedViews& Rendered();
 
 /// The first of them.
-cv::Mat PictureWithGrid();
+cv::Mat ImageWithGrid();
 /// One without a grid.
-cv::Mat PictureWithoutGrid();
+cv::Mat ImageWithoutGrid();
 
 /// A model file of the assistant with the point lists as its poses.
 void WriteAssistantModel(const std::string& path, const PointLists& poses);

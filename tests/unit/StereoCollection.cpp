@@ -40,7 +40,7 @@ world::Renderer& RightRenderer() {
   return renderer;
 }
 
-PicturePair Render(const world::Pose& pose, std::uint64_t number) {
+ImagePair Render(const world::Pose& pose, std::uint64_t number) {
   const world::Pair& rig = PairOfCameras();
   const world::Pose rightPose = world::RightPose(rig, pose);
   return {LeftRenderer().Render(pose, number), RightRenderer().Render(rightPose, number),
@@ -48,7 +48,7 @@ PicturePair Render(const world::Pose& pose, std::uint64_t number) {
           world::TrueCentres(rig.right.lens, PrintedSheet(), rightPose)};
 }
 
-PicturePair CloneOf(const PicturePair& pair) {
+ImagePair CloneOf(const ImagePair& pair) {
   return {pair.left.clone(), pair.right.clone(), pair.leftCentres, pair.rightCentres};
 }
 
@@ -110,18 +110,18 @@ std::unique_ptr<Calibrator> StereoCalibratorWith(const PointPairs& pairs) {
   return calibrator;
 }
 
-PicturePair PairWithGrid(int view) {
+ImagePair PairWithGrid(int view) {
   static const std::vector<world::Pose> poses =
       world::RigViews(PairOfCameras(), RENDERED_PAIRS, PrintedSheet());
-  static std::map<int, PicturePair> rendered;
+  static std::map<int, ImagePair> rendered;
   const auto known = rendered.find(view);
   if (known != rendered.end()) return CloneOf(known->second);
   const world::Pose& pose = poses.at(static_cast<size_t>(view));
   return CloneOf(rendered.emplace(view, Render(pose, static_cast<std::uint64_t>(view))).first->second);
 }
 
-PicturePair PairWithoutGrid() {
-  static const PicturePair pair{LeftRenderer().RenderEmpty(), RightRenderer().RenderEmpty(), {}, {}};
+ImagePair PairWithoutGrid() {
+  static const ImagePair pair{LeftRenderer().RenderEmpty(), RightRenderer().RenderEmpty(), {}, {}};
   return CloneOf(pair);
 }
 

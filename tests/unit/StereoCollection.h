@@ -1,4 +1,4 @@
-/// Pairs of views of the grid for stereo calibrators: as point lists, and as rendered pictures with their
+/// Pairs of views of the grid for stereo calibrators: as point lists, and as rendered images with their
 /// truth.
 #pragma once
 
@@ -23,20 +23,20 @@ struct PointPairs {
 /// other than zero, so every lens model sees other cameras.
 const world::Pair& PairOfCameras();
 
-/// Centres of the grid in `count` different pairs of views, with a little noise. Made without pictures.
+/// Centres of the grid in `count` different pairs of views, with a little noise. Made without images.
 PointPairs NoisyPairs(int count);
 
 /// A stereo calibrator with the pairs as snapshots.
 std::unique_ptr<Calibrator> StereoCalibratorWith(const PointPairs& pairs);
 
-/// A pair of pictures, rendered once in a process.
-struct PicturePair {
+/// A pair of images, rendered once in a process.
+struct ImagePair {
   cv::Mat left, right;  ///< clones
   std::vector<cv::Point2d> leftCentres, rightCentres;
 };
-PicturePair PairWithGrid(int view = 0);
+ImagePair PairWithGrid(int view = 0);
 /// Without a grid in either.
-PicturePair PairWithoutGrid();
+ImagePair PairWithoutGrid();
 
 /// K and D of a camera as one row, as monocular results hold them.
 struct KnownIntrinsics {

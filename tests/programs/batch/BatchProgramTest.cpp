@@ -21,7 +21,7 @@ constexpr std::chrono::minutes LONG_ENOUGH{3};
 
 const std::vector<double> DISTORTION = {-0.28, 0.09, 0.001, -0.0005, 0.0};
 
-/// Twelve pictures, rendered once for all tests.
+/// Twelve images, rendered once for all tests.
 class BatchProgram : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
@@ -210,7 +210,7 @@ TEST_F(BatchProgram, PicturesBecomeAModelOfTheAssistant) {
   ASSERT_TRUE(assistant.LoadModel(folder_->File("poses.json")));
   EXPECT_EQ(assistant.GetGoal(), 12);
   EXPECT_FALSE(fs::exists(folder_->File("model_tmp.json")));
-  // The first pose is that of the first picture.
+  // The first pose is that of the first image.
   EXPECT_TRUE(assistant.CheckValidity(
       world::TrueCentres(scene_.camera.lens, world::Sheet(), world::SpreadViews(scene_.camera, 1).front())));
   EXPECT_LT(assistant.GetScore(), 5.0F);

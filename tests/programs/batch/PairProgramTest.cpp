@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 using support::Process;
 constexpr std::chrono::minutes LONG_ENOUGH{4};
 
-/// Twelve pairs, rendered once for all tests, as separate pictures and side by side.
+/// Twelve pairs, rendered once for all tests, as separate images and side by side.
 class PairProgram : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
@@ -59,7 +59,7 @@ class PairProgram : public ::testing::Test {
     return nlohmann::json::parse(file, nullptr, false);
   }
 
-  /// Of each of the twelve pairs an RMS beside the noise's, and a picture that is coloured where the sheet
+  /// Of each of the twelve pairs an RMS beside the noise's, and an image that is coloured where the sheet
   /// was.
   static void ExpectCameras(const std::string& name) {
     const nlohmann::json verdict = VerdictIn(name + "_verdict.json");
@@ -73,15 +73,15 @@ class PairProgram : public ::testing::Test {
       EXPECT_LT(camera["rms"], 0.1);
       EXPECT_LT(camera["deviationInData"], 0.1);
       EXPECT_GT(camera["deviationInData"], 0.0);
-      const cv::Mat picture = cv::imread(folder_->File(name) + "_uncertainty_" + side + ".png");
-      ASSERT_FALSE(picture.empty()) << side;
-      EXPECT_GT(Saturation(picture), 50.0) << side;
+      const cv::Mat image = cv::imread(folder_->File(name) + "_uncertainty_" + side + ".png");
+      ASSERT_FALSE(image.empty()) << side;
+      EXPECT_GT(Saturation(image), 50.0) << side;
     }
   }
 
-  /// In the middle of the picture: grey stands for nothing known.
-  static double Saturation(const cv::Mat& picture) {
-    const cv::Mat middle = picture(cv::Rect(picture.cols / 3, picture.rows / 3, 60, 60));
+  /// In the middle of the image: grey stands for nothing known.
+  static double Saturation(const cv::Mat& image) {
+    const cv::Mat middle = image(cv::Rect(image.cols / 3, image.rows / 3, 60, 60));
     cv::Mat hsv;
     cv::cvtColor(middle, hsv, cv::COLOR_BGR2HSV);
     return cv::mean(hsv)[1];
@@ -112,8 +112,8 @@ TEST_F(PairProgram, TwoFoldersBecomeThreeResultFiles) {
     EXPECT_EQ(result.readInt("sensor"), 0);
     EXPECT_EQ(result.readMat("distCoefs").cols, 14);
   }
-  for (const char* picture : {"pair_left_uncertainty.png", "pair_right_uncertainty.png"}) {
-    EXPECT_FALSE(cv::imread(folder_->File(picture)).empty()) << picture;
+  for (const char* image : {"pair_left_uncertainty.png", "pair_right_uncertainty.png"}) {
+    EXPECT_FALSE(cv::imread(folder_->File(image)).empty()) << image;
   }
   ExpectCameras("pair");
   const std::string pair = tool.Output().substr(tool.Output().find("== pair"));
@@ -131,7 +131,7 @@ TEST_F(PairProgram, NamesThePairWhosePicturesAreNotOfTheSameTime) {
   for (int i = 0; i < 12; ++i) {
     const std::string name = "/" + std::to_string(100 + i) + ".png";
     fs::copy(folder_->File("left") + name, folder_->File("wrongleft") + name);
-    // A picture that the right camera took before and after.
+    // An image that the right camera took before and after.
     const int other = i == 3 ? 4 : i;
     fs::copy(folder_->File("right") + "/" + std::to_string(100 + other) + ".png",
              folder_->File("wrongright") + name);

@@ -197,7 +197,7 @@ TEST_F(RealPhotographsRobust, APictureThatTheCropCutsIsRejectedInWords) {
       << tool.Output();
 }
 
-/// Each picture of another grid is found with its own size and never as a 4 x 11.
+/// Each image of another grid is found with its own size and never as a 4 x 11.
 TEST_F(RealPhotographs, OtherGridsAreFoundWithTheirOwnSizeOnly) {
   const std::vector<std::pair<std::string, std::string>> grids = {
       {"acircles1.png", "7x13"}, {"acircles4.png", "5x5"}, {"acircles7.png", "3x9"}};

@@ -27,7 +27,7 @@ struct Outcome {
   std::string errors;
 };
 
-/// A row of three cameras that see the sheet in most moments, and a ring of four, of which pictures without
+/// A row of three cameras that see the sheet in most moments, and a ring of four, of which images without
 /// the sheet are missing; rendered once for all tests.
 class RigBatchProgram : public ::testing::Test {
  protected:
@@ -62,21 +62,21 @@ class RigBatchProgram : public ::testing::Test {
     return json::parse(support::ReadText(folder_->File(name)), nullptr, false);
   }
 
-  /// The pictures of a camera of the row, in order.
-  static std::vector<cv::Mat> Pictures(int camera) {
-    std::vector<cv::Mat> pictures;
+  /// The images of a camera of the row, in order.
+  static std::vector<cv::Mat> Images(int camera) {
+    std::vector<cv::Mat> images;
     for (int i = 0; i < 12; ++i) {
       const std::string number = std::string(i < 10 ? "00" : "0") + std::to_string(i);
-      pictures.push_back(
+      images.push_back(
           cv::imread(folder_->File("row/camera-" + std::to_string(camera) + "/view" + number + ".png")));
     }
-    return pictures;
+    return images;
   }
 
-  static void Write(const std::string& camera, const std::vector<cv::Mat>& pictures) {
+  static void Write(const std::string& camera, const std::vector<cv::Mat>& images) {
     fs::create_directories(folder_->File(camera));
-    for (size_t i = 0; i < pictures.size(); ++i) {
-      cv::imwrite(folder_->File(camera) + "/" + std::to_string(100 + i) + ".png", pictures[i]);
+    for (size_t i = 0; i < images.size(); ++i) {
+      cv::imwrite(folder_->File(camera) + "/" + std::to_string(100 + i) + ".png", images[i]);
     }
   }
 
@@ -111,14 +111,14 @@ void ExpectTruth(const json& result, const world::Rig& rig) {
   }
 }
 
-/// A picture of each camera that is coloured where it saw the sheet, and an RMS of each of its images.
+/// An image of each camera that is coloured where it saw the sheet, and an RMS of each of its images.
 void RigBatchProgram::ExpectPicturesAndErrors(const std::string& name, size_t cameras) {
   const json result = Result(name + ".json");
   for (size_t i = 0; i < cameras; ++i) {
-    const cv::Mat picture = cv::imread(folder_->File(name) + "_uncertainty_" + std::to_string(i) + ".png");
-    ASSERT_FALSE(picture.empty()) << i;
+    const cv::Mat image = cv::imread(folder_->File(name) + "_uncertainty_" + std::to_string(i) + ".png");
+    ASSERT_FALSE(image.empty()) << i;
     cv::Mat hsv;
-    cv::cvtColor(picture(cv::Rect(picture.cols / 3, picture.rows / 3, 60, 60)), hsv, cv::COLOR_BGR2HSV);
+    cv::cvtColor(image(cv::Rect(image.cols / 3, image.rows / 3, 60, 60)), hsv, cv::COLOR_BGR2HSV);
     EXPECT_GT(cv::mean(hsv)[1], 50.0) << i;
     double squares = 0.0;
     double images = 0.0;
@@ -223,7 +223,7 @@ TEST_F(RigBatchProgram, TakesVideosFrameByFrame) {
     cv::VideoWriter video(folder_->File("video-" + std::to_string(camera) + ".avi"),
                           cv::VideoWriter::fourcc('M', 'J', 'P', 'G'), 5.0, {640, 480});
     ASSERT_TRUE(video.isOpened());
-    for (const cv::Mat& picture : Pictures(camera)) video.write(picture);
+    for (const cv::Mat& image : Images(camera)) video.write(image);
   }
   const std::vector<std::string> cameras = {"--rig",       "video-0.avi", "video-1.avi",
                                             "video-2.avi", "--output",    "video"};
@@ -247,8 +247,8 @@ TEST_F(RigBatchProgram, UsesSoManyViewsAtMostAsAreAskedFor) {
 }
 
 TEST_F(RigBatchProgram, NamesACameraThatIsLinkedToNoOther) {
-  const std::vector<cv::Mat> left = Pictures(0);
-  const std::vector<cv::Mat> right = Pictures(1);
+  const std::vector<cv::Mat> left = Images(0);
+  const std::vector<cv::Mat> right = Images(1);
   const cv::Mat empty(480, 640, CV_8UC3, cv::Scalar::all(120));
   std::vector<cv::Mat> early;
   std::vector<cv::Mat> late;
@@ -269,7 +269,7 @@ TEST_F(RigBatchProgram, NamesACameraThatIsLinkedToNoOther) {
 }
 
 TEST_F(RigBatchProgram, NamesACameraWithTooFewViews) {
-  std::vector<cv::Mat> few = Pictures(2);
+  std::vector<cv::Mat> few = Images(2);
   for (size_t i = 4; i < few.size(); ++i) few[i].setTo(cv::Scalar::all(120));
   Write("few", few);
   const Outcome outcome = RunBatch({"--rig", "row/camera-0", "row/camera-1", "few", "--output", "none"});
@@ -284,7 +284,7 @@ TEST_F(RigBatchProgram, NamesACameraWithTooFewViews) {
 }
 
 TEST_F(RigBatchProgram, ImagesThatAreNotOfTheSameTimeMakeNoGoodRig) {
-  std::vector<cv::Mat> turned = Pictures(1);
+  std::vector<cv::Mat> turned = Images(1);
   std::rotate(turned.begin(), turned.begin() + 5, turned.end());
   Write("turned", turned);
   const Outcome outcome =

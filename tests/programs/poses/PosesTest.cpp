@@ -152,9 +152,9 @@ TEST(ShippedPoses, AreFoundByTheDefaultSearchInEveryUsualFieldOfView) {
       for (int attempt = 0; !found && attempt < TRIES; ++attempt) {
         world::Pose pose = world::PoseNearest(scene.camera, scene.sheet, target);
         pose.rvec[0] += 0.01 * attempt;
-        cv::Mat picture = renderer.Render(pose, static_cast<std::uint64_t>(attempt));
+        cv::Mat image = renderer.Render(pose, static_cast<std::uint64_t>(attempt));
         Centres centres;
-        found = calibrator.DetectPoints(picture, centres, false);
+        found = calibrator.DetectPoints(image, centres, false);
       }
       EXPECT_TRUE(found) << number << " at " << fieldOfView;
     }

@@ -44,8 +44,8 @@ class ScriptedScreen final : public common::Screen {
  public:
   explicit ScriptedScreen(Journal& journal) : journal_(journal) {}
 
-  void Show(const std::string& window, const cv::Mat& picture) override {
-    journal_.push_back("show " + window + " " + std::to_string(picture.ptr<uchar>(0)[0]));
+  void Show(const std::string& window, const cv::Mat& image) override {
+    journal_.push_back("show " + window + " " + std::to_string(image.ptr<uchar>(0)[0]));
   }
   int WaitKey(int milliseconds) override {
     journal_.push_back("wait " + std::to_string(milliseconds));

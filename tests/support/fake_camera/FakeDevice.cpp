@@ -1,4 +1,4 @@
-/// A Video4Linux capture device that plays motion JPEG pictures from a folder.
+/// A Video4Linux capture device that plays motion JPEG images from a folder.
 #include "FakeDevice.h"
 
 #include <sys/timerfd.h>

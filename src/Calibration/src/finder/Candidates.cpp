@@ -12,7 +12,7 @@ namespace {
 constexpr int LEVELS = 18;
 constexpr int LEAST_CONTRAST = 8;
 constexpr double SMALLEST_AREA = 4.0;
-/// Spots of fewer pixels are faint in most pictures.
+/// Spots of fewer pixels are faint in most images.
 constexpr double SMALL_AREA = 20.0;
 constexpr double SPECK_AREA = 2.0;
 constexpr int CELL = 16;

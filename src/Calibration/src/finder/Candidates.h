@@ -17,13 +17,13 @@ struct DiscCandidate {
 struct Candidates {
   std::vector<DiscCandidate> discs;  ///< those that most levels see first
   int tooSmall = 0;                  ///< round spots below the smallest size, as far as they can be told
-  int tooLarge = 0;                  ///< round spots too large for a grid that fits into the picture
+  int tooLarge = 0;                  ///< round spots too large for a grid that fits into the image
 };
 
 /// At most so many are kept.
 constexpr size_t MAX_CANDIDATES = 2500;
 
-/// The levels at which a picture is looked at: between its darkest and brightest parts, evenly. None for one
+/// The levels at which an image is looked at: between its darkest and brightest parts, evenly. None for one
 /// without contrast.
 std::vector<int> ChooseLevels(const cv::Mat& grey);
 

@@ -6,7 +6,7 @@
 
 namespace velmora::finder {
 
-/// The value at a point, from the four pixels around it; beyond the picture that of its edge.
+/// The value at a point, from the four pixels around it; beyond the image that of its edge.
 inline double GreyAt(const cv::Mat& grey, const cv::Point2d& at) {
   const double x = std::min(std::max(at.x, 0.0), grey.cols - 1.001);
   const double y = std::min(std::max(at.y, 0.0), grey.rows - 1.001);

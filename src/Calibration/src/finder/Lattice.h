@@ -18,7 +18,7 @@ struct LatticePoint {
 
 struct Lattice {
   std::vector<LatticePoint> points;
-  /// True when the second base vector is clockwise from the first, as the picture's axes are.
+  /// True when the second base vector is clockwise from the first, as the image's axes are.
   bool clockwise = true;
 };
 

@@ -1,4 +1,4 @@
-/// Dark connected regions of a picture, at several grey levels in one pass over it.
+/// Dark connected regions of an image, at several grey levels in one pass over it.
 #include "finder/Regions.h"
 
 #include <algorithm>

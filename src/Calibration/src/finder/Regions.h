@@ -1,4 +1,4 @@
-/// Dark connected regions of a picture, at several grey levels in one pass over it.
+/// Dark connected regions of an image, at several grey levels in one pass over it.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -22,7 +22,7 @@ struct RegionLimits {
   double maxArea = 1e9;
   /// A level with more runs of dark pixels than this is given up where it happens: it lies in the noise.
   int maxRunsPerLevel = 1 << 30;
-  /// Regions that reach the picture's outermost pixels are passed over: they go on outside.
+  /// Regions that reach the image's outermost pixels are passed over: they go on outside.
   bool skipCut = true;
 };
 

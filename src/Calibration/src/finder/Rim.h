@@ -5,7 +5,7 @@
 
 namespace velmora::finder {
 
-/// A disc as it should appear: an ellipse in the picture, a circle in steps.
+/// A disc as it should appear: an ellipse in the image, a circle in steps.
 struct ExpectedDisc {
   cv::Point2d centre;
   cv::Matx22d slope;      ///< pixels per step

@@ -27,7 +27,7 @@ constexpr double ACCIDENTAL = 0.03;
 /// Discs that are enough of a pattern to speak of its size.
 constexpr int TELLING = 12;
 
-/// The search in one grey picture of dark discs.
+/// The search in one grey image of dark discs.
 class DarkSearch {
  public:
   DarkSearch(const cv::Mat& grey, const cv::Size& grid)

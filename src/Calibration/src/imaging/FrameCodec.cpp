@@ -1,4 +1,4 @@
-/// Pictures as they travel: Base64 text of a JPEG in, JPEG bytes out.
+/// Images as they travel: Base64 text of a JPEG in, JPEG bytes out.
 #include "imaging/FrameCodec.h"
 
 #include <limits>
@@ -25,11 +25,11 @@ cv::Mat DecodeJpegB64(const std::string& text) {
   }
 }
 
-std::vector<unsigned char> EncodeJpeg(const cv::Mat& picture, const cv::Size& size) {
+std::vector<unsigned char> EncodeJpeg(const cv::Mat& image, const cv::Size& size) {
   std::vector<unsigned char> bytes;
-  if (picture.empty()) return bytes;
-  cv::Mat scaled = picture;
-  if (size.width > 0 && size.height > 0) cv::resize(picture, scaled, size, 0, 0, cv::INTER_LINEAR);
+  if (image.empty()) return bytes;
+  cv::Mat scaled = image;
+  if (size.width > 0 && size.height > 0) cv::resize(image, scaled, size, 0, 0, cv::INTER_LINEAR);
   cv::imencode(".jpg", scaled, bytes, {cv::IMWRITE_JPEG_QUALITY, QUALITY});
   return bytes;
 }

@@ -1,4 +1,4 @@
-/// The information overlay of the live picture.
+/// The information overlay of the live image.
 #pragma once
 
 #include <opencv2/core.hpp>

@@ -1,4 +1,4 @@
-/// Pictures of the review after a computation.
+/// Images of the review after a computation.
 #include "imaging/Review.h"
 
 #include <opencv2/calib3d.hpp>
@@ -33,18 +33,18 @@ std::vector<std::string> ReviewTexts(const ReviewView& view, const ReviewResult*
 }
 
 cv::Mat DrawReview(const ReviewView& view, const ReviewResult* result) {
-  cv::Mat picture = view.snapshot.empty() ? cv::Mat::zeros(view.blankSize, CV_8UC3) : view.snapshot.clone();
+  cv::Mat image = view.snapshot.empty() ? cv::Mat::zeros(view.blankSize, CV_8UC3) : view.snapshot.clone();
   int y = 0;
   for (const std::string& text : ReviewTexts(view, result)) {
     y += LINE_HEIGHT;
-    cv::putText(picture, text, {10, y}, cv::FONT_HERSHEY_SIMPLEX, 0.5, WHITE, 1, cv::LINE_8, false);
+    cv::putText(image, text, {10, y}, cv::FONT_HERSHEY_SIMPLEX, 0.5, WHITE, 1, cv::LINE_8, false);
   }
   if (result != nullptr) {
     std::vector<cv::Point2d> projected;
     cv::projectPoints(view.objectPoints, result->rvec, result->tvec, result->K, result->D, projected);
-    DrawGrid(projected, view.patternSize, picture);
+    DrawGrid(projected, view.patternSize, image);
   }
-  return picture;
+  return image;
 }
 
 }  // namespace velmora

@@ -1,4 +1,4 @@
-/// Pictures of the review after a computation: a snapshot with the grid reprojected through the model.
+/// Images of the review after a computation: a snapshot with the grid reprojected through the model.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -10,7 +10,7 @@ namespace velmora {
 /// One snapshot of a review.
 struct ReviewView {
   cv::Mat snapshot;
-  cv::Size blankSize;  ///< shown in place of a snapshot without a picture
+  cv::Size blankSize;  ///< shown in place of a snapshot without an image
   int number = 0;      ///< from 1
   int total = 0;
   std::vector<cv::Point3d> objectPoints;
@@ -25,7 +25,7 @@ struct ReviewResult {
   float rms = 0.0F;    ///< of all views, pixels
 };
 
-/// The picture to show. Without a result it holds no error figure and no grid.
+/// The image to show. Without a result it holds no error figure and no grid.
 cv::Mat DrawReview(const ReviewView& view, const ReviewResult* result);
 
 /// The texts in drawing order.

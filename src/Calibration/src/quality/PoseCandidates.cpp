@@ -121,7 +121,7 @@ class Placing {
     return intrinsics_.values[0] * 2.0 * reach / (span * size_.width);
   }
 
-  /// Around the outline's picture. False where the camera has none, or a mirrored one from past a fold of its
+  /// Around the outline's image. False where the camera has none, or a mirrored one from past a fold of its
   /// distortion.
   bool BoxOf(const RigidTransform& pose, cv::Rect2d& box) const {
     cv::Point2d low(std::numeric_limits<double>::infinity(), std::numeric_limits<double>::infinity());

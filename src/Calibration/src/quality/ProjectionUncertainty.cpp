@@ -24,7 +24,7 @@ bool Unproject(const solver::Projection& projection, const Intrinsics& intrinsic
     const double y = pixel.y - v.value;
     if (std::hypot(x, y) < 1e-6) return true;
     const double determinant = u.byPoint[0] * v.byPoint[1] - u.byPoint[1] * v.byPoint[0];
-    // Past a fold the picture is mirrored: no ray there is the pixel's.
+    // Past a fold the image is mirrored: no ray there is the pixel's.
     if (!(determinant > 0.0)) return false;
     ray[0] += (v.byPoint[1] * x - u.byPoint[1] * y) / determinant;
     ray[1] += (u.byPoint[0] * y - v.byPoint[0] * x) / determinant;

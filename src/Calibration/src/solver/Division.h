@@ -9,7 +9,7 @@
 namespace velmora::solver {
 
 /// A pixel at the distance r from the image's middle is undistorted to the distance r / (1 + lambda r^2), r
-/// in half diagonals of the image. That follows lenses of every kind well enough to tell the picture of a
+/// in half diagonals of the image. That follows lenses of every kind well enough to tell the image of a
 /// plane from any other, fisheyes with a negative lambda.
 class Division {
  public:

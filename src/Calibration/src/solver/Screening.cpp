@@ -1,4 +1,4 @@
-/// Finds the views that are no picture of a plane target, before anything is known of the camera.
+/// Finds the views that are no image of a plane target, before anything is known of the camera.
 #include "solver/Screening.h"
 
 #include <algorithm>

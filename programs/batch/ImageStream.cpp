@@ -1,5 +1,5 @@
-/// The pictures that the headless tool works on.
-#include "batch/Pictures.h"
+/// The images that the headless tool works on.
+#include "batch/ImageStream.h"
 
 #include <algorithm>
 #include <cmath>
@@ -18,7 +18,7 @@ int SamplingStep(const SamplingOptions& options, double frameCount) {
   return static_cast<int>(std::min(1e6, std::ceil(frameCount / AUTOMATIC_FRAMES)));
 }
 
-PictureStream::PictureStream(std::vector<std::string> files, const SamplingOptions& options)
+ImageStream::ImageStream(std::vector<std::string> files, const SamplingOptions& options)
     : files_(std::move(files)), options_(options) {
   const bool imagesOnly = std::all_of(files_.begin(), files_.end(), [](const std::string& file) {
     return !IsUrl(file) && HasImageExtension(file);
@@ -26,23 +26,23 @@ PictureStream::PictureStream(std::vector<std::string> files, const SamplingOptio
   if (imagesOnly) expected_ = static_cast<int>(files_.size());
 }
 
-bool PictureStream::Next(Picture& picture) {
+bool ImageStream::Next(NamedImage& input) {
   if (video_ != nullptr) {
-    if (NextFrame(picture)) return true;
+    if (NextFrame(input)) return true;
     video_.reset();
   }
   if (next_ == files_.size()) return false;
   const std::string file = files_[next_++];
-  picture.name = fs::path(file).filename().string();
+  input.name = fs::path(file).filename().string();
   if (!IsUrl(file)) {
     ImageFile read = ReadImageFile(file);
-    picture.image = read.image;
-    picture.endsTooEarly = read.endsTooEarly;
-    if (!picture.image.empty() && read.orientationIgnored) ++orientationsIgnored_;
-    if (!picture.image.empty() || HasImageExtension(file)) return true;
+    input.image = read.image;
+    input.endsTooEarly = read.endsTooEarly;
+    if (!input.image.empty() && read.orientationIgnored) ++orientationsIgnored_;
+    if (!input.image.empty() || HasImageExtension(file)) return true;
   }
   if (!OpenVideo(file)) throw InputError("'" + file + "' is neither an image nor a video that can be read");
-  return Next(picture);
+  return Next(input);
 }
 
 std::string OrientationsText(int images) {
@@ -51,7 +51,7 @@ std::string OrientationsText(int images) {
          ": the sensor is what is calibrated\n";
 }
 
-bool PictureStream::OpenVideo(const std::string& file) {
+bool ImageStream::OpenVideo(const std::string& file) {
   auto video = common::NewVideoCapture();
   if (!video->Open({file, cv::CAP_ANY, {}, file})) return false;
   video_ = std::move(video);
@@ -65,7 +65,7 @@ bool PictureStream::OpenVideo(const std::string& file) {
   return true;
 }
 
-bool PictureStream::NextFrame(Picture& picture) {
+bool ImageStream::NextFrame(NamedImage& input) {
   if (framesLeft_-- <= 0) return false;
   // Skipped frames are grabbed only: decoding them fully would be wasted.
   while (frame_ % step_ != 0) {
@@ -74,9 +74,9 @@ bool PictureStream::NextFrame(Picture& picture) {
   }
   cv::Mat frame;
   if (!video_->Read(frame) || frame.empty()) return false;
-  picture.endsTooEarly = false;
-  picture.name = videoName_ + "#" + std::to_string(frame_);
-  picture.image = frame.clone();
+  input.endsTooEarly = false;
+  input.name = videoName_ + "#" + std::to_string(frame_);
+  input.image = frame.clone();
   ++frame_;
   return true;
 }

@@ -1,4 +1,4 @@
-/// The search of the grid in one camera's pictures.
+/// The search of the grid in one camera's images.
 #pragma once
 
 #include <memory>
@@ -8,7 +8,7 @@
 
 #include "Calibrator.h"
 #include "batch/Arguments.h"
-#include "batch/Pictures.h"
+#include "batch/ImageStream.h"
 
 namespace batch {
 
@@ -17,15 +17,15 @@ using Centres = std::vector<cv::Point2d>;
 /// The distance between adjacent rows, metres.
 float UnitOf(const Arguments& arguments);
 
-/// Searches pictures with the calibrator that is made for the size of the first one; the others must agree.
-class PictureSearch {
+/// Searches images with the calibrator that is made for the size of the first one; the others must agree.
+class ImageSearch {
  public:
-  explicit PictureSearch(const Arguments& arguments) : arguments_(arguments) {}
+  explicit ImageSearch(const Arguments& arguments) : arguments_(arguments) {}
 
-  /// Searches the grid in the picture, which is changed. Why there are no centres, else an empty text.
-  std::string FaultOf(Picture& picture, Centres& centres);
+  /// Searches the grid in the image, which is changed. Why there are no centres, else an empty text.
+  std::string FaultOf(NamedImage& input, Centres& centres);
 
-  /// Null as long as no picture could be decoded.
+  /// Null as long as no image could be decoded.
   Calibrator* Engine() const { return calibrator_.get(); }
   /// After a search for another grid that found none: a line when the images show the supplied one, which the
   /// default options look for; else an empty text.

@@ -1,8 +1,8 @@
-/// The table of calibrations from rendered pictures.
+/// The table of calibrations from rendered images.
 #include <array>
 #include <map>
 
-#include "PictureTrial.h"
+#include "ImageTrial.h"
 #include "Tables.h"
 
 namespace accuracy {
@@ -31,20 +31,20 @@ std::vector<Way> Ways() {
 /// What a way came to over all seeds.
 struct Outcome {
   std::vector<Trial> trials;
-  double pictures = 0.0;
+  double images = 0.0;
   double found = 0.0;
   std::vector<double> centreErrors;
 };
 
-void Try(const SearchedPictures& searched, const Way& way, Outcome& outcome) {
+void Try(const SearchedImages& searched, const Way& way, Outcome& outcome) {
   const FoundPoints& points = way.finder == Calibrator::FINDER_ROBUST ? searched.robust : searched.standard;
-  outcome.pictures += points.pictures;
+  outcome.images += points.images;
   outcome.found += static_cast<double>(points.found.size());
   if (!points.found.empty()) outcome.centreErrors.push_back(points.CentreError());
-  outcome.trials.push_back(RunPictureTrial(searched.camera, points, way.model, way.solver, way.correctDiscs));
+  outcome.trials.push_back(RunImageTrial(searched.camera, points, way.model, way.solver, way.correctDiscs));
 }
 
-Row RowOfWay(const PictureCase& what, const Way& way, const Outcome& outcome) {
+Row RowOfWay(const ImageCase& what, const Way& way, const Outcome& outcome) {
   Row row;
   row.conditions = {{"lens", NameOf(what.lens)},
                     {"field of view", Text(what.fieldOfView)},
@@ -54,15 +54,14 @@ Row RowOfWay(const PictureCase& what, const Way& way, const Outcome& outcome) {
                     {"solver", NameOfSolver(way.solver) + (way.correctDiscs ? " + discs" : "")},
                     {"trials", Text(static_cast<double>(outcome.trials.size()))},
                     {"failed", FailuresOf(outcome.trials)}};
-  row.numbers = {{"found", outcome.found / outcome.pictures, true},
-                 {"centres", Median(outcome.centreErrors)}};
+  row.numbers = {{"found", outcome.found / outcome.images, true}, {"centres", Median(outcome.centreErrors)}};
   for (const Number& number : NumbersOf(outcome.trials)) row.numbers.push_back(number);
   return row;
 }
 
 }  // namespace
 
-Table PicturesTable(const Effort& effort) {
+Table ImagesTable(const Effort& effort) {
   Table table{"pictures",
               "Rendered pictures",
               "Found: share of the pictures in which the grid was found; centres: root of the mean square of "
@@ -74,14 +73,14 @@ Table PicturesTable(const Effort& effort) {
   constexpr std::array<std::array<double, 2>, 2> QUALITIES = {{{0.6, 2.0}, {1.2, 8.0}}};
   for (const double degrees : {50.0, 65.0, 85.0}) {
     for (const auto& quality : QUALITIES) {
-      PictureCase what;
+      ImageCase what;
       what.fieldOfView = degrees;
       what.blur = quality[0];
       what.grain = quality[1];
       const std::vector<Way> ways = Ways();
       std::vector<Outcome> outcomes(ways.size());
       for (int seed = 1; seed <= effort.Of(12); ++seed) {
-        const SearchedPictures searched = SearchPictures(what, static_cast<std::uint64_t>(seed));
+        const SearchedImages searched = SearchImages(what, static_cast<std::uint64_t>(seed));
         for (std::size_t i = 0; i < ways.size(); ++i) Try(searched, ways[i], outcomes[i]);
       }
       for (std::size_t i = 0; i < ways.size(); ++i)

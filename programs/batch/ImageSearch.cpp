@@ -1,5 +1,5 @@
-/// The search of the grid in one camera's pictures.
-#include "batch/PictureSearch.h"
+/// The search of the grid in one camera's images.
+#include "batch/ImageSearch.h"
 
 #include "batch/Chessboard.h"
 #include "common/EngineOptions.h"
@@ -21,29 +21,29 @@ float UnitOf(const Arguments& arguments) {
   return arguments.hdist / static_cast<float>(arguments.grid.height - 1);
 }
 
-std::string PictureSearch::FaultOf(Picture& picture, Centres& centres) {
+std::string ImageSearch::FaultOf(NamedImage& input, Centres& centres) {
   const std::string cut = "the file ends too early";
-  if (picture.image.empty()) return "cannot be decoded" + (picture.endsTooEarly ? ": " + cut : "");
+  if (input.image.empty()) return "cannot be decoded" + (input.endsTooEarly ? ": " + cut : "");
   if (calibrator_ == nullptr) {
-    inputSize_ = picture.image.size();
+    inputSize_ = input.image.size();
     const cv::Size frame = FrameSize();
     calibrator_ = std::make_unique<Calibrator>(arguments_.grid, UnitOf(arguments_), Calibrator::MONOCULAR,
                                                frame.width, frame.height);
     common::ApplyEngineOptions(arguments_, UnitOf(arguments_), *calibrator_);
   }
-  if (picture.image.size() != inputSize_)
+  if (input.image.size() != inputSize_)
     return "of another size than the first (" + SizeText(inputSize_) + ")";
-  if (calibrator_->DetectPoints(picture.image, centres, false)) return "";
+  if (calibrator_->DetectPoints(input.image, centres, false)) return "";
   if (arguments_.grid != SUPPLIED_GRID && withoutGrid_.size() < KEPT) {
-    withoutGrid_.push_back(picture.image.clone());
+    withoutGrid_.push_back(input.image.clone());
   }
-  const std::string reason = picture.endsTooEarly             ? cut
-                             : ShowsChessboard(picture.image) ? "a chessboard; a grid of circles is needed"
-                                                              : calibrator_->WhyNotFound();
+  const std::string reason = input.endsTooEarly             ? cut
+                             : ShowsChessboard(input.image) ? "a chessboard; a grid of circles is needed"
+                                                            : calibrator_->WhyNotFound();
   return reason.empty() ? "no grid found" : "no grid found: " + reason;
 }
 
-std::string PictureSearch::OtherGridText() {
+std::string ImageSearch::OtherGridText() {
   if (withoutGrid_.empty()) return "";
   const cv::Size frame = FrameSize();
   Calibrator supplied(SUPPLIED_GRID, UnitOf(arguments_), Calibrator::MONOCULAR, frame.width, frame.height);
@@ -57,7 +57,7 @@ std::string PictureSearch::OtherGridText() {
   return "";
 }
 
-cv::Size PictureSearch::FrameSize() const {
+cv::Size ImageSearch::FrameSize() const {
   return {arguments_.frame.width > 0 ? arguments_.frame.width : inputSize_.width,
           arguments_.frame.height > 0 ? arguments_.frame.height : inputSize_.height};
 }

@@ -1,4 +1,4 @@
-/// The pictures that the headless tool works on: images, folders, patterns, videos, streams.
+/// The images that the headless tool works on: images, folders, patterns, videos, streams.
 #pragma once
 
 #include <memory>
@@ -11,8 +11,8 @@
 
 namespace batch {
 
-/// One picture; `image` is empty when it could not be decoded.
-struct Picture {
+/// One image; `image` is empty when it could not be decoded.
+struct NamedImage {
   std::string name;  ///< file name, or file name and "#" and the frame number
   cv::Mat image;
   bool endsTooEarly = false;  ///< the end of the file is missing
@@ -32,23 +32,23 @@ int SamplingStep(const SamplingOptions& options, double frameCount);
 /// A line about images whose orientation tag was not obeyed; empty when there is none.
 std::string OrientationsText(int images);
 
-/// Hands out the pictures of all inputs one after the other.
-class PictureStream {
+/// Hands out the images of all inputs one after the other.
+class ImageStream {
  public:
   /// Takes expanded inputs.
-  PictureStream(std::vector<std::string> files, const SamplingOptions& options);
+  ImageStream(std::vector<std::string> files, const SamplingOptions& options);
 
-  /// False at the end. Raises InputError for a file that is neither picture nor video.
-  bool Next(Picture& picture);
+  /// False at the end. Raises InputError for a file that is neither image nor video.
+  bool Next(NamedImage& input);
 
-  /// How many pictures there are as far as is known; 0 when it is not.
+  /// How many images there are as far as is known; 0 when it is not.
   int ExpectedCount() const { return expected_; }
 
   /// How many images so far asked to be shown turned or mirrored. They were not: the sensor is calibrated.
   int OrientationsIgnored() const { return orientationsIgnored_; }
 
  private:
-  bool NextFrame(Picture& picture);
+  bool NextFrame(NamedImage& input);
   bool OpenVideo(const std::string& file);
 
   std::vector<std::string> files_;

@@ -1,5 +1,5 @@
-/// Renders pictures, searches the grid in them and calibrates.
-#include "PictureTrial.h"
+/// Renders images, searches the grid in them and calibrates.
+#include "ImageTrial.h"
 
 #include <cmath>
 
@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::size_t FEWEST_VIEWS = 5;
 
-world::Scene SceneOf(const PictureCase& what, std::uint64_t seed) {
+world::Scene SceneOf(const ImageCase& what, std::uint64_t seed) {
   world::Scene scene;
   scene.camera = MakeCamera(what.lens, what.fieldOfView);
   scene.sheet = world::Sheet(GRID, static_cast<double>(UNIT));
@@ -29,10 +29,10 @@ world::Scene SceneOf(const PictureCase& what, std::uint64_t seed) {
 
 using Search = bool (*)(const cv::Mat& frame, const cv::Size& grid, std::vector<cv::Point2d>& points);
 
-void Look(Search search, const cv::Mat& picture, const std::vector<cv::Point2d>& truth, FoundPoints& into) {
-  ++into.pictures;
+void Look(Search search, const cv::Mat& image, const std::vector<cv::Point2d>& truth, FoundPoints& into) {
+  ++into.images;
   std::vector<cv::Point2d> points;
-  if (!search(picture, GRID, points)) return;
+  if (!search(image, GRID, points)) return;
   into.found.push_back(points);
   into.truth.push_back(truth);
 }
@@ -52,23 +52,23 @@ double FoundPoints::CentreError() const {
   return std::sqrt(squaredDistances / count);
 }
 
-SearchedPictures SearchPictures(const PictureCase& what, std::uint64_t seed) {
+SearchedImages SearchImages(const ImageCase& what, std::uint64_t seed) {
   world::Renderer renderer(SceneOf(what, seed));
   const world::Scene& scene = renderer.GetScene();
-  SearchedPictures searched;
+  SearchedImages searched;
   searched.camera = scene.camera;
   std::uint64_t number = 0;
   for (const world::Pose& pose : world::SampleViews(scene.camera, what.views, seed, scene.sheet)) {
-    const cv::Mat picture = renderer.Render(pose, number++);
+    const cv::Mat image = renderer.Render(pose, number++);
     const auto truth = world::TrueCentres(scene.camera.lens, scene.sheet, pose);
-    Look(FindGridStandard, picture, truth, searched.standard);
-    Look(FindGridRobust, picture, truth, searched.robust);
+    Look(FindGridStandard, image, truth, searched.standard);
+    Look(FindGridRobust, image, truth, searched.robust);
   }
   return searched;
 }
 
-Trial RunPictureTrial(const world::Camera& camera, const FoundPoints& points, int model, int solver,
-                      bool correctDiscs) {
+Trial RunImageTrial(const world::Camera& camera, const FoundPoints& points, int model, int solver,
+                    bool correctDiscs) {
   const double discRadius = correctDiscs ? world::Sheet::DISC_RADIUS * static_cast<double>(UNIT) : 0.0;
   Trial trial;
   trial.failed = true;

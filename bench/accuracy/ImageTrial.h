@@ -1,4 +1,4 @@
-/// Calibrations from rendered pictures: the search of the grid counts too.
+/// Calibrations from rendered images: the search of the grid counts too.
 #pragma once
 
 #include <cstdint>
@@ -8,8 +8,8 @@
 
 namespace accuracy {
 
-/// What the pictures are like.
-struct PictureCase {
+/// What the images are like.
+struct ImageCase {
   LensKind lens = LensKind::Strong;
   double fieldOfView = 65.0;
   int views = 12;
@@ -17,28 +17,28 @@ struct PictureCase {
   double grain = 2.0;  ///< sigma of the sensor's noise, grey levels
 };
 
-/// Points found in pictures, with the poses' true ones beside them.
+/// Points found in images, with the poses' true ones beside them.
 struct FoundPoints {
   Points found;
   Points truth;
-  int pictures = 0;
+  int images = 0;
 
   /// Root of the mean square of the distances from the truth, pixels; of the found grids.
   double CentreError() const;
 };
 
-/// The same pictures searched by both finders.
-struct SearchedPictures {
+/// The same images searched by both finders.
+struct SearchedImages {
   world::Camera camera;
   FoundPoints standard;
   FoundPoints robust;
 };
 
 /// Renders and searches. The same case and seed give the same points.
-SearchedPictures SearchPictures(const PictureCase& what, std::uint64_t seed);
+SearchedImages SearchImages(const ImageCase& what, std::uint64_t seed);
 
 /// Calibrates from what was found, with fewer views if some were missed; with four or less it fails.
-Trial RunPictureTrial(const world::Camera& camera, const FoundPoints& points, int model, int solver,
-                      bool correctDiscs);
+Trial RunImageTrial(const world::Camera& camera, const FoundPoints& points, int model, int solver,
+                    bool correctDiscs);
 
 }  // namespace accuracy
