@@ -11,8 +11,8 @@
 #include "TemporaryFolder.h"
 #include "assistant/SheetPainting.h"
 #include "unit/Collection.h"
-#include "unit/Crowd.h"
 #include "unit/Scopes.h"
+#include "unit/ThreadGroup.h"
 
 namespace {
 
@@ -237,14 +237,14 @@ TEST_F(Assistant, DrawsItsSheetWhereTheTargetIs) {
 TEST_F(Assistant, DrawsChecksAndChangesPosesFromSeveralThreads) {
   const unit::ScopedLogLevel silent(0);
   constexpr int ROUNDS = 40;
-  unit::Crowd crowd;
+  unit::ThreadGroup threadGroup;
   for (int thread = 0; thread < 2; ++thread) {
-    crowd.Add([&] {
+    threadGroup.Add([&] {
       cv::Mat frame(480, 640, CV_8UC3, cv::Scalar(90, 90, 90));
       for (int i = 0; i < ROUNDS; ++i) assistant_.DrawPose(frame);
     });
   }
-  crowd.Add([&] {
+  threadGroup.Add([&] {
     for (int i = 0; i < 20 * ROUNDS; ++i) {
       assistant_.CheckValidity(poses_[static_cast<size_t>(i) % 3]);
       EXPECT_GE(assistant_.GetScore(), 0.0F);
@@ -252,10 +252,10 @@ TEST_F(Assistant, DrawsChecksAndChangesPosesFromSeveralThreads) {
       EXPECT_TRUE(goal == -2 || goal == -1 || goal == 3) << goal;
     }
   });
-  crowd.Add([&] {
+  threadGroup.Add([&] {
     for (int i = 0; i < ROUNDS; ++i) assistant_.Start(i % 4 == 3 ? folder_.File("missing.json") : path_);
   });
-  crowd.Add([&] {
+  threadGroup.Add([&] {
     for (int i = 0; i < 20 * ROUNDS; ++i) {
       assistant_.Next();
       if (i % 3 == 0) assistant_.Reset();
@@ -263,7 +263,7 @@ TEST_F(Assistant, DrawsChecksAndChangesPosesFromSeveralThreads) {
       std::this_thread::yield();
     }
   });
-  crowd.RunToTheEnd();
+  threadGroup.RunToTheEnd();
   assistant_.Start(path_);
   EXPECT_TRUE(assistant_.CheckValidity(poses_[0]));
 }

@@ -16,8 +16,8 @@
 #include "base64.h"
 #include "binding/Registry.h"
 #include "unit/Collection.h"
-#include "unit/Crowd.h"
 #include "unit/Scopes.h"
+#include "unit/ThreadGroup.h"
 
 using namespace velmora;
 
@@ -398,9 +398,9 @@ TEST(RegistryConcurrency, CreatesUsesAndDeletesFromManyThreads) {
   constexpr int ROUNDS = 12;
   std::atomic<int> shared{New()};
   const auto views = unit::NoisyViews(5);
-  unit::Crowd crowd;
+  unit::ThreadGroup threadGroup;
   for (int thread = 0; thread < 4; ++thread) {
-    crowd.Add([&, thread] {
+    threadGroup.Add([&, thread] {
       for (int round = 0; round < ROUNDS; ++round) {
         const int own = New();
         for (const auto& view : views) Registry::OfProcess().Find(own)->AddPoints(view);
@@ -416,7 +416,7 @@ TEST(RegistryConcurrency, CreatesUsesAndDeletesFromManyThreads) {
       }
     });
   }
-  crowd.RunToTheEnd();
+  threadGroup.RunToTheEnd();
   EXPECT_TRUE(Calibration::DeleteCalibrator(shared));
 }
 

@@ -17,8 +17,8 @@
 #include "base64.h"
 #include "binding/Registry.h"
 #include "unit/Collection.h"
-#include "unit/Crowd.h"
 #include "unit/Scopes.h"
+#include "unit/ThreadGroup.h"
 
 using namespace velmora;
 
@@ -109,14 +109,14 @@ class Stress : public ::testing::Test {
 };
 
 TEST_F(Stress, OfAllOperationsLeavesWorkingCalibrators) {
-  unit::Crowd crowd;
+  unit::ThreadGroup threadGroup;
   for (unsigned thread = 0; thread < THREADS; ++thread) {
-    crowd.Add([this, thread] {
+    threadGroup.Add([this, thread] {
       std::mt19937 random(thread);
       for (int i = 0; i < OPERATIONS; ++i) DoSomething(random);
     });
   }
-  crowd.RunToTheEnd();
+  threadGroup.RunToTheEnd();
   EXPECT_GT(frames_, 0) << "no listener saw anything";
   for (const auto& slot : slots_) {
     // Whatever is under way comes to its end; then a calibration works as ever.

@@ -10,9 +10,9 @@
 #include "CapturedStdout.h"
 #include "TemporaryFolder.h"
 #include "unit/Collection.h"
-#include "unit/Crowd.h"
 #include "unit/Scopes.h"
 #include "unit/StereoCollection.h"
+#include "unit/ThreadGroup.h"
 
 namespace {
 
@@ -230,8 +230,8 @@ TEST_F(CalibratorCapture, ReadsWhileOthersAskAddAndReset) {
   const std::string sequence = Sequence({views.images.begin(), views.images.begin() + 5}, 2);
   std::atomic<bool> reading{true};
   std::atomic<int> added{0};
-  unit::Crowd crowd;
-  crowd.Add([&] {
+  unit::ThreadGroup threadGroup;
+  threadGroup.Add([&] {
     for (int round = 0; round < 4; ++round) {
       EXPECT_TRUE(calibrator->OpenFFmpegContent(sequence));
       EXPECT_TRUE(unit::Eventually([&, before = added.load()] { return added > before; }));
@@ -239,13 +239,13 @@ TEST_F(CalibratorCapture, ReadsWhileOthersAskAddAndReset) {
     }
     reading = false;
   });
-  crowd.Add([&] {
+  threadGroup.Add([&] {
     while (reading) {
       added += calibrator->AddPoints() ? 1 : 0;
       std::this_thread::yield();
     }
   });
-  crowd.Add([&] {
+  threadGroup.Add([&] {
     while (reading) {
       calibrator->GetStatus();
       calibrator->GetStatus_QVX();
@@ -254,7 +254,7 @@ TEST_F(CalibratorCapture, ReadsWhileOthersAskAddAndReset) {
       std::this_thread::yield();
     }
   });
-  crowd.RunToTheEnd();
+  threadGroup.RunToTheEnd();
   EXPECT_GE(added, 4);
 }
 

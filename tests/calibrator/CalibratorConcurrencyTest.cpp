@@ -10,8 +10,8 @@
 #include "Log.h"
 #include "TemporaryFolder.h"
 #include "unit/Collection.h"
-#include "unit/Crowd.h"
 #include "unit/Scopes.h"
+#include "unit/ThreadGroup.h"
 
 namespace {
 
@@ -48,8 +48,8 @@ TEST(CalibratorConcurrency, AnswersWithStatusCountAndResultOfOneMoment) {
   calibrator->SetSolver(Calibrator::SOLVER_SPARSE);
   std::atomic<bool> changing{true};
 
-  unit::Crowd crowd;
-  crowd.Add([&] {
+  unit::ThreadGroup threadGroup;
+  threadGroup.Add([&] {
     for (int round = 0; round < ROUNDS; ++round) {
       for (const auto& view : views) calibrator->AddPoints(view);
       if (round % 10 == 0) calibrator->ComputeCalibration(Calibrator::MODEL_CLASSIC);
@@ -57,7 +57,7 @@ TEST(CalibratorConcurrency, AnswersWithStatusCountAndResultOfOneMoment) {
     }
     changing = false;
   });
-  crowd.Add([&] {
+  threadGroup.Add([&] {
     while (changing) {
       const nlohmann::json answer = nlohmann::json::parse(calibrator->GetStatus_QVX());
       const int status = answer.at("ii");
@@ -67,7 +67,7 @@ TEST(CalibratorConcurrency, AnswersWithStatusCountAndResultOfOneMoment) {
       }
     }
   });
-  crowd.RunToTheEnd();
+  threadGroup.RunToTheEnd();
 }
 
 TEST(CalibratorConcurrency, DetectsWhileOthersReadAddResetComputeAndSwitchTheAssistant) {
@@ -82,8 +82,8 @@ TEST(CalibratorConcurrency, DetectsWhileOthersReadAddResetComputeAndSwitchTheAss
   std::atomic<int> found{0};
   std::atomic<bool> detecting{true};
 
-  unit::Crowd crowd;
-  crowd.Add([&] {
+  unit::ThreadGroup threadGroup;
+  threadGroup.Add([&] {
     for (size_t i = 0; i < DETECTIONS; ++i) {
       cv::Mat frame = unit::Rendered().images[i % 12].clone();
       std::vector<cv::Point2d> points;
@@ -92,13 +92,13 @@ TEST(CalibratorConcurrency, DetectsWhileOthersReadAddResetComputeAndSwitchTheAss
     }
     detecting = false;
   });
-  crowd.Add([&] {
+  threadGroup.Add([&] {
     do {
       ReadEverything(*calibrator);
       std::this_thread::yield();
     } while (detecting);
   });
-  crowd.Add([&] {
+  threadGroup.Add([&] {
     for (int round = 0; round < 6; ++round) {
       for (const auto& view : views) {
         calibrator->AddPoints(view);
@@ -109,7 +109,7 @@ TEST(CalibratorConcurrency, DetectsWhileOthersReadAddResetComputeAndSwitchTheAss
       if (round % 2 == 1) calibrator->Reset();
     }
   });
-  crowd.Add([&] {
+  threadGroup.Add([&] {
     for (int round = 0; round < 6; ++round) {
       calibrator->ComputeCalibrationMultithread(Calibrator::MODEL_CLASSIC);
       calibrator->SetFlipImage(round % 2 == 0);
@@ -117,7 +117,7 @@ TEST(CalibratorConcurrency, DetectsWhileOthersReadAddResetComputeAndSwitchTheAss
       std::this_thread::yield();
     }
   });
-  crowd.Add([&] {
+  threadGroup.Add([&] {
     for (int round = 0; round < 12; ++round) {
       calibrator->EnableAssistant(folder.File("model.json"));
       calibrator->StartModelRecording();
@@ -126,7 +126,7 @@ TEST(CalibratorConcurrency, DetectsWhileOthersReadAddResetComputeAndSwitchTheAss
       calibrator->StopModelRecording();
     }
   });
-  crowd.RunToTheEnd();
+  threadGroup.RunToTheEnd();
 
   EXPECT_EQ(found, DETECTIONS);
   // Whatever happened, the calibrator works as before.
@@ -141,13 +141,13 @@ TEST(CalibratorConcurrency, CountsEachSnapshotOfSeveralThreadsOnce) {
   constexpr int EACH = 50;
   const auto view = unit::NoisyViews(1).front();
   const auto calibrator = unit::MakeCalibrator();
-  unit::Crowd crowd;
+  unit::ThreadGroup threadGroup;
   for (int thread = 0; thread < THREADS; ++thread) {
-    crowd.Add([&] {
+    threadGroup.Add([&] {
       for (int i = 0; i < EACH; ++i) calibrator->AddPoints(view);
     });
   }
-  crowd.RunToTheEnd();
+  threadGroup.RunToTheEnd();
   EXPECT_EQ(calibrator->GetNumberOfRecords(), THREADS * EACH);
   EXPECT_EQ(calibrator->GetStatus(), Calibrator::STATUS_READY);
 }
@@ -159,11 +159,11 @@ TEST(CalibratorConcurrency, TakesADetectionForOneThreadOnly) {
   std::vector<cv::Point2d> points;
   ASSERT_TRUE(calibrator->DetectPoints(frame, points, false));
   std::atomic<int> added{0};
-  unit::Crowd crowd;
+  unit::ThreadGroup threadGroup;
   for (int thread = 0; thread < 4; ++thread) {
-    crowd.Add([&] { added += calibrator->AddPoints() ? 1 : 0; });
+    threadGroup.Add([&] { added += calibrator->AddPoints() ? 1 : 0; });
   }
-  crowd.RunToTheEnd();
+  threadGroup.RunToTheEnd();
   EXPECT_EQ(added, 1);
   EXPECT_EQ(calibrator->GetNumberOfRecords(), 1);
 }
@@ -173,16 +173,16 @@ TEST(CalibratorConcurrency, EndsCompletedWhenSeveralComputationsAreAskedFor) {
   std::atomic<int> computed{0};
   std::atomic<int> refused{0};
   std::atomic<int> waiting{3};
-  unit::Crowd crowd;
+  unit::ThreadGroup threadGroup;
   for (int thread = 0; thread < 3; ++thread) {
-    crowd.Add([&] {
+    threadGroup.Add([&] {
       --waiting;
       while (waiting > 0) std::this_thread::yield();
       const float rms = calibrator->ComputeCalibration(Calibrator::MODEL_RATIONAL);
       ++(rms == -1.0F ? refused : computed);
     });
   }
-  crowd.RunToTheEnd();
+  threadGroup.RunToTheEnd();
   EXPECT_EQ(computed + refused, 3);
   EXPECT_GE(computed, 1);
   EXPECT_EQ(calibrator->GetStatus(), Calibrator::STATUS_COMPLETED);
@@ -192,15 +192,15 @@ TEST(CalibratorConcurrency, WorksWithSeveralCalibratorsSideBySide) {
   const auto views = unit::NoisyViews(6);
   const auto direct = unit::SolveDirectly(views, 0);
   std::atomic<int> equal{0};
-  unit::Crowd crowd;
+  unit::ThreadGroup threadGroup;
   for (int thread = 0; thread < 3; ++thread) {
-    crowd.Add([&] {
+    threadGroup.Add([&] {
       const auto calibrator = unit::CalibratorWith(views);
       calibrator->ComputeCalibration(Calibrator::MODEL_CLASSIC);
       equal += cv::norm(calibrator->GetK(), direct.K, cv::NORM_INF) == 0.0 ? 1 : 0;
     });
   }
-  crowd.RunToTheEnd();
+  threadGroup.RunToTheEnd();
   EXPECT_EQ(equal, 3);
 }
 

@@ -8,9 +8,9 @@
 #include <thread>
 
 #include "Calibrator.h"
-#include "unit/Crowd.h"
 #include "unit/Scopes.h"
 #include "unit/StereoCollection.h"
+#include "unit/ThreadGroup.h"
 
 namespace {
 
@@ -53,8 +53,8 @@ TEST(StereoConcurrency, DetectsAndAddsWhileOthersReadAddResetAndCompute) {
   std::atomic<int> found{0};
   std::atomic<bool> detecting{true};
 
-  unit::Crowd crowd;
-  crowd.Add([&] {
+  unit::ThreadGroup threadGroup;
+  threadGroup.Add([&] {
     for (int i = 0; i < DETECTIONS; ++i) {
       unit::ImagePair pair = unit::PairWithGrid(i % 2);
       std::vector<cv::Point2d> left;
@@ -68,13 +68,13 @@ TEST(StereoConcurrency, DetectsAndAddsWhileOthersReadAddResetAndCompute) {
     }
     detecting = false;
   });
-  crowd.Add([&] {
+  threadGroup.Add([&] {
     do {
       ReadEverything(*calibrator);
       std::this_thread::yield();
     } while (detecting);
   });
-  crowd.Add([&] {
+  threadGroup.Add([&] {
     for (int round = 0; round < 6; ++round) {
       for (size_t i = 0; i < pairs.left.size(); ++i) {
         calibrator->AddStereoPoints(pairs.left[i], pairs.right[i]);
@@ -86,7 +86,7 @@ TEST(StereoConcurrency, DetectsAndAddsWhileOthersReadAddResetAndCompute) {
       if (round % 2 == 1) calibrator->Reset();
     }
   });
-  crowd.Add([&] {
+  threadGroup.Add([&] {
     for (int round = 0; round < 6; ++round) {
       calibrator->ComputeCalibrationStereoMultithread(unit::LeftResult(), unit::RightResult(),
                                                       Calibrator::MODEL_CLASSIC);
@@ -95,7 +95,7 @@ TEST(StereoConcurrency, DetectsAndAddsWhileOthersReadAddResetAndCompute) {
       std::this_thread::yield();
     }
   });
-  crowd.RunToTheEnd();
+  threadGroup.RunToTheEnd();
 
   EXPECT_EQ(found + refused, DETECTIONS);
   // Whatever happened, the calibrator works as before.
@@ -110,13 +110,13 @@ TEST(StereoConcurrency, CountsEachSnapshotOfSeveralThreadsOnceAndKeepsItsListsTo
   constexpr int EACH = 2;
   const auto pairs = unit::NoisyPairs(THREADS);
   const auto calibrator = unit::MakeCalibrator(Calibrator::STEREO);
-  unit::Crowd crowd;
+  unit::ThreadGroup threadGroup;
   for (size_t thread = 0; thread < THREADS; ++thread) {
-    crowd.Add([&, thread] {
+    threadGroup.Add([&, thread] {
       for (int i = 0; i < EACH; ++i) calibrator->AddStereoPoints(pairs.left[thread], pairs.right[thread]);
     });
   }
-  crowd.RunToTheEnd();
+  threadGroup.RunToTheEnd();
   EXPECT_EQ(calibrator->GetNumberOfRecords(), THREADS * EACH);
   EXPECT_EQ(calibrator->GetStatus(), Calibrator::STATUS_READY);
   // A left list beside another pair's right one would not fit at all.
@@ -134,11 +134,11 @@ TEST(StereoConcurrency, TakesADetectionForOneThreadOnly) {
   std::vector<cv::Point2d> right;
   ASSERT_TRUE(calibrator->DetectStereoPoints(pair.left, pair.right, left, right, false));
   std::atomic<int> added{0};
-  unit::Crowd crowd;
+  unit::ThreadGroup threadGroup;
   for (int thread = 0; thread < 4; ++thread) {
-    crowd.Add([&] { added += calibrator->AddStereoPoints() ? 1 : 0; });
+    threadGroup.Add([&] { added += calibrator->AddStereoPoints() ? 1 : 0; });
   }
-  crowd.RunToTheEnd();
+  threadGroup.RunToTheEnd();
   EXPECT_EQ(added, 1);
   EXPECT_EQ(calibrator->GetNumberOfRecords(), 1);
 }
@@ -149,15 +149,15 @@ TEST(StereoConcurrency, EndsCompletedWhenSeveralComputationsAreAskedFor) {
   const auto calibrator = unit::StereoCalibratorWith(pairs);
   std::atomic<int> computed{0};
   std::atomic<int> refused{0};
-  unit::Crowd crowd;
+  unit::ThreadGroup threadGroup;
   for (int thread = 0; thread < 3; ++thread) {
-    crowd.Add([&] {
+    threadGroup.Add([&] {
       const float rms = calibrator->ComputeCalibrationStereo(unit::LeftResult(), unit::RightResult(),
                                                              Calibrator::MODEL_RATIONAL, false);
       ++(rms == -1.0F ? refused : computed);
     });
   }
-  crowd.RunToTheEnd();
+  threadGroup.RunToTheEnd();
   EXPECT_EQ(computed + refused, 3);
   EXPECT_GE(computed, 1);
   EXPECT_EQ(calibrator->GetStatus(), Calibrator::STATUS_COMPLETED);

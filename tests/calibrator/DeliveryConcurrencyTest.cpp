@@ -5,8 +5,8 @@
 #include <atomic>
 
 #include "calibrator/Pushes.h"
-#include "unit/Crowd.h"
 #include "unit/Scopes.h"
+#include "unit/ThreadGroup.h"
 
 namespace {
 
@@ -100,16 +100,16 @@ TEST(DeliveryConcurrency, KeepsDeliveringWhileAllChanges) {
   const unit::ScopedLogLevel silent(0);
   unit::Rendered();
   Traffic traffic;
-  unit::Crowd crowd;
+  unit::ThreadGroup threadGroup;
   for (int i = 0; i < 2; ++i) {
-    crowd.Add([&] { traffic.PushJpegs(); });
-    crowd.Add([&] { traffic.PushImages(); });
+    threadGroup.Add([&] { traffic.PushJpegs(); });
+    threadGroup.Add([&] { traffic.PushImages(); });
   }
-  crowd.Add([&] { traffic.Read(); });
-  crowd.Add([&] { traffic.Collect(); });
-  crowd.Add([&] { traffic.ChangeListeners(); });
-  crowd.Add([&] { traffic.OpenAndClose(); });
-  crowd.RunToTheEnd();
+  threadGroup.Add([&] { traffic.Read(); });
+  threadGroup.Add([&] { traffic.Collect(); });
+  threadGroup.Add([&] { traffic.ChangeListeners(); });
+  threadGroup.Add([&] { traffic.OpenAndClose(); });
+  threadGroup.RunToTheEnd();
   EXPECT_GT(traffic.Deliveries(), 0);
   traffic.PushOneMore();
 }

@@ -6,7 +6,7 @@
 #include "TemporaryFolder.h"
 #include "calibrator/Snapshots.h"
 #include "unit/Collection.h"
-#include "unit/Crowd.h"
+#include "unit/ThreadGroup.h"
 
 using namespace velmora;
 
@@ -66,9 +66,9 @@ TEST_F(Collecting, TakesWhatWasJudgedWithTwoFeedersAtOnce) {
   }
   AskFor(asked);
   std::atomic<bool> finished{false};
-  unit::Crowd crowd;
+  unit::ThreadGroup threadGroup;
   for (size_t feeder = 0; feeder < 2; ++feeder) {
-    crowd.Add([&, feeder] {
+    threadGroup.Add([&, feeder] {
       // One goes through the views forwards, the other one backwards.
       for (size_t i = 0; i < 400 && !finished; ++i) {
         const size_t view = feeder == 0 ? i % poses : poses - 1 - i % poses;
@@ -76,7 +76,7 @@ TEST_F(Collecting, TakesWhatWasJudgedWithTwoFeedersAtOnce) {
       }
     });
   }
-  crowd.RunToTheEnd();
+  threadGroup.RunToTheEnd();
   ASSERT_TRUE(finished);
   const auto list = snapshots_.Now().snapshots;
   ASSERT_EQ(list->Count(), asked.size());

@@ -7,8 +7,8 @@
 #include <nlohmann/json.hpp>
 
 #include "TemporaryFolder.h"
-#include "unit/Crowd.h"
 #include "unit/Scopes.h"
+#include "unit/ThreadGroup.h"
 
 using namespace velmora;
 
@@ -81,13 +81,13 @@ TEST_F(RecordingPoses, EndsIntoAFileOfTheCurrentFolder) {
 TEST_F(RecordingPoses, TakesPosesOfSeveralThreads) {
   Start();
   unit::PrintedBy([&] {
-    unit::Crowd crowd;
+    unit::ThreadGroup threadGroup;
     for (int thread = 0; thread < 3; ++thread) {
-      crowd.Add([&] {
+      threadGroup.Add([&] {
         for (int i = 0; i < 50; ++i) recording_.Add({{1, 1}});
       });
     }
-    crowd.RunToTheEnd();
+    threadGroup.RunToTheEnd();
   });
   const nlohmann::json model = StoppedInto("model.json");
   EXPECT_EQ(model.at("count"), 150);

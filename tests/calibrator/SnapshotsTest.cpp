@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "unit/Crowd.h"
 #include "unit/Scopes.h"
+#include "unit/ThreadGroup.h"
 
 using namespace velmora;
 
@@ -185,13 +185,13 @@ TEST(SnapshotsOfAPair, SayWhatTheyAreTooFewFor) {
 TEST(SnapshotsOfManyThreads, AreWholeAtAnyMoment) {
   Snapshots snapshots(TARGET, 1);
   std::atomic<int> published{0};
-  unit::Crowd crowd;
+  unit::ThreadGroup threadGroup;
   for (int thread = 0; thread < 2; ++thread) {
-    crowd.Add([&] {
+    threadGroup.Add([&] {
       for (int i = 0; i < 300; ++i) AddAt(snapshots, i, Snapshots::EarlierRms::Keep);
     });
   }
-  crowd.Add([&] {
+  threadGroup.Add([&] {
     while (published < 20) {
       if (snapshots.Count() < Snapshots::ENOUGH) continue;
       const auto computation = snapshots.Begin();
@@ -202,7 +202,7 @@ TEST(SnapshotsOfManyThreads, AreWholeAtAnyMoment) {
       ++published;
     }
   });
-  crowd.Add([&] {
+  threadGroup.Add([&] {
     while (published < 20) {
       const Snapshots::Moment now = snapshots.Now();
       EXPECT_EQ(now.snapshots->cameras[0].points.size(), now.snapshots->Count());
@@ -211,7 +211,7 @@ TEST(SnapshotsOfManyThreads, AreWholeAtAnyMoment) {
       EXPECT_LE(now.result->snapshots, now.snapshots->Count());
     }
   });
-  crowd.RunToTheEnd();
+  threadGroup.RunToTheEnd();
   EXPECT_EQ(snapshots.Completed(), 20);
 }
 

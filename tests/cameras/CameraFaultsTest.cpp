@@ -5,7 +5,7 @@
 
 #include "cameras/FakeCameras.h"
 #include "unit/Collection.h"
-#include "unit/Crowd.h"
+#include "unit/ThreadGroup.h"
 
 namespace {
 
@@ -115,8 +115,8 @@ TEST_F(CameraFaults, ReadingGoesOnWhileOthersAskAddResetOpenAndClose) {
   const unit::ScopedLogLevel silent(0);
   std::atomic<bool> reading{true};
   std::atomic<int> added{0};
-  unit::Crowd crowd;
-  crowd.Add([&] {
+  unit::ThreadGroup threadGroup;
+  threadGroup.Add([&] {
     for (int round = 0; round < 6; ++round) {
       Open();
       EXPECT_TRUE(unit::Eventually([&, before = added.load()] { return added > before; }));
@@ -124,13 +124,13 @@ TEST_F(CameraFaults, ReadingGoesOnWhileOthersAskAddResetOpenAndClose) {
     }
     reading = false;
   });
-  crowd.Add([&] {
+  threadGroup.Add([&] {
     while (reading) {
       added += calibrator_->AddPoints() ? 1 : 0;
       std::this_thread::yield();
     }
   });
-  crowd.Add([&] {
+  threadGroup.Add([&] {
     while (reading) {
       calibrator_->GetStatus_QVX();
       calibrator_->GetNumberOfRecords();
@@ -139,13 +139,13 @@ TEST_F(CameraFaults, ReadingGoesOnWhileOthersAskAddResetOpenAndClose) {
       std::this_thread::yield();
     }
   });
-  crowd.Add([&] {
+  threadGroup.Add([&] {
     while (reading) {
       calibrator_->OpenNativeCamera(0, 640, 480, 30, 0);
       std::this_thread::yield();
     }
   });
-  crowd.RunToTheEnd();
+  threadGroup.RunToTheEnd();
   EXPECT_GE(added, 6);
 }
 

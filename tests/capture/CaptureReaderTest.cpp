@@ -7,7 +7,7 @@
 #include <future>
 
 #include "capture/ReaderFixture.h"
-#include "unit/Crowd.h"
+#include "unit/ThreadGroup.h"
 
 using namespace velmora;
 
@@ -299,9 +299,9 @@ TEST_F(Reader, OpensAndClosesOfManyThreadsAtOnceLeaveOneState) {
     if (processed % 50 == 0) reader->Close(words);
   };
   std::atomic<int> opened{0};
-  unit::Crowd crowd;
+  unit::ThreadGroup threadGroup;
   for (int thread = 0; thread < 4; ++thread) {
-    crowd.Add([&, thread] {
+    threadGroup.Add([&, thread] {
       for (int round = 0; round < 25; ++round) {
         opened += thread % 2 == 0 ? OpenCamera() : reader->OpenCameraPair(0, 1, Vga());
         reader->Format();
@@ -310,7 +310,7 @@ TEST_F(Reader, OpensAndClosesOfManyThreadsAtOnceLeaveOneState) {
       }
     });
   }
-  crowd.RunToTheEnd();
+  threadGroup.RunToTheEnd();
   EXPECT_GE(opened, 1);
   reader->ClosePair();
   EXPECT_FALSE(reader->Running());

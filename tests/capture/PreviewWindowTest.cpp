@@ -7,8 +7,8 @@
 #include <future>
 
 #include "capture/FakeWindow.h"
-#include "unit/Crowd.h"
 #include "unit/Scopes.h"
+#include "unit/ThreadGroup.h"
 
 using namespace velmora;
 
@@ -175,9 +175,9 @@ TEST_F(SharedWindow, OpensNoMoreAfterItsEnd) {
 TEST_F(SharedWindow, ManyMayUseItAtOnce) {
   constexpr int THREADS = 4;
   std::vector<int> owners(THREADS);
-  unit::Crowd crowd;
+  unit::ThreadGroup threadGroup;
   for (int& owner : owners) {
-    crowd.Add([&] {
+    threadGroup.Add([&] {
       for (int round = 0; round < 50; ++round) {
         EXPECT_TRUE(Open(&owner));
         window.Show(&owner, Picture(round));
@@ -185,7 +185,7 @@ TEST_F(SharedWindow, ManyMayUseItAtOnce) {
       }
     });
   }
-  crowd.RunToTheEnd();
+  threadGroup.RunToTheEnd();
   EXPECT_TRUE(unit::Eventually([&] { return !log->exists; }));
 }
 

@@ -123,11 +123,11 @@ TEST(CandidateIndex, SpendsBudgetOnWhatItLooksUp) {
   SearchBudget budget{100};
   EXPECT_EQ(none.Nearest({50.0, 50.0}, 5.0, budget, Any), -1);
   EXPECT_LT(budget.left, 100);
-  const CandidateIndex crowd(std::vector<DiscCandidate>(70, {{50.0, 50.0}, 5.0, 3}), FRAME_SIZE);
+  const CandidateIndex threadGroup(std::vector<DiscCandidate>(70, {{50.0, 50.0}, 5.0, 3}), FRAME_SIZE);
   EXPECT_FALSE(budget.Spent());
-  crowd.Nearest({50.0, 50.0}, 0.5, budget, Any);
+  threadGroup.Nearest({50.0, 50.0}, 0.5, budget, Any);
   EXPECT_LE(budget.left, 29);
-  crowd.Nearest({50.0, 50.0}, 0.5, budget, Any);
+  threadGroup.Nearest({50.0, 50.0}, 0.5, budget, Any);
   EXPECT_TRUE(budget.Spent());
 }
 

@@ -6,8 +6,8 @@
 #include <array>
 #include <thread>
 
-#include "unit/Crowd.h"
 #include "unit/LocalServer.h"
+#include "unit/ThreadGroup.h"
 
 using namespace velmora;
 
@@ -88,9 +88,9 @@ TEST(XServer, AnswersSeveralThatAskAtOnce) {
       close(client);
     }
   });
-  unit::Crowd crowd;
-  for (int i = 0; i < ASKING; ++i) crowd.Add([] { EXPECT_TRUE(XServerAnswers(":48158", PATIENCE)); });
-  crowd.RunToTheEnd();
+  unit::ThreadGroup threadGroup;
+  for (int i = 0; i < ASKING; ++i) threadGroup.Add([] { EXPECT_TRUE(XServerAnswers(":48158", PATIENCE)); });
+  threadGroup.RunToTheEnd();
   serving.join();
 }
 

@@ -3,7 +3,7 @@
 
 #include <atomic>
 
-#include "Machine.h"
+#include "JvmFixture.h"
 #include "Recorder.h"
 #include "calibrator/Pushes.h"
 #include "imaging/FrameCodec.h"

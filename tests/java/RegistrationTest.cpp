@@ -1,7 +1,7 @@
 /// Registration where the listener's class or its method is not to be found.
 #include <gtest/gtest.h>
 
-#include "Machine.h"
+#include "JvmFixture.h"
 #include "jni/Jni.h"
 #include "unit/Collection.h"
 #include "unit/Scopes.h"

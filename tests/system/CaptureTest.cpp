@@ -11,10 +11,10 @@
 
 #include "Calibrator.h"
 #include "CapturedStdout.h"
-#include "Desktop.h"
 #include "Footage.h"
 #include "Log.h"
 #include "Servers.h"
+#include "VirtualDisplay.h"
 
 using namespace system_test;  // NOLINT
 

@@ -3,9 +3,9 @@
 
 #include <filesystem>
 
-#include "Desktop.h"
 #include "JSON.h"
 #include "Truth.h"
+#include "VirtualDisplay.h"
 
 using namespace system_test;  // NOLINT
 
@@ -25,7 +25,7 @@ class GuidedProgram : public testing::Test {
   support::Process::Options OnTheDesktop() {
     support::Process::Options options;
     options.unset = {"WAYLAND_DISPLAY", "QT_QPA_PLATFORM"};
-    options.environment["DISPLAY"] = desktop_.Display();
+    options.environment["DISPLAY"] = virtualDisplay_.Display();
     options.folder = folder_.Path();
     return options;
   }
@@ -38,7 +38,7 @@ class GuidedProgram : public testing::Test {
   }
 
   support::TemporaryFolder folder_;
-  Desktop desktop_;
+  VirtualDisplay virtualDisplay_;
 };
 
 TEST_F(GuidedProgram, CalibratesFromAVideoOfTheShippedPoses) {
@@ -46,8 +46,8 @@ TEST_F(GuidedProgram, CalibratesFromAVideoOfTheShippedPoses) {
   support::Process program({VELMORA_GUIDED, "--video", video, "--hdist", "0.2", "--output", "camera"},
                            OnTheDesktop());
   EXPECT_TRUE(WaitUntil([&] {
-    const std::string window = desktop_.FindWindow("Velmora");
-    return (!window.empty() && ShowsBar(desktop_.PictureOf(window))) || !program.Running();
+    const std::string window = virtualDisplay_.FindWindow("Velmora");
+    return (!window.empty() && ShowsBar(virtualDisplay_.PictureOf(window))) || !program.Running();
   }));
   EXPECT_TRUE(program.Running()) << "the bar was never seen";
   ASSERT_EQ(program.WaitForExit(PATIENCE), 0) << program.Output() << program.Errors();

@@ -79,7 +79,7 @@ class Interactive : public testing::Test {
   }
 
   support::TemporaryFolder folder_;
-  Desktop desktop_;
+  VirtualDisplay virtualDisplay_;
   std::string printed_;  ///< the lines of TakeSnapshots
 };
 
@@ -89,7 +89,7 @@ TEST_F(Interactive, ASessionLeadsFromTheFirstPictureToTheResultFile) {
   for (const cv::Mat& view : ViewsOf(camera, 120)) {
     pictures.push_back(view);
   }
-  Session session(desktop_,
+  Session session(virtualDisplay_,
                   {"--video", Video("sheet.avi", pictures, 2), "--hdist", "0.2", "--output", "result"},
                   folder_.Path());
   ASSERT_TRUE(session.AwaitPicture());
@@ -118,7 +118,7 @@ TEST_F(Interactive, TheSelectedHalfOfASplitVideoIsCalibrated) {
   for (std::size_t i = 0; i < leftViews.size(); ++i) {
     pairs.push_back(Beside(leftViews[i], rightViews[i]));
   }
-  Session session(desktop_,
+  Session session(virtualDisplay_,
                   {"--video", Video("pair.avi", pairs, 3), "--split", "vertical", "--select", "right",
                    "--model", "classic", "--output", "right"},
                   folder_.Path());
@@ -130,7 +130,8 @@ TEST_F(Interactive, TheSelectedHalfOfASplitVideoIsCalibrated) {
 }
 
 TEST_F(Interactive, TheKeysGoOnWorkingAfterTheEndOfAVideo) {
-  Session session(desktop_, {"--video", Video("short.avi", ViewsOf(SmallCamera(), 1), 1)}, folder_.Path());
+  Session session(virtualDisplay_, {"--video", Video("short.avi", ViewsOf(SmallCamera(), 1), 1)},
+                  folder_.Path());
   ASSERT_TRUE(session.AwaitPicture());
   EXPECT_EQ(session.TakeSnapshot(), "New points added. Total number of pictures: 1");
   const cv::Mat one = session.StillPicture("Frame");
@@ -144,13 +145,14 @@ TEST_F(Interactive, TheKeysGoOnWorkingAfterTheEndOfAVideo) {
 }
 
 TEST_F(Interactive, EnterWithTooFewSnapshotsReportsMinusOneAndTheWindowComesBack) {
-  Session session(desktop_, {"--video", Video("short.avi", ViewsOf(SmallCamera(), 1), 1), "--output", "none"},
+  Session session(virtualDisplay_,
+                  {"--video", Video("short.avi", ViewsOf(SmallCamera(), 1), 1), "--output", "none"},
                   folder_.Path());
   ASSERT_TRUE(session.AwaitPicture());
   EXPECT_EQ(session.TakeSnapshot(), "New points added. Total number of pictures: 1");
   // The snapshot there is gets its review all the same: a plain picture.
   EXPECT_EQ(session.CalibrateAndReview(), 1);
-  EXPECT_FALSE(desktop_.AwaitWindow("Frame").empty());
+  EXPECT_FALSE(virtualDisplay_.AwaitWindow("Frame").empty());
   EXPECT_EQ(session.TakeSnapshot(), "New points added. Total number of pictures: 1");
   EXPECT_EQ(session.Quit(), 1);
   EXPECT_NE(session.Application().Output().find("Calibration computed! Error = -1\n\n"), std::string::npos);
@@ -158,27 +160,27 @@ TEST_F(Interactive, EnterWithTooFewSnapshotsReportsMinusOneAndTheWindowComesBack
 }
 
 TEST_F(Interactive, ClosingTheReviewEndsIt) {
-  Session session(desktop_,
+  Session session(virtualDisplay_,
                   {"--video", Video("sheet.avi", ViewsOf(SmallCamera(), 60), 3), "--output", "result"},
                   folder_.Path());
   ASSERT_TRUE(session.AwaitPicture());
   TakeSnapshots(session, 7);
   std::string review;
   ASSERT_TRUE(session.Press("Frame", "Return", [&] {
-    review = desktop_.FindWindow("Reprojected frame");
+    review = virtualDisplay_.FindWindow("Reprojected frame");
     return !review.empty();
   }));
   ASSERT_FALSE(session.StillPicture("Reprojected frame").empty());
-  desktop_.CloseWindow(review);
-  EXPECT_FALSE(desktop_.AwaitWindow("Frame").empty()) << "the session goes on";
-  EXPECT_TRUE(desktop_.FindWindow("Reprojected frame").empty());
+  virtualDisplay_.CloseWindow(review);
+  EXPECT_FALSE(virtualDisplay_.AwaitWindow("Frame").empty()) << "the session goes on";
+  EXPECT_TRUE(virtualDisplay_.FindWindow("Reprojected frame").empty());
   EXPECT_EQ(session.Quit(), 1);
 }
 
 TEST_F(Interactive, APictureLargerThanAScreenIsShownScaledDown) {
   cv::Mat large;
   cv::resize(ViewsOf(SmallCamera(), 1).front(), large, {1920, 1080});
-  Session session(desktop_,
+  Session session(virtualDisplay_,
                   {"--video", Video("large.avi", {large}, 1), "--width", "1920", "--height", "1080"},
                   folder_.Path());
   ASSERT_TRUE(session.AwaitPicture());
@@ -206,7 +208,8 @@ double ProcessorSeconds(pid_t process) {
 }
 
 TEST_F(Interactive, AnEndedVideoKeepsTheProcessorAlmostIdle) {
-  Session session(desktop_, {"--video", Video("short.avi", ViewsOf(SmallCamera(), 1), 1)}, folder_.Path());
+  Session session(virtualDisplay_, {"--video", Video("short.avi", ViewsOf(SmallCamera(), 1), 1)},
+                  folder_.Path());
   ASSERT_TRUE(session.AwaitPicture());
   ASSERT_FALSE(session.StillPicture("Frame").empty());
   const pid_t process = session.Application().Id();
@@ -224,7 +227,7 @@ TEST_F(Interactive, AVideoWhoseFirstFrameCannotBeReadIsNamed) {
   const auto firstFrame = whole.find("00dc", whole.find("movi"));
   ASSERT_NE(firstFrame, std::string::npos);
   support::WriteText(path, whole.substr(0, firstFrame + 64));
-  const Ending ending = RunToEnd({"--video", path}, desktop_.Display());
+  const Ending ending = RunToEnd({"--video", path}, virtualDisplay_.Display());
   EXPECT_EQ(ending.status, 255);
   EXPECT_EQ(ending.errors, "ERROR: cannot read video '" + path + "'.\n");
   EXPECT_EQ(ending.output, "");

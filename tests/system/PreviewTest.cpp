@@ -30,27 +30,27 @@ class PreviewOnADesktop : public testing::Test {
     return options;
   }
 
-  bool Shown() { return !desktop_.FindWindow("Preview").empty(); }
+  bool Shown() { return !virtualDisplay_.FindWindow("Preview").empty(); }
 
   support::TemporaryFolder folder_;
-  Desktop desktop_;
+  VirtualDisplay virtualDisplay_;
 };
 
 TEST_F(PreviewOnADesktop, FollowsTheSourceAndEndsWithTheProgram) {
-  support::Process program({VELMORA_PREVIEW_PROGRAM, Pipeline()}, On(desktop_.Display()));
-  const std::string window = desktop_.AwaitWindow("Preview");
+  support::Process program({VELMORA_PREVIEW_PROGRAM, Pipeline()}, On(virtualDisplay_.Display()));
+  const std::string window = virtualDisplay_.AwaitWindow("Preview");
   ASSERT_FALSE(window.empty()) << program.Output() << program.Errors();
   cv::Mat first;
   ASSERT_TRUE(WaitUntil([&] {
-    first = desktop_.PictureOf(window);
+    first = virtualDisplay_.PictureOf(window);
     return first.cols >= 640 && first.rows >= 480;
   }));
   EXPECT_TRUE(WaitUntil([&] {
-    const cv::Mat later = desktop_.PictureOf(window);
+    const cv::Mat later = virtualDisplay_.PictureOf(window);
     return !later.empty() && !Same(first, later);
   })) << "it does not move";
   if (const char* path = std::getenv("VELMORA_SCREENSHOT")) {
-    cv::imwrite(path, desktop_.PictureOf(window));
+    cv::imwrite(path, virtualDisplay_.PictureOf(window));
   }
 
   program.Signal(SIGUSR1);
@@ -64,24 +64,25 @@ TEST_F(PreviewOnADesktop, FollowsTheSourceAndEndsWithTheProgram) {
 
 TEST_F(PreviewOnADesktop, AProgramMayLeaveWhileItsWindowIsBeingMade) {
   for (int milliseconds = 0; milliseconds <= 500; milliseconds += 25) {
-    support::Process program({VELMORA_LEAVING_PROGRAM, std::to_string(milliseconds)}, On(desktop_.Display()));
+    support::Process program({VELMORA_LEAVING_PROGRAM, std::to_string(milliseconds)},
+                             On(virtualDisplay_.Display()));
     ASSERT_EQ(program.WaitForExit(PATIENCE), 0) << "after " << milliseconds << " ms: " << program.Errors();
     ASSERT_EQ(program.Output(), "left\n");
   }
 }
 
 TEST_F(PreviewOnADesktop, APictureLargerThanAScreenIsShownScaledDown) {
-  support::Process program({VELMORA_LEAVING_PROGRAM, "60000", "1920", "1080"}, On(desktop_.Display()));
+  support::Process program({VELMORA_LEAVING_PROGRAM, "60000", "1920", "1080"}, On(virtualDisplay_.Display()));
   cv::Size size;
   EXPECT_TRUE(WaitUntil([&] {
-    const std::string window = desktop_.FindWindow("Preview");
-    if (!window.empty()) size = desktop_.SizeOf(window);
+    const std::string window = virtualDisplay_.FindWindow("Preview");
+    if (!window.empty()) size = virtualDisplay_.SizeOf(window);
     return size == cv::Size(1280, 720);
   })) << size;
 }
 
 TEST_F(PreviewOnADesktop, APlatformThatIsNotInstalledChangesNothingElse) {
-  support::Process::Options options = On(desktop_.Display());
+  support::Process::Options options = On(virtualDisplay_.Display());
   options.unset = {"WAYLAND_DISPLAY"};
   options.environment["QT_QPA_PLATFORM"] = "nosuchplatform";
   support::Process program({VELMORA_LEAVING_PROGRAM, "500"}, options);

@@ -9,7 +9,7 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "Desktop.h"
+#include "VirtualDisplay.h"
 
 namespace system_test {
 

@@ -53,27 +53,27 @@ std::string LastLine(const std::string& text) {
 
 }  // namespace
 
-Session::Session(Desktop& desktop, const std::vector<std::string>& arguments, const std::string& folder,
-                 const std::map<std::string, std::string>& environment)
-    : desktop_(desktop),
-      application_(CommandOf(arguments), OptionsOf(desktop.Display(), folder, environment)) {
+Session::Session(VirtualDisplay& virtualDisplay, const std::vector<std::string>& arguments,
+                 const std::string& folder, const std::map<std::string, std::string>& environment)
+    : virtualDisplay_(virtualDisplay),
+      application_(CommandOf(arguments), OptionsOf(virtualDisplay.Display(), folder, environment)) {
 }
 
 bool Session::Press(const std::string& title, const std::string& key, const std::function<bool()>& effect) {
   return WaitUntil([&] {
-    const std::string window = desktop_.FindWindow(title);
+    const std::string window = virtualDisplay_.FindWindow(title);
     if (window.empty()) {
       return effect();
     }
-    desktop_.PressKey(window, key);
+    virtualDisplay_.PressKey(window, key);
     return WaitUntil(effect, LOST_AFTER);
   });
 }
 
 bool Session::AwaitPicture() {
   return WaitUntil([&] {
-    const std::string window = desktop_.FindWindow(LIVE_WINDOW);
-    return !window.empty() && !desktop_.PictureOf(window).empty();
+    const std::string window = virtualDisplay_.FindWindow(LIVE_WINDOW);
+    return !window.empty() && !virtualDisplay_.PictureOf(window).empty();
   });
 }
 
@@ -117,12 +117,12 @@ cv::Mat Session::StillPicture(const std::string& title) {
   cv::Mat last;
   const bool still = WaitUntil(
       [&] {
-        const std::string window = desktop_.FindWindow(title);
+        const std::string window = virtualDisplay_.FindWindow(title);
         if (window.empty()) {
           last.release();
           return true;
         }
-        const cv::Mat picture = desktop_.PictureOf(window);
+        const cv::Mat picture = virtualDisplay_.PictureOf(window);
         const bool same = Same(picture, last);
         last = picture;
         return same;
@@ -132,7 +132,7 @@ cv::Mat Session::StillPicture(const std::string& title) {
 }
 
 bool Session::ReviewIsOpen() {
-  return !desktop_.FindWindow(REVIEW_WINDOW).empty();
+  return !virtualDisplay_.FindWindow(REVIEW_WINDOW).empty();
 }
 
 Ending RunToEnd(const std::vector<std::string>& arguments, const std::string& display) {

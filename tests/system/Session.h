@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "Desktop.h"
+#include "VirtualDisplay.h"
 
 namespace system_test {
 
@@ -14,8 +14,8 @@ namespace system_test {
 class Session {
  public:
   /// Starts the application in the folder, with variables of its own beside those of this process.
-  Session(Desktop& desktop, const std::vector<std::string>& arguments, const std::string& folder,
-          const std::map<std::string, std::string>& environment = {});
+  Session(VirtualDisplay& virtualDisplay, const std::vector<std::string>& arguments,
+          const std::string& folder, const std::map<std::string, std::string>& environment = {});
 
   support::Process& Application() { return application_; }
 
@@ -42,7 +42,7 @@ class Session {
  private:
   bool ReviewIsOpen();
 
-  Desktop& desktop_;
+  VirtualDisplay& virtualDisplay_;
   support::Process application_;
 };
 

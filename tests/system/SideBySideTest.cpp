@@ -38,7 +38,7 @@ class SideBySide : public testing::Test {
     }
     arguments.insert(arguments.end(), more.begin(), more.end());
     std::filesystem::create_directories(folder_.File("run"));
-    Session session(desktop_, arguments, folder_.File("run"), environment_);
+    Session session(virtualDisplay_, arguments, folder_.File("run"), environment_);
     ASSERT_TRUE(session.AwaitPicture()) << session.Application().Errors();
     std::string line;
     const std::string last = "New points added. Total number of pictures: " + std::to_string(SNAPSHOTS);
@@ -75,7 +75,7 @@ class SideBySide : public testing::Test {
   const world::Pair rig_ =
       world::SideBySidePair({640, 480}, 60.0, BASELINE, 0.0, {-0.1, 0.02, 0, 0, 0}, {-0.1, 0.02, 0, 0, 0});
   support::TemporaryFolder folder_;
-  Desktop desktop_;
+  VirtualDisplay virtualDisplay_;
   std::vector<std::string> source_;
   std::map<std::string, std::string> environment_;
 };

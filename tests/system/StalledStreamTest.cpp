@@ -12,9 +12,9 @@
 
 #include "Calibrator.h"
 #include "CapturedStdout.h"
-#include "Desktop.h"
 #include "Log.h"
 #include "TemporaryFolder.h"
+#include "VirtualDisplay.h"
 
 using namespace system_test;  // NOLINT
 

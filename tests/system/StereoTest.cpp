@@ -33,7 +33,7 @@ class Stereo : public testing::Test {
   }
 
   void CalibrateAlone(const std::string& side) {
-    Session session(desktop_, Arguments({"--select", side, "--output", side}), folder_.Path());
+    Session session(virtualDisplay_, Arguments({"--select", side, "--output", side}), folder_.Path());
     ASSERT_TRUE(session.AwaitPicture());
     TakeSnapshots(session, 10);
     EXPECT_EQ(session.CalibrateAndReview(), 10);
@@ -42,7 +42,7 @@ class Stereo : public testing::Test {
   }
 
   support::TemporaryFolder folder_;
-  Desktop desktop_;
+  VirtualDisplay virtualDisplay_;
   std::string video_ = folder_.File("pair.avi");
 };
 
@@ -62,12 +62,12 @@ TEST_F(Stereo, ThreeStepsLeadFromASideBySideVideoToTheStereoResult) {
   const std::string run = folder_.File("run");  // pictures go beside the folder the application runs in
   std::filesystem::create_directory(run);
   Session session(
-      desktop_,
+      virtualDisplay_,
       Arguments({"--calib_left", "../left.json", "--calib_right", "../right.json", "--output", "../stereo"}),
       run);
   ASSERT_TRUE(session.AwaitPicture());
   TakeSnapshots(session, 10);
-  EXPECT_FALSE(desktop_.FindWindow("FrameRight").empty());
+  EXPECT_FALSE(virtualDisplay_.FindWindow("FrameRight").empty());
   EXPECT_TRUE(std::filesystem::exists(folder_.File("res/left/0.jpg")));
   EXPECT_TRUE(std::filesystem::exists(folder_.File("res/right/9.jpg")));
   ASSERT_TRUE(session.Calibrate());

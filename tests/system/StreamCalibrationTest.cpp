@@ -35,7 +35,7 @@ class StreamCalibration : public testing::Test {
     for (const char* const argument : {"--hdist", "0.2", "--output", "result"}) {
       arguments.emplace_back(argument);
     }
-    Session session(desktop_, arguments, folder_.Path());
+    Session session(virtualDisplay_, arguments, folder_.Path());
     ASSERT_TRUE(session.AwaitPicture()) << session.Application().Errors();
     for (int total = 0, presses = 0; total < SNAPSHOTS; ++presses) {
       ASSERT_LT(presses, 200) << "the grid is not found";
@@ -57,7 +57,7 @@ class StreamCalibration : public testing::Test {
 
   const world::Camera camera_ = SmallCamera();
   support::TemporaryFolder folder_;
-  Desktop desktop_;
+  VirtualDisplay virtualDisplay_;
 };
 
 TEST_F(StreamCalibration, AnH264StreamIsCalibratedToTheEnd) {

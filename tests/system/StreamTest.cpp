@@ -17,10 +17,10 @@ class Stream : public testing::Test {
  protected:
   /// The picture in the window moves.
   bool Moves() {
-    const std::string window = desktop_.AwaitWindow("Frame");
-    const cv::Mat first = desktop_.PictureOf(window);
+    const std::string window = virtualDisplay_.AwaitWindow("Frame");
+    const cv::Mat first = virtualDisplay_.PictureOf(window);
     return WaitUntil([&] {
-      const cv::Mat later = desktop_.PictureOf(window);
+      const cv::Mat later = virtualDisplay_.PictureOf(window);
       return !first.empty() && !later.empty() && !Same(first, later);
     });
   }
@@ -28,7 +28,7 @@ class Stream : public testing::Test {
   /// Whether the source stalls or not: the stream is shown, p and q work.
   void WatchAndQuit(const std::string& coding, const std::string& codec, bool stall) {
     StreamServer server(BALL, coding);
-    Session session(desktop_, {"--gstreamer", "127.0.0.1", "--codec", codec, "--port", server.Port()},
+    Session session(virtualDisplay_, {"--gstreamer", "127.0.0.1", "--codec", codec, "--port", server.Port()},
                     folder_.Path());
     ASSERT_TRUE(Moves()) << session.Application().Errors();
     if (stall) {
@@ -41,7 +41,7 @@ class Stream : public testing::Test {
   }
 
   support::TemporaryFolder folder_;
-  Desktop desktop_;
+  VirtualDisplay virtualDisplay_;
 };
 
 TEST_F(Stream, PicturesOfAnMjpegStreamAreShown) {

@@ -38,17 +38,17 @@ class LiveWindowTest {
   @Test
   void a_video_leads_by_the_assistant_to_a_saved_result() throws Exception {
     Path output = folder.resolve("camera.json");
-    try (Hand hand = new Hand("--file", relative(FOOTAGE.resolve("poses.avi")), "--poses", POSES, "--output",
+    try (UiRobot user = new UiRobot("--file", relative(FOOTAGE.resolve("poses.avi")), "--poses", POSES, "--output",
              output.toString())) {
-      hand.press("assistant");
-      assertTrue(hand.sees("message", "Bring the sheet to the drawn one, 12 times."));
-      hand.press("start");
-      assertTrue(hand.sees("snapshots", "7 of 12"), hand.read("message"));
-      hand.photograph(SCREENSHOT);
-      assertTrue(hand.sees("state", "Completed"), hand.read("message"));
-      assertEquals("12 snapshots", hand.read("snapshots").replace(" of 12", ""));
-      hand.press("save");
-      assertTrue(hand.sees("message", "Written: " + output));
+      user.press("assistant");
+      assertTrue(user.sees("message", "Bring the sheet to the drawn one, 12 times."));
+      user.press("start");
+      assertTrue(user.sees("snapshots", "7 of 12"), user.read("message"));
+      user.photograph(SCREENSHOT);
+      assertTrue(user.sees("state", "Completed"), user.read("message"));
+      assertEquals("12 snapshots", user.read("snapshots").replace(" of 12", ""));
+      user.press("save");
+      assertTrue(user.sees("message", "Written: " + output));
       expectCamera(output, FOOTAGE.resolve("poses.truth.json"));
     }
   }
@@ -57,19 +57,19 @@ class LiveWindowTest {
   @ValueSource(strings = {"base64", "nv21"})
   void pictures_of_a_folder_are_pushed_and_calibrated_by_hand(String format) throws Exception {
     Path output = folder.resolve("camera.json");
-    try (Hand hand = new Hand("--folder", FOOTAGE.resolve("views").toString(), "--push", format, "--output",
+    try (UiRobot user = new UiRobot("--folder", FOOTAGE.resolve("views").toString(), "--push", format, "--output",
              output.toString())) {
-      hand.press("start");
-      assertTrue(Hand.await(() -> {
-        hand.press("snapshot");
-        return snapshots(hand) >= WANTED;
+      user.press("start");
+      assertTrue(UiRobot.await(() -> {
+        user.press("snapshot");
+        return snapshots(user) >= WANTED;
       }));
-      hand.press("stop");
-      assertTrue(hand.sees("message", "The source is closed."));
-      hand.press("calibrate");
-      assertTrue(hand.sees("state", "Completed"), hand.read("message"));
-      hand.press("save");
-      assertTrue(hand.sees("message", "Written: " + output));
+      user.press("stop");
+      assertTrue(user.sees("message", "The source is closed."));
+      user.press("calibrate");
+      assertTrue(user.sees("state", "Completed"), user.read("message"));
+      user.press("save");
+      assertTrue(user.sees("message", "Written: " + output));
       assertTrue(CalibrationResult.read(output).rms() < 0.3);
     }
   }
@@ -78,22 +78,22 @@ class LiveWindowTest {
     return Path.of("").toAbsolutePath().relativize(file).toString();
   }
 
-  private static int snapshots(Hand hand) {
-    String text = hand.read("snapshots");
+  private static int snapshots(UiRobot user) {
+    String text = user.read("snapshots");
     return Integer.parseInt(text.substring(0, text.indexOf(' ')));
   }
 
   @Test
   void what_cannot_be_done_is_told_in_the_window() throws Exception {
-    try (Hand hand = new Hand("--file", "/nowhere/video.avi", "--poses", "/nowhere/poses.json")) {
-      hand.press("start");
-      assertTrue(hand.sees("message", "Video file /nowhere/video.avi cannot be opened."));
-      hand.press("assistant");
-      assertTrue(hand.sees("message", "/nowhere/poses.json"));
-      hand.press("snapshot");
-      assertTrue(hand.sees("message", "The grid is not in view."));
-      hand.press("save");
-      assertTrue(hand.sees("message", "Nothing to save yet: calibrate first."));
+    try (UiRobot user = new UiRobot("--file", "/nowhere/video.avi", "--poses", "/nowhere/poses.json")) {
+      user.press("start");
+      assertTrue(user.sees("message", "Video file /nowhere/video.avi cannot be opened."));
+      user.press("assistant");
+      assertTrue(user.sees("message", "/nowhere/poses.json"));
+      user.press("snapshot");
+      assertTrue(user.sees("message", "The grid is not in view."));
+      user.press("save");
+      assertTrue(user.sees("message", "Nothing to save yet: calibrate first."));
     }
   }
 

@@ -1,4 +1,4 @@
-/// The Java virtual machine of a test program.
+/// The Java virtual machine that a test program starts.
 #pragma once
 
 #include <jni.h>

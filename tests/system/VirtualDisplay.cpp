@@ -1,5 +1,5 @@
 /// A virtual desktop of its own: an X server without a monitor, its windows, keys and pictures.
-#include "Desktop.h"
+#include "VirtualDisplay.h"
 
 #include <dlfcn.h>
 
@@ -69,7 +69,7 @@ bool WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds
 }
 
 // The server chooses a free number itself and prints it once it answers.
-Desktop::Desktop()
+VirtualDisplay::VirtualDisplay()
     : server_({"Xvfb", "-displayfd", "1", "-screen", "0", "1280x1024x24", "-nolisten", "tcp", "-noreset"}) {
   if (!WaitUntil([this] { return server_.Output().find('\n') != std::string::npos || !server_.Running(); }) ||
       !server_.Running()) {
@@ -81,28 +81,28 @@ Desktop::Desktop()
   display_ = ":" + std::to_string(value);
 }
 
-std::string Desktop::FindWindow(const std::string& title) {
+std::string VirtualDisplay::FindWindow(const std::string& title) {
   std::istringstream windows(RunTool({"xdotool", "search", "--onlyvisible", "--name", "^" + title + "$"}));
   std::string first;
   windows >> first;
   return first;
 }
 
-std::string Desktop::AwaitWindow(const std::string& title) {
+std::string VirtualDisplay::AwaitWindow(const std::string& title) {
   std::string window;
   WaitUntil([&] { return !(window = FindWindow(title)).empty(); });
   return window;
 }
 
-void Desktop::PressKey(const std::string& window, const std::string& key) {
+void VirtualDisplay::PressKey(const std::string& window, const std::string& key) {
   RunTool({"xdotool", "key", "--window", window, key});
 }
 
-void Desktop::CloseWindow(const std::string& window) {
+void VirtualDisplay::CloseWindow(const std::string& window) {
   AskToClose(display_, std::stoul(window));
 }
 
-cv::Size Desktop::SizeOf(const std::string& window) {
+cv::Size VirtualDisplay::SizeOf(const std::string& window) {
   const std::string geometry = RunTool({"xdotool", "getwindowgeometry", "--shell", window});
   const auto valueOf = [&](const std::string& name) {
     const auto at = geometry.find(name + "=");
@@ -111,14 +111,14 @@ cv::Size Desktop::SizeOf(const std::string& window) {
   return {valueOf("WIDTH"), valueOf("HEIGHT")};
 }
 
-cv::Mat Desktop::PictureOf(const std::string& window) {
+cv::Mat VirtualDisplay::PictureOf(const std::string& window) {
   const std::string path = folder_.File("window.ppm");
   std::remove(path.c_str());
   RunTool({"import", "-silent", "-window", window, path});
   return cv::imread(path, cv::IMREAD_COLOR);
 }
 
-std::string Desktop::RunTool(const std::vector<std::string>& arguments) {
+std::string VirtualDisplay::RunTool(const std::vector<std::string>& arguments) {
   support::Process::Options options;
   options.environment["DISPLAY"] = display_;
   support::Process tool(arguments, options);

@@ -17,15 +17,15 @@ import javax.swing.JLabel;
 import javax.swing.JProgressBar;
 import javax.swing.SwingUtilities;
 
-/** A user's hand and eyes: presses what is on the screen with the mouse, and reads what is written there. */
-final class Hand implements AutoCloseable {
+/** A user of the window: presses what is on the screen with the mouse, and reads what is written there. */
+final class UiRobot implements AutoCloseable {
   private static final long PATIENCE_NANOSECONDS = 120_000_000_000L;
 
   private final Robot robot;
   private final Window window;
 
   /** Starts the application and waits for its window. */
-  Hand(String... arguments) throws AWTException {
+  UiRobot(String... arguments) throws AWTException {
     robot = new Robot();
     LiveCalibration.main(arguments);
     await(() -> shown() != null);

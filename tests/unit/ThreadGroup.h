@@ -13,7 +13,7 @@
 namespace unit {
 
 /// Threads that start together. What one of them throws is reported as a failure.
-class Crowd {
+class ThreadGroup {
  public:
   void Add(std::function<void()> task) {
     threads_.emplace_back([this, task = std::move(task)] {

@@ -1,5 +1,5 @@
-/// The Java virtual machine of a test program.
-#include "Machine.h"
+/// The Java virtual machine that a test program starts.
+#include "JvmFixture.h"
 
 #include <stdexcept>
 #include <string>

@@ -19,10 +19,10 @@ constexpr std::chrono::milliseconds PATIENCE{60000};
 bool WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds deadline = PATIENCE);
 
 /// An X server that lives as long as the object, on a display number that was free.
-class Desktop {
+class VirtualDisplay {
  public:
   /// Throws std::runtime_error when the server does not start.
-  Desktop();
+  VirtualDisplay();
 
   /// Such as ":5".
   const std::string& Display() const { return display_; }
