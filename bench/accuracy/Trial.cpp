@@ -21,7 +21,7 @@ const std::array<const char*, PARAMETERS> PARAMETER_NAMES = {"fx", "fy", "cx", "
 
 namespace {
 
-const double NOTHING = std::numeric_limits<double>::infinity();
+const double UNKNOWN_ERROR = std::numeric_limits<double>::infinity();
 
 std::vector<world::Pose> PosesFor(const Case& what, const world::Camera& camera, std::uint64_t seed) {
   const world::Sheet sheet(GRID, static_cast<double>(UNIT));
@@ -30,7 +30,7 @@ std::vector<world::Pose> PosesFor(const Case& what, const world::Camera& camera,
 }
 
 double Finite(double value) {
-  return std::isfinite(value) ? value : NOTHING;
+  return std::isfinite(value) ? value : UNKNOWN_ERROR;
 }
 
 /// In the order of PARAMETER_NAMES, with zeros for coefficients that the lens has not.

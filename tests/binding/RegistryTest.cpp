@@ -95,7 +95,7 @@ TEST(RegistryNumbers, OfAGridOfOneCircleAreGivenAndFindNothing) {
   const int id = Calibration::NewCalibrator(1, 1, 0.02F, Calibrator::MONOCULAR, 640, 480);
   ASSERT_GE(id, 0);
   for (const int finder : {Calibrator::FINDER_STANDARD, Calibrator::FINDER_ROBUST}) {
-    Registry::OfProcess().Find(id)->SetFinder(finder);
+    Registry::Instance().Find(id)->SetFinder(finder);
     cv::Mat plain = unit::ImageWithGrid();
     EXPECT_FALSE(Calibration::DetectPattern(id, plain));
   }
@@ -344,7 +344,7 @@ TEST(RegistryLifetimes, LastAsLongAsACallThatIsUnderWay) {
   const int id = New();
   Gate called;
   Gate deleted;
-  std::weak_ptr<Calibrator> watched = Registry::OfProcess().Find(id);
+  std::weak_ptr<Calibrator> watched = Registry::Instance().Find(id);
   watched.lock()->SetFrameListener([&](const std::vector<unsigned char>&, const std::string&) {
     called.Open();
     EXPECT_TRUE(deleted.Await());
@@ -366,7 +366,7 @@ TEST(RegistryLifetimes, EndWithADeletionByTheListenerOnAGrabbersThread) {
   const unit::ScopedLogLevel silent(0);
   const int id = New();
   Gate deleted;
-  std::weak_ptr<Calibrator> watched = Registry::OfProcess().Find(id);
+  std::weak_ptr<Calibrator> watched = Registry::Instance().Find(id);
   watched.lock()->SetFrameListener([&](const std::vector<unsigned char>&, const std::string&) {
     EXPECT_TRUE(Calibration::DeleteCalibrator(id));
     deleted.Open();
@@ -381,7 +381,7 @@ TEST(RegistryLifetimes, EndWithADeletionByTheListenerOnAGrabbersThread) {
 TEST(RegistryLifetimes, EndTheSourcesAtOnceEvenWhileOthersHoldTheCalibrator) {
   const unit::ScopedLogLevel silent(0);
   const int id = New();
-  const auto held = Registry::OfProcess().Find(id);
+  const auto held = Registry::Instance().Find(id);
   std::atomic<int> frames{0};
   held->SetFrameListener([&](const std::vector<unsigned char>&, const std::string&) { ++frames; });
   held->OpenRGBFrameGrabber();
@@ -403,7 +403,7 @@ TEST(RegistryConcurrency, CreatesUsesAndDeletesFromManyThreads) {
     threadGroup.Add([&, thread] {
       for (int round = 0; round < ROUNDS; ++round) {
         const int own = New();
-        for (const auto& view : views) Registry::OfProcess().Find(own)->AddPoints(view);
+        for (const auto& view : views) Registry::Instance().Find(own)->AddPoints(view);
         Calibration::Calibrate(own, Calibrator::MODEL_CLASSIC);
         Calibration::GetStatus_QVX(own);
         Calibration::OpenRGBFrameGrabber(own);

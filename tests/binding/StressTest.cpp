@@ -57,7 +57,7 @@ class Stress : public ::testing::Test {
   }
 
   void Listen(int id) {
-    if (const auto calibrator = Registry::OfProcess().Find(id)) {
+    if (const auto calibrator = Registry::Instance().Find(id)) {
       calibrator->SetFrameListener([this](const std::vector<unsigned char>& jpeg, const std::string& status) {
         EXPECT_TRUE(nlohmann::json::accept(status));
         if (!jpeg.empty()) ++frames_;

@@ -99,11 +99,11 @@ TEST(ModelComparison, WantsALargerModelToBeBetterInEveryRespect) {
     return ChooseAmong({classic, CandidateOf(Calibrator::MODEL_RATIONAL, criterion, unseen, poleFree)});
   };
   EXPECT_EQ(choose(-101.0, 0.12, true).Name(), "rational");
-  const double nothing = std::numeric_limits<double>::infinity();
+  const double infinite = std::numeric_limits<double>::infinity();
   const std::tuple<ModelChoice, const char*> refused[] = {
       {choose(-99.0, 0.11, true), "not worth its coefficients"},
       {choose(-101.0, 0.13, true), "predicts views kept out of the fit less well"},
-      {choose(-101.0, nothing, true), "predicts views kept out of the fit less well"},
+      {choose(-101.0, infinite, true), "predicts views kept out of the fit less well"},
       {choose(-101.0, 0.11, false), "pole"}};
   for (const auto& [choice, words] : refused) {
     EXPECT_EQ(choice.Name(), "classic");

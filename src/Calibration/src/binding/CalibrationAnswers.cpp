@@ -40,19 +40,19 @@ std::string SnapshotAnswer(int id, Calibrator& calibrator, bool added) {
 }  // namespace
 
 std::string Calibration::AddPicture_QVX(const int& id) {
-  const auto calibrator = Registry::OfProcess().Find(id);
+  const auto calibrator = Registry::Instance().Find(id);
   if (calibrator == nullptr) return NotFound(id, SNAPSHOT);
   return SnapshotAnswer(id, *calibrator, calibrator->AddPoints());
 }
 
 std::string Calibration::AddStereoPicture_QVX(const int& id) {
-  const auto calibrator = Registry::OfProcess().Find(id);
+  const auto calibrator = Registry::Instance().Find(id);
   if (calibrator == nullptr) return NotFound(id, SNAPSHOT);
   return SnapshotAnswer(id, *calibrator, calibrator->AddStereoPoints());
 }
 
 std::string Calibration::Calibrate_QVX(const int& id, const int& model) {
-  const auto calibrator = Registry::OfProcess().Find(id);
+  const auto calibrator = Registry::Instance().Find(id);
   if (calibrator == nullptr) return NotFound(id, CALIBRATE);
   calibrator->ComputeCalibrationMultithread(model);
   return Done(id, *calibrator, CALIBRATE, true, SEE_STATUS);
@@ -60,13 +60,13 @@ std::string Calibration::Calibrate_QVX(const int& id, const int& model) {
 
 std::string Calibration::CalibrateStereo_QVX(const int& id, const std::string& left, const std::string& right,
                                              const int& model) {
-  const auto calibrator = Registry::OfProcess().Find(id);
+  const auto calibrator = Registry::Instance().Find(id);
   if (calibrator == nullptr) return NotFound(id, CALIBRATE);
   calibrator->ComputeCalibrationStereoMultithread(left, right, model);
   return Done(id, *calibrator, CALIBRATE, true, SEE_STATUS);
 }
 
 std::string Calibration::GetStatus_QVX(const int& id) {
-  const auto calibrator = Registry::OfProcess().Find(id);
+  const auto calibrator = Registry::Instance().Find(id);
   return calibrator == nullptr ? NotFound(id, STATUS) : calibrator->GetStatus_QVX();
 }

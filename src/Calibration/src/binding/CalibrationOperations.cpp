@@ -20,13 +20,13 @@ constexpr int LARGEST_FRAME_SIDE = 32767;
 /// action runs.
 template <typename Result, typename Action>
 Result With(int id, Result missing, Action action) {
-  const auto calibrator = Registry::OfProcess().Find(id);
+  const auto calibrator = Registry::Instance().Find(id);
   return calibrator == nullptr ? missing : static_cast<Result>(action(*calibrator));
 }
 
 template <typename Action>
 void With(int id, Action action) {
-  const auto calibrator = Registry::OfProcess().Find(id);
+  const auto calibrator = Registry::Instance().Find(id);
   if (calibrator != nullptr) action(*calibrator);
 }
 
@@ -54,11 +54,11 @@ int Calibration::NewCalibrator(const int& a, const int& b, const float& c, const
                static_cast<double>(c), e, f);
     return -1;
   }
-  return Registry::OfProcess().Add(std::make_unique<Calibrator>(cv::Size(a, b), c, d, e, f));
+  return Registry::Instance().Add(std::make_unique<Calibrator>(cv::Size(a, b), c, d, e, f));
 }
 
 bool Calibration::DeleteCalibrator(const int& id) {
-  const auto calibrator = Registry::OfProcess().Remove(id);
+  const auto calibrator = Registry::Instance().Remove(id);
   if (calibrator == nullptr) return false;
   // Even while others hold it: nothing more comes from it. On its own thread that is left to its destruction.
   if (!OwnThread::Of(calibrator.get())) calibrator->EndSources();
@@ -66,7 +66,7 @@ bool Calibration::DeleteCalibrator(const int& id) {
 }
 
 bool Calibration::exist(const int& id) {
-  return Registry::OfProcess().Find(id) != nullptr;
+  return Registry::Instance().Find(id) != nullptr;
 }
 
 void Calibration::ResetCalibrator(const int& id) {

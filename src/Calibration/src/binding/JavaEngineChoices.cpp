@@ -18,7 +18,7 @@ namespace {
 template <typename Work>
 jboolean With(JNIEnv* env, jint id, Work work) {
   return jni::AtBorder(env, jboolean{JNI_FALSE}, [&] {
-    const auto calibrator = Registry::OfProcess().Find(id);
+    const auto calibrator = Registry::Instance().Find(id);
     if (calibrator == nullptr) return jboolean{JNI_FALSE};
     work(*calibrator);
     return jboolean{JNI_TRUE};
@@ -118,7 +118,7 @@ EXPORT(jboolean, nCancelComputation)(JNIEnv* env, jclass, jint id) {
 
 EXPORT(jstring, nGetVerdict)(JNIEnv* env, jclass, jint id) {
   return jni::AtBorder(env, static_cast<jstring>(nullptr), [&] {
-    const auto calibrator = Registry::OfProcess().Find(id);
+    const auto calibrator = Registry::Instance().Find(id);
     const std::string text = calibrator == nullptr ? "" : calibrator->GetVerdict().ToJson();
     return jni::Returned(env, jni::ToJava(env, text));
   });

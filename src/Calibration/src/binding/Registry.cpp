@@ -30,7 +30,7 @@ void ReportMissing(int id) {
 
 }  // namespace
 
-Registry& Registry::OfProcess() {
+Registry& Registry::Instance() {
   static auto* const registry = new Registry;
   return *registry;
 }

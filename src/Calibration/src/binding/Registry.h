@@ -15,7 +15,7 @@ namespace velmora {
 class Registry {
  public:
   /// The one of the process, which never ends: threads of calibrators may outlive everything else.
-  static Registry& OfProcess();
+  static Registry& Instance();
 
   int Add(std::unique_ptr<Calibrator> calibrator);
   /// Null, with an error line, when there is none of that number.

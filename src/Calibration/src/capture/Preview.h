@@ -15,7 +15,7 @@ namespace velmora {
 /// window.
 class Preview {
  public:
-  explicit Preview(PreviewWindow& window = PreviewWindow::OfProcess());
+  explicit Preview(PreviewWindow& window = PreviewWindow::Instance());
   ~Preview();
   Preview(const Preview&) = delete;
   Preview& operator=(const Preview&) = delete;

@@ -55,7 +55,7 @@ class DesktopCalls final : public WindowCalls {
  private:
   /// What was registered last is run first, so this comes each time the library has set something up.
   static void EndThreadBeforeLibrary() {
-    std::atexit([] { PreviewWindow::OfProcess().End(PATIENCE_AT_EXIT); });
+    std::atexit([] { PreviewWindow::Instance().End(PATIENCE_AT_EXIT); });
   }
 
   // Of the window that there is.
@@ -73,7 +73,7 @@ PreviewWindow::~PreviewWindow() {
   End(std::chrono::hours(1));
 }
 
-PreviewWindow& PreviewWindow::OfProcess() {
+PreviewWindow& PreviewWindow::Instance() {
   // Never destroyed: its thread may be stuck in a window call when the process exits.
   static PreviewWindow* const window = new PreviewWindow(std::make_unique<DesktopCalls>());
   return *window;

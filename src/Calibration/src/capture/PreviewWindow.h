@@ -38,7 +38,7 @@ class PreviewWindow {
   PreviewWindow& operator=(const PreviewWindow&) = delete;
 
   /// The process's window on the desktop. Its thread ends when the process exits.
-  static PreviewWindow& OfProcess();
+  static PreviewWindow& Instance();
 
   /// Makes the owner want the window. False, with one sentence for the user, when there can be none. The
   /// first time it returns when the window is there, or after five seconds: a process that exits while the
