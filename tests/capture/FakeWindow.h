@@ -17,7 +17,7 @@ using namespace velmora;
 
 /// What happened to a fake window. Tests keep it while the preview owns the calls.
 struct WindowLog {
-  std::atomic<bool> displayAnswers{true};
+  std::atomic<bool> displayAvailable{true};
   std::atomic<bool> createFails{false};
   std::atomic<bool> createWaits{false};  ///< making the window takes as long as this holds
   std::atomic<bool> slow{false};         ///< a picture stays in Show while this holds
@@ -52,14 +52,14 @@ struct WindowLog {
   std::set<std::thread::id> threads_;
 };
 
-class FakeCalls final : public WindowCalls {
+class FakeBackend final : public WindowBackend {
  public:
-  explicit FakeCalls(std::shared_ptr<WindowLog> log) : log_(std::move(log)) {}
+  explicit FakeBackend(std::shared_ptr<WindowLog> log) : log_(std::move(log)) {}
 
-  bool DisplayAnswers(std::string& reason) override {
+  bool IsDisplayAvailable(std::string& reason) override {
     ++log_->questions;
-    if (!log_->displayAnswers) reason = "No display.";
-    return log_->displayAnswers;
+    if (!log_->displayAvailable) reason = "No display.";
+    return log_->displayAvailable;
   }
 
   void Create() override {
@@ -77,7 +77,7 @@ class FakeCalls final : public WindowCalls {
     log_->Note(picture.data[0]);
   }
 
-  void Tend() override {
+  void PumpEvents() override {
     log_->NoteThread();
     ++log_->tended;
   }

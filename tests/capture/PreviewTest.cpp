@@ -29,7 +29,7 @@ class PreviewOfOne : public testing::Test {
   }
 
   const std::shared_ptr<unit::WindowLog> log = std::make_shared<unit::WindowLog>();
-  PreviewWindow window{std::make_unique<unit::FakeCalls>(log)};
+  PreviewWindow window{std::make_unique<unit::FakeBackend>(log)};
   Preview preview{window};
 };
 
@@ -92,7 +92,7 @@ TEST_F(PreviewOfOne, AFrameOpensTheWindowThatASourceClosed) {
 }
 
 TEST_F(PreviewOfOne, WithoutADisplayItSaysSoOnceAndStaysOff) {
-  log->displayAnswers = false;
+  log->displayAvailable = false;
   EXPECT_EQ(unit::PrintedBy([&] {
               preview.Open();
               preview.SourceOpened();

@@ -31,7 +31,7 @@ class SharedWindow : public testing::Test {
   }
 
   const std::shared_ptr<unit::WindowLog> log = std::make_shared<unit::WindowLog>();
-  PreviewWindow window{std::make_unique<unit::FakeCalls>(log)};
+  PreviewWindow window{std::make_unique<unit::FakeBackend>(log)};
   const int first = 1;
   const int second = 2;
 };
@@ -95,7 +95,7 @@ TEST_F(SharedWindow, APictureOfOneWhoLeftIsNotShown) {
   EXPECT_EQ(log->Shown(), std::vector<int>{1});
 }
 
-TEST_F(SharedWindow, IsTendedWithoutPictures) {
+TEST_F(SharedWindow, PumpsEventsWithoutPictures) {
   ASSERT_TRUE(Open(&first));
   EXPECT_TRUE(unit::Eventually([&] { return log->tended >= 5; }));
 }
@@ -113,7 +113,7 @@ TEST_F(SharedWindow, OpensAgainAfterItWasClosed) {
 }
 
 TEST_F(SharedWindow, IsNotOpenedWithoutADisplay) {
-  log->displayAnswers = false;
+  log->displayAvailable = false;
   std::string reason;
   EXPECT_FALSE(window.Open(&first, reason));
   EXPECT_EQ(reason, "No display.");

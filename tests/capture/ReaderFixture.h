@@ -59,7 +59,7 @@ class ReaderFixture : public testing::Test {
   const std::shared_ptr<FakeDevice> right = std::make_shared<FakeDevice>();
   std::unique_ptr<CaptureReader> reader = MakeReader();
 
-  const ClosingWords words = {"waiting", "releasing", "closed", "not opened"};
+  const CloseMessages words = {"waiting", "releasing", "closed", "not opened"};
 
  private:
   /// The thread sanitizer does not see how pictures that two threads share are counted.

@@ -17,13 +17,13 @@ namespace velmora {
 
 namespace {
 
-constexpr ClosingWords CAMERA = {"Waiting for camera thread to finish", "Release camera", "Camera closed",
-                                 "Can't close native camera. Native camera is not opened."};
-constexpr ClosingWords CONTENT = {"Waiting for FFmpeg content thread to finish", "Release FFmpeg content",
-                                  "FFmpeg content closed",
-                                  "Can't close FFmpeg content. FFmpeg content is not opened."};
-constexpr ClosingWords PIPE = {"Waiting for gstreamer pipe thread to finish", "Release gstreamer pipe",
-                               "Gstreamer pipe closed", "Can't close gstreamer pipe. Pipe is not opened."};
+constexpr CloseMessages CAMERA = {"Waiting for camera thread to finish", "Release camera", "Camera closed",
+                                  "Can't close native camera. Native camera is not opened."};
+constexpr CloseMessages CONTENT = {"Waiting for FFmpeg content thread to finish", "Release FFmpeg content",
+                                   "FFmpeg content closed",
+                                   "Can't close FFmpeg content. FFmpeg content is not opened."};
+constexpr CloseMessages PIPE = {"Waiting for gstreamer pipe thread to finish", "Release gstreamer pipe",
+                                "Gstreamer pipe closed", "Can't close gstreamer pipe. Pipe is not opened."};
 
 /// Runs the action; what it throws is logged. Nothing that happens to one frame may end the flow of frames.
 template <typename Action>
@@ -92,7 +92,7 @@ bool FrameFlow::ShowSourceIf(bool opened) {
   return opened;
 }
 
-void FrameFlow::CloseOne(const ClosingWords& words) {
+void FrameFlow::CloseOne(const CloseMessages& words) {
   if (capture_.Close(words)) preview_.SourceClosed();
 }
 

@@ -77,7 +77,7 @@ class FrameFlow {
 
  private:
   bool ShowSourceIf(bool opened);
-  void CloseOne(const ClosingWords& words);
+  void CloseOne(const CloseMessages& words);
   void ProcessCaptured(CapturedViews& views, JNIEnv* env);
   void ProcessPushed(cv::Mat& frame, JNIEnv* env);
   void RequireProcessable(const cv::Mat& frame) const;

@@ -12,9 +12,9 @@ namespace velmora {
 
 namespace {
 
-constexpr ClosingWords LEFT_CAMERA = {"Waiting for camera thread to finish", "Release left camera",
-                                      "Left camera closed",
-                                      "Can't close left native camera. Left camera is not opened."};
+constexpr CloseMessages LEFT_CAMERA = {"Waiting for camera thread to finish", "Release left camera",
+                                       "Left camera closed",
+                                       "Can't close left native camera. Left camera is not opened."};
 
 /// Truncated toward zero, within the range of the type.
 int Truncated(double value) {
@@ -197,7 +197,7 @@ bool CaptureReader::OpenPipe(const std::string& pipe) {
   return Start();
 }
 
-bool CaptureReader::Close(const ClosingWords& words) {
+bool CaptureReader::Close(const CloseMessages& words) {
   const auto operation = BeginOperation();
   const bool closed = primary_ != nullptr && ClosePrimary(words);
   ended_ = false;
@@ -205,7 +205,7 @@ bool CaptureReader::Close(const ClosingWords& words) {
 }
 
 /// With the operation begun.
-bool CaptureReader::ClosePrimary(const ClosingWords& words) {
+bool CaptureReader::ClosePrimary(const CloseMessages& words) {
   if (!primaryOpened_) {
     Log::error("%s", words.notOpened);
     return false;

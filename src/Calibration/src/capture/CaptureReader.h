@@ -22,7 +22,7 @@ struct FrameFormat {
 };
 
 /// What closing a source prints, in this order; the last one when there is nothing to close.
-struct ClosingWords {
+struct CloseMessages {
   const char* waiting;
   const char* releasing;
   const char* closed;
@@ -59,7 +59,7 @@ class CaptureReader {
   bool OpenPipe(const std::string& pipe);
 
   /// Closes the first (or only) source, whichever way it was opened. True when there was something to close.
-  bool Close(const ClosingWords& words);
+  bool Close(const CloseMessages& words);
   void ClosePair();
 
   /// Ends the thread, waits for it as a Close does, and releases the sources.
@@ -94,7 +94,7 @@ class CaptureReader {
   void OpenMonoOrConcatenated(int device, const FrameFormat& asked);
   void OpenRight(int device, const FrameFormat& asked);
   void ReadFormat();
-  bool ClosePrimary(const ClosingWords& words);
+  bool ClosePrimary(const CloseMessages& words);
   bool Start();
   void StopThread();
   void JoinThread();

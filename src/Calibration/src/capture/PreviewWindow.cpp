@@ -7,7 +7,7 @@
 
 #include "Display.h"
 #include "Log.h"
-#include "capture/OncePerCause.h"
+#include "capture/LogOncePerMessage.h"
 #include "foundation/OneLine.h"
 
 namespace velmora {
@@ -19,9 +19,9 @@ constexpr std::chrono::milliseconds TENDING_INTERVAL{20};
 constexpr std::chrono::milliseconds PATIENCE_AT_EXIT{1000};
 constexpr std::chrono::milliseconds PATIENCE_AT_OPENING{5000};
 
-class DesktopCalls final : public WindowCalls {
+class DesktopBackend final : public WindowBackend {
  public:
-  bool DisplayAnswers(std::string& reason) override { return DisplayAvailable(&reason); }
+  bool IsDisplayAvailable(std::string& reason) override { return DisplayAvailable(&reason); }
 
   void Create() override {
     EndThreadBeforeLibrary();  // an exit while the library sets itself up waits for that
@@ -44,7 +44,7 @@ class DesktopCalls final : public WindowCalls {
     shown_ = true;
   }
 
-  void Tend() override {
+  void PumpEvents() override {
     cv::waitKey(1);
     if (!tended_) EndThreadBeforeLibrary();
     tended_ = true;
@@ -66,7 +66,7 @@ class DesktopCalls final : public WindowCalls {
 
 }  // namespace
 
-PreviewWindow::PreviewWindow(std::unique_ptr<WindowCalls> calls) : calls_(std::move(calls)) {
+PreviewWindow::PreviewWindow(std::unique_ptr<WindowBackend> backend) : backend_(std::move(backend)) {
 }
 
 PreviewWindow::~PreviewWindow() {
@@ -75,7 +75,7 @@ PreviewWindow::~PreviewWindow() {
 
 PreviewWindow& PreviewWindow::Instance() {
   // Never destroyed: its thread may be stuck in a window call when the process exits.
-  static PreviewWindow* const window = new PreviewWindow(std::make_unique<DesktopCalls>());
+  static PreviewWindow* const window = new PreviewWindow(std::make_unique<DesktopBackend>());
   return *window;
 }
 
@@ -98,7 +98,7 @@ bool PreviewWindow::Open(const void* owner, std::string& reason) {
   std::unique_lock<std::mutex> lock(lock_);
   if (!thread_.joinable()) {
     lock.unlock();  // the question may take seconds
-    if (!calls_->DisplayAnswers(reason)) return false;
+    if (!backend_->IsDisplayAvailable(reason)) return false;
     lock.lock();
     if (!thread_.joinable() && !StartThread(reason)) return false;
   }
@@ -146,7 +146,7 @@ void PreviewWindow::Show(const void* owner, const cv::Mat& picture) {
 
 void PreviewWindow::Run() {
   bool exists = false;
-  OncePerCause reported;
+  LogOncePerMessage reported;
   std::unique_lock<std::mutex> lock(lock_);
   while (!ending_) {
     const bool wanted = !owners_.empty();
@@ -174,13 +174,13 @@ void PreviewWindow::Draw(bool wanted, const cv::Mat& picture, bool& exists) {
   if (wanted != exists) {
     exists = wanted;
     if (wanted) {
-      calls_->Create();
+      backend_->Create();
     } else {
-      calls_->Destroy();
+      backend_->Destroy();
     }
   }
-  if (wanted && !picture.empty()) calls_->Show(picture);
-  calls_->Tend();
+  if (wanted && !picture.empty()) backend_->Show(picture);
+  backend_->PumpEvents();
 }
 
 void PreviewWindow::AwaitWork(std::unique_lock<std::mutex>& lock, bool exists) {

@@ -12,16 +12,16 @@
 
 namespace velmora {
 
-/// The calls of the window library. All but DisplayAnswers are made on one thread.
-class WindowCalls {
+/// The calls of the window library. All but IsDisplayAvailable are made on one thread.
+class WindowBackend {
  public:
-  virtual ~WindowCalls() = default;
+  virtual ~WindowBackend() = default;
   /// When it does not, one sentence for the user. Any thread.
-  virtual bool DisplayAnswers(std::string& reason) = 0;
+  virtual bool IsDisplayAvailable(std::string& reason) = 0;
   virtual void Create() = 0;
   virtual void Show(const cv::Mat& picture) = 0;
   /// Lets the window take in what happened to it.
-  virtual void Tend() = 0;
+  virtual void PumpEvents() = 0;
   virtual void Destroy() = 0;
 };
 
@@ -31,7 +31,7 @@ class WindowCalls {
 /// first Open.
 class PreviewWindow {
  public:
-  explicit PreviewWindow(std::unique_ptr<WindowCalls> calls);
+  explicit PreviewWindow(std::unique_ptr<WindowBackend> backend);
   /// Ends the thread and waits for it.
   ~PreviewWindow();
   PreviewWindow(const PreviewWindow&) = delete;
@@ -59,7 +59,7 @@ class PreviewWindow {
   void Draw(bool wanted, const cv::Mat& picture, bool& exists);
   void AwaitWork(std::unique_lock<std::mutex>& lock, bool exists);
 
-  const std::unique_ptr<WindowCalls> calls_;
+  const std::unique_ptr<WindowBackend> backend_;
   std::mutex lock_;  ///< guards everything below
   std::condition_variable changed_;
   std::set<const void*> owners_;

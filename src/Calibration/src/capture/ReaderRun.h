@@ -11,7 +11,7 @@
 
 #include "capture/FrameSource.h"
 #include "capture/FrameSplit.h"
-#include "capture/OncePerCause.h"
+#include "capture/LogOncePerMessage.h"
 
 namespace velmora {
 
@@ -74,7 +74,7 @@ class ReaderRun {
   void Pause();
 
   const ReaderInput input_;
-  OncePerCause reported_;
+  LogOncePerMessage reported_;
 
   std::mutex lock_;  ///< guards what follows
   std::condition_variable changed_;

@@ -8,7 +8,7 @@ namespace velmora {
 
 /// Remembers causes by their texts. Numbers in them do not count, so that addresses and sizes that change
 /// make no new cause. One thread at a time may use it.
-class OncePerCause {
+class LogOncePerMessage {
  public:
   /// True the first time, and false after as many different causes as nobody would read.
   bool IsNew(const std::string& cause) {
