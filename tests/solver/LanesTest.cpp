@@ -1,5 +1,5 @@
 /// Arithmetic on several numbers at once: that of plain numbers, each for itself.
-#include "solver/Lanes.h"
+#include "solver/SimdPack.h"
 
 #include <gtest/gtest.h>
 
@@ -10,13 +10,13 @@
 
 namespace {
 
-using velmora::solver::Lanes;
 using velmora::solver::LANES;
+using velmora::solver::SimdPack;
 
 using Plain = std::array<double, LANES>;
 
-Lanes Of(const Plain& numbers) {
-  Lanes lanes{};
+SimdPack Of(const Plain& numbers) {
+  SimdPack lanes{};
   for (size_t i = 0; i < LANES; ++i) lanes[i] = numbers[i];
   return lanes;
 }
@@ -26,12 +26,12 @@ double Number(size_t i) {
   return std::ldexp(1.0 + 0.1 * static_cast<double>(i % 7), static_cast<int>(i * 5 % 23) - 11);
 }
 
-TEST(Lanes, AreZeroAtFirst) {
-  const Lanes lanes{};
+TEST(SimdPack, AreZeroAtFirst) {
+  const SimdPack lanes{};
   for (size_t i = 0; i < LANES; ++i) EXPECT_EQ(lanes[i], 0.0);
 }
 
-TEST(Lanes, CalculateAsPlainNumbersDo) {
+TEST(SimdPack, CalculateAsPlainNumbersDo) {
   for (size_t first = 0; first < 40; ++first) {
     Plain a;
     Plain b;
@@ -39,11 +39,11 @@ TEST(Lanes, CalculateAsPlainNumbersDo) {
       a[i] = Number(first + i);
       b[i] = -Number(3 * first + 5 * i + 1);
     }
-    const Lanes sum = Of(a) + Of(b);
-    const Lanes difference = Of(a) - Of(b);
-    const Lanes product = Of(a) * Of(b);
-    const Lanes quotient = Of(a) / Of(b);
-    const Lanes negative = -Of(a);
+    const SimdPack sum = Of(a) + Of(b);
+    const SimdPack difference = Of(a) - Of(b);
+    const SimdPack product = Of(a) * Of(b);
+    const SimdPack quotient = Of(a) / Of(b);
+    const SimdPack negative = -Of(a);
     for (size_t i = 0; i < LANES; ++i) {
       EXPECT_EQ(sum[i], a[i] + b[i]);
       EXPECT_EQ(difference[i], a[i] - b[i]);
@@ -54,12 +54,12 @@ TEST(Lanes, CalculateAsPlainNumbersDo) {
   }
 }
 
-TEST(Lanes, TakeAPlainNumberForEachOfThem) {
+TEST(SimdPack, TakeAPlainNumberForEachOfThem) {
   Plain numbers;
   for (size_t i = 0; i < LANES; ++i) numbers[i] = Number(i + 2);
-  const Lanes inverse = 1.0 / Of(numbers);
-  const Lanes threefold = 3.0 * Of(numbers);
-  const Lanes more = Of(numbers) + 0.1;
+  const SimdPack inverse = 1.0 / Of(numbers);
+  const SimdPack threefold = 3.0 * Of(numbers);
+  const SimdPack more = Of(numbers) + 0.1;
   for (size_t i = 0; i < LANES; ++i) {
     EXPECT_EQ(inverse[i], 1.0 / numbers[i]);
     EXPECT_EQ(threefold[i], 3.0 * numbers[i]);
@@ -67,12 +67,12 @@ TEST(Lanes, TakeAPlainNumberForEachOfThem) {
   }
 }
 
-TEST(Lanes, KeepWhatIsNotFiniteToItself) {
+TEST(SimdPack, KeepWhatIsNotFiniteToItself) {
   for (size_t wrong = 0; wrong < LANES; ++wrong) {
     Plain numbers;
     for (size_t i = 0; i < LANES; ++i) numbers[i] = i == wrong ? 0.0 : Number(i + 1);
-    const Lanes inverse = 1.0 / Of(numbers);
-    const Lanes nothing = inverse - inverse;
+    const SimdPack inverse = 1.0 / Of(numbers);
+    const SimdPack nothing = inverse - inverse;
     for (size_t i = 0; i < LANES; ++i) {
       EXPECT_EQ(std::isinf(inverse[i]), i == wrong);
       EXPECT_EQ(std::isnan(nothing[i]), i == wrong);
@@ -81,10 +81,10 @@ TEST(Lanes, KeepWhatIsNotFiniteToItself) {
 }
 
 /// Two accumulators, whatever the processor could hold: results must not depend on that.
-TEST(Lanes, SumEverySecondNumberByItself) {
+TEST(SimdPack, SumEverySecondNumberByItself) {
   std::vector<double> numbers;
   for (size_t i = 0; i < 1000; ++i) numbers.push_back((i % 3 == 0 ? -1.0 : 1.0) * Number(i));
-  Lanes lanes{};
+  SimdPack lanes{};
   for (size_t i = 0; i < numbers.size(); i += LANES) {
     Plain next;
     for (size_t lane = 0; lane < LANES; ++lane) next[lane] = numbers[i + lane];

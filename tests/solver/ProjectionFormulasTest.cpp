@@ -9,17 +9,17 @@
 #include <cmath>
 #include <vector>
 
-#include "solver/Lanes.h"
+#include "solver/SimdPack.h"
 
 using namespace velmora;
 
 namespace {
 
 using solver::CoordinateOf;
-using solver::Lanes;
 using solver::LANES;
 using solver::Projection;
 using solver::ProjectionFormulas;
+using solver::SimdPack;
 
 /// Differences of long numbers have the digits that derivatives are compared by.
 using Real = long double;
@@ -153,21 +153,21 @@ TEST_P(ProjectionFormulasOf, HaveTheDerivativesByThePointThatDifferencesShow) {
 }
 
 TEST_P(ProjectionFormulasOf, GiveEachOfSeveralPointsWhatItHasAlone) {
-  const ProjectionFormulas<Lanes> formulas(projection_.Numbers());
+  const ProjectionFormulas<SimdPack> formulas(projection_.Numbers());
   for (size_t first = 0; first < Points().size(); ++first) {
     const auto at = [&](size_t lane) { return Points()[(first + 3 * lane) % Points().size()]; };
-    Lanes x{};
-    Lanes y{};
-    Lanes nearness{};
+    SimdPack x{};
+    SimdPack y{};
+    SimdPack nearness{};
     for (size_t lane = 0; lane < LANES; ++lane) {
       nearness[lane] = 1.0 / at(lane)[2];
       x[lane] = at(lane)[0] * nearness[lane];
       y[lane] = at(lane)[1] * nearness[lane];
     }
-    CoordinateOf<Lanes> u;
-    CoordinateOf<Lanes> v;
-    Lanes pixelX{};
-    Lanes pixelY{};
+    CoordinateOf<SimdPack> u;
+    CoordinateOf<SimdPack> v;
+    SimdPack pixelX{};
+    SimdPack pixelY{};
     formulas.Differentiate(x, y, nearness, u, v);
     formulas.Project(x, y, pixelX, pixelY);
     for (size_t lane = 0; lane < LANES; ++lane) {

@@ -36,9 +36,9 @@ Chain ChainOf(const RigidTransform& cameraFromRig, const RigidTransform& rigFrom
 }
 
 /// Adds what cameras saw to the equations of their view.
-class Adder {
+class EquationsAssembler {
  public:
-  explicit Adder(ViewEquations& equations) : equations_(equations), pose_(equations.Own()) {}
+  explicit EquationsAssembler(ViewEquations& equations) : equations_(equations), pose_(equations.Own()) {}
 
   /// Of the camera that the rig's frame is in.
   void AddFirst(const ObservationEquations& observed, Index intrinsics, Index count) {
@@ -237,7 +237,7 @@ void TakeEquations(const TargetView& view, const RigidTransform& rigFromTarget, 
   equations.products.setZero(size, size);
   equations.gradient.setZero(size);
   equations.costs.assign(rig.cameras.size(), 0.0);
-  Adder adder(equations);
+  EquationsAssembler assembler(equations);
   for (size_t i = 0; i < rig.cameras.size(); ++i) {
     const Observation& observation = view.observations[i];
     if (observation.IsEmpty()) continue;
@@ -248,10 +248,10 @@ void TakeEquations(const TargetView& view, const RigidTransform& rigFromTarget, 
     const ObservationEquations observed = ObservedBy(camera, observation, cameraFromTarget, count);
     if (!observed.usable) return;
     if (first) {
-      adder.AddFirst(observed, own.intrinsics[i], count);
+      assembler.AddFirst(observed, own.intrinsics[i], count);
     } else {
-      adder.AddChained(observed, own.intrinsics[i], count, own.pose[i],
-                       ChainOf(camera.cameraFromRig, rigFromTarget));
+      assembler.AddChained(observed, own.intrinsics[i], count, own.pose[i],
+                           ChainOf(camera.cameraFromRig, rigFromTarget));
     }
     equations.costs[i] = observed.cost;
     equations.cost += observed.cost;

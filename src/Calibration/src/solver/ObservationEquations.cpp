@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "solver/Lanes.h"
 #include "solver/ProjectionFormulas.h"
+#include "solver/SimdPack.h"
 
 namespace velmora::solver {
 
@@ -41,13 +41,13 @@ class Jacobian {
   }
 
  private:
-  using Column = std::array<Lanes, 2 * MOST_POINTS / LANES>;
+  using Column = std::array<SimdPack, 2 * MOST_POINTS / LANES>;
 
   /// The two rows of each of the points from k on; past the end the last one again, without weight.
   bool FillRows(size_t k, size_t end) {
-    Lanes turned[3] = {};
-    Lanes observed[2] = {};
-    Lanes weight{};
+    SimdPack turned[3] = {};
+    SimdPack observed[2] = {};
+    SimdPack weight{};
     for (size_t lane = 0; lane < LANES; ++lane) {
       const size_t point = std::min(k + lane, end - 1);
       const cv::Point3d& at = observation_.object[point];
@@ -60,7 +60,7 @@ class Jacobian {
       const double own = observation_.weights.empty() ? 1.0 : std::sqrt(observation_.weights[point]);
       weight[lane] = k + lane < end ? own : 0.0;
     }
-    const Lanes nearness = 1.0 / (turned[2] + pose_.t[2]);
+    const SimdPack nearness = 1.0 / (turned[2] + pose_.t[2]);
     formulas_.Differentiate((turned[0] + pose_.t[0]) * nearness, (turned[1] + pose_.t[1]) * nearness,
                             nearness, u_, v_);
     FillRow(u_, turned, observed[0], weight);
@@ -68,8 +68,8 @@ class Jacobian {
     return true;
   }
 
-  void FillRow(const CoordinateOf<Lanes>& coordinate, const Lanes* turned, const Lanes& observed,
-               const Lanes& weight) {
+  void FillRow(const CoordinateOf<SimdPack>& coordinate, const SimdPack* turned, const SimdPack& observed,
+               const SimdPack& weight) {
     const auto& byPoint = coordinate.byPoint;
     for (size_t i = 0; i < ESTIMATED; ++i) columns_[i][rows_] = weight * coordinate.byIntrinsics[i];
     for (size_t i = 0; i < 3; ++i) {
@@ -100,7 +100,7 @@ class Jacobian {
 
   template <size_t HEIGHT, size_t WIDTH>
   void AddTile(size_t row, size_t column, ObservationEquations& equations) const {
-    Lanes sums[HEIGHT][WIDTH] = {};
+    SimdPack sums[HEIGHT][WIDTH] = {};
     for (size_t k = 0; k < rows_; ++k) {
       for (size_t i = 0; i < HEIGHT; ++i) {
         for (size_t j = 0; j < WIDTH; ++j) sums[i][j] += columns_[row + i][k] * columns_[column + j][k];
@@ -115,9 +115,9 @@ class Jacobian {
   }
 
   const Observation& observation_;
-  const ProjectionFormulas<Lanes> formulas_;
+  const ProjectionFormulas<SimdPack> formulas_;
   const RigidTransform& pose_;
-  CoordinateOf<Lanes> u_, v_;
+  CoordinateOf<SimdPack> u_, v_;
   std::array<Column, COLUMNS> columns_;  ///< first `rows_` of each
   size_t rows_ = 0;
 };

@@ -15,10 +15,10 @@ namespace velmora {
 
 namespace {
 
-class Computation {
+class IntrinsicsSolver {
  public:
-  Computation(const solver::Target& target, const cv::Size& imageSize, int model,
-              const SparseOptions& options)
+  IntrinsicsSolver(const solver::Target& target, const cv::Size& imageSize, int model,
+                   const SparseOptions& options)
       : target_(target), imageSize_(imageSize), options_(options) {
     bundle_.parameters = LensModelOf(model).parameters;
     bundle_.threads = options.threads > 0 ? options.threads : solver::ThreadsFor(target.views.size());
@@ -56,7 +56,7 @@ SparseResult SolveIntrinsicsSparsely(const std::vector<std::vector<cv::Point3d>>
                                      const std::vector<std::vector<cv::Point2d>>& imagePoints,
                                      const cv::Size& imageSize, int model, const SparseOptions& options) {
   const solver::Target target = solver::TargetOf(objectPoints, imagePoints);
-  return Computation(target, imageSize, model, options).Run();
+  return IntrinsicsSolver(target, imageSize, model, options).Run();
 }
 
 }  // namespace velmora

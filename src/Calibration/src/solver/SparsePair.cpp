@@ -14,9 +14,9 @@ namespace velmora {
 
 namespace {
 
-class PairComputation {
+class PairSolver {
  public:
-  PairComputation(const solver::Target& target, const SparsePairOptions& options)
+  PairSolver(const solver::Target& target, const SparsePairOptions& options)
       : target_(target), options_(options) {
     bundle_.threads = options.threads;
     bundle_.progress = [this, points = CountOf(target.views)](int iteration, double cost) {
@@ -79,9 +79,9 @@ ExtrinsicsResult SolveExtrinsicsSparsely(const std::vector<std::vector<cv::Point
                                          const SparsePairOptions& options) {
   WarnOfIgnoredCoefficients(intrinsics, model);
   const solver::Target target = solver::PairTargetOf(objectPoints, leftPoints, rightPoints);
-  PairComputation computation(target, options);
+  PairSolver pairSolver(target, options);
   const Solution solution =
-      computation.WithFixedIntrinsics(intrinsics, model, options.discRadius, options.robust);
+      pairSolver.WithFixedIntrinsics(intrinsics, model, options.discRadius, options.robust);
   ExtrinsicsResult result = solver::PairMatricesOf(intrinsics, RightFromLeft(solution));
   result.rms = RmsOf(solution);
   result.solution = std::make_shared<const Solution>(solution);
@@ -95,10 +95,10 @@ ExtrinsicsResult RefinePairSparsely(const std::vector<std::vector<cv::Point3d>>&
                                     const SparsePairOptions& options) {
   WarnOfIgnoredCoefficients(intrinsics, model);
   const solver::Target target = solver::PairTargetOf(objectPoints, leftPoints, rightPoints);
-  PairComputation computation(target, options);
+  PairSolver pairSolver(target, options);
   const Solution fixed =
-      computation.WithFixedIntrinsics(intrinsics, model, 0.0, options.robust);  // refinement corrects pixels
-  const Solution solution = computation.Refined(fixed, imageSize, model);
+      pairSolver.WithFixedIntrinsics(intrinsics, model, 0.0, options.robust);  // refinement corrects pixels
+  const Solution solution = pairSolver.Refined(fixed, imageSize, model);
   const StereoIntrinsics refined = solver::PairIntrinsicsOf(solution.rig);
   ExtrinsicsResult result = solver::PairMatricesOf(refined, RightFromLeft(solution));
   result.refined = refined;

@@ -8,6 +8,6 @@ namespace velmora::solver {
 /// Two, as every 64-bit processor that this is built for has them: their number is fixed, as the order of
 /// sums depends on it.
 constexpr size_t LANES = 2;
-using Lanes = double __attribute__((vector_size(LANES * sizeof(double))));
+using SimdPack = double __attribute__((vector_size(LANES * sizeof(double))));
 
 }  // namespace velmora::solver
