@@ -17,7 +17,7 @@ constexpr std::uint64_t NOISE_SEQUENCE = 0x706f696e7473;
 /// Searches of discs begin to fail beyond it.
 constexpr double MOST_OBLIQUE_SEEN = 65.0;
 
-/// The first so many views, in a part's frame, of the neighbours from camera `first` on.
+/// The first views, in a part's frame, of the neighbours from camera `first` on.
 using Views = std::function<std::vector<Pose>(const Rig& part, std::size_t first, int count)>;
 
 std::vector<Pose> ShotsOf(const Rig& rig, int n, const Views& views) {

@@ -13,7 +13,7 @@ namespace batch {
 /// standard error, the table to standard output. Raises InputError for unusable inputs.
 common::ExitStatus Run(const Arguments& arguments);
 
-/// Reads the images one after the other and tells of each on standard error. `take` returns why an image
+/// Reads the images one after the other and reports on each on standard error. `take` returns why an image
 /// gave no view, else an empty text.
 void SearchImages(const Arguments& arguments, const std::function<std::string(NamedImage&)>& take);
 

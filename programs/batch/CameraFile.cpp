@@ -21,7 +21,7 @@ constexpr int MOST_COEFFICIENTS = 14;
 void CheckShapes(const CameraFile& file) {
   const auto& [path, frame, K, D] = file;
   if (K.size() != cv::Size(3, 3) || K.channels() != 1) Refuse(path, "cameraMatrix", K, "3 x 3");
-  // Fewer columns are those of a smaller model, of which the engine tells.
+  // Fewer columns are those of a smaller model, on which the engine remarks.
   if (D.rows != 1 || D.cols > MOST_COEFFICIENTS || D.channels() != 1) Refuse(path, "distCoefs", D, "1 x 14");
 }
 

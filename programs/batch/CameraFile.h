@@ -11,7 +11,7 @@ namespace batch {
 /// to the engine to report.
 void CheckCameraFile(const std::string& path);
 
-/// What a result file tells of its camera.
+/// What a result file holds of its camera.
 struct CameraFile {
   std::string path;
   cv::Size frame;  ///< to which it refers

@@ -56,7 +56,7 @@ class CameraViews {
   std::vector<common::Rejection> rejected_;
 };
 
-/// Saves a camera's result, whose text is handed out, and what it is worth, and notes the files. The one that
+/// Saves a camera's result, whose text is handed out, and its verdict, and notes the files. The one that
 /// could not be written, or an empty text.
 std::string SaveWithVerdict(CameraViews& camera, const CalibrationVerdict& verdict, const std::string& output,
                             std::string& text, common::OutputFiles& files);

@@ -1,4 +1,4 @@
-/// Tells by their names which images of several cameras were taken at the same time.
+/// Finds, by their names, the images of several cameras that were taken at the same time.
 #pragma once
 
 #include <string>

@@ -1,4 +1,4 @@
-/// Tells how far a long run has come.
+/// Reports the progress of a long run.
 #pragma once
 
 #include <chrono>

@@ -19,7 +19,7 @@ class RigViews {
  public:
   RigViews(const Arguments& arguments, std::vector<std::string> cameras);
 
-  /// Looks at all images and tells of them on standard error. Raises InputError for unusable inputs, also
+  /// Searches all images and reports on them on standard error. Raises InputError for unusable inputs, also
   /// when no image of a camera can be read.
   void Look();
 

@@ -15,7 +15,7 @@ std::vector<size_t> SelectSpreadViews(const std::vector<std::vector<cv::Point2d>
 /// The same for several cameras: of each camera, of each view its centres, none where it does not see the
 /// grid. Views are as far apart as their images are, all cameras taken together, and as the cameras differ
 /// that see them. Unless `count` is too small for that, views that link cameras which no others do are always
-/// among the chosen ones, and five views of each camera that has so many.
+/// among the chosen ones, and five views of each camera that has five or more.
 std::vector<size_t> SelectSpreadViews(const std::vector<std::vector<std::vector<cv::Point2d>>>& cameras,
                                       const cv::Size& grid, const std::vector<cv::Size>& frames,
                                       size_t count);

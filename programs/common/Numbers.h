@@ -1,4 +1,4 @@
-/// Checks of options that the command line parser does not have, or tells of with numbers of three hundred
+/// Checks of options that the command line parser does not have, or reports with numbers of three hundred
 /// digits. Each says what is wrong with the text, or nothing.
 #pragma once
 

@@ -1,4 +1,4 @@
-/// The files that tell what a result is worth.
+/// The files of a result's verdict.
 #include "common/VerdictFiles.h"
 
 #include <fstream>

@@ -1,4 +1,4 @@
-/// The files that tell what a result is worth.
+/// The files of a result's verdict.
 #pragma once
 
 #include <opencv2/core.hpp>

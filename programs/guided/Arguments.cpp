@@ -37,16 +37,16 @@ double ParsePixels(const std::string& text) {
 }
 
 void DeclareEnd(CLI::App& app, std::string& until, Arguments& arguments) {
-  auto* wish =
+  auto* target =
       app.add_option("--until", until,
                      "keep proposing the most informative pose until projections are known to this accuracy "
                      "over the whole image, such as 0.3px")
           ->type_name("PIXELS");
-  wish->excludes(app.get_option("--poses"));
+  target->excludes(app.get_option("--poses"));
   app.add_option("--max-poses", arguments.mostPoses, "propose at most this many poses")
       ->check(CLI::Range(6, 1000))
       ->capture_default_str()
-      ->needs(wish);
+      ->needs(target);
 }
 
 }  // namespace

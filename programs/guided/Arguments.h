@@ -13,8 +13,9 @@ struct Arguments : common::EngineOptions {
   common::SourceSettings source;
   float hdist = common::SUPPLIED_HDIST;  ///< metres across the ten row intervals
   std::string poses;                     ///< model file of the assistant
-  double until = 0.0;  ///< ask for poses until projections are known to so many pixels; 0: those of the model
-  int mostPoses = 20;  ///< asked for at most
+  double until =
+      0.0;  ///< ask for poses until projections are known to this many pixels; 0: those of the model
+  int mostPoses = 20;                  ///< asked for at most
   std::string output = "calibration";  ///< without .json
   bool strict = false;                 ///< a worthless result gets a status of its own
 };

@@ -29,9 +29,9 @@ struct LoopOptions {
   bool strict = false;  ///< a worthless result gets a status of its own
 };
 
-/// Shows each frame with the pose to reach, tells of each pose that was reached, and saves the result once
-/// the computation that follows the last pose is done. The poses are those of the model or, with a wish for
-/// the precision, those that tell most until it is met. Made, run and destroyed on the window thread.
+/// Shows each frame with the pose to reach, reports each pose that was reached, and saves the result once the
+/// computation that follows the last pose is done. The poses are those of the model or, with a target
+/// accuracy, the most informative ones until it is reached. Made, run and destroyed on the window thread.
 class GuidedLoop {
  public:
   static const char* const WINDOW;
@@ -63,7 +63,7 @@ class GuidedLoop {
   const LoopOptions options_;
   std::ostream& out_;
   std::ostream& err_;
-  std::optional<NextPoses> next_;  ///< with a wish
+  std::optional<NextPoses> next_;  ///< with a target accuracy
   common::ExitStatus status_ = common::NO_RESULT;
   int goal_ = 0;
   int reached_ = 0;

@@ -6,8 +6,8 @@
 
 namespace guided {
 
-/// Tells of its course on standard output and of what is wrong on standard error. Raises common::InputError
-/// when the result file could not be written.
+/// Reports its progress on standard output and errors on standard error. Raises common::InputError when the
+/// result file could not be written.
 int Run(const Arguments& arguments);
 
 }  // namespace guided

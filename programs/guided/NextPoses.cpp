@@ -1,4 +1,4 @@
-/// Asks for poses until the camera is known as well as it was wished.
+/// Asks for poses until the target accuracy is reached.
 #include "guided/NextPoses.h"
 
 #include <iomanip>
@@ -23,7 +23,7 @@ std::string InPixels(double value) {
 NextPoses::State NextPoses::Ask() {
   proposal_ = calibrator_.ProposePose(Calibrator::MODEL_RATIONAL);
   const int taken = calibrator_.GetNumberOfRecords();
-  if (taken >= LEAST_POSES && !proposal_.nominal && proposal_.deviation <= wish_) return State::Known;
+  if (taken >= LEAST_POSES && !proposal_.nominal && proposal_.deviation <= target_) return State::Known;
   if (taken >= most_ || !calibrator_.AskForPose(proposal_.centres)) return State::GivenUp;
   return State::Asked;
 }
@@ -35,7 +35,7 @@ std::string NextPoses::Precision() const {
   } else {
     text << "known to " << InPixels(proposal_.deviation);
   }
-  text << " (goal " << InPixels(wish_) << ")";
+  text << " (goal " << InPixels(target_) << ")";
   return text.str();
 }
 

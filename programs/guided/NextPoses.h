@@ -1,4 +1,4 @@
-/// Asks for poses until the camera is known as well as it was wished.
+/// Asks for poses until the target accuracy is reached.
 #pragma once
 
 #include <string>
@@ -7,17 +7,18 @@
 
 namespace guided {
 
-/// Has the assistant show the pose that tells most about the camera, given the snapshots so far.
+/// Has the assistant show the most informative pose, given the snapshots so far.
 class NextPoses {
  public:
   enum class State { Asked, Known, GivenUp };
 
-  /// The wish: to how many pixels projections are to be known, over the whole image; and how many snapshots
-  /// may be taken for it.
-  NextPoses(Calibrator& calibrator, double wish, int most)
-      : calibrator_(calibrator), wish_(wish), most_(most) {}
+  /// The target accuracy: to how many pixels projections are to be known, over the whole image; and how many
+  /// snapshots may be taken for it.
+  NextPoses(Calibrator& calibrator, double target, int most)
+      : calibrator_(calibrator), target_(target), most_(most) {}
 
-  /// Asks for the next pose, or says why there is none: the wish is met, or no more may be (or can be) asked.
+  /// Asks for the next pose, or says why there is none: the target accuracy is reached, or no more may be (or
+  /// can be) asked.
   State Ask();
 
   /// How well the camera was known at the last call, in words.
@@ -25,7 +26,7 @@ class NextPoses {
 
  private:
   Calibrator& calibrator_;
-  double wish_;
+  double target_;
   int most_;
   PoseProposal proposal_;
 };

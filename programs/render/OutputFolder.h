@@ -7,7 +7,7 @@
 
 namespace render {
 
-/// Makes the folders for so many pictures each. A folder that holds pictures which would stay, and so be
+/// Makes the folders for `pictures` pictures each. A folder that holds pictures which would stay, and so be
 /// taken for pictures of the same camera, is a std::invalid_argument, unless `overwrite`: then pictures of an
 /// earlier run, which their names tell, are removed. Those that only have to be written over need no
 /// permission where a truth.json shows that they were rendered. Folders of further cameras, of which there

@@ -1,4 +1,4 @@
-/// Tells how far the rendering has come.
+/// Reports the progress of the rendering.
 #pragma once
 
 #include <chrono>

@@ -386,7 +386,7 @@ TEST(RegistryLifetimes, EndTheSourcesAtOnceEvenWhileOthersHoldTheCalibrator) {
   held->SetFrameListener([&](const std::vector<unsigned char>&, const std::string&) { ++frames; });
   held->OpenRGBFrameGrabber();
   EXPECT_TRUE(Calibration::DeleteCalibrator(id));
-  held->OpenRGBFrameGrabber();  // refused: its grabbers have ended for good
+  held->OpenRGBFrameGrabber();  // refused: its grabbers have ended and stay so
   const int before = frames;
   cv::Mat image(480, 640, CV_8UC3, cv::Scalar::all(128));
   held->NextFrameRGB(image, 0, nullptr, false);

@@ -49,7 +49,7 @@ class Audience {
   bool AwaitHeld() {
     return Await([this] { return held_; });
   }
-  /// Waits until so many calls have begun.
+  /// Waits until `count` calls have begun.
   bool AwaitCalls(size_t count) {
     return Await([this, count] { return calls_.size() >= count; });
   }

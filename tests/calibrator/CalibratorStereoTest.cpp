@@ -372,7 +372,7 @@ TEST_F(StereoDetection, ChangesNeitherSnapshotsNorStatus) {
 }
 
 TEST_F(StereoDetection, RaisesWhatTheSearchRaisesAndIsUsableAgain) {
-  // No grid has so many columns: the search itself refuses it.
+  // No grid has a negative size: the search itself refuses it.
   Calibrator impossible({-4, -11}, unit::UNIT, Calibrator::STEREO, unit::FRAME.width, unit::FRAME.height);
   for (int repetition = 0; repetition < 2; ++repetition) {
     unit::ImagePair pair = unit::PairWithGrid();

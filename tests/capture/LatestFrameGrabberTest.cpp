@@ -19,7 +19,7 @@ class Numbers {
  public:
   ~Numbers() { grabber.End(); }
 
-  /// Waits until so many were taken; false when the deadline passes.
+  /// Waits until `count` were taken; false when the deadline passes.
   bool Await(size_t count) {
     std::unique_lock<std::mutex> lock(lock_);
     return changed_.wait_for(lock, std::chrono::seconds(60), [&] { return taken_.size() >= count; });

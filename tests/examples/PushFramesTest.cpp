@@ -30,7 +30,7 @@ class PushFrames : public ::testing::Test {
     return count;
   }
 
-  /// Expects so many annotated frames, each drawn on: the overlay's text is pure white in its corner.
+  /// Expects `count` annotated frames, each drawn on: the overlay's text is pure white in its corner.
   void ExpectAnnotatedFrames(int count) {
     int seen = 0;
     for (const auto& entry : fs::directory_iterator(Output())) {

@@ -20,7 +20,7 @@ velmora::finder::LabelledDiscs FlatDiscs();
 /// The same as a lens of much distortion has them.
 velmora::finder::LabelledDiscs BentDiscs();
 
-/// The discs of any size of grid where a homography puts them, of so many steps' radius.
+/// The discs of any size of grid where a homography puts them; `radius` is in steps.
 velmora::finder::LabelledDiscs DiscsProjectedBy(const cv::Matx33d& H, const cv::Size& grid,
                                                 double radius = 0.4);
 

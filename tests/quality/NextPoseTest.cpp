@@ -94,7 +94,7 @@ CameraInformation CameraInformationOf(const unit::PointLists& views, int model) 
 }
 
 /// Three random poses, then proposed ones, each from what was observed (with noise) in those before it, and
-/// missed by hands: by so many radians about each axis, and half of that as a share of each coordinate.
+/// missed by hands: by `miss` radians about each axis, and half of that as a share of each coordinate.
 std::vector<world::Pose> ProposedPoses(int count, int model, std::uint64_t seed, double miss) {
   cv::RNG random(seed + 1);
   std::vector<world::Pose> poses = world::SampleViews(unit::DistortedCamera(), 3, seed, Paper());

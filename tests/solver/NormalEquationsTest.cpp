@@ -104,7 +104,7 @@ Whole Assembled(const std::vector<ViewEquations>& equations, Index shared) {
   return whole;
 }
 
-/// How far two matrices are apart, in units of what each of their parameters is worth.
+/// How far two matrices are apart, in units of the scale of each of their parameters.
 double Distance(const Eigen::MatrixXd& a, const Eigen::MatrixXd& b, const Eigen::VectorXd& diagonal) {
   if (a.size() == 0) return 0.0;
   const Eigen::VectorXd scale = diagonal.array().rsqrt();

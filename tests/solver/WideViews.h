@@ -53,7 +53,7 @@ inline cv::Point2d CentroidOf(const world::Camera& camera, const world::Pose& po
   return pixels[0] + moment / (3.0 * area);
 }
 
-/// Centroids of the discs of a sheet that sags by so many metres in the middle, in random views.
+/// Centroids of the discs of a sheet that sags in the middle (metres), in random views.
 inline PointLists DiscViews(const world::Camera& camera, int count, std::uint64_t seed, double noise,
                             double sag = 0.0) {
   const world::Sheet sheet(GRID, static_cast<double>(UNIT));

@@ -1,5 +1,5 @@
 /// A program that opens the preview, shows one picture (of 640 x 480 pixels unless told otherwise), and
-/// leaves main after so many milliseconds.
+/// leaves main after the given number of milliseconds.
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>

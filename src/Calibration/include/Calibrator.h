@@ -392,9 +392,9 @@ class VELMORA_API Calibrator {
   /// Hands pushed frames to the listeners as they are, without detection.
   void setBypassProcessing(const bool& bypass);
 
-  /// Closes the source of frames and ends the grabbers for good, and waits for their threads: no frame is
-  /// processed any more but those that somebody pushes himself. Not on a thread of the calibrator's own, that
-  /// is from within a listener. Thread-safe.
+  /// Closes the source of frames, ends the grabbers, which cannot be opened again, and waits for their
+  /// threads: no frame is processed any more but those that somebody pushes himself. Not on a thread of the
+  /// calibrator's own, that is from within a listener. Thread-safe.
   void EndSources();
 
   // ---- Annotated frames handed out. Thread-safe, from within a listener too. No lock is held while one is

@@ -6,8 +6,8 @@
 
 #include "Export.h"
 
-/// The lens models side by side. A larger one always fits the points more closely; it is chosen only when
-/// that is worth its coefficients and it meets views better that it did not see.
+/// The lens models side by side. A larger one always fits the points more closely; it is chosen only when the
+/// closer fit justifies its coefficients and it predicts views better that it was not fitted to.
 struct VELMORA_API ModelChoice {
   struct Candidate {
     int model = 0;           ///< of Calibrator

@@ -1,4 +1,4 @@
-/// What a long run tells of its course.
+/// What a long run reports of its progress.
 #include "batch/Progress.h"
 
 #include <gtest/gtest.h>

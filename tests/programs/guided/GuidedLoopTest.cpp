@@ -255,10 +255,10 @@ class FollowingFeed final : public common::FrameFeed {
   cv::RNG random_{5};
 };
 
-/// The loop with a wish for the precision.
-class GuidedToAWish : public GuidedLoopRun {
+/// The loop with a target accuracy.
+class GuidedToATarget : public GuidedLoopRun {
  protected:
-  GuidedToAWish() {
+  GuidedToATarget() {
     scene_.camera = world::CameraFromFieldOfView(FRAME, 62.0, {-0.2, 0.05, 0.0, 0.0, 0.0});
     scene_.noise = 20.0;
     scene_.blur = 0.7;
@@ -266,8 +266,8 @@ class GuidedToAWish : public GuidedLoopRun {
     calibrator_.SetDiscRadius(0.008);
   }
 
-  common::ExitStatus RunTo(double wish, int most) {
-    options_.until = wish;
+  common::ExitStatus RunTo(double target, int most) {
+    options_.until = target;
     options_.mostPoses = most;
     options_.sourceEnded = [] { return false; };
     FollowingFeed feed(calibrator_, scene_);
@@ -281,9 +281,9 @@ class GuidedToAWish : public GuidedLoopRun {
   std::uint64_t frames_ = 0;
 };
 
-TEST_F(GuidedToAWish, AsksForPosesUntilTheCameraIsKnownThatWell) {
-  constexpr double WISH = 0.012;
-  ASSERT_EQ(RunTo(WISH, 20), common::SUCCESS) << err_.str() << out_.str();
+TEST_F(GuidedToATarget, AsksForPosesUntilTheCameraIsKnownThatWell) {
+  constexpr double TARGET = 0.012;
+  ASSERT_EQ(RunTo(TARGET, 20), common::SUCCESS) << err_.str() << out_.str();
   const int poses = calibrator_.GetNumberOfRecords();
   RecordProperty("poses", poses);
   EXPECT_GT(poses, 6) << out_.str();
@@ -293,21 +293,21 @@ TEST_F(GuidedToAWish, AsksForPosesUntilTheCameraIsKnownThatWell) {
   EXPECT_TRUE(Printed("Pose 6 reached.\n  known to ")) << out_.str();
   EXPECT_FALSE(Printed("goal is not reached")) << out_.str();
   EXPECT_TRUE(Printed("\nVerdict: ")) << out_.str();
-  EXPECT_LT(Verdict().at("deviationInImage").get<double>(), 1.3 * WISH) << Verdict();
+  EXPECT_LT(Verdict().at("deviationInImage").get<double>(), 1.3 * TARGET) << Verdict();
   const auto error = world::MeanProjectionDistance(
       scene_.camera.lens, world::LensFrom(calibrator_.GetK(), calibrator_.GetDistCoefs()), FRAME, {},
       world::Alignment::Rotated);
-  EXPECT_LT(error.mean, 3.0 * WISH) << out_.str();
+  EXPECT_LT(error.mean, 3.0 * TARGET) << out_.str();
 }
 
-TEST_F(GuidedToAWish, TellsWhenTheWishIsNotMetAndCalibratesAllTheSame) {
+TEST_F(GuidedToATarget, TellsWhenTheWishIsNotMetAndCalibratesAllTheSame) {
   ASSERT_EQ(RunTo(0.0001, 7), common::SUCCESS) << err_.str() << out_.str();
   EXPECT_TRUE(Printed("No more poses after 7: the goal is not reached.\n")) << out_.str();
   EXPECT_EQ(calibrator_.GetNumberOfRecords(), 7);
   EXPECT_TRUE(std::filesystem::exists(options_.output + ".json"));
 }
 
-TEST_F(GuidedToAWish, BeginsAgainOnR) {
+TEST_F(GuidedToATarget, BeginsAgainOnR) {
   screen_.keys = {-1, -1, 'r'};
   ASSERT_EQ(RunTo(0.0001, 6), common::SUCCESS) << err_.str() << out_.str();
   EXPECT_TRUE(Printed("Starting again at the first pose.\nPose 1 reached.\n")) << out_.str();

@@ -1,4 +1,4 @@
-/// The shipped model of the assistant: how it is made, and what its choice of poses is worth.
+/// The shipped model of the assistant: how it is made, and how good its choice of poses is.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-/// Tells numbers from what is none.
+/// Tells finite numbers from others.
 #pragma once
 
 #include <opencv2/core.hpp>

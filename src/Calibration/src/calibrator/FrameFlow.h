@@ -48,7 +48,7 @@ class FrameFlow {
   void ClosePipe();
   void CloseSource();
   bool HasSourceEnded() const { return capture_.SourceEnded(); }
-  /// Ends source and grabbers for good, and waits for their threads.
+  /// Ends source and grabbers, which cannot be opened again, and waits for their threads.
   void End();
 
   Preview& PreviewOfFrames() { return preview_; }

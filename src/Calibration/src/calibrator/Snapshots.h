@@ -38,7 +38,7 @@ struct SnapshotList {
 /// whole: who holds one may read it as long as he likes. All functions are thread-safe and copy at most.
 class Snapshots {
  public:
-  /// So many make a computation possible.
+  /// The number that makes a computation possible.
   static constexpr size_t ENOUGH = 5;
 
   class Computation;

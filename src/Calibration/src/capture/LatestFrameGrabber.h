@@ -77,8 +77,8 @@ class LatestFrameGrabber {
   /// True on the thread that runs the body.
   bool RunsHere() const { return bodyThread_ == std::this_thread::get_id(); }
 
-  /// Closes for good and waits for the thread's end, as others do who call it meanwhile. Not to be called
-  /// from the body.
+  /// Closes, not to be opened again, and waits for the thread's end, as others do who call it meanwhile. Not
+  /// to be called from the body.
   void End() {
     {
       const std::lock_guard<std::mutex> lock(lock_);

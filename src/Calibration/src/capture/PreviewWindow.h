@@ -49,7 +49,8 @@ class PreviewWindow {
   /// owner does not want the window.
   void Show(const void* owner, const cv::Mat& picture);
 
-  /// Ends the thread, for good. One that is stuck in a window call for so long is left behind.
+  /// Ends the thread, which is not started again. One that is stuck in a window call for longer than
+  /// `patience` is left behind.
   void End(std::chrono::milliseconds patience);
 
  private:

@@ -12,7 +12,7 @@ namespace {
 /// After a turn without a frame.
 constexpr std::chrono::microseconds EMPTY_PAUSE{32000};
 
-/// So many of them in a row, a third of a second, are the end of a file or stream.
+/// This many of them in a row, a third of a second, are the end of a file or stream.
 constexpr int TURNS_OF_AN_END = 10;
 
 /// The library ends its texts with a line break.

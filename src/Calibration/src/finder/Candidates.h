@@ -20,7 +20,7 @@ struct Candidates {
   int tooLarge = 0;                  ///< round spots too large for a grid that fits into the image
 };
 
-/// At most so many are kept.
+/// The largest number of candidates that are kept.
 constexpr size_t MAX_CANDIDATES = 2500;
 
 /// The levels at which an image is looked at: between its darkest and brightest parts, evenly. None for one
@@ -30,7 +30,7 @@ std::vector<int> ChooseLevels(const cv::Mat& grey);
 /// True for a region that an ellipse of not too different axes could be.
 bool IsRound(const Region& region);
 
-/// The dark spots of `grey` (CV_8UC1) that may belong to a grid of so many discs.
+/// The dark spots of `grey` (CV_8UC1) that may belong to a grid of `discs` discs.
 Candidates FindCandidates(const cv::Mat& grey, int discs);
 
 }  // namespace velmora::finder

@@ -17,7 +17,7 @@ constexpr double OUTLIER = 0.16;
 constexpr double FARTHEST_OFF = 0.9;
 constexpr double OFF_TOGETHER = 0.3;
 constexpr double BEYOND = 0.17;
-/// So many discs around the grid are no accident.
+/// More discs than this around the grid are no accident.
 constexpr int BEYOND_AT_MOST = 3;
 /// Squares of a chessboard cover half of it and touch at their corners: the gaps between them are half dark.
 /// Between discs of the usual size there is light, but around tiny ones blur tells nothing.

@@ -9,7 +9,7 @@
 namespace velmora::finder {
 
 /// Declares discs missing that are outliers among the others, and fits the projection to the rest. False when
-/// more than so many are missing then, or nothing fits.
+/// more than `atMost` are missing then, or nothing fits.
 bool RejectOutliers(GridProjection& projection, LabelledDiscs& discs, int atMost);
 
 /// True when all discs are near the homography, as far as a lens may distort it, and none is an outlier.

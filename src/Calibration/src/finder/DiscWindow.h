@@ -43,7 +43,7 @@ class Histogram {
   int Darkest() const { return Above(0); }
 
  private:
-  /// The smallest value that more pixels than so many do not exceed.
+  /// The smallest value that more than `below` pixels do not exceed.
   int Above(int below) const;
 
   std::array<int, 256> counts_ = {};

@@ -11,7 +11,7 @@ namespace velmora::finder {
 
 namespace {
 
-/// So many discs determine a polynomial of degree 3, or 2, with some to spare.
+/// The numbers of discs that determine a polynomial of degree 3, or 2, with some to spare.
 constexpr int ENOUGH_FOR_CUBIC = 25;
 constexpr int ENOUGH_FOR_QUADRATIC = 13;
 

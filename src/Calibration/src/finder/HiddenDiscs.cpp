@@ -12,17 +12,18 @@ namespace velmora::finder {
 
 namespace {
 
-/// A disc nearer to where the others put it is not right at, pixels.
+/// A disc nearer than this to where the others put it is in place, pixels.
 constexpr double CLOSE = 0.2;
-/// Nor one that is off by less than so many times the usual: it is the lens, or noise.
+/// A disc that is off by less than this, in units of the usual distance, is in place too: it is the lens, or
+/// noise.
 constexpr double USUAL = 2.0;
 /// The least share of a whole disc's rim.
 constexpr double WHOLE = 0.8;
 /// With less a disc is partly hidden however far off the others are.
 constexpr double HALF = 0.65;
-/// What is off by more than so many times the usual is none of the others' noise.
+/// What is off by more than this, in units of the usual distance, is not noise.
 constexpr double OUTLIER = 4.5;
-/// And than so many times the usual, not a lens's bend either.
+/// What is off by more than this, in units of the usual distance, is not a lens's distortion either.
 constexpr double FAR_OFF = 10.0;
 /// The least share of the rim of a disc that is taken for whole where it was found, whatever the others say.
 constexpr double WHOLE_ALONE = 0.9;

@@ -16,8 +16,8 @@ struct Labelling {
 };
 
 /// The unmirrored labelling that gives most of the pattern's discs a candidate, over all bases of the lattice
-/// that may be in use and all shifts. The lattice may lack so many rows or columns of places in all. `discs`
-/// is empty when none covers any, or the budget is spent.
+/// that may be in use and all shifts. The lattice may lack `lacking` rows or columns in all. `discs` is empty
+/// when none covers any, or the budget is spent.
 Labelling LabelPattern(const Lattice& lattice, const cv::Size& grid, int lacking, SearchBudget& budget);
 
 }  // namespace velmora::finder

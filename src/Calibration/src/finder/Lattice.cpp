@@ -28,7 +28,7 @@ constexpr double SLACK = 0.32;
 constexpr double SEED_SLACK = 0.22;
 /// Fewer candidates than this are tried in the order in which they come.
 constexpr int MANY = 60;
-/// So many are tried before they are put in order.
+/// The number of seeds that are tried before they are put in order.
 constexpr size_t AT_ONCE = 6;
 /// How far two opposite steps may differ, as a share of one.
 constexpr double OPPOSITE = 0.15;

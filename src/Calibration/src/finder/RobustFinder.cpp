@@ -75,7 +75,7 @@ class DarkSearch {
     const bool clear = labelling.covered >= labelling.secondBest + 2;
     const GridFault fault =
         clear ? Complete(projection, discs, index) : FaultOfDoubt(projection, discs, lattice);
-    // The largest lattice has the last word.
+    // The fault of the largest lattice is the one that is reported.
     if (fault == GridFault::None || lattice.points.size() > said_) {
       finding_.fault = fault;
       said_ = lattice.points.size();

@@ -11,7 +11,7 @@ namespace velmora::finder {
 
 namespace {
 
-/// So many rows across a window tell its spot's shape.
+/// The number of rows across a window that determine its spot's shape.
 constexpr int ROWS = 24;
 
 using Moments = std::array<std::complex<double>, 3>;

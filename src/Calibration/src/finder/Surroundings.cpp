@@ -12,11 +12,11 @@ namespace velmora::finder {
 
 namespace {
 
-/// Discs up to so many steps away, along each axis, are asked.
+/// Discs up to this many steps away, along each axis, are used.
 constexpr int FAR = 4;
 constexpr int NEAR = 2;
 constexpr int TERMS = 6;
-/// So many determine the polynomial with some to spare.
+/// The number of discs that determine the polynomial with some to spare.
 constexpr size_t ENOUGH = 9;
 constexpr int ROUNDS = 4;
 /// Discs farther off the polynomial than this hardly count, steps.

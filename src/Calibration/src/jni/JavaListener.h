@@ -14,7 +14,8 @@ namespace velmora {
 /// it is destroyed, which may happen on any thread.
 class JavaListener {
  public:
-  /// Null, with an error line, when the class or its method cannot be found or the object is none of it.
+  /// Null, with an error line, when the class or its method cannot be found or the object is not an instance
+  /// of it.
   static std::shared_ptr<const JavaListener> Make(JNIEnv* env, jobject listener, bool sendsImage,
                                                   const cv::Size& imageSize);
   ~JavaListener();

@@ -1,4 +1,4 @@
-/// Whether a larger lens model than that of a result is worth its coefficients.
+/// Whether a larger lens model than that of a result justifies its coefficients.
 #pragma once
 
 #include <string>

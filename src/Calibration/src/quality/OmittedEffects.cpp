@@ -1,4 +1,4 @@
-/// What a solution did not reckon with, as its residuals show it.
+/// Effects that a solution did not model, estimated from its residuals.
 #include "quality/OmittedEffects.h"
 
 #include <Eigen/Cholesky>

@@ -1,4 +1,4 @@
-/// What a solution did not reckon with, as its residuals show it.
+/// Effects that a solution did not model, estimated from its residuals.
 #pragma once
 
 #include <Eigen/Core>

@@ -7,7 +7,7 @@ namespace velmora::solver {
 
 namespace {
 
-/// With so many, the polygon misses a few thousandths of a pixel.
+/// A polygon of this many points is off by a few thousandths of a pixel.
 constexpr int RIM_POINTS = 32;
 
 }  // namespace

@@ -22,7 +22,8 @@ constexpr int CAMERA_PARAMETERS = 4;
 constexpr int CLASSIC_COEFFICIENTS = CLASSIC_PARAMETERS - CAMERA_PARAMETERS;
 constexpr int MOST_COEFFICIENTS = FULL_PARAMETERS - CAMERA_PARAMETERS;
 
-/// So many columns; the rational model has 14 too, with zeros at the end.
+/// Distortion coefficients in as many columns as asked for; the rational model has 14 too, with zeros at the
+/// end.
 cv::Mat CoefficientsOf(const Intrinsics& intrinsics, int columns, int known) {
   cv::Mat D = cv::Mat::zeros(1, columns, CV_64F);
   for (int i = 0; i < std::min(columns, known - CAMERA_PARAMETERS); ++i) {

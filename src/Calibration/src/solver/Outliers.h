@@ -1,4 +1,4 @@
-/// Tells from residuals which points and views do not belong to the camera that the others give.
+/// Finds, from residuals, the points and views that are outliers for the camera that the others determine.
 #pragma once
 
 #include <vector>

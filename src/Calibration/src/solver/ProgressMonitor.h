@@ -1,4 +1,4 @@
-/// Tells of a computation's progress until it is given up.
+/// Reports a computation's progress until it is given up.
 #pragma once
 
 #include <functional>

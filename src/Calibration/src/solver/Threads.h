@@ -10,7 +10,8 @@ namespace velmora::solver {
 /// must not depend on how they are divided. The work must not throw.
 void ForRanges(std::size_t count, int threads, const std::function<void(std::size_t, std::size_t)>& work);
 
-/// How many threads pay for a computation of so many images: starting them takes as long as dozens of these.
+/// How many threads pay for a computation of that number of images: starting them takes as long as dozens of
+/// these.
 int ThreadsFor(std::size_t images);
 
 }  // namespace velmora::solver
