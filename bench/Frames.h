@@ -18,7 +18,7 @@ inline cv::Mat GridFrame(const cv::Size& size, int view = 0) {
   return world::Renderer(scene).Render(world::SpreadViews(scene.camera, view + 1).back());
 }
 
-/// The same without the sheet.
+/// A frame of the background without the sheet.
 inline cv::Mat EmptyFrame(const cv::Size& size) {
   world::Scene scene;
   scene.camera = world::CameraFromFieldOfView(size, 60.0);

@@ -94,7 +94,7 @@ class Program {
   jobject object_ = nullptr;
 };
 
-/// The same frames and the same answers without Java.
+/// The frames and the answers of the benchmark without Java.
 class Native {
  public:
   Native() {

@@ -29,7 +29,7 @@ ProjectionDistance MeanProjectionDistance(const Lens& truth, const Lens& estimat
                                           const std::vector<cv::Point2f>& region = {},
                                           Alignment alignment = Alignment::Raw);
 
-/// The same for camera matrices and coefficients as OpenCV gives them (CV_64F).
+/// The mean distance for camera matrices and coefficients as OpenCV gives them (CV_64F).
 ProjectionDistance MeanProjectionDistance(const cv::Mat& trueK, const cv::Mat& trueD,
                                           const cv::Mat& estimatedK, const cv::Mat& estimatedD,
                                           cv::Size imageSize, const std::vector<cv::Point2f>& region = {},

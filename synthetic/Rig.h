@@ -32,7 +32,7 @@ struct Pair {
 /// them part. Throws std::invalid_argument for a baseline that is not positive or a toe-in of 180 or more.
 Pair SideBySidePair(const Camera& left, const Camera& right, double baseline, double toeIn = 0.0);
 
-/// The same of cameras that differ by their distortion alone.
+/// Two upright cameras side by side that differ by their distortion alone.
 Pair SideBySidePair(cv::Size size, double fieldOfView, double baseline, double toeIn = 0.0,
                     const std::vector<double>& leftD = {}, const std::vector<double>& rightD = {});
 

@@ -61,7 +61,7 @@ class Sheet {
 
   /// What the sheet's plane shows at a point, in steps.
   Surface At(const cv::Point2d& steps) const;
-  /// The same with the distance to other surfaces.
+  /// What the sheet's plane shows at a point, with the distance to other surfaces.
   SurfaceSample Sample(const cv::Point2d& steps) const;
 
   /// The flat sheet as an 8-bit grey image at 150 dpi, paper white, ink black, the cut corner `background`.

@@ -20,7 +20,7 @@ bool SeesSheet(const Camera& camera, const Sheet& sheet, const Pose& pose);
 /// std::runtime_error when neighbours cannot see the whole grid together.
 std::vector<Pose> SampleRigShots(const Rig& rig, int n, std::uint64_t seed, const Sheet& sheet = Sheet());
 
-/// The same of the fixed lists that RigViews has for neighbours.
+/// Shots from the fixed lists that RigViews has for neighbours.
 std::vector<Pose> RigShots(const Rig& rig, int n, const Sheet& sheet = Sheet());
 
 /// What the cameras, in the rig's order, see of a shot: the centres of all discs, row by row, pixels. Empty

@@ -34,7 +34,7 @@ class Trajectory {
 Trajectory ThroughViews(const std::vector<Pose>& views, double seconds, int awayEvery,
                         const std::function<Pose(const Pose&)>& away);
 
-/// The same with the camera's AwayPose.
+/// A trajectory through views with the camera's AwayPose between them.
 Trajectory ThroughViews(const Camera& camera, const Sheet& sheet, const std::vector<Pose>& views,
                         double seconds, int awayEvery = 0);
 

@@ -33,7 +33,7 @@ struct TruthFrame : TruthView {
 };
 
 struct Truth {
-  /// Of the only or left camera.
+  /// The image size of the only or left camera.
   cv::Size imageSize;
   Lens lens;
   Sheet sheet;
@@ -52,7 +52,7 @@ Truth TruthOf(const Scene& scene);
 /// Projects the sheet for a frame of the scene.
 TruthFrame TruthFrameOf(const Scene& scene, const Pose& pose, int index, const std::string& file = "");
 
-/// The same for a pair; the scene's camera does not count.
+/// The truth of a pair; the scene's camera does not count.
 Truth TruthOf(const Pair& pair, const Scene& scene);
 
 /// Projects the sheet for a pair of frames of the scene.

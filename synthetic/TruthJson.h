@@ -22,7 +22,7 @@ int Integer(const nlohmann::json& object, const char* key);
 const nlohmann::json& List(const nlohmann::json& value, const char* key, int count = -1);
 /// An object's image size and lens.
 Camera CameraFrom(const nlohmann::json& object);
-/// The same with R and T.
+/// Reads a camera with its R and T.
 RigCamera RigCameraFrom(const nlohmann::json& object);
 Pose PoseFrom(const nlohmann::json& object);
 TruthView ViewFrom(const nlohmann::json& object, int discs);

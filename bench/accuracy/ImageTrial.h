@@ -27,7 +27,7 @@ struct FoundPoints {
   double CentreError() const;
 };
 
-/// The same images searched by both finders.
+/// The results of both finders for one set of images.
 struct SearchedImages {
   world::Camera camera;
   FoundPoints standard;

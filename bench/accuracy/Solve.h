@@ -33,7 +33,7 @@ struct PairResult {
 PairResult SolvePair(const Points& left, const Points& right, const cv::Size& imageSize, int model,
                      int solver);
 
-/// The same with both lenses refined together with the pair, from where that ended.
+/// Solves a pair with both cameras' intrinsics refined together with it, from where SolvePair ended.
 PairResult RefinedPair(const PairResult& fixed, const Points& left, const Points& right,
                        const cv::Size& imageSize, int model);
 

@@ -38,7 +38,7 @@ class CameraViews {
   /// Computes from the views that spread best; the others are set aside. There must be enough.
   common::Report Calibrate();
 
-  /// Of the computation; the views that it rejected are noted in the report.
+  /// The verdict on the computation; the views that it rejected are noted in the report.
   CalibrationVerdict Verdict(common::Report& report);
 
   /// Writes the result file, extension added, and reads it back. The text, which is empty when that failed.

@@ -35,7 +35,7 @@ bool HasImageExtension(const std::string& file);
 std::vector<std::string> ExpandInputs(const std::vector<std::string>& inputs, SkippedFiles& skipped);
 std::vector<std::string> ExpandInputs(const std::vector<std::string>& inputs);
 
-/// The same, and a line on standard error about what was skipped.
+/// ExpandInputs, with a line on standard error about what was skipped.
 std::vector<std::string> ExpandInputsAloud(const std::vector<std::string>& inputs);
 
 }  // namespace batch

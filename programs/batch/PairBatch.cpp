@@ -117,7 +117,7 @@ void SearchPairs(const Arguments& arguments, PairViews& pairs) {
   }
 }
 
-/// Of one camera of the pair.
+/// The result of one camera of the pair.
 struct CameraResult {
   std::string text;            ///< of the result, or the path of the file that was given
   CalibrationVerdict verdict;  ///< when it was computed from these images
@@ -159,7 +159,7 @@ common::ExitStatus CameraResultsFor(const Arguments& arguments, PairViews& pairs
   return CalibrateCamera(pairs.right, "right", arguments.output + "_right", results.right, files);
 }
 
-/// Of the pair, with that of its cameras where they were computed too.
+/// The pair's verdict, with those of its cameras where they were computed too.
 PairVerdict VerdictOf(Calibrator& calibrator, const CameraResults& results) {
   PairVerdict verdict = calibrator.GetPairVerdict();
   verdict.Consider(results.left.verdict, "left");

@@ -27,7 +27,7 @@ std::string Cut(const std::string& text, size_t length) {
   return text.substr(0, length);
 }
 
-/// Of a few images all; of many those at which another twentieth is done.
+/// Every image of a few is worth a line; of many those at which another twentieth is done.
 bool IsWorthALine(int done, int total) {
   constexpr int FEW = 100;
   constexpr int LINES = 20;

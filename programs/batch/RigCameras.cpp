@@ -13,7 +13,7 @@ std::string WithoutTrailingSlashes(std::string input) {
   return input;
 }
 
-/// Of an address or a pattern all of it.
+/// The last part of a path; all of an address or a pattern.
 std::string ShortName(const std::string& input) {
   if (IsUrl(input) || input.find_first_of("*?[") != std::string::npos) return input;
   const std::string name = std::filesystem::path(input).filename().string();

@@ -61,7 +61,7 @@ std::string CameraText(const velmora::RigCamera& camera, const std::string& name
   return text.str();
 }
 
-/// Of the images that were used, by their places among them, those that the solver left out.
+/// The indexes, among the images that were used, of those that the solver rejected.
 std::set<size_t> RejectedImages(const velmora::RigResult& result, const common::RigNames& names,
                                 const std::vector<std::string>& used) {
   std::set<size_t> images;

@@ -25,7 +25,7 @@ class RigViews {
 
   /// Moments in which a camera found the grid.
   size_t Count() const { return names_.images.size(); }
-  /// Of these the moments in which that camera did.
+  /// The number of these moments in which that camera did.
   size_t CountOf(size_t camera) const;
 
   /// Sets aside moments that are not needed: what is left are those that spread best.
@@ -33,7 +33,7 @@ class RigViews {
 
   /// The moments that are left.
   velmora::RigRecords Records() const;
-  /// Of their images.
+  /// The names of the cameras and of their images.
   const common::RigNames& Names() const { return names_; }
   const std::vector<common::Rejection>& Rejected() const { return rejected_; }
   std::vector<cv::Size> Frames() const;

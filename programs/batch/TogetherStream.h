@@ -22,11 +22,11 @@ class TogetherStream {
   /// False as soon as a camera has no more. Raises InputError as ImageStream does.
   bool Next(std::vector<NamedImage>& inputs);
 
-  /// Of a camera, as far as is known; 0 when it is not.
+  /// The expected number of a camera's images; 0 when it is not known.
   int ExpectedCount(size_t camera) const { return streams_.at(camera).ExpectedCount(); }
-  /// Of the moments.
+  /// The expected number of moments; 0 when it is not known.
   int ExpectedCount() const { return has_.empty() ? ExpectedCount(0) : static_cast<int>(has_.size()); }
-  /// Of all cameras.
+  /// The number of images of all cameras whose orientation was ignored.
   int OrientationsIgnored() const;
 
  private:

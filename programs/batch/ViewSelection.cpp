@@ -47,13 +47,13 @@ Descriptor Describe(const std::vector<cv::Point2d>& points, const cv::Size& grid
           ROLL_WEIGHT * std::sin(roll)};
 }
 
-/// Of each camera; nothing where it does not see the grid.
+/// The descriptor of each camera's image; nothing where it does not see the grid.
 using Descriptors = std::vector<std::optional<Descriptor>>;
 
 /// As far as half an image's width: another camera tells something else.
 constexpr double SEEN_BY_ANOTHER = 1.0;
 
-/// Of one camera the distance of its descriptors.
+/// The distance of two views; with one camera it is that of their descriptors.
 double Distance(const Descriptors& a, const Descriptors& b) {
   double sum = 0.0;
   int cameras = 0;

@@ -12,10 +12,10 @@ namespace batch {
 std::vector<size_t> SelectSpreadViews(const std::vector<std::vector<cv::Point2d>>& views,
                                       const cv::Size& grid, const cv::Size& frame, size_t count);
 
-/// The same for several cameras: of each camera, of each view its centres, none where it does not see the
-/// grid. Views are as far apart as their images are, all cameras taken together, and as the cameras differ
-/// that see them. Unless `count` is too small for that, views that link cameras which no others do are always
-/// among the chosen ones, and five views of each camera that has five or more.
+/// Selects views of several cameras: for each camera and each view its centres, none where it does not see
+/// the grid. Views are as far apart as their images are, all cameras taken together, and as the cameras
+/// differ that see them. Unless `count` is too small for that, views that link cameras which no others do are
+/// always among the chosen ones, and five views of each camera that has five or more.
 std::vector<size_t> SelectSpreadViews(const std::vector<std::vector<std::vector<cv::Point2d>>>& cameras,
                                       const cv::Size& grid, const std::vector<cv::Size>& frames,
                                       size_t count);

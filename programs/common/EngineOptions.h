@@ -18,7 +18,7 @@ struct EngineOptions {
 
 void AddEngineOptions(CLI::App& app, EngineOptions& options);
 
-/// Of the discs of a grid of that unit, metres.
+/// The radius of the discs of a grid of that unit, metres.
 double DiscRadius(const EngineOptions& options, float unit);
 
 /// For a grid of that unit (metres). The sparse solver, when it is chosen, rejects outliers and corrects the

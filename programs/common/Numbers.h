@@ -31,7 +31,7 @@ inline std::string FaultIfNegative(const std::string& text) {
                                                  : "'" + text + "' is neither zero nor a positive number";
 }
 
-/// The same of a length, with an example for those who write a unit.
+/// What is wrong with the text of a length, with an example for those who write a unit.
 inline std::string FaultUnlessMetres(const std::string& text) {
   return std::isfinite(WholeTextAsNumber(text)) ? FaultUnlessPositive(text)
                                                 : "'" + text + "' is not a number of metres, such as 0.2";

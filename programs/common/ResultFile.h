@@ -17,10 +17,10 @@ std::string SaveResultFile(Calibrator& calibrator, const std::string& name);
 /// Raises InputError when NAME.json cannot be written: that should be known before minutes of work.
 void CheckOutput(const std::string& name);
 
-/// The same for NAME.json and the files that tell what it is worth.
+/// Raises InputError when NAME.json or a file of its verdict cannot be written.
 void CheckOutputWithVerdict(const std::string& name);
 
-/// The same for a file as it is named.
+/// Raises InputError when the file, as it is named, cannot be written.
 void CheckWritable(const std::string& path);
 
 }  // namespace common

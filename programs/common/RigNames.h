@@ -8,14 +8,14 @@ namespace common {
 
 struct RigNames {
   std::vector<std::string> cameras;
-  /// Of each moment, of each camera; empty where there is no image with the grid.
+  /// The image's name for each moment and each camera; empty where there is no image with the grid.
   std::vector<std::vector<std::string>> images;
 
   /// "camera/image".
   std::string Image(size_t moment, size_t camera) const;
-  /// Of all images.
+  /// The names of all images.
   std::vector<std::string> AllImages() const;
-  /// Of each moment its images' names, joined.
+  /// The joined names of each moment's images.
   std::vector<std::string> Moments() const;
 };
 

@@ -16,7 +16,7 @@ namespace common {
 std::string VerdictTable(const CalibrationVerdict& verdict, const std::vector<std::string>& names);
 std::string VerdictTable(const PairVerdict& verdict, const std::vector<std::string>& names);
 
-/// Of a rig and of each of its cameras.
+/// The verdict on a rig and on each of its cameras.
 std::string VerdictTable(const velmora::RigResult& result, const RigNames& names);
 
 /// Indexes of the views that the computation rejected as a whole.

@@ -14,7 +14,7 @@ namespace poses {
 /// line for one that does not hold six numbers or one out of range, and for a list without a pose.
 std::vector<world::Appearance> ReadPoseList(std::istream& text);
 
-/// The same from a file.
+/// Reads the list from a file.
 std::vector<world::Appearance> ReadPoseList(const std::string& path);
 
 }  // namespace poses

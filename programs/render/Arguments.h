@@ -36,7 +36,7 @@ struct Arguments {
   bool spread = false;
   std::uint64_t seed = 1;
   bool rig = false;
-  /// Of a rig with a number of cameras; 0 of a pair.
+  /// The number of cameras of a rig; 0 of a pair.
   int cameras = 0;
   bool ring = false;
   bool leaveOutEmpty = false;

@@ -9,7 +9,7 @@ namespace render {
 /// of the pair in the folder above.
 void RenderPicturePairs(const Arguments& arguments);
 
-/// The same with videos and their truths: _left and _right at the end of the name tell the cameras apart.
+/// Renders videos and their truths: _left and _right at the end of the name tell the cameras apart.
 void RenderVideoPair(const Arguments& arguments);
 
 }  // namespace render

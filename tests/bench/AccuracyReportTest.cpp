@@ -70,7 +70,7 @@ TEST(AccuracyReport, RmsIsThatOfTheNoise) {
 
 TEST(AccuracyReport, StandardDeviationsOfTheClassicModelTellTheTruth) {
   const Trials& trials = ClassicTrials();
-  // Of 150 trials: 68 % and 95 %, give or take three standard errors.
+  // The shares expected of 150 trials: 68 % and 95 %, give or take three standard errors.
   for (std::size_t i = 0; i < 9; ++i) {
     const Honesty honesty = accuracy::HonestyOf(trials, i, i + 1);
     EXPECT_NEAR(honesty.within1, 0.683, 0.114) << accuracy::PARAMETER_NAMES[i];
@@ -89,8 +89,8 @@ TEST(AccuracyReport, VerdictForecastsTheErrorsOfProjections) {
 }
 
 TEST(AccuracyReport, LargerModelsAreNotSurerOfALensThatTheClassicOneHolds) {
-  // Of the same points, trial by trial: errors themselves are too much a matter of chance to tell. The noise
-  // that is estimated differs by parts of a percent.
+  // Both are computed from the same points, trial by trial: errors themselves are too much a matter of chance
+  // to tell. The noise that is estimated differs by parts of a percent.
   Case full = Classic();
   full.model = Calibrator::MODEL_FULL;
   Case rational = Classic();

@@ -525,7 +525,7 @@ TEST_F(RefusedStereo, DuringProgressChangesNothing) {
 
 class StereoSnapshots : public StereoPairs {
  protected:
-  /// The same five pairs as snapshots, computed.
+  /// Expects the five pairs to be snapshots from which a result is computed.
   static void ExpectSnapshots(Calibrator& calibrator, const unit::PointPairs& pairs) {
     ASSERT_EQ(static_cast<size_t>(calibrator.GetNumberOfRecords()), pairs.left.size());
     const auto direct = unit::SolveDirectly(pairs, unit::RATIONAL_FLAGS);

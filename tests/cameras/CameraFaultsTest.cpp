@@ -23,7 +23,7 @@ class CameraFaults : public cameras::CameraTest {
   bool Detects() {
     return unit::Eventually([&] { return calibrator_->IsDetected(); });
   }
-  /// The same of a frame that comes from now on.
+  /// Whether the grid is detected in a frame that comes from now on.
   bool DetectsAnew() {
     calibrator_->AddPoints();
     return Detects();

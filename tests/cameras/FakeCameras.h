@@ -24,7 +24,7 @@ class FakeCameras {
   /// over; the size is that of the first one. The camera delivers a size that it is asked for, otherwise the
   /// last by name.
   void Provide(int camera, const std::vector<cv::Mat>& images);
-  /// The same with images of other sizes than it says.
+  /// Provides a camera whose images have other sizes than it says.
   void Provide(int camera, const cv::Size& size, const std::vector<cv::Mat>& images);
   /// "silent", "empty" (buffers) or "gone"; an empty text makes it well again.
   void Behave(int camera, const std::string& behaviour);

@@ -42,7 +42,7 @@ struct ObservedPoint {
     return true;
   }
 
-  /// Of the right camera.
+  /// The residual of a point in the right camera.
   template <typename T>
   bool operator()(const T* camera, const T* relative, const T* pose, T* residual) const {
     const T point[3] = {T(object.x), T(object.y), T(object.z)};

@@ -20,10 +20,10 @@ struct Solution {
   std::vector<Pose> poses;
 };
 
-/// Of one camera from views of the same points, started by OpenCV's estimate for a plane.
+/// Solves one camera from views of the same points, started by OpenCV's estimate for a plane.
 Solution SolveCamera(const std::vector<cv::Point3d>& object, const Views& views, cv::Size imageSize);
 
-/// Of a pair, everything together, started from each camera alone.
+/// Solves a pair, everything together, started from each camera alone.
 Solution SolvePair(const std::vector<cv::Point3d>& object, const Views& left, const Views& right,
                    cv::Size imageSize);
 

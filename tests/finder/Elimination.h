@@ -28,7 +28,7 @@ class WideEquations {
     }
   }
 
-  /// The same left side with one other right side.
+  /// Replaces the right side and keeps the left one.
   void Replace(const std::vector<Wide>& right) {
     for (size_t row = 0; row < rows_.size(); ++row) {
       rows_[row].resize(rows_.size());

@@ -17,7 +17,7 @@ cv::Point2d InFlatGrid(const cv::Point& gridIndex);
 /// The discs of FlatGrid(FLAT_GRID).
 velmora::finder::LabelledDiscs FlatDiscs();
 
-/// The same as a lens of much distortion has them.
+/// The discs of the flat grid as a lens of much distortion projects them.
 velmora::finder::LabelledDiscs BentDiscs();
 
 /// The discs of any size of grid where a homography puts them; `radius` is in steps.

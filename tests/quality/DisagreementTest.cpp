@@ -116,7 +116,8 @@ TEST(Disagreement, OfNoiseAloneIsOneButForWhatTheCamerasPosesTakeUp) {
     world::Rig rig;
     double expected;
   };
-  // Of 12 views: six degrees for each image but the first, less six for each camera but the first.
+  // The degrees of freedom of 12 views: six for each image but the first, less six for each camera but the
+  // first.
   for (const Case& item :
        {Case{unit::ClassicPair(), 11.0 / 12.0}, Case{unit::ClassicTriple(), 11.0 / 12.0}}) {
     double mean = 0.0;

@@ -80,7 +80,7 @@ TEST(OmittedProportionsOfARig, AreMeasured) {
   }
 }
 
-/// Of the shared parameters in the order of the layout, from one rig to another.
+/// The change of the shared parameters, in the order of the layout, from one rig to another.
 Eigen::VectorXd Between(const Rig& from, const Rig& to, const Estimated& estimated) {
   const Layout layout = LayoutOf(from, estimated);
   Eigen::VectorXd change = Eigen::VectorXd::Zero(layout.shared);
@@ -235,7 +235,8 @@ TEST(OmittedEffectsOfARig, TakeOffAsMuchOfNoiseAsTheirNumberOfParameters) {
   }
 }
 
-/// Of the camera's projections, after the best turn, where the model's parameters are moved so far.
+/// The error of the camera's projections, after the best rotation, when its parameters are changed by
+/// `shift`.
 double ErrorOf(const Camera& camera, const Eigen::VectorXd& shift, const world::Lens& truth) {
   std::vector<double> values(camera.intrinsics.values.begin(), camera.intrinsics.values.end());
   for (int i = 0; i < shift.size(); ++i) values[static_cast<size_t>(i)] += shift(i);

@@ -16,7 +16,7 @@ world::Pair WidePair() {
   return world::SideBySidePair(unit::FRAME, 85.0, 0.08, 6.0, D, D);
 }
 
-/// The same noise on images of centres and on centroids.
+/// Images of centres, or centroids of discs, with the same noise.
 unit::PointPairs ObservedBy(const world::Pair& rig, const std::vector<world::Pose>& poses, bool discs) {
   if (!discs) return unit::ObservedByBoth(rig, poses, 1, NOISE);
   const unit::PointPairs without = unit::ObservedByBoth(rig, poses, 1, 0.0);

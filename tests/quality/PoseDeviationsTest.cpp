@@ -9,7 +9,7 @@ namespace {
 
 using namespace velmora;
 
-/// Of eight parameters, the pose from the second on.
+/// A covariance of eight parameters, the pose from the second on.
 Eigen::MatrixXd Covariance() {
   Eigen::VectorXd deviations(8);
   deviations << 5.0, 0.001, 0.002, 0.002, 0.0003, 0.0004, 0.0012, 7.0;

@@ -85,7 +85,7 @@ inline CalibrationProblem ObservedByRig(const world::Rig& rig, int parameters, c
   return problem;
 }
 
-/// The same of random poses.
+/// Observations of random poses.
 inline CalibrationProblem ObservedByRig(const world::Rig& rig, int parameters, const Shape& shape, int count,
                                         std::uint64_t seed, double noise) {
   return ObservedByRig(rig, parameters, shape, world::SampleRigViews(rig, count, seed, Paper()), seed, noise);

@@ -184,7 +184,7 @@ struct Deviations {
   Eigen::ArrayXd predicted;
   int runs = 0;
 
-  /// Of the cameras' poses.
+  /// Adds the errors of the cameras' poses.
   void Add(const Solution& solution, const Rig& truth) {
     const Layout layout = LayoutOf(solution.rig, solution.estimated);
     const int first = layout.cameras[1].pose;

@@ -53,7 +53,7 @@ TEST_P(SpoiltShare, OfAPairIsRejected) {
     for (const bool intrinsics : {false, true}) {
       SCOPED_TRACE(std::to_string(seed) + (intrinsics ? " refined" : " known"));
       const CalibrationProblem truth = unit::TrueProblem(unit::RowOf(2), 20, 0.1, seed);
-      // Of one view both images are wrong, of two others one.
+      // Both images of one view are wrong, and one image of two others.
       const unit::Spoilt spoilt =
           unit::Spoil(truth.views, GetParam(), {{3, 0}, {8, 1}, {15, 0}, {15, 1}}, seed);
       CalibrationProblem start = truth;
@@ -99,7 +99,7 @@ TEST(CameraCalibration, OfCleanViewsIsTheSameWhetherRobustOrNot) {
   EXPECT_EQ(robust.cost, plain.cost);
 }
 
-/// Of a robust computation whose listener gives up at that call.
+/// Expects a robust computation to make no call after the one at which its listener gives up.
 template <typename Compute>
 void ExpectNoCallAfterTheLast(int last, const Compute& compute) {
   SCOPED_TRACE(last);

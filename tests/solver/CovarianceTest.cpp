@@ -17,7 +17,7 @@ CalibrationProblem ProblemOf(const Solution& solution) {
   return {solution.rig, solution.views, solution.estimated, solution.priors};
 }
 
-/// Of parameters from `first` on, the earlier ones known.
+/// The covariance of the parameters from `first` on, the earlier ones known.
 Eigen::MatrixXd DenseCovariance(const Solution& solution, int first = 0) {
   const Eigen::MatrixXd jacobian = unit::DenseJacobian(ProblemOf(solution));
   const Eigen::MatrixXd own = jacobian.rightCols(jacobian.cols() - first);

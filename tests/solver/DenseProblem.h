@@ -13,7 +13,7 @@ namespace unit {
 
 using namespace velmora;
 
-/// Of all points, weighted, and of the priors. Not finite where a point has no pixel.
+/// The weighted residuals of all points and those of the priors. Not finite where a point has no pixel.
 inline Eigen::VectorXd DenseResiduals(const CalibrationProblem& problem) {
   std::vector<double> residuals;
   for (const TargetView& view : problem.views) {

@@ -53,7 +53,7 @@ inline PointPairs ObservedByBoth(const world::Pair& rig, const std::vector<world
   return pairs;
 }
 
-/// The same of random poses.
+/// Observations of random poses.
 inline PointPairs Observed(const world::Pair& rig, int count, std::uint64_t seed, double noise) {
   return ObservedByBoth(rig, world::SampleRigViews(rig, count, seed, Paper()), seed, noise);
 }

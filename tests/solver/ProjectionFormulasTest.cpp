@@ -51,7 +51,7 @@ Pixel Truth(const Values& p, Real X, Real Y, Real Z) {
   return {p[FX] * at[0] + p[CX], p[FY] * at[1] + p[CY]};
 }
 
-/// Of the difference quotient over `step` to both sides.
+/// The difference quotient over `step` to both sides.
 template <typename Function>
 Pixel Slope(const Function& function, Real step) {
   const Pixel more = function(step);

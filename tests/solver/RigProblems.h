@@ -37,7 +37,7 @@ inline Rig TrueRig(const world::Rig& rig, int estimated = CLASSIC_PARAMETERS) {
   return truth;
 }
 
-/// Of the grid's middle, as the solver has its targets.
+/// The grid's points about its middle, as the solver has its targets.
 inline std::vector<cv::Point3d> CentredGrid() {
   std::vector<cv::Point3d> points = PrintedGrid().GridPoints();
   for (cv::Point3d& point : points) point -= PrintedGrid().GridMiddle();
@@ -72,7 +72,7 @@ inline CalibrationProblem TrueProblem(const world::Rig& rig, int shots, double n
   return {TrueRig(rig, estimated), TrueViews(rig, poses, noise, seed), {}, {}};
 }
 
-/// The same of a single camera.
+/// The true problem of a single camera.
 inline CalibrationProblem TrueProblem(const world::Camera& camera, int shots, double noise,
                                       std::uint64_t seed, int estimated = CLASSIC_PARAMETERS) {
   const world::Rig rig = {{world::RigCamera{camera}}};

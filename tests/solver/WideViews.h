@@ -98,8 +98,8 @@ inline PointLists CloseAndSmallViews(const world::Camera& camera, int close, dou
   return views;
 }
 
-/// Of a coordinate of projections, root of the mean square where the views are, after the best turn of the
-/// camera.
+/// The error of a coordinate of projections, root of the mean square where the views are, after the best
+/// rotation of the camera.
 inline double TrueErrorOf(const SparseResult& result, const world::Camera& camera, const PointLists& views) {
   return world::MeanProjectionDistance(camera.lens, world::LensFrom(result.K, result.D), camera.size,
                                        world::CoveredRegion(views), world::Alignment::Rotated)

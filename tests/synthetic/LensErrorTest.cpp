@@ -64,7 +64,8 @@ TEST(LensError, GrowsWithTheDistanceFromTheMiddleForAFocalError) {
   EXPECT_NEAR(distance.max, 4.0, 1e-6);
   EXPECT_GT(distance.mean, 1.8);
   EXPECT_LT(distance.mean, 2.3);
-  // Of a hundredth of the distance from the middle: the sides' squares over twelve, a cell's width wider.
+  // The error is a hundredth of the distance from the middle: the sides' squares over twelve, a cell's width
+  // wider.
   EXPECT_NEAR(distance.rms,
               0.01 * std::sqrt((640.0 * 640.0 * 41.0 / 39.0 + 480.0 * 480.0 * 31.0 / 29.0) / 12.0), 1e-6);
   const ProjectionDistance aligned = MeanProjectionDistance(camera.lens, Changed(camera.lens, 1.01, 0.0, 0.0),

@@ -26,8 +26,8 @@ constexpr int SNAPSHOTS = 10;  ///< nearly as many as there are views: few of th
 
 class Capture : public testing::Test {
  protected:
-  /// Of what will be read, each of another view: so many frames apart as each is shown. On the reader's
-  /// thread, which waits for them.
+  /// Takes snapshots of what will be read, each of another view: as many frames apart as each is shown. On
+  /// the reader's thread, which waits for them.
   void TakeSnapshotsOf(int hold) {
     calibrator_.SetFrameListener([this, hold, apart = 0](const auto&, const auto&) mutable {
       if (++apart >= hold && calibrator_.AddPoints()) apart = 0;

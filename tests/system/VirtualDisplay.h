@@ -29,7 +29,7 @@ class VirtualDisplay {
 
   /// The first window whose title is exactly this; empty when there is none.
   std::string FindWindow(const std::string& title);
-  /// The same, waiting for it.
+  /// Waits for a window and finds it.
   std::string AwaitWindow(const std::string& title);
 
   /// Presses and releases a key in the window. Keys are named as xdotool names them.
@@ -39,7 +39,7 @@ class VirtualDisplay {
   /// asked.
   void CloseWindow(const std::string& window);
 
-  /// Of the window's inside; empty when it is gone.
+  /// The size of the window's inside; empty when it is gone.
   cv::Size SizeOf(const std::string& window);
 
   /// What the window shows; empty when it is gone.

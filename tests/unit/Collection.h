@@ -30,7 +30,7 @@ std::unique_ptr<Calibrator> MakeCalibrator(int kind = Calibrator::MONOCULAR);
 /// A monocular calibrator with the views as snapshots.
 std::unique_ptr<Calibrator> CalibratorWith(const PointLists& views);
 
-/// The same with a classic computation done, on six views.
+/// A calibrator with a classic computation done, on six views.
 std::unique_ptr<Calibrator> CompletedCalibrator();
 
 /// Images of well spread views, rendered once in a process.

@@ -81,7 +81,7 @@ class VELMORA_API Calibrator {
 
   void SetStatus(const int& value);
   int GetStatus();
-  /// The same as GetStatus.
+  /// Returns the status, as GetStatus does.
   int ReadStatus();
   bool isCalibrating();
   /// True from the call of a computation on a thread of its own until it has ended, well or not: from before
@@ -146,9 +146,9 @@ class VELMORA_API Calibrator {
   /// one so long and narrow that filling would need more than 256 million pixels.
   void Resize(const cv::Mat& src, cv::Mat& dst, const bool& fill, const int& interpolation);
 
-  /// The same for a pair of frames of equal size; true when the grid was found in both. The overlay is drawn
-  /// on the left frame only. False without touching anything in a monocular calibrator and during
-  /// STATUS_PROGRESS. Frames of different sizes raise OpenCV's assertion error (-215).
+  /// Searches the grid in a pair of frames of equal size as DetectPoints does; true when it was found in
+  /// both. The overlay is drawn on the left frame only. False without touching anything in a monocular
+  /// calibrator and during STATUS_PROGRESS. Frames of different sizes raise OpenCV's assertion error (-215).
   bool DetectStereoPoints(cv::Mat& left, cv::Mat& right, std::vector<cv::Point2d>& leftPoints,
                           std::vector<cv::Point2d>& rightPoints, const bool& draw);
 
@@ -236,7 +236,8 @@ class VELMORA_API Calibrator {
   /// exception of the solver reaches the caller, and cv::Exception is raised for a result that is not finite;
   /// the status and earlier results are then as before.
   float ComputeCalibration(const int& model);
-  /// The same on a thread of its own. Follow it through the status. A failure is logged.
+  /// Computes as ComputeCalibration does, on a thread of its own. Follow it through the status. A failure is
+  /// logged.
   void ComputeCalibrationMultithread(const int& model);
 
   // ---- Computation of a stereo calibrator. Thread-safe.
@@ -254,7 +255,8 @@ class VELMORA_API Calibrator {
   /// refused; SaveResult and GetPairVerdict go by the lenses that the result was found with.
   float ComputeCalibrationStereo(const std::string& left, const std::string& right, const int& model,
                                  const bool& fromFiles);
-  /// The same from texts on a thread of its own. Follow it through the status. A failure is logged.
+  /// Computes as ComputeCalibrationStereo does, from texts and on a thread of its own. Follow it through the
+  /// status. A failure is logged.
   void ComputeCalibrationStereoMultithread(const std::string& left, const std::string& right,
                                            const int& model);
 

@@ -36,7 +36,7 @@ Outcome Render(const TemporaryFolder& folder, const std::vector<std::string>& ar
   return {exitCode, tool.Errors()};
 }
 
-/// The same for the rig and the scene below.
+/// Renders the rig with the scene below.
 Outcome RenderRig(const TemporaryFolder& folder, const std::vector<std::string>& arguments) {
   std::vector<std::string> all = {"--rig",
                                   "--size",

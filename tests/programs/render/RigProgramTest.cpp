@@ -35,7 +35,7 @@ Outcome Render(const TemporaryFolder& folder, std::vector<std::string> arguments
   return {status, tool.Output(), tool.Errors()};
 }
 
-/// The same of small pictures of a ring of five.
+/// Renders small pictures of a ring of five cameras.
 Outcome RenderRing(const TemporaryFolder& folder, std::vector<std::string> arguments) {
   arguments.insert(arguments.end(),
                    {"--rig", "5", "--ring", "--views", "8", "--size", "160x120", "--noise", "2"});

@@ -12,7 +12,7 @@ void Leak(JNIEnv* env) {
   for (int i = 0; i < REFERENCES; ++i) env->NewStringUTF("kept");
 }
 
-/// The same where no Java method is beneath.
+/// Leaks references on a thread with no Java method beneath.
 void LeakOnAThread(JNIEnv* env) {
   JavaVM* machine = nullptr;
   env->GetJavaVM(&machine);

@@ -14,10 +14,10 @@ namespace velmora {
 /// What the cameras of a rig saw. A view is one position of the target (or of the rig), of which all images
 /// were taken at the same time.
 struct RigRecords {
-  /// Of each view: at least four points of the plane target, at z = 0, in metres.
+  /// The points of each view: at least four of the plane target, at z = 0, in metres.
   std::vector<std::vector<cv::Point3d>> objectPoints;
-  /// Of each camera, of each view: where it saw these points, in pixels (the centre of the top-left pixel is
-  /// (0, 0)), in the same order; an empty list when it did not see the target.
+  /// For each camera and each view, where it observed these points, in pixels (the centre of the top-left
+  /// pixel is (0, 0)), in the same order; an empty list when it did not observe the target.
   std::vector<std::vector<std::vector<cv::Point2d>>> imagePoints;
   std::vector<cv::Size> imageSizes;  ///< of each camera
 };

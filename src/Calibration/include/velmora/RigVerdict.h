@@ -16,7 +16,8 @@ struct VELMORA_API RigVerdict {
 
   Grade grade = Grade::None;
   std::vector<CalibrationVerdict::Remark> remarks;
-  /// Of each camera but the first how it stands to the first: formal, and by leaving out each view in turn.
+  /// The standard deviations of the pose of each camera but the first relative to the first: formal, and by
+  /// leaving out each view in turn.
   std::vector<PairVerdict::Deviations> formal;
   std::vector<PairVerdict::Deviations> jackknife;
   double disagreement =
@@ -25,7 +26,7 @@ struct VELMORA_API RigVerdict {
       disagreements;  ///< views whose images do not show the sheet at the same place
   /// Metres from the sheet's lowest dot to its highest, where its bend moves the result; else 0.
   double sheetBend = 0.0;
-  /// Of each camera's intrinsics; none of them where these were given.
+  /// The verdict on each camera's intrinsics; the list is empty where these were given.
   std::vector<CalibrationVerdict> cameras;
 
   /// The words of the grade, as of a CalibrationVerdict.

@@ -20,7 +20,7 @@ class Registry {
   int Add(std::unique_ptr<Calibrator> calibrator);
   /// Null, with an error line, when there is none of that number.
   std::shared_ptr<Calibrator> Find(int id);
-  /// The same, taken out.
+  /// Takes a calibrator out of the registry; null, with an error line, when there is none of that number.
   std::shared_ptr<Calibrator> Remove(int id);
 
  private:

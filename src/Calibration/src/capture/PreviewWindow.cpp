@@ -58,7 +58,7 @@ class DesktopBackend final : public WindowBackend {
     std::atexit([] { PreviewWindow::Instance().End(PATIENCE_AT_EXIT); });
   }
 
-  // Of the window that there is.
+  // The state of the open window.
   bool shown_ = false;
   bool tended_ = false;
   bool large_ = false;  ///< it shows pictures scaled down

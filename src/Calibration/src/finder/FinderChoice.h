@@ -18,7 +18,7 @@ class FinderChoice {
 
   /// The chosen search. The robust one leaves sizes that it does not take to the default one.
   bool Find(const cv::Mat& frame, const cv::Size& grid, std::vector<cv::Point2d>& points);
-  /// The same in two images side by side; results and exceptions are as if the left one was searched first.
+  /// Searches two images at the same time; results and exceptions are as if the left one was searched first.
   /// True when both hold the grid.
   bool FindBoth(const cv::Mat& left, const cv::Mat& right, const cv::Size& grid,
                 std::vector<cv::Point2d>& leftPoints, std::vector<cv::Point2d>& rightPoints);

@@ -35,7 +35,7 @@ struct GridFinding {
 /// Thread-safe.
 GridFinding SearchGridRobust(const cv::Mat& frame, const cv::Size& patternSize);
 
-/// The same with the signature of the default search. `points` is left empty when nothing is found.
+/// SearchGridRobust with the signature of the default search. `points` is left empty when nothing is found.
 bool FindGridRobust(const cv::Mat& frame, const cv::Size& patternSize, std::vector<cv::Point2d>& points);
 
 /// The fault in words; empty for none.

@@ -21,7 +21,7 @@ struct Observation {
   double Count() const;
 };
 
-/// Of all of them together.
+/// The number of points of all the observations together.
 double CountOf(const std::vector<Observation>& observations);
 
 }  // namespace velmora

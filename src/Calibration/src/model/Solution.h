@@ -100,7 +100,7 @@ double RmsOfImage(const Solution& solution, size_t view, size_t camera);
 
 /// The variance of a coordinate's noise: the cost per degree of freedom, in squared pixels.
 double NoiseVariance(const Solution& solution);
-/// The same for a cost of these views, when so many shared parameters are estimated.
+/// The variance that a cost of these views means when `shared` shared parameters are estimated.
 double NoiseVariance(double cost, const std::vector<TargetView>& views, int shared);
 
 }  // namespace velmora

@@ -160,7 +160,7 @@ CalibrationVerdict::Remark RemarkOnProportions(const SystematicError& error, Cal
           advice};
 }
 
-/// Of the first cause that is one; the reason is empty when there is none.
+/// The remark on a systematic error; the reason is empty when its cause is none after all.
 CalibrationVerdict::Remark RemarkOn(const SystematicError& error, const Solution& solution,
                                     const LargerModelName& larger, CalibrationVerdict& verdict) {
   using Cause = SystematicError::Cause;

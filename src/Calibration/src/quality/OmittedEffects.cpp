@@ -34,8 +34,8 @@ cv::Vec3d ByTarget(const ObservedPoint& observed, const solver::Coordinate& coor
   return observed.rotation.t() * coordinate.byPoint;
 }
 
-/// Of a symmetric positive definite matrix, scaled to a diagonal of ones: the parameters' sizes lie many
-/// orders of magnitude apart.
+/// Solves for a symmetric positive definite matrix, scaled to a diagonal of ones: the parameters' sizes lie
+/// many orders of magnitude apart.
 bool SolveScaled(const Eigen::MatrixXd& matrix, const Eigen::MatrixXd& right, Eigen::MatrixXd& solution) {
   if (!(matrix.diagonal().array() > 0.0).all()) return false;
   const Eigen::VectorXd scale = matrix.diagonal().array().rsqrt();

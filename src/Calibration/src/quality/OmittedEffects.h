@@ -11,7 +11,7 @@ namespace velmora {
 /// Something that the computation took for zero: its own size, and what it does to the rig.
 struct OmittedEffect {
   Eigen::VectorXd values;  ///< its parameters; empty when the views cannot tell
-  /// Of each shared parameter (see LayoutOf): with the effect minus without it, to first order.
+  /// The change of each shared parameter (see LayoutOf): with the effect minus without it, to first order.
   Eigen::VectorXd shift;
   double costReduction = 0.0;  ///< what it would take off the cost, in variances of the noise
   /// Noise alone takes off as much in one of thirty thousand computations.

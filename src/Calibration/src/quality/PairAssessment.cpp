@@ -28,7 +28,7 @@ constexpr double MANY_MOVED = 0.25;  // share of the views
 constexpr double APART = 5.0;        // the median of all views
 constexpr int FEW_VIEWS = 8;
 
-/// Of the right camera, the last one of what all views share.
+/// The standard deviations of the right camera's pose, whose block is the last one of the shared parameters.
 Deviations OfRight(const Eigen::MatrixXd& covariance, const cv::Vec3d& T) {
   return DeviationsOf(covariance, covariance.rows() - POSE_PARAMETERS, T);
 }

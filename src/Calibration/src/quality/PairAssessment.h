@@ -22,8 +22,8 @@ struct PairRecords {
   cv::Size imageSize;  ///< of both cameras; without it nothing is said of their projections
 };
 
-/// Of either solver's result for the records. `pairIntrinsics` are those that belong to R and T. Grade None
-/// without a result. Raises cv::Exception for lists that do not match.
+/// Assesses either solver's result for the records. `pairIntrinsics` are those that belong to R and T. Grade
+/// None without a result. Raises cv::Exception for lists that do not match.
 PairVerdict AssessPair(const PairRecords& records, const StereoIntrinsics& pairIntrinsics, const cv::Mat& R,
                        const cv::Mat& T);
 

@@ -6,7 +6,7 @@
 
 namespace velmora {
 
-/// Of a solution of two cameras or more. Cameras are numbered from 0 in its words.
+/// Assesses a solution of two cameras or more. Cameras are numbered from 0 in its remarks.
 RigVerdict AssessRig(const Solution& solution);
 
 }  // namespace velmora

@@ -13,7 +13,7 @@ struct SheetEffect {
   std::string advice;
 };
 
-/// Of a solution of two cameras or more. The cause that takes most off the residuals counts.
+/// The effect of the sheet on a solution of two cameras or more: of the cause that takes most off the cost.
 SheetEffect EffectOfSheet(const Solution& solution);
 
 }  // namespace velmora

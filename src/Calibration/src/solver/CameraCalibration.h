@@ -18,7 +18,7 @@ Selection SelectedFrom(const std::vector<TargetView>& views, const cv::Size& ima
 Solution CalibrateCamera(const std::vector<TargetView>& views, const cv::Size& imageSize, bool robust,
                          const BundleOptions& options);
 
-/// The same of what was selected before.
+/// Calibrates one camera from views that were selected before.
 Solution CalibrateCamera(const Selection& selection, const cv::Size& imageSize, const BundleOptions& options);
 
 /// Cameras whose intrinsics are known, or (`start.estimated`) nearly known.

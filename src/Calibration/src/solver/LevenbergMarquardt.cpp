@@ -11,7 +11,7 @@ namespace velmora::solver {
 
 namespace {
 
-/// Of a sum of squared residuals, relative.
+/// The relative rounding error of a sum of squared residuals.
 constexpr double ROUNDING = 1e-14;
 
 /// An estimate with its equations.

@@ -40,7 +40,7 @@ class EquationsAssembler {
  public:
   explicit EquationsAssembler(ViewEquations& equations) : equations_(equations), pose_(equations.Own()) {}
 
-  /// Of the camera that the rig's frame is in.
+  /// Adds the equations of the camera that the rig's frame is in.
   void AddFirst(const ObservationEquations& observed, Index intrinsics, Index count) {
     const Products products(observed.products.data());
     const Index residual = count + POSE_PARAMETERS;
@@ -53,7 +53,7 @@ class EquationsAssembler {
         products.row(residual).segment<POSE_PARAMETERS>(count).transpose();
   }
 
-  /// Of another one; `camera` is where its pose in the rig stands, or Layout::FIXED.
+  /// Adds the equations of another camera; `camera` is the column of its pose in the rig, or Layout::FIXED.
   void AddChained(const ObservationEquations& observed, Index intrinsics, Index count, Index camera,
                   const Chain& chain) {
     const Products products(observed.products.data());
@@ -152,7 +152,7 @@ ObservationEquations ObservedBy(const Camera& camera, const Observation& observa
                    : PoseEquationsOf(observation, camera.intrinsics, cameraFromTarget);
 }
 
-/// Of a camera that is the whole rig: its own equations are those of the view.
+/// The equations of a view of a camera that is the whole rig: they are the camera's own.
 void TakeEquationsOfOne(const Observation& observation, const RigidTransform& cameraFromTarget,
                         const Camera& camera, int count, ViewEquations& equations) {
   const ObservationEquations observed = ObservedBy(camera, observation, cameraFromTarget, count);

@@ -12,7 +12,7 @@ using PoseStep = Eigen::Matrix<double, POSE_PARAMETERS, 1>;
 using Coupling = Eigen::Matrix<double, POSE_PARAMETERS, Eigen::Dynamic>;
 using PoseMatrix = Eigen::Matrix<double, POSE_PARAMETERS, POSE_PARAMETERS>;
 
-/// Of one view: the sum over the cameras that saw it, each chained to the rig.
+/// The equations of one view: the sum over the cameras that observed it, each chained to the rig.
 ViewEquations EquationsOf(const TargetView& view, const RigidTransform& rigFromTarget, const Rig& rig,
                           const Layout& layout);
 /// The same, in the memory of earlier equations.
@@ -59,7 +59,8 @@ struct ReducedSystem {
   bool solvable = false;
 };
 
-/// The same for any number of threads: views are summed in their order, a fixed number of them at a time.
+/// The reduced system of all views. It does not depend on the number of threads: views are summed in their
+/// order, a fixed number of them at a time.
 ReducedSystem SystemOf(const std::vector<ViewEquations>& equations, const PriorTerms& priors, double damping,
                        int threads);
 

@@ -29,7 +29,7 @@ struct ObservationEquations {
 ObservationEquations EquationsOf(const Observation& observation, const Intrinsics& intrinsics,
                                  const RigidTransform& cameraFromTarget);
 
-/// The same with known intrinsics: they have no columns.
+/// The equations of an observation with known intrinsics, which have no columns.
 ObservationEquations PoseEquationsOf(const Observation& observation, const Intrinsics& intrinsics,
                                      const RigidTransform& cameraFromTarget);
 

@@ -113,7 +113,7 @@ void CopyDeviations(const Solution& solution, const Target& target, IntrinsicsRe
   }
 }
 
-/// The view without the rejected points. False when all of them were.
+/// The view without its rejected points. False when no point is left.
 bool TakeRejected(const std::vector<Rejected>& rejected, size_t number, TargetView& view) {
   Observation& observation = view.observations.front();
   for (const Rejected& item : rejected) {

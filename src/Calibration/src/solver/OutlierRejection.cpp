@@ -18,10 +18,10 @@ namespace {
 constexpr int ROUNDS = 15;
 constexpr int ITERATIONS_OF_A_ROUND = 30;
 constexpr double CAUCHY = 3.0;  // in standard deviations
-/// Of an image's points: with fewer left it goes. A little more than half, since of a grid in reverse order
-/// 24 of 44 points fit another pose.
+/// The share of an image's points that must be left, or it is rejected. A little more than half, since of a
+/// grid in reverse order 24 of 44 points fit another pose.
 constexpr double ABOUT_HALF = 0.55;
-/// The same where too few views agree.
+/// The share of an image's points that must be left where too few views agree.
 constexpr double HARDLY_ANY = 0.25;
 
 void Weigh(std::vector<TargetView>& views, const Residuals& residuals, double scale) {

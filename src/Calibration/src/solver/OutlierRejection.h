@@ -15,13 +15,13 @@ namespace velmora::solver {
 /// Where too few views would be left to call the others wrong, the selection says so: views then go only when
 /// hardly anything is left of them, and where even that leaves too few, nothing is rejected.
 
-/// Of one camera that nothing is known of: views that are no image of a plane grid go before anything else,
-/// and come back if they fit the camera once it is known. The views have no poses yet. Raises cv::Exception
-/// as StartOf does.
+/// Selects views of one camera of which nothing is known: views that are no image of a plane grid go before
+/// anything else, and come back if they fit the camera once it is known. The views have no poses yet. Raises
+/// cv::Exception as StartOf does.
 Selection Selected(const std::vector<TargetView>& views, const cv::Size& imageSize,
                    const BundleOptions& options);
 
-/// Of a rig that is nearly known.
+/// Selects views and points of a rig that is nearly known.
 Selection Selected(const CalibrationProblem& start, const BundleOptions& options);
 
 }  // namespace velmora::solver

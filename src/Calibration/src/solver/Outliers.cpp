@@ -15,7 +15,7 @@ namespace {
 constexpr double OUTLIER = 4.5;                // in standard deviations
 constexpr double MEDIAN_TO_DEVIATION = 1.177;  // of the distance of two normal coordinates
 constexpr double FEWEST_POINTS = 6;
-/// Of the squared distances from the middle, in the direction in which they are least.
+/// The least share of the squared distances from the middle in the direction in which they are least.
 constexpr double LEAST_SPAN = 0.02;
 
 /// The products of the points' distances from their own middle; weightless points do not count.

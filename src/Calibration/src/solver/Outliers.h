@@ -10,7 +10,7 @@ namespace velmora::solver {
 /// Distances between observed and projected points, pixels: of each view, of each camera, of each point.
 using Residuals = std::vector<std::vector<std::vector<double>>>;
 
-/// Of the views' poses. Infinite for points that are not in front of the camera.
+/// The residuals at the views' poses. Infinite for points that are not in front of the camera.
 Residuals ResidualsOf(const std::vector<TargetView>& views, const Rig& rig);
 
 /// The standard deviation of a coordinate that follows from the median distance: outliers hardly move it.

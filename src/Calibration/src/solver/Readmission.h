@@ -7,7 +7,7 @@
 
 namespace velmora::solver {
 
-/// Of one camera: adds to the selection those of the wholly rejected views whose points the camera projects
+/// Adds to the selection of one camera those of the wholly rejected views whose points the camera projects
 /// near where they were observed, with their poses. `selection.views` have the poses of the estimate. True
 /// when there are such views.
 bool Readmit(const std::vector<TargetView>& views, const Camera& camera, Selection& selection);

@@ -7,8 +7,9 @@
 
 namespace velmora::solver {
 
-/// Of one camera: the views whose points are near those of a homography, once the distortion that all views
-/// share is taken off: others are in a wrong order or no grid at all. Where too few are, all views are kept.
+/// Selects the views of one camera whose points are near those of a homography, once the distortion that all
+/// views share is taken off: others are in a wrong order or no grid at all. Where too few are, all views are
+/// kept.
 Selection Screened(const std::vector<TargetView>& views, const cv::Size& imageSize);
 
 }  // namespace velmora::solver

@@ -14,8 +14,9 @@ namespace velmora {
 struct SparseOptions {
   /// Leave out views and points that do not belong to the camera that the others show.
   bool robust = false;
-  /// Of the target's discs, in the unit of the object points. With it the image points are taken for the
-  /// centroids of the discs' images, which are not the images of their centres; 0 takes them as they are.
+  /// The radius of the target's discs, in the unit of the object points. With it the image points are taken
+  /// for the centroids of the discs' images, which are not the images of their centres; 0 takes them as they
+  /// are.
   double discRadius = 0.0;
   int threads = 0;  ///< 0: as many as pay, for that number of views
   /// Called after each iteration with its number and the RMS in pixels; false gives up.

@@ -24,10 +24,11 @@ struct Target {
 /// with points off the plane z = 0.
 Target TargetOf(const ObjectPoints& objectPoints, const std::vector<ImagePoints>& cameras);
 
-/// Of one camera, which saw every view.
+/// The target of one camera, which observed every view.
 Target TargetOf(const ObjectPoints& objectPoints, const ImagePoints& imagePoints);
 
-/// Of a pair that saw every view. Image points beyond the number of object points are left out.
+/// The target of a pair that observed every view. Image points beyond the number of object points are not
+/// used.
 Target PairTargetOf(const ObjectPoints& objectPoints, const ImagePoints& leftPoints,
                     const ImagePoints& rightPoints);
 
