@@ -241,7 +241,7 @@ void CheckOutputs(const Arguments& arguments) {
 /// The file that could not be written, or an empty text.
 std::string SavePair(Calibrator& calibrator, const PairVerdict& verdict, const common::SeenByPair& seen,
                      const std::string& output, common::OutputFiles& files) {
-  const std::string file = output + ".json";
+  std::string file = output + ".json";
   files.Announce(file);
   if (common::SaveResultFile(calibrator, output).empty()) return file;
   files.Written(file);

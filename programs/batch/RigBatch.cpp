@@ -67,7 +67,7 @@ std::string SavePictures(const velmora::RigVerdict& verdict, const RigViews& vie
   const std::vector<cv::Size> frames = views.Frames();
   const velmora::RigRecords records = views.Records();
   for (size_t i = 0; i < verdict.cameras.size(); ++i) {
-    const std::string unwritten =
+    std::string unwritten =
         common::SavePictureOf(i, verdict.cameras[i], frames[i], records.imagePoints[i], output, files);
     if (!unwritten.empty()) return unwritten;
   }

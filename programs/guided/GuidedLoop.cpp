@@ -186,7 +186,7 @@ GuidedLoop::Step GuidedLoop::Save() {
 
 /// The file that could not be written, or an empty text.
 std::string GuidedLoop::Write(const CalibrationVerdict& verdict, common::OutputFiles& files) {
-  const std::string result = options_.output + ".json";
+  std::string result = options_.output + ".json";
   files.Announce(result);
   if (common::SaveResultFile(calibrator_, options_.output).empty()) return result;
   files.Written(result);
