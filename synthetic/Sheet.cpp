@@ -160,7 +160,8 @@ cv::Mat Sheet::Draw(int background) const {
       if (middle.clearance * STEP < 1.0) {
         sum = 0;
         for (int k = 0; k < FINE * FINE; ++k) {
-          const cv::Point2d point(column + (k % FINE + 0.5) / FINE, row + (k / FINE + 0.5) / FINE);
+          const int line = k / FINE;
+          const cv::Point2d point(column + (k % FINE + 0.5) / FINE, row + (line + 0.5) / FINE);
           sum += levels[static_cast<std::size_t>(At(StepsFromDrawing(point)))];
         }
       }
