@@ -48,6 +48,8 @@ def function_in(statement):
     """The name before the first parenthesis that belongs to a function."""
     if re.match(r"(using|friend|typedef|enum|class|struct)\b", statement) or statement.endswith("= delete"):
         return None
+    if re.search(r"\boperator\b", statement):
+        return None  # of values: they are used like numbers
     for name in re.findall(r"(~?\w+)\s*\(", re.sub(r"@\w+(\([^)]*\))?", "", statement)):
         if name not in NAMELESS:
             return name

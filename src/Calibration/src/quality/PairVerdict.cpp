@@ -59,12 +59,12 @@ std::string PairVerdict::ToJson() const {
   text["left"] = Object(left);
   text["right"] = Object(right);
   text["leftOut"] = nlohmann::json::array();
-  for (const LeftOut& left : leftOut) {
-    text["leftOut"].push_back({{"view", left.view},
-                               {"camera", left.right ? "right" : "left"},
-                               {"point", left.point},
-                               {"residual", Number(left.residual)},
-                               {"reason", left.reason}});
+  for (const LeftOut& item : leftOut) {
+    text["leftOut"].push_back({{"view", item.view},
+                               {"camera", item.right ? "right" : "left"},
+                               {"point", item.point},
+                               {"residual", Number(item.residual)},
+                               {"reason", item.reason}});
   }
   text["sheetBend"] = Number(sheetBend);
   text["remarks"] = nlohmann::json::array();
