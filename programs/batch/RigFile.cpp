@@ -77,7 +77,7 @@ json CameraVerdict(const CalibrationVerdict& verdict) {
 }
 
 json Object(const velmora::RigVerdict& verdict, const std::vector<std::string>& cameras) {
-  json object = {{"grade", verdict.Words()},
+  json object = {{"grade", verdict.ToString()},
                  {"remarks", json::array()},
                  {"formal", json::array()},
                  {"jackknife", json::array()},

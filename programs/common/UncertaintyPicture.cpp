@@ -235,7 +235,7 @@ cv::Mat DrawUncertainty(const CalibrationVerdict& verdict, const cv::Size& frame
   drawing.Points(seen);
   drawing.Lines();
   DrawScale(scale, layout.scale, picture);
-  const std::string usual = "Standard deviation of projections. Verdict: " + verdict.Words();
+  const std::string usual = "Standard deviation of projections. Verdict: " + verdict.ToString();
   Write(picture, title.empty() ? usual : title, {MARGIN, HEAD - 13}, 0.55);
   Write(picture, "dots: circles that were seen    white line: around them    grey: no circles seen",
         {MARGIN, layout.picture.height - 12});

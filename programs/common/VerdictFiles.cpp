@@ -42,7 +42,7 @@ CalibrationVerdict ShownOf(const PairVerdict::Camera& camera) {
 /// Lenses that were held may be better known than the picture tells.
 std::string TitleOf(const std::string& side, const PairVerdict& verdict) {
   return "Standard deviation of projections, " + side + " camera" +
-         (verdict.lensesRefined ? ". Verdict on the pair: " + verdict.Words()
+         (verdict.lensesRefined ? ". Verdict on the pair: " + verdict.ToString()
                                 : ", were it known by these views only");
 }
 
@@ -76,7 +76,7 @@ std::string SavePictureOf(size_t camera, const CalibrationVerdict& verdict, cons
   const std::string number = std::to_string(camera);
   const std::string file = VerdictFiles(name).PictureOf(number);
   const std::string title =
-      "Standard deviation of projections, camera " + number + ". Verdict: " + verdict.Words();
+      "Standard deviation of projections, camera " + number + ". Verdict: " + verdict.ToString();
   return WritePicture(DrawUncertainty(verdict, frame, seen, title), file, files) ? "" : file;
 }
 

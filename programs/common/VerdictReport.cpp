@@ -63,7 +63,7 @@ std::set<size_t> WholeViews(const std::vector<LeftOut>& leftOut) {
 
 std::string VerdictWithoutViews(const CalibrationVerdict& verdict) {
   std::ostringstream text;
-  text << std::fixed << AssessmentText(verdict.Words(), verdict.remarks);
+  text << std::fixed << AssessmentText(verdict.ToString(), verdict.remarks);
   text << std::setprecision(2) << "  Focal length known to " << 100.0 * verdict.focalDeviation
        << " % (from the noise), " << 100.0 * verdict.focalJackknife
        << " % (repeatability when views are left out)\n"
@@ -86,7 +86,7 @@ std::string VerdictTable(const CalibrationVerdict& verdict, const std::vector<st
 }
 
 std::string VerdictTable(const PairVerdict& verdict, const std::vector<std::string>& names) {
-  std::string text = AssessmentText(verdict.Words(), verdict.remarks);
+  std::string text = AssessmentText(verdict.ToString(), verdict.remarks);
   text += "  From the noise: " + DeviationsText(verdict.formal);
   text += "  When views are left out: " + DeviationsText(verdict.jackknife);
   if (!verdict.lensesRefined) {
@@ -104,7 +104,7 @@ std::string VerdictTable(const PairVerdict& verdict, const std::vector<std::stri
 std::string VerdictTable(const velmora::RigResult& result, const RigNames& names) {
   const velmora::RigVerdict& verdict = result.verdict;
   const std::vector<std::string>& cameras = names.cameras;
-  std::string text = WithCameraNames(AssessmentText(verdict.Words(), verdict.remarks), cameras);
+  std::string text = WithCameraNames(AssessmentText(verdict.ToString(), verdict.remarks), cameras);
   for (size_t i = 0; i < verdict.formal.size(); ++i) {
     text += "  " + cameras[i + 1] + " to " + cameras[0] +
             ", from the noise: " + DeviationsText(verdict.formal[i]) +

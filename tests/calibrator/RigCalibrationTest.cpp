@@ -84,7 +84,7 @@ TEST(RigCalibration, FindsThreeCamerasInARow) {
   ExpectTruth(result, Row(), 0.05, 0.0005);
   EXPECT_NEAR(result.rms, NOISE * std::sqrt(2.0), 0.01);
   EXPECT_TRUE(result.leftOut.size() < 20U);
-  EXPECT_EQ(result.verdict.Words(), "good");
+  EXPECT_EQ(result.verdict.ToString(), "good");
 }
 
 TEST(RigCalibration, FindsFiveCamerasInARingOfWhichNoViewIsSeenByAll) {

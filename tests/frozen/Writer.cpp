@@ -47,7 +47,7 @@ void Writer::Camera(Calibrator& calibrator) {
 }
 
 void Writer::Verdict(const CalibrationVerdict& verdict) {
-  Text("verdict", verdict.Words());
+  Text("verdict", verdict.ToString());
   for (size_t i = 0; i < verdict.remarks.size(); ++i) {
     Text("remark." + std::to_string(i), verdict.remarks[i].reason);
   }
@@ -90,7 +90,7 @@ void Writer::Pair(Calibrator& calibrator) {
   Matrix("E", calibrator.GetEssentialMatrix());
   Matrix("F", calibrator.GetFundamentalMatrix());
   const PairVerdict verdict = calibrator.GetPairVerdict();
-  Text("verdict", verdict.Words());
+  Text("verdict", verdict.ToString());
   for (size_t i = 0; i < verdict.remarks.size(); ++i) {
     Text("remark." + std::to_string(i), verdict.remarks[i].reason);
   }

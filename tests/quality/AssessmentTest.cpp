@@ -297,7 +297,7 @@ TEST(Verdict, IsNoneWithoutAResult) {
   EXPECT_EQ(AssessIntrinsics(Targets(6), views, unit::FRAME, {}).grade, Grade::None);
   EXPECT_EQ(AssessIntrinsics(Targets(5), {views.begin(), views.end() - 1}, unit::FRAME, Solve(views)).grade,
             Grade::None);
-  EXPECT_EQ(CalibrationVerdict().Words(), "no result");
+  EXPECT_EQ(CalibrationVerdict().ToString(), "no result");
 }
 
 TEST(Verdict, ComesFromACalibratorWithEitherSolver) {

@@ -317,7 +317,7 @@ TEST(PairVerdict, IsAJsonTextToo) {
   const PairVerdict verdict = AssessedWithRefinedIntrinsics(
       MovedPairs(RigFor(Calibrator::MODEL_CLASSIC), {4}, 0.005), Calibrator::MODEL_CLASSIC);
   const auto text = nlohmann::json::parse(verdict.ToJson());
-  EXPECT_EQ(text["grade"], verdict.Words());
+  EXPECT_EQ(text["grade"], verdict.ToString());
   EXPECT_EQ(text["views"], 12);
   EXPECT_EQ(text["lensesRefined"], true);
   EXPECT_EQ(text["formal"]["rotation"], verdict.formal.rotation);

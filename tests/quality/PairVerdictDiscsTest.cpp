@@ -57,7 +57,7 @@ TEST(PairVerdictWithDiscs, IsThatOfTheImagesOfTheirCentres) {
   expectNear(discs.jackknife, centres.jackknife);
   expectNear(discs.withLenses, centres.withLenses);
   EXPECT_NEAR(discs.disagreement, centres.disagreement, 0.05 * centres.disagreement);
-  EXPECT_EQ(discs.Words(), centres.Words());
+  EXPECT_EQ(discs.ToString(), centres.ToString());
 }
 
 TEST(PairVerdictWithDiscs, TakesWhatIsNotCorrectedForMoreNoise) {

@@ -23,10 +23,10 @@ TEST(VerdictsWords, AreThoseOfTheGrade) {
   for (const auto& [grade, words] : grades) {
     CalibrationVerdict verdict;
     verdict.grade = grade;
-    EXPECT_EQ(verdict.Words(), words);
+    EXPECT_EQ(verdict.ToString(), words);
     PairVerdict pair;
     pair.grade = grade;
-    EXPECT_EQ(pair.Words(), words);
+    EXPECT_EQ(pair.ToString(), words);
     EXPECT_EQ(nlohmann::json::parse(verdict.ToJson())["grade"], words);
     EXPECT_EQ(nlohmann::json::parse(pair.ToJson())["grade"], words);
   }
@@ -140,9 +140,9 @@ TEST(PairVerdict, HasNothingToConsiderOfGoodIntrinsicsOrItsOwn) {
 
 TEST(RigVerdict, HasTheWordsOfItsGrade) {
   velmora::RigVerdict verdict;
-  EXPECT_EQ(verdict.Words(), "no result");
+  EXPECT_EQ(verdict.ToString(), "no result");
   verdict.grade = Grade::WithCare;
-  EXPECT_EQ(verdict.Words(), "usable with care");
+  EXPECT_EQ(verdict.ToString(), "usable with care");
 }
 
 }  // namespace

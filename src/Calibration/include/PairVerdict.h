@@ -72,7 +72,7 @@ struct VELMORA_API PairVerdict {
   void Consider(const CalibrationVerdict& camera, const std::string& side);
 
   /// The words of the grade, as of a CalibrationVerdict.
-  std::string Words() const;
+  std::string ToString() const;
   /// All of it but the maps and hulls as a JSON text.
   std::string ToJson() const;
 };

@@ -50,8 +50,8 @@ struct VELMORA_API CalibrationVerdict {
   /// What projections may be off by where there are data, all in all: the larger of both deviations, and what
   /// is no noise.
   double ExpectedInData() const;
-  /// "good", "usable with care", "worthless" or "no result".
-  std::string Words() const;
+  /// The grade: "good", "usable with care", "worthless" or "no result".
+  std::string ToString() const;
   /// All but the map, with the remarks, as a JSON text.
   std::string ToJson() const;
 };

@@ -30,7 +30,7 @@ struct VELMORA_API RigVerdict {
   std::vector<CalibrationVerdict> cameras;
 
   /// The words of the grade, as of a CalibrationVerdict.
-  std::string Words() const;
+  std::string ToString() const;
 };
 
 }  // namespace velmora

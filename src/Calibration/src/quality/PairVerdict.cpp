@@ -33,19 +33,19 @@ nlohmann::json Object(const PairVerdict::Camera& camera) {
 void PairVerdict::Consider(const CalibrationVerdict& camera, const std::string& side) {
   if (grade == Grade::None || lensesRefined || camera.grade <= Grade::Good) return;
   grade = std::max(grade, camera.grade);
-  remarks.push_back({"The " + side + " camera by itself is " + camera.Words() + ".",
+  remarks.push_back({"The " + side + " camera by itself is " + camera.ToString() + ".",
                      "See its own verdict, and calibrate it again."});
 }
 
-std::string PairVerdict::Words() const {
+std::string PairVerdict::ToString() const {
   CalibrationVerdict verdict;
   verdict.grade = grade;
-  return verdict.Words();
+  return verdict.ToString();
 }
 
 std::string PairVerdict::ToJson() const {
   nlohmann::json text;
-  text["grade"] = Words();
+  text["grade"] = ToString();
   text["views"] = views;
   text["lensesRefined"] = lensesRefined;
   text["formal"] = Object(formal);

@@ -3,10 +3,10 @@
 
 namespace velmora {
 
-std::string RigVerdict::Words() const {
+std::string RigVerdict::ToString() const {
   CalibrationVerdict same;
   same.grade = grade;
-  return same.Words();
+  return same.ToString();
 }
 
 }  // namespace velmora

@@ -18,7 +18,7 @@ double CalibrationVerdict::ExpectedInData() const {
   return std::hypot(std::max(deviationInData, jackknifeInData), systematicInData);
 }
 
-std::string CalibrationVerdict::Words() const {
+std::string CalibrationVerdict::ToString() const {
   switch (grade) {
     case Grade::Good:
       return "good";
@@ -33,7 +33,7 @@ std::string CalibrationVerdict::Words() const {
 
 std::string CalibrationVerdict::ToJson() const {
   nlohmann::json text;
-  text["grade"] = Words();
+  text["grade"] = ToString();
   text["views"] = views;
   text["focalDeviation"] = Number(focalDeviation);
   text["focalJackknife"] = Number(focalJackknife);
