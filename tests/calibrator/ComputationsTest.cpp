@@ -34,7 +34,7 @@ class ComputingOneCamera : public ::testing::Test {
 TEST_F(ComputingOneCamera, PublishesWhatTheSolverFinds) {
   Collect(6);
   const float rms = computations_.ComputeCamera(MODEL_CLASSIC);
-  const Snapshots::Moment now = snapshots_.Now();
+  const Snapshots::Moment now = snapshots_.Current();
   ASSERT_NE(now.result, nullptr);
   EXPECT_EQ(now.rms, rms);
   EXPECT_NEAR(rms, unit::SolveDirectly(unit::NoisyViews(6), 0).rms, 1e-6);
@@ -63,7 +63,7 @@ TEST_F(ComputingOneCamera, TellsTheListenerOfEachIterationAndCanBeCancelled) {
   EXPECT_EQ(unit::PrintedBy([&] { EXPECT_EQ(computations_.ComputeCamera(MODEL_RATIONAL), -1.0F); }),
             "WARN  : The computation was cancelled.\n");
   EXPECT_EQ(told, (std::vector<int>{1, 2}));
-  EXPECT_EQ(snapshots_.Now().result, nullptr);
+  EXPECT_EQ(snapshots_.Current().result, nullptr);
   EXPECT_EQ(snapshots_.Status(), STATUS_READY);
   EXPECT_TRUE(snapshots_.HasFailed());
 }
@@ -86,7 +86,7 @@ TEST_F(ComputingOneCamera, LeavesEverythingAsItWasWhenAListenerThrows) {
   computations_.SetProgressListener([](int, double) { throw 7; });
   EXPECT_THROW(computations_.ComputeCamera(MODEL_CLASSIC), int);
   EXPECT_EQ(snapshots_.Status(), STATUS_COMPLETED);
-  EXPECT_EQ(snapshots_.Now().rms, rms);
+  EXPECT_EQ(snapshots_.Current().rms, rms);
 }
 
 TEST_F(ComputingOneCamera, IsBusyInTheBackgroundUntilTheResultIsThere) {
@@ -131,7 +131,7 @@ TEST_F(ComputingOneCamera, ChoosesAModelWithoutTouchingTheState) {
   Collect(8);
   EXPECT_FALSE(computations_.ChooseModel().candidates.empty());
   EXPECT_EQ(snapshots_.Status(), STATUS_READY);
-  EXPECT_EQ(snapshots_.Now().result, nullptr);
+  EXPECT_EQ(snapshots_.Current().result, nullptr);
 }
 
 class ComputingAPair : public ::testing::Test {
@@ -156,7 +156,7 @@ class ComputingAPair : public ::testing::Test {
 
 TEST_F(ComputingAPair, PublishesWhatTheSolverFinds) {
   const float rms = Compute(unit::LeftResult(), unit::RightResult());
-  const Snapshots::Moment now = snapshots_.Now();
+  const Snapshots::Moment now = snapshots_.Current();
   ASSERT_NE(now.result, nullptr);
   EXPECT_EQ(now.rms, rms);
   EXPECT_LT(cv::norm(now.result->pair.R, unit::SolveDirectly(unit::NoisyPairs(6), unit::RATIONAL_FLAGS).R,
@@ -167,7 +167,7 @@ TEST_F(ComputingAPair, PublishesWhatTheSolverFinds) {
 
 TEST_F(ComputingAPair, KeepsWhatItReadAndRefused) {
   unit::PrintedBy([&] { EXPECT_EQ(Compute(ClassicResult(), unit::RightResult()), -1.0F); });
-  const Snapshots::Moment now = snapshots_.Now();
+  const Snapshots::Moment now = snapshots_.Current();
   EXPECT_EQ(now.result, nullptr);
   ASSERT_TRUE(now.refused.has_value());
   EXPECT_EQ(now.refused->K.at<double>(0, 0), 3.0);
@@ -176,24 +176,24 @@ TEST_F(ComputingAPair, KeepsWhatItReadAndRefused) {
 TEST_F(ComputingAPair, AnswersZeroForWhatCannotBeRead) {
   EXPECT_EQ(unit::PrintedBy([&] { EXPECT_EQ(Compute("no result", unit::RightResult()), 0.0F); }),
             "ERROR : Cannot open file: no result\n");
-  EXPECT_FALSE(snapshots_.Now().refused.has_value());
+  EXPECT_FALSE(snapshots_.Current().refused.has_value());
 }
 
 TEST_F(ComputingAPair, LeavesAnEarlierResultWhenItFails) {
   Compute(unit::LeftResult(), unit::RightResult());
-  const auto earlier = snapshots_.Now().result;
+  const auto earlier = snapshots_.Current().result;
   computations_.Choice().SetSolver(SOLVER_SPARSE);
   computations_.SetProgressListener([](int, double) { throw 7; });
   EXPECT_THROW(Compute(unit::RightResult(), unit::LeftResult()), int);
-  EXPECT_EQ(snapshots_.Now().result, earlier);
-  EXPECT_FALSE(snapshots_.Now().refused.has_value());
+  EXPECT_EQ(snapshots_.Current().result, earlier);
+  EXPECT_FALSE(snapshots_.Current().refused.has_value());
 }
 
 TEST_F(ComputingAPair, KeepsWhatItReadWhenTheFirstComputationFails) {
   computations_.Choice().SetSolver(SOLVER_SPARSE);
   computations_.SetProgressListener([](int, double) { throw 7; });
   EXPECT_THROW(Compute(unit::LeftResult(), unit::RightResult()), int);
-  EXPECT_TRUE(snapshots_.Now().refused.has_value());
+  EXPECT_TRUE(snapshots_.Current().refused.has_value());
 }
 
 }  // namespace

@@ -78,7 +78,7 @@ TEST_F(Collecting, TakesWhatWasJudgedWithTwoFeedersAtOnce) {
   }
   threadGroup.RunToTheEnd();
   ASSERT_TRUE(finished);
-  const auto list = snapshots_.Now().snapshots;
+  const auto list = snapshots_.Current().snapshots;
   ASSERT_EQ(list->Count(), asked.size());
   for (size_t i = 0; i < asked.size(); ++i) {
     const std::vector<cv::Point2d>& taken = list->cameras[0].points[i];

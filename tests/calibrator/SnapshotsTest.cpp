@@ -36,7 +36,7 @@ class OneCamera : public ::testing::Test {
 };
 
 TEST_F(OneCamera, StartWithNothing) {
-  const Snapshots::Moment now = snapshots_.Now();
+  const Snapshots::Moment now = snapshots_.Current();
   EXPECT_EQ(now.status, STATUS_NOT_READY);
   EXPECT_EQ(now.snapshots->Count(), 0U);
   EXPECT_EQ(now.result, nullptr);
@@ -54,7 +54,7 @@ TEST_F(OneCamera, AreReadyWithTheFifth) {
 
 TEST_F(OneCamera, KeepPointsFrameAndTargetOfEach) {
   Collect(2);
-  const auto list = snapshots_.Now().snapshots;
+  const auto list = snapshots_.Current().snapshots;
   ASSERT_EQ(list->cameras.size(), 1U);
   EXPECT_EQ(list->cameras[0].points[1], ViewAt(1).points);
   EXPECT_EQ(list->cameras[0].frames[1].at<uchar>(1, 1), 7);
@@ -63,7 +63,7 @@ TEST_F(OneCamera, KeepPointsFrameAndTargetOfEach) {
 
 TEST_F(OneCamera, LeaveAListThatSomebodyHoldsAsItIs) {
   Collect(2);
-  const auto earlier = snapshots_.Now().snapshots;
+  const auto earlier = snapshots_.Current().snapshots;
   Collect(3);
   snapshots_.Reset();
   EXPECT_EQ(earlier->Count(), 2U);
@@ -92,7 +92,7 @@ TEST_F(OneCamera, AreClosedDuringAComputation) {
   EXPECT_EQ(snapshots_.Begin(), nullptr);
   snapshots_.Reset();
   snapshots_.KeepRefused({});
-  EXPECT_FALSE(snapshots_.Now().refused.has_value());
+  EXPECT_FALSE(snapshots_.Current().refused.has_value());
   EXPECT_EQ(snapshots_.Count(), 5U);
   EXPECT_EQ(computation->Views().Count(), 5U);
 }
@@ -100,7 +100,7 @@ TEST_F(OneCamera, AreClosedDuringAComputation) {
 TEST_F(OneCamera, ArePublishedWithStatusAndRmsAtOnce) {
   Collect(5);
   snapshots_.Begin()->Publish(ResultOfRms(0.25F));
-  const Snapshots::Moment now = snapshots_.Now();
+  const Snapshots::Moment now = snapshots_.Current();
   EXPECT_EQ(now.status, STATUS_COMPLETED);
   ASSERT_NE(now.result, nullptr);
   EXPECT_EQ(now.rms, 0.25F);
@@ -112,7 +112,7 @@ TEST_F(OneCamera, GiveTheStatusBackWhenNothingWasPublished) {
   Collect(5);
   snapshots_.Begin()->Publish(ResultOfRms(0.25F));
   snapshots_.Begin().reset();
-  const Snapshots::Moment now = snapshots_.Now();
+  const Snapshots::Moment now = snapshots_.Current();
   EXPECT_EQ(now.status, STATUS_COMPLETED);
   EXPECT_EQ(now.rms, 0.25F);
   EXPECT_TRUE(snapshots_.HasFailed());
@@ -124,10 +124,10 @@ TEST_F(OneCamera, KeepTheResultButNotItsRmsWhenOneIsAdded) {
   Collect(5);
   snapshots_.Begin()->Publish(ResultOfRms(0.25F));
   AddAt(snapshots_, 9, Snapshots::EarlierRms::Keep);
-  EXPECT_EQ(snapshots_.Now().rms, 0.25F);
+  EXPECT_EQ(snapshots_.Current().rms, 0.25F);
   AddAt(snapshots_, 9);
-  EXPECT_EQ(snapshots_.Now().rms, -1.0F);
-  EXPECT_NE(snapshots_.Now().result, nullptr);
+  EXPECT_EQ(snapshots_.Current().rms, -1.0F);
+  EXPECT_NE(snapshots_.Current().result, nullptr);
   EXPECT_EQ(snapshots_.Status(), STATUS_READY);
 }
 
@@ -147,9 +147,9 @@ TEST_F(OneCamera, KnowRefusedIntrinsicsUntilAResultReplacesThem) {
   StereoIntrinsics read;
   read.K = cv::Mat::eye(3, 3, CV_64F);
   snapshots_.KeepRefused(read);
-  ASSERT_TRUE(snapshots_.Now().refused.has_value());
+  ASSERT_TRUE(snapshots_.Current().refused.has_value());
   snapshots_.Begin()->Publish(ResultOfRms(0.25F));
-  EXPECT_FALSE(snapshots_.Now().refused.has_value());
+  EXPECT_FALSE(snapshots_.Current().refused.has_value());
 }
 
 TEST_F(OneCamera, NoteAComputationThatEndedBeforeItBegan) {
@@ -176,7 +176,7 @@ TEST_F(OneCamera, GoBackToTheBeginning) {
 TEST(SnapshotsOfAPair, SayWhatTheyAreTooFewFor) {
   Snapshots snapshots(TARGET, 2);
   snapshots.Add({ViewAt(1), ViewAt(2)}, Snapshots::EarlierRms::Drop);
-  EXPECT_EQ(snapshots.Now().snapshots->cameras[1].points[0], ViewAt(2).points);
+  EXPECT_EQ(snapshots.Current().snapshots->cameras[1].points[0], ViewAt(2).points);
   EXPECT_EQ(unit::PrintedBy([&] { EXPECT_FALSE(snapshots.RequireEnough()); }),
             "ERROR : Can't compute stereo calibration. At least 5 pictures are needed. Current: 1\n");
 }
@@ -204,7 +204,7 @@ TEST(SnapshotsOfManyThreads, AreWholeAtAnyMoment) {
   });
   threadGroup.Add([&] {
     while (published < 20) {
-      const Snapshots::Moment now = snapshots.Now();
+      const Snapshots::Moment now = snapshots.Current();
       EXPECT_EQ(now.snapshots->cameras[0].points.size(), now.snapshots->Count());
       if (now.result == nullptr) continue;
       EXPECT_EQ(now.rms, static_cast<float>(now.result->snapshots));

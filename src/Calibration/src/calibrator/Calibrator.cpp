@@ -229,7 +229,7 @@ ModelChoice Calibrator::ChooseModel() {
 }
 
 PoseProposal Calibrator::ProposePose(const int& model) {
-  const Snapshots::Moment now = impl_->snapshots.CurrentSettings();
+  const Snapshots::Moment now = impl_->snapshots.Current();
   if (!impl_->IsMonocular() || now.status == STATUS_PROGRESS) return {};
   const SolverSettings chosen = impl_->computations.Choice().Current();
   ProposalSettings settings = {impl_->target, impl_->size, model, GetFinder(), {}};
@@ -339,7 +339,7 @@ double Calibrator::GetBaseline() {
 }
 
 float Calibrator::GetRMS() {
-  const Snapshots::Moment now = impl_->snapshots.CurrentSettings();
+  const Snapshots::Moment now = impl_->snapshots.Current();
   return now.status == STATUS_PROGRESS ? -1.0F : now.rms;
 }
 
@@ -348,7 +348,7 @@ std::string Calibrator::currentDateTime() {
 }
 
 std::string Calibrator::SaveResult(const bool& save, const std::string& path) {
-  const Snapshots::Moment now = impl_->snapshots.CurrentSettings();
+  const Snapshots::Moment now = impl_->snapshots.Current();
   if (now.status == STATUS_PROGRESS) return "";
   if (now.status != STATUS_COMPLETED) {
     Log::error("The calibration process has not been performed yet.");
@@ -367,7 +367,7 @@ std::string Calibrator::GetStatus_QVX() {
 }
 
 void Calibrator::WatchReprojection() {
-  const Snapshots::Moment now = impl_->snapshots.CurrentSettings();
+  const Snapshots::Moment now = impl_->snapshots.Current();
   if (!impl_->IsMonocular() || now.status == STATUS_PROGRESS) return;
   ReviewReprojection(now, impl_->grid, impl_->size);
 }

@@ -73,7 +73,7 @@ OverlayState Calibrator::Impl::Overlay() const {
 
 std::string Calibrator::Impl::StatusText() const {
   // All of one moment: who reads "completed" finds the result beside it.
-  return StatusAnswer(snapshots.CurrentSettings(), Facts());
+  return StatusAnswer(snapshots.Current(), Facts());
 }
 
 size_t Calibrator::Impl::AddSnapshot(const CameraSnapshot& detection) {
@@ -112,13 +112,13 @@ void Calibrator::Impl::DetectIn(CapturedViews& views) {
 }
 
 cv::Mat Calibrator::Impl::ResultOf(int ofKind, const Part& part) const {
-  const Snapshots::Moment now = snapshots.CurrentSettings();
+  const Snapshots::Moment now = snapshots.Current();
   if (kind != ofKind || now.status == STATUS_PROGRESS || now.result == nullptr) return cv::Mat();
   return part(*now.result);
 }
 
 cv::Mat Calibrator::Impl::IntrinsicsOf(cv::Mat StereoIntrinsics::*member) const {
-  const Snapshots::Moment now = snapshots.CurrentSettings();
+  const Snapshots::Moment now = snapshots.Current();
   if (kind != STEREO || now.status == STATUS_PROGRESS) return cv::Mat();
   if (now.refused) return (*now.refused).*member;
   return now.result == nullptr ? cv::Mat() : now.result->intrinsics.*member;

@@ -140,7 +140,7 @@ float Computations::ComputePair(const PairSources& sources, int model) {
   } catch (...) {  // a progress listener may throw anything
     const bool cancelled = WasCancelled(*computation);
     computation.reset();
-    if (snapshots_.CurrentSettings().result == nullptr) snapshots_.KeepRefused(intrinsics);
+    if (snapshots_.Current().result == nullptr) snapshots_.KeepRefused(intrinsics);
     if (!cancelled) throw;
     return -1.0F;
   }
@@ -166,7 +166,7 @@ void Computations::ComputePairInBackground(const PairSources& sources, int model
 }
 
 ModelChoice Computations::ChooseModel() const {
-  const Snapshots::Moment now = snapshots_.CurrentSettings();
+  const Snapshots::Moment now = snapshots_.Current();
   if (snapshots_.CameraCount() != ONE_CAMERA || now.status == STATUS_PROGRESS) return {};
   if (!snapshots_.RequireEnough()) return {};
   SolverSettings settings = choice_.Current();
@@ -176,7 +176,7 @@ ModelChoice Computations::ChooseModel() const {
 }
 
 CalibrationVerdict Computations::AssessCamera() const {
-  const Snapshots::Moment now = snapshots_.CurrentSettings();
+  const Snapshots::Moment now = snapshots_.Current();
   if (snapshots_.CameraCount() != ONE_CAMERA || now.status == STATUS_PROGRESS) return {};
   if (now.result == nullptr) return {};
   return AssessIntrinsics(now.snapshots->target, now.snapshots->cameras.front().points, imageSize_,
@@ -184,7 +184,7 @@ CalibrationVerdict Computations::AssessCamera() const {
 }
 
 PairVerdict Computations::AssessPair() const {
-  const Snapshots::Moment now = snapshots_.CurrentSettings();
+  const Snapshots::Moment now = snapshots_.Current();
   const auto& result = now.result;
   if (snapshots_.CameraCount() != PAIR || now.status == STATUS_PROGRESS || result == nullptr) return {};
   if (result->snapshots != now.snapshots->Count()) return {};

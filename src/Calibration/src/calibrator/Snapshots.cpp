@@ -20,7 +20,7 @@ Snapshots::Snapshots(std::vector<cv::Point3d> target, size_t cameras)
   now_.snapshots = NoSnapshots(cameraCount_);
 }
 
-Snapshots::Moment Snapshots::CurrentSettings() const {
+Snapshots::Moment Snapshots::Current() const {
   const std::lock_guard<std::mutex> lock(lock_);
   return now_;
 }

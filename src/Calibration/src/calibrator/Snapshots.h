@@ -57,7 +57,7 @@ class Snapshots {
   Snapshots(std::vector<cv::Point3d> target, size_t cameras);
 
   size_t CameraCount() const { return cameraCount_; }
-  Moment CurrentSettings() const;
+  Moment Current() const;
   size_t Count() const;
   int Status() const;
   void SetStatus(int status);
