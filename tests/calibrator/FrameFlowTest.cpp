@@ -45,7 +45,7 @@ TEST_F(Flowing, ProcessesAPushedImageInPlaceAndHandsItOn) {
   EXPECT_EQ(image.at<cv::Vec3b>(0, 0), cv::Vec3b(9, 8, 7));
   ASSERT_EQ(audience_.Calls().size(), 1U);
   EXPECT_EQ(audience_.Calls()[0].status, "status 1");
-  EXPECT_EQ(audience_.Calls()[0].Picture().size(), cv::Size(16, 12));
+  EXPECT_EQ(audience_.Calls()[0].Image().size(), cv::Size(16, 12));
 }
 
 TEST_F(Flowing, HandsFramesOnAsTheyAreWhenProcessingIsBypassed) {

@@ -34,9 +34,9 @@ class ImageStreams : public ::testing::Test {
   std::vector<batch::NamedImage> All(const std::vector<std::string>& inputs,
                                      const batch::SamplingOptions& options = {}) {
     batch::ImageStream stream(ExpandInputs(inputs), options);
-    std::vector<batch::NamedImage> inputs;
-    for (batch::NamedImage input; stream.Next(input);) inputs.push_back({input.name, input.image.clone()});
-    return inputs;
+    std::vector<batch::NamedImage> images;
+    for (batch::NamedImage input; stream.Next(input);) images.push_back({input.name, input.image.clone()});
+    return images;
   }
 
   support::TemporaryFolder folder_;
