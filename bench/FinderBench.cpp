@@ -72,6 +72,46 @@ void Slow(benchmark::State& state, const char* name) {
   cv::setNumThreads(-1);
 }
 
+/// The robust search that may answer with parts of grids beside the one that does not.
+void WithParts(benchmark::State& state, const cv::Mat& frame) {
+  cv::setNumThreads(1);
+  PartialGrid part;
+  bench::Ratio().Run(
+      state, [&] { benchmark::DoNotOptimize(SearchGridRobust(frame, GRID, part)); },
+      [&] { benchmark::DoNotOptimize(SearchGridRobust(frame, GRID)); });
+  cv::setNumThreads(-1);
+}
+
+void PartsPhotograph(benchmark::State& state, const char* name) {
+  const cv::Mat frame = cv::imread(std::string(VELMORA_SHARED_DATA) + "/" + name);
+  if (frame.empty()) return state.SkipWithError("no photograph");
+  WithParts(state, frame);
+}
+void PartsRendered(benchmark::State& state) {
+  WithParts(state, bench::GridFrame({640, 480}));
+}
+void PartsNothing(benchmark::State& state) {
+  WithParts(state, bench::EmptyFrame({640, 480}));
+}
+void PartsClutter(benchmark::State& state) {
+  WithParts(state, Blobs(300));
+}
+void PartsNoiseTexture(benchmark::State& state) {
+  WithParts(state, Noise());
+}
+/// What costs most: a sheet that is nearly such a grid, which is looked at closely and refused.
+void PartsOtherSheet(benchmark::State& state) {
+  world::Scene scene;
+  scene.sheet = world::Sheet({4, 10});
+  scene.noise = 2.0;
+  const std::vector<world::Pose> views = world::FrontalViews(scene.camera, 1, scene.sheet);
+  WithParts(state, world::Renderer(scene).Render(views.front()));
+}
+/// And one that is answered.
+void PartsFound(benchmark::State& state) {
+  WithParts(state, bench::GridFrame({640, 480}).colRange(0, 420));
+}
+
 void Rendered(benchmark::State& state) {
   Compare(state, bench::GridFrame({640, 480}));
 }
@@ -97,6 +137,18 @@ BENCHMARK(Rendered)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(RenderedLarge)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(Clutter)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(NoiseTexture)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(PartsPhotograph, whole, "office-4x11/dotboard_close_1.jpg")
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(PartsPhotograph, other, "other-grids/acircles7.png")
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(PartsRendered)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(PartsNothing)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(PartsClutter)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(PartsNoiseTexture)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(PartsOtherSheet)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(PartsFound)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Slow, slow_1, "slow_1")
     ->Args({640, 480})
     ->Args({1280, 720})

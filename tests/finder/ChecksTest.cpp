@@ -146,4 +146,25 @@ TEST(Checks, TellAChessboardFromDiscs) {
   EXPECT_TRUE(finder::IsChessboard(projection, discs, board));
 }
 
+TEST(Checks, SayNothingOfDiscsThatAreMissing) {
+  LabelledDiscs discs = unit::FlatDiscs();
+  for (const size_t k : {0U, 9U, 30U, 43U}) {
+    discs.radii[k] = 0.0;
+    discs.centres[k] = {-1000.0, 5000.0};
+  }
+  const GridProjection projection = PlaneOf(discs);
+  EXPECT_TRUE(finder::FitsProjection(projection, discs));
+  EXPECT_FALSE(finder::IsChessboard(projection, discs, unit::FlatGrid(FLAT_GRID)));
+}
+
+TEST(Checks, CountDiscsAroundTheGrid) {
+  const LabelledDiscs discs = unit::FlatDiscs();
+  std::vector<DiscCandidate> candidates = CandidatesOf(discs);
+  for (const int x : {1, 5}) candidates.push_back({InFlatGrid({x, -1}), FLAT_RADIUS, 5});
+  candidates.push_back({InFlatGrid({3, -1}), 0.5 * FLAT_RADIUS, 5});
+  finder::SearchBudget budget{100000};
+  const finder::CandidateIndex index(candidates, {640, 480});
+  EXPECT_EQ(finder::CountBeyond(PlaneOf(discs), discs, index, budget), 2);
+}
+
 }  // namespace

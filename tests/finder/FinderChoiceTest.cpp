@@ -4,9 +4,12 @@
 #include <atomic>
 #include <thread>
 
+#include "finder/FinderChoice.h"
 #include "finder/FinderScenes.h"
+#include "finder/PartialScenes.h"
 #include "finder/RobustFinder.h"
 #include "finder/StandardFinder.h"
+#include "model/Codes.h"
 #include "unit/Collection.h"
 #include "unit/Scopes.h"
 
@@ -128,6 +131,70 @@ TEST(FinderChoice, CanBeSwitchedWhileFramesAreSearched) {
     std::this_thread::yield();
   }
   searches.join();
+}
+
+/// A frame with a part of the grid.
+cv::Mat PartImage() {
+  return unit::RandomPartialFrame(unit::Lack::OneRow, 1).image;
+}
+
+TEST(FinderChoice, AnswersWithPartsOnlyWhenTheyAreAskedForTwice) {
+  FinderChoice choice;
+  EXPECT_FALSE(choice.GetPartial());
+  choice.Set(FINDER_ROBUST);
+  const cv::Mat image = PartImage();
+  Centres points;
+  PartialGrid part;
+  part.points.resize(3);
+  EXPECT_FALSE(choice.Find(image, unit::GRID, points, part));
+  EXPECT_FALSE(part.Found()) << "switched off";
+  choice.SetPartial(true);
+  EXPECT_TRUE(choice.GetPartial());
+  EXPECT_FALSE(choice.Find(image, unit::GRID, points, part)) << "no whole one";
+  EXPECT_EQ(part.Seen(), 40);
+  EXPECT_TRUE(points.empty());
+  EXPECT_EQ(choice.Fault(), GridFault::PartOutside);
+  EXPECT_FALSE(choice.Find(image, unit::GRID, points)) << "nor for those that ask for whole ones";
+  EXPECT_TRUE(points.empty());
+}
+
+TEST(FinderChoice, HasNoPartsFromTheStandardSearch) {
+  FinderChoice choice;
+  choice.SetPartial(true);
+  Centres points;
+  PartialGrid part;
+  EXPECT_FALSE(choice.Find(PartImage(), unit::GRID, points, part));
+  EXPECT_FALSE(part.Found());
+}
+
+TEST(FinderChoice, AnswersWithThePartOfEitherFrameOfAPair) {
+  FinderChoice choice;
+  choice.Set(FINDER_ROBUST);
+  choice.SetPartial(true);
+  const cv::Mat whole = unit::ImageWithGrid();
+  Centres left;
+  Centres right;
+  PartialGrid leftPart;
+  PartialGrid rightPart;
+  EXPECT_FALSE(choice.FindBoth(whole, PartImage(), unit::GRID, left, right, leftPart, rightPart));
+  EXPECT_EQ(left.size(), 44U);
+  EXPECT_FALSE(leftPart.Found());
+  EXPECT_TRUE(right.empty());
+  EXPECT_EQ(rightPart.Seen(), 40);
+  choice.SetPartial(false);
+  EXPECT_FALSE(choice.FindBoth(PartImage(), whole, unit::GRID, left, right, leftPart, rightPart));
+  EXPECT_FALSE(leftPart.Found() || rightPart.Found());
+}
+
+TEST(FinderChoice, OfPartsNeverReachesACalibratorsOwnDetection) {
+  const auto calibrator = unit::MakeCalibrator();
+  calibrator->SetFinder(Calibrator::FINDER_ROBUST);
+  cv::Mat frame = PartImage();
+  Centres points;
+  EXPECT_FALSE(calibrator->DetectPoints(frame, points, false));
+  EXPECT_TRUE(points.empty());
+  EXPECT_FALSE(calibrator->IsDetected());
+  EXPECT_EQ(calibrator->WhyNotFound(), "part of the grid is outside the picture");
 }
 
 }  // namespace

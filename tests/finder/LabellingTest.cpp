@@ -135,4 +135,37 @@ TEST(Labelling, OfNothingOrASpentBudgetIsNone) {
   EXPECT_TRUE(budget.Spent());
 }
 
+TEST(Labelling, GivesAllWaysThatAreNearlyAsGood) {
+  SearchBudget budget{10000000};
+  // Ten of the eleven rows: the last one or, after half a turn, the first one is missing.
+  const Lattice part = InBase(finder::PatternIndices({4, 10}), {1, 0, -1, -1}, {3, -5});
+  const std::vector<finder::Way> ways = finder::WaysToLabel(part, GRID, 15, 33, 1, budget);
+  ASSERT_EQ(ways.size(), 2U);
+  for (const finder::Way& way : ways) EXPECT_EQ(way.covered, 40);
+  EXPECT_GT(finder::WaysToLabel(part, GRID, 15, 33, 5, budget).size(), 2U);
+  EXPECT_TRUE(finder::WaysToLabel(part, GRID, 15, 41, 5, budget).empty());
+}
+
+TEST(Labelling, LeadsFromThePatternToTheLatticeAndBackInEachWay) {
+  SearchBudget budget{10000000};
+  const Base base = {1, 0, -1, -1};
+  const cv::Point from(3, -5);
+  const Lattice part = InBase(finder::PatternIndices({4, 10}), base, from);
+  for (const finder::Way& way : finder::WaysToLabel(part, GRID, 15, 33, 1, budget)) {
+    const bool turned = way.OnLattice({0, 0}) != from + base.Of({0, 0});
+    for (const cv::Point& gridIndex : finder::PatternIndices(GRID)) {
+      const cv::Point there = turned ? cv::Point(7 - gridIndex.x, 9 - gridIndex.y) : gridIndex;
+      EXPECT_EQ(way.OnLattice(gridIndex), from + base.Of(finder::LatticeIndex(there)));
+      EXPECT_EQ(way.OnPattern(way.OnLattice(gridIndex)), gridIndex);
+    }
+  }
+}
+
+TEST(Labelling, HasNoWaysWithASpentSearchBudget) {
+  SearchBudget budget{100};
+  const Lattice part = InBase(finder::PatternIndices({4, 10}), {1, 0, 0, 1});
+  EXPECT_TRUE(finder::WaysToLabel(part, GRID, 15, 33, 1, budget).empty());
+  EXPECT_TRUE(finder::WaysToLabel({}, GRID, 15, 33, 1, budget).empty());
+}
+
 }  // namespace

@@ -69,16 +69,18 @@ bool RejectOutliers(GridProjection& projection, LabelledDiscs& discs, int atMost
 bool FitsProjection(const GridProjection& projection, const LabelledDiscs& discs) {
   double sum = 0.0;
   for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
+    if (!discs.Has(k)) continue;
     const double step = projection.Step(discs.gridIndices[k]);
     const double off = cv::norm(discs.centres[k] - projection.Project(discs.gridIndices[k])) / step;
     if (!(off < FARTHEST_OFF) || projection.ScaledResidual(discs, k) > OUTLIER + 0.5 / step) return false;
     sum += off * off;
   }
-  return std::sqrt(sum / static_cast<double>(discs.gridIndices.size())) < OFF_TOGETHER;
+  const double known = static_cast<double>(discs.gridIndices.size()) - discs.Missing();
+  return std::sqrt(sum / known) < OFF_TOGETHER;
 }
 
-bool GoesOn(const GridProjection& projection, const LabelledDiscs& discs, const CandidateIndex& index,
-            SearchBudget& budget) {
+int CountBeyond(const GridProjection& projection, const LabelledDiscs& discs, const CandidateIndex& index,
+                SearchBudget& budget) {
   const double radius = discs.MedianRadius();
   const auto isOwn = [&](int k) {
     return std::any_of(discs.centres.begin(), discs.centres.end(), [&](const cv::Point2d& centre) {
@@ -94,13 +96,19 @@ bool GoesOn(const GridProjection& projection, const LabelledDiscs& discs, const 
     });
     if (found >= 0) ++beyond;
   }
-  return beyond > BEYOND_AT_MOST;
+  return beyond;
+}
+
+bool GoesOn(const GridProjection& projection, const LabelledDiscs& discs, const CandidateIndex& index,
+            SearchBudget& budget) {
+  return CountBeyond(projection, discs, index, budget) > BEYOND_AT_MOST;
 }
 
 bool IsChessboard(const GridProjection& projection, const LabelledDiscs& discs, const cv::Mat& grey) {
   std::vector<double> cover;
   std::vector<double> between;
   for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
+    if (!discs.Has(k)) continue;
     const cv::Point2d gridIndex = discs.gridIndices[k];
     const double step = projection.Step(gridIndex);
     cover.push_back(CV_PI * discs.radii[k] * discs.radii[k] / (2.0 * step * step));

@@ -15,12 +15,15 @@ using Centres = std::vector<cv::Point2d>;
 
 static_assert(velmora::FINDER_STANDARD == 0, "a choice starts with the default search");
 
-GridFault Search(int finder, const cv::Mat& frame, const cv::Size& grid, Centres& points, bool& found) {
+/// `part` is null when nobody wants one.
+GridFault Search(int finder, const cv::Mat& frame, const cv::Size& grid, Centres& points, bool& found,
+                 PartialGrid* part) {
   if (finder == velmora::FINDER_STANDARD || !finder::HasOneOrder(grid)) {
     found = FindGridStandard(frame, grid, points);
     return GridFault::None;
   }
-  GridFinding finding = SearchGridRobust(frame, grid);
+  GridFinding finding =
+      part != nullptr ? SearchGridRobust(frame, grid, *part) : SearchGridRobust(frame, grid);
   points = std::move(finding.centres);
   found = finding.Found();
   return finding.fault;
@@ -36,12 +39,35 @@ bool FinderChoice::Set(int finder) {
 
 bool FinderChoice::Find(const cv::Mat& frame, const cv::Size& grid, Centres& points) {
   bool found = false;
-  fault_ = Search(finder_, frame, grid, points, found);
+  fault_ = Search(finder_, frame, grid, points, found, nullptr);
+  return found;
+}
+
+bool FinderChoice::Find(const cv::Mat& frame, const cv::Size& grid, Centres& points, PartialGrid& part) {
+  bool found = false;
+  part = {};
+  fault_ = Search(finder_, frame, grid, points, found, partial_ ? &part : nullptr);
   return found;
 }
 
 bool FinderChoice::FindBoth(const cv::Mat& left, const cv::Mat& right, const cv::Size& grid,
                             Centres& leftPoints, Centres& rightPoints) {
+  return FindPair(left, right, grid, leftPoints, rightPoints, nullptr, nullptr);
+}
+
+bool FinderChoice::FindBoth(const cv::Mat& left, const cv::Mat& right, const cv::Size& grid,
+                            Centres& leftPoints, Centres& rightPoints, PartialGrid& leftPart,
+                            PartialGrid& rightPart) {
+  const bool partial = partial_;
+  leftPart = {};
+  rightPart = {};
+  return FindPair(left, right, grid, leftPoints, rightPoints, partial ? &leftPart : nullptr,
+                  partial ? &rightPart : nullptr);
+}
+
+bool FinderChoice::FindPair(const cv::Mat& left, const cv::Mat& right, const cv::Size& grid,
+                            Centres& leftPoints, Centres& rightPoints, PartialGrid* leftPart,
+                            PartialGrid* rightPart) {
   const int finder = finder_;
   // The search draws random numbers from its thread's generator.
   const std::uint64_t randomState = cv::theRNG().state;
@@ -51,10 +77,10 @@ bool FinderChoice::FindBoth(const cv::Mat& left, const cv::Mat& right, const cv:
   // Without a thread to be had, the second search follows the first.
   auto rightSearch = std::async(std::launch::async | std::launch::deferred, [&] {
     cv::theRNG().state = randomState;
-    return Search(finder, right, grid, ofRight, foundRight);
+    return Search(finder, right, grid, ofRight, foundRight, rightPart);
   });
   bool foundLeft = false;
-  const GridFault leftFault = Search(finder, left, grid, leftPoints, foundLeft);
+  const GridFault leftFault = Search(finder, left, grid, leftPoints, foundLeft, leftPart);
   const GridFault rightFault = rightSearch.get();
   rightPoints = std::move(ofRight);
   fault_ = leftFault != GridFault::None ? leftFault : rightFault;

@@ -16,6 +16,10 @@ class FinderChoice {
   bool Set(int finder);
   int Get() const { return finder_; }
 
+  /// Whether the robust search may answer callers that take parts of grids with some. False at first.
+  void SetPartial(bool partial) { partial_ = partial; }
+  bool GetPartial() const { return partial_; }
+
   /// The chosen search. The robust one leaves sizes that it does not take to the default one.
   bool Find(const cv::Mat& frame, const cv::Size& grid, std::vector<cv::Point2d>& points);
   /// Searches two images at the same time; results and exceptions are as if the left one was searched first.
@@ -23,12 +27,25 @@ class FinderChoice {
   bool FindBoth(const cv::Mat& left, const cv::Mat& right, const cv::Size& grid,
                 std::vector<cv::Point2d>& leftPoints, std::vector<cv::Point2d>& rightPoints);
 
+  /// Find and FindBoth that also give what is seen of a grid that is not found whole. A part is not found
+  /// unless SetPartial allows it, and the robust search is chosen and takes the size. Neither result nor
+  /// points nor fault depend on parts.
+  bool Find(const cv::Mat& frame, const cv::Size& grid, std::vector<cv::Point2d>& points, PartialGrid& part);
+  bool FindBoth(const cv::Mat& left, const cv::Mat& right, const cv::Size& grid,
+                std::vector<cv::Point2d>& leftPoints, std::vector<cv::Point2d>& rightPoints,
+                PartialGrid& leftPart, PartialGrid& rightPart);
+
   /// Why the last search that ended found nothing; None when it found the grid, and after a default one,
   /// which gives no reasons.
   GridFault Fault() const { return fault_; }
 
  private:
+  bool FindPair(const cv::Mat& left, const cv::Mat& right, const cv::Size& grid,
+                std::vector<cv::Point2d>& leftPoints, std::vector<cv::Point2d>& rightPoints,
+                PartialGrid* leftPart, PartialGrid* rightPart);
+
   std::atomic<int> finder_{0};
+  std::atomic<bool> partial_{false};
   std::atomic<GridFault> fault_{GridFault::None};
 };
 

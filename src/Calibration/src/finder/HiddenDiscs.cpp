@@ -105,34 +105,53 @@ DiscState CheckDisc(const GridProjection& projection, const cv::Mat& grey, const
   return DiscState::PutRight;
 }
 
-}  // namespace
+/// What to do about a disc that is partly hidden.
+enum class HiddenPolicy { Refuse, Drop };
 
-bool AreWhole(const GridProjection& flat, const cv::Mat& grey, LabelledDiscs& discs) {
+bool PutRight(const GridProjection& flat, const cv::Mat& grey, LabelledDiscs& discs, HiddenPolicy policy) {
   GridProjection projection = flat;
   std::vector<bool> right(discs.gridIndices.size(), false);
   std::vector<OnceFollowed> rims(discs.gridIndices.size());
   for (int round = 0; round < ROUNDS; ++round) {
     if (!projection.FitDistortion(discs)) return false;
-    std::vector<double> off;
+    std::vector<double> off(discs.gridIndices.size(), 0.0);
+    std::vector<double> ofKnown;
     for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
-      off.push_back(projection.ScaledResidual(discs, k) * projection.Step(discs.gridIndices[k]));
+      if (!discs.Has(k)) continue;
+      off[k] = projection.ScaledResidual(discs, k) * projection.Step(discs.gridIndices[k]);
+      ofKnown.push_back(off[k]);
     }
-    const double usual = Median(off);
+    if (ofKnown.empty()) return false;
+    const double usual = Median(ofKnown);
     const double least = std::max(CLOSE, USUAL * usual);
     const LabelledDiscs before = discs;
     bool moved = false;
     for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
-      if (off[k] < least || right[k]) continue;
+      if (!before.Has(k) || off[k] < least || right[k]) continue;
       const DiscState state = CheckDisc(projection, grey, before, discs, k, off[k], usual, rims[k]);
-      // Later rounds only put right: what is off was assessed among all the others.
-      if (state == DiscState::Hidden && round == 0) return false;
-      if (state != DiscState::PutRight) continue;
+      if (state == DiscState::InPlace) continue;
+      if (state == DiscState::Hidden) {
+        // Later rounds only put right: what is off was assessed among all the others.
+        if (round > 0) continue;
+        if (policy == HiddenPolicy::Refuse) return false;
+        discs.radii[k] = 0.0;
+      }
       right[k] = true;
       moved = true;
     }
     if (!moved) break;
   }
   return true;
+}
+
+}  // namespace
+
+bool AreWhole(const GridProjection& projection, const cv::Mat& grey, LabelledDiscs& discs) {
+  return PutRight(projection, grey, discs, HiddenPolicy::Refuse);
+}
+
+bool DropHidden(const GridProjection& projection, const cv::Mat& grey, LabelledDiscs& discs) {
+  return PutRight(projection, grey, discs, HiddenPolicy::Drop);
 }
 
 }  // namespace velmora::finder

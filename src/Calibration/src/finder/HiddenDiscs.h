@@ -12,4 +12,8 @@ namespace velmora::finder {
 /// is hidden.
 bool AreWhole(const GridProjection& projection, const cv::Mat& grey, LabelledDiscs& discs);
 
+/// AreWhole for grids of which discs may be missing: discs that are partly hidden become missing too. False
+/// when the discs fit no projection.
+bool DropHidden(const GridProjection& projection, const cv::Mat& grey, LabelledDiscs& discs);
+
 }  // namespace velmora::finder

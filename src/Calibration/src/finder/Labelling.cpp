@@ -70,17 +70,22 @@ Range Shifts(int patternFrom, int patternSize, int latticeFrom, int latticeSize)
   return {std::min(low, high) - 1, std::max(low, high) + 1};
 }
 
-}  // namespace
+/// How many grid indices have a candidate; -1 as soon as it is sure that they are fewer than `least`.
+int CountCovered(const CandidateTable& table, const std::vector<cv::Point>& gridIndices,
+                 const cv::Point& shift, int least) {
+  int lacking = static_cast<int>(gridIndices.size()) - least;
+  for (const cv::Point& gridIndex : gridIndices) {
+    if (table.At(gridIndex + shift) < 0 && --lacking < 0) return -1;
+  }
+  return least + lacking;
+}
 
-Labelling LabelPattern(const Lattice& lattice, const cv::Size& grid, int lacking, SearchBudget& budget) {
-  Labelling best;
-  if (lattice.points.empty()) return best;
-  const CandidateTable table(lattice);
-  std::vector<cv::Point> pattern;
-  for (const cv::Point& gridIndex : PatternIndices(grid)) pattern.push_back(LatticeIndex(gridIndex));
+/// Calls `visit(base, shift, covered)` for each way of laying the pattern that covers `least` grid indices.
+/// False when the budget was spent on the way.
+template <typename Visitor>
+bool VisitWays(const Lattice& lattice, const CandidateTable& table, const std::vector<cv::Point>& pattern,
+               int lacking, int least, SearchBudget& budget, Visitor visit) {
   std::vector<cv::Point> turned(pattern.size());
-  Base bestBase = {};
-  cv::Point bestShift;
   // The pattern's own base, (1, 1) and (1, -1), turns against the clock.
   for (const Base& base : Bases(lattice.clockwise ? -1 : 1)) {
     std::transform(pattern.begin(), pattern.end(), turned.begin(),
@@ -92,24 +97,76 @@ Labelling LabelPattern(const Lattice& lattice, const cv::Size& grid, int lacking
     const Range ys = Shifts(box.y, box.height, room.y, room.height);
     for (int y = ys.from; y <= ys.to; ++y) {
       for (int x = xs.from; x <= xs.to; ++x) {
-        if (budget.Spent()) return {};
+        if (budget.Spent()) return false;
         budget.left -= static_cast<int>(turned.size() / 4);
         const cv::Point shift(x, y);
-        const int covered = static_cast<int>(std::count_if(
-            turned.begin(), turned.end(), [&](const cv::Point& p) { return table.At(p + shift) >= 0; }));
-        if (covered > best.covered) {
-          best.secondBest = best.covered;
-          best.covered = covered;
-          bestBase = base;
-          bestShift = shift;
-        } else {
-          best.secondBest = std::max(best.secondBest, covered);
-        }
+        const int covered = CountCovered(table, turned, shift, least);
+        if (covered >= 0) visit(base, shift, covered);
       }
     }
   }
+  return true;
+}
+
+std::vector<cv::Point> LatticeIndices(const cv::Size& grid) {
+  std::vector<cv::Point> pattern;
+  for (const cv::Point& gridIndex : PatternIndices(grid)) pattern.push_back(LatticeIndex(gridIndex));
+  return pattern;
+}
+
+}  // namespace
+
+Labelling LabelPattern(const Lattice& lattice, const cv::Size& grid, int lacking, SearchBudget& budget) {
+  Labelling best;
+  if (lattice.points.empty()) return best;
+  const CandidateTable table(lattice);
+  const std::vector<cv::Point> pattern = LatticeIndices(grid);
+  Base bestBase = {};
+  cv::Point bestShift;
+  const bool all = VisitWays(lattice, table, pattern, lacking, 0, budget,
+                             [&](const Base& base, const cv::Point& shift, int covered) {
+                               if (covered <= best.covered) {
+                                 best.secondBest = std::max(best.secondBest, covered);
+                                 return;
+                               }
+                               best.secondBest = best.covered;
+                               best.covered = covered;
+                               bestBase = base;
+                               bestShift = shift;
+                             });
+  if (!all) return {};
   for (const cv::Point& p : pattern) best.discs.push_back(table.At(Times(bestBase, p) + bestShift));
   return best;
+}
+
+cv::Point Way::OnLattice(const cv::Point& gridIndex) const {
+  return Times(matrix_, LatticeIndex(gridIndex)) + shift_;
+}
+
+cv::Point Way::OnPattern(const cv::Point& latticeIndex) const {
+  const int determinant = matrix_[0] * matrix_[3] - matrix_[1] * matrix_[2];
+  const Base adjugate = {matrix_[3], -matrix_[1], -matrix_[2], matrix_[0]};
+  const cv::Point p = determinant * Times(adjugate, latticeIndex - shift_);
+  return {p.x + p.y, p.x - p.y};
+}
+
+std::vector<Way> WaysToLabel(const Lattice& lattice, const cv::Size& grid, int lacking, int least, int fewer,
+                             SearchBudget& budget) {
+  if (lattice.points.empty()) return {};
+  std::vector<Way> ways;
+  int best = least;
+  const bool all = VisitWays(lattice, CandidateTable(lattice), LatticeIndices(grid), lacking, least, budget,
+                             [&](const Base& base, const cv::Point& shift, int covered) {
+                               if (covered < std::max(least, best - fewer)) return;
+                               ways.emplace_back(base, shift, covered);
+                               best = std::max(best, covered);
+                             });
+  if (!all) return {};
+  const auto tooFew = [&](const Way& way) { return way.covered < best - fewer; };
+  ways.erase(std::remove_if(ways.begin(), ways.end(), tooFew), ways.end());
+  std::stable_sort(ways.begin(), ways.end(),
+                   [](const Way& a, const Way& b) { return a.covered > b.covered; });
+  return ways;
 }
 
 }  // namespace velmora::finder

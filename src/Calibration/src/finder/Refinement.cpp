@@ -50,6 +50,7 @@ bool Recentre(const cv::Mat& grey, DiscWindow& window, double& area) {
 
 void RefineDiscs(const GridProjection& projection, const cv::Mat& grey, LabelledDiscs& discs) {
   for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
+    if (!discs.Has(k)) continue;
     const double radius = discs.radii[k];
     DiscWindow window = WindowOf(projection, discs, k);
     double area = 0.0;

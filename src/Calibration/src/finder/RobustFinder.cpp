@@ -3,12 +3,15 @@
 
 #include <algorithm>
 #include <opencv2/imgproc.hpp>
+#include <set>
+#include <utility>
 
 #include "finder/Checks.h"
 #include "finder/HiddenDiscs.h"
 #include "finder/Labelling.h"
 #include "finder/Lattice.h"
 #include "finder/MissingDiscs.h"
+#include "finder/PartLabelling.h"
 #include "finder/Pattern.h"
 #include "finder/Refinement.h"
 #include "finder/Shape.h"
@@ -26,12 +29,16 @@ constexpr int BUDGET = 300000;
 constexpr double ACCIDENTAL = 0.03;
 /// Discs that are enough of a pattern to speak of its size.
 constexpr int TELLING = 12;
+/// How many lattices are tried as parts of a grid, and the lookups that each may take.
+constexpr size_t PART_TRIALS = 4;
+constexpr int PART_BUDGET = 120000;
 
 /// The search in one grey image of dark discs.
 class DarkSearch {
  public:
-  DarkSearch(const cv::Mat& grey, const cv::Size& grid)
-      : grey_(grey), grid_(grid), gridIndices_(finder::PatternIndices(grid)) {}
+  /// `part`, unless it is null, receives the largest part of a grid that is seen, as long as none is whole.
+  DarkSearch(const cv::Mat& grey, const cv::Size& grid, PartialGrid* part)
+      : grey_(grey), grid_(grid), gridIndices_(finder::PatternIndices(grid)), part_(part) {}
 
   GridFinding Run() {
     const finder::Candidates candidates = finder::FindCandidates(grey_, grid_.area());
@@ -42,7 +49,11 @@ class DarkSearch {
     const finder::CandidateIndex index(candidates.discs, grey_.size());
     budget_.left = BUDGET;
     finder::SearchLattices(index, least, 3 * gridIndices_.size() + 60, budget_,
-                           [&](const finder::Lattice& lattice) { return Accept(lattice, index); });
+                           [&](const finder::Lattice& lattice) {
+                             if (Accept(lattice, index)) return true;
+                             TryAsPart(lattice, index);
+                             return false;
+                           });
     return finding_;
   }
 
@@ -86,6 +97,20 @@ class DarkSearch {
     return true;
   }
 
+  /// The search for whole grids goes on as if there were no parts.
+  void TryAsPart(const finder::Lattice& lattice, const finder::CandidateIndex& index) {
+    const size_t least = static_cast<size_t>(finder::FewestOfPart(grid_));
+    if (part_ == nullptr || lattice.points.size() < least || tried_.size() == PART_TRIALS) return;
+    if (part_->Seen() >= static_cast<int>(lattice.points.size())) return;
+    std::set<int> candidates;
+    for (const finder::LatticePoint& point : lattice.points) candidates.insert(point.candidate);
+    // One lattice grows from many seeds.
+    if (!tried_.insert(std::move(candidates)).second) return;
+    finder::SearchBudget budget{PART_BUDGET};
+    PartialGrid part = finder::CompletePart(lattice, index, grey_, grid_, budget);
+    if (part.Seen() > part_->Seen()) *part_ = std::move(part);
+  }
+
   /// For a pattern that can be laid in several ways: it is too large, or cut, or too small.
   GridFault FaultOfDoubt(const GridProjection& projection, const LabelledDiscs& discs,
                          const finder::Lattice& lattice) const {
@@ -122,7 +147,9 @@ class DarkSearch {
   const std::vector<cv::Point> gridIndices_;
   finder::SearchBudget budget_;
   GridFinding finding_;
-  size_t said_ = 0;  ///< size of the lattice that the fault is of
+  PartialGrid* const part_;
+  std::set<std::set<int>> tried_;  ///< as parts: the lattices' candidates
+  size_t said_ = 0;                ///< size of the lattice that the fault is of
 };
 
 cv::Mat GreyOf(const cv::Mat& frame) {
@@ -132,19 +159,31 @@ cv::Mat GreyOf(const cv::Mat& frame) {
   return grey;
 }
 
-}  // namespace
-
-GridFinding SearchGridRobust(const cv::Mat& frame, const cv::Size& patternSize) {
+/// `part` may be null.
+GridFinding Search(const cv::Mat& frame, const cv::Size& patternSize, PartialGrid* part) {
   GridFinding finding;
   const bool usable = frame.depth() == CV_8U && frame.cols > 8 && frame.rows > 8 &&
                       (frame.channels() == 1 || frame.channels() == 3 || frame.channels() == 4);
   if (!usable || !finder::HasOneOrder(patternSize)) return finding;
   const cv::Mat grey = GreyOf(frame);
-  finding = DarkSearch(grey, patternSize).Run();
+  finding = DarkSearch(grey, patternSize, part).Run();
   if (finding.Found()) return finding;
   const cv::Mat inverted = 255 - grey;
-  const GridFinding light = DarkSearch(inverted, patternSize).Run();
+  const GridFinding light = DarkSearch(inverted, patternSize, part).Run();
   return light.Found() ? light : finding;
+}
+
+}  // namespace
+
+GridFinding SearchGridRobust(const cv::Mat& frame, const cv::Size& patternSize) {
+  return Search(frame, patternSize, nullptr);
+}
+
+GridFinding SearchGridRobust(const cv::Mat& frame, const cv::Size& patternSize, PartialGrid& part) {
+  part = {};
+  GridFinding finding = Search(frame, patternSize, &part);
+  if (finding.Found()) part = {};
+  return finding;
 }
 
 bool FindGridRobust(const cv::Mat& frame, const cv::Size& patternSize, std::vector<cv::Point2d>& points) {

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "finder/PartialGrid.h"
+
 namespace velmora {
 
 /// Why a search found no grid.
@@ -34,6 +36,11 @@ struct GridFinding {
 /// The work is bounded for any frame, and so are the answers: the same frame always gives the same.
 /// Thread-safe.
 GridFinding SearchGridRobust(const cv::Mat& frame, const cv::Size& patternSize);
+
+/// SearchGridRobust that, when there is no whole grid, also looks for a part of one. `part` is not found when
+/// too little is seen of the grid, or when it is not sure which of its discs are seen. The finding is the
+/// same.
+GridFinding SearchGridRobust(const cv::Mat& frame, const cv::Size& patternSize, PartialGrid& part);
 
 /// SearchGridRobust with the signature of the default search. `points` is left empty when nothing is found.
 bool FindGridRobust(const cv::Mat& frame, const cv::Size& patternSize, std::vector<cv::Point2d>& points);
