@@ -3,6 +3,7 @@
 
 #include <dlfcn.h>
 
+#include <condition_variable>
 #include <future>
 #include <memory>
 #include <mutex>
@@ -57,9 +58,40 @@ void Keep(void* connection) {
 /// One connection at a time: the library reads the file of the display's keys into memory that all threads
 /// share. It does so before it speaks to the server, so that whoever has not had its turn by then may go on
 /// beside one that waits for a silent server.
+class Turn {
+ public:
+  /// Waits for it, but not longer than the reading of a file takes.
+  Turn() {
+    std::unique_lock<std::mutex> locked(Shared().lock);
+    mine_ = Shared().free.wait_for(locked, READING_TIME, [] { return !Shared().taken; });
+    if (mine_) Shared().taken = true;
+  }
+  ~Turn() {
+    if (!mine_) return;
+    const std::lock_guard<std::mutex> locked(Shared().lock);
+    Shared().taken = false;
+    Shared().free.notify_one();
+  }
+  Turn(const Turn&) = delete;
+  Turn& operator=(const Turn&) = delete;
+
+ private:
+  struct State {
+    std::mutex lock;
+    std::condition_variable free;
+    bool taken = false;
+  };
+  /// Never destroyed, as the library.
+  static State& Shared() {
+    static auto* const state = new State;
+    return *state;
+  }
+
+  bool mine_ = false;
+};
+
 void* Connect(const std::string& display) {
-  static auto* const turn = new std::timed_mutex;
-  const std::unique_lock<std::timed_mutex> mine(*turn, READING_TIME);
+  const Turn turn;
   return Library().connect(display.c_str(), nullptr);
 }
 
