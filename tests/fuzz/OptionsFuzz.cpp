@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "common/Sources.h"
 #include "velmora/Options.h"
 #include "velmora/Selection.h"
-#include "common/Sources.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   std::istringstream lines(std::string(reinterpret_cast<const char*>(data), size));

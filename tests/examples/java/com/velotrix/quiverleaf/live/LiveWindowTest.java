@@ -38,8 +38,8 @@ class LiveWindowTest {
   @Test
   void a_video_leads_by_the_assistant_to_a_saved_result() throws Exception {
     Path output = folder.resolve("camera.json");
-    try (UiRobot user = new UiRobot("--file", relative(FOOTAGE.resolve("poses.avi")), "--poses", POSES, "--output",
-             output.toString())) {
+    try (UiRobot user = new UiRobot("--file", relative(FOOTAGE.resolve("poses.avi")), "--poses", POSES,
+             "--output", output.toString())) {
       user.press("assistant");
       assertTrue(user.sees("message", "Bring the sheet to the drawn one, 12 times."));
       user.press("start");
@@ -57,8 +57,8 @@ class LiveWindowTest {
   @ValueSource(strings = {"base64", "nv21"})
   void pictures_of_a_folder_are_pushed_and_calibrated_by_hand(String format) throws Exception {
     Path output = folder.resolve("camera.json");
-    try (UiRobot user = new UiRobot("--folder", FOOTAGE.resolve("views").toString(), "--push", format, "--output",
-             output.toString())) {
+    try (UiRobot user = new UiRobot("--folder", FOOTAGE.resolve("views").toString(), "--push", format,
+             "--output", output.toString())) {
       user.press("start");
       assertTrue(UiRobot.await(() -> {
         user.press("snapshot");
