@@ -118,7 +118,7 @@ ProjectionUncertainty::ProjectionUncertainty(const Intrinsics& intrinsics, const
   cells_.insert(cells_.end(), outside.Cells().begin(), outside.Cells().end());
   byIntrinsics_.resize(2 * static_cast<Eigen::Index>(cells_.size()), intrinsics.estimated);
   byIntrinsics_ << inside.ByIntrinsics(), outside.ByIntrinsics();
-  if (inArea_ == 0) return;
+  if (inArea_ == 0 || intrinsics.estimated == 0) return;
   // The rotation that makes up best, in the area, for a change of each parameter.
   const RowMatrix byRotation = inside.ByRotation();
   const Eigen::LLT<Eigen::Matrix3d> cholesky(byRotation.transpose() * byRotation);
