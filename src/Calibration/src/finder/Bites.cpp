@@ -8,6 +8,7 @@
 #include "finder/Grey.h"
 #include "finder/Sights.h"
 #include "finder/Surroundings.h"
+#include "foundation/Median.h"
 
 namespace velmora::finder {
 
@@ -32,12 +33,6 @@ constexpr double UNEVEN = 0.1;
 constexpr double CLOSE = 0.1;
 constexpr double USUAL = 4.0;
 
-double Median(std::vector<double> values) {
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
-}
-
 /// The mean darkness along a stretch in a direction from the middle, steps; `otherwise` beyond the image.
 double DarknessAlong(const cv::Mat& grey, const ExpectedDisc& disc, const Tones& tones,
                      const cv::Vec2d& direction, double from, double to, double otherwise) {
@@ -60,8 +55,8 @@ bool AreEven(const std::vector<double>& values, double expected) {
   for (size_t k = 0; k < values.size(); ++k) {
     changes.push_back(std::abs(values[k] - values[(k + 1) % values.size()]));
   }
-  const double middle = Median(values);
-  const double most = std::min(UNLIKE, UNEVEN + 3.0 * Median(changes));
+  const double middle = MedianOf(values);
+  const double most = std::min(UNLIKE, UNEVEN + 3.0 * MedianOf(changes));
   return std::abs(middle - expected) <= UNLIKE &&
          std::all_of(values.begin(), values.end(),
                      [&](double value) { return std::abs(value - middle) <= most; });
@@ -118,7 +113,7 @@ size_t FarthestOff(const GridProjection& projection, const LabelledDiscs& discs,
     off[k] = projection.ScaledResidual(discs, k) * projection.Step(discs.gridIndices[k]);
     ofKnown.push_back(off[k]);
   }
-  double most = ofKnown.empty() ? 0.0 : std::max(CLOSE, USUAL * Median(ofKnown));
+  double most = ofKnown.empty() ? 0.0 : std::max(CLOSE, USUAL * MedianOf(ofKnown));
   size_t farthest = discs.gridIndices.size();
   for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
     const cv::Point& gridIndex = discs.gridIndices[k];

@@ -7,6 +7,7 @@
 
 #include "finder/Rim.h"
 #include "finder/Surroundings.h"
+#include "foundation/Median.h"
 
 namespace velmora::finder {
 
@@ -32,12 +33,6 @@ constexpr double UNSURE = 0.7;
 constexpr double UNSURE_RADII = 0.06;
 /// Discs put right show others, which they had pulled the projection away from.
 constexpr int ROUNDS = 3;
-
-double Median(std::vector<double> values) {
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
-}
 
 enum class DiscState { InPlace, PutRight, Hidden };
 
@@ -122,7 +117,7 @@ bool PutRight(const GridProjection& flat, const cv::Mat& grey, LabelledDiscs& di
       ofKnown.push_back(off[k]);
     }
     if (ofKnown.empty()) return false;
-    const double usual = Median(ofKnown);
+    const double usual = MedianOf(ofKnown);
     const double least = std::max(CLOSE, USUAL * usual);
     const LabelledDiscs before = discs;
     bool moved = false;
