@@ -17,9 +17,10 @@ struct PairRecords {
   std::vector<std::vector<cv::Point2d>> rightPoints;
   int model = 0;
   bool lensesRefined = false;
-  double discRadius = 0.0;                   ///< that of the computation
-  std::shared_ptr<const Solution> solution;  ///< that of the computation, where this engine's solver made it
-  cv::Size imageSize;  ///< of both cameras; without it nothing is said of their projections
+  double discRadius = 0.0;  ///< that of the computation
+  std::shared_ptr<const Solution>
+      solution{};        ///< that of the computation, where this engine's solver made it
+  cv::Size imageSize{};  ///< of both cameras; without it nothing is said of their projections
 };
 
 /// Assesses either solver's result for the records. `pairIntrinsics` are those that belong to R and T. Grade
