@@ -19,7 +19,7 @@ class ComputingOneCamera : public ::testing::Test {
  protected:
   void Collect(int count) {
     for (const auto& points : unit::NoisyViews(count)) {
-      snapshots_.Add({{points, cv::Mat()}}, Snapshots::EarlierRms::Drop);
+      snapshots_.Add({{points, cv::Mat(), {}}}, Snapshots::EarlierRms::Drop);
     }
   }
 
@@ -139,7 +139,8 @@ class ComputingAPair : public ::testing::Test {
   void SetUp() override {
     const unit::PointPairs pairs = unit::NoisyPairs(6);
     for (size_t i = 0; i < pairs.left.size(); ++i) {
-      snapshots_.Add({{pairs.left[i], cv::Mat()}, {pairs.right[i], cv::Mat()}}, Snapshots::EarlierRms::Drop);
+      snapshots_.Add({{pairs.left[i], cv::Mat(), {}}, {pairs.right[i], cv::Mat(), {}}},
+                     Snapshots::EarlierRms::Drop);
     }
   }
   float Compute(const std::string& left, const std::string& right) {

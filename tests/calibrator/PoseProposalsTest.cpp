@@ -17,6 +17,7 @@ SnapshotList ListOf(const unit::PointLists& views) {
   list.target.assign(views.size(), MakeObjectTemplate(unit::GRID, unit::UNIT));
   list.cameras[0].points = views;
   list.cameras[0].frames.resize(views.size());
+  list.cameras[0].weights.resize(views.size());
   return list;
 }
 

@@ -133,6 +133,88 @@ TEST(RigCalibration, LeavesOutWhatWasSpoilt) {
   EXPECT_EQ(result.views[5].rms[1], -1.0);
 }
 
+/// The rows from the last to the first, as if counted from the other end.
+void CountRowsFromTheOtherEnd(std::vector<cv::Point2d>& image) {
+  std::reverse(image.begin(), image.end());
+  for (auto row = image.begin(); row != image.end(); row += unit::GRID.width) {
+    std::reverse(row, row + unit::GRID.width);
+  }
+}
+
+TEST(RigCalibration, PutsImagesRightThatWereCountedFromTheOtherEnd) {
+  const world::Rig rig = Row();
+  RigRecords records = RecordsOf(rig, 30);
+  RigOptions options;
+  options.model = Calibrator::MODEL_CLASSIC;
+  const RigResult expected = velmora::CalibrateRig(records, options);
+  ASSERT_FALSE(records.imagePoints[1][5].empty());
+  CountRowsFromTheOtherEnd(records.imagePoints[1][5]);
+  const RigResult result = velmora::CalibrateRig(records, options);
+  ASSERT_EQ(result.recounted.size(), 1U);
+  EXPECT_EQ(result.recounted[0].view, 5U);
+  EXPECT_EQ(result.recounted[0].camera, 1U);
+  EXPECT_EQ(result.leftOut.size(), expected.leftOut.size());
+  EXPECT_NEAR(result.rms, expected.rms, 1e-9);
+  for (size_t i = 1; i < rig.cameras.size(); ++i) {
+    EXPECT_LT(cv::norm(result.cameras[i].T - expected.cameras[i].T), 1e-7);
+  }
+}
+
+TEST(RigCalibration, TakesWhatEachCameraSawOfTheTarget) {
+  const world::Rig rig = Row();
+  RigRecords records = RecordsOf(rig, 30);
+  RigOptions options;
+  options.model = Calibrator::MODEL_CLASSIC;
+  records.weights.resize(records.imagePoints.size());
+  records.weights[1].resize(records.objectPoints.size());
+  // The bottom row beyond the border, where the points are anywhere.
+  for (size_t view = 0; view < records.objectPoints.size(); ++view) {
+    auto& points = records.imagePoints[1][view];
+    if (points.empty() || view % 2 == 0) continue;
+    records.weights[1][view].assign(points.size(), 1.0);
+    for (size_t k = points.size() - 4; k < points.size(); ++k) {
+      records.weights[1][view][k] = 0.0;
+      points[k] = {-500.0, 3.0};
+    }
+  }
+  auto& spoilt = records.imagePoints[1][5];
+  ASSERT_FALSE(records.weights[1][5].empty());
+  // Without the first row: numbers of what is left out are still those of the whole target.
+  for (size_t k = 0; k < 4; ++k) records.weights[1][5][k] = 0.0;
+  spoilt[7] += cv::Point2d(9.0, -4.0);
+  const RigResult result = velmora::CalibrateRig(records, options);
+  ExpectTruth(result, rig, 0.2, 0.002);
+  ASSERT_EQ(result.leftOut.size(), 1U);
+  EXPECT_EQ(result.leftOut[0].view, 5U);
+  EXPECT_EQ(result.leftOut[0].camera, 1U);
+  EXPECT_EQ(result.leftOut[0].point, 7);
+}
+
+TEST(RigCalibration, RaisesForWeightsThatDoNotMatch) {
+  const RigRecords right = RecordsOf(Row(), 15);
+  const auto raises = [&](auto change, const std::string& words) {
+    RigRecords records = right;
+    records.weights.resize(records.imagePoints.size());
+    records.weights[0].resize(records.objectPoints.size());
+    ASSERT_FALSE(records.imagePoints[0][4].empty());
+    records.weights[0][4].assign(records.imagePoints[0][4].size(), 1.0);
+    change(records.weights);
+    try {
+      velmora::CalibrateRig(records, {});
+      ADD_FAILURE() << words;
+    } catch (const cv::Exception& fault) {
+      EXPECT_NE(fault.err.find(words), std::string::npos) << fault.err;
+    }
+  };
+  using Weights = std::vector<std::vector<std::vector<double>>>;
+  raises([](Weights& w) { w.pop_back(); }, "give all or none");
+  raises([](Weights& w) { w[0].pop_back(); }, "The weights of camera 0 are of");
+  raises([](Weights& w) { w[0][4].pop_back(); }, "There are 43 weights of camera 0 in view 4, and 44 points");
+  raises([](Weights& w) { w[0][4][3] = 0.5; }, "A weight of camera 0 in view 4 is neither 0 nor 1");
+  raises([](Weights& w) { std::fill(w[0][4].begin() + 3, w[0][4].end(), 0.0); },
+         "Fewer than four points of camera 0");
+}
+
 TEST(RigCalibration, NamesACameraThatIsLinkedToNone) {
   RigRecords records = RecordsOf(Ring(), 40);
   for (size_t view = 0; view < records.objectPoints.size(); ++view) {

@@ -13,7 +13,7 @@ namespace {
 const std::vector<cv::Point3d> TARGET = {{0, 0, 0}, {0.04, 0, 0}, {0.02, 0.02, 0}};
 
 CameraSnapshot ViewAt(double x) {
-  return {{{x, 1.0}, {x, 2.0}, {x, 3.0}}, cv::Mat(2, 2, CV_8UC1, cv::Scalar(7))};
+  return {{{x, 1.0}, {x, 2.0}, {x, 3.0}}, cv::Mat(2, 2, CV_8UC1, cv::Scalar(7)), {}};
 }
 
 size_t AddAt(Snapshots& snapshots, double x, Snapshots::EarlierRms earlier = Snapshots::EarlierRms::Drop) {

@@ -165,8 +165,9 @@ TEST(OmittedEffectsOfARig, ShiftTheRationalModelsParametersAsTheKnownShapeDoes) 
   const world::Rig rig = unit::RigFor(Calibrator::MODEL_RATIONAL);
   const Solution solution = SolutionOf(rig, bent, Fixed::Nothing, 5, 0.01, RATIONAL_PARAMETERS);
   const OmittedEffect bend = OmittedBend(solution);
-  // Along the valley of the coefficients residuals curve the cost about as much as derivatives do.
-  ExpectShift(solution, bend, BentBy(bend), 0.1);
+  // Along the valley of the coefficients residuals curve the cost about as much as derivatives do,
+  // and so does the smooth curve.
+  ExpectShift(solution, bend, BentBy(bend), 0.12);
 }
 
 TEST(OmittedEffectsOfARig, AreTheSameBesideTheMinimum) {

@@ -53,18 +53,64 @@ TEST(Verdict, HasAllItsNumbersInItsJson) {
   verdict.systematicInData = 0.05;
   verdict.sheetBend = 0.06;
   verdict.sheetStretch = -0.07;
+  verdict.poses = 6;
+  verdict.printError = 0.0001;
+  verdict.movedWhileRead = 0.0004;
+  verdict.focalChange = 0.011;
+  verdict.principalPointChange = {1.5, -2.5};
+  verdict.changedAfter = 3;
+  verdict.principalPointDeviation = 0.6;
+  verdict.imageWithoutRay = 0.02;
   verdict.deviationInImage = 0.08;
   verdict.coverage = 0.09;
+  verdict.covariance = (cv::Mat_<double>(2, 2) << 4.0, 1.0, 1.0, 9.0);
+  verdict.jackknifeCovariance = (cv::Mat_<double>(1, 1) << 16.0);
   verdict.remarks = {{"a reason", "an advice"}, {"another", "one more"}};
   verdict.leftOut = {{3, 5, 1.5, "far off"}, {4, -1, UNKNOWN, "no grid"}};
   const auto text = nlohmann::json::parse(verdict.ToJson());
   EXPECT_EQ(text, nlohmann::json::parse(R"({
-    "grade": "no result", "views": 7, "focalDeviation": 0.01, "focalJackknife": 0.02,
+    "grade": "no result", "views": 7, "poses": 6, "focalDeviation": 0.01, "focalJackknife": 0.02,
     "deviationInData": 0.03, "jackknifeInData": 0.04, "systematicInData": 0.05, "sheetBend": 0.06,
-    "sheetStretch": -0.07, "deviationInImage": 0.08, "coverage": 0.09,
+    "sheetStretch": -0.07, "deviationInImage": 0.08, "coverage": 0.09, "printError": 0.0001,
+    "movedWhileRead": 0.0004, "focalChange": 0.011, "principalPointChange": [1.5, -2.5], "changedAfter": 3,
+    "principalPointDeviation": 0.6, "imageWithoutRay": 0.02,
+    "covariance": [[4.0, 1.0], [1.0, 9.0]], "jackknifeCovariance": [[16.0]],
     "remarks": [{"reason": "a reason", "advice": "an advice"}, {"reason": "another", "advice": "one more"}],
     "leftOut": [{"view": 3, "point": 5, "residual": 1.5, "reason": "far off"},
                 {"view": 4, "point": -1, "residual": null, "reason": "no grid"}]})"));
+}
+
+TEST(Verdict, IsReadBackFromItsJson) {
+  CalibrationVerdict verdict;
+  verdict.grade = Grade::WithCare;
+  verdict.views = 7;
+  verdict.changedAfter = 3;
+  verdict.focalJackknife = UNKNOWN;
+  verdict.coverage = 0.5;
+  verdict.principalPointChange = {1.5, -2.5};
+  verdict.covariance = (cv::Mat_<double>(2, 2) << 4.0, 1.0, 1.0, 9.0);
+  verdict.remarks = {{"a reason", "an advice"}};
+  verdict.leftOut = {{4, -1, UNKNOWN, "no grid"}};
+  const CalibrationVerdict read = CalibrationVerdict::FromJson(verdict.ToJson());
+  EXPECT_EQ(read.ToJson(), verdict.ToJson());
+  EXPECT_EQ(read.focalJackknife, UNKNOWN);
+  EXPECT_EQ(cv::norm(read.covariance, verdict.covariance), 0.0);
+  EXPECT_TRUE(read.jackknifeCovariance.empty());
+}
+
+TEST(Verdict, IsNotReadFromOtherTexts) {
+  const std::string text = CalibrationVerdict().ToJson();
+  const auto other = [&](const std::string& from, const std::string& to) {
+    const size_t place = text.find(from);
+    EXPECT_NE(place, std::string::npos) << from;
+    return std::string(text).replace(place, from.size(), to);
+  };
+  for (const std::string& wrong :
+       {std::string(), std::string("{}"), std::string("[1]"), text.substr(0, text.size() / 2),
+        other("\"no result\"", "\"splendid\""), other("\"views\":0", "\"views\":\"none\""),
+        other("\"covariance\":[]", "\"covariance\":[[1.0, 2.0]]")}) {
+    EXPECT_THROW(CalibrationVerdict::FromJson(wrong), std::invalid_argument) << wrong;
+  }
 }
 
 TEST(Verdict, HasNullInItsJsonForWhatIsUnknown) {
@@ -82,7 +128,10 @@ TEST(PairVerdict, HasAllItsNumbersInItsJson) {
   PairVerdict verdict;
   verdict.grade = Grade::WithCare;
   verdict.views = 9;
+  verdict.poses = 8;
   verdict.lensesRefined = true;
+  verdict.lensesKnown = true;
+  verdict.recounted = {{5, false}, {6, true}};
   verdict.formal = {0.1, 0.2, 0.3};
   verdict.jackknife = {0.4, 0.5, UNKNOWN};
   verdict.withLenses = {0.7, 0.8, 0.9};
@@ -94,7 +143,8 @@ TEST(PairVerdict, HasAllItsNumbersInItsJson) {
   verdict.right = {0.375, {-1.0, UNKNOWN, 2.0}, 1.4, UNKNOWN, 0.5, {}, {}};
   verdict.remarks = {{"a reason", "an advice"}};
   EXPECT_EQ(nlohmann::json::parse(verdict.ToJson()), nlohmann::json::parse(R"({
-    "grade": "usable with care", "views": 9, "lensesRefined": true, "sheetBend": 0.0015,
+    "grade": "usable with care", "views": 9, "poses": 8, "lensesRefined": true, "lensesKnown": true,
+    "recounted": [{"view": 5, "camera": "left"}, {"view": 6, "camera": "right"}], "sheetBend": 0.0015,
     "leftOut": [{"view": 3, "camera": "left", "point": 7, "residual": 2.5, "reason": "far"},
                 {"view": 4, "camera": "right", "point": -1, "residual": null, "reason": "wrong"}],
     "formal": {"rotation": 0.1, "baseline": 0.2, "direction": 0.3},

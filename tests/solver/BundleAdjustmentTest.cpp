@@ -99,7 +99,7 @@ TEST(BundleAdjustment, OfTheLargerModelsKeepsRigsWithoutPolesAndNearTheTruth) {
   ASSERT_EQ(solution.priors.size(), 3U);
   ExpectCamerasNear(solution.rig, truth.rig, 0.05, 0.0005);
   for (size_t i = 0; i < 3; ++i) {
-    EXPECT_GT(solution.priors[i][K4], 0.0);
+    EXPECT_GT(solution.priors[i].pulls[K4], 0.0);
     EXPECT_EQ(solution.rig.cameras[i].intrinsics.estimated, RATIONAL_PARAMETERS);
     EXPECT_TRUE(solver::IsFreeOfPoles(solution.rig.cameras[i].intrinsics, unit::FRAME));
   }

@@ -33,7 +33,8 @@ inline Eigen::VectorXd DenseResiduals(const CalibrationProblem& problem) {
   const Layout layout = LayoutOf(problem.rig, problem.estimated);
   for (size_t i = 0; i < problem.priors.size(); ++i) {
     for (size_t k = 0; k < static_cast<size_t>(layout.cameras[i].count); ++k) {
-      residuals.push_back(std::sqrt(problem.priors[i][k]) * problem.rig.cameras[i].intrinsics.values[k]);
+      residuals.push_back(std::sqrt(problem.priors[i].pulls[k]) *
+                          problem.rig.cameras[i].intrinsics.values[k]);
     }
   }
   return Eigen::Map<Eigen::VectorXd>(residuals.data(), static_cast<Eigen::Index>(residuals.size()));

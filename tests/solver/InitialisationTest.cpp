@@ -52,6 +52,20 @@ TEST(Initialisation, FindsTheCameraOfExactViews) {
   }
 }
 
+TEST(Initialisation, TellsFocalLengthsOfSqueezedPixelsApart) {
+  const world::Camera camera = world::CameraFromFieldOfView(unit::FRAME, 62.0);
+  for (const double squeeze : {0.25, 0.5, 2.0, 4.0}) {
+    std::vector<TargetView> views = ExactViews(camera, 6);
+    for (TargetView& view : views) {
+      for (cv::Point2d& pixel : view.observations.front().image) pixel.x = (pixel.x + 0.5) * squeeze - 0.5;
+    }
+    const cv::Size image(static_cast<int>(unit::FRAME.width * squeeze), unit::FRAME.height);
+    const Intrinsics intrinsics = solver::StartOf(views, image).rig.cameras.front().intrinsics;
+    EXPECT_NEAR(intrinsics.values[FX], squeeze * camera.lens.K()(0, 0), 1.0) << squeeze;
+    EXPECT_NEAR(intrinsics.values[FY], camera.lens.K()(1, 1), 1.0) << squeeze;
+  }
+}
+
 TEST(Initialisation, TakesUsualIntrinsicsWhereFrontalViewsTellNothing) {
   const world::Camera camera = world::CameraFromFieldOfView(unit::FRAME, 62.0);
   Observation view;

@@ -162,7 +162,11 @@ TEST_P(NormalEquations, AreReducedToTheSchurComplement) {
     const Layout layout = LayoutOf(problem.rig, problem.estimated);
     if (layout.shared == 0) continue;
     std::vector<Prior> priors(GetParam());
-    for (Prior& prior : priors) prior.fill(7.0);
+    for (Prior& prior : priors) {
+      prior.pulls.fill(7.0);
+      prior.smoothness = 1e-3;
+      prior.angle = 0.4;
+    }
     const solver::PriorTerms terms = solver::PriorTermsOf(priors, problem.rig, layout);
     Whole whole = Assembled(equations, layout.shared);
     const Index poses = whole.gradient.size() - layout.shared;
@@ -170,10 +174,9 @@ TEST_P(NormalEquations, AreReducedToTheSchurComplement) {
     const Eigen::MatrixXd coupling = whole.matrix.topRightCorner(layout.shared, poses);
     const Eigen::MatrixXd inverse = unit::DenseInverse(whole.matrix.bottomRightCorner(poses, poses));
     Eigen::MatrixXd expected = whole.matrix.topLeftCorner(layout.shared, layout.shared);
-    expected += Eigen::MatrixXd(terms.strengths.asDiagonal()) - coupling * inverse * coupling.transpose();
-    const Eigen::VectorXd gradient = whole.gradient.head(layout.shared) +
-                                     terms.strengths.cwiseProduct(terms.values) -
-                                     coupling * inverse * whole.gradient.tail(poses);
+    expected += terms.matrix - coupling * inverse * coupling.transpose();
+    const Eigen::VectorXd gradient =
+        whole.gradient.head(layout.shared) + terms.gradient - coupling * inverse * whole.gradient.tail(poses);
     for (const int threads : {1, 3}) {
       const solver::ReducedSystem system = solver::SystemOf(equations, terms, DAMPING, threads);
       ASSERT_TRUE(system.solvable);
@@ -305,14 +308,39 @@ TEST(NormalEquationsOfRigs, AreNotSolvableWhereOneViewDeterminesNoPose) {
 TEST(PriorTerms, AreThoseOfWhatIsEstimated) {
   const Rig rig = SomeRig(2);
   std::vector<Prior> priors(2);
-  priors[1][K4] = 3.0;
+  priors[1].pulls[K4] = 3.0;
   const solver::PriorTerms terms = solver::PriorTermsOf(priors, rig, LayoutOf(rig, {}));
   const double value = rig.cameras[1].intrinsics.values[K4];
-  EXPECT_EQ(terms.strengths(CLASSIC_PARAMETERS + K4), 3.0);
-  EXPECT_EQ(terms.strengths.sum(), 3.0);
-  EXPECT_EQ(terms.values(CLASSIC_PARAMETERS + K4), value);
-  EXPECT_DOUBLE_EQ(terms.Cost(), 3.0 * value * value);
-  EXPECT_EQ(solver::PriorTermsOf(priors, rig, LayoutOf(rig, {false, true})).Cost(), 0.0);
+  EXPECT_EQ(terms.matrix(CLASSIC_PARAMETERS + K4, CLASSIC_PARAMETERS + K4), 3.0);
+  EXPECT_EQ(terms.matrix.sum(), 3.0);
+  EXPECT_DOUBLE_EQ(terms.gradient(CLASSIC_PARAMETERS + K4), 3.0 * value);
+  EXPECT_DOUBLE_EQ(terms.gradient.sum(), 3.0 * value);
+  EXPECT_DOUBLE_EQ(terms.cost, 3.0 * value * value);
+  EXPECT_EQ(solver::PriorTermsOf(priors, rig, LayoutOf(rig, {false, true})).cost, 0.0);
+}
+
+TEST(PriorTerms, OfASmoothCurveHaveTheSlopeOfTheirCost) {
+  Rig rig = SomeRig(2);
+  Intrinsics& intrinsics = rig.cameras[1].intrinsics;
+  intrinsics.estimated = RATIONAL_PARAMETERS;
+  std::vector<Prior> priors(2);
+  priors[1].smoothness = 3.0;
+  priors[1].angle = 1.1;
+  const Layout layout = LayoutOf(rig, {});
+  const solver::PriorTerms terms = solver::PriorTermsOf(priors, rig, layout);
+  EXPECT_GT(terms.cost, 0.0);
+  EXPECT_EQ(terms.matrix, terms.matrix.transpose());
+  for (int k = 0; k < layout.cameras[1].count; ++k) {
+    constexpr double STEP = 1e-6;
+    double& value = intrinsics.values[static_cast<size_t>(k)];
+    value += STEP;
+    const double after = solver::PriorTermsOf(priors, rig, layout).cost;
+    value -= 2.0 * STEP;
+    const double before = solver::PriorTermsOf(priors, rig, layout).cost;
+    value += STEP;
+    const double slope = terms.gradient(layout.cameras[1].intrinsics + k);
+    EXPECT_NEAR((after - before) / (4.0 * STEP), slope, 1e-5 * terms.gradient.cwiseAbs().maxCoeff()) << k;
+  }
 }
 
 }  // namespace

@@ -121,7 +121,7 @@ TEST(OpenCvMatrices, OfASolutionLeadToItAgain) {
     // The pixels were corrected for a camera that then moved a little.
     EXPECT_NEAR(back.cost, solution.cost, 1e-3 * solution.cost) << model;
     EXPECT_EQ(back.views[6].observations[0].weights, solution.views[6].observations[0].weights);
-    EXPECT_EQ(back.priors[0][K4] > 0.0, model != MODEL_CLASSIC);
+    EXPECT_EQ(back.priors[0].pulls[K4] > 0.0, model != MODEL_CLASSIC);
   }
 }
 

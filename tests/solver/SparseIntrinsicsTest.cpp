@@ -14,6 +14,7 @@
 #include "solver/NoisyViews.h"
 #include "solver/OpenCvMatrices.h"
 #include "solver/WeakPrior.h"
+#include "solver/WideViews.h"
 #include "unit/Collection.h"
 
 using namespace velmora;
@@ -141,6 +142,33 @@ TEST(SparseIntrinsics, OfTheLargerModelsAreNearTheTruthAndHaveNoPoles) {
       EXPECT_FALSE(HasPoles(result));
       EXPECT_LT(cv::norm(result.D, cv::NORM_INF), 20.0) << result.D;
     }
+  }
+}
+
+/// Of the rational model, from 20 views of a fisheye: over the whole image, corners
+/// without data included.
+double ErrorInImage(const world::Camera& camera, std::uint64_t seed) {
+  const unit::PointLists views = unit::NoisyViews(camera, 20, seed);
+  const IntrinsicsResult result = Sparse(views, MODEL_RATIONAL);
+  const unit::PointLists image = {{{0.0, 0.0}, {639.0, 0.0}, {639.0, 479.0}, {0.0, 479.0}}};
+  return world::MeanProjectionDistance(camera.lens, world::LensFrom(result.K, result.D), unit::FRAME,
+                                       world::CoveredRegion(image), world::Alignment::Rotated)
+      .rms;
+}
+
+TEST(SparseIntrinsics, OfFisheyesAreRightOutsideTheDataToo) {
+  const struct {
+    double degrees;
+    double most;
+  } LENSES[] = {{110.0, 0.3}, {120.0, 0.4}};
+  for (const auto& lens : LENSES) {
+    std::vector<double> errors;
+    for (std::uint64_t seed = 1; seed <= 7; ++seed) {
+      errors.push_back(ErrorInImage(unit::EquidistantCamera(lens.degrees), seed));
+    }
+    std::sort(errors.begin(), errors.end());
+    EXPECT_LT(errors[errors.size() / 2], lens.most) << lens.degrees;
+    EXPECT_LT(errors.back(), 3.0 * lens.most) << lens.degrees;
   }
 }
 

@@ -16,7 +16,7 @@ std::vector<std::vector<cv::Point3d>> Targets(size_t count) {
   return std::vector<std::vector<cv::Point3d>>(count, MakeObjectTemplate(unit::GRID, unit::UNIT));
 }
 
-TEST(Target, IsCentredAndInSinglePrecision) {
+TEST(Target, IsCentredAndHasItsPixelsInSinglePrecision) {
   const auto views = unit::NoisyViews(2);
   const solver::Target target = solver::TargetOf(Targets(2), views);
   cv::Point3d sum;
@@ -25,6 +25,18 @@ TEST(Target, IsCentredAndInSinglePrecision) {
   EXPECT_NEAR(target.middles[1][0], 3.5 * static_cast<double>(unit::UNIT), 0.1);
   EXPECT_EQ(target.views[1].observations[0].image[3].x,
             static_cast<double>(static_cast<float>(views[1][3].x)));
+}
+
+TEST(Target, FarFromItsOriginIsTheSameTarget) {
+  const auto views = unit::NoisyViews(1);
+  auto far = Targets(1);
+  for (cv::Point3d& point : far.front()) point += cv::Point3d(1e5, -1e5, 0.0);
+  const auto near = solver::TargetOf(Targets(1), views).views[0].observations[0].object;
+  const solver::Target target = solver::TargetOf(far, views);
+  EXPECT_NEAR(target.middles[0][0], 1e5 + 3.5 * static_cast<double>(unit::UNIT), 0.1);
+  for (size_t k = 0; k < near.size(); ++k) {
+    EXPECT_LT(cv::norm(target.views[0].observations[0].object[k] - near[k]), 1e-9);
+  }
 }
 
 TEST(Target, RaisesForRecordsThatNoCameraHas) {

@@ -40,27 +40,47 @@ TEST(Poles, AreThoseOfAnyOfTheThreeCoefficients) {
 }
 
 TEST(WeakPrior, PullsAtWhatTheClassicModelHasNot) {
-  const Prior prior = solver::PriorFor(0.7, 0.01, 1.0);
-  for (size_t i = 0; i < prior.size(); ++i) EXPECT_EQ(prior[i] > 0.0, i >= CLASSIC_PARAMETERS) << i;
+  const Prior prior = solver::PriorFor({0.7, 0.7}, 0.01, 1.0);
+  for (size_t i = 0; i < prior.pulls.size(); ++i) {
+    EXPECT_EQ(prior.pulls[i] > 0.0, i >= CLASSIC_PARAMETERS) << i;
+  }
 }
 
 TEST(WeakPrior, LetsTheDenominatorChangeByHalfAtTheRimOfTheData) {
-  const Prior prior = solver::PriorFor(0.7, 0.01, 1.0);
+  const Prior prior = solver::PriorFor({0.5, 0.7}, 0.01, 1.0);
   for (int i = 0; i < 3; ++i) {
-    const double atRim = 0.5 / std::pow(0.7, 2.0 * (i + 1));
-    EXPECT_NEAR(prior[static_cast<size_t>(K4 + i)], 0.01 / (atRim * atRim), 1e-12);
+    const double atRim = 0.5 / std::pow(0.5, 2.0 * (i + 1));
+    EXPECT_NEAR(prior.pulls[static_cast<size_t>(K4 + i)], 0.01 / (atRim * atRim), 1e-12);
   }
-  EXPECT_NEAR(prior[S1], 0.01 / std::pow(0.01 / 0.49, 2.0), 1e-9);
-  EXPECT_NEAR(prior[S4], 0.01 / std::pow(0.01 / (0.49 * 0.49), 2.0), 1e-9);
-  EXPECT_NEAR(prior[TAU_Y], 0.01 / (0.02 * 0.02), 1e-9);
+  EXPECT_NEAR(prior.pulls[S1], 0.01 / std::pow(0.01 / 0.25, 2.0), 1e-9);
+  EXPECT_NEAR(prior.pulls[S4], 0.01 / std::pow(0.01 / (0.25 * 0.25), 2.0), 1e-9);
+  EXPECT_NEAR(prior.pulls[TAU_Y], 0.01 / (0.02 * 0.02), 1e-9);
 }
 
-TEST(WeakPrior, IsStrengthenedForTheDenominatorAlone) {
-  const Prior once = solver::PriorFor(0.7, 0.01, 1.0);
-  const Prior strong = solver::PriorFor(0.7, 0.01, 9.0);
-  for (size_t i = 0; i < once.size(); ++i) {
-    EXPECT_NEAR(strong[i], (i >= K4 && i <= K6 ? 9.0 : 1.0) * once[i], 1e-12 * strong[i]) << i;
+TEST(WeakPrior, LetsTheDenominatorOfFisheyesBeWhatItIsWhateverTheRim) {
+  const Prior wide = solver::PriorFor({2.0, 1.2}, 0.01, 1.0);
+  const Prior wider = solver::PriorFor({4.0, 1.3}, 0.01, 1.0);
+  EXPECT_NEAR(wide.pulls[K4], 0.01, 1e-9);
+  for (size_t i = K4; i <= K6; ++i) EXPECT_EQ(wider.pulls[i], wide.pulls[i]) << i;
+}
+
+TEST(WeakPrior, AsksForSmoothCurvesOfWideLenses) {
+  EXPECT_EQ(solver::PriorFor({0.6, 0.7}, 0.01, 1.0).smoothness, 0.0);
+  const Prior middle = solver::PriorFor({0.8, 0.875}, 0.01, 1.0);
+  const Prior wide = solver::PriorFor({2.0, 1.2}, 0.01, 1.0);
+  EXPECT_GT(wide.smoothness, 0.0);
+  EXPECT_NEAR(middle.smoothness, 0.5 * wide.smoothness, 1e-12);
+  EXPECT_EQ(wide.angle, 1.2);
+}
+
+TEST(WeakPrior, IsStrengthenedForTheDenominatorAndTheCurveAlone) {
+  const Prior once = solver::PriorFor({0.7, 1.2}, 0.01, 1.0);
+  const Prior strong = solver::PriorFor({0.7, 1.2}, 0.01, 9.0);
+  for (size_t i = 0; i < once.pulls.size(); ++i) {
+    EXPECT_NEAR(strong.pulls[i], (i >= K4 && i <= K6 ? 9.0 : 1.0) * once.pulls[i], 1e-12 * strong.pulls[i])
+        << i;
   }
+  EXPECT_NEAR(strong.smoothness, 81.0 * once.smoothness, 1e-9);
 }
 
 TEST(DataRadius, IsThatOfTheOutermostPointThatTheCameraObserved) {

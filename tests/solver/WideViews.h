@@ -2,6 +2,7 @@
 /// fill the image beside ones that are far away.
 #pragma once
 
+#include <Eigen/QR>
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -30,6 +31,29 @@ inline world::Camera WideCamera(double degrees, const std::vector<double>& D) {
 /// Nearly atan(r) / r, as fisheyes have it.
 inline world::Camera FisheyeCamera(double degrees) {
   return WideCamera(degrees, {4.0 / 15.0, 0.0, 0.0008, -0.0006, 0.0, 3.0 / 5.0, 0.0, 0.0});
+}
+
+/// A fisheye that images rays at distances that grow evenly with their angle: its six coefficients are fitted
+/// to that up to 78 degrees, where they are right to a thousandth of a pixel.
+inline world::Camera EquidistantCamera(double degrees) {
+  constexpr int RAYS = 400;
+  Eigen::MatrixXd rows(RAYS, 6);
+  Eigen::VectorXd right(RAYS);
+  Eigen::VectorXd k = Eigen::VectorXd::Zero(6);
+  for (int round = 0; round < 30; ++round) {
+    for (int i = 0; i < RAYS; ++i) {
+      const double angle = 78.0 * CV_PI / 180.0 * (i + 1) / RAYS;
+      const double r = std::tan(angle);
+      const double s = r * r;
+      const double weight = 1.0 / (1.0 + s * (k(3) + s * (k(4) + s * k(5))));
+      rows.row(i) << r * s, r * s * s, r * s * s * s, -angle * s, -angle * s * s, -angle * s * s * s;
+      rows.row(i) *= weight;
+      right(i) = weight * (angle - r);
+    }
+    const Eigen::VectorXd sizes = rows.colwise().norm();
+    k = (rows * sizes.cwiseInverse().asDiagonal()).colPivHouseholderQr().solve(right).cwiseQuotient(sizes);
+  }
+  return WideCamera(degrees, {k(0), k(1), 0.0, 0.0, k(2), k(3), k(4), k(5)});
 }
 
 /// The centroid of a disc's image, by many rim points.

@@ -117,6 +117,12 @@ class VELMORA_API Calibrator {
   /// it was found, and after standard searches.
   std::string WhyNotFound();
 
+  /// Whether DetectPartial may find, and AddPoints with weights may take, parts of grids: those of which
+  /// three quarters of the circles can be seen (see docs/finder.md). False at first. Nothing else depends on
+  /// it: no other function ever finds a part. Snapshots that are there stay.
+  void SetPartialGrids(const bool& partial);
+  bool GetPartialGrids();
+
   // ---- Assistant. Thread-safe.
 
   /// Replaces the assistant by a new one that is started with the model file (see CalibAssistant::Start).
@@ -140,6 +146,16 @@ class VELMORA_API Calibrator {
   /// error line for one that is not of 8 bits and 1, 3 or 4 channels.
   bool DetectPoints(cv::Mat& frame, std::vector<cv::Point2d>& points, const bool& draw);
 
+  /// Searches the grid as DetectPoints does, without the assistant's part in it, and if it is not found
+  /// whole, a part of it: with the robust finder, where SetPartialGrids allows it. True when either was
+  /// found; `points` then receives a point of each circle, row by row, and `weights` 1 for those that are
+  /// seen, 0 for those that are not, whose points are where they would be; both are empty otherwise. With
+  /// `draw` the centres that are seen are drawn, and the overlay. A whole grid is the last detection
+  /// afterwards; a part is not (IsDetected is false), and becomes a snapshot by AddPoints with its weights
+  /// alone.
+  bool DetectPartial(cv::Mat& frame, std::vector<cv::Point2d>& points, std::vector<double>& weights,
+                     const bool& draw);
+
   /// Brings `src` to the processing size into `dst` (which may be the same matrix). With `fill` the image is
   /// scaled by the larger factor and the overflow cut away evenly; otherwise the aspect ratio is ignored.
   /// `dst` owns continuous data of its own afterwards. A `src` without data leaves `dst` untouched, as does
@@ -160,6 +176,12 @@ class VELMORA_API Calibrator {
   /// Adds a snapshot from centres supplied by the caller, who is trusted to pass all of them in the order of
   /// the grid search, paired with the frame of the last detection.
   void AddPoints(const std::vector<cv::Point2d>& points);
+  /// Adds a snapshot of the grid or a part of it, as DetectPartial gives them: a finite point and a weight, 1
+  /// or 0, of each circle, at least three quarters of them 1; paired with the frame of the last detection.
+  /// Computations, verdicts and errors are of the points of weight 1 alone. False with an error line for
+  /// anything else, and for a part unless SetPartialGrids allows it; false during STATUS_PROGRESS and in a
+  /// stereo calibrator. Parts are not recorded as poses, nor are they seen by an assistant.
+  bool AddPoints(const std::vector<cv::Point2d>& points, const std::vector<double>& weights);
   /// Detects and, without an assistant (which decides by itself), adds. Always true.
   bool AddPoints(cv::Mat& frame, const bool& draw);
 
@@ -172,6 +194,10 @@ class VELMORA_API Calibrator {
   /// the grid search, paired with the frames of the last detection. Earlier results keep their RMS.
   void AddStereoPoints(const std::vector<cv::Point2d>& leftPoints,
                        const std::vector<cv::Point2d>& rightPoints);
+  /// Adds a snapshot of which one camera or both see a part of the grid, as AddPoints with weights does. The
+  /// circles that both see are used, which must be three quarters of them. Earlier results keep their RMS.
+  bool AddStereoPoints(const std::vector<cv::Point2d>& leftPoints, const std::vector<double>& leftWeights,
+                       const std::vector<cv::Point2d>& rightPoints, const std::vector<double>& rightWeights);
   /// Detects and adds; true when a snapshot was added. With `draw` the corners are drawn, without overlay and
   /// mirroring. Frames of different sizes raise OpenCV's assertion error (-215).
   bool AddStereoPoints(cv::Mat& left, cv::Mat& right, const bool& draw);
@@ -216,6 +242,10 @@ class VELMORA_API Calibrator {
   /// computation, and after snapshots were added to those that the result is of. Takes milliseconds, changes
   /// nothing. Raises cv::Exception for snapshots of which no pose can be found.
   PairVerdict GetPairVerdict();
+  /// The same with what is known of the lenses that were held: `left` and `right` are the verdicts on the
+  /// results that they come from. Their covariances become part of the deviations, and what speaks against
+  /// them speaks against the pair. Refined lenses are known by the pair alone.
+  PairVerdict GetPairVerdict(const CalibrationVerdict& left, const CalibrationVerdict& right);
   /// Which lens model the snapshots ask for, found with the sparse solver in a tenth of a second for usual
   /// numbers of views; robustness and disc radius count when that solver is chosen. Changes neither status
   /// nor results. Nothing is chosen during STATUS_PROGRESS, in a stereo calibrator, and (with an error line)

@@ -10,8 +10,9 @@
 
 /// What is known of how the right camera stands to the left one. Deviations are standard deviations: of the
 /// rotation's angle and of the translation's direction in degrees, of the baseline as a share of it. Formal
-/// ones follow from the noise of the points; those of the jackknife from leaving out each view in turn. Of
-/// lenses that were held these are the deviations beside those lenses.
+/// ones follow from the noise of the points; those of the jackknife from leaving out each view in turn. Where
+/// lenses were held, their own deviations are part of these when they are known (`lensesKnown`); else these
+/// are the deviations beside those lenses.
 struct VELMORA_API PairVerdict {
   using Grade = CalibrationVerdict::Grade;
   using Remark = CalibrationVerdict::Remark;
@@ -37,6 +38,13 @@ struct VELMORA_API PairVerdict {
     std::string reason;
   };
 
+  /// An image that was put right: its points were counted from another end of the grid than those of the
+  /// other camera's.
+  struct Recounted {
+    size_t view = 0;
+    bool right = false;  ///< of the right camera, else of the left one
+  };
+
   /// What the result says of one of the cameras; numbers are infinite where they are not known.
   struct Camera {
     double rms = 0.0;  ///< of its points that were used, pixels
@@ -54,8 +62,11 @@ struct VELMORA_API PairVerdict {
   Grade grade = Grade::None;  ///< None: there is no result to assess
   std::vector<Remark> remarks;
   std::vector<LeftOut> leftOut;
+  std::vector<Recounted> recounted;
   int views = 0;               ///< of which both images were used
+  int poses = 0;               ///< how many of these are different, as of a CalibrationVerdict
   bool lensesRefined = false;  ///< with the pair
+  bool lensesKnown = false;    ///< how well the held ones are, by the verdicts on them
   Deviations formal;
   Deviations jackknife;
   /// Formal, with lenses that are no better known than these views tell; the same as formal of refined ones.

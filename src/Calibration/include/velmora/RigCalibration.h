@@ -20,6 +20,9 @@ struct RigRecords {
   /// pixel is (0, 0)), in the same order; an empty list when it did not observe the target.
   std::vector<std::vector<std::vector<cv::Point2d>>> imagePoints;
   std::vector<cv::Size> imageSizes;  ///< of each camera
+  /// For each camera and each view, 1 for points that it saw and 0 for others, wherever these are in the
+  /// list. Empty lists, of a view, of a camera or at all, say that all were seen. At least four must be.
+  std::vector<std::vector<std::vector<double>>> weights;
 };
 
 /// A camera's intrinsics that are known from elsewhere.
@@ -74,11 +77,19 @@ struct RigLeftOut {
   std::string reason;
 };
 
+/// An image that was put right: its points were counted from another end of the target than those of the
+/// other cameras' images.
+struct RigRecounted {
+  size_t view = 0;
+  size_t camera = 0;
+};
+
 struct RigResult {
   double rms = 0.0;  ///< pixels, over all points of all images
   std::vector<RigCamera> cameras;
   std::vector<RigView> views;  ///< one for each of the records
   std::vector<RigLeftOut> leftOut;
+  std::vector<RigRecounted> recounted;
   RigVerdict verdict;
 };
 

@@ -85,6 +85,14 @@ std::string Calibrator::WhyNotFound() {
   return DescribeFault(impl_->detector.Finder().Fault());
 }
 
+void Calibrator::SetPartialGrids(const bool& partial) {
+  impl_->detector.Finder().SetPartial(partial);
+}
+
+bool Calibrator::GetPartialGrids() {
+  return impl_->detector.Finder().GetPartial();
+}
+
 // ---- Assistant.
 
 void Calibrator::EnableAssistant(const std::string& modelPath) {
@@ -110,6 +118,12 @@ bool Calibrator::AskForPose(const std::vector<cv::Point2d>& centres) {
 
 bool Calibrator::DetectPoints(cv::Mat& frame, std::vector<cv::Point2d>& points, const bool& draw) {
   return impl_->Detect(frame, points, draw);
+}
+
+bool Calibrator::DetectPartial(cv::Mat& frame, std::vector<cv::Point2d>& points, std::vector<double>& weights,
+                               const bool& draw) {
+  if (!impl_->IsMonocular()) return false;
+  return impl_->detector.DetectPartial(frame, points, weights, draw, [this] { return impl_->Overlay(); });
 }
 
 void Calibrator::Resize(const cv::Mat& src, cv::Mat& dst, const bool& fill, const int& interpolation) {
@@ -142,7 +156,14 @@ bool Calibrator::AddPoints() {
 void Calibrator::AddPoints(const std::vector<cv::Point2d>& points) {
   impl_->detector.WithLast([&](const std::vector<CameraSnapshot>& last) {
     if (!impl_->IsMonocular() || points.empty()) return false;
-    return impl_->snapshots.Add({{points, last.front().frame}}, Snapshots::EarlierRms::Drop) > 0;
+    return impl_->snapshots.Add({{points, last.front().frame, {}}}, Snapshots::EarlierRms::Drop) > 0;
+  });
+}
+
+bool Calibrator::AddPoints(const std::vector<cv::Point2d>& points, const std::vector<double>& weights) {
+  return impl_->detector.WithLast([&](const std::vector<CameraSnapshot>& last) {
+    return impl_->IsMonocular() &&
+           impl_->AddWeighted({{points, last.front().frame, weights}}, Snapshots::EarlierRms::Drop);
   });
 }
 
@@ -172,10 +193,25 @@ void Calibrator::AddStereoPoints(const std::vector<cv::Point2d>& leftPoints,
                                  const std::vector<cv::Point2d>& rightPoints) {
   impl_->detector.WithLast([&](const std::vector<CameraSnapshot>& last) {
     if (impl_->RefusesPair()) return false;
-    impl_->snapshots.Add({{leftPoints, last.front().frame}, {rightPoints, last.back().frame}},
+    impl_->snapshots.Add({{leftPoints, last.front().frame, {}}, {rightPoints, last.back().frame, {}}},
                          Snapshots::EarlierRms::Keep);
     return false;  // the last detection is another, and stays
   });
+}
+
+bool Calibrator::AddStereoPoints(const std::vector<cv::Point2d>& leftPoints,
+                                 const std::vector<double>& leftWeights,
+                                 const std::vector<cv::Point2d>& rightPoints,
+                                 const std::vector<double>& rightWeights) {
+  bool added = false;
+  impl_->detector.WithLast([&](const std::vector<CameraSnapshot>& last) {
+    if (impl_->RefusesPair()) return false;
+    added = impl_->AddWeighted(
+        {{leftPoints, last.front().frame, leftWeights}, {rightPoints, last.back().frame, rightWeights}},
+        Snapshots::EarlierRms::Keep);
+    return false;  // the last detection is another, and stays
+  });
+  return added;
 }
 
 bool Calibrator::AddStereoPoints(cv::Mat& left, cv::Mat& right, const bool& draw) {
@@ -222,6 +258,14 @@ CalibrationVerdict Calibrator::GetVerdict() {
 
 PairVerdict Calibrator::GetPairVerdict() {
   return impl_->computations.AssessPair();
+}
+
+PairVerdict Calibrator::GetPairVerdict(const CalibrationVerdict& left, const CalibrationVerdict& right) {
+  PairVerdict verdict = impl_->computations.AssessPair({left.covariance, left.jackknifeCovariance},
+                                                       {right.covariance, right.jackknifeCovariance});
+  verdict.Consider(left, "left");
+  verdict.Consider(right, "right");
+  return verdict;
 }
 
 ModelChoice Calibrator::ChooseModel() {

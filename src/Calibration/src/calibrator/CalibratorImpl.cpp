@@ -1,8 +1,11 @@
 /// The parts of a calibrator, and the steps that lead from one to the other.
 #include "calibrator/CalibratorImpl.h"
 
+#include <algorithm>
+
 #include "Log.h"
 #include "calibrator/GuidedDetection.h"
+#include "calibrator/ObservedPoints.h"
 #include "foundation/OneLine.h"
 #include "model/LensModel.h"
 #include "model/TargetGeometry.h"
@@ -82,6 +85,19 @@ size_t Calibrator::Impl::AddSnapshot(const CameraSnapshot& detection) {
   recording.Add(detection.points);
   Log::debug("New points added. Snapshot count: %d", static_cast<int>(count));
   return count;
+}
+
+bool Calibrator::Impl::AddWeighted(std::vector<CameraSnapshot> views, Snapshots::EarlierRms earlier) {
+  std::string fault = FaultOfSnapshot(grid, views);
+  if (fault.empty() && !detector.Finder().GetPartial() && std::any_of(views.begin(), views.end(), IsPart)) {
+    fault = "Parts of the grid are not taken: SetPartialGrids allows them.";
+  }
+  if (!fault.empty()) {
+    Log::error("No points added. %s", fault.c_str());
+    return false;
+  }
+  for (CameraSnapshot& view : views) view = WithoutNeedlessWeights(std::move(view));
+  return snapshots.Add(std::move(views), earlier) > 0;
 }
 
 bool Calibrator::Impl::Detect(cv::Mat& frame, std::vector<cv::Point2d>& points, bool draw) {

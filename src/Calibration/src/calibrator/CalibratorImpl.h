@@ -39,6 +39,10 @@ struct Calibrator::Impl {
   /// refused.
   size_t AddSnapshot(const velmora::CameraSnapshot& detection);
 
+  /// Makes a snapshot of views with weights; false, with an error line where they are at fault, when it is
+  /// refused.
+  bool AddWeighted(std::vector<velmora::CameraSnapshot> views, velmora::Snapshots::EarlierRms earlier);
+
   /// An element of the last result; empty during a computation, before one, and for the other kind.
   using Part = std::function<cv::Mat(const velmora::Result&)>;
   cv::Mat ResultOf(int ofKind, const Part& part) const;

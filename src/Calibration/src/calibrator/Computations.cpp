@@ -6,6 +6,7 @@
 #include "Log.h"
 #include "calibrator/Finite.h"
 #include "calibrator/IntrinsicsDocuments.h"
+#include "calibrator/ObservedPoints.h"
 #include "calibrator/RejectionLog.h"
 #include "quality/Assessment.h"
 #include "quality/ModelComparison.h"
@@ -54,15 +55,16 @@ Computations::Progress Computations::NewProgress(const Snapshots::Computation& c
 
 Result Computations::SolveCamera(const SnapshotList& views, int model, const Progress& progress) const {
   const SolverSettings settings = choice_.Current();
-  const auto& points = views.cameras.front().points;
+  const ObservedPoints seen = ObservedIn(views);
+  const auto& points = seen.cameras.front();
   Result result;
   if (settings.IsSparse()) {
     SparseOptions options = OptionsOf(settings);
     options.progress = progress;
-    result.camera = SolveIntrinsicsSparsely(views.target, points, imageSize_, model, options);
-    LogRejected(result.camera.rejected);
+    result.camera = SolveIntrinsicsSparsely(seen.target, points, imageSize_, model, options);
+    LogRejected(seen.InGrid(result.camera.rejected));
   } else {
-    static_cast<IntrinsicsResult&>(result.camera) = SolveIntrinsics(views.target, points, imageSize_, model);
+    static_cast<IntrinsicsResult&>(result.camera) = SolveIntrinsics(seen.target, points, imageSize_, model);
   }
   const IntrinsicsResult& solved = result.camera;
   RequireFinite(solved.rms, {solved.K, solved.D, solved.rvecs, solved.tvecs});
@@ -93,18 +95,20 @@ float Computations::ComputeCamera(int model) {
 Result Computations::SolvePair(const SnapshotList& views, const StereoIntrinsics& intrinsics, int model,
                                const Progress& progress) const {
   const SolverSettings settings = choice_.Current();
-  const auto& left = views.cameras.front().points;
-  const auto& right = views.cameras.back().points;
+  const ObservedPoints seen = ObservedIn(views);
+  const auto& left = seen.cameras.front();
+  const auto& right = seen.cameras.back();
   Result result;
   ExtrinsicsResult& solved = result.pair;
   if (settings.IsSparse()) {
     const SparsePairOptions options{settings.discRadius, 1, progress, settings.robust};
     solved = settings.refineIntrinsics
-                 ? RefinePairSparsely(views.target, left, right, intrinsics, imageSize_, model, options)
-                 : SolveExtrinsicsSparsely(views.target, left, right, intrinsics, model, options);
-    LogRejectedOfPair(solved.solution->rejected);
+                 ? RefinePairSparsely(seen.target, left, right, intrinsics, imageSize_, model, options)
+                 : SolveExtrinsicsSparsely(seen.target, left, right, intrinsics, model, options);
+    LogRejectedOfPair(seen.InGrid(solved.solution->rejected));
+    LogRecountedOfPair(solved.solution->recounted);
   } else {
-    solved = SolveExtrinsics(views.target, left, right, intrinsics, imageSize_, model);
+    solved = SolveExtrinsics(seen.target, left, right, intrinsics, imageSize_, model);
   }
   const StereoIntrinsics& refined = solved.refined;
   RequireFinite(solved.rms, {solved.R, solved.T, solved.E, solved.F, refined.K, refined.D, refined.KRight,
@@ -171,32 +175,40 @@ ModelChoice Computations::ChooseModel() const {
   if (!snapshots_.RequireEnough()) return {};
   SolverSettings settings = choice_.Current();
   settings.robust = settings.robust && settings.IsSparse();
-  return CompareModels(now.snapshots->target, now.snapshots->cameras.front().points, imageSize_,
-                       OptionsOf(settings));
+  const ObservedPoints seen = ObservedIn(*now.snapshots);
+  return CompareModels(seen.target, seen.cameras.front(), imageSize_, OptionsOf(settings));
 }
 
 CalibrationVerdict Computations::AssessCamera() const {
   const Snapshots::Moment now = snapshots_.Current();
   if (snapshots_.CameraCount() != ONE_CAMERA || now.status == STATUS_PROGRESS) return {};
   if (now.result == nullptr) return {};
-  return AssessIntrinsics(now.snapshots->target, now.snapshots->cameras.front().points, imageSize_,
-                          now.result->camera, now.result->discRadius);
+  const ObservedPoints seen = ObservedIn(*now.snapshots);
+  CalibrationVerdict verdict = AssessIntrinsics(seen.target, seen.cameras.front(), imageSize_,
+                                                now.result->camera, now.result->discRadius);
+  verdict.leftOut = seen.InGrid(std::move(verdict.leftOut));
+  return verdict;
 }
 
-PairVerdict Computations::AssessPair() const {
+PairVerdict Computations::AssessPair(const HeldIntrinsics& left, const HeldIntrinsics& right) const {
   const Snapshots::Moment now = snapshots_.Current();
   const auto& result = now.result;
   if (snapshots_.CameraCount() != PAIR || now.status == STATUS_PROGRESS || result == nullptr) return {};
   if (result->snapshots != now.snapshots->Count()) return {};
-  const PairRecords records{now.snapshots->target,
-                            now.snapshots->cameras.front().points,
-                            now.snapshots->cameras.back().points,
+  const ObservedPoints seen = ObservedIn(*now.snapshots);
+  const PairRecords records{seen.target,
+                            seen.cameras.front(),
+                            seen.cameras.back(),
                             result->model,
                             result->intrinsicsRefined,
                             result->discRadius,
                             result->pair.solution,
-                            imageSize_};
-  return velmora::AssessPair(records, result->intrinsics, result->pair.R, result->pair.T);
+                            imageSize_,
+                            left,
+                            right};
+  PairVerdict verdict = velmora::AssessPair(records, result->intrinsics, result->pair.R, result->pair.T);
+  verdict.leftOut = seen.InGrid(std::move(verdict.leftOut));
+  return verdict;
 }
 
 }  // namespace velmora

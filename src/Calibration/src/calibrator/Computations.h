@@ -12,6 +12,7 @@
 #include "calibrator/BackgroundTasks.h"
 #include "calibrator/Snapshots.h"
 #include "calibrator/SolverSettings.h"
+#include "quality/PairAssessment.h"
 
 namespace velmora {
 
@@ -54,7 +55,7 @@ class Computations {
   ModelChoice ChooseModel() const;
   /// Of the last result; grade None while a computation is under way and when snapshots were added since.
   CalibrationVerdict AssessCamera() const;
-  PairVerdict AssessPair() const;
+  PairVerdict AssessPair(const HeldIntrinsics& left = {}, const HeldIntrinsics& right = {}) const;
 
  private:
   using Progress = std::function<bool(int, double)>;

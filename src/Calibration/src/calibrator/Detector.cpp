@@ -97,6 +97,33 @@ bool Detector::Detect(cv::Mat& frame, Centres& points, bool draw, const Overlay&
   return found;
 }
 
+bool Detector::DetectPartial(cv::Mat& frame, Centres& points, std::vector<double>& weights, bool draw,
+                             const Overlay& overlay) {
+  const std::lock_guard<std::mutex> lock(lock_);
+  const Stopwatch stopwatch;
+  ForgetPoints(last_);
+  points.clear();
+  weights.clear();
+  if (!BringToProcessingSize(frame)) return false;
+  Centres whole;
+  PartialGrid part;
+  if (finder_.Find(frame, grid_, whole, part)) {
+    points = whole;
+    weights.assign(points.size(), 1.0);
+    last_[0].points = std::move(whole);
+  } else {
+    points = std::move(part.points);
+    weights = std::move(part.weights);
+  }
+  const double elapsed = stopwatch.Seconds();
+  const bool found = !points.empty();
+  if (found) last_[0].frame = frame.clone();
+  if (found && draw) DrawSeenGrid(points, weights, grid_, frame);
+  if (draw) DrawInfo(overlay, elapsed, frame);
+  if (flip_) cv::flip(frame, frame, AROUND_VERTICAL_AXIS);
+  return found;
+}
+
 bool Detector::DetectPair(cv::Mat& left, cv::Mat& right, Centres& leftPoints, Centres& rightPoints, bool draw,
                           const Overlay& overlay, const std::function<bool()>& refuses) {
   const std::lock_guard<std::mutex> lock(lock_);
@@ -109,8 +136,8 @@ bool Detector::DetectPair(cv::Mat& left, cv::Mat& right, Centres& leftPoints, Ce
   const double elapsed = stopwatch.Seconds();
 
   if (found) {
-    last_[0] = {leftPoints, left.clone()};
-    last_[1] = {rightPoints, right.clone()};
+    last_[0] = {leftPoints, left.clone(), {}};
+    last_[1] = {rightPoints, right.clone(), {}};
   }
   if (draw && found) DrawGrid(leftPoints, grid_, left);
   if (draw) DrawInfo(overlay, elapsed, left);

@@ -46,6 +46,10 @@ class Detector {
   /// Searches one camera's frame; see Calibrator::DetectPoints.
   bool Detect(cv::Mat& frame, std::vector<cv::Point2d>& points, bool draw, const Overlay& overlay,
               DetectionGuide& guide);
+  /// Searches one camera's frame for the grid or a part of it; see Calibrator::DetectPartial. A part is never
+  /// the last detection, but its frame is kept.
+  bool DetectPartial(cv::Mat& frame, std::vector<cv::Point2d>& points, std::vector<double>& weights,
+                     bool draw, const Overlay& overlay);
   /// Searches the frames of a pair; see Calibrator::DetectStereoPoints. Nothing is done when `refuses` says
   /// so at the moment when no other detection is under way any more.
   bool DetectPair(cv::Mat& left, cv::Mat& right, std::vector<cv::Point2d>& leftPoints,

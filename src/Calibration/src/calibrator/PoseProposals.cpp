@@ -5,6 +5,7 @@
 #include <opencv2/calib3d.hpp>
 
 #include "Log.h"
+#include "calibrator/ObservedPoints.h"
 #include "foundation/OneLine.h"
 #include "quality/NextPose.h"
 #include "solver/Target.h"
@@ -22,14 +23,15 @@ struct Known {
 Known KnownFrom(const SnapshotList& snapshots, const ProposalSettings& settings) {
   constexpr size_t ENOUGH_FOR_A_CAMERA = 3;
   Known known;
-  const auto& points = snapshots.cameras.front().points;
+  const ObservedPoints seen = ObservedIn(snapshots);
+  const auto& points = seen.cameras.front();
   if (points.empty()) return known;
   try {
-    known.target = solver::TargetOf(snapshots.target, points);
+    known.target = solver::TargetOf(seen.target, points);
     if (points.size() < ENOUGH_FOR_A_CAMERA) return known;
-    known.solution = *SolveIntrinsicsSparsely(snapshots.target, points, settings.imageSize, settings.model,
-                                              settings.solver)
-                          .solution;
+    known.solution =
+        *SolveIntrinsicsSparsely(seen.target, points, settings.imageSize, settings.model, settings.solver)
+             .solution;
   } catch (const cv::Exception& fault) {
     Log::debug("No camera for a proposal: %s", OneLine(fault.what()).c_str());
   }

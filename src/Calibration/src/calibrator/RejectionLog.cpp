@@ -29,4 +29,11 @@ void LogRejectedOfPair(const std::vector<Rejected>& rejected) {
   }
 }
 
+void LogRecountedOfPair(const std::vector<Recounted>& recounted) {
+  for (const Recounted& image : recounted) {
+    Log::warn("The points of the %s image of view %zu were counted from another end of the grid: put right.",
+              image.camera == 0 ? "left" : "right", image.view);
+  }
+}
+
 }  // namespace velmora

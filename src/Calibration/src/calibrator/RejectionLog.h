@@ -13,4 +13,7 @@ void LogRejected(const std::vector<Rejected>& rejected);
 /// A warning line for each image and point of a pair.
 void LogRejectedOfPair(const std::vector<Rejected>& rejected);
 
+/// A warning line for each image of a pair that was counted anew.
+void LogRecountedOfPair(const std::vector<Recounted>& recounted);
+
 }  // namespace velmora

@@ -68,8 +68,9 @@ void ReviewReprojection(const Snapshots::Moment& moment, const cv::Size& grid, c
   OpenPictureWindow(window, imageSize);
   for (int i = 0; i < total; ++i) {
     const auto index = static_cast<size_t>(i);
-    const ReviewView view = {
-        snapshots.cameras.front().frames[index], imageSize, i + 1, total, snapshots.target[index], grid};
+    const SnapshotList::Camera& camera = snapshots.cameras.front();
+    const ReviewView view = {camera.frames[index], imageSize, i + 1, total, snapshots.target[index], grid,
+                             camera.weights[index]};
     ReviewResult result;
     const bool computed = ResultOf(moment, i, result);
     cv::imshow(window, DrawReview(view, computed ? &result : nullptr));

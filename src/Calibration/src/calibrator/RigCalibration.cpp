@@ -21,6 +21,7 @@ namespace velmora {
 namespace {
 
 constexpr size_t FEWEST_VIEWS = 3;
+constexpr std::ptrdiff_t FEWEST_POINTS = 4;
 
 [[noreturn]] void Fail(int code, const std::string& text) {
   CV_Error(code, text);
@@ -28,6 +29,31 @@ constexpr size_t FEWEST_VIEWS = 3;
 
 void Require(bool condition, const std::string& text) {
   if (!condition) Fail(cv::Error::StsBadArg, text);
+}
+
+void RequireWeights(const RigRecords& records) {
+  const auto& weights = records.weights;
+  Require(weights.empty() || weights.size() == records.imagePoints.size(),
+          "There are weights for " + std::to_string(weights.size()) + " of " +
+              std::to_string(records.imagePoints.size()) + " cameras: give all or none.");
+  for (size_t i = 0; i < weights.size(); ++i) {
+    const std::string camera = " of camera " + std::to_string(i);
+    Require(weights[i].empty() || weights[i].size() == records.objectPoints.size(),
+            "The weights" + camera + " are of " + std::to_string(weights[i].size()) +
+                " views, the target has " + std::to_string(records.objectPoints.size()) + ".");
+    for (size_t view = 0; view < weights[i].size(); ++view) {
+      const std::vector<double>& each = weights[i][view];
+      if (each.empty()) continue;
+      const std::string place = camera + " in view " + std::to_string(view);
+      Require(each.size() == records.imagePoints[i][view].size(),
+              "There are " + std::to_string(each.size()) + " weights" + place + ", and " +
+                  std::to_string(records.imagePoints[i][view].size()) + " points.");
+      Require(std::all_of(each.begin(), each.end(), [](double w) { return w == 0.0 || w == 1.0; }),
+              "A weight" + place + " is neither 0 nor 1.");
+      Require(std::count(each.begin(), each.end(), 1.0) >= FEWEST_POINTS || each.empty(),
+              "Fewer than four points" + place + " were seen.");
+    }
+  }
 }
 
 void RequireMatching(const RigRecords& records, const RigOptions& options) {
@@ -43,6 +69,7 @@ void RequireMatching(const RigRecords& records, const RigOptions& options) {
             "Camera " + std::to_string(i) + " has " + std::to_string(records.imagePoints[i].size()) +
                 " views, the target " + std::to_string(records.objectPoints.size()) + ".");
   }
+  RequireWeights(records);
 }
 
 class RigComputation {
@@ -89,7 +116,36 @@ class RigComputation {
       object.push_back(records_.objectPoints[view]);
       for (size_t i = 0; i < images.size(); ++i) images[i].push_back(records_.imagePoints[i][view]);
     }
-    return solver::TargetOf(object, images);
+    solver::Target target = solver::TargetOf(object, images);
+    for (size_t i = 0; i < records_.weights.size(); ++i) {
+      for (size_t k = 0; k < views_.size() && !records_.weights[i].empty(); ++k) {
+        TakeSeen(records_.weights[i][views_[k]], target.views[k].observations[i]);
+      }
+    }
+    return target;
+  }
+
+  static void TakeSeen(const std::vector<double>& weights, Observation& observation) {
+    if (weights.empty() || observation.IsEmpty()) return;
+    Observation seen;
+    for (size_t k = 0; k < weights.size(); ++k) {
+      if (weights[k] == 0.0) continue;
+      seen.object.push_back(observation.object[k]);
+      seen.image.push_back(observation.image[k]);
+    }
+    observation = std::move(seen);
+  }
+
+  /// From a number among the points that a camera saw in a view of the records to that in the target.
+  int InTarget(size_t view, size_t camera, int point) const {
+    const bool whole = records_.weights.empty() || records_.weights[camera].empty() ||
+                       records_.weights[camera][view].empty();
+    if (point < 0 || whole) return point;
+    const std::vector<double>& weights = records_.weights[camera][view];
+    int number = 0;
+    for (int left = point; weights[static_cast<size_t>(number)] == 0.0 || left-- > 0; ++number) {
+    }
+    return number;
   }
 
   void RequireResult(const Solution& solution, const std::string& text) const {
@@ -156,6 +212,7 @@ class RigComputation {
   /// From the numbers of the views that were computed from to those of the records.
   void TranslateNumbers(Solution& solution) const {
     for (Rejected& rejected : solution.rejected) rejected.view = given_[rejected.view];
+    for (Recounted& recounted : solution.recounted) recounted.view = given_[recounted.view];
     for (size_t& view : solution.kept) view = given_[view];
     solution.rejected.insert(solution.rejected.begin(), early_.begin(), early_.end());
   }
@@ -166,8 +223,12 @@ class RigComputation {
     result.verdict = AssessRig(solution);
     for (PairVerdict::Disagreement& moved : result.verdict.disagreements) moved.view = views_[moved.view];
     for (const Rejected& rejected : solution.rejected) {
-      result.leftOut.push_back(
-          {views_[rejected.view], rejected.camera, rejected.point, rejected.residual, rejected.reason});
+      const size_t view = views_[rejected.view];
+      result.leftOut.push_back({view, rejected.camera, InTarget(view, rejected.camera, rejected.point),
+                                rejected.residual, rejected.reason});
+    }
+    for (const Recounted& recounted : solution.recounted) {
+      result.recounted.push_back({views_[recounted.view], recounted.camera});
     }
     result.views.resize(records_.objectPoints.size());
     for (RigView& view : result.views) view.rms.assign(solution.rig.cameras.size(), -1.0);

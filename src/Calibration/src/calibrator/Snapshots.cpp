@@ -49,6 +49,7 @@ size_t Snapshots::Add(std::vector<CameraSnapshot> views, EarlierRms earlier) {
   for (size_t i = 0; i < views.size(); ++i) {
     list->cameras[i].points.push_back(std::move(views[i].points));
     list->cameras[i].frames.push_back(std::move(views[i].frame));
+    list->cameras[i].weights.push_back(std::move(views[i].weights));
   }
   now_.snapshots = std::move(list);
   if (now_.snapshots->Count() >= ENOUGH) now_.status = STATUS_READY;

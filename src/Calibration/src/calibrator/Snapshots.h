@@ -17,6 +17,8 @@ namespace velmora {
 struct CameraSnapshot {
   std::vector<cv::Point2d> points;  ///< pixels, in the order of the grid search
   cv::Mat frame;                    ///< empty when there was none
+  /// Of each point 1, or 0 where it was not seen and is only where it would be; empty: all were seen.
+  std::vector<double> weights;
 };
 
 /// All snapshots, in the shape that solvers take. The lists have an entry for each snapshot.
@@ -24,6 +26,7 @@ struct SnapshotList {
   struct Camera {
     std::vector<std::vector<cv::Point2d>> points;
     std::vector<cv::Mat> frames;
+    std::vector<std::vector<double>> weights;
   };
 
   std::vector<std::vector<cv::Point3d>> target;  ///< the same object points (metres) for each

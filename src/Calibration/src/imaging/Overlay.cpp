@@ -1,9 +1,12 @@
 /// The information overlay of the live image.
 #include "imaging/Overlay.h"
 
+#include <algorithm>
+#include <array>
 #include <limits>
 #include <opencv2/calib3d.hpp>
 #include <opencv2/imgproc.hpp>
+#include <optional>
 #include <sstream>
 
 #include "foundation/Version.h"
@@ -14,6 +17,11 @@ namespace velmora {
 namespace {
 
 const cv::Scalar WHITE(255, 255, 255);
+const cv::Scalar GREY = cv::Scalar::all(200);
+/// Those in which OpenCV draws the rows of a grid, in turn.
+const std::array<cv::Scalar, 7> ROW_COLOURS = {
+    cv::Scalar(0, 0, 255),   cv::Scalar(0, 128, 255), cv::Scalar(0, 200, 200), cv::Scalar(0, 255, 0),
+    cv::Scalar(200, 200, 0), cv::Scalar(255, 0, 0),   cv::Scalar(255, 0, 255)};
 
 struct SpeedLabel {
   int atLeast;  ///< detections per second, truncated
@@ -95,6 +103,25 @@ void DrawGrid(const std::vector<cv::Point2d>& points, const cv::Size& patternSiz
   cv::Mat corners;
   cv::Mat(points).convertTo(corners, CV_32F);
   cv::drawChessboardCorners(frame, patternSize, corners, true);
+}
+
+void DrawSeenGrid(const std::vector<cv::Point2d>& points, const std::vector<double>& weights,
+                  const cv::Size& patternSize, cv::Mat& frame) {
+  const auto isObserved = [](double weight) { return weight > 0.0; };
+  if (std::all_of(weights.begin(), weights.end(), isObserved)) return DrawGrid(points, patternSize, frame);
+  constexpr int RADIUS = 4;
+  constexpr int SHIFT = 4;  // sixteenths of a pixel
+  constexpr double SCALE = 16.0;
+  const auto columns = static_cast<size_t>(patternSize.width);
+  std::optional<cv::Point> before;
+  for (size_t k = 0; k < points.size(); ++k) {
+    if (!isObserved(weights[k])) continue;
+    const cv::Point at(cvRound(points[k].x * SCALE), cvRound(points[k].y * SCALE));
+    const cv::Scalar colour = frame.channels() == 1 ? GREY : ROW_COLOURS.at(k / columns % ROW_COLOURS.size());
+    if (before) cv::line(frame, *before, at, colour, 1, cv::LINE_AA, SHIFT);
+    cv::circle(frame, at, RADIUS * static_cast<int>(SCALE), colour, 1, cv::LINE_AA, SHIFT);
+    before = at;
+  }
 }
 
 }  // namespace velmora

@@ -31,4 +31,8 @@ void DrawOverlay(const OverlayState& state, cv::Mat& frame);
 /// Draws found or projected centres as a chain in the order of the grid.
 void DrawGrid(const std::vector<cv::Point2d>& points, const cv::Size& patternSize, cv::Mat& frame);
 
+/// The same of those with a weight above zero alone. Weights are of all points; none: all are drawn.
+void DrawSeenGrid(const std::vector<cv::Point2d>& points, const std::vector<double>& weights,
+                  const cv::Size& patternSize, cv::Mat& frame);
+
 }  // namespace velmora

@@ -42,7 +42,7 @@ cv::Mat DrawReview(const ReviewView& view, const ReviewResult* result) {
   if (result != nullptr) {
     std::vector<cv::Point2d> projected;
     cv::projectPoints(view.objectPoints, result->rvec, result->tvec, result->K, result->D, projected);
-    DrawGrid(projected, view.patternSize, image);
+    DrawSeenGrid(projected, view.weights, view.patternSize, image);
   }
   return image;
 }

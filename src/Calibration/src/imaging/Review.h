@@ -15,6 +15,7 @@ struct ReviewView {
   int total = 0;
   std::vector<cv::Point3d> objectPoints;
   cv::Size patternSize;
+  std::vector<double> weights;  ///< 0 for points that were not seen, which are not drawn; empty: all were
 };
 
 /// What a computation says of one snapshot.

@@ -17,7 +17,12 @@ struct Intrinsics {
   int estimated = CLASSIC_PARAMETERS;
 };
 
-/// Pulls each of a camera's parameters toward zero: by its square times this, in squared pixels.
-using Prior = std::array<double, FULL_PARAMETERS>;
+/// What is known of any lens before it is seen. Costs are in squared pixels.
+struct Prior {
+  std::array<double, FULL_PARAMETERS> pulls{};  ///< each parameter toward zero: its square times this
+  /// The radial curve toward a smooth one: the mean square of its roughness (`RadialCurve`) times this.
+  double smoothness = 0.0;
+  double angle = 0.0;  ///< as far from the axis as the curve is to be smooth, radians
+};
 
 }  // namespace velmora

@@ -69,6 +69,14 @@ struct Rejected {
   size_t camera = 0;
 };
 
+/// An image whose points were counted from another end of the target, and are now counted as the other
+/// images'.
+struct Recounted {
+  size_t view = 0;
+  size_t camera = 0;
+  std::vector<size_t> order;  ///< which of the given points each one is now
+};
+
 /// A rig and poses of the target at which the cost is least, with what led there. It is made once and not
 /// changed.
 struct Solution {
@@ -84,11 +92,12 @@ struct Solution {
   bool converged = false;
   bool usable = false;  ///< false when the start was not: a point behind a camera
 
-  std::vector<size_t> kept;        ///< which of the views that were given these are
-  std::vector<Rejected> rejected;  ///< the others, and points
-  bool robust = false;             ///< whether outliers were to be rejected
-  bool tooFewAgree = false;        ///< so few views agree that none of the others could be called wrong
-  double discRadius = 0.0;         ///< that pixels were corrected for; 0: they were taken as they are
+  std::vector<size_t> kept;          ///< which of the views that were given these are
+  std::vector<Rejected> rejected;    ///< the others, and points
+  std::vector<Recounted> recounted;  ///< by the numbers of the views that were given
+  bool robust = false;               ///< whether outliers were to be rejected
+  bool tooFewAgree = false;          ///< so few views agree that none of the others could be called wrong
+  double discRadius = 0.0;           ///< that pixels were corrected for; 0: they were taken as they are
 };
 
 /// The root of the mean squared residual of a point, pixels.

@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "Verdict.h"
 #include "model/Solution.h"
@@ -19,8 +20,10 @@ CalibrationVerdict AssessIntrinsics(const std::vector<std::vector<cv::Point3d>>&
 
 /// Assesses one of a solution's cameras, whose intrinsics were estimated. `largerModel` answers the name of a
 /// larger lens model that justifies its coefficients, or "" when none does; it is called only when the
-/// residuals suggest one.
+/// residuals suggest one. `leftOut` are the camera's images that the solution is without, where they are at
+/// hand.
 CalibrationVerdict AssessCamera(const Solution& solution, size_t camera,
-                                const std::function<std::string()>& largerModel);
+                                const std::function<std::string()>& largerModel,
+                                const std::vector<Observation>& leftOut = {});
 
 }  // namespace velmora

@@ -9,7 +9,9 @@
 #include <utility>
 
 #include "model/LensModel.h"
+#include "quality/OmittedEffects.h"
 #include "solver/CameraCalibration.h"
+#include "solver/PoseGroups.h"
 #include "solver/Target.h"
 #include "solver/WeakPrior.h"
 
@@ -20,14 +22,16 @@ namespace {
 using Candidate = ModelChoice::Candidate;
 
 constexpr size_t MOST_FOLDS = 10;
+constexpr int SHEET_ROUNDS = 2;
 
 /// Squared residuals of the views that the camera was not computed from; infinite when it cannot be.
-double CostOfFold(const Solution& solution, const solver::BundleOptions& options, size_t fold, size_t folds) {
+double CostOfFold(const Solution& solution, const solver::BundleOptions& options,
+                  const std::vector<size_t>& groups, size_t fold, size_t folds) {
   Solution fitted = solution;
   std::vector<TargetView> heldOut;
   fitted.views.clear();
   for (size_t i = 0; i < solution.views.size(); ++i) {
-    (i % folds == fold ? heldOut : fitted.views).push_back(solution.views[i]);
+    (groups[i] % folds == fold ? heldOut : fitted.views).push_back(solution.views[i]);
   }
   const Solution camera = solver::SolveAgain(fitted, fitted.views, options);
   if (!camera.usable) return std::numeric_limits<double>::infinity();
@@ -36,23 +40,58 @@ double CostOfFold(const Solution& solution, const solver::BundleOptions& options
 }
 
 double HeldOutRms(const Solution& solution, const solver::BundleOptions& options) {
-  const size_t folds = std::min(MOST_FOLDS, solution.views.size());
+  const std::vector<size_t> groups = solver::GroupsOf(solution.views, solution.rig);
+  const size_t folds = std::min(MOST_FOLDS, solver::CountOfGroups(groups));
   double cost = 0.0;
-  for (size_t fold = 0; fold < folds; ++fold) cost += CostOfFold(solution, options, fold, folds);
+  for (size_t fold = 0; fold < folds; ++fold) cost += CostOfFold(solution, options, groups, fold, folds);
   return std::sqrt(cost / CountOf(solution.views));
+}
+
+Solution Solved(const solver::Selection& selection, const cv::Size& imageSize,
+                const solver::BundleOptions& options) {
+  Solution solution = solver::CalibrateCamera(selection, imageSize, options);
+  if (!solution.usable) CV_Error(cv::Error::StsNoConv, "The views do not agree with any camera.");
+  return solution;
+}
+
+/// Whether the residuals of the largest model show a fault of the sheet: then every model is compared with a
+/// sheet as it has it itself, so that no lens is chosen for what is not the lens.
+bool HasFaultySheet(const solver::Selection& selection, const cv::Size& imageSize,
+                    const solver::BundleOptions& largest) {
+  return OmittedSheetOf(Solved(selection, imageSize, largest)).both.significant;
+}
+
+/// Gives the target the shape that the model's residuals show.
+solver::Selection WithoutFaultOfSheet(solver::Selection selection, const cv::Size& imageSize,
+                                      const solver::BundleOptions& options) {
+  for (int round = 0; round < SHEET_ROUNDS; ++round) {
+    const OmittedEffect sheet = OmittedSheetOf(Solved(selection, imageSize, options)).both;
+    if (sheet.values.size() == 0) break;
+    const Eigen::VectorXd& e = sheet.values;
+    for (TargetView& view : selection.views) {
+      for (cv::Point3d& p : view.observations.front().object) {
+        p = {p.x + e(4) * p.y, p.y + e(3) * p.y,
+             p.z + e(0) * p.x * p.x + e(1) * p.x * p.y + e(2) * p.y * p.y};
+      }
+    }
+  }
+  return selection;
 }
 
 Candidate CandidateOf(const solver::Selection& selection, const cv::Size& imageSize,
                       const solver::BundleOptions& options, int model) {
-  const Solution solution = solver::CalibrateCamera(selection, imageSize, options);
-  if (!solution.usable) CV_Error(cv::Error::StsNoConv, "The views do not agree with any camera.");
-  const double points = CountOf(solution.views);
-  const double unknowns = options.parameters + POSE_PARAMETERS * static_cast<double>(solution.views.size());
+  const Solution solution = Solved(selection, imageSize, options);
+  // Views of like poses repeat each other's errors, and count as one.
+  const auto views = static_cast<double>(solution.views.size());
+  const auto poses =
+      static_cast<double>(solver::CountOfGroups(solver::GroupsOf(solution.views, solution.rig)));
+  const double numbers = 2.0 * CountOf(solution.views) * poses / views;
+  const double unknowns = options.parameters + POSE_PARAMETERS * poses;
   Candidate candidate;
   candidate.model = model;
   candidate.rms = RmsOf(solution);
   candidate.criterion =
-      2.0 * points * std::log(solution.cost / (2.0 * points)) + unknowns * std::log(2.0 * points);
+      numbers * std::log(solution.cost * poses / views / numbers) + unknowns * std::log(numbers);
   candidate.unseen = HeldOutRms(solution, options);
   candidate.poleFree = solver::IsFreeOfPoles(solution.rig.cameras.front().intrinsics, imageSize);
   return candidate;
@@ -120,10 +159,12 @@ ModelChoice CompareModels(const std::vector<std::vector<cv::Point3d>>& objectPoi
   bundle.parameters = FULL_PARAMETERS;
   bundle.discRadius = options.discRadius;
   const solver::Selection selection = solver::SelectedFrom(target.views, imageSize, options.robust, bundle);
+  const bool faulty = HasFaultySheet(selection, imageSize, bundle);
   std::vector<Candidate> candidates;
   for (const LensModel& model : LensModels()) {
     bundle.parameters = model.parameters;
-    candidates.push_back(CandidateOf(selection, imageSize, bundle, model.number));
+    const solver::Selection own = faulty ? WithoutFaultOfSheet(selection, imageSize, bundle) : selection;
+    candidates.push_back(CandidateOf(own, imageSize, bundle, model.number));
   }
   return ChooseAmong(candidates);
 }

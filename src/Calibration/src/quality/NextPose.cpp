@@ -93,7 +93,7 @@ CameraInformation CameraInformationFrom(const Solution& solution, const std::vec
     known.nominal = false;
     const solver::PriorTerms priors =
         solver::PriorTermsOf(solution.priors, solution.rig, LayoutOf(solution.rig, solution.estimated));
-    known.information = priors.strengths.asDiagonal();
+    known.information = priors.matrix;
     for (const ViewEquations& equations : solution.equations) {
       Add(solver::Reduce(equations, 0.0).matrix.selfadjointView<Eigen::Lower>(), known.information);
     }

@@ -4,17 +4,22 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <opencv2/core/eigen.hpp>
+#include <set>
+#include <string>
 #include <utility>
 
 #include "model/LensModel.h"
 #include "quality/Disagreement.h"
+#include "quality/EnlargedEquations.h"
 #include "quality/PairCameras.h"
 #include "quality/PoseDeviations.h"
-#include "quality/SheetEffect.h"
+#include "quality/RigEffect.h"
 #include "solver/BundleAdjustment.h"
 #include "solver/Covariance.h"
 #include "solver/Eccentricity.h"
 #include "solver/OpenCvMatrices.h"
+#include "solver/PoseGroups.h"
 #include "solver/RigStart.h"
 
 namespace velmora {
@@ -70,19 +75,61 @@ Solution SolutionOf(const PairRecords& records, const StereoIntrinsics& pairIntr
       solver::WeakPriors(solution.rig, solution.views, NoiseVariance(solution.cost, solution.views, shared));
   solution.kept = found.kept;
   solution.rejected = found.rejected;
+  solution.recounted = found.recounted;
   return solution;
 }
 
-void Measure(const Solution& solution, size_t snapshots, PairVerdict& verdict) {
+/// What errors of the held intrinsics do to the right camera's pose.
+class HeldErrors {
+ public:
+  explicit HeldErrors(const Solution& solution) : layout_(LayoutOf(solution.rig, solution.estimated)) {
+    const solver::ReducedSystem system = solver::SystemOf(solution);
+    const Eigen::Index intrinsics = layout_.shared - POSE_PARAMETERS;
+    if (!system.solvable) return;
+    SolveScaled(system.matrix.bottomRightCorner(POSE_PARAMETERS, POSE_PARAMETERS),
+                system.matrix.bottomLeftCorner(POSE_PARAMETERS, intrinsics), poseByIntrinsics_);
+  }
+
+  /// The covariance with that of both cameras' intrinsics; unchanged where nothing is known of those.
+  Eigen::MatrixXd In(const Eigen::MatrixXd& pose, const cv::Mat& left, const cv::Mat& right) const {
+    if (pose.size() == 0 || poseByIntrinsics_.size() == 0) return pose;
+    Eigen::MatrixXd held =
+        Eigen::MatrixXd::Zero(layout_.shared - POSE_PARAMETERS, layout_.shared - POSE_PARAMETERS);
+    Fill(left, layout_.cameras[0], held);
+    Fill(right, layout_.cameras[1], held);
+    return pose + poseByIntrinsics_ * held * poseByIntrinsics_.transpose();
+  }
+
+ private:
+  /// Both may be of another lens model: they share the first parameters.
+  static void Fill(const cv::Mat& covariance, const Layout::Block& block, Eigen::MatrixXd& held) {
+    Eigen::MatrixXd own;
+    if (covariance.empty()) return;
+    cv::cv2eigen(covariance, own);
+    const Eigen::Index count = std::min<Eigen::Index>(block.count, own.rows());
+    held.block(block.intrinsics, block.intrinsics, count, count) = own.topLeftCorner(count, count);
+  }
+
+  const Layout layout_;
+  Eigen::MatrixXd poseByIntrinsics_;
+};
+
+void Measure(const Solution& solution, const PairRecords& records, PairVerdict& verdict) {
   const cv::Vec3d& T = solution.rig.cameras[1].cameraFromRig.t;
   const int intrinsics = LayoutOf(solution.rig, solution.estimated).shared - POSE_PARAMETERS;
   const int first = verdict.lensesRefined ? 0 : intrinsics;
-  verdict.formal = OfRight(solver::SharedCovariance(solution, first), T);
+  const HeldErrors held(solution);
+  const HeldIntrinsics none;
+  const HeldIntrinsics& left = verdict.lensesRefined ? none : records.left;
+  const HeldIntrinsics& right = verdict.lensesRefined ? none : records.right;
+  verdict.lensesKnown = !left.formal.empty() && !right.formal.empty();
+  verdict.formal = OfRight(held.In(solver::SharedCovariance(solution, first), left.formal, right.formal), T);
   const Eigen::MatrixXd withLenses = solver::SharedCovariance(solution);
   verdict.withLenses = OfRight(withLenses, T);
-  verdict.left = PairCameraOf(solution, 0, withLenses, snapshots);
-  verdict.right = PairCameraOf(solution, 1, withLenses, snapshots);
-  verdict.jackknife = OfRight(solver::JackknifeCovariance(solution, first), T);
+  verdict.left = PairCameraOf(solution, 0, withLenses, records.objectPoints.size());
+  verdict.right = PairCameraOf(solution, 1, withLenses, records.objectPoints.size());
+  verdict.jackknife =
+      OfRight(held.In(solver::JackknifeCovariance(solution, first), left.jackknife, right.jackknife), T);
   const std::vector<double> apart = DisagreementsOf(solution);
   verdict.disagreement = UsualDisagreement(apart);
   for (const PairVerdict::Disagreement& moved : MovedViews(apart)) {
@@ -95,22 +142,30 @@ void CopyRejected(const Solution& solution, PairVerdict& verdict) {
     verdict.leftOut.push_back(
         {rejected.view, rejected.camera == 1, rejected.point, rejected.residual, rejected.reason});
   }
-  verdict.views = static_cast<int>(
-      std::count_if(solution.views.begin(), solution.views.end(), [](const TargetView& view) {
-        return !view.observations[0].IsEmpty() && !view.observations[1].IsEmpty();
-      }));
+  for (const Recounted& image : solution.recounted) {
+    verdict.recounted.push_back({image.view, image.camera == 1});
+  }
+  const std::vector<size_t> groups = solver::GroupsOf(solution.views, solution.rig);
+  std::set<size_t> poses;
+  for (size_t i = 0; i < solution.views.size(); ++i) {
+    const auto& images = solution.views[i].observations;
+    if (images[0].IsEmpty() || images[1].IsEmpty()) continue;
+    ++verdict.views;
+    poses.insert(groups[i]);
+  }
+  verdict.poses = static_cast<int>(poses.size());
 }
 
 void AssessSheet(const Solution& solution, PairVerdict& verdict) {
   if (verdict.grade == Grade::Worthless) return;
-  const SheetEffect effect = EffectOfSheet(solution);
+  const SheetEffect effect = EffectOnRig(solution, {"the left camera", "the right camera"});
   if (effect.reason.empty()) return;
   verdict.sheetBend = effect.bend;
   verdict.grade = std::max(verdict.grade, Grade::WithCare);
   verdict.remarks.push_back({effect.reason, effect.advice});
 }
 
-void AddRemark(PairVerdict& verdict, Grade grade, const char* reason, const char* advice) {
+void AddRemark(PairVerdict& verdict, Grade grade, const std::string& reason, const char* advice) {
   verdict.grade = std::max(verdict.grade, grade);
   verdict.remarks.push_back({reason, advice});
 }
@@ -134,7 +189,7 @@ void AssessDeviations(bool fullModel, PairVerdict& verdict) {
               "Use the lenses of the same result, or choose the rational model.");
   } else if (Beyond(known, CAREFUL_POSE)) {
     AddRemark(verdict, Grade::WithCare, "Rotation or translation is known only roughly.", more);
-  } else if (Beyond(BesideTilt(verdict.withLenses, fullModel), CAREFUL_POSE)) {
+  } else if (!verdict.lensesKnown && Beyond(BesideTilt(verdict.withLenses, fullModel), CAREFUL_POSE)) {
     AddRemark(
         verdict, Grade::WithCare,
         "The result is as good as the lenses that were given: these views would not show their errors.",
@@ -166,6 +221,11 @@ void AssessAgreement(PairVerdict& verdict) {
   if (verdict.views < FEW_VIEWS) {
     AddRemark(verdict, Grade::WithCare, "There are few views: the deviations are themselves unsure.",
               "Take ten common views or more.");
+  } else if (verdict.poses < FEW_VIEWS) {
+    AddRemark(verdict, Grade::WithCare,
+              "There are " + std::to_string(verdict.views) + " views, but only " +
+                  std::to_string(verdict.poses) + " different poses: the deviations are themselves unsure.",
+              "Take ten common poses or more.");
   }
 }
 
@@ -189,7 +249,7 @@ PairVerdict AssessPair(const PairRecords& records, const StereoIntrinsics& pairI
               "Check that the result and the views belong together.");
     return verdict;
   }
-  Measure(solution, records.objectPoints.size(), verdict);
+  Measure(solution, records, verdict);
   AssessDeviations(LensModelOf(records.model).parameters == FULL_PARAMETERS, verdict);
   AssessAgreement(verdict);
   AssessSheet(solution, verdict);

@@ -10,6 +10,12 @@
 
 namespace velmora {
 
+/// What is known of intrinsics that a pair holds: empty where nothing is.
+struct HeldIntrinsics {
+  cv::Mat formal;     ///< covariance, as of a CalibrationVerdict
+  cv::Mat jackknife;  ///< the same by the jackknife
+};
+
 /// What a pair was computed from, and how.
 struct PairRecords {
   std::vector<std::vector<cv::Point3d>> objectPoints;
@@ -21,6 +27,8 @@ struct PairRecords {
   std::shared_ptr<const Solution>
       solution{};        ///< that of the computation, where this engine's solver made it
   cv::Size imageSize{};  ///< of both cameras; without it nothing is said of their projections
+  HeldIntrinsics left{};
+  HeldIntrinsics right{};
 };
 
 /// Assesses either solver's result for the records. `pairIntrinsics` are those that belong to R and T. Grade

@@ -47,7 +47,9 @@ std::string PairVerdict::ToJson() const {
   nlohmann::json text;
   text["grade"] = ToString();
   text["views"] = views;
+  text["poses"] = poses;
   text["lensesRefined"] = lensesRefined;
+  text["lensesKnown"] = lensesKnown;
   text["formal"] = Object(formal);
   text["jackknife"] = Object(jackknife);
   text["withLenses"] = Object(withLenses);
@@ -65,6 +67,10 @@ std::string PairVerdict::ToJson() const {
                                {"point", item.point},
                                {"residual", Number(item.residual)},
                                {"reason", item.reason}});
+  }
+  text["recounted"] = nlohmann::json::array();
+  for (const Recounted& item : recounted) {
+    text["recounted"].push_back({{"view", item.view}, {"camera", item.right ? "right" : "left"}});
   }
   text["sheetBend"] = Number(sheetBend);
   text["remarks"] = nlohmann::json::array();

@@ -89,7 +89,10 @@ std::vector<cv::Point2f> DataAreaOf(const std::vector<TargetView>& views, size_t
   std::vector<cv::Point2f> points;
   for (const TargetView& view : views) {
     const Observation& observation = view.observations[camera];
-    points.insert(points.end(), observation.image.begin(), observation.image.end());
+    // Where a point was left out the lens may be anything: there are no data.
+    for (size_t k = 0; k < observation.image.size(); ++k) {
+      if (observation.Weight(k) > 0.0) points.emplace_back(observation.image[k]);
+    }
   }
   std::vector<cv::Point2f> hull;
   if (!points.empty()) cv::convexHull(points, hull);
@@ -146,6 +149,10 @@ double ProjectionUncertainty::InArea(const Eigen::MatrixXd& covariance) const {
 
 double ProjectionUncertainty::InImage(const Eigen::MatrixXd& covariance) const {
   return cells_.empty() ? std::numeric_limits<double>::infinity() : RootOfMean(byIntrinsics_, covariance);
+}
+
+double ProjectionUncertainty::ShareWithoutRay() const {
+  return 1.0 - static_cast<double>(cells_.size()) / (ROWS * COLUMNS);
 }
 
 Eigen::MatrixXd ProjectionUncertainty::MeanProduct() const {

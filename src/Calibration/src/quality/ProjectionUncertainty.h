@@ -14,7 +14,7 @@ namespace velmora {
 bool RayOf(const solver::Projection& projection, const Intrinsics& intrinsics, const cv::Point2d& pixel,
            cv::Vec3d& ray);
 
-/// The convex hull of what a camera saw in all views.
+/// The convex hull of what a camera saw in all views, without points that were left out.
 std::vector<cv::Point2f> DataAreaOf(const std::vector<TargetView>& views, size_t camera);
 
 /// The derivatives of the pixels of fixed rays, over a grid of the image, without what a common rotation of
@@ -31,7 +31,10 @@ class ProjectionUncertainty {
   /// The standard deviation of a coordinate in each cell, given the covariance of the estimated parameters.
   cv::Mat Map(const Eigen::MatrixXd& covariance) const;
   double InArea(const Eigen::MatrixXd& covariance) const;
+  /// Over the cells that have a ray.
   double InImage(const Eigen::MatrixXd& covariance) const;
+  /// The share of the cells for whose middle the lens has no ray.
+  double ShareWithoutRay() const;
   /// The mean product of the derivatives with themselves over the image, a square: half its trace with a
   /// covariance is the square of InImage.
   Eigen::MatrixXd MeanProduct() const;

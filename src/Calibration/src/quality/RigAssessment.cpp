@@ -2,12 +2,15 @@
 #include "quality/RigAssessment.h"
 
 #include <algorithm>
+#include <set>
 
 #include "quality/Assessment.h"
 #include "quality/Disagreement.h"
 #include "quality/PoseDeviations.h"
-#include "quality/SheetEffect.h"
+#include "quality/RigEffect.h"
+#include "quality/SearchEnd.h"
 #include "solver/Covariance.h"
+#include "solver/PoseGroups.h"
 
 namespace velmora {
 
@@ -24,14 +27,19 @@ void AddRemark(RigVerdict& verdict, Grade grade, const std::string& reason, cons
   verdict.remarks.push_back({reason, advice});
 }
 
-/// Views in which the camera saw the target together with another one.
-int LinkingViews(const Solution& solution, size_t camera) {
+/// In how many different poses the camera saw the target together with another one.
+int LinkingPoses(const Solution& solution, size_t camera) {
   const auto links = [camera](const TargetView& view) {
     const auto images = std::count_if(view.observations.begin(), view.observations.end(),
                                       [](const Observation& image) { return !image.IsEmpty(); });
     return images > 1 && !view.observations[camera].IsEmpty();
   };
-  return static_cast<int>(std::count_if(solution.views.begin(), solution.views.end(), links));
+  const std::vector<size_t> groups = solver::GroupsOf(solution.views, solution.rig);
+  std::set<size_t> poses;
+  for (size_t i = 0; i < groups.size(); ++i) {
+    if (links(solution.views[i])) poses.insert(groups[i]);
+  }
+  return static_cast<int>(poses.size());
 }
 
 void Measure(const Solution& solution, RigVerdict& verdict) {
@@ -63,7 +71,7 @@ void AssessPoses(const Solution& solution, RigVerdict& verdict) {
       AddRemark(verdict, Grade::WithCare, "How " + name + " stands to the first one is known only roughly.",
                 more);
     }
-    if (LinkingViews(solution, i) < FEW_VIEWS) {
+    if (LinkingPoses(solution, i) < FEW_VIEWS) {
       AddRemark(verdict, Grade::WithCare, "There are few views that " + name + " shares with others.",
                 "Take ten such views or more.");
     }
@@ -93,7 +101,9 @@ void AssessAgreement(RigVerdict& verdict, size_t views) {
 
 void AssessSheet(const Solution& solution, RigVerdict& verdict) {
   if (verdict.grade == Grade::Worthless) return;
-  const SheetEffect effect = EffectOfSheet(solution);
+  std::vector<std::string> names;
+  for (size_t i = 0; i < solution.rig.cameras.size(); ++i) names.push_back("camera " + std::to_string(i));
+  const SheetEffect effect = EffectOnRig(solution, names);
   if (effect.reason.empty()) return;
   verdict.sheetBend = effect.bend;
   AddRemark(verdict, Grade::WithCare, effect.reason, effect.advice);
@@ -116,6 +126,7 @@ RigVerdict AssessRig(const Solution& solution) {
   AssessPoses(solution, verdict);
   AssessAgreement(verdict, solution.views.size());
   AssessSheet(solution, verdict);
+  if (EndedEarly(solution)) AddRemark(verdict, Grade::WithCare, EARLY_END, EARLY_END_ADVICE);
   AssessCameras(solution, verdict);
   return verdict;
 }

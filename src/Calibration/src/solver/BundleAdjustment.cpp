@@ -1,6 +1,8 @@
 /// Adjusts a rig of cameras and the poses of the target to what was observed.
 #include "solver/BundleAdjustment.h"
 
+#include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "solver/Eccentricity.h"
@@ -14,6 +16,12 @@ namespace {
 constexpr int ECCENTRICITY_CORRECTIONS = 2;
 /// Each strengthens a prior three times: together by thirteen powers of ten.
 constexpr int MOST_STRENGTHS = 28;
+/// None is needed where the start was near, and two nearly everywhere else.
+constexpr int MOST_RENEWALS = 6;
+/// What of the cost a larger model may have at most.
+constexpr double LOST = 2.0;
+/// Before the model is known to fit, residuals beyond this share of the image's width are not all noise.
+constexpr double BELIEVED_NOISE = 0.001;
 
 CalibrationProblem ProblemFrom(const Solution& solution) {
   return {solution.rig, solution.views, solution.estimated, solution.priors};
@@ -42,40 +50,79 @@ Solution Solve(CalibrationProblem problem, int parameters, const BundleOptions& 
   return Minimise(std::move(problem), solve);
 }
 
-/// Makes priors stronger until no distortion has a pole within its image.
+/// Goes from a model to a larger one, with priors that are made stronger until no distortion has a pole
+/// within its image.
 class Enlargement {
  public:
-  Enlargement(CalibrationProblem from, int parameters, double variance, const BundleOptions& options)
-      : from_(std::move(from)), parameters_(parameters), variance_(variance), options_(options) {
+  Enlargement(const Solution& from, int parameters, const BundleOptions& options)
+      : from_(ProblemFrom(from)), mostCost_(LOST * from.cost), parameters_(parameters), options_(options) {
     SetParameters(from_.rig, parameters);
-    for (size_t i = 0; i < from_.rig.cameras.size(); ++i) {
-      radii_.push_back(DataRadius(from_.rig.cameras[i], i, from_.views));
-    }
-    strengths_.assign(radii_.size(), 1.0);
+    const double width = from_.rig.cameras.front().imageSize.width;
+    firstVariance_ = std::min(NoiseVariance(from), std::pow(BELIEVED_NOISE * width, 2));
   }
 
-  /// With the weak prior the larger models have one minimum, wherever the search begins.
   Solution Run() {
+    Solution larger = Searched();
+    if (!smooth_ || options_.progress.IsGivenUp() || !IsLost(larger)) return larger;
+    // Where views do not determine how far a camera sees, a smooth curve may lead nowhere.
+    smooth_ = false;
+    return Searched();
+  }
+
+ private:
+  /// With the weak prior the larger models have one minimum, wherever the search begins.
+  Solution Searched() {
     Solution larger;
+    strengths_.assign(from_.rig.cameras.size(), 1.0);
     for (int i = 0; i < MOST_STRENGTHS; ++i) {
+      spreads_ = SpreadsOf(from_.rig, from_.views);
+      variance_ = firstVariance_;
       larger = Solved(from_);
-      // What it started from may have been far off: again with the noise as it is now known.
-      for (double known = NoiseVariance(larger); known < 0.5 * variance_; known = NoiseVariance(larger)) {
-        variance_ = known;
+      // A search that did not settle tells nothing that the next one could go by.
+      for (int again = 0; again < MOST_RENEWALS && larger.converged && Renew(larger); ++again) {
         larger = Solved(ProblemFrom(larger));
       }
-      if (!larger.usable || options_.progress.IsGivenUp() || !StrengthenWherePoles(larger.rig)) break;
+      if (options_.progress.IsGivenUp() || IsLost(larger) || !StrengthenWherePoles(larger.rig)) break;
     }
     return larger;
   }
 
- private:
+  /// A larger model explains no less than what it came from, but for what the prior takes.
+  bool IsLost(const Solution& solution) const { return !solution.usable || !(solution.cost <= mostCost_); }
+
   Solution Solved(CalibrationProblem problem) const {
     problem.priors.clear();
-    for (size_t i = 0; i < radii_.size(); ++i)
-      problem.priors.push_back(PriorFor(radii_[i], variance_, strengths_[i]));
+    for (size_t i = 0; i < spreads_.size(); ++i) {
+      problem.priors.push_back(PriorFor(spreads_[i], variance_, strengths_[i]));
+      if (!smooth_) problem.priors.back().smoothness = 0.0;
+    }
     return Solve(std::move(problem), parameters_, options_);
   }
+
+  static std::vector<Spread> SpreadsOf(const Rig& rig, const std::vector<TargetView>& views) {
+    std::vector<Spread> spreads;
+    for (size_t i = 0; i < rig.cameras.size(); ++i) spreads.push_back(SpreadOf(rig.cameras[i], i, views));
+    return spreads;
+  }
+
+  /// What it started from may have been far off: true when the noise and how far the cameras see, as they are
+  /// now known, are others than the priors were made for.
+  bool Renew(const Solution& solution) {
+    const std::vector<Spread> spreads = SpreadsOf(solution.rig, solution.views);
+    const double variance = NoiseVariance(solution);
+    bool isNew = variance < 0.5 * variance_;
+    for (size_t i = 0; i < spreads.size(); ++i) {
+      // Narrow images hardly need to know, and may not determine it: the focal length would wander off.
+      if (!smooth_ || !IsWide(spreads_[i])) continue;
+      isNew = isNew || IsOther(variance, variance_) || IsOther(spreads[i].radius, spreads_[i].radius) ||
+              IsOther(spreads[i].angle, spreads_[i].angle);
+      spreads_[i] = spreads[i];
+    }
+    variance_ = variance;
+    return isNew;
+  }
+
+  static bool IsOther(double now, double before) { return !(std::abs(now - before) <= 0.1 * before); }
 
   bool StrengthenWherePoles(const Rig& rig) {
     bool strengthened = false;
@@ -88,10 +135,13 @@ class Enlargement {
   }
 
   CalibrationProblem from_;
+  const double mostCost_;
   const int parameters_;
-  double variance_;
   const BundleOptions& options_;
-  std::vector<double> radii_;
+  double firstVariance_;  ///< of the noise, as it was known before
+  bool smooth_ = true;    ///< whether priors are of the curve, too
+  double variance_ = 0.0;
+  std::vector<Spread> spreads_;
   std::vector<double> strengths_;
 };
 
@@ -101,7 +151,7 @@ Solution SolveModels(const CalibrationProblem& start, const BundleOptions& optio
   Solution best = Solve(start, CLASSIC_PARAMETERS, options);
   for (const int parameters : {RATIONAL_PARAMETERS, FULL_PARAMETERS}) {
     if (parameters > options.parameters || !best.usable || options.progress.IsGivenUp()) continue;
-    best = Enlargement(ProblemFrom(best), parameters, NoiseVariance(best), options).Run();
+    best = Enlargement(best, parameters, options).Run();
   }
   return best;
 }
@@ -110,8 +160,7 @@ Solution SolveModel(CalibrationProblem start, const BundleOptions& options) {
   SetParameters(start.rig, options.parameters);
   start.priors.clear();
   if (options.parameters == CLASSIC_PARAMETERS) return Solve(std::move(start), options.parameters, options);
-  const double variance = NoiseVariance(EvaluatedAt(start, options.threads));
-  return Enlargement(std::move(start), options.parameters, variance, options).Run();
+  return Enlargement(EvaluatedAt(start, options.threads), options.parameters, options).Run();
 }
 
 Solution SolveAgain(const Solution& earlier, std::vector<TargetView> views, const BundleOptions& options) {
@@ -158,7 +207,7 @@ std::vector<Prior> WeakPriors(const Rig& rig, const std::vector<TargetView>& vie
   std::vector<Prior> priors;
   for (size_t i = 0; i < rig.cameras.size(); ++i) {
     const bool larger = rig.cameras[i].intrinsics.estimated > CLASSIC_PARAMETERS;
-    priors.push_back(larger ? PriorFor(DataRadius(rig.cameras[i], i, views), variance, 1.0) : Prior{});
+    priors.push_back(larger ? PriorFor(SpreadOf(rig.cameras[i], i, views), variance, 1.0) : Prior{});
   }
   return priors;
 }

@@ -19,8 +19,8 @@ struct BundleOptions {
 
 /// One lens model after the other, from the classic to the one asked for, each from where the smaller one
 /// ended. The larger models have a flat valley in which coefficients grow without an effect on the pixels: a
-/// weak prior on those beyond the classic ones keeps them out of it. That of the denominator is strengthened
-/// as far as it takes to have no pole of the distortion within the image.
+/// weak prior keeps them out of it, and the curve of wide lenses smooth where there is no data. It is
+/// strengthened as far as it takes to have no pole of the distortion within the image.
 Solution SolveModels(const CalibrationProblem& start, const BundleOptions& options);
 
 /// The model asked for at once, from a start whose intrinsics are nearly right.

@@ -1,8 +1,11 @@
 /// Calibrates cameras: from what was observed to a solution.
 #include "solver/CameraCalibration.h"
 
+#include <utility>
+
 #include "solver/Initialisation.h"
 #include "solver/OutlierRejection.h"
+#include "solver/Reordering.h"
 
 namespace velmora::solver {
 
@@ -13,6 +16,16 @@ void Note(const Selection& selection, double discRadius, Solution& solution) {
   solution.rejected = selection.rejected;
   solution.tooFewAgree = selection.tooFewAgree;
   solution.discRadius = discRadius;
+}
+
+Solution AdjustSelected(const CalibrationProblem& start, bool robust, const BundleOptions& options) {
+  const Selection selection = robust ? Selected(start, options) : AllOf(start.views);
+  CalibrationProblem selected = start;
+  selected.views = selection.views;
+  Solution solution = Adjust(selected, options);
+  Note(selection, options.discRadius, solution);
+  solution.robust = robust;
+  return solution;
 }
 
 }  // namespace
@@ -37,12 +50,14 @@ Solution CalibrateCamera(const std::vector<TargetView>& views, const cv::Size& i
 }
 
 Solution CalibrateRig(const CalibrationProblem& start, bool robust, const BundleOptions& options) {
-  const Selection selection = robust ? Selected(start, options) : AllOf(start.views);
-  CalibrationProblem selected = start;
-  selected.views = selection.views;
-  Solution solution = Adjust(selected, options);
-  Note(selection, options.discRadius, solution);
-  solution.robust = robust;
+  Solution solution = AdjustSelected(start, robust, options);
+  if (!robust || !solution.usable || options.progress.IsGivenUp()) return solution;
+  std::vector<Recounted> recounted = RecountedImages(start.views, solution);
+  if (recounted.empty()) return solution;
+  CalibrationProblem again = start;
+  for (const Recounted& image : recounted) Reorder(image, again.views[image.view]);
+  solution = AdjustSelected(again, robust, options);
+  solution.recounted = std::move(recounted);
   return solution;
 }
 

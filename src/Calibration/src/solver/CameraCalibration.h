@@ -21,7 +21,8 @@ Solution CalibrateCamera(const std::vector<TargetView>& views, const cv::Size& i
 /// Calibrates one camera from views that were selected before.
 Solution CalibrateCamera(const Selection& selection, const cv::Size& imageSize, const BundleOptions& options);
 
-/// Cameras whose intrinsics are known, or (`start.estimated`) nearly known.
+/// Cameras whose intrinsics are known, or (`start.estimated`) nearly known. `robust`, images whose points
+/// were counted from another end of the target than those of the other images are put right, and told.
 Solution CalibrateRig(const CalibrationProblem& start, bool robust, const BundleOptions& options);
 
 }  // namespace velmora::solver

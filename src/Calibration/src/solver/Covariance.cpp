@@ -2,7 +2,11 @@
 #include "solver/Covariance.h"
 
 #include <Eigen/Cholesky>
+#include <utility>
+#include <vector>
 
+#include "solver/ClusterCovariance.h"
+#include "solver/PoseGroups.h"
 #include "solver/ScaledSystem.h"
 
 namespace velmora::solver {
@@ -10,20 +14,6 @@ namespace velmora::solver {
 namespace {
 
 using Index = Eigen::Index;
-
-/// A view's share among all shared parameters.
-ReducedSystem Spread(const ReducedView& view, const std::vector<int>& columns, Index shared) {
-  ReducedSystem system{Eigen::MatrixXd::Zero(shared, shared), Eigen::VectorXd::Zero(shared), view.solvable};
-  for (size_t j = 0; j < columns.size() && view.solvable; ++j) {
-    for (size_t i = j; i < columns.size(); ++i) {
-      const double value = view.matrix(static_cast<Index>(i), static_cast<Index>(j));
-      system.matrix(columns[i], columns[j]) = value;
-      system.matrix(columns[j], columns[i]) = value;
-    }
-    system.gradient(columns[j]) = view.gradient(static_cast<Index>(j));
-  }
-  return system;
-}
 
 }  // namespace
 
@@ -38,22 +28,14 @@ Eigen::MatrixXd SharedCovariance(const Solution& solution, int firstEstimated) {
 
 Eigen::MatrixXd JackknifeCovariance(const Solution& solution, int firstEstimated) {
   const ReducedSystem system = SystemOf(solution);
-  const Index shared = system.gradient.size();
-  const Index count = shared - firstEstimated;
-  ScaledSystem all;
-  if (!system.solvable || !all.Decompose(system.matrix.bottomRightCorner(count, count))) return {};
-  // Where all views together would go from here: nowhere, unless the discs were corrected anew.
-  const Eigen::VectorXd together = all.Solve(system.gradient.tail(count));
-  Eigen::MatrixXd covariance = Eigen::MatrixXd::Zero(count, count);
-  for (const ViewEquations& equations : solution.equations) {
-    const ReducedSystem view = Spread(Reduce(equations, 0.0), equations.columns, shared);
-    ScaledSystem without;
-    if (!without.Decompose((system.matrix - view.matrix).bottomRightCorner(count, count))) return {};
-    const Eigen::VectorXd change = without.Solve((view.gradient - system.gradient).tail(count)) + together;
-    covariance.noalias() += change * change.transpose();
-  }
-  const auto views = static_cast<double>(solution.equations.size());
-  return covariance * ((views - 1.0) / views);
+  const Index count = system.gradient.size() - firstEstimated;
+  const auto estimated = [count](const ReducedSystem& whole) {
+    return ReducedSystem{whole.matrix.bottomRightCorner(count, count), whole.gradient.tail(count),
+                         whole.solvable};
+  };
+  std::vector<ReducedSystem> parts = PartsOf(solution, GroupsOf(solution.views, solution.rig));
+  for (ReducedSystem& part : parts) part = estimated(part);
+  return ClusterCovariance(estimated(system), parts);
 }
 
 Eigen::MatrixXd IntrinsicsCovariance(const Eigen::MatrixXd& shared, const Layout::Block& block) {

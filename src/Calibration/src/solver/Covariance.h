@@ -11,8 +11,9 @@ namespace velmora::solver {
 /// determine it. Shared parameters before `firstEstimated` are taken for known, and have no rows and columns.
 Eigen::MatrixXd SharedCovariance(const Solution& solution, int firstEstimated = 0);
 
-/// The covariance of the shared parameters by the jackknife: from what leaving out each view in turn would
-/// change, to first order. Empty also when the views would not determine it without one of them.
+/// The same by the jackknife: from what leaving out each pose of the target in turn would change, to first
+/// order, corrected for how much each has drawn the result to its side. Views of like poses (see GroupsOf)
+/// are one. Empty also when the views would not determine it without one of them.
 Eigen::MatrixXd JackknifeCovariance(const Solution& solution, int firstEstimated = 0);
 
 /// The part of such a covariance that is of a camera's intrinsics; empty of an empty one.

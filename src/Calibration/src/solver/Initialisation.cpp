@@ -52,6 +52,7 @@ void AddFocalConditions(const cv::Matx33d& homography, const cv::Vec2d& middle, 
 /// usual camera where they tell nothing.
 cv::Vec2d FocalLengths(const std::vector<cv::Matx33d>& homographies, const cv::Vec2d& middle, double width) {
   constexpr double USUAL = 1.0;
+  constexpr double MOST_SQUEEZED = 5.0;  // halves side by side, and single fields of those
   const auto sensible = [](double f) { return f > 0.1 && f < 20.0; };
   cv::Matx22d products = cv::Matx22d::zeros();
   cv::Vec2d right(0.0, 0.0);
@@ -63,7 +64,8 @@ cv::Vec2d FocalLengths(const std::vector<cv::Matx33d>& homographies, const cv::V
                        (products(0, 0) * right[1] - products(1, 0) * right[0]) / determinant);
   const double fx = 1.0 / std::sqrt(both[0]);
   const double fy = 1.0 / std::sqrt(both[1]);
-  if (sensible(fx) && sensible(fy) && fx < 2.0 * fy && fy < 2.0 * fx) return {fx * width, fy * width};
+  if (sensible(fx) && sensible(fy) && fx < MOST_SQUEEZED * fy && fy < MOST_SQUEEZED * fx)
+    return {fx * width, fy * width};
   const double single = (right[0] + right[1]) / (products(0, 0) + 2.0 * products(0, 1) + products(1, 1));
   const double f = 1.0 / std::sqrt(single);
   return sensible(f) ? cv::Vec2d(f * width, f * width) : cv::Vec2d(USUAL * width, USUAL * width);

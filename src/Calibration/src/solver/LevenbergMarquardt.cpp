@@ -22,7 +22,7 @@ struct Evaluation {
   double cost = 0.0;
   bool usable = true;
 
-  double Total() const { return cost + priors.Cost(); }
+  double Total() const { return cost + priors.cost; }
 };
 
 /// A step of everything, and by how much it should reduce the cost.
@@ -74,7 +74,7 @@ class Minimiser {
     solution.priors.resize(solution.rig.cameras.size());
     solution.equations = std::move(now_.equations);
     solution.cost = now_.cost;
-    solution.priorCost = now_.priors.Cost();
+    solution.priorCost = now_.priors.cost;
     solution.iterations = iterations_;
     solution.converged = converged_;
     solution.usable = now_.usable;
@@ -112,7 +112,7 @@ class Minimiser {
 
   /// The diagonal of the shared block, of all views and the priors.
   Eigen::VectorXd Diagonal() const {
-    Eigen::VectorXd diagonal = now_.priors.strengths;
+    Eigen::VectorXd diagonal = now_.priors.matrix.diagonal();
     for (const ViewEquations& equations : now_.equations) {
       for (Eigen::Index i = 0; i < equations.Own(); ++i) {
         diagonal(equations.columns[static_cast<size_t>(i)]) += equations.products(i, i);
@@ -147,8 +147,7 @@ class Minimiser {
     });
     for (const double value : predicted) step.predicted += value;
     step.predicted += damping_.Value() * (diagonal.array() * step.shared.array().square()).sum();
-    step.predicted -=
-        (now_.priors.strengths.array() * now_.priors.values.array() * step.shared.array()).sum();
+    step.predicted -= now_.priors.gradient.dot(step.shared);
     return true;
   }
 

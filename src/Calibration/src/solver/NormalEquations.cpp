@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "solver/ObservationEquations.h"
+#include "solver/RadialCurve.h"
 #include "solver/ScaledSystem.h"
 #include "solver/Threads.h"
 
@@ -295,13 +296,38 @@ bool PoseStepFor(const ViewEquations& equations, double damping, const Eigen::Ve
   return true;
 }
 
+namespace {
+
+void AddRoughness(const Prior& prior, const Intrinsics& intrinsics, int first, PriorTerms& terms) {
+  const Roughness roughness = RoughnessOf(intrinsics, prior.angle);
+  const double weight = prior.smoothness / static_cast<double>(roughness.values.size());
+  const auto at = [&](int i) { return first + RADIAL[static_cast<size_t>(i)]; };
+  for (int i = 0; i < RADIAL_COUNT; ++i) {
+    const auto column = roughness.slopes.col(i);
+    terms.gradient(at(i)) += weight * column.dot(roughness.values);
+    for (int k = 0; k < RADIAL_COUNT; ++k) {
+      terms.matrix(at(i), at(k)) += weight * column.dot(roughness.slopes.col(k));
+    }
+  }
+  terms.cost += weight * roughness.values.squaredNorm();
+}
+
+}  // namespace
+
 PriorTerms PriorTermsOf(const std::vector<Prior>& priors, const Rig& rig, const Layout& layout) {
-  PriorTerms terms{Eigen::VectorXd::Zero(layout.shared), Eigen::VectorXd::Zero(layout.shared)};
+  PriorTerms terms{Eigen::MatrixXd::Zero(layout.shared, layout.shared), Eigen::VectorXd::Zero(layout.shared)};
   for (size_t i = 0; i < priors.size(); ++i) {
     const Layout::Block& block = layout.cameras[i];
+    const Intrinsics& intrinsics = rig.cameras[i].intrinsics;
     for (int k = 0; k < block.count; ++k) {
-      terms.strengths(block.intrinsics + k) = priors[i][static_cast<size_t>(k)];
-      terms.values(block.intrinsics + k) = rig.cameras[i].intrinsics.values[static_cast<size_t>(k)];
+      const double pull = priors[i].pulls[static_cast<size_t>(k)];
+      const double value = intrinsics.values[static_cast<size_t>(k)];
+      terms.matrix(block.intrinsics + k, block.intrinsics + k) += pull;
+      terms.gradient(block.intrinsics + k) += pull * value;
+      terms.cost += pull * value * value;
+    }
+    if (priors[i].smoothness > 0.0 && block.count >= RATIONAL_PARAMETERS) {
+      AddRoughness(priors[i], intrinsics, block.intrinsics, terms);
     }
   }
   return terms;
@@ -310,7 +336,7 @@ PriorTerms PriorTermsOf(const std::vector<Prior>& priors, const Rig& rig, const 
 ReducedSystem SystemOf(const std::vector<ViewEquations>& equations, const PriorTerms& priors, double damping,
                        int threads) {
   constexpr size_t TOGETHER = 16;
-  const Index shared = priors.strengths.size();
+  const Index shared = priors.gradient.size();
   const size_t parts = (equations.size() + TOGETHER - 1) / TOGETHER;
   std::vector<ReducedSystem> sums(parts);
   ForRanges(parts, threads, [&](size_t from, size_t to) {
@@ -326,8 +352,7 @@ ReducedSystem SystemOf(const std::vector<ViewEquations>& equations, const PriorT
       }
     }
   });
-  ReducedSystem system{priors.strengths.asDiagonal(), priors.strengths.cwiseProduct(priors.values),
-                       parts > 0};
+  ReducedSystem system{priors.matrix, priors.gradient, parts > 0};
   for (const ReducedSystem& sum : sums) {
     system.solvable = system.solvable && sum.solvable;
     system.matrix += sum.matrix;

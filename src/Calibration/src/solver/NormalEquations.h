@@ -43,12 +43,11 @@ Coupling CouplingOf(const ViewEquations& equations);
 /// The slope of half the cost along the pose.
 PoseStep PoseGradientOf(const ViewEquations& equations);
 
-/// What priors pull at: strengths and values of the shared parameters, zero for those without.
+/// What priors add to the equations of the shared parameters.
 struct PriorTerms {
-  Eigen::VectorXd strengths;
-  Eigen::VectorXd values;
-
-  double Cost() const { return (strengths.array() * values.array().square()).sum(); }
+  Eigen::MatrixXd matrix;  ///< both triangles
+  Eigen::VectorXd gradient;
+  double cost = 0.0;
 };
 PriorTerms PriorTermsOf(const std::vector<Prior>& priors, const Rig& rig, const Layout& layout);
 

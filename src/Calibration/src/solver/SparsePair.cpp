@@ -8,6 +8,7 @@
 
 #include "solver/CameraCalibration.h"
 #include "solver/OpenCvMatrices.h"
+#include "solver/Reordering.h"
 #include "solver/RigStart.h"
 
 namespace velmora {
@@ -39,6 +40,9 @@ class PairSolver {
     for (size_t i = 0; i < fixed.views.size(); ++i) {
       start.views.push_back(target_.views[fixed.kept[i]]);
       start.views.back().rigFromTarget = fixed.views[i].rigFromTarget;
+      for (const Recounted& image : fixed.recounted) {
+        if (image.view == fixed.kept[i]) solver::Reorder(image, start.views.back());
+      }
     }
     for (Camera& camera : start.rig.cameras) camera.imageSize = imageSize;
     bundle_.discRadius = options_.discRadius;
@@ -46,6 +50,8 @@ class PairSolver {
     Solution refined = Checked(solver::CalibrateRig(start, options_.robust, bundle_));
     // Views that were rejected before stay so; the rest was checked anew.
     for (Rejected& rejected : refined.rejected) rejected.view = fixed.kept[rejected.view];
+    for (Recounted& image : refined.recounted) image.view = fixed.kept[image.view];
+    refined.recounted.insert(refined.recounted.begin(), fixed.recounted.begin(), fixed.recounted.end());
     for (size_t& view : refined.kept) view = fixed.kept[view];
     for (const Rejected& rejected : fixed.rejected) {
       const bool whole = !std::binary_search(fixed.kept.begin(), fixed.kept.end(), rejected.view);

@@ -16,19 +16,28 @@ double Narrow(double value) {
   return static_cast<double>(static_cast<float>(value));
 }
 
-/// The points about their middle.
-std::vector<cv::Point3d> Centred(const std::vector<cv::Point3d>& points, cv::Vec3d& middle) {
-  std::vector<cv::Point3d> centred;
+using Points = std::vector<cv::Point3d>;
+
+cv::Point3d MiddleOf(const Points& points) {
   cv::Point3d sum;
   for (const cv::Point3d& point : points) {
-    CV_Assert(point.z == 0.0);
-    centred.emplace_back(Narrow(point.x), Narrow(point.y), 0.0);
-    sum += centred.back();
+    CV_Assert(std::isfinite(point.x) && std::isfinite(point.y) && point.z == 0.0);
+    sum += point;
   }
-  const cv::Point3d mean = sum * (1.0 / static_cast<double>(points.size()));
-  for (cv::Point3d& point : centred) point -= mean;
-  middle = {mean.x, mean.y, mean.z};
-  return centred;
+  return sum * (1.0 / static_cast<double>(points.size()));
+}
+
+bool IsPartOf(const Points& whole, const Points& points) {
+  if (points == whole) return true;
+  return std::all_of(points.begin(), points.end(), [&](const cv::Point3d& point) {
+    return std::find(whole.begin(), whole.end(), point) != whole.end();
+  });
+}
+
+/// The points about a middle, as exact as they are: single precision would lose what is far from the origin.
+Points Centred(Points points, const cv::Point3d& middle) {
+  for (cv::Point3d& point : points) point -= middle;
+  return points;
 }
 
 void RequireEach(const ImagePoints& imagePoints) {
@@ -49,10 +58,14 @@ Target TargetOf(const ObjectPoints& objectPoints, const std::vector<ImagePoints>
   CV_Assert(!objectPoints.empty() && !cameras.empty());
   for (const ImagePoints& camera : cameras) CV_Assert(camera.size() == objectPoints.size());
   Target target;
+  const Points& most = *std::max_element(objectPoints.begin(), objectPoints.end(),
+                                         [](const auto& a, const auto& b) { return a.size() < b.size(); });
   for (size_t i = 0; i < objectPoints.size(); ++i) {
     CV_Assert(objectPoints[i].size() >= FEWEST_POINTS);
-    cv::Vec3d middle;
-    const std::vector<cv::Point3d> object = Centred(objectPoints[i], middle);
+    const cv::Point3d own = MiddleOf(objectPoints[i]);
+    // Parts of a target lie where they do on the whole.
+    const cv::Point3d middle = IsPartOf(most, objectPoints[i]) ? MiddleOf(most) : own;
+    const Points object = Centred(objectPoints[i], middle);
     TargetView view;
     bool isObserved = false;
     for (const ImagePoints& camera : cameras) {
@@ -68,7 +81,7 @@ Target TargetOf(const ObjectPoints& objectPoints, const std::vector<ImagePoints>
     }
     CV_Assert(isObserved);
     target.views.push_back(std::move(view));
-    target.middles.push_back(middle);
+    target.middles.emplace_back(middle.x, middle.y, middle.z);
   }
   return target;
 }

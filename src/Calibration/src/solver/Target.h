@@ -18,10 +18,10 @@ struct Target {
   std::vector<cv::Vec3d> middles;
 };
 
-/// Takes coordinates in single precision, as OpenCV's solver does: both are given the same numbers. A camera
-/// that did not see a view has an empty list for it. Raises cv::Exception for lists that do not match, for
-/// views that no camera saw, for points that are not finite, and for targets with fewer than four points or
-/// with points off the plane z = 0.
+/// Takes pixels in single precision, as OpenCV's solver does: both are given the same numbers. A camera that
+/// did not see a view has an empty list for it. Raises cv::Exception for lists that do not match, for views
+/// that no camera saw, for points that are not finite, and for targets with fewer than four points or with
+/// points off the plane z = 0.
 Target TargetOf(const ObjectPoints& objectPoints, const std::vector<ImagePoints>& cameras);
 
 /// The target of one camera, which observed every view.

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <future>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -15,10 +16,18 @@ void ForRanges(std::size_t count, int threads, const std::function<void(std::siz
     return;
   }
   std::vector<std::future<void>> others;
-  for (std::size_t i = 1; i < ranges; ++i) {
-    others.push_back(std::async(std::launch::async, work, i * count / ranges, (i + 1) * count / ranges));
+  others.reserve(ranges);
+  std::size_t started = 1;
+  try {
+    for (; started < ranges; ++started) {
+      others.push_back(
+          std::async(std::launch::async, work, started * count / ranges, (started + 1) * count / ranges));
+    }
+  } catch (const std::system_error&) {
+    // The system starts no more threads: this one does what is left.
   }
   work(0, count / ranges);
+  if (started < ranges) work(started * count / ranges, count);
   for (auto& other : others) other.get();
 }
 

@@ -1,32 +1,26 @@
-/// The weak prior that keeps the larger lens models' coefficients small, and what it must not let pass.
+/// The weak prior that keeps the larger lens models' coefficients small and their curves smooth, and what it
+/// must not let pass.
 #include "solver/WeakPrior.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+
+#include "solver/RadialCurve.h"
 
 namespace velmora::solver {
 
 namespace {
 
-/// Denominators below this are taken for the neighbourhood of a pole.
-constexpr double LEAST_DENOMINATOR = 0.05;
+/// What k4, k5 and k6 are free to be of any lens. Fisheyes need it, however far from the axis their data are.
+constexpr std::array<double, 3> FREEDOM = {1.0, 0.5, 0.1};
+/// Of lenses, which have roughness of a good half: in variances of the noise.
+constexpr double SMOOTHNESS = 2.0;
 
-double Denominator(const Intrinsics& intrinsics, double r2) {
-  const auto& p = intrinsics.values;
-  return 1.0 + r2 * (p[K4] + r2 * (p[K4 + 1] + r2 * p[K4 + 2]));
-}
-
-double Numerator(const Intrinsics& intrinsics, double r2) {
-  const auto& p = intrinsics.values;
-  return 1.0 + r2 * (p[K1] + r2 * (p[K2] + r2 * p[K3]));
-}
-
-/// The largest distance from the axis, at depth one, of the image's corners.
-double CornerRadius(const Intrinsics& intrinsics, const cv::Size& imageSize) {
-  const auto& p = intrinsics.values;
-  const double x = std::max(p[2], imageSize.width - 1 - p[2]) / p[0];
-  const double y = std::max(p[3], imageSize.height - 1 - p[3]) / p[1];
-  return std::hypot(x, y);
+/// Narrower images leave little to guess beyond the data: smoothness counts from 43 degrees off the axis on,
+/// and from 57 degrees on in full.
+double ShareOf(double angle) {
+  return std::clamp((angle - 0.75) / 0.25, 0.0, 1.0);
 }
 
 }  // namespace
@@ -43,15 +37,29 @@ double DataRadius(const Camera& camera, size_t number, const std::vector<TargetV
   return radius;
 }
 
-Prior PriorFor(double radius, double variance, double denominator) {
-  Prior prior{};
-  const double r2 = radius * radius;
+Spread SpreadOf(const Camera& camera, size_t number, const std::vector<TargetView>& views) {
+  const double radius = DataRadius(camera, number, views);
+  return {radius, CornerAngle(camera.intrinsics, camera.imageSize, std::atan(radius))};
+}
+
+bool IsWide(const Spread& spread) {
+  return ShareOf(spread.angle) > 0.0;
+}
+
+Prior PriorFor(const Spread& spread, double variance, double strength) {
+  Prior prior;
+  const double r2 = spread.radius * spread.radius;
   const auto pull = [&](int parameter, double standardDeviation) {
-    prior[static_cast<size_t>(parameter)] = variance / (standardDeviation * standardDeviation);
+    prior.pulls[static_cast<size_t>(parameter)] = variance / (standardDeviation * standardDeviation);
   };
-  for (int i = 0; i < 3; ++i) pull(K4 + i, 0.5 / (std::sqrt(denominator) * std::pow(r2, i + 1)));
+  for (size_t i = 0; i < 3; ++i) {
+    const double standardDeviation = std::max(0.5 / std::pow(r2, static_cast<double>(i) + 1.0), FREEDOM[i]);
+    pull(K4 + static_cast<int>(i), standardDeviation / std::sqrt(strength));
+  }
   for (int i = 0; i < 4; ++i) pull(S1 + i, 0.01 / std::pow(r2, i % 2 + 1));
   for (int i = 0; i < 2; ++i) pull(TAU_X + i, 0.02);
+  prior.smoothness = SMOOTHNESS * ShareOf(spread.angle) * strength * strength * variance;
+  prior.angle = spread.angle;
   return prior;
 }
 

@@ -34,6 +34,15 @@ final class Documents {
     return element.isJsonNull() ? Double.POSITIVE_INFINITY : number(element, key).doubleValue();
   }
 
+  /** An array of so many numbers. */
+  static double[] reals(JsonObject object, String key, int count) {
+    JsonElement element = member(object, key);
+    if (!element.isJsonArray() || element.getAsJsonArray().size() != count) {
+      throw new IllegalArgumentException("'" + key + "' is no array of " + count + " numbers");
+    }
+    return elements(element.getAsJsonArray(), key);
+  }
+
   static List<JsonObject> objects(JsonObject object, String key) {
     JsonElement element = member(object, key);
     if (!element.isJsonArray()) {

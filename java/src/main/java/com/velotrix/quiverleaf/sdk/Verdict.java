@@ -92,6 +92,7 @@ public final class Verdict {
   private final List<Remark> remarks = new ArrayList<>();
   private final List<LeftOut> leftOut = new ArrayList<>();
   private final int views;
+  private final int poses;
   private final double focalDeviation;
   private final double focalJackknife;
   private final double deviationInData;
@@ -99,6 +100,13 @@ public final class Verdict {
   private final double systematicInData;
   private final double sheetBend;
   private final double sheetStretch;
+  private final double printError;
+  private final double movedWhileRead;
+  private final double focalChange;
+  private final double[] principalPointChange;
+  private final int changedAfter;
+  private final double principalPointDeviation;
+  private final double imageWithoutRay;
   private final double deviationInImage;
   private final double coverage;
 
@@ -107,6 +115,7 @@ public final class Verdict {
     JsonObject document = Documents.parse(json);
     grade = Grade.of(Documents.text(document, "grade"));
     views = Documents.integer(document, "views");
+    poses = Documents.integer(document, "poses");
     focalDeviation = Documents.realOrInfinite(document, "focalDeviation");
     focalJackknife = Documents.realOrInfinite(document, "focalJackknife");
     deviationInData = Documents.realOrInfinite(document, "deviationInData");
@@ -114,6 +123,13 @@ public final class Verdict {
     systematicInData = Documents.realOrInfinite(document, "systematicInData");
     sheetBend = Documents.realOrInfinite(document, "sheetBend");
     sheetStretch = Documents.realOrInfinite(document, "sheetStretch");
+    printError = Documents.realOrInfinite(document, "printError");
+    movedWhileRead = Documents.realOrInfinite(document, "movedWhileRead");
+    focalChange = Documents.realOrInfinite(document, "focalChange");
+    principalPointChange = Documents.reals(document, "principalPointChange", 2);
+    changedAfter = Documents.integer(document, "changedAfter");
+    principalPointDeviation = Documents.realOrInfinite(document, "principalPointDeviation");
+    imageWithoutRay = Documents.realOrInfinite(document, "imageWithoutRay");
     deviationInImage = Documents.realOrInfinite(document, "deviationInImage");
     coverage = Documents.realOrInfinite(document, "coverage");
     for (JsonObject remark : Documents.objects(document, "remarks")) {
@@ -143,6 +159,9 @@ public final class Verdict {
   /** The number of snapshots that the result is of. */
   public int views() { return views; }
 
+  /** How many of them are different: those in which the sheet was where it was in another one count once. */
+  public int poses() { return poses; }
+
   /** Deviation of the focal length, relative to it, from the noise of the points. */
   public double focalDeviation() { return focalDeviation; }
 
@@ -157,8 +176,8 @@ public final class Verdict {
 
   /**
    * By how many pixels projections are off where there is data for a reason that is no noise: a sheet that is
-   * bent or out of proportion, or a lens that the model does not hold; 0 when the snapshots show none of
-   * these.
+   * bent, out of proportion or moved, a lens that the model does not hold, or a camera that did not stay the
+   * same (then from the nearer one of the two); 0 when the snapshots show none of these.
    */
   public double systematicInData() { return systematicInData; }
 
@@ -167,6 +186,30 @@ public final class Verdict {
 
   /** The share by which the sheet is longer than it should be, where that is the reason; else 0. */
   public double sheetStretch() { return sheetStretch; }
+
+  /** Metres by which discs are printed beside their places, where that is the reason; else 0. */
+  public double printError() { return printError; }
+
+  /** Metres by which the sheet moved while an image was read row by row, where that is the reason; else 0. */
+  public double movedWhileRead() { return movedWhileRead; }
+
+  /**
+   * The share by which the focal length grew from the first snapshots to the last (or as the remark has it),
+   * where that is the reason; else 0.
+   */
+  public double focalChange() { return focalChange; }
+
+  /** The pixels by which the principal point moved, likewise: x and y. */
+  public double[] principalPointChange() { return principalPointChange.clone(); }
+
+  /** The number of the last snapshot before a change that came at once, from 0; else -1. */
+  public int changedAfter() { return changedAfter; }
+
+  /** Deviation of the principal point in pixels. */
+  public double principalPointDeviation() { return principalPointDeviation; }
+
+  /** The share of the image for whose pixels the lens has no ray, 0 to 1. */
+  public double imageWithoutRay() { return imageWithoutRay; }
 
   /** Deviation of projections in pixels over the whole image, from the noise of the points. */
   public double deviationInImage() { return deviationInImage; }

@@ -1,5 +1,6 @@
 package com.velotrix.quiverleaf.sdk;
 
+import static org.junit.jupiter.api.Assertions.assertArrayEquals;
 import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertFalse;
 import static org.junit.jupiter.api.Assertions.assertThrows;
@@ -79,13 +80,24 @@ class ResultsTest {
       + "\"focalJackknife\":0.002,\"grade\":\"usable with care\",\"jackknifeInData\":0.5,"
       + "\"leftOut\":[{\"point\":-1,\"reason\":\"wrong order\",\"residual\":12.5,\"view\":3}],"
       + "\"remarks\":[{\"advice\":\"Come closer.\",\"reason\":\"Far.\"}],"
-      + "\"sheetBend\":0.0005,\"sheetStretch\":-0.01,\"systematicInData\":0.75,\"views\":7}";
+      + "\"sheetBend\":0.0005,\"sheetStretch\":-0.01,\"systematicInData\":0.75,\"views\":7,"
+      + "\"poses\":6,\"printError\":0.0001,\"movedWhileRead\":0.002,\"focalChange\":-0.03,"
+      + "\"principalPointChange\":[1.5,-2.5],\"changedAfter\":4,\"principalPointDeviation\":0.125,"
+      + "\"imageWithoutRay\":0.25}";
 
   @Test
   void a_verdict_gives_its_grade_remarks_and_numbers() {
     Verdict verdict = Verdict.parse(VERDICT);
     assertEquals(Verdict.Grade.WITH_CARE, verdict.grade());
     assertEquals(7, verdict.views());
+    assertEquals(6, verdict.poses());
+    assertEquals(0.0001, verdict.printError());
+    assertEquals(0.002, verdict.movedWhileRead());
+    assertEquals(-0.03, verdict.focalChange());
+    assertArrayEquals(new double[] {1.5, -2.5}, verdict.principalPointChange());
+    assertEquals(4, verdict.changedAfter());
+    assertEquals(0.125, verdict.principalPointDeviation());
+    assertEquals(0.25, verdict.imageWithoutRay());
     assertEquals(0.001, verdict.focalDeviation());
     assertEquals(0.002, verdict.focalJackknife());
     assertEquals(0.25, verdict.deviationInData());
@@ -109,8 +121,10 @@ class ResultsTest {
   @Test
   void what_is_no_verdict_is_refused_in_words() {
     for (String text : new String[] {"", "{}", "[]", MONOCULAR, VERDICT.replace("usable with care", "fine"),
-             VERDICT.replace("0.25", "\"x\""), VERDICT.replace("\"views\":7", "\"views\":\"7\""),
-             VERDICT.replace("[{\"advice", "[3,{\"advice"), VERDICT.replace("\"reason\":\"Far.\"", "\"r\":1"),
+             VERDICT.replace("\"deviationInData\":0.25", "\"deviationInData\":\"x\""),
+             VERDICT.replace("[1.5,-2.5]", "[1.5]"), VERDICT.replace("[1.5,-2.5]", "1.5"),
+             VERDICT.replace("\"views\":7", "\"views\":\"7\""), VERDICT.replace("[{\"advice", "[3,{\"advice"),
+             VERDICT.replace("\"reason\":\"Far.\"", "\"r\":1"),
              VERDICT.replace(
                  "[{\"point\":-1,\"reason\":\"wrong order\",\"residual\":12.5,\"view\":3}]", "7")}) {
       String words = assertThrows(IllegalArgumentException.class, () -> Verdict.parse(text)).getMessage();

@@ -1,0 +1,279 @@
+/// A calibrator with parts of grids: how they are found, taken and computed from.
+#include <gtest/gtest.h>
+
+#include <opencv2/imgproc.hpp>
+
+#include "Calibrator.h"
+#include "Matchers.h"
+#include "model/TargetGeometry.h"
+#include "solver/SparseIntrinsics.h"
+#include "unit/Collection.h"
+#include "unit/Scopes.h"
+
+using namespace velmora;
+
+namespace {
+
+using Weights = std::vector<double>;
+
+const std::vector<size_t> FIRST_TWO_ROWS = {0, 1, 2, 3, 4, 5, 6, 7};
+
+Weights WeightsWithout(const std::vector<size_t>& unseen) {
+  Weights weights(static_cast<size_t>(unit::GRID.area()), 1.0);
+  for (const size_t point : unseen) weights[point] = 0.0;
+  return weights;
+}
+
+/// With the first row beyond the right border.
+cv::Mat CutImage(double& shift) {
+  const std::vector<cv::Point2d>& centres = unit::Rendered().centres.front();
+  const double step = cv::norm(centres[8] - centres[0]) / 2.0;
+  double left = centres[0].x;
+  for (size_t k = 1; k < 4; ++k) left = std::min(left, centres[k].x);
+  shift = std::round(unit::FRAME.width - left + 0.2 * step);
+  cv::Mat image;
+  const cv::Matx23d right(1.0, 0.0, shift, 0.0, 1.0, 0.0);
+  cv::warpAffine(unit::ImageWithGrid(), image, right, unit::FRAME, cv::INTER_NEAREST, cv::BORDER_REPLICATE);
+  return image;
+}
+
+std::unique_ptr<Calibrator> RobustFinderThatTakesParts() {
+  auto calibrator = unit::MakeCalibrator();
+  calibrator->SetFinder(Calibrator::FINDER_ROBUST);
+  calibrator->SetPartialGrids(true);
+  return calibrator;
+}
+
+TEST(PartialGrids, AreOffAtFirst) {
+  const auto calibrator = unit::MakeCalibrator();
+  EXPECT_FALSE(calibrator->GetPartialGrids());
+  calibrator->SetFinder(Calibrator::FINDER_ROBUST);
+  double shift = 0.0;
+  cv::Mat image = CutImage(shift);
+  std::vector<cv::Point2d> points(3);
+  Weights weights(3);
+  EXPECT_FALSE(calibrator->DetectPartial(image, points, weights, false));
+  EXPECT_TRUE(points.empty());
+  EXPECT_TRUE(weights.empty());
+  calibrator->SetPartialGrids(true);
+  EXPECT_TRUE(calibrator->GetPartialGrids());
+}
+
+TEST(PartialGrids, AreFoundWhereTheTruthIs) {
+  const auto calibrator = RobustFinderThatTakesParts();
+  double shift = 0.0;
+  cv::Mat image = CutImage(shift);
+  const cv::Mat before = image.clone();
+  std::vector<cv::Point2d> points;
+  Weights weights;
+  ASSERT_TRUE(calibrator->DetectPartial(image, points, weights, false));
+  EXPECT_SAME_MAT(image, before);
+  EXPECT_EQ(weights, WeightsWithout({0, 1, 2, 3}));
+  ASSERT_EQ(points.size(), 44U);
+  for (size_t k = 4; k < 44; ++k) {
+    EXPECT_LT(cv::norm(points[k] - cv::Point2d(shift, 0.0) - unit::Rendered().centres.front()[k]), 0.5) << k;
+  }
+}
+
+TEST(PartialGrids, AreNoDetections) {
+  const auto calibrator = RobustFinderThatTakesParts();
+  double shift = 0.0;
+  const cv::Mat image = CutImage(shift);
+  cv::Mat whole = unit::ImageWithGrid();
+  std::vector<cv::Point2d> points;
+  Weights weights;
+  ASSERT_TRUE(calibrator->DetectPoints(whole, points, false));
+  cv::Mat frame = image.clone();
+  ASSERT_TRUE(calibrator->DetectPartial(frame, points, weights, false));
+  EXPECT_FALSE(calibrator->IsDetected());
+  EXPECT_FALSE(calibrator->AddPoints());
+  frame = image.clone();
+  EXPECT_FALSE(calibrator->DetectPoints(frame, points, false));
+  frame = image.clone();
+  calibrator->AddPoints(frame, false);
+  EXPECT_EQ(calibrator->GetNumberOfRecords(), 0);
+}
+
+TEST(PartialGrids, OfWholeOnesAreTheLastDetection) {
+  const auto calibrator = RobustFinderThatTakesParts();
+  cv::Mat image = unit::ImageWithGrid();
+  std::vector<cv::Point2d> expected;
+  ASSERT_TRUE(calibrator->DetectPoints(image, expected, false));
+  image = unit::ImageWithGrid();
+  std::vector<cv::Point2d> points;
+  Weights weights;
+  ASSERT_TRUE(calibrator->DetectPartial(image, points, weights, false));
+  EXPECT_EQ(points, expected);
+  EXPECT_EQ(weights, WeightsWithout({}));
+  EXPECT_TRUE(calibrator->IsDetected());
+}
+
+TEST(PartialGrids, AreDrawnWhereTheyAreSeen) {
+  const auto calibrator = RobustFinderThatTakesParts();
+  double shift = 0.0;
+  cv::Mat image = CutImage(shift);
+  const cv::Mat before = image.clone();
+  std::vector<cv::Point2d> points;
+  Weights weights;
+  ASSERT_TRUE(calibrator->DetectPartial(image, points, weights, true));
+  cv::Mat difference;
+  cv::absdiff(image, before, difference);
+  const cv::Rect below(0, 130, unit::FRAME.width, unit::FRAME.height - 130);  // of the overlay's texts
+  cv::Mat changed = difference(below).reshape(1) > 0;
+  ASSERT_GT(cv::countNonZero(changed), 0);
+  double rightmost = 0.0;
+  for (size_t k = 4; k < 44; ++k) rightmost = std::max(rightmost, points[k].x);
+  const cv::Rect beyond(static_cast<int>(rightmost) + 8, 130, 1000, unit::FRAME.height - 130);
+  const cv::Rect visible = beyond & cv::Rect({}, unit::FRAME);
+  ASSERT_GT(visible.area(), 0);
+  EXPECT_EQ(cv::countNonZero(difference(visible).clone().reshape(1)), 0);
+}
+
+/// Each second view is a part, whose other points are somewhere.
+class Parts : public ::testing::TestWithParam<int> {
+ protected:
+  /// `away` is how far from the truth the points are that were not seen.
+  std::unique_ptr<Calibrator> WithPointsAway(const cv::Point2d& away, bool robust = false) const {
+    auto calibrator = unit::MakeCalibrator();
+    calibrator->SetSolver(GetParam());
+    calibrator->SetRobust(robust);
+    calibrator->SetPartialGrids(true);
+    for (size_t i = 0; i < views_.size(); ++i) {
+      std::vector<cv::Point2d> points = views_[i];
+      for (const size_t k : UnseenIn(i)) points[k] += away;
+      EXPECT_TRUE(calibrator->AddPoints(points, WeightsWithout(UnseenIn(i))));
+    }
+    return calibrator;
+  }
+
+  static std::vector<size_t> UnseenIn(size_t view) {
+    return view % 2 == 0 ? std::vector<size_t>{} : FIRST_TWO_ROWS;
+  }
+
+  unit::PointLists views_ = unit::NoisyViews(8);
+};
+
+TEST_P(Parts, AreComputedFromThePointsThatAreSeen) {
+  const auto calibrator = WithPointsAway({300.0, -200.0});
+  const float rms = calibrator->ComputeCalibration(Calibrator::MODEL_CLASSIC);
+  std::vector<std::vector<cv::Point3d>> target(views_.size(), MakeObjectTemplate(unit::GRID, unit::UNIT));
+  for (size_t i = 1; i < views_.size(); i += 2) {
+    target[i].erase(target[i].begin(), target[i].begin() + 8);
+    views_[i].erase(views_[i].begin(), views_[i].begin() + 8);
+  }
+  const IntrinsicsResult expected =
+      GetParam() == Calibrator::SOLVER_SPARSE
+          ? SolveIntrinsicsSparsely(target, views_, unit::FRAME, Calibrator::MODEL_CLASSIC)
+          : SolveIntrinsics(target, views_, unit::FRAME, Calibrator::MODEL_CLASSIC);
+  EXPECT_EQ(rms, static_cast<float>(expected.rms));
+  EXPECT_LT(rms, 1.0F);
+  EXPECT_SAME_MAT(calibrator->GetK(), expected.K);
+  EXPECT_SAME_MAT(calibrator->GetPerViewErrors(), expected.perViewErrors);
+  EXPECT_SAME_MAT(calibrator->GetTranslationVectors(), expected.tvecs);
+}
+
+TEST_P(Parts, ArePosesOfTheSameGridAsWholeOnes) {
+  const auto parts = WithPointsAway({300.0, -200.0});
+  parts->ComputeCalibration(Calibrator::MODEL_CLASSIC);
+  const auto whole = unit::CalibratorWith(views_);
+  whole->SetSolver(GetParam());
+  whole->ComputeCalibration(Calibrator::MODEL_CLASSIC);
+  EXPECT_LT(cv::norm(parts->GetTranslationVectors(), whole->GetTranslationVectors(), cv::NORM_INF), 0.005);
+  EXPECT_NEAR(parts->GetK().at<double>(0, 0), whole->GetK().at<double>(0, 0), 5.0);
+}
+
+TEST_P(Parts, SayNothingWithPointsThatAreNotSeen) {
+  const auto near = WithPointsAway({});
+  const auto far = WithPointsAway({300.0, -200.0});
+  for (const auto* const calibrator : {&near, &far})
+    (*calibrator)->ComputeCalibration(Calibrator::MODEL_CLASSIC);
+  EXPECT_EQ(near->GetVerdict().ToJson(), far->GetVerdict().ToJson());
+  EXPECT_EQ(near->ChooseModel().reasons, far->ChooseModel().reasons);
+  const PoseProposal proposal = near->ProposePose(Calibrator::MODEL_CLASSIC);
+  EXPECT_FALSE(proposal.centres.empty());
+  EXPECT_EQ(proposal.centres, far->ProposePose(Calibrator::MODEL_CLASSIC).centres);
+  EXPECT_EQ(proposal.deviation, far->ProposePose(Calibrator::MODEL_CLASSIC).deviation);
+}
+
+INSTANTIATE_TEST_SUITE_P(Solvers, Parts,
+                         ::testing::Values(Calibrator::SOLVER_OPENCV, Calibrator::SOLVER_SPARSE));
+
+TEST(PartialGrids, WithAllWeightsAreWholeOnes) {
+  const auto views = unit::NoisyViews(6);
+  const auto whole = unit::CalibratorWith(views);
+  const auto weighted = unit::MakeCalibrator();  // without SetPartialGrids
+  for (const auto& points : views) EXPECT_TRUE(weighted->AddPoints(points, WeightsWithout({})));
+  for (const auto* const calibrator : {&whole, &weighted}) {
+    (*calibrator)->SetSolver(Calibrator::SOLVER_SPARSE);
+    (*calibrator)->ComputeCalibration(Calibrator::MODEL_RATIONAL);
+  }
+  EXPECT_SAME_MAT(weighted->GetK(), whole->GetK());
+  EXPECT_SAME_MAT(weighted->GetDistCoefs(), whole->GetDistCoefs());
+  EXPECT_EQ(weighted->GetVerdict().ToJson(), whole->GetVerdict().ToJson());
+}
+
+TEST(PartialGrids, NameOutliersByTheirPlaceInTheGrid) {
+  auto views = unit::NoisyViews(8);
+  views[2][20] += cv::Point2d(15.0, 9.0);
+  const auto calibrator = unit::MakeCalibrator();
+  calibrator->SetSolver(Calibrator::SOLVER_SPARSE);
+  calibrator->SetRobust(true);
+  calibrator->SetPartialGrids(true);
+  for (const auto& points : views) calibrator->AddPoints(points, WeightsWithout(FIRST_TWO_ROWS));
+  const std::string printed =
+      unit::PrintedBy([&] { calibrator->ComputeCalibration(Calibrator::MODEL_CLASSIC); });
+  EXPECT_NE(printed.find("Point 20 of view 2 is left out"), std::string::npos) << printed;
+  const CalibrationVerdict verdict = calibrator->GetVerdict();
+  ASSERT_FALSE(verdict.leftOut.empty());
+  EXPECT_EQ(verdict.leftOut.front().view, 2U);
+  EXPECT_EQ(verdict.leftOut.front().point, 20);
+}
+
+TEST(PartialGrids, AreRefusedInWords) {
+  const auto calibrator = unit::MakeCalibrator();
+  const auto points = unit::NoisyViews(1).front();
+  const auto printedFor = [&](const Weights& weights) {
+    return unit::PrintedBy([&] { EXPECT_FALSE(calibrator->AddPoints(points, weights)); });
+  };
+  EXPECT_EQ(printedFor(WeightsWithout({5})),
+            "ERROR : No points added. Parts of the grid are not taken: SetPartialGrids allows them.\n");
+  calibrator->SetPartialGrids(true);
+  EXPECT_EQ(printedFor({1.0, 1.0}),
+            "ERROR : No points added. A point and a weight of each of the grid's 44 circles are needed.\n");
+  EXPECT_EQ(printedFor(WeightsWithout({0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11})),
+            "ERROR : No points added. Only 32 of 44 circles are seen: 33 are the fewest.\n");
+  EXPECT_EQ(calibrator->GetNumberOfRecords(), 0);
+  EXPECT_FALSE(unit::MakeCalibrator(Calibrator::STEREO)->AddPoints(points, WeightsWithout({})));
+}
+
+TEST(PartialGrids, OfAPairAreUsedWhereBothCamerasSeeThem) {
+  const auto pairWith = [](const cv::Point2d& away) {
+    auto calibrator = unit::MakeCalibrator(Calibrator::STEREO);
+    calibrator->SetPartialGrids(true);
+    for (const auto& points : unit::NoisyViews(6)) {
+      auto left = points;
+      auto right = points;
+      left[0] += away;
+      right[43] += away;
+      EXPECT_TRUE(calibrator->AddStereoPoints(left, WeightsWithout({0}), right, WeightsWithout({43})));
+    }
+    return calibrator;
+  };
+  const auto rational = unit::CalibratorWith(unit::NoisyViews(6));
+  rational->ComputeCalibration(Calibrator::MODEL_RATIONAL);
+  const std::string camera = rational->SaveResult(false, "");
+  for (const int solver : {Calibrator::SOLVER_OPENCV, Calibrator::SOLVER_SPARSE}) {
+    const auto near = pairWith({});
+    const auto far = pairWith({90.0, 50.0});
+    for (const auto* const calibrator : {&near, &far}) {
+      (*calibrator)->SetSolver(solver);
+      EXPECT_GT((*calibrator)->ComputeCalibrationStereo(camera, camera, Calibrator::MODEL_RATIONAL, false),
+                0.0F);
+    }
+    EXPECT_SAME_MAT(near->GetR(), far->GetR());
+    EXPECT_SAME_MAT(near->GetStereoTranslation(), far->GetStereoTranslation());
+    EXPECT_EQ(near->GetPairVerdict().ToJson(), far->GetPairVerdict().ToJson());
+  }
+}
+
+}  // namespace

@@ -1,0 +1,72 @@
+/// Images of a pair whose points were counted from another end of the grid.
+#include "solver/Reordering.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "solver/PairViews.h"
+
+using namespace velmora;
+
+namespace {
+
+/// The rows from the last to the first, as if counted from the other end.
+void CountRowsFromTheOtherEnd(std::vector<cv::Point2d>& image) {
+  const auto columns = static_cast<std::ptrdiff_t>(unit::GRID.width);
+  std::reverse(image.begin(), image.end());
+  for (auto row = image.begin(); row != image.end(); row += columns) std::reverse(row, row + columns);
+}
+
+ExtrinsicsResult Solved(const unit::PointPairs& pairs, const StereoIntrinsics& intrinsics, bool refine) {
+  SparsePairOptions options;
+  options.robust = true;
+  const auto targets = unit::Targets(pairs.left.size());
+  return refine ? RefinePairSparsely(targets, pairs.left, pairs.right, intrinsics, unit::FRAME,
+                                     Calibrator::MODEL_CLASSIC, options)
+                : SolveExtrinsicsSparsely(targets, pairs.left, pairs.right, intrinsics,
+                                          Calibrator::MODEL_CLASSIC, options);
+}
+
+TEST(OtherOrders, AreThoseInWhichTheGridLooksTheSame) {
+  // Eleven rows are their own mirror image; twelve are the same after half a turn.
+  const auto odd = solver::OtherOrders(MakeObjectTemplate({4, 11}, 0.02F));
+  ASSERT_EQ(odd.size(), 1U);
+  EXPECT_EQ(odd[0].front(), 40U);
+  EXPECT_EQ(odd[0].back(), 3U);
+  const auto even = solver::OtherOrders(MakeObjectTemplate({4, 12}, 0.02F));
+  ASSERT_EQ(even.size(), 1U);
+  EXPECT_EQ(even[0].front(), 47U);
+  EXPECT_EQ(even[0].back(), 0U);
+}
+
+TEST(Reordering, PutsImagesOfAPairRightWhoseRowsWereCountedFromTheOtherEnd) {
+  const world::Pair rig = unit::RigFor(Calibrator::MODEL_CLASSIC);
+  const StereoIntrinsics intrinsics = unit::TruePairIntrinsics(rig);
+  const unit::PointPairs right = unit::Observed(rig, 12, 5, 0.1);
+  unit::PointPairs wrong = right;
+  CountRowsFromTheOtherEnd(wrong.right[2]);
+  CountRowsFromTheOtherEnd(wrong.left[7]);
+  for (const bool refine : {false, true}) {
+    const ExtrinsicsResult expected = Solved(right, intrinsics, refine);
+    const ExtrinsicsResult result = Solved(wrong, intrinsics, refine);
+    EXPECT_LT(cv::norm(result.R, expected.R), 1e-6);
+    EXPECT_LT(cv::norm(result.T, expected.T), 1e-6);
+    EXPECT_NEAR(result.rms, expected.rms, 1e-6);
+    EXPECT_TRUE(expected.solution->recounted.empty());
+    ASSERT_EQ(result.solution->recounted.size(), 2U);
+    EXPECT_EQ(result.solution->recounted[0].view + result.solution->recounted[1].view, 9U);
+    EXPECT_EQ(result.solution->rejected.size(), expected.solution->rejected.size());
+  }
+}
+
+TEST(Reordering, LeavesImagesAloneThatFitInNoOrder) {
+  const world::Pair rig = unit::RigFor(Calibrator::MODEL_CLASSIC);
+  unit::PointPairs pairs = unit::Observed(rig, 12, 5, 0.1);
+  pairs.right[2] = pairs.right[3];
+  const ExtrinsicsResult result = Solved(pairs, unit::TruePairIntrinsics(rig), false);
+  EXPECT_TRUE(result.solution->recounted.empty());
+  EXPECT_FALSE(result.solution->rejected.empty());
+}
+
+}  // namespace
