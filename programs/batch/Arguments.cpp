@@ -74,6 +74,10 @@ void AddCameraOptions(CLI::App& app, std::string& grid, Arguments& arguments) {
 
 /// Which views are used, and where the outcome goes.
 void AddViewOptions(CLI::App& app, Arguments& arguments) {
+  app.add_flag(
+      "--whole-grids", arguments.wholeGrids,
+      "use no views of a part of the grid; with the robust finder and the sparse solver, three quarters "
+      "of the circles are a view");
   app.add_option("--max-views", arguments.maxViews, "use at most so many views, chosen to be spread")
       ->check(CLI::Range(5, 10000))
       ->capture_default_str();

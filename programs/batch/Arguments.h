@@ -25,6 +25,7 @@ struct Arguments : common::EngineOptions {
   std::string calibLeft;  ///< result files of the cameras of a pair; empty: they are calibrated first
   std::string calibRight;
   bool refineLenses = false;             ///< of a pair, together with it
+  bool wholeGrids = false;               ///< parts of the grid are no views
   std::vector<std::string> rig;          ///< an input for each camera of a rig
   Match match = Match::Order;            ///< of a rig
   std::vector<std::string> intrinsics;   ///< result files of a rig's cameras; empty: they are estimated
@@ -40,6 +41,11 @@ struct Arguments : common::EngineOptions {
   SamplingOptions sampling;
 
   bool IsRig() const { return !rig.empty(); }
+  /// Whether parts of the grid are views: where the search finds them, and outliers
+  /// among them are left out.
+  bool TakesParts() const {
+    return !wholeGrids && finder == Calibrator::FINDER_ROBUST && solver == Calibrator::SOLVER_SPARSE;
+  }
   bool IsPair() const { return split != common::Split::None || !rightInputs.empty(); }
 };
 

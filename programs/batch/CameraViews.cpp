@@ -11,11 +11,13 @@
 namespace batch {
 
 std::string CameraViews::Take(NamedImage& input) {
-  Centres centres;
-  std::string fault = search_.FaultOf(input, centres);
+  GridView view;
+  std::string fault = search_.FaultOf(input, view);
   if (fault.empty()) {
     names_.push_back(input.name);
-    views_.push_back(std::move(centres));
+    views_.push_back(view.points);
+    weights_.push_back(view.weights);
+    last_ = std::move(view);
   } else {
     rejected_.push_back({input.name, fault});
   }
@@ -28,14 +30,17 @@ common::Report CameraViews::Calibrate() {
   report.model = arguments_.modelName;
   report.frame = FrameSize();
   report.rejected = rejected_;
+  report.parts.of = static_cast<size_t>(arguments_.grid.area());
   const auto chosen =
       SelectSpreadViews(views_, arguments_.grid, FrameSize(), static_cast<size_t>(arguments_.maxViews));
   const std::set<size_t> isChosen(chosen.begin(), chosen.end());
   for (size_t i = 0; i < views_.size(); ++i) {
     if (isChosen.count(i) > 0) {
-      calibrator.AddPoints(views_[i]);
-      used_.push_back(views_[i]);
+      const GridView view{views_[i], weights_[i]};
+      calibrator.AddPoints(view.points, view.weights);
+      used_.push_back(view.Seen());
       report.used.push_back(names_[i]);
+      if (view.IsPart()) report.parts.circles.push_back(used_.back().size());
     } else {
       report.rejected.push_back(common::NotNeeded(names_[i], arguments_.maxViews));
     }

@@ -27,7 +27,9 @@ class CameraViews {
   bool HasImages() const { return search_.Engine() != nullptr; }
   cv::Size FrameSize() const { return search_.FrameSize(); }
   const std::vector<Centres>& Views() const { return views_; }
-  /// Those that the computation was of.
+  /// The last one, as the search gave it.
+  const GridView& Last() const { return last_; }
+  /// The circles that were seen of those that the computation was of.
   const std::vector<Centres>& Used() const { return used_; }
   const std::vector<std::string>& Names() const { return names_; }
   const std::vector<common::Rejection>& Rejected() const { return rejected_; }
@@ -51,7 +53,9 @@ class CameraViews {
   const Arguments& arguments_;
   ImageSearch search_;
   std::vector<std::string> names_;
-  std::vector<Centres> views_;
+  std::vector<Centres> views_;                ///< all circles, also those of a part that are not seen
+  std::vector<std::vector<double>> weights_;  ///< of the views
+  GridView last_;
   std::vector<Centres> used_;
   std::vector<common::Rejection> rejected_;
 };

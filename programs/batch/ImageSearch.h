@@ -14,6 +14,22 @@ namespace batch {
 
 using Centres = std::vector<cv::Point2d>;
 
+/// The grid in an image, or a part of it: points of all circles, row by row.
+struct GridView {
+  Centres points;
+  std::vector<double> weights;  ///< 1 for circles that are seen, 0 for others, which would be there
+
+  bool IsPart() const;
+  /// The points that are seen.
+  Centres Seen() const;
+};
+
+/// Both views with weights for circles that both see.
+void KeepCommon(GridView& left, GridView& right);
+
+/// How many circles make a view: three quarters of the grid.
+int FewestCircles(const cv::Size& grid);
+
 /// The distance between adjacent rows, metres.
 float UnitOf(const Arguments& arguments);
 
@@ -24,6 +40,8 @@ class ImageSearch {
 
   /// Searches the grid in the image, which is changed. Why there are no centres, else an empty text.
   std::string FaultOf(NamedImage& input, Centres& centres);
+  /// Searches parts of it too, where the arguments say that these are views.
+  std::string FaultOf(NamedImage& input, GridView& view);
 
   /// Null as long as no image could be decoded.
   Calibrator* Engine() const { return calibrator_.get(); }
@@ -34,6 +52,11 @@ class ImageSearch {
   cv::Size FrameSize() const;
 
  private:
+  /// Why the image cannot be searched, else an empty text; there is a calibrator then.
+  std::string FaultBeforeSearch(const NamedImage& input);
+  /// Why nothing was found in it.
+  std::string FaultWithoutGrid(const NamedImage& input);
+
   const Arguments& arguments_;
   cv::Size inputSize_;
   std::unique_ptr<Calibrator> calibrator_;

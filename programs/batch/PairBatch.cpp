@@ -74,23 +74,38 @@ struct PairViews {
   std::vector<std::string> names;
   std::vector<Centres> leftCentres;
   std::vector<Centres> rightCentres;
+  std::vector<std::vector<double>> weights;  ///< 1 for circles that both cameras see
   std::vector<common::Rejection> rejected;
 };
 
+/// Keeps what both cameras see; the reason when that is too little, else an empty text.
+std::string TakeCommon(const std::string& name, const cv::Size& grid, PairViews& pairs) {
+  GridView left = pairs.left.Last();
+  GridView right = pairs.right.Last();
+  KeepCommon(left, right);
+  const size_t common = left.Seen().size();
+  if (common < static_cast<size_t>(FewestCircles(grid))) {
+    std::string fault = "only " + std::to_string(common) + " of " + std::to_string(grid.area()) +
+                        " circles are seen by both cameras";
+    pairs.rejected.push_back({name, fault, true});
+    return fault;
+  }
+  pairs.names.push_back(name);
+  pairs.leftCentres.push_back(left.points);
+  pairs.rightCentres.push_back(right.points);
+  pairs.weights.push_back(left.weights);
+  return "";
+}
+
 /// The reason when the pair gives no common view, else an empty text.
-std::string TakePair(std::vector<NamedImage>& pair, PairViews& pairs) {
+std::string TakePair(std::vector<NamedImage>& pair, const cv::Size& grid, PairViews& pairs) {
   const std::string name = NameTogether(pair);
   const std::vector<std::string> faults = TakeTogether(pair, [&](size_t camera, NamedImage& input) {
     return (camera == LEFT ? pairs.left : pairs.right).Take(input);
   });
   const std::string& faultLeft = faults[LEFT];
   const std::string& faultRight = faults[RIGHT];
-  if (faultLeft.empty() && faultRight.empty()) {
-    pairs.names.push_back(name);
-    pairs.leftCentres.push_back(pairs.left.Views().back());
-    pairs.rightCentres.push_back(pairs.right.Views().back());
-    return "";
-  }
+  if (faultLeft.empty() && faultRight.empty()) return TakeCommon(name, grid, pairs);
   std::string fault = faultLeft.empty()    ? "right: " + faultRight
                       : faultRight.empty() ? "left: " + faultLeft
                                            : "both: " + faultLeft;
@@ -104,7 +119,7 @@ void SearchPairs(const Arguments& arguments, PairViews& pairs) {
   std::vector<NamedImage> pair;
   for (int done = 1; stream.Next(pair); ++done) {
     const std::string name = NameTogether(pair);
-    const std::string fault = TakePair(pair, pairs);
+    const std::string fault = TakePair(pair, arguments.grid, pairs);
     progress.Step(done, stream.ExpectedCount(), name + ": " + (fault.empty() ? "grid found in both" : fault));
   }
   progress.Finish();
@@ -120,7 +135,7 @@ void SearchPairs(const Arguments& arguments, PairViews& pairs) {
 /// The result of one camera of the pair.
 struct CameraResult {
   std::string text;            ///< of the result, or the path of the file that was given
-  CalibrationVerdict verdict;  ///< when it was computed from these images
+  CalibrationVerdict verdict;  ///< of grade None when it is not known
 };
 
 struct CameraResults {
@@ -148,8 +163,8 @@ common::ExitStatus CalibrateCamera(CameraViews& camera, const std::string& side,
 common::ExitStatus CameraResultsFor(const Arguments& arguments, PairViews& pairs, CameraResults& results,
                                     common::OutputFiles& files) {
   if (!arguments.calibLeft.empty()) {
-    results.left.text = arguments.calibLeft;
-    results.right.text = arguments.calibRight;
+    results.left = {arguments.calibLeft, common::VerdictBeside(arguments.calibLeft)};
+    results.right = {arguments.calibRight, common::VerdictBeside(arguments.calibRight)};
     results.fromFiles = true;
     return common::SUCCESS;
   }
@@ -157,14 +172,6 @@ common::ExitStatus CameraResultsFor(const Arguments& arguments, PairViews& pairs
       CalibrateCamera(pairs.left, "left", arguments.output + "_left", results.left, files);
   if (status != common::SUCCESS) return status;
   return CalibrateCamera(pairs.right, "right", arguments.output + "_right", results.right, files);
-}
-
-/// The pair's verdict, with those of its cameras where they were computed too.
-PairVerdict VerdictOf(Calibrator& calibrator, const CameraResults& results) {
-  PairVerdict verdict = calibrator.GetPairVerdict();
-  verdict.Consider(results.left.verdict, "left");
-  verdict.Consider(results.right.verdict, "right");
-  return verdict;
 }
 
 /// The mean over the views that agree.
@@ -188,6 +195,7 @@ common::SeenByPair Select(const Arguments& arguments, const PairViews& pairs, Ca
   common::SeenByPair seen;
   seen.frame = pairs.left.FrameSize();
   report.rejected = pairs.rejected;
+  report.parts.of = static_cast<size_t>(arguments.grid.area());
   const auto chosen = SelectSpreadViews(pairs.leftCentres, arguments.grid, pairs.left.FrameSize(),
                                         static_cast<size_t>(arguments.maxViews));
   const std::set<size_t> isChosen(chosen.begin(), chosen.end());
@@ -196,10 +204,13 @@ common::SeenByPair Select(const Arguments& arguments, const PairViews& pairs, Ca
       report.rejected.push_back(common::NotNeeded(pairs.names[i], arguments.maxViews));
       continue;
     }
-    calibrator.AddStereoPoints(pairs.leftCentres[i], pairs.rightCentres[i]);
-    seen.left.push_back(pairs.leftCentres[i]);
-    seen.right.push_back(pairs.rightCentres[i]);
+    const GridView left{pairs.leftCentres[i], pairs.weights[i]};
+    const GridView right{pairs.rightCentres[i], pairs.weights[i]};
+    calibrator.AddStereoPoints(left.points, left.weights, right.points, right.weights);
+    seen.left.push_back(left.Seen());
+    seen.right.push_back(right.Seen());
     report.used.push_back(pairs.names[i]);
+    if (left.IsPart()) report.parts.circles.push_back(seen.left.back().size());
   }
   return seen;
 }
@@ -220,11 +231,14 @@ void CalibratePair(const Arguments& arguments, const CameraResults& results, con
     report.refinedLeft = calibrator.GetKLeft();
     report.refinedRight = calibrator.GetKRight();
   }
-  verdict = VerdictOf(calibrator, results);
+  verdict = calibrator.GetPairVerdict(results.left.verdict, results.right.verdict);
   report.left = {verdict.left.rms, verdict.left.viewRms};
   report.right = {verdict.right.rms, verdict.right.viewRms};
   report.disagreeing = common::RejectedViews(verdict);
-  report.epipolarDistance = EpipolarDistance(calibrator, seen.left, seen.right, report.disagreeing);
+  std::set<size_t> apart = report.disagreeing;
+  for (const auto& image : verdict.recounted)
+    apart.insert(image.view);  // here the circles are in their old order
+  report.epipolarDistance = EpipolarDistance(calibrator, seen.left, seen.right, apart);
 }
 
 void CheckOutputs(const Arguments& arguments) {
@@ -270,6 +284,7 @@ common::ExitStatus RunPair(const Arguments& arguments) {
   const cv::Size frame = pairs.left.FrameSize();
   Calibrator calibrator(arguments.grid, UnitOf(arguments), Calibrator::STEREO, frame.width, frame.height);
   common::ApplyEngineOptions(arguments, UnitOf(arguments), calibrator);
+  calibrator.SetPartialGrids(arguments.TakesParts());
   calibrator.SetRefineLenses(arguments.refineLenses);
   common::PairReport report;
   PairVerdict verdict;

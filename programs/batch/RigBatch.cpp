@@ -65,10 +65,9 @@ void CheckOutputs(const Arguments& arguments, const std::string& output) {
 std::string SavePictures(const velmora::RigVerdict& verdict, const RigViews& views, const std::string& output,
                          common::OutputFiles& files) {
   const std::vector<cv::Size> frames = views.Frames();
-  const velmora::RigRecords records = views.Records();
   for (size_t i = 0; i < verdict.cameras.size(); ++i) {
     std::string unwritten =
-        common::SavePictureOf(i, verdict.cameras[i], frames[i], records.imagePoints[i], output, files);
+        common::SavePictureOf(i, verdict.cameras[i], frames[i], views.CirclesOf(i), output, files);
     if (!unwritten.empty()) return unwritten;
   }
   return "";

@@ -107,6 +107,7 @@ std::string RigJson(const velmora::RigResult& result, const common::RigNames& na
                  {"cameras", json::array()},
                  {"views", json::array()},
                  {"left_out", json::array()},
+                 {"recounted", json::array()},
                  {"verdict", Object(result.verdict, names.cameras)}};
   for (size_t i = 0; i < result.cameras.size(); ++i) {
     object["cameras"].push_back(Object(result.cameras[i], names.cameras[i]));
@@ -115,6 +116,11 @@ std::string RigJson(const velmora::RigResult& result, const common::RigNames& na
     object["views"].push_back(Object(result.views[i], names.images[i]));
   }
   for (const velmora::RigLeftOut& left : result.leftOut) object["left_out"].push_back(Object(left, names));
+  for (const velmora::RigRecounted& item : result.recounted) {
+    object["recounted"].push_back({{"view", item.view},
+                                   {"camera", names.cameras[item.camera]},
+                                   {"image", names.images[item.view][item.camera]}});
+  }
   return object.dump(-1, ' ', false, json::error_handler_t::replace);
 }
 

@@ -27,8 +27,8 @@ std::vector<cv::Point3d> GridPoints(const cv::Size& grid, float unit) {
 }  // namespace
 
 RigViews::RigViews(const Arguments& arguments, std::vector<std::string> cameras)
-    : arguments_(arguments), names_{std::move(cameras), {}}, centres_(names_.cameras.size()) {
-  for (size_t i = 0; i < centres_.size(); ++i) searches_.emplace_back(arguments_);
+    : arguments_(arguments), names_{std::move(cameras), {}}, grids_(names_.cameras.size()) {
+  for (size_t i = 0; i < grids_.size(); ++i) searches_.emplace_back(arguments_);
 }
 
 void RigViews::Look() {
@@ -49,7 +49,7 @@ void RigViews::Look() {
 }
 
 std::string RigViews::Take(std::vector<NamedImage>& inputs) {
-  std::vector<Centres> found(names_.cameras.size());
+  std::vector<GridView> found(names_.cameras.size());
   const std::vector<std::string> faults = TakeTogether(inputs, [&](size_t camera, NamedImage& input) {
     return searches_[camera].FaultOf(input, found[camera]);
   });
@@ -60,7 +60,7 @@ std::string RigViews::Take(std::vector<NamedImage>& inputs) {
     if (!faults[i].empty()) {
       rejected_.push_back({inputs[i].name, "camera '" + names_.cameras[i] + "': " + faults[i]});
       if (fault.empty()) fault = faults[i];
-      found[i].clear();
+      found[i] = {};
     } else if (!inputs[i].name.empty()) {
       images[i] = inputs[i].name;
       finders += (finders.empty() ? "" : ", ") + names_.cameras[i];
@@ -68,19 +68,19 @@ std::string RigViews::Take(std::vector<NamedImage>& inputs) {
   }
   if (finders.empty()) return fault;
   names_.images.push_back(std::move(images));
-  for (size_t i = 0; i < names_.cameras.size(); ++i) centres_[i].push_back(std::move(found[i]));
+  for (size_t i = 0; i < names_.cameras.size(); ++i) grids_[i].push_back(std::move(found[i]));
   return "grid found by " + finders;
 }
 
 size_t RigViews::CountOf(size_t camera) const {
-  const auto& views = centres_[camera];
+  const auto& views = grids_[camera];
   return static_cast<size_t>(
-      std::count_if(views.begin(), views.end(), [](const Centres& centres) { return !centres.empty(); }));
+      std::count_if(views.begin(), views.end(), [](const GridView& view) { return !view.points.empty(); }));
 }
 
 void RigViews::Select() {
-  const auto chosen =
-      SelectSpreadViews(centres_, arguments_.grid, Frames(), static_cast<size_t>(arguments_.maxViews));
+  const auto chosen = SelectSpreadViews(Records().imagePoints, arguments_.grid, Frames(),
+                                        static_cast<size_t>(arguments_.maxViews));
   const std::set<size_t> isChosen(chosen.begin(), chosen.end());
   for (size_t moment = 0; moment < names_.images.size(); ++moment) {
     if (isChosen.count(moment) > 0) continue;
@@ -96,15 +96,28 @@ void RigViews::Select() {
     all = std::move(kept);
   };
   keep(names_.images);
-  for (auto& camera : centres_) keep(camera);
+  for (auto& camera : grids_) keep(camera);
 }
 
 velmora::RigRecords RigViews::Records() const {
   velmora::RigRecords records;
   records.objectPoints.assign(names_.images.size(), GridPoints(arguments_.grid, UnitOf(arguments_)));
-  records.imagePoints = centres_;
+  for (const std::vector<GridView>& camera : grids_) {
+    records.imagePoints.emplace_back();
+    records.weights.emplace_back();
+    for (const GridView& view : camera) {
+      records.imagePoints.back().push_back(view.points);
+      records.weights.back().push_back(view.weights);
+    }
+  }
   records.imageSizes = Frames();
   return records;
+}
+
+std::vector<Centres> RigViews::CirclesOf(size_t camera) const {
+  std::vector<Centres> seen;
+  for (const GridView& view : grids_[camera]) seen.push_back(view.Seen());
+  return seen;
 }
 
 std::vector<cv::Size> RigViews::Frames() const {

@@ -33,6 +33,8 @@ class RigViews {
 
   /// The moments that are left.
   velmora::RigRecords Records() const;
+  /// The circles that the camera saw in them.
+  std::vector<Centres> CirclesOf(size_t camera) const;
   /// The names of the cameras and of their images.
   const common::RigNames& Names() const { return names_; }
   const std::vector<common::Rejection>& Rejected() const { return rejected_; }
@@ -47,7 +49,8 @@ class RigViews {
   const Arguments& arguments_;
   common::RigNames names_;
   std::deque<ImageSearch> searches_;
-  std::vector<std::vector<Centres>> centres_;  ///< of each camera, of each moment
+  std::vector<std::vector<GridView>>
+      grids_;  ///< of each camera, of each moment; without points where it saw none
   std::vector<common::Rejection> rejected_;
 };
 

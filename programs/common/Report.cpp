@@ -137,6 +137,24 @@ std::string ViewsTable(const std::vector<std::string>& used, const std::vector<R
   return text + "\n" + ReasonsText(reasons);
 }
 
+std::string PartsText(const Parts& parts, size_t views) {
+  if (parts.circles.empty()) return "";
+  constexpr size_t LISTED = 4;
+  const std::vector<size_t>& circles = parts.circles;
+  std::string numbers;
+  if (circles.size() <= LISTED) {
+    for (size_t i = 0; i < circles.size(); ++i) {
+      numbers += (i == 0 ? "" : i + 1 < circles.size() ? ", " : " and ") + std::to_string(circles[i]);
+    }
+  } else {
+    const auto [fewest, most] = std::minmax_element(circles.begin(), circles.end());
+    numbers = std::to_string(*fewest) + " to " + std::to_string(*most);
+  }
+  return Formatted("%zu of %zu views %s of the grid (", circles.size(), views,
+                   circles.size() == 1 ? "is a part" : "are parts") +
+         numbers + Formatted(" of %zu circles)\n", parts.of);
+}
+
 Rejection NotNeeded(const std::string& name, int maxViews) {
   return {name, "found but not needed (--max-views " + std::to_string(maxViews) + ")", true};
 }
@@ -144,7 +162,8 @@ Rejection NotNeeded(const std::string& name, int maxViews) {
 std::string ResultTable(const Report& report) {
   std::string reasons;
   for (const std::string& reason : report.modelReasons) reasons += "  " + reason + "\n";
-  return ViewsTable(report.used, report.rejected, report.disagreeing) + "\n" +
+  return ViewsTable(report.used, report.rejected, report.disagreeing) +
+         PartsText(report.parts, report.used.size()) + "\n" +
          Formatted("Model: %s, image size %d x %d\n", report.model.c_str(), report.frame.width,
                    report.frame.height) +
          reasons + Formatted("RMS reprojection error: %.6f px\n\n", report.rms) + ParameterTable(report) +
@@ -188,7 +207,8 @@ std::string PairTable(const PairReport& report) {
   cv::Mat rotation;
   cv::Rodrigues(report.R, rotation);
   const double degrees = cv::norm(rotation) * 180.0 / CV_PI;
-  return ViewsTable(report.used, report.rejected, report.disagreeing, "pair") + "\n" +
+  return ViewsTable(report.used, report.rejected, report.disagreeing, "pair") +
+         PartsText(report.parts, report.used.size()) + "\n" +
          Formatted("Pair: %s model\n", report.model.c_str()) +
          Formatted("RMS reprojection error:  %.6f px\n", report.rms) +
          Formatted("RMS of left and right:   %.6f px, %.6f px\n", report.left.rms, report.right.rms) +

@@ -19,6 +19,15 @@ struct Rejection {
 /// Of a picture with the grid, when there are more than that many views.
 Rejection NotNeeded(const std::string& name, int maxViews);
 
+/// Views that are parts of the grid.
+struct Parts {
+  std::vector<size_t> circles;  ///< that are seen, of each such view
+  size_t of = 0;                ///< circles of the grid
+};
+
+/// Says how many of the views are parts of the grid; an empty text when none is.
+std::string PartsText(const Parts& parts, size_t views);
+
 /// What a calibration of one camera gave.
 struct Report {
   std::string model;
@@ -26,6 +35,7 @@ struct Report {
   cv::Size frame;
   std::vector<std::string> used;  ///< names of the views, in the order of the errors
   std::set<size_t> disagreeing;   ///< indexes of views that the solver rejected
+  Parts parts;
   std::vector<Rejection> rejected;
   double rms = 0.0;
   cv::Mat K, D, stdDevs, viewErrors;  ///< as the engine hands them out
@@ -42,6 +52,7 @@ struct PairReport {
   std::string model;
   std::vector<std::string> used;
   std::set<size_t> disagreeing;  ///< indexes of pairs of which the solver rejected an image
+  Parts parts;                   ///< circles that both cameras see
   std::vector<Rejection> rejected;
   double rms = 0.0;
   SideErrors left, right;

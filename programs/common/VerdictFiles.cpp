@@ -2,7 +2,9 @@
 #include "common/VerdictFiles.h"
 
 #include <fstream>
+#include <iterator>
 #include <opencv2/imgcodecs.hpp>
+#include <stdexcept>
 
 #include "common/UncertaintyPicture.h"
 
@@ -54,6 +56,16 @@ std::string SaveVerdict(const CalibrationVerdict& verdict, const cv::Size& frame
   const VerdictFiles names(name);
   if (!WriteText(verdict.ToJson(), names.text, files)) return names.text;
   return WritePicture(DrawUncertainty(verdict, frame, seen), names.picture, files) ? "" : names.picture;
+}
+
+CalibrationVerdict VerdictBeside(const std::string& resultFile) {
+  std::ifstream file(VerdictFiles(WithoutExtension(resultFile)).text);
+  const std::string text{std::istreambuf_iterator<char>(file), {}};
+  try {
+    return CalibrationVerdict::FromJson(text);
+  } catch (const std::invalid_argument&) {
+    return {};
+  }
 }
 
 std::string SaveVerdict(const PairVerdict& verdict, const SeenByPair& seen, const std::string& name,

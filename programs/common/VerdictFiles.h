@@ -33,6 +33,9 @@ std::string SaveVerdict(const CalibrationVerdict& verdict, const cv::Size& frame
                         const std::vector<std::vector<cv::Point2d>>& seen, const std::string& name,
                         OutputFiles& files);
 
+/// The verdict that was written beside a result file; of grade None where there is none that can be read.
+CalibrationVerdict VerdictBeside(const std::string& resultFile);
+
 /// What the cameras of a pair saw, view by view.
 struct SeenByPair {
   cv::Size frame;

@@ -25,6 +25,10 @@ std::string RejectedText(const std::string& image, int point, double residual, c
   return text.str();
 }
 
+std::string RecountedText(const std::string& image) {
+  return "  Put right: " + image + ", whose circles were counted from another end of the grid\n";
+}
+
 /// The grade, and what speaks against the result.
 std::string AssessmentText(const std::string& words, const std::vector<CalibrationVerdict::Remark>& remarks) {
   std::string text = "Verdict: " + words + "\n";
@@ -98,6 +102,10 @@ std::string VerdictTable(const PairVerdict& verdict, const std::vector<std::stri
         std::string(left.right ? "right" : "left") + " picture of " + NameOf(left.view, names);
     text += RejectedText(image, left.point, left.residual, left.reason);
   }
+  for (const auto& item : verdict.recounted) {
+    text +=
+        RecountedText(std::string(item.right ? "right" : "left") + " picture of " + NameOf(item.view, names));
+  }
   return text;
 }
 
@@ -113,6 +121,9 @@ std::string VerdictTable(const velmora::RigResult& result, const RigNames& names
   text += ApartText(verdict.disagreements, names.Moments(), "all images");
   for (const velmora::RigLeftOut& left : result.leftOut) {
     text += RejectedText(names.Image(left.view, left.camera), left.point, left.residual, left.reason);
+  }
+  for (const velmora::RigRecounted& item : result.recounted) {
+    text += RecountedText(names.Image(item.view, item.camera));
   }
   for (size_t i = 0; i < verdict.cameras.size(); ++i) {
     text += "\nCamera " + cameras[i] + "\n" + VerdictWithoutViews(verdict.cameras[i]);

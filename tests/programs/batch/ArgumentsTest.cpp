@@ -30,6 +30,13 @@ TEST(BatchArguments, DefaultsSuitTheShippedGrid) {
   EXPECT_FALSE(arguments.strict);
 }
 
+TEST(BatchArguments, PartsAreViewsWhereTheSearchAndTheSolverSuitUnlessWholeGridsAreAskedFor) {
+  EXPECT_TRUE(Parse({"a.png"}).arguments.TakesParts());
+  EXPECT_FALSE(Parse({"a.png", "--whole-grids"}).arguments.TakesParts());
+  EXPECT_FALSE(Parse({"a.png", "--finder", "standard"}).arguments.TakesParts());
+  EXPECT_FALSE(Parse({"a.png", "--solver", "opencv"}).arguments.TakesParts());
+}
+
 TEST(BatchArguments, EveryOptionReachesItsSetting) {
   const batch::Parsed parsed =
       Parse({"a.png",    "b.avi", "--hdist",      "0.25", "--model",     "full", "--width",  "800",

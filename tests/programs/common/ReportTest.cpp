@@ -46,6 +46,25 @@ TEST(Report, RejectedPicturesAreGroupedByReason) {
             "    c.png\n");
 }
 
+TEST(Report, PartsOfTheGridAreCountedWithTheirCircles) {
+  EXPECT_EQ(common::PartsText({{}, 44}, 12), "");
+  EXPECT_EQ(common::PartsText({{38}, 44}, 12), "1 of 12 views is a part of the grid (38 of 44 circles)\n");
+  EXPECT_EQ(common::PartsText({{38, 41}, 44}, 12),
+            "2 of 12 views are parts of the grid (38 and 41 of 44 circles)\n");
+  EXPECT_EQ(common::PartsText({{38, 41, 33}, 44}, 12),
+            "3 of 12 views are parts of the grid (38, 41 and 33 of 44 circles)\n");
+  EXPECT_EQ(common::PartsText({{38, 41, 33, 40, 39}, 44}, 12),
+            "5 of 12 views are parts of the grid (33 to 41 of 44 circles)\n");
+}
+
+TEST(Report, NamesPartsOfTheGridAfterTheViews) {
+  common::Report report = SomeReport(5);
+  EXPECT_EQ(common::ResultTable(report).find("part"), std::string::npos);
+  report.parts = {{38, 41}, 44};
+  EXPECT_TRUE(Holds(common::ResultTable(report),
+                    "6 of 6 images used\n2 of 6 views are parts of the grid (38 and 41 of 44 circles)\n\n"));
+}
+
 TEST(Report, ViewsThatDisagreeAreNotCountedAsUsed) {
   common::Report report = SomeReport(5);
   report.disagreeing = {1, 3};
