@@ -68,8 +68,22 @@ std::vector<Fault> Faults() {
   fullModel.model = Calibrator::MODEL_FULL;
   Case largeEnough = tooSmall;
   largeEnough.model = Calibrator::MODEL_RATIONAL;
+  Case repeated = few;
+  repeated.copies = 20;
+  Case twice = right;
+  twice.views = 2;
+  twice.copies = 10;
+  Case zoomed = right;
+  zoomed.views = 20;
+  zoomed.zoom = 0.01;
+  Case zoomedMore = zoomed;
+  zoomedMore.zoom = 0.05;
   return {{"none", right},
           {"5 views", few},
+          {"5 views, each 20 times", repeated},
+          {"2 views, each 10 times", twice},
+          {"zoom changed by 1 % half way", zoomed},
+          {"zoom changed by 5 % half way", zoomedMore},
           {"frontal views", frontal},
           {"sheet bent by 0.5 mm", bent},
           {"sheet bent by 2 mm", veryBent},

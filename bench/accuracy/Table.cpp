@@ -78,6 +78,7 @@ std::string Shown(const Number& number) {
   if (std::isnan(number.value)) return "-";
   if (std::isinf(number.value)) return "inf";
   if (number.percent) return Fixed(100.0 * number.value, 0) + " %";
+  if (number.count) return Fixed(number.value, 0);
   const double size = std::abs(number.value);
   if (size >= 1e5 || (size > 0.0 && size < 0.001)) return Scientific(number.value);
   if (size >= 100.0 || size == 0.0) return Fixed(number.value, 0);

@@ -17,6 +17,7 @@ struct Number {
   double value = 0.0;
   bool percent = false;  ///< a share, shown as per cent
   bool csvOnly = false;
+  bool count = false;  ///< shown as an integer
 };
 
 struct Row {

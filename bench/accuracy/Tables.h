@@ -24,6 +24,8 @@ Table ModelsTable(const Effort& effort);
 // How true standard deviations are.
 Table DeviationsTable(const Effort& effort);
 Table MisleadingTable(const Effort& effort);
+/// What verdicts on data of all kinds are worth.
+Table VerdictsTable(const Effort& effort);
 Table PairsTable(const Effort& effort);
 Table ImagesTable(const Effort& effort);
 

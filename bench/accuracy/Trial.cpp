@@ -29,6 +29,25 @@ std::vector<world::Pose> PosesFor(const Case& what, const world::Camera& camera,
   return world::SampleViews(camera, what.views, seed, sheet);
 }
 
+/// The camera with a focal length that is longer by a share.
+world::Camera Zoomed(const world::Camera& camera, double share) {
+  cv::Matx33d K = camera.lens.K();
+  K(0, 0) *= 1.0 + share;
+  K(1, 1) *= 1.0 + share;
+  return {camera.size, world::Lens(K, camera.lens.D())};
+}
+
+/// Views of a sheet that is held still share most of their noise.
+void Repeat(const std::vector<cv::Point2d>& view, int copies, double noise, cv::RNG& random, Points& views) {
+  constexpr double OWN = 0.3;
+  for (int i = 0; i < copies; ++i) {
+    views.push_back(view);
+    if (copies == 1) continue;
+    for (cv::Point2d& point : views.back())
+      point += cv::Point2d(random.gaussian(OWN * noise), random.gaussian(OWN * noise));
+  }
+}
+
 double Finite(double value) {
   return std::isfinite(value) ? value : UNKNOWN_ERROR;
 }
@@ -98,8 +117,10 @@ Trial RunTrial(const Case& what, std::uint64_t seed) {
   const world::Camera camera = MakeCamera(what.lens, what.fieldOfView);
   cv::RNG random(world::MixSeeds(seed, 1));
   Points views;
-  for (const world::Pose& pose : PosesFor(what, camera, seed)) {
-    views.push_back(NoisyPoints(camera, pose, what.noise, what.sag, random));
+  const std::vector<world::Pose> poses = PosesFor(what, camera, seed);
+  for (std::size_t i = 0; i < poses.size(); ++i) {
+    const world::Camera own = 2 * i < poses.size() ? camera : Zoomed(camera, what.zoom);
+    Repeat(NoisyPoints(own, poses[i], what.noise, what.sag, random), what.copies, what.noise, random, views);
   }
   try {
     return Assessed(camera, views, Solve(views, camera.size, what.model, what.solver));

@@ -24,6 +24,8 @@ struct Case {
   ViewKind viewKind = ViewKind::Spread;
   double noise = 0.1;  ///< standard deviation of each coordinate of the points, pixels
   double sag = 0.0;    ///< how far the middle of the sheet is bent away from the camera, metres
+  double zoom = 0.0;   ///< by which share the focal length is longer in the second half of the views
+  int copies = 1;      ///< how often each view is taken of a sheet that is held still
   int model = Calibrator::MODEL_CLASSIC;
   int solver = Calibrator::SOLVER_SPARSE;
 };
