@@ -20,7 +20,8 @@ const char* const DESCRIPTION =
     "pose after pose; snapshots and the computation follow by themselves.";
 
 const char* const FOOTER =
-    "Keys in the window: r starts again, q quits.\n"
+    "Keys in the window: space takes what is in view besides the poses, also a part of the grid; r starts "
+    "again, q quits.\n"
     "Exit status: 0 calibrated, 1 ended before that, 2 wrong usage, unreadable input or no display, 3 with "
     "--strict: calibrated, but the result is worthless.";
 

@@ -16,6 +16,8 @@ namespace {
 
 constexpr int KEY_QUIT = 'q';
 constexpr int KEY_RESTART = 'r';
+constexpr int KEY_SNAPSHOT = ' ';
+const char* const KEYS = " Space takes what is in view besides, r starts again, q quits.";
 constexpr int LIVE_WAIT = 1;
 constexpr int IDLE_WAIT = 10;
 
@@ -42,9 +44,9 @@ common::ExitStatus GuidedLoop::Run() {
   if (!Begin()) return common::UNUSABLE;
   if (next_) {
     out_ << "Bring the sheet to the drawn one, until projections are known to " << options_.until
-         << " px, at most " << goal_ << " times. r starts again, q quits." << std::endl;
+         << " px, at most " << goal_ << " times." << KEYS << std::endl;
   } else {
-    out_ << "Bring the sheet to the drawn one, " << goal_ << " times. r starts again, q quits." << std::endl;
+    out_ << "Bring the sheet to the drawn one, " << goal_ << " times." << KEYS << std::endl;
   }
   while (ShowNext() == Step::GoOn && Follow() == Step::GoOn &&
          React(screen_.WaitKey(fresh_ ? LIVE_WAIT : IDLE_WAIT)) == Step::GoOn) {
@@ -57,6 +59,7 @@ common::ExitStatus GuidedLoop::Run() {
 bool GuidedLoop::Begin() {
   calibrator_.Reset();
   reached_ = 0;
+  besides_ = 0;
   observed_.clear();
   if (options_.until > 0.0) {
     calibrator_.DisableAssistant();
@@ -104,6 +107,7 @@ GuidedLoop::Step GuidedLoop::React(int key) {
     out_ << "Ended with " << reached_ << " of " << goal_ << " poses reached." << std::endl;
     return Step::Stop;
   }
+  if (key == KEY_SNAPSHOT && !computing_) TakeWhatIsInView();
   if (key == KEY_RESTART && !computing_) {
     out_ << "Starting again at the first pose." << std::endl;
     if (!Begin()) {
@@ -114,13 +118,25 @@ GuidedLoop::Step GuidedLoop::React(int key) {
   return Step::GoOn;
 }
 
+/// Also a part of the grid: edges and corners are where whole grids hardly come.
+void GuidedLoop::TakeWhatIsInView() {
+  std::vector<cv::Point2d> seen;
+  if (!calibrator_.AddSeen(seen)) {
+    out_ << "Nothing to take: hold the sheet so that most of its circles are in view." << std::endl;
+    return;
+  }
+  ++besides_;
+  out_ << "Taken besides: " << seen.size() << " circles." << std::endl;
+  observed_.push_back(std::move(seen));
+}
+
 GuidedLoop::Step GuidedLoop::Follow() {
   TellOfPoses();
   return computing_ ? FollowComputation() : Step::GoOn;
 }
 
 void GuidedLoop::TellOfPoses() {
-  for (const int records = calibrator_.GetNumberOfRecords(); reached_ < records;) {
+  for (const int poses = calibrator_.GetNumberOfRecords() - besides_; reached_ < poses;) {
     ++reached_;
     out_ << "Pose " << reached_ << (next_ ? " reached." : " of " + std::to_string(goal_) + " reached.")
          << std::endl;

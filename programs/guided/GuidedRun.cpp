@@ -42,6 +42,7 @@ int LoopOver(const Arguments& arguments, const LoopOptions& options, common::Fra
   const float unit = UnitOf(arguments);
   Calibrator calibrator(GRID, unit, Calibrator::MONOCULAR, source.width, source.height);
   common::ApplyEngineOptions(arguments, unit, calibrator);
+  calibrator.SetPartialGrids(true);
   common::DesktopScreen screen;
   return GuidedLoop(calibrator, feed, screen, options, std::cout, std::cerr).Run();
 }

@@ -44,6 +44,44 @@ std::unique_ptr<Calibrator> RobustFinderThatTakesParts() {
   return calibrator;
 }
 
+TEST(PartialGrids, AreTakenAsTheyAreSeen) {
+  const auto calibrator = RobustFinderThatTakesParts();
+  double shift = 0.0;
+  std::vector<cv::Point2d> points;
+  std::vector<cv::Point2d> seen(3);
+  EXPECT_FALSE(calibrator->AddSeen(seen));
+  EXPECT_TRUE(seen.empty());
+  cv::Mat image = CutImage(shift);
+  EXPECT_FALSE(calibrator->DetectPoints(image, points, false));
+  EXPECT_TRUE(points.empty());
+  EXPECT_FALSE(calibrator->IsDetected());
+  EXPECT_FALSE(calibrator->AddPoints());
+  ASSERT_TRUE(calibrator->AddSeen(seen));
+  EXPECT_EQ(seen.size(), 40U);
+  EXPECT_EQ(calibrator->GetNumberOfRecords(), 1);
+  EXPECT_FALSE(calibrator->AddSeen(seen)) << "once only";
+  cv::Mat whole = unit::ImageWithGrid();
+  ASSERT_TRUE(calibrator->DetectPoints(whole, points, false));
+  ASSERT_TRUE(calibrator->AddSeen(seen));
+  EXPECT_EQ(seen, points);
+  EXPECT_FALSE(calibrator->AddPoints()) << "it was taken";
+  EXPECT_EQ(calibrator->GetNumberOfRecords(), 2);
+}
+
+TEST(PartialGrids, AreDrawnInDetectionsToo) {
+  const auto calibrator = RobustFinderThatTakesParts();
+  double shift = 0.0;
+  std::vector<cv::Point2d> points;
+  cv::Mat plain = CutImage(shift);
+  cv::Mat drawn = plain.clone();
+  calibrator->SetPartialGrids(false);
+  calibrator->DetectPoints(plain, points, true);
+  calibrator->SetPartialGrids(true);
+  calibrator->DetectPoints(drawn, points, true);
+  const cv::Rect belowTheTexts(0, plain.rows / 4, plain.cols, plain.rows * 3 / 4);
+  EXPECT_GT(cv::norm(plain(belowTheTexts), drawn(belowTheTexts), cv::NORM_INF), 50.0);
+}
+
 TEST(PartialGrids, AreOffAtFirst) {
   const auto calibrator = unit::MakeCalibrator();
   EXPECT_FALSE(calibrator->GetPartialGrids());

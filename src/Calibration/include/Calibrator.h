@@ -119,7 +119,8 @@ class VELMORA_API Calibrator {
 
   /// Whether DetectPartial may find, and AddPoints with weights may take, parts of grids: those of which
   /// three quarters of the circles can be seen (see docs/finder.md). False at first. Nothing else depends on
-  /// it: no other function ever finds a part. Snapshots that are there stay.
+  /// it: no other function ever answers with a part. Detection draws what is seen of the grid, and AddSeen
+  /// takes it. Snapshots that are there stay.
   void SetPartialGrids(const bool& partial);
   bool GetPartialGrids();
 
@@ -151,8 +152,8 @@ class VELMORA_API Calibrator {
   /// found; `points` then receives a point of each circle, row by row, and `weights` 1 for those that are
   /// seen, 0 for those that are not, whose points are where they would be; both are empty otherwise. With
   /// `draw` the centres that are seen are drawn, and the overlay. A whole grid is the last detection
-  /// afterwards; a part is not (IsDetected is false), and becomes a snapshot by AddPoints with its weights
-  /// alone.
+  /// afterwards; a part is not (IsDetected is false), and becomes a snapshot by AddPoints with its weights or
+  /// by AddSeen.
   bool DetectPartial(cv::Mat& frame, std::vector<cv::Point2d>& points, std::vector<double>& weights,
                      const bool& draw);
 
@@ -182,6 +183,11 @@ class VELMORA_API Calibrator {
   /// anything else, and for a part unless SetPartialGrids allows it; false during STATUS_PROGRESS and in a
   /// stereo calibrator. Parts are not recorded as poses, nor are they seen by an assistant.
   bool AddPoints(const std::vector<cv::Point2d>& points, const std::vector<double>& weights);
+  /// Makes what the last searched frame showed a snapshot, once, whatever an assistant asks for: the whole grid
+  /// as AddPoints() does or, where SetPartialGrids allows it, a part of it. `seen` then receives the centres
+  /// that were seen. False, with `seen` empty, when it showed neither, during STATUS_PROGRESS and in a stereo
+  /// calibrator.
+  bool AddSeen(std::vector<cv::Point2d>& seen);
   /// Detects and, without an assistant (which decides by itself), adds. Always true.
   bool AddPoints(cv::Mat& frame, const bool& draw);
 

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
 #include <sstream>
 #include <thread>
 
@@ -109,6 +110,13 @@ class GuidedLoopRun : public ::testing::Test {
     }
     EXPECT_SAME_MAT(picture, common::DrawUncertainty(calibrator_.GetVerdict(), FRAME, seen));
   }
+  static std::vector<cv::Point2d> CentresIn(const cv::Mat& picture) {
+    Calibrator finder({4, 11}, 0.02F, Calibrator::MONOCULAR, FRAME.width, FRAME.height);
+    cv::Mat changed = picture.clone();
+    std::vector<cv::Point2d> centres;
+    EXPECT_TRUE(finder.DetectPoints(changed, centres, false));
+    return centres;
+  }
   bool Printed(const std::string& words) const { return out_.str().find(words) != std::string::npos; }
 
   static inline const auto pictures_ = std::make_unique<std::deque<cv::Mat>>();
@@ -122,6 +130,29 @@ class GuidedLoopRun : public ::testing::Test {
   std::ostringstream out_;
   std::ostringstream err_;
 };
+
+TEST_F(GuidedLoopRun, TakesWhatIsInViewBesidesThePoses) {
+  calibrator_.SetFinder(Calibrator::FINDER_ROBUST);
+  calibrator_.SetPartialGrids(true);
+  // A picture that no pose asks for, cut by the right border.
+  cv::Mat cut;
+  const std::vector<cv::Point2d> centres = CentresIn(pictures_->back());
+  double rightmost = 0.0;
+  for (const cv::Point2d& centre : centres) rightmost = std::max(rightmost, centre.x);
+  const cv::Matx23d shift(1.0, 0.0, FRAME.width - rightmost + 3.0, 0.0, 1.0, 0.0);
+  cv::warpAffine(pictures_->back(), cut, shift, FRAME, cv::INTER_NEAREST, cv::BORDER_REPLICATE);
+  const cv::Mat empty(FRAME, CV_8UC3, cv::Scalar::all(120));
+  feed_.pictures.push_front(empty);
+  feed_.pictures.push_front(cut);
+  screen_.keys = {' ', ' ', ' '};  // a part, the same again, nothing
+  ASSERT_EQ(Run(), common::SUCCESS) << err_.str();
+  EXPECT_TRUE(Printed("Taken besides: ")) << out_.str();
+  EXPECT_TRUE(Printed("Nothing to take: hold the sheet so that most of its circles are in view.\n"))
+      << out_.str();
+  EXPECT_TRUE(Printed("Pose 6 of 6 reached.\n")) << out_.str();
+  EXPECT_FALSE(Printed("Pose 7")) << out_.str();
+  EXPECT_TRUE(Printed("7 of 7 images used\n")) << out_.str();
+}
 
 TEST_F(GuidedLoopRun, EndsWithTheResultFileAfterTheLastPose) {
   options_.strict = true;  // of no effect on a good result

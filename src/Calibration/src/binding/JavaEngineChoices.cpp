@@ -63,6 +63,19 @@ EXPORT(jboolean, nSetRobust)(JNIEnv* env, jclass, jint id, jboolean robust) {
   return With(env, id, [&](Calibrator& calibrator) { calibrator.SetRobust(robust != 0); });
 }
 
+EXPORT(jboolean, nSetPartialGrids)(JNIEnv* env, jclass, jint id, jboolean partial) {
+  return With(env, id, [&](Calibrator& calibrator) { calibrator.SetPartialGrids(partial != 0); });
+}
+
+EXPORT(jboolean, nAddSeen)(JNIEnv* env, jclass, jint id) {
+  bool added = false;
+  With(env, id, [&](Calibrator& calibrator) {
+    std::vector<cv::Point2d> seen;
+    added = calibrator.AddSeen(seen);
+  });
+  return added ? JNI_TRUE : JNI_FALSE;
+}
+
 EXPORT(jboolean, nSetDiscRadius)(JNIEnv* env, jclass, jint id, jdouble radius) {
   return With(env, id, [&](Calibrator& calibrator) { calibrator.SetDiscRadius(radius); });
 }

@@ -5,6 +5,7 @@
 #include "JSON.h"
 #include "Log.h"
 #include "calibrator/CalibratorImpl.h"
+#include "calibrator/ObservedPoints.h"
 #include "calibrator/PoseProposals.h"
 #include "calibrator/ReprojectionReview.h"
 #include "foundation/Version.h"
@@ -164,6 +165,18 @@ bool Calibrator::AddPoints(const std::vector<cv::Point2d>& points, const std::ve
   return impl_->detector.WithLast([&](const std::vector<CameraSnapshot>& last) {
     return impl_->IsMonocular() &&
            impl_->AddWeighted({{points, last.front().frame, weights}}, Snapshots::EarlierRms::Drop);
+  });
+}
+
+bool Calibrator::AddSeen(std::vector<cv::Point2d>& seen) {
+  seen.clear();
+  return impl_->detector.WithSeen([&](const CameraSnapshot& last) {
+    if (!impl_->IsMonocular() || isCalibrating() || last.points.empty()) return false;
+    const bool added = last.weights.empty()
+                           ? impl_->AddSnapshot(last) > 0
+                           : impl_->AddWeighted({last}, velmora::Snapshots::EarlierRms::Drop);
+    if (added) seen = SeenPointsOf(last);
+    return added;
   });
 }
 

@@ -35,14 +35,39 @@ void AssertSameSize(const cv::Mat& left, const cv::Mat& right, const char* funct
                           "src/Calibration/src/Calibrator", line));
 }
 
-void ForgetPoints(std::vector<CameraSnapshot>& last) {
-  for (CameraSnapshot& camera : last) camera.points.clear();
-}
-
 }  // namespace
 
 Detector::Detector(const cv::Size& grid, const cv::Size& processingSize)
     : grid_(grid), processingSize_(processingSize) {
+}
+
+void Detector::Forget() {
+  for (CameraSnapshot& camera : last_) camera.points.clear();
+  part_ = {};
+}
+
+/// Searches the frame and remembers what it shows.
+bool Detector::Search(cv::Mat& frame, Centres& points) {
+  PartialGrid part;
+  const bool found = finder_.Find(frame, grid_, points, part);
+  if (found) {
+    last_[0].points = points;
+  } else {
+    part_.points = std::move(part.points);
+    part_.weights = std::move(part.weights);
+  }
+  return found;
+}
+
+void Detector::KeepFrame(const cv::Mat& frame) {
+  if (last_[0].points.empty() && part_.points.empty()) return;
+  last_[0].frame = frame.clone();
+  part_.frame = last_[0].frame;
+}
+
+void Detector::DrawSeen(cv::Mat& frame) const {
+  if (!last_[0].points.empty()) DrawGrid(last_[0].points, grid_, frame);
+  if (!part_.points.empty()) DrawSeenGrid(part_.points, part_.weights, grid_, frame);
 }
 
 std::string Detector::FaultOf(const cv::Mat& frame) const {
@@ -79,20 +104,17 @@ bool Detector::Detect(cv::Mat& frame, Centres& points, bool draw, const Overlay&
                       DetectionGuide& guide) {
   const std::lock_guard<std::mutex> lock(lock_);
   const Stopwatch stopwatch;
-  ForgetPoints(last_);
+  Forget();
   if (!BringToProcessingSize(frame)) return false;
-  const bool found = finder_.Find(frame, grid_, points);
+  const bool found = Search(frame, points);
   const double elapsed = stopwatch.Seconds();
 
   const bool guided = guide.Draw(frame);
-  if (found) {
-    last_[0].frame = frame.clone();
-    last_[0].points = points;
-  }
-  if (found && (draw || guided)) DrawGrid(points, grid_, frame);
+  KeepFrame(frame);
+  if (draw || guided) DrawSeen(frame);
   if (draw || (found && guided)) DrawInfo(overlay, elapsed, frame);
   // Within the lock: what becomes the snapshot is the detection that was checked.
-  if (found && guide.Take(last_[0])) ForgetPoints(last_);
+  if (found && guide.Take(last_[0])) Forget();
   if (flip_) cv::flip(frame, frame, AROUND_VERTICAL_AXIS);
   return found;
 }
@@ -101,27 +123,24 @@ bool Detector::DetectPartial(cv::Mat& frame, Centres& points, std::vector<double
                              const Overlay& overlay) {
   const std::lock_guard<std::mutex> lock(lock_);
   const Stopwatch stopwatch;
-  ForgetPoints(last_);
+  Forget();
   points.clear();
   weights.clear();
   if (!BringToProcessingSize(frame)) return false;
-  Centres whole;
-  PartialGrid part;
-  if (finder_.Find(frame, grid_, whole, part)) {
-    points = whole;
+  if (Search(frame, points)) {
     weights.assign(points.size(), 1.0);
-    last_[0].points = std::move(whole);
   } else {
-    points = std::move(part.points);
-    weights = std::move(part.weights);
+    points = part_.points;
+    weights = part_.weights;
   }
   const double elapsed = stopwatch.Seconds();
-  const bool found = !points.empty();
-  if (found) last_[0].frame = frame.clone();
-  if (found && draw) DrawSeenGrid(points, weights, grid_, frame);
-  if (draw) DrawInfo(overlay, elapsed, frame);
+  KeepFrame(frame);
+  if (draw) {
+    DrawSeen(frame);
+    DrawInfo(overlay, elapsed, frame);
+  }
   if (flip_) cv::flip(frame, frame, AROUND_VERTICAL_AXIS);
-  return found;
+  return !points.empty();
 }
 
 bool Detector::DetectPair(cv::Mat& left, cv::Mat& right, Centres& leftPoints, Centres& rightPoints, bool draw,
@@ -130,7 +149,7 @@ bool Detector::DetectPair(cv::Mat& left, cv::Mat& right, Centres& leftPoints, Ce
   if (refuses()) return false;
   AssertSameSize(left, right, "DetectStereoPoints", 346);
   const Stopwatch stopwatch;
-  ForgetPoints(last_);
+  Forget();
   if (!BringToProcessingSize(left, right)) return false;
   const bool found = finder_.FindBoth(left, right, grid_, leftPoints, rightPoints);
   const double elapsed = stopwatch.Seconds();
@@ -171,7 +190,14 @@ bool Detector::CollectPair(cv::Mat& left, cv::Mat& right, bool draw, const std::
 bool Detector::WithLast(const std::function<bool(const std::vector<CameraSnapshot>&)>& take) {
   const std::lock_guard<std::mutex> lock(lock_);
   if (!take(last_)) return false;
-  ForgetPoints(last_);
+  Forget();
+  return true;
+}
+
+bool Detector::WithSeen(const std::function<bool(const CameraSnapshot&)>& take) {
+  const std::lock_guard<std::mutex> lock(lock_);
+  if (!take(last_[0].points.empty() ? part_ : last_[0])) return false;
+  Forget();
   return true;
 }
 

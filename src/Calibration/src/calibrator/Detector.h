@@ -64,10 +64,17 @@ class Detector {
   /// or it was used up. It is used up when `take` answers true; its frames are kept for centres that callers
   /// supply. `take` is called under the lock of detections: it must not detect.
   bool WithLast(const std::function<bool(const std::vector<CameraSnapshot>&)>& take);
+  /// The same with what the last frame of one camera showed, where Detect or DetectPartial searched it: the
+  /// whole grid or, with weights, a part of it. Both are used up together.
+  bool WithSeen(const std::function<bool(const CameraSnapshot&)>& take);
   /// True when the last detection found the grid and was not used up. Waits for a detection under way.
   bool HasLast();
 
  private:
+  void Forget();
+  bool Search(cv::Mat& frame, std::vector<cv::Point2d>& points);
+  void KeepFrame(const cv::Mat& frame);
+  void DrawSeen(cv::Mat& frame) const;
   bool BringToProcessingSize(cv::Mat& frame) const;
   bool BringToProcessingSize(cv::Mat& left, cv::Mat& right) const;
   void DrawInfo(const Overlay& overlay, double elapsed, cv::Mat& frame) const;
@@ -79,6 +86,7 @@ class Detector {
 
   std::mutex lock_;  ///< one detection or collection at a time; guards the last detection
   std::vector<CameraSnapshot> last_{2};
+  CameraSnapshot part_;  ///< of the last frame, where it showed only that; without points else
 };
 
 }  // namespace velmora

@@ -102,6 +102,14 @@ bool IsPart(const CameraSnapshot& view) {
   return std::any_of(view.weights.begin(), view.weights.end(), [](double weight) { return weight == 0.0; });
 }
 
+std::vector<cv::Point2d> SeenPointsOf(const CameraSnapshot& view) {
+  std::vector<cv::Point2d> seen;
+  for (size_t k = 0; k < view.points.size(); ++k) {
+    if (IsSeen(view.weights, k)) seen.push_back(view.points[k]);
+  }
+  return seen;
+}
+
 CameraSnapshot WithoutNeedlessWeights(CameraSnapshot view) {
   if (!IsPart(view)) view.weights.clear();
   return view;

@@ -39,6 +39,9 @@ std::string FaultOfSnapshot(const cv::Size& grid, const std::vector<CameraSnapsh
 /// Whether a point of the snapshot was not seen.
 bool IsPart(const CameraSnapshot& view);
 
+/// The points of the snapshot that were seen.
+std::vector<cv::Point2d> SeenPointsOf(const CameraSnapshot& view);
+
 /// The snapshot without weights when all points were seen.
 CameraSnapshot WithoutNeedlessWeights(CameraSnapshot view);
 

@@ -43,6 +43,7 @@ public final class Calibrator implements AutoCloseable {
     if (id < 0) {
       throw new IllegalArgumentException("the engine refuses such a calibrator; its log says why");
     }
+    EngineChoices.nSetPartialGrids(id, true);
   }
 
   /** A builder with the shipped sheet of 4 x 11 circles, a unit of 0.02 m, one camera of 640 x 480 pixels. */
@@ -117,6 +118,12 @@ public final class Calibrator implements AutoCloseable {
 
   /** How later frames are searched; {@link Finder#STANDARD} at first. */
   public void setFinder(Finder finder) { EngineChoices.nSetFinder(id(), finder.code()); }
+
+  /**
+   * Whether {@link #takeSnapshot} takes frames of one camera in which the border or a hand hides up to a
+   * quarter of the grid's circles; with the robust search, and at first.
+   */
+  public void setPartialGrids(boolean partial) { EngineChoices.nSetPartialGrids(id(), partial); }
 
   /** What later computations are done with; {@link Solver#OPENCV} at first. */
   public void setSolver(Solver solver) { EngineChoices.nSetSolver(id(), solver.code()); }
@@ -212,9 +219,12 @@ public final class Calibrator implements AutoCloseable {
 
   // ---- Snapshots and computation.
 
-  /** Makes the last frame a snapshot; false when it shows no grid, or is one already. */
+  /**
+   * Makes the last frame a snapshot; false when it shows no grid, nor a part of it that may be taken, or is
+   * one already.
+   */
   public boolean takeSnapshot() {
-    return kind == Kind.STEREO ? Calibration.nAddStereoPicture(id()) : Calibration.nAddPicture(id());
+    return kind == Kind.STEREO ? Calibration.nAddStereoPicture(id()) : EngineChoices.nAddSeen(id());
   }
 
   /** Starts the computation of one camera. {@link #awaitResult} gets what comes out of it. */

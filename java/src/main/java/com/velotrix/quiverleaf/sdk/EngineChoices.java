@@ -28,6 +28,15 @@ public final class EngineChoices {
   /** The radius of the discs in metres, 0 for no correction of their centres. Unknown: false. */
   public static native boolean nSetDiscRadius(int id, double radius);
 
+  /** Whether parts of the grid may be taken by nAddSeen, where the robust search finds them. Unknown: false. */
+  public static native boolean nSetPartialGrids(int id, boolean partial);
+
+  /**
+   * Makes what the last frame of one camera showed a snapshot: the grid or, where that is allowed, a part of
+   * it. False when it shows neither, or is one already. Unknown: false.
+   */
+  public static native boolean nAddSeen(int id);
+
   /** The verdict on the last result as JSON. Unknown: an empty text. */
   public static native String nGetVerdict(int id);
 

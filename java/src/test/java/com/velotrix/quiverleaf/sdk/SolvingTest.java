@@ -5,6 +5,9 @@ import static org.junit.jupiter.api.Assertions.assertFalse;
 import static org.junit.jupiter.api.Assertions.assertThrows;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
+import java.awt.Color;
+import java.awt.Graphics2D;
+import java.awt.image.BufferedImage;
 import org.junit.jupiter.api.DisplayNameGeneration;
 import org.junit.jupiter.api.DisplayNameGenerator;
 import org.junit.jupiter.api.Test;
@@ -42,6 +45,8 @@ class SolvingTest {
       assertFalse(EngineChoices.nSetSolver(UNKNOWN, 1));
       assertFalse(EngineChoices.nSetRobust(UNKNOWN, true));
       assertFalse(EngineChoices.nSetDiscRadius(UNKNOWN, 0.01));
+      assertFalse(EngineChoices.nSetPartialGrids(UNKNOWN, true));
+      assertFalse(EngineChoices.nAddSeen(UNKNOWN));
       assertFalse(EngineChoices.nIsComputing(UNKNOWN));
       assertFalse(EngineChoices.nHasFailed(UNKNOWN));
       assertFalse(EngineChoices.nCancelComputation(UNKNOWN));
@@ -53,6 +58,40 @@ class SolvingTest {
       assertEquals("", EngineChoices.nGetVerdict(UNKNOWN));
     } finally {
       Calibrator.setLogLevel(LogLevel.TRACE);
+    }
+  }
+
+  /** The picture moved to the right, over white. */
+  private static BufferedImage moved(BufferedImage picture, int pixels) {
+    BufferedImage moved =
+        new BufferedImage(picture.getWidth(), picture.getHeight(), BufferedImage.TYPE_3BYTE_BGR);
+    Graphics2D graphics = moved.createGraphics();
+    graphics.setColor(Color.WHITE);
+    graphics.fillRect(0, 0, moved.getWidth(), moved.getHeight());
+    graphics.drawImage(picture, pixels, 0, null);
+    graphics.dispose();
+    return moved;
+  }
+
+  @Test
+  void parts_of_the_grid_are_taken_unless_that_is_not_wanted() throws Exception {
+    BufferedImage picture = Footage.pictures("views").get(0);
+    for (boolean wanted : new boolean[] {true, false}) {
+      try (Calibrator calibrator = Calibrator.builder().build()) {
+        calibrator.setFinder(Finder.ROBUST);
+        if (!wanted) {
+          calibrator.setPartialGrids(false);
+        }
+        int parts = 0;
+        for (int pixels = 0; pixels < picture.getWidth(); pixels += 6) {
+          Views.pushJpeg(calibrator, moved(picture, pixels));
+          if (!calibrator.isDetected() && calibrator.takeSnapshot()) {
+            ++parts;
+          }
+        }
+        assertEquals(wanted, parts > 0);
+        assertEquals(parts, calibrator.snapshots());
+      }
     }
   }
 
