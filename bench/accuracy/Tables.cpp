@@ -9,7 +9,8 @@ const std::vector<NamedTable>& AllTables() {
   static const std::vector<NamedTable> tables = {
       {"models", ModelsTable},       {"views", ViewsTable},           {"noise", NoiseTable},
       {"fields", FieldsOfViewTable}, {"deviations", DeviationsTable}, {"misleading", MisleadingTable},
-      {"verdicts", VerdictsTable},   {"pairs", PairsTable},           {"pictures", ImagesTable}};
+      {"verdicts", VerdictsTable},   {"pairs", PairsTable},           {"pictures", ImagesTable},
+      {"photographs", RealTable}};
   return tables;
 }
 
