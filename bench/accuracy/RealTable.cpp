@@ -98,12 +98,11 @@ Disagreement Compared(const Photographs& all, std::size_t each, std::uint64_t se
   const Half a = Calibrated(all, {at(0), at(each)});
   const Half b = Calibrated(all, {at(each), at(2 * each)});
   Disagreement disagreement;
-  disagreement.apart =
-      world::MeanProjectionDistance(world::LensFrom(a.result.K, a.result.D),
-                                    world::LensFrom(b.result.K, b.result.D), all.size,
-                                    world::CoveredRegion(all.views), world::Alignment::Rotated)
-          .rms /
-      std::sqrt(2.0);
+  disagreement.apart = world::MeanProjectionDistance(
+                           world::LensFrom(a.result.K, a.result.D), world::LensFrom(b.result.K, b.result.D),
+                           all.size, world::CoveredRegion(all.views), world::Alignment::Rotated)
+                           .rms /
+                       std::sqrt(2.0);
   disagreement.told = std::hypot(a.verdict.ExpectedInData(), b.verdict.ExpectedInData());
   disagreement.good = a.verdict.grade == CalibrationVerdict::Grade::Good ||
                       b.verdict.grade == CalibrationVerdict::Grade::Good;
@@ -139,14 +138,16 @@ Row RowOf(const std::string& name, const Photographs& all, std::size_t each, int
 }  // namespace
 
 Table RealTable(const Effort& effort) {
-  Table table{"photographs",
-              "Real photographs",
-              "Two cameras, each computed from views of its own that were drawn from one set of photographs of a "
-              "hand-held sheet, classic model: how far they are apart where any view was (median and ninth "
-              "decile), and how far the verdicts let expect. In pixels of a coordinate.",
-              {}};
+  Table table{
+      "photographs",
+      "Real photographs",
+      "Two cameras, each computed from views of its own that were drawn from one set of photographs of a "
+      "hand-held sheet, classic model: how far they are apart where any view was (median and ninth "
+      "decile), and how far the verdicts let expect. In pixels of a coordinate.",
+      {}};
   const std::string folder = VELMORA_SHARED_DATA;
-  for (const char* const name : {"office-4x11", "endoscope-stereo-4x11/left", "endoscope-stereo-4x11/right"}) {
+  for (const char* const name :
+       {"office-4x11", "endoscope-stereo-4x11/left", "endoscope-stereo-4x11/right"}) {
     if (!fs::is_directory(folder + "/" + name)) {
       std::cerr << "skipped: the photographs " << name << " are not at hand\n";
       continue;

@@ -10,7 +10,7 @@ const std::vector<NamedTable>& AllTables() {
       {"models", ModelsTable},       {"views", ViewsTable},           {"noise", NoiseTable},
       {"fields", FieldsOfViewTable}, {"deviations", DeviationsTable}, {"misleading", MisleadingTable},
       {"verdicts", VerdictsTable},   {"pairs", PairsTable},           {"pictures", ImagesTable},
-      {"photographs", RealTable}};
+      {"parts", PartsTable},         {"photographs", RealTable}};
   return tables;
 }
 

@@ -28,6 +28,8 @@ Table MisleadingTable(const Effort& effort);
 Table VerdictsTable(const Effort& effort);
 Table PairsTable(const Effort& effort);
 Table ImagesTable(const Effort& effort);
+/// What views bring of which the border cuts off a part.
+Table PartsTable(const Effort& effort);
 /// Photographs that are not part of the project; without rows where they are not at hand.
 Table RealTable(const Effort& effort);
 

@@ -68,7 +68,7 @@ class GuidedLoop {
   common::ExitStatus status_ = common::NO_RESULT;
   int goal_ = 0;
   int reached_ = 0;
-  int besides_ = 0;  ///< snapshots that were taken by hand
+  int besides_ = 0;                                 ///< snapshots that were taken by hand
   bool fresh_ = false;                              ///< a frame was shown in this turn
   bool computing_ = false;                          ///< the last pose was reached
   std::vector<std::vector<cv::Point2d>> observed_;  ///< the circles of each snapshot

@@ -183,10 +183,10 @@ class VELMORA_API Calibrator {
   /// anything else, and for a part unless SetPartialGrids allows it; false during STATUS_PROGRESS and in a
   /// stereo calibrator. Parts are not recorded as poses, nor are they seen by an assistant.
   bool AddPoints(const std::vector<cv::Point2d>& points, const std::vector<double>& weights);
-  /// Makes what the last searched frame showed a snapshot, once, whatever an assistant asks for: the whole grid
-  /// as AddPoints() does or, where SetPartialGrids allows it, a part of it. `seen` then receives the centres
-  /// that were seen. False, with `seen` empty, when it showed neither, during STATUS_PROGRESS and in a stereo
-  /// calibrator.
+  /// Makes what the last searched frame showed a snapshot, once, whatever an assistant asks for: the whole
+  /// grid as AddPoints() does or, where SetPartialGrids allows it, a part of it. `seen` then receives the
+  /// centres that were seen. False, with `seen` empty, when it showed neither, during STATUS_PROGRESS and in
+  /// a stereo calibrator.
   bool AddSeen(std::vector<cv::Point2d>& seen);
   /// Detects and, without an assistant (which decides by itself), adds. Always true.
   bool AddPoints(cv::Mat& frame, const bool& draw);

@@ -28,7 +28,9 @@ public final class EngineChoices {
   /** The radius of the discs in metres, 0 for no correction of their centres. Unknown: false. */
   public static native boolean nSetDiscRadius(int id, double radius);
 
-  /** Whether parts of the grid may be taken by nAddSeen, where the robust search finds them. Unknown: false. */
+  /**
+   * Whether parts of the grid may be taken by nAddSeen, where the robust search finds them. Unknown: false.
+   */
   public static native boolean nSetPartialGrids(int id, boolean partial);
 
   /**
