@@ -34,7 +34,8 @@ int CircleCountBeyond(const std::vector<cv::Point2d>& points, const cv::Size& si
 world::Pose MovedOut(const world::Camera& camera, world::Pose pose, int circles) {
   const world::Sheet sheet(GRID, static_cast<double>(UNIT));
   const auto points = world::TrueCentres(camera.lens, sheet, pose);
-  cv::Point2d way = points[points.size() / 2] - cv::Point2d(camera.size.width / 2.0, camera.size.height / 2.0);
+  cv::Point2d way =
+      points[points.size() / 2] - cv::Point2d(camera.size.width / 2.0, camera.size.height / 2.0);
   way *= 1.0 / std::max(cv::norm(way), 1e-9);
   world::Pose out = pose;
   for (int step = 0; step < 400; ++step) {
@@ -85,7 +86,8 @@ Row RowOf(const std::string& name, int cut, int circles, int trials) {
   for (int seed = 1; seed <= trials; ++seed) {
     cv::RNG random(world::MixSeeds(static_cast<std::uint64_t>(seed), 40));
     Set set;
-    for (const world::Pose& pose : world::SampleViews(camera, VIEWS, static_cast<std::uint64_t>(seed), sheet)) {
+    for (const world::Pose& pose :
+         world::SampleViews(camera, VIEWS, static_cast<std::uint64_t>(seed), sheet)) {
       const bool moves = static_cast<int>(set.views.size()) < cut;
       Add(camera, moves ? MovedOut(camera, pose, circles) : pose, random, set);
     }
@@ -104,14 +106,16 @@ Row RowOf(const std::string& name, int cut, int circles, int trials) {
 }  // namespace
 
 Table PartsTable(const Effort& effort) {
-  Table table{"parts",
-              "Parts of grids",
-              "Twelve views of a strong lens of 65 degrees, noise of 0.1 px. Views at the border are the same "
-              "ones, moved on until it would cut off more circles than are allowed. Medians, in pixels of a "
-              "coordinate over the whole image.",
-              {}};
+  Table table{
+      "parts",
+      "Parts of grids",
+      "Twelve views of a strong lens of 65 degrees, noise of 0.1 px. Views at the border are the same "
+      "ones, moved on until it would cut off more circles than are allowed. Medians, in pixels of a "
+      "coordinate over the whole image.",
+      {}};
   const int trials = effort.Of(100);
-  table.rows = {RowOf("random, whole grids", 0, 0, trials), RowOf("6 at the border, whole grids", 6, 0, trials),
+  table.rows = {RowOf("random, whole grids", 0, 0, trials),
+                RowOf("6 at the border, whole grids", 6, 0, trials),
                 RowOf("6 at the border, parts", 6, 11, trials),
                 RowOf("12 at the border, whole grids", VIEWS, 0, trials),
                 RowOf("12 at the border, parts", VIEWS, 11, trials)};

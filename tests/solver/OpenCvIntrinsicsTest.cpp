@@ -38,10 +38,26 @@ TEST(Intrinsics, OfTheClassicModelAreTheSolversBitForBit) {
   ExpectSameSolution(Solve(views, Calibrator::MODEL_CLASSIC), unit::SolveDirectly(views, 0));
 }
 
+/// Whether OpenCV repeats its own result to the last bit wherever its matrices lie in memory. With some BLAS
+/// it does not.
+bool IsRepeatedByOpenCv(const unit::PointLists& views, const unit::DirectSolution& direct) {
+  std::vector<std::vector<char>> kept;  // moves what is allocated next
+  for (size_t i = 0; i < 6; ++i) {
+    kept.emplace_back(16 * (2 * i + 1));
+    const auto again = unit::SolveDirectly(views, cv::CALIB_RATIONAL_MODEL);
+    if (cv::norm(direct.D, again.D, cv::NORM_INF) > 0.0) return false;
+  }
+  return true;
+}
+
 TEST(Intrinsics, OfTheRationalModelAreTheSolversBitForBit) {
   const auto views = unit::NoisyViews(7);
-  ExpectSameSolution(Solve(views, Calibrator::MODEL_RATIONAL),
-                     unit::SolveDirectly(views, cv::CALIB_RATIONAL_MODEL));
+  const auto direct = unit::SolveDirectly(views, cv::CALIB_RATIONAL_MODEL);
+  const IntrinsicsResult result = Solve(views, Calibrator::MODEL_RATIONAL);
+  if (cv::norm(direct.D, result.D, cv::NORM_INF) > 0.0 && !IsRepeatedByOpenCv(views, direct)) {
+    GTEST_SKIP() << "OpenCV itself does not repeat its result to the last bit with this BLAS";
+  }
+  ExpectSameSolution(result, direct);
 }
 
 TEST(Intrinsics, HaveTheShapesThatTheSolverGives) {
