@@ -159,8 +159,8 @@ TEST_F(Guided, StartsTheRationalComputationAtTheLastPose) {
   EXPECT_EQ(calibrator_->GetAssistantGoal(), -1);
   const auto expected = unit::CalibratorWith(shown);
   expected->ComputeCalibration(Calibrator::MODEL_RATIONAL);
-  EXPECT_SAME_MAT(calibrator_->GetK(), expected->GetK());
-  EXPECT_SAME_MAT(calibrator_->GetDistCoefs(), expected->GetDistCoefs());
+  EXPECT_TRUE(unit::SameResult(calibrator_->GetK(), expected->GetK()));
+  EXPECT_TRUE(unit::SameResult(calibrator_->GetDistCoefs(), expected->GetDistCoefs()));
   EXPECT_EQ(calibrator_->GetDistCoefs().cols, 14);
 }
 

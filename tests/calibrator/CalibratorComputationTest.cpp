@@ -18,13 +18,14 @@ using namespace velmora;
 namespace {
 
 void ExpectResultsOf(Calibrator& calibrator, const unit::DirectSolution& direct) {
-  EXPECT_EQ(calibrator.GetRMS(), static_cast<float>(direct.rms));
-  EXPECT_SAME_MAT(calibrator.GetK(), direct.K);
-  EXPECT_SAME_MAT(calibrator.GetDistCoefs(), direct.D);
-  EXPECT_SAME_MAT(calibrator.GetRotationVectors(), direct.rvecs);
-  EXPECT_SAME_MAT(calibrator.GetTranslationVectors(), direct.tvecs);
-  EXPECT_SAME_MAT(calibrator.GetStdDevIntrinsics(), direct.stdDevIntrinsics);
-  EXPECT_SAME_MAT(calibrator.GetPerViewErrors(), direct.perViewErrors);
+  EXPECT_TRUE(unit::SameResult(static_cast<double>(calibrator.GetRMS()),
+                               static_cast<double>(static_cast<float>(direct.rms))));
+  EXPECT_TRUE(unit::SameResult(calibrator.GetK(), direct.K));
+  EXPECT_TRUE(unit::SameResult(calibrator.GetDistCoefs(), direct.D));
+  EXPECT_TRUE(unit::SameResult(calibrator.GetRotationVectors(), direct.rvecs));
+  EXPECT_TRUE(unit::SameResult(calibrator.GetTranslationVectors(), direct.tvecs));
+  EXPECT_TRUE(unit::SameResult(calibrator.GetStdDevIntrinsics(), direct.stdDevIntrinsics));
+  EXPECT_TRUE(unit::SameResult(calibrator.GetPerViewErrors(), direct.perViewErrors));
 }
 
 /// Views of which one lacks a centre: the solver refuses them.
@@ -72,7 +73,8 @@ TEST(Computation, GivesTheSolversFullNumbers) {
       views, cv::CALIB_RATIONAL_MODEL + cv::CALIB_THIN_PRISM_MODEL + cv::CALIB_TILTED_MODEL);
   // The solver itself ends in one of two neighbouring results.
   EXPECT_NEAR(calibrator->ComputeCalibration(Calibrator::MODEL_FULL), direct.rms, 1e-6 * direct.rms);
-  EXPECT_MAT_NEAR(calibrator->GetK(), direct.K, 1e-6 * direct.K.at<double>(0, 0));
+  const double tolerance = unit::OpenCvRepeatsItself() ? 1e-6 : 1e-4;
+  EXPECT_MAT_NEAR(calibrator->GetK(), direct.K, tolerance * direct.K.at<double>(0, 0));
   ASSERT_EQ(calibrator->GetDistCoefs().size(), cv::Size(14, 1));
   EXPECT_EQ(cv::countNonZero(calibrator->GetDistCoefs()), 14);
 }

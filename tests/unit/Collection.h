@@ -1,6 +1,8 @@
 /// Views of the grid for calibrators: as point lists, and as rendered images with their truth.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <memory>
 #include <opencv2/core.hpp>
 #include <string>
@@ -58,5 +60,13 @@ struct DirectSolution {
   cv::Mat K, D, rvecs, tvecs, stdDevIntrinsics, stdDevExtrinsics, perViewErrors;
 };
 DirectSolution SolveDirectly(const PointLists& views, int flags);
+
+/// Whether OpenCV repeats its own results to the last bit, wherever its matrices lie in memory: with every
+/// BLAS but ATLAS.
+bool OpenCvRepeatsItself();
+
+/// The same bits or, where OpenCV does not repeat itself, about the same numbers. Of results of its solvers.
+::testing::AssertionResult SameResult(const cv::Mat& actual, const cv::Mat& expected);
+::testing::AssertionResult SameResult(double actual, double expected);
 
 }  // namespace unit
