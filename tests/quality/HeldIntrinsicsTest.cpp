@@ -104,6 +104,22 @@ TEST(HeldIntrinsics, OfASmallerModelAreInTheDeviations) {
   EXPECT_GT(with.formal.rotation, 1.5 * beside.formal.rotation);
 }
 
+TEST(HeldIntrinsics, AreNoneWhereTheyWereRefined) {
+  const world::Pair rig = unit::RigFor(CLASSIC);
+  const Alone left = CalibratedAlone(rig.left, 20, 1);
+  const auto pairs = unit::Observed(rig, 12, 5, NOISE);
+  const ExtrinsicsResult result = unit::Refined(pairs, unit::EachAlone(pairs, CLASSIC), CLASSIC);
+  PairRecords records{unit::Targets(pairs.left.size()), pairs.left, pairs.right, CLASSIC, true};
+  const PairVerdict own = AssessPair(records, result.refined, result.R, result.T);
+  records.left = records.right = {left.verdict.covariance, left.verdict.jackknifeCovariance};
+  const PairVerdict same = AssessPair(records, result.refined, result.R, result.T);
+  EXPECT_FALSE(same.lensesKnown);
+  EXPECT_EQ(same.ToJson(), own.ToJson());
+  // What is told of refined intrinsics is the whole of it.
+  EXPECT_EQ(own.formal.rotation, own.withLenses.rotation);
+  EXPECT_EQ(own.formal.direction, own.withLenses.direction);
+}
+
 TEST(HeldIntrinsics, OfOneCameraAloneAreNotCalledKnown) {
   const world::Pair rig = unit::RigFor(CLASSIC);
   const Alone left = CalibratedAlone(rig.left, 20, 1);

@@ -90,9 +90,11 @@ class HeldErrors {
                 system.matrix.bottomLeftCorner(POSE_PARAMETERS, intrinsics), poseByIntrinsics_);
   }
 
-  /// The covariance with that of both cameras' intrinsics; unchanged where nothing is known of those.
+  /// The pose's covariance with that of both cameras' intrinsics. Unchanged where nothing is known of those,
+  /// as of refined ones, which are in the covariance themselves.
   Eigen::MatrixXd In(const Eigen::MatrixXd& pose, const cv::Mat& left, const cv::Mat& right) const {
-    if (pose.size() == 0 || poseByIntrinsics_.size() == 0) return pose;
+    const bool isKnown = !left.empty() || !right.empty();
+    if (!isKnown || pose.rows() != POSE_PARAMETERS || poseByIntrinsics_.size() == 0) return pose;
     Eigen::MatrixXd held =
         Eigen::MatrixXd::Zero(layout_.shared - POSE_PARAMETERS, layout_.shared - POSE_PARAMETERS);
     Fill(left, layout_.cameras[0], held);
