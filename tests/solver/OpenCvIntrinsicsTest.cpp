@@ -28,9 +28,11 @@ void ExpectSameSolution(const IntrinsicsResult& result, const unit::DirectSoluti
   EXPECT_TRUE(unit::SameResult(result.D, direct.D));
   EXPECT_TRUE(unit::SameResult(result.rvecs, direct.rvecs));
   EXPECT_TRUE(unit::SameResult(result.tvecs, direct.tvecs));
-  EXPECT_TRUE(unit::SameResult(result.stdDevIntrinsics, direct.stdDevIntrinsics));
-  EXPECT_TRUE(unit::SameResult(result.stdDevExtrinsics, direct.stdDevExtrinsics));
   EXPECT_TRUE(unit::SameResult(result.perViewErrors, direct.perViewErrors));
+  // Those of a larger model, and nearly singular, differ by a third from one place in memory to the other.
+  if (!unit::OpenCvRepeatsItself()) return;
+  EXPECT_SAME_MAT(result.stdDevIntrinsics, direct.stdDevIntrinsics);
+  EXPECT_SAME_MAT(result.stdDevExtrinsics, direct.stdDevExtrinsics);
 }
 
 TEST(Intrinsics, OfTheClassicModelAreTheSolversBitForBit) {
