@@ -91,7 +91,7 @@ std::vector<Corner> CornersIn(const cv::Mat& grey) {
   }
   std::sort(all.begin(), all.end(), [](const Corner& a, const Corner& b) { return a.strength > b.strength; });
   std::vector<Corner> apart;
-  cv::Mat taken = cv::Mat::zeros(grey.size(), CV_8U);
+  cv::Mat taken(grey.size(), CV_8U, cv::Scalar(0));
   for (const Corner& corner : all) {
     if (taken.at<unsigned char>(corner.place) != 0) continue;
     cv::circle(taken, corner.place, RADIUS + 1, cv::Scalar(1), cv::FILLED);
