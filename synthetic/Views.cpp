@@ -44,6 +44,7 @@ std::vector<Pose> SampleViews(const Camera& camera, int n, std::uint64_t seed, c
 
 std::vector<Pose> SpreadViews(const Camera& camera, int n, const Sheet& sheet) {
   std::vector<Pose> poses;
+  poses.reserve(static_cast<std::size_t>(std::max(n, 0)));
   for (int k = 0; k < n; ++k) poses.push_back(Placed(camera, sheet, SpreadAppearance(k, HalfWidth(camera))));
   return poses;
 }

@@ -95,6 +95,7 @@ void RequireCommonKeys(const std::vector<CameraFiles>& cameras, const std::vecto
 
 std::vector<std::string> DifferingParts(const std::vector<std::string>& files) {
   std::vector<std::string> parts;
+  parts.reserve(files.size());
   for (const std::string& file : files) parts.push_back(NameOf(file));
   if (parts.size() < 2) return parts;
   RemoveCommonBeginning(parts);
@@ -118,6 +119,7 @@ std::vector<Moment> MatchByNames(const std::vector<CameraFiles>& cameras) {
   }
   RequireCommonKeys(cameras, files);
   std::vector<Moment> inOrder;
+  inOrder.reserve(moments.size());
   for (auto& entry : moments) inOrder.push_back(std::move(entry.second));
   return inOrder;
 }

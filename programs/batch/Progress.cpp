@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <iostream>
 
 namespace batch {
@@ -84,7 +85,7 @@ std::string Progress::TimeLeft(int done, int total) const {
   const std::chrono::duration<double> passed = terminal_.now() - start_;
   constexpr double SETTLED = 1.0;  // seconds
   if (done >= total || passed.count() < SETTLED) return "";
-  const long seconds = static_cast<long>(passed.count() / done * (total - done) + 0.5);
+  const long seconds = std::lround(passed.count() / done * (total - done));
   constexpr long MINUTE = 60;
   const std::string minutes = seconds >= MINUTE ? std::to_string(seconds / MINUTE) + " min " : "";
   return ", " + minutes + std::to_string(seconds % MINUTE) + " s left";

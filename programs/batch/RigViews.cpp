@@ -128,7 +128,7 @@ std::vector<cv::Size> RigViews::Frames() const {
 
 std::string RigViews::OtherGridText() {
   for (ImageSearch& search : searches_) {
-    const std::string text = names_.images.empty() ? search.OtherGridText() : "";
+    std::string text = names_.images.empty() ? search.OtherGridText() : "";
     if (!text.empty()) return text;
   }
   return "";

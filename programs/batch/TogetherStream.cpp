@@ -44,6 +44,7 @@ int TogetherStream::OrientationsIgnored() const {
 
 std::string NameTogether(const std::vector<NamedImage>& inputs) {
   std::vector<std::string> names;
+  names.reserve(inputs.size());
   for (const NamedImage& input : inputs) names.push_back(input.name);
   return common::NameTogether(names);
 }

@@ -50,7 +50,7 @@ class PlainFormatter final : public CLI::Formatter {
     if (const auto range = Between(option->get_type_name(), " in [", "]")) {
       remarks.push_back(CLI::detail::find_and_replace(*range, " - ", " to "));
     }
-    const std::string description = option->get_description();
+    const std::string& description = option->get_description();
     if (!option->get_default_str().empty() && !Contains(description, "default")) {
       remarks.push_back("default: " + option->get_default_str());
     }
@@ -161,7 +161,7 @@ void PrepareCommandLine(CLI::App& app) {
 
 std::string InPlainWords(const CLI::App& app, const CLI::ParseError& error, const std::string& nothing) {
   // Its name does not tell the kind of an error: some bear that of the program.
-  const std::string message = error.what();
+  std::string message = error.what();
   if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) return UnknownArgument(app);
   if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr) return WrongCount(message);
   if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) return Missing(message, nothing);

@@ -3,6 +3,7 @@
 
 #include <unistd.h>
 
+#include <cmath>
 #include <iostream>
 #include <utility>
 
@@ -36,7 +37,7 @@ std::string Progress::TimeLeft(int done, int total) const {
   constexpr double SETTLED = 1.0;  // seconds
   const std::chrono::duration<double> passed = now_() - start_;
   if (done < 1 || done >= total || passed.count() < SETTLED) return "";
-  const long seconds = static_cast<long>(passed.count() / done * (total - done) + 0.5);
+  const long seconds = std::lround(passed.count() / done * (total - done));
   constexpr long MINUTE = 60;
   const std::string minutes = seconds >= MINUTE ? std::to_string(seconds / MINUTE) + " min " : "";
   return ", " + minutes + std::to_string(seconds % MINUTE) + " s left";

@@ -9,7 +9,7 @@
 
 namespace velmora {
 
-void BackgroundTasks::Run(const char* name, std::function<void()> task, std::function<void()> ended) {
+void BackgroundTasks::Run(const char* name, std::function<void()> task, const std::function<void()>& ended) {
   {
     const std::lock_guard<std::mutex> lock(lock_);
     ++tasks_;

@@ -17,7 +17,7 @@ class BackgroundTasks {
 
   /// Runs `task` on a thread of its own and then `ended` there, also when the task throws, which is logged
   /// with the name; without a thread to be had `ended` is called at once. `ended` throws nothing.
-  void Run(const char* name, std::function<void()> task, std::function<void()> ended);
+  void Run(const char* name, std::function<void()> task, const std::function<void()>& ended);
   /// True from a Run until its `ended` has returned.
   bool Busy() const;
   void AwaitAll();

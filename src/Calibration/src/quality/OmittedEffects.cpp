@@ -147,10 +147,10 @@ double DepthOfBend(const OmittedEffect& bend, const std::vector<cv::Point3d>& ob
 }
 
 const std::vector<cv::Point3d>& MostPointsOf(const std::vector<TargetView>& views) {
-  const Observation* most = nullptr;
+  const Observation* most = &views.front().observations.front();
   for (const TargetView& view : views) {
     for (const Observation& image : view.observations) {
-      if (most == nullptr || image.object.size() > most->object.size()) most = &image;
+      if (image.object.size() > most->object.size()) most = &image;
     }
   }
   return most->object;

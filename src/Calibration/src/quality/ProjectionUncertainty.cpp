@@ -127,8 +127,9 @@ ProjectionUncertainty::ProjectionUncertainty(const Intrinsics& intrinsics, const
   const Eigen::LLT<Eigen::Matrix3d> cholesky(byRotation.transpose() * byRotation);
   if (cholesky.info() != Eigen::Success) return;
   const Eigen::MatrixXd rotation = cholesky.solve(byRotation.transpose() * inside.ByIntrinsics());
-  byIntrinsics_.topRows(2 * inArea_) -= byRotation * rotation;
-  byIntrinsics_.bottomRows(byIntrinsics_.rows() - 2 * inArea_) -= outside.ByRotation() * rotation;
+  const Eigen::Index rowsInArea = byRotation.rows();
+  byIntrinsics_.topRows(rowsInArea) -= byRotation * rotation;
+  byIntrinsics_.bottomRows(byIntrinsics_.rows() - rowsInArea) -= outside.ByRotation() * rotation;
 }
 
 cv::Mat ProjectionUncertainty::Map(const Eigen::MatrixXd& covariance) const {

@@ -158,7 +158,7 @@ Selection Selected(const std::vector<TargetView>& views, const cv::Size& imageSi
 }
 
 Selection Selected(const CalibrationProblem& start, const BundleOptions& options) {
-  const Selection all = AllOf(start.views);
+  Selection all = AllOf(start.views);
   // Between images that contradict each other the search may go on for long, where weights change anyway.
   BundleOptions round = options;
   round.mostIterations = ITERATIONS_OF_A_ROUND;

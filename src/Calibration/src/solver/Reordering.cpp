@@ -52,6 +52,7 @@ std::vector<std::vector<size_t>> OtherOrders(const std::vector<cv::Point3d>& obj
   std::vector<std::vector<size_t>> orders;
   for (const cv::Point2d& sign : {cv::Point2d(1.0, -1.0), cv::Point2d(-1.0, 1.0), cv::Point2d(-1.0, -1.0)}) {
     std::vector<cv::Point3d> moved;
+    moved.reserve(object.size());
     for (const cv::Point3d& point : object) {
       moved.emplace_back(sign.x > 0.0 ? point.x : least.x + most.x - point.x,
                          sign.y > 0.0 ? point.y : least.y + most.y - point.y, 0.0);
