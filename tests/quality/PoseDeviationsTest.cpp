@@ -37,6 +37,22 @@ TEST(PoseDeviations, AreBeyondALimitWhenAnyOfThemIs) {
   EXPECT_TRUE(Beyond({0.0, std::nan(""), 0.0}, CAREFUL_POSE));
 }
 
+TEST(PoseDeviations, AreNoNumberBesideAnyOtherWhereOneIsNone) {
+  const double none = std::nan("");
+  const PairVerdict::Deviations known = {0.1, 0.002, 0.3};
+  for (const PairVerdict::Deviations& larger :
+       {Larger(known, {none, none, none}), Larger({none, none, none}, known)}) {
+    EXPECT_TRUE(std::isnan(larger.rotation));
+    EXPECT_TRUE(std::isnan(larger.baseline));
+    EXPECT_TRUE(std::isnan(larger.direction));
+    EXPECT_TRUE(Beyond(larger, WORTHLESS_POSE));
+  }
+  const PairVerdict::Deviations larger = Larger(known, {0.2, 0.001, 0.4});
+  EXPECT_EQ(larger.rotation, 0.2);
+  EXPECT_EQ(larger.baseline, 0.002);
+  EXPECT_EQ(larger.direction, 0.4);
+}
+
 TEST(PoseDeviations, DisagreeWhenTheyAreUnusualAndLargeEnoughToMatter) {
   const PairVerdict::Deviations usual = {0.01, 0.0001, 0.01};
   EXPECT_FALSE(Disagrees({0.024, 0.0002, 0.02}, usual));

@@ -17,6 +17,11 @@ bool IsDisagreement(double jackknife, double usual, double limit) {
   return jackknife > DISAGREEMENT * usual && jackknife > limit / 3.0;
 }
 
+/// What is no number stays so: it is known as little beside another one.
+double LargerOf(double a, double b) {
+  return std::isnan(a) ? a : std::isnan(b) ? b : std::max(a, b);
+}
+
 }  // namespace
 
 Deviations DeviationsOf(const Eigen::MatrixXd& covariance, Eigen::Index pose, const cv::Vec3d& T) {
@@ -36,8 +41,8 @@ bool Beyond(const Deviations& deviations, const Deviations& limits) {
 }
 
 Deviations Larger(const Deviations& a, const Deviations& b) {
-  return {std::max(a.rotation, b.rotation), std::max(a.baseline, b.baseline),
-          std::max(a.direction, b.direction)};
+  return {LargerOf(a.rotation, b.rotation), LargerOf(a.baseline, b.baseline),
+          LargerOf(a.direction, b.direction)};
 }
 
 bool Disagrees(const Deviations& jackknife, const Deviations& usual) {

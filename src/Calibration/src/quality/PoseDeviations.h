@@ -24,7 +24,7 @@ PairVerdict::Deviations DeviationsOf(const Eigen::MatrixXd& covariance, Eigen::I
 /// Whether any of them is larger than its limit, or not known.
 bool Beyond(const PairVerdict::Deviations& deviations, const PairVerdict::Deviations& limits);
 
-/// The larger one of each.
+/// The larger one of each; NaN where either is.
 PairVerdict::Deviations Larger(const PairVerdict::Deviations& a, const PairVerdict::Deviations& b);
 
 /// Whether any is much more than the usual ones let expect, and enough to matter.
