@@ -44,6 +44,22 @@ std::unique_ptr<Calibrator> RobustFinderThatTakesParts() {
   return calibrator;
 }
 
+/// A search in the cut picture.
+struct CutSearch {
+  explicit CutSearch(bool draw) {
+    image = CutImage(shift);
+    before = image.clone();
+    found = RobustFinderThatTakesParts()->DetectPartial(image, points, weights, draw);
+  }
+
+  double shift = 0.0;
+  cv::Mat before;
+  cv::Mat image;  ///< after it
+  std::vector<cv::Point2d> points;
+  Weights weights;
+  bool found = false;
+};
+
 TEST(PartialGrids, AreTakenAsTheyAreSeen) {
   const auto calibrator = RobustFinderThatTakesParts();
   double shift = 0.0;
@@ -98,18 +114,14 @@ TEST(PartialGrids, AreOffAtFirst) {
 }
 
 TEST(PartialGrids, AreFoundWhereTheTruthIs) {
-  const auto calibrator = RobustFinderThatTakesParts();
-  double shift = 0.0;
-  cv::Mat image = CutImage(shift);
-  const cv::Mat before = image.clone();
-  std::vector<cv::Point2d> points;
-  Weights weights;
-  ASSERT_TRUE(calibrator->DetectPartial(image, points, weights, false));
-  EXPECT_SAME_MAT(image, before);
-  EXPECT_EQ(weights, WeightsWithout({0, 1, 2, 3}));
-  ASSERT_EQ(points.size(), 44U);
+  const CutSearch search(false);
+  ASSERT_TRUE(search.found);
+  EXPECT_SAME_MAT(search.image, search.before);
+  EXPECT_EQ(search.weights, WeightsWithout({0, 1, 2, 3}));
+  ASSERT_EQ(search.points.size(), 44U);
   for (size_t k = 4; k < 44; ++k) {
-    EXPECT_LT(cv::norm(points[k] - cv::Point2d(shift, 0.0) - unit::Rendered().centres.front()[k]), 0.5) << k;
+    const cv::Point2d truth = unit::Rendered().centres.front()[k] + cv::Point2d(search.shift, 0.0);
+    EXPECT_LT(cv::norm(search.points[k] - truth), 0.5) << k;
   }
 }
 
@@ -147,20 +159,15 @@ TEST(PartialGrids, OfWholeOnesAreTheLastDetection) {
 }
 
 TEST(PartialGrids, AreDrawnWhereTheyAreSeen) {
-  const auto calibrator = RobustFinderThatTakesParts();
-  double shift = 0.0;
-  cv::Mat image = CutImage(shift);
-  const cv::Mat before = image.clone();
-  std::vector<cv::Point2d> points;
-  Weights weights;
-  ASSERT_TRUE(calibrator->DetectPartial(image, points, weights, true));
+  const CutSearch search(true);
+  ASSERT_TRUE(search.found);
   cv::Mat difference;
-  cv::absdiff(image, before, difference);
+  cv::absdiff(search.image, search.before, difference);
   const cv::Rect below(0, 130, unit::FRAME.width, unit::FRAME.height - 130);  // of the overlay's texts
   cv::Mat changed = difference(below).reshape(1) > 0;
   ASSERT_GT(cv::countNonZero(changed), 0);
   double rightmost = 0.0;
-  for (size_t k = 4; k < 44; ++k) rightmost = std::max(rightmost, points[k].x);
+  for (size_t k = 4; k < 44; ++k) rightmost = std::max(rightmost, search.points[k].x);
   const cv::Rect beyond(static_cast<int>(rightmost) + 8, 130, 1000, unit::FRAME.height - 130);
   const cv::Rect visible = beyond & cv::Rect({}, unit::FRAME);
   ASSERT_GT(visible.area(), 0);
