@@ -160,11 +160,19 @@ common::ExitStatus CalibrateCamera(CameraViews& camera, const std::string& side,
   return StatusOf(SaveWithVerdict(camera, result.verdict, output, result.text, files));
 }
 
+/// A result that the user gives, with the verdict beside it.
+CameraResult ResultFrom(const std::string& file) {
+  std::string warning;
+  CameraResult result{file, common::VerdictBeside(file, warning)};
+  std::cerr << warning;
+  return result;
+}
+
 common::ExitStatus CameraResultsFor(const Arguments& arguments, PairViews& pairs, CameraResults& results,
                                     common::OutputFiles& files) {
   if (!arguments.calibLeft.empty()) {
-    results.left = {arguments.calibLeft, common::VerdictBeside(arguments.calibLeft)};
-    results.right = {arguments.calibRight, common::VerdictBeside(arguments.calibRight)};
+    results.left = ResultFrom(arguments.calibLeft);
+    results.right = ResultFrom(arguments.calibRight);
     results.fromFiles = true;
     return common::SUCCESS;
   }

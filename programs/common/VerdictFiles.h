@@ -27,14 +27,16 @@ struct VerdictFiles {
   std::string name_;
 };
 
-/// Writes both and notes them; the picture shows the circles that were seen. The file that could not be
-/// written, or an empty text.
+/// Writes both and notes them; the picture shows the circles that were seen. The text says which result it is
+/// on: that in NAME.json, which was written before. The file that could not be written, or an empty text.
 std::string SaveVerdict(const CalibrationVerdict& verdict, const cv::Size& frame,
                         const std::vector<std::vector<cv::Point2d>>& seen, const std::string& name,
                         OutputFiles& files);
 
-/// The verdict that was written beside a result file; of grade None where there is none that can be read.
-CalibrationVerdict VerdictBeside(const std::string& resultFile);
+/// The verdict that was written beside a result file; of grade None where there is none that can be read, and
+/// where it is on another result: `warning` then says so, and is empty else. A verdict that does not say
+/// which result it is on is believed.
+CalibrationVerdict VerdictBeside(const std::string& resultFile, std::string& warning);
 
 /// What the cameras of a pair saw, view by view.
 struct SeenByPair {
