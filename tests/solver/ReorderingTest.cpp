@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <set>
 
 #include "solver/PairViews.h"
 
@@ -67,6 +68,49 @@ TEST(Reordering, LeavesImagesAloneThatFitInNoOrder) {
   const ExtrinsicsResult result = Solved(pairs, unit::TruePairIntrinsics(rig), false);
   EXPECT_TRUE(result.solution->recounted.empty());
   EXPECT_FALSE(result.solution->rejected.empty());
+}
+
+/// What the right camera sees of the pose, with other points of a bigger sheet in place of the grid's.
+std::vector<cv::Point2d> SeenByTheRight(const world::Pair& rig, const world::Pose& pose,
+                                        const cv::Point2d& steps) {
+  std::vector<cv::Point3d> points = MakeObjectTemplate(unit::GRID, unit::UNIT);
+  const auto step = static_cast<double>(unit::UNIT);
+  for (cv::Point3d& point : points) point += step * cv::Point3d(steps.x, steps.y, 0.0);
+  return world::ProjectPoints(rig.right.lens, points, world::RightPose(rig, pose));
+}
+
+TEST(Reordering, NamesImagesOfAnotherPartOfABiggerGrid) {
+  const world::Pair rig = unit::RigFor(Calibrator::MODEL_CLASSIC);
+  const StereoIntrinsics intrinsics = unit::TruePairIntrinsics(rig);
+  const std::vector<world::Pose> poses = world::SampleRigViews(rig, 12, 5, unit::Paper());
+  unit::PointPairs pairs = unit::ObservedByBoth(rig, poses, 5, 0.1);
+  // A column further, and two rows further.
+  pairs.right[2] = SeenByTheRight(rig, poses[2], {2.0, 0.0});
+  pairs.right[5] = SeenByTheRight(rig, poses[5], {0.0, -2.0});
+  for (const bool refine : {false, true}) {
+    const ExtrinsicsResult result = Solved(pairs, intrinsics, refine);
+    EXPECT_TRUE(result.solution->recounted.empty());
+    std::set<size_t> named;
+    for (const Rejected& rejected : result.solution->rejected) {
+      if (rejected.reason != "shows another part of a bigger grid than the other images") continue;
+      EXPECT_EQ(rejected.point, Rejected::WHOLE_VIEW);
+      named.insert(rejected.view);
+    }
+    EXPECT_EQ(named, (std::set<size_t>{2, 5})) << refine;
+    EXPECT_LT(cv::norm(result.T, cv::Mat(rig.T)), 0.001) << result.T;
+    EXPECT_LT(result.rms, 0.25);
+  }
+}
+
+TEST(Reordering, SaysOfOtherImagesThatDisagreeOnlyThat) {
+  const world::Pair rig = unit::RigFor(Calibrator::MODEL_CLASSIC);
+  unit::PointPairs pairs = unit::Observed(rig, 12, 5, 0.1);
+  pairs.right[2] = pairs.right[3];
+  const ExtrinsicsResult result = Solved(pairs, unit::TruePairIntrinsics(rig), false);
+  ASSERT_FALSE(result.solution->rejected.empty());
+  for (const Rejected& rejected : result.solution->rejected) {
+    EXPECT_EQ(rejected.reason.find("bigger"), std::string::npos) << rejected.view;
+  }
 }
 
 }  // namespace

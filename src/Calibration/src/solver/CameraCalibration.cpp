@@ -53,11 +53,15 @@ Solution CalibrateRig(const CalibrationProblem& start, bool robust, const Bundle
   Solution solution = AdjustSelected(start, robust, options);
   if (!robust || !solution.usable || options.progress.IsGivenUp()) return solution;
   std::vector<Recounted> recounted = RecountedImages(start.views, solution);
-  if (recounted.empty()) return solution;
+  if (recounted.empty()) {
+    NameShiftedImages(start.views, solution);
+    return solution;
+  }
   CalibrationProblem again = start;
   for (const Recounted& image : recounted) Reorder(image, again.views[image.view]);
   solution = AdjustSelected(again, robust, options);
   solution.recounted = std::move(recounted);
+  NameShiftedImages(again.views, solution);
   return solution;
 }
 
