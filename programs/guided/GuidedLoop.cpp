@@ -21,12 +21,12 @@ const char* const KEYS = " Space takes what is in view besides, r starts again, 
 constexpr int LIVE_WAIT = 1;
 constexpr int IDLE_WAIT = 10;
 
-common::Report ReportOf(Calibrator& calibrator, const cv::Size& frame) {
+/// `used` are the names of the snapshots.
+common::Report ReportOf(Calibrator& calibrator, const cv::Size& frame, const std::vector<std::string>& used) {
   common::Report report;
   report.model = ModelChoice::NameOf(Calibrator::MODEL_RATIONAL);
   report.frame = frame;
-  for (int i = 1; i <= calibrator.GetNumberOfRecords(); ++i)
-    report.used.push_back("pose " + std::to_string(i));
+  report.used = used;
   common::CopyResult(calibrator, report);
   return report;
 }
@@ -61,6 +61,7 @@ bool GuidedLoop::Begin() {
   reached_ = 0;
   besides_ = 0;
   observed_.clear();
+  names_.clear();
   if (options_.until > 0.0) {
     calibrator_.DisableAssistant();
     next_.emplace(calibrator_, options_.until, options_.mostPoses);
@@ -98,8 +99,9 @@ GuidedLoop::Step GuidedLoop::ShowNext() {
 void GuidedLoop::DetectIn(cv::Mat& frame) {
   std::vector<cv::Point2d> points;
   calibrator_.DetectPoints(frame, points, true);
-  if (calibrator_.GetNumberOfRecords() > static_cast<int>(observed_.size()))
-    observed_.push_back(std::move(points));
+  if (calibrator_.GetNumberOfRecords() <= static_cast<int>(observed_.size())) return;
+  observed_.push_back(std::move(points));
+  names_.push_back("pose " + std::to_string(static_cast<int>(observed_.size()) - besides_));
 }
 
 GuidedLoop::Step GuidedLoop::React(int key) {
@@ -128,6 +130,7 @@ void GuidedLoop::TakeWhatIsInView() {
   ++besides_;
   out_ << "Taken besides: " << seen.size() << " circles." << std::endl;
   observed_.push_back(std::move(seen));
+  names_.push_back("by hand " + std::to_string(besides_));
 }
 
 GuidedLoop::Step GuidedLoop::Follow() {
@@ -183,7 +186,7 @@ GuidedLoop::Step GuidedLoop::FollowComputation() {
 }
 
 GuidedLoop::Step GuidedLoop::Save() {
-  common::Report report = ReportOf(calibrator_, options_.frame);
+  common::Report report = ReportOf(calibrator_, options_.frame, names_);
   const CalibrationVerdict verdict = calibrator_.GetVerdict();
   report.disagreeing = common::RejectedViews(verdict);
   out_ << common::ResultTable(report) << "\n" << common::VerdictTable(verdict, report.used);

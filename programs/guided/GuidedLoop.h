@@ -72,6 +72,7 @@ class GuidedLoop {
   bool fresh_ = false;                              ///< a frame was shown in this turn
   bool computing_ = false;                          ///< the last pose was reached
   std::vector<std::vector<cv::Point2d>> observed_;  ///< the circles of each snapshot
+  std::vector<std::string> names_;                  ///< of the snapshots: "pose 2", "by hand 1"
 };
 
 }  // namespace guided

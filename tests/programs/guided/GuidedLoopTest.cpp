@@ -152,6 +152,9 @@ TEST_F(GuidedLoopRun, TakesWhatIsInViewBesidesThePoses) {
   EXPECT_TRUE(Printed("Pose 6 of 6 reached.\n")) << out_.str();
   EXPECT_FALSE(Printed("Pose 7")) << out_.str();
   EXPECT_TRUE(Printed("7 of 7 images used\n")) << out_.str();
+  // Among the worst views, as no camera could see it so: the border cuts it, the lens does not bend it there.
+  EXPECT_TRUE(Printed(" px  by hand 1\n")) << out_.str();
+  EXPECT_FALSE(Printed("pose 7")) << out_.str();
 }
 
 TEST_F(GuidedLoopRun, EndsWithTheResultFileAfterTheLastPose) {
