@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <opencv2/imgproc.hpp>
 
 namespace velmora::finder {
 
@@ -16,6 +17,15 @@ constexpr double SMALLEST_AREA = 4.0;
 constexpr double SMALL_AREA = 20.0;
 constexpr double SPECK_AREA = 2.0;
 constexpr int CELL = 16;
+
+/// Faint discs are looked for at levels that are so near to each other, in a picture that is smaller by so
+/// much: fewer pixels pay for more levels, and have less noise.
+constexpr int FAINT_STEP = 3;
+constexpr int SHRUNK = 2;
+/// Pixels of the smaller picture: below, noise makes spots of its own.
+constexpr double SMALLEST_FAINT_AREA = 12.0;
+/// What more of the near levels see, the ordinary ones see well.
+constexpr int MOST_FAINT_LEVELS = 15;
 
 /// A spot followed through the levels.
 struct Spot {
@@ -107,9 +117,8 @@ std::vector<DiscCandidate> Merge(const std::vector<Region>& regions, const cv::S
   return merged;
 }
 
-}  // namespace
-
-std::vector<int> ChooseLevels(const cv::Mat& grey) {
+/// From the darkest to the brightest grey of an image, but for a few pixels.
+cv::Range RangeOf(const cv::Mat& grey) {
   std::array<int, 256> histogram = {};
   int total = 0;
   for (int row = 1; row < grey.rows; row += 3) {
@@ -122,10 +131,17 @@ std::vector<int> ChooseLevels(const cv::Mat& grey) {
   int high = 255;
   for (int sum = 0; low < 255 && (sum += histogram[static_cast<size_t>(low)]) <= tail;) ++low;
   for (int sum = 0; high > 0 && (sum += histogram[static_cast<size_t>(high)]) <= tail;) --high;
+  return {low, high};
+}
+
+}  // namespace
+
+std::vector<int> ChooseLevels(const cv::Mat& grey) {
+  const cv::Range range = RangeOf(grey);
   std::vector<int> levels;
-  if (high - low < LEAST_CONTRAST) return levels;
+  if (range.size() < LEAST_CONTRAST) return levels;
   for (int k = 0; k < LEVELS; ++k) {
-    const int level = low + cvRound((high - low) * (k + 0.5) / LEVELS);
+    const int level = range.start + cvRound(range.size() * (k + 0.5) / LEVELS);
     if (levels.empty() || level > levels.back()) levels.push_back(level);
   }
   return levels;
@@ -177,6 +193,37 @@ Candidates FindCandidates(const cv::Mat& grey, int discs) {
   candidates.tooSmall = specks / 3;
   candidates.tooLarge = (blots + 2) / 3;
   return candidates;
+}
+
+std::vector<DiscCandidate> FindFaintCandidates(const cv::Mat& grey, int discs) {
+  const cv::Range range = RangeOf(grey);
+  // Else the ordinary levels are as near to each other.
+  if (range.size() <= FAINT_STEP * LEVELS) return {};
+  const cv::Size size(grey.cols / SHRUNK, grey.rows / SHRUNK);
+  cv::Mat smaller;
+  cv::resize(grey(cv::Rect(0, 0, SHRUNK * size.width, SHRUNK * size.height)), smaller, size, 0.0, 0.0,
+             cv::INTER_AREA);
+  std::vector<int> levels;
+  for (int level = range.start + 1; level < range.end; level += FAINT_STEP) levels.push_back(level);
+  RegionLimits limits;
+  limits.minArea = SMALLEST_FAINT_AREA;
+  limits.maxArea = 1.5 * size.area() / discs;
+  limits.maxRunsPerLevel = 1000 + size.area() / 25;
+  std::vector<Region> round;
+  for (const Region& region : FindDarkRegions(smaller, levels, limits)) {
+    if (IsRound(region)) round.push_back(region);
+  }
+  std::stable_sort(round.begin(), round.end(),
+                   [](const Region& a, const Region& b) { return a.level < b.level; });
+  std::vector<DiscCandidate> faint;
+  for (DiscCandidate disc : Merge(round, size)) {
+    if (disc.levels < 2 || disc.levels > MOST_FAINT_LEVELS || faint.size() == MAX_CANDIDATES) continue;
+    // Pixels have their middles at whole numbers.
+    disc.centre = SHRUNK * (disc.centre + cv::Point2d(0.5, 0.5)) - cv::Point2d(0.5, 0.5);
+    disc.radius *= SHRUNK;
+    faint.push_back(disc);
+  }
+  return faint;
 }
 
 }  // namespace velmora::finder

@@ -33,4 +33,8 @@ bool IsRound(const Region& region);
 /// The dark spots of `grey` (CV_8UC1) that may belong to a grid of `discs` discs.
 Candidates FindCandidates(const cv::Mat& grey, int discs);
 
+/// Those of so little contrast within an image that has much of it that FindCandidates may pass them over:
+/// levels that few grey values part look for them, from a radius of 4 pixels on.
+std::vector<DiscCandidate> FindFaintCandidates(const cv::Mat& grey, int discs);
+
 }  // namespace velmora::finder

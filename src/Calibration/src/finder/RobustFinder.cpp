@@ -25,6 +25,7 @@ using finder::LabelledDiscs;
 
 /// The lookups in the index that one search may take.
 constexpr int BUDGET = 300000;
+constexpr int FAINT_BUDGET = 60000;
 /// A small lattice that is less regular than this speaks of nothing.
 constexpr double ACCIDENTAL = 0.03;
 /// Discs that are enough of a pattern to speak of its size.
@@ -42,22 +43,34 @@ class DarkSearch {
 
   GridFinding Run() {
     const finder::Candidates candidates = finder::FindCandidates(grey_, grid_.area());
-    const size_t least = static_cast<size_t>(grid_.area() - finder::MissingAllowed(grid_));
-    if (candidates.discs.size() < least) {
+    if (candidates.discs.size() < FewestDiscs()) {
       finding_.fault = FaultOfFew(candidates);
     }
-    const finder::CandidateIndex index(candidates.discs, grey_.size());
-    budget_.left = BUDGET;
-    finder::SearchLattices(index, least, 3 * gridIndices_.size() + 60, budget_,
+    SearchAmong(candidates.discs, BUDGET);
+    return finding_;
+  }
+
+  /// Among discs of little contrast, with less to spend.
+  GridFinding RunFaint() {
+    const std::vector<finder::DiscCandidate> faint = finder::FindFaintCandidates(grey_, grid_.area());
+    if (faint.size() >= FewestDiscs()) SearchAmong(faint, FAINT_BUDGET);
+    return finding_;
+  }
+
+ private:
+  size_t FewestDiscs() const { return static_cast<size_t>(grid_.area() - finder::MissingAllowed(grid_)); }
+
+  void SearchAmong(const std::vector<finder::DiscCandidate>& candidates, int budget) {
+    const finder::CandidateIndex index(candidates, grey_.size());
+    budget_.left = budget;
+    finder::SearchLattices(index, FewestDiscs(), 3 * gridIndices_.size() + 60, budget_,
                            [&](const finder::Lattice& lattice) {
                              if (Accept(lattice, index)) return true;
                              TryAsPart(lattice, index);
                              return false;
                            });
-    return finding_;
   }
 
- private:
   GridFault FaultOfFew(const finder::Candidates& candidates) const {
     const int needed = grid_.area() / 2;
     if (candidates.tooSmall > needed) return GridFault::CirclesTooSmall;
@@ -159,6 +172,12 @@ cv::Mat GreyOf(const cv::Mat& frame) {
   return grey;
 }
 
+/// Whether it was for want of discs that nothing was found.
+bool SawNoGrid(const GridFinding& finding) {
+  return finding.fault == GridFault::TooFewCandidates || finding.fault == GridFault::CirclesTooSmall ||
+         finding.fault == GridFault::CirclesTooLarge || finding.fault == GridFault::NothingLikeIt;
+}
+
 /// `part` may be null.
 GridFinding Search(const cv::Mat& frame, const cv::Size& patternSize, PartialGrid* part) {
   GridFinding finding;
@@ -170,7 +189,14 @@ GridFinding Search(const cv::Mat& frame, const cv::Size& patternSize, PartialGri
   if (finding.Found()) return finding;
   const cv::Mat inverted = 255 - grey;
   const GridFinding light = DarkSearch(inverted, patternSize, part).Run();
-  return light.Found() ? light : finding;
+  if (light.Found()) return light;
+  const bool partSeen = part != nullptr && part->Seen() > 0;
+  if (partSeen || !SawNoGrid(finding) || !SawNoGrid(light)) return finding;
+  for (const cv::Mat& image : {grey, inverted}) {
+    const GridFinding faint = DarkSearch(image, patternSize, nullptr).RunFaint();
+    if (faint.Found()) return faint;
+  }
+  return finding;
 }
 
 }  // namespace
