@@ -56,8 +56,9 @@ Eigen::MatrixXd EffectJacobian::ProductsOf(const TargetView& view) const {
     for (size_t k = 0; k < observation.object.size(); ++k, row += 2) {
       solver::Coordinate u;
       solver::Coordinate v;
-      if (!projections_[camera].Differentiate(pose * observation.object[k], u, v)) continue;
-      const ObservedPoint observed{observation.object[k], pose.R, camera,
+      const cv::Vec3d inCamera = pose * observation.object[k];
+      if (!projections_[camera].Differentiate(inCamera, u, v)) continue;
+      const ObservedPoint observed{observation.object[k], pose.R, inCamera, camera,
                                    (v.value - values[CY]) / values[FY]};
       FillRow(observed, u, view.rigFromTarget, jacobian.row(row));
       FillRow(observed, v, view.rigFromTarget, jacobian.row(row + 1));

@@ -18,6 +18,7 @@ using EffectRow = Eigen::Ref<Eigen::RowVectorXd>;
 struct ObservedPoint {
   const cv::Point3d& point;
   const cv::Matx33d& rotation;  ///< of the target before the camera
+  const cv::Vec3d& inCamera;    ///< the point in the camera's frame
   size_t camera;
   /// Where the pixel stands in the image, from top to bottom, over the focal length from its middle.
   double row;

@@ -2,6 +2,7 @@
 #include "quality/OmittedEffects.h"
 
 #include <Eigen/SVD>
+#include <cmath>
 #include <utility>
 
 #include "quality/EffectColumns.h"
@@ -56,6 +57,18 @@ EffectColumns LensColumns(const Solution& solution, size_t camera) {
           }};
 }
 
+EffectColumns RadialColumns(const Solution& solution, size_t camera) {
+  if (!HasRadialTerms(solution, camera)) return {0, [](const auto&, const auto&, EffectRow) {}};
+  const RadialTerms terms = RadialTermsFor(solution, camera);
+  return {RadialTerms::COUNT,
+          [=](const ObservedPoint& observed, const solver::Coordinate& coordinate, EffectRow to) {
+            to.setZero();
+            if (observed.camera != camera) return;
+            const auto derivatives = terms.Derivatives(observed.inCamera, coordinate.byPoint);
+            for (int i = 0; i < RadialTerms::COUNT; ++i) to(i) = derivatives[static_cast<size_t>(i)];
+          }};
+}
+
 EnlargedEquations EquationsWith(const Solution& solution, const EffectColumns& columns) {
   const EffectJacobian jacobian(solution, columns);
   const Index kept = jacobian.Shared() + jacobian.Effects();
@@ -87,7 +100,31 @@ OmittedEffect LensEffect(const Solution& solution, size_t camera, EnlargedEquati
   return effect;
 }
 
+OmittedEffect RadialEffect(const Solution& solution, size_t camera, EnlargedEquations& equations,
+                           Index first) {
+  if (!HasRadialTerms(solution, camera)) return {};
+  const double pull = NoiseVariance(solution) / (RadialTerms::DEVIATION * RadialTerms::DEVIATION);
+  for (int i = 0; i < RadialTerms::COUNT; ++i) equations.Restrain(first + i, pull);
+  OmittedEffect effect = equations.EffectOf(first, RadialTerms::COUNT);
+  if (effect.values.size() == 0) return effect;
+  const Layout::Block block = LayoutOf(solution.rig, solution.estimated).cameras[camera];
+  Eigen::VectorXd shift(block.count + RadialTerms::COUNT);
+  shift << effect.shift.segment(block.intrinsics, block.count), effect.values;
+  effect.shift = shift;
+  return effect;
+}
+
 }  // namespace
+
+bool HasRadialTerms(const Solution& solution, size_t camera) {
+  const Camera& own = solution.rig.cameras[camera];
+  return own.intrinsics.estimated >= RATIONAL_PARAMETERS && !own.imageSize.empty() &&
+         solver::IsWide(solver::SpreadOf(own, camera, solution.views));
+}
+
+RadialTerms RadialTermsFor(const Solution& solution, size_t camera) {
+  return RadialTerms(std::atan(solver::DataRadius(solution.rig.cameras[camera], camera, solution.views)));
+}
 
 OmittedEffect OmittedBend(const Solution& solution) {
   return EquationsWith(solution, BendColumns()).EffectOf(0, BEND);
@@ -105,13 +142,15 @@ OmittedEffect OmittedLensTerms(const Solution& solution, size_t camera) {
 OmittedEffects OmittedEffectsOf(const Solution& solution, size_t camera) {
   const EffectColumns sheet = Joined(BendColumns(), ProportionColumns());
   const EffectColumns byView = Joined(sheet, MotionColumns(solution));
-  EnlargedEquations equations = EquationsWith(solution, Joined(byView, LensColumns(solution, camera)));
+  const EffectColumns lens = Joined(byView, LensColumns(solution, camera));
+  EnlargedEquations equations = EquationsWith(solution, Joined(lens, RadialColumns(solution, camera)));
   OmittedEffects effects;
   effects.bend = equations.EffectOf(0, BEND);
   effects.proportions = equations.EffectOf(BEND, PROPORTIONS);
   effects.motion = equations.EffectByView(sheet.count, MOTION);
   effects.bendByView = equations.EffectByView(0, BEND);
   effects.lensTerms = LensEffect(solution, camera, equations, byView.count);
+  effects.radial = RadialEffect(solution, camera, equations, lens.count);
   return effects;
 }
 

@@ -8,6 +8,7 @@
 #include <tuple>
 
 #include "model/Solution.h"
+#include "quality/RadialTerms.h"
 
 namespace velmora {
 
@@ -41,6 +42,10 @@ OmittedEffect OmittedProportions(const Solution& solution);
 /// model. Here `shift` is of all of the full model's parameters of that camera.
 OmittedEffect OmittedLensTerms(const Solution& solution, size_t camera);
 
+/// Whether there are terms to test of the camera's radial curve, and which.
+bool HasRadialTerms(const Solution& solution, size_t camera);
+RadialTerms RadialTermsFor(const Solution& solution, size_t camera);
+
 /// All of them at once, the lens terms of one of the cameras.
 struct OmittedEffects {
   OmittedEffect bend;
@@ -50,6 +55,10 @@ struct OmittedEffects {
   /// both sides of the image, for as many rows as the focal length has, in the unit of the target.
   OmittedEffect motion;
   OmittedEffect bendByView;  ///< the sheet bent in each view in its own way
+  /// The lens' radial curve, beyond what the larger models hold (RadialTerms): empty for the classic one,
+  /// which has those for that, and for images that do not reach far from the axis. Here `shift` is of the
+  /// camera's own parameters and, after them, of the terms.
+  OmittedEffect radial;
 };
 OmittedEffects OmittedEffectsOf(const Solution& solution, size_t camera);
 

@@ -35,13 +35,20 @@ bool Unproject(const solver::Projection& projection, const Intrinsics& intrinsic
 /// The derivatives in some cells, a row for each coordinate.
 class Derivatives {
  public:
-  explicit Derivatives(int estimated) : estimated_(estimated) {}
+  Derivatives(int estimated, const RadialTerms* radial)
+      : estimated_(estimated),
+        radial_(radial),
+        parameters_(estimated + (radial != nullptr ? RadialTerms::COUNT : 0)) {}
 
   void Add(int cell, const cv::Vec3d& ray, const solver::Coordinate& u, const solver::Coordinate& v) {
     cells_.push_back(cell);
     for (const solver::Coordinate* coordinate : {&u, &v}) {
       const auto first = coordinate->byIntrinsics.begin();
       byIntrinsics_.insert(byIntrinsics_.end(), first, first + estimated_);
+      if (radial_ != nullptr) {
+        const auto byTerms = radial_->Derivatives(ray, coordinate->byPoint);
+        byIntrinsics_.insert(byIntrinsics_.end(), byTerms.begin(), byTerms.end());
+      }
       const cv::Vec3d byRotation = ray.cross(coordinate->byPoint);
       byRotation_.insert(byRotation_.end(), byRotation.val, byRotation.val + 3);
     }
@@ -49,7 +56,7 @@ class Derivatives {
 
   const std::vector<int>& Cells() const { return cells_; }
   RowMatrix ByIntrinsics() const {
-    return Eigen::Map<const RowMatrix>(byIntrinsics_.data(), Rows(), estimated_);
+    return Eigen::Map<const RowMatrix>(byIntrinsics_.data(), Rows(), parameters_);
   }
   /// By the rotation of the camera's frame.
   RowMatrix ByRotation() const { return Eigen::Map<const RowMatrix>(byRotation_.data(), Rows(), 3); }
@@ -58,6 +65,8 @@ class Derivatives {
   Eigen::Index Rows() const { return 2 * static_cast<Eigen::Index>(cells_.size()); }
 
   int estimated_;
+  const RadialTerms* radial_;
+  int parameters_;
   std::vector<int> cells_;
   std::vector<double> byIntrinsics_;
   std::vector<double> byRotation_;
@@ -100,10 +109,11 @@ std::vector<cv::Point2f> DataAreaOf(const std::vector<TargetView>& views, size_t
 }
 
 ProjectionUncertainty::ProjectionUncertainty(const Intrinsics& intrinsics, const cv::Size& imageSize,
-                                             const std::vector<cv::Point2f>& area) {
+                                             const std::vector<cv::Point2f>& area,
+                                             const RadialTerms* radial) {
   const solver::Projection projection(intrinsics);
-  Derivatives inside(intrinsics.estimated);
-  Derivatives outside(intrinsics.estimated);
+  Derivatives inside(intrinsics.estimated, radial);
+  Derivatives outside(intrinsics.estimated, radial);
   for (int i = 0; i < ROWS * COLUMNS; ++i) {
     const int row = i / COLUMNS;
     const int column = i % COLUMNS;
@@ -119,7 +129,7 @@ ProjectionUncertainty::ProjectionUncertainty(const Intrinsics& intrinsics, const
   inArea_ = static_cast<int>(inside.Cells().size());
   cells_ = inside.Cells();
   cells_.insert(cells_.end(), outside.Cells().begin(), outside.Cells().end());
-  byIntrinsics_.resize(2 * static_cast<Eigen::Index>(cells_.size()), intrinsics.estimated);
+  byIntrinsics_.resize(2 * static_cast<Eigen::Index>(cells_.size()), inside.ByIntrinsics().cols());
   byIntrinsics_ << inside.ByIntrinsics(), outside.ByIntrinsics();
   if (inArea_ == 0 || intrinsics.estimated == 0) return;
   // The rotation that makes up best, in the area, for a change of each parameter.

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "model/Rig.h"
+#include "quality/RadialTerms.h"
 #include "solver/Projection.h"
 
 namespace velmora {
@@ -24,9 +25,10 @@ class ProjectionUncertainty {
   static constexpr int COLUMNS = 40;
   static constexpr int ROWS = 30;
 
-  /// The rotation is the one that changes least within the area.
+  /// The rotation is the one that changes least within the area. With `radial`, covariances are of the
+  /// estimated parameters and, after them, of these terms.
   ProjectionUncertainty(const Intrinsics& intrinsics, const cv::Size& imageSize,
-                        const std::vector<cv::Point2f>& area);
+                        const std::vector<cv::Point2f>& area, const RadialTerms* radial = nullptr);
 
   /// The standard deviation of a coordinate in each cell, given the covariance of the estimated parameters.
   cv::Mat Map(const Eigen::MatrixXd& covariance) const;
@@ -42,7 +44,7 @@ class ProjectionUncertainty {
  private:
   std::vector<int> cells_;        ///< those that have a ray, the ones in the area first
   int inArea_ = 0;                ///< how many of them are in it
-  Eigen::MatrixXd byIntrinsics_;  ///< two rows of derivatives by the estimated parameters for each of them
+  Eigen::MatrixXd byIntrinsics_;  ///< two rows of derivatives by the parameters for each of them
 };
 
 }  // namespace velmora

@@ -32,6 +32,13 @@ class Collection {
     if (effect.significant) Add(Cause::LensTerms, effect, ShiftInArea(effect.shift));
   }
 
+  /// Here it is of the camera's own parameters and of the terms.
+  void AddRadial(const OmittedEffect& effect, const RadialTerms& terms) {
+    if (!effect.significant) return;
+    const ProjectionUncertainty moved(camera_.intrinsics, camera_.imageSize, area_, &terms);
+    Add(Cause::Radial, effect, moved.InArea(effect.shift * effect.shift.transpose()));
+  }
+
   /// What is called noise is partly the discs' own: only the rest of it counts. `share` is that rest's.
   void AddPrintErrors(const OmittedEffect& effect, double share) {
     const double shift = ShiftInArea(Own(effect.shift));
@@ -98,8 +105,9 @@ std::vector<SystematicError> SystematicErrorsOf(const Solution& solution, size_t
   errors.Add(Cause::Bend, omitted.bend);
   errors.Add(Cause::Proportions, omitted.proportions);
   errors.AddLensTerms(omitted.lensTerms);
-  double explained =
-      std::max({SquaresOf(omitted.bend), SquaresOf(omitted.proportions), SquaresOf(omitted.lensTerms)});
+  if (omitted.radial.significant) errors.AddRadial(omitted.radial, RadialTermsFor(solution, camera));
+  double explained = std::max({SquaresOf(omitted.bend), SquaresOf(omitted.proportions),
+                               SquaresOf(omitted.lensTerms), SquaresOf(omitted.radial)});
   using Kind = Change::Kind;
   for (const Eigen::MatrixXd& changing :
        {ChangingLens(solution, camera), ChangingFocalLength(solution, camera)}) {

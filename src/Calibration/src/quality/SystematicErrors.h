@@ -9,7 +9,7 @@
 namespace velmora {
 
 struct SystematicError {
-  enum class Cause { Bend, Proportions, LensTerms, Change, PrintErrors, Motion };
+  enum class Cause { Bend, Proportions, LensTerms, Radial, Change, PrintErrors, Motion };
 
   Cause cause = Cause::Bend;
   OmittedEffect effect;
