@@ -1,7 +1,5 @@
 import com.velotrix.quiverleaf.sdk.CalibrationResult;
 import com.velotrix.quiverleaf.sdk.Calibrator;
-import com.velotrix.quiverleaf.sdk.Finder;
-import com.velotrix.quiverleaf.sdk.Solver;
 import com.velotrix.quiverleaf.sdk.Verdict;
 import java.nio.file.Path;
 import java.time.Duration;
@@ -13,8 +11,6 @@ public class GuidedCamera {
     Path poses = Path.of(arguments[1]);
     try (Calibrator calibrator = Calibrator.builder().hdist(0.2).frameSize(640, 480).build()) {
       calibrator.onFrames(frame -> System.out.println(frame.jpeg().length + " bytes, " + frame.status()));
-      calibrator.setFinder(Finder.ROBUST);
-      calibrator.setSolver(Solver.SPARSE);
       calibrator.startAssistant(poses);
       if (!calibrator.openContent(video)) { // or openCamera(0, 640, 480, 30)
         throw new IllegalArgumentException(video + " cannot be opened");

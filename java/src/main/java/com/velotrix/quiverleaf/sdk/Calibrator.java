@@ -43,6 +43,9 @@ public final class Calibrator implements AutoCloseable {
     if (id < 0) {
       throw new IllegalArgumentException("the engine refuses such a calibrator; its log says why");
     }
+    // The engine itself begins with OpenCV's, as programs on its native methods know it.
+    EngineChoices.nSetFinder(id, Finder.ROBUST.code());
+    EngineChoices.nSetSolver(id, Solver.SPARSE.code());
     EngineChoices.nSetPartialGrids(id, true);
   }
 
@@ -116,7 +119,7 @@ public final class Calibrator implements AutoCloseable {
 
   // ---- Search, solver, verdict.
 
-  /** How later frames are searched; {@link Finder#STANDARD} at first. */
+  /** How later frames are searched; {@link Finder#ROBUST} at first. */
   public void setFinder(Finder finder) { EngineChoices.nSetFinder(id(), finder.code()); }
 
   /**
@@ -125,7 +128,7 @@ public final class Calibrator implements AutoCloseable {
    */
   public void setPartialGrids(boolean partial) { EngineChoices.nSetPartialGrids(id(), partial); }
 
-  /** What later computations are done with; {@link Solver#OPENCV} at first. */
+  /** What later computations are done with; {@link Solver#SPARSE} at first. */
   public void setSolver(Solver solver) { EngineChoices.nSetSolver(id(), solver.code()); }
 
   /** Lets the sparse solver leave out snapshots and points that disagree; not at first. */

@@ -2,9 +2,9 @@ package com.velotrix.quiverleaf.sdk;
 
 /** How the grid is searched. */
 public enum Finder {
-  /** OpenCV's search, which a calibrator begins with. */
+  /** OpenCV's search. */
   STANDARD(0),
-  /** Finds the grid in more frames, in less time. */
+  /** Finds the grid in more frames, in less time; a calibrator begins with it. */
   ROBUST(1);
 
   private final int code;

@@ -18,7 +18,6 @@ class AwaitResultTest {
   @Test
   void the_result_of_the_computation_that_was_just_started_is_waited_for() throws Exception {
     try (Calibrator calibrator = Views.calibrated()) {
-      calibrator.setSolver(Solver.SPARSE);
       // The results tell the models apart: 5 coefficients or 14.
       for (int i = 0; i < 50; ++i) {
         LensModel model = i % 2 == 0 ? LensModel.RATIONAL : LensModel.CLASSIC;
@@ -43,7 +42,6 @@ class AwaitResultTest {
    * result before that one.
    */
   private static String cancelOne(Calibrator calibrator) {
-    calibrator.setSolver(Solver.SPARSE);
     int id = calibrator.id();
     AtomicReference<String> earlier = new AtomicReference<>();
     assertTrue(Views.eventually(() -> {
@@ -104,6 +102,7 @@ class AwaitResultTest {
   @Test
   void a_computation_that_takes_too_long_is_not_waited_for() throws Exception {
     try (Calibrator calibrator = Views.calibrated()) {
+      calibrator.setSolver(Solver.OPENCV);
       calibrator.calibrate(LensModel.FULL); // about a second
       assertThrows(TimeoutException.class, () -> calibrator.awaitResult(Duration.ZERO));
       assertTrue(EngineChoices.nIsComputing(calibrator.id()));

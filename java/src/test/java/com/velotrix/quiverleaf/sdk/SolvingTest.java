@@ -21,12 +21,14 @@ class SolvingTest {
   void choices_reach_the_engine() {
     try (Calibrator calibrator = Calibrator.builder().build()) {
       int id = calibrator.id();
+      calibrator.setRobust(true);
+      calibrator.setDiscRadius(0.008);
+      calibrator.setFinder(Finder.STANDARD);
+      calibrator.setSolver(Solver.OPENCV);
       assertEquals(Finder.STANDARD.code(), EngineChoices.nGetFinder(id));
       assertEquals(Solver.OPENCV.code(), EngineChoices.nGetSolver(id));
       calibrator.setFinder(Finder.ROBUST);
       calibrator.setSolver(Solver.SPARSE);
-      calibrator.setRobust(true);
-      calibrator.setDiscRadius(0.008);
       assertEquals(Finder.ROBUST.code(), EngineChoices.nGetFinder(id));
       assertEquals(Solver.SPARSE.code(), EngineChoices.nGetSolver(id));
       for (double radius : new double[] {-1.0, Double.NaN, Double.POSITIVE_INFINITY}) {
@@ -34,6 +36,27 @@ class SolvingTest {
       }
       assertThrows(NullPointerException.class, () -> calibrator.setFinder(null));
       assertThrows(NullPointerException.class, () -> calibrator.setSolver(null));
+    }
+  }
+
+  @Test
+  void a_calibrator_begins_with_the_robust_search_and_the_sparse_solver() {
+    for (Kind kind : Kind.values()) {
+      try (Calibrator calibrator = Calibrator.builder().kind(kind).build()) {
+        assertEquals(Finder.ROBUST.code(), EngineChoices.nGetFinder(calibrator.id()));
+        assertEquals(Solver.SPARSE.code(), EngineChoices.nGetSolver(calibrator.id()));
+      }
+    }
+  }
+
+  @Test
+  void the_native_methods_begin_with_those_of_opencv() {
+    int id = Calibration.nNewCalibrator(4, 11, 0.02F, Kind.MONOCULAR.code(), 640, 480);
+    try {
+      assertEquals(Finder.STANDARD.code(), EngineChoices.nGetFinder(id));
+      assertEquals(Solver.OPENCV.code(), EngineChoices.nGetSolver(id));
+    } finally {
+      Calibration.nDeleteCalibrator(id);
     }
   }
 
@@ -78,7 +101,6 @@ class SolvingTest {
     BufferedImage picture = Footage.pictures("views").get(0);
     for (boolean wanted : new boolean[] {true, false}) {
       try (Calibrator calibrator = Calibrator.builder().build()) {
-        calibrator.setFinder(Finder.ROBUST);
         if (!wanted) {
           calibrator.setPartialGrids(false);
         }
@@ -99,8 +121,6 @@ class SolvingTest {
   void the_sparse_solvers_result_has_a_verdict() throws Exception {
     try (Calibrator calibrator = Calibrator.builder().build()) {
       assertEquals(Verdict.Grade.NONE, calibrator.verdict().grade());
-      calibrator.setFinder(Finder.ROBUST);
-      calibrator.setSolver(Solver.SPARSE);
       calibrator.setRobust(true);
       calibrator.setDiscRadius(0.008);
       CalibrationResult result =
