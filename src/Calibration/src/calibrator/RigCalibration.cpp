@@ -260,7 +260,7 @@ class RigComputation {
     for (const TargetView& view : solution.views)
       result.views += view.observations[number].Count() > 0.0 ? 1 : 0;
     result.rms = RmsOfCamera(solution, number);
-    CopyDeviations(LayoutOf(solution.rig, solution.estimated).cameras[number], covariance, result);
+    CopyDeviations(LayoutOf(solution).cameras[number], covariance, result);
     return result;
   }
 

@@ -11,10 +11,12 @@ struct Observation {
   std::vector<cv::Point3d> object;
   std::vector<cv::Point2d> image;
   std::vector<double> weights;  ///< of the points' squared residuals; empty: all one
+  std::vector<size_t> places{};  ///< which points of the target these are; empty: all, in their order
 
   /// Whether the camera observed the target at all.
   bool IsEmpty() const { return object.empty(); }
 
+  size_t Place(size_t point) const { return places.empty() ? point : places[point]; }
   double Weight(size_t point) const { return weights.empty() ? 1.0 : weights[point]; }
 
   /// How many points there are. A point without weight is none: it was rejected.

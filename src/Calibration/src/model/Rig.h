@@ -26,12 +26,7 @@ struct TargetView {
   RigidTransform rigFromTarget;
   std::vector<Observation>
       observations;  ///< one for each camera; an empty one of a camera that did not observe it
-};
-
-/// What a computation looks for: a rig and where the target was.
-struct Estimate {
-  Rig rig;
-  std::vector<RigidTransform> rigFromTarget;  ///< one for each view
+  cv::Vec3d bend{};  ///< the sheet's own, in this view, beside the shape that it has in all
 };
 
 /// The number of points that all cameras observed in all views.

@@ -19,7 +19,18 @@ Layout LayoutOf(const Rig& rig, const Estimated& estimated) {
     layout.cameras[i].pose = layout.shared;
     layout.shared += POSE_PARAMETERS;
   }
+  layout.sheet = layout.shared;
   return layout;
+}
+
+Layout LayoutOf(const Rig& rig, const Estimated& estimated, const Sheet& sheet) {
+  Layout layout = LayoutOf(rig, estimated);
+  layout.shared += static_cast<int>(sheet.terms.Count());
+  return layout;
+}
+
+Layout LayoutOf(const Solution& solution) {
+  return LayoutOf(solution.rig, solution.estimated, solution.sheet);
 }
 
 double CountOf(const std::vector<TargetView>& views) {
@@ -48,10 +59,10 @@ double RmsOfImage(const Solution& solution, size_t view, size_t camera) {
 }
 
 double NoiseVariance(const Solution& solution) {
-  return NoiseVariance(solution.cost, solution.views, LayoutOf(solution.rig, solution.estimated).shared);
+  return NoiseVariance(solution.cost, solution.views, LayoutOf(solution).sheet + solution.sheet.counted);
 }
 
-double NoiseVariance(double cost, const std::vector<TargetView>& views, int shared) {
+double NoiseVariance(double cost, const std::vector<TargetView>& views, double shared) {
   const double unknowns = shared + POSE_PARAMETERS * static_cast<double>(views.size());
   return cost / std::max(2.0 * CountOf(views) - unknowns, 1.0);
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "model/Rig.h"
+#include "model/Sheet.h"
 
 namespace velmora {
 
@@ -22,10 +23,11 @@ struct CalibrationProblem {
   std::vector<TargetView> views;
   Estimated estimated;
   std::vector<Prior> priors;  ///< one for each camera; none at all: no camera has one
+  Sheet sheet = {};
 };
 
 /// The order of the parameters that all views share: the intrinsics of all cameras, then the poses of all but
-/// the first.
+/// the first, then the shape of the sheet.
 struct Layout {
   static constexpr int FIXED = -1;
 
@@ -36,10 +38,23 @@ struct Layout {
   };
 
   std::vector<Block> cameras;
+  int sheet = 0;   ///< the first of its terms, which are the last of all
   int shared = 0;  ///< how many there are in all
 };
 
+/// Of a flat sheet, or of what a flat sheet would have.
 Layout LayoutOf(const Rig& rig, const Estimated& estimated);
+Layout LayoutOf(const Rig& rig, const Estimated& estimated, const Sheet& sheet);
+
+/// What eliminating a sheet's own bend from a view's equations leaves to know of it. Where shared parameters
+/// and pose take a step x, the bend's is step - spread x.
+struct EliminatedBend {
+  Eigen::Matrix3d inverse;  ///< of its block, in which is what is known of bends beforehand
+  Eigen::MatrixXd spread;   ///< 3 rows, a column for each of the view's own and six for the pose; or empty
+  Eigen::Vector3d step;
+  double gain = 0.0;       ///< what its step alone takes off the cost, to first order
+  double priorCost = 0.0;  ///< of what is known of bends beforehand
+};
 
 /// One view's normal equations, by the view's own of the shared parameters and six of the target's pose:
 ///
@@ -54,6 +69,7 @@ struct ViewEquations {
   std::vector<double> costs;  ///< of each camera: the weighted sum of its squared residuals
   double cost = 0.0;          ///< their sum
   bool usable = false;        ///< every point is in front of its camera
+  EliminatedBend bend = {};   ///< of views whose sheet has a bend of its own
 
   Eigen::Index Own() const { return static_cast<Eigen::Index>(columns.size()); }
 };
@@ -84,6 +100,7 @@ struct Solution {
   std::vector<TargetView>
       views;  ///< those that it is of, as they were used: pixels corrected, outliers weightless
   Estimated estimated;
+  Sheet sheet;
   std::vector<Prior> priors;             ///< one for each camera
   std::vector<ViewEquations> equations;  ///< of each view, at the solution
   double cost = 0.0;                     ///< weighted sum of squared residuals, without the priors
@@ -100,6 +117,8 @@ struct Solution {
   double discRadius = 0.0;           ///< that pixels were corrected for; 0: they were taken as they are
 };
 
+Layout LayoutOf(const Solution& solution);
+
 /// The root of the mean squared residual of a point, pixels.
 double RmsOf(const Solution& solution);
 /// The same of one of its cameras, over all views; 0 of one that saw nothing that is used.
@@ -110,6 +129,6 @@ double RmsOfImage(const Solution& solution, size_t view, size_t camera);
 /// The variance of a coordinate's noise: the cost per degree of freedom, in squared pixels.
 double NoiseVariance(const Solution& solution);
 /// The variance that a cost of these views means when `shared` shared parameters are estimated.
-double NoiseVariance(double cost, const std::vector<TargetView>& views, int shared);
+double NoiseVariance(double cost, const std::vector<TargetView>& views, double shared);
 
 }  // namespace velmora

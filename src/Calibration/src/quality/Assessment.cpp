@@ -83,7 +83,7 @@ int PosesOf(const Solution& solution, size_t camera) {
 
 void Measure(const Solution& solution, size_t camera, CalibrationVerdict& verdict) {
   const cv::Size& imageSize = solution.rig.cameras[camera].imageSize;
-  const Layout::Block block = LayoutOf(solution.rig, solution.estimated).cameras[camera];
+  const Layout::Block block = LayoutOf(solution).cameras[camera];
   const Intrinsics& intrinsics = solution.rig.cameras[camera].intrinsics;
   verdict.views = ViewsOf(solution, camera);
   verdict.poses = PosesOf(solution, camera);

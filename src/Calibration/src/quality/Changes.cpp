@@ -221,7 +221,7 @@ class Search {
 }  // namespace
 
 Eigen::MatrixXd ChangingLens(const Solution& solution, size_t camera) {
-  const Layout layout = LayoutOf(solution.rig, solution.estimated);
+  const Layout layout = LayoutOf(solution);
   const Layout::Block& block = layout.cameras[camera];
   if (block.count == 0) return {};
   const auto& values = solution.rig.cameras[camera].intrinsics.values;
@@ -239,7 +239,7 @@ Eigen::MatrixXd ChangingFocalLength(const Solution& solution, size_t camera) {
 }
 
 Eigen::MatrixXd ChangingMount(const Solution& solution, size_t camera) {
-  const Layout layout = LayoutOf(solution.rig, solution.estimated);
+  const Layout layout = LayoutOf(solution);
   const int pose = layout.cameras[camera].pose;
   if (pose == Layout::FIXED) return {};
   Eigen::MatrixXd changing = Eigen::MatrixXd::Zero(layout.shared, POSE_PARAMETERS);

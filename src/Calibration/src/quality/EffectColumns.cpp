@@ -34,7 +34,7 @@ cv::Vec3d ByTarget(const ObservedPoint& observed, const solver::Coordinate& coor
 }
 
 EffectJacobian::EffectJacobian(const Solution& solution, EffectColumns columns)
-    : solution_(solution), layout_(LayoutOf(solution.rig, solution.estimated)), columns_(std::move(columns)) {
+    : solution_(solution), layout_(LayoutOf(solution)), columns_(std::move(columns)) {
   for (const Camera& camera : solution.rig.cameras) {
     Intrinsics intrinsics = camera.intrinsics;
     // Derivatives by terms that were not estimated are asked for, too.

@@ -34,9 +34,8 @@ double Threshold(Index degrees, double logOfChoices, double sure) {
 EnlargedEquations::EnlargedEquations(const Solution& solution, std::vector<ReducedSystem> views,
                                      Index effects)
     : solution_(solution), views_(std::move(views)), strengths_(Eigen::VectorXd::Zero(effects)) {
-  const Layout layout = LayoutOf(solution.rig, solution.estimated);
-  shared_ = layout.shared;
-  priors_ = solver::PriorTermsOf(solution.priors, solution.rig, layout);
+  shared_ = LayoutOf(solution).shared;
+  priors_ = solver::PriorTermsOf(solution);
   const Index size = shared_ + effects;
   all_ = {Eigen::MatrixXd::Zero(size, size), Eigen::VectorXd::Zero(size), !views_.empty()};
   for (const ReducedSystem& view : views_) {

@@ -91,8 +91,7 @@ CameraInformation CameraInformationFrom(const Solution& solution, const std::vec
     known.intrinsics = solution.rig.cameras.front().intrinsics;
     known.variance = NoiseVariance(solution);
     known.nominal = false;
-    const solver::PriorTerms priors =
-        solver::PriorTermsOf(solution.priors, solution.rig, LayoutOf(solution.rig, solution.estimated));
+    const solver::PriorTerms priors = solver::PriorTermsOf(solution);
     known.information = priors.matrix;
     for (const ViewEquations& equations : solution.equations) {
       Add(solver::Reduce(equations, 0.0).matrix.selfadjointView<Eigen::Lower>(), known.information);

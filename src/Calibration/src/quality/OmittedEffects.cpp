@@ -92,7 +92,7 @@ OmittedEffect LensEffect(const Solution& solution, size_t camera, EnlargedEquati
   }
   OmittedEffect effect = equations.EffectOf(first, terms);
   if (effect.values.size() == 0) return effect;
-  const Layout::Block block = LayoutOf(solution.rig, solution.estimated).cameras[camera];
+  const Layout::Block block = LayoutOf(solution).cameras[camera];
   Eigen::VectorXd shift = Eigen::VectorXd::Zero(FULL_PARAMETERS);
   shift.head(block.count) = effect.shift.segment(block.intrinsics, block.count);
   shift.tail(terms) = effect.values;

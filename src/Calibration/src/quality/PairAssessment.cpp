@@ -70,7 +70,7 @@ Solution SolutionOf(const PairRecords& records, const StereoIntrinsics& pairIntr
   }
   Solution solution = solver::EvaluatedAt({rig, found.views, {}, {}});
   const int shared =
-      records.lensesRefined ? LayoutOf(solution.rig, solution.estimated).shared : POSE_PARAMETERS;
+      records.lensesRefined ? LayoutOf(solution).shared : POSE_PARAMETERS;
   solution.priors =
       solver::WeakPriors(solution.rig, solution.views, NoiseVariance(solution.cost, solution.views, shared));
   solution.kept = found.kept;
@@ -82,7 +82,7 @@ Solution SolutionOf(const PairRecords& records, const StereoIntrinsics& pairIntr
 /// What errors of the held intrinsics do to the right camera's pose.
 class HeldErrors {
  public:
-  explicit HeldErrors(const Solution& solution) : layout_(LayoutOf(solution.rig, solution.estimated)) {
+  explicit HeldErrors(const Solution& solution) : layout_(LayoutOf(solution)) {
     const solver::ReducedSystem system = solver::SystemOf(solution);
     const Eigen::Index intrinsics = layout_.shared - POSE_PARAMETERS;
     if (!system.solvable) return;
@@ -118,7 +118,7 @@ class HeldErrors {
 
 void Measure(const Solution& solution, const PairRecords& records, PairVerdict& verdict) {
   const cv::Vec3d& T = solution.rig.cameras[1].cameraFromRig.t;
-  const int intrinsics = LayoutOf(solution.rig, solution.estimated).shared - POSE_PARAMETERS;
+  const int intrinsics = LayoutOf(solution).shared - POSE_PARAMETERS;
   const int first = verdict.lensesRefined ? 0 : intrinsics;
   const HeldErrors held(solution);
   const HeldIntrinsics none;

@@ -22,7 +22,7 @@ void MeasureProjections(const Solution& solution, size_t number, const Eigen::Ma
                         PairVerdict::Camera& camera) {
   const Camera& of = solution.rig.cameras[number];
   const Eigen::MatrixXd own =
-      solver::IntrinsicsCovariance(covariance, LayoutOf(solution.rig, solution.estimated).cameras[number]);
+      solver::IntrinsicsCovariance(covariance, LayoutOf(solution).cameras[number]);
   if (own.size() == 0 || of.imageSize.empty()) return;
   const ProjectionUncertainty uncertainty(of.intrinsics, of.imageSize, camera.dataArea);
   camera.deviationInData = uncertainty.InArea(own);

@@ -43,7 +43,7 @@ int LinkingPoses(const Solution& solution, size_t camera) {
 }
 
 void Measure(const Solution& solution, RigVerdict& verdict) {
-  const Layout layout = LayoutOf(solution.rig, solution.estimated);
+  const Layout layout = LayoutOf(solution);
   const Eigen::MatrixXd formal = solver::SharedCovariance(solution);
   const Eigen::MatrixXd jackknife = solver::JackknifeCovariance(solution);
   for (size_t i = 1; i < solution.rig.cameras.size(); ++i) {

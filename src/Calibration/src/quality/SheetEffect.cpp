@@ -22,7 +22,7 @@ std::string Decimal(double value, int digits) {
 }  // namespace
 
 PairVerdict::Deviations LargestMoveOf(const Eigen::VectorXd& shift, const Solution& solution) {
-  const Layout layout = LayoutOf(solution.rig, solution.estimated);
+  const Layout layout = LayoutOf(solution);
   PairVerdict::Deviations moved;
   for (size_t i = 1; i < solution.rig.cameras.size(); ++i) {
     const Eigen::MatrixXd products = shift * shift.transpose();

@@ -19,7 +19,7 @@ class Collection {
  public:
   Collection(const Solution& solution, size_t camera, const std::vector<cv::Point2f>& area, double least)
       : camera_(solution.rig.cameras[camera]),
-        place_(LayoutOf(solution.rig, solution.estimated).cameras[camera]),
+        place_(LayoutOf(solution).cameras[camera]),
         area_(area),
         least_(least) {}
 

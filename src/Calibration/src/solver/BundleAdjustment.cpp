@@ -24,7 +24,7 @@ constexpr double LOST = 2.0;
 constexpr double BELIEVED_NOISE = 0.001;
 
 CalibrationProblem ProblemFrom(const Solution& solution) {
-  return {solution.rig, solution.views, solution.estimated, solution.priors};
+  return {solution.rig, solution.views, solution.estimated, solution.priors, solution.sheet};
 }
 
 void SetParameters(Rig& rig, int parameters) {
@@ -164,9 +164,10 @@ Solution SolveModel(CalibrationProblem start, const BundleOptions& options) {
 }
 
 Solution SolveAgain(const Solution& earlier, std::vector<TargetView> views, const BundleOptions& options) {
-  CalibrationProblem problem{earlier.rig, std::move(views), earlier.estimated, earlier.priors};
+  CalibrationProblem problem{earlier.rig, std::move(views), earlier.estimated, earlier.priors, earlier.sheet};
   for (size_t i = 0; i < problem.views.size(); ++i) {
     problem.views[i].rigFromTarget = earlier.views[i].rigFromTarget;
+    problem.views[i].bend = earlier.views[i].bend;
   }
   if (earlier.estimated.intrinsics) return Solve(std::move(problem), options.parameters, options);
   return Minimise(std::move(problem), SolveOptionsFrom(options));

@@ -82,7 +82,7 @@ Eigen::MatrixXd ClusterCovarianceOfRest(const ReducedSystem& all, const std::vec
 }
 
 std::vector<ReducedSystem> PartsOf(const Solution& solution, const std::vector<size_t>& groups) {
-  const Index shared = LayoutOf(solution.rig, solution.estimated).shared;
+  const Index shared = LayoutOf(solution).shared;
   std::vector<ReducedSystem> parts(
       CountOfGroups(groups), {Eigen::MatrixXd::Zero(shared, shared), Eigen::VectorXd::Zero(shared), true});
   for (size_t i = 0; i < solution.equations.size(); ++i) {

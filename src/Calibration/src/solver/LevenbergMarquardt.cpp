@@ -5,6 +5,8 @@
 
 #include "solver/Damping.h"
 #include "solver/ScaledSystem.h"
+#include "solver/ShapedEquations.h"
+#include "solver/SheetShape.h"
 #include "solver/Threads.h"
 
 namespace velmora::solver {
@@ -13,6 +15,14 @@ namespace {
 
 /// The relative rounding error of a sum of squared residuals.
 constexpr double ROUNDING = 1e-14;
+
+/// What a computation looks for.
+struct Estimate {
+  Rig rig;
+  std::vector<RigidTransform> rigFromTarget;  ///< one for each view
+  Eigen::VectorXd shape;                      ///< of the sheet
+  std::vector<cv::Vec3d> bends;               ///< each view's own; none at all where views have none
+};
 
 /// An estimate with its equations.
 struct Evaluation {
@@ -29,6 +39,7 @@ struct Evaluation {
 struct FullStep {
   Eigen::VectorXd shared;
   std::vector<PoseStep> poses;
+  std::vector<Eigen::Vector3d> bends;
   double predicted = 0.0;
 };
 
@@ -47,7 +58,7 @@ class Minimiser {
   Minimiser(CalibrationProblem problem, const SolveOptions& options)
       : problem_(std::move(problem)),
         options_(options),
-        layout_(LayoutOf(problem_.rig, problem_.estimated)),
+        layout_(LayoutOf(problem_.rig, problem_.estimated, problem_.sheet)),
         now_(Start()) {
     Evaluate(now_);
   }
@@ -69,6 +80,8 @@ class Minimiser {
     for (size_t i = 0; i < solution.views.size(); ++i) {
       solution.views[i].rigFromTarget = now_.estimate.rigFromTarget[i];
     }
+    solution.sheet = problem_.sheet;
+    if (!solution.sheet.IsFlat()) NoteShape(solution);
     solution.estimated = problem_.estimated;
     solution.priors = std::move(problem_.priors);
     solution.priors.resize(solution.rig.cameras.size());
@@ -85,8 +98,51 @@ class Minimiser {
   Evaluation Start() const {
     Evaluation start;
     start.estimate.rig = problem_.rig;
-    for (const TargetView& view : problem_.views) start.estimate.rigFromTarget.push_back(view.rigFromTarget);
+    start.estimate.shape = problem_.sheet.values;
+    if (start.estimate.shape.size() == 0) start.estimate.shape.setZero(problem_.sheet.terms.Count());
+    for (const TargetView& view : problem_.views) {
+      start.estimate.rigFromTarget.push_back(view.rigFromTarget);
+      if (problem_.sheet.HasOwnBends()) start.estimate.bends.push_back(view.bend);
+    }
     return start;
+  }
+
+  void NoteShape(Solution& solution) const {
+    solution.sheet.values = now_.estimate.shape;
+    for (size_t i = 0; i < now_.estimate.bends.size(); ++i) solution.views[i].bend = now_.estimate.bends[i];
+    PutToShape(solution.sheet, solution.views);
+  }
+
+  /// The view as the estimate has it, with the moves that all views share.
+  TargetView ViewAt(const Estimate& estimate, const std::vector<cv::Point3d>& common, size_t number) const {
+    TargetView view = problem_.views[number];
+    view.rigFromTarget = estimate.rigFromTarget[number];
+    if (!estimate.bends.empty()) view.bend = estimate.bends[number];
+    PutToShape(problem_.sheet, common, view);
+    return view;
+  }
+
+  void EvaluateShaped(Evaluation& evaluation) const {
+    const Estimate& estimate = evaluation.estimate;
+    const ViewJacobian jacobian(estimate.rig, layout_, problem_.sheet);
+    const std::vector<cv::Point3d> common =
+        Moved(problem_.sheet.target, MovesOf(problem_.sheet.terms, estimate.shape));
+    ForRanges(Views(), options_.threads, [&](size_t first, size_t last) {
+      for (size_t i = first; i < last; ++i) {
+        TakeShapedEquations(jacobian, problem_.sheet, ViewAt(estimate, common, i),
+                            evaluation.equations[i]);
+      }
+    });
+  }
+
+  void EvaluateFlat(Evaluation& evaluation) const {
+    const Estimate& estimate = evaluation.estimate;
+    ForRanges(Views(), options_.threads, [&](size_t first, size_t last) {
+      for (size_t i = first; i < last; ++i) {
+        TakeEquations(problem_.views[i], estimate.rigFromTarget[i], estimate.rig, layout_,
+                      evaluation.equations[i]);
+      }
+    });
   }
 
   size_t Views() const { return problem_.views.size(); }
@@ -95,12 +151,7 @@ class Minimiser {
   void Evaluate(Evaluation& evaluation) const {
     const Estimate& estimate = evaluation.estimate;
     evaluation.equations.resize(Views());
-    ForRanges(Views(), options_.threads, [&](size_t first, size_t last) {
-      for (size_t i = first; i < last; ++i) {
-        TakeEquations(problem_.views[i], estimate.rigFromTarget[i], estimate.rig, layout_,
-                      evaluation.equations[i]);
-      }
-    });
+    problem_.sheet.IsFlat() ? EvaluateFlat(evaluation) : EvaluateShaped(evaluation);
     evaluation.cost = 0.0;
     evaluation.usable = true;
     for (const ViewEquations& equations : evaluation.equations) {
@@ -108,6 +159,10 @@ class Minimiser {
       evaluation.usable = evaluation.usable && equations.usable;
     }
     evaluation.priors = PriorTermsOf(problem_.priors, estimate.rig, layout_);
+    AddShapePrior(problem_.sheet, estimate.shape, layout_, evaluation.priors);
+    for (const ViewEquations& equations : evaluation.equations) {
+      evaluation.priors.cost += equations.bend.priorCost;
+    }
   }
 
   /// The diagonal of the shared block, of all views and the priors.
@@ -136,6 +191,7 @@ class Minimiser {
     const Eigen::VectorXd diagonal = Diagonal();
     if (!SharedStep(diagonal, step.shared)) return false;
     step.poses.resize(Views());
+    step.bends.resize(now_.estimate.bends.size());
     std::vector<double> predicted(Views());
     ForRanges(Views(), options_.threads, [&](size_t first, size_t last) {
       Eigen::VectorXd own;
@@ -143,6 +199,7 @@ class Minimiser {
         TakeOwn(now_.equations[i], step.shared, own);
         PoseStepFor(now_.equations[i], damping_.Value(), own, step.poses[i]);
         predicted[i] = PredictedOf(now_.equations[i], own, step.poses[i]);
+        if (!step.bends.empty()) step.bends[i] = BendStepFor(now_.equations[i], own, step.poses[i]);
       }
     });
     for (const double value : predicted) step.predicted += value;
@@ -155,7 +212,7 @@ class Minimiser {
   /// damping of what is shared.
   double PredictedOf(const ViewEquations& equations, const Eigen::VectorXd& own, const PoseStep& pose) const {
     const auto curvature = equations.products.diagonal().tail<POSE_PARAMETERS>().array();
-    return (damping_.Value() * curvature * pose.array().square()).sum() -
+    return equations.bend.gain + (damping_.Value() * curvature * pose.array().square()).sum() -
            PoseGradientOf(equations).dot(pose) - equations.gradient.head(own.size()).dot(own);
   }
 
@@ -165,7 +222,7 @@ class Minimiser {
       converged_ = !damping_.Reject();
       return;
     }
-    const double variance = NoiseVariance(now_.cost, problem_.views, layout_.shared);
+    const double variance = NoiseVariance(now_.cost, problem_.views, layout_.sheet + problem_.sheet.counted);
     if (step.predicted < options_.precision * variance && damping_.Value() <= options_.firstDamping) {
       converged_ = true;
       return;
@@ -188,6 +245,8 @@ class Minimiser {
     for (size_t i = 0; i < step.poses.size(); ++i) {
       estimate.rigFromTarget[i] = Retract(estimate.rigFromTarget[i], step.poses[i].data());
     }
+    estimate.shape += step.shared.segment(layout_.sheet, estimate.shape.size());
+    for (size_t i = 0; i < step.bends.size(); ++i) estimate.bends[i] += cv::Vec3d(step.bends[i].data());
     return estimate;
   }
 

@@ -333,6 +333,22 @@ PriorTerms PriorTermsOf(const std::vector<Prior>& priors, const Rig& rig, const 
   return terms;
 }
 
+void AddShapePrior(const Sheet& sheet, const Eigen::VectorXd& shape, const Layout& layout, PriorTerms& terms) {
+  const Index count = sheet.terms.Count();
+  if (count == 0) return;
+  const Eigen::VectorXd pulls = PullsOf(sheet.terms, sheet.variance);
+  terms.matrix.diagonal().segment(layout.sheet, count) += pulls;
+  terms.gradient.segment(layout.sheet, count) += pulls.cwiseProduct(shape);
+  terms.cost += pulls.dot(shape.cwiseAbs2());
+}
+
+PriorTerms PriorTermsOf(const Solution& solution) {
+  const Layout layout = LayoutOf(solution);
+  PriorTerms terms = PriorTermsOf(solution.priors, solution.rig, layout);
+  AddShapePrior(solution.sheet, solution.sheet.values, layout, terms);
+  return terms;
+}
+
 ReducedSystem SystemOf(const std::vector<ViewEquations>& equations, const PriorTerms& priors, double damping,
                        int threads) {
   constexpr size_t TOGETHER = 16;
@@ -363,8 +379,7 @@ ReducedSystem SystemOf(const std::vector<ViewEquations>& equations, const PriorT
 }
 
 ReducedSystem SystemOf(const Solution& solution) {
-  const Layout layout = LayoutOf(solution.rig, solution.estimated);
-  return SystemOf(solution.equations, PriorTermsOf(solution.priors, solution.rig, layout), 0.0, 1);
+  return SystemOf(solution.equations, PriorTermsOf(solution), 0.0, 1);
 }
 
 }  // namespace velmora::solver

@@ -50,6 +50,10 @@ struct PriorTerms {
   double cost = 0.0;
 };
 PriorTerms PriorTermsOf(const std::vector<Prior>& priors, const Rig& rig, const Layout& layout);
+/// Adds what is known beforehand of a sheet, of which `shape` are the values.
+void AddShapePrior(const Sheet& sheet, const Eigen::VectorXd& shape, const Layout& layout, PriorTerms& terms);
+/// Of all that views share, at the solution.
+PriorTerms PriorTermsOf(const Solution& solution);
 
 /// The reduced equations of all views together, and of the priors.
 struct ReducedSystem {

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 #include "solver/Eccentricity.h"
@@ -10,6 +11,7 @@
 #include "solver/Outliers.h"
 #include "solver/Readmission.h"
 #include "solver/Screening.h"
+#include "solver/SheetLadder.h"
 
 namespace velmora::solver {
 
@@ -42,6 +44,16 @@ void CopyPoses(const std::vector<TargetView>& from, std::vector<TargetView>& to)
   for (size_t i = 0; i < to.size(); ++i) to[i].rigFromTarget = from[i].rigFromTarget;
 }
 
+/// Puts the points to where the shape of the sheet has them.
+void CopyShape(const std::vector<TargetView>& from, std::vector<TargetView>& to) {
+  for (size_t i = 0; i < to.size(); ++i) {
+    to[i].bend = from[i].bend;
+    for (size_t camera = 0; camera < to[i].observations.size(); ++camera) {
+      to[i].observations[camera].object = from[i].observations[camera].object;
+    }
+  }
+}
+
 /// The solution in which points weigh the less the further they are off.
 struct Weighted {
   Solution solution;
@@ -60,11 +72,13 @@ Weighted Settled(const std::vector<TargetView>& views, Solution start, const Bun
         options.discRadius > 0.0 ? CorrectedForEccentricity(views, now.rig, now.views, options.discRadius)
                                  : views;
     CopyPoses(now.views, corrected);
+    if (!now.sheet.IsFlat()) CopyShape(now.views, corrected);
     weighted.residuals = ResidualsOf(corrected, now.rig);
     const double standardDeviation = StandardDeviationOf(weighted.residuals);
     if (std::abs(standardDeviation - weighted.standardDeviation) < 1e-4 * standardDeviation) break;
     weighted.standardDeviation = standardDeviation;
     Weigh(corrected, weighted.residuals, CAUCHY * standardDeviation);
+    if (!now.sheet.IsFlat()) weighted.solution.sheet.variance = std::pow(standardDeviation, 2);
     weighted.solution = SolveAgain(now, std::move(corrected), options);
     if (options.progress.IsGivenUp()) break;
   }
@@ -131,6 +145,27 @@ bool TakePosesOfSingleImages(const std::vector<TargetView>& views, const BundleO
   return taken;
 }
 
+/// Where the target is by the first of its images that tells it. False when none does.
+bool FindPose(const Rig& rig, TargetView& view) {
+  for (size_t camera = 0; camera < view.observations.size(); ++camera) {
+    const Observation& observation = view.observations[camera];
+    cv::Matx33d homography;
+    if (observation.IsEmpty() || !HomographyOf(observation, homography)) continue;
+    view.rigFromTarget = Inverse(rig.cameras[camera].cameraFromRig) *
+                         KnownPoseOf(observation, rig.cameras[camera].intrinsics);
+    return true;
+  }
+  return false;
+}
+
+void RejectView(size_t view, Selection& selection) {
+  const auto at = static_cast<std::ptrdiff_t>(view);
+  selection.kept.erase(selection.kept.begin() + at);
+  selection.views.erase(selection.views.begin() + at);
+  selection.rejected.push_back({view, Rejected::WHOLE_VIEW, std::numeric_limits<double>::infinity(),
+                                "its points are no image of a plane grid", 0});
+}
+
 Selection WithoutOutliers(const Selection& screened, const Weighted& weighted, size_t of) {
   Selection selection = WithoutOutliers(screened, weighted.residuals, weighted.standardDeviation, ABOUT_HALF);
   if (AreEnough(selection.kept.size(), of)) return selection;
@@ -171,6 +206,30 @@ Selection Selected(const CalibrationProblem& start, const BundleOptions& options
     weighted = Settled(all.views, std::move(weighted.solution), round);
   }
   return WithoutOutliers(all, weighted, start.views.size());
+}
+
+Selection SelectedAgain(const std::vector<TargetView>& views, const Solution& solution,
+                        const BundleOptions& options) {
+  BundleOptions round = options;
+  round.mostIterations = ITERATIONS_OF_A_ROUND;
+  Selection all = AllOf(views);
+  std::vector<bool> known(views.size(), false);
+  for (size_t i = 0; i < solution.views.size(); ++i) {
+    TargetView& view = all.views[solution.kept[i]];
+    view.rigFromTarget = solution.views[i].rigFromTarget;
+    view.bend = solution.views[i].bend;
+    known[solution.kept[i]] = true;
+  }
+  for (size_t i = views.size(); i-- > 0;) {
+    if (!known[i] && !FindPose(solution.rig, all.views[i])) RejectView(i, all);
+  }
+  if (!NotePlaces(solution.sheet.target, all.views)) return all;
+  Solution start = solution;
+  start.views = all.views;
+  PutToShape(start.sheet, start.views);
+  Weighted weighted = Settled(all.views, std::move(start), round);
+  CopyPoses(weighted.solution.views, all.views);
+  return WithoutOutliers(all, weighted, views.size());
 }
 
 }  // namespace velmora::solver

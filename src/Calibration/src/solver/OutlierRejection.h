@@ -24,4 +24,9 @@ Selection Selected(const std::vector<TargetView>& views, const cv::Size& imageSi
 /// Selects views and points of a rig that is nearly known.
 Selection Selected(const CalibrationProblem& start, const BundleOptions& options);
 
+/// Selects anew, among all views, by a solution that has the shape of the sheet: what does not fit a flat
+/// sheet may fit this one. Views that the solution left out begin where a flat sheet would be.
+Selection SelectedAgain(const std::vector<TargetView>& views, const Solution& solution,
+                        const BundleOptions& options);
+
 }  // namespace velmora::solver

@@ -169,16 +169,19 @@ SheetTerms OwnBendOf(const std::vector<cv::Point3d>& target) {
   return terms.Terms();
 }
 
-std::vector<cv::Point3d> Shaped(const std::vector<cv::Point3d>& target, const SheetTerms& terms,
-                                const Eigen::VectorXd& values) {
-  std::vector<cv::Point3d> shaped = target;
-  if (terms.Count() == 0) return shaped;
-  const Eigen::VectorXd moves = terms.columns * values;
-  for (size_t i = 0; i < shaped.size(); ++i) {
-    const auto at = static_cast<Index>(3 * i);
-    shaped[i] += cv::Point3d(moves(at), moves(at + 1), moves(at + 2));
+void PutToShape(const Sheet& sheet, std::vector<TargetView>& views) {
+  const std::vector<cv::Point3d> common = Moved(sheet.target, MovesOf(sheet.terms, sheet.values));
+  for (TargetView& view : views) PutToShape(sheet, common, view);
+}
+
+void PutToShape(const Sheet& sheet, const std::vector<cv::Point3d>& common, TargetView& view) {
+  const Eigen::Map<const Eigen::Vector3d> bend(view.bend.val);
+  const std::vector<cv::Point3d> points =
+      sheet.HasOwnBends() ? Moved(common, MovesOf(sheet.ownBend, bend)) : common;
+  for (Observation& observation : view.observations) {
+    for (size_t k = 0; k < observation.object.size(); ++k)
+      observation.object[k] = points[observation.Place(k)];
   }
-  return shaped;
 }
 
 }  // namespace velmora::solver

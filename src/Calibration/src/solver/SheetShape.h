@@ -1,9 +1,11 @@
 /// The shapes that a sheet can be taken to have.
 #pragma once
 
-#include <Eigen/Core>
 #include <opencv2/core.hpp>
 #include <vector>
+
+#include "model/Rig.h"
+#include "model/Sheet.h"
 
 namespace velmora::solver {
 
@@ -17,20 +19,6 @@ enum class SheetLevel {
   FreePointsProportions  ///< and out of proportion
 };
 
-/// How far the points of a target lie beside their places: a sum of terms, each times a column. Nothing is in
-/// it that a shift, a turn or another size of the whole target would do, so that poses and shape do not make
-/// up for each other. Of a bend that means heights about the plane that fits them best.
-struct SheetTerms {
-  /// Three rows for each point, its x, y and z; a column for each term, in the unit of the target for a term
-  /// of one.
-  Eigen::MatrixXd columns;
-  /// What is known of the terms beforehand: each is zero within this standard deviation, infinity where
-  /// nothing is.
-  Eigen::VectorXd deviations;
-
-  Eigen::Index Count() const { return columns.cols(); }
-};
-
 /// Of a plane target of at least six points that do not lie on a conic section, about the middle of them.
 ///
 /// Bends and proportions are in the unit of the target: what a point at half the target's longer side is moved
@@ -41,8 +29,9 @@ SheetTerms TermsOf(const std::vector<cv::Point3d>& target, SheetLevel level);
 /// The three heights of a bend alone, which a view has of its own.
 SheetTerms OwnBendOf(const std::vector<cv::Point3d>& target);
 
-/// The target with its points where the terms' values put them.
-std::vector<cv::Point3d> Shaped(const std::vector<cv::Point3d>& target, const SheetTerms& terms,
-                                const Eigen::VectorXd& values);
+/// Puts the points of views to where the sheet and the views' own bends have them.
+void PutToShape(const Sheet& sheet, std::vector<TargetView>& views);
+/// Of one view, given the points of the shape that all views share.
+void PutToShape(const Sheet& sheet, const std::vector<cv::Point3d>& common, TargetView& view);
 
 }  // namespace velmora::solver

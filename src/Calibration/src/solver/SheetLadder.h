@@ -1,0 +1,46 @@
+/// Estimates the shape of a sheet, from flat to free, each level from where the one before ended.
+#pragma once
+
+#include <vector>
+
+#include "solver/BundleAdjustment.h"
+#include "solver/SheetShape.h"
+
+namespace velmora::solver {
+
+/// The solution of one level.
+struct SheetRung {
+  SheetLevel level = SheetLevel::Flat;
+  bool ownBends = false;  ///< whether each view's sheet has a bend of its own, too
+  Solution solution;
+  /// Bayes' information criterion, by which rungs of the same views are compared: the least is best.
+  double criterion = 0.0;
+};
+
+/// Whether the shape of the sheet can be estimated from such views: they are of one target, of which one of
+/// them at least shows all points that any shows.
+bool HasOneTarget(const std::vector<TargetView>& views);
+
+/// Notes which points of the target each observation is of. False when one is of another target.
+bool NotePlaces(const std::vector<cv::Point3d>& target, std::vector<TargetView>& views);
+
+/// The same solution of a sheet with such a shape, which is flat so far. The noise is taken for that of the
+/// solution.
+CalibrationProblem ShapedProblem(const Solution& flat, SheetLevel level, bool ownBends);
+
+/// Minimises, and makes what is known of the shape beforehand fit the noise that is left, until both agree;
+/// so, too, the deviation of the views' own bends, which is estimated from them.
+Solution SolveShaped(CalibrationProblem problem, const BundleOptions& options);
+
+/// Every level up to the given one, flat first, and the best of the bent and of the free ones with bends of
+/// each view. Levels that cannot be solved are left out. `flat` must be of one target.
+std::vector<SheetRung> ClimbSheet(const Solution& flat, SheetLevel most, const BundleOptions& options);
+
+/// Which of the rungs the criterion allows: those that it prefers to all of less freedom.
+std::vector<size_t> AllowedOf(const std::vector<SheetRung>& rungs);
+
+/// The sheet with the shape that it was found to have, of which nothing is estimated any more but the views'
+/// own bends.
+Sheet HeldShapeOf(const Sheet& sheet);
+
+}  // namespace velmora::solver
