@@ -23,6 +23,14 @@ void AddEngineOptions(CLI::App& app, EngineOptions& options) {
                  "sparse (milliseconds; leaves out what disagrees) or opencv (default: sparse)")
       ->transform(OneOf({{"sparse", Calibrator::SOLVER_SPARSE}, {"opencv", Calibrator::SOLVER_OPENCV}}))
       ->type_name("NAME");
+  app.add_option("--sheet-shape", options.sheet,
+                 "what the sparse solver may take the sheet for: flat, bent, free (points beside their places, "
+                 "too) or auto (default: auto)")
+      ->transform(OneOf({{"auto", Calibrator::SHEET_AUTO},
+                         {"flat", Calibrator::SHEET_FLAT},
+                         {"bent", Calibrator::SHEET_BENT},
+                         {"free", Calibrator::SHEET_FREE}}))
+      ->type_name("SHAPE");
   app.add_option("--disc", options.disc,
                  "radius of the discs in metres, for the sparse solver; 0: no correction of their centres "
                  "(default: 0.4 times the distance of adjacent rows)")
@@ -38,6 +46,7 @@ void ApplyEngineOptions(const EngineOptions& options, float unit, Calibrator& ca
   calibrator.SetFinder(options.finder);
   calibrator.SetSolver(options.solver);
   calibrator.SetRobust(true);
+  calibrator.SetSheetShape(options.sheet);
   calibrator.SetDiscRadius(DiscRadius(options, unit));
 }
 

@@ -13,6 +13,7 @@ namespace common {
 struct EngineOptions {
   int finder = Calibrator::FINDER_ROBUST;
   int solver = Calibrator::SOLVER_SPARSE;
+  int sheet = Calibrator::SHEET_AUTO;
   double disc = -1.0;  ///< radius of the discs in metres; negative: that of the usual sheet
 };
 

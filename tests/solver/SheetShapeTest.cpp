@@ -10,8 +10,8 @@
 #include "unit/Collection.h"
 
 using namespace velmora;
-using solver::SheetLevel;
-using solver::SheetTerms;
+
+
 
 namespace {
 
@@ -25,13 +25,13 @@ const SheetLevel LEVELS[] = {SheetLevel::Proportions,     SheetLevel::Bent,     
                              SheetLevel::FreePoints,      SheetLevel::FreePointsProportions};
 
 TEST(SheetTerms, AreAsManyAsTheLevelIsFree) {
-  EXPECT_EQ(TermsOf(Target(), SheetLevel::Flat).Count(), 0);
-  EXPECT_EQ(TermsOf(Target(), SheetLevel::Proportions).Count(), 2);
-  EXPECT_EQ(TermsOf(Target(), SheetLevel::Bent).Count(), 3);
-  EXPECT_EQ(TermsOf(Target(), SheetLevel::BentProportions).Count(), 5);
+  EXPECT_EQ(solver::TermsOf(Target(), SheetLevel::Flat).Count(), 0);
+  EXPECT_EQ(solver::TermsOf(Target(), SheetLevel::Proportions).Count(), 2);
+  EXPECT_EQ(solver::TermsOf(Target(), SheetLevel::Bent).Count(), 3);
+  EXPECT_EQ(solver::TermsOf(Target(), SheetLevel::BentProportions).Count(), 5);
   // Three coordinates of each of 44 points, less what moves, turns, scales, stretches and skews all of them.
-  EXPECT_EQ(TermsOf(Target(), SheetLevel::FreePoints).Count(), 3 * 44 - 3 - 6);
-  EXPECT_EQ(TermsOf(Target(), SheetLevel::FreePointsProportions).Count(), 3 * 44 - 3 - 4);
+  EXPECT_EQ(solver::TermsOf(Target(), SheetLevel::FreePoints).Count(), 3 * 44 - 3 - 6);
+  EXPECT_EQ(solver::TermsOf(Target(), SheetLevel::FreePointsProportions).Count(), 3 * 44 - 3 - 4);
 }
 
 /// What small moves, turns and another size of the target do to its points.
@@ -52,7 +52,7 @@ Eigen::MatrixXd Gauges() {
 TEST(SheetTerms, AreNothingThatThePoseOrTheSizeWouldDo) {
   const Eigen::MatrixXd gauges = Gauges();
   for (const SheetLevel level : LEVELS) {
-    const SheetTerms terms = TermsOf(Target(), level);
+    const SheetTerms terms = solver::TermsOf(Target(), level);
     EXPECT_LT((gauges.transpose() * terms.columns).cwiseAbs().maxCoeff(), 1e-12);
     EXPECT_EQ(terms.columns.colPivHouseholderQr().rank(), terms.Count());
   }
@@ -73,7 +73,7 @@ TEST(SheetTerms, HoldABendAndProportions) {
     const cv::Point3d d = shape[static_cast<size_t>(i)] - target[static_cast<size_t>(i)];
     moved.segment<3>(3 * i) << d.x, d.y, d.z;
   }
-  const SheetTerms terms = TermsOf(target, SheetLevel::BentProportions);
+  const SheetTerms terms = solver::TermsOf(target, SheetLevel::BentProportions);
   Eigen::MatrixXd all(3 * 44, terms.Count() + 7);
   all << terms.columns, Gauges();
   const Eigen::VectorXd fit = all.colPivHouseholderQr().solve(moved);
@@ -84,7 +84,7 @@ TEST(SheetTerms, OfFreePointsHoldEveryShape) {
   cv::RNG random(3);
   Eigen::VectorXd moved(3 * 44);
   for (Index i = 0; i < moved.size(); ++i) moved(i) = random.gaussian(0.001);
-  const SheetTerms terms = TermsOf(Target(), SheetLevel::FreePointsProportions);
+  const SheetTerms terms = solver::TermsOf(Target(), SheetLevel::FreePointsProportions);
   Eigen::MatrixXd all(3 * 44, terms.Count() + 7);
   all << terms.columns, Gauges();
   EXPECT_LT((all * all.colPivHouseholderQr().solve(moved) - moved).norm(), 1e-9);
@@ -96,7 +96,7 @@ double HeightDeviation(const SheetTerms& terms, Index point) {
 }
 
 TEST(SheetTerms, OfFreePointsAreKnownToBeSmallAndSmooth) {
-  const SheetTerms terms = TermsOf(Target(), SheetLevel::FreePoints);
+  const SheetTerms terms = solver::TermsOf(Target(), SheetLevel::FreePoints);
   const double half = 0.1;
   for (Index i = 0; i < 44; ++i) {
     EXPECT_LT(HeightDeviation(terms, i), 0.021 * half);
@@ -116,7 +116,7 @@ TEST(SheetTerms, PutPointsInPlace) {
   const std::vector<cv::Point3d> target = Target();
   const SheetTerms terms = solver::OwnBendOf(target);
   ASSERT_EQ(terms.Count(), 3);
-  const auto shaped = solver::Shaped(target, terms, Eigen::Vector3d(0.0, 0.0, 0.001));
+  const auto shaped = Moved(target, MovesOf(terms, Eigen::Vector3d(0.0, 0.0, 0.001)));
   double least = 1.0;
   double most = -1.0;
   for (size_t i = 0; i < target.size(); ++i) {
@@ -127,7 +127,7 @@ TEST(SheetTerms, PutPointsInPlace) {
   }
   // About a millimetre at the ends of the longer side: the plane that fits is not quite level.
   EXPECT_NEAR(most - least, 0.001, 5e-5);
-  EXPECT_EQ(solver::Shaped(target, TermsOf(target, SheetLevel::Flat), {}), target);
+  EXPECT_EQ(Moved(target, MovesOf(solver::TermsOf(target, SheetLevel::Flat), {})), target);
 }
 
 }  // namespace

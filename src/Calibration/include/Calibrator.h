@@ -58,6 +58,11 @@ class VELMORA_API Calibrator {
   static constexpr int SOLVER_OPENCV = 0;
   static constexpr int SOLVER_SPARSE = 1;
 
+  static constexpr int SHEET_FLAT = 0;
+  static constexpr int SHEET_BENT = 1;
+  static constexpr int SHEET_FREE = 2;
+  static constexpr int SHEET_AUTO = 3;
+
   static constexpr int STATUS_NOT_READY = 100;
   static constexpr int STATUS_READY = 200;
   static constexpr int STATUS_COMPLETED = 300;
@@ -225,6 +230,12 @@ class VELMORA_API Calibrator {
   /// centroid of a disc's picture, which a detector finds, and the picture of its centre. 0, the default,
   /// takes centres as they are; what is no radius is refused with an error line.
   void SetDiscRadius(const double& radius);
+  /// What the sparse solver may take the sheet for, with one camera. SHEET_FLAT, the default: as flat as it was
+  /// meant to be. SHEET_BENT: bent, perhaps out of proportion. SHEET_FREE: its points beside their places, too.
+  /// Both perhaps with a bend of its own in each view, as of sheets that are held by hand. SHEET_AUTO: whatever
+  /// the views ask for (see docs/solver.md). The shape is estimated with the camera, and is in the verdict. Any
+  /// other number is refused with an error line.
+  void SetSheetShape(const int& shape);
   /// Lets the sparse solver, with a pair of cameras, move both lenses too, from those that the monocular
   /// results have, together with how the cameras stand to each other and all poses of the grid: the results
   /// then have refined camera matrices (3 x 3) and coefficients (1 x 14, of which the model's are refined).

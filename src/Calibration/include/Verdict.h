@@ -27,6 +27,27 @@ struct VELMORA_API CalibrationVerdict {
     std::string reason;
   };
 
+  /// The shape of the sheet, where it was estimated with the camera.
+  struct Sheet {
+    std::string model = "flat";  ///< "flat", "bent", or "free": with points beside their places
+    /// Where its points are, metres, in the order of the grid and in the target's frame, whose plane z = 0 fits
+    /// them best; empty of a flat one.
+    std::vector<cv::Point3d> points;
+    double bend = 0.0;  ///< metres from the lowest point to the highest, about that plane
+    double bendDeviation = 0.0;
+    double stretch = 0.0;  ///< share by which it is too long along its columns
+    double skew = 0.0;     ///< share of their length by which the columns lean
+    /// Metres by which points lie beside their places, root of the mean square, but for stretch and skew.
+    double misprint = 0.0;
+    /// Metres by which the bend differs from view to view, root of the mean square over points and views.
+    double bendChanges = 0.0;
+    /// Where it does, of each view that was used: heights for x^2, x y and y^2 at half the longer side.
+    std::vector<cv::Vec3d> bends;
+    double parameters = 0.0;  ///< for how many the shape counts, less what was known of it beforehand
+    double flatRms = 0.0;     ///< the RMS that a flat sheet would have had, pixels
+    double shift = 0.0;       ///< by how much projections would then be off, where there are data, pixels
+  };
+
   Grade grade = Grade::None;  ///< None: there is no result to assess
   std::vector<Remark> remarks;
   std::vector<LeftOut> leftOut;
@@ -67,6 +88,7 @@ struct VELMORA_API CalibrationVerdict {
   /// by the jackknife; empty when the views do not determine them.
   cv::Mat covariance;
   cv::Mat jackknifeCovariance;
+  Sheet sheet;
   cv::Mat deviationMap;  ///< CV_64F, 30 x 40 cells over the image; NaN where the lens has no ray for a pixel
 
   /// What projections may be off by where there are data, all in all: the larger of both deviations, and what

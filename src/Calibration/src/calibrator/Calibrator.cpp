@@ -245,6 +245,10 @@ int Calibrator::GetSolver() {
   return impl_->computations.Choice().Current().solver;
 }
 
+void Calibrator::SetSheetShape(const int& shape) {
+  impl_->computations.Choice().SetSheetShape(shape);
+}
+
 void Calibrator::SetRobust(const bool& robust) {
   impl_->computations.Choice().SetRobust(robust);
 }

@@ -11,6 +11,7 @@
 #include "quality/Assessment.h"
 #include "quality/ModelComparison.h"
 #include "quality/PairAssessment.h"
+#include "quality/SheetChoice.h"
 #include "solver/SparsePair.h"
 
 namespace velmora {
@@ -61,7 +62,8 @@ Result Computations::SolveCamera(const SnapshotList& views, int model, const Pro
   if (settings.IsSparse()) {
     SparseOptions options = OptionsOf(settings);
     options.progress = progress;
-    result.camera = SolveIntrinsicsSparsely(seen.target, points, imageSize_, model, options);
+    options.sheet = settings.UsedSheetShape();
+    result.camera = SolveIntrinsicsWithSheet(seen.target, points, imageSize_, model, options);
     LogRejected(seen.InGrid(result.camera.rejected));
   } else {
     static_cast<IntrinsicsResult&>(result.camera) = SolveIntrinsics(seen.target, points, imageSize_, model);

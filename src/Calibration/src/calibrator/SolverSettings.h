@@ -4,6 +4,7 @@
 #include <atomic>
 
 #include "model/Codes.h"
+#include "model/Sheet.h"
 
 namespace velmora {
 
@@ -13,10 +14,13 @@ struct SolverSettings {
   bool robust = false;
   double discRadius = 0.0;        ///< metres; 0 takes centres as they are
   bool refineIntrinsics = false;  ///< of pairs
+  int sheetShape = SHEET_FLAT;
 
   bool IsSparse() const { return solver == SOLVER_SPARSE; }
   /// Zero for a solver that does not correct eccentricity.
   double UsedDiscRadius() const { return IsSparse() ? discRadius : 0.0; }
+  /// Flat for a solver that knows no other.
+  SheetShape UsedSheetShape() const;
   /// False for a solver that does not refine.
   bool RefinesIntrinsics() const { return IsSparse() && refineIntrinsics; }
 };
@@ -29,14 +33,16 @@ class SolverChoice {
   void SetRobust(bool robust) { robust_ = robust; }
   void SetDiscRadius(double radius);
   void SetRefineIntrinsics(bool refine) { refineIntrinsics_ = refine; }
+  void SetSheetShape(int shape);
 
-  SolverSettings Current() const { return {solver_, robust_, discRadius_, refineIntrinsics_}; }
+  SolverSettings Current() const { return {solver_, robust_, discRadius_, refineIntrinsics_, sheetShape_}; }
 
  private:
   std::atomic<int> solver_{SOLVER_OPENCV};
   std::atomic<bool> robust_{false};
   std::atomic<double> discRadius_{0.0};
   std::atomic<bool> refineIntrinsics_{false};
+  std::atomic<int> sheetShape_{SHEET_FLAT};
 };
 
 }  // namespace velmora

@@ -9,6 +9,11 @@ constexpr int FINDER_ROBUST = 1;
 constexpr int SOLVER_OPENCV = 0;
 constexpr int SOLVER_SPARSE = 1;
 
+constexpr int SHEET_FLAT = 0;
+constexpr int SHEET_BENT = 1;
+constexpr int SHEET_FREE = 2;
+constexpr int SHEET_AUTO = 3;
+
 constexpr int STATUS_NOT_READY = 100;
 constexpr int STATUS_READY = 200;
 constexpr int STATUS_COMPLETED = 300;

@@ -3,6 +3,19 @@
 
 namespace velmora {
 
+bool HasProportions(SheetLevel level) {
+  return level == SheetLevel::Proportions || level == SheetLevel::BentProportions ||
+         level == SheetLevel::FreePointsProportions;
+}
+
+bool HasBend(SheetLevel level) {
+  return level >= SheetLevel::Bent;
+}
+
+bool HasFreePoints(SheetLevel level) {
+  return level >= SheetLevel::FreePoints;
+}
+
 Eigen::VectorXd MovesOf(const SheetTerms& terms, const Eigen::VectorXd& values) {
   if (terms.Count() == 0 || values.size() == 0) return {};
   return terms.columns * values;

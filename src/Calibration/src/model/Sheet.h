@@ -7,6 +7,29 @@
 
 namespace velmora {
 
+/// The shapes that a sheet can be taken to have. Each has the freedom of those above it, but for Bent, which
+/// keeps its proportions.
+enum class SheetLevel {
+  Flat,
+  Proportions,           ///< longer along its columns, skewed
+  Bent,                  ///< heights x^2, x y, y^2
+  BentProportions,       ///< both
+  FreePoints,            ///< every point beside its place, smoothly bent
+  FreePointsProportions  ///< and out of proportion
+};
+
+bool HasProportions(SheetLevel level);
+bool HasBend(SheetLevel level);
+bool HasFreePoints(SheetLevel level);
+
+/// Which of them a computation may take.
+enum class SheetShape {
+  Flat,
+  Bent,  ///< the best of those that are bent but have their points in place
+  Free,  ///< the best of those with free points
+  Auto   ///< the best of all
+};
+
 /// How far the points of a target lie beside their places: a sum of terms, each times a column. Nothing is in
 /// it that a shift, a turn or another size of the whole target would do, so that poses and shape do not make
 /// up for each other. Of a bend that means heights about the plane that fits them best.
@@ -24,6 +47,7 @@ struct SheetTerms {
 /// What a computation takes a sheet for. The points of a view's observations are always where the sheet's
 /// values and the view's own bend put them.
 struct Sheet {
+  SheetLevel level = SheetLevel::Flat;
   std::vector<cv::Point3d> target;  ///< as it was meant to be, flat; empty: the points stay as they are
   SheetTerms terms;                 ///< estimated together, from all views
   Eigen::VectorXd values;           ///< of the terms

@@ -13,6 +13,7 @@
 #include "quality/OtherCamera.h"
 #include "quality/ProjectionUncertainty.h"
 #include "quality/SearchEnd.h"
+#include "quality/SheetRemarks.h"
 #include "quality/SystematicErrors.h"
 #include "quality/SystematicRemarks.h"
 #include "solver/Covariance.h"
@@ -298,6 +299,7 @@ CalibrationVerdict AssessCamera(const Solution& solution, size_t camera, const L
   AssessSearch(solution, verdict);
   const double shift = AssessSystematicError(solution, camera, largerModel, verdict);
   if (!(verdict.jackknifeInData < shift)) AssessAgreement(largerModel, verdict);
+  AssessShape(solution, camera, LEAST_SYSTEMATIC * FocalLengthOf(solution, camera), verdict);
   return verdict;
 }
 
@@ -321,8 +323,10 @@ CalibrationVerdict AssessIntrinsics(const std::vector<std::vector<cv::Point3d>>&
       leftOut.push_back(target.views[rejected.view].observations.front());
   }
   LargerModel larger(objectPoints, imagePoints, imageSize, result, discRadius);
-  return AssessCamera(
+  CalibrationVerdict verdict = AssessCamera(
       *solution, 0, [&larger] { return larger.Name(); }, leftOut);
+  for (cv::Point3d& point : verdict.sheet.points) point += cv::Point3d(target.middles.front());
+  return verdict;
 }
 
 }  // namespace velmora

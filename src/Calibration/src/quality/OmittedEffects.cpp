@@ -145,10 +145,12 @@ OmittedEffects OmittedEffectsOf(const Solution& solution, size_t camera) {
   const EffectColumns lens = Joined(byView, LensColumns(solution, camera));
   EnlargedEquations equations = EquationsWith(solution, Joined(lens, RadialColumns(solution, camera)));
   OmittedEffects effects;
-  effects.bend = equations.EffectOf(0, BEND);
-  effects.proportions = equations.EffectOf(BEND, PROPORTIONS);
+  // What the computation has estimated is not omitted.
+  const SheetLevel level = solution.sheet.level;
+  if (!HasBend(level)) effects.bend = equations.EffectOf(0, BEND);
+  if (!HasProportions(level)) effects.proportions = equations.EffectOf(BEND, PROPORTIONS);
   effects.motion = equations.EffectByView(sheet.count, MOTION);
-  effects.bendByView = equations.EffectByView(0, BEND);
+  if (!solution.sheet.HasOwnBends()) effects.bendByView = equations.EffectByView(0, BEND);
   effects.lensTerms = LensEffect(solution, camera, equations, byView.count);
   effects.radial = RadialEffect(solution, camera, equations, lens.count);
   return effects;
@@ -156,18 +158,26 @@ OmittedEffects OmittedEffectsOf(const Solution& solution, size_t camera) {
 
 OmittedSheet OmittedSheetOf(const Solution& solution) {
   const EnlargedEquations equations = EquationsWith(solution, Joined(BendColumns(), ProportionColumns()));
-  return {equations.EffectOf(0, BEND), equations.EffectOf(BEND, PROPORTIONS),
-          equations.EffectOf(0, BEND + PROPORTIONS)};
+  OmittedSheet sheet;
+  const SheetLevel level = solution.sheet.level;
+  if (!HasBend(level)) sheet.bend = equations.EffectOf(0, BEND);
+  if (!HasProportions(level)) sheet.proportions = equations.EffectOf(BEND, PROPORTIONS);
+  if (level == SheetLevel::Flat) sheet.both = equations.EffectOf(0, BEND + PROPORTIONS);
+  return sheet;
 }
 
 OmittedEffect OmittedOffsets(const Solution& solution, const TargetOffsets& offsets) {
   const EffectColumns columns = {
       1, [&](const ObservedPoint& observed, const solver::Coordinate& coordinate, EffectRow to) {
         const cv::Vec3d byTarget = ByTarget(observed, coordinate);
-        const cv::Point2d& offset = offsets.at(observed.point);
+        const cv::Point2d& offset = offsets.at(PlaceOnTarget(solution.sheet, observed.place, observed.point));
         to(0) = byTarget[0] * offset.x + byTarget[1] * offset.y;
       }};
   return EquationsWith(solution, columns).EffectOf(0, 1);
+}
+
+cv::Point3d PlaceOnTarget(const Sheet& sheet, size_t place, const cv::Point3d& point) {
+  return sheet.IsFlat() ? point : sheet.target[place];
 }
 
 double DepthOfBend(const OmittedEffect& bend, const std::vector<cv::Point3d>& object) {

@@ -76,6 +76,9 @@ struct TargetOrder {
     return std::tie(a.x, a.y, a.z) < std::tie(b.x, b.y, b.z);
   }
 };
+/// Where a point of an observation should be on the target, whatever shape the sheet was found to have.
+cv::Point3d PlaceOnTarget(const Sheet& sheet, size_t place, const cv::Point3d& point);
+
 /// How far points of the target lie beside their places on it.
 using TargetOffsets = std::map<cv::Point3d, cv::Point2d, TargetOrder>;
 

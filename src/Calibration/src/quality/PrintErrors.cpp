@@ -31,7 +31,7 @@ struct Block {
 using Places = std::map<cv::Point3d, Block, TargetOrder>;
 
 void Add(const Observation& observation, const RigidTransform& pose, const solver::Projection& projection,
-         Places& places) {
+         const Sheet& sheet, Places& places) {
   for (size_t k = 0; k < observation.object.size(); ++k) {
     solver::Coordinate u;
     solver::Coordinate v;
@@ -39,7 +39,7 @@ void Add(const Observation& observation, const RigidTransform& pose, const solve
     const cv::Vec3d alongU = pose.R.t() * u.byPoint;
     const cv::Vec3d alongV = pose.R.t() * v.byPoint;
     const double weight = observation.Weight(k);
-    Block& place = places[observation.object[k]];
+    Block& place = places[PlaceOnTarget(sheet, observation.Place(k), observation.object[k])];
     place.Add({alongU[0], alongU[1]}, u.value - observation.image[k].x, weight);
     place.Add({alongV[0], alongV[1]}, v.value - observation.image[k].y, weight);
   }
@@ -53,7 +53,7 @@ Places PlacesOf(const Solution& solution) {
   for (const TargetView& view : solution.views) {
     for (size_t camera = 0; camera < view.observations.size(); ++camera) {
       const RigidTransform pose = solution.rig.cameras[camera].cameraFromRig * view.rigFromTarget;
-      Add(view.observations[camera], pose, projections[camera], places);
+      Add(view.observations[camera], pose, projections[camera], solution.sheet, places);
     }
   }
   const bool known = std::all_of(places.begin(), places.end(), [](const auto& place) {
@@ -66,6 +66,7 @@ Places PlacesOf(const Solution& solution) {
 
 OmittedEffect OmittedPrintErrors(const Solution& solution) {
   OmittedEffect effect;
+  if (HasFreePoints(solution.sheet.level)) return effect;  // they are where they were found
   const Places places = PlacesOf(solution);
   const auto degrees = 2 * static_cast<Eigen::Index>(places.size()) - OF_A_HOMOGRAPHY;
   if (degrees <= 0) return effect;

@@ -37,6 +37,17 @@ const std::pair<const char*, double Verdict::*> NUMBERS[] = {
     {"deviationInImage", &Verdict::deviationInImage},
     {"coverage", &Verdict::coverage}};
 
+const std::pair<const char*, double Verdict::Sheet::*> SHEET_NUMBERS[] = {
+    {"bend", &Verdict::Sheet::bend},
+    {"bendDeviation", &Verdict::Sheet::bendDeviation},
+    {"stretch", &Verdict::Sheet::stretch},
+    {"skew", &Verdict::Sheet::skew},
+    {"misprint", &Verdict::Sheet::misprint},
+    {"bendChanges", &Verdict::Sheet::bendChanges},
+    {"parameters", &Verdict::Sheet::parameters},
+    {"flatRms", &Verdict::Sheet::flatRms},
+    {"shift", &Verdict::Sheet::shift}};
+
 const std::pair<const char*, cv::Mat Verdict::*> MATRICES[] = {
     {"covariance", &Verdict::covariance}, {"jackknifeCovariance", &Verdict::jackknifeCovariance}};
 
@@ -71,6 +82,34 @@ cv::Mat MatrixFrom(const nlohmann::json& rows) {
   return matrix;
 }
 
+nlohmann::json TextOf(const Verdict::Sheet& sheet) {
+  nlohmann::json text;
+  text["model"] = sheet.model;
+  text["points"] = nlohmann::json::array();
+  for (const cv::Point3d& point : sheet.points) {
+    text["points"].push_back({Number(point.x), Number(point.y), Number(point.z)});
+  }
+  for (const auto& [name, member] : SHEET_NUMBERS) text[name] = Number(sheet.*member);
+  text["bends"] = nlohmann::json::array();
+  for (const cv::Vec3d& bend : sheet.bends) {
+    text["bends"].push_back({Number(bend[0]), Number(bend[1]), Number(bend[2])});
+  }
+  return text;
+}
+
+Verdict::Sheet SheetFrom(const nlohmann::json& text) {
+  Verdict::Sheet sheet;
+  sheet.model = text.at("model").get<std::string>();
+  for (const auto& point : text.at("points")) {
+    sheet.points.emplace_back(NumberFrom(point.at(0)), NumberFrom(point.at(1)), NumberFrom(point.at(2)));
+  }
+  for (const auto& [name, member] : SHEET_NUMBERS) sheet.*member = NumberFrom(text.at(name));
+  for (const auto& bend : text.at("bends")) {
+    sheet.bends.emplace_back(NumberFrom(bend.at(0)), NumberFrom(bend.at(1)), NumberFrom(bend.at(2)));
+  }
+  return sheet;
+}
+
 Grade GradeFrom(const std::string& words) {
   for (const auto& [grade, name] : GRADES) {
     if (words == name) return grade;
@@ -84,6 +123,7 @@ Verdict VerdictFrom(const nlohmann::json& text) {
   for (const auto& [name, member] : COUNTS) verdict.*member = text.at(name).get<int>();
   for (const auto& [name, member] : NUMBERS) verdict.*member = NumberFrom(text.at(name));
   for (const auto& [name, member] : MATRICES) verdict.*member = MatrixFrom(text.at(name));
+  if (text.contains("sheet")) verdict.sheet = SheetFrom(text.at("sheet"));
   const auto& moved = text.at("principalPointChange");
   verdict.principalPointChange = {NumberFrom(moved.at(0)), NumberFrom(moved.at(1))};
   for (const auto& remark : text.at("remarks")) {
@@ -117,6 +157,7 @@ std::string CalibrationVerdict::ToJson() const {
   for (const auto& [name, member] : NUMBERS) text[name] = Number(this->*member);
   for (const auto& [name, member] : MATRICES) text[name] = Rows(this->*member);
   text["principalPointChange"] = {Number(principalPointChange.x), Number(principalPointChange.y)};
+  if (!sheet.points.empty()) text["sheet"] = TextOf(sheet);
   text["remarks"] = nlohmann::json::array();
   for (const Remark& remark : remarks) {
     text["remarks"].push_back({{"reason", remark.reason}, {"advice", remark.advice}});

@@ -98,7 +98,7 @@ void WriteRejected(const Solution& solution, const Target& target, IntrinsicsRes
 void CopyDeviations(const Solution& solution, const Target& target, IntrinsicsResult& result) {
   const Eigen::MatrixXd covariance = SharedCovariance(solution);
   if (covariance.size() == 0) return;
-  for (int i = 0; i < covariance.rows(); ++i)
+  for (int i = 0; i < solution.rig.cameras.front().intrinsics.estimated; ++i)
     result.stdDevIntrinsics.at<double>(i) = std::sqrt(covariance(i, i));
   const double variance = NoiseVariance(solution);
   for (size_t k = 0; k < solution.kept.size(); ++k) {

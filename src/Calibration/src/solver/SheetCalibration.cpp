@@ -20,10 +20,32 @@ void Note(const Selection& selection, const Solution& flat, Solution& solution) 
   solution.robust = flat.robust;
 }
 
+/// What was selected, and from what, as of another solution of the same views.
+void CopySelection(const Solution& from, Solution& to) {
+  to.kept = from.kept;
+  to.rejected = from.rejected;
+  to.recounted = from.recounted;
+  to.robust = from.robust;
+  to.tooFewAgree = from.tooFewAgree;
+  to.discRadius = from.discRadius;
+}
+
 /// The views as they were before any were selected, counted as the solution counts them.
 std::vector<TargetView> Recounted(std::vector<TargetView> views, const Solution& solution) {
   for (const velmora::Recounted& image : solution.recounted) Reorder(image, views[image.view]);
   return views;
+}
+
+/// The views of a solution with the pixels that were observed.
+std::vector<TargetView> AsObserved(const std::vector<TargetView>& views, const Solution& solution) {
+  std::vector<TargetView> used = solution.views;
+  for (size_t i = 0; i < used.size(); ++i) {
+    for (size_t camera = 0; camera < used[i].observations.size(); ++camera) {
+      if (used[i].observations[camera].IsEmpty()) continue;
+      used[i].observations[camera].image = views[solution.kept[i]].observations[camera].image;
+    }
+  }
+  return used;
 }
 
 /// The flat sheet of what was selected, as the ladder begins.
@@ -60,24 +82,38 @@ SheetShapes ShapesOf(const std::vector<TargetView>& views, const Solution& flat,
   }
   const std::vector<TargetView> counted = Recounted(views, flat);
   Solution first = flat;
+  shapes.views = AsObserved(counted, flat);
   if (flat.robust) {
     const Selection selection = SelectedByShape(counted, flat, most, options);
-    first = FlatAgain(selection, flat, options);
-    shapes.views = selection.views;
-  } else {
-    shapes.views = counted;
+    Solution again = FlatAgain(selection, flat, options);
+    if (again.usable) {
+      first = std::move(again);
+      shapes.views = selection.views;
+    }
   }
-  shapes.rungs = ClimbSheet(first.usable ? first : flat, most, options);
-  for (SheetRung& rung : shapes.rungs) {
-    const Solution& from = shapes.rungs.front().solution;
-    rung.solution.kept = from.kept;
-    rung.solution.rejected = from.rejected;
-    rung.solution.recounted = from.recounted;
-    rung.solution.robust = from.robust;
-    rung.solution.tooFewAgree = from.tooFewAgree;
-    rung.solution.discRadius = from.discRadius;
-  }
+  shapes.rungs = ClimbSheet(first, most, options);
+  for (SheetRung& rung : shapes.rungs) CopySelection(shapes.rungs.front().solution, rung.solution);
   return shapes;
+}
+
+Solution Finished(const SheetShapes& shapes, size_t rung, const BundleOptions& options) {
+  const Solution& chosen = shapes.rungs[rung].solution;
+  if (rung == 0) return chosen;
+  std::vector<TargetView> views = chosen.views;
+  if (chosen.discRadius > 0.0) {
+    const std::vector<TargetView> corrected =
+        CorrectedForEccentricity(shapes.views, chosen.rig, chosen.views, chosen.discRadius);
+    for (size_t i = 0; i < views.size(); ++i) {
+      for (size_t camera = 0; camera < views[i].observations.size(); ++camera) {
+        views[i].observations[camera].image = corrected[i].observations[camera].image;
+      }
+    }
+  }
+  Solution finished = SolveAgain(chosen, std::move(views), options);
+  if (!finished.usable) return chosen;
+  CopySelection(chosen, finished);
+  finished.flat = std::make_shared<const Solution>(shapes.rungs.front().solution);
+  return finished;
 }
 
 }  // namespace velmora::solver

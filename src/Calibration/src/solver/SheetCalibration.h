@@ -19,7 +19,7 @@ struct SheetShapes {
 SheetShapes ShapesOf(const std::vector<TargetView>& views, const Solution& flat, SheetLevel most,
                      const BundleOptions& options);
 
-/// One of the shapes with all digits, its pixels corrected for the discs where they lie with it.
+/// One of the shapes with all digits, its pixels corrected for the discs before the cameras that it gave.
 Solution Finished(const SheetShapes& shapes, size_t rung, const BundleOptions& options);
 
 }  // namespace velmora::solver

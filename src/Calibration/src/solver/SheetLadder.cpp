@@ -134,16 +134,8 @@ SheetRung RungOf(SheetLevel level, bool ownBends, Solution solution) {
 
 /// Whether each shape of the first level is one of the second, or stood for by one.
 bool IsWithin(SheetLevel smaller, SheetLevel larger) {
-  const auto has = [](SheetLevel level, SheetLevel a, SheetLevel b, SheetLevel c) {
-    return level == a || level == b || level == c;
-  };
-  using Level = SheetLevel;
-  const bool stretched =
-      !has(smaller, Level::Proportions, Level::BentProportions, Level::FreePointsProportions) ||
-      has(larger, Level::Proportions, Level::BentProportions, Level::FreePointsProportions);
-  const bool bent = smaller < Level::Bent || larger >= Level::Bent;
-  const bool freed = smaller < Level::FreePoints || larger >= Level::FreePoints;
-  return stretched && bent && freed;
+  return (!HasProportions(smaller) || HasProportions(larger)) && (!HasBend(smaller) || HasBend(larger)) &&
+         (!HasFreePoints(smaller) || HasFreePoints(larger));
 }
 
 bool HasLessFreedom(const SheetRung& smaller, const SheetRung& larger) {
@@ -156,6 +148,7 @@ CalibrationProblem Enlarged(const Solution& from, SheetLevel level, bool ownBend
   CalibrationProblem problem = ProblemFrom(from);
   Sheet& sheet = problem.sheet;
   const Eigen::VectorXd moves = MovesOf(sheet.terms, sheet.values);
+  sheet.level = level;
   sheet.terms = TermsOf(sheet.target, level);
   sheet.values.setZero(sheet.terms.Count());
   // Each level has the terms of those below it, or terms that can stand for them.
@@ -176,12 +169,9 @@ class Ladder {
   /// From the best of those that are there, with terms of this level; true when that could be solved.
   bool Climb(SheetLevel level, bool ownBends, size_t from) {
     if (options_.progress.IsGivenUp()) return false;
-    Solution solution =
-        from == 0 && !ownBends
-            ? SolveShaped(ShapedProblem(rungs_.front().solution, level, ownBends), options_)
-            : SolveShaped(from == 0 ? ShapedProblem(rungs_.front().solution, level, ownBends)
-                                    : Enlarged(rungs_[from].solution, level, ownBends),
-                          options_);
+    const Solution& start = rungs_[from].solution;
+    Solution solution = SolveShaped(
+        from == 0 ? ShapedProblem(start, level, ownBends) : Enlarged(start, level, ownBends), options_);
     if (!solution.usable || !std::isfinite(solution.sheet.counted)) return false;
     rungs_.push_back(RungOf(level, ownBends, std::move(solution)));
     return true;
@@ -229,6 +219,7 @@ bool HasOneTarget(const std::vector<TargetView>& views) {
 
 CalibrationProblem ShapedProblem(const Solution& flat, SheetLevel level, bool ownBends) {
   CalibrationProblem problem = ProblemFrom(flat);
+  problem.sheet.level = level;
   problem.sheet.target = LargestOf(flat.views).object;
   NotePlaces(problem.sheet.target, problem.views);
   problem.sheet.variance = NoiseVariance(flat);
@@ -292,6 +283,7 @@ std::vector<size_t> AllowedOf(const std::vector<SheetRung>& rungs) {
 
 Sheet HeldShapeOf(const Sheet& sheet) {
   Sheet held = sheet;
+  held.level = SheetLevel::Flat;
   held.target = Moved(sheet.target, MovesOf(sheet.terms, sheet.values));
   held.terms = {};
   held.values.resize(0);

@@ -1,4 +1,4 @@
-/// The shapes that a sheet can be taken to have.
+/// The shapes that a sheet can be taken to have, as terms.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -8,16 +8,6 @@
 #include "model/Sheet.h"
 
 namespace velmora::solver {
-
-/// Each level has the freedom of those above it, but for Bent, which keeps its proportions.
-enum class SheetLevel {
-  Flat,
-  Proportions,           ///< longer along its columns, skewed
-  Bent,                  ///< heights x^2, x y, y^2
-  BentProportions,       ///< both
-  FreePoints,            ///< every point beside its place, smoothly bent
-  FreePointsProportions  ///< and out of proportion
-};
 
 /// Of a plane target of at least six points that do not lie on a conic section, about the middle of them.
 ///

@@ -13,50 +13,41 @@
 
 namespace velmora {
 
-namespace {
-
-class IntrinsicsSolver {
- public:
-  IntrinsicsSolver(const solver::Target& target, const cv::Size& imageSize, int model,
-                   const SparseOptions& options)
-      : target_(target), imageSize_(imageSize), options_(options) {
-    bundle_.parameters = LensModelOf(model).parameters;
-    bundle_.threads = options.threads > 0 ? options.threads : solver::ThreadsFor(target.views.size());
-    bundle_.discRadius = options.discRadius;
-    bundle_.progress = [this, points = CountOf(target.views)](int iteration, double cost) {
-      return !options_.progress || options_.progress(iteration, std::sqrt(cost / points));
-    };
-  }
-
-  SparseResult Run() {
-    auto kept = std::make_shared<const Solution>(
-        solver::CalibrateCamera(target_.views, imageSize_, options_.robust, bundle_));
-    const Solution& solution = *kept;
-    if (bundle_.progress.IsGivenUp()) CV_Error(cv::Error::StsError, "The computation was given up.");
-    if (!solution.usable) CV_Error(cv::Error::StsNoConv, "The views do not agree with any camera.");
-    SparseResult result;
-    static_cast<IntrinsicsResult&>(result) = solver::MatricesOf(solution, target_);
-    result.rejected = solution.rejected;
-    result.robust = solution.robust;
-    result.tooFewAgree = solution.tooFewAgree;
-    result.solution = std::move(kept);
-    return result;
-  }
-
- private:
-  const solver::Target& target_;
-  const cv::Size imageSize_;
-  const SparseOptions& options_;
-  solver::BundleOptions bundle_;
-};
-
-}  // namespace
-
 SparseResult SolveIntrinsicsSparsely(const std::vector<std::vector<cv::Point3d>>& objectPoints,
                                      const std::vector<std::vector<cv::Point2d>>& imagePoints,
                                      const cv::Size& imageSize, int model, const SparseOptions& options) {
   const solver::Target target = solver::TargetOf(objectPoints, imagePoints);
-  return IntrinsicsSolver(target, imageSize, model, options).Run();
+  const solver::BundleOptions bundle = solver::BundleOptionsOf(options, target, model);
+  return solver::SparseResultOf(solver::CalibrateCamera(target.views, imageSize, options.robust, bundle),
+                                target, bundle.progress);
 }
+
+namespace solver {
+
+BundleOptions BundleOptionsOf(const SparseOptions& options, const Target& target, int model) {
+  BundleOptions bundle;
+  bundle.parameters = LensModelOf(model).parameters;
+  bundle.threads = options.threads > 0 ? options.threads : ThreadsFor(target.views.size());
+  bundle.discRadius = options.discRadius;
+  bundle.progress = [told = options.progress, points = CountOf(target.views)](int iteration, double cost) {
+    return !told || told(iteration, std::sqrt(cost / points));
+  };
+  return bundle;
+}
+
+SparseResult SparseResultOf(Solution solution, const Target& target, const ProgressMonitor& progress) {
+  auto kept = std::make_shared<const Solution>(std::move(solution));
+  if (progress.IsGivenUp()) CV_Error(cv::Error::StsError, "The computation was given up.");
+  if (!kept->usable) CV_Error(cv::Error::StsNoConv, "The views do not agree with any camera.");
+  SparseResult result;
+  static_cast<IntrinsicsResult&>(result) = MatricesOf(*kept, target);
+  result.rejected = kept->rejected;
+  result.robust = kept->robust;
+  result.tooFewAgree = kept->tooFewAgree;
+  result.solution = std::move(kept);
+  return result;
+}
+
+}  // namespace solver
 
 }  // namespace velmora

@@ -7,7 +7,9 @@
 #include <vector>
 
 #include "model/Solution.h"
+#include "solver/BundleAdjustment.h"
 #include "solver/OpenCvIntrinsics.h"
+#include "solver/Target.h"
 
 namespace velmora {
 
@@ -18,7 +20,8 @@ struct SparseOptions {
   /// for the centroids of the discs' images, which are not the images of their centres; 0 takes them as they
   /// are.
   double discRadius = 0.0;
-  int threads = 0;  ///< 0: as many as pay, for that number of views
+  SheetShape sheet = SheetShape::Flat;  ///< what the sheet may be taken for (quality/SheetChoice.h)
+  int threads = 0;                      ///< 0: as many as pay, for that number of views
   /// Called after each iteration with its number and the RMS in pixels; false gives up.
   std::function<bool(int iteration, double rms)> progress;
 };
@@ -32,7 +35,7 @@ struct SparseResult : IntrinsicsResult {
   std::shared_ptr<const Solution> solution;
 };
 
-/// Like SolveIntrinsics, with the solver of this engine: same points, same shapes, same order. The classic
+/// Like SolveIntrinsics, with the solver of this engine, for a flat sheet: same points, same shapes, same order. The classic
 /// model's result is the same least-squares minimum. The larger models' coefficients are kept small by a
 /// weak prior, which moves the RMS by less than a hundredth. Standard deviations are those of
 /// 2 N - unknowns degrees of freedom, of rotation vectors and translations as they are handed out.
@@ -42,5 +45,14 @@ struct SparseResult : IntrinsicsResult {
 SparseResult SolveIntrinsicsSparsely(const std::vector<std::vector<cv::Point3d>>& objectPoints,
                                      const std::vector<std::vector<cv::Point2d>>& imagePoints,
                                      const cv::Size& imageSize, int model, const SparseOptions& options = {});
+
+namespace solver {
+
+BundleOptions BundleOptionsOf(const SparseOptions& options, const Target& target, int model);
+
+/// The matrices of a solution. Raises cv::Exception when the computation was given up, or led nowhere.
+SparseResult SparseResultOf(Solution solution, const Target& target, const ProgressMonitor& progress);
+
+}  // namespace solver
 
 }  // namespace velmora

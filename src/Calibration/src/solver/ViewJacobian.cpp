@@ -49,14 +49,15 @@ ViewJacobian::Products ViewJacobian::ProductsOf(const TargetView& view) const {
     for (size_t k = 0; k < observation.object.size(); ++k, row += 2) {
       Coordinate u;
       Coordinate v;
-      if (!projections_[camera].Differentiate(pose * observation.object[k], u, v)) {
+      const cv::Vec3d inCamera = pose * observation.object[k];
+      if (!projections_[camera].Differentiate(inCamera, u, v)) {
         products.usable = false;
         continue;
       }
-      const ObservedPoint observed{observation.object[k], pose.R, camera,
-                                   (v.value - values[CY]) / values[FY]};
-      FillRow(observed, observation.Place(k), u, view.rigFromTarget, jacobian.row(row));
-      FillRow(observed, observation.Place(k), v, view.rigFromTarget, jacobian.row(row + 1));
+      const ObservedPoint observed{observation.object[k], observation.Place(k), pose.R,
+                                   inCamera,              camera,               (v.value - values[CY]) / values[FY]};
+      FillRow(observed, u, view.rigFromTarget, jacobian.row(row));
+      FillRow(observed, v, view.rigFromTarget, jacobian.row(row + 1));
       jacobian(row, last) = u.value - observation.image[k].x;
       jacobian(row + 1, last) = v.value - observation.image[k].y;
       jacobian.middleRows(row, 2) *= std::sqrt(observation.Weight(k));
@@ -69,7 +70,7 @@ ViewJacobian::Products ViewJacobian::ProductsOf(const TargetView& view) const {
   return products;
 }
 
-void ViewJacobian::FillRow(const ObservedPoint& observed, size_t place, const Coordinate& coordinate,
+void ViewJacobian::FillRow(const ObservedPoint& observed, const Coordinate& coordinate,
                            const RigidTransform& rigFromTarget, JacobianRow row) const {
   const Layout::Block& block = layout_.cameras[observed.camera];
   for (int i = 0; i < block.count; ++i) {
@@ -88,7 +89,7 @@ void ViewJacobian::FillRow(const ObservedPoint& observed, size_t place, const Co
   if (sheet_.IsFlat()) return;
   const cv::Vec3d byTarget = ByTarget(observed, coordinate);
   const Eigen::Map<const Eigen::RowVector3d> by(byTarget.val);
-  const auto at = static_cast<Index>(3 * place);
+  const auto at = static_cast<Index>(3 * observed.place);
   const Index terms = sheet_.terms.Count();
   if (terms > 0) row.segment(layout_.sheet, terms).noalias() = by * sheet_.terms.columns.middleRows<3>(at);
   if (sheet_.HasOwnBends()) {

@@ -16,7 +16,9 @@ using JacobianRow = Eigen::Ref<Eigen::RowVectorXd>;
 /// A point of the target as one of the cameras sees it.
 struct ObservedPoint {
   const cv::Point3d& point;
+  size_t place;                 ///< which point of the target it is
   const cv::Matx33d& rotation;  ///< of the target before the camera
+  const cv::Vec3d& inCamera;    ///< the point in the camera's frame
   size_t camera;
   /// Where the pixel stands in the image, from top to bottom, over the focal length from its middle.
   double row;
@@ -53,7 +55,7 @@ class ViewJacobian {
  private:
   using RowMatrix = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
 
-  void FillRow(const ObservedPoint& observed, size_t place, const Coordinate& coordinate,
+  void FillRow(const ObservedPoint& observed, const Coordinate& coordinate,
                const RigidTransform& rigFromTarget, JacobianRow row) const;
   void AddWhatIsKnown(const cv::Vec3d& bend, Eigen::MatrixXd& products) const;
 

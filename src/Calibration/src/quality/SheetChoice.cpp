@@ -1,0 +1,100 @@
+/// Chooses which shape a sheet is taken to have.
+#include "quality/SheetChoice.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <utility>
+
+#include "quality/ProjectionUncertainty.h"
+#include "solver/Covariance.h"
+#include "solver/PoseGroups.h"
+#include "solver/SheetCalibration.h"
+#include "solver/Target.h"
+
+namespace velmora {
+
+namespace {
+
+using solver::SheetRung;
+
+/// The standard deviation of a jackknife's deviation is about a share of this over the root of the poses.
+constexpr double CHANCE = 0.85;
+
+/// What is known of projections where there are data, all cameras together; infinite when nothing is.
+double DeviationOf(const Solution& solution) {
+  const Eigen::MatrixXd formal = solver::SharedCovariance(solution);
+  const Eigen::MatrixXd jackknife = solver::JackknifeCovariance(solution);
+  if (formal.size() == 0 || jackknife.size() == 0) return std::numeric_limits<double>::infinity();
+  const Layout layout = LayoutOf(solution);
+  double squares = 0.0;
+  for (size_t i = 0; i < solution.rig.cameras.size(); ++i) {
+    const Camera& camera = solution.rig.cameras[i];
+    const ProjectionUncertainty uncertainty(camera.intrinsics, camera.imageSize,
+                                            DataAreaOf(solution.views, i));
+    const auto in = [&](const Eigen::MatrixXd& covariance) {
+      return uncertainty.InArea(solver::IntrinsicsCovariance(covariance, layout.cameras[i]));
+    };
+    squares += std::pow(std::max(in(formal), in(jackknife)), 2);
+  }
+  return std::sqrt(squares);
+}
+
+bool IsAsked(const SheetRung& rung, SheetShape shape) {
+  switch (shape) {
+    case SheetShape::Flat:
+      return rung.level == SheetLevel::Flat && !rung.ownBends;
+    case SheetShape::Bent:
+      return rung.level == SheetLevel::Bent || rung.level == SheetLevel::BentProportions;
+    case SheetShape::Free:
+      return rung.level >= SheetLevel::FreePoints;
+    case SheetShape::Auto:
+      break;
+  }
+  return true;
+}
+
+SheetLevel MostOf(SheetShape shape) {
+  if (shape == SheetShape::Flat) return SheetLevel::Flat;
+  return shape == SheetShape::Bent ? SheetLevel::BentProportions : SheetLevel::FreePointsProportions;
+}
+
+}  // namespace
+
+size_t ChooseRung(const std::vector<SheetRung>& rungs, SheetShape shape) {
+  size_t best = rungs.size();
+  for (size_t i = 0; i < rungs.size(); ++i) {
+    if (!IsAsked(rungs[i], shape)) continue;
+    if (best == rungs.size() || rungs[i].criterion < rungs[best].criterion) best = i;
+  }
+  if (best == rungs.size() || best == 0) return 0;
+  const Solution& solution = rungs[best].solution;
+  const auto poses =
+      static_cast<double>(solver::CountOfGroups(solver::GroupsOf(solution.views, solution.rig)));
+  double least = DeviationOf(solution) * (1.0 - CHANCE / std::sqrt(poses));
+  for (const size_t i : solver::AllowedOf(rungs)) {
+    if (rungs[i].level == SheetLevel::Flat || !IsAsked(rungs[i], shape)) continue;
+    const double deviation = DeviationOf(rungs[i].solution);
+    if (!(deviation < least)) continue;
+    least = deviation;
+    best = i;
+  }
+  return best;
+}
+
+SparseResult SolveIntrinsicsWithSheet(const std::vector<std::vector<cv::Point3d>>& objectPoints,
+                                      const std::vector<std::vector<cv::Point2d>>& imagePoints,
+                                      const cv::Size& imageSize, int model, const SparseOptions& options) {
+  SparseResult flat = SolveIntrinsicsSparsely(objectPoints, imagePoints, imageSize, model, options);
+  if (options.sheet == SheetShape::Flat) return flat;
+  const solver::Target target = solver::TargetOf(objectPoints, imagePoints);
+  const solver::BundleOptions bundle = solver::BundleOptionsOf(options, target, model);
+  const solver::SheetShapes shapes =
+      solver::ShapesOf(target.views, *flat.solution, MostOf(options.sheet), bundle);
+  const size_t chosen = ChooseRung(shapes.rungs, options.sheet);
+  if (chosen == 0) return flat;
+  return solver::SparseResultOf(solver::Finished(shapes, chosen, bundle), target, bundle.progress);
+}
+
+}  // namespace velmora
