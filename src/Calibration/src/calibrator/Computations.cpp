@@ -178,7 +178,9 @@ ModelChoice Computations::ChooseModel() const {
   SolverSettings settings = choice_.Current();
   settings.robust = settings.robust && settings.IsSparse();
   const ObservedPoints seen = ObservedIn(*now.snapshots);
-  return CompareModels(seen.target, seen.cameras.front(), imageSize_, OptionsOf(settings));
+  SparseOptions options = OptionsOf(settings);
+  options.sheet = settings.UsedSheetShape();
+  return CompareModels(seen.target, seen.cameras.front(), imageSize_, options);
 }
 
 CalibrationVerdict Computations::AssessCamera() const {

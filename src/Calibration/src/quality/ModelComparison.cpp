@@ -10,8 +10,10 @@
 
 #include "model/LensModel.h"
 #include "quality/OmittedEffects.h"
+#include "quality/SheetChoice.h"
 #include "solver/CameraCalibration.h"
 #include "solver/PoseGroups.h"
+#include "solver/SheetLadder.h"
 #include "solver/Target.h"
 #include "solver/WeakPrior.h"
 
@@ -35,7 +37,8 @@ double CostOfFold(const Solution& solution, const solver::BundleOptions& options
   }
   const Solution camera = solver::SolveAgain(fitted, fitted.views, options);
   if (!camera.usable) return std::numeric_limits<double>::infinity();
-  const Solution poses = solver::SolvePoses(camera.rig, std::move(heldOut));
+  const Solution poses =
+      solver::SolvePoses(camera.rig, std::move(heldOut), solver::HeldShapeOf(camera.sheet));
   return poses.usable ? poses.cost : std::numeric_limits<double>::infinity();
 }
 
@@ -78,22 +81,21 @@ solver::Selection WithoutFaultOfSheet(solver::Selection selection, const cv::Siz
   return selection;
 }
 
-Candidate CandidateOf(const solver::Selection& selection, const cv::Size& imageSize,
-                      const solver::BundleOptions& options, int model) {
-  const Solution solution = Solved(selection, imageSize, options);
+Candidate CandidateOf(const Solution& solution, const solver::BundleOptions& options, int model) {
   // Views of like poses repeat each other's errors, and count as one.
   const auto views = static_cast<double>(solution.views.size());
   const auto poses =
       static_cast<double>(solver::CountOfGroups(solver::GroupsOf(solution.views, solution.rig)));
   const double numbers = 2.0 * CountOf(solution.views) * poses / views;
-  const double unknowns = options.parameters + POSE_PARAMETERS * poses;
+  const double unknowns = options.parameters + solution.sheet.counted + POSE_PARAMETERS * poses;
   Candidate candidate;
   candidate.model = model;
   candidate.rms = RmsOf(solution);
   candidate.criterion =
       numbers * std::log(solution.cost * poses / views / numbers) + unknowns * std::log(numbers);
   candidate.unseen = HeldOutRms(solution, options);
-  candidate.poleFree = solver::IsFreeOfPoles(solution.rig.cameras.front().intrinsics, imageSize);
+  const Camera& camera = solution.rig.cameras.front();
+  candidate.poleFree = solver::IsFreeOfPoles(camera.intrinsics, camera.imageSize);
   return candidate;
 }
 
@@ -121,6 +123,27 @@ std::string FaultOf(const Candidate& larger, const Candidate& smaller) {
     return "it predicts views kept out of the fit less well (" + Against(larger.unseen, smaller.unseen) + ")";
   }
   return {};
+}
+
+/// Each model with a sheet that is as free as the classic one asks for.
+std::vector<Candidate> CandidatesWithShape(const std::vector<std::vector<cv::Point3d>>& objectPoints,
+                                           const std::vector<std::vector<cv::Point2d>>& imagePoints,
+                                           const cv::Size& imageSize, const SparseOptions& options) {
+  const auto& models = LensModels();
+  const SparseResult classic =
+      SolveIntrinsicsWithSheet(objectPoints, imagePoints, imageSize, models.front().number, options);
+  if (classic.solution->sheet.IsFlat()) return {};
+  solver::BundleOptions bundle;
+  bundle.threads = std::max(options.threads, 1);
+  std::vector<Candidate> candidates;
+  for (const LensModel& model : models) {
+    bundle.parameters = model.parameters;
+    Solution solution = solver::SolveLargerModels(*classic.solution, bundle);
+    if (!solution.usable) continue;
+    solution.sheet.counted = classic.solution->sheet.counted;
+    candidates.push_back(CandidateOf(solution, bundle, model.number));
+  }
+  return candidates;
 }
 
 }  // namespace
@@ -153,6 +176,10 @@ ModelChoice ChooseAmong(const std::vector<Candidate>& candidates) {
 ModelChoice CompareModels(const std::vector<std::vector<cv::Point3d>>& objectPoints,
                           const std::vector<std::vector<cv::Point2d>>& imagePoints, const cv::Size& imageSize,
                           const SparseOptions& options) {
+  if (options.sheet != SheetShape::Flat) {
+    const auto shaped = CandidatesWithShape(objectPoints, imagePoints, imageSize, options);
+    if (!shaped.empty()) return ChooseAmong(shaped);
+  }
   const solver::Target target = solver::TargetOf(objectPoints, imagePoints);
   solver::BundleOptions bundle;
   bundle.threads = std::max(options.threads, 1);
@@ -164,7 +191,7 @@ ModelChoice CompareModels(const std::vector<std::vector<cv::Point3d>>& objectPoi
   for (const LensModel& model : LensModels()) {
     bundle.parameters = model.parameters;
     const solver::Selection own = faulty ? WithoutFaultOfSheet(selection, imageSize, bundle) : selection;
-    candidates.push_back(CandidateOf(own, imageSize, bundle, model.number));
+    candidates.push_back(CandidateOf(Solved(own, imageSize, bundle), bundle, model.number));
   }
   return ChooseAmong(candidates);
 }

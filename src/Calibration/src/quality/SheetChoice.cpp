@@ -7,6 +7,7 @@
 #include <memory>
 #include <utility>
 
+#include "model/LensModel.h"
 #include "quality/ProjectionUncertainty.h"
 #include "solver/Covariance.h"
 #include "solver/PoseGroups.h"
@@ -21,6 +22,8 @@ using solver::SheetRung;
 
 /// The standard deviation of a jackknife's deviation is about a share of this over the root of the poses.
 constexpr double CHANCE = 0.85;
+/// A result with so much more noise than another one of the same views is not of the same minimum.
+constexpr double ASTRAY = 2.0;
 
 /// What is known of projections where there are data, all cameras together; infinite when nothing is.
 double DeviationOf(const Solution& solution) {
@@ -60,6 +63,26 @@ SheetLevel MostOf(SheetShape shape) {
   return shape == SheetShape::Bent ? SheetLevel::BentProportions : SheetLevel::FreePointsProportions;
 }
 
+/// The result with the shape that is best, which may be that it has.
+SparseResult ShapedFrom(const SparseResult& flat, const solver::Target& target, SheetShape shape,
+                        const solver::BundleOptions& options) {
+  const solver::SheetShapes shapes = solver::ShapesOf(target.views, *flat.solution, MostOf(shape), options);
+  const size_t chosen = ChooseRung(shapes.rungs, shape);
+  if (chosen == 0) return flat;
+  return solver::SparseResultOf(solver::Finished(shapes, chosen, options), target, options.progress);
+}
+
+/// The larger model of the lens, of the views and with the freedom of the sheet that the classic one has.
+Solution EnlargedLens(const Solution& classic, const solver::BundleOptions& options) {
+  const Solution larger = solver::SolveLargerModels(classic, options);
+  if (!larger.usable) return larger;
+  Solution settled = solver::SolveShaped(
+      {larger.rig, larger.views, larger.estimated, larger.priors, larger.sheet}, options);
+  solver::CopySelection(classic, settled);
+  settled.flat = classic.flat;
+  return settled;
+}
+
 }  // namespace
 
 size_t ChooseRung(const std::vector<SheetRung>& rungs, SheetShape shape) {
@@ -90,11 +113,18 @@ SparseResult SolveIntrinsicsWithSheet(const std::vector<std::vector<cv::Point3d>
   if (options.sheet == SheetShape::Flat) return flat;
   const solver::Target target = solver::TargetOf(objectPoints, imagePoints);
   const solver::BundleOptions bundle = solver::BundleOptionsOf(options, target, model);
-  const solver::SheetShapes shapes =
-      solver::ShapesOf(target.views, *flat.solution, MostOf(options.sheet), bundle);
-  const size_t chosen = ChooseRung(shapes.rungs, options.sheet);
-  if (chosen == 0) return flat;
-  return solver::SparseResultOf(solver::Finished(shapes, chosen, bundle), target, bundle.progress);
+  SparseResult best = ShapedFrom(flat, target, options.sheet, bundle);
+  if (bundle.parameters == CLASSIC_PARAMETERS) return best;
+  // With a flat sheet a larger model may have led far from the lens, where no shape leads back from.
+  solver::BundleOptions classic = bundle;
+  classic.parameters = CLASSIC_PARAMETERS;
+  const SparseResult smaller = ShapedFrom(
+      SolveIntrinsicsSparsely(objectPoints, imagePoints, imageSize, LensModels().front().number, options),
+      target, options.sheet, classic);
+  if (smaller.solution->sheet.IsFlat()) return best;
+  Solution enlarged = EnlargedLens(*smaller.solution, bundle);
+  if (!enlarged.usable || !(NoiseVariance(enlarged) < NoiseVariance(*best.solution) / ASTRAY)) return best;
+  return solver::SparseResultOf(std::move(enlarged), target, bundle.progress);
 }
 
 }  // namespace velmora

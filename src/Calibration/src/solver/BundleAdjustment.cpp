@@ -148,7 +148,11 @@ class Enlargement {
 }  // namespace
 
 Solution SolveModels(const CalibrationProblem& start, const BundleOptions& options) {
-  Solution best = Solve(start, CLASSIC_PARAMETERS, options);
+  return SolveLargerModels(Solve(start, CLASSIC_PARAMETERS, options), options);
+}
+
+Solution SolveLargerModels(Solution classic, const BundleOptions& options) {
+  Solution best = std::move(classic);
   for (const int parameters : {RATIONAL_PARAMETERS, FULL_PARAMETERS}) {
     if (parameters > options.parameters || !best.usable || options.progress.IsGivenUp()) continue;
     best = Enlargement(best, parameters, options).Run();
@@ -173,8 +177,8 @@ Solution SolveAgain(const Solution& earlier, std::vector<TargetView> views, cons
   return Minimise(std::move(problem), SolveOptionsFrom(options));
 }
 
-Solution SolvePoses(const Rig& rig, std::vector<TargetView> views) {
-  return Minimise({rig, std::move(views), {false, false}, {}}, {});
+Solution SolvePoses(const Rig& rig, std::vector<TargetView> views, const Sheet& sheet) {
+  return Minimise({rig, std::move(views), {false, false}, {}, sheet}, {});
 }
 
 Solution Calibrate(const CalibrationProblem& start, const BundleOptions& options) {

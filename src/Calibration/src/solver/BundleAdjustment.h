@@ -23,14 +23,18 @@ struct BundleOptions {
 /// strengthened as far as it takes to have no pole of the distortion within the image.
 Solution SolveModels(const CalibrationProblem& start, const BundleOptions& options);
 
+/// The larger models from a solution of the classic one, whatever shape its sheet has.
+Solution SolveLargerModels(Solution classic, const BundleOptions& options);
+
 /// The model asked for at once, from a start whose intrinsics are nearly right.
 Solution SolveModel(CalibrationProblem start, const BundleOptions& options);
 
 /// Improves a solution of the same views, with its priors, after weights or pixels changed.
 Solution SolveAgain(const Solution& earlier, std::vector<TargetView> views, const BundleOptions& options);
 
-/// Moves the poses of the target alone, before a rig that stays as it is.
-Solution SolvePoses(const Rig& rig, std::vector<TargetView> views);
+/// Moves the poses of the target alone, before a rig that stays as it is, and what bends its sheet has of its
+/// own in each view.
+Solution SolvePoses(const Rig& rig, std::vector<TargetView> views, const Sheet& sheet = {});
 
 /// How a camera is calibrated: through the models, then, where the discs' radius is given, with pixels
 /// corrected for it.

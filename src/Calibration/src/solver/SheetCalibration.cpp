@@ -20,16 +20,6 @@ void Note(const Selection& selection, const Solution& flat, Solution& solution) 
   solution.robust = flat.robust;
 }
 
-/// What was selected, and from what, as of another solution of the same views.
-void CopySelection(const Solution& from, Solution& to) {
-  to.kept = from.kept;
-  to.rejected = from.rejected;
-  to.recounted = from.recounted;
-  to.robust = from.robust;
-  to.tooFewAgree = from.tooFewAgree;
-  to.discRadius = from.discRadius;
-}
-
 /// The views as they were before any were selected, counted as the solution counts them.
 std::vector<TargetView> Recounted(std::vector<TargetView> views, const Solution& solution) {
   for (const velmora::Recounted& image : solution.recounted) Reorder(image, views[image.view]);
@@ -72,6 +62,15 @@ Selection SelectedByShape(const std::vector<TargetView>& views, const Solution& 
 }
 
 }  // namespace
+
+void CopySelection(const Solution& from, Solution& to) {
+  to.kept = from.kept;
+  to.rejected = from.rejected;
+  to.recounted = from.recounted;
+  to.robust = from.robust;
+  to.tooFewAgree = from.tooFewAgree;
+  to.discRadius = from.discRadius;
+}
 
 SheetShapes ShapesOf(const std::vector<TargetView>& views, const Solution& flat, SheetLevel most,
                      const BundleOptions& options) {

@@ -22,4 +22,7 @@ SheetShapes ShapesOf(const std::vector<TargetView>& views, const Solution& flat,
 /// One of the shapes with all digits, its pixels corrected for the discs before the cameras that it gave.
 Solution Finished(const SheetShapes& shapes, size_t rung, const BundleOptions& options);
 
+/// Notes what was selected, and from what, as of another solution of the same views.
+void CopySelection(const Solution& from, Solution& to);
+
 }  // namespace velmora::solver
