@@ -1,16 +1,13 @@
 /// The table of real photographs: how far cameras from different views of one set disagree.
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
-#include <iostream>
 #include <memory>
-#include <opencv2/imgcodecs.hpp>
 
 #include "Calibrator.h"
 #include "LensError.h"
+#include "Photographs.h"
 #include "Seed.h"
 #include "Tables.h"
-#include "model/TargetGeometry.h"
 #include "quality/Assessment.h"
 
 using namespace velmora;
@@ -19,64 +16,20 @@ namespace accuracy {
 
 namespace {
 
-namespace fs = std::filesystem;
-
-/// Photographs of a sheet, as a camera saw it.
-struct Photographs {
-  cv::Size size;
-  std::vector<std::vector<cv::Point3d>> targets;  ///< the circles that are seen of each
-  Points views;
-};
-
-Photographs Read(const std::string& folder) {
-  Photographs all;
-  std::vector<fs::path> files;
-  for (const auto& entry : fs::directory_iterator(folder)) files.push_back(entry.path());
-  std::sort(files.begin(), files.end());
-  const std::vector<cv::Point3d> target = MakeObjectTemplate(GRID, UNIT);
-  std::unique_ptr<Calibrator> finder;
-  for (const fs::path& file : files) {
-    cv::Mat image = cv::imread(file.string(), cv::IMREAD_COLOR | cv::IMREAD_IGNORE_ORIENTATION);
-    if (image.empty() || (finder != nullptr && image.size() != all.size)) continue;
-    if (finder == nullptr) {
-      all.size = image.size();
-      finder = std::make_unique<Calibrator>(GRID, UNIT, Calibrator::MONOCULAR, image.cols, image.rows);
-      finder->SetFinder(Calibrator::FINDER_ROBUST);
-      finder->SetPartialGrids(true);
-    }
-    std::vector<cv::Point2d> points;
-    std::vector<double> weights;
-    if (!finder->DetectPartial(image, points, weights, false)) continue;
-    all.targets.emplace_back();
-    all.views.emplace_back();
-    for (std::size_t k = 0; k < points.size(); ++k) {
-      if (weights[k] == 0.0) continue;
-      all.targets.back().push_back(target[k]);
-      all.views.back().push_back(points[k]);
-    }
-  }
-  return all;
-}
-
 struct Half {
   SparseResult result;
   CalibrationVerdict verdict;
 };
 
 Half Calibrated(const Photographs& all, const std::vector<std::size_t>& chosen) {
-  std::vector<std::vector<cv::Point3d>> targets;
-  Points views;
-  for (const std::size_t i : chosen) {
-    targets.push_back(all.targets[i]);
-    views.push_back(all.views[i]);
-  }
+  const Photographs own = Chosen(all, chosen);
   SparseOptions options;
   options.robust = true;
   options.threads = 1;
   options.discRadius = 0.4 * static_cast<double>(UNIT);
   Half half;
-  half.result = SolveIntrinsicsSparsely(targets, views, all.size, Calibrator::MODEL_CLASSIC, options);
-  half.verdict = AssessIntrinsics(targets, views, all.size, half.result, options.discRadius);
+  half.result = SolveIntrinsicsSparsely(own.targets, own.views, all.size, Calibrator::MODEL_CLASSIC, options);
+  half.verdict = AssessIntrinsics(own.targets, own.views, all.size, half.result, options.discRadius);
   return half;
 }
 
@@ -88,12 +41,7 @@ struct Disagreement {
 };
 
 Disagreement Compared(const Photographs& all, std::size_t each, std::uint64_t seed) {
-  std::vector<std::size_t> order(all.views.size());
-  for (std::size_t i = 0; i < order.size(); ++i) order[i] = i;
-  cv::RNG random(world::MixSeeds(seed, each));
-  for (std::size_t i = order.size(); i > 1; --i) {
-    std::swap(order[i - 1], order[static_cast<std::size_t>(random.uniform(0, static_cast<int>(i)))]);
-  }
+  const std::vector<std::size_t> order = Shuffled(all.views.size(), world::MixSeeds(seed, each));
   const auto at = [&](std::size_t place) { return order.begin() + static_cast<std::ptrdiff_t>(place); };
   const Half a = Calibrated(all, {at(0), at(each)});
   const Half b = Calibrated(all, {at(each), at(2 * each)});
@@ -145,16 +93,11 @@ Table RealTable(const Effort& effort) {
       "hand-held sheet, classic model: how far they are apart where any view was (median and ninth "
       "decile), and how far the verdicts let expect. In pixels of a coordinate.",
       {}};
-  const std::string folder = VELMORA_SHARED_DATA;
-  for (const char* const name :
-       {"office-4x11", "endoscope-stereo-4x11/left", "endoscope-stereo-4x11/right"}) {
-    if (!fs::is_directory(folder + "/" + name)) {
-      std::cerr << "skipped: the photographs " << name << " are not at hand\n";
-      continue;
-    }
-    const Photographs all = Read(folder + "/" + name);
+  for (const char* const name : PHOTOGRAPHS) {
+    const std::unique_ptr<Photographs> all = PhotographsAtHand(name);
+    if (all == nullptr) continue;
     for (const std::size_t each : {3U, 4U, 5U, 7U}) {
-      if (2 * each <= all.views.size()) table.rows.push_back(RowOf(name, all, each, effort.Of(60)));
+      if (2 * each <= all->views.size()) table.rows.push_back(RowOf(name, *all, each, effort.Of(60)));
     }
   }
   return table;

@@ -32,6 +32,9 @@ Table ImagesTable(const Effort& effort);
 Table PartsTable(const Effort& effort);
 /// Photographs that are not part of the project; without rows where they are not at hand.
 Table RealTable(const Effort& effort);
+// Sheets that are bent or badly printed: made ones, and those of the photographs.
+Table SheetsTable(const Effort& effort);
+Table HalvesTable(const Effort& effort);
 
 struct NamedTable {
   const char* name;

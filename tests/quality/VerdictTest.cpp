@@ -43,6 +43,38 @@ TEST(Verdict, ExpectsTheLargerDeviationAndWhatIsNoNoise) {
   EXPECT_DOUBLE_EQ(verdict.ExpectedInData(), 1.5);
 }
 
+CalibrationVerdict::Sheet MeasuredSheet() {
+  CalibrationVerdict::Sheet sheet;
+  sheet.model = "free";
+  sheet.points = {{0.0, 0.0, 0.001}, {0.02, 0.01, -0.001}};
+  sheet.bend = 0.002;
+  sheet.bendDeviation = 0.0001;
+  sheet.stretch = -0.01;
+  sheet.skew = 0.003;
+  sheet.misprint = 0.00008;
+  sheet.bendChanges = 0.0003;
+  sheet.bends = {{0.0001, 0.0002, -0.0003}};
+  sheet.parameters = 12.5;
+  sheet.flatRms = 0.4;
+  sheet.shift = 3.25;
+  return sheet;
+}
+
+TEST(Verdict, HasTheSheetInItsJsonWhereItWasMeasured) {
+  CalibrationVerdict verdict;
+  EXPECT_FALSE(nlohmann::json::parse(verdict.ToJson()).contains("sheet"));
+  EXPECT_TRUE(CalibrationVerdict::FromJson(verdict.ToJson()).sheet.points.empty());
+  verdict.sheet = MeasuredSheet();
+  const auto text = nlohmann::json::parse(verdict.ToJson());
+  EXPECT_EQ(text.at("sheet"), nlohmann::json::parse(R"({
+    "model": "free", "points": [[0.0, 0.0, 0.001], [0.02, 0.01, -0.001]], "bend": 0.002, "bendDeviation": 0.0001,
+    "stretch": -0.01, "skew": 0.003, "misprint": 0.00008, "bendChanges": 0.0003,
+    "bends": [[0.0001, 0.0002, -0.0003]], "parameters": 12.5, "flatRms": 0.4, "shift": 3.25})"));
+  const CalibrationVerdict again = CalibrationVerdict::FromJson(verdict.ToJson());
+  EXPECT_EQ(again.ToJson(), verdict.ToJson());
+  EXPECT_EQ(again.sheet.points, verdict.sheet.points);
+}
+
 TEST(Verdict, HasAllItsNumbersInItsJson) {
   CalibrationVerdict verdict;
   verdict.views = 7;

@@ -1,0 +1,201 @@
+/// Which shape is taken for sheets that are flat, bent, or anything else.
+#include "quality/SheetChoice.h"
+
+#include <gtest/gtest.h>
+
+#include "Calibrator.h"
+#include "LensError.h"
+#include "quality/Assessment.h"
+#include "solver/ShapedViews.h"
+#include "solver/WideViews.h"
+
+using namespace velmora;
+using unit::ShapedSheet;
+
+namespace {
+
+constexpr int CLASSIC = Calibrator::MODEL_CLASSIC;
+constexpr int RATIONAL = Calibrator::MODEL_RATIONAL;
+
+unit::PointLists Views(const ShapedSheet& sheet, std::uint64_t seed, int count = 15, double noise = 0.1) {
+  return unit::ViewsOf(sheet, unit::DistortedCamera(), count, noise, seed);
+}
+
+SparseResult Solved(const unit::PointLists& views, SheetShape shape, bool robust = false, int model = CLASSIC) {
+  SparseOptions options;
+  options.sheet = shape;
+  options.robust = robust;
+  return SolveIntrinsicsWithSheet(unit::Targets(views), views, unit::FRAME, model, options);
+}
+
+double ErrorOf(const SparseResult& result, const unit::PointLists& views) {
+  return unit::TrueErrorOf(result, unit::DistortedCamera(), views);
+}
+
+ShapedSheet BentSheet() {
+  ShapedSheet sheet;
+  sheet.bend = {0.0003, -0.0002, 0.0008};
+  return sheet;
+}
+
+TEST(SheetChoice, TakesAFlatSheetForFlat) {
+  const unit::PointLists views = Views({}, 1);
+  const SparseResult automatic = Solved(views, SheetShape::Auto);
+  const SparseResult flat = Solved(views, SheetShape::Flat);
+  EXPECT_TRUE(automatic.solution->sheet.IsFlat());
+  EXPECT_EQ(automatic.rms, flat.rms);
+  EXPECT_EQ(cv::countNonZero(automatic.K != flat.K), 0);
+}
+
+TEST(SheetChoice, TakesTheBendOfABentOne) {
+  const unit::PointLists views = Views(BentSheet(), 2);
+  const SparseResult bent = Solved(views, SheetShape::Auto);
+  EXPECT_EQ(bent.solution->sheet.level, SheetLevel::Bent);
+  EXPECT_LT(ErrorOf(bent, views), 0.25 * ErrorOf(Solved(views, SheetShape::Flat), views));
+  ASSERT_NE(bent.solution->flat, nullptr);
+  EXPECT_GT(RmsOf(*bent.solution->flat), bent.rms);
+}
+
+TEST(SheetChoice, KeepsToTheShapesThatAreAskedFor) {
+  const unit::PointLists views = Views({}, 3);
+  EXPECT_EQ(Solved(views, SheetShape::Bent).solution->sheet.level, SheetLevel::Bent);
+  EXPECT_TRUE(HasFreePoints(Solved(views, SheetShape::Free).solution->sheet.level));
+  ShapedSheet printed;
+  printed.misprint = 0.0002;
+  const unit::PointLists misprinted = Views(printed, 3);
+  EXPECT_TRUE(HasFreePoints(Solved(misprinted, SheetShape::Auto).solution->sheet.level));
+  EXPECT_FALSE(HasFreePoints(Solved(misprinted, SheetShape::Bent).solution->sheet.level));
+}
+
+TEST(SheetChoice, BringsBackWhatAFlatSheetMadeOutliersOfAndKeepsOthersOut) {
+  ShapedSheet sheet;
+  sheet.bend = {0.0, 0.001, 0.003};
+  unit::PointLists views = Views(sheet, 4, 15, 0.05);
+  for (size_t i = 0; i < 6; ++i) views[i][7 * i] += cv::Point2d(4.0, -3.0);
+  const SparseResult flat = Solved(views, SheetShape::Flat, true);
+  const SparseResult bent = Solved(views, SheetShape::Auto, true);
+  ASSERT_FALSE(bent.solution->sheet.IsFlat());
+  EXPECT_NEAR(std::sqrt(NoiseVariance(*bent.solution)), 0.05, 0.005);
+  // The six, and hardly any of the others.
+  for (size_t i = 0; i < 6; ++i) {
+    EXPECT_TRUE(std::any_of(bent.rejected.begin(), bent.rejected.end(), [i](const Rejected& rejected) {
+      return rejected.view == i && rejected.point == static_cast<int>(7 * i);
+    })) << i;
+  }
+  EXPECT_LE(bent.rejected.size(), 8U);
+  EXPECT_LT(ErrorOf(bent, views), 0.2 * ErrorOf(flat, views));
+}
+
+TEST(SheetChoice, GoesByTheClassicModelWhereALargerOneWentAstray) {
+  const unit::PointLists views = Views(BentSheet(), 5);
+  const SparseResult rational = Solved(views, SheetShape::Auto, false, RATIONAL);
+  EXPECT_FALSE(rational.solution->sheet.IsFlat());
+  EXPECT_EQ(rational.solution->rig.cameras.front().intrinsics.estimated, RATIONAL_PARAMETERS);
+  EXPECT_LT(ErrorOf(rational, views), 0.2);
+}
+
+TEST(SheetChoice, OfTwoViewsOfTwoTargetsIsFlat) {
+  unit::PointLists views = Views(BentSheet(), 6);
+  auto targets = unit::Targets(views);
+  for (cv::Point3d& point : targets.back()) point.x *= 1.01;
+  SparseOptions options;
+  options.sheet = SheetShape::Auto;
+  const SparseResult result = SolveIntrinsicsWithSheet(targets, views, unit::FRAME, CLASSIC, options);
+  EXPECT_TRUE(result.solution->sheet.IsFlat());
+}
+
+TEST(SheetChoice, IsGivenUpAsOtherComputationsAre) {
+  const unit::PointLists views = Views(BentSheet(), 7);
+  SparseOptions options;
+  options.sheet = SheetShape::Auto;
+  int told = 0;
+  options.progress = [&](int, double) { return ++told < 40; };
+  EXPECT_THROW(SolveIntrinsicsWithSheet(unit::Targets(views), views, unit::FRAME, CLASSIC, options),
+               cv::Exception);
+  EXPECT_EQ(told, 40);
+}
+
+CalibrationVerdict VerdictOn(const unit::PointLists& views, const SparseResult& result) {
+  return AssessIntrinsics(unit::Targets(views), views, unit::FRAME, result);
+}
+
+std::string TextOf(const CalibrationVerdict& verdict) {
+  std::string text;
+  for (const auto& remark : verdict.remarks) text += remark.reason + " " + remark.advice + "\n";
+  return text;
+}
+
+TEST(VerdictOnShapes, TellsTheBendThatIsInTheResult) {
+  ShapedSheet sheet;
+  sheet.bend = {0.0, 0.0, 0.001};
+  const unit::PointLists views = Views(sheet, 8, 20);
+  const CalibrationVerdict verdict = VerdictOn(views, Solved(views, SheetShape::Auto));
+  EXPECT_EQ(verdict.grade, CalibrationVerdict::Grade::Good) << verdict.ToJson();
+  EXPECT_NE(TextOf(verdict).find("The sheet is bent by 1.0 mm. This is taken into account; projections would be "
+                                 "off by "),
+            std::string::npos)
+      << TextOf(verdict);
+  EXPECT_EQ(verdict.sheetBend, 0.0) << "it moves nothing any more";
+  EXPECT_EQ(verdict.systematicInData, 0.0);
+  EXPECT_EQ(verdict.sheet.model, "bent");
+  ASSERT_EQ(verdict.sheet.points.size(), 44U);
+  EXPECT_NEAR(verdict.sheet.bend, 0.001, 3.0 * verdict.sheet.bendDeviation);
+  EXPECT_LT(verdict.sheet.bendDeviation, 0.0002);
+  EXPECT_GT(verdict.sheet.shift, 1.0);
+  EXPECT_GT(verdict.sheet.flatRms, 0.15);
+  // The frame is the grid's own.
+  EXPECT_NEAR(verdict.sheet.points.front().x, 0.0, 0.001);
+  EXPECT_NEAR(verdict.sheet.points.back().y, 0.2, 0.001);
+}
+
+TEST(VerdictOnShapes, TellsWhatIsWrongWithThePrint) {
+  ShapedSheet sheet;
+  sheet.stretch = -0.01;
+  sheet.misprint = 0.0001;
+  const unit::PointLists views = Views(sheet, 9, 20, 0.05);
+  const CalibrationVerdict verdict = VerdictOn(views, Solved(views, SheetShape::Auto));
+  EXPECT_NE(TextOf(verdict).find("The print is 1.0 % short along its columns. Measure it"), std::string::npos)
+      << TextOf(verdict);
+  EXPECT_NE(TextOf(verdict).find("The dots are off their places by 0.1"), std::string::npos) << TextOf(verdict);
+  EXPECT_EQ(verdict.sheet.model, "free");
+  EXPECT_NEAR(verdict.sheet.stretch, -0.01, 0.002);
+  EXPECT_NEAR(verdict.sheet.misprint, std::sqrt(2.0) * 0.0001, 0.00004);
+}
+
+TEST(VerdictOnShapes, TellsThatTheBendChanges) {
+  ShapedSheet sheet;
+  sheet.changing = 0.0005;
+  const unit::PointLists views = Views(sheet, 10, 20);
+  const CalibrationVerdict verdict = VerdictOn(views, Solved(views, SheetShape::Auto));
+  EXPECT_NE(TextOf(verdict).find("The sheet's bend changes from view to view by 0."), std::string::npos)
+      << TextOf(verdict);
+  EXPECT_EQ(verdict.sheet.bends.size(), views.size());
+  EXPECT_GT(verdict.sheet.bendChanges, 0.0001);
+}
+
+TEST(VerdictOnShapes, OfAFlatSheetSaysNothingOfIt) {
+  const unit::PointLists views = Views({}, 11, 20);
+  const CalibrationVerdict verdict = VerdictOn(views, Solved(views, SheetShape::Auto));
+  EXPECT_TRUE(verdict.sheet.points.empty());
+  EXPECT_EQ(verdict.ToJson().find("\"sheet\""), std::string::npos);
+  EXPECT_EQ(TextOf(verdict).find("sheet is bent"), std::string::npos);
+}
+
+TEST(VerdictOnShapes, HasDeviationsThatCountTheShape) {
+  // About as large as the true errors, over many sets.
+  ShapedSheet sheet = BentSheet();
+  sheet.changing = 0.0002;
+  double told = 0.0;
+  double truth = 0.0;
+  for (std::uint64_t seed = 1; seed <= 12; ++seed) {
+    const unit::PointLists views = Views(sheet, seed, 15);
+    const SparseResult result = Solved(views, SheetShape::Auto);
+    const CalibrationVerdict verdict = VerdictOn(views, result);
+    told += std::pow(std::max(verdict.deviationInData, verdict.jackknifeInData), 2);
+    truth += std::pow(ErrorOf(result, views), 2);
+  }
+  EXPECT_GT(std::sqrt(told / truth), 0.7);
+  EXPECT_LT(std::sqrt(told / truth), 1.7);
+}
+
+}  // namespace
