@@ -25,6 +25,7 @@ velmora::RigOptions OptionsFrom(const Arguments& arguments, const std::vector<Ca
   velmora::RigOptions options;
   options.model = arguments.model;
   options.discRadius = common::DiscRadius(arguments, UnitOf(arguments));
+  options.sheetShape = arguments.sheet;
   for (const CameraFile& file : intrinsics) options.intrinsics.push_back({file.K, file.D});
   return options;
 }

@@ -94,6 +94,7 @@ json Object(const velmora::RigVerdict& verdict, const std::vector<std::string>& 
   for (const auto& item : verdict.disagreements) {
     object["disagreements"].push_back({{"view", item.view}, {"factor", item.factor}});
   }
+  if (!verdict.sheet.points.empty()) object["sheet"] = json::parse(verdict.sheet.ToJson());
   for (const auto& camera : verdict.cameras) object["cameras"].push_back(CameraVerdict(camera));
   return object;
 }

@@ -10,6 +10,7 @@
 #include "Calibrator.h"
 #include "Shots.h"
 #include "model/TargetGeometry.h"
+#include "solver/ShapedViews.h"
 #include "unit/Collection.h"
 
 namespace {
@@ -253,6 +254,41 @@ TEST(RigCalibration, PutsTheTargetWhereItWas) {
                       result.cameras[0].D, pixels);
     for (size_t k = 0; k < pixels.size(); ++k) EXPECT_LT(cv::norm(pixels[k] - observed[k]), 0.01);
   }
+}
+
+RigRecords RecordsOfBentSheet(const world::Rig& rig) {
+  unit::ShapedSheet sheet;
+  sheet.bend = {0.0, 0.0005, 0.001};
+  const auto views = unit::RigViewsOf(sheet, rig, 14, NOISE, 2);
+  RigRecords records;
+  records.imagePoints.assign(views.begin(), views.end());
+  records.objectPoints = unit::Targets(views[0]);
+  for (const world::RigCamera& camera : rig.cameras) records.imageSizes.push_back(camera.size);
+  return records;
+}
+
+TEST(RigCalibration, TakesTheShapeOfTheSheetThatIsAllowed) {
+  const world::Rig rig = world::RowRig(Single(), 3, 0.06);
+  const RigRecords records = RecordsOfBentSheet(rig);
+  RigOptions options;
+  options.model = Calibrator::MODEL_CLASSIC;
+  const RigResult flat = velmora::CalibrateRig(records, options);
+  EXPECT_TRUE(flat.verdict.sheet.points.empty());
+  options.sheetShape = Calibrator::SHEET_AUTO;
+  const RigResult bent = velmora::CalibrateRig(records, options);
+  EXPECT_EQ(bent.verdict.sheet.model, "bent");
+  EXPECT_NEAR(bent.verdict.sheet.bend, 0.00125, 0.0005);
+  EXPECT_LT(bent.rms, 0.16);
+  EXPECT_GT(flat.rms, 1.5 * bent.rms);
+  ExpectTruth(bent, rig, 0.15, 0.001);
+  EXPECT_NEAR(bent.verdict.sheet.points.back().y, 0.2, 0.001) << "in the frame of the grid";
+  const auto tells = [](const RigResult& result) {
+    return std::any_of(result.verdict.remarks.begin(), result.verdict.remarks.end(), [](const auto& remark) {
+      return remark.reason.find("This is taken into account; rotations would be off by") != std::string::npos;
+    });
+  };
+  EXPECT_TRUE(tells(bent));
+  EXPECT_FALSE(tells(flat));
 }
 
 }  // namespace

@@ -3,6 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
+#include <opencv2/calib3d.hpp>
+#include <string>
+
 #include "Calibrator.h"
 #include "LensError.h"
 #include "quality/Assessment.h"
@@ -113,6 +118,62 @@ TEST(SheetChoice, IsGivenUpAsOtherComputationsAre) {
   EXPECT_THROW(SolveIntrinsicsWithSheet(unit::Targets(views), views, unit::FRAME, CLASSIC, options),
                cv::Exception);
   EXPECT_EQ(told, 40);
+}
+
+/// How far the right camera is from where it should be, as deviations are told.
+double TurnOf(const ExtrinsicsResult& result, const world::Rig& truth) {
+  cv::Vec3d turn;
+  cv::Rodrigues(cv::Matx33d(result.R) * truth.cameras[1].R.t(), turn);
+  return cv::norm(turn) * 180.0 / CV_PI;
+}
+
+StereoIntrinsics TrueLenses(const world::Rig& rig) {
+  const auto coefficients = [](const world::Lens& lens) {
+    cv::Mat D = cv::Mat::zeros(1, 14, CV_64F);
+    for (size_t i = 0; i < lens.D().size(); ++i) D.at<double>(static_cast<int>(i)) = lens.D()[i];
+    return D;
+  };
+  return {cv::Mat(rig.cameras[0].lens.K()).clone(), coefficients(rig.cameras[0].lens),
+          cv::Mat(rig.cameras[1].lens.K()).clone(), coefficients(rig.cameras[1].lens)};
+}
+
+TEST(SheetChoice, OfAPairIsOneShapeForBothCameras) {
+  ShapedSheet sheet;
+  sheet.bend = {0.0, 0.001, 0.002};
+  const world::Rig rig = unit::RowOf(2);
+  const auto views = unit::RigViewsOf(sheet, rig, 12, 0.1, 3);
+  const auto targets = unit::Targets(views[0]);
+  const StereoIntrinsics lenses = TrueLenses(rig);
+  const SparsePairOptions options;
+  const ExtrinsicsResult flat =
+      SolveExtrinsicsSparsely(targets, views[0], views[1], lenses, CLASSIC, options);
+  const solver::Target target = solver::PairTargetOf(targets, views[0], views[1]);
+  const ExtrinsicsResult held = PairWithShape(flat, target, lenses, CLASSIC, SheetShape::Auto, options);
+  ASSERT_FALSE(held.solution->sheet.IsFlat());
+  EXPECT_NEAR(std::sqrt(NoiseVariance(*held.solution)), 0.1, 0.01);
+  EXPECT_LT(held.rms, 0.5 * flat.rms);
+  EXPECT_LT(TurnOf(held, rig), 0.5 * TurnOf(flat, rig));
+  const ExtrinsicsResult refined = PairWithShape(
+      RefinePairSparsely(targets, views[0], views[1], lenses, unit::FRAME, CLASSIC, options), target, lenses,
+      CLASSIC, SheetShape::Auto, options);
+  ASSERT_FALSE(refined.solution->sheet.IsFlat());
+  EXPECT_TRUE(refined.solution->estimated.intrinsics);
+  EXPECT_LT(TurnOf(refined, rig), 0.2);
+  EXPECT_NEAR(refined.refined.K.at<double>(0, 0), rig.cameras[0].lens.K()(0, 0),
+              0.01 * rig.cameras[0].lens.K()(0, 0));
+}
+
+TEST(SheetChoice, OfAPairBeforeAFlatSheetIsFlat) {
+  const world::Rig rig = unit::RowOf(2);
+  const auto views = unit::RigViewsOf({}, rig, 12, 0.1, 4);
+  const auto targets = unit::Targets(views[0]);
+  const StereoIntrinsics lenses = TrueLenses(rig);
+  const ExtrinsicsResult flat = SolveExtrinsicsSparsely(targets, views[0], views[1], lenses, CLASSIC);
+  const ExtrinsicsResult result =
+      PairWithShape(flat, solver::PairTargetOf(targets, views[0], views[1]), lenses, CLASSIC,
+                    SheetShape::Auto, SparsePairOptions());
+  EXPECT_TRUE(result.solution->sheet.IsFlat());
+  EXPECT_EQ(result.rms, flat.rms);
 }
 
 CalibrationVerdict VerdictOn(const unit::PointLists& views, const SparseResult& result) {

@@ -63,6 +63,26 @@ inline PointLists ViewsOf(const ShapedSheet& sheet, const world::Camera& camera,
   return views;
 }
 
+/// What each camera of a rig sees of it, in poses in which all see it whole.
+inline std::vector<PointLists> RigViewsOf(const ShapedSheet& sheet, const world::Rig& rig, int count,
+                                          double noise, std::uint64_t seed) {
+  cv::RNG random(seed + 78);
+  const std::vector<cv::Point3d> points = PointsOf(sheet, random);
+  std::vector<PointLists> views(rig.cameras.size());
+  for (const world::Pose& pose : world::SampleRigViews(rig, count, seed, PrintedGrid())) {
+    std::vector<cv::Point3d> own = points;
+    Bend({random.gaussian(sheet.changing), random.gaussian(sheet.changing), random.gaussian(sheet.changing)},
+         own);
+    for (size_t i = 0; i < views.size(); ++i) {
+      views[i].push_back(world::ProjectPoints(rig.cameras[i].lens, own, world::PoseFor(rig, i, pose)));
+      for (cv::Point2d& pixel : views[i].back()) {
+        pixel += cv::Point2d(random.gaussian(noise), random.gaussian(noise));
+      }
+    }
+  }
+  return views;
+}
+
 inline std::vector<std::vector<cv::Point3d>> Targets(const PointLists& views) {
   return std::vector<std::vector<cv::Point3d>>(views.size(), MakeObjectTemplate(GRID, UNIT));
 }

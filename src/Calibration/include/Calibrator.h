@@ -230,7 +230,7 @@ class VELMORA_API Calibrator {
   /// centroid of a disc's picture, which a detector finds, and the picture of its centre. 0, the default,
   /// takes centres as they are; what is no radius is refused with an error line.
   void SetDiscRadius(const double& radius);
-  /// What the sparse solver may take the sheet for, with one camera. SHEET_FLAT, the default: as flat as it was
+  /// What the sparse solver may take the sheet for. SHEET_FLAT, the default: as flat as it was
   /// meant to be. SHEET_BENT: bent, perhaps out of proportion. SHEET_FREE: its points beside their places, too.
   /// Both perhaps with a bend of its own in each view, as of sheets that are held by hand. SHEET_AUTO: whatever
   /// the views ask for (see docs/solver.md). The shape is estimated with the camera, and is in the verdict. Any

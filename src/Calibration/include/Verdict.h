@@ -46,6 +46,9 @@ struct VELMORA_API CalibrationVerdict {
     double parameters = 0.0;  ///< for how many the shape counts, less what was known of it beforehand
     double flatRms = 0.0;     ///< the RMS that a flat sheet would have had, pixels
     double shift = 0.0;       ///< by how much projections would then be off, where there are data, pixels
+
+    /// As in a verdict's JSON.
+    std::string ToJson() const;
   };
 
   Grade grade = Grade::None;  ///< None: there is no result to assess

@@ -26,6 +26,8 @@ struct VELMORA_API RigVerdict {
       disagreements;  ///< views whose images do not show the sheet at the same place
   /// Metres from the sheet's lowest dot to its highest, where its bend moves the result; else 0.
   double sheetBend = 0.0;
+  /// The shape of the sheet, where it was estimated with the rig.
+  CalibrationVerdict::Sheet sheet;
   /// The verdict on each camera's intrinsics; the list is empty where these were given.
   std::vector<CalibrationVerdict> cameras;
 

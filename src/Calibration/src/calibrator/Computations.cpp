@@ -107,6 +107,10 @@ Result Computations::SolvePair(const SnapshotList& views, const StereoIntrinsics
     solved = settings.refineIntrinsics
                  ? RefinePairSparsely(seen.target, left, right, intrinsics, imageSize_, model, options)
                  : SolveExtrinsicsSparsely(seen.target, left, right, intrinsics, model, options);
+    if (settings.UsedSheetShape() != SheetShape::Flat) {
+      solved = PairWithShape(solved, solver::PairTargetOf(seen.target, left, right), intrinsics, model,
+                             settings.UsedSheetShape(), options);
+    }
     LogRejectedOfPair(seen.InGrid(solved.solution->rejected));
     LogRecountedOfPair(solved.solution->recounted);
   } else {

@@ -7,8 +7,10 @@
 #include <set>
 #include <utility>
 
+#include "model/Codes.h"
 #include "model/LensModel.h"
 #include "quality/RigAssessment.h"
+#include "quality/SheetChoice.h"
 #include "solver/CameraCalibration.h"
 #include "solver/Covariance.h"
 #include "solver/OpenCvMatrices.h"
@@ -92,6 +94,10 @@ class RigComputation {
     start.estimated.intrinsics = options_.intrinsics.empty();
     Solution solution = solver::CalibrateRig(start, options_.robust, bundle_);
     RequireResult(solution, "The views agree with no rig.");
+    if (options_.sheetShape != SHEET_FLAT) {
+      solution = WithShape(start.views, solution, SheetShapeOf(options_.sheetShape), bundle_);
+      RequireResult(solution, "The views agree with no rig.");
+    }
     TranslateNumbers(solution);
     return ResultOf(solution);
   }
@@ -221,6 +227,7 @@ class RigComputation {
     RigResult result;
     result.rms = RmsOf(solution);
     result.verdict = AssessRig(solution);
+    for (cv::Point3d& point : result.verdict.sheet.points) point += cv::Point3d(target_.middles.front());
     for (PairVerdict::Disagreement& moved : result.verdict.disagreements) moved.view = views_[moved.view];
     for (const Rejected& rejected : solution.rejected) {
       const size_t view = views_[rejected.view];

@@ -15,20 +15,6 @@ void SolverChoice::SetSolver(int solver) {
   solver_ = solver;
 }
 
-SheetShape SolverSettings::UsedSheetShape() const {
-  if (!IsSparse()) return SheetShape::Flat;
-  switch (sheetShape) {
-    case SHEET_BENT:
-      return SheetShape::Bent;
-    case SHEET_FREE:
-      return SheetShape::Free;
-    case SHEET_AUTO:
-      return SheetShape::Auto;
-    default:
-      return SheetShape::Flat;
-  }
-}
-
 void SolverChoice::SetSheetShape(int shape) {
   if (shape < SHEET_FLAT || shape > SHEET_AUTO) {
     Log::error("There is no shape %d of sheets.", shape);

@@ -20,7 +20,7 @@ struct SolverSettings {
   /// Zero for a solver that does not correct eccentricity.
   double UsedDiscRadius() const { return IsSparse() ? discRadius : 0.0; }
   /// Flat for a solver that knows no other.
-  SheetShape UsedSheetShape() const;
+  SheetShape UsedSheetShape() const { return IsSparse() ? SheetShapeOf(sheetShape) : SheetShape::Flat; }
   /// False for a solver that does not refine.
   bool RefinesIntrinsics() const { return IsSparse() && refineIntrinsics; }
 };

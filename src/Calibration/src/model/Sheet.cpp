@@ -1,6 +1,8 @@
 /// The sheet that a target is printed on: bent, out of proportion, with points beside their places.
 #include "model/Sheet.h"
 
+#include "model/Codes.h"
+
 namespace velmora {
 
 bool HasProportions(SheetLevel level) {
@@ -14,6 +16,19 @@ bool HasBend(SheetLevel level) {
 
 bool HasFreePoints(SheetLevel level) {
   return level >= SheetLevel::FreePoints;
+}
+
+SheetShape SheetShapeOf(int number) {
+  switch (number) {
+    case SHEET_BENT:
+      return SheetShape::Bent;
+    case SHEET_FREE:
+      return SheetShape::Free;
+    case SHEET_AUTO:
+      return SheetShape::Auto;
+    default:
+      return SheetShape::Flat;
+  }
 }
 
 Eigen::VectorXd MovesOf(const SheetTerms& terms, const Eigen::VectorXd& values) {

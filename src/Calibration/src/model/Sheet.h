@@ -30,6 +30,9 @@ enum class SheetShape {
   Auto   ///< the best of all
 };
 
+/// That of a number of Codes.h.
+SheetShape SheetShapeOf(int number);
+
 /// How far the points of a target lie beside their places: a sum of terms, each times a column. Nothing is in
 /// it that a shift, a turn or another size of the whole target would do, so that poses and shape do not make
 /// up for each other. Of a bend that means heights about the plane that fits them best.

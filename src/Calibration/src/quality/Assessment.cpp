@@ -299,7 +299,6 @@ CalibrationVerdict AssessCamera(const Solution& solution, size_t camera, const L
   AssessSearch(solution, verdict);
   const double shift = AssessSystematicError(solution, camera, largerModel, verdict);
   if (!(verdict.jackknifeInData < shift)) AssessAgreement(largerModel, verdict);
-  AssessShape(solution, camera, LEAST_SYSTEMATIC * FocalLengthOf(solution, camera), verdict);
   return verdict;
 }
 
@@ -325,6 +324,7 @@ CalibrationVerdict AssessIntrinsics(const std::vector<std::vector<cv::Point3d>>&
   LargerModel larger(objectPoints, imagePoints, imageSize, result, discRadius);
   CalibrationVerdict verdict = AssessCamera(
       *solution, 0, [&larger] { return larger.Name(); }, leftOut);
+  AssessShape(*solution, LEAST_SYSTEMATIC * FocalLengthOf(*solution, 0), verdict);
   for (cv::Point3d& point : verdict.sheet.points) point += cv::Point3d(target.middles.front());
   return verdict;
 }

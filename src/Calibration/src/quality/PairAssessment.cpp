@@ -15,6 +15,7 @@
 #include "quality/PairCameras.h"
 #include "quality/PoseDeviations.h"
 #include "quality/RigEffect.h"
+#include "quality/SheetRemarks.h"
 #include "solver/BundleAdjustment.h"
 #include "solver/Covariance.h"
 #include "solver/Eccentricity.h"
@@ -33,9 +34,10 @@ constexpr double MANY_MOVED = 0.25;  // share of the views
 constexpr double APART = 5.0;        // the median of all views
 constexpr int FEW_VIEWS = 8;
 
-/// The standard deviations of the right camera's pose, whose block is the last one of the shared parameters.
-Deviations OfRight(const Eigen::MatrixXd& covariance, const cv::Vec3d& T) {
-  return DeviationsOf(covariance, covariance.rows() - POSE_PARAMETERS, T);
+/// The standard deviations of the right camera's pose, whose block is the last one of the shared parameters
+/// but for the shape of the sheet.
+Deviations OfRight(const Eigen::MatrixXd& covariance, Eigen::Index shape, const cv::Vec3d& T) {
+  return DeviationsOf(covariance, covariance.rows() - shape - POSE_PARAMETERS, T);
 }
 
 /// Another solver's result with the poses that fit it best.
@@ -68,9 +70,10 @@ Solution SolutionOf(const PairRecords& records, const StereoIntrinsics& pairIntr
     camera.imageSize = records.imageSize;  // computing poses did not ask for it
     camera.intrinsics.estimated = LensModelOf(records.model).parameters;
   }
-  Solution solution = solver::EvaluatedAt({rig, found.views, {}, {}});
-  const int shared =
-      records.lensesRefined ? LayoutOf(solution).shared : POSE_PARAMETERS;
+  Solution solution = solver::EvaluatedAt({rig, found.views, {}, {}, found.sheet});
+  solution.flat = found.flat;
+  const double shared =
+      (records.lensesRefined ? LayoutOf(solution).sheet : POSE_PARAMETERS) + solution.sheet.counted;
   solution.priors =
       solver::WeakPriors(solution.rig, solution.views, NoiseVariance(solution.cost, solution.views, shared));
   solution.kept = found.kept;
@@ -84,19 +87,24 @@ class HeldErrors {
  public:
   explicit HeldErrors(const Solution& solution) : layout_(LayoutOf(solution)) {
     const solver::ReducedSystem system = solver::SystemOf(solution);
-    const Eigen::Index intrinsics = layout_.shared - POSE_PARAMETERS;
-    if (!system.solvable) return;
-    SolveScaled(system.matrix.bottomRightCorner(POSE_PARAMETERS, POSE_PARAMETERS),
-                system.matrix.bottomLeftCorner(POSE_PARAMETERS, intrinsics), poseByIntrinsics_);
+    const Eigen::Index intrinsics = layout_.sheet - POSE_PARAMETERS;
+    const Eigen::Index rest = layout_.shared - intrinsics;
+    Eigen::MatrixXd byIntrinsics;
+    if (!system.solvable ||
+        !SolveScaled(system.matrix.bottomRightCorner(rest, rest),
+                     system.matrix.bottomLeftCorner(rest, intrinsics), byIntrinsics)) {
+      return;
+    }
+    poseByIntrinsics_ = byIntrinsics;
   }
 
-  /// The pose's covariance with that of both cameras' intrinsics. Unchanged where nothing is known of those,
+  /// The covariance of the pose, and of what shape the sheet has, with that of both cameras' intrinsics. Unchanged where nothing is known of those,
   /// as of refined ones, which are in the covariance themselves.
   Eigen::MatrixXd In(const Eigen::MatrixXd& pose, const cv::Mat& left, const cv::Mat& right) const {
     const bool isKnown = !left.empty() || !right.empty();
-    if (!isKnown || pose.rows() != POSE_PARAMETERS || poseByIntrinsics_.size() == 0) return pose;
-    Eigen::MatrixXd held =
-        Eigen::MatrixXd::Zero(layout_.shared - POSE_PARAMETERS, layout_.shared - POSE_PARAMETERS);
+    if (!isKnown || pose.rows() != poseByIntrinsics_.rows() || poseByIntrinsics_.size() == 0) return pose;
+    const Eigen::Index intrinsics = poseByIntrinsics_.cols();
+    Eigen::MatrixXd held = Eigen::MatrixXd::Zero(intrinsics, intrinsics);
     Fill(left, layout_.cameras[0], held);
     Fill(right, layout_.cameras[1], held);
     return pose + poseByIntrinsics_ * held * poseByIntrinsics_.transpose();
@@ -118,20 +126,21 @@ class HeldErrors {
 
 void Measure(const Solution& solution, const PairRecords& records, PairVerdict& verdict) {
   const cv::Vec3d& T = solution.rig.cameras[1].cameraFromRig.t;
-  const int intrinsics = LayoutOf(solution).shared - POSE_PARAMETERS;
+  const int intrinsics = LayoutOf(solution).sheet - POSE_PARAMETERS;
+  const Eigen::Index shape = solution.sheet.terms.Count();
   const int first = verdict.lensesRefined ? 0 : intrinsics;
   const HeldErrors held(solution);
   const HeldIntrinsics none;
   const HeldIntrinsics& left = verdict.lensesRefined ? none : records.left;
   const HeldIntrinsics& right = verdict.lensesRefined ? none : records.right;
   verdict.lensesKnown = !left.formal.empty() && !right.formal.empty();
-  verdict.formal = OfRight(held.In(solver::SharedCovariance(solution, first), left.formal, right.formal), T);
+  verdict.formal = OfRight(held.In(solver::SharedCovariance(solution, first), left.formal, right.formal), shape, T);
   const Eigen::MatrixXd withLenses = solver::SharedCovariance(solution);
-  verdict.withLenses = OfRight(withLenses, T);
+  verdict.withLenses = OfRight(withLenses, shape, T);
   verdict.left = PairCameraOf(solution, 0, withLenses, records.objectPoints.size());
   verdict.right = PairCameraOf(solution, 1, withLenses, records.objectPoints.size());
   verdict.jackknife =
-      OfRight(held.In(solver::JackknifeCovariance(solution, first), left.jackknife, right.jackknife), T);
+      OfRight(held.In(solver::JackknifeCovariance(solution, first), left.jackknife, right.jackknife), shape, T);
   const std::vector<double> apart = DisagreementsOf(solution);
   verdict.disagreement = UsualDisagreement(apart);
   for (const PairVerdict::Disagreement& moved : MovedViews(apart)) {
@@ -255,6 +264,14 @@ PairVerdict AssessPair(const PairRecords& records, const StereoIntrinsics& pairI
   AssessDeviations(LensModelOf(records.model).parameters == FULL_PARAMETERS, verdict);
   AssessAgreement(verdict);
   AssessSheet(solution, verdict);
+  std::vector<CalibrationVerdict::Remark> remarks;
+  AssessShapeOfRig(solution, verdict.sheet, remarks);
+  for (const CalibrationVerdict::Remark& remark : remarks) {
+    verdict.remarks.push_back({remark.reason, remark.advice});
+  }
+  const cv::Vec3d middle =
+      solver::PairTargetOf(records.objectPoints, records.leftPoints, records.rightPoints).middles.front();
+  for (cv::Point3d& point : verdict.sheet.points) point += cv::Point3d(middle);
   return verdict;
 }
 

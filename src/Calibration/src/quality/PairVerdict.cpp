@@ -73,6 +73,7 @@ std::string PairVerdict::ToJson() const {
     text["recounted"].push_back({{"view", item.view}, {"camera", item.right ? "right" : "left"}});
   }
   text["sheetBend"] = Number(sheetBend);
+  if (!sheet.points.empty()) text["sheet"] = nlohmann::json::parse(sheet.ToJson());
   text["remarks"] = nlohmann::json::array();
   for (const Remark& remark : remarks) {
     text["remarks"].push_back({{"reason", remark.reason}, {"advice", remark.advice}});

@@ -9,6 +9,7 @@
 #include "quality/PoseDeviations.h"
 #include "quality/RigEffect.h"
 #include "quality/SearchEnd.h"
+#include "quality/SheetRemarks.h"
 #include "solver/Covariance.h"
 #include "solver/PoseGroups.h"
 
@@ -128,6 +129,7 @@ RigVerdict AssessRig(const Solution& solution) {
   AssessSheet(solution, verdict);
   if (EndedEarly(solution)) AddRemark(verdict, Grade::WithCare, EARLY_END, EARLY_END_ADVICE);
   AssessCameras(solution, verdict);
+  AssessShapeOfRig(solution, verdict.sheet, verdict.remarks);
   return verdict;
 }
 

@@ -8,8 +8,10 @@
 #include <utility>
 
 #include "model/LensModel.h"
+#include "quality/PoseDeviations.h"
 #include "quality/ProjectionUncertainty.h"
 #include "solver/Covariance.h"
+#include "solver/OpenCvMatrices.h"
 #include "solver/PoseGroups.h"
 #include "solver/SheetCalibration.h"
 #include "solver/Target.h"
@@ -25,11 +27,28 @@ constexpr double CHANCE = 0.85;
 /// A result with so much more noise than another one of the same views is not of the same minimum.
 constexpr double ASTRAY = 2.0;
 
+/// What is known of where cameras of known intrinsics stand, in radians and shares of the baseline.
+double DeviationOfPoses(const Solution& solution, const Eigen::MatrixXd& formal,
+                        const Eigen::MatrixXd& jackknife) {
+  constexpr double RADIANS = CV_PI / 180.0;
+  const Layout layout = LayoutOf(solution);
+  double squares = 0.0;
+  for (size_t i = 1; i < solution.rig.cameras.size(); ++i) {
+    const cv::Vec3d& T = solution.rig.cameras[i].cameraFromRig.t;
+    const int pose = layout.cameras[i].pose;
+    const PairVerdict::Deviations known = Larger(DeviationsOf(formal, pose, T), DeviationsOf(jackknife, pose, T));
+    squares += std::pow(known.rotation * RADIANS, 2) + std::pow(known.direction * RADIANS, 2) +
+               std::pow(known.baseline, 2);
+  }
+  return std::sqrt(squares);
+}
+
 /// What is known of projections where there are data, all cameras together; infinite when nothing is.
 double DeviationOf(const Solution& solution) {
   const Eigen::MatrixXd formal = solver::SharedCovariance(solution);
   const Eigen::MatrixXd jackknife = solver::JackknifeCovariance(solution);
   if (formal.size() == 0 || jackknife.size() == 0) return std::numeric_limits<double>::infinity();
+  if (!solution.estimated.intrinsics) return DeviationOfPoses(solution, formal, jackknife);
   const Layout layout = LayoutOf(solution);
   double squares = 0.0;
   for (size_t i = 0; i < solution.rig.cameras.size(); ++i) {
@@ -66,10 +85,9 @@ SheetLevel MostOf(SheetShape shape) {
 /// The result with the shape that is best, which may be that it has.
 SparseResult ShapedFrom(const SparseResult& flat, const solver::Target& target, SheetShape shape,
                         const solver::BundleOptions& options) {
-  const solver::SheetShapes shapes = solver::ShapesOf(target.views, *flat.solution, MostOf(shape), options);
-  const size_t chosen = ChooseRung(shapes.rungs, shape);
-  if (chosen == 0) return flat;
-  return solver::SparseResultOf(solver::Finished(shapes, chosen, options), target, options.progress);
+  Solution solution = WithShape(target.views, *flat.solution, shape, options);
+  if (solution.sheet.IsFlat()) return flat;
+  return solver::SparseResultOf(std::move(solution), target, options.progress);
 }
 
 /// The larger model of the lens, of the views and with the freedom of the sheet that the classic one has.
@@ -104,6 +122,36 @@ size_t ChooseRung(const std::vector<SheetRung>& rungs, SheetShape shape) {
     best = i;
   }
   return best;
+}
+
+Solution WithShape(const std::vector<TargetView>& views, const Solution& flat, SheetShape shape,
+                   const solver::BundleOptions& options) {
+  const solver::SheetShapes shapes = solver::ShapesOf(views, flat, MostOf(shape), options);
+  const size_t chosen = ChooseRung(shapes.rungs, shape);
+  return chosen == 0 ? flat : solver::Finished(shapes, chosen, options);
+}
+
+ExtrinsicsResult PairWithShape(const ExtrinsicsResult& flat, const solver::Target& target,
+                               const StereoIntrinsics& intrinsics, int model, SheetShape shape,
+                               const SparsePairOptions& options) {
+  solver::BundleOptions bundle;
+  bundle.parameters = LensModelOf(model).parameters;
+  bundle.threads = options.threads;
+  bundle.discRadius = options.discRadius;
+  bundle.progress = [&options, points = CountOf(target.views)](int iteration, double cost) {
+    return !options.progress || options.progress(iteration, std::sqrt(cost / points));
+  };
+  auto solution =
+      std::make_shared<const Solution>(WithShape(target.views, *flat.solution, shape, bundle));
+  if (bundle.progress.IsGivenUp()) CV_Error(cv::Error::StsError, "The computation was given up.");
+  if (solution->sheet.IsFlat()) return flat;
+  const bool refined = solution->estimated.intrinsics;
+  const StereoIntrinsics lenses = refined ? solver::PairIntrinsicsOf(solution->rig) : intrinsics;
+  ExtrinsicsResult result = solver::PairMatricesOf(lenses, solution->rig.cameras[1].cameraFromRig);
+  if (refined) result.refined = lenses;
+  result.rms = RmsOf(*solution);
+  result.solution = std::move(solution);
+  return result;
 }
 
 SparseResult SolveIntrinsicsWithSheet(const std::vector<std::vector<cv::Point3d>>& objectPoints,

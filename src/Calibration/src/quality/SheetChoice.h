@@ -6,6 +6,7 @@
 
 #include "solver/SheetLadder.h"
 #include "solver/SparseIntrinsics.h"
+#include "solver/SparsePair.h"
 
 namespace velmora {
 
@@ -14,6 +15,15 @@ namespace velmora {
 /// jackknife: then that one is taken. It must be so by more than chance, which with few poses is large. A flat
 /// sheet is taken only when `shape` allows it, and when nothing else is better.
 size_t ChooseRung(const std::vector<solver::SheetRung>& rungs, SheetShape shape);
+
+/// The solution of a flat sheet, or the best one with a shape that is allowed, of the same views.
+Solution WithShape(const std::vector<TargetView>& views, const Solution& flat, SheetShape shape,
+                   const solver::BundleOptions& options);
+
+/// The pair of a flat sheet (SolveExtrinsicsSparsely, RefinePairSparsely), or with a shape.
+ExtrinsicsResult PairWithShape(const ExtrinsicsResult& flat, const solver::Target& target,
+                               const StereoIntrinsics& intrinsics, int model, SheetShape shape,
+                               const SparsePairOptions& options);
 
 /// SolveIntrinsicsSparsely, with the shape of the sheet that `options.sheet` allows.
 SparseResult SolveIntrinsicsWithSheet(const std::vector<std::vector<cv::Point3d>>& objectPoints,

@@ -4,8 +4,11 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <opencv2/calib3d.hpp>
 #include <string>
+#include <utility>
 
+#include "quality/PoseDeviations.h"
 #include "quality/ProjectionUncertainty.h"
 #include "quality/SystematicRemarks.h"
 #include "solver/Covariance.h"
@@ -22,6 +25,8 @@ constexpr double DOUBTFUL_PRINT = 0.001;  // share of a length
 /// Beyond this ratio the dots' places go by rows rather than by columns, or the other way round.
 constexpr double CLEARLY_MORE = 1.3;
 constexpr size_t ENOUGH_FOR_FREE_POINTS = 8;
+/// A quarter of what makes a result one to use with care.
+constexpr PairVerdict::Deviations WORTH_TELLING = {0.05, 0.0025, 0.125};
 
 /// Half the longer side of the target.
 double HalfSideOf(const Sheet& sheet) {
@@ -122,18 +127,31 @@ std::string Millimetres(double metres, int digits) {
 
 class Remarks {
  public:
-  Remarks(const Solution& solution, CalibrationVerdict& verdict)
-      : solution_(solution), verdict_(verdict), measured_(verdict.sheet) {}
+  Remarks(const Solution& solution, const CalibrationVerdict::Sheet& measured,
+          std::vector<CalibrationVerdict::Remark>& remarks)
+      : solution_(solution), measured_(measured), remarks_(remarks) {}
 
-  void Tell(double shift) {
+  /// `otherwise` is what would be, had the sheet been taken for flat.
+  void Tell(const std::string& otherwise) {
     if (measured_.bend > 0.0) {
-      Add("The sheet is bent by " + Millimetres(measured_.bend, 1) + TakenIntoAccount(shift),
+      Add("The sheet is bent by " + Millimetres(measured_.bend, 1) + ". This is taken into account; " +
+              otherwise + " otherwise.",
           "A flat, stiff board would make the result more precise still.");
     }
     if (measured_.bendChanges > 0.0) {
       Add("The sheet's bend changes from view to view by " + Millimetres(measured_.bendChanges, 1) + ".",
           "A stiff board would help.");
     }
+    TellPrint();
+    if (HasFreePoints(solution_.sheet.level) && solution_.views.size() < ENOUGH_FOR_FREE_POINTS) {
+      Add("The sheet was measured by the same " + std::to_string(solution_.views.size()) +
+              " views as the camera.",
+          "Take ten or more.");
+    }
+  }
+
+ private:
+  void TellPrint() {
     if (measured_.misprint > LEAST_MISPRINT * HalfSideOf(solution_.sheet)) {
       Add("The dots are off their places by " + Millimetres(measured_.misprint, 2) + " (" +
               Decimal(100.0 * measured_.misprint / StepOf(solution_.sheet), 1) + " % of a step)" +
@@ -145,26 +163,30 @@ class Remarks {
               (measured_.stretch < 0.0 ? "short" : "long") + " along its columns.",
           "Measure it: the distance that was given may be off, too.");
     }
-    if (HasFreePoints(solution_.sheet.level) && solution_.views.size() < ENOUGH_FOR_FREE_POINTS) {
-      Add("The sheet was measured by the same " + std::to_string(solution_.views.size()) +
-              " views as the camera.",
-          "Take ten or more.");
-    }
   }
 
- private:
-  std::string TakenIntoAccount(double shift) const {
-    return ". This is taken into account; projections would be off by " + Decimal(shift, 1) + " px otherwise.";
-  }
-
-  void Add(const std::string& reason, const std::string& advice) {
-    verdict_.remarks.push_back({reason, advice});
-  }
+  void Add(const std::string& reason, const std::string& advice) { remarks_.push_back({reason, advice}); }
 
   const Solution& solution_;
-  CalibrationVerdict& verdict_;
   const CalibrationVerdict::Sheet& measured_;
+  std::vector<CalibrationVerdict::Remark>& remarks_;
 };
+
+CalibrationVerdict::Sheet ShapeOf(const Solution& solution) {
+  const Sheet& sheet = solution.sheet;
+  CalibrationVerdict::Sheet measured;
+  measured.model = HasFreePoints(sheet.level) ? "free" : "bent";
+  measured.points = Moved(sheet.target, MovesOf(sheet.terms, sheet.values));
+  MeasureBend(solution, solver::SharedCovariance(solution), measured);
+  MeasurePrint(solution, measured);
+  measured.parameters = sheet.counted;
+  if (sheet.HasOwnBends()) {
+    measured.bendChanges = ChangeOf(solution);
+    for (const TargetView& view : solution.views) measured.bends.push_back(view.bend);
+  }
+  if (solution.flat != nullptr) measured.flatRms = RmsOf(*solution.flat);
+  return measured;
+}
 
 /// How far projections of the flat sheet's camera are off, where there are data.
 double ShiftOfFlat(const Solution& solution, size_t camera, const std::vector<cv::Point2f>& area) {
@@ -179,25 +201,45 @@ double ShiftOfFlat(const Solution& solution, size_t camera, const std::vector<cv
   return ProjectionUncertainty(own.intrinsics, own.imageSize, area).InArea(shift * shift.transpose());
 }
 
+/// How far the cameras of the flat sheet's rig are elsewhere, as deviations are told: the most of any.
+PairVerdict::Deviations MoveOfFlat(const Solution& solution) {
+  PairVerdict::Deviations moved;
+  for (size_t i = 1; i < solution.rig.cameras.size() && solution.flat != nullptr; ++i) {
+    const RigidTransform& own = solution.rig.cameras[i].cameraFromRig;
+    const RigidTransform& flat = solution.flat->rig.cameras[i].cameraFromRig;
+    cv::Vec3d turn;
+    cv::Rodrigues(flat.R * own.R.t(), turn);
+    const cv::Vec3d away = flat.t - own.t;
+    Eigen::VectorXd step(POSE_PARAMETERS);
+    step << turn[0], turn[1], turn[2], away[0], away[1], away[2];
+    moved = Larger(moved, DeviationsOf(step * step.transpose(), 0, own.t));
+  }
+  return moved;
+}
+
 }  // namespace
 
-void AssessShape(const Solution& solution, size_t camera, double least, CalibrationVerdict& verdict) {
-  const Sheet& sheet = solution.sheet;
-  if (sheet.IsFlat()) return;
-  CalibrationVerdict::Sheet& measured = verdict.sheet;
-  measured.model = HasFreePoints(sheet.level) ? "free" : "bent";
-  measured.points = Moved(sheet.target, MovesOf(sheet.terms, sheet.values));
-  MeasureBend(solution, solver::SharedCovariance(solution), measured);
-  MeasurePrint(solution, measured);
-  measured.parameters = sheet.counted;
-  if (sheet.HasOwnBends()) {
-    measured.bendChanges = ChangeOf(solution);
-    for (const TargetView& view : solution.views) measured.bends.push_back(view.bend);
+void AssessShape(const Solution& solution, double least, CalibrationVerdict& verdict) {
+  if (solution.sheet.IsFlat()) return;
+  verdict.sheet = ShapeOf(solution);
+  verdict.sheet.shift = ShiftOfFlat(solution, 0, verdict.dataArea);
+  if (!(verdict.sheet.shift > least)) return;
+  Remarks(solution, verdict.sheet, verdict.remarks)
+      .Tell("projections would be off by " + Decimal(verdict.sheet.shift, 1) + " px");
+}
+
+void AssessShapeOfRig(const Solution& solution, CalibrationVerdict::Sheet& sheet,
+                      std::vector<CalibrationVerdict::Remark>& remarks) {
+  if (solution.sheet.IsFlat()) return;
+  sheet = ShapeOf(solution);
+  for (size_t i = 0; i < solution.rig.cameras.size() && solution.estimated.intrinsics; ++i) {
+    sheet.shift = std::max(sheet.shift, ShiftOfFlat(solution, i, DataAreaOf(solution.views, i)));
   }
-  if (solution.flat != nullptr) measured.flatRms = RmsOf(*solution.flat);
-  const double shift = ShiftOfFlat(solution, camera, verdict.dataArea);
-  measured.shift = shift;
-  if (shift > least) Remarks(solution, verdict).Tell(shift);
+  const PairVerdict::Deviations moved = MoveOfFlat(solution);
+  if (!Beyond(moved, WORTH_TELLING)) return;
+  Remarks(solution, sheet, remarks)
+      .Tell("rotations would be off by " + Decimal(moved.rotation, 2) + " degrees, baselines by " +
+            Decimal(100.0 * moved.baseline, 1) + " %");
 }
 
 }  // namespace velmora

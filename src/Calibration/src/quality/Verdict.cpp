@@ -150,6 +150,10 @@ std::string CalibrationVerdict::ToString() const {
   return "no result";
 }
 
+std::string CalibrationVerdict::Sheet::ToJson() const {
+  return TextOf(*this).dump();
+}
+
 std::string CalibrationVerdict::ToJson() const {
   nlohmann::json text;
   text["grade"] = ToString();
