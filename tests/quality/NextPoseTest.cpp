@@ -14,6 +14,8 @@
 #include "solver/Covariance.h"
 #include "solver/NormalEquations.h"
 #include "solver/OpenCvMatrices.h"
+#include "quality/SheetChoice.h"
+#include "solver/ShapedViews.h"
 #include "unit/Collection.h"
 
 using namespace velmora;
@@ -219,6 +221,62 @@ TEST(NextPose, NeedsNoView) {
   const auto next = ChooseNextPose(withoutViews, CentredGrid(), unit::FRAME);
   EXPECT_EQ(next.candidate.view.image.size(), 44U);
   EXPECT_LT(next.then, next.now);
+}
+
+CameraInformation InformationWithShape(const unit::PointLists& views, SheetShape shape) {
+  SparseOptions options;
+  options.sheet = shape;
+  const auto objects = unit::Targets(views);
+  const SparseResult result =
+      SolveIntrinsicsWithSheet(objects, views, unit::FRAME, Calibrator::MODEL_CLASSIC, options);
+  return CameraInformationFrom(*result.solution, solver::TargetOf(objects, views).views, unit::FRAME);
+}
+
+TEST(NextPose, CountsTheShapeOfTheSheetAmongWhatIsNotKnown) {
+  unit::ShapedSheet sheet;
+  sheet.bend = {0.0005, 0.0, 0.001};
+  const unit::PointLists views = unit::ViewsOf(sheet, unit::DistortedCamera(), 6, 0.1, 4);
+  const CameraInformation bent = InformationWithShape(views, SheetShape::Bent);
+  ASSERT_EQ(bent.information.rows(), CLASSIC_PARAMETERS + bent.sheet.terms.Count());
+  // The same views, had the shape been known: surer of the camera.
+  CameraInformation known = bent;
+  known.information = bent.information.topLeftCorner(CLASSIC_PARAMETERS, CLASSIC_PARAMETERS).eval();
+  known.sheet = {};
+  const double now = ExpectedUncertainty(bent, unit::FRAME).Current();
+  EXPECT_GT(now, 1.02 * ExpectedUncertainty(known, unit::FRAME).Current());
+  const NextPose next = ChooseNextPose(bent, CentredGrid(), unit::FRAME);
+  EXPECT_DOUBLE_EQ(next.now, now);
+  EXPECT_LT(next.then, 0.95 * now);
+  // It is what the views with that one more would say, to first order.
+  unit::PointLists more = views;
+  const world::Pose pose = PoseOf(next.candidate.pose);
+  cv::RNG random(0);
+  std::vector<cv::Point3d> points = unit::PointsOf(sheet, random);
+  more.push_back(world::ProjectPoints(unit::DistortedCamera().lens, points, pose));
+  const double then = ExpectedUncertainty(InformationWithShape(more, SheetShape::Bent), unit::FRAME).Current();
+  EXPECT_NEAR(then, next.then, 0.25 * next.then);
+}
+
+TEST(NextPose, LeavesAShapeOutThatIsOfAPartOfTheTarget) {
+  unit::ShapedSheet sheet;
+  sheet.bend = {0.0, 0.0, 0.001};
+  unit::PointLists views = unit::ViewsOf(sheet, unit::DistortedCamera(), 6, 0.1, 5);
+  auto objects = unit::Targets(views);
+  for (size_t i = 0; i < views.size(); ++i) {
+    objects[i].resize(40);
+    views[i].resize(40);
+  }
+  SparseOptions options;
+  options.sheet = SheetShape::Bent;
+  const SparseResult result =
+      SolveIntrinsicsWithSheet(objects, views, unit::FRAME, Calibrator::MODEL_CLASSIC, options);
+  const CameraInformation information =
+      CameraInformationFrom(*result.solution, solver::TargetOf(objects, views).views, unit::FRAME);
+  ASSERT_EQ(information.sheet.target.size(), 40U);
+  const NextPose next = ChooseNextPose(information, CentredGrid(), unit::FRAME);
+  EXPECT_NEAR(next.now, ExpectedUncertainty(information, unit::FRAME).Current(), 1e-9);
+  EXPECT_LT(next.then, next.now);
+  EXPECT_EQ(next.candidate.view.image.size(), 44U);
 }
 
 }  // namespace

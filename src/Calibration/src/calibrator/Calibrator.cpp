@@ -296,6 +296,7 @@ PoseProposal Calibrator::ProposePose(const int& model) {
   ProposalSettings settings = {impl_->target, impl_->size, model, GetFinder(), {}};
   settings.solver.robust = chosen.robust;
   settings.solver.discRadius = chosen.discRadius;
+  settings.solver.sheet = chosen.UsedSheetShape();
   return velmora::ProposePose(*now.snapshots, settings);
 }
 

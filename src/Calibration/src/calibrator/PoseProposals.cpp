@@ -8,6 +8,7 @@
 #include "calibrator/ObservedPoints.h"
 #include "foundation/OneLine.h"
 #include "quality/NextPose.h"
+#include "quality/SheetChoice.h"
 #include "solver/Target.h"
 
 namespace velmora {
@@ -30,7 +31,7 @@ Known KnownFrom(const SnapshotList& snapshots, const ProposalSettings& settings)
     known.target = solver::TargetOf(seen.target, points);
     if (points.size() < ENOUGH_FOR_A_CAMERA) return known;
     known.solution =
-        *SolveIntrinsicsSparsely(seen.target, points, settings.imageSize, settings.model, settings.solver)
+        *SolveIntrinsicsWithSheet(seen.target, points, settings.imageSize, settings.model, settings.solver)
              .solution;
   } catch (const cv::Exception& fault) {
     Log::debug("No camera for a proposal: %s", OneLine(fault.what()).c_str());

@@ -4,11 +4,14 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "quality/ProjectionUncertainty.h"
 #include "solver/Initialisation.h"
 #include "solver/NormalEquations.h"
 #include "solver/ScaledSystem.h"
+#include "solver/ShapedEquations.h"
+#include "solver/SheetShape.h"
 
 namespace velmora {
 
@@ -49,16 +52,39 @@ void AddPriorInformation(const cv::Size& imageSize, CameraInformation& known) {
   }
 }
 
-/// The information of a view about its camera's intrinsics; empty where it does not show the target in front
-/// of it.
-Eigen::MatrixXd InformationOf(const Observation& observation, const Intrinsics& intrinsics,
+/// The information of a view about what is known of its camera; empty where it does not show the target in
+/// front of it.
+Eigen::MatrixXd InformationOf(const Observation& observation, const CameraInformation& known,
                               const RigidTransform& pose) {
   Rig rig;
   rig.cameras.resize(1);
-  rig.cameras.front().intrinsics = intrinsics;
-  const TargetView view{pose, {observation}};
-  return solver::Reduce(solver::EquationsOf(view, pose, rig, LayoutOf(rig, {})), 0.0)
-      .matrix.selfadjointView<Eigen::Lower>();
+  rig.cameras.front().intrinsics = known.intrinsics;
+  TargetView view{pose, {observation}};
+  ViewEquations equations;
+  if (known.sheet.IsFlat()) {
+    equations = solver::EquationsOf(view, pose, rig, LayoutOf(rig, {}));
+  } else {
+    // A view to come bends the sheet in a way of its own, of which no more is known than of other views'.
+    std::vector<TargetView> shaped = {std::move(view)};
+    solver::PutToShape(known.sheet, shaped);
+    const solver::ViewJacobian jacobian(rig, LayoutOf(rig, {}, known.sheet), known.sheet);
+    solver::TakeShapedEquations(jacobian, known.sheet, shaped.front(), equations);
+  }
+  return solver::Reduce(equations, 0.0).matrix.selfadjointView<Eigen::Lower>();
+}
+
+/// Without the shape of the sheet, which the views know as well as before: what they say of the camera alone.
+void LeaveShapeOut(CameraInformation& known) {
+  const auto count = static_cast<Eigen::Index>(known.intrinsics.estimated);
+  const Eigen::Index terms = known.sheet.terms.Count();
+  const Eigen::MatrixXd coupling = known.information.bottomLeftCorner(terms, count);
+  solver::ScaledSystem shape;
+  Eigen::MatrixXd own = known.information.topLeftCorner(count, count);
+  if (terms > 0 && shape.Decompose(known.information.bottomRightCorner(terms, terms))) {
+    own -= coupling.transpose() * shape.Solve(coupling);
+  }
+  known.information = own;
+  known.sheet = {};
 }
 
 void Add(const Eigen::MatrixXd& view, Eigen::MatrixXd& information) {
@@ -76,7 +102,7 @@ CameraInformation InformationOfUsualCamera(const std::vector<TargetView>& views,
     cv::Matx33d homography;
     if (!solver::HomographyOf(observation, homography)) continue;
     const RigidTransform pose = solver::StartPoseOf(observation, known.intrinsics);
-    Add(InformationOf(observation, known.intrinsics, pose), known.information);
+    Add(InformationOf(observation, known, pose), known.information);
   }
   return known;
 }
@@ -91,6 +117,7 @@ CameraInformation CameraInformationFrom(const Solution& solution, const std::vec
     known.intrinsics = solution.rig.cameras.front().intrinsics;
     known.variance = NoiseVariance(solution);
     known.nominal = false;
+    known.sheet = solution.sheet;
     const solver::PriorTerms priors = solver::PriorTermsOf(solution);
     known.information = priors.matrix;
     for (const ViewEquations& equations : solution.equations) {
@@ -108,7 +135,10 @@ ExpectedUncertainty::ExpectedUncertainty(const CameraInformation& known, const c
   const auto right = static_cast<float>(imageSize.width);
   const auto bottom = static_cast<float>(imageSize.height);
   const std::vector<cv::Point2f> image = {{-1.0F, -1.0F}, {right, -1.0F}, {right, bottom}, {-1.0F, bottom}};
-  mean_ = ProjectionUncertainty(known.intrinsics, imageSize, image).MeanProduct();
+  const Eigen::MatrixXd own = ProjectionUncertainty(known.intrinsics, imageSize, image).MeanProduct();
+  if (own.size() == 0) return;
+  mean_.setZero(known.information.rows(), known.information.cols());
+  mean_.topLeftCorner(own.rows(), own.cols()) = own;
 }
 
 /// Half the trace of the covariance times the mean product.
@@ -123,13 +153,16 @@ double ExpectedUncertainty::Current() const {
 }
 
 double ExpectedUncertainty::With(const PoseCandidate& candidate) const {
-  const Eigen::MatrixXd view = InformationOf(candidate.view, known_.intrinsics, candidate.pose);
+  const Eigen::MatrixXd view = InformationOf(candidate.view, known_, candidate.pose);
   if (view.size() == 0) return std::numeric_limits<double>::infinity();
   return Expected(known_.information + view);
 }
 
-NextPose ChooseNextPose(const CameraInformation& known, const std::vector<cv::Point3d>& object,
+NextPose ChooseNextPose(const CameraInformation& camera, const std::vector<cv::Point3d>& object,
                         const cv::Size& imageSize, double mostSpacing) {
+  CameraInformation known = camera;
+  // Views that never showed the whole target do not tell its shape.
+  if (!known.sheet.IsFlat() && known.sheet.target.size() != object.size()) LeaveShapeOut(known);
   const ExpectedUncertainty uncertainty(known, imageSize);
   NextPose best;
   best.now = uncertainty.Current();

@@ -10,10 +10,11 @@
 
 namespace velmora {
 
-/// What is known of a camera's intrinsics: an information matrix, whose inverse times the variance is their
-/// covariance.
+/// What is known of a camera's intrinsics and, after them, of the terms of the sheet's shape where that is
+/// estimated: an information matrix, whose inverse times the variance is their covariance.
 struct CameraInformation {
   Intrinsics intrinsics;
+  Sheet sheet;
   Eigen::MatrixXd information;
   double variance = 0.0;  ///< of the noise of a coordinate, squared pixels
   bool nominal = true;    ///< the intrinsics are a usual camera's, not those of the views
