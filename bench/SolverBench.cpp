@@ -1,4 +1,5 @@
 /// The sparse solver beside OpenCV's, on the same points and one thread.
+#include <cmath>
 #include <opencv2/calib3d.hpp>
 
 #include "Calibrator.h"
@@ -9,7 +10,9 @@
 #include "model/TargetGeometry.h"
 #include "quality/Assessment.h"
 #include "quality/NextPose.h"
+#include "quality/SheetChoice.h"
 #include "solver/OpenCvMatrices.h"
+#include "solver/SheetLadder.h"
 #include "solver/SparseIntrinsics.h"
 #include "solver/SparsePair.h"
 
@@ -26,14 +29,18 @@ struct Data {
   std::vector<std::vector<cv::Point2d>> image;
 };
 
-Data MakeData(int views) {
+/// `sag`: how far the sheet is bent along its length, metres.
+Data MakeData(int views, double sag = 0.0) {
   const world::Camera camera =
       world::CameraFromFieldOfView(FRAME, 62.0, {-0.21, 0.06, 0.0008, -0.0006, -0.008});
   const world::Sheet sheet(GRID, static_cast<double>(UNIT));
   cv::RNG random(1);
+  std::vector<cv::Point3d> points = sheet.GridPoints();
+  const double half = sheet.GridMiddle().y;
+  for (cv::Point3d& point : points) point.z = sag * (1.0 - std::pow((point.y - half) / half, 2.0));
   Data data;
   for (const world::Pose& pose : world::SampleViews(camera, views, 1, sheet)) {
-    data.image.push_back(world::TrueCentres(camera.lens, sheet, pose));
+    data.image.push_back(world::ProjectPoints(camera.lens, points, pose));
     for (cv::Point2d& point : data.image.back()) {
       point += cv::Point2d(random.gaussian(0.1), random.gaussian(0.1));
     }
@@ -82,6 +89,40 @@ void SparseBesideOpenCV(benchmark::State& state) {
       state, [&] { Sparse(data, model); },
       [&] { benchmark::DoNotOptimize(SolveIntrinsics(data.object, data.image, FRAME, model).rms); });
   cv::setNumThreads(threads);
+}
+
+/// A bent sheet with every shape that it may have, robustly, beside OpenCV's calibration with a flat one.
+/// Arguments: views.
+void ShapeBesideOpenCV(benchmark::State& state) {
+  const Data data = MakeData(static_cast<int>(state.range(0)), 0.001);
+  const int threads = cv::getNumThreads();
+  cv::setNumThreads(1);
+  SparseOptions options;
+  options.threads = 1;
+  options.robust = true;
+  options.sheet = SheetShape::Auto;
+  const int classic = Calibrator::MODEL_CLASSIC;
+  bench::Ratio().Run(
+      state,
+      [&] {
+        benchmark::DoNotOptimize(
+            SolveIntrinsicsWithSheet(data.object, data.image, FRAME, classic, options).rms);
+      },
+      [&] { benchmark::DoNotOptimize(SolveIntrinsics(data.object, data.image, FRAME, classic).rms); });
+  cv::setNumThreads(threads);
+}
+
+/// Every shape alone, from a solution of a flat sheet.
+void ShapesAlone(benchmark::State& state) {
+  const Data data = MakeData(static_cast<int>(state.range(0)), 0.001);
+  const SparseResult flat =
+      SolveIntrinsicsSparsely(data.object, data.image, FRAME, Calibrator::MODEL_CLASSIC);
+  solver::BundleOptions options;
+  for (auto iteration : state) {
+    static_cast<void>(iteration);
+    benchmark::DoNotOptimize(
+        solver::ClimbSheet(*flat.solution, SheetLevel::FreePointsProportions, options).size());
+  }
 }
 
 /// The sparse solver alone, for numbers of views that OpenCV's takes minutes for.
@@ -200,6 +241,8 @@ BENCHMARK(PairAlone)
     ->ArgsProduct({{Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL, Calibrator::MODEL_FULL},
                    {50, 200, 1000}})
     ->Unit(benchmark::kMillisecond);
+BENCHMARK(ShapeBesideOpenCV)->Arg(10)->Arg(30)->Iterations(3)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(ShapesAlone)->Arg(10)->Arg(30)->Arg(100)->Unit(benchmark::kMillisecond);
 BENCHMARK(NextPoseBesideSparse)
     ->Arg(Calibrator::MODEL_CLASSIC)
     ->Arg(Calibrator::MODEL_RATIONAL)

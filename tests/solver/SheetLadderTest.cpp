@@ -158,6 +158,7 @@ TEST(SheetLadder, IsOfTargetsThatShowPartsOfOneAnother) {
   EXPECT_NEAR(std::sqrt(NoiseVariance(bent)), 0.1, 0.01);
   target.views.front().observations.front().object.front().x += 0.001;
   EXPECT_FALSE(solver::HasOneTarget(target.views));
+  EXPECT_FALSE(solver::HasOneTarget({}));
 }
 
 TEST(SheetLadder, EndsSoonOnceItIsGivenUp) {

@@ -20,6 +20,8 @@ namespace {
 
 using Eigen::Index;
 
+/// Of targets with fewer points too little is seen of a bend.
+constexpr size_t FEWEST_POINTS = 12;
 constexpr int MOST_ROUNDS = 8;
 /// Enough from the level below; a level that lacks what the sheet has may wander on, and will not be taken.
 constexpr int ITERATIONS_OF_A_ROUND = 20;
@@ -214,7 +216,7 @@ bool HasOneTarget(const std::vector<TargetView>& views) {
   if (views.empty() || views.front().observations.empty()) return false;
   std::vector<TargetView> copies = views;
   const std::vector<cv::Point3d> target = LargestOf(views).object;
-  return !target.empty() && NotePlaces(target, copies);
+  return target.size() >= FEWEST_POINTS && NotePlaces(target, copies);
 }
 
 CalibrationProblem ShapedProblem(const Solution& flat, SheetLevel level, bool ownBends) {
