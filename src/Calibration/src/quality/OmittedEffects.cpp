@@ -107,7 +107,7 @@ OmittedEffect RadialEffect(const Solution& solution, size_t camera, EnlargedEqua
   for (int i = 0; i < RadialTerms::COUNT; ++i) equations.Restrain(first + i, pull);
   OmittedEffect effect = equations.EffectOf(first, RadialTerms::COUNT);
   if (effect.values.size() == 0) return effect;
-  const Layout::Block block = LayoutOf(solution.rig, solution.estimated).cameras[camera];
+  const Layout::Block block = LayoutOf(solution).cameras[camera];
   Eigen::VectorXd shift(block.count + RadialTerms::COUNT);
   shift << effect.shift.segment(block.intrinsics, block.count), effect.values;
   effect.shift = shift;
