@@ -1,5 +1,5 @@
-/// The tables of sheets that are not what they should be: cameras computed with a flat sheet beside those computed
-/// with the shape that the views ask for.
+/// The tables of sheets that are not what they should be: cameras computed with a flat sheet beside those
+/// computed with the shape that the views ask for.
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -76,8 +76,7 @@ Points ViewsOf(const Fault& fault, const world::Camera& camera, std::uint64_t se
   }
   Bend(fault.bend, middle, points);
   Points views;
-  for (const world::Pose& pose :
-       world::SampleViews(camera, static_cast<int>(fault.views), seed, sheet)) {
+  for (const world::Pose& pose : world::SampleViews(camera, static_cast<int>(fault.views), seed, sheet)) {
     std::vector<cv::Point3d> own = points;
     const double by = fault.changing;
     Bend({random.gaussian(by), random.gaussian(by), random.gaussian(by)}, middle, own);
@@ -107,10 +106,10 @@ double Apart(const world::Lens& a, const world::Lens& b, const cv::Size& size, c
 }
 
 struct OneSheet {
-  double flat = 0.0;     ///< the error with a flat sheet
-  double best = 0.0;     ///< with the shape that was chosen
-  double told = 0.0;     ///< what its verdict lets expect
-  bool isFlat = false;   ///< whether none was
+  double flat = 0.0;    ///< the error with a flat sheet
+  double best = 0.0;    ///< with the shape that was chosen
+  double told = 0.0;    ///< what its verdict lets expect
+  bool isFlat = false;  ///< whether none was
 };
 
 OneSheet TriedOn(const Fault& fault, std::uint64_t seed) {
@@ -139,9 +138,7 @@ Row RowOf(const Fault& fault, int trials) {
     told.push_back(one.told);
     untouched += one.isFlat ? 1.0 : 0.0;
   }
-  return {{{"sheet", fault.name},
-           {"views", Text(static_cast<double>(fault.views))},
-           {"sets", Text(trials)}},
+  return {{{"sheet", fault.name}, {"views", Text(static_cast<double>(fault.views))}, {"sets", Text(trials)}},
           {{"flat", Median(flat)},
            {"with shape", Median(best)},
            {"with shape 90", Quantile(best, 0.9)},
@@ -179,23 +176,25 @@ Row HalvesOf(const std::string& name, const Photographs& all, int trials) {
 }  // namespace
 
 Table SheetsTable(const Effort& effort) {
-  Table table{"sheets",
-              "Sheets that are not flat",
-              "Projected points of sheets that are bent, stretched, badly printed or held by hand, with 0.1 px of "
-              "noise: how far projections are off where there is data, with the sheet taken for flat and with the "
-              "shape that the views ask for. In pixels of a coordinate, after the best rotation; classic model.",
-              {}};
+  Table table{
+      "sheets",
+      "Sheets that are not flat",
+      "Projected points of sheets that are bent, stretched, badly printed or held by hand, with 0.1 px of "
+      "noise: how far projections are off where there is data, with the sheet taken for flat and with the "
+      "shape that the views ask for. In pixels of a coordinate, after the best rotation; classic model.",
+      {}};
   for (const Fault& fault : Faults()) table.rows.push_back(RowOf(fault, effort.Of(70)));
   return table;
 }
 
 Table HalvesTable(const Effort& effort) {
-  Table table{"halves",
-              "Two halves of the same photographs",
-              "Two cameras, each computed from one half of the photographs of a sheet, classic model: how far they "
-              "are apart where any view was, with the sheet taken for flat and with the shape that each half asks "
-              "for. In pixels of a coordinate, after the best rotation.",
-              {}};
+  Table table{
+      "halves",
+      "Two halves of the same photographs",
+      "Two cameras, each computed from one half of the photographs of a sheet, classic model: how far they "
+      "are apart where any view was, with the sheet taken for flat and with the shape that each half asks "
+      "for. In pixels of a coordinate, after the best rotation.",
+      {}};
   for (const char* const name : PHOTOGRAPHS) {
     const std::unique_ptr<Photographs> all = PhotographsAtHand(name);
     if (all != nullptr) table.rows.push_back(HalvesOf(name, *all, effort.Of(60)));

@@ -10,8 +10,8 @@ const std::vector<NamedTable>& AllTables() {
       {"models", ModelsTable},       {"views", ViewsTable},           {"noise", NoiseTable},
       {"fields", FieldsOfViewTable}, {"deviations", DeviationsTable}, {"misleading", MisleadingTable},
       {"verdicts", VerdictsTable},   {"pairs", PairsTable},           {"pictures", ImagesTable},
-      {"parts", PartsTable},         {"photographs", RealTable},
-      {"sheets", SheetsTable},       {"halves", HalvesTable}};
+      {"parts", PartsTable},         {"photographs", RealTable},      {"sheets", SheetsTable},
+      {"halves", HalvesTable}};
   return tables;
 }
 

@@ -23,9 +23,10 @@ void AddEngineOptions(CLI::App& app, EngineOptions& options) {
                  "sparse (milliseconds; leaves out what disagrees) or opencv (default: sparse)")
       ->transform(OneOf({{"sparse", Calibrator::SOLVER_SPARSE}, {"opencv", Calibrator::SOLVER_OPENCV}}))
       ->type_name("NAME");
-  app.add_option("--sheet-shape", options.sheet,
-                 "what the sparse solver may take the sheet for: flat, bent, free (points beside their places, "
-                 "too) or auto (default: auto)")
+  app.add_option(
+         "--sheet-shape", options.sheet,
+         "what the sparse solver may take the sheet for: flat, bent, free (points beside their places, "
+         "too) or auto (default: auto)")
       ->transform(OneOf({{"auto", Calibrator::SHEET_AUTO},
                          {"flat", Calibrator::SHEET_FLAT},
                          {"bent", Calibrator::SHEET_BENT},

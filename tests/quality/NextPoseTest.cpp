@@ -11,10 +11,10 @@
 #include "Views.h"
 #include "model/TargetGeometry.h"
 #include "quality/ProjectionUncertainty.h"
+#include "quality/SheetChoice.h"
 #include "solver/Covariance.h"
 #include "solver/NormalEquations.h"
 #include "solver/OpenCvMatrices.h"
-#include "quality/SheetChoice.h"
 #include "solver/ShapedViews.h"
 #include "unit/Collection.h"
 
@@ -253,7 +253,8 @@ TEST(NextPose, CountsTheShapeOfTheSheetAmongWhatIsNotKnown) {
   cv::RNG random(0);
   std::vector<cv::Point3d> points = unit::PointsOf(sheet, random);
   more.push_back(world::ProjectPoints(unit::DistortedCamera().lens, points, pose));
-  const double then = ExpectedUncertainty(InformationWithShape(more, SheetShape::Bent), unit::FRAME).Current();
+  const double then =
+      ExpectedUncertainty(InformationWithShape(more, SheetShape::Bent), unit::FRAME).Current();
   EXPECT_NEAR(then, next.then, 0.25 * next.then);
 }
 

@@ -12,6 +12,7 @@
 #include "Calibrator.h"
 #include "quality/Assessment.h"
 #include "quality/OmittedEffects.h"
+#include "solver/NoisyViews.h"
 #include "solver/OpenCvMatrices.h"
 #include "solver/Projection.h"
 #include "solver/WideViews.h"

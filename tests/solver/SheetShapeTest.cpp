@@ -11,8 +11,6 @@
 
 using namespace velmora;
 
-
-
 namespace {
 
 using Eigen::Index;
@@ -21,8 +19,8 @@ std::vector<cv::Point3d> Target() {
   return MakeObjectTemplate(unit::GRID, unit::UNIT);
 }
 
-const SheetLevel LEVELS[] = {SheetLevel::Proportions,     SheetLevel::Bent,       SheetLevel::BentProportions,
-                             SheetLevel::FreePoints,      SheetLevel::FreePointsProportions};
+const SheetLevel LEVELS[] = {SheetLevel::Proportions, SheetLevel::Bent, SheetLevel::BentProportions,
+                             SheetLevel::FreePoints, SheetLevel::FreePointsProportions};
 
 TEST(SheetTerms, AreAsManyAsTheLevelIsFree) {
   EXPECT_EQ(solver::TermsOf(Target(), SheetLevel::Flat).Count(), 0);

@@ -89,9 +89,9 @@ Eigen::MatrixXd Differences(const Problem& of, size_t number) {
   for (Index i = 0; i < columns; ++i) {
     Eigen::VectorXd step = Eigen::VectorXd::Zero(columns);
     step(i) = 1e-6;
-    jacobian.col(i) = (ResidualsOf(Stepped(of, number, step), number) -
-                       ResidualsOf(Stepped(of, number, -step), number)) /
-                      2e-6;
+    jacobian.col(i) =
+        (ResidualsOf(Stepped(of, number, step), number) - ResidualsOf(Stepped(of, number, -step), number)) /
+        2e-6;
   }
   return jacobian;
 }
@@ -134,8 +134,7 @@ TEST(ShapedEquations, AreThoseOfAllParametersWithoutTheBend) {
   EXPECT_LT((found - best).norm(), 1e-4 * best.norm());
   const double gain = r.squaredNorm() - (left + bend * best).squaredNorm();
   const Eigen::MatrixXd products = equations.products.selfadjointView<Eigen::Lower>();
-  const double told =
-      equations.bend.gain - 2.0 * equations.gradient.dot(step) - step.dot(products * step);
+  const double told = equations.bend.gain - 2.0 * equations.gradient.dot(step) - step.dot(products * step);
   EXPECT_NEAR(told, gain, 1e-5 * std::abs(gain));
   const Eigen::Matrix3d whole =
       (J.rightCols(9).transpose() * J.rightCols(9)).inverse().bottomRightCorner(3, 3);

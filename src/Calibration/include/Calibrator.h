@@ -231,10 +231,10 @@ class VELMORA_API Calibrator {
   /// takes centres as they are; what is no radius is refused with an error line.
   void SetDiscRadius(const double& radius);
   /// What the sparse solver may take the sheet for. SHEET_FLAT, the default: as flat as it was
-  /// meant to be. SHEET_BENT: bent, perhaps out of proportion. SHEET_FREE: its points beside their places, too.
-  /// Both perhaps with a bend of its own in each view, as of sheets that are held by hand. SHEET_AUTO: whatever
-  /// the views ask for (see docs/solver.md). The shape is estimated with the camera, and is in the verdict. Any
-  /// other number is refused with an error line.
+  /// meant to be. SHEET_BENT: bent, perhaps out of proportion. SHEET_FREE: its points beside their places,
+  /// too. Both perhaps with a bend of its own in each view, as of sheets that are held by hand. SHEET_AUTO:
+  /// whatever the views ask for (see docs/solver.md). The shape is estimated with the camera, and is in the
+  /// verdict. Any other number is refused with an error line.
   void SetSheetShape(const int& shape);
   /// Lets the sparse solver, with a pair of cameras, move both lenses too, from those that the monocular
   /// results have, together with how the cameras stand to each other and all poses of the grid: the results

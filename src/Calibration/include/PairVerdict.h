@@ -77,8 +77,8 @@ struct VELMORA_API PairVerdict {
   Camera right;
   /// Metres from the sheet's lowest dot to its highest, where its bend moves the result; else 0.
   double sheetBend = 0.0;
-  /// The shape of the sheet, where it was estimated with the pair; its shift is that of projections of refined
-  /// lenses.
+  /// The shape of the sheet, where it was estimated with the pair; its shift is that of projections of
+  /// refined lenses.
   CalibrationVerdict::Sheet sheet;
 
   /// Takes a camera's own verdict into account, where the lenses of the pair are those of that result and

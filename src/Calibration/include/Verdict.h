@@ -30,8 +30,8 @@ struct VELMORA_API CalibrationVerdict {
   /// The shape of the sheet, where it was estimated with the camera.
   struct Sheet {
     std::string model = "flat";  ///< "flat", "bent", or "free": with points beside their places
-    /// Where its points are, metres, in the order of the grid and in the target's frame, whose plane z = 0 fits
-    /// them best; empty of a flat one.
+    /// Where its points are, metres, in the order of the grid and in the target's frame, whose plane z = 0
+    /// fits them best; empty of a flat one.
     std::vector<cv::Point3d> points;
     double bend = 0.0;  ///< metres from the lowest point to the highest, about that plane
     double bendDeviation = 0.0;

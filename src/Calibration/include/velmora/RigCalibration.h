@@ -38,7 +38,8 @@ struct RigOptions {
   int model = 20;      ///< lens model, a number of Calibrator's: MODEL_CLASSIC, MODEL_RATIONAL, MODEL_FULL
   bool robust = true;  ///< leave out points and images that disagree with the others
   double discRadius = 0.0;  ///< of the target's discs, metres; 0 takes image points for images of the centres
-  /// What the sheet may be taken for, a number of Calibrator's: SHEET_FLAT, SHEET_BENT, SHEET_FREE, SHEET_AUTO.
+  /// What the sheet may be taken for, a number of Calibrator's: SHEET_FLAT, SHEET_BENT, SHEET_FREE,
+  /// SHEET_AUTO.
   int sheetShape = 0;
   int threads = 0;  ///< 0: as many as pay
   /// One for each camera: these stay as they are. Empty: the intrinsics are estimated together with the rig.

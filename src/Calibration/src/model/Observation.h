@@ -10,7 +10,7 @@ namespace velmora {
 struct Observation {
   std::vector<cv::Point3d> object;
   std::vector<cv::Point2d> image;
-  std::vector<double> weights;  ///< of the points' squared residuals; empty: all one
+  std::vector<double> weights;   ///< of the points' squared residuals; empty: all one
   std::vector<size_t> places{};  ///< which points of the target these are; empty: all, in their order
 
   /// Whether the camera observed the target at all.

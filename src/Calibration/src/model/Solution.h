@@ -50,8 +50,9 @@ Layout LayoutOf(const Rig& rig, const Estimated& estimated, const Sheet& sheet);
 /// What eliminating a sheet's own bend from a view's equations leaves to know of it. Where shared parameters
 /// and pose take a step x, the bend's is step - spread x.
 struct EliminatedBend {
-  Eigen::Matrix3d inverse = Eigen::Matrix3d::Zero();  ///< of its block, in which is what is known of bends beforehand
-  Eigen::MatrixXd spread;   ///< 3 rows, a column for each of the view's own and six for the pose; or empty
+  Eigen::Matrix3d inverse =
+      Eigen::Matrix3d::Zero();  ///< of its block, in which is what is known of bends beforehand
+  Eigen::MatrixXd spread;  ///< 3 rows, a column for each of the view's own and six for the pose; or empty
   Eigen::Vector3d step = Eigen::Vector3d::Zero();
   double gain = 0.0;       ///< what its step alone takes off the cost, to first order
   double priorCost = 0.0;  ///< of what is known of bends beforehand
@@ -116,7 +117,8 @@ struct Solution {
   bool robust = false;               ///< whether outliers were to be rejected
   bool tooFewAgree = false;          ///< so few views agree that none of the others could be called wrong
   double discRadius = 0.0;           ///< that pixels were corrected for; 0: they were taken as they are
-  /// What a flat sheet would have given, from the same views and points; null where the sheet is taken for one.
+  /// What a flat sheet would have given, from the same views and points; null where the sheet is taken for
+  /// one.
   std::shared_ptr<const Solution> flat;
 };
 

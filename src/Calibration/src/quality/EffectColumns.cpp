@@ -18,7 +18,8 @@ EffectColumns Joined(const EffectColumns& a, const EffectColumns& b) {
 }
 
 EffectJacobian::EffectJacobian(const Solution& solution, EffectColumns columns)
-    : jacobian_(solution.rig, LayoutOf(solution), solution.sheet, std::move(columns)) {}
+    : jacobian_(solution.rig, LayoutOf(solution), solution.sheet, std::move(columns)) {
+}
 
 Eigen::MatrixXd EffectJacobian::ProductsOf(const TargetView& view) const {
   Eigen::MatrixXd products = jacobian_.ProductsOf(view).matrix;

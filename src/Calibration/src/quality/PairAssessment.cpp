@@ -90,16 +90,15 @@ class HeldErrors {
     const Eigen::Index intrinsics = layout_.sheet - POSE_PARAMETERS;
     const Eigen::Index rest = layout_.shared - intrinsics;
     Eigen::MatrixXd byIntrinsics;
-    if (!system.solvable ||
-        !SolveScaled(system.matrix.bottomRightCorner(rest, rest),
-                     system.matrix.bottomLeftCorner(rest, intrinsics), byIntrinsics)) {
+    if (!system.solvable || !SolveScaled(system.matrix.bottomRightCorner(rest, rest),
+                                         system.matrix.bottomLeftCorner(rest, intrinsics), byIntrinsics)) {
       return;
     }
     poseByIntrinsics_ = byIntrinsics;
   }
 
-  /// The covariance of the pose, and of what shape the sheet has, with that of both cameras' intrinsics. Unchanged where nothing is known of those,
-  /// as of refined ones, which are in the covariance themselves.
+  /// The covariance of the pose, and of what shape the sheet has, with that of both cameras' intrinsics.
+  /// Unchanged where nothing is known of those, as of refined ones, which are in the covariance themselves.
   Eigen::MatrixXd In(const Eigen::MatrixXd& pose, const cv::Mat& left, const cv::Mat& right) const {
     const bool isKnown = !left.empty() || !right.empty();
     if (!isKnown || pose.rows() != poseByIntrinsics_.rows() || poseByIntrinsics_.size() == 0) return pose;
@@ -134,13 +133,14 @@ void Measure(const Solution& solution, const PairRecords& records, PairVerdict& 
   const HeldIntrinsics& left = verdict.lensesRefined ? none : records.left;
   const HeldIntrinsics& right = verdict.lensesRefined ? none : records.right;
   verdict.lensesKnown = !left.formal.empty() && !right.formal.empty();
-  verdict.formal = OfRight(held.In(solver::SharedCovariance(solution, first), left.formal, right.formal), shape, T);
+  verdict.formal =
+      OfRight(held.In(solver::SharedCovariance(solution, first), left.formal, right.formal), shape, T);
   const Eigen::MatrixXd withLenses = solver::SharedCovariance(solution);
   verdict.withLenses = OfRight(withLenses, shape, T);
   verdict.left = PairCameraOf(solution, 0, withLenses, records.objectPoints.size());
   verdict.right = PairCameraOf(solution, 1, withLenses, records.objectPoints.size());
-  verdict.jackknife =
-      OfRight(held.In(solver::JackknifeCovariance(solution, first), left.jackknife, right.jackknife), shape, T);
+  verdict.jackknife = OfRight(
+      held.In(solver::JackknifeCovariance(solution, first), left.jackknife, right.jackknife), shape, T);
   const std::vector<double> apart = DisagreementsOf(solution);
   verdict.disagreement = UsualDisagreement(apart);
   for (const PairVerdict::Disagreement& moved : MovedViews(apart)) {

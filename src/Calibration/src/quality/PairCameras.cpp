@@ -21,8 +21,7 @@ std::vector<double> RmsOfSnapshots(const Solution& solution, size_t number, size
 void MeasureProjections(const Solution& solution, size_t number, const Eigen::MatrixXd& covariance,
                         PairVerdict::Camera& camera) {
   const Camera& of = solution.rig.cameras[number];
-  const Eigen::MatrixXd own =
-      solver::IntrinsicsCovariance(covariance, LayoutOf(solution).cameras[number]);
+  const Eigen::MatrixXd own = solver::IntrinsicsCovariance(covariance, LayoutOf(solution).cameras[number]);
   if (own.size() == 0 || of.imageSize.empty()) return;
   const ProjectionUncertainty uncertainty(of.intrinsics, of.imageSize, camera.dataArea);
   camera.deviationInData = uncertainty.InArea(own);

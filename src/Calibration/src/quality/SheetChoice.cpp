@@ -36,7 +36,8 @@ double DeviationOfPoses(const Solution& solution, const Eigen::MatrixXd& formal,
   for (size_t i = 1; i < solution.rig.cameras.size(); ++i) {
     const cv::Vec3d& T = solution.rig.cameras[i].cameraFromRig.t;
     const int pose = layout.cameras[i].pose;
-    const PairVerdict::Deviations known = Larger(DeviationsOf(formal, pose, T), DeviationsOf(jackknife, pose, T));
+    const PairVerdict::Deviations known =
+        Larger(DeviationsOf(formal, pose, T), DeviationsOf(jackknife, pose, T));
     squares += std::pow(known.rotation * RADIANS, 2) + std::pow(known.direction * RADIANS, 2) +
                std::pow(known.baseline, 2);
   }
@@ -94,8 +95,8 @@ SparseResult ShapedFrom(const SparseResult& flat, const solver::Target& target, 
 Solution EnlargedLens(const Solution& classic, const solver::BundleOptions& options) {
   const Solution larger = solver::SolveLargerModels(classic, options);
   if (!larger.usable) return larger;
-  Solution settled = solver::SolveShaped(
-      {larger.rig, larger.views, larger.estimated, larger.priors, larger.sheet}, options);
+  Solution settled =
+      solver::SolveShaped({larger.rig, larger.views, larger.estimated, larger.priors, larger.sheet}, options);
   solver::CopySelection(classic, settled);
   settled.flat = classic.flat;
   return settled;
@@ -141,8 +142,7 @@ ExtrinsicsResult PairWithShape(const ExtrinsicsResult& flat, const solver::Targe
   bundle.progress = [&options, points = CountOf(target.views)](int iteration, double cost) {
     return !options.progress || options.progress(iteration, std::sqrt(cost / points));
   };
-  auto solution =
-      std::make_shared<const Solution>(WithShape(target.views, *flat.solution, shape, bundle));
+  auto solution = std::make_shared<const Solution>(WithShape(target.views, *flat.solution, shape, bundle));
   if (bundle.progress.IsGivenUp()) CV_Error(cv::Error::StsError, "The computation was given up.");
   if (solution->sheet.IsFlat()) return flat;
   const bool refined = solution->estimated.intrinsics;

@@ -21,6 +21,9 @@ using Eigen::Index;
 
 /// Smaller ones hardly any printer avoids: 10 um of 100 mm.
 constexpr double LEAST_MISPRINT = 1e-4;
+/// 0.1 mm of 200: less than anybody sees.
+constexpr double LEAST_BEND = 1e-3;
+constexpr double SURE_OF_A_BEND = 3.0;    // deviations
 constexpr double DOUBTFUL_PRINT = 0.001;  // share of a length
 /// Beyond this ratio the dots' places go by rows rather than by columns, or the other way round.
 constexpr double CLEARLY_MORE = 1.3;
@@ -103,7 +106,8 @@ double CommonMoves(const Sheet& sheet, double cv::Point3d::*shared) {
   const Eigen::VectorXd moves = MovesOf(sheet.terms, sheet.values);
   std::map<double, std::pair<Eigen::Vector2d, double>> sums;
   for (size_t i = 0; i < sheet.target.size(); ++i) {
-    auto& [sum, count] = sums.try_emplace(sheet.target[i].*shared, Eigen::Vector2d::Zero(), 0.0).first->second;
+    auto& [sum, count] =
+        sums.try_emplace(sheet.target[i].*shared, Eigen::Vector2d::Zero(), 0.0).first->second;
     sum += moves.segment<2>(static_cast<Index>(3 * i));
     count += 1.0;
   }
@@ -133,24 +137,32 @@ class Remarks {
 
   /// `otherwise` is what would be, had the sheet been taken for flat.
   void Tell(const std::string& otherwise) {
-    if (measured_.bend > 0.0) {
-      Add("The sheet is bent by " + Millimetres(measured_.bend, 1) + ". This is taken into account; " +
-              otherwise + " otherwise.",
-          "A flat, stiff board would make the result more precise still.");
-    }
-    if (measured_.bendChanges > 0.0) {
-      Add("The sheet's bend changes from view to view by " + Millimetres(measured_.bendChanges, 1) + ".",
-          "A stiff board would help.");
-    }
+    const size_t before = remarks_.size();
+    TellBend();
     TellPrint();
     if (HasFreePoints(solution_.sheet.level) && solution_.views.size() < ENOUGH_FOR_FREE_POINTS) {
       Add("The sheet was measured by the same " + std::to_string(solution_.views.size()) +
               " views as the camera.",
           "Take ten or more.");
     }
+    if (remarks_.size() > before) {
+      remarks_[before].reason += " This is taken into account; " + otherwise + " otherwise.";
+    }
   }
 
  private:
+  void TellBend() {
+    const bool isSure = measured_.bend > SURE_OF_A_BEND * measured_.bendDeviation;
+    if (measured_.bend > LEAST_BEND * HalfSideOf(solution_.sheet) && isSure) {
+      Add("The sheet is bent by " + Millimetres(measured_.bend, 1) + ".",
+          "A flat, stiff board would make the result more precise still.");
+    }
+    if (measured_.bendChanges > 0.0) {
+      Add("The sheet's bend changes from view to view by " + Millimetres(measured_.bendChanges, 1) + ".",
+          "A stiff board would help.");
+    }
+  }
+
   void TellPrint() {
     if (measured_.misprint > LEAST_MISPRINT * HalfSideOf(solution_.sheet)) {
       Add("The dots are off their places by " + Millimetres(measured_.misprint, 2) + " (" +

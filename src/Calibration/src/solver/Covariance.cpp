@@ -23,9 +23,8 @@ Eigen::MatrixXd SharedCovariance(const Solution& solution, int firstEstimated) {
   ScaledSystem scaled;
   if (!system.solvable || !scaled.Decompose(system.matrix.bottomRightCorner(count, count))) return {};
   const Sheet& sheet = solution.sheet;
-  const double variance =
-      NoiseVariance(solution.cost, solution.views,
-                    static_cast<double>(count - sheet.terms.Count()) + sheet.counted);
+  const double variance = NoiseVariance(solution.cost, solution.views,
+                                        static_cast<double>(count - sheet.terms.Count()) + sheet.counted);
   return scaled.Solve(Eigen::MatrixXd::Identity(count, count) * variance);
 }
 

@@ -129,8 +129,7 @@ class Minimiser {
         Moved(problem_.sheet.target, MovesOf(problem_.sheet.terms, estimate.shape));
     ForRanges(Views(), options_.threads, [&](size_t first, size_t last) {
       for (size_t i = first; i < last; ++i) {
-        TakeShapedEquations(jacobian, problem_.sheet, ViewAt(estimate, common, i),
-                            evaluation.equations[i]);
+        TakeShapedEquations(jacobian, problem_.sheet, ViewAt(estimate, common, i), evaluation.equations[i]);
       }
     });
   }

@@ -333,7 +333,8 @@ PriorTerms PriorTermsOf(const std::vector<Prior>& priors, const Rig& rig, const 
   return terms;
 }
 
-void AddShapePrior(const Sheet& sheet, const Eigen::VectorXd& shape, const Layout& layout, PriorTerms& terms) {
+void AddShapePrior(const Sheet& sheet, const Eigen::VectorXd& shape, const Layout& layout,
+                   PriorTerms& terms) {
   const Index count = sheet.terms.Count();
   if (count == 0) return;
   const Eigen::VectorXd pulls = PullsOf(sheet.terms, sheet.variance);

@@ -151,8 +151,8 @@ bool FindPose(const Rig& rig, TargetView& view) {
     const Observation& observation = view.observations[camera];
     cv::Matx33d homography;
     if (observation.IsEmpty() || !HomographyOf(observation, homography)) continue;
-    view.rigFromTarget = Inverse(rig.cameras[camera].cameraFromRig) *
-                         KnownPoseOf(observation, rig.cameras[camera].intrinsics);
+    view.rigFromTarget =
+        Inverse(rig.cameras[camera].cameraFromRig) * KnownPoseOf(observation, rig.cameras[camera].intrinsics);
     return true;
   }
   return false;

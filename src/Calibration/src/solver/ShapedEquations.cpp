@@ -51,10 +51,10 @@ void TakeShapedEquations(const ViewJacobian& jacobian, const Sheet& sheet, const
   equations.bend.priorCost = value.cwiseAbs2().dot(PullsOf(sheet.ownBend, sheet.variance));
 }
 
-Eigen::Vector3d BendStepFor(const ViewEquations& equations, const Eigen::VectorXd& own, const PoseStep& pose) {
+Eigen::Vector3d BendStepFor(const ViewEquations& equations, const Eigen::VectorXd& own,
+                            const PoseStep& pose) {
   const EliminatedBend& bend = equations.bend;
-  return bend.step - bend.spread.leftCols(own.size()) * own -
-         bend.spread.rightCols<POSE_PARAMETERS>() * pose;
+  return bend.step - bend.spread.leftCols(own.size()) * own - bend.spread.rightCols<POSE_PARAMETERS>() * pose;
 }
 
 Eigen::Matrix3d BendCovarianceOf(const ViewEquations& equations) {

@@ -94,12 +94,15 @@ Eigen::Vector3d SquaresOfBends(const Solution& solution) {
   Eigen::Vector3d squares = Eigen::Vector3d::Zero();
   for (size_t i = 0; i < solution.views.size(); ++i) {
     const Eigen::Map<const Eigen::Vector3d> value(solution.views[i].bend.val);
-    squares += value.cwiseAbs2() + BendCovarianceOf(solution.equations[i]).diagonal() * solution.sheet.variance;
+    squares +=
+        value.cwiseAbs2() + BendCovarianceOf(solution.equations[i]).diagonal() * solution.sheet.variance;
   }
   return squares / static_cast<double>(solution.views.size());
 }
 
-bool IsOther(double now, double before) { return !(std::abs(now - before) <= SETTLED * before); }
+bool IsOther(double now, double before) {
+  return !(std::abs(now - before) <= SETTLED * before);
+}
 
 /// Takes what the solution tells of noise and bends for what is known of them. False when it is nothing new.
 bool Renew(const Solution& solution, Sheet& sheet) {
@@ -126,11 +129,10 @@ SheetRung RungOf(SheetLevel level, bool ownBends, Solution solution) {
   const double share = poses / views;
   const double numbers = 2.0 * CountOf(solution.views) * share;
   const double bends = CountedBends(solution);
-  const double unknowns = LayoutOf(solution).sheet + (solution.sheet.counted - bends) + bends * share +
-                          POSE_PARAMETERS * poses;
+  const double unknowns =
+      LayoutOf(solution).sheet + (solution.sheet.counted - bends) + bends * share + POSE_PARAMETERS * poses;
   SheetRung rung{level, ownBends, std::move(solution), 0.0};
-  rung.criterion =
-      numbers * std::log(rung.solution.cost * share / numbers) + unknowns * std::log(numbers);
+  rung.criterion = numbers * std::log(rung.solution.cost * share / numbers) + unknowns * std::log(numbers);
   return rung;
 }
 
@@ -180,9 +182,9 @@ class Ladder {
   }
 
   size_t BestFrom(size_t first) const {
-    const auto best = std::min_element(
-        rungs_.begin() + static_cast<std::ptrdiff_t>(first), rungs_.end(),
-        [](const SheetRung& a, const SheetRung& b) { return a.criterion < b.criterion; });
+    const auto best =
+        std::min_element(rungs_.begin() + static_cast<std::ptrdiff_t>(first), rungs_.end(),
+                         [](const SheetRung& a, const SheetRung& b) { return a.criterion < b.criterion; });
     return static_cast<size_t>(best - rungs_.begin());
   }
 

@@ -17,8 +17,8 @@ struct SheetRung {
   double criterion = 0.0;
 };
 
-/// Whether the shape of the sheet can be estimated from such views: they are of one target of twelve points or
-/// more, of which one of them at least shows all points that any shows.
+/// Whether the shape of the sheet can be estimated from such views: they are of one target of twelve points
+/// or more, of which one of them at least shows all points that any shows.
 bool HasOneTarget(const std::vector<TargetView>& views);
 
 /// Notes which points of the target each observation is of. False when one is of another target.

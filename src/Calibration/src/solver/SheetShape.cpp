@@ -32,7 +32,8 @@ Normalised NormalisedFrom(const std::vector<cv::Point3d>& target) {
     sheet.x(i) = target[static_cast<size_t>(i)].x;
     sheet.y(i) = target[static_cast<size_t>(i)].y;
   }
-  sheet.half = 0.5 * std::max(sheet.x.maxCoeff() - sheet.x.minCoeff(), sheet.y.maxCoeff() - sheet.y.minCoeff());
+  sheet.half =
+      0.5 * std::max(sheet.x.maxCoeff() - sheet.x.minCoeff(), sheet.y.maxCoeff() - sheet.y.minCoeff());
   sheet.x = (sheet.x.array() - sheet.x.mean()) / sheet.half;
   sheet.y = (sheet.y.array() - sheet.y.mean()) / sheet.half;
   return sheet;
@@ -150,7 +151,8 @@ SheetTerms TermsOf(const std::vector<cv::Point3d>& target, SheetLevel level) {
   const Normalised sheet = NormalisedFrom(target);
   const double unknown = std::numeric_limits<double>::infinity();
   Collector terms(sheet);
-  if (level == SheetLevel::Bent || level == SheetLevel::BentProportions) terms.AddHeights(BendOf(sheet), unknown);
+  if (level == SheetLevel::Bent || level == SheetLevel::BentProportions)
+    terms.AddHeights(BendOf(sheet), unknown);
   if (level == SheetLevel::FreePoints || level == SheetLevel::FreePointsProportions) {
     terms.AddHeights(SmoothHeightsOf(sheet), 1.0);
     terms.AddPlaces(FreePlacesOf(sheet), OWN_PLACES);

@@ -11,9 +11,9 @@ namespace velmora::solver {
 
 /// Of a plane target of at least six points that do not lie on a conic section, about the middle of them.
 ///
-/// Bends and proportions are in the unit of the target: what a point at half the target's longer side is moved
-/// by. Free heights are a Gaussian process with a deviation of 2 % of half that side, correlated over half of
-/// it, and 0.03 % on their own; free places in the plane have 0.05 %. Proportions have 1 %.
+/// Bends and proportions are in the unit of the target: what a point at half the target's longer side is
+/// moved by. Free heights are a Gaussian process with a deviation of 2 % of half that side, correlated over
+/// half of it, and 0.03 % on their own; free places in the plane have 0.05 %. Proportions have 1 %.
 SheetTerms TermsOf(const std::vector<cv::Point3d>& target, SheetLevel level);
 
 /// The three heights of a bend alone, which a view has of its own.

@@ -35,9 +35,9 @@ struct SparseResult : IntrinsicsResult {
   std::shared_ptr<const Solution> solution;
 };
 
-/// Like SolveIntrinsics, with the solver of this engine, for a flat sheet: same points, same shapes, same order. The classic
-/// model's result is the same least-squares minimum. The larger models' coefficients are kept small by a
-/// weak prior, which moves the RMS by less than a hundredth. Standard deviations are those of
+/// Like SolveIntrinsics, with the solver of this engine, for a flat sheet: same points, same shapes, same
+/// order. The classic model's result is the same least-squares minimum. The larger models' coefficients are
+/// kept small by a weak prior, which moves the RMS by less than a hundredth. Standard deviations are those of
 /// 2 N - unknowns degrees of freedom, of rotation vectors and translations as they are handed out.
 ///
 /// The target must be plane, with its points at z = 0. Raises cv::Exception for lists that do not match,

@@ -54,8 +54,12 @@ ViewJacobian::Products ViewJacobian::ProductsOf(const TargetView& view) const {
         products.usable = false;
         continue;
       }
-      const ObservedPoint observed{observation.object[k], observation.Place(k), pose.R,
-                                   inCamera,              camera,               (v.value - values[CY]) / values[FY]};
+      const ObservedPoint observed{observation.object[k],
+                                   observation.Place(k),
+                                   pose.R,
+                                   inCamera,
+                                   camera,
+                                   (v.value - values[CY]) / values[FY]};
       FillRow(observed, u, view.rigFromTarget, jacobian.row(row));
       FillRow(observed, v, view.rigFromTarget, jacobian.row(row + 1));
       jacobian(row, last) = u.value - observation.image[k].x;

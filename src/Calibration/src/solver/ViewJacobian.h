@@ -35,20 +35,20 @@ cv::Vec3d ByTarget(const ObservedPoint& observed, const Coordinate& coordinate);
 
 class ViewJacobian {
  public:
-  /// The rig and the sheet must outlive it. With extra columns, derivatives by all terms of the lens are known
-  /// to them, estimated or not.
+  /// The rig and the sheet must outlive it. With extra columns, derivatives by all terms of the lens are
+  /// known to them, estimated or not.
   ViewJacobian(const Rig& rig, const Layout& layout, const Sheet& sheet, ExtraColumns extra = {});
 
   Eigen::Index Shared() const { return layout_.shared; }
   Eigen::Index Extra() const { return extra_.count; }
 
   struct Products {
-    /// The derivatives times themselves, lower triangle: by what all views share, by the extra columns, by the
-    /// pose, by the view's own bend if it has one, and last the residuals. What is known beforehand of the
-    /// bend is in it.
+    /// The derivatives times themselves, lower triangle: by what all views share, by the extra columns, by
+    /// the pose, by the view's own bend if it has one, and last the residuals. What is known beforehand of
+    /// the bend is in it.
     Eigen::MatrixXd matrix;
     std::vector<double> costs;  ///< of each camera: the weighted sum of its squared residuals
-    bool usable = true;         ///< every point is in front of its camera; those that are not count for nothing
+    bool usable = true;  ///< every point is in front of its camera; those that are not count for nothing
   };
   Products ProductsOf(const TargetView& view) const;
 
