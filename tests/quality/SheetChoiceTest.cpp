@@ -128,7 +128,7 @@ double TurnOf(const ExtrinsicsResult& result, const world::Rig& truth) {
   return cv::norm(turn) * 180.0 / CV_PI;
 }
 
-StereoIntrinsics TrueLenses(const world::Rig& rig) {
+StereoIntrinsics TrueIntrinsicsOf(const world::Rig& rig) {
   const auto coefficients = [](const world::Lens& lens) {
     cv::Mat D = cv::Mat::zeros(1, 14, CV_64F);
     for (size_t i = 0; i < lens.D().size(); ++i) D.at<double>(static_cast<int>(i)) = lens.D()[i];
@@ -144,7 +144,7 @@ TEST(SheetChoice, OfAPairIsOneShapeForBothCameras) {
   const world::Rig rig = unit::RowOf(2);
   const auto views = unit::RigViewsOf(sheet, rig, 12, 0.1, 3);
   const auto targets = unit::Targets(views[0]);
-  const StereoIntrinsics lenses = TrueLenses(rig);
+  const StereoIntrinsics lenses = TrueIntrinsicsOf(rig);
   const SparsePairOptions options;
   const ExtrinsicsResult flat =
       SolveExtrinsicsSparsely(targets, views[0], views[1], lenses, CLASSIC, options);
@@ -168,7 +168,7 @@ TEST(SheetChoice, OfAPairBeforeAFlatSheetIsFlat) {
   const world::Rig rig = unit::RowOf(2);
   const auto views = unit::RigViewsOf({}, rig, 12, 0.1, 4);
   const auto targets = unit::Targets(views[0]);
-  const StereoIntrinsics lenses = TrueLenses(rig);
+  const StereoIntrinsics lenses = TrueIntrinsicsOf(rig);
   const ExtrinsicsResult flat = SolveExtrinsicsSparsely(targets, views[0], views[1], lenses, CLASSIC);
   const ExtrinsicsResult result = PairWithShape(flat, solver::PairTargetOf(targets, views[0], views[1]),
                                                 lenses, CLASSIC, SheetShape::Auto, SparsePairOptions());

@@ -28,8 +28,8 @@ constexpr double CHANCE = 0.85;
 constexpr double ASTRAY = 2.0;
 
 /// What is known of where cameras of known intrinsics stand, in radians and shares of the baseline.
-double DeviationOfPoses(const Solution& solution, const Eigen::MatrixXd& formal,
-                        const Eigen::MatrixXd& jackknife) {
+double UncertaintyOfPoses(const Solution& solution, const Eigen::MatrixXd& formal,
+                          const Eigen::MatrixXd& jackknife) {
   constexpr double RADIANS = CV_PI / 180.0;
   const Layout layout = LayoutOf(solution);
   double squares = 0.0;
@@ -45,11 +45,11 @@ double DeviationOfPoses(const Solution& solution, const Eigen::MatrixXd& formal,
 }
 
 /// What is known of projections where there are data, all cameras together; infinite when nothing is.
-double DeviationOf(const Solution& solution) {
+double UncertaintyOf(const Solution& solution) {
   const Eigen::MatrixXd formal = solver::SharedCovariance(solution);
   const Eigen::MatrixXd jackknife = solver::JackknifeCovariance(solution);
   if (formal.size() == 0 || jackknife.size() == 0) return std::numeric_limits<double>::infinity();
-  if (!solution.estimated.intrinsics) return DeviationOfPoses(solution, formal, jackknife);
+  if (!solution.estimated.intrinsics) return UncertaintyOfPoses(solution, formal, jackknife);
   const Layout layout = LayoutOf(solution);
   double squares = 0.0;
   for (size_t i = 0; i < solution.rig.cameras.size(); ++i) {
@@ -114,10 +114,10 @@ size_t ChooseRung(const std::vector<SheetRung>& rungs, SheetShape shape) {
   const Solution& solution = rungs[best].solution;
   const auto poses =
       static_cast<double>(solver::CountOfGroups(solver::GroupsOf(solution.views, solution.rig)));
-  double least = DeviationOf(solution) * (1.0 - CHANCE / std::sqrt(poses));
+  double least = UncertaintyOf(solution) * (1.0 - CHANCE / std::sqrt(poses));
   for (const size_t i : solver::AllowedOf(rungs)) {
     if (rungs[i].level == SheetLevel::Flat || !IsAsked(rungs[i], shape)) continue;
-    const double deviation = DeviationOf(rungs[i].solution);
+    const double deviation = UncertaintyOf(rungs[i].solution);
     if (!(deviation < least)) continue;
     least = deviation;
     best = i;
