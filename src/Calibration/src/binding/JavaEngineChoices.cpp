@@ -63,6 +63,10 @@ EXPORT(jboolean, nSetRobust)(JNIEnv* env, jclass, jint id, jboolean robust) {
   return With(env, id, [&](Calibrator& calibrator) { calibrator.SetRobust(robust != 0); });
 }
 
+EXPORT(jboolean, nSetSheetShape)(JNIEnv* env, jclass, jint id, jint shape) {
+  return With(env, id, [&](Calibrator& calibrator) { calibrator.SetSheetShape(shape); });
+}
+
 EXPORT(jboolean, nSetPartialGrids)(JNIEnv* env, jclass, jint id, jboolean partial) {
   return With(env, id, [&](Calibrator& calibrator) { calibrator.SetPartialGrids(partial != 0); });
 }

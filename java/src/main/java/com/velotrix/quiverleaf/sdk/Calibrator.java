@@ -46,6 +46,7 @@ public final class Calibrator implements AutoCloseable {
     // The engine itself begins with OpenCV's, as programs on its native methods know it.
     EngineChoices.nSetFinder(id, Finder.ROBUST.code());
     EngineChoices.nSetSolver(id, Solver.SPARSE.code());
+    EngineChoices.nSetSheetShape(id, SheetShape.AUTO.code());
     EngineChoices.nSetPartialGrids(id, true);
   }
 
@@ -133,6 +134,9 @@ public final class Calibrator implements AutoCloseable {
 
   /** Lets the sparse solver leave out snapshots and points that disagree; not at first. */
   public void setRobust(boolean robust) { EngineChoices.nSetRobust(id(), robust); }
+
+  /** What the sparse solver may take the sheet for; {@link SheetShape#AUTO} at first. */
+  public void setSheetShape(SheetShape shape) { EngineChoices.nSetSheetShape(id(), shape.code()); }
 
   /**
    * Has the sparse solver correct the centres of discs of that radius in metres; 0, as at first, takes them

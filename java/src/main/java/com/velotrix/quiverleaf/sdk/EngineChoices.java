@@ -25,6 +25,12 @@ public final class EngineChoices {
   /** Whether the sparse solver leaves out what disagrees. Unknown: false. */
   public static native boolean nSetRobust(int id, boolean robust);
 
+  /**
+   * What the sparse solver may take the sheet for: 0 flat, 1 bent, 2 with circles beside their places, 3 what
+   * the snapshots ask for. Unknown: false.
+   */
+  public static native boolean nSetSheetShape(int id, int shape);
+
   /** The radius of the discs in metres, 0 for no correction of their centres. Unknown: false. */
   public static native boolean nSetDiscRadius(int id, double radius);
 

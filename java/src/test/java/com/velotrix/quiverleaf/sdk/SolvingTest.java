@@ -36,6 +36,7 @@ class SolvingTest {
       }
       assertThrows(NullPointerException.class, () -> calibrator.setFinder(null));
       assertThrows(NullPointerException.class, () -> calibrator.setSolver(null));
+      assertThrows(NullPointerException.class, () -> calibrator.setSheetShape(null));
     }
   }
 
@@ -67,6 +68,7 @@ class SolvingTest {
       assertFalse(EngineChoices.nSetFinder(UNKNOWN, 1));
       assertFalse(EngineChoices.nSetSolver(UNKNOWN, 1));
       assertFalse(EngineChoices.nSetRobust(UNKNOWN, true));
+      assertFalse(EngineChoices.nSetSheetShape(UNKNOWN, 3));
       assertFalse(EngineChoices.nSetDiscRadius(UNKNOWN, 0.01));
       assertFalse(EngineChoices.nSetPartialGrids(UNKNOWN, true));
       assertFalse(EngineChoices.nAddSeen(UNKNOWN));
