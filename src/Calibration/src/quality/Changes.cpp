@@ -168,6 +168,7 @@ class Search {
     for (const size_t view : seen_) values.emplace_back(OwnValueOf(view), view);
     std::sort(values.begin(), values.end());
     std::vector<size_t> order;
+    order.reserve(values.size());
     for (const auto& value : values) order.push_back(value.second);
     const size_t split = BestSplit(order, IsRepeated() ? FEWEST_ON_A_SIDE : 1);
     if (split == 0) return {};

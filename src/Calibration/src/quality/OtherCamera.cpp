@@ -23,6 +23,7 @@ OtherCamera OtherCameraAmong(const std::vector<Observation>& leftOut, const Solu
                              size_t camera) {
   OtherCamera other;
   std::vector<TargetView> images;
+  images.reserve(leftOut.size());
   for (const Observation& image : leftOut) images.push_back({{}, {image}});
   if (images.size() < FEWEST) return other;
   const Camera& own = solution.rig.cameras[camera];
