@@ -9,8 +9,10 @@
 #include <vector>
 
 #include "Arrangement.h"
+#include "solver/Projection.h"
 #include "solver/RigProblems.h"
 #include "solver/SheetLadder.h"
+#include "solver/SheetShape.h"
 
 namespace unit {
 
