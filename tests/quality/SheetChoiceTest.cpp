@@ -121,6 +121,36 @@ TEST(SheetChoice, IsGivenUpAsOtherComputationsAre) {
   EXPECT_EQ(told, 40);
 }
 
+/// How often the computation of a flat sheet, and with it that of all shapes, tells of itself.
+int IterationsOf(const unit::PointLists& views, SheetShape shape, int model) {
+  SparseOptions options;
+  options.sheet = shape;
+  int told = 0;
+  options.progress = [&](int, double) { return ++told > 0; };
+  SolveIntrinsicsWithSheet(unit::Targets(views), views, unit::FRAME, model, options);
+  return told;
+}
+
+TEST(SheetChoice, IsGivenUpAmongTheShapesWhateverTheyWouldHaveBeen) {
+  for (const ShapedSheet& sheet : {ShapedSheet(), BentSheet()}) {
+    const unit::PointLists views = Views(sheet, 8);
+    for (const int model : {CLASSIC, RATIONAL}) {
+      const int first = IterationsOf(views, SheetShape::Flat, model) + 1;
+      const int last = IterationsOf(views, SheetShape::Auto, model);
+      ASSERT_GT(last, first);
+      for (const int end : {first, (first + last) / 2, last}) {
+        SparseOptions options;
+        options.sheet = SheetShape::Auto;
+        int told = 0;
+        options.progress = [&](int, double) { return ++told < end; };
+        EXPECT_THROW(SolveIntrinsicsWithSheet(unit::Targets(views), views, unit::FRAME, model, options),
+                     cv::Exception)
+            << model << " " << end;
+      }
+    }
+  }
+}
+
 /// How far the right camera is from where it should be, as deviations are told.
 double TurnOf(const ExtrinsicsResult& result, const world::Rig& truth) {
   cv::Vec3d turn;

@@ -83,10 +83,16 @@ SheetLevel MostOf(SheetShape shape) {
   return shape == SheetShape::Bent ? SheetLevel::BentProportions : SheetLevel::FreePointsProportions;
 }
 
+/// What was reached before a computation was given up is no result.
+void RequireNotGivenUp(const solver::ProgressMonitor& progress) {
+  if (progress.IsGivenUp()) CV_Error(cv::Error::StsError, "The computation was given up.");
+}
+
 /// The result with the shape that is best, which may be that it has.
 SparseResult ShapedFrom(const SparseResult& flat, const solver::Target& target, SheetShape shape,
                         const solver::BundleOptions& options) {
   Solution solution = WithShape(target.views, *flat.solution, shape, options);
+  RequireNotGivenUp(options.progress);
   if (solution.sheet.IsFlat()) return flat;
   return solver::SparseResultOf(std::move(solution), target, options.progress);
 }
@@ -143,7 +149,7 @@ ExtrinsicsResult PairWithShape(const ExtrinsicsResult& flat, const solver::Targe
     return !options.progress || options.progress(iteration, std::sqrt(cost / points));
   };
   auto solution = std::make_shared<const Solution>(WithShape(target.views, *flat.solution, shape, bundle));
-  if (bundle.progress.IsGivenUp()) CV_Error(cv::Error::StsError, "The computation was given up.");
+  RequireNotGivenUp(bundle.progress);
   if (solution->sheet.IsFlat()) return flat;
   const bool refined = solution->estimated.intrinsics;
   const StereoIntrinsics lenses = refined ? solver::PairIntrinsicsOf(solution->rig) : intrinsics;
@@ -171,6 +177,7 @@ SparseResult SolveIntrinsicsWithSheet(const std::vector<std::vector<cv::Point3d>
       target, options.sheet, classic);
   if (smaller.solution->sheet.IsFlat()) return best;
   Solution enlarged = EnlargedLens(*smaller.solution, bundle);
+  RequireNotGivenUp(bundle.progress);
   if (!enlarged.usable || !(NoiseVariance(enlarged) < NoiseVariance(*best.solution) / ASTRAY)) return best;
   return solver::SparseResultOf(std::move(enlarged), target, bundle.progress);
 }

@@ -11,15 +11,6 @@ namespace velmora::solver {
 
 namespace {
 
-void Note(const Selection& selection, const Solution& flat, Solution& solution) {
-  solution.kept = selection.kept;
-  solution.rejected = selection.rejected;
-  solution.tooFewAgree = selection.tooFewAgree;
-  solution.recounted = flat.recounted;
-  solution.discRadius = flat.discRadius;
-  solution.robust = flat.robust;
-}
-
 /// The views as they were before any were selected, counted as the solution counts them.
 std::vector<TargetView> Recounted(std::vector<TargetView> views, const Solution& solution) {
   for (const velmora::Recounted& image : solution.recounted) Reorder(image, views[image.view]);
@@ -41,7 +32,10 @@ std::vector<TargetView> AsObserved(const std::vector<TargetView>& views, const S
 /// The flat sheet of what was selected, as the ladder begins.
 Solution FlatAgain(const Selection& selection, const Solution& flat, const BundleOptions& options) {
   Solution again = Adjust({flat.rig, selection.views, flat.estimated, flat.priors, {}}, options);
-  Note(selection, flat, again);
+  CopySelection(flat, again);
+  again.kept = selection.kept;
+  again.rejected = selection.rejected;
+  again.tooFewAgree = selection.tooFewAgree;
   return again;
 }
 
