@@ -188,12 +188,12 @@ GridFinding Search(const cv::Mat& frame, const cv::Size& patternSize, PartialGri
   finding = DarkSearch(grey, patternSize, part).Run();
   if (finding.Found()) return finding;
   const cv::Mat inverted = 255 - grey;
-  const GridFinding light = DarkSearch(inverted, patternSize, part).Run();
+  GridFinding light = DarkSearch(inverted, patternSize, part).Run();
   if (light.Found()) return light;
   const bool partSeen = part != nullptr && part->Seen() > 0;
   if (partSeen || !SawNoGrid(finding) || !SawNoGrid(light)) return finding;
   for (const cv::Mat& image : {grey, inverted}) {
-    const GridFinding faint = DarkSearch(image, patternSize, nullptr).RunFaint();
+    GridFinding faint = DarkSearch(image, patternSize, nullptr).RunFaint();
     if (faint.Found()) return faint;
   }
   return finding;

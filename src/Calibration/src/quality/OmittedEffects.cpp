@@ -58,7 +58,7 @@ EffectColumns LensColumns(const Solution& solution, size_t camera) {
 }
 
 EffectColumns RadialColumns(const Solution& solution, size_t camera) {
-  if (!HasRadialTerms(solution, camera)) return {0, [](const auto&, const auto&, EffectRow) {}};
+  if (!HasRadialTerms(solution, camera)) return {0, [](const auto&, const auto&, const EffectRow&) {}};
   const RadialTerms terms = RadialTermsFor(solution, camera);
   return {RadialTerms::COUNT,
           [=](const ObservedPoint& observed, const solver::Coordinate& coordinate, EffectRow to) {

@@ -99,7 +99,7 @@ SparseResult ShapedFrom(const SparseResult& flat, const solver::Target& target, 
 
 /// The larger model of the lens, of the views and with the freedom of the sheet that the classic one has.
 Solution EnlargedLens(const Solution& classic, const solver::BundleOptions& options) {
-  const Solution larger = solver::SolveLargerModels(classic, options);
+  Solution larger = solver::SolveLargerModels(classic, options);
   if (!larger.usable) return larger;
   Solution settled =
       solver::SolveShaped({larger.rig, larger.views, larger.estimated, larger.priors, larger.sheet}, options);
