@@ -9,6 +9,7 @@
 #include "solver/SparseIntrinsics.h"
 #include "unit/Collection.h"
 #include "unit/Scopes.h"
+#include "unit/StereoCollection.h"
 
 using namespace velmora;
 
@@ -82,6 +83,105 @@ TEST(PartialGrids, AreTakenAsTheyAreSeen) {
   EXPECT_EQ(seen, points);
   EXPECT_FALSE(calibrator->AddPoints()) << "it was taken";
   EXPECT_EQ(calibrator->GetNumberOfRecords(), 2);
+}
+
+/// A pair in which the right camera sees a part.
+unit::ImagePair CutPair() {
+  double shift = 0.0;
+  unit::ImagePair pair = unit::PairWithGrid();
+  pair.right = CutImage(shift);
+  return pair;
+}
+
+std::unique_ptr<Calibrator> PairThatTakesParts() {
+  auto pair = unit::MakeCalibrator(Calibrator::STEREO);
+  pair->SetFinder(Calibrator::FINDER_ROBUST);
+  pair->SetPartialGrids(true);
+  return pair;
+}
+
+TEST(PartialGrids, OfAPairAreTakenAsTheyAreSeen) {
+  const auto calibrator = PairThatTakesParts();
+  const unit::ImagePair cut = CutPair();
+  std::vector<cv::Point2d> left;
+  std::vector<cv::Point2d> right;
+  EXPECT_FALSE(calibrator->AddSeen(left, right)) << "nothing was searched";
+  for (const bool cutLeft : {false, true}) {
+    cv::Mat first = (cutLeft ? cut.right : cut.left).clone();
+    cv::Mat second = (cutLeft ? cut.left : cut.right).clone();
+    EXPECT_FALSE(calibrator->DetectStereoPoints(first, second, left, right, false));
+    EXPECT_FALSE(calibrator->AddStereoPoints());
+    EXPECT_FALSE(calibrator->AddSeen(left)) << "it is a pair";
+    ASSERT_TRUE(calibrator->AddSeen(left, right));
+    EXPECT_EQ(left.size(), cutLeft ? 40U : 44U);
+    EXPECT_EQ(right.size(), cutLeft ? 44U : 40U);
+    EXPECT_FALSE(calibrator->AddSeen(left, right)) << "once only";
+    EXPECT_TRUE(left.empty());
+  }
+  EXPECT_EQ(calibrator->GetNumberOfRecords(), 2);
+}
+
+TEST(PartialGrids, OfAPairAreTakenWholeToo) {
+  const auto calibrator = PairThatTakesParts();
+  unit::ImagePair whole = unit::PairWithGrid();
+  std::vector<cv::Point2d> left;
+  std::vector<cv::Point2d> right;
+  ASSERT_TRUE(calibrator->DetectStereoPoints(whole.left, whole.right, left, right, false));
+  std::vector<cv::Point2d> seenLeft;
+  std::vector<cv::Point2d> seenRight;
+  ASSERT_TRUE(calibrator->AddSeen(seenLeft, seenRight));
+  EXPECT_EQ(seenLeft, left);
+  EXPECT_EQ(seenRight, right);
+  EXPECT_FALSE(calibrator->AddStereoPoints()) << "it was taken";
+}
+
+TEST(PartialGrids, OfAPairAreOffAtFirst) {
+  const auto calibrator = unit::MakeCalibrator(Calibrator::STEREO);
+  calibrator->SetFinder(Calibrator::FINDER_ROBUST);
+  unit::ImagePair cut = CutPair();
+  std::vector<cv::Point2d> left;
+  std::vector<cv::Point2d> right;
+  calibrator->DetectStereoPoints(cut.left, cut.right, left, right, false);
+  EXPECT_FALSE(calibrator->AddSeen(left, right));
+  EXPECT_EQ(calibrator->GetNumberOfRecords(), 0);
+}
+
+/// The picture without some discs of the first grid, as behind a hand in front of a corner of it.
+cv::Mat Bitten(const cv::Mat& image, const std::vector<size_t>& discs) {
+  cv::Mat bitten = image.clone();
+  const std::vector<cv::Point2d>& centres = unit::Rendered().centres.front();
+  for (const size_t k : discs) {
+    const double radius = 0.45 * cv::norm(centres[k] - centres[k - 4]);
+    cv::circle(bitten, centres[k], cvRound(radius), cv::Scalar::all(255), cv::FILLED);
+  }
+  return bitten;
+}
+
+TEST(PartialGrids, OfAPairNeedTheSameCircles) {
+  const auto calibrator = PairThatTakesParts();
+  const std::vector<size_t> corner = {28, 32, 33, 34, 36, 37, 38, 40, 41, 42};
+  for (const bool cutRight : {false, true}) {
+    unit::ImagePair pair = cutRight ? CutPair() : unit::PairWithGrid();
+    pair.left = Bitten(pair.left, corner);
+    std::vector<cv::Point2d> left;
+    std::vector<cv::Point2d> right;
+    EXPECT_FALSE(calibrator->DetectStereoPoints(pair.left, pair.right, left, right, false));
+    EXPECT_EQ(calibrator->AddSeen(left, right), !cutRight);
+    EXPECT_EQ(left.size(), cutRight ? 0U : 34U);
+  }
+}
+
+TEST(PartialGrids, OfAPairAreDrawnWhereTheyCanBeTaken) {
+  const auto calibrator = PairThatTakesParts();
+  const unit::ImagePair before = CutPair();
+  for (const bool blank : {false, true}) {
+    unit::ImagePair drawn = {before.left.clone(), before.right.clone()};
+    if (blank) drawn.left.setTo(cv::Scalar::all(255));
+    std::vector<cv::Point2d> left;
+    std::vector<cv::Point2d> right;
+    calibrator->DetectStereoPoints(drawn.left, drawn.right, left, right, true);
+    EXPECT_EQ(cv::norm(drawn.right, before.right, cv::NORM_INF) == 0.0, blank);
+  }
 }
 
 TEST(PartialGrids, AreDrawnInDetectionsToo) {

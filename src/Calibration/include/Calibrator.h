@@ -201,6 +201,11 @@ class VELMORA_API Calibrator {
   /// Makes the last detection in both frames a snapshot, once. False when there is none, during
   /// STATUS_PROGRESS and in a monocular calibrator.
   bool AddStereoPoints();
+  /// Makes what the last searched frames of a pair showed a snapshot, once: the whole grid as
+  /// AddStereoPoints() does or, where SetPartialGrids allows it, parts of it, if both cameras see three
+  /// quarters of the circles. `left` and `right` then receive the centres that each camera saw. False, with
+  /// both empty, when they showed too little, during STATUS_PROGRESS and in a monocular calibrator.
+  bool AddSeen(std::vector<cv::Point2d>& left, std::vector<cv::Point2d>& right);
   /// Adds a snapshot from centres supplied by the caller, who is trusted to pass all of them in the order of
   /// the grid search, paired with the frames of the last detection. Earlier results keep their RMS.
   void AddStereoPoints(const std::vector<cv::Point2d>& leftPoints,

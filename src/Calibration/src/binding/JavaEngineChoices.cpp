@@ -75,7 +75,9 @@ EXPORT(jboolean, nAddSeen)(JNIEnv* env, jclass, jint id) {
   bool added = false;
   With(env, id, [&](Calibrator& calibrator) {
     std::vector<cv::Point2d> seen;
-    added = calibrator.AddSeen(seen);
+    std::vector<cv::Point2d> right;
+    // A calibrator of the other kind refuses.
+    added = calibrator.AddSeen(seen) || calibrator.AddSeen(seen, right);
   });
   return added ? JNI_TRUE : JNI_FALSE;
 }

@@ -170,12 +170,12 @@ bool Calibrator::AddPoints(const std::vector<cv::Point2d>& points, const std::ve
 
 bool Calibrator::AddSeen(std::vector<cv::Point2d>& seen) {
   seen.clear();
-  return impl_->detector.WithSeen([&](const CameraSnapshot& last) {
-    if (!impl_->IsMonocular() || isCalibrating() || last.points.empty()) return false;
-    const bool added = last.weights.empty()
-                           ? impl_->AddSnapshot(last) > 0
-                           : impl_->AddWeighted({last}, velmora::Snapshots::EarlierRms::Drop);
-    if (added) seen = SeenPointsOf(last);
+  return impl_->detector.WithSeen([&](const std::vector<CameraSnapshot>& last) {
+    const CameraSnapshot& view = last.front();
+    if (!impl_->IsMonocular() || isCalibrating() || view.points.empty()) return false;
+    const bool added = view.weights.empty() ? impl_->AddSnapshot(view) > 0
+                                            : impl_->AddWeighted({view}, Snapshots::EarlierRms::Drop);
+    if (added) seen = SeenPointsOf(view);
     return added;
   });
 }
@@ -196,9 +196,21 @@ bool Calibrator::AddStereoPoints() {
       Log::debug("Pattern not detected in both pictures. No points added.");
       return false;
     }
-    const size_t count = impl_->snapshots.Add(last, Snapshots::EarlierRms::Drop);
-    if (count > 0) Log::debug("New points added. Snapshot count: %d", static_cast<int>(count));
-    return count > 0;
+    return impl_->AddPairSnapshot(last) > 0;
+  });
+}
+
+bool Calibrator::AddSeen(std::vector<cv::Point2d>& left, std::vector<cv::Point2d>& right) {
+  left.clear();
+  right.clear();
+  return impl_->detector.WithSeen([&](const std::vector<CameraSnapshot>& last) {
+    if (impl_->RefusesPair() || last.front().points.empty()) return false;
+    const bool added = last.front().weights.empty() ? impl_->AddPairSnapshot(last) > 0
+                                                    : impl_->AddWeighted(last, Snapshots::EarlierRms::Drop);
+    if (!added) return false;
+    left = SeenPointsOf(last.front());
+    right = SeenPointsOf(last.back());
+    return true;
   });
 }
 

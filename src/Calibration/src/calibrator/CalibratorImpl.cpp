@@ -87,6 +87,12 @@ size_t Calibrator::Impl::AddSnapshot(const CameraSnapshot& detection) {
   return count;
 }
 
+size_t Calibrator::Impl::AddPairSnapshot(const std::vector<CameraSnapshot>& detections) {
+  const size_t count = snapshots.Add(detections, Snapshots::EarlierRms::Drop);
+  if (count > 0) Log::debug("New points added. Snapshot count: %d", static_cast<int>(count));
+  return count;
+}
+
 bool Calibrator::Impl::AddWeighted(std::vector<CameraSnapshot> views, Snapshots::EarlierRms earlier) {
   std::string fault = FaultOfSnapshot(grid, views);
   if (fault.empty() && !detector.Finder().GetPartial() && std::any_of(views.begin(), views.end(), IsPart)) {

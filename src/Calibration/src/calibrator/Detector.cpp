@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "Log.h"
+#include "calibrator/ObservedPoints.h"
 #include "imaging/FrameKind.h"
 #include "imaging/FrameResize.h"
 
@@ -35,6 +36,12 @@ void AssertSameSize(const cv::Mat& left, const cv::Mat& right, const char* funct
                           "src/Calibration/src/Calibrator", line));
 }
 
+/// What a camera sees, the whole grid or a part of it, with a weight for each point.
+CameraSnapshot ObservedOf(const Centres& points, const PartialGrid& part) {
+  if (!part.points.empty()) return {part.points, {}, part.weights};
+  return {points, {}, std::vector<double>(points.size(), 1.0)};
+}
+
 }  // namespace
 
 Detector::Detector(const cv::Size& grid, const cv::Size& processingSize)
@@ -43,7 +50,7 @@ Detector::Detector(const cv::Size& grid, const cv::Size& processingSize)
 
 void Detector::Forget() {
   for (CameraSnapshot& camera : last_) camera.points.clear();
-  part_ = {};
+  parts_.assign(last_.size(), {});
 }
 
 /// Searches the frame and remembers what it shows.
@@ -53,21 +60,39 @@ bool Detector::Search(cv::Mat& frame, Centres& points) {
   if (found) {
     last_[0].points = points;
   } else {
-    part_.points = std::move(part.points);
-    part_.weights = std::move(part.weights);
+    parts_[0] = {std::move(part.points), {}, std::move(part.weights)};
   }
   return found;
 }
 
-void Detector::KeepFrame(const cv::Mat& frame) {
-  if (last_[0].points.empty() && part_.points.empty()) return;
-  last_[0].frame = frame.clone();
-  part_.frame = last_[0].frame;
+/// Searches the frames of a pair and remembers what both show.
+bool Detector::SearchPair(cv::Mat& left, cv::Mat& right, Centres& leftPoints, Centres& rightPoints) {
+  PartialGrid leftPart;
+  PartialGrid rightPart;
+  if (finder_.FindBoth(left, right, grid_, leftPoints, rightPoints, leftPart, rightPart)) {
+    last_[0].points = leftPoints;
+    last_[1].points = rightPoints;
+    return true;
+  }
+  // Points of a search that failed are none, unless the other search could have answered a part: it was the
+  // robust one then, and so was this.
+  if (leftPart.points.empty() && rightPart.points.empty()) return false;
+  std::vector<CameraSnapshot> seen = {ObservedOf(leftPoints, leftPart), ObservedOf(rightPoints, rightPart)};
+  if (FaultOfSnapshot(grid_, seen).empty()) parts_ = std::move(seen);
+  return false;
 }
 
-void Detector::DrawSeen(cv::Mat& frame) const {
-  if (!last_[0].points.empty()) DrawGrid(last_[0].points, grid_, frame);
-  if (!part_.points.empty()) DrawSeenGrid(part_.points, part_.weights, grid_, frame);
+void Detector::KeepFrame(size_t camera, const cv::Mat& frame) {
+  if (last_[camera].points.empty() && parts_[camera].points.empty()) return;
+  last_[camera].frame = frame.clone();
+  parts_[camera].frame = last_[camera].frame;
+}
+
+void Detector::DrawSeen(size_t camera, cv::Mat& frame) const {
+  const CameraSnapshot& whole = last_[camera];
+  const CameraSnapshot& part = parts_[camera];
+  if (!whole.points.empty()) DrawGrid(whole.points, grid_, frame);
+  if (!part.points.empty()) DrawSeenGrid(part.points, part.weights, grid_, frame);
 }
 
 std::string Detector::FaultOf(const cv::Mat& frame) const {
@@ -110,8 +135,8 @@ bool Detector::Detect(cv::Mat& frame, Centres& points, bool draw, const Overlay&
   const double elapsed = stopwatch.Seconds();
 
   const bool guided = guide.Draw(frame);
-  KeepFrame(frame);
-  if (draw || guided) DrawSeen(frame);
+  KeepFrame(0, frame);
+  if (draw || guided) DrawSeen(0, frame);
   if (draw || (found && guided)) DrawInfo(overlay, elapsed, frame);
   // Within the lock: what becomes the snapshot is the detection that was checked.
   if (found && guide.Take(last_[0])) Forget();
@@ -130,13 +155,13 @@ bool Detector::DetectPartial(cv::Mat& frame, Centres& points, std::vector<double
   if (Search(frame, points)) {
     weights.assign(points.size(), 1.0);
   } else {
-    points = part_.points;
-    weights = part_.weights;
+    points = parts_[0].points;
+    weights = parts_[0].weights;
   }
   const double elapsed = stopwatch.Seconds();
-  KeepFrame(frame);
+  KeepFrame(0, frame);
   if (draw) {
-    DrawSeen(frame);
+    DrawSeen(0, frame);
     DrawInfo(overlay, elapsed, frame);
   }
   if (flip_) cv::flip(frame, frame, AROUND_VERTICAL_AXIS);
@@ -151,16 +176,16 @@ bool Detector::DetectPair(cv::Mat& left, cv::Mat& right, Centres& leftPoints, Ce
   const Stopwatch stopwatch;
   Forget();
   if (!BringToProcessingSize(left, right)) return false;
-  const bool found = finder_.FindBoth(left, right, grid_, leftPoints, rightPoints);
+  const bool found = SearchPair(left, right, leftPoints, rightPoints);
   const double elapsed = stopwatch.Seconds();
 
-  if (found) {
-    last_[0] = {leftPoints, left.clone(), {}};
-    last_[1] = {rightPoints, right.clone(), {}};
+  KeepFrame(0, left);
+  KeepFrame(1, right);
+  if (draw) {
+    DrawSeen(0, left);
+    DrawInfo(overlay, elapsed, left);
+    DrawSeen(1, right);
   }
-  if (draw && found) DrawGrid(leftPoints, grid_, left);
-  if (draw) DrawInfo(overlay, elapsed, left);
-  if (draw && found) DrawGrid(rightPoints, grid_, right);
   if (flip_) {
     cv::flip(right, right, AROUND_VERTICAL_AXIS);
     cv::flip(left, left, AROUND_VERTICAL_AXIS);
@@ -194,9 +219,9 @@ bool Detector::WithLast(const std::function<bool(const std::vector<CameraSnapsho
   return true;
 }
 
-bool Detector::WithSeen(const std::function<bool(const CameraSnapshot&)>& take) {
+bool Detector::WithSeen(const std::function<bool(const std::vector<CameraSnapshot>&)>& take) {
   const std::lock_guard<std::mutex> lock(lock_);
-  if (!take(last_[0].points.empty() ? part_ : last_[0])) return false;
+  if (!take(last_[0].points.empty() ? parts_ : last_)) return false;
   Forget();
   return true;
 }

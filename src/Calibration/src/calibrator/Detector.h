@@ -51,7 +51,8 @@ class Detector {
   bool DetectPartial(cv::Mat& frame, std::vector<cv::Point2d>& points, std::vector<double>& weights,
                      bool draw, const Overlay& overlay);
   /// Searches the frames of a pair; see Calibrator::DetectStereoPoints. Nothing is done when `refuses` says
-  /// so at the moment when no other detection is under way any more.
+  /// so at the moment when no other detection is under way any more. Parts are never the last detection; they
+  /// are drawn, and their frames kept, where both cameras see enough of the same circles for a snapshot.
   bool DetectPair(cv::Mat& left, cv::Mat& right, std::vector<cv::Point2d>& leftPoints,
                   std::vector<cv::Point2d>& rightPoints, bool draw, const Overlay& overlay,
                   const std::function<bool()>& refuses);
@@ -64,17 +65,19 @@ class Detector {
   /// or it was used up. It is used up when `take` answers true; its frames are kept for centres that callers
   /// supply. `take` is called under the lock of detections: it must not detect.
   bool WithLast(const std::function<bool(const std::vector<CameraSnapshot>&)>& take);
-  /// The same with what the last frame of one camera showed, where Detect or DetectPartial searched it: the
-  /// whole grid or, with weights, a part of it. Both are used up together.
-  bool WithSeen(const std::function<bool(const CameraSnapshot&)>& take);
+  /// The same with what the last frames showed: each camera the whole grid or, with weights, a part of it.
+  /// Without points where that is not enough for a snapshot. Both are used up together.
+  bool WithSeen(const std::function<bool(const std::vector<CameraSnapshot>&)>& take);
   /// True when the last detection found the grid and was not used up. Waits for a detection under way.
   bool HasLast();
 
  private:
   void Forget();
   bool Search(cv::Mat& frame, std::vector<cv::Point2d>& points);
-  void KeepFrame(const cv::Mat& frame);
-  void DrawSeen(cv::Mat& frame) const;
+  bool SearchPair(cv::Mat& left, cv::Mat& right, std::vector<cv::Point2d>& leftPoints,
+                  std::vector<cv::Point2d>& rightPoints);
+  void KeepFrame(size_t camera, const cv::Mat& frame);
+  void DrawSeen(size_t camera, cv::Mat& frame) const;
   bool BringToProcessingSize(cv::Mat& frame) const;
   bool BringToProcessingSize(cv::Mat& left, cv::Mat& right) const;
   void DrawInfo(const Overlay& overlay, double elapsed, cv::Mat& frame) const;
@@ -86,7 +89,9 @@ class Detector {
 
   std::mutex lock_;  ///< one detection or collection at a time; guards the last detection
   std::vector<CameraSnapshot> last_{2};
-  CameraSnapshot part_;  ///< of the last frame, where it showed only that; without points else
+  /// Of the last frames, where they did not all show the whole grid, and yet enough of it for a snapshot;
+  /// without points else.
+  std::vector<CameraSnapshot> parts_{2};
 };
 
 }  // namespace velmora

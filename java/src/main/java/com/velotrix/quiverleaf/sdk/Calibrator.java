@@ -124,8 +124,8 @@ public final class Calibrator implements AutoCloseable {
   public void setFinder(Finder finder) { EngineChoices.nSetFinder(id(), finder.code()); }
 
   /**
-   * Whether {@link #takeSnapshot} takes frames of one camera in which the border or a hand hides up to a
-   * quarter of the grid's circles; with the robust search, and at first.
+   * Whether {@link #takeSnapshot} takes frames in which the border or a hand hides up to a quarter of the
+   * grid's circles (of a pair, from one camera or the other); with the robust search, and at first.
    */
   public void setPartialGrids(boolean partial) { EngineChoices.nSetPartialGrids(id(), partial); }
 
@@ -230,9 +230,7 @@ public final class Calibrator implements AutoCloseable {
    * Makes the last frame a snapshot; false when it shows no grid, nor a part of it that may be taken, or is
    * one already.
    */
-  public boolean takeSnapshot() {
-    return kind == Kind.STEREO ? Calibration.nAddStereoPicture(id()) : EngineChoices.nAddSeen(id());
-  }
+  public boolean takeSnapshot() { return EngineChoices.nAddSeen(id()); }
 
   /** Starts the computation of one camera. {@link #awaitResult} gets what comes out of it. */
   public void calibrate(LensModel model) {

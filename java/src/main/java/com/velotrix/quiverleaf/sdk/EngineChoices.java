@@ -40,8 +40,8 @@ public final class EngineChoices {
   public static native boolean nSetPartialGrids(int id, boolean partial);
 
   /**
-   * Makes what the last frame of one camera showed a snapshot: the grid or, where that is allowed, a part of
-   * it. False when it shows neither, or is one already. Unknown: false.
+   * Makes what the last frame of a camera, or the last frames of a pair, showed a snapshot: the grid or,
+   * where that is allowed, a part of it. False when it shows neither, or is one already. Unknown: false.
    */
   public static native boolean nAddSeen(int id);
 

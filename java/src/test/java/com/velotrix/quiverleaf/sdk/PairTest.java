@@ -17,6 +17,8 @@ import org.junit.jupiter.api.Test;
 class PairTest {
   private static final int SNAPSHOTS = 8;
   private static final double BASELINE = 0.1;
+  /** Moved by as many pixels, the first right picture shows all rows but the outermost. */
+  private static final int RIGHT_ROW_BEYOND = 236;
   private static final String FOREIGN = "caf\u00e9 \ud83d\ude00";
 
   private final Recorder recorder = new Recorder();
@@ -28,18 +30,22 @@ class PairTest {
     }
   }
 
-  private static List<BufferedImage> sideBySide() {
+  /** The right pictures are moved by as many pixels to the right, over white. */
+  private static List<BufferedImage> sideBySide(int pixels) {
     List<BufferedImage> left = Footage.pictures("pairs/left");
     List<BufferedImage> right = Footage.pictures("pairs/right");
     List<BufferedImage> both = new ArrayList<>();
     for (int i = 0; i < left.size(); ++i) {
       BufferedImage picture = new BufferedImage(1280, 480, BufferedImage.TYPE_3BYTE_BGR);
+      picture.getGraphics().fillRect(0, 0, 1280, 480);
       picture.getGraphics().drawImage(left.get(i), 0, 0, null);
-      picture.getGraphics().drawImage(right.get(i), 640, 0, null);
+      picture.getGraphics().drawImage(right.get(i), 640 + pixels, 0, null);
       both.add(picture);
     }
     return both;
   }
+
+  private static List<BufferedImage> sideBySide() { return sideBySide(0); }
 
   /** A calibrator with a snapshot of each pair of pictures. */
   private Calibrator collected() throws Exception {
@@ -52,6 +58,24 @@ class PairTest {
       calibrator.closeSource();
     }
     return calibrator;
+  }
+
+  @Test
+  void parts_of_the_grid_are_taken_unless_that_is_not_wanted() throws Exception {
+    try (Calibrator calibrator = Calibrator.builder().kind(Kind.STEREO).build();
+         Cameras cameras = new Cameras()) {
+      cameras.provide(0, sideBySide(RIGHT_ROW_BEYOND).subList(0, 1));
+      assertTrue(Calibration.nRegisterCalibrationListener(calibrator.id(), recorder, false, 0, 0));
+      calibrator.setPartialGrids(false);
+      assertTrue(calibrator.openCamera(0, 640, 480, 30));
+      assertTrue(recorder.await(3));
+      assertFalse(calibrator.takeSnapshot());
+      calibrator.setPartialGrids(true);
+      assertTrue(recorder.await(calibrator::takeSnapshot));
+      assertFalse(Calibration.nAddStereoPicture(calibrator.id()));
+      assertEquals(1, calibrator.snapshots());
+      calibrator.closeSource();
+    }
   }
 
   private static void expectBaseline(CalibrationResult result) {
