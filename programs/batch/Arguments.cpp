@@ -6,6 +6,7 @@
 #include <regex>
 
 #include "Calibrator.h"
+#include "batch/ImageSearch.h"
 #include "common/CommandLine.h"
 #include "common/Numbers.h"
 #include "common/OutputFiles.h"
@@ -220,6 +221,7 @@ Parsed ParseArguments(int argc, char** argv) {
     arguments.model = MODELS.at(arguments.modelName);
     arguments.output = common::WithoutExtension(arguments.output);
     CheckTogether(arguments);
+    common::ReadSheetShape(arguments.grid, UnitOf(arguments), arguments);
     parsed.run = true;
   } catch (const CLI::ParseError& error) {
     parsed.exitStatus = common::EndOfParsing(app, error, "nothing to do: name images, a folder or a video");

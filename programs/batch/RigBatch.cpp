@@ -26,6 +26,7 @@ velmora::RigOptions OptionsFrom(const Arguments& arguments, const std::vector<Ca
   options.model = arguments.model;
   options.discRadius = common::DiscRadius(arguments, UnitOf(arguments));
   options.sheetShape = arguments.sheet;
+  options.sheetPoints = arguments.sheetPoints;
   for (const CameraFile& file : intrinsics) options.intrinsics.push_back({file.K, file.D});
   return options;
 }

@@ -7,24 +7,9 @@
 
 #include "batch/Progress.h"
 #include "batch/ViewSelection.h"
+#include "common/SheetFile.h"
 
 namespace batch {
-
-namespace {
-
-/// The centres of the grid on the sheet, in the order of those that are found, metres.
-std::vector<cv::Point3d> GridPoints(const cv::Size& grid, float unit) {
-  std::vector<cv::Point3d> points;
-  for (int row = 0; row < grid.height; ++row) {
-    for (int column = 0; column < grid.width; ++column) {
-      points.emplace_back(static_cast<double>(unit) * (2 * column + row % 2), static_cast<double>(unit) * row,
-                          0.0);
-    }
-  }
-  return points;
-}
-
-}  // namespace
 
 RigViews::RigViews(const Arguments& arguments, std::vector<std::string> cameras)
     : arguments_(arguments), names_{std::move(cameras), {}}, grids_(names_.cameras.size()) {
@@ -101,7 +86,7 @@ void RigViews::Select() {
 
 velmora::RigRecords RigViews::Records() const {
   velmora::RigRecords records;
-  records.objectPoints.assign(names_.images.size(), GridPoints(arguments_.grid, UnitOf(arguments_)));
+  records.objectPoints.assign(names_.images.size(), common::GridPoints(arguments_.grid, UnitOf(arguments_)));
   for (const std::vector<GridView>& camera : grids_) {
     records.imagePoints.emplace_back();
     records.weights.emplace_back();

@@ -2,9 +2,13 @@
 #include "common/EngineOptions.h"
 
 #include <CLI/CLI.hpp>
+#include <fstream>
+#include <map>
+#include <stdexcept>
 
 #include "common/CommandLine.h"
 #include "common/Numbers.h"
+#include "common/SheetFile.h"
 
 namespace common {
 
@@ -12,6 +16,26 @@ namespace {
 
 /// As on the sheet that comes with the system: radius over unit.
 constexpr double USUAL_DISC = 0.4;
+
+const std::map<std::string, int> SHEET_SHAPES = {{"auto", Calibrator::SHEET_AUTO},
+                                                 {"flat", Calibrator::SHEET_FLAT},
+                                                 {"bent", Calibrator::SHEET_BENT},
+                                                 {"free", Calibrator::SHEET_FREE}};
+
+/// One of the names, or a file.
+void TakeSheetShape(const std::string& shape, EngineOptions& options) {
+  const auto known = SHEET_SHAPES.find(shape);
+  if (known != SHEET_SHAPES.end()) {
+    options.sheet = known->second;
+    options.sheetFile.clear();
+    return;
+  }
+  options.sheetFile = shape;
+  if (!std::ifstream(shape)) {
+    throw CLI::ValidationError("--sheet-shape",
+                               "'" + shape + "' is not one of auto, bent, flat, free, nor a file");
+  }
+}
 
 }  // namespace
 
@@ -23,20 +47,30 @@ void AddEngineOptions(CLI::App& app, EngineOptions& options) {
                  "sparse (milliseconds; leaves out what disagrees) or opencv (default: sparse)")
       ->transform(OneOf({{"sparse", Calibrator::SOLVER_SPARSE}, {"opencv", Calibrator::SOLVER_OPENCV}}))
       ->type_name("NAME");
-  app.add_option(
-         "--sheet-shape", options.sheet,
+  app.add_option_function<std::string>(
+         "--sheet-shape", [&options](const std::string& shape) { TakeSheetShape(shape, options); },
          "what the sparse solver may take the sheet for: flat, bent, free (points beside their places, "
-         "too) or auto (default: auto)")
-      ->transform(OneOf({{"auto", Calibrator::SHEET_AUTO},
-                         {"flat", Calibrator::SHEET_FLAT},
-                         {"bent", Calibrator::SHEET_BENT},
-                         {"free", Calibrator::SHEET_FREE}}))
-      ->type_name("SHAPE");
+         "too), auto (default: auto), or the verdict file of an earlier calibration that measured this sheet")
+      ->type_name("SHAPE|FILE");
   app.add_option("--disc", options.disc,
                  "radius of the discs in metres, for the sparse solver; 0: no correction of their centres "
                  "(default: 0.4 times the distance of adjacent rows)")
       ->check(FaultIfNegative, "not negative")
       ->type_name("METRES");
+}
+
+void ReadSheetShape(const cv::Size& grid, float unit, EngineOptions& options) {
+  if (options.sheetFile.empty()) return;
+  if (options.solver != Calibrator::SOLVER_SPARSE)
+    throw CLI::ValidationError("--sheet-shape", "OpenCV's solver knows no shape but a flat one");
+  std::string fault;
+  try {
+    options.sheetPoints = SheetPointsOf(options.sheetFile);
+    fault = FaultOfSheet(options.sheetPoints, grid, unit);
+  } catch (const std::invalid_argument& words) {
+    fault = words.what();
+  }
+  if (!fault.empty()) throw CLI::ValidationError("--sheet-shape", "'" + options.sheetFile + "' " + fault);
 }
 
 double DiscRadius(const EngineOptions& options, float unit) {
@@ -47,7 +81,11 @@ void ApplyEngineOptions(const EngineOptions& options, float unit, Calibrator& ca
   calibrator.SetFinder(options.finder);
   calibrator.SetSolver(options.solver);
   calibrator.SetRobust(true);
-  calibrator.SetSheetShape(options.sheet);
+  if (options.sheetPoints.empty()) {
+    calibrator.SetSheetShape(options.sheet);
+  } else {
+    calibrator.SetSheetShape(options.sheetPoints);
+  }
   calibrator.SetDiscRadius(DiscRadius(options, unit));
 }
 

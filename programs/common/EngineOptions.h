@@ -1,6 +1,10 @@
 /// The options of the calibrating tools that say how to search grids and how to solve.
 #pragma once
 
+#include <opencv2/core.hpp>
+#include <string>
+#include <vector>
+
 #include "Calibrator.h"
 
 namespace CLI {
@@ -14,10 +18,16 @@ struct EngineOptions {
   int finder = Calibrator::FINDER_ROBUST;
   int solver = Calibrator::SOLVER_SPARSE;
   int sheet = Calibrator::SHEET_AUTO;
-  double disc = -1.0;  ///< radius of the discs in metres; negative: that of the usual sheet
+  std::string sheetFile;                 ///< the verdict that holds the sheet's shape; empty: `sheet` counts
+  std::vector<cv::Point3d> sheetPoints;  ///< of that file, once it was read
+  double disc = -1.0;                    ///< radius of the discs in metres; negative: that of the usual sheet
 };
 
 void AddEngineOptions(CLI::App& app, EngineOptions& options);
+
+/// Reads the file with the sheet's shape, where there is one. Raises CLI::ValidationError when it has none of
+/// such a grid.
+void ReadSheetShape(const cv::Size& grid, float unit, EngineOptions& options);
 
 /// The radius of the discs of a grid of that unit, metres.
 double DiscRadius(const EngineOptions& options, float unit);

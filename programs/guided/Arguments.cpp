@@ -90,6 +90,7 @@ Parsed ParseArguments(int argc, const char* const* argv, const std::string& ship
     if (arguments.output.empty() || arguments.output.back() == '/') {
       throw CLI::ValidationError("--output", "a name is needed");
     }
+    common::ReadSheetShape(GRID, UnitOf(arguments), arguments);
     if (app.count("--until") > 0) arguments.until = ParsePixels(until);
     parsed.run = true;
   } catch (const CLI::ParseError& error) {

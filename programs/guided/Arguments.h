@@ -1,6 +1,7 @@
 /// The arguments of the guided calibration.
 #pragma once
 
+#include <opencv2/core.hpp>
 #include <string>
 
 #include "common/EngineOptions.h"
@@ -8,6 +9,9 @@
 #include "common/SourceSettings.h"
 
 namespace guided {
+
+/// The only one whose poses can be asked for.
+inline const cv::Size GRID(4, 11);
 
 struct Arguments : common::EngineOptions {
   common::SourceSettings source;

@@ -25,8 +25,6 @@ namespace guided {
 
 namespace {
 
-const cv::Size GRID(4, 11);
-
 /// The source, and word of its end: a recording that cannot be read any further.
 common::FrameReader::Source TellingOfItsEnd(common::FrameReader::Source source,
                                             const std::shared_ptr<std::atomic<bool>>& ended) {

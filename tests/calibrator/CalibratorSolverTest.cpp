@@ -1,6 +1,7 @@
 /// A calibrator's choice between the solvers.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <future>
 #include <nlohmann/json.hpp>
 #include <thread>
@@ -37,6 +38,31 @@ TEST(Solver, StaysWhenAnUnknownOneIsAskedFor) {
   calibrator->SetSolver(Calibrator::SOLVER_SPARSE);
   EXPECT_EQ(unit::PrintedBy([&] { calibrator->SetSolver(7); }), "ERROR : There is no solver 7.\n");
   EXPECT_EQ(calibrator->GetSolver(), Calibrator::SOLVER_SPARSE);
+}
+
+TEST(Solver, GoesByTheShapeOfTheSheetThatIsKnown) {
+  const auto calibrator = unit::CalibratorWith(unit::NoisyViews(9));
+  calibrator->SetSolver(Calibrator::SOLVER_SPARSE);
+  const float flat = calibrator->ComputeCalibration(Calibrator::MODEL_CLASSIC);
+  std::vector<cv::Point3d> points = MakeObjectTemplate(unit::GRID, unit::UNIT);
+  calibrator->SetSheetShape(points);
+  EXPECT_NEAR(calibrator->ComputeCalibration(Calibrator::MODEL_CLASSIC), flat, 1e-4F);
+  EXPECT_EQ(calibrator->GetVerdict().sheet.model, "known");
+  EXPECT_LT(calibrator->GetVerdict().sheet.bend, 1e-9);
+  for (size_t k = 0; k < points.size(); ++k) points[k].z = k < 22 ? 0.004 : -0.004;
+  calibrator->SetSheetShape(points);
+  EXPECT_GT(calibrator->ComputeCalibration(Calibrator::MODEL_CLASSIC), 2.0F * flat);
+  const CalibrationVerdict wrong = calibrator->GetVerdict();
+  EXPECT_TRUE(std::any_of(wrong.remarks.begin(), wrong.remarks.end(), [](const auto& remark) {
+    return remark.reason == "The given shape of the sheet fits worse than a flat one.";
+  })) << wrong.ToJson();
+  EXPECT_NE(wrong.grade, CalibrationVerdict::Grade::Good);
+  points.pop_back();
+  EXPECT_EQ(unit::PrintedBy([&] { calibrator->SetSheetShape(points); }),
+            "ERROR : The shape of the sheet is not one of this grid: a point near each of the 44 places is "
+            "needed.\n");
+  calibrator->SetSheetShape(Calibrator::SHEET_FLAT);
+  EXPECT_EQ(calibrator->ComputeCalibration(Calibrator::MODEL_CLASSIC), flat);
 }
 
 TEST(Solver, OfTheSparseKindGivesItsNumbersToTheAccessors) {

@@ -282,6 +282,14 @@ TEST(RigCalibration, TakesTheShapeOfTheSheetThatIsAllowed) {
   EXPECT_GT(flat.rms, 1.5 * bent.rms);
   ExpectTruth(bent, rig, 0.15, 0.001);
   EXPECT_NEAR(bent.verdict.sheet.points.back().y, 0.2, 0.001) << "in the frame of the grid";
+  RigOptions again;
+  again.model = options.model;
+  again.sheetPoints = bent.verdict.sheet.points;
+  const RigResult given = velmora::CalibrateRig(records, again);
+  EXPECT_EQ(given.verdict.sheet.model, "known");
+  EXPECT_NEAR(given.verdict.sheet.bend, bent.verdict.sheet.bend, 1e-9);
+  EXPECT_NEAR(given.rms, bent.rms, 0.01);
+  EXPECT_NEAR(given.verdict.sheet.points.back().y, bent.verdict.sheet.points.back().y, 1e-9);
   const auto tells = [](const RigResult& result) {
     return std::any_of(result.verdict.remarks.begin(), result.verdict.remarks.end(), [](const auto& remark) {
       return remark.reason.find("This is taken into account; rotations would be off by") != std::string::npos;

@@ -32,6 +32,22 @@ TEST(SolverChoice, RefusesWhatIsNoSolverAndNoRadius) {
   EXPECT_EQ(choice.Current().discRadius, 0.008);
 }
 
+TEST(SolverChoice, HasOneAssumptionOfTheSheet) {
+  SolverChoice choice;
+  EXPECT_TRUE(choice.Current().sheet.IsFlat());
+  choice.SetSheetShape(SHEET_AUTO);
+  EXPECT_EQ(choice.Current().sheet.allowed, SheetShape::Auto);
+  choice.SetSheetShape({{1.0, 2.0, 3.0}});
+  EXPECT_EQ(choice.Current().sheet.known.size(), 1U);
+  EXPECT_EQ(unit::PrintedBy([&] { choice.SetSheetShape(4); }), "ERROR : There is no shape 4 of sheets.\n");
+  EXPECT_EQ(choice.Current().sheet.known.size(), 1U);
+  EXPECT_TRUE(choice.Current().UsedSheet().IsFlat()) << "OpenCV knows no other";
+  choice.SetSolver(SOLVER_SPARSE);
+  EXPECT_EQ(choice.Current().UsedSheet().known.size(), 1U);
+  choice.SetSheetShape(SHEET_BENT);
+  EXPECT_TRUE(choice.Current().sheet.known.empty());
+}
+
 TEST(SolverSettings, OfferToOpenCvOnlyWhatItDoes) {
   SolverChoice choice;
   choice.SetDiscRadius(0.008);

@@ -26,10 +26,10 @@ unit::PointLists Views(const ShapedSheet& sheet, std::uint64_t seed, int count =
   return unit::ViewsOf(sheet, unit::DistortedCamera(), count, noise, seed);
 }
 
-SparseResult Solved(const unit::PointLists& views, SheetShape shape, bool robust = false,
+SparseResult Solved(const unit::PointLists& views, const SheetAssumption& sheet, bool robust = false,
                     int model = CLASSIC) {
   SparseOptions options;
-  options.sheet = shape;
+  options.sheet = sheet;
   options.robust = robust;
   return SolveIntrinsicsWithSheet(unit::Targets(views), views, unit::FRAME, model, options);
 }
@@ -108,6 +108,71 @@ TEST(SheetChoice, OfTwoViewsOfTwoTargetsIsFlat) {
   options.sheet = SheetShape::Auto;
   const SparseResult result = SolveIntrinsicsWithSheet(targets, views, unit::FRAME, CLASSIC, options);
   EXPECT_TRUE(result.solution->sheet.IsFlat());
+}
+
+/// Where the points of a sheet are, by one calibration, for another one.
+SheetAssumption MeasuredIn(const unit::PointLists& views) {
+  SheetAssumption sheet;
+  sheet.known = AssessIntrinsics(unit::Targets(views), views, unit::FRAME, Solved(views, SheetShape::Bent))
+                    .sheet.points;
+  return sheet;
+}
+
+TEST(SheetChoice, GoesByTheShapeThatWasMeasuredBefore) {
+  const SheetAssumption known = MeasuredIn(Views(BentSheet(), 11, 25));
+  ASSERT_EQ(known.known.size(), 44U);
+  double own = 0.0;
+  double given = 0.0;
+  for (const std::uint64_t seed : {12, 13, 14, 15}) {
+    const unit::PointLists views = Views(BentSheet(), seed, 5);
+    const SparseResult measured = Solved(views, SheetShape::Bent);
+    const SparseResult result = Solved(views, known);
+    ASSERT_TRUE(result.solution->sheet.IsKnown());
+    EXPECT_EQ(result.solution->sheet.terms.Count(), 0);
+    EXPECT_FALSE(result.solution->sheet.HasOwnBends());
+    EXPECT_LT(ErrorOf(result, views), 0.25 * ErrorOf(Solved(views, SheetShape::Flat), views));
+    own += ErrorOf(measured, views);
+    given += ErrorOf(result, views);
+  }
+  EXPECT_LT(given, 0.8 * own) << "five views know less of the shape than 25";
+}
+
+TEST(SheetChoice, OfAKnownShapeBringsBackWhatAFlatSheetMadeOutliersOf) {
+  ShapedSheet sheet;
+  sheet.bend = {0.0, 0.001, 0.003};
+  const SheetAssumption known = MeasuredIn(Views(sheet, 16, 25, 0.05));
+  unit::PointLists views = Views(sheet, 17, 12, 0.05);
+  views[3][9] += cv::Point2d(4.0, -3.0);
+  const SparseResult result = Solved(views, known, true);
+  EXPECT_NEAR(std::sqrt(NoiseVariance(*result.solution)), 0.05, 0.006);
+  ASSERT_GE(result.rejected.size(), 1U);
+  EXPECT_LE(result.rejected.size(), 3U);
+}
+
+TEST(SheetChoice, OfAKnownShapeGivesViewsTheirOwnBendsWhereTheyHaveThem) {
+  ShapedSheet sheet = BentSheet();
+  const SheetAssumption known = MeasuredIn(Views(sheet, 18, 25));
+  sheet.changing = 0.0005;
+  const unit::PointLists views = Views(sheet, 19, 12);
+  const SparseResult result = Solved(views, known);
+  EXPECT_TRUE(result.solution->sheet.HasOwnBends());
+  EXPECT_NEAR(std::sqrt(NoiseVariance(*result.solution)), 0.1, 0.01);
+}
+
+TEST(SheetChoice, OfAKnownShapeIsOfTheLargerModelsToo) {
+  const SheetAssumption known = MeasuredIn(Views(BentSheet(), 20, 25));
+  const unit::PointLists views = Views(BentSheet(), 21, 15);
+  const SparseResult result = Solved(views, known, false, RATIONAL);
+  EXPECT_TRUE(result.solution->sheet.IsKnown());
+  EXPECT_EQ(result.solution->rig.cameras.front().intrinsics.estimated, RATIONAL_PARAMETERS);
+  EXPECT_LT(ErrorOf(result, views), 0.25);
+}
+
+TEST(SheetChoice, RefusesTheShapeOfAnotherGrid) {
+  const unit::PointLists views = Views({}, 22);
+  SheetAssumption other;
+  other.known = MakeObjectTemplate(unit::GRID, 2.0F * unit::UNIT);
+  EXPECT_THROW(Solved(views, other), cv::Exception);
 }
 
 TEST(SheetChoice, IsGivenUpAsOtherComputationsAre) {
@@ -190,6 +255,13 @@ TEST(SheetChoice, OfAPairIsOneShapeForBothCameras) {
   ASSERT_FALSE(refined.solution->sheet.IsFlat());
   EXPECT_TRUE(refined.solution->estimated.intrinsics);
   EXPECT_LT(TurnOf(refined, rig), 0.2);
+  SheetAssumption known;
+  known.known = unit::PrintedGrid().GridPoints();
+  unit::Bend(sheet.bend, known.known);
+  const ExtrinsicsResult given = PairWithShape(flat, target, lenses, CLASSIC, known, options);
+  EXPECT_TRUE(given.solution->sheet.IsKnown());
+  EXPECT_NEAR(std::sqrt(NoiseVariance(*given.solution)), 0.1, 0.01);
+  EXPECT_LT(TurnOf(given, rig), 0.5 * TurnOf(flat, rig));
   EXPECT_NEAR(refined.refined.K.at<double>(0, 0), rig.cameras[0].lens.K()(0, 0),
               0.01 * rig.cameras[0].lens.K()(0, 0));
 }

@@ -75,6 +75,14 @@ TEST(Verdict, HasTheSheetInItsJsonWhereItWasMeasured) {
   EXPECT_EQ(again.sheet.points, verdict.sheet.points);
 }
 
+TEST(Verdict, GivesItsSheetAlone) {
+  CalibrationVerdict verdict;
+  EXPECT_THROW(CalibrationVerdict::Sheet::FromVerdict(verdict.ToJson()), std::invalid_argument);
+  EXPECT_THROW(CalibrationVerdict::Sheet::FromVerdict("{"), std::invalid_argument);
+  verdict.sheet = MeasuredSheet();
+  EXPECT_EQ(CalibrationVerdict::Sheet::FromVerdict(verdict.ToJson()).ToJson(), verdict.sheet.ToJson());
+}
+
 TEST(Verdict, HasAllItsNumbersInItsJson) {
   CalibrationVerdict verdict;
   verdict.views = 7;

@@ -241,6 +241,11 @@ class VELMORA_API Calibrator {
   /// whatever the views ask for (see docs/solver.md). The shape is estimated with the camera, and is in the
   /// verdict. Any other number is refused with an error line.
   void SetSheetShape(const int& shape);
+  /// The shape of the sheet where it was measured before, until the other SetSheetShape is called: where the
+  /// centres of the grid are, metres, in its order and frame, as a verdict's sheet.points has them. The
+  /// sparse solver goes by it and estimates nothing of it, but for a bend of its own for each view where the
+  /// views ask for one. Points that are not near the places of this grid are refused with an error line.
+  void SetSheetShape(const std::vector<cv::Point3d>& points);
   /// Lets the sparse solver, with a pair of cameras, move both lenses too, from those that the monocular
   /// results have, together with how the cameras stand to each other and all poses of the grid: the results
   /// then have refined camera matrices (3 x 3) and coefficients (1 x 14, of which the model's are refined).

@@ -27,9 +27,10 @@ struct VELMORA_API CalibrationVerdict {
     std::string reason;
   };
 
-  /// The shape of the sheet, where it was estimated with the camera.
+  /// The shape of the sheet, where it was estimated with the camera or known.
   struct Sheet {
-    std::string model = "flat";  ///< "flat", "bent", or "free": with points beside their places
+    /// "flat", "bent", "free" (with points beside their places), or "known": given, not estimated.
+    std::string model = "flat";
     /// Where its points are, metres, in the order of the grid and in the target's frame, whose plane z = 0
     /// fits them best; empty of a flat one.
     std::vector<cv::Point3d> points;
@@ -49,6 +50,9 @@ struct VELMORA_API CalibrationVerdict {
 
     /// As in a verdict's JSON.
     std::string ToJson() const;
+    /// That of a verdict's JSON, of one camera or several. Raises std::invalid_argument for other texts, and
+    /// where the sheet was taken for flat.
+    static Sheet FromVerdict(const std::string& text);
   };
 
   Grade grade = Grade::None;  ///< None: there is no result to assess

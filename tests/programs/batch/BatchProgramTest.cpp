@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <nlohmann/json.hpp>
 #include <opencv2/imgcodecs.hpp>
 
 #include "CalibAssistant.h"
@@ -17,6 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using support::Process;
+using Words = std::vector<std::string>;
 constexpr std::chrono::minutes LONG_ENOUGH{3};
 
 const std::vector<double> DISTORTION = {-0.28, 0.09, 0.001, -0.0005, 0.0};
@@ -45,6 +47,11 @@ class BatchProgram : public ::testing::Test {
   }
 
   static std::string Views() { return folder_->File("views"); }
+
+  static Words Joined(Words a, const Words& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+  }
 
   static int Run(Process& tool) { return tool.WaitForExit(LONG_ENOUGH); }
 
@@ -195,6 +202,58 @@ TEST_F(BatchProgram, AVideoIsCalibratedAndComparedWithItsTruth) {
   const double fx = truth.lens.K()(0, 0);
   EXPECT_NEAR(result.readMat("cameraMatrix").at<double>(0, 0), fx, 0.005 * fx);
   EXPECT_NE(compare.Output().find("fx"), std::string::npos);
+}
+
+TEST_F(BatchProgram, TheShapeOfASheetIsMeasuredOnceAndUsedAgain) {
+  Process::Options options;
+  options.folder = folder_->Path();
+  const Words command = {VELMORA_BATCH, Views(), "--model", "classic"};
+  Process measuring(Joined(command, {"--sheet-shape", "bent", "--output", "first"}), options);
+  ASSERT_EQ(Run(measuring), 0) << measuring.Errors();
+  Process later(Joined(command, {"--sheet-shape", "first_verdict.json", "--output", "second"}), options);
+  ASSERT_EQ(Run(later), 0) << later.Errors();
+  const auto sheetOf = [](const std::string& name) {
+    return nlohmann::json::parse(support::ReadText(folder_->File(name))).at("sheet");
+  };
+  EXPECT_EQ(sheetOf("first_verdict.json").at("model"), "bent");
+  EXPECT_EQ(sheetOf("second_verdict.json").at("model"), "known");
+  for (size_t k = 0; k < 44; ++k) {
+    for (size_t i = 0; i < 3; ++i) {
+      EXPECT_NEAR(sheetOf("second_verdict.json").at("points").at(k).at(i).get<double>(),
+                  sheetOf("first_verdict.json").at("points").at(k).at(i).get<double>(), 1e-9);
+    }
+  }
+  JSON first;
+  JSON second;
+  ASSERT_TRUE(first.load(folder_->File("first.json")));
+  ASSERT_TRUE(second.load(folder_->File("second.json")));
+  EXPECT_NEAR(first.readDouble("error"), second.readDouble("error"), 0.001);
+}
+
+TEST_F(BatchProgram, TheShapeOfAnotherSheetIsRefused) {
+  Process::Options options;
+  options.folder = folder_->Path();
+  const auto complaint = [&](const Words& words) {
+    Process tool(Joined({VELMORA_BATCH, Views()}, words), options);
+    EXPECT_EQ(Run(tool), 2);
+    return tool.Errors();
+  };
+  EXPECT_EQ(complaint({"--sheet-shape", "round"})
+                .find("ERROR: --sheet-shape: 'round' is not one of auto, bent, "
+                      "flat, free, nor a file"),
+            0U);
+  support::WriteText(folder_->File("flat.json"), "{}");
+  EXPECT_NE(complaint({"--sheet-shape", "flat.json"})
+                .find("'flat.json' is no verdict on a calibration that measured the shape of its sheet"),
+            std::string::npos);
+  Process measuring({VELMORA_BATCH, Views(), "--sheet-shape", "bent", "--output", "bent"}, options);
+  ASSERT_EQ(Run(measuring), 0) << measuring.Errors();
+  EXPECT_NE(complaint({"--sheet-shape", "bent_verdict.json", "--hdist", "0.5"})
+                .find("'bent_verdict.json' has the shape of another sheet, or of one with another --hdist"),
+            std::string::npos);
+  EXPECT_NE(complaint({"--sheet-shape", "bent_verdict.json", "--solver", "opencv"})
+                .find("OpenCV's solver knows no shape but a flat one"),
+            std::string::npos);
 }
 
 TEST_F(BatchProgram, PicturesBecomeAModelOfTheAssistant) {

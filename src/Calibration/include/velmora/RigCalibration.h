@@ -41,6 +41,10 @@ struct RigOptions {
   /// What the sheet may be taken for, a number of Calibrator's: SHEET_FLAT, SHEET_BENT, SHEET_FREE,
   /// SHEET_AUTO.
   int sheetShape = 0;
+  /// The sheet's shape where it was measured before: where the target's points are, metres, in its frame (a
+  /// verdict's sheet.points). Nothing of it is estimated then but a bend of its own for each view, where the
+  /// views ask for one. Empty: sheetShape counts.
+  std::vector<cv::Point3d> sheetPoints;
   int threads = 0;  ///< 0: as many as pay
   /// One for each camera: these stay as they are. Empty: the intrinsics are estimated together with the rig.
   std::vector<KnownIntrinsics> intrinsics;

@@ -261,6 +261,16 @@ void Calibrator::SetSheetShape(const int& shape) {
   impl_->computations.Choice().SetSheetShape(shape);
 }
 
+void Calibrator::SetSheetShape(const std::vector<cv::Point3d>& points) {
+  if (!solver::IsShapeOf(impl_->target, points)) {
+    Log::error(
+        "The shape of the sheet is not one of this grid: a point near each of the %d places is needed.",
+        static_cast<int>(impl_->target.size()));
+    return;
+  }
+  impl_->computations.Choice().SetSheetShape(points);
+}
+
 void Calibrator::SetRobust(const bool& robust) {
   impl_->computations.Choice().SetRobust(robust);
 }
@@ -308,7 +318,7 @@ PoseProposal Calibrator::ProposePose(const int& model) {
   ProposalSettings settings = {impl_->target, impl_->size, model, GetFinder(), {}};
   settings.solver.robust = chosen.robust;
   settings.solver.discRadius = chosen.discRadius;
-  settings.solver.sheet = chosen.UsedSheetShape();
+  settings.solver.sheet = chosen.UsedSheet();
   return velmora::ProposePose(*now.snapshots, settings);
 }
 

@@ -39,6 +39,9 @@ struct Calibrator::Impl {
   /// refused.
   size_t AddSnapshot(const velmora::CameraSnapshot& detection);
 
+  /// Makes them a snapshot of two cameras; the new count, 0 when it is refused.
+  size_t AddPairSnapshot(const std::vector<velmora::CameraSnapshot>& detections);
+
   /// Makes a snapshot of views with weights; false, with an error line where they are at fault, when it is
   /// refused.
   bool AddWeighted(std::vector<velmora::CameraSnapshot> views, velmora::Snapshots::EarlierRms earlier);

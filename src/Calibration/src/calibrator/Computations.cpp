@@ -62,7 +62,7 @@ Result Computations::SolveCamera(const SnapshotList& views, int model, const Pro
   if (settings.IsSparse()) {
     SparseOptions options = OptionsOf(settings);
     options.progress = progress;
-    options.sheet = settings.UsedSheetShape();
+    options.sheet = settings.UsedSheet();
     result.camera = SolveIntrinsicsWithSheet(seen.target, points, imageSize_, model, options);
     LogRejected(seen.InGrid(result.camera.rejected));
   } else {
@@ -107,9 +107,9 @@ Result Computations::SolvePair(const SnapshotList& views, const StereoIntrinsics
     solved = settings.refineIntrinsics
                  ? RefinePairSparsely(seen.target, left, right, intrinsics, imageSize_, model, options)
                  : SolveExtrinsicsSparsely(seen.target, left, right, intrinsics, model, options);
-    if (settings.UsedSheetShape() != SheetShape::Flat) {
+    if (!settings.sheet.IsFlat()) {
       solved = PairWithShape(solved, solver::PairTargetOf(seen.target, left, right), intrinsics, model,
-                             settings.UsedSheetShape(), options);
+                             settings.sheet, options);
     }
     LogRejectedOfPair(seen.InGrid(solved.solution->rejected));
     LogRecountedOfPair(solved.solution->recounted);
@@ -183,7 +183,7 @@ ModelChoice Computations::ChooseModel() const {
   settings.robust = settings.robust && settings.IsSparse();
   const ObservedPoints seen = ObservedIn(*now.snapshots);
   SparseOptions options = OptionsOf(settings);
-  options.sheet = settings.UsedSheetShape();
+  options.sheet = settings.UsedSheet();
   return CompareModels(seen.target, seen.cameras.front(), imageSize_, options);
 }
 

@@ -74,6 +74,12 @@ void RequireMatching(const RigRecords& records, const RigOptions& options) {
   RequireWeights(records);
 }
 
+SheetAssumption SheetOf(const RigOptions& options) {
+  SheetAssumption sheet = SheetShapeOf(options.sheetShape);
+  sheet.known = options.sheetPoints;
+  return sheet;
+}
+
 class RigComputation {
  public:
   RigComputation(const RigRecords& records, const RigOptions& options)
@@ -94,8 +100,9 @@ class RigComputation {
     start.estimated.intrinsics = options_.intrinsics.empty();
     Solution solution = solver::CalibrateRig(start, options_.robust, bundle_);
     RequireResult(solution, "The views agree with no rig.");
-    if (options_.sheetShape != SHEET_FLAT) {
-      solution = WithShape(start.views, solution, SheetShapeOf(options_.sheetShape), bundle_);
+    const SheetAssumption sheet = SheetOf(options_);
+    if (!sheet.IsFlat()) {
+      solution = WithShape(start.views, solution, AboutMiddle(sheet, target_.middles.front()), bundle_);
       RequireResult(solution, "The views agree with no rig.");
     }
     TranslateNumbers(solution);

@@ -2,6 +2,7 @@
 #include "calibrator/SolverSettings.h"
 
 #include <cmath>
+#include <utility>
 
 #include "Log.h"
 
@@ -20,7 +21,19 @@ void SolverChoice::SetSheetShape(int shape) {
     Log::error("There is no shape %d of sheets.", shape);
     return;
   }
-  sheetShape_ = shape;
+  const std::lock_guard<std::mutex> lock(lock_);
+  sheet_ = SheetShapeOf(shape);
+}
+
+void SolverChoice::SetSheetShape(std::vector<cv::Point3d> points) {
+  const std::lock_guard<std::mutex> lock(lock_);
+  sheet_ = SheetAssumption();
+  sheet_.known = std::move(points);
+}
+
+SolverSettings SolverChoice::Current() const {
+  const std::lock_guard<std::mutex> lock(lock_);
+  return {solver_, robust_, discRadius_, refineIntrinsics_, sheet_};
 }
 
 void SolverChoice::SetDiscRadius(double radius) {

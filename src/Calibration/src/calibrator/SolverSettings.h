@@ -2,6 +2,9 @@
 #pragma once
 
 #include <atomic>
+#include <mutex>
+#include <opencv2/core.hpp>
+#include <vector>
 
 #include "model/Codes.h"
 #include "model/Sheet.h"
@@ -14,13 +17,13 @@ struct SolverSettings {
   bool robust = false;
   double discRadius = 0.0;        ///< metres; 0 takes centres as they are
   bool refineIntrinsics = false;  ///< of pairs
-  int sheetShape = SHEET_FLAT;
+  SheetAssumption sheet;
 
   bool IsSparse() const { return solver == SOLVER_SPARSE; }
   /// Zero for a solver that does not correct eccentricity.
   double UsedDiscRadius() const { return IsSparse() ? discRadius : 0.0; }
   /// Flat for a solver that knows no other.
-  SheetShape UsedSheetShape() const { return IsSparse() ? SheetShapeOf(sheetShape) : SheetShape::Flat; }
+  SheetAssumption UsedSheet() const { return IsSparse() ? sheet : SheetAssumption(); }
   /// False for a solver that does not refine.
   bool RefinesIntrinsics() const { return IsSparse() && refineIntrinsics; }
 };
@@ -34,15 +37,18 @@ class SolverChoice {
   void SetDiscRadius(double radius);
   void SetRefineIntrinsics(bool refine) { refineIntrinsics_ = refine; }
   void SetSheetShape(int shape);
+  /// Points of the calibrator's target, in its frame.
+  void SetSheetShape(std::vector<cv::Point3d> points);
 
-  SolverSettings Current() const { return {solver_, robust_, discRadius_, refineIntrinsics_, sheetShape_}; }
+  SolverSettings Current() const;
 
  private:
   std::atomic<int> solver_{SOLVER_OPENCV};
   std::atomic<bool> robust_{false};
   std::atomic<double> discRadius_{0.0};
   std::atomic<bool> refineIntrinsics_{false};
-  std::atomic<int> sheetShape_{SHEET_FLAT};
+  mutable std::mutex lock_;  ///< guards the sheet
+  SheetAssumption sheet_;
 };
 
 }  // namespace velmora

@@ -33,6 +33,19 @@ enum class SheetShape {
 /// That of a number of Codes.h.
 SheetShape SheetShapeOf(int number);
 
+/// What a computation goes by, as to the sheet's shape.
+struct SheetAssumption {
+  SheetAssumption() = default;
+  SheetAssumption(SheetShape shape) : allowed(shape) {}  // NOLINT(google-explicit-constructor): it is one
+
+  SheetShape allowed = SheetShape::Flat;
+  /// Where the points of the target are, as measured before, in its frame and order: nothing of the shape is
+  /// estimated then, but for bends of single views. Empty: `allowed` counts.
+  std::vector<cv::Point3d> known;
+
+  bool IsFlat() const { return allowed == SheetShape::Flat && known.empty(); }
+};
+
 /// How far the points of a target lie beside their places: a sum of terms, each times a column. Nothing is in
 /// it that a shift, a turn or another size of the whole target would do, so that poses and shape do not make
 /// up for each other. Of a bend that means heights about the plane that fits them best.
@@ -51,15 +64,18 @@ struct SheetTerms {
 /// values and the view's own bend put them.
 struct Sheet {
   SheetLevel level = SheetLevel::Flat;
-  std::vector<cv::Point3d> target;  ///< as it was meant to be, flat; empty: the points stay as they are
-  SheetTerms terms;                 ///< estimated together, from all views
-  Eigen::VectorXd values;           ///< of the terms
-  SheetTerms ownBend;               ///< of each view beside the common shape; no columns: views have none
-  double variance = 0.0;            ///< of the noise, by which what is known beforehand weighs
+  /// As it was meant to be, flat, or as it is known to be; empty: the points stay as they are.
+  std::vector<cv::Point3d> target;
+  SheetTerms terms;        ///< estimated together, from all views
+  Eigen::VectorXd values;  ///< of the terms
+  SheetTerms ownBend;      ///< of each view beside the common shape; no columns: views have none
+  double variance = 0.0;   ///< of the noise, by which what is known beforehand weighs
   /// For how many numbers terms and bends count: what is known beforehand takes off some.
   double counted = 0.0;
 
   bool IsFlat() const { return target.empty(); }
+  /// Whether the shape was known, so that it has no terms.
+  bool IsKnown() const { return level == SheetLevel::Flat && !target.empty(); }
   bool HasOwnBends() const { return ownBend.Count() > 0; }
 };
 

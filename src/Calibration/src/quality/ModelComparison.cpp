@@ -176,7 +176,7 @@ ModelChoice ChooseAmong(const std::vector<Candidate>& candidates) {
 ModelChoice CompareModels(const std::vector<std::vector<cv::Point3d>>& objectPoints,
                           const std::vector<std::vector<cv::Point2d>>& imagePoints, const cv::Size& imageSize,
                           const SparseOptions& options) {
-  if (options.sheet != SheetShape::Flat) {
+  if (!options.sheet.IsFlat()) {
     const auto shaped = CandidatesWithShape(objectPoints, imagePoints, imageSize, options);
     if (!shaped.empty()) return ChooseAmong(shaped);
   }

@@ -89,12 +89,25 @@ void RequireNotGivenUp(const solver::ProgressMonitor& progress) {
 }
 
 /// The result with the shape that is best, which may be that it has.
-SparseResult ShapedFrom(const SparseResult& flat, const solver::Target& target, SheetShape shape,
+SparseResult ShapedFrom(const SparseResult& flat, const solver::Target& target, const SheetAssumption& sheet,
                         const solver::BundleOptions& options) {
-  Solution solution = WithShape(target.views, *flat.solution, shape, options);
+  Solution solution = WithShape(target.views, *flat.solution, sheet, options);
   RequireNotGivenUp(options.progress);
   if (solution.sheet.IsFlat()) return flat;
   return solver::SparseResultOf(std::move(solution), target, options.progress);
+}
+
+/// The solution of a sheet of known shape.
+Solution WithKnownShape(const std::vector<TargetView>& views, const Solution& flat,
+                        const std::vector<cv::Point3d>& known, const solver::BundleOptions& options) {
+  const solver::SheetShapes shapes = solver::KnownShapesOf(views, flat, known, options);
+  RequireNotGivenUp(options.progress);
+  const auto best =
+      std::min_element(shapes.rungs.begin() + 1, shapes.rungs.end(),
+                       [](const SheetRung& a, const SheetRung& b) { return a.criterion < b.criterion; });
+  if (best == shapes.rungs.end())
+    CV_Error(cv::Error::StsError, "The views agree with no camera before a sheet of the known shape.");
+  return solver::Finished(shapes, static_cast<size_t>(best - shapes.rungs.begin()), options);
 }
 
 /// The larger model of the lens, of the views and with the freedom of the sheet that the classic one has.
@@ -131,15 +144,21 @@ size_t ChooseRung(const std::vector<SheetRung>& rungs, SheetShape shape) {
   return best;
 }
 
-Solution WithShape(const std::vector<TargetView>& views, const Solution& flat, SheetShape shape,
+Solution WithShape(const std::vector<TargetView>& views, const Solution& flat, const SheetAssumption& sheet,
                    const solver::BundleOptions& options) {
-  const solver::SheetShapes shapes = solver::ShapesOf(views, flat, MostOf(shape), options);
-  const size_t chosen = ChooseRung(shapes.rungs, shape);
+  if (!sheet.known.empty()) return WithKnownShape(views, flat, sheet.known, options);
+  const solver::SheetShapes shapes = solver::ShapesOf(views, flat, MostOf(sheet.allowed), options);
+  const size_t chosen = ChooseRung(shapes.rungs, sheet.allowed);
   return chosen == 0 ? flat : solver::Finished(shapes, chosen, options);
 }
 
+SheetAssumption AboutMiddle(SheetAssumption sheet, const cv::Vec3d& middle) {
+  for (cv::Point3d& point : sheet.known) point -= cv::Point3d(middle);
+  return sheet;
+}
+
 ExtrinsicsResult PairWithShape(const ExtrinsicsResult& flat, const solver::Target& target,
-                               const StereoIntrinsics& intrinsics, int model, SheetShape shape,
+                               const StereoIntrinsics& intrinsics, int model, const SheetAssumption& sheet,
                                const SparsePairOptions& options) {
   solver::BundleOptions bundle;
   bundle.parameters = LensModelOf(model).parameters;
@@ -148,7 +167,8 @@ ExtrinsicsResult PairWithShape(const ExtrinsicsResult& flat, const solver::Targe
   bundle.progress = [&options, points = CountOf(target.views)](int iteration, double cost) {
     return !options.progress || options.progress(iteration, std::sqrt(cost / points));
   };
-  auto solution = std::make_shared<const Solution>(WithShape(target.views, *flat.solution, shape, bundle));
+  auto solution = std::make_shared<const Solution>(
+      WithShape(target.views, *flat.solution, AboutMiddle(sheet, target.middles.front()), bundle));
   RequireNotGivenUp(bundle.progress);
   if (solution->sheet.IsFlat()) return flat;
   const bool refined = solution->estimated.intrinsics;
@@ -164,17 +184,18 @@ SparseResult SolveIntrinsicsWithSheet(const std::vector<std::vector<cv::Point3d>
                                       const std::vector<std::vector<cv::Point2d>>& imagePoints,
                                       const cv::Size& imageSize, int model, const SparseOptions& options) {
   SparseResult flat = SolveIntrinsicsSparsely(objectPoints, imagePoints, imageSize, model, options);
-  if (options.sheet == SheetShape::Flat) return flat;
+  if (options.sheet.IsFlat()) return flat;
   const solver::Target target = solver::TargetOf(objectPoints, imagePoints);
+  const SheetAssumption sheet = AboutMiddle(options.sheet, target.middles.front());
   const solver::BundleOptions bundle = solver::BundleOptionsOf(options, target, model);
-  SparseResult best = ShapedFrom(flat, target, options.sheet, bundle);
+  SparseResult best = ShapedFrom(flat, target, sheet, bundle);
   if (bundle.parameters == CLASSIC_PARAMETERS) return best;
   // With a flat sheet a larger model may have led far from the lens, where no shape leads back from.
   solver::BundleOptions classic = bundle;
   classic.parameters = CLASSIC_PARAMETERS;
   const SparseResult smaller = ShapedFrom(
       SolveIntrinsicsSparsely(objectPoints, imagePoints, imageSize, LensModels().front().number, options),
-      target, options.sheet, classic);
+      target, sheet, classic);
   if (smaller.solution->sheet.IsFlat()) return best;
   Solution enlarged = EnlargedLens(*smaller.solution, bundle);
   RequireNotGivenUp(bundle.progress);

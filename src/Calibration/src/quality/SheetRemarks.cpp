@@ -60,6 +60,12 @@ Eigen::MatrixXd HeightRowsOf(const SheetTerms& terms) {
 void MeasureBend(const Solution& solution, const Eigen::MatrixXd& covariance,
                  CalibrationVerdict::Sheet& measured) {
   const SheetTerms& terms = solution.sheet.terms;
+  if (solution.sheet.IsKnown()) {
+    const auto [lowest, highest] =
+        std::minmax_element(measured.points.begin(), measured.points.end(),
+                            [](const auto& a, const auto& b) { return a.z < b.z; });
+    measured.bend = highest->z - lowest->z;
+  }
   if (terms.Count() == 0) return;
   const Eigen::MatrixXd rows = HeightRowsOf(terms);
   const Eigen::VectorXd heights = rows * solution.sheet.values;
@@ -138,6 +144,11 @@ class Remarks {
   /// `otherwise` is what would be, had the sheet been taken for flat.
   void Tell(const std::string& otherwise) {
     const size_t before = remarks_.size();
+    if (solution_.sheet.IsKnown() && measured_.flatRms > 0.0 && measured_.flatRms < RmsOf(solution_)) {
+      Add("The given shape of the sheet fits worse than a flat one.",
+          "Is it of this sheet? Else let it be estimated.");
+      return;
+    }
     TellBend();
     TellPrint();
     if (HasFreePoints(solution_.sheet.level) && solution_.views.size() < ENOUGH_FOR_FREE_POINTS) {
@@ -187,7 +198,7 @@ class Remarks {
 CalibrationVerdict::Sheet ShapeOf(const Solution& solution) {
   const Sheet& sheet = solution.sheet;
   CalibrationVerdict::Sheet measured;
-  measured.model = HasFreePoints(sheet.level) ? "free" : "bent";
+  measured.model = sheet.IsKnown() ? "known" : HasFreePoints(sheet.level) ? "free" : "bent";
   measured.points = Moved(sheet.target, MovesOf(sheet.terms, sheet.values));
   MeasureBend(solution, solver::SharedCovariance(solution), measured);
   MeasurePrint(solution, measured);

@@ -154,6 +154,14 @@ std::string CalibrationVerdict::Sheet::ToJson() const {
   return TextOf(*this).dump();
 }
 
+CalibrationVerdict::Sheet CalibrationVerdict::Sheet::FromVerdict(const std::string& text) {
+  try {
+    return SheetFrom(nlohmann::json::parse(text).at("sheet"));
+  } catch (const nlohmann::json::exception& fault) {
+    throw std::invalid_argument(std::string("the text has no shape of a sheet: ") + fault.what());
+  }
+}
+
 std::string CalibrationVerdict::ToJson() const {
   nlohmann::json text;
   text["grade"] = ToString();

@@ -39,6 +39,15 @@ Solution FlatAgain(const Selection& selection, const Solution& flat, const Bundl
   return again;
 }
 
+/// Makes the flat solution one of what was selected, where that can be solved.
+void TakeSelection(const Selection& selection, const BundleOptions& options, Solution& flat,
+                   SheetShapes& shapes) {
+  Solution again = FlatAgain(selection, flat, options);
+  if (!again.usable) return;
+  flat = std::move(again);
+  shapes.views = selection.views;
+}
+
 /// Selects twice: the smooth shape of the first time tells what is no part of the sheet, the free one of the
 /// second how precise its points are.
 Selection SelectedByShape(const std::vector<TargetView>& views, const Solution& flat, SheetLevel most,
@@ -77,14 +86,25 @@ SheetShapes ShapesOf(const std::vector<TargetView>& views, const Solution& flat,
   Solution first = flat;
   shapes.views = AsObserved(counted, flat);
   if (flat.robust) {
-    const Selection selection = SelectedByShape(counted, flat, most, options);
-    Solution again = FlatAgain(selection, flat, options);
-    if (again.usable) {
-      first = std::move(again);
-      shapes.views = selection.views;
-    }
+    TakeSelection(SelectedByShape(counted, flat, most, options), options, first, shapes);
   }
   shapes.rungs = ClimbSheet(first, most, options);
+  for (SheetRung& rung : shapes.rungs) CopySelection(shapes.rungs.front().solution, rung.solution);
+  return shapes;
+}
+
+SheetShapes KnownShapesOf(const std::vector<TargetView>& views, const Solution& flat,
+                          const std::vector<cv::Point3d>& known, const BundleOptions& options) {
+  SheetShapes shapes;
+  const std::vector<TargetView> counted = Recounted(views, flat);
+  Solution first = flat;
+  shapes.views = AsObserved(counted, flat);
+  if (flat.robust) {
+    Solution shaped = SolveShaped(KnownProblem(flat, known, true), options);
+    shaped.kept = flat.kept;
+    TakeSelection(SelectedAgain(counted, shaped, options), options, first, shapes);
+  }
+  shapes.rungs = ClimbKnown(first, known, options);
   for (SheetRung& rung : shapes.rungs) CopySelection(shapes.rungs.front().solution, rung.solution);
   return shapes;
 }

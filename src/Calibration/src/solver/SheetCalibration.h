@@ -19,6 +19,11 @@ struct SheetShapes {
 SheetShapes ShapesOf(const std::vector<TargetView>& views, const Solution& flat, SheetLevel most,
                      const BundleOptions& options);
 
+/// The same of a shape that is known, in the frame of the views' target: flat, known, known with bends of
+/// each view. Raises cv::Exception when the target is another one.
+SheetShapes KnownShapesOf(const std::vector<TargetView>& views, const Solution& flat,
+                          const std::vector<cv::Point3d>& known, const BundleOptions& options);
+
 /// One of the shapes with all digits, its pixels corrected for the discs before the cameras that it gave.
 Solution Finished(const SheetShapes& shapes, size_t rung, const BundleOptions& options);
 

@@ -9,6 +9,7 @@
 #include <tuple>
 #include <utility>
 
+#include "solver/KnownSheet.h"
 #include "solver/NormalEquations.h"
 #include "solver/PoseGroups.h"
 #include "solver/ScaledSystem.h"
@@ -63,6 +64,12 @@ double HalfSideOf(const std::vector<cv::Point3d>& target) {
     most = {std::max(most.x, p.x), std::max(most.y, p.y), 0.0};
   }
   return 0.5 * std::max(most.x - least.x, most.y - least.y);
+}
+
+/// Gives each view a bend of its own, of which little is known so far.
+void AddOwnBends(Sheet& sheet) {
+  sheet.ownBend = OwnBendOf(sheet.target);
+  sheet.ownBend.deviations.setConstant(FIRST_OWN_BEND * HalfSideOf(sheet.target));
 }
 
 /// What is known beforehand takes off of the numbers that the terms have.
@@ -157,10 +164,13 @@ CalibrationProblem Enlarged(const Solution& from, SheetLevel level, bool ownBend
   sheet.values.setZero(sheet.terms.Count());
   // Each level has the terms of those below it, or terms that can stand for them.
   if (moves.size() > 0) sheet.values = sheet.terms.columns.colPivHouseholderQr().solve(moves);
-  if (ownBends && !sheet.HasOwnBends()) {
-    sheet.ownBend = OwnBendOf(sheet.target);
-    sheet.ownBend.deviations.setConstant(FIRST_OWN_BEND * HalfSideOf(sheet.target));
-  }
+  if (ownBends && !sheet.HasOwnBends()) AddOwnBends(sheet);
+  return problem;
+}
+
+CalibrationProblem WithOwnBends(const Solution& from) {
+  CalibrationProblem problem = ProblemFrom(from);
+  AddOwnBends(problem.sheet);
   return problem;
 }
 
@@ -221,6 +231,16 @@ bool HasOneTarget(const std::vector<TargetView>& views) {
   return target.size() >= FEWEST_POINTS && NotePlaces(target, copies);
 }
 
+CalibrationProblem KnownProblem(const Solution& flat, const std::vector<cv::Point3d>& known, bool ownBends) {
+  CalibrationProblem problem = ProblemFrom(flat);
+  if (!NoteNearestPlaces(known, problem.views))
+    CV_Error(cv::Error::StsBadArg, "The known shape of the sheet is that of another grid.");
+  problem.sheet.target = known;
+  problem.sheet.variance = NoiseVariance(flat);
+  if (ownBends) AddOwnBends(problem.sheet);
+  return problem;
+}
+
 CalibrationProblem ShapedProblem(const Solution& flat, SheetLevel level, bool ownBends) {
   CalibrationProblem problem = ProblemFrom(flat);
   problem.sheet.level = level;
@@ -229,10 +249,7 @@ CalibrationProblem ShapedProblem(const Solution& flat, SheetLevel level, bool ow
   problem.sheet.variance = NoiseVariance(flat);
   problem.sheet.terms = TermsOf(problem.sheet.target, level);
   problem.sheet.values.setZero(problem.sheet.terms.Count());
-  if (ownBends) {
-    problem.sheet.ownBend = OwnBendOf(problem.sheet.target);
-    problem.sheet.ownBend.deviations.setConstant(FIRST_OWN_BEND * HalfSideOf(problem.sheet.target));
-  }
+  if (ownBends) AddOwnBends(problem.sheet);
   return problem;
 }
 
@@ -272,6 +289,21 @@ std::vector<SheetRung> ClimbSheet(const Solution& flat, SheetLevel most, const B
   ladder.Climb(ladder.LevelOf(bestBent), true, bestBent);
   if (bestFree < ends) ladder.Climb(ladder.LevelOf(bestFree), true, bestFree);
   return ladder.Rungs();
+}
+
+std::vector<SheetRung> ClimbKnown(const Solution& flat, const std::vector<cv::Point3d>& known,
+                                  const BundleOptions& options) {
+  std::vector<SheetRung> rungs;
+  rungs.push_back(RungOf(SheetLevel::Flat, false, flat));
+  for (const bool ownBends : {false, true}) {
+    if (options.progress.IsGivenUp()) break;
+    const CalibrationProblem problem =
+        rungs.size() == 1 ? KnownProblem(flat, known, ownBends) : WithOwnBends(rungs.back().solution);
+    Solution solution = SolveShaped(problem, options);
+    if (!solution.usable || !std::isfinite(solution.sheet.counted)) continue;
+    rungs.push_back(RungOf(SheetLevel::Flat, ownBends, std::move(solution)));
+  }
+  return rungs;
 }
 
 std::vector<size_t> AllowedOf(const std::vector<SheetRung>& rungs) {

@@ -36,6 +36,14 @@ Solution SolveShaped(CalibrationProblem problem, const BundleOptions& options);
 /// each view. Levels that cannot be solved are left out. `flat` must be of one target.
 std::vector<SheetRung> ClimbSheet(const Solution& flat, SheetLevel most, const BundleOptions& options);
 
+/// The flat sheet, then the one of that shape, which is not estimated, without and with bends of each view.
+/// What cannot be solved is left out. Raises cv::Exception when the target is another one.
+std::vector<SheetRung> ClimbKnown(const Solution& flat, const std::vector<cv::Point3d>& known,
+                                  const BundleOptions& options);
+
+/// The solution of a flat sheet, to be solved again for the known one.
+CalibrationProblem KnownProblem(const Solution& flat, const std::vector<cv::Point3d>& known, bool ownBends);
+
 /// Which of the rungs the criterion allows: those that it prefers to all of less freedom.
 std::vector<size_t> AllowedOf(const std::vector<SheetRung>& rungs);
 

@@ -20,8 +20,8 @@ struct SparseOptions {
   /// for the centroids of the discs' images, which are not the images of their centres; 0 takes them as they
   /// are.
   double discRadius = 0.0;
-  SheetShape sheet = SheetShape::Flat;  ///< what the sheet may be taken for (quality/SheetChoice.h)
-  int threads = 0;                      ///< 0: as many as pay, for that number of views
+  SheetAssumption sheet;  ///< what the sheet may be taken for (quality/SheetChoice.h)
+  int threads = 0;        ///< 0: as many as pay, for that number of views
   /// Called after each iteration with its number and the RMS in pixels; false gives up.
   std::function<bool(int iteration, double rms)> progress;
 };
