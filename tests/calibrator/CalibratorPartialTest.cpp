@@ -175,7 +175,9 @@ TEST(PartialGrids, OfAPairAreDrawnWhereTheyCanBeTaken) {
   const auto calibrator = PairThatTakesParts();
   const unit::ImagePair before = CutPair();
   for (const bool blank : {false, true}) {
-    unit::ImagePair drawn = {before.left.clone(), before.right.clone()};
+    unit::ImagePair drawn = before;
+    drawn.left = before.left.clone();
+    drawn.right = before.right.clone();
     if (blank) drawn.left.setTo(cv::Scalar::all(255));
     std::vector<cv::Point2d> left;
     std::vector<cv::Point2d> right;

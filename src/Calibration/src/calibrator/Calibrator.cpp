@@ -10,6 +10,7 @@
 #include "calibrator/ReprojectionReview.h"
 #include "foundation/Version.h"
 #include "imaging/FrameResize.h"
+#include "solver/KnownSheet.h"
 
 using namespace velmora;
 
