@@ -92,6 +92,25 @@ TEST(SheetChoice, BringsBackWhatAFlatSheetMadeOutliersOfAndKeepsOthersOut) {
   EXPECT_LT(ErrorOf(bent, views), 0.2 * ErrorOf(flat, views));
 }
 
+TEST(SheetChoice, PlacesRejectedViewsBeforeTheSheetAsItIs) {
+  ShapedSheet sheet;
+  sheet.bend = {0.0, 0.001, 0.003};
+  const unit::PointLists views = Views(sheet, 23, 15, 0.05);
+  unit::PointLists spoilt = views;
+  cv::RNG random(3);
+  for (cv::Point2d& point : spoilt[4]) point += cv::Point2d(random.gaussian(0.6), random.gaussian(0.6));
+  const SparseResult result = Solved(spoilt, SheetShape::Auto, true);
+  ASSERT_FALSE(result.solution->sheet.IsFlat());
+  ASSERT_TRUE(std::any_of(result.rejected.begin(), result.rejected.end(), [](const Rejected& rejected) {
+    return rejected.view == 4 && rejected.point == Rejected::WHOLE_VIEW;
+  }));
+  // Of a flat sheet the error would be that of the bend, several times as large.
+  EXPECT_NEAR(result.perViewErrors.at<double>(4), 0.6 * std::sqrt(2.0), 0.15);
+  const SparseResult right = Solved(views, SheetShape::Auto, true);
+  EXPECT_LT(cv::norm(result.tvecs.at<cv::Vec3d>(4) - right.tvecs.at<cv::Vec3d>(4)),
+            0.01 * cv::norm(right.tvecs.at<cv::Vec3d>(4)));
+}
+
 TEST(SheetChoice, GoesByTheClassicModelWhereALargerOneWentAstray) {
   const unit::PointLists views = Views(BentSheet(), 5);
   const SparseResult rational = Solved(views, SheetShape::Auto, false, RATIONAL);

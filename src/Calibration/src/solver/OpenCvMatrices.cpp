@@ -9,7 +9,9 @@
 #include "solver/BundleAdjustment.h"
 #include "solver/Covariance.h"
 #include "solver/Eccentricity.h"
+#include "solver/KnownSheet.h"
 #include "solver/ObservationEquations.h"
+#include "solver/SheetLadder.h"
 #include "solver/WeakPrior.h"
 
 namespace velmora::solver {
@@ -84,12 +86,25 @@ void CopyKept(const Solution& solution, const Target& target, IntrinsicsResult& 
   result.rms = RmsOf(solution);
 }
 
+/// Makes the pose that of the sheet as it is, from one of a flat sheet; false where that cannot be found.
+bool TakeShape(const Solution& solution, const Observation& observation, RigidTransform& pose, double& cost) {
+  const Sheet held = HeldShapeOf(solution.sheet);
+  std::vector<TargetView> views = {{pose, {observation}, {}}};
+  if (!NoteNearestPlaces(held.target, views)) return false;
+  const Solution shaped = SolvePoses(solution.rig, std::move(views), held);
+  if (!shaped.usable) return false;
+  pose = shaped.views.front().rigFromTarget;
+  cost = shaped.cost;
+  return true;
+}
+
 void WriteRejected(const Solution& solution, const Target& target, IntrinsicsResult& result) {
   for (size_t i = 0; i < target.views.size(); ++i) {
     if (std::binary_search(solution.kept.begin(), solution.kept.end(), i)) continue;
     const Observation& observation = target.views[i].observations.front();
-    const RigidTransform pose = PoseBefore(result, observation);
-    const double cost = EquationsOf(observation, solution.rig.cameras.front().intrinsics, pose).cost;
+    RigidTransform pose = PoseBefore(result, observation);
+    double cost = EquationsOf(observation, solution.rig.cameras.front().intrinsics, pose).cost;
+    if (!solution.sheet.IsFlat()) TakeShape(solution, observation, pose, cost);
     WriteView(pose, target.middles[i], static_cast<int>(i), result);
     result.perViewErrors.at<double>(static_cast<int>(i)) = std::sqrt(cost / observation.Count());
   }
