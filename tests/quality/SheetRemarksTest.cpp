@@ -67,6 +67,30 @@ TEST(VerdictOnShapes, TellsTheBendThatIsInTheResult) {
   EXPECT_NEAR(verdict.sheet.points.back().y, 0.2, 0.001);
 }
 
+TEST(VerdictOnShapes, CountsPosesOfASheetThatBendsInAnotherWayInEachView) {
+  ShapedSheet sheet;
+  sheet.bend = {0.0, 0.0, 0.001};
+  cv::RNG random(5);
+  const auto poses = world::SampleViews(unit::DistortedCamera(), 4, 31, unit::PrintedGrid());
+  const std::vector<cv::Point3d> points = unit::PointsOf(sheet, random);
+  unit::PointLists views;
+  for (size_t i = 0; i < 20; ++i) {
+    std::vector<cv::Point3d> own = points;
+    unit::Bend({random.gaussian(5e-4), random.gaussian(5e-4), random.gaussian(5e-4)}, own);
+    views.push_back(world::ProjectPoints(unit::DistortedCamera().lens, own, poses[i % poses.size()]));
+    for (cv::Point2d& pixel : views.back())
+      pixel += cv::Point2d(random.gaussian(0.05), random.gaussian(0.05));
+  }
+  SparseOptions options;
+  options.sheet = SheetShape::Bent;
+  const SparseResult result =
+      SolveIntrinsicsWithSheet(unit::Targets(views), views, unit::FRAME, Calibrator::MODEL_CLASSIC, options);
+  ASSERT_TRUE(result.solution->sheet.HasOwnBends());
+  const CalibrationVerdict verdict = VerdictOn(views, result);
+  EXPECT_EQ(verdict.poses, 4);
+  EXPECT_NE(verdict.grade, CalibrationVerdict::Grade::Good) << verdict.ToJson();
+}
+
 TEST(VerdictOnShapes, TellsWhatIsWrongWithThePrint) {
   ShapedSheet sheet;
   sheet.stretch = -0.01;

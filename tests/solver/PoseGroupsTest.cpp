@@ -49,6 +49,19 @@ TEST(PoseGroups, OfACameraWithFourTimesThePixelsReachFourTimesAsFar) {
   EXPECT_EQ(solver::CountOfGroups(solver::GroupsOf(twice, problem.rig)), 1U);
 }
 
+TEST(PoseGroups, HoldViewsOfASheetThatBendsInAnotherWayInEach) {
+  const CalibrationProblem problem = unit::TrueProblem(unit::DistortedCamera(), 2, 0.1, 3);
+  auto views = Repeated(problem.views, 3, 1.0);
+  for (size_t i = 0; i < views.size(); ++i) {
+    Observation& observation = views[i].observations.front();
+    for (size_t k = 0; k < observation.object.size(); ++k) {
+      observation.places.push_back(k);
+      observation.object[k].z += 1e-5 * static_cast<double>(i * k);
+    }
+  }
+  EXPECT_EQ(solver::GroupsOf(views, problem.rig), (std::vector<size_t>{0, 0, 0, 1, 1, 1}));
+}
+
 TEST(PoseGroups, AreOfAllCamerasThatSawBothViews) {
   const CalibrationProblem problem = unit::TrueProblem(unit::RowOf(2), 2, 0.1, 3);
   auto views = Repeated(problem.views, 2, 0.5);

@@ -26,6 +26,18 @@ double WidthOf(const std::vector<TargetView>& views, const Rig& rig, size_t came
 
 enum class Likeness { Unknown, Like, Different };
 
+/// Which of the points of `image`, from `first` on, is point k of the other one; their number when none is. A
+/// sheet that bends from view to view has the same points elsewhere: they are told by their places.
+size_t PlaceIn(const Observation& image, const Observation& other, size_t k, size_t first) {
+  const auto from = static_cast<std::ptrdiff_t>(first);
+  if (!image.places.empty() && !other.places.empty()) {
+    const auto begin = image.places.begin();
+    return static_cast<size_t>(std::find(begin + from, image.places.end(), other.places[k]) - begin);
+  }
+  const auto begin = image.object.begin();
+  return static_cast<size_t>(std::find(begin + from, image.object.end(), other.object[k]) - begin);
+}
+
 /// Of two images of one camera, by the points that both have. Points that were left out of either tell
 /// nothing. Both have them in the same order; images of which less than half of the points are those of the
 /// other are of different targets.
@@ -39,10 +51,8 @@ Likeness Compare(const Observation& a, const Observation& b, double limit) {
   // Most images lie far from each other, which their first points tell.
   const double most = limits * static_cast<double>(a.object.size());
   for (size_t k = 0; k < a.object.size() && squares <= most; ++k) {
-    const auto from = b.object.begin() + static_cast<std::ptrdiff_t>(next);
-    const auto found = std::find(from, b.object.end(), a.object[k]);
-    if (found == b.object.end()) continue;
-    const auto other = static_cast<size_t>(found - b.object.begin());
+    const size_t other = PlaceIn(b, a, k, next);
+    if (other == b.object.size()) continue;
     next = other + 1;
     ++common;
     if (!(a.Weight(k) > 0.0 && b.Weight(other) > 0.0)) continue;
