@@ -14,6 +14,7 @@ constexpr int MODEL_FULL = 30;
 constexpr int CLASSIC_PARAMETERS = 9;
 constexpr int RATIONAL_PARAMETERS = 12;
 constexpr int FULL_PARAMETERS = 18;
+constexpr int FISHEYE_PARAMETERS = 8;
 
 struct LensModel {
   int number;

@@ -160,6 +160,19 @@ Solution SolveLargerModels(Solution classic, const BundleOptions& options) {
   return best;
 }
 
+Solution SolveFisheye(CalibrationProblem start, const BundleOptions& options) {
+  SolveOptions solve = SolveOptionsFrom(options);
+  Solution solution;
+  for (const int parameters : {int{CX}, FISHEYE_K + 2, FISHEYE_PARAMETERS}) {
+    solve.precision = parameters < FISHEYE_PARAMETERS ? 1e-2 : 1e-9;
+    SetParameters(start.rig, parameters);
+    solution = Minimise(std::move(start), solve);
+    if (!solution.usable || options.progress.IsGivenUp()) break;
+    start = ProblemFrom(solution);
+  }
+  return solution;
+}
+
 Solution SolveModel(CalibrationProblem start, const BundleOptions& options) {
   SetParameters(start.rig, options.parameters);
   start.priors.clear();

@@ -26,6 +26,9 @@ Solution SolveModels(const CalibrationProblem& start, const BundleOptions& optio
 /// The larger models from a solution of the classic one, whatever shape its sheet has.
 Solution SolveLargerModels(Solution classic, const BundleOptions& options);
 
+/// A fisheye, from its start: focal lengths and poses first, then the middle and the shape of the curve.
+Solution SolveFisheye(CalibrationProblem start, const BundleOptions& options);
+
 /// The model asked for at once, from a start whose intrinsics are nearly right.
 Solution SolveModel(CalibrationProblem start, const BundleOptions& options);
 

@@ -1,6 +1,7 @@
 /// Moves what all views share, and each view's pose, to where the cost is least.
 #include "solver/LevenbergMarquardt.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "solver/Damping.h"
@@ -51,6 +52,11 @@ void MoveShared(const Eigen::VectorXd& step, const Layout& layout, Rig& rig) {
     if (block.pose == Layout::FIXED) continue;
     rig.cameras[i].cameraFromRig = Retract(rig.cameras[i].cameraFromRig, step.data() + block.pose);
   }
+}
+
+bool HasFisheye(const Rig& rig) {
+  return std::any_of(rig.cameras.begin(), rig.cameras.end(),
+                     [](const Camera& camera) { return camera.intrinsics.IsFisheye(); });
 }
 
 class Minimiser {
@@ -118,11 +124,11 @@ class Minimiser {
     TargetView view = problem_.views[number];
     view.rigFromTarget = estimate.rigFromTarget[number];
     if (!estimate.bends.empty()) view.bend = estimate.bends[number];
-    PutToShape(problem_.sheet, common, view);
+    if (!problem_.sheet.IsFlat()) PutToShape(problem_.sheet, common, view);
     return view;
   }
 
-  void EvaluateShaped(Evaluation& evaluation) const {
+  void EvaluateAnyShape(Evaluation& evaluation) const {
     const Estimate& estimate = evaluation.estimate;
     const ViewJacobian jacobian(estimate.rig, layout_, problem_.sheet);
     const std::vector<cv::Point3d> common =
@@ -134,7 +140,7 @@ class Minimiser {
     });
   }
 
-  void EvaluateFlat(Evaluation& evaluation) const {
+  void EvaluatePlanes(Evaluation& evaluation) const {
     const Estimate& estimate = evaluation.estimate;
     ForRanges(Views(), options_.threads, [&](size_t first, size_t last) {
       for (size_t i = first; i < last; ++i) {
@@ -150,7 +156,8 @@ class Minimiser {
   void Evaluate(Evaluation& evaluation) const {
     const Estimate& estimate = evaluation.estimate;
     evaluation.equations.resize(Views());
-    problem_.sheet.IsFlat() ? EvaluateFlat(evaluation) : EvaluateShaped(evaluation);
+    problem_.sheet.IsFlat() && !HasFisheye(estimate.rig) ? EvaluatePlanes(evaluation)
+                                                         : EvaluateAnyShape(evaluation);
     evaluation.cost = 0.0;
     evaluation.usable = true;
     for (const ViewEquations& equations : evaluation.equations) {

@@ -27,6 +27,10 @@ cv::Matx33d RotationAboutY(double c, double s, double axis) {
 
 Projection::Projection(const Intrinsics& intrinsics) {
   constants_.intrinsics = intrinsics;
+  if (intrinsics.IsFisheye()) {
+    fisheye_.emplace(intrinsics);
+    return;
+  }
   const double tauX = intrinsics.values[TAU_X];
   const double tauY = intrinsics.values[TAU_Y];
   constants_.tilted = intrinsics.estimated > TAU_X || tauX != 0.0 || tauY != 0.0;
@@ -43,6 +47,7 @@ Projection::Projection(const Intrinsics& intrinsics) {
 }
 
 bool Projection::Project(const cv::Vec3d& point, cv::Point2d& pixel) const {
+  if (fisheye_) return fisheye_->Project(point, pixel);
   if (!(point[2] > 0.0)) return false;
   const double nearness = 1.0 / point[2];
   const ProjectionFormulas<double> formulas(constants_);
@@ -51,6 +56,7 @@ bool Projection::Project(const cv::Vec3d& point, cv::Point2d& pixel) const {
 }
 
 bool Projection::Differentiate(const cv::Vec3d& point, Coordinate& u, Coordinate& v) const {
+  if (fisheye_) return fisheye_->Differentiate(point, u, v);
   if (!(point[2] > 0.0)) return false;
   CoordinateOf<double> first;
   CoordinateOf<double> second;

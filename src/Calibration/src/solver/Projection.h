@@ -1,19 +1,14 @@
 /// Projects points to pixels, with the derivatives of the pixels.
 #pragma once
 
-#include <array>
 #include <opencv2/core.hpp>
+#include <optional>
 
 #include "model/Intrinsics.h"
+#include "solver/Coordinate.h"
+#include "solver/FisheyeProjection.h"
 
 namespace velmora::solver {
-
-/// A pixel's coordinate with its derivatives by the intrinsics and by the point in the camera's frame.
-struct Coordinate {
-  double value = 0.0;
-  std::array<double, FULL_PARAMETERS> byIntrinsics{};
-  cv::Vec3d byPoint;
-};
 
 /// The projection of a camera of known intrinsics.
 class Projection {
@@ -29,8 +24,8 @@ class Projection {
 
   const Constants& Numbers() const { return constants_; }
 
-  /// The pixel of a point in the camera's frame. False when the point is not in front of the camera, or its
-  /// pixel is not finite.
+  /// The pixel of a point in the camera's frame. False when the point is not in front of the camera (of a
+  /// fisheye: beyond what it sees), or its pixel is not finite.
   bool Project(const cv::Vec3d& point, cv::Point2d& pixel) const;
 
   /// Projects a point with derivatives; of those by the intrinsics the estimated ones' are set.
@@ -38,6 +33,7 @@ class Projection {
 
  private:
   Constants constants_;
+  std::optional<FisheyeProjection> fisheye_;  ///< of a fisheye
 };
 
 }  // namespace velmora::solver

@@ -1,0 +1,145 @@
+/// Where the computation of a fisheye begins.
+#include "solver/FisheyeStart.h"
+
+#include <Eigen/Eigenvalues>
+#include <Eigen/SVD>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+#include "solver/FisheyeProjection.h"
+
+namespace velmora::solver {
+
+namespace {
+
+using Matrix9 = Eigen::Matrix<double, 9, 9>;
+
+constexpr double FIELDS[] = {100.0, 130.0, 160.0, 190.0, 220.0};  // degrees, over the image's width
+
+/// Where the points are, and by how much they are spread.
+struct Normaliser {
+  cv::Point3d middle;
+  double scale = 0.0;
+};
+
+Normaliser NormaliserOf(const std::vector<cv::Point3d>& points) {
+  Normaliser normaliser;
+  for (const cv::Point3d& point : points) normaliser.middle += point * (1.0 / static_cast<double>(points.size()));
+  for (const cv::Point3d& point : points) {
+    normaliser.scale += cv::norm(point - normaliser.middle) / static_cast<double>(points.size());
+  }
+  return normaliser;
+}
+
+/// The three columns h of the map from points to rays, d x (h1 x + h2 y + h3) = 0, of any sign.
+bool MapOf(const Observation& observation, const std::vector<cv::Vec3d>& rays, const Normaliser& normaliser,
+           Eigen::Matrix3d& map) {
+  Matrix9 products = Matrix9::Zero();
+  for (size_t i = 0; i < rays.size(); ++i) {
+    if (!(observation.Weight(i) > 0.0)) continue;
+    const cv::Point3d p = (observation.object[i] - normaliser.middle) * (1.0 / normaliser.scale);
+    const cv::Vec3d& d = rays[i];
+    Eigen::Matrix3d cross;
+    cross << 0.0, -d[2], d[1], d[2], 0.0, -d[0], -d[1], d[0], 0.0;
+    Eigen::Matrix<double, 3, 9> rows;
+    rows << cross * p.x, cross * p.y, cross;
+    products.noalias() += rows.transpose() * rows;
+  }
+  if (!products.allFinite()) return false;
+  const Eigen::SelfAdjointEigenSolver<Matrix9> eigen(products);
+  if (!(eigen.eigenvalues()(1) > 1e-12 * eigen.eigenvalues()(8))) return false;
+  const Eigen::Matrix<double, 9, 1> least = eigen.eigenvectors().col(0);
+  map << least.head<3>(), least.segment<3>(3), least.tail<3>();
+  return true;
+}
+
+/// How many more of the points are along their rays than against them.
+double Along(const Observation& observation, const std::vector<cv::Vec3d>& rays, const RigidTransform& pose) {
+  double along = 0.0;
+  for (size_t i = 0; i < rays.size(); ++i) along += rays[i].dot(pose * observation.object[i]) > 0.0 ? 1.0 : -1.0;
+  return along;
+}
+
+/// The mean squared angle between the rays and the points, radians.
+double AngularCost(const Observation& observation, const std::vector<cv::Vec3d>& rays, const RigidTransform& pose) {
+  double cost = 0.0;
+  for (size_t i = 0; i < rays.size(); ++i) {
+    const cv::Vec3d point = pose * observation.object[i];
+    cost += std::pow(std::atan2(cv::norm(rays[i].cross(point)), rays[i].dot(point)), 2);
+  }
+  return cost / static_cast<double>(rays.size());
+}
+
+Intrinsics EvenFisheye(const cv::Size& imageSize, double degrees) {
+  Intrinsics intrinsics;
+  intrinsics.family = LensFamily::Angle;
+  intrinsics.estimated = FISHEYE_PARAMETERS;
+  const double focal = imageSize.width / (degrees * CV_PI / 180.0);
+  intrinsics.values = {focal, focal, 0.5 * (imageSize.width - 1), 0.5 * (imageSize.height - 1)};
+  return intrinsics;
+}
+
+/// The rays of all points; none when one has none.
+std::vector<cv::Vec3d> RaysOf(const Observation& observation, const FisheyeProjection& projection) {
+  std::vector<cv::Vec3d> rays(observation.image.size());
+  for (size_t i = 0; i < rays.size(); ++i) {
+    if (!projection.RayOf(observation.image[i], rays[i])) return {};
+  }
+  return rays;
+}
+
+/// Gives the views their poses; infinite when that cannot be.
+double PlaceViews(const Intrinsics& intrinsics, std::vector<TargetView>& views) {
+  const FisheyeProjection projection(intrinsics);
+  double cost = 0.0;
+  for (TargetView& view : views) {
+    const Observation& observation = view.observations.front();
+    const std::vector<cv::Vec3d> rays = RaysOf(observation, projection);
+    if (rays.empty() || !PoseFromRays(observation, rays, view.rigFromTarget)) {
+      return std::numeric_limits<double>::infinity();
+    }
+    cost += AngularCost(observation, rays, view.rigFromTarget);
+  }
+  return cost;
+}
+
+}  // namespace
+
+bool PoseFromRays(const Observation& observation, const std::vector<cv::Vec3d>& rays, RigidTransform& pose) {
+  if (rays.size() < 4) return false;
+  const Normaliser normaliser = NormaliserOf(observation.object);
+  Eigen::Matrix3d map;
+  if (!MapOf(observation, rays, normaliser, map)) return false;
+  const double scale = 2.0 / (map.col(0).norm() + map.col(1).norm());
+  for (const double sign : {1.0, -1.0}) {
+    Eigen::Matrix3d axes = sign * scale * map;
+    const Eigen::Vector3d middle = normaliser.scale * axes.col(2);
+    axes.col(2) = axes.col(0).cross(axes.col(1));
+    const Eigen::JacobiSVD<Eigen::Matrix3d> svd(axes, Eigen::ComputeFullU | Eigen::ComputeFullV);
+    const Eigen::Matrix<double, 3, 3, Eigen::RowMajor> R = svd.matrixU() * svd.matrixV().transpose();
+    pose.R = cv::Matx33d(R.data());
+    pose.t = cv::Vec3d(middle.data()) - pose.R * cv::Vec3d(normaliser.middle);
+    if (Along(observation, rays, pose) > 0.0) break;
+  }
+  return std::isfinite(cv::norm(pose.t));
+}
+
+CalibrationProblem FisheyeStartOf(std::vector<TargetView> views, const cv::Size& imageSize) {
+  CalibrationProblem best;
+  double least = std::numeric_limits<double>::infinity();
+  for (const double degrees : FIELDS) {
+    const Intrinsics intrinsics = EvenFisheye(imageSize, degrees);
+    const double cost = PlaceViews(intrinsics, views);
+    if (!(cost < least)) continue;
+    least = cost;
+    Camera camera;
+    camera.intrinsics = intrinsics;
+    camera.imageSize = imageSize;
+    best = {{{camera}}, views, {}, {}};
+  }
+  if (best.views.empty()) CV_Error(cv::Error::StsNoConv, "The views do not agree with any fisheye.");
+  return best;
+}
+
+}  // namespace velmora::solver
