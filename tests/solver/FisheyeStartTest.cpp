@@ -3,11 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
 #include "model/TargetGeometry.h"
 #include "solver/BundleAdjustment.h"
+#include "solver/CameraCalibration.h"
 #include "solver/Covariance.h"
 #include "unit/Collection.h"
 
@@ -78,7 +80,7 @@ TEST_P(Field, IsFoundAndTheLensWithIt) {
   for (std::uint64_t seed = 1; seed <= 12; ++seed) {
     std::vector<TargetView> views = Views(lens, GetParam(), 15, 0.1, seed);
     for (TargetView& view : views) view.rigFromTarget = {};
-    const Solution solution = solver::SolveFisheye(solver::FisheyeStartOf(views, IMAGE), {});
+    const Solution solution = solver::SolveFisheye(solver::FisheyeStartOf(views, IMAGE).problem, {});
     ASSERT_TRUE(solution.usable) << seed;
     EXPECT_TRUE(solution.converged) << seed;
     EXPECT_NEAR(std::sqrt(NoiseVariance(solution)), 0.1, 0.01) << seed;
@@ -93,6 +95,32 @@ TEST_P(Field, IsFoundAndTheLensWithIt) {
 }
 
 INSTANTIATE_TEST_SUITE_P(OfView, Field, ::testing::Values(90.0, 120.0, 150.0, 180.0, 200.0));
+
+TEST(Fisheye, IsCalibratedWithoutWhatDisagrees) {
+  const Lens lens(180.0);
+  std::vector<TargetView> views = Views(lens, 180.0, 16, 0.1, 3);
+  cv::RNG random(4);
+  for (size_t i = 0; i < 5; ++i) views[i].observations[0].image[8 * i] += cv::Point2d(5.0, -7.0);
+  // One in reverse order, and one that is no image of a grid.
+  std::reverse(views[7].observations[0].image.begin(), views[7].observations[0].image.end());
+  for (cv::Point2d& pixel : views[11].observations[0].image) {
+    pixel = {random.uniform(300.0, 900.0), random.uniform(200.0, 700.0)};
+  }
+  for (TargetView& view : views) view.rigFromTarget = {};
+  const Solution solution = solver::CalibrateFisheye(views, IMAGE, true, {});
+  ASSERT_TRUE(solution.usable);
+  EXPECT_NEAR(std::sqrt(NoiseVariance(solution)), 0.1, 0.01);
+  EXPECT_NEAR(solution.rig.cameras[0].intrinsics.values[FX], lens.f, 0.5);
+  const auto rejects = [&](size_t view, int point) {
+    return std::any_of(solution.rejected.begin(), solution.rejected.end(), [=](const Rejected& rejected) {
+      return rejected.view == view && rejected.point == point;
+    });
+  };
+  for (size_t i = 0; i < 5; ++i) EXPECT_TRUE(rejects(i, static_cast<int>(8 * i))) << i;
+  EXPECT_TRUE(rejects(7, Rejected::WHOLE_VIEW));
+  EXPECT_TRUE(rejects(11, Rejected::WHOLE_VIEW));
+  EXPECT_EQ(solution.kept.size(), 14U);
+}
 
 TEST(PoseFromRays, IsRightBehindTheCameraToo) {
   const std::vector<cv::Point3d> grid = CentredGrid();

@@ -46,9 +46,14 @@ EffectColumns MotionColumns(const Solution& solution) {
           }};
 }
 
+/// How many terms the full model has beyond that of the camera; a fisheye's model is none of its parts.
+int TermsBeyond(const Intrinsics& intrinsics) {
+  return intrinsics.IsFisheye() ? 0 : FULL_PARAMETERS - intrinsics.estimated;
+}
+
 EffectColumns LensColumns(const Solution& solution, size_t camera) {
   const int estimated = solution.rig.cameras[camera].intrinsics.estimated;
-  const int terms = FULL_PARAMETERS - estimated;
+  const int terms = TermsBeyond(solution.rig.cameras[camera].intrinsics);
   return {terms, [=](const ObservedPoint& observed, const solver::Coordinate& coordinate, EffectRow to) {
             for (int i = 0; i < terms; ++i) {
               to(i) = observed.camera == camera ? coordinate.byIntrinsics[static_cast<size_t>(estimated + i)]
@@ -83,7 +88,7 @@ EnlargedEquations EquationsWith(const Solution& solution, const EffectColumns& c
 /// Of the terms from `first` on, which have their prior; its shift is of all of the full model's parameters.
 OmittedEffect LensEffect(const Solution& solution, size_t camera, EnlargedEquations& equations, Index first) {
   const int estimated = solution.rig.cameras[camera].intrinsics.estimated;
-  const int terms = FULL_PARAMETERS - estimated;
+  const int terms = TermsBeyond(solution.rig.cameras[camera].intrinsics);
   if (terms == 0) return {};
   const Prior prior = solver::PriorFor(solver::SpreadOf(solution.rig.cameras[camera], camera, solution.views),
                                        NoiseVariance(solution), 1.0);

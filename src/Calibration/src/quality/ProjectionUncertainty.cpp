@@ -6,6 +6,8 @@
 #include <limits>
 #include <opencv2/imgproc.hpp>
 
+#include "solver/FisheyeProjection.h"
+
 namespace velmora {
 
 namespace {
@@ -15,6 +17,9 @@ using RowMatrix = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::R
 /// The ray of a pixel, with the derivatives there.
 bool Unproject(const solver::Projection& projection, const Intrinsics& intrinsics, const cv::Point2d& pixel,
                cv::Vec3d& ray, solver::Coordinate& u, solver::Coordinate& v) {
+  if (intrinsics.IsFisheye()) {
+    return solver::FisheyeProjection(intrinsics).RayOf(pixel, ray) && projection.Differentiate(ray, u, v);
+  }
   constexpr int MOST_STEPS = 30;
   ray = {(pixel.x - intrinsics.values[2]) / intrinsics.values[0],
          (pixel.y - intrinsics.values[3]) / intrinsics.values[1], 1.0};

@@ -11,7 +11,7 @@
 
 namespace velmora {
 
-/// The ray (x, y, 1) of a pixel. False when none is found.
+/// The ray (x, y, 1) of a pixel; of a fisheye that of length one. False when none is found.
 bool RayOf(const solver::Projection& projection, const Intrinsics& intrinsics, const cv::Point2d& pixel,
            cv::Vec3d& ray);
 

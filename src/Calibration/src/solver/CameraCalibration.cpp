@@ -3,6 +3,8 @@
 
 #include <utility>
 
+#include "solver/Eccentricity.h"
+#include "solver/FisheyeStart.h"
 #include "solver/Initialisation.h"
 #include "solver/OutlierRejection.h"
 #include "solver/Reordering.h"
@@ -10,6 +12,9 @@
 namespace velmora::solver {
 
 namespace {
+
+/// Discs before fisheyes are strongly curved: the second correction matters.
+constexpr int ECCENTRICITY_CORRECTIONS = 3;
 
 void Note(const Selection& selection, double discRadius, Solution& solution) {
   solution.kept = selection.kept;
@@ -45,6 +50,22 @@ Solution CalibrateCamera(const Selection& selection, const cv::Size& imageSize,
 Solution CalibrateCamera(const std::vector<TargetView>& views, const cv::Size& imageSize, bool robust,
                          const BundleOptions& options) {
   Solution solution = CalibrateCamera(SelectedFrom(views, imageSize, robust, options), imageSize, options);
+  solution.robust = robust;
+  return solution;
+}
+
+Solution CalibrateFisheye(const std::vector<TargetView>& views, const cv::Size& imageSize, bool robust,
+                          BundleOptions options) {
+  options.parameters = FISHEYE_PARAMETERS;
+  const Selection selection = robust ? SelectedOfFisheye(views, imageSize, options) : AllOf(views);
+  CalibrationProblem start = FisheyeStartOf(selection.views, imageSize).problem;
+  Solution solution = SolveFisheye(std::move(start), options);
+  for (int i = 0; i < ECCENTRICITY_CORRECTIONS && options.discRadius > 0.0 && solution.usable; ++i) {
+    solution = SolveAgain(
+        solution, CorrectedForEccentricity(selection.views, solution.rig, solution.views, options.discRadius),
+        options);
+  }
+  Note(selection, options.discRadius, solution);
   solution.robust = robust;
   return solution;
 }

@@ -18,6 +18,10 @@ Selection SelectedFrom(const std::vector<TargetView>& views, const cv::Size& ima
 Solution CalibrateCamera(const std::vector<TargetView>& views, const cv::Size& imageSize, bool robust,
                          const BundleOptions& options);
 
+/// A fisheye of which nothing is known.
+Solution CalibrateFisheye(const std::vector<TargetView>& views, const cv::Size& imageSize, bool robust,
+                          BundleOptions options);
+
 /// Calibrates one camera from views that were selected before.
 Solution CalibrateCamera(const Selection& selection, const cv::Size& imageSize, const BundleOptions& options);
 

@@ -3,10 +3,12 @@
 
 #include <Eigen/Eigenvalues>
 #include <Eigen/SVD>
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <utility>
 
+#include "foundation/Median.h"
 #include "solver/FisheyeProjection.h"
 
 namespace velmora::solver {
@@ -15,6 +17,10 @@ namespace {
 
 using Matrix9 = Eigen::Matrix<double, 9, 9>;
 
+/// Views so many times further off than most, and by more than a lens of another curve than an even one makes
+/// them, are no images of the grid.
+constexpr double FARTHEST = 8.0;
+constexpr double LEAST_ANGLE = 0.02;  // radians
 constexpr double FIELDS[] = {100.0, 130.0, 160.0, 190.0, 220.0};  // degrees, over the image's width
 
 /// Where the points are, and by how much they are spread.
@@ -80,28 +86,16 @@ Intrinsics EvenFisheye(const cv::Size& imageSize, double degrees) {
   return intrinsics;
 }
 
-/// The rays of all points; none when one has none.
-std::vector<cv::Vec3d> RaysOf(const Observation& observation, const FisheyeProjection& projection) {
-  std::vector<cv::Vec3d> rays(observation.image.size());
-  for (size_t i = 0; i < rays.size(); ++i) {
-    if (!projection.RayOf(observation.image[i], rays[i])) return {};
+/// Gives the views their poses.
+std::vector<double> PlaceViews(const Intrinsics& intrinsics, std::vector<TargetView>& views) {
+  std::vector<double> residuals(views.size(), std::numeric_limits<double>::infinity());
+  for (size_t i = 0; i < views.size(); ++i) {
+    const Observation& observation = views[i].observations.front();
+    const std::vector<cv::Vec3d> rays = RaysOf(observation, intrinsics);
+    if (rays.empty() || !PoseFromRays(observation, rays, views[i].rigFromTarget)) continue;
+    residuals[i] = std::sqrt(AngularCost(observation, rays, views[i].rigFromTarget));
   }
-  return rays;
-}
-
-/// Gives the views their poses; infinite when that cannot be.
-double PlaceViews(const Intrinsics& intrinsics, std::vector<TargetView>& views) {
-  const FisheyeProjection projection(intrinsics);
-  double cost = 0.0;
-  for (TargetView& view : views) {
-    const Observation& observation = view.observations.front();
-    const std::vector<cv::Vec3d> rays = RaysOf(observation, projection);
-    if (rays.empty() || !PoseFromRays(observation, rays, view.rigFromTarget)) {
-      return std::numeric_limits<double>::infinity();
-    }
-    cost += AngularCost(observation, rays, view.rigFromTarget);
-  }
-  return cost;
+  return residuals;
 }
 
 }  // namespace
@@ -125,21 +119,46 @@ bool PoseFromRays(const Observation& observation, const std::vector<cv::Vec3d>& 
   return std::isfinite(cv::norm(pose.t));
 }
 
-CalibrationProblem FisheyeStartOf(std::vector<TargetView> views, const cv::Size& imageSize) {
-  CalibrationProblem best;
+std::vector<cv::Vec3d> RaysOf(const Observation& observation, const Intrinsics& fisheye) {
+  const FisheyeProjection projection(fisheye);
+  std::vector<cv::Vec3d> rays(observation.image.size());
+  for (size_t i = 0; i < rays.size(); ++i) {
+    if (!projection.RayOf(observation.image[i], rays[i])) return {};
+  }
+  return rays;
+}
+
+FisheyeStart FisheyeStartOf(std::vector<TargetView> views, const cv::Size& imageSize) {
+  FisheyeStart best;
   double least = std::numeric_limits<double>::infinity();
   for (const double degrees : FIELDS) {
     const Intrinsics intrinsics = EvenFisheye(imageSize, degrees);
-    const double cost = PlaceViews(intrinsics, views);
-    if (!(cost < least)) continue;
-    least = cost;
+    std::vector<double> residuals = PlaceViews(intrinsics, views);
+    const double usual = MedianOf(residuals);
+    if (!(usual < least)) continue;
+    least = usual;
     Camera camera;
     camera.intrinsics = intrinsics;
     camera.imageSize = imageSize;
-    best = {{{camera}}, views, {}, {}};
+    best = {{{{camera}}, views, {}, {}}, std::move(residuals)};
   }
-  if (best.views.empty()) CV_Error(cv::Error::StsNoConv, "The views do not agree with any fisheye.");
+  if (best.residuals.empty()) CV_Error(cv::Error::StsNoConv, "The views do not agree with any fisheye.");
   return best;
+}
+
+Selection ScreenedBy(const FisheyeStart& start) {
+  const double most = std::max(FARTHEST * MedianOf(start.residuals), LEAST_ANGLE);
+  Selection selection;
+  for (size_t i = 0; i < start.residuals.size(); ++i) {
+    if (start.residuals[i] <= most) {
+      selection.kept.push_back(i);
+      selection.views.push_back(start.problem.views[i]);
+    } else {
+      selection.rejected.push_back({i, Rejected::WHOLE_VIEW, std::numeric_limits<double>::infinity(),
+                                    "its points are no image of a plane grid", 0});
+    }
+  }
+  return selection;
 }
 
 }  // namespace velmora::solver

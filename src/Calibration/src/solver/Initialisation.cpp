@@ -7,6 +7,9 @@
 #include <limits>
 #include <opencv2/calib3d.hpp>
 #include <utility>
+#include <vector>
+
+#include "solver/FisheyeStart.h"
 
 namespace velmora::solver {
 
@@ -146,11 +149,26 @@ CalibrationProblem StartOf(std::vector<TargetView> views, const cv::Size& imageS
   return {{{camera}}, std::move(views), {}, {}};
 }
 
+bool HasPose(const Observation& observation, const Intrinsics& intrinsics) {
+  cv::Matx33d homography;
+  if (!intrinsics.IsFisheye()) return HomographyOf(observation, homography);
+  RigidTransform pose;
+  const std::vector<cv::Vec3d> rays = RaysOf(observation, intrinsics);
+  return !rays.empty() && PoseFromRays(observation, rays, pose);
+}
+
 RigidTransform StartPoseOf(const Observation& observation, const Intrinsics& intrinsics) {
+  if (intrinsics.IsFisheye()) return KnownPoseOf(observation, intrinsics);
   return PoseOf(RequiredHomography(observation), intrinsics);
 }
 
 RigidTransform KnownPoseOf(const Observation& observation, const Intrinsics& intrinsics) {
+  if (intrinsics.IsFisheye()) {
+    RigidTransform pose;
+    const std::vector<cv::Vec3d> rays = RaysOf(observation, intrinsics);
+    CV_Assert(!rays.empty() && PoseFromRays(observation, rays, pose));
+    return pose;
+  }
   const auto& p = intrinsics.values;
   const cv::Matx33d K(p[FX], 0.0, p[CX], 0.0, p[FY], p[CY], 0.0, 0.0, 1.0);
   const std::vector<double> D(p.begin() + K1, p.end());

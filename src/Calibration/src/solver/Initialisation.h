@@ -21,6 +21,9 @@ double HomographyResidual(const Observation& observation);
 /// determine its pose.
 CalibrationProblem StartOf(std::vector<TargetView> views, const cv::Size& imageSize);
 
+/// Whether the observation determines a pose before the camera.
+bool HasPose(const Observation& observation, const Intrinsics& intrinsics);
+
 /// The pose of the target before a camera, of which only the camera matrix counts.
 RigidTransform StartPoseOf(const Observation& observation, const Intrinsics& intrinsics);
 

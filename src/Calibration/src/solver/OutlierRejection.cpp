@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "solver/Eccentricity.h"
+#include "solver/FisheyeStart.h"
 #include "solver/Initialisation.h"
 #include "solver/Outliers.h"
 #include "solver/Readmission.h"
@@ -131,8 +132,7 @@ bool TakePosesOfSingleImages(const std::vector<TargetView>& views, const BundleO
     const double scale = CAUCHY * weighted.standardDeviation;
     double least = DisagreementOf(now, best, rig, scale);
     for (size_t camera = 0; camera < views[i].observations.size(); ++camera) {
-      cv::Matx33d homography;
-      if (!HomographyOf(views[i].observations[camera], homography)) continue;
+      if (!HasPose(views[i].observations[camera], rig.cameras[camera].intrinsics)) continue;
       const RigidTransform pose = PoseOfImage(views[i], camera, rig, options);
       const double disagreement = DisagreementOf(now, pose, rig, scale);
       if (!(disagreement < least)) continue;
@@ -149,10 +149,9 @@ bool TakePosesOfSingleImages(const std::vector<TargetView>& views, const BundleO
 bool FindPose(const Rig& rig, TargetView& view) {
   for (size_t camera = 0; camera < view.observations.size(); ++camera) {
     const Observation& observation = view.observations[camera];
-    cv::Matx33d homography;
-    if (observation.IsEmpty() || !HomographyOf(observation, homography)) continue;
-    view.rigFromTarget =
-        Inverse(rig.cameras[camera].cameraFromRig) * KnownPoseOf(observation, rig.cameras[camera].intrinsics);
+    if (observation.IsEmpty() || !HasPose(observation, rig.cameras[camera].intrinsics)) continue;
+    view.rigFromTarget = Inverse(rig.cameras[camera].cameraFromRig) *
+                         KnownPoseOf(observation, rig.cameras[camera].intrinsics);
     return true;
   }
   return false;
@@ -175,12 +174,9 @@ Selection WithoutOutliers(const Selection& screened, const Weighted& weighted, s
   return selection;
 }
 
-}  // namespace
-
-Selection Selected(const std::vector<TargetView>& views, const cv::Size& imageSize,
-                   const BundleOptions& options) {
-  Selection screened = Screened(views, imageSize);
-  Solution start = SolveModels(StartOf(screened.views, imageSize), options);
+/// From the camera that the screened views give.
+Selection SelectedFrom(const std::vector<TargetView>& views, Selection screened, Solution start,
+                       const BundleOptions& options) {
   if (!start.usable) return screened;
   Weighted weighted = Settled(screened.views, std::move(start), options);
   CopyPoses(weighted.solution.views, screened.views);
@@ -190,6 +186,24 @@ Selection Selected(const std::vector<TargetView>& views, const cv::Size& imageSi
     weighted = Settled(screened.views, std::move(weighted.solution), options);
   }
   return WithoutOutliers(screened, weighted, views.size());
+}
+
+}  // namespace
+
+Selection SelectedOfFisheye(const std::vector<TargetView>& views, const cv::Size& imageSize,
+                            const BundleOptions& options) {
+  const FisheyeStart start = FisheyeStartOf(views, imageSize);
+  Selection screened = ScreenedBy(start);
+  CalibrationProblem problem = start.problem;
+  problem.views = screened.views;
+  return SelectedFrom(views, std::move(screened), SolveFisheye(std::move(problem), options), options);
+}
+
+Selection Selected(const std::vector<TargetView>& views, const cv::Size& imageSize,
+                   const BundleOptions& options) {
+  Selection screened = Screened(views, imageSize);
+  Solution start = SolveModels(StartOf(screened.views, imageSize), options);
+  return SelectedFrom(views, std::move(screened), std::move(start), options);
 }
 
 Selection Selected(const CalibrationProblem& start, const BundleOptions& options) {

@@ -21,6 +21,10 @@ namespace velmora::solver {
 Selection Selected(const std::vector<TargetView>& views, const cv::Size& imageSize,
                    const BundleOptions& options);
 
+/// The same of a fisheye.
+Selection SelectedOfFisheye(const std::vector<TargetView>& views, const cv::Size& imageSize,
+                            const BundleOptions& options);
+
 /// Selects views and points of a rig that is nearly known.
 Selection Selected(const CalibrationProblem& start, const BundleOptions& options);
 

@@ -20,8 +20,7 @@ constexpr double WIDTHS = 0.004;
 /// False when the view has no pose, or is too far off with the best one.
 bool Fits(TargetView& view, const Camera& camera) {
   const Observation& observation = view.observations.front();
-  cv::Matx33d homography;
-  if (!HomographyOf(observation, homography)) return false;
+  if (!HasPose(observation, camera.intrinsics)) return false;
   view.rigFromTarget = StartPoseOf(observation, camera.intrinsics);
   const Rig rig{{camera}};
   const Solution solution = SolvePoses(rig, {view});
