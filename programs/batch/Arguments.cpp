@@ -32,6 +32,7 @@ const std::map<std::string, int> MODELS = {
     {ModelChoice::NameOf(Calibrator::MODEL_CLASSIC), Calibrator::MODEL_CLASSIC},
     {ModelChoice::NameOf(Calibrator::MODEL_RATIONAL), Calibrator::MODEL_RATIONAL},
     {ModelChoice::NameOf(Calibrator::MODEL_FULL), Calibrator::MODEL_FULL},
+    {"fisheye", Arguments::MODEL_FISHEYE},
     {"auto", Arguments::MODEL_AUTO}};
 
 /// "4x11" as a size; throws CLI's error otherwise.
@@ -58,7 +59,7 @@ void AddCameraOptions(CLI::App& app, std::string& grid, Arguments& arguments) {
       ->check(common::FaultUnlessMetres, "positive")
       ->type_name("METRES");
   app.add_option("--model", arguments.modelName,
-                 "lens model: classic, rational, full, or auto: as large as the views ask for")
+                 "lens model: classic, rational, full, fisheye, or auto: what the views ask for")
       ->check(CLI::IsMember(MODELS))
       ->type_name("NAME")
       ->capture_default_str();
@@ -160,8 +161,9 @@ void CheckRig(const Arguments& arguments) {
   }
   if (arguments.rig.size() < 2)
     throw CLI::ValidationError("--rig", "inputs of at least two cameras are needed");
-  if (arguments.model == Arguments::MODEL_AUTO) {
-    throw CLI::ValidationError("--model", "auto is for one camera; a rig takes classic, rational or full");
+  if (arguments.model < 0) {
+    throw CLI::ValidationError("--model",
+                               arguments.modelName + " is for one camera; a rig takes classic, rational or full");
   }
   if (arguments.solver != Calibrator::SOLVER_SPARSE) {
     throw CLI::ValidationError("--solver", "only the sparse solver computes rigs");
@@ -193,8 +195,12 @@ void CheckTogether(const Arguments& arguments) {
   if (arguments.refineLenses && arguments.solver != Calibrator::SOLVER_SPARSE) {
     throw CLI::ValidationError("--refine-lenses", "only the sparse solver refines lenses");
   }
-  if (arguments.IsPair() && arguments.model == Arguments::MODEL_AUTO) {
-    throw CLI::ValidationError("--model", "auto is for one camera; a pair needs the rational or full model");
+  if (arguments.IsPair() && arguments.model < 0) {
+    throw CLI::ValidationError("--model",
+                               arguments.modelName + " is for one camera; a pair needs the rational or full model");
+  }
+  if (arguments.model == Arguments::MODEL_FISHEYE && arguments.solver != Calibrator::SOLVER_SPARSE) {
+    throw CLI::ValidationError("--solver", "only the sparse solver computes fisheyes");
   }
   if (arguments.IsPair() && arguments.calibLeft.empty() && arguments.model == Calibrator::MODEL_CLASSIC) {
     throw CLI::ValidationError("--model", "a pair is computed from cameras of the rational or full model");

@@ -45,7 +45,7 @@ common::Report CameraViews::Calibrate() {
       report.rejected.push_back(common::NotNeeded(names_[i], arguments_.maxViews));
     }
   }
-  calibrator.ComputeCalibration(ChosenModel(report));
+  Compute(ChosenModel(report));
   common::CopyResult(calibrator, report);
   return report;
 }
@@ -55,7 +55,20 @@ int CameraViews::ChosenModel(common::Report& report) {
   const ModelChoice choice = search_.Engine()->ChooseModel();
   report.model = choice.Name();
   report.modelReasons = choice.reasons;
-  return choice.model;
+  return choice.prefersFisheye ? Arguments::MODEL_FISHEYE : choice.model;
+}
+
+void CameraViews::Compute(int model) {
+  Calibrator& calibrator = *search_.Engine();
+  if (model == Arguments::MODEL_FISHEYE) {
+    calibrator.ComputeFisheye();
+  } else {
+    calibrator.ComputeCalibration(model);
+  }
+}
+
+std::string CameraViews::ResultName(const std::string& output) const {
+  return search_.Engine()->GetFisheye().IsEmpty() ? output : output + "_fisheye";
 }
 
 CalibrationVerdict CameraViews::Verdict(common::Report& report) {
@@ -65,16 +78,19 @@ CalibrationVerdict CameraViews::Verdict(common::Report& report) {
 }
 
 std::string CameraViews::Save(const std::string& output) {
-  return common::SaveResultFile(*search_.Engine(), output);
+  Calibrator& calibrator = *search_.Engine();
+  return ResultName(output) == output ? common::SaveResultFile(calibrator, output)
+                                      : common::SaveFisheyeFile(calibrator, output);
 }
 
 std::string SaveWithVerdict(CameraViews& camera, const CalibrationVerdict& verdict, const std::string& output,
                             std::string& text, common::OutputFiles& files) {
-  files.Announce(output + ".json");
+  const std::string name = camera.ResultName(output);
+  files.Announce(name + ".json");
   text = camera.Save(output);
-  if (text.empty()) return output + ".json";
-  files.Written(output + ".json");
-  return common::SaveVerdict(verdict, camera.FrameSize(), camera.Used(), output, files);
+  if (text.empty()) return name + ".json";
+  files.Written(name + ".json");
+  return common::SaveVerdict(verdict, camera.FrameSize(), camera.Used(), name, files);
 }
 
 }  // namespace batch

@@ -43,12 +43,16 @@ class CameraViews {
   /// The verdict on the computation; the views that it rejected are noted in the report.
   CalibrationVerdict Verdict(common::Report& report);
 
-  /// Writes the result file, extension added, and reads it back. The text, which is empty when that failed.
+  /// The result file's name without extension: that of the output, or for a fisheye, whose file is another
+  /// one, with "_fisheye".
+  std::string ResultName(const std::string& output) const;
+  /// Writes the result file and reads it back. The text, which is empty when that failed.
   std::string Save(const std::string& output);
 
  private:
   /// The model to compute; of an automatic choice the report gets name and reasons.
   int ChosenModel(common::Report& report);
+  void Compute(int model);
 
   const Arguments& arguments_;
   ImageSearch search_;

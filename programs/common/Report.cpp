@@ -17,6 +17,7 @@ constexpr size_t LISTED_NAMES = 40;  // frames of a video come by the hundred
 
 const char* const PARAMETERS[] = {"fx", "fy", "cx", "cy", "k1", "k2", "p1", "p2",    "k3",
                                   "k4", "k5", "k6", "s1", "s2", "s3", "s4", "tau x", "tau y"};
+const char* const FISHEYE_PARAMETERS[] = {"fx", "fy", "cx", "cy", "k1", "k2", "k3", "k4"};
 constexpr int CAMERA_PARAMETERS = 4;
 
 #if defined(__GNUC__)
@@ -71,7 +72,8 @@ std::string ParameterTable(const Report& report) {
     const bool coefficient = i >= CAMERA_PARAMETERS;
     if (coefficient && deviation == 0.0 && value == 0.0) continue;  // not part of the model
     const int digits = coefficient ? 6 : 3;
-    text += Formatted("  %-9s %14.*f %14.*f\n", PARAMETERS[i], digits, value, digits, deviation);
+    const char* const name = report.fisheye ? FISHEYE_PARAMETERS[i] : PARAMETERS[i];
+    text += Formatted("  %-9s %14.*f %14.*f\n", name, digits, value, digits, deviation);
   }
   return text;
 }

@@ -39,6 +39,7 @@ struct Report {
   std::vector<Rejection> rejected;
   double rms = 0.0;
   cv::Mat K, D, stdDevs, viewErrors;  ///< as the engine hands them out
+  bool fisheye = false;               ///< D and its deviations are a fisheye's k1 to k4
 };
 
 /// How far off the points of one of a pair's cameras are, pixels.

@@ -10,24 +10,42 @@
 
 namespace common {
 
+namespace {
+
+/// The text if the file holds it, else an empty one.
+std::string ReadBack(const std::string& text, const std::string& path) {
+  try {
+    JSON written;
+    JSON expected;
+    expected.fromJson(text);
+    return written.load(path) && written.toJson() == expected.toJson() ? text : "";
+  } catch (const std::exception&) {
+    return "";
+  }
+}
+
+}  // namespace
+
 void CopyResult(Calibrator& calibrator, Report& report) {
   report.rms = static_cast<double>(calibrator.GetRMS());
   report.K = calibrator.GetK();
   report.D = calibrator.GetDistCoefs();
   report.stdDevs = calibrator.GetStdDevIntrinsics();
+  const FisheyeResult fisheye = calibrator.GetFisheye();
+  report.fisheye = !fisheye.IsEmpty();
+  if (report.fisheye) {
+    report.D = fisheye.coefficients;
+    report.stdDevs = fisheye.stdDevs;
+  }
   report.viewErrors = calibrator.GetPerViewErrors();
 }
 
 std::string SaveResultFile(Calibrator& calibrator, const std::string& name) {
-  const std::string text = calibrator.SaveResult(true, name);
-  try {
-    JSON written;
-    JSON expected;
-    expected.fromJson(text);
-    return written.load(name + ".json") && written.toJson() == expected.toJson() ? text : "";
-  } catch (const std::exception&) {
-    return "";
-  }
+  return ReadBack(calibrator.SaveResult(true, name), name + ".json");
+}
+
+std::string SaveFisheyeFile(Calibrator& calibrator, const std::string& name) {
+  return ReadBack(calibrator.SaveFisheye(true, name), name + "_fisheye.json");
 }
 
 void CheckOutput(const std::string& name) {

@@ -20,12 +20,11 @@ class Review : public ::testing::Test {
     view_.blankSize = {320, 240};
     view_.number = 2;
     view_.total = 7;
-    view_.objectPoints = MakeObjectTemplate({4, 11}, 0.02F);
     view_.patternSize = {4, 11};
-    result_.K = (cv::Mat_<double>(3, 3) << 500, 0, 320, 0, 505, 240, 0, 0, 1);
-    result_.D = (cv::Mat_<double>(1, 5) << -0.2, 0.05, 0.001, -0.001, 0.0);
-    result_.rvec = {0.1, -0.2, 0.3};
-    result_.tvec = {-0.07, -0.1, 0.5};
+    const cv::Matx33d K(500, 0, 320, 0, 505, 240, 0, 0, 1);
+    const cv::Vec<double, 5> D(-0.2, 0.05, 0.001, -0.001, 0.0);
+    cv::projectPoints(MakeObjectTemplate({4, 11}, 0.02F), cv::Vec3d(0.1, -0.2, 0.3),
+                      cv::Vec3d(-0.07, -0.1, 0.5), K, D, result_.projected);
     result_.error = 0.12345678;
     result_.rms = 0.25F;
   }
@@ -36,8 +35,7 @@ class Review : public ::testing::Test {
   }
 
   void DrawProjectedGrid(cv::Mat& image) const {
-    std::vector<cv::Point2d> projected;
-    cv::projectPoints(view_.objectPoints, result_.rvec, result_.tvec, result_.K, result_.D, projected);
+    const std::vector<cv::Point2d>& projected = result_.projected;
     cv::drawChessboardCorners(image, view_.patternSize,
                               std::vector<cv::Point2f>(projected.begin(), projected.end()), true);
   }

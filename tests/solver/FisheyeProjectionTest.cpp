@@ -43,8 +43,8 @@ TEST(FisheyeProjection, IsOpenCvs) {
   for (const cv::Vec3d& point : Points()) {
     if (!(point[2] > 0.01)) continue;  // OpenCV's goes by what is in front of the camera
     std::vector<cv::Point2d> expected;
-    cv::fisheye::projectPoints(std::vector<cv::Point3d>{cv::Point3d(point)}, expected, cv::Vec3d(), cv::Vec3d(),
-                               K, D);
+    cv::fisheye::projectPoints(std::vector<cv::Point3d>{cv::Point3d(point)}, expected, cv::Vec3d(),
+                               cv::Vec3d(), K, D);
     cv::Point2d pixel;
     ASSERT_TRUE(projection.Project(point, pixel));
     EXPECT_LT(cv::norm(pixel - expected[0]), 1e-9) << point;
@@ -65,7 +65,8 @@ TEST(FisheyeProjection, ReachesBehindTheCamera) {
 TEST(FisheyeProjection, EndsWhereDistancesNoLongerGrow) {
   Intrinsics intrinsics = Fisheye();
   intrinsics.values[FISHEYE_K] = -0.3;
-  intrinsics.values[FISHEYE_K + 1] = intrinsics.values[FISHEYE_K + 2] = intrinsics.values[FISHEYE_K + 3] = 0.0;
+  intrinsics.values[FISHEYE_K + 1] = intrinsics.values[FISHEYE_K + 2] = intrinsics.values[FISHEYE_K + 3] =
+      0.0;
   const FisheyeProjection projection(intrinsics);
   const double end = 1.0 / std::sqrt(3.0 * 0.3);
   EXPECT_NEAR(projection.LargestAngle(), end, 1e-9);

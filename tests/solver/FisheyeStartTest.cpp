@@ -19,15 +19,16 @@ namespace {
 
 const cv::Size IMAGE(1280, 960);
 
-/// A lens of an even curve with a little of its own, that sees so many degrees from left to right. Its projection
-/// is written out here.
+/// A lens of an even curve with a little of its own, that sees so many degrees from left to right. Its
+/// projection is written out here.
 struct Lens {
   double f;
   cv::Point2d middle;
   double k1;
   double k2;
 
-  explicit Lens(double degrees) : f(640.0 / (0.5 * degrees * CV_PI / 180.0)), middle(645.2, 471.8), k1(-0.01), k2(0.002) {}
+  explicit Lens(double degrees)
+      : f(640.0 / (0.5 * degrees * CV_PI / 180.0)), middle(645.2, 471.8), k1(-0.01), k2(0.002) {}
 
   cv::Point2d operator()(const cv::Vec3d& p) const {
     const double away = std::sqrt(p[0] * p[0] + p[1] * p[1]);
@@ -53,7 +54,8 @@ std::vector<TargetView> Views(const Lens& lens, double degrees, int count, doubl
   while (static_cast<int>(views.size()) < count) {
     const double angle = random.uniform(0.0, 0.5 * degrees * CV_PI / 180.0);
     const double turn = random.uniform(0.0, 2.0 * CV_PI);
-    const cv::Vec3d sight(std::sin(angle) * std::cos(turn), std::sin(angle) * std::sin(turn), std::cos(angle));
+    const cv::Vec3d sight(std::sin(angle) * std::cos(turn), std::sin(angle) * std::sin(turn),
+                          std::cos(angle));
     const cv::Vec3d axis = cv::Vec3d(-std::sin(turn), std::cos(turn), 0.0) * angle;
     const cv::Vec3d tilt(random.uniform(-0.7, 0.7), random.uniform(-0.7, 0.7), random.uniform(-3.0, 3.0));
     TargetView view;
@@ -89,7 +91,8 @@ TEST_P(Field, IsFoundAndTheLensWithIt) {
     const auto& values = solution.rig.cameras.front().intrinsics.values;
     const double truth[] = {lens.f, lens.f, lens.middle.x, lens.middle.y, lens.k1, lens.k2, 0.0, 0.0};
     for (int i = 0; i < FISHEYE_PARAMETERS; ++i) {
-      EXPECT_NEAR(values[static_cast<size_t>(i)], truth[i], 4.5 * std::sqrt(covariance(i, i))) << seed << " " << i;
+      EXPECT_NEAR(values[static_cast<size_t>(i)], truth[i], 4.5 * std::sqrt(covariance(i, i)))
+          << seed << " " << i;
     }
   }
 }

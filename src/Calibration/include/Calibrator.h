@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Export.h"
+#include "FisheyeResult.h"
 #include "JavaTypes.h"
 #include "ModelChoice.h"
 #include "PairVerdict.h"
@@ -296,6 +297,15 @@ class VELMORA_API Calibrator {
   /// Computes as ComputeCalibration does, on a thread of its own. Follow it through the status. A failure is
   /// logged.
   void ComputeCalibrationMultithread(const int& model);
+  /// Computes a fisheye, with the sparse solver whichever is chosen (robustness, disc radius and the sheet's
+  /// shape count when that one is): lenses of 90 degrees and more, of whose images half a sphere and more can
+  /// be one. Returns, refuses and raises as ComputeCalibration does. GetFisheye and SaveFisheye have what
+  /// comes out of it; poses, errors and verdict are where they are of any camera. GetDistCoefs is empty then,
+  /// and SaveResult refuses: nobody is to take a fisheye's coefficients for others.
+  float ComputeFisheye();
+  /// Computes as ComputeFisheye does, on a thread of its own. Follow it through the status. A failure is
+  /// logged.
+  void ComputeFisheyeMultithread();
 
   // ---- Computation of a stereo calibrator. Thread-safe.
 
@@ -322,7 +332,8 @@ class VELMORA_API Calibrator {
 
   /// Camera matrix, 3 x 3 double, pixels of the processing size.
   cv::Mat GetK();
-  /// Distortion coefficients as OpenCV orders them, one row of double: 5 columns (classic) or 14.
+  /// Distortion coefficients as OpenCV orders them, one row of double: 5 columns (classic) or 14. Empty of a
+  /// fisheye.
   cv::Mat GetDistCoefs();
   cv::Mat GetKLeft();
   cv::Mat GetDistCoefsLeft();
@@ -343,7 +354,8 @@ class VELMORA_API Calibrator {
   cv::Mat GetEssentialMatrix();
   cv::Mat GetFundamentalMatrix();
   /// Standard deviations of fx, fy, cx, cy, k1, k2, p1, p2, k3, k4, k5, k6, s1, s2, s3, s4, tau x, tau y: 18
-  /// x 1 double, zero for those that the model does not estimate. Monocular.
+  /// x 1 double, zero for those that the model does not estimate. Monocular. Empty of a fisheye, whose are in
+  /// GetFisheye.
   cv::Mat GetStdDevIntrinsics();
   /// RMS reprojection error of each snapshot in pixels, N x 1 double. Monocular.
   cv::Mat GetPerViewErrors();
@@ -354,8 +366,16 @@ class VELMORA_API Calibrator {
 
   /// The result file's text; with `save` it is also written to path + ".json" (an empty path gives a name of
   /// kind, date and time in the current folder). An empty text during STATUS_PROGRESS, and with an error line
-  /// before a computation. A failed save is reported by an error line; the text is returned all the same.
+  /// before a computation and for a fisheye (SaveFisheye has its own). A failed save is reported by an error
+  /// line; the text is returned all the same.
   std::string SaveResult(const bool& save, const std::string& path);
+  /// The fisheye that the last computation found; empty when it was another lens's.
+  FisheyeResult GetFisheye();
+  /// The text of the fisheye's result file; with `save` it is also written to path + "_fisheye.json" (an
+  /// empty path gives a name of kind, date and time in the current folder). An empty text during
+  /// STATUS_PROGRESS and, with an error line, before a computation and of another lens. A failed save is
+  /// reported by an error line; the text is returned all the same.
+  std::string SaveFisheye(const bool& save, const std::string& path);
   /// Local date and time as strftime's "%Y%m%d%X" gives it in the C locale, such as 2026111423:50:56.
   std::string currentDateTime();
   /// Status, snapshot count, a sentence and, when completed, the result file's text, all of one moment, as

@@ -17,11 +17,15 @@ struct VELMORA_API ModelChoice {
     bool poleFree = false;   ///< the denominator of the distortion has no root within the image
   };
 
-  int model = 0;                      ///< of Calibrator; 0: there was nothing to choose from
+  int model = 0;  ///< of Calibrator, the best but for the fisheye; 0: there was nothing to choose from
+  /// The fisheye (Calibrator::ComputeFisheye) is better than that model. It is no model with a number.
+  bool prefersFisheye = false;
   std::vector<Candidate> candidates;  ///< the classic, the rational and the full model
-  std::vector<std::string> reasons;   ///< for each of the larger models, why it is chosen or not
+  Candidate fisheye;  ///< from points that `model` was compared with it by; `rms` 0: there was none
+  std::vector<std::string>
+      reasons;  ///< for each of the larger models and the fisheye, why it is chosen or not
 
-  /// "classic", "rational", "full", or "none".
+  /// "classic", "rational", "full", "fisheye", or "none".
   std::string Name() const;
   static std::string NameOf(int model);
   /// The model of that name; 0 when there is none.

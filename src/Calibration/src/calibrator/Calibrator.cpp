@@ -333,6 +333,14 @@ void Calibrator::ComputeCalibrationMultithread(const int& model) {
   impl_->computations.ComputeCameraInBackground(model);
 }
 
+float Calibrator::ComputeFisheye() {
+  return impl_->computations.ComputeFisheye();
+}
+
+void Calibrator::ComputeFisheyeMultithread() {
+  impl_->computations.ComputeFisheyeInBackground();
+}
+
 float Calibrator::ComputeCalibrationStereo(const std::string& left, const std::string& right,
                                            const int& model, const bool& fromFiles) {
   return impl_->computations.ComputePair({left, right, fromFiles}, model);
@@ -350,7 +358,8 @@ cv::Mat Calibrator::GetK() {
 }
 
 cv::Mat Calibrator::GetDistCoefs() {
-  return impl_->ResultOf(MONOCULAR, [](const Result& result) { return result.camera.D; });
+  return impl_->ResultOf(
+      MONOCULAR, [](const Result& result) { return result.IsFisheye() ? cv::Mat() : result.camera.D; });
 }
 
 cv::Mat Calibrator::GetKLeft() {
@@ -386,7 +395,9 @@ cv::Mat Calibrator::GetFundamentalMatrix() {
 }
 
 cv::Mat Calibrator::GetStdDevIntrinsics() {
-  return impl_->ResultOf(MONOCULAR, [](const Result& result) { return result.camera.stdDevIntrinsics; });
+  return impl_->ResultOf(MONOCULAR, [](const Result& result) {
+    return result.IsFisheye() ? cv::Mat() : result.camera.stdDevIntrinsics;
+  });
 }
 
 cv::Mat Calibrator::GetPerViewErrors() {
@@ -441,8 +452,31 @@ std::string Calibrator::SaveResult(const bool& save, const std::string& path) {
   }
   JSON document;
   std::string text = ResultText(now, impl_->Facts(), document);
+  if (now.result->IsFisheye())
+    Log::error("The result is a fisheye's, which this file cannot hold. SaveFisheye writes one that can.");
   if (text.empty()) return "";
   const std::string fileName = ResultFileName(path, impl_->kind == STEREO);
+  if (save && !document.save(fileName)) Log::error("Cannot save file: %s", fileName.c_str());
+  return text;
+}
+
+FisheyeResult Calibrator::GetFisheye() {
+  const Snapshots::Moment now = impl_->snapshots.Current();
+  const bool isOne = now.status != STATUS_PROGRESS && now.result != nullptr && now.result->IsFisheye();
+  return isOne ? FisheyeOf(*now.result, impl_->size) : FisheyeResult();
+}
+
+std::string Calibrator::SaveFisheye(const bool& save, const std::string& path) {
+  if (isCalibrating()) return "";
+  const FisheyeResult fisheye = GetFisheye();
+  if (fisheye.IsEmpty()) {
+    Log::error("There is no result of a fisheye.");
+    return "";
+  }
+  const std::string fileName = FisheyeFileName(path);
+  const std::string text = fisheye.ToJson();
+  JSON document;
+  document.fromJson(text);
   if (save && !document.save(fileName)) Log::error("Cannot save file: %s", fileName.c_str());
   return text;
 }

@@ -35,6 +35,14 @@ SparseOptions OptionsOf(const SolverSettings& settings) {
   return options;
 }
 
+/// What a result says besides its matrices. Raises cv::Exception where they are not finite.
+void TakeNumbers(double discRadius, Result& result) {
+  const IntrinsicsResult& solved = result.camera;
+  RequireFinite(solved.rms, {solved.K, solved.D, solved.rvecs, solved.tvecs});
+  result.rms = static_cast<float>(solved.rms);
+  result.discRadius = discRadius;
+}
+
 }  // namespace
 
 void Computations::SetProgressListener(ProgressListener listener) {
@@ -68,21 +76,45 @@ Result Computations::SolveCamera(const SnapshotList& views, int model, const Pro
   } else {
     static_cast<IntrinsicsResult&>(result.camera) = SolveIntrinsics(seen.target, points, imageSize_, model);
   }
-  const IntrinsicsResult& solved = result.camera;
-  RequireFinite(solved.rms, {solved.K, solved.D, solved.rvecs, solved.tvecs});
-  result.rms = static_cast<float>(solved.rms);
-  result.discRadius = settings.UsedDiscRadius();
+  TakeNumbers(settings.UsedDiscRadius(), result);
+  return result;
+}
+
+Result Computations::SolveFisheye(const SnapshotList& views, const Progress& progress) const {
+  const SolverSettings settings = choice_.Current();
+  const ObservedPoints seen = ObservedIn(views);
+  SparseOptions options = OptionsOf(settings);
+  options.robust = settings.robust && settings.IsSparse();
+  options.progress = progress;
+  options.sheet = settings.UsedSheet();
+  Result result;
+  result.camera = SolveFisheyeWithSheet(seen.target, seen.cameras.front(), imageSize_, options);
+  LogRejected(seen.InGrid(result.camera.rejected));
+  TakeNumbers(options.discRadius, result);
   return result;
 }
 
 float Computations::ComputeCamera(int model) {
+  return ComputeOneCamera(
+      [this, model](const SnapshotList& views, const Progress& progress) {
+        return SolveCamera(views, model, progress);
+      },
+      model);
+}
+
+float Computations::ComputeFisheye() {
+  return ComputeOneCamera(
+      [this](const SnapshotList& views, const Progress& progress) { return SolveFisheye(views, progress); },
+      0);
+}
+
+float Computations::ComputeOneCamera(const Solve& solve, int model) {
   if (snapshots_.CameraCount() != ONE_CAMERA || snapshots_.Status() == STATUS_PROGRESS) return -1.0F;
   const auto computation = snapshots_.Begin();
   if (computation == nullptr) return -1.0F;
   begun_();
   try {
-    auto result =
-        std::make_shared<Result>(SolveCamera(computation->Views(), model, NewProgress(*computation)));
+    auto result = std::make_shared<Result>(solve(computation->Views(), NewProgress(*computation)));
     result->model = model;
     result->snapshots = computation->Views().Count();
     const float rms = result->rms;
@@ -171,6 +203,10 @@ void Computations::ComputeCameraInBackground(int model) {
   RunInBackground("Calibration", [this, model] { ComputeCamera(model); });
 }
 
+void Computations::ComputeFisheyeInBackground() {
+  RunInBackground("Calibration", [this] { ComputeFisheye(); });
+}
+
 void Computations::ComputePairInBackground(const PairSources& sources, int model) {
   RunInBackground("Stereo calibration", [this, sources, model] { ComputePair(sources, model); });
 }
@@ -184,7 +220,7 @@ ModelChoice Computations::ChooseModel() const {
   const ObservedPoints seen = ObservedIn(*now.snapshots);
   SparseOptions options = OptionsOf(settings);
   options.sheet = settings.UsedSheet();
-  return CompareModels(seen.target, seen.cameras.front(), imageSize_, options);
+  return CompareAllModels(seen.target, seen.cameras.front(), imageSize_, options);
 }
 
 CalibrationVerdict Computations::AssessCamera() const {

@@ -42,9 +42,12 @@ class Computations {
   /// See Calibrator::ComputeCalibration and ComputeCalibrationStereo: the RMS, or -1 (0 for sources that
   /// cannot be read) without a result. What a solver raises reaches the caller.
   float ComputeCamera(int model);
+  /// See Calibrator::ComputeFisheye.
+  float ComputeFisheye();
   float ComputePair(const PairSources& sources, int model);
   /// The same on threads of their own; a failure is logged.
   void ComputeCameraInBackground(int model);
+  void ComputeFisheyeInBackground();
   void ComputePairInBackground(const PairSources& sources, int model);
   /// True while one of those is under way.
   bool Busy() const { return background_.Busy(); }
@@ -64,6 +67,10 @@ class Computations {
   Result SolvePair(const SnapshotList& views, const StereoIntrinsics& intrinsics, int model,
                    const Progress& progress) const;
   Result SolveCamera(const SnapshotList& views, int model, const Progress& progress) const;
+  Result SolveFisheye(const SnapshotList& views, const Progress& progress) const;
+  /// Computes the camera as `solve` does, and publishes the result as one of that model.
+  using Solve = std::function<Result(const SnapshotList& views, const Progress& progress)>;
+  float ComputeOneCamera(const Solve& solve, int model);
   void RunInBackground(const char* name, std::function<void()> task);
 
   Snapshots& snapshots_;

@@ -1,12 +1,15 @@
 /// Shows the snapshots of a computation in a window, one after the other.
 #include "calibrator/ReprojectionReview.h"
 
+#include <opencv2/calib3d.hpp>
 #include <opencv2/highgui.hpp>
 #include <string>
+#include <vector>
 
 #include "Display.h"
 #include "Log.h"
 #include "imaging/Review.h"
+#include "solver/FisheyeProjection.h"
 
 namespace velmora {
 
@@ -40,17 +43,33 @@ void Destroy(const char* window) {
   }
 }
 
+/// Where the result has the points of a snapshot; none where it is a fisheye that sees not all of them.
+std::vector<cv::Point2d> ProjectedIn(const Snapshots::Moment& moment, int snapshot) {
+  const SparseResult& camera = moment.result->camera;
+  const std::vector<cv::Point3d>& points = moment.snapshots->target[static_cast<size_t>(snapshot)];
+  const cv::Vec3d& rotation = camera.rvecs.at<cv::Vec3d>(snapshot);
+  const cv::Vec3d& translation = camera.tvecs.at<cv::Vec3d>(snapshot);
+  std::vector<cv::Point2d> projected;
+  if (!moment.result->IsFisheye()) {
+    cv::projectPoints(points, rotation, translation, camera.K, camera.D, projected);
+    return projected;
+  }
+  const solver::FisheyeProjection projection(camera.solution->rig.cameras.front().intrinsics);
+  cv::Matx33d R;
+  cv::Rodrigues(rotation, R);
+  for (const cv::Point3d& point : points) {
+    projected.emplace_back();
+    if (!projection.Project(R * cv::Vec3d(point) + translation, projected.back())) return {};
+  }
+  return projected;
+}
+
 /// What a result says of a snapshot; false of those that were added after the computation, or of all without
 /// one.
 bool ResultOf(const Snapshots::Moment& moment, int snapshot, ReviewResult& review) {
   if (moment.result == nullptr || snapshot >= moment.result->camera.perViewErrors.rows) return false;
-  const SparseResult& camera = moment.result->camera;
-  review = {camera.K,
-            camera.D,
-            camera.rvecs.at<cv::Vec3d>(snapshot),
-            camera.tvecs.at<cv::Vec3d>(snapshot),
-            camera.perViewErrors.at<double>(snapshot),
-            moment.rms};
+  const double error = moment.result->camera.perViewErrors.at<double>(snapshot);
+  review = {ProjectedIn(moment, snapshot), error, moment.rms};
   return true;
 }
 
@@ -69,8 +88,7 @@ void ReviewReprojection(const Snapshots::Moment& moment, const cv::Size& grid, c
   for (int i = 0; i < total; ++i) {
     const auto index = static_cast<size_t>(i);
     const SnapshotList::Camera& camera = snapshots.cameras.front();
-    const ReviewView view = {camera.frames[index], imageSize, i + 1, total, snapshots.target[index], grid,
-                             camera.weights[index]};
+    const ReviewView view = {camera.frames[index], imageSize, i + 1, total, grid, camera.weights[index]};
     ReviewResult result;
     const bool computed = ResultOf(moment, i, result);
     cv::imshow(window, DrawReview(view, computed ? &result : nullptr));

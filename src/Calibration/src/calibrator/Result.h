@@ -20,6 +20,11 @@ struct Result {
   double discRadius = 0.0;         ///< metres; 0 where eccentricity was not corrected
   size_t snapshots = 0;            ///< how many it was computed from
   float rms = -1.0F;               ///< reprojection error in pixels
+
+  /// Whether it is of one camera, whose coefficients are not OpenCV's usual ones.
+  bool IsFisheye() const {
+    return camera.solution != nullptr && camera.solution->rig.cameras.front().intrinsics.IsFisheye();
+  }
 };
 
 }  // namespace velmora

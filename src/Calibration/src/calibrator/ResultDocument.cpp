@@ -5,6 +5,8 @@
 
 #include "JSON.h"
 #include "model/Codes.h"
+#include "model/LensModel.h"
+#include "quality/FisheyeComparison.h"
 
 namespace velmora {
 
@@ -23,6 +25,10 @@ std::string ResultFileName(const std::string& path, bool isPair) {
   return (isPair ? "stereo" : "mono") + CurrentDateTime() + ".json";
 }
 
+std::string FisheyeFileName(const std::string& path) {
+  return path.empty() ? "fisheye" + CurrentDateTime() + ".json" : path + "_fisheye.json";
+}
+
 const char* StatusSentence(int status) {
   switch (status) {
     case STATUS_READY:
@@ -39,6 +45,7 @@ const char* StatusSentence(int status) {
 std::string ResultText(const Snapshots::Moment& moment, const DocumentFacts& facts, JSON& document) {
   if (moment.result == nullptr || moment.rms == -1.0F) return "";
   const Result& result = *moment.result;
+  if (result.IsFisheye()) return "";  // who reads distCoefs would take its coefficients for others
   document.addInt("sensor", facts.isPair ? 1 : 0);
   document.addDouble("error", moment.rms);
   document.addInt("imgWidth", facts.imageSize.width);
@@ -53,6 +60,17 @@ std::string ResultText(const Snapshots::Moment& moment, const DocumentFacts& fac
     document.addMat("T", result.pair.T);
   }
   return document.toJson();
+}
+
+FisheyeResult FisheyeOf(const Result& result, const cv::Size& imageSize) {
+  FisheyeResult fisheye;
+  fisheye.K = result.camera.K;
+  fisheye.coefficients = result.camera.D;
+  fisheye.stdDevs = result.camera.stdDevIntrinsics.rowRange(0, FISHEYE_PARAMETERS);
+  fisheye.imageSize = imageSize;
+  fisheye.rms = static_cast<double>(result.rms);
+  fisheye.widestAngle = WidestAngleOf(*result.camera.solution);
+  return fisheye;
 }
 
 std::string StatusAnswer(const Snapshots::Moment& moment, const DocumentFacts& facts) {

@@ -1,7 +1,6 @@
 /// Images of the review after a computation.
 #include "imaging/Review.h"
 
-#include <opencv2/calib3d.hpp>
 #include <opencv2/imgproc.hpp>
 #include <sstream>
 
@@ -39,11 +38,8 @@ cv::Mat DrawReview(const ReviewView& view, const ReviewResult* result) {
     y += LINE_HEIGHT;
     cv::putText(image, text, {10, y}, cv::FONT_HERSHEY_SIMPLEX, 0.5, WHITE, 1, cv::LINE_8, false);
   }
-  if (result != nullptr) {
-    std::vector<cv::Point2d> projected;
-    cv::projectPoints(view.objectPoints, result->rvec, result->tvec, result->K, result->D, projected);
-    DrawSeenGrid(projected, view.weights, view.patternSize, image);
-  }
+  if (result != nullptr && !result->projected.empty())
+    DrawSeenGrid(result->projected, view.weights, view.patternSize, image);
   return image;
 }
 

@@ -13,17 +13,15 @@ struct ReviewView {
   cv::Size blankSize;  ///< shown in place of a snapshot without an image
   int number = 0;      ///< from 1
   int total = 0;
-  std::vector<cv::Point3d> objectPoints;
   cv::Size patternSize;
   std::vector<double> weights;  ///< 0 for points that were not seen, which are not drawn; empty: all were
 };
 
 /// What a computation says of one snapshot.
 struct ReviewResult {
-  cv::Mat K, D;
-  cv::Vec3d rvec, tvec;
-  double error = 0.0;  ///< of the view, pixels
-  float rms = 0.0F;    ///< of all views, pixels
+  std::vector<cv::Point2d> projected;  ///< where the result has the points; none: no grid is drawn
+  double error = 0.0;                  ///< of the view, pixels
+  float rms = 0.0F;                    ///< of all views, pixels
 };
 
 /// The image to show. Without a result it holds no error figure and no grid.

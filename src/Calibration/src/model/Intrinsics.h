@@ -10,8 +10,8 @@ namespace velmora {
 /// The index of each parameter among a camera's intrinsics.
 enum Parameter { FX, FY, CX, CY, K1, K2, P1, P2, K3, K4, K5, K6, S1, S2, S3, S4, TAU_X, TAU_Y };
 
-/// What becomes of a ray: where it meets a plane, distorted (rational, of which the classic and the full model
-/// are others of more or fewer terms), or an angle, as fisheyes have it (Kannala and Brandt).
+/// What becomes of a ray: where it meets a plane, distorted (rational, of which the classic and the full
+/// model are others of more or fewer terms), or an angle, as fisheyes have it (Kannala and Brandt).
 enum class LensFamily { Plane, Angle };
 
 /// The coefficients of a lens of angles take the places after cx and cy.

@@ -7,13 +7,24 @@
 
 namespace velmora {
 
+namespace {
+
+/// A fisheye has no larger model.
+int ParametersOf(const SparseResult& result) {
+  const bool fisheye =
+      result.solution != nullptr && result.solution->rig.cameras.front().intrinsics.IsFisheye();
+  return fisheye ? FULL_PARAMETERS : solver::IntrinsicsOf(result).estimated;
+}
+
+}  // namespace
+
 LargerModel::LargerModel(const std::vector<std::vector<cv::Point3d>>& objectPoints,
                          const std::vector<std::vector<cv::Point2d>>& imagePoints, const cv::Size& imageSize,
                          const SparseResult& result, double discRadius)
     : objectPoints_(objectPoints),
       imagePoints_(imagePoints),
       imageSize_(imageSize),
-      parameters_(solver::IntrinsicsOf(result).estimated) {
+      parameters_(ParametersOf(result)) {
   options_.robust = result.robust;
   options_.discRadius = discRadius;
 }
@@ -25,6 +36,7 @@ const std::string& LargerModel::Name() {
 }
 
 std::string LargerModel::Ask() const {
+  if (parameters_ == FULL_PARAMETERS) return "";
   try {
     const ModelChoice choice = CompareModels(objectPoints_, imagePoints_, imageSize_, options_);
     return LensModelOf(choice.model).parameters > parameters_ ? choice.Name() : "";

@@ -9,11 +9,10 @@
 #include <utility>
 
 #include "model/LensModel.h"
+#include "quality/ModelCandidate.h"
 #include "quality/OmittedEffects.h"
 #include "quality/SheetChoice.h"
 #include "solver/CameraCalibration.h"
-#include "solver/PoseGroups.h"
-#include "solver/SheetLadder.h"
 #include "solver/Target.h"
 #include "solver/WeakPrior.h"
 
@@ -23,32 +22,9 @@ namespace {
 
 using Candidate = ModelChoice::Candidate;
 
-constexpr size_t MOST_FOLDS = 10;
 constexpr int SHEET_ROUNDS = 2;
-
-/// Squared residuals of the views that the camera was not computed from; infinite when it cannot be.
-double CostOfFold(const Solution& solution, const solver::BundleOptions& options,
-                  const std::vector<size_t>& groups, size_t fold, size_t folds) {
-  Solution fitted = solution;
-  std::vector<TargetView> heldOut;
-  fitted.views.clear();
-  for (size_t i = 0; i < solution.views.size(); ++i) {
-    (groups[i] % folds == fold ? heldOut : fitted.views).push_back(solution.views[i]);
-  }
-  const Solution camera = solver::SolveAgain(fitted, fitted.views, options);
-  if (!camera.usable) return std::numeric_limits<double>::infinity();
-  const Solution poses =
-      solver::SolvePoses(camera.rig, std::move(heldOut), solver::HeldShapeOf(camera.sheet));
-  return poses.usable ? poses.cost : std::numeric_limits<double>::infinity();
-}
-
-double HeldOutRms(const Solution& solution, const solver::BundleOptions& options) {
-  const std::vector<size_t> groups = solver::GroupsOf(solution.views, solution.rig);
-  const size_t folds = std::min(MOST_FOLDS, solver::CountOfGroups(groups));
-  double cost = 0.0;
-  for (size_t fold = 0; fold < folds; ++fold) cost += CostOfFold(solution, options, groups, fold, folds);
-  return std::sqrt(cost / CountOf(solution.views));
-}
+/// Degrees from the axis to which lenses of planes follow any lens.
+constexpr double NARROW = 45.0;
 
 Solution Solved(const solver::Selection& selection, const cv::Size& imageSize,
                 const solver::BundleOptions& options) {
@@ -81,24 +57,6 @@ solver::Selection WithoutFaultOfSheet(solver::Selection selection, const cv::Siz
   return selection;
 }
 
-Candidate CandidateOf(const Solution& solution, const solver::BundleOptions& options, int model) {
-  // Views of like poses repeat each other's errors, and count as one.
-  const auto views = static_cast<double>(solution.views.size());
-  const auto poses =
-      static_cast<double>(solver::CountOfGroups(solver::GroupsOf(solution.views, solution.rig)));
-  const double numbers = 2.0 * CountOf(solution.views) * poses / views;
-  const double unknowns = options.parameters + solution.sheet.counted + POSE_PARAMETERS * poses;
-  Candidate candidate;
-  candidate.model = model;
-  candidate.rms = RmsOf(solution);
-  candidate.criterion =
-      numbers * std::log(solution.cost * poses / views / numbers) + unknowns * std::log(numbers);
-  candidate.unseen = HeldOutRms(solution, options);
-  const Camera& camera = solution.rig.cameras.front();
-  candidate.poleFree = solver::IsFreeOfPoles(camera.intrinsics, camera.imageSize);
-  return candidate;
-}
-
 /// "0.1234 instead of 0.2345 px".
 std::string Instead(double larger, double smaller) {
   char text[64];
@@ -123,6 +81,18 @@ std::string FaultOf(const Candidate& larger, const Candidate& smaller) {
     return "it predicts views kept out of the fit less well (" + Against(larger.unseen, smaller.unseen) + ")";
   }
   return {};
+}
+
+/// Why the fisheye is not better than the model that it was compared with; empty when it is. It has fewer
+/// coefficients and follows narrow lenses as well: those are left to what every tool reads.
+std::string FaultOfFisheye(const FisheyeComparison& compared) {
+  if (!compared.planeComputed) return "";
+  if (compared.widest < NARROW) {
+    char text[96];
+    std::snprintf(text, sizeof(text), "no point is more than %.0f degrees off the axis", compared.widest);
+    return text;
+  }
+  return FaultOf(compared.fisheye, compared.plane);
 }
 
 /// Each model with a sheet that is as free as the classic one asks for.
@@ -173,6 +143,43 @@ ModelChoice ChooseAmong(const std::vector<Candidate>& candidates) {
   return choice;
 }
 
+ModelChoice ChooseWithFisheye(ModelChoice choice, const FisheyeComparison& compared) {
+  if (!compared.computed) return choice;
+  choice.fisheye = compared.fisheye;
+  const std::string plane = ModelChoice::NameOf(choice.model);
+  const std::string fault = FaultOfFisheye(compared);
+  choice.prefersFisheye = fault.empty();
+  if (!compared.planeComputed) {
+    choice.reasons.push_back("The views fit a fisheye, but no " + plane + " model.");
+  } else if (fault.empty()) {
+    choice.reasons.push_back("The fisheye model is better than the " + plane + " one: RMS " +
+                             Instead(compared.fisheye.rms, compared.plane.rms) +
+                             ", of views that it did not see " +
+                             Instead(compared.fisheye.unseen, compared.plane.unseen) + ".");
+  } else {
+    choice.reasons.push_back("The fisheye model is not better than the " + plane + " one: " + fault + ".");
+  }
+  return choice;
+}
+
+ModelChoice CompareAllModels(const std::vector<std::vector<cv::Point3d>>& objectPoints,
+                             const std::vector<std::vector<cv::Point2d>>& imagePoints,
+                             const cv::Size& imageSize, const SparseOptions& options) {
+  ModelChoice choice;
+  try {
+    choice = CompareModels(objectPoints, imagePoints, imageSize, options);
+  } catch (const cv::Exception&) {
+    // Views as wide as a fisheye's may fit no other lens.
+    choice = ChooseWithFisheye(
+        choice, CompareWithFisheye(objectPoints, imagePoints, imageSize, MODEL_CLASSIC, options));
+    if (!choice.prefersFisheye) throw;
+    choice.model = MODEL_CLASSIC;
+    return choice;
+  }
+  return ChooseWithFisheye(choice,
+                           CompareWithFisheye(objectPoints, imagePoints, imageSize, choice.model, options));
+}
+
 ModelChoice CompareModels(const std::vector<std::vector<cv::Point3d>>& objectPoints,
                           const std::vector<std::vector<cv::Point2d>>& imagePoints, const cv::Size& imageSize,
                           const SparseOptions& options) {
@@ -210,5 +217,5 @@ int ModelChoice::NumberOf(const std::string& name) {
 }
 
 std::string ModelChoice::Name() const {
-  return NameOf(model);
+  return prefersFisheye ? "fisheye" : NameOf(model);
 }

@@ -203,4 +203,15 @@ SparseResult SolveIntrinsicsWithSheet(const std::vector<std::vector<cv::Point3d>
   return solver::SparseResultOf(std::move(enlarged), target, bundle.progress);
 }
 
+SparseResult SolveFisheyeWithSheet(const std::vector<std::vector<cv::Point3d>>& objectPoints,
+                                   const std::vector<std::vector<cv::Point2d>>& imagePoints,
+                                   const cv::Size& imageSize, const SparseOptions& options) {
+  SparseResult flat = SolveFisheyeSparsely(objectPoints, imagePoints, imageSize, options);
+  if (options.sheet.IsFlat()) return flat;
+  const solver::Target target = solver::TargetOf(objectPoints, imagePoints);
+  solver::BundleOptions bundle = solver::BundleOptionsOf(options, target, MODEL_CLASSIC);
+  bundle.parameters = FISHEYE_PARAMETERS;
+  return ShapedFrom(flat, target, AboutMiddle(options.sheet, target.middles.front()), bundle);
+}
+
 }  // namespace velmora

@@ -31,6 +31,11 @@ ExtrinsicsResult PairWithShape(const ExtrinsicsResult& flat, const solver::Targe
 /// The assumption with the known shape in the frame of a target whose middle has been made its origin.
 SheetAssumption AboutMiddle(SheetAssumption sheet, const cv::Vec3d& middle);
 
+/// SolveFisheyeSparsely, with the shape of the sheet that `options.sheet` allows.
+SparseResult SolveFisheyeWithSheet(const std::vector<std::vector<cv::Point3d>>& objectPoints,
+                                   const std::vector<std::vector<cv::Point2d>>& imagePoints,
+                                   const cv::Size& imageSize, const SparseOptions& options);
+
 /// SolveIntrinsicsSparsely, with the shape of the sheet that `options.sheet` allows.
 SparseResult SolveIntrinsicsWithSheet(const std::vector<std::vector<cv::Point3d>>& objectPoints,
                                       const std::vector<std::vector<cv::Point2d>>& imagePoints,

@@ -14,7 +14,8 @@ constexpr int SCANNED = 512;
 
 }  // namespace
 
-FisheyeProjection::FisheyeProjection(const Intrinsics& intrinsics) : intrinsics_(intrinsics), largest_(CV_PI) {
+FisheyeProjection::FisheyeProjection(const Intrinsics& intrinsics)
+    : intrinsics_(intrinsics), largest_(CV_PI) {
   double before = 0.0;
   for (int i = 1; i <= SCANNED; ++i) {
     double angle = CV_PI * i / SCANNED;
@@ -70,8 +71,10 @@ bool FisheyeProjection::Differentiate(const cv::Vec3d& point, Coordinate& u, Coo
   const double byDepth = -along * away;
   u.value = p[FX] * across * point[0] + p[CX];
   v.value = p[FY] * across * point[1] + p[CY];
-  u.byPoint = p[FX] * cv::Vec3d(radial * x * x + across * (1.0 - x * x), (radial - across) * x * y, byDepth * x);
-  v.byPoint = p[FY] * cv::Vec3d((radial - across) * x * y, radial * y * y + across * (1.0 - y * y), byDepth * y);
+  u.byPoint =
+      p[FX] * cv::Vec3d(radial * x * x + across * (1.0 - x * x), (radial - across) * x * y, byDepth * x);
+  v.byPoint =
+      p[FY] * cv::Vec3d((radial - across) * x * y, radial * y * y + across * (1.0 - y * y), byDepth * y);
   u.byIntrinsics = {};
   v.byIntrinsics = {};
   u.byIntrinsics[FX] = across * point[0];

@@ -1,5 +1,5 @@
-/// The projection of fisheyes by Kannala and Brandt: the distance from the principal point is an odd polynomial
-/// of the angle between ray and axis.
+/// The projection of fisheyes by Kannala and Brandt: the distance from the principal point is an odd
+/// polynomial of the angle between ray and axis.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -8,8 +8,8 @@
 
 namespace velmora::solver {
 
-/// theta (1 + k1 theta^2 + k2 theta^4 + k3 theta^6 + k4 theta^8), in focal lengths. Points beside and behind the
-/// camera have an image, too, up to the angle at which that no longer grows.
+/// theta (1 + k1 theta^2 + k2 theta^4 + k3 theta^6 + k4 theta^8), in focal lengths. Points beside and behind
+/// the camera have an image, too, up to the angle at which that no longer grows.
 class FisheyeProjection {
  public:
   explicit FisheyeProjection(const Intrinsics& intrinsics);

@@ -17,10 +17,10 @@ namespace {
 
 using Matrix9 = Eigen::Matrix<double, 9, 9>;
 
-/// Views so many times further off than most, and by more than a lens of another curve than an even one makes
+/// Views that are this many times further off than most, and by more than a lens of another curve makes
 /// them, are no images of the grid.
 constexpr double FARTHEST = 8.0;
-constexpr double LEAST_ANGLE = 0.02;  // radians
+constexpr double LEAST_ANGLE = 0.02;                              // radians
 constexpr double FIELDS[] = {100.0, 130.0, 160.0, 190.0, 220.0};  // degrees, over the image's width
 
 /// Where the points are, and by how much they are spread.
@@ -31,7 +31,8 @@ struct Normaliser {
 
 Normaliser NormaliserOf(const std::vector<cv::Point3d>& points) {
   Normaliser normaliser;
-  for (const cv::Point3d& point : points) normaliser.middle += point * (1.0 / static_cast<double>(points.size()));
+  for (const cv::Point3d& point : points)
+    normaliser.middle += point * (1.0 / static_cast<double>(points.size()));
   for (const cv::Point3d& point : points) {
     normaliser.scale += cv::norm(point - normaliser.middle) / static_cast<double>(points.size());
   }
@@ -63,12 +64,14 @@ bool MapOf(const Observation& observation, const std::vector<cv::Vec3d>& rays, c
 /// How many more of the points are along their rays than against them.
 double Along(const Observation& observation, const std::vector<cv::Vec3d>& rays, const RigidTransform& pose) {
   double along = 0.0;
-  for (size_t i = 0; i < rays.size(); ++i) along += rays[i].dot(pose * observation.object[i]) > 0.0 ? 1.0 : -1.0;
+  for (size_t i = 0; i < rays.size(); ++i)
+    along += rays[i].dot(pose * observation.object[i]) > 0.0 ? 1.0 : -1.0;
   return along;
 }
 
 /// The mean squared angle between the rays and the points, radians.
-double AngularCost(const Observation& observation, const std::vector<cv::Vec3d>& rays, const RigidTransform& pose) {
+double AngularCost(const Observation& observation, const std::vector<cv::Vec3d>& rays,
+                   const RigidTransform& pose) {
   double cost = 0.0;
   for (size_t i = 0; i < rays.size(); ++i) {
     const cv::Vec3d point = pose * observation.object[i];

@@ -8,8 +8,8 @@
 
 namespace velmora::solver {
 
-/// The pose of a plane target from the rays to its points, also from those beside and behind the camera. False
-/// when they determine none.
+/// The pose of a plane target from the rays to its points, also from those beside and behind the camera.
+/// False when they determine none.
 bool PoseFromRays(const Observation& observation, const std::vector<cv::Vec3d>& rays, RigidTransform& pose);
 
 /// The rays of an observation's pixels; none at all when one has none.
@@ -22,9 +22,9 @@ struct FisheyeStart {
   std::vector<double> residuals;
 };
 
-/// A fisheye that nothing is known of: distances grow evenly with the angle over the field of view, of several
-/// from 100 to 220 degrees, that fits most views best; the principal point in the middle of the image. Raises
-/// cv::Exception when half of the views or more have no pose before any.
+/// A fisheye that nothing is known of: distances grow evenly with the angle over the field of view, of
+/// several from 100 to 220 degrees, that fits most views best; the principal point in the middle of the
+/// image. Raises cv::Exception when half of the views or more have no pose before any.
 FisheyeStart FisheyeStartOf(std::vector<TargetView> views, const cv::Size& imageSize);
 
 /// The views that may be images of a plane grid before that lens: those that are not many times further off

@@ -1,7 +1,6 @@
 /// Moves what all views share, and each view's pose, to where the cost is least.
 #include "solver/LevenbergMarquardt.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "solver/Damping.h"
@@ -52,11 +51,6 @@ void MoveShared(const Eigen::VectorXd& step, const Layout& layout, Rig& rig) {
     if (block.pose == Layout::FIXED) continue;
     rig.cameras[i].cameraFromRig = Retract(rig.cameras[i].cameraFromRig, step.data() + block.pose);
   }
-}
-
-bool HasFisheye(const Rig& rig) {
-  return std::any_of(rig.cameras.begin(), rig.cameras.end(),
-                     [](const Camera& camera) { return camera.intrinsics.IsFisheye(); });
 }
 
 class Minimiser {
@@ -124,11 +118,11 @@ class Minimiser {
     TargetView view = problem_.views[number];
     view.rigFromTarget = estimate.rigFromTarget[number];
     if (!estimate.bends.empty()) view.bend = estimate.bends[number];
-    if (!problem_.sheet.IsFlat()) PutToShape(problem_.sheet, common, view);
+    PutToShape(problem_.sheet, common, view);
     return view;
   }
 
-  void EvaluateAnyShape(Evaluation& evaluation) const {
+  void EvaluateShaped(Evaluation& evaluation) const {
     const Estimate& estimate = evaluation.estimate;
     const ViewJacobian jacobian(estimate.rig, layout_, problem_.sheet);
     const std::vector<cv::Point3d> common =
@@ -140,7 +134,7 @@ class Minimiser {
     });
   }
 
-  void EvaluatePlanes(Evaluation& evaluation) const {
+  void EvaluateFlat(Evaluation& evaluation) const {
     const Estimate& estimate = evaluation.estimate;
     ForRanges(Views(), options_.threads, [&](size_t first, size_t last) {
       for (size_t i = first; i < last; ++i) {
@@ -156,8 +150,7 @@ class Minimiser {
   void Evaluate(Evaluation& evaluation) const {
     const Estimate& estimate = evaluation.estimate;
     evaluation.equations.resize(Views());
-    problem_.sheet.IsFlat() && !HasFisheye(estimate.rig) ? EvaluatePlanes(evaluation)
-                                                         : EvaluateAnyShape(evaluation);
+    problem_.sheet.IsFlat() ? EvaluateFlat(evaluation) : EvaluateShaped(evaluation);
     evaluation.cost = 0.0;
     evaluation.usable = true;
     for (const ViewEquations& equations : evaluation.equations) {

@@ -1,9 +1,11 @@
 /// The normal equations of what one camera saw in one view.
 #include "solver/ObservationEquations.h"
 
+#include <Eigen/Core>
 #include <algorithm>
 #include <cmath>
 
+#include "solver/FisheyeProjection.h"
 #include "solver/ProjectionFormulas.h"
 #include "solver/SimdPack.h"
 
@@ -139,10 +141,46 @@ ObservationEquations Accumulate(const Observation& observation, const Intrinsics
   return equations;
 }
 
+/// Of a fisheye, point after point; as many of its intrinsics are estimated.
+ObservationEquations AccumulateFisheye(const Observation& observation, const Intrinsics& intrinsics,
+                                       const RigidTransform& pose, int estimated) {
+  using RowMatrix = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
+  const FisheyeProjection projection(intrinsics);
+  const Eigen::Index residual = estimated + POSE_PARAMETERS;
+  RowMatrix jacobian(2 * static_cast<Eigen::Index>(observation.object.size()), residual + 1);
+  ObservationEquations equations;
+  for (size_t k = 0; k < observation.object.size(); ++k) {
+    const cv::Vec3d turned = pose.R * cv::Vec3d(cv::Point3d(observation.object[k]));
+    Coordinate coordinates[2];
+    if (!projection.Differentiate(turned + pose.t, coordinates[0], coordinates[1])) return equations;
+    const double observed[2] = {observation.image[k].x, observation.image[k].y};
+    const double weight = std::sqrt(observation.Weight(k));
+    for (int axis = 0; axis < 2; ++axis) {
+      const Coordinate& coordinate = coordinates[axis];
+      auto row = jacobian.row(2 * static_cast<Eigen::Index>(k) + axis);
+      for (int i = 0; i < estimated; ++i) row(i) = coordinate.byIntrinsics[static_cast<size_t>(i)];
+      const cv::Vec3d byRotation = turned.cross(coordinate.byPoint);
+      for (int i = 0; i < 3; ++i) {
+        row(estimated + i) = byRotation[i];
+        row(estimated + 3 + i) = coordinate.byPoint[i];
+      }
+      row(residual) = coordinate.value - observed[axis];
+      row *= weight;
+    }
+  }
+  Eigen::Map<Eigen::Matrix<double, MOST_COLUMNS, MOST_COLUMNS, Eigen::RowMajor>> products(
+      equations.products.data());
+  products.topLeftCorner(residual + 1, residual + 1) = jacobian.transpose() * jacobian;
+  equations.cost = equations.At(static_cast<int>(residual), static_cast<int>(residual));
+  equations.usable = std::isfinite(equations.cost);
+  return equations;
+}
+
 }  // namespace
 
 ObservationEquations EquationsOf(const Observation& observation, const Intrinsics& intrinsics,
                                  const RigidTransform& pose) {
+  if (intrinsics.IsFisheye()) return AccumulateFisheye(observation, intrinsics, pose, intrinsics.estimated);
   switch (intrinsics.estimated) {
     case CLASSIC_PARAMETERS:
       return Accumulate<CLASSIC_PARAMETERS>(observation, intrinsics, pose);
@@ -155,6 +193,7 @@ ObservationEquations EquationsOf(const Observation& observation, const Intrinsic
 
 ObservationEquations PoseEquationsOf(const Observation& observation, const Intrinsics& intrinsics,
                                      const RigidTransform& pose) {
+  if (intrinsics.IsFisheye()) return AccumulateFisheye(observation, intrinsics, pose, 0);
   return Accumulate<0>(observation, intrinsics, pose);
 }
 

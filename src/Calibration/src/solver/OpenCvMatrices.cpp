@@ -3,12 +3,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <opencv2/calib3d.hpp>
 #include <utility>
 
 #include "solver/BundleAdjustment.h"
 #include "solver/Covariance.h"
 #include "solver/Eccentricity.h"
+#include "solver/Initialisation.h"
 #include "solver/KnownSheet.h"
 #include "solver/ObservationEquations.h"
 #include "solver/SheetLadder.h"
@@ -32,6 +34,12 @@ cv::Mat CoefficientsOf(const Intrinsics& intrinsics, int columns, int known) {
     D.at<double>(i) = intrinsics.values[static_cast<size_t>(i + CAMERA_PARAMETERS)];
   }
   return D;
+}
+
+/// How many coefficients a result has.
+int ColumnsFor(const Intrinsics& intrinsics) {
+  if (intrinsics.IsFisheye()) return FISHEYE_COEFFICIENTS;
+  return intrinsics.estimated == CLASSIC_PARAMETERS ? CLASSIC_COEFFICIENTS : MOST_COEFFICIENTS;
 }
 
 /// From small rotations and translations about the middle of the target to rotation vector and translation of
@@ -60,6 +68,16 @@ Matrix6 OriginFrom(const RigidTransform& pose, const cv::Vec3d& rotation, const 
   return change;
 }
 
+/// The pose before a fisheye that fits the view best. False when the view determines none.
+bool PoseBeforeFisheye(const Camera& camera, const Observation& observation, RigidTransform& pose) {
+  if (!HasPose(observation, camera.intrinsics)) return false;
+  TargetView view{KnownPoseOf(observation, camera.intrinsics), {observation}, {}};
+  const Solution solution = SolvePoses({{camera}}, {std::move(view)});
+  if (!solution.usable) return false;
+  pose = solution.views.front().rigFromTarget;
+  return true;
+}
+
 /// The pose of a view that the intrinsics were not computed from.
 RigidTransform PoseBefore(const IntrinsicsResult& result, const Observation& observation) {
   cv::Vec3d rotation;
@@ -86,25 +104,40 @@ void CopyKept(const Solution& solution, const Target& target, IntrinsicsResult& 
   result.rms = RmsOf(solution);
 }
 
-/// Makes the pose that of the sheet as it is, from one of a flat sheet; false where that cannot be found.
-bool TakeShape(const Solution& solution, const Observation& observation, RigidTransform& pose, double& cost) {
+/// Makes the pose that of the sheet as it is, from one of a flat sheet; nothing where that cannot be found.
+void TakeShape(const Solution& solution, const Observation& observation, RigidTransform& pose, double& cost) {
   const Sheet held = HeldShapeOf(solution.sheet);
   std::vector<TargetView> views = {{pose, {observation}, {}}};
-  if (!NoteNearestPlaces(held.target, views)) return false;
+  if (!NoteNearestPlaces(held.target, views)) return;
   const Solution shaped = SolvePoses(solution.rig, std::move(views), held);
-  if (!shaped.usable) return false;
+  if (!shaped.usable) return;
   pose = shaped.views.front().rigFromTarget;
   cost = shaped.cost;
-  return true;
+}
+
+/// The pose of a view that the intrinsics were not computed from, and the sum of its squared residuals: infinite
+/// where it has none before a fisheye, and the identity is answered.
+RigidTransform PlaceRejected(const Solution& solution, const IntrinsicsResult& result,
+                             const Observation& observation, double& cost) {
+  const Camera& camera = solution.rig.cameras.front();
+  RigidTransform pose;
+  cost = std::numeric_limits<double>::infinity();
+  if (!camera.intrinsics.IsFisheye()) {
+    pose = PoseBefore(result, observation);
+  } else if (!PoseBeforeFisheye(camera, observation, pose)) {
+    return pose;
+  }
+  cost = EquationsOf(observation, camera.intrinsics, pose).cost;
+  if (!solution.sheet.IsFlat()) TakeShape(solution, observation, pose, cost);
+  return pose;
 }
 
 void WriteRejected(const Solution& solution, const Target& target, IntrinsicsResult& result) {
   for (size_t i = 0; i < target.views.size(); ++i) {
     if (std::binary_search(solution.kept.begin(), solution.kept.end(), i)) continue;
     const Observation& observation = target.views[i].observations.front();
-    RigidTransform pose = PoseBefore(result, observation);
-    double cost = EquationsOf(observation, solution.rig.cameras.front().intrinsics, pose).cost;
-    if (!solution.sheet.IsFlat()) TakeShape(solution, observation, pose, cost);
+    double cost = 0.0;
+    const RigidTransform pose = PlaceRejected(solution, result, observation, cost);
     WriteView(pose, target.middles[i], static_cast<int>(i), result);
     result.perViewErrors.at<double>(static_cast<int>(i)) = std::sqrt(cost / observation.Count());
   }
@@ -195,10 +228,8 @@ IntrinsicsResult MatricesOf(const Solution& solution, const Target& target) {
   result.stdDevIntrinsics = cv::Mat::zeros(FULL_PARAMETERS, 1, CV_64F);
   result.stdDevExtrinsics = cv::Mat::zeros(POSE_PARAMETERS * count, 1, CV_64F);
   const Intrinsics& intrinsics = solution.rig.cameras.front().intrinsics;
-  const bool classic = intrinsics.estimated == CLASSIC_PARAMETERS;
   result.K = CameraMatrixOf(intrinsics);
-  result.D =
-      CoefficientsOf(intrinsics, classic ? CLASSIC_COEFFICIENTS : MOST_COEFFICIENTS, intrinsics.estimated);
+  result.D = CoefficientsOf(intrinsics, ColumnsFor(intrinsics), intrinsics.estimated);
   CopyKept(solution, target, result);
   WriteRejected(solution, target, result);
   CopyDeviations(solution, target, result);

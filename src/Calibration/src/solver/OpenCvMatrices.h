@@ -22,7 +22,9 @@ cv::Mat CameraMatrixOf(const Intrinsics& intrinsics);
 cv::Mat CoefficientsOf(const Intrinsics& intrinsics);
 
 /// In the form of SolveIntrinsics, with a row for each view of the target, of a solution of one camera.
-/// Rejected views have the pose that fits the camera best, its error and no standard deviations.
+/// Rejected views have the pose that fits the camera best, its error and no standard deviations. D of a
+/// fisheye is 1 x 4, k1 to k4 of its own, of which the standard deviations are those after cx and cy; a
+/// rejected view that has no pose before it has the identity and an infinite error.
 IntrinsicsResult MatricesOf(const Solution& solution, const Target& target);
 
 /// The intrinsics of a result. D of 14 coefficients is the rational model's where those beyond it are zero.

@@ -150,8 +150,8 @@ bool FindPose(const Rig& rig, TargetView& view) {
   for (size_t camera = 0; camera < view.observations.size(); ++camera) {
     const Observation& observation = view.observations[camera];
     if (observation.IsEmpty() || !HasPose(observation, rig.cameras[camera].intrinsics)) continue;
-    view.rigFromTarget = Inverse(rig.cameras[camera].cameraFromRig) *
-                         KnownPoseOf(observation, rig.cameras[camera].intrinsics);
+    view.rigFromTarget =
+        Inverse(rig.cameras[camera].cameraFromRig) * KnownPoseOf(observation, rig.cameras[camera].intrinsics);
     return true;
   }
   return false;

@@ -21,7 +21,7 @@ namespace velmora::solver {
 Selection Selected(const std::vector<TargetView>& views, const cv::Size& imageSize,
                    const BundleOptions& options);
 
-/// The same of a fisheye.
+/// Selects views of a fisheye of which nothing is known, as those of another camera.
 Selection SelectedOfFisheye(const std::vector<TargetView>& views, const cv::Size& imageSize,
                             const BundleOptions& options);
 

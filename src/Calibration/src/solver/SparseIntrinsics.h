@@ -46,6 +46,13 @@ SparseResult SolveIntrinsicsSparsely(const std::vector<std::vector<cv::Point3d>>
                                      const std::vector<std::vector<cv::Point2d>>& imagePoints,
                                      const cv::Size& imageSize, int model, const SparseOptions& options = {});
 
+/// The same of a fisheye (Kannala and Brandt: the distance from the principal point is an odd polynomial of
+/// the angle between ray and axis), in whose images points beside and behind the camera may be. D is 1 x 4:
+/// k1 to k4. Raises cv::Exception as SolveIntrinsicsSparsely does.
+SparseResult SolveFisheyeSparsely(const std::vector<std::vector<cv::Point3d>>& objectPoints,
+                                  const std::vector<std::vector<cv::Point2d>>& imagePoints,
+                                  const cv::Size& imageSize, const SparseOptions& options = {});
+
 namespace solver {
 
 BundleOptions BundleOptionsOf(const SparseOptions& options, const Target& target, int model);

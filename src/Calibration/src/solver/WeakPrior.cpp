@@ -64,6 +64,7 @@ Prior PriorFor(const Spread& spread, double variance, double strength) {
 }
 
 bool IsFreeOfPoles(const Intrinsics& intrinsics, const cv::Size& imageSize) {
+  if (intrinsics.IsFisheye()) return true;  // a polynomial has none
   constexpr int STEPS = 2000;
   const double corner = CornerRadius(intrinsics, imageSize);
   // Rays beyond three times the corner's distance are not imaged by any camera that this model describes.
