@@ -162,8 +162,8 @@ void CheckRig(const Arguments& arguments) {
   if (arguments.rig.size() < 2)
     throw CLI::ValidationError("--rig", "inputs of at least two cameras are needed");
   if (arguments.model < 0) {
-    throw CLI::ValidationError("--model",
-                               arguments.modelName + " is for one camera; a rig takes classic, rational or full");
+    throw CLI::ValidationError(
+        "--model", arguments.modelName + " is for one camera; a rig takes classic, rational or full");
   }
   if (arguments.solver != Calibrator::SOLVER_SPARSE) {
     throw CLI::ValidationError("--solver", "only the sparse solver computes rigs");
@@ -196,8 +196,8 @@ void CheckTogether(const Arguments& arguments) {
     throw CLI::ValidationError("--refine-lenses", "only the sparse solver refines lenses");
   }
   if (arguments.IsPair() && arguments.model < 0) {
-    throw CLI::ValidationError("--model",
-                               arguments.modelName + " is for one camera; a pair needs the rational or full model");
+    throw CLI::ValidationError(
+        "--model", arguments.modelName + " is for one camera; a pair needs the rational or full model");
   }
   if (arguments.model == Arguments::MODEL_FISHEYE && arguments.solver != Calibrator::SOLVER_SPARSE) {
     throw CLI::ValidationError("--solver", "only the sparse solver computes fisheyes");

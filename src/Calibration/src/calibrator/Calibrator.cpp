@@ -313,14 +313,11 @@ ModelChoice Calibrator::ChooseModel() {
 }
 
 PoseProposal Calibrator::ProposePose(const int& model) {
-  const Snapshots::Moment now = impl_->snapshots.Current();
-  if (!impl_->IsMonocular() || now.status == STATUS_PROGRESS) return {};
-  const SolverSettings chosen = impl_->computations.Choice().Current();
-  ProposalSettings settings = {impl_->target, impl_->size, model, GetFinder(), {}};
-  settings.solver.robust = chosen.robust;
-  settings.solver.discRadius = chosen.discRadius;
-  settings.solver.sheet = chosen.UsedSheet();
-  return velmora::ProposePose(*now.snapshots, settings);
+  return impl_->ProposePose(model, false);
+}
+
+PoseProposal Calibrator::ProposeFisheyePose() {
+  return impl_->ProposePose(MODEL_CLASSIC, true);
 }
 
 // ---- Computation.

@@ -6,6 +6,7 @@
 #include "Log.h"
 #include "calibrator/GuidedDetection.h"
 #include "calibrator/ObservedPoints.h"
+#include "calibrator/PoseProposals.h"
 #include "foundation/OneLine.h"
 #include "model/LensModel.h"
 #include "model/TargetGeometry.h"
@@ -77,6 +78,17 @@ OverlayState Calibrator::Impl::Overlay() const {
 std::string Calibrator::Impl::StatusText() const {
   // All of one moment: who reads "completed" finds the result beside it.
   return StatusAnswer(snapshots.Current(), Facts());
+}
+
+PoseProposal Calibrator::Impl::ProposePose(int model, bool fisheye) {
+  const Snapshots::Moment now = snapshots.Current();
+  if (!IsMonocular() || now.status == STATUS_PROGRESS) return {};
+  const SolverSettings chosen = computations.Choice().Current();
+  ProposalSettings settings = {target, size, model, fisheye, detector.Finder().Get(), {}};
+  settings.solver.robust = chosen.robust;
+  settings.solver.discRadius = chosen.discRadius;
+  settings.solver.sheet = chosen.UsedSheet();
+  return velmora::ProposePose(*now.snapshots, settings);
 }
 
 size_t Calibrator::Impl::AddSnapshot(const CameraSnapshot& detection) {

@@ -35,6 +35,9 @@ struct Calibrator::Impl {
                   std::vector<cv::Point2d>& rightPoints, bool draw);
   void DetectIn(velmora::CapturedViews& views);
 
+  /// See Calibrator::ProposePose and ProposeFisheyePose.
+  PoseProposal ProposePose(int model, bool fisheye);
+
   /// Makes it a snapshot of one camera, and a recorded pose where one is wanted; the new count, 0 when it is
   /// refused.
   size_t AddSnapshot(const velmora::CameraSnapshot& detection);

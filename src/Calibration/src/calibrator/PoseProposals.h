@@ -14,8 +14,9 @@ namespace velmora {
 struct ProposalSettings {
   std::vector<cv::Point3d> target;  ///< one snapshot's object points
   cv::Size imageSize;
-  int model = 0;   ///< one of the MODEL_ codes
-  int finder = 0;  ///< one of the FINDER_ codes: one of them passes over large discs
+  int model = 0;         ///< one of the MODEL_ codes
+  bool fisheye = false;  ///< then no model counts
+  int finder = 0;        ///< one of the FINDER_ codes: one of them passes over large discs
   SparseOptions solver;
 };
 

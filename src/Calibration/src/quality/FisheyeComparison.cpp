@@ -14,8 +14,8 @@ namespace velmora {
 
 namespace {
 
-/// Before lenses of planes wide views look like no image of a grid: beyond this ratio of the points that are kept
-/// those of the fisheye count.
+/// Before lenses of planes wide views look like no image of a grid: beyond this ratio of the points that are
+/// kept those of the fisheye count.
 constexpr double CLEARLY_MORE = 1.02;
 
 /// Points of views, as they are observed.

@@ -44,9 +44,11 @@ Intrinsics UsualCamera(const cv::Size& imageSize) {
 void AddPriorInformation(const cv::Size& imageSize, CameraInformation& known) {
   const double focal = 0.3 * known.intrinsics.values[0];
   const double centre = 0.1 * std::max(imageSize.width, imageSize.height);
-  const std::array<double, CLASSIC_PARAMETERS> deviations = {focal, focal, centre, centre, 0.5,
-                                                             0.5,   0.02,  0.02,   0.5};
-  for (int i = 0; i < CLASSIC_PARAMETERS; ++i) {
+  const std::array<double, CLASSIC_PARAMETERS> ofPlanes = {focal, focal, centre, centre, 0.5,
+                                                           0.5,   0.02,  0.02,   0.5};
+  const std::array<double, CLASSIC_PARAMETERS> ofAngles = {focal, focal, centre, centre, 0.2, 0.1, 0.1, 0.1};
+  const auto& deviations = known.intrinsics.IsFisheye() ? ofAngles : ofPlanes;
+  for (int i = 0; i < std::min(known.intrinsics.estimated, CLASSIC_PARAMETERS); ++i) {
     const double standardDeviation = deviations[static_cast<size_t>(i)];
     known.information(i, i) += known.variance / (standardDeviation * standardDeviation);
   }

@@ -59,6 +59,14 @@ Appearance AppearanceOf(int number) {
   return appearance;
 }
 
+/// The rotation of the axis to a ray of length one, the shortest way.
+cv::Matx33d TurnTo(const cv::Vec3d& ray) {
+  const cv::Vec3d about = cv::Vec3d(0.0, 0.0, 1.0).cross(ray);
+  const double sine = cv::norm(about);
+  if (sine == 0.0) return cv::Matx33d::eye();
+  return RotationOf(about * (std::atan2(sine, ray[2]) / sine));
+}
+
 /// Places a target before a camera so that it has a given appearance.
 class Placing {
  public:
@@ -70,11 +78,12 @@ class Placing {
     const cv::Point2d middle(0.5 * (size_.width - 1), 0.5 * (size_.height - 1));
     cv::Point2d aim = middle;
     double depth = FirstDepth(appearance.span);
-    pose.R = appearance.R;
     constexpr int ROUNDS = 5;
     for (int i = 0; i < ROUNDS; ++i) {
       cv::Vec3d ray;
       if (!RayOf(projection_, intrinsics_, aim, ray)) return false;
+      // Far from the axis of a fisheye nobody sees a sheet that is held across the axis.
+      pose.R = intrinsics_.IsFisheye() ? TurnTo(ray) * appearance.R : appearance.R;
       pose.t = ray * depth;
       cv::Rect2d box;
       if (!BoxOf(pose, box)) return false;
@@ -131,7 +140,7 @@ class Placing {
     for (const cv::Point3d& point : outline_) {
       const cv::Vec3d inCamera = pose.R * cv::Vec3d(point.x, point.y, point.z) + pose.t;
       if (!projection_.Differentiate(inCamera, u, v)) return false;
-      if (!(u.byPoint[0] * v.byPoint[1] - u.byPoint[1] * v.byPoint[0] > 0.0)) return false;
+      if (!intrinsics_.IsFisheye() && !(u.byPoint[0] * v.byPoint[1] - u.byPoint[1] * v.byPoint[0] > 0.0)) return false;
       low = {std::min(low.x, u.value), std::min(low.y, v.value)};
       high = {std::max(high.x, u.value), std::max(high.y, v.value)};
     }
@@ -145,7 +154,7 @@ class Placing {
     const double least = std::cos(Radians(MOST_TILT));
     const cv::Vec3d normal(pose.R(0, 2), pose.R(1, 2), pose.R(2, 2));
     // Half of the margin is left to the steps of the placement.
-    return normal[2] >= least && normal.dot(pose.t) >= least * cv::norm(pose.t) &&
+    return (intrinsics_.IsFisheye() || normal[2] >= least) && normal.dot(pose.t) >= least * cv::norm(pose.t) &&
            std::min(box.x, box.y) >= 0.5 * margin && box.br().x <= size_.width - 1 - 0.5 * margin &&
            box.br().y <= size_.height - 1 - 0.5 * margin &&
            std::max(box.width / size_.width, box.height / size_.height) >= 0.9 * LEAST_SPAN;
