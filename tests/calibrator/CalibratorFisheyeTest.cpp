@@ -45,7 +45,8 @@ TEST(Fisheye, HasSmallErrorsOfExactPoints) {
     const auto calibrator = WithViews(unit::FisheyeViews(degrees, 15, 0.0, 3));
     EXPECT_LT(calibrator->ComputeFisheye(), 1e-3F) << degrees;
     const FisheyeResult fisheye = calibrator->GetFisheye();
-    EXPECT_LT(unit::WorstFisheyeError(degrees, fisheye.K, fisheye.coefficients, 0.45 * degrees), 0.01) << degrees;
+    EXPECT_LT(unit::WorstFisheyeError(degrees, fisheye.K, fisheye.coefficients, 0.45 * degrees), 0.01)
+        << degrees;
   }
 }
 
@@ -88,8 +89,9 @@ TEST(Fisheye, HasAFileOfItsOwn) {
   EXPECT_FALSE(document.contains("distCoefs"));
   const FisheyeResult read = FisheyeResult::FromJson(text);
   EXPECT_EQ(cv::norm(read.coefficients, calibrator->GetFisheye().coefficients, cv::NORM_INF), 0.0);
-  EXPECT_NE(unit::PrintedBy([&] { calibrator->SaveFisheye(true, "/nowhere/camera"); })
-                .find("ERROR : Cannot save file: /nowhere/camera_fisheye.json"),
+  EXPECT_NE(unit::PrintedBy([&] {
+              calibrator->SaveFisheye(true, "/nowhere/camera");
+            }).find("ERROR : Cannot save file: /nowhere/camera_fisheye.json"),
             std::string::npos);
 }
 

@@ -47,7 +47,8 @@ TEST(FisheyeResult, SaysItsModelAndHasNoOtherCoefficients) {
 }
 
 TEST(FisheyeResult, RefusesOtherTexts) {
-  const nlohmann::json small = {{"rows", 1}, {"cols", 3}, {"type", 6}, {"depth", 6}, {"data", {1.0, 2.0, 3.0}}};
+  const nlohmann::json small = {
+      {"rows", 1}, {"cols", 3}, {"type", 6}, {"depth", 6}, {"data", {1.0, 2.0, 3.0}}};
   for (const std::string& text :
        {std::string(), std::string("{"), std::string("[]"), std::string("7"), Without("lensModel"),
         Without("fisheyeCoefs"), Without("cameraMatrix"), Without("error"), With("lensModel", "rational"),

@@ -73,9 +73,10 @@ TEST(FisheyeComparison, DecidesByTheCriterionAndByViewsThatWereNotSeen) {
   const ModelChoice chosen = ChooseWithFisheye(Rational(), Numbers(-1.0, 0.9, 70.0));
   EXPECT_EQ(chosen.Name(), "fisheye");
   EXPECT_EQ(chosen.model, RATIONAL);
-  EXPECT_EQ(chosen.reasons.back(),
-            "The fisheye model is better than the rational one: RMS 0.1000 instead of 0.2000 px, of views that it "
-            "did not see 0.9000 instead of 1.0000 px.");
+  EXPECT_EQ(
+      chosen.reasons.back(),
+      "The fisheye model is better than the rational one: RMS 0.1000 instead of 0.2000 px, of views that it "
+      "did not see 0.9000 instead of 1.0000 px.");
 }
 
 TEST(FisheyeComparison, LeavesNarrowLensesToOtherModels) {

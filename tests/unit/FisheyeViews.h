@@ -1,5 +1,5 @@
-/// What a fisheye sees of the printed grid, beside and behind it too, with the truth. Its projection is written
-/// out here.
+/// What a fisheye sees of the printed grid, beside and behind it too, with the truth. Its projection is
+/// written out here.
 #pragma once
 
 #include <cmath>
@@ -61,8 +61,8 @@ inline PointLists FisheyeViews(double degrees, int count, double noise, std::uin
   return views;
 }
 
-/// How far projections of a camera matrix and k1 to k4 are off, at most, up to an angle from the axis: pixels,
-/// after the best small turn.
+/// How far projections of a camera matrix and k1 to k4 are off, at most, up to an angle from the axis:
+/// pixels, after the best small turn.
 inline double WorstFisheyeError(double degrees, const cv::Mat& K, const cv::Mat& k, double upTo) {
   const FisheyeLens truth(degrees);
   const auto at = [](const cv::Mat& matrix, int row, int column) { return matrix.at<double>(row, column); };

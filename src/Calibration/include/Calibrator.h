@@ -285,8 +285,8 @@ class VELMORA_API Calibrator {
   /// snapshots give the same pose. Takes milliseconds, changes nothing. Without a proposal during
   /// STATUS_PROGRESS and in a stereo calibrator.
   PoseProposal ProposePose(const int& model);
-  /// The same for a fisheye: tilted by 40 degrees at most against the line of sight, as far from the axis as the
-  /// image reaches.
+  /// The same for a fisheye: tilted by 40 degrees at most against the line of sight, as far from the axis as
+  /// the image reaches.
   PoseProposal ProposeFisheyePose();
 
   // ---- Computation of a monocular calibrator. Thread-safe.

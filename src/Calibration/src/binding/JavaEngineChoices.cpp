@@ -135,6 +135,20 @@ EXPORT(jboolean, nCancelComputation)(JNIEnv* env, jclass, jint id) {
   return With(env, id, [](Calibrator& calibrator) { calibrator.CancelComputation(); });
 }
 
+EXPORT(jboolean, nCalibrateFisheye)(JNIEnv* env, jclass, jint id) {
+  return With(env, id, [](Calibrator& calibrator) { calibrator.ComputeFisheyeMultithread(); });
+}
+
+EXPORT(jstring, nGetFisheyeJSON)(JNIEnv* env, jclass, jint id, jboolean save, jstring path) {
+  return jni::AtBorder(env, static_cast<jstring>(nullptr), [&] {
+    // Without saving the path does not matter.
+    const std::string file = save != 0 ? jni::Name(env, path, "result file's path") : "";
+    const auto calibrator = Registry::Instance().Find(id);
+    const bool has = calibrator != nullptr && !calibrator->GetFisheye().IsEmpty();
+    return jni::Returned(env, jni::ToJava(env, has ? calibrator->SaveFisheye(save != 0, file) : ""));
+  });
+}
+
 EXPORT(jstring, nGetVerdict)(JNIEnv* env, jclass, jint id) {
   return jni::AtBorder(env, static_cast<jstring>(nullptr), [&] {
     const auto calibrator = Registry::Instance().Find(id);

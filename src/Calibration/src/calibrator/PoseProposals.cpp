@@ -31,10 +31,9 @@ Known KnownFrom(const SnapshotList& snapshots, const ProposalSettings& settings)
     known.target = solver::TargetOf(seen.target, points);
     if (points.size() < ENOUGH_FOR_A_CAMERA) return known;
     known.solution =
-        *(settings.fisheye
-              ? SolveFisheyeWithSheet(seen.target, points, settings.imageSize, settings.solver)
-              : SolveIntrinsicsWithSheet(seen.target, points, settings.imageSize, settings.model,
-                                         settings.solver))
+        *(settings.fisheye ? SolveFisheyeWithSheet(seen.target, points, settings.imageSize, settings.solver)
+                           : SolveIntrinsicsWithSheet(seen.target, points, settings.imageSize, settings.model,
+                                                      settings.solver))
              .solution;
   } catch (const cv::Exception& fault) {
     Log::debug("No camera for a proposal: %s", OneLine(fault.what()).c_str());

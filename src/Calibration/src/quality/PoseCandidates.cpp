@@ -140,7 +140,8 @@ class Placing {
     for (const cv::Point3d& point : outline_) {
       const cv::Vec3d inCamera = pose.R * cv::Vec3d(point.x, point.y, point.z) + pose.t;
       if (!projection_.Differentiate(inCamera, u, v)) return false;
-      if (!intrinsics_.IsFisheye() && !(u.byPoint[0] * v.byPoint[1] - u.byPoint[1] * v.byPoint[0] > 0.0)) return false;
+      if (!intrinsics_.IsFisheye() && !(u.byPoint[0] * v.byPoint[1] - u.byPoint[1] * v.byPoint[0] > 0.0))
+        return false;
       low = {std::min(low.x, u.value), std::min(low.y, v.value)};
       high = {std::max(high.x, u.value), std::max(high.y, v.value)};
     }
@@ -154,9 +155,9 @@ class Placing {
     const double least = std::cos(Radians(MOST_TILT));
     const cv::Vec3d normal(pose.R(0, 2), pose.R(1, 2), pose.R(2, 2));
     // Half of the margin is left to the steps of the placement.
-    return (intrinsics_.IsFisheye() || normal[2] >= least) && normal.dot(pose.t) >= least * cv::norm(pose.t) &&
-           std::min(box.x, box.y) >= 0.5 * margin && box.br().x <= size_.width - 1 - 0.5 * margin &&
-           box.br().y <= size_.height - 1 - 0.5 * margin &&
+    return (intrinsics_.IsFisheye() || normal[2] >= least) &&
+           normal.dot(pose.t) >= least * cv::norm(pose.t) && std::min(box.x, box.y) >= 0.5 * margin &&
+           box.br().x <= size_.width - 1 - 0.5 * margin && box.br().y <= size_.height - 1 - 0.5 * margin &&
            std::max(box.width / size_.width, box.height / size_.height) >= 0.9 * LEAST_SPAN;
   }
 

@@ -123,7 +123,13 @@ final class Session implements AutoCloseable {
     }));
   }
 
-  void save() { work.execute(() -> tell(() -> "Written: " + calibrator.save(settings.output))); }
+  void save() {
+    work.execute(() -> tell(() -> {
+      boolean fisheye = calibrator.fisheye().isPresent();
+      return "Written: "
+          + (fisheye ? calibrator.saveFisheye(settings.output) : calibrator.save(settings.output));
+    }));
+  }
 
   void reset() {
     work.execute(() -> tell(() -> {

@@ -232,15 +232,25 @@ public final class Calibrator implements AutoCloseable {
    */
   public boolean takeSnapshot() { return EngineChoices.nAddSeen(id()); }
 
-  /** Starts the computation of one camera. {@link #awaitResult} gets what comes out of it. */
+  /**
+   * Starts the computation of one camera. {@link #awaitResult} gets what comes out of it, of a {@link
+   * LensModel#FISHEYE} {@link #awaitFisheye}.
+   */
   public void calibrate(LensModel model) {
     requireKind(Kind.MONOCULAR);
-    Calibration.nCalibrate(id(), model.code());
+    if (model == LensModel.FISHEYE) {
+      EngineChoices.nCalibrateFisheye(id());
+    } else {
+      Calibration.nCalibrate(id(), model.code());
+    }
   }
 
   /** Starts the computation of a pair from its cameras' own results, which are held fixed. */
   public void calibratePair(CalibrationResult left, CalibrationResult right, LensModel model) {
     requireKind(Kind.STEREO);
+    if (model == LensModel.FISHEYE) {
+      throw new IllegalArgumentException("a pair has RATIONAL or FULL lenses");
+    }
     Calibration.nCalibrateStereoQVX(id(), left.json(), right.json(), model.code());
   }
 
@@ -261,11 +271,22 @@ public final class Calibrator implements AutoCloseable {
    *     #sourceEnded} says that no frame comes any more: a computation is to be started before the wait
    */
   public CalibrationResult awaitResult(Duration patience) throws InterruptedException, TimeoutException {
-    return ResultWait.on(this, patience);
+    return ResultWait.on(this, CalibratorStatus::result, patience);
   }
 
-  /** The result, if there is one. */
+  /** As {@link #awaitResult}, for the computation of a {@link LensModel#FISHEYE}. */
+  public FisheyeResult awaitFisheye(Duration patience) throws InterruptedException, TimeoutException {
+    return ResultWait.on(this, now -> fisheye(), patience);
+  }
+
+  /** The result, if there is one; not that of a fisheye. */
   public Optional<CalibrationResult> result() { return status().result(); }
+
+  /** The fisheye, if the last result is one. */
+  public Optional<FisheyeResult> fisheye() {
+    String json = EngineChoices.nGetFisheyeJSON(id(), false, "");
+    return json.isEmpty() ? Optional.empty() : Optional.of(FisheyeResult.parse(json));
+  }
 
   /**
    * Writes the result file.
@@ -276,20 +297,40 @@ public final class Calibrator implements AutoCloseable {
    * @throws IllegalStateException when there is no result
    */
   public Path save(Path file) throws IOException {
+    String base = baseOf(file);
+    return written(Path.of(base + ".json"), Calibration.nGetCalibrationJSON(id(), true, base));
+  }
+
+  /**
+   * Writes the result file of a fisheye, whose name ends in "_fisheye.json".
+   *
+   * @param file its path up to that; a ".json" at its end is not taken for a part of the name
+   * @return the file written
+   * @throws IllegalArgumentException when the path has no name
+   * @throws IllegalStateException when there is no result of a fisheye
+   */
+  public Path saveFisheye(Path file) throws IOException {
+    String base = baseOf(file);
+    return written(Path.of(base + "_fisheye.json"), EngineChoices.nGetFisheyeJSON(id(), true, base));
+  }
+
+  private static String baseOf(Path file) {
     String path = file.toString();
     String base = path.endsWith(".json") ? path.substring(0, path.length() - 5) : path;
     if (base.isEmpty()) {
       throw new IllegalArgumentException("'" + path + "' names no file");
     }
-    String json = Calibration.nGetCalibrationJSON(id(), true, base);
+    return base;
+  }
+
+  private static Path written(Path file, String json) throws IOException {
     if (json.isEmpty()) {
       throw new IllegalStateException("Nothing to save yet: calibrate first.");
     }
-    Path written = Path.of(base + ".json");
-    if (!Files.exists(written) || !Files.readString(written).equals(json)) {
-      throw new IOException("cannot write " + written);
+    if (!Files.exists(file) || !Files.readString(file).equals(json)) {
+      throw new IOException("cannot write " + file);
     }
-    return written;
+    return file;
   }
 
   private void requireKind(Kind needed) {

@@ -48,6 +48,18 @@ public final class EngineChoices {
   /** The verdict on the last result as JSON. Unknown: an empty text. */
   public static native String nGetVerdict(int id);
 
+  /**
+   * Starts the computation of a fisheye on a thread of its own, as Calibration.nCalibrate does that of other
+   * lenses. Unknown: false.
+   */
+  public static native boolean nCalibrateFisheye(int id);
+
+  /**
+   * The text of a fisheye's result file, which is also written to the path + "_fisheye.json" if asked for. An
+   * empty text when the last result is none. Unknown: an empty text.
+   */
+  public static native String nGetFisheyeJSON(int id, boolean save, String path);
+
   /** Whether a computation was started that has not ended yet. Unknown: false. */
   public static native boolean nIsComputing(int id);
 

@@ -3,6 +3,7 @@ package com.velotrix.quiverleaf.sdk;
 import java.time.Duration;
 import java.util.Optional;
 import java.util.concurrent.TimeoutException;
+import java.util.function.Function;
 
 /** Waits for what comes out of a computation; the engine is asked again and again, for it does not tell. */
 final class ResultWait {
@@ -10,7 +11,8 @@ final class ResultWait {
 
   private ResultWait() {}
 
-  static CalibrationResult on(Calibrator calibrator, Duration patience)
+  /** What a status holds, or the calibrator at that moment. */
+  static <T> T on(Calibrator calibrator, Function<CalibratorStatus, Optional<T>> resultOf, Duration patience)
       throws InterruptedException, TimeoutException {
     long end = System.nanoTime() + nanosOf(patience);
     boolean started = false;
@@ -25,7 +27,7 @@ final class ResultWait {
       if (!computing && failed) {
         throw new IllegalStateException("the computation failed; the engine's log says why");
       }
-      Optional<CalibrationResult> result = now.result();
+      Optional<T> result = resultOf.apply(now);
       if (!computing && result.isPresent()) {
         return result.get();
       }

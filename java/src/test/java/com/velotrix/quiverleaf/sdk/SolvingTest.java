@@ -8,6 +8,8 @@ import static org.junit.jupiter.api.Assertions.assertTrue;
 import java.awt.Color;
 import java.awt.Graphics2D;
 import java.awt.image.BufferedImage;
+import java.nio.file.Files;
+import java.nio.file.Path;
 import org.junit.jupiter.api.DisplayNameGeneration;
 import org.junit.jupiter.api.DisplayNameGenerator;
 import org.junit.jupiter.api.Test;
@@ -72,6 +74,8 @@ class SolvingTest {
       assertFalse(EngineChoices.nSetDiscRadius(UNKNOWN, 0.01));
       assertFalse(EngineChoices.nSetPartialGrids(UNKNOWN, true));
       assertFalse(EngineChoices.nAddSeen(UNKNOWN));
+      assertFalse(EngineChoices.nCalibrateFisheye(UNKNOWN));
+      assertEquals("", EngineChoices.nGetFisheyeJSON(UNKNOWN, false, ""));
       assertFalse(EngineChoices.nIsComputing(UNKNOWN));
       assertFalse(EngineChoices.nHasFailed(UNKNOWN));
       assertFalse(EngineChoices.nCancelComputation(UNKNOWN));
@@ -136,6 +140,40 @@ class SolvingTest {
       calibrator.push(Footage.jpeg(Footage.pictures("views").get(0)));
       assertTrue(calibrator.takeSnapshot());
       assertEquals(Verdict.Grade.NONE, calibrator.verdict().grade());
+    }
+  }
+
+  @Test
+  void a_fisheye_has_a_result_and_a_file_of_its_own() throws Exception {
+    Path folder = Files.createTempDirectory("fisheye");
+    try (Calibrator calibrator = Calibrator.builder().build()) {
+      assertTrue(calibrator.fisheye().isEmpty());
+      assertThrows(IllegalStateException.class, () -> calibrator.saveFisheye(folder.resolve("camera")));
+      for (BufferedImage picture : Footage.pictures("views")) {
+        Views.pushJpeg(calibrator, picture);
+        assertTrue(calibrator.takeSnapshot());
+      }
+      calibrator.calibrate(LensModel.FISHEYE);
+      FisheyeResult result = calibrator.awaitFisheye(Views.PATIENCE);
+      assertTrue(result.rms() < 0.3, result.json());
+      assertEquals(4, result.coefficients().columns());
+      assertTrue(calibrator.result().isEmpty());
+      assertEquals(8, calibrator.verdict().views());
+      Path file = calibrator.saveFisheye(folder.resolve("camera.json"));
+      assertEquals("camera_fisheye.json", file.getFileName().toString());
+      assertEquals(result.json(), FisheyeResult.read(file).json());
+      assertThrows(IllegalArgumentException.class, () -> CalibrationResult.read(file));
+      Files.delete(file);
+    } finally {
+      Files.delete(folder);
+    }
+  }
+
+  @Test
+  void a_pair_has_no_fisheyes() {
+    try (Calibrator pair = Calibrator.builder().kind(Kind.STEREO).build()) {
+      assertThrows(IllegalStateException.class, () -> pair.calibrate(LensModel.FISHEYE));
+      assertThrows(IllegalArgumentException.class, () -> pair.calibratePair(null, null, LensModel.FISHEYE));
     }
   }
 
