@@ -161,9 +161,9 @@ void CheckRig(const Arguments& arguments) {
   }
   if (arguments.rig.size() < 2)
     throw CLI::ValidationError("--rig", "inputs of at least two cameras are needed");
-  if (arguments.model < 0) {
-    throw CLI::ValidationError(
-        "--model", arguments.modelName + " is for one camera; a rig takes classic, rational or full");
+  if (arguments.model == Arguments::MODEL_AUTO) {
+    throw CLI::ValidationError("--model",
+                               "auto is for one camera; a rig takes classic, rational, full or fisheye");
   }
   if (arguments.solver != Calibrator::SOLVER_SPARSE) {
     throw CLI::ValidationError("--solver", "only the sparse solver computes rigs");
@@ -194,6 +194,9 @@ void CheckTogether(const Arguments& arguments) {
   }
   if (arguments.refineLenses && arguments.solver != Calibrator::SOLVER_SPARSE) {
     throw CLI::ValidationError("--refine-lenses", "only the sparse solver refines lenses");
+  }
+  if (arguments.IsPair() && arguments.model == Arguments::MODEL_FISHEYE) {
+    throw CLI::ValidationError("--model", "a pair of fisheyes is a rig: name both cameras after --rig");
   }
   if (arguments.IsPair() && arguments.model < 0) {
     throw CLI::ValidationError(

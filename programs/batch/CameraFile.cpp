@@ -19,8 +19,9 @@ constexpr int MOST_COEFFICIENTS = 14;
 }
 
 void CheckShapes(const CameraFile& file) {
-  const auto& [path, frame, K, D] = file;
+  const auto& [path, frame, K, D, fisheye] = file;
   if (K.size() != cv::Size(3, 3) || K.channels() != 1) Refuse(path, "cameraMatrix", K, "3 x 3");
+  if (fisheye && (D.size() != cv::Size(4, 1) || D.channels() != 1)) Refuse(path, "fisheyeCoefs", D, "1 x 4");
   // Fewer columns are those of a smaller model, on which the engine remarks.
   if (D.rows != 1 || D.cols > MOST_COEFFICIENTS || D.channels() != 1) Refuse(path, "distCoefs", D, "1 x 14");
 }
@@ -51,7 +52,8 @@ CameraFile ReadCameraFile(const std::string& path) {
     isPair = document.readInt("sensor") != 0;
     file.frame = {document.readInt("imgWidth"), document.readInt("imgHeight")};
     document.readMat("cameraMatrix").convertTo(file.K, CV_64F);
-    document.readMat("distCoefs").convertTo(file.D, CV_64F);
+    file.fisheye = document.toJson().find("\"fisheyeCoefs\"") != std::string::npos;
+    document.readMat(file.fisheye ? "fisheyeCoefs" : "distCoefs").convertTo(file.D, CV_64F);
   } catch (const InputError&) {
     throw;
   } catch (const std::exception&) {

@@ -16,10 +16,12 @@ struct CameraFile {
   std::string path;
   cv::Size frame;  ///< to which it refers
   cv::Mat K;       ///< 3 x 3
-  cv::Mat D;       ///< 1 x n, n up to 14
+  cv::Mat D;       ///< 1 x n, n up to 14; 1 x 4 of a fisheye
+  bool fisheye = false;
 };
 
-/// Raises InputError, which names the file and the fault, for what is no result of one camera.
+/// Raises InputError, which names the file and the fault, for what is no result of one camera; that of a
+/// fisheye is one.
 CameraFile ReadCameraFile(const std::string& path);
 
 }  // namespace batch

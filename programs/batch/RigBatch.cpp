@@ -24,10 +24,11 @@ namespace {
 velmora::RigOptions OptionsFrom(const Arguments& arguments, const std::vector<CameraFile>& intrinsics) {
   velmora::RigOptions options;
   options.model = arguments.model;
+  options.fisheye = arguments.model == Arguments::MODEL_FISHEYE;
   options.discRadius = common::DiscRadius(arguments, UnitOf(arguments));
   options.sheetShape = arguments.sheet;
   options.sheetPoints = arguments.sheetPoints;
-  for (const CameraFile& file : intrinsics) options.intrinsics.push_back({file.K, file.D});
+  for (const CameraFile& file : intrinsics) options.intrinsics.push_back({file.K, file.D, file.fisheye});
   return options;
 }
 

@@ -32,18 +32,25 @@ json List(const cv::Vec3d& vector) {
 }
 
 json Object(const velmora::RigCamera& camera, const std::string& name) {
-  return {{"name", name},
-          {"imageSize", {{"width", camera.imageSize.width}, {"height", camera.imageSize.height}}},
-          {"K", Rows(camera.K)},
-          {"D", List(camera.D)},
-          {"stdDevIntrinsics", List(camera.stdDevIntrinsics)},
-          {"camera_from_rig",
-           {{"R", Rows(cv::Mat(camera.R))},
-            {"T", List(camera.T)},
-            {"rotationDeviation", List(camera.rotationDeviation)},
-            {"translationDeviation", List(camera.translationDeviation)}}},
-          {"rms", camera.rms},
-          {"views", camera.views}};
+  json object = {{"name", name},
+                 {"imageSize", {{"width", camera.imageSize.width}, {"height", camera.imageSize.height}}},
+                 {"K", Rows(camera.K)},
+                 {"stdDevIntrinsics", List(camera.stdDevIntrinsics)},
+                 {"camera_from_rig",
+                  {{"R", Rows(cv::Mat(camera.R))},
+                   {"T", List(camera.T)},
+                   {"rotationDeviation", List(camera.rotationDeviation)},
+                   {"translationDeviation", List(camera.translationDeviation)}}},
+                 {"rms", camera.rms},
+                 {"views", camera.views}};
+  // No reader is to take the coefficients of one lens for those of the other.
+  if (camera.fisheye) {
+    object["lensModel"] = "kannala-brandt";
+    object["fisheyeCoefs"] = List(camera.D);
+  } else {
+    object["D"] = List(camera.D);
+  }
+  return object;
 }
 
 json Object(const velmora::RigView& view, const std::vector<std::string>& images) {

@@ -328,7 +328,7 @@ TEST_F(RigBatchProgram, WrongUsageIsToldInOneLine) {
       {{"--rig", "a", "b", "--refine-lenses"}, "--refine-lenses does not go with --rig"},
       {{"--rig", "a", "b", "--record-model", "m.json"}, "--record-model does not go with --rig"},
       {{"--rig", "a", "b", "--model", "auto"},
-       "--model: auto is for one camera; a rig takes classic, rational or full"},
+       "--model: auto is for one camera; a rig takes classic, rational, full or fisheye"},
       {{"--rig", "a", "b", "--solver", "opencv"}, "--solver: only the sparse solver computes rigs"},
       {{"--rig", "a", "b", "--match", "time"}, "--match: 'time' is not one of order, names"},
       {{"--rig", "a", "b", "--intrinsics", "a.json"},

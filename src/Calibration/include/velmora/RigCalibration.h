@@ -28,15 +28,18 @@ struct RigRecords {
 /// A camera's intrinsics that are known from elsewhere.
 struct KnownIntrinsics {
   cv::Mat K;  ///< 3 x 3
-  cv::Mat D;  ///< 1 x n, OpenCV's order, n up to 14
+  cv::Mat D;  ///< 1 x n, OpenCV's order, n up to 14; of a fisheye k1 to k4
+  bool fisheye = false;
 };
 
 struct RigOptions {
   /// Called after each iteration with the number of iterations and the RMS in pixels; false gives up.
   using ProgressListener = std::function<bool(int iterations, double rms)>;
 
-  int model = 20;      ///< lens model, a number of Calibrator's: MODEL_CLASSIC, MODEL_RATIONAL, MODEL_FULL
-  bool robust = true;  ///< leave out points and images that disagree with the others
+  int model = 20;  ///< lens model, a number of Calibrator's: MODEL_CLASSIC, MODEL_RATIONAL, MODEL_FULL
+  /// All cameras are fisheyes, then `model` does not count. Intrinsics that are given say it themselves.
+  bool fisheye = false;
+  bool robust = true;       ///< leave out points and images that disagree with the others
   double discRadius = 0.0;  ///< of the target's discs, metres; 0 takes image points for images of the centres
   /// What the sheet may be taken for, a number of Calibrator's: SHEET_FLAT, SHEET_BENT, SHEET_FREE,
   /// SHEET_AUTO.
@@ -55,7 +58,8 @@ struct RigOptions {
 struct RigCamera {
   cv::Size imageSize;
   cv::Mat K;  ///< 3 x 3
-  cv::Mat D;  ///< 1 x 14
+  cv::Mat D;  ///< 1 x 14; of a fisheye 1 x 4
+  bool fisheye = false;
   cv::Mat
       stdDevIntrinsics;  ///< 18 x 1: of fx, fy, cx, cy and the coefficients; zeros for what was not estimated
   /// camera_from_rig: x_camera = R x_rig + T. The frame of the rig is that of the first camera.

@@ -84,7 +84,7 @@ class RigComputation {
  public:
   RigComputation(const RigRecords& records, const RigOptions& options)
       : records_(records), options_(options), views_(ViewsWithTarget()), target_(TargetOfViews()) {
-    bundle_.parameters = LensModelOf(options.model).parameters;
+    bundle_.parameters = options.fisheye ? FISHEYE_PARAMETERS : LensModelOf(options.model).parameters;
     bundle_.threads = options.threads > 0 ? options.threads : solver::ThreadsFor(target_.views.size());
     bundle_.discRadius = options.discRadius;
     bundle_.progress = [this, points = CountOf(target_.views)](int, double cost) {
@@ -181,6 +181,12 @@ class RigComputation {
 
   Intrinsics GivenIntrinsics(size_t camera) const {
     const KnownIntrinsics& given = options_.intrinsics[camera];
+    if (given.fisheye) {
+      Require(given.K.rows == 3 && given.K.cols == 3 && given.D.total() == FISHEYE_COEFFICIENTS,
+              "The intrinsics of camera " + std::to_string(camera) +
+                  " are no camera matrix with the four coefficients of a fisheye.");
+      return solver::KnownFisheye(given.K, given.D);
+    }
     Require(given.K.rows == 3 && given.K.cols == 3 && !given.D.empty() && given.D.total() <= 14,
             "The intrinsics of camera " + std::to_string(camera) +
                 " are no camera matrix with 1 to 14 coefficients.");
@@ -199,8 +205,11 @@ class RigComputation {
     Require(observed.size() >= FEWEST_VIEWS,
             "C" + name.substr(1) + " saw the target in " + std::to_string(observed.size()) +
                 " views: three are the fewest that its intrinsics can be computed from.");
-    const Solution alone =
-        solver::CalibrateCamera(own, records_.imageSizes[camera], options_.robust, bundle_);
+    const auto calibrate = [this](const auto& ofCamera, const cv::Size& size) {
+      return options_.fisheye ? solver::CalibrateFisheye(ofCamera, size, options_.robust, bundle_)
+                              : solver::CalibrateCamera(ofCamera, size, options_.robust, bundle_);
+    };
+    const Solution alone = calibrate(own, records_.imageSizes[camera]);
     RequireResult(alone, "The views of " + name + " agree with no camera.");
     for (const Rejected& rejected : alone.rejected) {
       if (rejected.point != Rejected::WHOLE_VIEW) continue;
@@ -269,6 +278,7 @@ class RigComputation {
     result.imageSize = camera.imageSize;
     result.K = solver::CameraMatrixOf(camera.intrinsics);
     result.D = solver::CoefficientsOf(camera.intrinsics);
+    result.fisheye = camera.intrinsics.IsFisheye();
     result.R = camera.cameraFromRig.R;
     result.T = camera.cameraFromRig.t;
     for (const TargetView& view : solution.views)

@@ -176,7 +176,9 @@ Solution SolveFisheye(CalibrationProblem start, const BundleOptions& options) {
 Solution SolveModel(CalibrationProblem start, const BundleOptions& options) {
   SetParameters(start.rig, options.parameters);
   start.priors.clear();
-  if (options.parameters == CLASSIC_PARAMETERS) return Solve(std::move(start), options.parameters, options);
+  const bool fisheye = start.rig.cameras.front().intrinsics.IsFisheye();
+  if (fisheye || options.parameters == CLASSIC_PARAMETERS)
+    return Solve(std::move(start), options.parameters, options);
   return Enlargement(EvaluatedAt(start, options.threads), options.parameters, options).Run();
 }
 

@@ -8,7 +8,8 @@
 namespace velmora::solver {
 
 struct BundleOptions {
-  int parameters = CLASSIC_PARAMETERS;  ///< of the lens model asked for, of each camera
+  /// Of the lens model asked for, of each camera; FISHEYE_PARAMETERS of rigs whose cameras are fisheyes.
+  int parameters = CLASSIC_PARAMETERS;
   int threads = 1;
   int mostIterations = 500;  ///< of each minimisation
   double discRadius = 0.0;  ///< 0: image points are images of centres; else centroids of discs of that radius

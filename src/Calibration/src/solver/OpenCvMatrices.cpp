@@ -202,6 +202,7 @@ cv::Mat CameraMatrixOf(const Intrinsics& intrinsics) {
 }
 
 cv::Mat CoefficientsOf(const Intrinsics& intrinsics) {
+  if (intrinsics.IsFisheye()) return CoefficientsOf(intrinsics, FISHEYE_COEFFICIENTS, FISHEYE_PARAMETERS);
   return CoefficientsOf(intrinsics, MOST_COEFFICIENTS, FULL_PARAMETERS);
 }
 
@@ -268,6 +269,19 @@ Intrinsics KnownIntrinsics(const cv::Mat& K, const cv::Mat& D, int model) {
   for (int i = 0; i < std::min(coefficients.cols, intrinsics.estimated - CAMERA_PARAMETERS); ++i) {
     intrinsics.values[static_cast<size_t>(i + CAMERA_PARAMETERS)] = coefficients(i);
   }
+  return intrinsics;
+}
+
+Intrinsics KnownFisheye(const cv::Mat& K, const cv::Mat& D) {
+  CV_Assert(K.rows == 3 && K.cols == 3 && K.channels() == 1 && D.total() == FISHEYE_COEFFICIENTS);
+  const cv::Mat_<double> matrix(K);
+  const cv::Mat_<double> coefficients(D.reshape(1, 1));
+  Intrinsics intrinsics;
+  intrinsics.family = LensFamily::Angle;
+  intrinsics.estimated = FISHEYE_PARAMETERS;
+  intrinsics.values = {matrix(0, 0), matrix(1, 1), matrix(0, 2), matrix(1, 2)};
+  for (int i = 0; i < FISHEYE_COEFFICIENTS; ++i)
+    intrinsics.values[static_cast<size_t>(FISHEYE_K + i)] = coefficients(i);
   return intrinsics;
 }
 

@@ -18,7 +18,7 @@ cv::Mat MatrixOf(const Eigen::MatrixXd& matrix);
 /// 3 x 3.
 cv::Mat CameraMatrixOf(const Intrinsics& intrinsics);
 
-/// 1 x 14, with zeros for coefficients that the model does not have.
+/// 1 x 14, with zeros for coefficients that the model does not have; 1 x 4 of a fisheye.
 cv::Mat CoefficientsOf(const Intrinsics& intrinsics);
 
 /// In the form of SolveIntrinsics, with a row for each view of the target, of a solution of one camera.
@@ -38,6 +38,9 @@ Solution SolutionFrom(const Target& target, const SparseResult& result, const cv
 /// Intrinsics that are known. All coefficients of D count, but for those that the classic model does not
 /// have.
 Intrinsics KnownIntrinsics(const cv::Mat& K, const cv::Mat& D, int model);
+
+/// Those of a fisheye, of four coefficients.
+Intrinsics KnownFisheye(const cv::Mat& K, const cv::Mat& D);
 
 /// A rig of two with these intrinsics; where the right camera stands is not known yet.
 Rig KnownPair(const StereoIntrinsics& intrinsics, int model);

@@ -128,8 +128,8 @@ std::vector<Recounted> RecountedImages(const std::vector<TargetView>& views, con
     if (rejected.point != Rejected::WHOLE_VIEW) continue;
     const TargetView& view = views[rejected.view];
     const Observation& image = view.observations[rejected.camera];
-    cv::Matx33d homography;
-    if (CountOf(view.observations) <= image.Count() || !HomographyOf(image, homography)) continue;
+    const Intrinsics& intrinsics = solution.rig.cameras[rejected.camera].intrinsics;
+    if (CountOf(view.observations) <= image.Count() || !HasPose(image, intrinsics)) continue;
     for (const auto& order : OtherOrders(image.object)) {
       const Recounted candidate{rejected.view, rejected.camera, order};
       TargetView other = view;
@@ -149,8 +149,8 @@ void NameShiftedImages(const std::vector<TargetView>& views, Solution& solution)
     if (rejected.point != Rejected::WHOLE_VIEW || named == MOST_SHIFTED) continue;
     const TargetView& view = views[rejected.view];
     const Observation& image = view.observations[rejected.camera];
-    cv::Matx33d homography;
-    if (CountOf(view.observations) <= image.Count() || !HomographyOf(image, homography)) continue;
+    const Intrinsics& intrinsics = solution.rig.cameras[rejected.camera].intrinsics;
+    if (CountOf(view.observations) <= image.Count() || !HasPose(image, intrinsics)) continue;
     ++named;
     if (FitsShifted(view, rejected.camera, solution.rig, most)) rejected.reason = SHIFTED;
   }

@@ -17,8 +17,7 @@ namespace {
 using CameraPoses = std::vector<std::vector<std::optional<RigidTransform>>>;
 
 RigidTransform PoseBefore(size_t camera, const Rig& rig, const Observation& observation) {
-  cv::Matx33d homography;
-  if (!HomographyOf(observation, homography)) {
+  if (!HasPose(observation, rig.cameras[camera].intrinsics)) {
     CV_Error(cv::Error::StsBadArg,
              "Camera " + std::to_string(camera) +
                  " saw points that determine no pose of the target in one of the views.");

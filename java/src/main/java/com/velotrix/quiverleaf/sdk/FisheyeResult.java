@@ -6,10 +6,10 @@ import java.nio.file.Files;
 import java.nio.file.Path;
 
 /**
- * A fisheye that a calibration found: a point whose ray is at the angle t from the axis is seen at the distance
- * t (1 + k1 t^2 + k2 t^4 + k3 t^6 + k4 t^8) from the principal point, in focal lengths; beside and behind the
- * camera, too. OpenCV's fisheye module takes the same matrices. Positions are in pixels of the calibrator's frame
- * size.
+ * A fisheye that a calibration found: a point whose ray is at the angle t from the axis is seen at the
+ * distance t (1 + k1 t^2 + k2 t^4 + k3 t^6 + k4 t^8) from the principal point, in focal lengths; beside and
+ * behind the camera, too. OpenCV's fisheye module takes the same matrices. Positions are in pixels of the
+ * calibrator's frame size.
  */
 public final class FisheyeResult {
   private static final String MODEL = "kannala-brandt";

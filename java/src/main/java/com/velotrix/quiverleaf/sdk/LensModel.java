@@ -9,8 +9,8 @@ public enum LensModel {
   /** And s1 to s4, tau x, tau y. */
   FULL(30),
   /**
-   * A lens of 90 degrees and more, of one camera: what comes out is a {@link FisheyeResult}. It has no number, as
-   * the engine computes it apart from the others.
+   * A lens of 90 degrees and more, of one camera: what comes out is a {@link FisheyeResult}. It has no
+   * number, as the engine computes it apart from the others.
    */
   FISHEYE(-1);
 
