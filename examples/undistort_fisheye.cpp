@@ -1,10 +1,11 @@
 /// Straightens a picture of a fisheye with a result file.
 ///
-///   velmora-undistort-fisheye RESULT_fisheye.json PICTURE STRAIGHTENED [DEGREES]
+///   velmora-undistort-fisheye RESULT_fisheye.json PICTURE STRAIGHT [DEGREES]
 ///
-/// No straight picture holds half a sphere: DEGREES is how much of what is seen, from left to right, the straightened
-/// one shows (default: 90; less than 180). The picture has to be of the size that the camera was calibrated at. An EXIF
-/// orientation is not obeyed: the result describes the sensor, whichever way up the camera was held.
+/// No straight picture holds half a sphere: DEGREES is how much of what is seen, from left to right, the
+/// straightened one shows (default: 90; less than 180). The picture has to be of the size that the camera was
+/// calibrated at. An EXIF orientation is not obeyed: the result describes the sensor, whichever way up the
+/// camera was held.
 #include <cmath>
 #include <cstdlib>
 #include <fstream>
@@ -37,7 +38,7 @@ cv::Matx33d PinholeOf(const cv::Size& size, double degrees) {
 
 int main(int argc, char** argv) {
   if (argc != 4 && argc != 5) {
-    std::cerr << "usage: velmora-undistort-fisheye RESULT_fisheye.json PICTURE STRAIGHTENED [DEGREES]"
+    std::cerr << "usage: velmora-undistort-fisheye RESULT_fisheye.json PICTURE STRAIGHT [DEGREES]"
               << std::endl;
     return 2;
   }

@@ -1,7 +1,7 @@
 """Straightens a picture of a fisheye with a result file:
-undistort_fisheye.py RESULT_fisheye.json PICTURE STRAIGHTENED [DEGREES]
+undistort_fisheye.py RESULT_fisheye.json PICTURE STRAIGHT [DEGREES]
 
-DEGREES is how much of what is seen, from left to right, the straightened picture shows (default: 90)."""
+DEGREES is how much of what is seen, from left to right, the straight picture shows (default: 90)."""
 import json
 import math
 import sys

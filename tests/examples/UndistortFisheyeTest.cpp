@@ -45,16 +45,16 @@ class UndistortFisheye : public ::testing::Test {
     cv::imwrite(folder_.File("picture.png"), picture);
   }
 
-  std::vector<std::string> Command(std::vector<std::string> program, const std::string& straightened,
+  std::vector<std::string> Command(std::vector<std::string> program, const std::string& undistorted,
                                    const std::vector<std::string>& more) const {
     program.insert(program.end(), {folder_.File("lens_fisheye.json"), folder_.File("picture.png"),
-                                   folder_.File(straightened)});
+                                   folder_.File(undistorted)});
     program.insert(program.end(), more.begin(), more.end());
     return program;
   }
 
-  cv::Mat Straightened(const std::vector<std::string>& program, const std::string& name,
-                       const std::vector<std::string>& more = {}) const {
+  cv::Mat Undistorted(const std::vector<std::string>& program, const std::string& name,
+                      const std::vector<std::string>& more = {}) const {
     Process example(Command(program, name, more));
     EXPECT_EQ(example.WaitForExit(LONG_ENOUGH), 0) << example.Errors();
     return cv::imread(folder_.File(name), cv::IMREAD_GRAYSCALE);
@@ -63,8 +63,8 @@ class UndistortFisheye : public ::testing::Test {
   support::TemporaryFolder folder_;
 };
 
-/// Of each column of the picture from `first` to `last` the middle of what is bright, less that of the line through
-/// their ends: the most.
+/// Of each column of the picture from `first` to `last` the middle of what is bright, less that of the line
+/// through their ends: the most.
 double BendIn(const cv::Mat& picture, int first, int last) {
   const auto middle = [&](int column) {
     const cv::Moments moments = cv::moments(picture.col(column));
@@ -83,15 +83,15 @@ double BendIn(const cv::Mat& picture, int first, int last) {
 TEST_F(UndistortFisheye, MakesALineStraight) {
   const cv::Mat before = cv::imread(folder_.File("picture.png"), cv::IMREAD_GRAYSCALE);
   EXPECT_GT(BendIn(before, 400, 880), 5.0);
-  const cv::Mat straight = Straightened({VELMORA_UNDISTORT_FISHEYE}, "straight.png");
+  const cv::Mat straight = Undistorted({VELMORA_UNDISTORT_FISHEYE}, "straight.png");
   EXPECT_LT(BendIn(straight, 100, 1180), 1.0);
 }
 
 TEST_F(UndistortFisheye, ShowsAsMuchAsIsAskedFor) {
   // The line's end at the angle of tan 0.95 is beyond a field of 60 degrees and within one of 120.
-  const cv::Mat narrow = Straightened({VELMORA_UNDISTORT_FISHEYE}, "narrow.png", {"60"});
+  const cv::Mat narrow = Undistorted({VELMORA_UNDISTORT_FISHEYE}, "narrow.png", {"60"});
   EXPECT_GT(cv::countNonZero(narrow.col(1275)), 0);
-  const cv::Mat wide = Straightened({VELMORA_UNDISTORT_FISHEYE}, "wide.png", {"120"});
+  const cv::Mat wide = Undistorted({VELMORA_UNDISTORT_FISHEYE}, "wide.png", {"120"});
   EXPECT_EQ(cv::countNonZero(wide.col(1275)), 0);
   EXPECT_LT(BendIn(wide, 400, 880), 1.0);
 }
@@ -100,8 +100,8 @@ TEST_F(UndistortFisheye, DoesTheSameInPython) {
   const std::string python = VELMORA_PYTHON;
   Process probe({python.empty() ? "false" : python, "-c", "import cv2"});
   if (probe.WaitForExit(LONG_ENOUGH) != 0) GTEST_SKIP() << "Python has no cv2 here";
-  const cv::Mat expected = Straightened({VELMORA_UNDISTORT_FISHEYE}, "cpp.png", {"100"});
-  const cv::Mat own = Straightened({python, VELMORA_UNDISTORT_FISHEYE_PY}, "py.png", {"100"});
+  const cv::Mat expected = Undistorted({VELMORA_UNDISTORT_FISHEYE}, "cpp.png", {"100"});
+  const cv::Mat own = Undistorted({python, VELMORA_UNDISTORT_FISHEYE_PY}, "py.png", {"100"});
   EXPECT_EQ(cv::norm(own, expected, cv::NORM_INF), 0.0);
 }
 
