@@ -27,7 +27,9 @@ TEST(FisheyeComparison, TellsThatAWideLensIsOne) {
   ASSERT_TRUE(compared.computed);
   EXPECT_NEAR(compared.fisheye.rms, 0.14, 0.02);
   EXPECT_GT(compared.widest, 85.0);
-  if (compared.planeComputed) EXPECT_LT(compared.fisheye.criterion, compared.plane.criterion);
+  if (compared.planeComputed) {
+    EXPECT_LT(compared.fisheye.criterion, compared.plane.criterion);
+  }
 }
 
 TEST(FisheyeComparison, IsOfTheSamePointsForBoth) {
