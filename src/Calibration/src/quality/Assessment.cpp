@@ -226,6 +226,8 @@ void AssessSearch(const Solution& solution, CalibrationVerdict& verdict) {
 /// The remark on a systematic error; the reason is empty when its cause is none after all.
 CalibrationVerdict::Remark RemarkOn(const SystematicError& error, const Solution& solution, size_t camera,
                                     const LargerModelName& larger, CalibrationVerdict& verdict) {
+  if (error.cause == SystematicError::Cause::Radial && larger() == "fisheye")
+    return {"The lens is not of this model", "Try the fisheye model."};
   if (error.cause != SystematicError::Cause::LensTerms) return RemarkOn(error, solution, camera, verdict);
   if (larger().empty()) return {};
   return {"The lens does not fit this model", "Try the " + larger() + " model."};

@@ -9,11 +9,8 @@ namespace velmora {
 
 namespace {
 
-/// A fisheye has no larger model.
-int ParametersOf(const SparseResult& result) {
-  const bool fisheye =
-      result.solution != nullptr && result.solution->rig.cameras.front().intrinsics.IsFisheye();
-  return fisheye ? FULL_PARAMETERS : solver::IntrinsicsOf(result).estimated;
+bool IsFisheye(const SparseResult& result) {
+  return result.solution != nullptr && result.solution->rig.cameras.front().intrinsics.IsFisheye();
 }
 
 }  // namespace
@@ -24,7 +21,8 @@ LargerModel::LargerModel(const std::vector<std::vector<cv::Point3d>>& objectPoin
     : objectPoints_(objectPoints),
       imagePoints_(imagePoints),
       imageSize_(imageSize),
-      parameters_(ParametersOf(result)) {
+      isFisheye_(IsFisheye(result)),
+      parameters_(isFisheye_ ? 0 : solver::IntrinsicsOf(result).estimated) {
   options_.robust = result.robust;
   options_.discRadius = discRadius;
 }
@@ -36,9 +34,10 @@ const std::string& LargerModel::Name() {
 }
 
 std::string LargerModel::Ask() const {
-  if (parameters_ == FULL_PARAMETERS) return "";
+  if (isFisheye_) return "";  // no model has all of its terms
   try {
-    const ModelChoice choice = CompareModels(objectPoints_, imagePoints_, imageSize_, options_);
+    const ModelChoice choice = CompareAllModels(objectPoints_, imagePoints_, imageSize_, options_);
+    if (choice.prefersFisheye) return choice.Name();
     return LensModelOf(choice.model).parameters > parameters_ ? choice.Name() : "";
   } catch (const cv::Exception&) {
     return "";  // a model that cannot be computed is no advice

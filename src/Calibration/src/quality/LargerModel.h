@@ -27,6 +27,7 @@ class LargerModel {
   const std::vector<std::vector<cv::Point3d>>& objectPoints_;
   const std::vector<std::vector<cv::Point2d>>& imagePoints_;
   const cv::Size imageSize_;
+  const bool isFisheye_;
   const int parameters_;
   SparseOptions options_;
   std::string name_;

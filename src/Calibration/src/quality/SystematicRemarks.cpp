@@ -141,7 +141,7 @@ Remark RemarkOn(const SystematicError& error, const Solution& solution, size_t c
       return OnChange(error.change, solution, camera, verdict);
     case Cause::Radial:
       return {"Far from its middle the image is not that of a lens of this model",
-              "Use only what is nearer to the middle of the image: no larger model holds it."};
+              "Use only what is nearer to the middle of the image: no model holds it."};
     case Cause::LensTerms:
       break;
   }
