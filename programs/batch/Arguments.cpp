@@ -8,6 +8,7 @@
 #include "Calibrator.h"
 #include "batch/ImageSearch.h"
 #include "common/CommandLine.h"
+#include "common/LensModels.h"
 #include "common/Numbers.h"
 #include "common/OutputFiles.h"
 #include "common/SourceOptions.h"
@@ -27,13 +28,6 @@ const char* const DESCRIPTION =
 const char* const EXIT_STATUSES =
     "Exit status: 0 calibrated (or recorded), 1 too few views held the grid, 2 wrong usage or unreadable "
     "input, 3 with --strict: calibrated, but the result is worthless.";
-
-const std::map<std::string, int> MODELS = {
-    {ModelChoice::NameOf(Calibrator::MODEL_CLASSIC), Calibrator::MODEL_CLASSIC},
-    {ModelChoice::NameOf(Calibrator::MODEL_RATIONAL), Calibrator::MODEL_RATIONAL},
-    {ModelChoice::NameOf(Calibrator::MODEL_FULL), Calibrator::MODEL_FULL},
-    {"fisheye", Arguments::MODEL_FISHEYE},
-    {"auto", Arguments::MODEL_AUTO}};
 
 /// "4x11" as a size; throws CLI's error otherwise.
 cv::Size ParseGrid(const std::string& text) {
@@ -58,11 +52,12 @@ void AddCameraOptions(CLI::App& app, std::string& grid, Arguments& arguments) {
          "that of the supplied sheet)")
       ->check(common::FaultUnlessMetres, "positive")
       ->type_name("METRES");
-  app.add_option("--model", arguments.modelName,
-                 "lens model: classic, rational, full, fisheye, or auto: what the views ask for")
-      ->check(CLI::IsMember(MODELS))
-      ->type_name("NAME")
-      ->capture_default_str();
+  app.add_option(
+         "--model", arguments.modelName,
+         "lens model: classic, rational, full, fisheye, or auto: what the views ask for (default: auto "
+         "for one camera, rational for several)")
+      ->check(CLI::IsMember(common::LensModels()))
+      ->type_name("NAME");
   app.add_option("--width", arguments.frame.width, "processing width (default: that of the input)")
       ->check(CLI::Range(16, 32000))
       ->type_name("PIXELS");
@@ -161,7 +156,7 @@ void CheckRig(const Arguments& arguments) {
   }
   if (arguments.rig.size() < 2)
     throw CLI::ValidationError("--rig", "inputs of at least two cameras are needed");
-  if (arguments.model == Arguments::MODEL_AUTO) {
+  if (arguments.model == common::MODEL_AUTO) {
     throw CLI::ValidationError("--model",
                                "auto is for one camera; a rig takes classic, rational, full or fisheye");
   }
@@ -195,19 +190,24 @@ void CheckTogether(const Arguments& arguments) {
   if (arguments.refineLenses && arguments.solver != Calibrator::SOLVER_SPARSE) {
     throw CLI::ValidationError("--refine-lenses", "only the sparse solver refines lenses");
   }
-  if (arguments.IsPair() && arguments.model == Arguments::MODEL_FISHEYE) {
+  if (arguments.IsPair() && arguments.model == common::MODEL_FISHEYE) {
     throw CLI::ValidationError("--model", "a pair of fisheyes is a rig: name both cameras after --rig");
   }
   if (arguments.IsPair() && arguments.model < 0) {
     throw CLI::ValidationError(
         "--model", arguments.modelName + " is for one camera; a pair needs the rational or full model");
   }
-  if (arguments.model == Arguments::MODEL_FISHEYE && arguments.solver != Calibrator::SOLVER_SPARSE) {
+  if (arguments.model == common::MODEL_FISHEYE && arguments.solver != Calibrator::SOLVER_SPARSE) {
     throw CLI::ValidationError("--solver", "only the sparse solver computes fisheyes");
   }
   if (arguments.IsPair() && arguments.calibLeft.empty() && arguments.model == Calibrator::MODEL_CLASSIC) {
     throw CLI::ValidationError("--model", "a pair is computed from cameras of the rational or full model");
   }
+}
+
+/// Pairs need the rational model or a larger one; rigs compare none.
+const char* DefaultModel(const Arguments& arguments) {
+  return arguments.IsPair() || arguments.IsRig() ? "rational" : "auto";
 }
 
 }  // namespace
@@ -227,7 +227,8 @@ Parsed ParseArguments(int argc, char** argv) {
   try {
     app.parse(argc, argv);
     arguments.grid = ParseGrid(grid);
-    arguments.model = MODELS.at(arguments.modelName);
+    if (arguments.modelName.empty()) arguments.modelName = DefaultModel(arguments);
+    arguments.model = common::LensModels().at(arguments.modelName);
     arguments.output = common::WithoutExtension(arguments.output);
     CheckTogether(arguments);
     common::ReadSheetShape(arguments.grid, UnitOf(arguments), arguments);

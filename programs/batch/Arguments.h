@@ -17,9 +17,6 @@ namespace batch {
 enum class Match { Order, Names };
 
 struct Arguments : common::EngineOptions {
-  static constexpr int MODEL_AUTO = -1;     ///< as large as the views ask for
-  static constexpr int MODEL_FISHEYE = -2;  ///< no number of Calibrator's: ComputeFisheye
-
   std::vector<std::string> inputs;       ///< of the only or left camera, or of split images
   std::vector<std::string> rightInputs;  ///< of the right camera of a pair
   common::Split split = common::Split::None;
@@ -31,8 +28,8 @@ struct Arguments : common::EngineOptions {
   Match match = Match::Order;            ///< of a rig
   std::vector<std::string> intrinsics;   ///< result files of a rig's cameras; empty: they are estimated
   float hdist = common::SUPPLIED_HDIST;  ///< metres across all row intervals of the grid
-  int model = 0;                         ///< of Calibrator, or one of these
-  std::string modelName = "rational";
+  int model = 0;                         ///< one of common::LensModels
+  std::string modelName;                 ///< when it was not given, that of the default
   cv::Size grid{4, 11};
   cv::Size frame;  ///< processing size; zero members: the size of the input
   int maxViews = 30;

@@ -5,6 +5,7 @@
 
 #include "batch/CameraViews.h"
 #include "batch/Progress.h"
+#include "common/LensModels.h"
 #include "common/Messages.h"
 #include "common/Report.h"
 #include "common/ResultFile.h"
@@ -53,7 +54,9 @@ common::ExitStatus Run(const Arguments& arguments) {
     std::cout << common::ViewsTable(camera.Names(), camera.Rejected());
     return ReportTooFewViews("image", camera.Views().size(), camera.OtherGridText());
   }
-  std::cerr << "Computing the " << arguments.modelName << " model ...\n";
+  std::cerr << (arguments.model == common::MODEL_AUTO
+                    ? "Choosing the lens model and computing it ...\n"
+                    : "Computing the " + arguments.modelName + " model ...\n");
   common::Report report = camera.Calibrate();
   const CalibrationVerdict verdict = camera.Verdict(report);
   std::cout << common::ResultTable(report) << "\n" << common::VerdictTable(verdict, report.used);

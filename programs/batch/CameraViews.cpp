@@ -4,6 +4,7 @@
 #include <set>
 
 #include "batch/ViewSelection.h"
+#include "common/LensModels.h"
 #include "common/ResultFile.h"
 #include "common/VerdictFiles.h"
 #include "common/VerdictReport.h"
@@ -27,7 +28,6 @@ std::string CameraViews::Take(NamedImage& input) {
 common::Report CameraViews::Calibrate() {
   Calibrator& calibrator = *search_.Engine();
   common::Report report;
-  report.model = arguments_.modelName;
   report.frame = FrameSize();
   report.rejected = rejected_;
   report.parts.of = static_cast<size_t>(arguments_.grid.area());
@@ -45,26 +45,12 @@ common::Report CameraViews::Calibrate() {
       report.rejected.push_back(common::NotNeeded(names_[i], arguments_.maxViews));
     }
   }
-  Compute(ChosenModel(report));
+  const common::ChosenModel lens = common::ChooseModel(arguments_.model, calibrator);
+  report.model = common::NameOfModel(lens.model);
+  report.modelReasons = lens.reasons;
+  common::ComputeModel(lens.model, calibrator);
   common::CopyResult(calibrator, report);
   return report;
-}
-
-int CameraViews::ChosenModel(common::Report& report) {
-  if (arguments_.model != Arguments::MODEL_AUTO) return arguments_.model;
-  const ModelChoice choice = search_.Engine()->ChooseModel();
-  report.model = choice.Name();
-  report.modelReasons = choice.reasons;
-  return choice.prefersFisheye ? Arguments::MODEL_FISHEYE : choice.model;
-}
-
-void CameraViews::Compute(int model) {
-  Calibrator& calibrator = *search_.Engine();
-  if (model == Arguments::MODEL_FISHEYE) {
-    calibrator.ComputeFisheye();
-  } else {
-    calibrator.ComputeCalibration(model);
-  }
 }
 
 std::string CameraViews::ResultName(const std::string& output) const {

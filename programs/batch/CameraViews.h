@@ -50,10 +50,6 @@ class CameraViews {
   std::string Save(const std::string& output);
 
  private:
-  /// The model to compute; of an automatic choice the report gets name and reasons.
-  int ChosenModel(common::Report& report);
-  void Compute(int model);
-
   const Arguments& arguments_;
   ImageSearch search_;
   std::vector<std::string> names_;

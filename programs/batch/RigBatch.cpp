@@ -10,6 +10,7 @@
 #include "batch/RigViews.h"
 #include "common/EngineOptions.h"
 #include "common/ExitStatus.h"
+#include "common/LensModels.h"
 #include "common/OutputFiles.h"
 #include "common/Report.h"
 #include "common/ResultFile.h"
@@ -24,7 +25,7 @@ namespace {
 velmora::RigOptions OptionsFrom(const Arguments& arguments, const std::vector<CameraFile>& intrinsics) {
   velmora::RigOptions options;
   options.model = arguments.model;
-  options.fisheye = arguments.model == Arguments::MODEL_FISHEYE;
+  options.fisheye = arguments.model == common::MODEL_FISHEYE;
   options.discRadius = common::DiscRadius(arguments, UnitOf(arguments));
   options.sheetShape = arguments.sheet;
   options.sheetPoints = arguments.sheetPoints;

@@ -77,6 +77,12 @@ Parsed ParseArguments(int argc, const char* const* argv, const std::string& ship
       ->type_name("FILE")
       ->capture_default_str();
   DeclareEnd(app, until, arguments);
+  std::string model = "auto";
+  app.add_option("--model", model,
+                 "lens model: classic, rational, full, fisheye, or auto: what the views ask for")
+      ->check(CLI::IsMember(common::LensModels()))
+      ->type_name("NAME")
+      ->capture_default_str();
   common::AddEngineOptions(app, arguments);
   app.add_option("--output", arguments.output, "name of the result file, to which .json is added")
       ->type_name("NAME")
@@ -90,6 +96,9 @@ Parsed ParseArguments(int argc, const char* const* argv, const std::string& ship
     if (arguments.output.empty() || arguments.output.back() == '/') {
       throw CLI::ValidationError("--output", "a name is needed");
     }
+    arguments.model = common::LensModels().at(model);
+    if (arguments.model == common::MODEL_FISHEYE && arguments.solver != Calibrator::SOLVER_SPARSE)
+      throw CLI::ValidationError("--solver", "only the sparse solver computes fisheyes");
     common::ReadSheetShape(GRID, UnitOf(arguments), arguments);
     if (app.count("--until") > 0) arguments.until = ParsePixels(until);
     parsed.run = true;

@@ -6,6 +6,7 @@
 
 #include "common/EngineOptions.h"
 #include "common/Hdist.h"
+#include "common/LensModels.h"
 #include "common/SourceSettings.h"
 
 namespace guided {
@@ -20,6 +21,7 @@ struct Arguments : common::EngineOptions {
   double until =
       0.0;  ///< ask for poses until projections are known to this many pixels; 0: those of the model
   int mostPoses = 20;                  ///< asked for at most
+  int model = common::MODEL_AUTO;      ///< one of common::LensModels
   std::string output = "calibration";  ///< without .json
   bool strict = false;                 ///< a worthless result gets a status of its own
 };

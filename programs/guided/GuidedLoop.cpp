@@ -22,9 +22,11 @@ constexpr int LIVE_WAIT = 1;
 constexpr int IDLE_WAIT = 10;
 
 /// `used` are the names of the snapshots.
-common::Report ReportOf(Calibrator& calibrator, const cv::Size& frame, const std::vector<std::string>& used) {
+common::Report ReportOf(Calibrator& calibrator, const common::ChosenModel& lens, const cv::Size& frame,
+                        const std::vector<std::string>& used) {
   common::Report report;
-  report.model = ModelChoice::NameOf(Calibrator::MODEL_RATIONAL);
+  report.model = common::NameOfModel(lens.model);
+  report.modelReasons = lens.reasons;
   report.frame = frame;
   report.used = used;
   common::CopyResult(calibrator, report);
@@ -62,9 +64,10 @@ bool GuidedLoop::Begin() {
   besides_ = 0;
   observed_.clear();
   names_.clear();
+  lens_.reset();
   if (options_.until > 0.0) {
     calibrator_.DisableAssistant();
-    next_.emplace(calibrator_, options_.until, options_.mostPoses);
+    next_.emplace(calibrator_, options_.until, options_.mostPoses, options_.model);
     goal_ = options_.mostPoses;
     return next_->Ask() == NextPoses::State::Asked;
   }
@@ -166,7 +169,9 @@ void GuidedLoop::AskForNext() {
 
 void GuidedLoop::BeginComputation() {
   computing_ = true;
-  out_ << "Computing the rational model. This may take a while..." << std::endl;
+  const bool rational = options_.model == Calibrator::MODEL_RATIONAL;
+  out_ << "Computing the " << (rational ? "rational model" : "camera") << ". This may take a while..."
+       << std::endl;
 }
 
 /// Above the score bar, away from the texts of the engine.
@@ -180,13 +185,32 @@ void GuidedLoop::DrawPrecision(cv::Mat& frame) const {
 
 GuidedLoop::Step GuidedLoop::FollowComputation() {
   if (calibrator_.IsComputing()) return Step::GoOn;
+  if (!lens_ && ComputesAnother()) return Step::GoOn;
   if (calibrator_.GetStatus() == Calibrator::STATUS_COMPLETED) return Save();
   common::PrintError(err_, "the calibration failed.");
   return Step::Stop;
 }
 
+/// What follows the last pose is the rational model, which may fail before a fisheye. True when another one
+/// is wanted, or asked for by the views, and is being computed.
+bool GuidedLoop::ComputesAnother() {
+  try {
+    lens_ = common::ChooseModel(options_.model, calibrator_);
+  } catch (const cv::Exception&) {
+    lens_ = common::ChosenModel{Calibrator::MODEL_RATIONAL, {}};  // no model fits these views
+  }
+  if (lens_->model == Calibrator::MODEL_RATIONAL) return false;
+  common::ComputeModelInBackground(lens_->model, calibrator_);
+  return true;
+}
+
+/// A fisheye has a file of its own.
+std::string GuidedLoop::ResultName() const {
+  return calibrator_.GetFisheye().IsEmpty() ? options_.output : options_.output + "_fisheye";
+}
+
 GuidedLoop::Step GuidedLoop::Save() {
-  common::Report report = ReportOf(calibrator_, options_.frame, names_);
+  common::Report report = ReportOf(calibrator_, *lens_, options_.frame, names_);
   const CalibrationVerdict verdict = calibrator_.GetVerdict();
   report.disagreeing = common::RejectedViews(verdict);
   out_ << common::ResultTable(report) << "\n" << common::VerdictTable(verdict, report.used);
@@ -205,11 +229,14 @@ GuidedLoop::Step GuidedLoop::Save() {
 
 /// The file that could not be written, or an empty text.
 std::string GuidedLoop::Write(const CalibrationVerdict& verdict, common::OutputFiles& files) {
-  std::string result = options_.output + ".json";
+  const std::string name = ResultName();
+  std::string result = name + ".json";
   files.Announce(result);
-  if (common::SaveResultFile(calibrator_, options_.output).empty()) return result;
+  const std::string text = name == options_.output ? common::SaveResultFile(calibrator_, options_.output)
+                                                   : common::SaveFisheyeFile(calibrator_, options_.output);
+  if (text.empty()) return result;
   files.Written(result);
-  return common::SaveVerdict(verdict, options_.frame, observed_, options_.output, files);
+  return common::SaveVerdict(verdict, options_.frame, observed_, name, files);
 }
 
 }  // namespace guided

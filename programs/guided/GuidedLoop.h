@@ -10,6 +10,7 @@
 #include "Calibrator.h"
 #include "common/ExitStatus.h"
 #include "common/FrameFeed.h"
+#include "common/LensModels.h"
 #include "common/OutputFiles.h"
 #include "common/Screen.h"
 #include "guided/NextPoses.h"
@@ -25,7 +26,9 @@ struct LoopOptions {
   std::function<bool()> sourceEnded = [] { return false; };
   /// Pixels to which projections are to be known, by poses that are chosen for it; 0: by those of the model.
   double until = 0.0;
-  int mostPoses = 20;   ///< that are chosen
+  int mostPoses = 20;  ///< that are chosen
+  /// The lens model of the result, one of common::LensModels.
+  int model = Calibrator::MODEL_RATIONAL;
   bool strict = false;  ///< a worthless result gets a status of its own
 };
 
@@ -51,6 +54,8 @@ class GuidedLoop {
   void TakeWhatIsInView();
   Step Follow();
   Step FollowComputation();
+  bool ComputesAnother();
+  std::string ResultName() const;
   Step Save();
   std::string Write(const CalibrationVerdict& verdict, common::OutputFiles& files);
   void TellOfPoses();
@@ -71,6 +76,7 @@ class GuidedLoop {
   int besides_ = 0;                                 ///< snapshots that were taken by hand
   bool fresh_ = false;                              ///< a frame was shown in this turn
   bool computing_ = false;                          ///< the last pose was reached
+  std::optional<common::ChosenModel> lens_;         ///< of the result, once it is known which it is to be
   std::vector<std::vector<cv::Point2d>> observed_;  ///< the circles of each snapshot
   std::vector<std::string> names_;                  ///< of the snapshots: "pose 2", "by hand 1"
 };

@@ -70,6 +70,7 @@ int Run(const Arguments& arguments) {
   options.poses = arguments.poses;
   options.output = arguments.output;
   options.until = arguments.until;
+  options.model = arguments.model;
   options.mostPoses = arguments.mostPoses;
   options.strict = arguments.strict;
   options.frame = {arguments.source.width, arguments.source.height};

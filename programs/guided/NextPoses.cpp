@@ -4,6 +4,8 @@
 #include <iomanip>
 #include <sstream>
 
+#include "common/LensModels.h"
+
 namespace guided {
 
 namespace {
@@ -20,8 +22,13 @@ std::string InPixels(double value) {
 
 }  // namespace
 
+PoseProposal NextPoses::Propose() const {
+  if (model_ == common::MODEL_FISHEYE) return calibrator_.ProposeFisheyePose();
+  return calibrator_.ProposePose(model_ == common::MODEL_AUTO ? Calibrator::MODEL_RATIONAL : model_);
+}
+
 NextPoses::State NextPoses::Ask() {
-  proposal_ = calibrator_.ProposePose(Calibrator::MODEL_RATIONAL);
+  proposal_ = Propose();
   const int taken = calibrator_.GetNumberOfRecords();
   if (taken >= LEAST_POSES && !proposal_.nominal && proposal_.deviation <= target_) return State::Known;
   if (taken >= most_ || !calibrator_.AskForPose(proposal_.centres)) return State::GivenUp;

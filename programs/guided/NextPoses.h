@@ -13,9 +13,10 @@ class NextPoses {
   enum class State { Asked, Known, GivenUp };
 
   /// The target accuracy: to how many pixels projections are to be known, over the whole image; and how many
-  /// snapshots may be taken for it.
-  NextPoses(Calibrator& calibrator, double target, int most)
-      : calibrator_(calibrator), target_(target), most_(most) {}
+  /// snapshots may be taken for it. The model is one of common::LensModels; until it is chosen poses are
+  /// asked for as the rational one needs them.
+  NextPoses(Calibrator& calibrator, double target, int most, int model)
+      : calibrator_(calibrator), target_(target), most_(most), model_(model) {}
 
   /// Asks for the next pose, or says why there is none: the target accuracy is reached, or no more may be (or
   /// can be) asked.
@@ -25,9 +26,12 @@ class NextPoses {
   std::string Precision() const;
 
  private:
+  PoseProposal Propose() const;
+
   Calibrator& calibrator_;
   double target_;
   int most_;
+  int model_;
   PoseProposal proposal_;
 };
 

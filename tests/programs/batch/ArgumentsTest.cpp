@@ -21,7 +21,7 @@ TEST(BatchArguments, DefaultsSuitTheShippedGrid) {
   const batch::Arguments& arguments = parsed.arguments;
   EXPECT_EQ(arguments.inputs, std::vector<std::string>{"a.png"});
   EXPECT_FLOAT_EQ(arguments.hdist, 0.2F);
-  EXPECT_EQ(arguments.model, Calibrator::MODEL_RATIONAL);
+  EXPECT_EQ(arguments.model, common::MODEL_AUTO);
   EXPECT_EQ(arguments.grid, cv::Size(4, 11));
   EXPECT_EQ(arguments.frame, cv::Size(0, 0));
   EXPECT_EQ(arguments.maxViews, 30);

@@ -115,8 +115,8 @@ void TakeShape(const Solution& solution, const Observation& observation, RigidTr
   cost = shaped.cost;
 }
 
-/// The pose of a view that the intrinsics were not computed from, and the sum of its squared residuals: infinite
-/// where it has none before a fisheye, and the identity is answered.
+/// The pose of a view that the intrinsics were not computed from, and the sum of its squared residuals:
+/// infinite where it has none before a fisheye, and the identity is answered.
 RigidTransform PlaceRejected(const Solution& solution, const IntrinsicsResult& result,
                              const Observation& observation, double& cost) {
   const Camera& camera = solution.rig.cameras.front();
