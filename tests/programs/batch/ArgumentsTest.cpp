@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "Calibrator.h"
+#include "common/LensModels.h"
 
 namespace {
 
