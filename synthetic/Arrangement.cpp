@@ -52,6 +52,11 @@ class Differences {
     K(1, 1) *= scale;
     K(0, 2) += Within(PRINCIPAL_SPREAD) * camera.size.width;
     K(1, 2) += Within(PRINCIPAL_SPREAD) * camera.size.height;
+    if (camera.lens.IsFisheye()) {
+      FisheyeCurve::Coefficients k = camera.lens.Curve()->D();
+      for (double& coefficient : k) coefficient *= 1.0 + Within(DISTORTION_SPREAD);
+      return {camera.size, Lens(K, FisheyeCurve(k))};
+    }
     std::vector<double> D = camera.lens.D();
     for (double& coefficient : D) coefficient *= 1.0 + Within(DISTORTION_SPREAD);
     return {camera.size, Lens(K, D)};
@@ -113,7 +118,8 @@ double RingAngle(int count) {
 }
 
 double RingRadius(const Camera& camera, const Sheet& sheet) {
-  const cv::Rect2d image(0.0, 0.0, 2.0 * HalfWidth(camera), camera.size.height / camera.lens.K()(1, 1));
+  const cv::Rect2d image(0.0, 0.0, 2.0 * HalfWidth(camera),
+                         camera.size.height * SpanShare(camera) / camera.lens.K()(1, 1));
   const cv::Point3d middle = sheet.GridMiddle();
   // The upright grid has its Y along the image's x axis; its middle is half its size.
   constexpr double SPAN = 0.5;

@@ -42,6 +42,17 @@ Camera CameraFromFieldOfView(cv::Size size, double degrees, const std::vector<do
   return {size, Lens(K, D)};
 }
 
+Camera FisheyeFromFieldOfView(cv::Size size, double degrees, const FisheyeCurve::Coefficients& k) {
+  const FisheyeCurve curve(k);
+  const double edge = 0.5 * degrees * CV_PI / 180.0;
+  if (size.width < 1 || size.height < 1 || !(degrees > 0.0) || !(edge < curve.WidestAngle())) {
+    throw std::invalid_argument("a fisheye has a positive size, and a field of view that its curve reaches");
+  }
+  const double f = 0.5 * size.width / curve.Distance(edge);
+  const cv::Matx33d K(f, 0.0, 0.5 * (size.width - 1), 0.0, f, 0.5 * (size.height - 1), 0.0, 0.0, 1.0);
+  return {size, Lens(K, curve)};
+}
+
 std::vector<cv::Point3d> ToCamera(const std::vector<cv::Point3d>& points, const Pose& pose) {
   const cv::Matx33d R = RotationOf(pose);
   std::vector<cv::Point3d> moved;
@@ -59,8 +70,7 @@ std::vector<cv::Point2d> ProjectPoints(const Lens& lens, const std::vector<cv::P
   std::vector<cv::Point2d> pixels;
   pixels.reserve(points.size());
   for (const cv::Point3d& p : ToCamera(points, pose)) {
-    const cv::Point2d ray = p.z > 0.0 ? cv::Point2d(p.x / p.z, p.y / p.z) : cv::Point2d();
-    pixels.push_back(p.z > 0.0 && lens.Images(ray) ? lens.Project(ray) : cv::Point2d(none, none));
+    pixels.push_back(lens.Images(p) ? lens.Project(p) : cv::Point2d(none, none));
   }
   return pixels;
 }

@@ -36,10 +36,16 @@ Pose RigPoseFrom(const RigCamera& camera, const Pose& cameraPose);
 /// principal point in the middle of the image.
 Camera CameraFromFieldOfView(cv::Size size, double degrees, const std::vector<double>& D = {});
 
+/// A fisheye of these coefficients whose field of view, from the left side of the image to the right one, has
+/// that angle (degrees), with square pixels and its principal point in the middle. Throws
+/// std::invalid_argument when there is none.
+Camera FisheyeFromFieldOfView(cv::Size size, double degrees, const FisheyeCurve::Coefficients& k = {});
+
 /// Points of the grid frame in the camera frame.
 std::vector<cv::Point3d> ToCamera(const std::vector<cv::Point3d>& points, const Pose& pose);
 
-/// The pixels of points of the grid frame; NaN for those behind the camera or past a fold of the lens.
+/// The pixels of points of the grid frame; NaN for those that the lens does not image: behind the camera, or
+/// past a fold.
 std::vector<cv::Point2d> ProjectPoints(const Lens& lens, const std::vector<cv::Point3d>& points,
                                        const Pose& pose);
 

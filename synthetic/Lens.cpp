@@ -1,8 +1,9 @@
-/// A pinhole with lens distortion: the forward formula, its folds and its inverse by Newton's method.
+/// Lenses: the forward formulas, the folds of distortion and its inverse by Newton's method.
 #include "Lens.h"
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <stdexcept>
 
 namespace world {
@@ -57,6 +58,14 @@ Lens::Lens(const cv::Matx33d& K, const std::vector<double>& D)
   FindFolds();
 }
 
+Lens::Lens(const cv::Matx33d& K, const FisheyeCurve& curve) : Lens(K) {
+  curve_ = curve;
+}
+
+Lens Lens::WithMatrix(const cv::Matx33d& K) const {
+  return curve_ ? Lens(K, *curve_) : Lens(K, D_);
+}
+
 Lens::Bent Lens::Bend(const cv::Point2d& ray) const {
   const double x = ray.x;
   const double y = ray.y;
@@ -84,7 +93,19 @@ Lens::Bent Lens::Bend(const cv::Point2d& ray) const {
   return bent;
 }
 
+cv::Point2d Lens::Project(const cv::Point3d& direction) const {
+  if (!curve_) {
+    const double none = std::numeric_limits<double>::infinity();
+    return direction.z > 0.0 ? Project(cv::Point2d(direction.x / direction.z, direction.y / direction.z))
+                             : cv::Point2d(none, none);
+  }
+  const double off = std::hypot(direction.x, direction.y);
+  const double scale = off > 0.0 ? curve_->Distance(std::atan2(off, direction.z)) / off : 0.0;
+  return {K_(0, 0) * scale * direction.x + K_(0, 2), K_(1, 1) * scale * direction.y + K_(1, 2)};
+}
+
 cv::Point2d Lens::Project(const cv::Point2d& ray) const {
+  if (curve_) return Project(cv::Point3d(ray.x, ray.y, 1.0));
   cv::Point2d bent = straight_ ? ray : Bend(ray).at;
   if (tilted_) {
     const cv::Vec3d h = tilt_ * cv::Vec3d(bent.x, bent.y, 1.0);
@@ -131,7 +152,16 @@ double Lens::FoldAt(const cv::Point2d& ray) const {
   return (1.0 - rest) * folds_[k % DIRECTIONS] + rest * folds_[(k + 1) % DIRECTIONS];
 }
 
+bool Lens::Images(const cv::Point3d& direction) const {
+  if (!curve_) {
+    return direction.z > 0.0 && Images(cv::Point2d(direction.x / direction.z, direction.y / direction.z));
+  }
+  const double off = std::hypot(direction.x, direction.y);
+  return (off > 0.0 || direction.z > 0.0) && std::atan2(off, direction.z) < curve_->WidestAngle();
+}
+
 bool Lens::Images(const cv::Point2d& ray) const {
+  if (curve_) return Images(cv::Point3d(ray.x, ray.y, 1.0));
   if (!(std::hypot(ray.x, ray.y) < FoldAt(ray))) return false;
   if (straight_ && !tilted_) return true;
   if (!Regular(ray)) return false;
@@ -183,7 +213,30 @@ bool Lens::Continuation(const cv::Point2d& target, cv::Point2d& ray) const {
   return true;
 }
 
+bool Lens::Unproject(const cv::Point2d& pixel, cv::Point3d& direction, bool warm) const {
+  if (!curve_) {
+    cv::Point2d ray =
+        warm ? cv::Point2d(direction.x / direction.z, direction.y / direction.z) : cv::Point2d();
+    if (!Unproject(pixel, ray, warm)) return false;
+    direction = {ray.x, ray.y, 1.0};
+    return true;
+  }
+  const cv::Point2d target((pixel.x - K_(0, 2)) / K_(0, 0), (pixel.y - K_(1, 2)) / K_(1, 1));
+  const double distance = cv::norm(target);
+  double angle = 0.0;
+  if (!curve_->AngleAt(distance, angle)) return false;
+  const double scale = distance > 0.0 ? std::sin(angle) / distance : 0.0;
+  direction = {scale * target.x, scale * target.y, std::cos(angle)};
+  return true;
+}
+
 bool Lens::Unproject(const cv::Point2d& pixel, cv::Point2d& ray, bool warm) const {
+  if (curve_) {
+    cv::Point3d direction;
+    if (!Unproject(pixel, direction) || !(direction.z > 0.0)) return false;
+    ray = {direction.x / direction.z, direction.y / direction.z};
+    return true;
+  }
   cv::Point2d target((pixel.x - K_(0, 2)) / K_(0, 0), (pixel.y - K_(1, 2)) / K_(1, 1));
   if (tilted_ && !Through(untilt_, target)) return false;
   if (straight_) {

@@ -83,6 +83,32 @@ bool Look(const std::vector<Viewer>& viewers, const Sheet& sheet, const Pose& po
   return true;
 }
 
+/// The angle between the paper's normal and the line of sight to the point where it is largest, degrees.
+double LargestAngleFromNormal(const std::vector<cv::Point3d>& points, const Pose& pose) {
+  cv::Matx33d R;
+  cv::Rodrigues(pose.rvec, R);
+  double least = 1.0;
+  for (const cv::Point3d& p : ToCamera(points, pose)) {
+    least = std::min(least, (R(0, 2) * p.x + R(1, 2) * p.y + R(2, 2) * p.z) / cv::norm(p));
+  }
+  return std::acos(least) * 180.0 / CV_PI;
+}
+
+/// A shift for each of the dimensions of a sequence.
+std::vector<double> RandomShift(std::uint64_t seed) {
+  cv::RNG random(MixSeeds(seed, VIEW_SEQUENCE));
+  std::vector<double> shift;
+  for (std::size_t d = 0; d < BASES.size(); ++d) shift.push_back(random.uniform(0.0, 1.0));
+  return shift;
+}
+
+/// Element `number` of the sequence with this shift, from 0 to 1 in all dimensions.
+std::array<double, BASES.size()> SpreadNumbers(int number, const std::vector<double>& shift) {
+  std::array<double, BASES.size()> u = {};
+  for (std::size_t d = 0; d < u.size(); ++d) u[d] = std::fmod(Halton(number, BASES[d]) + shift[d], 1.0);
+  return u;
+}
+
 bool AllInside(const std::vector<Viewer>& viewers, const Sheet& sheet, const Pose& pose) {
   return std::all_of(viewers.begin(), viewers.end(), [&](const Viewer& viewer) {
     return DiscsInside(viewer.camera, sheet, PoseFor(viewer.camera, pose), viewer.margin - 0.5);
@@ -97,21 +123,37 @@ cv::Matx33d RotationFor(const Appearance& appearance) {
          RotationMatrix(0, appearance.tiltY, 0) * upright;
 }
 
+cv::Matx33d RotationToward(const cv::Vec3d& direction) {
+  const cv::Vec3d axis(-direction[1], direction[0], 0.0);
+  const double length = cv::norm(axis);
+  const double angle = std::atan2(length, direction[2]);
+  cv::Matx33d R;
+  cv::Rodrigues(length > 0.0 ? axis * (angle / length) : cv::Vec3d(0.0, angle, 0.0), R);
+  return R;
+}
+
+bool PoseAt(const Lens& lens, const Sheet& sheet, const cv::Matx33d& rotation, const cv::Point2d& pixel,
+            double depth, Pose& pose) {
+  cv::Point3d seen;
+  if (!lens.Unproject(pixel, seen)) return false;
+  const cv::Vec3d direction(seen.x, seen.y, seen.z);
+  const cv::Matx33d turned = lens.IsFisheye() ? RotationToward(direction) * rotation : rotation;
+  const cv::Point3d middle = sheet.GridMiddle();
+  cv::Rodrigues(turned, pose.rvec);
+  pose.tvec = direction * depth - turned * cv::Vec3d(middle.x, middle.y, middle.z);
+  return true;
+}
+
 bool Place(const std::vector<Viewer>& viewers, const Sheet& sheet, const cv::Matx33d& rotation,
            const Appearance& appearance, Pose& pose) {
   const Camera& camera = viewers.front().camera;
-  const cv::Point3d middle = sheet.GridMiddle();
-  const cv::Vec3d turned = rotation * cv::Vec3d(middle.x, middle.y, middle.z);
   cv::Point2d pixel(0.5 * (camera.size.width - 1), 0.5 * (camera.size.height - 1));
   double depth = 40.0 * sheet.Unit() * std::max(1, sheet.Grid().height) / 11.0;
   Pose candidate;
-  cv::Rodrigues(rotation, candidate.rvec);
   for (int step = 0; step < 150; ++step) {
     // Full steps converge at once, except near the border of wide cameras.
     const double stride = step < 20 ? 1.0 : 0.3;
-    cv::Point2d ray;
-    if (!camera.lens.Unproject(pixel, ray)) return false;
-    candidate.tvec = cv::Vec3d(ray.x, ray.y, 1.0) * depth - turned;
+    if (!PoseAt(camera.lens, sheet, rotation, pixel, depth, candidate)) return false;
     Impression impression;
     if (!Look(viewers, sheet, candidate, impression)) {
       depth *= 1.5;
@@ -131,11 +173,11 @@ bool Place(const std::vector<Viewer>& viewers, const Sheet& sheet, const cv::Mat
 }
 
 double Obliqueness(const Sheet& sheet, const Pose& pose) {
-  cv::Matx33d R;
-  cv::Rodrigues(pose.rvec, R);
-  const cv::Point3d middle = ToCamera({sheet.GridMiddle()}, pose).front();
-  const double along = (R(0, 2) * middle.x + R(1, 2) * middle.y + R(2, 2) * middle.z) / cv::norm(middle);
-  return std::acos(std::min(1.0, along)) * 180.0 / CV_PI;
+  return LargestAngleFromNormal({sheet.GridMiddle()}, pose);
+}
+
+double LargestObliqueness(const Sheet& sheet, const Pose& pose) {
+  return LargestAngleFromNormal(sheet.GridPoints(), pose);
 }
 
 double Halton(int k, int base) {
@@ -148,15 +190,11 @@ double Halton(int k, int base) {
   return value;
 }
 
-RandomAppearances::RandomAppearances(std::uint64_t seed) {
-  cv::RNG random(MixSeeds(seed, VIEW_SEQUENCE));
-  for (std::size_t d = 0; d < BASES.size(); ++d) shift_.push_back(random.uniform(0.0, 1.0));
+RandomAppearances::RandomAppearances(std::uint64_t seed) : shift_(RandomShift(seed)) {
 }
 
 Appearance RandomAppearances::Next() {
-  ++number_;
-  std::array<double, BASES.size()> u = {};
-  for (std::size_t d = 0; d < u.size(); ++d) u[d] = std::fmod(Halton(number_, BASES[d]) + shift_[d], 1.0);
+  const auto u = SpreadNumbers(++number_, shift_);
   Appearance appearance;
   appearance.x = 2.0 * u[0] - 1.0;
   appearance.y = 2.0 * u[1] - 1.0;
@@ -165,6 +203,21 @@ Appearance RandomAppearances::Next() {
   appearance.tiltY = 80.0 * u[4] - 40.0;
   appearance.roll = 50.0 * u[5] - 25.0;
   return appearance;
+}
+
+RandomFisheyeViews::RandomFisheyeViews(const Camera& camera, const Sheet& sheet, std::uint64_t seed)
+    : camera_(camera), sheet_(sheet), shift_(RandomShift(seed)) {
+}
+
+bool RandomFisheyeViews::Next(Pose& pose) {
+  const auto u = SpreadNumbers(++number_, shift_);
+  Appearance appearance;
+  appearance.tiltX = 80.0 * u[3] - 40.0;
+  appearance.tiltY = 80.0 * u[4] - 40.0;
+  appearance.roll = 360.0 * u[5];
+  const cv::Point2d pixel(u[0] * (camera_.size.width - 1), u[1] * (camera_.size.height - 1));
+  const double length = sheet_.Unit() * std::max(1, sheet_.Grid().height - 1);
+  return PoseAt(camera_.lens, sheet_, RotationFor(appearance), pixel, (0.5 + 1.5 * u[2]) * length, pose);
 }
 
 Appearance SpreadAppearance(int k, double halfWidth) {
@@ -188,8 +241,37 @@ Appearance SpreadAppearance(int k, double halfWidth) {
   return appearance;
 }
 
+double SpanShare(const Camera& camera) {
+  if (!camera.lens.IsFisheye()) return 1.0;
+  constexpr double USUAL = CV_PI / 3.0;
+  const double edge = 0.5 * camera.size.width / camera.lens.K()(0, 0);
+  double angle = camera.lens.Curve()->WidestAngle();
+  camera.lens.Curve()->AngleAt(edge, angle);
+  return std::min(1.0, USUAL / (2.0 * angle));
+}
+
 double HalfWidth(const Camera& camera) {
-  return 0.5 * camera.size.width / camera.lens.K()(0, 0);
+  return 0.5 * camera.size.width * SpanShare(camera) / camera.lens.K()(0, 0);
+}
+
+void MoveAside(bool around, const Sheet& sheet, Pose& pose) {
+  if (!around) {
+    pose.tvec[0] += 5.0 * sheet.Unit();
+    return;
+  }
+  constexpr double STRIDE = 5.0 * CV_PI / 180.0;
+  const cv::Point3d point = ToCamera({sheet.GridMiddle()}, pose).front();
+  const cv::Vec3d middle(point.x, point.y, point.z);
+  const cv::Vec3d axis(-middle[1], middle[0], 0.0);
+  const double length = cv::norm(axis);
+  const bool isBehind = std::atan2(length, middle[2]) > CV_PI - STRIDE;
+  const cv::Vec3d about = length > 0.0 ? axis / length : cv::Vec3d(0.0, 1.0, 0.0);
+  cv::Matx33d aside;
+  cv::Rodrigues(isBehind ? cv::Vec3d() : about * STRIDE, aside);
+  cv::Matx33d R;
+  cv::Rodrigues(pose.rvec, R);
+  cv::Rodrigues(aside * R, pose.rvec);
+  pose.tvec = aside * (pose.tvec + 0.05 * middle);
 }
 
 }  // namespace world

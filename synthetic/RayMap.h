@@ -1,4 +1,4 @@
-/// The rays of all pixel corners of a camera, computed once.
+/// The directions of all pixel corners of a camera, computed once.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -7,8 +7,9 @@
 
 namespace world {
 
-/// A CV_64FC2 matrix of (width + 1) x (height + 1) rays: element (row, column) is the ray of the corner
-/// (column - 0.5, row - 0.5). NaN where the lens images nothing.
+/// A CV_64FC3 matrix of (width + 1) x (height + 1) directions: element (row, column) is that of the corner
+/// (column - 0.5, row - 0.5), with z = 1 but for fisheyes, whose are of length 1. NaN where the lens images
+/// nothing.
 cv::Mat MakeRayMap(const Camera& camera);
 
 }  // namespace world

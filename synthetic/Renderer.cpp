@@ -22,9 +22,11 @@ constexpr std::uint64_t NOISE_SEQUENCE = 0x6e6f6973;
 /// Side of the blocks that are looked at as a whole first, pixels.
 constexpr int BLOCK = 16;
 
-/// How far a block with these corners reaches from its middle on the sheet. Perspective keeps a block within
-/// the hull of its corners, distortion bends its sides out a little. NaN when a corner has no place on the
-/// sheet.
+/// Perspective keeps a block within the hull of its corners, distortion bends its sides out a little.
+constexpr double BULGE = 1.05;
+constexpr double FISHEYE_BULGE = 1.2;
+
+/// How far the corners of a block are from its middle on the sheet. NaN when one has no place there.
 double Footprint(const cv::Vec2d& a, const cv::Vec2d& b, const cv::Vec2d& c, const cv::Vec2d& d) {
   const cv::Vec2d middle = (a + b + c + d) * 0.25;
   double farthest = 0.0;
@@ -35,7 +37,7 @@ double Footprint(const cv::Vec2d& a, const cv::Vec2d& b, const cv::Vec2d& c, con
     if (std::isnan(square)) return square;
     farthest = std::max(farthest, square);
   }
-  return 1.05 * std::sqrt(farthest);
+  return std::sqrt(farthest);
 }
 
 bool IsLevel(int level) {
@@ -59,7 +61,8 @@ void Check(const Scene& scene) {
 
 }  // namespace
 
-Renderer::Renderer(const Scene& scene) : scene_(scene) {
+Renderer::Renderer(const Scene& scene)
+    : scene_(scene), bulge_(scene.camera.lens.IsFisheye() ? FISHEYE_BULGE : BULGE) {
   Check(scene_);
   rays_ = MakeRayMap(scene_.camera);
   MakeBackground(scene_.camera.size, scene_.backgroundLevel, scene_.clutter, scene_.seed)
@@ -74,23 +77,25 @@ void Renderer::MapCorners(const Pose& pose) {
   cv::Matx33d R;
   cv::Rodrigues(pose.rvec, R);
   const double unit = scene_.sheet.Unit();
-  // From steps on the sheet to rays, and back. A positive third component stands for "before the camera".
+  // From steps on the sheet to directions, and back. A negative third component stands for a place that the
+  // direction leads away from.
   const cv::Matx33d H(unit * R(0, 0), unit * R(0, 1), pose.tvec[0], unit * R(1, 0), unit * R(1, 1),
                       pose.tvec[1], unit * R(2, 0), unit * R(2, 1), pose.tvec[2]);
   const double none = std::numeric_limits<double>::quiet_NaN();
   const bool edgeOn = !(std::abs(cv::determinant(H)) > 1e-15 * unit * unit);
   const cv::Matx33d G = edgeOn ? cv::Matx33d::zeros() : H.inv();
   for (int row = 0; row < rays_.rows; ++row) {
-    const cv::Vec2d* ray = rays_.ptr<cv::Vec2d>(row);
+    const cv::Vec3d* ray = rays_.ptr<cv::Vec3d>(row);
     cv::Vec2d* out = corners_.ptr<cv::Vec2d>(row);
     for (int column = 0; column < rays_.cols; ++column) {
       const double x = ray[column][0];
       const double y = ray[column][1];
-      const double w = G(2, 0) * x + G(2, 1) * y + G(2, 2);
+      const double z = ray[column][2];
+      const double w = G(2, 0) * x + G(2, 1) * y + G(2, 2) * z;
       if (w > 0.0) {
         const double scale = 1.0 / w;
-        out[column] = cv::Vec2d((G(0, 0) * x + G(0, 1) * y + G(0, 2)) * scale,
-                                (G(1, 0) * x + G(1, 1) * y + G(1, 2)) * scale);
+        out[column] = cv::Vec2d((G(0, 0) * x + G(0, 1) * y + G(0, 2) * z) * scale,
+                                (G(1, 0) * x + G(1, 1) * y + G(1, 2) * z) * scale);
       } else {
         out[column] = cv::Vec2d(none, none);
       }
@@ -136,7 +141,7 @@ void Renderer::ComposeBlock(const cv::Rect& block) {
   const cv::Vec2d* below = corners_.ptr<cv::Vec2d>(block.y + block.height) + block.x;
   const Quad quad = {above[0], above[block.width], below[0], below[block.width]};
   const bool pixel = block.area() == 1;
-  const double footprint = Footprint(quad.topLeft, quad.topRight, quad.bottomLeft, quad.bottomRight);
+  const double footprint = bulge_ * Footprint(quad.topLeft, quad.topRight, quad.bottomLeft, quad.bottomRight);
   const bool placed = footprint < std::numeric_limits<double>::max();
   if (placed) {
     const cv::Vec2d middle = (quad.topLeft + quad.topRight + quad.bottomLeft + quad.bottomRight) * 0.25;

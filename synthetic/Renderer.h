@@ -47,6 +47,8 @@ class Renderer {
   cv::Mat light_;
   cv::Mat corners_;
   cv::Mat image_;
+  /// By how much the sides of a block may reach beyond its corners on the sheet.
+  double bulge_;
   float paper_ = 0.0F;
   float ink_ = 0.0F;
 };

@@ -83,7 +83,9 @@ double LargestSpan(const Rig& rig, const Sheet& sheet) {
   const std::vector<Viewer> viewers = ViewersOf(rig);
   Appearance appearance;
   Pose pose;
-  for (appearance.span = WIDEST_SPAN; appearance.span > 0.1; appearance.span *= 0.97) {
+  double widest = WIDEST_SPAN;
+  for (const RigCamera& camera : rig.cameras) widest = std::min(widest, WIDEST_SPAN * SpanShare(camera));
+  for (appearance.span = widest; appearance.span > 0.1; appearance.span *= 0.97) {
     if (Place(viewers, sheet, FromMidway(rig) * RotationFor(appearance), appearance, pose)) {
       return appearance.span;
     }
@@ -172,9 +174,10 @@ std::vector<Pose> SampleRigViews(const Rig& rig, int n, std::uint64_t seed, cons
 
 Pose AwayPose(const Rig& rig, const Sheet& sheet, const Pose& rigPose) {
   Pose away = rigPose;
-  const double stride = 5.0 * sheet.Unit();
+  const bool around = std::any_of(rig.cameras.begin(), rig.cameras.end(),
+                                  [](const RigCamera& camera) { return camera.lens.IsFisheye(); });
   for (int step = 0; step < 1000; ++step) {
-    away.tvec[0] += stride;
+    MoveAside(around, sheet, away);
     if (!ShowsSheet(rig, sheet, away)) return away;
   }
   throw std::runtime_error("the sheet cannot be moved out of the images");

@@ -30,6 +30,8 @@ json ToJson(const std::vector<cv::Point2d>& points) {
   return list;
 }
 
+constexpr const char* FISHEYE = "kannala-brandt";
+
 [[noreturn]] void Fault(const std::string& what) {
   throw std::runtime_error(what);
 }
@@ -61,6 +63,16 @@ cv::Size ImageSize(const json& object) {
   return size;
 }
 
+/// The curve of an object that names its lens model.
+FisheyeCurve CurveFrom(const json& object) {
+  const json& model = Member(object, "lensModel");
+  if (model != FISHEYE) Fault(std::string("\"lensModel\" is not \"") + FISHEYE + "\"");
+  const json& list = List(Member(object, "fisheyeCoefs"), "fisheyeCoefs", 4);
+  FisheyeCurve::Coefficients k = {};
+  for (std::size_t i = 0; i < k.size(); ++i) k[i] = Number(list[i], "fisheyeCoefs");
+  return FisheyeCurve(k);
+}
+
 }  // namespace
 
 json ToJson(const Pose& pose) {
@@ -68,9 +80,15 @@ json ToJson(const Pose& pose) {
 }
 
 json ToJson(const Camera& camera) {
-  return {{"imageSize", {{"width", camera.size.width}, {"height", camera.size.height}}},
-          {"K", ToJson(camera.lens.K())},
-          {"D", camera.lens.D()}};
+  json object = {{"imageSize", {{"width", camera.size.width}, {"height", camera.size.height}}},
+                 {"K", ToJson(camera.lens.K())}};
+  if (camera.lens.IsFisheye()) {
+    object["lensModel"] = FISHEYE;
+    object["fisheyeCoefs"] = camera.lens.Curve()->D();
+  } else {
+    object["D"] = camera.lens.D();
+  }
+  return object;
 }
 
 json ToJson(const RigCamera& camera) {
@@ -115,6 +133,7 @@ const json& List(const json& value, const char* key, int count) {
 
 Camera CameraFrom(const json& object) {
   const cv::Size size = ImageSize(object);
+  if (object.contains("lensModel")) return {size, Lens(Matrix3(object, "K"), CurveFrom(object))};
   std::vector<double> D;
   for (const json& value : List(Member(object, "D"), "D")) D.push_back(Number(value, "D"));
   return {size, Lens(Matrix3(object, "K"), D)};

@@ -10,13 +10,36 @@ namespace world {
 
 namespace {
 
+/// Discs that are seen more obliquely are not found, degrees.
+constexpr double MOST_OBLIQUE_DISC = 70.0;
+
 Pose Placed(const Camera& camera, const Sheet& sheet, Appearance appearance) {
+  appearance.span *= SpanShare(camera);
   Pose pose;
   for (int attempt = 0; attempt < 12; ++attempt) {
     if (PlaceGrid(camera, sheet, appearance, ViewMargin(camera), pose)) return pose;
     appearance.span *= 0.92;
+    if (!camera.lens.IsFisheye()) continue;
+    // The corners may show nothing.
+    appearance.x *= 0.92;
+    appearance.y *= 0.92;
   }
   throw std::runtime_error("the camera cannot see the whole grid in one of the listed views");
+}
+
+std::vector<Pose> SampleFisheyeViews(const Camera& camera, int n, std::uint64_t seed, const Sheet& sheet) {
+  RandomFisheyeViews views(camera, sheet, seed);
+  std::vector<Pose> poses;
+  for (int k = 1; static_cast<int>(poses.size()) < n; ++k) {
+    if (k > 100 * (n + 10)) throw std::runtime_error("the fisheye cannot see the whole grid in random views");
+    Pose pose;
+    if (views.Next(pose) && Obliqueness(sheet, pose) < MOST_OBLIQUE &&
+        LargestObliqueness(sheet, pose) < MOST_OBLIQUE_DISC &&
+        DiscsInside(camera, sheet, pose, ViewMargin(camera))) {
+      poses.push_back(pose);
+    }
+  }
+  return poses;
 }
 
 }  // namespace
@@ -31,6 +54,7 @@ double ViewMargin(const Camera& camera) {
 }
 
 std::vector<Pose> SampleViews(const Camera& camera, int n, std::uint64_t seed, const Sheet& sheet) {
+  if (camera.lens.IsFisheye()) return SampleFisheyeViews(camera, n, seed, sheet);
   RandomAppearances appearances(seed);
   std::vector<Pose> poses;
   for (int k = 1; static_cast<int>(poses.size()) < n; ++k) {
@@ -79,9 +103,8 @@ bool ShowsSheet(const Camera& camera, const Sheet& sheet, const Pose& pose) {
 
 Pose AwayPose(const Camera& camera, const Sheet& sheet, const Pose& pose) {
   Pose away = pose;
-  const double stride = 5.0 * sheet.Unit();
   for (int step = 0; step < 1000; ++step) {
-    away.tvec[0] += stride;
+    MoveAside(camera.lens.IsFisheye(), sheet, away);
     if (!ShowsSheet(camera, sheet, away)) return away;
   }
   throw std::runtime_error("the sheet cannot be moved out of the image");

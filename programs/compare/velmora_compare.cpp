@@ -49,12 +49,21 @@ std::vector<double> MatrixData(const nlohmann::json& document, const char* key) 
   return data->get<std::vector<double>>();
 }
 
+world::Lens LensIn(const nlohmann::json& document, const cv::Matx33d& K) {
+  if (!document.contains("fisheyeCoefs")) return world::Lens(K, MatrixData(document, "distCoefs"));
+  const std::vector<double> data = MatrixData(document, "fisheyeCoefs");
+  world::FisheyeCurve::Coefficients k = {};
+  if (data.size() != k.size()) throw std::runtime_error("its fisheyeCoefs do not hold 4 numbers");
+  std::copy(data.begin(), data.end(), k.begin());
+  return world::Lens(K, world::FisheyeCurve(k));
+}
+
 Result ResultIn(const nlohmann::json& document) {
   if (!document.is_object()) throw std::runtime_error("it is not a JSON object");
   const std::vector<double> k = MatrixData(document, "cameraMatrix");
   if (k.size() != 9) throw std::runtime_error("its cameraMatrix does not hold 9 numbers");
   Result result;
-  result.lens = world::Lens(cv::Matx33d(k.data()), MatrixData(document, "distCoefs"));
+  result.lens = LensIn(document, cv::Matx33d(k.data()));
   result.size = {Member<int>(document, "imgWidth"), Member<int>(document, "imgHeight")};
   result.rms = Member<double>(document, "error");
   if (result.size.width < 1 || result.size.height < 1) {
@@ -108,8 +117,43 @@ void PrintCoefficients(const std::vector<double>& estimate, const std::vector<do
   for (std::size_t k = 0; k < count; ++k) PrintRow(COEFFICIENTS[k], left[k], right[k], false);
 }
 
-void PrintDistance(const char* name, const world::ProjectionDistance& distance) {
-  std::printf("%-35s mean %9.4f px | max %9.4f px\n", name, distance.mean, distance.max);
+void PrintLenses(const world::Lens& estimate, const world::Lens& truth) {
+  if (estimate.IsFisheye() != truth.IsFisheye()) {
+    std::printf("%s\n",
+                truth.IsFisheye()
+                    ? "The truth is a fisheye, the estimate a pinhole: coefficients are not comparable."
+                    : "The estimate is a fisheye, the truth a pinhole: coefficients are not comparable.");
+    return;
+  }
+  if (!truth.IsFisheye()) {
+    PrintCoefficients(estimate.D(), truth.D());
+    return;
+  }
+  constexpr const char* NAMES[] = {"k1", "k2", "k3", "k4"};
+  for (std::size_t i = 0; i < truth.Curve()->D().size(); ++i) {
+    PrintRow(NAMES[i], estimate.Curve()->D()[i], truth.Curve()->D()[i], false);
+  }
+}
+
+void PrintDistance(const std::string& name, const world::ProjectionDistance& distance) {
+  if (std::isfinite(distance.max)) {
+    std::printf("%-35s mean %9.4f px | max %9.4f px\n", name.c_str(), distance.mean, distance.max);
+  } else {
+    std::printf("%-35s the estimate has no pixel for what is beside the camera\n", name.c_str());
+  }
+}
+
+/// Where fisheyes are compared, how far they are apart grows with the angle from the axis.
+void PrintDistancesByAngle(const world::Lens& truth, const Result& result) {
+  const std::vector<double> limits = {0.0, 30.0, 45.0, 60.0, 75.0, 90.0, 105.0, 180.0};
+  const auto distances = world::ProjectionDistancesByAngle(truth, result.lens, result.size, limits, {},
+                                                           world::Alignment::Rotated);
+  for (std::size_t k = 0; k < distances.size(); ++k) {
+    if (distances[k].count == 0) continue;
+    const auto degrees = [](double limit) { return std::to_string(static_cast<int>(limit)); };
+    PrintDistance("  " + degrees(limits[k]) + " to " + degrees(limits[k + 1]) + " degrees from the axis",
+                  distances[k]);
+  }
 }
 
 void Compare(const std::string& resultPath, const std::string& truthPath) {
@@ -125,13 +169,14 @@ void Compare(const std::string& resultPath, const std::string& truthPath) {
   PrintRow("fy", result.lens.K()(1, 1), lens.K()(1, 1), true);
   PrintRow("cx", result.lens.K()(0, 2), lens.K()(0, 2), false);
   PrintRow("cy", result.lens.K()(1, 2), lens.K()(1, 2), false);
-  PrintCoefficients(result.lens.D(), lens.D());
+  PrintLenses(result.lens, lens);
   std::printf("\nRMS error of the result %.4f px\n", result.rms);
   using world::Alignment;
   PrintDistance("Whole-image projection distance",
                 world::MeanProjectionDistance(lens, result.lens, result.size, {}, Alignment::Raw));
   PrintDistance("  after the best rotation of the camera",
                 world::MeanProjectionDistance(lens, result.lens, result.size, {}, Alignment::Rotated));
+  if (lens.IsFisheye()) PrintDistancesByAngle(lens, result);
 }
 
 }  // namespace

@@ -43,9 +43,16 @@ void DeclareScene(CLI::App& app, Arguments& a) {
       ->type_name("COLUMNSxROWS")
       ->capture_default_str();
   app.add_option("--fov", a.fieldOfView, "Horizontal field of view, degrees")
-      ->capture_default_str()
+      ->default_str("60")
       ->check(CLI::Range(1.0, 170.0));
-  app.add_option("--fx", a.fx, "Focal length, pixels; instead of --fov")
+  app.add_option("--fisheye", a.fisheye,
+                 "A fisheye instead of a pinhole, with this horizontal field of view, degrees")
+      ->check(CLI::Range(1.0, 350.0))
+      ->type_name("FIELD");
+  app.add_option("--fisheye-dist", a.fisheyeDistortion,
+                 "Coefficients k1,k2,k3,k4 of the fisheye; with --fisheye or --fx")
+      ->delimiter(',');
+  app.add_option("--fx", a.fx, "Focal length, pixels; instead of --fov or --fisheye")
       ->check(common::FaultUnlessPositive, "POSITIVE");
   app.add_option("--fy", a.fy, "Focal length along y; that of x by default")
       ->check(common::FaultUnlessPositive, "POSITIVE");

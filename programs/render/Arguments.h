@@ -25,7 +25,11 @@ struct Arguments {
   std::string follow;
   std::string size = "640x480";
   std::string grid = "4x11";
-  double fieldOfView = 60.0;
+  /// Of a pinhole; 60 degrees by default.
+  std::optional<double> fieldOfView;
+  /// The field of view of a fisheye.
+  std::optional<double> fisheye;
+  std::vector<double> fisheyeDistortion;
   std::optional<double> fx, fy, cx, cy;
   std::vector<double> distortion;
   double unit = 0.02;
@@ -44,6 +48,8 @@ struct Arguments {
   std::optional<double> toeIn;
   std::vector<double> rightDistortion;
   std::string combine;
+
+  bool IsFisheye() const { return fisheye.has_value() || !fisheyeDistortion.empty(); }
 };
 
 /// Declares all options; parsing then fills the arguments.

@@ -14,6 +14,7 @@ namespace render {
 
 namespace {
 
+constexpr double USUAL_FIELD = 60.0;  // degrees
 constexpr int LARGEST_SIDE = 8192;
 constexpr int MOST_DISCS = 100;
 constexpr int MOST_FRAMES = 1000000;
@@ -34,15 +35,37 @@ cv::Size ParseSize(const std::string& text, const std::string& form, int most) {
   return size;
 }
 
+/// The fisheye of a field of view, or one whose focal length is yet to be set.
+world::Camera FisheyeOf(const Arguments& a, const cv::Size& size) {
+  world::FisheyeCurve::Coefficients k = {};
+  if (!a.fisheyeDistortion.empty()) {
+    if (a.fisheyeDistortion.size() != k.size()) {
+      throw std::invalid_argument("--fisheye-dist takes four numbers, k1,k2,k3,k4");
+    }
+    std::copy(a.fisheyeDistortion.begin(), a.fisheyeDistortion.end(), k.begin());
+  }
+  const double widest = 2.0 * world::FisheyeCurve(k).WidestAngle() * 180.0 / CV_PI;
+  const double field = a.fisheye.value_or(0.5 * widest);
+  if (!(field < widest)) {
+    std::ostringstream text;
+    text << "a fisheye of this --fisheye-dist images less than " << std::floor(10.0 * widest) / 10.0
+         << " degrees, not " << field;
+    throw std::invalid_argument(text.str());
+  }
+  return world::FisheyeFromFieldOfView(size, field, k);
+}
+
 world::Camera CameraOf(const Arguments& a, const std::vector<double>& distortion) {
   const cv::Size size = ParseSize(a.size, "--size takes WIDTHxHEIGHT, such as 640x480", LARGEST_SIDE);
-  world::Camera camera = world::CameraFromFieldOfView(size, a.fieldOfView);
+  world::Camera camera = a.IsFisheye()
+                             ? FisheyeOf(a, size)
+                             : world::CameraFromFieldOfView(size, a.fieldOfView.value_or(USUAL_FIELD));
   cv::Matx33d K = camera.lens.K();
   if (a.fx) K(0, 0) = K(1, 1) = *a.fx;
   if (a.fy) K(1, 1) = *a.fy;
   if (a.cx) K(0, 2) = *a.cx;
   if (a.cy) K(1, 2) = *a.cy;
-  camera.lens = world::Lens(K, distortion);
+  camera.lens = a.IsFisheye() ? camera.lens.WithMatrix(K) : world::Lens(K, distortion);
   return camera;
 }
 

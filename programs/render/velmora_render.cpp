@@ -34,6 +34,22 @@ void CheckRig(const render::Arguments& a) {
   if (!a.combine.empty()) refuse("--combine", pair);
 }
 
+/// Refuses what says two things of one lens.
+void CheckLens(const render::Arguments& a) {
+  if (!a.IsFisheye()) return;
+  if (a.fieldOfView) throw std::invalid_argument("--fov is of a pinhole; --fisheye says what a fisheye sees");
+  if (!a.distortion.empty() || !a.rightDistortion.empty()) {
+    const std::string option = a.distortion.empty() ? "--dist-right" : "--dist";
+    throw std::invalid_argument(option +
+                                " is of a pinhole; the coefficients of a fisheye are --fisheye-dist");
+  }
+  if (a.fisheye && a.fx) throw std::invalid_argument("give either --fisheye or --fx");
+  if (!a.fisheye && !a.fx) {
+    throw std::invalid_argument(
+        "--fisheye-dist needs the field of view, --fisheye, or the focal length, --fx");
+  }
+}
+
 void RenderViews(const render::Arguments& a) {
   if (a.cameras > 0) return render::RenderRigPictures(a);
   if (a.rig) return render::RenderPicturePairs(a);
@@ -49,6 +65,7 @@ void Run(const render::Arguments& a) {
     throw std::invalid_argument("--follow goes with the --video of one camera");
   }
   CheckRig(a);
+  CheckLens(a);
   if (!a.video.empty()) render::CheckVideoName(a.video);
   if (!a.sheet.empty()) render::CheckSheetName(a.sheet);
   if (!a.sheet.empty()) {

@@ -18,6 +18,27 @@ TEST(Camera, HasTheFieldOfViewItIsMadeFor) {
   EXPECT_DOUBLE_EQ(camera.lens.K()(1, 2), 249.5);
 }
 
+TEST(Camera, OfAFisheyeHasTheFieldOfViewItIsMadeFor) {
+  const world::Camera even = world::FisheyeFromFieldOfView({1000, 500}, 180.0);
+  EXPECT_NEAR(even.lens.K()(0, 0), 1000.0 / CV_PI, 1e-9);
+  EXPECT_NEAR(even.lens.K()(1, 1), 1000.0 / CV_PI, 1e-9);
+  EXPECT_DOUBLE_EQ(even.lens.K()(0, 2), 499.5);
+  EXPECT_DOUBLE_EQ(even.lens.K()(1, 2), 249.5);
+  const world::Camera curved = world::FisheyeFromFieldOfView({1000, 500}, 200.0, {0.02, 0.003, 0.0, 0.0});
+  const double edge = 100.0 * CV_PI / 180.0;
+  const cv::Point2d right = curved.lens.Project(cv::Point3d(std::sin(edge), 0.0, std::cos(edge)));
+  EXPECT_NEAR(right.x, 999.5, 1e-9);
+  EXPECT_NEAR(right.y, 249.5, 1e-9);
+}
+
+TEST(Camera, OfAFisheyeRefusesFieldsOfViewThatItsCurveDoesNotReach) {
+  EXPECT_THROW(world::FisheyeFromFieldOfView({640, 480}, 360.0), std::invalid_argument);
+  EXPECT_THROW(world::FisheyeFromFieldOfView({640, 480}, 0.0), std::invalid_argument);
+  EXPECT_THROW(world::FisheyeFromFieldOfView({640, 480}, 150.0, {-0.3, 0.0, 0.0, 0.0}),
+               std::invalid_argument);
+  EXPECT_NO_THROW(world::FisheyeFromFieldOfView({640, 480}, 110.0, {-0.3, 0.0, 0.0, 0.0}));
+}
+
 TEST(Camera, RefusesImpossibleFieldsOfView) {
   EXPECT_THROW(world::CameraFromFieldOfView({640, 480}, 180.0), std::invalid_argument);
   EXPECT_THROW(world::CameraFromFieldOfView({0, 480}, 60.0), std::invalid_argument);
@@ -34,6 +55,18 @@ TEST(Camera, HasTrueCentresWhereOpenCVProjectsTheGrid) {
       for (std::size_t k = 0; k < centres.size(); ++k) ASSERT_LT(cv::norm(centres[k] - expected[k]), 1e-6);
     }
   }
+}
+
+TEST(Camera, OfAFisheyeHasTrueCentresBehindItToo) {
+  const world::Sheet sheet;
+  const world::Lens lens({300, 0, 320, 0, 300, 240, 0, 0, 1}, world::FisheyeCurve({}));
+  // The grid's first disc is to the right of the camera and a little behind it, the paper parallel to the
+  // axis.
+  const world::Pose pose = {cv::Vec3d(0.0, 0.5 * CV_PI, 0.0), cv::Vec3d(0.3, 0.0, -0.01)};
+  const cv::Point2d first = world::TrueCentres(lens, sheet, pose).front();
+  EXPECT_NEAR(first.x, 320.0 + 300.0 * (0.5 * CV_PI + std::atan(0.01 / 0.3)), 1e-9);
+  EXPECT_NEAR(first.y, 240.0, 1e-9);
+  EXPECT_TRUE(std::isnan(world::TrueCentres(OrdinaryCamera().lens, sheet, pose).front().x));
 }
 
 TEST(Camera, IsRecoveredFromItsTrueCentres) {

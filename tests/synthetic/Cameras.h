@@ -24,3 +24,15 @@ inline std::vector<world::Camera> ManyCameras() {
                                                          0.002, -0.001, -0.003, 0.001, 0.02, -0.015})});
   return cameras;
 }
+
+/// Fisheyes that see 120 to 200 degrees, of even and of other curves, some with an off-centre principal
+/// point.
+inline std::vector<world::Camera> ManyFisheyes() {
+  std::vector<world::Camera> cameras;
+  cameras.push_back(world::FisheyeFromFieldOfView({1280, 960}, 120.0));
+  cameras.push_back(world::FisheyeFromFieldOfView({1280, 960}, 150.0, {-0.03, 0.004, -0.001, 0.0001}));
+  cameras.push_back(world::FisheyeFromFieldOfView({1280, 960}, 180.0, {0.012, -0.021, 0.009, -0.001}));
+  const cv::Matx33d K(341, 0, 652, 0, 343, 468, 0, 0, 1);
+  cameras.push_back({cv::Size(1280, 960), world::Lens(K, world::FisheyeCurve({0.02, 0.003, 0.0, 0.0}))});
+  return cameras;
+}

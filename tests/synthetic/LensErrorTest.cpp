@@ -22,7 +22,7 @@ Lens Changed(const Lens& lens, double focal, double cx, double cy) {
   K(1, 1) *= focal;
   K(0, 2) += cx;
   K(1, 2) += cy;
-  return Lens(K, lens.D());
+  return lens.WithMatrix(K);
 }
 
 }  // namespace
@@ -95,6 +95,69 @@ TEST(LensError, TakesMatricesOfOpenCV) {
   for (int k = 0; k < 5; ++k) padded.at<double>(k) = D.at<double>(k);
   EXPECT_NEAR(MeanProjectionDistance(K, D.t(), other, padded, camera.size).mean, 2.0, 1e-6);
   EXPECT_THROW(world::LensFrom(cv::Mat::eye(2, 2, CV_64F), D), std::invalid_argument);
+}
+
+TEST(LensError, IsZeroBetweenEqualFisheyes) {
+  for (const world::Camera& camera : ManyFisheyes()) {
+    for (const Alignment alignment : {Alignment::Raw, Alignment::Rotated}) {
+      const ProjectionDistance distance =
+          MeanProjectionDistance(camera.lens, camera.lens, camera.size, {}, alignment);
+      EXPECT_LT(distance.max, 1e-8);
+      EXPECT_EQ(distance.count, 1200);
+    }
+  }
+}
+
+TEST(LensError, HardlyCountsARotationOfAFisheye) {
+  const world::Camera camera = world::FisheyeFromFieldOfView({641, 481}, 180.0);
+  const Lens shifted = Changed(camera.lens, 1.0, 4.0, 0.0);
+  const ProjectionDistance raw = MeanProjectionDistance(camera.lens, shifted, camera.size);
+  const ProjectionDistance aligned =
+      MeanProjectionDistance(camera.lens, shifted, camera.size, {}, Alignment::Rotated);
+  EXPECT_NEAR(raw.mean, 4.0, 1e-6);
+  EXPECT_LT(aligned.rms, 0.5 * raw.rms);
+  EXPECT_GT(aligned.rms, 0.01);
+}
+
+TEST(LensError, GrowsWithTheAngleForAFocalErrorOfAFisheye) {
+  const world::Camera camera = world::FisheyeFromFieldOfView({641, 481}, 180.0);
+  const std::vector<double> limits = {0.0, 30.0, 60.0, 90.0, 115.0, 180.0};
+  const auto bands = world::ProjectionDistancesByAngle(camera.lens, Changed(camera.lens, 1.01, 0.0, 0.0),
+                                                       camera.size, limits);
+  ASSERT_EQ(bands.size(), 5U);
+  int count = 0;
+  for (std::size_t k = 0; k < 4; ++k) {
+    // A hundredth of the distance from the middle.
+    const double farthest = 0.01 * camera.lens.K()(0, 0) * limits[k + 1] * CV_PI / 180.0;
+    EXPECT_LE(bands[k].max, farthest) << k;
+    EXPECT_GT(bands[k].mean, k == 0 ? 0.0 : farthest * limits[k] / limits[k + 1]) << k;
+    EXPECT_LE(bands[k].mean, bands[k].rms) << k;
+    EXPECT_GT(bands[k].count, 10) << k;
+    count += bands[k].count;
+  }
+  EXPECT_EQ(count, 1200);
+  EXPECT_EQ(bands[4].count, 0);
+  EXPECT_EQ(bands[4].max, 0.0);
+}
+
+TEST(LensError, IsInfiniteWhereAPinholeHasNoPixel) {
+  const world::Camera camera = world::FisheyeFromFieldOfView({641, 481}, 180.0);
+  const Lens pinhole(camera.lens.K());
+  EXPECT_TRUE(std::isinf(MeanProjectionDistance(camera.lens, pinhole, camera.size).mean));
+  const auto bands = world::ProjectionDistancesByAngle(camera.lens, pinhole, camera.size,
+                                                       {0.0, 10.0, 91.0, 180.0}, {}, Alignment::Rotated);
+  EXPECT_LT(bands[0].max, 1.0);
+  EXPECT_GT(bands[1].max, 100.0);
+  EXPECT_TRUE(std::isinf(bands[2].mean));
+}
+
+TEST(LensError, TakesFisheyesOfOpenCV) {
+  const Lens lens = ManyFisheyes().back().lens;
+  const auto& k = lens.Curve()->D();
+  const Lens taken = world::FisheyeFrom(cv::Mat(lens.K()), cv::Mat(cv::Vec4d(k[0], k[1], k[2], k[3])));
+  EXPECT_EQ(taken.K(), lens.K());
+  EXPECT_EQ(taken.Curve()->D(), k);
+  EXPECT_THROW(world::FisheyeFrom(cv::Mat(lens.K()), cv::Mat::zeros(1, 5, CV_64F)), std::invalid_argument);
 }
 
 TEST(LensError, CoversTheHullOfAllViews) {

@@ -5,6 +5,7 @@
 
 #include <stdexcept>
 
+#include "Cameras.h"
 #include "Views.h"
 
 namespace {
@@ -20,6 +21,18 @@ TEST(Reach, FindsThePoseOfItsOwnPicture) {
     const Pose found = PoseNearest(camera, sheet, TrueCentres(camera.lens, sheet, pose));
     EXPECT_LT(cv::norm(found.rvec - pose.rvec), 1e-5);
     EXPECT_LT(cv::norm(found.tvec - pose.tvec), 1e-5);
+  }
+}
+
+TEST(Reach, FindsThePoseBeforeAFisheye) {
+  const Sheet sheet;
+  for (const Camera& camera : ManyFisheyes()) {
+    for (const Pose& pose : SampleViews(camera, 12, 4, sheet)) {
+      const Pose found = PoseNearest(camera, sheet, TrueCentres(camera.lens, sheet, pose));
+      const auto expected = ToCamera(sheet.GridPoints(), pose);
+      const auto reached = ToCamera(sheet.GridPoints(), found);
+      for (std::size_t i = 0; i < expected.size(); ++i) EXPECT_LT(cv::norm(reached[i] - expected[i]), 1e-5);
+    }
   }
 }
 

@@ -17,9 +17,9 @@ using world::Truth;
 
 namespace {
 
-Truth SomeTruth() {
+Truth TruthWith(const world::Camera& camera) {
   world::Scene scene;
-  scene.camera = OrdinaryCamera();
+  scene.camera = camera;
   scene.sheet = world::Sheet(cv::Size(4, 11), 0.015);
   scene.seed = 18000000000000000000ULL;
   Truth truth = world::TruthOf(scene);
@@ -30,6 +30,14 @@ Truth SomeTruth() {
         world::TruthFrameOf(scene, poses[k], index, "view" + std::to_string(index) + ".png"));
   }
   return truth;
+}
+
+Truth SomeTruth() {
+  return TruthWith(OrdinaryCamera());
+}
+
+Truth FisheyeTruth() {
+  return TruthWith(ManyFisheyes().back());
 }
 
 world::Pair SomeRig() {
@@ -98,6 +106,44 @@ TEST(Truth, ComesBackFromItsFileUnchanged) {
     EXPECT_EQ(loaded.frames[k].centres, saved.frames[k].centres);
     EXPECT_TRUE(loaded.frames[k].whole);
   }
+}
+
+TEST(Truth, OfAFisheyeComesBackFromItsFileUnchanged) {
+  const TemporaryFolder folder;
+  const Truth saved = FisheyeTruth();
+  world::SaveTruth(saved, folder.File("truth.json"));
+  const Truth loaded = world::LoadTruth(folder.File("truth.json"));
+  EXPECT_EQ(loaded.lens.K(), saved.lens.K());
+  ASSERT_TRUE(loaded.lens.IsFisheye());
+  EXPECT_EQ(loaded.lens.Curve()->D(), saved.lens.Curve()->D());
+  ASSERT_EQ(loaded.frames.size(), 3U);
+  for (std::size_t k = 0; k < 3; ++k) ExpectSameView(loaded.frames[k], saved.frames[k]);
+}
+
+TEST(Truth, NamesTheModelOfAFisheyeInsteadOfADistortion) {
+  const nlohmann::json document = GoodDocument(FisheyeTruth());
+  EXPECT_EQ(document["lensModel"].get<std::string>(), "kannala-brandt");
+  EXPECT_EQ(document["fisheyeCoefs"].get<std::vector<double>>(),
+            std::vector<double>({0.02, 0.003, 0.0, 0.0}));
+  EXPECT_EQ(document.count("D"), 0U);
+  EXPECT_EQ(GoodDocument().count("lensModel"), 0U);
+  EXPECT_EQ(GoodDocument().count("fisheyeCoefs"), 0U);
+}
+
+TEST(Truth, NamesTheFaultOfABrokenFileOfAFisheye) {
+  const auto faultWith = [](const char* key, const nlohmann::json& value) {
+    nlohmann::json document = GoodDocument(FisheyeTruth());
+    document[key] = value;
+    return FaultOf(document.dump());
+  };
+  EXPECT_NE(faultWith("lensModel", "spheres").find("\"lensModel\" is not \"kannala-brandt\""),
+            std::string::npos);
+  EXPECT_NE(faultWith("lensModel", 7).find("\"lensModel\" is not"), std::string::npos);
+  EXPECT_NE(faultWith("fisheyeCoefs", {0.1, 0.2, 0.3}).find("4 elements"), std::string::npos);
+  EXPECT_NE(faultWith("fisheyeCoefs", {0.1, 0.2, 0.3, "?"}).find("not a number"), std::string::npos);
+  nlohmann::json document = GoodDocument(FisheyeTruth());
+  document.erase("fisheyeCoefs");
+  EXPECT_NE(FaultOf(document.dump()).find("\"fisheyeCoefs\" is missing"), std::string::npos);
 }
 
 TEST(Truth, OfOneCameraHasNoTraceOfASecond) {
