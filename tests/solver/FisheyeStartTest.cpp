@@ -19,7 +19,7 @@ namespace {
 
 const cv::Size IMAGE(1280, 960);
 
-/// A lens of an even curve with a little of its own, that sees so many degrees from left to right. Its
+/// A lens of an even curve with a little of its own, that sees these degrees from left to right. Its
 /// projection is written out here.
 struct Lens {
   double f;
