@@ -1,4 +1,4 @@
-/// What the robust search costs beside the default one, on the same frame and one thread.
+/// What the robust search and its centres cost beside the default one, on the same frame and one thread.
 #include <fstream>
 #include <iterator>
 #include <opencv2/imgcodecs.hpp>
@@ -6,6 +6,7 @@
 
 #include "Frames.h"
 #include "Ratio.h"
+#include "finder/CentreFit.h"
 #include "finder/RobustFinder.h"
 #include "finder/StandardFinder.h"
 #include "fuzz/PaintedFrame.h"
@@ -23,6 +24,20 @@ void Compare(benchmark::State& state, const cv::Mat& frame) {
   bench::Ratio().Run(
       state, [&] { benchmark::DoNotOptimize(FindGridRobust(frame, GRID, points)); },
       [&] { benchmark::DoNotOptimize(FindGridStandard(frame, GRID, barePoints)); });
+  cv::setNumThreads(-1);
+}
+
+/// What it costs to measure the centres of a view that is kept, beside the bare search of the same frame.
+void Measure(benchmark::State& state, const cv::Mat& frame) {
+  cv::Mat grey = frame;
+  if (frame.channels() == 3) cv::cvtColor(frame, grey, cv::COLOR_BGR2GRAY);
+  const GridFinding finding = SearchGridRobust(grey, GRID);
+  if (!finding.Found()) return state.SkipWithError("no grid");
+  cv::setNumThreads(1);
+  std::vector<cv::Point2d> barePoints;
+  bench::Ratio().Run(
+      state, [&] { benchmark::DoNotOptimize(MeasureCentres(grey, GRID, finding.centres, finding.radii)); },
+      [&] { benchmark::DoNotOptimize(FindGridStandard(grey, GRID, barePoints)); });
   cv::setNumThreads(-1);
 }
 
@@ -118,6 +133,17 @@ void Rendered(benchmark::State& state) {
 void RenderedLarge(benchmark::State& state) {
   Compare(state, bench::GridFrame({1280, 720}));
 }
+void CentresRendered(benchmark::State& state) {
+  Measure(state, bench::GridFrame({640, 480}));
+}
+void CentresRenderedLarge(benchmark::State& state) {
+  Measure(state, bench::GridFrame({1280, 720}));
+}
+void CentresPhotograph(benchmark::State& state, const char* name) {
+  const cv::Mat frame = cv::imread(std::string(VELMORA_SHARED_DATA) + "/" + name);
+  if (frame.empty()) return state.SkipWithError("no photograph");
+  Measure(state, frame);
+}
 void Clutter(benchmark::State& state) {
   Compare(state, Blobs(300));
 }
@@ -135,6 +161,11 @@ BENCHMARK_CAPTURE(Photograph, flat, "flat-4x11/Image__2018-02-12__15-11-38.png")
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(Rendered)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(RenderedLarge)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(CentresRendered)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(CentresRenderedLarge)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(CentresPhotograph, flat, "flat-4x11/Image__2018-02-12__15-11-38.png")
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(Clutter)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(NoiseTexture)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(PartsPhotograph, whole, "office-4x11/dotboard_close_1.jpg")
