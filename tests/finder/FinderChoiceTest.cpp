@@ -4,8 +4,10 @@
 #include <atomic>
 #include <thread>
 
+#include "finder/CentreFit.h"
 #include "finder/FinderChoice.h"
 #include "finder/FinderScenes.h"
+#include "finder/Grey.h"
 #include "finder/PartialScenes.h"
 #include "finder/RobustFinder.h"
 #include "finder/StandardFinder.h"
@@ -165,6 +167,63 @@ TEST(FinderChoice, HasNoPartsFromTheStandardSearch) {
   PartialGrid part;
   EXPECT_FALSE(choice.Find(PartImage(), unit::GRID, points, part));
   EXPECT_FALSE(part.Found());
+}
+
+TEST(FinderChoice, MeasuresTheCentresAnewWhenAskedTo) {
+  const auto calibrator = unit::MakeCalibrator();
+  calibrator->SetFinder(Calibrator::FINDER_ROBUST);
+  EXPECT_FALSE(calibrator->GetFineCentres());
+  const cv::Mat image = unit::ImageWithGrid();
+  const GridFinding finding = SearchGridRobust(image, unit::GRID);
+  ASSERT_TRUE(finding.Found());
+  const auto detected = [&] {
+    cv::Mat frame = image.clone();
+    Centres points;
+    EXPECT_TRUE(calibrator->DetectPoints(frame, points, false));
+    return points;
+  };
+  EXPECT_EQ(detected(), finding.centres);
+  calibrator->SetFineCentres(true);
+  EXPECT_TRUE(calibrator->GetFineCentres());
+  const Centres measured =
+      MeasureCentres(finder::GreyOf(image), unit::GRID, finding.centres, finding.radii).centres;
+  EXPECT_EQ(detected(), measured);
+  EXPECT_NE(measured, finding.centres);
+  calibrator->SetFineCentres(false);
+  EXPECT_EQ(detected(), finding.centres);
+}
+
+TEST(FinderChoice, LeavesWhatTheStandardSearchFindsAsItIs) {
+  FinderChoice choice;
+  choice.SetFine(true);
+  const cv::Mat image = unit::ImageWithGrid();
+  Centres expected;
+  Centres points;
+  ASSERT_TRUE(FindGridStandard(image, unit::GRID, expected));
+  EXPECT_TRUE(choice.Find(image, unit::GRID, points));
+  EXPECT_EQ(points, expected);
+}
+
+TEST(FinderChoice, MeasuresTheCentresOfPartsThatAreSeen) {
+  FinderChoice choice;
+  choice.Set(FINDER_ROBUST);
+  choice.SetPartial(true);
+  const cv::Mat image = PartImage();
+  Centres points;
+  PartialGrid found;
+  PartialGrid fine;
+  choice.Find(image, unit::GRID, points, found);
+  choice.SetFine(true);
+  choice.Find(image, unit::GRID, points, fine);
+  ASSERT_EQ(fine.points.size(), found.points.size());
+  EXPECT_EQ(fine.weights, found.weights);
+  int moved = 0;
+  for (size_t k = 0; k < found.points.size(); ++k) {
+    if (fine.points[k] == found.points[k]) continue;
+    EXPECT_EQ(found.weights[k], 1.0) << k;
+    ++moved;
+  }
+  EXPECT_GT(moved, 30);
 }
 
 TEST(FinderChoice, AnswersWithThePartOfEitherFrameOfAPair) {

@@ -130,6 +130,13 @@ class VELMORA_API Calibrator {
   void SetPartialGrids(const bool& partial);
   bool GetPartialGrids();
 
+  /// Whether the centres that FINDER_ROBUST finds are measured anew from the next frame on, by fitting to
+  /// each disc what a camera sees of one: uneven light, which moves centroids, does not move them (see
+  /// docs/finder.md). False at first. Takes some milliseconds for each grid that is found: it is for images
+  /// that are kept. FINDER_STANDARD answers as ever.
+  void SetFineCentres(const bool& fine);
+  bool GetFineCentres();
+
   // ---- Assistant. Thread-safe.
 
   /// Replaces the assistant by a new one that is started with the model file (see CalibAssistant::Start).

@@ -95,6 +95,14 @@ bool Calibrator::GetPartialGrids() {
   return impl_->detector.Finder().GetPartial();
 }
 
+void Calibrator::SetFineCentres(const bool& fine) {
+  impl_->detector.Finder().SetFine(fine);
+}
+
+bool Calibrator::GetFineCentres() {
+  return impl_->detector.Finder().GetFine();
+}
+
 // ---- Assistant.
 
 void Calibrator::EnableAssistant(const std::string& modelPath) {

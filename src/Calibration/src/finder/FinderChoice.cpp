@@ -3,6 +3,8 @@
 
 #include <future>
 
+#include "finder/CentreFit.h"
+#include "finder/Grey.h"
 #include "finder/Pattern.h"
 #include "finder/StandardFinder.h"
 #include "model/Codes.h"
@@ -15,15 +17,31 @@ using Centres = std::vector<cv::Point2d>;
 
 static_assert(velmora::FINDER_STANDARD == 0, "a choice starts with the default search");
 
+/// Measures the centres of the grid, or of the part of it, that was found.
+void MeasureFound(const cv::Mat& frame, const cv::Size& grid, GridFinding& finding, PartialGrid* part) {
+  const auto measure = [&](Centres& centres, const std::vector<double>& radii) {
+    centres = MeasureCentres(finder::GreyOf(frame), grid, centres, radii).centres;
+  };
+  if (finding.Found()) measure(finding.centres, finding.radii);
+  if (part != nullptr && part->Found()) measure(part->points, part->radii);
+}
+
+/// Which search, and whether its centres are measured anew.
+struct Choice {
+  int finder;
+  bool fine;
+};
+
 /// `part` is null when nobody wants one.
-GridFault Search(int finder, const cv::Mat& frame, const cv::Size& grid, Centres& points, bool& found,
-                 PartialGrid* part) {
-  if (finder == velmora::FINDER_STANDARD || !finder::HasOneOrder(grid)) {
+GridFault Search(const Choice& choice, const cv::Mat& frame, const cv::Size& grid, Centres& points,
+                 bool& found, PartialGrid* part) {
+  if (choice.finder == velmora::FINDER_STANDARD || !finder::HasOneOrder(grid)) {
     found = FindGridStandard(frame, grid, points);
     return GridFault::None;
   }
   GridFinding finding =
       part != nullptr ? SearchGridRobust(frame, grid, *part) : SearchGridRobust(frame, grid);
+  if (choice.fine) MeasureFound(frame, grid, finding, part);
   points = std::move(finding.centres);
   found = finding.Found();
   return finding.fault;
@@ -39,14 +57,14 @@ bool FinderChoice::Set(int finder) {
 
 bool FinderChoice::Find(const cv::Mat& frame, const cv::Size& grid, Centres& points) {
   bool found = false;
-  fault_ = Search(finder_, frame, grid, points, found, nullptr);
+  fault_ = Search({finder_, fine_}, frame, grid, points, found, nullptr);
   return found;
 }
 
 bool FinderChoice::Find(const cv::Mat& frame, const cv::Size& grid, Centres& points, PartialGrid& part) {
   bool found = false;
   part = {};
-  fault_ = Search(finder_, frame, grid, points, found, partial_ ? &part : nullptr);
+  fault_ = Search({finder_, fine_}, frame, grid, points, found, partial_ ? &part : nullptr);
   return found;
 }
 
@@ -68,7 +86,7 @@ bool FinderChoice::FindBoth(const cv::Mat& left, const cv::Mat& right, const cv:
 bool FinderChoice::FindPair(const cv::Mat& left, const cv::Mat& right, const cv::Size& grid,
                             Centres& leftPoints, Centres& rightPoints, PartialGrid* leftPart,
                             PartialGrid* rightPart) {
-  const int finder = finder_;
+  const Choice choice{finder_, fine_};
   // The search draws random numbers from its thread's generator.
   const std::uint64_t randomState = cv::theRNG().state;
   // A list of its own, handed over at the end: callers may pass one list for both.
@@ -77,10 +95,10 @@ bool FinderChoice::FindPair(const cv::Mat& left, const cv::Mat& right, const cv:
   // Without a thread to be had, the second search follows the first.
   auto rightSearch = std::async(std::launch::async | std::launch::deferred, [&] {
     cv::theRNG().state = randomState;
-    return Search(finder, right, grid, ofRight, foundRight, rightPart);
+    return Search(choice, right, grid, ofRight, foundRight, rightPart);
   });
   bool foundLeft = false;
-  const GridFault leftFault = Search(finder, left, grid, leftPoints, foundLeft, leftPart);
+  const GridFault leftFault = Search(choice, left, grid, leftPoints, foundLeft, leftPart);
   const GridFault rightFault = rightSearch.get();
   rightPoints = std::move(ofRight);
   fault_ = leftFault != GridFault::None ? leftFault : rightFault;

@@ -20,6 +20,10 @@ class FinderChoice {
   void SetPartial(bool partial) { partial_ = partial; }
   bool GetPartial() const { return partial_; }
 
+  /// Whether the centres that the robust search finds are measured anew (MeasureCentres). False at first.
+  void SetFine(bool fine) { fine_ = fine; }
+  bool GetFine() const { return fine_; }
+
   /// The chosen search. The robust one leaves sizes that it does not take to the default one.
   bool Find(const cv::Mat& frame, const cv::Size& grid, std::vector<cv::Point2d>& points);
   /// Searches two images at the same time; results and exceptions are as if the left one was searched first.
@@ -46,6 +50,7 @@ class FinderChoice {
 
   std::atomic<int> finder_{0};
   std::atomic<bool> partial_{false};
+  std::atomic<bool> fine_{false};
   std::atomic<GridFault> fault_{GridFault::None};
 };
 

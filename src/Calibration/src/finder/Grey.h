@@ -1,10 +1,19 @@
-/// Grey values between pixels.
+/// Grey images, and their values between pixels.
 #pragma once
 
 #include <algorithm>
 #include <opencv2/core.hpp>
+#include <opencv2/imgproc.hpp>
 
 namespace velmora::finder {
+
+/// A frame of 8 bits and 1, 3 (BGR) or 4 channels in grey; one that is grey already is not copied.
+inline cv::Mat GreyOf(const cv::Mat& frame) {
+  cv::Mat grey = frame;
+  if (frame.channels() == 3) cv::cvtColor(frame, grey, cv::COLOR_BGR2GRAY);
+  if (frame.channels() == 4) cv::cvtColor(frame, grey, cv::COLOR_BGRA2GRAY);
+  return grey;
+}
 
 /// The value at a point, from the four pixels around it; beyond the image that of its edge.
 inline double GreyAt(const cv::Mat& grey, const cv::Point2d& at) {

@@ -2,11 +2,11 @@
 #include "finder/RobustFinder.h"
 
 #include <algorithm>
-#include <opencv2/imgproc.hpp>
 #include <set>
 #include <utility>
 
 #include "finder/Checks.h"
+#include "finder/Grey.h"
 #include "finder/HiddenDiscs.h"
 #include "finder/Labelling.h"
 #include "finder/Lattice.h"
@@ -165,13 +165,6 @@ class DarkSearch {
   size_t said_ = 0;                ///< size of the lattice that the fault is of
 };
 
-cv::Mat GreyOf(const cv::Mat& frame) {
-  cv::Mat grey = frame;
-  if (frame.channels() == 3) cv::cvtColor(frame, grey, cv::COLOR_BGR2GRAY);
-  if (frame.channels() == 4) cv::cvtColor(frame, grey, cv::COLOR_BGRA2GRAY);
-  return grey;
-}
-
 /// Whether it was for want of discs that nothing was found.
 bool SawNoGrid(const GridFinding& finding) {
   return finding.fault == GridFault::TooFewCandidates || finding.fault == GridFault::CirclesTooSmall ||
@@ -184,7 +177,7 @@ GridFinding Search(const cv::Mat& frame, const cv::Size& patternSize, PartialGri
   const bool usable = frame.depth() == CV_8U && frame.cols > 8 && frame.rows > 8 &&
                       (frame.channels() == 1 || frame.channels() == 3 || frame.channels() == 4);
   if (!usable || !finder::HasOneOrder(patternSize)) return finding;
-  const cv::Mat grey = GreyOf(frame);
+  const cv::Mat grey = finder::GreyOf(frame);
   finding = DarkSearch(grey, patternSize, part).Run();
   if (finding.Found()) return finding;
   const cv::Mat inverted = 255 - grey;
