@@ -129,7 +129,7 @@ class DiscFitter {
     unknowns_(DiscModel::YY) = scale * (form_(1, 1) + root);
     unknowns_(DiscModel::XY) = scale * form_(0, 1);
     unknowns_(DiscModel::BLUR) = FIRST_BLUR;
-    if (!Take(DiscPixels::Choice::EveryOther)) return false;
+    if (!Take(DiscPixels::Choice::Few)) return false;
     Sum(Weighting::None);
     constexpr int PLANES = 6;
     normal_.diagonal().tail<PLANES>().array() += 1e-6 * static_cast<double>(pixels_.Count());

@@ -12,8 +12,9 @@ namespace {
 constexpr double BAND_BLURS = 3.0;
 constexpr double BAND = 1.0;
 constexpr int STRIDE = 3;
-/// Half of the pixels are enough where there are more than this.
-constexpr size_t MANY = 200;
+/// These are enough to begin with, or one of ONE_OF where that is more.
+constexpr size_t ENOUGH = 200;
+constexpr size_t ONE_OF = 4;
 
 }  // namespace
 
@@ -40,9 +41,11 @@ DiscPixels::DiscPixels(const cv::Mat& grey, const FoundDisc& found, const cv::Po
       if (always || std::abs(distance.Of(right, down)) <= band) places_.emplace_back(x, row);
     }
   }
-  if (choice == Choice::EveryOther && places_.size() > MANY) {
-    const auto isOdd = [](const cv::Point& place) { return ((place.x + place.y) & 1) != 0; };
-    places_.erase(std::remove_if(places_.begin(), places_.end(), isOdd), places_.end());
+  const int every = static_cast<int>(std::min(ONE_OF, places_.size() / ENOUGH));
+  if (choice == Choice::Few && every > 1) {
+    // For each divisor that is a pattern in which rows and columns have equal shares.
+    const auto isLeftOut = [every](const cv::Point& place) { return (place.x + 5 * place.y) % every != 0; };
+    places_.erase(std::remove_if(places_.begin(), places_.end(), isLeftOut), places_.end());
   }
   chunks_.resize((places_.size() + DiscModel::CHUNK - 1) / DiscModel::CHUNK);
   for (size_t k = 0; k < chunks_.size() * DiscModel::CHUNK; ++k) {

@@ -12,10 +12,10 @@ namespace velmora::finder {
 /// Pixels around a disc, row by row, in chunks for DiscModel. The last pixel fills the last chunk.
 class DiscPixels {
  public:
-  enum class Choice { EveryOther, All };
+  enum class Choice { Few, All };
 
   /// Takes the pixels near the rim that the unknowns describe, from `origin`, and some of the others, as far
-  /// as nothing else is around the disc. EveryOther leaves out half of them where that leaves enough.
+  /// as nothing else is around the disc. Few leaves out up to three of four where that leaves enough.
   DiscPixels(const cv::Mat& grey, const FoundDisc& found, const cv::Point& origin,
              const DiscModel::Unknowns& unknowns, double radius, Choice choice);
   DiscPixels() = default;
