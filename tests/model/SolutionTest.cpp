@@ -58,6 +58,17 @@ TEST(Solution, HasTheRmsOfThePointsThatCount) {
   EXPECT_DOUBLE_EQ(RmsOf(OfTwoViews()), std::sqrt(5.7 / 39.0));
 }
 
+TEST(Solution, HasTheRmsOfPixelsWhateverTheDeviations) {
+  Solution solution = OfTwoViews();
+  solution.equations.resize(2);
+  solution.equations[0].pixelCosts = {6.0};
+  solution.equations[1].pixelCosts = {3.0};
+  EXPECT_EQ(PixelCostOf(solution), 5.7) << "there are none";
+  solution.views[1].observations[0].deviations.assign(20, 2.0);
+  EXPECT_EQ(PixelCostOf(solution), 9.0);
+  EXPECT_DOUBLE_EQ(RmsOf(solution), std::sqrt(9.0 / 39.0));
+}
+
 /// Two cameras: the second saw the first view, the first both.
 Solution OfTwoCameras() {
   Solution solution = OfTwoViews();
@@ -65,8 +76,8 @@ Solution OfTwoCameras() {
   solution.views[0].observations.push_back(solution.views[0].observations[0]);
   solution.views[1].observations.emplace_back();
   solution.equations.resize(2);
-  solution.equations[0].costs = {2.0, 5.0};
-  solution.equations[1].costs = {3.7, 0.0};
+  solution.equations[0].pixelCosts = {2.0, 5.0};
+  solution.equations[1].pixelCosts = {3.7, 0.0};
   return solution;
 }
 
@@ -75,7 +86,7 @@ TEST(Solution, HasTheRmsOfEachCamera) {
   EXPECT_DOUBLE_EQ(RmsOfCamera(solution, 0), std::sqrt(5.7 / 39.0));
   EXPECT_DOUBLE_EQ(RmsOfCamera(solution, 1), std::sqrt(5.0 / 20.0));
   solution.views[0].observations[1] = {};
-  solution.equations[0].costs[1] = 0.0;
+  solution.equations[0].pixelCosts[1] = 0.0;
   EXPECT_EQ(RmsOfCamera(solution, 1), 0.0);
 }
 

@@ -137,7 +137,7 @@ TEST_P(NormalEquations, HaveTheCostOfEachCamera) {
   double cost = 0.0;
   for (size_t i = 0; i < equations.size(); ++i) {
     double ofView = 0.0;
-    ASSERT_EQ(equations[i].costs.size(), GetParam());
+    ASSERT_EQ(equations[i].pixelCosts.size(), GetParam());
     for (size_t camera = 0; camera < GetParam(); ++camera) {
       CalibrationProblem one = problem;
       one.views = {problem.views[i]};
@@ -145,8 +145,8 @@ TEST_P(NormalEquations, HaveTheCostOfEachCamera) {
         if (k != camera) one.views[0].observations[k] = {};
       }
       const double expected = unit::DenseResiduals(one).squaredNorm();
-      EXPECT_NEAR(equations[i].costs[camera], expected, 1e-12 * expected);
-      ofView += equations[i].costs[camera];
+      EXPECT_NEAR(equations[i].pixelCosts[camera], expected, 1e-12 * expected);
+      ofView += equations[i].pixelCosts[camera];
     }
     EXPECT_NEAR(equations[i].cost, ofView, 1e-12 * ofView);
     cost += equations[i].cost;
@@ -230,7 +230,7 @@ TEST_P(NormalEquations, AreTheSameInMemoryOfAnyOthers) {
       take(problem.views[i].rigFromTarget, i);
       EXPECT_TRUE(used.usable);
       EXPECT_EQ(used.columns, fresh[i].columns);
-      EXPECT_EQ(used.costs, fresh[i].costs);
+      EXPECT_EQ(used.pixelCosts, fresh[i].pixelCosts);
       EXPECT_EQ(used.cost, fresh[i].cost);
       EXPECT_EQ(used.gradient, fresh[i].gradient);
       EXPECT_EQ(used.products, fresh[i].products);

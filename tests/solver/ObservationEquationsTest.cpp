@@ -25,13 +25,14 @@ const RigidTransform& SomePose() {
   return pose;
 }
 
-Observation SomeView(int points, bool weighted) {
+Observation SomeView(int points, bool weighted, bool deviating = false) {
   cv::RNG random(3);
   Observation view;
   for (int i = 0; i < points; ++i) {
     view.object.emplace_back(random.uniform(-0.2, 0.2), random.uniform(-0.2, 0.2), 0.0);
     view.image.emplace_back(random.uniform(0.0, 640.0), random.uniform(0.0, 480.0));
     if (weighted) view.weights.push_back(i % 3 == 0 ? 0.0 : random.uniform(0.1, 1.0));
+    if (deviating) view.deviations.push_back(random.uniform(1.2, 5.0));
   }
   return view;
 }
@@ -55,7 +56,8 @@ cv::Mat ProductsOneByOne(const Observation& view, const Intrinsics& intrinsics) 
     solver::Coordinate u;
     solver::Coordinate v;
     EXPECT_TRUE(solver::Projection(intrinsics).Differentiate(turned + SomePose().t, u, v));
-    const double weight = view.weights.empty() ? 1.0 : view.weights[k];
+    const double own = view.weights.empty() ? 1.0 : view.weights[k];
+    const double weight = view.deviations.empty() ? own : own / (view.deviations[k] * view.deviations[k]);
     for (const auto& row : {RowOf(u, turned, view.image[k].x, intrinsics.estimated),
                             RowOf(v, turned, view.image[k].y, intrinsics.estimated)}) {
       const cv::Mat matrix(row, true);
@@ -68,8 +70,8 @@ cv::Mat ProductsOneByOne(const Observation& view, const Intrinsics& intrinsics) 
 TEST(ObservationEquations, AreTheSumsOverPointsOneByOne) {
   for (const int estimated : {CLASSIC_PARAMETERS, RATIONAL_PARAMETERS, FULL_PARAMETERS}) {
     for (const int points : {4, 5, 44, 64, 65, 131}) {
-      for (const bool weighted : {false, true}) {
-        const Observation view = SomeView(points, weighted);
+      for (const int kind : {0, 1, 2, 3}) {
+        const Observation view = SomeView(points, kind % 2 == 1, kind > 1);
         const Intrinsics intrinsics = SampleIntrinsics(estimated);
         const solver::ObservationEquations equations = solver::EquationsOf(view, intrinsics, SomePose());
         const cv::Mat expected = ProductsOneByOne(view, intrinsics);
@@ -83,6 +85,21 @@ TEST(ObservationEquations, AreTheSumsOverPointsOneByOne) {
           }
         }
       }
+    }
+  }
+}
+
+TEST(ObservationEquations, HaveTheCostThatPointsWouldHaveWhoseDeviationsWereAlike) {
+  for (const int points : {5, 64, 131}) {
+    for (const bool weighted : {false, true}) {
+      Observation view = SomeView(points, weighted, true);
+      const Intrinsics intrinsics = SampleIntrinsics(RATIONAL_PARAMETERS);
+      const solver::ObservationEquations deviating = solver::EquationsOf(view, intrinsics, SomePose());
+      view.deviations.clear();
+      const solver::ObservationEquations alike = solver::EquationsOf(view, intrinsics, SomePose());
+      EXPECT_NEAR(deviating.pixelCost, alike.cost, 1e-12 * alike.cost);
+      EXPECT_LT(deviating.cost, 0.9 * alike.cost);
+      EXPECT_EQ(alike.pixelCost, alike.cost);
     }
   }
 }

@@ -57,6 +57,41 @@ TEST(Outliers, AreRejectedPointByPointWhileHalfOfTheViewIsLeft) {
   EXPECT_EQ(selection.views[1].observations[0].weights[22], 1.0);
 }
 
+TEST(Outliers, AreMeasuredByTheDeviationsOfTheirPoints) {
+  const auto views = unit::CloseAndSmallViews(unit::DistortedCamera(), 3, 0.3, 1);
+  solver::PointDeviations deviations(3, std::vector<double>(44, 0.1));
+  deviations[1][5] = 1.0;
+  const solver::Target target =
+      solver::TargetOf(unit::FlatTargets(3), unit::PointLists(views.begin(), views.begin() + 3), deviations);
+  const double deviation = target.views[1].observations[0].deviations[5];
+  ASSERT_GT(deviation, 5.0);
+  const solver::Selection selection = solver::AllOf(target.views);
+  solver::Residuals residuals = OffIn({5});
+  residuals[1][0][5] = 4.0;
+  EXPECT_TRUE(solver::WithoutOutliers(selection, residuals, 1.0, HALF).rejected.empty());
+  residuals[1][0][5] = 5.0;
+  const solver::Selection without = solver::WithoutOutliers(selection, residuals, 1.0, HALF);
+  ASSERT_EQ(without.rejected.size(), 1U);
+  EXPECT_EQ(without.rejected.front().point, 5);
+  EXPECT_DOUBLE_EQ(without.rejected.front().residual, 5.0 * deviation) << "pixels";
+  EXPECT_EQ(without.views[1].observations[0].deviations, target.views[1].observations[0].deviations);
+}
+
+TEST(Outliers, HaveResidualsOverTheDeviationsOfTheirPoints) {
+  Camera camera;
+  camera.intrinsics.values = {500.0, 500.0, 320.0, 240.0};
+  Rig rig;
+  rig.cameras = {camera};
+  TargetView view{{},
+                  {Observation{{{0.0, 0.0, 0.0}, {0.1, 0.0, 0.0}}, {{323.0, 240.0}, {370.0, 246.0}}, {}}}};
+  view.rigFromTarget.t = {0.0, 0.0, 1.0};
+  EXPECT_NEAR(solver::ResidualsOf({view}, rig)[0][0][0], 3.0, 1e-9);
+  EXPECT_NEAR(solver::ResidualsOf({view}, rig)[0][0][1], 6.0, 1e-9);
+  view.observations[0].deviations = {1.0, 2.0};
+  EXPECT_NEAR(solver::ResidualsOf({view}, rig)[0][0][0], 3.0, 1e-9);
+  EXPECT_NEAR(solver::ResidualsOf({view}, rig)[0][0][1], 3.0, 1e-9);
+}
+
 TEST(Outliers, TakeTheirViewAlongWhenLessThanHalfIsLeft) {
   const solver::Selection selection = solver::WithoutOutliers(Three(), OffIn(FirstPoints(23)), 1.0, HALF);
   EXPECT_EQ(selection.kept, (std::vector<size_t>{0, 2}));

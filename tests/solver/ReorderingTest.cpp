@@ -41,6 +41,23 @@ TEST(OtherOrders, AreThoseInWhichTheGridLooksTheSame) {
   EXPECT_EQ(even[0].back(), 0U);
 }
 
+TEST(Reordering, TakesTheDeviationsOfPointsAlong) {
+  const auto points = MakeObjectTemplate(unit::GRID, unit::UNIT);
+  const auto order = solver::OtherOrders(points).front();
+  Observation observation{points, {}, {}};
+  for (size_t k = 0; k < points.size(); ++k) {
+    observation.image.emplace_back(static_cast<double>(k), 0.0);
+    observation.deviations.push_back(1.0 + static_cast<double>(k));
+  }
+  TargetView view{{}, {observation}};
+  solver::Reorder({0, 0, order}, view);
+  const Observation& reordered = view.observations.front();
+  EXPECT_NE(reordered.image[0].x, 0.0);
+  for (size_t k = 0; k < points.size(); ++k) {
+    EXPECT_EQ(reordered.deviations[k], 1.0 + reordered.image[k].x);
+  }
+}
+
 TEST(Reordering, PutsImagesOfAPairRightWhoseRowsWereCountedFromTheOtherEnd) {
   const world::Pair rig = unit::RigFor(Calibrator::MODEL_CLASSIC);
   const StereoIntrinsics intrinsics = unit::TruePairIntrinsics(rig);

@@ -70,12 +70,44 @@ TEST(Target, OfSeveralCamerasHasEmptyObservationsWhereOneDidNotSeeAView) {
   EXPECT_THROW(solver::TargetOf(Targets(3), first), cv::Exception);
 }
 
+TEST(Target, HasTheDeviationsOfPointsBesideEachOther) {
+  const auto views = unit::NoisyViews(3);
+  solver::PointDeviations deviations(3, std::vector<double>(44, 0.02));
+  deviations[1][7] = 0.2;
+  deviations[2].clear();
+  const solver::Target target = solver::TargetOf(Targets(3), views, deviations);
+  EXPECT_EQ(target.deviations, std::vector<solver::PointDeviations>{deviations});
+  EXPECT_EQ(target.views[0].observations[0].deviations, std::vector<double>(44, 1.0));
+  EXPECT_GT(target.views[1].observations[0].deviations[7], 5.0);
+  EXPECT_EQ(target.views[1].observations[0].Weight(6), 1.0);
+  EXPECT_TRUE(target.views[2].observations[0].deviations.empty());
+  EXPECT_TRUE(solver::TargetOf(Targets(3), views).views[0].observations[0].deviations.empty());
+}
+
+TEST(Target, RaisesForDeviationsThatAreNotThoseOfItsPoints) {
+  const auto views = unit::NoisyViews(3);
+  const solver::PointDeviations right(3, std::vector<double>(44, 0.02));
+  solver::PointDeviations wrong = right;
+  wrong[1].pop_back();
+  EXPECT_THROW(solver::TargetOf(Targets(3), views, wrong), cv::Exception);
+  wrong = right;
+  wrong.pop_back();
+  EXPECT_THROW(solver::TargetOf(Targets(3), views, wrong), cv::Exception);
+  wrong = right;
+  wrong[0][0] = -0.01;
+  EXPECT_THROW(solver::TargetOf(Targets(3), views, wrong), cv::Exception);
+  EXPECT_THROW(solver::PairTargetOf(Targets(3), views, views, {right, right, right}), cv::Exception);
+}
+
 TEST(Target, OfAPairLeavesOutImagePointsBeyondTheObjectPoints) {
   const auto views = unit::NoisyViews(2);
   auto longer = views;
   longer[0].emplace_back(1.0, 2.0);
   const solver::Target target = solver::PairTargetOf(Targets(2), views, longer);
   EXPECT_EQ(target.views[0].observations[1].image.size(), 44U);
+  const solver::PointDeviations deviations = {std::vector<double>(45, 0.02), std::vector<double>(44, 0.02)};
+  const solver::Target known = solver::PairTargetOf(Targets(2), views, longer, {{}, deviations});
+  EXPECT_EQ(known.views[0].observations[1].deviations.size(), 44U);
   auto shorter = views;
   shorter[1].pop_back();
   EXPECT_THROW(solver::PairTargetOf(Targets(2), views, shorter), cv::Exception);

@@ -3,8 +3,20 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 namespace velmora {
+
+namespace {
+
+bool HasDeviations(const std::vector<TargetView>& views) {
+  return std::any_of(views.begin(), views.end(), [](const TargetView& view) {
+    return std::any_of(view.observations.begin(), view.observations.end(),
+                       [](const Observation& observation) { return !observation.deviations.empty(); });
+  });
+}
+
+}  // namespace
 
 Layout LayoutOf(const Rig& rig, const Estimated& estimated) {
   Layout layout;
@@ -39,15 +51,24 @@ double CountOf(const std::vector<TargetView>& views) {
   return count;
 }
 
+double PixelCostOf(const Solution& solution) {
+  if (!HasDeviations(solution.views)) return solution.cost;
+  double cost = 0.0;
+  for (const ViewEquations& view : solution.equations) {
+    cost += std::accumulate(view.pixelCosts.begin(), view.pixelCosts.end(), 0.0);
+  }
+  return cost;
+}
+
 double RmsOf(const Solution& solution) {
-  return std::sqrt(solution.cost / CountOf(solution.views));
+  return std::sqrt(PixelCostOf(solution) / CountOf(solution.views));
 }
 
 double RmsOfCamera(const Solution& solution, size_t camera) {
   double cost = 0.0;
   double points = 0.0;
   for (size_t i = 0; i < solution.views.size(); ++i) {
-    cost += solution.equations[i].costs[camera];
+    cost += solution.equations[i].pixelCosts[camera];
     points += solution.views[i].observations[camera].Count();
   }
   return std::sqrt(cost / std::max(points, 1.0));
@@ -55,7 +76,7 @@ double RmsOfCamera(const Solution& solution, size_t camera) {
 
 double RmsOfImage(const Solution& solution, size_t view, size_t camera) {
   const double points = solution.views[view].observations[camera].Count();
-  return points > 0.0 ? std::sqrt(solution.equations[view].costs[camera] / points) : -1.0;
+  return points > 0.0 ? std::sqrt(solution.equations[view].pixelCosts[camera] / points) : -1.0;
 }
 
 double NoiseVariance(const Solution& solution) {

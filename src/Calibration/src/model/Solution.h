@@ -68,10 +68,11 @@ struct ViewEquations {
                              ///< observed the target
   Eigen::MatrixXd products;  ///< own + 6 rows and columns
   Eigen::VectorXd gradient;
-  std::vector<double> costs;  ///< of each camera: the weighted sum of its squared residuals
-  double cost = 0.0;          ///< their sum
-  bool usable = false;        ///< every point is in front of its camera
-  EliminatedBend bend = {};   ///< of views whose sheet has a bend of its own
+  double cost = 0.0;  ///< the weighted sum of squared residuals
+  /// Of each camera: its part of the cost, if all points' deviations were alike.
+  std::vector<double> pixelCosts;
+  bool usable = false;       ///< every point is in front of its camera
+  EliminatedBend bend = {};  ///< of views whose sheet has a bend of its own
 
   Eigen::Index Own() const { return static_cast<Eigen::Index>(columns.size()); }
 };
@@ -124,14 +125,17 @@ struct Solution {
 
 Layout LayoutOf(const Solution& solution);
 
-/// The root of the mean squared residual of a point, pixels.
+/// The cost that a solution would have if all points' deviations were alike.
+double PixelCostOf(const Solution& solution);
+/// The root of the mean squared residual of a point, pixels, whatever the points' deviations.
 double RmsOf(const Solution& solution);
 /// The same of one of its cameras, over all views; 0 of one that saw nothing that is used.
 double RmsOfCamera(const Solution& solution, size_t camera);
 /// The same of the camera's image in one of the solution's views; -1 where nothing of it is used.
 double RmsOfImage(const Solution& solution, size_t view, size_t camera);
 
-/// The variance of a coordinate's noise: the cost per degree of freedom, in squared pixels.
+/// The variance of the noise of a coordinate of a point whose deviation is usual: the cost per degree of
+/// freedom, in squared pixels.
 double NoiseVariance(const Solution& solution);
 /// The variance that a cost of these views means when `shared` shared parameters are estimated.
 double NoiseVariance(double cost, const std::vector<TargetView>& views, double shared);

@@ -313,7 +313,7 @@ CalibrationVerdict AssessIntrinsics(const std::vector<std::vector<cv::Point3d>>&
       result.tvecs.rows != result.rvecs.rows) {
     return {};
   }
-  const solver::Target target = solver::TargetOf(objectPoints, imagePoints);
+  const solver::Target target = solver::TargetOf(objectPoints, imagePoints, result.deviations);
   const auto solution =
       result.solution != nullptr
           ? result.solution

@@ -25,6 +25,7 @@ LargerModel::LargerModel(const std::vector<std::vector<cv::Point3d>>& objectPoin
       parameters_(isFisheye_ ? 0 : solver::IntrinsicsOf(result).estimated) {
   options_.robust = result.robust;
   options_.discRadius = discRadius;
+  options_.deviations = result.deviations;
 }
 
 const std::string& LargerModel::Name() {

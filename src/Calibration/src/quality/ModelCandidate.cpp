@@ -30,7 +30,7 @@ double CostOfFold(const Solution& solution, const solver::BundleOptions& options
   if (!camera.usable) return std::numeric_limits<double>::infinity();
   const Solution poses =
       solver::SolvePoses(camera.rig, std::move(heldOut), solver::HeldShapeOf(camera.sheet));
-  return poses.usable ? poses.cost : std::numeric_limits<double>::infinity();
+  return poses.usable ? PixelCostOf(poses) : std::numeric_limits<double>::infinity();
 }
 
 double HeldOutRms(const Solution& solution, const solver::BundleOptions& options) {

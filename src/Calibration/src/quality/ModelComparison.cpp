@@ -187,7 +187,7 @@ ModelChoice CompareModels(const std::vector<std::vector<cv::Point3d>>& objectPoi
     const auto shaped = CandidatesWithShape(objectPoints, imagePoints, imageSize, options);
     if (!shaped.empty()) return ChooseAmong(shaped);
   }
-  const solver::Target target = solver::TargetOf(objectPoints, imagePoints);
+  const solver::Target target = solver::TargetOf(objectPoints, imagePoints, options.deviations);
   solver::BundleOptions bundle;
   bundle.threads = std::max(options.threads, 1);
   bundle.parameters = FULL_PARAMETERS;

@@ -185,7 +185,7 @@ SparseResult SolveIntrinsicsWithSheet(const std::vector<std::vector<cv::Point3d>
                                       const cv::Size& imageSize, int model, const SparseOptions& options) {
   SparseResult flat = SolveIntrinsicsSparsely(objectPoints, imagePoints, imageSize, model, options);
   if (options.sheet.IsFlat()) return flat;
-  const solver::Target target = solver::TargetOf(objectPoints, imagePoints);
+  const solver::Target target = solver::TargetOf(objectPoints, imagePoints, options.deviations);
   const SheetAssumption sheet = AboutMiddle(options.sheet, target.middles.front());
   const solver::BundleOptions bundle = solver::BundleOptionsOf(options, target, model);
   SparseResult best = ShapedFrom(flat, target, sheet, bundle);

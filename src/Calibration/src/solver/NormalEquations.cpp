@@ -165,7 +165,7 @@ void TakeEquationsOfOne(const Observation& observation, const RigidTransform& ca
   equations.gradient = products.row(size).head(size).transpose();
   equations.usable = observed.usable;
   equations.cost = observed.usable ? observed.cost : 0.0;
-  equations.costs.assign(1, equations.cost);
+  equations.pixelCosts.assign(1, observed.usable ? observed.pixelCost : 0.0);
 }
 
 /// x = L^-1 x of each column, the first four rows before they are taken from the last two at once.
@@ -237,7 +237,7 @@ void TakeEquations(const TargetView& view, const RigidTransform& rigFromTarget, 
   const Index size = equations.Own() + POSE_PARAMETERS;
   equations.products.setZero(size, size);
   equations.gradient.setZero(size);
-  equations.costs.assign(rig.cameras.size(), 0.0);
+  equations.pixelCosts.assign(rig.cameras.size(), 0.0);
   EquationsAssembler assembler(equations);
   for (size_t i = 0; i < rig.cameras.size(); ++i) {
     const Observation& observation = view.observations[i];
@@ -254,7 +254,7 @@ void TakeEquations(const TargetView& view, const RigidTransform& rigFromTarget, 
       assembler.AddChained(observed, own.intrinsics[i], count, own.pose[i],
                            ChainOf(camera.cameraFromRig, rigFromTarget));
     }
-    equations.costs[i] = observed.cost;
+    equations.pixelCosts[i] = observed.pixelCost;
     equations.cost += observed.cost;
   }
   equations.usable = true;

@@ -34,6 +34,20 @@ class Jacobian {
     return true;
   }
 
+  /// Adds the squared residuals of the points from `first` on, which were taken, without their deviations.
+  void AddPixelCost(size_t first, ObservationEquations& equations) const {
+    const size_t end = std::min(first + MOST_POINTS, observation_.object.size());
+    const Column& residuals = columns_[COLUMNS - 1];
+    for (size_t k = first; k < end; ++k) {
+      const size_t row = 2 * ((k - first) / LANES);
+      const size_t lane = (k - first) % LANES;
+      for (size_t i = 0; i < 2; ++i) {
+        const double residual = residuals[row + i][lane] * observation_.deviations[k];
+        equations.pixelCost += residual * residual;
+      }
+    }
+  }
+
   void AddProducts(ObservationEquations& equations) const {
     for (size_t i = 0; i < COLUMNS; i += 2) {
       for (size_t j = i - i % 4; j < COLUMNS; j += 4) {
@@ -60,7 +74,7 @@ class Jacobian {
       observed[0][lane] = observation_.image[point].x;
       observed[1][lane] = observation_.image[point].y;
       const double own = observation_.weights.empty() ? 1.0 : std::sqrt(observation_.weights[point]);
-      weight[lane] = k + lane < end ? own : 0.0;
+      weight[lane] = k + lane < end ? own / observation_.Deviation(point) : 0.0;
     }
     const SimdPack nearness = 1.0 / (turned[2] + pose_.t[2]);
     formulas_.Differentiate((turned[0] + pose_.t[0]) * nearness, (turned[1] + pose_.t[1]) * nearness,
@@ -134,9 +148,11 @@ ObservationEquations Accumulate(const Observation& observation, const Intrinsics
   for (size_t k = 0; k < observation.object.size(); k += Jacobian<ESTIMATED>::MOST_POINTS) {
     if (!jacobian.Fill(k)) return equations;
     jacobian.AddProducts(equations);
+    if (!observation.deviations.empty()) jacobian.AddPixelCost(k, equations);
   }
   constexpr int RESIDUAL = static_cast<int>(ESTIMATED) + POSE_PARAMETERS;
   equations.cost = equations.At(RESIDUAL, RESIDUAL);
+  if (observation.deviations.empty()) equations.pixelCost = equations.cost;
   equations.usable = std::isfinite(equations.cost);
   return equations;
 }

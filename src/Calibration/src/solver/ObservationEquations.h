@@ -20,8 +20,9 @@ constexpr int MOST_COLUMNS = FULL_PARAMETERS + POSE_PARAMETERS + 1;
 ///                                  cost
 struct ObservationEquations {
   std::array<double, static_cast<size_t>(MOST_COLUMNS) * MOST_COLUMNS> products{};
-  double cost = 0.0;    ///< weighted sum of squared residuals
-  bool usable = false;  ///< every point is in front of the camera
+  double cost = 0.0;       ///< weighted sum of squared residuals
+  double pixelCost = 0.0;  ///< the same if all points' deviations were alike
+  bool usable = false;     ///< every point is in front of the camera
 
   double At(int row, int column) const { return products[static_cast<size_t>(row * MOST_COLUMNS + column)]; }
 };

@@ -99,7 +99,8 @@ void CopyKept(const Solution& solution, const Target& target, IntrinsicsResult& 
     const int row = static_cast<int>(solution.kept[i]);
     const TargetView& view = solution.views[i];
     WriteView(view.rigFromTarget, target.middles[solution.kept[i]], row, result);
-    result.perViewErrors.at<double>(row) = std::sqrt(solution.equations[i].cost / CountOf(view.observations));
+    result.perViewErrors.at<double>(row) =
+        std::sqrt(solution.equations[i].pixelCosts.front() / CountOf(view.observations));
   }
   result.rms = RmsOf(solution);
 }
@@ -112,7 +113,7 @@ void TakeShape(const Solution& solution, const Observation& observation, RigidTr
   const Solution shaped = SolvePoses(solution.rig, std::move(views), held);
   if (!shaped.usable) return;
   pose = shaped.views.front().rigFromTarget;
-  cost = shaped.cost;
+  cost = PixelCostOf(shaped);
 }
 
 /// The pose of a view that the intrinsics were not computed from, and the sum of its squared residuals:
@@ -127,7 +128,7 @@ RigidTransform PlaceRejected(const Solution& solution, const IntrinsicsResult& r
   } else if (!PoseBeforeFisheye(camera, observation, pose)) {
     return pose;
   }
-  cost = EquationsOf(observation, camera.intrinsics, pose).cost;
+  cost = EquationsOf(observation, camera.intrinsics, pose).pixelCost;
   if (!solution.sheet.IsFlat()) TakeShape(solution, observation, pose, cost);
   return pose;
 }

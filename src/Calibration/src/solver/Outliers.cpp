@@ -65,6 +65,11 @@ struct RejectionLimits {
   double least;
 };
 
+std::vector<double> InPixels(std::vector<double> residuals, const Observation& observation) {
+  for (size_t k = 0; k < residuals.size(); ++k) residuals[k] *= observation.Deviation(k);
+  return residuals;
+}
+
 /// Takes the weight from outliers, or all points away.
 void RejectFrom(Observation& observation, const ImageNumber& number, const std::vector<double>& residuals,
                 const RejectionLimits& limits, std::vector<Rejected>& rejected) {
@@ -73,15 +78,15 @@ void RejectFrom(Observation& observation, const ImageNumber& number, const std::
   for (size_t k = 0; k < residuals.size(); ++k) {
     if (!IsOutlier(residuals[k], limits.standardDeviation)) continue;
     observation.weights[k] = 0.0;
-    outliers.push_back({number.view, static_cast<int>(k), residuals[k],
+    outliers.push_back({number.view, static_cast<int>(k), residuals[k] * observation.Deviation(k),
                         "far from where the other points put it", number.camera});
   }
   if (outliers.empty()) {
     observation.weights.clear();
   } else if (!IsEnoughOf(observation, observation.weights, outliers.size(), limits.least)) {
-    observation = {};
-    rejected.push_back({number.view, Rejected::WHOLE_VIEW, RootMeanSquare(residuals),
+    rejected.push_back({number.view, Rejected::WHOLE_VIEW, RootMeanSquare(InPixels(residuals, observation)),
                         "disagrees with the other views", number.camera});
+    observation = {};
     return;
   }
   rejected.insert(rejected.end(), outliers.begin(), outliers.end());
@@ -99,8 +104,9 @@ Residuals ResidualsOf(const std::vector<TargetView>& views, const Rig& rig) {
       for (size_t k = 0; k < observation.object.size(); ++k) {
         cv::Point2d pixel;
         const bool inFront = projection.Project(pose * observation.object[k], pixel);
-        residuals[i][camera].push_back(inFront ? cv::norm(pixel - observation.image[k])
-                                               : std::numeric_limits<double>::infinity());
+        residuals[i][camera].push_back(inFront
+                                           ? cv::norm(pixel - observation.image[k]) / observation.Deviation(k)
+                                           : std::numeric_limits<double>::infinity());
       }
     }
   }

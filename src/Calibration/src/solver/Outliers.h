@@ -7,13 +7,15 @@
 
 namespace velmora::solver {
 
-/// Distances between observed and projected points, pixels: of each view, of each camera, of each point.
+/// Distances between observed and projected points, pixels over the point's deviation: of each view, of each
+/// camera, of each point. Where the errors of all points are alike, that is pixels.
 using Residuals = std::vector<std::vector<std::vector<double>>>;
 
 /// The residuals at the views' poses. Infinite for points that are not in front of the camera.
 Residuals ResidualsOf(const std::vector<TargetView>& views, const Rig& rig);
 
-/// The standard deviation of a coordinate that follows from the median distance: outliers hardly move it.
+/// The standard deviation of a coordinate of a usual point that follows from the median distance: outliers
+/// hardly move it.
 double StandardDeviationOf(const Residuals& residuals);
 
 /// True of a distance that noise of this standard deviation does not reach.

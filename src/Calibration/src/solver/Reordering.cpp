@@ -116,9 +116,13 @@ std::vector<std::vector<size_t>> OtherOrders(const std::vector<cv::Point3d>& obj
 }
 
 void Reorder(const Recounted& recounted, TargetView& view) {
-  std::vector<cv::Point2d>& image = view.observations[recounted.camera].image;
-  const std::vector<cv::Point2d> before = image;
-  for (size_t k = 0; k < recounted.order.size(); ++k) image[k] = before[recounted.order[k]];
+  Observation& observation = view.observations[recounted.camera];
+  const auto reorder = [&](auto& items) {
+    const auto before = items;
+    for (size_t k = 0; k < recounted.order.size(); ++k) items[k] = before[recounted.order[k]];
+  };
+  reorder(observation.image);
+  if (!observation.deviations.empty()) reorder(observation.deviations);
 }
 
 std::vector<Recounted> RecountedImages(const std::vector<TargetView>& views, const Solution& solution) {

@@ -41,8 +41,8 @@ void TakeShapedEquations(const ViewJacobian& jacobian, const Sheet& sheet, const
   std::iota(equations.columns.begin(), equations.columns.end(), 0);
   equations.products = products.matrix.topLeftCorner(kept, kept);
   equations.gradient = products.matrix.row(products.matrix.rows() - 1).head(kept).transpose();
-  equations.costs = products.costs;
-  equations.cost = std::accumulate(products.costs.begin(), products.costs.end(), 0.0);
+  equations.pixelCosts = products.pixelCosts;
+  equations.cost = products.cost;
   equations.usable = products.usable && std::isfinite(equations.cost);
   equations.bend = {};
   if (!sheet.HasOwnBends()) return;

@@ -16,7 +16,7 @@ namespace velmora {
 SparseResult SolveIntrinsicsSparsely(const std::vector<std::vector<cv::Point3d>>& objectPoints,
                                      const std::vector<std::vector<cv::Point2d>>& imagePoints,
                                      const cv::Size& imageSize, int model, const SparseOptions& options) {
-  const solver::Target target = solver::TargetOf(objectPoints, imagePoints);
+  const solver::Target target = solver::TargetOf(objectPoints, imagePoints, options.deviations);
   const solver::BundleOptions bundle = solver::BundleOptionsOf(options, target, model);
   return solver::SparseResultOf(solver::CalibrateCamera(target.views, imageSize, options.robust, bundle),
                                 target, bundle.progress);
@@ -55,6 +55,7 @@ SparseResult SparseResultOf(Solution solution, const Target& target, const Progr
   result.robust = kept->robust;
   result.tooFewAgree = kept->tooFewAgree;
   result.solution = std::move(kept);
+  if (!target.deviations.empty()) result.deviations = target.deviations.front();
   return result;
 }
 

@@ -24,6 +24,7 @@ struct SparseOptions {
   int threads = 0;        ///< 0: as many as pay, for that number of views
   /// Called after each iteration with its number and the RMS in pixels; false gives up.
   std::function<bool(int iteration, double rms)> progress;
+  solver::PointDeviations deviations;  ///< of the image points: how much they count beside each other
 };
 
 struct SparseResult : IntrinsicsResult {
@@ -33,6 +34,7 @@ struct SparseResult : IntrinsicsResult {
   bool tooFewAgree = false;
   /// What the matrices are of; null of other solvers' results.
   std::shared_ptr<const Solution> solution;
+  solver::PointDeviations deviations;  ///< of the options
 };
 
 /// Like SolveIntrinsics, with the solver of this engine, for a flat sheet: same points, same shapes, same

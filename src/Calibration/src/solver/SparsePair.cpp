@@ -84,7 +84,8 @@ ExtrinsicsResult SolveExtrinsicsSparsely(const std::vector<std::vector<cv::Point
                                          const StereoIntrinsics& intrinsics, int model,
                                          const SparsePairOptions& options) {
   WarnOfIgnoredCoefficients(intrinsics, model);
-  const solver::Target target = solver::PairTargetOf(objectPoints, leftPoints, rightPoints);
+  const solver::Target target =
+      solver::PairTargetOf(objectPoints, leftPoints, rightPoints, options.deviations);
   PairSolver pairSolver(target, options);
   const Solution solution =
       pairSolver.WithFixedIntrinsics(intrinsics, model, options.discRadius, options.robust);
@@ -100,7 +101,8 @@ ExtrinsicsResult RefinePairSparsely(const std::vector<std::vector<cv::Point3d>>&
                                     const StereoIntrinsics& intrinsics, const cv::Size& imageSize, int model,
                                     const SparsePairOptions& options) {
   WarnOfIgnoredCoefficients(intrinsics, model);
-  const solver::Target target = solver::PairTargetOf(objectPoints, leftPoints, rightPoints);
+  const solver::Target target =
+      solver::PairTargetOf(objectPoints, leftPoints, rightPoints, options.deviations);
   PairSolver pairSolver(target, options);
   const Solution fixed =
       pairSolver.WithFixedIntrinsics(intrinsics, model, 0.0, options.robust);  // refinement corrects pixels

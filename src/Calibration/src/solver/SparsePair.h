@@ -7,6 +7,7 @@
 
 #include "model/Solution.h"
 #include "solver/OpenCvExtrinsics.h"
+#include "solver/PointDeviations.h"
 
 namespace velmora {
 
@@ -17,6 +18,7 @@ struct SparsePairOptions {
   std::function<bool(int iteration, double rms)> progress;
   /// Leave out images and points that do not belong to the pair that the others show.
   bool robust = false;
+  std::vector<solver::PointDeviations> deviations{};  ///< of both cameras' points, as in SparseOptions
 };
 
 /// Like SolveExtrinsics, with the solver of this engine: the same minimum, of the same form. The target must

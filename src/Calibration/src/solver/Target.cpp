@@ -45,16 +45,34 @@ void RequireEach(const ImagePoints& imagePoints) {
 }
 
 /// Each list at most as long as that of the object points.
-ImagePoints Matching(ImagePoints points, const ObjectPoints& objectPoints) {
-  for (size_t i = 0; i < std::min(points.size(), objectPoints.size()); ++i) {
-    points[i].resize(std::min(points[i].size(), objectPoints[i].size()));
+template <typename Lists>
+Lists Matching(Lists lists, const ObjectPoints& objectPoints) {
+  for (size_t i = 0; i < std::min(lists.size(), objectPoints.size()); ++i) {
+    lists[i].resize(std::min(lists[i].size(), objectPoints[i].size()));
   }
-  return points;
+  return lists;
+}
+
+/// Gives the points of the target their deviations beside each other.
+void TakeDeviations(const std::vector<PointDeviations>& deviations, Target& target) {
+  const std::vector<PointDeviations> relative = RelativeDeviations(deviations);
+  for (size_t camera = 0; camera < relative.size(); ++camera) {
+    const PointDeviations& views = relative[camera];
+    CV_Assert(views.empty() || views.size() == target.views.size());
+    for (size_t i = 0; i < views.size(); ++i) {
+      CV_Assert(camera < target.views[i].observations.size());
+      Observation& observation = target.views[i].observations[camera];
+      CV_Assert(views[i].empty() || views[i].size() == observation.image.size());
+      observation.deviations = views[i];
+    }
+  }
+  target.deviations = deviations;
 }
 
 }  // namespace
 
-Target TargetOf(const ObjectPoints& objectPoints, const std::vector<ImagePoints>& cameras) {
+Target TargetOf(const ObjectPoints& objectPoints, const std::vector<ImagePoints>& cameras,
+                const std::vector<PointDeviations>& deviations) {
   CV_Assert(!objectPoints.empty() && !cameras.empty());
   for (const ImagePoints& camera : cameras) CV_Assert(camera.size() == objectPoints.size());
   Target target;
@@ -83,20 +101,25 @@ Target TargetOf(const ObjectPoints& objectPoints, const std::vector<ImagePoints>
     target.views.push_back(std::move(view));
     target.middles.emplace_back(middle.x, middle.y, middle.z);
   }
+  TakeDeviations(deviations, target);
   return target;
 }
 
-Target TargetOf(const ObjectPoints& objectPoints, const ImagePoints& imagePoints) {
+Target TargetOf(const ObjectPoints& objectPoints, const ImagePoints& imagePoints,
+                const PointDeviations& deviations) {
   RequireEach(imagePoints);
-  return TargetOf(objectPoints, std::vector<ImagePoints>{imagePoints});
+  return TargetOf(objectPoints, std::vector<ImagePoints>{imagePoints},
+                  std::vector<PointDeviations>{deviations});
 }
 
 Target PairTargetOf(const ObjectPoints& objectPoints, const ImagePoints& leftPoints,
-                    const ImagePoints& rightPoints) {
+                    const ImagePoints& rightPoints, const std::vector<PointDeviations>& deviations) {
   const std::vector<ImagePoints> cameras = {Matching(leftPoints, objectPoints),
                                             Matching(rightPoints, objectPoints)};
   for (const ImagePoints& camera : cameras) RequireEach(camera);
-  return TargetOf(objectPoints, cameras);
+  std::vector<PointDeviations> matching;
+  for (const PointDeviations& camera : deviations) matching.push_back(Matching(camera, objectPoints));
+  return TargetOf(objectPoints, cameras, matching);
 }
 
 }  // namespace velmora::solver

@@ -46,6 +46,7 @@ ViewJacobian::Products ViewJacobian::ProductsOf(const TargetView& view) const {
     const auto& values = rig_.cameras[camera].intrinsics.values;
     const RigidTransform pose = rig_.cameras[camera].cameraFromRig * view.rigFromTarget;
     const Index first = row;
+    double pixelCost = 0.0;
     for (size_t k = 0; k < observation.object.size(); ++k, row += 2) {
       Coordinate u;
       Coordinate v;
@@ -65,8 +66,11 @@ ViewJacobian::Products ViewJacobian::ProductsOf(const TargetView& view) const {
       jacobian(row, last) = u.value - observation.image[k].x;
       jacobian(row + 1, last) = v.value - observation.image[k].y;
       jacobian.middleRows(row, 2) *= std::sqrt(observation.Weight(k));
+      pixelCost += std::pow(observation.Deviation(k), 2) * jacobian.col(last).segment<2>(row).squaredNorm();
     }
-    products.costs.push_back(jacobian.col(last).segment(first, row - first).squaredNorm());
+    const double cost = jacobian.col(last).segment(first, row - first).squaredNorm();
+    products.cost += cost;
+    products.pixelCosts.push_back(observation.deviations.empty() ? cost : pixelCost);
   }
   products.matrix.setZero(jacobian.cols(), jacobian.cols());
   products.matrix.selfadjointView<Eigen::Lower>().rankUpdate(jacobian.transpose());

@@ -47,7 +47,8 @@ class ViewJacobian {
     /// the pose, by the view's own bend if it has one, and last the residuals. What is known beforehand of
     /// the bend is in it.
     Eigen::MatrixXd matrix;
-    std::vector<double> costs;  ///< of each camera: the weighted sum of its squared residuals
+    double cost = 0.0;               ///< the weighted sum of squared residuals
+    std::vector<double> pixelCosts;  ///< of each camera: its part, if all points' deviations were alike
     bool usable = true;  ///< every point is in front of its camera; those that are not count for nothing
   };
   Products ProductsOf(const TargetView& view) const;
