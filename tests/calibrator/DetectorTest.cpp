@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <opencv2/imgproc.hpp>
 #include <thread>
 
 #include "unit/Collection.h"
@@ -40,6 +41,11 @@ class Detecting : public ::testing::Test {
   bool Show(size_t view, bool draw = false) {
     frame_ = unit::Rendered().images[view].clone();
     return Detect(frame_, draw);
+  }
+  /// Searches a part, too, and draws.
+  bool Seen(cv::Mat& frame) {
+    CameraSnapshot seen;
+    return detector_.DetectPartial(frame, seen, true, [this] { return overlay_; });
   }
   std::vector<cv::Point2d> Last() {
     std::vector<cv::Point2d> points;
@@ -80,6 +86,37 @@ TEST_F(Detecting, ForgetsThemWhenTheyAreUsedUp) {
     EXPECT_EQ(last.front().frame.size(), unit::FRAME);
     return false;
   });
+}
+
+TEST_F(Detecting, RemembersAnImageToMeasureInWhenThatIsAskedFor) {
+  const auto image = [&] {
+    GridImage of;
+    detector_.WithLast([&](const std::vector<CameraSnapshot>& last) {
+      of = last.front().image;
+      return false;
+    });
+    return of;
+  };
+  EXPECT_FALSE(detector_.Fine());
+  detector_.Finder().Set(FINDER_ROBUST);
+  ASSERT_TRUE(Show(0));
+  EXPECT_TRUE(image().grey.empty()) << "it was not asked for";
+  detector_.SetFine(true);
+  for (const bool grey : {false, true}) {
+    guide_.drawsAll = !grey;
+    frame_ = unit::Rendered().images[0].clone();
+    cv::Mat expected;
+    cv::cvtColor(frame_, expected, cv::COLOR_BGR2GRAY);
+    if (grey) frame_ = expected.clone();
+    ASSERT_TRUE(grey ? Seen(frame_) : Detect(frame_, true));
+    EXPECT_EQ(cv::norm(image().grey, expected, cv::NORM_INF), 0.0) << "nothing is drawn on it";
+    EXPECT_EQ(image().radii.size(), 44U);
+  }
+  detector_.WithLast([](const std::vector<CameraSnapshot>&) { return true; });
+  EXPECT_TRUE(image().grey.empty()) << "it was used up";
+  detector_.Finder().Set(FINDER_STANDARD);
+  ASSERT_TRUE(Show(0));
+  EXPECT_TRUE(image().grey.empty()) << "that search knows no radii";
 }
 
 TEST_F(Detecting, DrawsWhatTheGuideDrawsAndNothingElseUnasked) {

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 
 #include "model/TargetGeometry.h"
@@ -51,6 +52,17 @@ TEST(ObservedPoints, LackThoseWithoutWeightAndKeepTheirNumbers) {
   EXPECT_EQ(seen.InGrid(1, -1), -1);
 }
 
+TEST(ObservedPoints, HaveTheirDeviations) {
+  CameraSnapshot measured = ViewWithout({0, 20});
+  for (int i = 0; i < GRID.area(); ++i) measured.deviations.push_back(0.01 * i);
+  const ObservedPoints seen = ObservedIn(ListOf({{ViewWithout({})}, {measured}}));
+  ASSERT_EQ(seen.deviations.front().size(), 2U);
+  EXPECT_TRUE(seen.deviations.front()[0].empty());
+  ASSERT_EQ(seen.deviations.front()[1].size(), 42U);
+  EXPECT_EQ(seen.deviations.front()[1][0], 0.01);
+  EXPECT_EQ(seen.deviations.front()[1][19], 0.01 * 21);
+}
+
 TEST(ObservedPoints, OfAPairAreThoseThatBothCamerasSaw) {
   const ObservedPoints seen = ObservedIn(ListOf({{ViewWithout({3}), ViewWithout({3, 8, 43})}}));
   ASSERT_EQ(seen.target[0].size(), 41U);
@@ -67,6 +79,21 @@ TEST(FaultOfSnapshot, IsNoneFromThreeQuartersOn) {
             "Only 32 of 44 circles are seen: 33 are the fewest.");
   EXPECT_EQ(FaultOfSnapshot(GRID, {ViewWithout({0, 1, 2, 3, 4, 5}), ViewWithout({38, 39, 40, 41, 42, 43})}),
             "Only 32 of 44 circles are seen by both cameras: 33 are the fewest.");
+}
+
+TEST(FaultOfSnapshot, NamesDeviationsThatAreNone) {
+  CameraSnapshot view = ViewWithout({7});
+  view.deviations.assign(44, 0.02);
+  EXPECT_EQ(FaultOfSnapshot(GRID, {view}), "");
+  view.deviations[7] = 0.0;
+  EXPECT_EQ(FaultOfSnapshot(GRID, {view}), "");
+  for (const double wrong : {-0.01, std::numeric_limits<double>::infinity(), std::nan("")}) {
+    view.deviations[8] = wrong;
+    EXPECT_EQ(FaultOfSnapshot(GRID, {view}), "A deviation is negative or not finite.");
+  }
+  view.deviations.assign(43, 0.02);
+  EXPECT_EQ(FaultOfSnapshot(GRID, {view}),
+            "A deviation of each of the grid's 44 circles is needed, or none.");
 }
 
 TEST(FaultOfSnapshot, NamesListsThatAreNone) {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <opencv2/calib3d.hpp>
 
 #include "Arrangement.h"
@@ -214,6 +215,81 @@ TEST(RigCalibration, RaisesForWeightsThatDoNotMatch) {
   raises([](Weights& w) { w[0][4][3] = 0.5; }, "A weight of camera 0 in view 4 is neither 0 nor 1");
   raises([](Weights& w) { std::fill(w[0][4].begin() + 3, w[0][4].end(), 0.0); },
          "Fewer than four points of camera 0");
+}
+
+/// Noise that is twelve times as large on every third point, with its deviations.
+void AddUnevenNoise(RigRecords& records, std::uint64_t seed) {
+  cv::RNG random(seed);
+  records.deviations.clear();
+  for (auto& camera : records.imagePoints) {
+    records.deviations.emplace_back();
+    for (auto& view : camera) {
+      records.deviations.back().emplace_back();
+      for (size_t k = 0; k < view.size(); ++k) {
+        const double deviation = k % 3 == 0 ? 0.6 : 0.05;
+        view[k] += cv::Point2d(random.gaussian(deviation), random.gaussian(deviation));
+        records.deviations.back().back().push_back(deviation);
+      }
+    }
+  }
+}
+
+TEST(RigCalibration, LetsPointsCountAsMuchAsTheyAreKnown) {
+  const world::Rig rig = Row();
+  RigOptions options = Given(rig);
+  options.model = Calibrator::MODEL_CLASSIC;
+  options.robust = false;
+  double known = 0.0;
+  double alike = 0.0;
+  for (const std::uint64_t seed : {1U, 2U, 3U, 4U}) {
+    RigRecords records = RecordsOf(rig, 20, 0.0, seed);
+    AddUnevenNoise(records, seed);
+    const auto errorOf = [&](const RigResult& result) {
+      double squares = 0.0;
+      for (size_t i = 1; i < 3; ++i) squares += std::pow(cv::norm(result.cameras[i].T - rig.cameras[i].T), 2);
+      return squares;
+    };
+    const RigResult result = velmora::CalibrateRig(records, options);
+    EXPECT_GT(result.rms, 0.4) << "of pixels";
+    known += errorOf(result);
+    // Points that a camera did not see have no deviations either.
+    records.weights.resize(3);
+    records.weights[2].resize(records.objectPoints.size());
+    for (size_t view = 0; view < records.objectPoints.size(); ++view) {
+      records.weights[2][view].assign(records.imagePoints[2][view].size(), 1.0);
+      if (!records.imagePoints[2][view].empty()) records.weights[2][view][5] = 0.0;
+    }
+    EXPECT_LT(errorOf(velmora::CalibrateRig(records, options)), 9.0 * errorOf(result) + 1e-8);
+    records.deviations.clear();
+    alike += errorOf(velmora::CalibrateRig(records, options));
+  }
+  EXPECT_LT(std::sqrt(known), 0.5 * std::sqrt(alike));
+}
+
+TEST(RigCalibration, RaisesForDeviationsThatDoNotMatch) {
+  const RigRecords right = RecordsOf(Row(), 15);
+  using Deviations = std::vector<std::vector<std::vector<double>>>;
+  const auto faultWith = [&](auto change) {
+    RigRecords records = right;
+    records.deviations.resize(records.imagePoints.size());
+    records.deviations[0].resize(records.objectPoints.size());
+    records.deviations[0][4].assign(records.imagePoints[0][4].size(), 0.02);
+    change(records.deviations);
+    return FaultOf(records);
+  };
+  ASSERT_FALSE(right.imagePoints[0][4].empty());
+  EXPECT_NE(faultWith([](Deviations& d) { d.pop_back(); }).find("There are deviations for 2 of 3 cameras"),
+            std::string::npos);
+  EXPECT_NE(faultWith([](Deviations& d) { d[0].pop_back(); }).find("The deviations of camera 0 are of"),
+            std::string::npos);
+  EXPECT_NE(faultWith([](Deviations& d) {
+              d[0][4].pop_back();
+            }).find("There are 43 deviations of camera 0 in view 4, and 44 points"),
+            std::string::npos);
+  EXPECT_NE(faultWith([](Deviations& d) {
+              d[0][4][3] = -1.0;
+            }).find("A deviation of camera 0 in view 4 is negative or not finite"),
+            std::string::npos);
 }
 
 TEST(RigCalibration, NamesACameraThatIsLinkedToNone) {

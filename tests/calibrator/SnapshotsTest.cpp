@@ -70,6 +70,50 @@ TEST_F(OneCamera, LeaveAListThatSomebodyHoldsAsItIs) {
   EXPECT_EQ(earlier->cameras[0].points.size(), 2U);
 }
 
+TEST_F(OneCamera, TakeBetterPointsOfOneOfThem) {
+  Snapshots::Place place;
+  EXPECT_EQ(snapshots_.Add({ViewAt(1)}, Snapshots::EarlierRms::Drop, place), 1U);
+  AddAt(snapshots_, 2);
+  const auto earlier = snapshots_.Current().snapshots;
+  CameraSnapshot better = ViewAt(1.5);
+  better.frame = cv::Mat();
+  better.deviations = {0.1, 0.2, 0.3};
+  EXPECT_TRUE(snapshots_.Improve(place, {better}));
+  const auto now = snapshots_.Current().snapshots;
+  EXPECT_EQ(now->Count(), 2U);
+  EXPECT_EQ(now->cameras[0].points[0], better.points);
+  EXPECT_EQ(now->cameras[0].deviations[0], better.deviations);
+  EXPECT_FALSE(now->cameras[0].frames[0].empty());
+  EXPECT_EQ(now->cameras[0].points[1], ViewAt(2).points);
+  EXPECT_TRUE(now->cameras[0].deviations[1].empty());
+  EXPECT_EQ(earlier->cameras[0].points[0], ViewAt(1).points) << "somebody holds it";
+  EXPECT_THROW(snapshots_.Improve(place, {better, better}), cv::Exception);
+}
+
+TEST_F(OneCamera, TakeNoBetterPointsOfOneThatIsGone) {
+  Snapshots::Place place;
+  snapshots_.Add({ViewAt(1)}, Snapshots::EarlierRms::Drop, place);
+  snapshots_.Reset();
+  AddAt(snapshots_, 2);
+  EXPECT_FALSE(snapshots_.Improve(place, {ViewAt(3)}));
+  EXPECT_EQ(snapshots_.Current().snapshots->cameras[0].points[0], ViewAt(2).points);
+  EXPECT_FALSE(snapshots_.Improve({}, {ViewAt(3)})) << "none at all";
+}
+
+TEST_F(OneCamera, TakeNoBetterPointsOnceAComputationBegan) {
+  Collect(4);
+  Snapshots::Place place;
+  snapshots_.Add({ViewAt(4)}, Snapshots::EarlierRms::Drop, place);
+  auto computation = snapshots_.Begin();
+  EXPECT_FALSE(snapshots_.Improve(place, {ViewAt(9)}));
+  computation->Publish(ResultOfRms(0.25F));
+  computation.reset();
+  EXPECT_FALSE(snapshots_.Improve(place, {ViewAt(9)})) << "the result is of the others";
+  EXPECT_EQ(snapshots_.Current().snapshots->cameras[0].points[4], ViewAt(4).points);
+  EXPECT_EQ(snapshots_.Status(), STATUS_COMPLETED);
+  EXPECT_EQ(snapshots_.Current().rms, 0.25F);
+}
+
 TEST_F(OneCamera, RefuseAViewOfAnotherNumberOfCameras) {
   EXPECT_THROW(snapshots_.Add({ViewAt(1), ViewAt(2)}, Snapshots::EarlierRms::Drop), cv::Exception);
   EXPECT_EQ(snapshots_.Count(), 0U);

@@ -4,10 +4,8 @@
 #include <atomic>
 #include <thread>
 
-#include "finder/CentreFit.h"
 #include "finder/FinderChoice.h"
 #include "finder/FinderScenes.h"
-#include "finder/Grey.h"
 #include "finder/PartialScenes.h"
 #include "finder/RobustFinder.h"
 #include "finder/StandardFinder.h"
@@ -146,13 +144,14 @@ TEST(FinderChoice, AnswersWithPartsOnlyWhenTheyAreAskedForTwice) {
   choice.Set(FINDER_ROBUST);
   const cv::Mat image = PartImage();
   Centres points;
-  PartialGrid part;
-  part.points.resize(3);
-  EXPECT_FALSE(choice.Find(image, unit::GRID, points, part));
+  GridDetails details;
+  const PartialGrid& part = details.part;
+  details.part.points.resize(3);
+  EXPECT_FALSE(choice.Find(image, unit::GRID, points, details));
   EXPECT_FALSE(part.Found()) << "switched off";
   choice.SetPartial(true);
   EXPECT_TRUE(choice.GetPartial());
-  EXPECT_FALSE(choice.Find(image, unit::GRID, points, part)) << "no whole one";
+  EXPECT_FALSE(choice.Find(image, unit::GRID, points, details)) << "no whole one";
   EXPECT_EQ(part.Seen(), 40);
   EXPECT_TRUE(points.empty());
   EXPECT_EQ(choice.Fault(), GridFault::PartOutside);
@@ -164,66 +163,31 @@ TEST(FinderChoice, HasNoPartsFromTheStandardSearch) {
   FinderChoice choice;
   choice.SetPartial(true);
   Centres points;
-  PartialGrid part;
-  EXPECT_FALSE(choice.Find(PartImage(), unit::GRID, points, part));
-  EXPECT_FALSE(part.Found());
+  GridDetails details;
+  EXPECT_FALSE(choice.Find(PartImage(), unit::GRID, points, details));
+  EXPECT_FALSE(details.part.Found());
 }
 
-TEST(FinderChoice, MeasuresTheCentresAnewWhenAskedTo) {
-  const auto calibrator = unit::MakeCalibrator();
-  calibrator->SetFinder(Calibrator::FINDER_ROBUST);
-  EXPECT_FALSE(calibrator->GetFineCentres());
-  const cv::Mat image = unit::ImageWithGrid();
-  const GridFinding finding = SearchGridRobust(image, unit::GRID);
-  ASSERT_TRUE(finding.Found());
-  const auto detected = [&] {
-    cv::Mat frame = image.clone();
-    Centres points;
-    EXPECT_TRUE(calibrator->DetectPoints(frame, points, false));
-    return points;
-  };
-  EXPECT_EQ(detected(), finding.centres);
-  calibrator->SetFineCentres(true);
-  EXPECT_TRUE(calibrator->GetFineCentres());
-  const Centres measured =
-      MeasureCentres(finder::GreyOf(image), unit::GRID, finding.centres, finding.radii).centres;
-  EXPECT_EQ(detected(), measured);
-  EXPECT_NE(measured, finding.centres);
-  calibrator->SetFineCentres(false);
-  EXPECT_EQ(detected(), finding.centres);
-}
-
-TEST(FinderChoice, LeavesWhatTheStandardSearchFindsAsItIs) {
+TEST(FinderChoice, GivesTheRadiiOfTheDiscsThatTheRobustSearchFound) {
   FinderChoice choice;
-  choice.SetFine(true);
   const cv::Mat image = unit::ImageWithGrid();
-  Centres expected;
   Centres points;
-  ASSERT_TRUE(FindGridStandard(image, unit::GRID, expected));
-  EXPECT_TRUE(choice.Find(image, unit::GRID, points));
-  EXPECT_EQ(points, expected);
-}
-
-TEST(FinderChoice, MeasuresTheCentresOfPartsThatAreSeen) {
-  FinderChoice choice;
+  GridDetails details;
+  details.radii.resize(3);
+  EXPECT_TRUE(choice.Find(image, unit::GRID, points, details));
+  EXPECT_TRUE(details.radii.empty()) << "the standard search knows none";
   choice.Set(FINDER_ROBUST);
-  choice.SetPartial(true);
-  const cv::Mat image = PartImage();
-  Centres points;
-  PartialGrid found;
-  PartialGrid fine;
-  choice.Find(image, unit::GRID, points, found);
-  choice.SetFine(true);
-  choice.Find(image, unit::GRID, points, fine);
-  ASSERT_EQ(fine.points.size(), found.points.size());
-  EXPECT_EQ(fine.weights, found.weights);
-  int moved = 0;
-  for (size_t k = 0; k < found.points.size(); ++k) {
-    if (fine.points[k] == found.points[k]) continue;
-    EXPECT_EQ(found.weights[k], 1.0) << k;
-    ++moved;
-  }
-  EXPECT_GT(moved, 30);
+  EXPECT_TRUE(choice.Find(image, unit::GRID, points, details));
+  const GridFinding finding = SearchGridRobust(image, unit::GRID);
+  EXPECT_EQ(points, finding.centres);
+  EXPECT_EQ(details.radii, finding.radii);
+  Centres right;
+  GridDetails ofRight;
+  EXPECT_TRUE(choice.FindBoth(image, image, unit::GRID, points, right, details, ofRight));
+  EXPECT_EQ(details.radii, finding.radii);
+  EXPECT_EQ(ofRight.radii, finding.radii);
+  EXPECT_FALSE(choice.Find(cv::Mat::zeros(unit::FRAME, CV_8UC1), unit::GRID, points, details));
+  EXPECT_TRUE(details.radii.empty());
 }
 
 TEST(FinderChoice, AnswersWithThePartOfEitherFrameOfAPair) {
@@ -233,15 +197,17 @@ TEST(FinderChoice, AnswersWithThePartOfEitherFrameOfAPair) {
   const cv::Mat whole = unit::ImageWithGrid();
   Centres left;
   Centres right;
-  PartialGrid leftPart;
-  PartialGrid rightPart;
-  EXPECT_FALSE(choice.FindBoth(whole, PartImage(), unit::GRID, left, right, leftPart, rightPart));
+  GridDetails ofLeft;
+  GridDetails ofRight;
+  const PartialGrid& leftPart = ofLeft.part;
+  const PartialGrid& rightPart = ofRight.part;
+  EXPECT_FALSE(choice.FindBoth(whole, PartImage(), unit::GRID, left, right, ofLeft, ofRight));
   EXPECT_EQ(left.size(), 44U);
   EXPECT_FALSE(leftPart.Found());
   EXPECT_TRUE(right.empty());
   EXPECT_EQ(rightPart.Seen(), 40);
   choice.SetPartial(false);
-  EXPECT_FALSE(choice.FindBoth(PartImage(), whole, unit::GRID, left, right, leftPart, rightPart));
+  EXPECT_FALSE(choice.FindBoth(PartImage(), whole, unit::GRID, left, right, ofLeft, ofRight));
   EXPECT_FALSE(leftPart.Found() || rightPart.Found());
 }
 

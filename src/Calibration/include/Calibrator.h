@@ -130,10 +130,12 @@ class VELMORA_API Calibrator {
   void SetPartialGrids(const bool& partial);
   bool GetPartialGrids();
 
-  /// Whether the centres that FINDER_ROBUST finds are measured anew from the next frame on, by fitting to
-  /// each disc what a camera sees of one: uneven light, which moves centroids, does not move them (see
-  /// docs/finder.md). False at first. Takes some milliseconds for each grid that is found: it is for images
-  /// that are kept. FINDER_STANDARD answers as ever.
+  /// Whether the centres of what is kept are measured anew, from the next frame on: those that FINDER_ROBUST
+  /// found and that become a snapshot without the caller supplying them, and those of DetectPartial with
+  /// deviations. To each disc is fitted what a camera sees of one: uneven light, which moves centroids, does
+  /// not move them, and the sparse solver goes by how well each is known (see docs/finder.md). False at
+  /// first. Takes some milliseconds for each snapshot. Frames that are not kept are searched as ever, and
+  /// FINDER_STANDARD answers as ever.
   void SetFineCentres(const bool& fine);
   bool GetFineCentres();
 
@@ -169,6 +171,12 @@ class VELMORA_API Calibrator {
   /// by AddSeen.
   bool DetectPartial(cv::Mat& frame, std::vector<cv::Point2d>& points, std::vector<double>& weights,
                      const bool& draw);
+  /// The same for a frame that is kept: where SetFineCentres asks for it, the centres that are seen are
+  /// measured anew, and `deviations` receives the standard deviation of each along an axis in pixels, 0 for
+  /// those that are not seen. It is empty where centres are those of the search. The last detection is as
+  /// ever.
+  bool DetectPartial(cv::Mat& frame, std::vector<cv::Point2d>& points, std::vector<double>& weights,
+                     std::vector<double>& deviations, const bool& draw);
 
   /// Brings `src` to the processing size into `dst` (which may be the same matrix). With `fill` the image is
   /// scaled by the larger factor and the overflow cut away evenly; otherwise the aspect ratio is ignored.
@@ -196,6 +204,10 @@ class VELMORA_API Calibrator {
   /// anything else, and for a part unless SetPartialGrids allows it; false during STATUS_PROGRESS and in a
   /// stereo calibrator. Parts are not recorded as poses, nor are they seen by an assistant.
   bool AddPoints(const std::vector<cv::Point2d>& points, const std::vector<double>& weights);
+  /// The same with the standard deviation of each point along an axis in pixels, 0 where that is not known,
+  /// or with none: the sparse solver lets points that are known better count more (see docs/solver.md).
+  bool AddPoints(const std::vector<cv::Point2d>& points, const std::vector<double>& weights,
+                 const std::vector<double>& deviations);
   /// Makes what the last searched frame showed a snapshot, once, whatever an assistant asks for: the whole
   /// grid as AddPoints() does or, where SetPartialGrids allows it, a part of it. `seen` then receives the
   /// centres that were seen. False, with `seen` empty, when it showed neither, during STATUS_PROGRESS and in
@@ -222,6 +234,10 @@ class VELMORA_API Calibrator {
   /// circles that both see are used, which must be three quarters of them. Earlier results keep their RMS.
   bool AddStereoPoints(const std::vector<cv::Point2d>& leftPoints, const std::vector<double>& leftWeights,
                        const std::vector<cv::Point2d>& rightPoints, const std::vector<double>& rightWeights);
+  /// The same with standard deviations, as AddPoints has them.
+  bool AddStereoPoints(const std::vector<cv::Point2d>& leftPoints, const std::vector<double>& leftWeights,
+                       const std::vector<double>& leftDeviations, const std::vector<cv::Point2d>& rightPoints,
+                       const std::vector<double>& rightWeights, const std::vector<double>& rightDeviations);
   /// Detects and adds; true when a snapshot was added. With `draw` the corners are drawn, without overlay and
   /// mirroring. Frames of different sizes raise OpenCV's assertion error (-215).
   bool AddStereoPoints(cv::Mat& left, cv::Mat& right, const bool& draw);

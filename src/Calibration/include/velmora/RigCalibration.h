@@ -23,6 +23,10 @@ struct RigRecords {
   /// For each camera and each view, 1 for points that it saw and 0 for others, wherever these are in the
   /// list. Empty lists, of a view, of a camera or at all, say that all were seen. At least four must be.
   std::vector<std::vector<std::vector<double>>> weights;
+  /// For each camera and each view, the standard deviations of the points' errors along an axis, in pixels: 0
+  /// where that is not known. Points that are known better count more, beside each other; three times as much
+  /// as usual ones at the most. Empty lists, of a view, of a camera or at all, say that nothing is known.
+  std::vector<std::vector<std::vector<double>>> deviations{};
 };
 
 /// A camera's intrinsics that are known from elsewhere.

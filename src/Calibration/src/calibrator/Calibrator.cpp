@@ -1,11 +1,11 @@
-/// The calibrator's public face: guards on kind and status, and the parts that do the work. Its frames have a
-/// file of their own.
+/// The calibrator's public face: guards on kind and status, and the parts that do the work. Its frames and
+/// its snapshots have files of their own.
 #include "Calibrator.h"
 
 #include "JSON.h"
 #include "Log.h"
 #include "calibrator/CalibratorImpl.h"
-#include "calibrator/ObservedPoints.h"
+#include "calibrator/KeptCentres.h"
 #include "calibrator/PoseProposals.h"
 #include "calibrator/ReprojectionReview.h"
 #include "foundation/Version.h"
@@ -96,11 +96,11 @@ bool Calibrator::GetPartialGrids() {
 }
 
 void Calibrator::SetFineCentres(const bool& fine) {
-  impl_->detector.Finder().SetFine(fine);
+  impl_->detector.SetFine(fine);
 }
 
 bool Calibrator::GetFineCentres() {
-  return impl_->detector.Finder().GetFine();
+  return impl_->detector.Fine();
 }
 
 // ---- Assistant.
@@ -133,7 +133,23 @@ bool Calibrator::DetectPoints(cv::Mat& frame, std::vector<cv::Point2d>& points, 
 bool Calibrator::DetectPartial(cv::Mat& frame, std::vector<cv::Point2d>& points, std::vector<double>& weights,
                                const bool& draw) {
   if (!impl_->IsMonocular()) return false;
-  return impl_->detector.DetectPartial(frame, points, weights, draw, [this] { return impl_->Overlay(); });
+  CameraSnapshot seen;
+  impl_->detector.DetectPartial(frame, seen, draw, [this] { return impl_->Overlay(); });
+  points = std::move(seen.points);
+  weights = std::move(seen.weights);
+  return !points.empty();
+}
+
+bool Calibrator::DetectPartial(cv::Mat& frame, std::vector<cv::Point2d>& points, std::vector<double>& weights,
+                               std::vector<double>& deviations, const bool& draw) {
+  if (!impl_->IsMonocular()) return false;
+  CameraSnapshot seen;
+  impl_->detector.DetectPartial(frame, seen, draw, [this] { return impl_->Overlay(); });
+  seen = WithMeasuredCentres(impl_->grid, std::move(seen));
+  points = std::move(seen.points);
+  weights = std::move(seen.weights);
+  deviations = std::move(seen.deviations);
+  return !points.empty();
 }
 
 void Calibrator::Resize(const cv::Mat& src, cv::Mat& dst, const bool& fill, const int& interpolation) {
@@ -150,110 +166,6 @@ void Calibrator::drawInfo(cv::Mat& frame, const double& elapsed) {
   state.frameSize = frame.size();
   state.elapsed = elapsed;
   DrawOverlay(state, frame);
-}
-
-// ---- Snapshots of one camera.
-
-bool Calibrator::AddPoints() {
-  return impl_->detector.WithLast([this](const std::vector<CameraSnapshot>& last) {
-    if (!impl_->IsMonocular() || isCalibrating()) return false;
-    if (!last.front().points.empty()) return impl_->AddSnapshot(last.front()) > 0;
-    Log::debug("Pattern not detected. No points added.");
-    return false;
-  });
-}
-
-void Calibrator::AddPoints(const std::vector<cv::Point2d>& points) {
-  impl_->detector.WithLast([&](const std::vector<CameraSnapshot>& last) {
-    if (!impl_->IsMonocular() || points.empty()) return false;
-    return impl_->snapshots.Add({{points, last.front().frame, {}}}, Snapshots::EarlierRms::Drop) > 0;
-  });
-}
-
-bool Calibrator::AddPoints(const std::vector<cv::Point2d>& points, const std::vector<double>& weights) {
-  return impl_->detector.WithLast([&](const std::vector<CameraSnapshot>& last) {
-    return impl_->IsMonocular() &&
-           impl_->AddWeighted({{points, last.front().frame, weights}}, Snapshots::EarlierRms::Drop);
-  });
-}
-
-bool Calibrator::AddSeen(std::vector<cv::Point2d>& seen) {
-  seen.clear();
-  return impl_->detector.WithSeen([&](const std::vector<CameraSnapshot>& last) {
-    const CameraSnapshot& view = last.front();
-    if (!impl_->IsMonocular() || isCalibrating() || view.points.empty()) return false;
-    const bool added = view.weights.empty() ? impl_->AddSnapshot(view) > 0
-                                            : impl_->AddWeighted({view}, Snapshots::EarlierRms::Drop);
-    if (added) seen = SeenPointsOf(view);
-    return added;
-  });
-}
-
-bool Calibrator::AddPoints(cv::Mat& frame, const bool& draw) {
-  std::vector<cv::Point2d> points;
-  DetectPoints(frame, points, draw);
-  if (impl_->guidance.Current() == nullptr) AddPoints();
-  return true;
-}
-
-// ---- Snapshots of a pair.
-
-bool Calibrator::AddStereoPoints() {
-  return impl_->detector.WithLast([this](const std::vector<CameraSnapshot>& last) {
-    if (impl_->RefusesPair()) return false;
-    if (last.front().points.empty() || last.back().points.empty()) {
-      Log::debug("Pattern not detected in both pictures. No points added.");
-      return false;
-    }
-    return impl_->AddPairSnapshot(last) > 0;
-  });
-}
-
-bool Calibrator::AddSeen(std::vector<cv::Point2d>& left, std::vector<cv::Point2d>& right) {
-  left.clear();
-  right.clear();
-  return impl_->detector.WithSeen([&](const std::vector<CameraSnapshot>& last) {
-    if (impl_->RefusesPair() || last.front().points.empty()) return false;
-    const bool added = last.front().weights.empty() ? impl_->AddPairSnapshot(last) > 0
-                                                    : impl_->AddWeighted(last, Snapshots::EarlierRms::Drop);
-    if (!added) return false;
-    left = SeenPointsOf(last.front());
-    right = SeenPointsOf(last.back());
-    return true;
-  });
-}
-
-void Calibrator::AddStereoPoints(const std::vector<cv::Point2d>& leftPoints,
-                                 const std::vector<cv::Point2d>& rightPoints) {
-  impl_->detector.WithLast([&](const std::vector<CameraSnapshot>& last) {
-    if (impl_->RefusesPair()) return false;
-    impl_->snapshots.Add({{leftPoints, last.front().frame, {}}, {rightPoints, last.back().frame, {}}},
-                         Snapshots::EarlierRms::Keep);
-    return false;  // the last detection is another, and stays
-  });
-}
-
-bool Calibrator::AddStereoPoints(const std::vector<cv::Point2d>& leftPoints,
-                                 const std::vector<double>& leftWeights,
-                                 const std::vector<cv::Point2d>& rightPoints,
-                                 const std::vector<double>& rightWeights) {
-  bool added = false;
-  impl_->detector.WithLast([&](const std::vector<CameraSnapshot>& last) {
-    if (impl_->RefusesPair()) return false;
-    added = impl_->AddWeighted(
-        {{leftPoints, last.front().frame, leftWeights}, {rightPoints, last.back().frame, rightWeights}},
-        Snapshots::EarlierRms::Keep);
-    return false;  // the last detection is another, and stays
-  });
-  return added;
-}
-
-bool Calibrator::AddStereoPoints(cv::Mat& left, cv::Mat& right, const bool& draw) {
-  return impl_->detector.CollectPair(
-      left, right, draw, [this] { return impl_->RefusesPair(); },
-      [this](const std::vector<CameraSnapshot>& found) {
-        return impl_->snapshots.Add(found, Snapshots::EarlierRms::Keep) > 0;
-      });
 }
 
 // ---- Solvers.

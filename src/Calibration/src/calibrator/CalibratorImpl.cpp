@@ -5,6 +5,7 @@
 
 #include "Log.h"
 #include "calibrator/GuidedDetection.h"
+#include "calibrator/KeptCentres.h"
 #include "calibrator/ObservedPoints.h"
 #include "calibrator/PoseProposals.h"
 #include "foundation/OneLine.h"
@@ -91,21 +92,25 @@ PoseProposal Calibrator::Impl::ProposePose(int model, bool fisheye) {
   return velmora::ProposePose(*now.snapshots, settings);
 }
 
-size_t Calibrator::Impl::AddSnapshot(const CameraSnapshot& detection) {
-  const size_t count = snapshots.Add({detection}, Snapshots::EarlierRms::Drop);
+size_t Calibrator::Impl::AddSnapshot(const CameraSnapshot& detection, Kept& kept) {
+  const size_t count = snapshots.Add({detection}, Snapshots::EarlierRms::Drop, kept.place);
   if (count == 0) return 0;
+  kept.views = {detection};
   recording.Add(detection.points);
   Log::debug("New points added. Snapshot count: %d", static_cast<int>(count));
   return count;
 }
 
-size_t Calibrator::Impl::AddPairSnapshot(const std::vector<CameraSnapshot>& detections) {
-  const size_t count = snapshots.Add(detections, Snapshots::EarlierRms::Drop);
-  if (count > 0) Log::debug("New points added. Snapshot count: %d", static_cast<int>(count));
+size_t Calibrator::Impl::AddPairSnapshot(const std::vector<CameraSnapshot>& detections, Kept& kept) {
+  const size_t count = snapshots.Add(detections, Snapshots::EarlierRms::Drop, kept.place);
+  if (count == 0) return 0;
+  kept.views = detections;
+  Log::debug("New points added. Snapshot count: %d", static_cast<int>(count));
   return count;
 }
 
-bool Calibrator::Impl::AddWeighted(std::vector<CameraSnapshot> views, Snapshots::EarlierRms earlier) {
+bool Calibrator::Impl::AddWeighted(std::vector<CameraSnapshot> views, Snapshots::EarlierRms earlier,
+                                   Kept& kept) {
   std::string fault = FaultOfSnapshot(grid, views);
   if (fault.empty() && !detector.Finder().GetPartial() && std::any_of(views.begin(), views.end(), IsPart)) {
     fault = "Parts of the grid are not taken: SetPartialGrids allows them.";
@@ -115,14 +120,26 @@ bool Calibrator::Impl::AddWeighted(std::vector<CameraSnapshot> views, Snapshots:
     return false;
   }
   for (CameraSnapshot& view : views) view = WithoutNeedlessWeights(std::move(view));
-  return snapshots.Add(std::move(views), earlier) > 0;
+  if (snapshots.Add(views, earlier, kept.place) == 0) return false;
+  kept.views = std::move(views);
+  return true;
+}
+
+void Calibrator::Impl::Measure(Kept& kept) {
+  const auto hasImage = [](const CameraSnapshot& view) { return !view.image.grey.empty(); };
+  if (std::none_of(kept.views.begin(), kept.views.end(), hasImage)) return;
+  for (CameraSnapshot& view : kept.views) view = WithMeasuredCentres(grid, std::move(view));
+  snapshots.Improve(kept.place, kept.views);
 }
 
 bool Calibrator::Impl::Detect(cv::Mat& frame, std::vector<cv::Point2d>& points, bool draw) {
   if (!IsMonocular()) return false;
-  GuidedDetection guide(guidance, [this](const CameraSnapshot& detection) { return AddSnapshot(detection); });
+  Kept kept;
+  GuidedDetection guide(guidance,
+                        [&](const CameraSnapshot& detection) { return AddSnapshot(detection, kept); });
   const bool found = detector.Detect(
       frame, points, draw, [this] { return Overlay(); }, guide);
+  Measure(kept);
   if (guide.Finished()) computations.ComputeCameraInBackground(MODEL_RATIONAL);
   return found;
 }

@@ -38,16 +38,28 @@ struct Calibrator::Impl {
   /// See Calibrator::ProposePose and ProposeFisheyePose.
   PoseProposal ProposePose(int model, bool fisheye);
 
+  /// A snapshot that was made of a detection, whose centres are still those of the search.
+  struct Kept {
+    std::vector<velmora::CameraSnapshot> views;  ///< none when it was refused
+    velmora::Snapshots::Place place;
+  };
+
   /// Makes it a snapshot of one camera, and a recorded pose where one is wanted; the new count, 0 when it is
   /// refused.
-  size_t AddSnapshot(const velmora::CameraSnapshot& detection);
+  size_t AddSnapshot(const velmora::CameraSnapshot& detection, Kept& kept);
 
   /// Makes them a snapshot of two cameras; the new count, 0 when it is refused.
-  size_t AddPairSnapshot(const std::vector<velmora::CameraSnapshot>& detections);
+  size_t AddPairSnapshot(const std::vector<velmora::CameraSnapshot>& detections, Kept& kept);
 
   /// Makes a snapshot of views with weights; false, with an error line where they are at fault, when it is
   /// refused.
-  bool AddWeighted(std::vector<velmora::CameraSnapshot> views, velmora::Snapshots::EarlierRms earlier);
+  bool AddWeighted(std::vector<velmora::CameraSnapshot> views, velmora::Snapshots::EarlierRms earlier,
+                   Kept& kept);
+
+  /// Measures the centres of a snapshot anew, where that is wanted: this takes its time, and so comes after
+  /// the locks under which the snapshot was made. A computation that another thread begins meanwhile has the
+  /// centres of the search.
+  void Measure(Kept& kept);
 
   /// An element of the last result; empty during a computation, before one, and for the other kind.
   using Part = std::function<cv::Mat(const velmora::Result&)>;

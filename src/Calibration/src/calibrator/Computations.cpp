@@ -71,6 +71,7 @@ Result Computations::SolveCamera(const SnapshotList& views, int model, const Pro
     SparseOptions options = OptionsOf(settings);
     options.progress = progress;
     options.sheet = settings.UsedSheet();
+    options.deviations = seen.deviations.front();
     result.camera = SolveIntrinsicsWithSheet(seen.target, points, imageSize_, model, options);
     LogRejected(seen.InGrid(result.camera.rejected));
   } else {
@@ -135,13 +136,13 @@ Result Computations::SolvePair(const SnapshotList& views, const StereoIntrinsics
   Result result;
   ExtrinsicsResult& solved = result.pair;
   if (settings.IsSparse()) {
-    const SparsePairOptions options{settings.discRadius, 1, progress, settings.robust};
+    const SparsePairOptions options{settings.discRadius, 1, progress, settings.robust, seen.deviations};
     solved = settings.refineIntrinsics
                  ? RefinePairSparsely(seen.target, left, right, intrinsics, imageSize_, model, options)
                  : SolveExtrinsicsSparsely(seen.target, left, right, intrinsics, model, options);
     if (!settings.sheet.IsFlat()) {
-      solved = PairWithShape(solved, solver::PairTargetOf(seen.target, left, right), intrinsics, model,
-                             settings.sheet, options);
+      solved = PairWithShape(solved, solver::PairTargetOf(seen.target, left, right, seen.deviations),
+                             intrinsics, model, settings.sheet, options);
     }
     LogRejectedOfPair(seen.InGrid(solved.solution->rejected));
     LogRecountedOfPair(solved.solution->recounted);
@@ -220,6 +221,7 @@ ModelChoice Computations::ChooseModel() const {
   const ObservedPoints seen = ObservedIn(*now.snapshots);
   SparseOptions options = OptionsOf(settings);
   options.sheet = settings.UsedSheet();
+  if (settings.IsSparse()) options.deviations = seen.deviations.front();
   return CompareAllModels(seen.target, seen.cameras.front(), imageSize_, options);
 }
 

@@ -8,6 +8,7 @@
 
 #include "Log.h"
 #include "calibrator/ObservedPoints.h"
+#include "finder/Grey.h"
 #include "imaging/FrameKind.h"
 #include "imaging/FrameResize.h"
 
@@ -42,6 +43,11 @@ CameraSnapshot ObservedOf(const Centres& points, const PartialGrid& part) {
   return {points, {}, std::vector<double>(points.size(), 1.0)};
 }
 
+/// The radii of the discs that are seen, 0 for the others.
+const std::vector<double>& RadiiOf(const GridDetails& details) {
+  return details.part.points.empty() ? details.radii : details.part.radii;
+}
+
 }  // namespace
 
 Detector::Detector(const cv::Size& grid, const cv::Size& processingSize)
@@ -49,37 +55,57 @@ Detector::Detector(const cv::Size& grid, const cv::Size& processingSize)
 }
 
 void Detector::Forget() {
-  for (CameraSnapshot& camera : last_) camera.points.clear();
+  for (CameraSnapshot& camera : last_) {
+    camera.points.clear();
+    camera.image = {};
+  }
   parts_.assign(last_.size(), {});
 }
 
 /// Searches the frame and remembers what it shows.
 bool Detector::Search(cv::Mat& frame, Centres& points) {
-  PartialGrid part;
-  const bool found = finder_.Find(frame, grid_, points, part);
+  GridDetails details;
+  const bool found = finder_.Find(frame, grid_, points, details);
   if (found) {
     last_[0].points = points;
+    last_[0].image = ImageOf(frame, std::move(details.radii));
   } else {
+    PartialGrid& part = details.part;
     parts_[0] = {std::move(part.points), {}, std::move(part.weights)};
+    parts_[0].image = ImageOf(frame, std::move(part.radii));
   }
   return found;
 }
 
 /// Searches the frames of a pair and remembers what both show.
 bool Detector::SearchPair(cv::Mat& left, cv::Mat& right, Centres& leftPoints, Centres& rightPoints) {
-  PartialGrid leftPart;
-  PartialGrid rightPart;
-  if (finder_.FindBoth(left, right, grid_, leftPoints, rightPoints, leftPart, rightPart)) {
+  GridDetails leftDetails;
+  GridDetails rightDetails;
+  if (finder_.FindBoth(left, right, grid_, leftPoints, rightPoints, leftDetails, rightDetails)) {
     last_[0].points = leftPoints;
     last_[1].points = rightPoints;
+    last_[0].image = ImageOf(left, std::move(leftDetails.radii));
+    last_[1].image = ImageOf(right, std::move(rightDetails.radii));
     return true;
   }
   // Points of a search that failed are none, unless the other search could have answered a part: it was the
   // robust one then, and so was this.
-  if (leftPart.points.empty() && rightPart.points.empty()) return false;
-  std::vector<CameraSnapshot> seen = {ObservedOf(leftPoints, leftPart), ObservedOf(rightPoints, rightPart)};
-  if (FaultOfSnapshot(grid_, seen).empty()) parts_ = std::move(seen);
+  if (leftDetails.part.points.empty() && rightDetails.part.points.empty()) return false;
+  std::vector<CameraSnapshot> seen = {ObservedOf(leftPoints, leftDetails.part),
+                                      ObservedOf(rightPoints, rightDetails.part)};
+  if (!FaultOfSnapshot(grid_, seen).empty()) return false;
+  seen[0].image = ImageOf(left, RadiiOf(leftDetails));
+  seen[1].image = ImageOf(right, RadiiOf(rightDetails));
+  parts_ = std::move(seen);
   return false;
+}
+
+/// Empty when centres are not to be measured there.
+GridImage Detector::ImageOf(const cv::Mat& frame, std::vector<double> radii) const {
+  if (!fine_ || radii.empty()) return {};
+  const cv::Mat grey = finder::GreyOf(frame);
+  // A grey frame will be drawn on.
+  return {frame.channels() == 1 ? grey.clone() : grey, std::move(radii)};
 }
 
 void Detector::KeepFrame(size_t camera, const cv::Mat& frame) {
@@ -144,20 +170,20 @@ bool Detector::Detect(cv::Mat& frame, Centres& points, bool draw, const Overlay&
   return found;
 }
 
-bool Detector::DetectPartial(cv::Mat& frame, Centres& points, std::vector<double>& weights, bool draw,
-                             const Overlay& overlay) {
+bool Detector::DetectPartial(cv::Mat& frame, CameraSnapshot& seen, bool draw, const Overlay& overlay) {
   const std::lock_guard<std::mutex> lock(lock_);
   const Stopwatch stopwatch;
   Forget();
-  points.clear();
-  weights.clear();
+  seen = {};
   if (!BringToProcessingSize(frame)) return false;
+  Centres points;
   if (Search(frame, points)) {
-    weights.assign(points.size(), 1.0);
+    seen = last_[0];
+    seen.weights.assign(points.size(), 1.0);
   } else {
-    points = parts_[0].points;
-    weights = parts_[0].weights;
+    seen = parts_[0];
   }
+  seen.frame = cv::Mat();
   const double elapsed = stopwatch.Seconds();
   KeepFrame(0, frame);
   if (draw) {
@@ -165,7 +191,7 @@ bool Detector::DetectPartial(cv::Mat& frame, Centres& points, std::vector<double
     DrawInfo(overlay, elapsed, frame);
   }
   if (flip_) cv::flip(frame, frame, AROUND_VERTICAL_AXIS);
-  return !points.empty();
+  return !seen.points.empty();
 }
 
 bool Detector::DetectPair(cv::Mat& left, cv::Mat& right, Centres& leftPoints, Centres& rightPoints, bool draw,
@@ -200,7 +226,13 @@ bool Detector::CollectPair(cv::Mat& left, cv::Mat& right, bool draw, const std::
   AssertSameSize(left, right, "AddStereoPoints", 483);
   std::vector<CameraSnapshot> found(2);
   if (!BringToProcessingSize(left, right)) return false;
-  if (!finder_.FindBoth(left, right, grid_, found[0].points, found[1].points)) return false;
+  GridDetails leftDetails;
+  GridDetails rightDetails;
+  if (!finder_.FindBoth(left, right, grid_, found[0].points, found[1].points, leftDetails, rightDetails)) {
+    return false;
+  }
+  found[0].image = ImageOf(left, std::move(leftDetails.radii));
+  found[1].image = ImageOf(right, std::move(rightDetails.radii));
   found[0].frame = left.clone();
   found[1].frame = right.clone();
   if (!add(found)) return false;

@@ -34,6 +34,10 @@ class Detector {
   Detector(const cv::Size& grid, const cv::Size& processingSize);
 
   FinderChoice& Finder() { return finder_; }
+  /// Whether what is found is remembered with an image in which its centres can be measured anew; from the
+  /// next frame on, and of the robust search only. False at first.
+  void SetFine(bool fine) { fine_ = fine; }
+  bool Fine() const { return fine_; }
   void SetFlip(bool flip) { flip_ = flip; }
   bool Flip() const { return flip_; }
 
@@ -46,10 +50,9 @@ class Detector {
   /// Searches one camera's frame; see Calibrator::DetectPoints.
   bool Detect(cv::Mat& frame, std::vector<cv::Point2d>& points, bool draw, const Overlay& overlay,
               DetectionGuide& guide);
-  /// Searches one camera's frame for the grid or a part of it; see Calibrator::DetectPartial. A part is never
-  /// the last detection, but its frame is kept.
-  bool DetectPartial(cv::Mat& frame, std::vector<cv::Point2d>& points, std::vector<double>& weights,
-                     bool draw, const Overlay& overlay);
+  /// Searches one camera's frame for the grid or a part of it; see Calibrator::DetectPartial. `seen` has no
+  /// frame, and always weights. A part is never the last detection, but its frame is kept.
+  bool DetectPartial(cv::Mat& frame, CameraSnapshot& seen, bool draw, const Overlay& overlay);
   /// Searches the frames of a pair; see Calibrator::DetectStereoPoints. Nothing is done when `refuses` says
   /// so at the moment when no other detection is under way any more. Parts are never the last detection; they
   /// are drawn, and their frames kept, where both cameras see enough of the same circles for a snapshot.
@@ -76,6 +79,7 @@ class Detector {
   bool Search(cv::Mat& frame, std::vector<cv::Point2d>& points);
   bool SearchPair(cv::Mat& left, cv::Mat& right, std::vector<cv::Point2d>& leftPoints,
                   std::vector<cv::Point2d>& rightPoints);
+  GridImage ImageOf(const cv::Mat& frame, std::vector<double> radii) const;
   void KeepFrame(size_t camera, const cv::Mat& frame);
   void DrawSeen(size_t camera, cv::Mat& frame) const;
   bool BringToProcessingSize(cv::Mat& frame) const;
@@ -85,6 +89,7 @@ class Detector {
   const cv::Size grid_;
   const cv::Size processingSize_;
   FinderChoice finder_;
+  std::atomic<bool> fine_{false};
   std::atomic<bool> flip_{false};
 
   std::mutex lock_;  ///< one detection or collection at a time; guards the last detection

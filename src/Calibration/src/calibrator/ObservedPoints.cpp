@@ -55,6 +55,13 @@ std::string FaultOfLists(const cv::Size& grid, const CameraSnapshot& view) {
                   [](double weight) { return weight != 0.0 && weight != 1.0; })) {
     return "A weight is neither 0 nor 1.";
   }
+  if (!view.deviations.empty() && view.deviations.size() != count) {
+    return "A deviation of each of the grid's " + std::to_string(count) + " circles is needed, or none.";
+  }
+  if (std::any_of(view.deviations.begin(), view.deviations.end(),
+                  [](double deviation) { return !std::isfinite(deviation) || deviation < 0.0; })) {
+    return "A deviation is negative or not finite.";
+  }
   return "";
 }
 
@@ -68,11 +75,15 @@ int ObservedPoints::InGrid(size_t snapshot, int point) const {
 ObservedPoints ObservedIn(const SnapshotList& snapshots) {
   ObservedPoints seen;
   seen.target = snapshots.target;
-  for (const auto& camera : snapshots.cameras) seen.cameras.push_back(camera.points);
+  for (const auto& camera : snapshots.cameras) {
+    seen.cameras.push_back(camera.points);
+    seen.deviations.push_back(camera.deviations);
+  }
   for (size_t i = 0; i < snapshots.Count(); ++i) {
     seen.numbers.push_back(NumbersIn(snapshots, i));
     Take(seen.numbers[i], seen.target[i]);
     for (auto& camera : seen.cameras) Take(seen.numbers[i], camera[i]);
+    for (auto& camera : seen.deviations) Take(seen.numbers[i], camera[i]);
   }
   return seen;
 }

@@ -14,6 +14,8 @@ namespace velmora {
 struct ObservedPoints {
   std::vector<std::vector<cv::Point3d>> target;
   std::vector<std::vector<std::vector<cv::Point2d>>> cameras;  ///< of each camera
+  /// Standard deviations of these points, of each camera: pixels; empty lists where they are not known.
+  std::vector<std::vector<std::vector<double>>> deviations;
   std::vector<std::vector<int>> numbers;  ///< in the grid, of the points; empty: all of them are there
 
   /// From a number among the points that were seen to that in the grid. Numbers of no points stay.

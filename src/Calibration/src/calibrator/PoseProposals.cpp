@@ -28,12 +28,14 @@ Known KnownFrom(const SnapshotList& snapshots, const ProposalSettings& settings)
   const auto& points = seen.cameras.front();
   if (points.empty()) return known;
   try {
-    known.target = solver::TargetOf(seen.target, points);
+    SparseOptions options = settings.solver;
+    options.deviations = seen.deviations.front();
+    known.target = solver::TargetOf(seen.target, points, options.deviations);
     if (points.size() < ENOUGH_FOR_A_CAMERA) return known;
     known.solution =
-        *(settings.fisheye ? SolveFisheyeWithSheet(seen.target, points, settings.imageSize, settings.solver)
+        *(settings.fisheye ? SolveFisheyeWithSheet(seen.target, points, settings.imageSize, options)
                            : SolveIntrinsicsWithSheet(seen.target, points, settings.imageSize, settings.model,
-                                                      settings.solver))
+                                                      options))
              .solution;
   } catch (const cv::Exception& fault) {
     Log::debug("No camera for a proposal: %s", OneLine(fault.what()).c_str());

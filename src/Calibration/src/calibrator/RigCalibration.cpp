@@ -7,6 +7,7 @@
 #include <set>
 #include <utility>
 
+#include "calibrator/RigChecks.h"
 #include "model/Codes.h"
 #include "model/LensModel.h"
 #include "quality/RigAssessment.h"
@@ -23,56 +24,6 @@ namespace velmora {
 namespace {
 
 constexpr size_t FEWEST_VIEWS = 3;
-constexpr std::ptrdiff_t FEWEST_POINTS = 4;
-
-[[noreturn]] void Fail(int code, const std::string& text) {
-  CV_Error(code, text);
-}
-
-void Require(bool condition, const std::string& text) {
-  if (!condition) Fail(cv::Error::StsBadArg, text);
-}
-
-void RequireWeights(const RigRecords& records) {
-  const auto& weights = records.weights;
-  Require(weights.empty() || weights.size() == records.imagePoints.size(),
-          "There are weights for " + std::to_string(weights.size()) + " of " +
-              std::to_string(records.imagePoints.size()) + " cameras: give all or none.");
-  for (size_t i = 0; i < weights.size(); ++i) {
-    const std::string camera = " of camera " + std::to_string(i);
-    Require(weights[i].empty() || weights[i].size() == records.objectPoints.size(),
-            "The weights" + camera + " are of " + std::to_string(weights[i].size()) +
-                " views, the target has " + std::to_string(records.objectPoints.size()) + ".");
-    for (size_t view = 0; view < weights[i].size(); ++view) {
-      const std::vector<double>& each = weights[i][view];
-      if (each.empty()) continue;
-      const std::string place = camera + " in view " + std::to_string(view);
-      Require(each.size() == records.imagePoints[i][view].size(),
-              "There are " + std::to_string(each.size()) + " weights" + place + ", and " +
-                  std::to_string(records.imagePoints[i][view].size()) + " points.");
-      Require(std::all_of(each.begin(), each.end(), [](double w) { return w == 0.0 || w == 1.0; }),
-              "A weight" + place + " is neither 0 nor 1.");
-      Require(std::count(each.begin(), each.end(), 1.0) >= FEWEST_POINTS || each.empty(),
-              "Fewer than four points" + place + " were seen.");
-    }
-  }
-}
-
-void RequireMatching(const RigRecords& records, const RigOptions& options) {
-  const size_t cameras = records.imagePoints.size();
-  Require(cameras >= 2, "A rig has two cameras or more.");
-  Require(records.imageSizes.size() == cameras, "Each camera of a rig has an image size.");
-  Require(!records.objectPoints.empty(), "There are no views.");
-  Require(options.intrinsics.empty() || options.intrinsics.size() == cameras,
-          "Intrinsics are given for " + std::to_string(options.intrinsics.size()) + " of " +
-              std::to_string(cameras) + " cameras: give all or none.");
-  for (size_t i = 0; i < cameras; ++i) {
-    Require(records.imagePoints[i].size() == records.objectPoints.size(),
-            "Camera " + std::to_string(i) + " has " + std::to_string(records.imagePoints[i].size()) +
-                " views, the target " + std::to_string(records.objectPoints.size()) + ".");
-  }
-  RequireWeights(records);
-}
 
 SheetAssumption SheetOf(const RigOptions& options) {
   SheetAssumption sheet = SheetShapeOf(options.sheetShape);
@@ -125,11 +76,15 @@ class RigComputation {
   solver::Target TargetOfViews() const {
     solver::ObjectPoints object;
     std::vector<solver::ImagePoints> images(records_.imagePoints.size());
+    std::vector<solver::PointDeviations> deviations(records_.deviations.size());
     for (const size_t view : views_) {
       object.push_back(records_.objectPoints[view]);
       for (size_t i = 0; i < images.size(); ++i) images[i].push_back(records_.imagePoints[i][view]);
+      for (size_t i = 0; i < deviations.size(); ++i) {
+        if (!records_.deviations[i].empty()) deviations[i].push_back(records_.deviations[i][view]);
+      }
     }
-    solver::Target target = solver::TargetOf(object, images);
+    solver::Target target = solver::TargetOf(object, images, deviations);
     for (size_t i = 0; i < records_.weights.size(); ++i) {
       for (size_t k = 0; k < views_.size() && !records_.weights[i].empty(); ++k) {
         TakeSeen(records_.weights[i][views_[k]], target.views[k].observations[i]);
@@ -145,6 +100,7 @@ class RigComputation {
       if (weights[k] == 0.0) continue;
       seen.object.push_back(observation.object[k]);
       seen.image.push_back(observation.image[k]);
+      if (!observation.deviations.empty()) seen.deviations.push_back(observation.deviations[k]);
     }
     observation = std::move(seen);
   }

@@ -41,6 +41,11 @@ void Snapshots::SetStatus(int status) {
 }
 
 size_t Snapshots::Add(std::vector<CameraSnapshot> views, EarlierRms earlier) {
+  Place place;
+  return Add(std::move(views), earlier, place);
+}
+
+size_t Snapshots::Add(std::vector<CameraSnapshot> views, EarlierRms earlier, Place& place) {
   CV_Assert(views.size() == cameraCount_);
   const std::lock_guard<std::mutex> lock(lock_);
   if (now_.status == STATUS_PROGRESS) return 0;
@@ -50,16 +55,32 @@ size_t Snapshots::Add(std::vector<CameraSnapshot> views, EarlierRms earlier) {
     list->cameras[i].points.push_back(std::move(views[i].points));
     list->cameras[i].frames.push_back(std::move(views[i].frame));
     list->cameras[i].weights.push_back(std::move(views[i].weights));
+    list->cameras[i].deviations.push_back(std::move(views[i].deviations));
   }
   now_.snapshots = std::move(list);
   if (now_.snapshots->Count() >= ENOUGH) now_.status = STATUS_READY;
   if (earlier == EarlierRms::Drop) now_.rms = -1.0F;  // the result stays, but describes other snapshots
-  return now_.snapshots->Count();
+  place = {now_.snapshots->Count(), era_};
+  return place.number;
+}
+
+bool Snapshots::Improve(const Place& place, const std::vector<CameraSnapshot>& views) {
+  CV_Assert(views.size() == cameraCount_);
+  const std::lock_guard<std::mutex> lock(lock_);
+  if (place.era != era_ || place.number == 0) return false;
+  auto list = std::make_shared<SnapshotList>(*now_.snapshots);
+  for (size_t i = 0; i < views.size(); ++i) {
+    list->cameras[i].points[place.number - 1] = views[i].points;
+    list->cameras[i].deviations[place.number - 1] = views[i].deviations;
+  }
+  now_.snapshots = std::move(list);
+  return true;
 }
 
 void Snapshots::Reset() {
   const std::lock_guard<std::mutex> lock(lock_);
   if (now_.status == STATUS_PROGRESS) return;
+  ++era_;
   now_ = Moment{};
   now_.snapshots = NoSnapshots(cameraCount_);
   failed_ = false;
@@ -80,6 +101,7 @@ std::unique_ptr<Snapshots::Computation> Snapshots::Begin() {
   if (now_.status == STATUS_PROGRESS || now_.snapshots->Count() < ENOUGH) return nullptr;
   std::unique_ptr<Computation> computation(new Computation(*this, now_.snapshots, now_.status));
   now_.status = STATUS_PROGRESS;
+  ++era_;
   cancelled_ = false;
   return computation;
 }

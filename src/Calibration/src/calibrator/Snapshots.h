@@ -13,12 +13,22 @@
 
 namespace velmora {
 
+/// The picture of a grid that was found.
+struct GridImage {
+  cv::Mat grey;               ///< 8 bits, one channel; not drawn on
+  std::vector<double> radii;  ///< of the discs, pixels; 0 for those that are not seen
+};
+
 /// What one camera saw in one snapshot.
 struct CameraSnapshot {
   std::vector<cv::Point2d> points;  ///< pixels, in the order of the grid search
   cv::Mat frame;                    ///< empty when there was none
   /// Of each point 1, or 0 where it was not seen and is only where it would be; empty: all were seen.
-  std::vector<double> weights;
+  std::vector<double> weights{};
+  /// Of each point the standard deviation along an axis, pixels, 0 where it was not seen; empty: not known.
+  std::vector<double> deviations{};
+  /// Where the points can be measured anew; empty when they are not to be.
+  GridImage image{};
 };
 
 /// All snapshots, in the shape that solvers take. The lists have an entry for each snapshot.
@@ -27,6 +37,7 @@ struct SnapshotList {
     std::vector<std::vector<cv::Point2d>> points;
     std::vector<cv::Mat> frames;
     std::vector<std::vector<double>> weights;
+    std::vector<std::vector<double>> deviations;
   };
 
   std::vector<std::vector<cv::Point3d>> target;  ///< the same object points (metres) for each
@@ -45,6 +56,12 @@ class Snapshots {
   static constexpr size_t ENOUGH = 5;
 
   class Computation;
+
+  /// Which snapshot it is, as long as they are not reset and no computation begins.
+  struct Place {
+    size_t number = 0;  ///< from 1
+    size_t era = 0;
+  };
 
   /// All of one moment.
   struct Moment {
@@ -69,6 +86,10 @@ class Snapshots {
   enum class EarlierRms { Drop, Keep };
   /// One view for each camera; the new count, or 0 when a computation is under way.
   size_t Add(std::vector<CameraSnapshot> views, EarlierRms earlier);
+  size_t Add(std::vector<CameraSnapshot> views, EarlierRms earlier, Place& place);
+  /// Gives the snapshot the points and deviations of these views, and leaves everything else as it is. False,
+  /// with nothing changed, once a computation began, which is of the earlier points, and after a Reset.
+  bool Improve(const Place& place, const std::vector<CameraSnapshot>& views);
   /// Back to the beginning, unless a computation is under way.
   void Reset();
 
@@ -100,6 +121,7 @@ class Snapshots {
   Moment now_;
   bool failed_ = false;
   int completed_ = 0;
+  size_t era_ = 0;                      ///< how often it was reset and computations began
   std::atomic<bool> cancelled_{false};  ///< falls when a computation begins, is raised only during one
 };
 

@@ -1,15 +1,11 @@
 /// Centres of a found grid as near the truth as the pixels allow, and how near that is.
 #include "finder/CentreFit.h"
 
-#include <algorithm>
-#include <cmath>
-
 #include "finder/DiscFit.h"
 #include "finder/DiscWindow.h"
 #include "finder/GridProjection.h"
 #include "finder/Pattern.h"
 #include "finder/SharedLight.h"
-#include "foundation/Median.h"
 
 namespace velmora {
 
@@ -23,7 +19,6 @@ constexpr double UNSURE = 0.1;
 constexpr double UNSURE_RADII = 0.02;
 /// The deviation of the centroids of small discs, pixels.
 constexpr double USUAL = 0.03;
-constexpr double LEAST_WEIGHT = 0.05;
 
 finder::FoundDisc FoundAt(const GridProjection& projection, const LabelledDiscs& discs, size_t k) {
   const finder::DiscWindow window = finder::WindowOf(projection, discs, k);
@@ -70,19 +65,6 @@ MeasuredCentres MeasureCentres(const cv::Mat& grey, const cv::Size& grid,
     measured.fitted[k] = fitted[k].holds;
   }
   return measured;
-}
-
-std::vector<double> WeightsOf(const std::vector<double>& deviations) {
-  std::vector<double> known;
-  std::copy_if(deviations.begin(), deviations.end(), std::back_inserter(known),
-               [](double deviation) { return deviation > 0.0; });
-  const double median = MedianOf(known);
-  std::vector<double> weights;
-  for (const double deviation : deviations) {
-    const double ratio = deviation > 0.0 ? median / deviation : 0.0;
-    weights.push_back(deviation > 0.0 ? std::min(1.0, std::max(LEAST_WEIGHT, ratio * ratio)) : 0.0);
-  }
-  return weights;
 }
 
 }  // namespace velmora

@@ -33,8 +33,4 @@ MeasuredCentres MeasureCentres(const cv::Mat& grey, const cv::Size& grid,
 /// Below that a fit is no nearer to the truth than the centroid of darkness, pixels.
 constexpr double LEAST_FITTED_RADIUS = 5.0;
 
-/// Weights of squared residuals for a solver that takes those of usual centres as 1: the square of the median
-/// deviation over each one's, at most 1 and at least 0.05; 0 where the deviation is 0.
-std::vector<double> WeightsOf(const std::vector<double>& deviations);
-
 }  // namespace velmora

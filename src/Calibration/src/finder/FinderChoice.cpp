@@ -3,8 +3,6 @@
 
 #include <future>
 
-#include "finder/CentreFit.h"
-#include "finder/Grey.h"
 #include "finder/Pattern.h"
 #include "finder/StandardFinder.h"
 #include "model/Codes.h"
@@ -17,32 +15,23 @@ using Centres = std::vector<cv::Point2d>;
 
 static_assert(velmora::FINDER_STANDARD == 0, "a choice starts with the default search");
 
-/// Measures the centres of the grid, or of the part of it, that was found.
-void MeasureFound(const cv::Mat& frame, const cv::Size& grid, GridFinding& finding, PartialGrid* part) {
-  const auto measure = [&](Centres& centres, const std::vector<double>& radii) {
-    centres = MeasureCentres(finder::GreyOf(frame), grid, centres, radii).centres;
-  };
-  if (finding.Found()) measure(finding.centres, finding.radii);
-  if (part != nullptr && part->Found()) measure(part->points, part->radii);
-}
-
-/// Which search, and whether its centres are measured anew.
+/// What to search by.
 struct Choice {
   int finder;
-  bool fine;
+  bool parts;
 };
 
-/// `part` is null when nobody wants one.
+/// `details` is null when nobody wants them.
 GridFault Search(const Choice& choice, const cv::Mat& frame, const cv::Size& grid, Centres& points,
-                 bool& found, PartialGrid* part) {
+                 bool& found, GridDetails* details) {
   if (choice.finder == velmora::FINDER_STANDARD || !finder::HasOneOrder(grid)) {
     found = FindGridStandard(frame, grid, points);
     return GridFault::None;
   }
-  GridFinding finding =
-      part != nullptr ? SearchGridRobust(frame, grid, *part) : SearchGridRobust(frame, grid);
-  if (choice.fine) MeasureFound(frame, grid, finding, part);
+  GridFinding finding = details != nullptr && choice.parts ? SearchGridRobust(frame, grid, details->part)
+                                                           : SearchGridRobust(frame, grid);
   points = std::move(finding.centres);
+  if (details != nullptr) details->radii = std::move(finding.radii);
   found = finding.Found();
   return finding.fault;
 }
@@ -57,36 +46,23 @@ bool FinderChoice::Set(int finder) {
 
 bool FinderChoice::Find(const cv::Mat& frame, const cv::Size& grid, Centres& points) {
   bool found = false;
-  fault_ = Search({finder_, fine_}, frame, grid, points, found, nullptr);
+  fault_ = Search({finder_, false}, frame, grid, points, found, nullptr);
   return found;
 }
 
-bool FinderChoice::Find(const cv::Mat& frame, const cv::Size& grid, Centres& points, PartialGrid& part) {
+bool FinderChoice::Find(const cv::Mat& frame, const cv::Size& grid, Centres& points, GridDetails& details) {
   bool found = false;
-  part = {};
-  fault_ = Search({finder_, fine_}, frame, grid, points, found, partial_ ? &part : nullptr);
+  details = {};
+  fault_ = Search({finder_, partial_}, frame, grid, points, found, &details);
   return found;
 }
 
 bool FinderChoice::FindBoth(const cv::Mat& left, const cv::Mat& right, const cv::Size& grid,
-                            Centres& leftPoints, Centres& rightPoints) {
-  return FindPair(left, right, grid, leftPoints, rightPoints, nullptr, nullptr);
-}
-
-bool FinderChoice::FindBoth(const cv::Mat& left, const cv::Mat& right, const cv::Size& grid,
-                            Centres& leftPoints, Centres& rightPoints, PartialGrid& leftPart,
-                            PartialGrid& rightPart) {
-  const bool partial = partial_;
-  leftPart = {};
-  rightPart = {};
-  return FindPair(left, right, grid, leftPoints, rightPoints, partial ? &leftPart : nullptr,
-                  partial ? &rightPart : nullptr);
-}
-
-bool FinderChoice::FindPair(const cv::Mat& left, const cv::Mat& right, const cv::Size& grid,
-                            Centres& leftPoints, Centres& rightPoints, PartialGrid* leftPart,
-                            PartialGrid* rightPart) {
-  const Choice choice{finder_, fine_};
+                            Centres& leftPoints, Centres& rightPoints, GridDetails& leftDetails,
+                            GridDetails& rightDetails) {
+  const Choice choice{finder_, partial_};
+  leftDetails = {};
+  rightDetails = {};
   // The search draws random numbers from its thread's generator.
   const std::uint64_t randomState = cv::theRNG().state;
   // A list of its own, handed over at the end: callers may pass one list for both.
@@ -95,10 +71,10 @@ bool FinderChoice::FindPair(const cv::Mat& left, const cv::Mat& right, const cv:
   // Without a thread to be had, the second search follows the first.
   auto rightSearch = std::async(std::launch::async | std::launch::deferred, [&] {
     cv::theRNG().state = randomState;
-    return Search(choice, right, grid, ofRight, foundRight, rightPart);
+    return Search(choice, right, grid, ofRight, foundRight, &rightDetails);
   });
   bool foundLeft = false;
-  const GridFault leftFault = Search(choice, left, grid, leftPoints, foundLeft, leftPart);
+  const GridFault leftFault = Search(choice, left, grid, leftPoints, foundLeft, &leftDetails);
   const GridFault rightFault = rightSearch.get();
   rightPoints = std::move(ofRight);
   fault_ = leftFault != GridFault::None ? leftFault : rightFault;

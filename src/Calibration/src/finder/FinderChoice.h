@@ -9,6 +9,13 @@
 
 namespace velmora {
 
+/// What a search found besides the centres of a whole grid.
+struct GridDetails {
+  std::vector<double> radii;  ///< of the discs of the whole grid, pixels; empty without one, and of a default
+                              ///< search
+  PartialGrid part;           ///< what is seen of a grid that is not found whole
+};
+
 /// Switchable at any time, from any thread; a search under way ends as it began.
 class FinderChoice {
  public:
@@ -20,37 +27,26 @@ class FinderChoice {
   void SetPartial(bool partial) { partial_ = partial; }
   bool GetPartial() const { return partial_; }
 
-  /// Whether the centres that the robust search finds are measured anew (MeasureCentres). False at first.
-  void SetFine(bool fine) { fine_ = fine; }
-  bool GetFine() const { return fine_; }
-
   /// The chosen search. The robust one leaves sizes that it does not take to the default one.
   bool Find(const cv::Mat& frame, const cv::Size& grid, std::vector<cv::Point2d>& points);
+
+  /// Find that also gives the details. A part is not found unless SetPartial allows it, and the robust search
+  /// is chosen and takes the size. Neither result nor points nor fault depend on parts.
+  bool Find(const cv::Mat& frame, const cv::Size& grid, std::vector<cv::Point2d>& points,
+            GridDetails& details);
   /// Searches two images at the same time; results and exceptions are as if the left one was searched first.
   /// True when both hold the grid.
   bool FindBoth(const cv::Mat& left, const cv::Mat& right, const cv::Size& grid,
-                std::vector<cv::Point2d>& leftPoints, std::vector<cv::Point2d>& rightPoints);
-
-  /// Find and FindBoth that also give what is seen of a grid that is not found whole. A part is not found
-  /// unless SetPartial allows it, and the robust search is chosen and takes the size. Neither result nor
-  /// points nor fault depend on parts.
-  bool Find(const cv::Mat& frame, const cv::Size& grid, std::vector<cv::Point2d>& points, PartialGrid& part);
-  bool FindBoth(const cv::Mat& left, const cv::Mat& right, const cv::Size& grid,
                 std::vector<cv::Point2d>& leftPoints, std::vector<cv::Point2d>& rightPoints,
-                PartialGrid& leftPart, PartialGrid& rightPart);
+                GridDetails& leftDetails, GridDetails& rightDetails);
 
   /// Why the last search that ended found nothing; None when it found the grid, and after a default one,
   /// which gives no reasons.
   GridFault Fault() const { return fault_; }
 
  private:
-  bool FindPair(const cv::Mat& left, const cv::Mat& right, const cv::Size& grid,
-                std::vector<cv::Point2d>& leftPoints, std::vector<cv::Point2d>& rightPoints,
-                PartialGrid* leftPart, PartialGrid* rightPart);
-
   std::atomic<int> finder_{0};
   std::atomic<bool> partial_{false};
-  std::atomic<bool> fine_{false};
   std::atomic<GridFault> fault_{GridFault::None};
 };
 
