@@ -18,6 +18,7 @@ std::string CameraViews::Take(NamedImage& input) {
     names_.push_back(input.name);
     views_.push_back(view.points);
     weights_.push_back(view.weights);
+    deviations_.push_back(view.deviations);
     last_ = std::move(view);
   } else {
     rejected_.push_back({input.name, fault});
@@ -36,8 +37,8 @@ common::Report CameraViews::Calibrate() {
   const std::set<size_t> isChosen(chosen.begin(), chosen.end());
   for (size_t i = 0; i < views_.size(); ++i) {
     if (isChosen.count(i) > 0) {
-      const GridView view{views_[i], weights_[i]};
-      calibrator.AddPoints(view.points, view.weights);
+      const GridView view{views_[i], weights_[i], deviations_[i]};
+      calibrator.AddPoints(view.points, view.weights, view.deviations);
       used_.push_back(view.Seen());
       report.used.push_back(names_[i]);
       if (view.IsPart()) report.parts.circles.push_back(used_.back().size());

@@ -55,6 +55,7 @@ class CameraViews {
   std::vector<std::string> names_;
   std::vector<Centres> views_;                ///< all circles, also those of a part that are not seen
   std::vector<std::vector<double>> weights_;  ///< of the views
+  std::vector<std::vector<double>> deviations_;
   GridView last_;
   std::vector<Centres> used_;
   std::vector<common::Rejection> rejected_;

@@ -72,7 +72,8 @@ std::string ImageSearch::FaultOf(NamedImage& input, Centres& centres) {
 std::string ImageSearch::FaultOf(NamedImage& input, GridView& view) {
   std::string fault = FaultBeforeSearch(input);
   if (!fault.empty()) return fault;
-  const bool found = calibrator_->DetectPartial(input.image, view.points, view.weights, false);
+  const bool found =
+      calibrator_->DetectPartial(input.image, view.points, view.weights, view.deviations, false);
   return found ? "" : FaultWithoutGrid(input);
 }
 

@@ -18,6 +18,8 @@ using Centres = std::vector<cv::Point2d>;
 struct GridView {
   Centres points;
   std::vector<double> weights;  ///< 1 for circles that are seen, 0 for others, which would be there
+  /// Standard deviations of the points along an axis, pixels; empty where they are not known.
+  std::vector<double> deviations{};
 
   bool IsPart() const;
   /// The points that are seen.

@@ -75,6 +75,8 @@ struct PairViews {
   std::vector<Centres> leftCentres;
   std::vector<Centres> rightCentres;
   std::vector<std::vector<double>> weights;  ///< 1 for circles that both cameras see
+  std::vector<std::vector<double>> leftDeviations;
+  std::vector<std::vector<double>> rightDeviations;
   std::vector<common::Rejection> rejected;
 };
 
@@ -94,6 +96,8 @@ std::string TakeCommon(const std::string& name, const cv::Size& grid, PairViews&
   pairs.leftCentres.push_back(left.points);
   pairs.rightCentres.push_back(right.points);
   pairs.weights.push_back(left.weights);
+  pairs.leftDeviations.push_back(left.deviations);
+  pairs.rightDeviations.push_back(right.deviations);
   return "";
 }
 
@@ -212,9 +216,10 @@ common::SeenByPair Select(const Arguments& arguments, const PairViews& pairs, Ca
       report.rejected.push_back(common::NotNeeded(pairs.names[i], arguments.maxViews));
       continue;
     }
-    const GridView left{pairs.leftCentres[i], pairs.weights[i]};
-    const GridView right{pairs.rightCentres[i], pairs.weights[i]};
-    calibrator.AddStereoPoints(left.points, left.weights, right.points, right.weights);
+    const GridView left{pairs.leftCentres[i], pairs.weights[i], pairs.leftDeviations[i]};
+    const GridView right{pairs.rightCentres[i], pairs.weights[i], pairs.rightDeviations[i]};
+    calibrator.AddStereoPoints(left.points, left.weights, left.deviations, right.points, right.weights,
+                               right.deviations);
     seen.left.push_back(left.Seen());
     seen.right.push_back(right.Seen());
     report.used.push_back(pairs.names[i]);

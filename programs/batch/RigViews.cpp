@@ -90,9 +90,11 @@ velmora::RigRecords RigViews::Records() const {
   for (const std::vector<GridView>& camera : grids_) {
     records.imagePoints.emplace_back();
     records.weights.emplace_back();
+    records.deviations.emplace_back();
     for (const GridView& view : camera) {
       records.imagePoints.back().push_back(view.points);
       records.weights.back().push_back(view.weights);
+      records.deviations.back().push_back(view.deviations);
     }
   }
   records.imageSizes = Frames();

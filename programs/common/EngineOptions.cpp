@@ -43,6 +43,12 @@ void AddEngineOptions(CLI::App& app, EngineOptions& options) {
   app.add_option("--finder", options.finder, "how the grid is searched: standard or robust (default: robust)")
       ->transform(OneOf({{"standard", Calibrator::FINDER_STANDARD}, {"robust", Calibrator::FINDER_ROBUST}}))
       ->type_name("NAME");
+  app.add_option_function<int>(
+         "--centres", [&options](int fine) { options.fineCentres = fine != 0; },
+         "centres of the discs that the robust search found: fine (fitted to the pixels, so that uneven "
+         "light does not move them) or plain (centroids) (default: fine)")
+      ->transform(OneOf({{"fine", 1}, {"plain", 0}}))
+      ->type_name("NAME");
   app.add_option("--solver", options.solver,
                  "sparse (milliseconds; leaves out what disagrees) or opencv (default: sparse)")
       ->transform(OneOf({{"sparse", Calibrator::SOLVER_SPARSE}, {"opencv", Calibrator::SOLVER_OPENCV}}))
@@ -79,6 +85,7 @@ double DiscRadius(const EngineOptions& options, float unit) {
 
 void ApplyEngineOptions(const EngineOptions& options, float unit, Calibrator& calibrator) {
   calibrator.SetFinder(options.finder);
+  calibrator.SetFineCentres(options.fineCentres);
   calibrator.SetSolver(options.solver);
   calibrator.SetRobust(true);
   if (options.sheetPoints.empty()) {

@@ -16,6 +16,7 @@ namespace common {
 /// As the tools have them, with their defaults, which differ from a calibrator's own.
 struct EngineOptions {
   int finder = Calibrator::FINDER_ROBUST;
+  bool fineCentres = true;  ///< of what the robust search finds
   int solver = Calibrator::SOLVER_SPARSE;
   int sheet = Calibrator::SHEET_AUTO;
   std::string sheetFile;                 ///< the verdict that holds the sheet's shape; empty: `sheet` counts

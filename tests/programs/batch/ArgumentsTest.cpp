@@ -62,6 +62,13 @@ TEST(BatchArguments, TheSearchIsChosenByName) {
   EXPECT_EQ(Parse({"a.png", "--finder", "other"}).exitStatus, 2);
 }
 
+TEST(BatchArguments, CentresAreFineUnlessPlainOnesAreAskedFor) {
+  EXPECT_TRUE(Parse({"a.png"}).arguments.fineCentres);
+  EXPECT_TRUE(Parse({"a.png", "--centres", "fine"}).arguments.fineCentres);
+  EXPECT_FALSE(Parse({"a.png", "--centres", "plain"}).arguments.fineCentres);
+  EXPECT_EQ(Parse({"a.png", "--centres", "other"}).exitStatus, 2);
+}
+
 TEST(BatchArguments, TheSparseSolverAndTheUsualDiscAreTheDefault) {
   const batch::Arguments arguments = Parse({"a.png"}).arguments;
   EXPECT_EQ(arguments.solver, Calibrator::SOLVER_SPARSE);

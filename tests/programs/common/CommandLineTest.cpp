@@ -78,6 +78,7 @@ TEST(CommandLine, SaysInOneLineWhatIsWrong) {
       {{"x.png", "--nothing-like-it"}, "unknown option --nothing-like-it"},
       {{"x.png", "--model", "fisheye"}, "--model: 'fisheye' is not one of auto, classic, full, rational"},
       {{"x.png", "--finder", "other"}, "--finder: 'other' is not one of standard, robust"},
+      {{"x.png", "--centres", "other"}, "--centres: 'other' is not one of fine, plain"},
       {{"x.png", "--max-views", "4"}, "--max-views: '4' is not a number from 5 to 10000"},
       {{"x.png", "--every", "1.5"}, "--every: '1.5' is not a whole number of reasonable size"},
       {{"x.png", "--calib_left", "a"}, "--calib_left goes only with --calib_right"},

@@ -50,6 +50,12 @@ TEST(GuidedArguments, TheSearchIsChosenByName) {
   EXPECT_EQ(Parse({"--webcam", "0", "--finder", "other"}).exitStatus, 2);
 }
 
+TEST(GuidedArguments, CentresAreFineUnlessPlainOnesAreAskedFor) {
+  EXPECT_TRUE(Parse({"--webcam", "0"}).arguments.fineCentres);
+  EXPECT_FALSE(Parse({"--webcam", "0", "--centres", "plain"}).arguments.fineCentres);
+  EXPECT_EQ(Parse({"--webcam", "0", "--centres", "other"}).exitStatus, 2);
+}
+
 TEST(GuidedArguments, TheSolverIsChosenAsInTheHeadlessTool) {
   EXPECT_EQ(Parse({"--webcam", "0"}).arguments.solver, Calibrator::SOLVER_SPARSE);
   EXPECT_LT(Parse({"--webcam", "0"}).arguments.disc, 0.0);
