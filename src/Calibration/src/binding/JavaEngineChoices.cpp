@@ -71,6 +71,10 @@ EXPORT(jboolean, nSetPartialGrids)(JNIEnv* env, jclass, jint id, jboolean partia
   return With(env, id, [&](Calibrator& calibrator) { calibrator.SetPartialGrids(partial != 0); });
 }
 
+EXPORT(jboolean, nSetFineCentres)(JNIEnv* env, jclass, jint id, jboolean fine) {
+  return With(env, id, [&](Calibrator& calibrator) { calibrator.SetFineCentres(fine != 0); });
+}
+
 EXPORT(jboolean, nAddSeen)(JNIEnv* env, jclass, jint id) {
   bool added = false;
   With(env, id, [&](Calibrator& calibrator) {

@@ -48,6 +48,7 @@ public final class Calibrator implements AutoCloseable {
     EngineChoices.nSetSolver(id, Solver.SPARSE.code());
     EngineChoices.nSetSheetShape(id, SheetShape.AUTO.code());
     EngineChoices.nSetPartialGrids(id, true);
+    EngineChoices.nSetFineCentres(id, true);
   }
 
   /** A builder with the shipped sheet of 4 x 11 circles, a unit of 0.02 m, one camera of 640 x 480 pixels. */
@@ -128,6 +129,12 @@ public final class Calibrator implements AutoCloseable {
    * grid's circles (of a pair, from one camera or the other); with the robust search, and at first.
    */
   public void setPartialGrids(boolean partial) { EngineChoices.nSetPartialGrids(id(), partial); }
+
+  /**
+   * Whether the centres of snapshots are measured anew when they are taken, so that uneven light does not
+   * move them; with the robust search, and at first.
+   */
+  public void setFineCentres(boolean fine) { EngineChoices.nSetFineCentres(id(), fine); }
 
   /** What later computations are done with; {@link Solver#SPARSE} at first. */
   public void setSolver(Solver solver) { EngineChoices.nSetSolver(id(), solver.code()); }

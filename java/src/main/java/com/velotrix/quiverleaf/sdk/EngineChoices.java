@@ -40,6 +40,11 @@ public final class EngineChoices {
   public static native boolean nSetPartialGrids(int id, boolean partial);
 
   /**
+   * Whether the centres of snapshots are measured anew, where the robust search found them. Unknown: false.
+   */
+  public static native boolean nSetFineCentres(int id, boolean fine);
+
+  /**
    * Makes what the last frame of a camera, or the last frames of a pair, showed a snapshot: the grid or,
    * where that is allowed, a part of it. False when it shows neither, or is one already. Unknown: false.
    */

@@ -55,7 +55,7 @@ class NativeMethodsTest {
     Set<String> declared = functionsOf(Calibration.class);
     assertEquals(46, declared.size());
     Set<String> choices = functionsOf(EngineChoices.class);
-    assertEquals(18, choices.size());
+    assertEquals(19, choices.size());
     declared.addAll(choices);
     Process nm =
         new ProcessBuilder("nm", "-D", "--defined-only", System.getProperty("velmora.test.library")).start();

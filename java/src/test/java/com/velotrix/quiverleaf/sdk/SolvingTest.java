@@ -73,6 +73,7 @@ class SolvingTest {
       assertFalse(EngineChoices.nSetSheetShape(UNKNOWN, 3));
       assertFalse(EngineChoices.nSetDiscRadius(UNKNOWN, 0.01));
       assertFalse(EngineChoices.nSetPartialGrids(UNKNOWN, true));
+      assertFalse(EngineChoices.nSetFineCentres(UNKNOWN, true));
       assertFalse(EngineChoices.nAddSeen(UNKNOWN));
       assertFalse(EngineChoices.nCalibrateFisheye(UNKNOWN));
       assertEquals("", EngineChoices.nGetFisheyeJSON(UNKNOWN, false, ""));
@@ -121,6 +122,23 @@ class SolvingTest {
         assertEquals(parts, calibrator.snapshots());
       }
     }
+  }
+
+  private static double focalLength(boolean fine) throws Exception {
+    try (Calibrator calibrator = Calibrator.builder().build()) {
+      if (!fine) {
+        calibrator.setFineCentres(false);
+      }
+      CalibrationResult result =
+          Views.calibrate(calibrator, Footage.pictures("views"), LensModel.CLASSIC, Views::pushJpeg);
+      return result.cameraMatrix().get(0, 0);
+    }
+  }
+
+  @Test
+  void centres_are_measured_anew_unless_that_is_not_wanted() throws Exception {
+    double moved = Math.abs(focalLength(true) - focalLength(false));
+    assertTrue(moved > 1e-4 && moved < 5.0, "moved by " + moved);
   }
 
   @Test
