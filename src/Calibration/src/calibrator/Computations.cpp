@@ -88,6 +88,7 @@ Result Computations::SolveFisheye(const SnapshotList& views, const Progress& pro
   options.robust = settings.robust && settings.IsSparse();
   options.progress = progress;
   options.sheet = settings.UsedSheet();
+  if (settings.IsSparse()) options.deviations = seen.deviations.front();
   Result result;
   result.camera = SolveFisheyeWithSheet(seen.target, seen.cameras.front(), imageSize_, options);
   LogRejected(seen.InGrid(result.camera.rejected));

@@ -22,6 +22,7 @@ constexpr double CLEARLY_MORE = 1.02;
 struct Records {
   std::vector<std::vector<cv::Point3d>> object;
   std::vector<std::vector<cv::Point2d>> image;
+  solver::PointDeviations deviations;  ///< none where nothing is known of any
 
   double Count() const {
     double count = 0.0;
@@ -31,10 +32,9 @@ struct Records {
 };
 
 /// What a computation did not reject.
-Records KeptOf(const SparseResult& result, const std::vector<std::vector<cv::Point3d>>& objectPoints,
-               const std::vector<std::vector<cv::Point2d>>& imagePoints) {
+Records KeptOf(const SparseResult& result, const Records& all) {
   std::vector<std::vector<bool>> kept;
-  for (const auto& view : imagePoints) kept.emplace_back(view.size(), true);
+  for (const auto& view : all.image) kept.emplace_back(view.size(), true);
   for (const Rejected& rejected : result.rejected) {
     std::vector<bool>& view = kept[rejected.view];
     if (rejected.point == Rejected::WHOLE_VIEW) {
@@ -47,14 +47,18 @@ Records KeptOf(const SparseResult& result, const std::vector<std::vector<cv::Poi
   for (size_t i = 0; i < kept.size(); ++i) {
     std::vector<cv::Point3d> object;
     std::vector<cv::Point2d> image;
+    std::vector<double> deviations;
+    const bool known = !all.deviations.empty() && !all.deviations[i].empty();
     for (size_t k = 0; k < kept[i].size(); ++k) {
       if (!kept[i][k]) continue;
-      object.push_back(objectPoints[i][k]);
-      image.push_back(imagePoints[i][k]);
+      object.push_back(all.object[i][k]);
+      image.push_back(all.image[i][k]);
+      if (known) deviations.push_back(all.deviations[i][k]);
     }
     if (object.empty()) continue;
     records.object.push_back(std::move(object));
     records.image.push_back(std::move(image));
+    if (!all.deviations.empty()) records.deviations.push_back(std::move(deviations));
   }
   return records;
 }
@@ -76,13 +80,14 @@ class Comparison {
       : imageSize_(imageSize), model_(model), options_(options) {}
 
   bool Fisheye(const Records& records, SparseResult& result) const {
-    return Tried([&] { return SolveFisheyeWithSheet(records.object, records.image, imageSize_, options_); },
+    return Tried([&] { return SolveFisheyeWithSheet(records.object, records.image, imageSize_, OptionsFor(records)); },
                  result);
   }
 
   bool Plane(const Records& records, SparseResult& result) const {
     return Tried(
-        [&] { return SolveIntrinsicsWithSheet(records.object, records.image, imageSize_, model_, options_); },
+        [&] { return SolveIntrinsicsWithSheet(records.object, records.image, imageSize_, model_,
+                                        OptionsFor(records)); },
         result);
   }
 
@@ -96,6 +101,12 @@ class Comparison {
   }
 
  private:
+  SparseOptions OptionsFor(const Records& records) const {
+    SparseOptions options = options_;
+    options.deviations = records.deviations;
+    return options;
+  }
+
   const cv::Size imageSize_;
   const int model_;
   SparseOptions options_;
@@ -122,15 +133,16 @@ FisheyeComparison CompareWithFisheye(const std::vector<std::vector<cv::Point3d>>
                                      const cv::Size& imageSize, int model, const SparseOptions& options) {
   FisheyeComparison compared;
   Comparison comparison(imageSize, model, options);
-  Records records{objectPoints, imagePoints};
+  const Records all{objectPoints, imagePoints, options.deviations};
+  Records records = all;
   SparseResult fisheye;
   SparseResult plane;
   compared.computed = comparison.Fisheye(records, fisheye);
   if (!compared.computed) return compared;
   compared.planeComputed = comparison.Plane(records, plane);
   if (options.robust) {
-    const Records ofFisheye = KeptOf(fisheye, objectPoints, imagePoints);
-    const Records ofPlane = compared.planeComputed ? KeptOf(plane, objectPoints, imagePoints) : Records();
+    const Records ofFisheye = KeptOf(fisheye, all);
+    const Records ofPlane = compared.planeComputed ? KeptOf(plane, all) : Records();
     records = ofFisheye.Count() > CLEARLY_MORE * ofPlane.Count() ? ofFisheye : ofPlane;
     comparison.TakeAll();
     compared.computed = comparison.Fisheye(records, fisheye);

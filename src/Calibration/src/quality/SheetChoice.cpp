@@ -208,7 +208,7 @@ SparseResult SolveFisheyeWithSheet(const std::vector<std::vector<cv::Point3d>>& 
                                    const cv::Size& imageSize, const SparseOptions& options) {
   SparseResult flat = SolveFisheyeSparsely(objectPoints, imagePoints, imageSize, options);
   if (options.sheet.IsFlat()) return flat;
-  const solver::Target target = solver::TargetOf(objectPoints, imagePoints);
+  const solver::Target target = solver::TargetOf(objectPoints, imagePoints, options.deviations);
   solver::BundleOptions bundle = solver::BundleOptionsOf(options, target, MODEL_CLASSIC);
   bundle.parameters = FISHEYE_PARAMETERS;
   return ShapedFrom(flat, target, AboutMiddle(options.sheet, target.middles.front()), bundle);

@@ -181,6 +181,7 @@ ObservationEquations AccumulateFisheye(const Observation& observation, const Int
         row(estimated + 3 + i) = coordinate.byPoint[i];
       }
       row(residual) = coordinate.value - observed[axis];
+      equations.pixelCost += std::pow(row(residual) * weight * observation.Deviation(k), 2);
       row *= weight;
     }
   }

@@ -25,7 +25,7 @@ SparseResult SolveIntrinsicsSparsely(const std::vector<std::vector<cv::Point3d>>
 SparseResult SolveFisheyeSparsely(const std::vector<std::vector<cv::Point3d>>& objectPoints,
                                   const std::vector<std::vector<cv::Point2d>>& imagePoints,
                                   const cv::Size& imageSize, const SparseOptions& options) {
-  const solver::Target target = solver::TargetOf(objectPoints, imagePoints);
+  const solver::Target target = solver::TargetOf(objectPoints, imagePoints, options.deviations);
   solver::BundleOptions bundle = solver::BundleOptionsOf(options, target, MODEL_CLASSIC);
   bundle.parameters = FISHEYE_PARAMETERS;
   return solver::SparseResultOf(solver::CalibrateFisheye(target.views, imageSize, options.robust, bundle),
