@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <numeric>
-
 #include "finder/FinderScenes.h"
 #include "finder/FlatDiscs.h"
 
@@ -32,8 +30,7 @@ DiscWindow FlatWindow(double radius) {
 }
 
 bool TonesOf(const cv::Mat& image, const DiscWindow& window, Tones& tones) {
-  Histogram all;
-  return finder::TonesIn(image, window, finder::SpansOf(window, image.size()), all, tones);
+  return finder::TonesIn(image, window, finder::SpansOf(window, image.size()), tones);
 }
 
 TEST(DiscWindow, OfAFlatGridIsACircleThatEndsBeforeTheNeighbours) {
@@ -103,6 +100,45 @@ TEST(DiscWindow, BeyondThePictureHasNoSpans) {
   for (const Span& span : finder::SpansOf(window, {300, 360})) EXPECT_EQ(span.from, span.to);
 }
 
+TEST(DiscWindow, HasSpansOfAllOfItOfWhatMayBeInkAndOfWhatIs) {
+  const cv::Mat image = unit::FlatGrid(FLAT_GRID, 0.4, FLAT_STEP);
+  const DiscWindow window = FlatWindow(0.4);
+  finder::WindowSpans spans;
+  finder::FindSpans(window, image.size(), spans);
+  const std::vector<Span> all = finder::SpansOf(window, image.size());
+  ASSERT_EQ(spans.all.size(), all.size());
+  ASSERT_EQ(spans.hole.size(), all.size());
+  ASSERT_EQ(spans.core.size(), all.size());
+  Histogram paper;
+  Histogram core;
+  for (size_t k = 0; k < all.size(); ++k) {
+    EXPECT_EQ(spans.all[k].row, all[k].row);
+    EXPECT_EQ(spans.all[k].from, all[k].from);
+    EXPECT_EQ(spans.all[k].to, all[k].to);
+    const unsigned char* pixels = image.ptr(all[k].row);
+    paper.Add(pixels, all[k].from, all[k].to);
+    paper.Remove(pixels, spans.hole[k].from, spans.hole[k].to);
+    core.Add(pixels, spans.core[k].from, spans.core[k].to);
+  }
+  EXPECT_EQ(paper.Darkest(), PAPER);
+  EXPECT_EQ(core.Median(), INK);
+}
+
+TEST(Histogram, IsWhatItWasOncePixelsAreTakenAway) {
+  const std::vector<unsigned char> pixels = {90, 10, 10, 20, 30, 40, 250};
+  Histogram histogram;
+  histogram.Add(pixels.data(), 0, 3);
+  Histogram more;
+  more.Add(pixels.data(), 2, 7);
+  histogram.Add(more);
+  EXPECT_EQ(histogram.Of(10), 3);
+  histogram.Remove(more);
+  EXPECT_EQ(histogram.Of(10), 2);
+  EXPECT_EQ(histogram.Of(250), 0);
+  histogram.Remove(pixels.data(), 0, 3);
+  EXPECT_TRUE(histogram.Empty());
+}
+
 TEST(Histogram, CountsValuesAndKnowsTheirMiddle) {
   Histogram histogram;
   EXPECT_TRUE(histogram.Empty());
@@ -135,16 +171,6 @@ TEST(Tones, AreThoseOfPaperAndInk) {
   ASSERT_TRUE(TonesOf(image, FlatWindow(0.4), tones));
   EXPECT_EQ(tones.paper, PAPER);
   EXPECT_EQ(tones.ink, INK);
-  const DiscWindow window = FlatWindow(0.4);
-  Histogram all;
-  const std::vector<Span> spans = finder::SpansOf(window, image.size());
-  ASSERT_TRUE(finder::TonesIn(image, window, spans, all, tones));
-  const int pixels = std::accumulate(spans.begin(), spans.end(), 0,
-                                     [](int sum, const Span& span) { return sum + span.to - span.from; });
-  int counted = 0;
-  for (size_t value = 0; value < 256; ++value) counted += all.Of(value);
-  EXPECT_EQ(counted, pixels);
-  EXPECT_NEAR(all.Of(INK), CV_PI * 9.6 * 9.6, 40.0);
 }
 
 TEST(Tones, OfASpeckAreItsDarkestPixelAndThePaper) {

@@ -164,7 +164,7 @@ TEST(Surroundings, HaveTheMedianContrastOfTheNearestDiscs) {
   const LabelledDiscs discs = unit::FlatDiscs();
   const GridProjection projection = unit::PlaneOf(discs);
   cv::Mat image = unit::FlatGrid(FLAT_GRID, 0.4, FLAT_STEP);
-  EXPECT_EQ(finder::ContrastAround(projection, image, discs, MIDDLE), 210.0);
+  EXPECT_EQ(finder::Contrasts(projection, image, discs).Around(MIDDLE), 210.0);
   // Neither the disc itself, nor one of its neighbours, nor far ones change it.
   for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
     const cv::Point apart = discs.gridIndices[k] - discs.gridIndices[MIDDLE];
@@ -172,19 +172,19 @@ TEST(Surroundings, HaveTheMedianContrastOfTheNearestDiscs) {
     if (near && k != MIDDLE && apart != cv::Point(1, 1)) continue;
     cv::circle(image, discs.centres[k], cvCeil(FLAT_RADIUS), cv::Scalar(135), cv::FILLED);
   }
-  EXPECT_EQ(finder::ContrastAround(projection, image, discs, MIDDLE), 210.0);
+  EXPECT_EQ(finder::Contrasts(projection, image, discs).Around(MIDDLE), 210.0);
 }
 
 TEST(Surroundings, HaveNoContrastWithoutDiscs) {
   LabelledDiscs discs = unit::FlatDiscs();
   const GridProjection projection = unit::PlaneOf(discs);
   const cv::Mat image = unit::FlatGrid(FLAT_GRID, 0.4, FLAT_STEP);
-  EXPECT_EQ(finder::ContrastAround(projection, cv::Mat(360, 300, CV_8UC1, cv::Scalar(90)), discs, MIDDLE),
+  EXPECT_EQ(finder::Contrasts(projection, cv::Mat(360, 300, CV_8UC1, cv::Scalar(90)), discs).Around(MIDDLE),
             0.0);
   for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
     if (k != MIDDLE) discs.radii[k] = 0.0;
   }
-  EXPECT_EQ(finder::ContrastAround(projection, image, discs, MIDDLE), 0.0);
+  EXPECT_EQ(finder::Contrasts(projection, image, discs).Around(MIDDLE), 0.0);
 }
 
 }  // namespace

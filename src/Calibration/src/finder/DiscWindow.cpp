@@ -7,23 +7,47 @@ namespace velmora::finder {
 
 namespace {
 
-/// Darkness up to this share is the paper's noise.
-constexpr double PAPER = 0.12;
-constexpr double LEAST_CONTRAST = 4.0;
+/// The part of a disc's radius within which there is nothing but ink.
+constexpr double CORE = 0.4;
 /// Half the distance between the centres of the nearest discs, steps.
 const double HALF_WAY = std::sqrt(0.5);
 
-/// The pixels of a row within a radius of the window's centre.
-Span SpanOf(const DiscWindow& window, double radius, int row, int width) {
-  const double a = window.form(0, 0);
-  const double b = window.form(0, 1);
-  const double y = row - window.centre.y;
-  const double square = b * b * y * y - a * (window.form(1, 1) * y * y - radius * radius);
-  if (square < 0.0) return {row, 0, 0};
-  const double middle = window.centre.x - b * y / a;
-  const double half = std::sqrt(square) / a;
-  const int from = std::max(0, cvCeil(middle - half));
-  return {row, from, std::max(from, std::min(width, cvFloor(middle + half) + 1))};
+/// A row of a window, whose pixels within any radius of the centre can be asked for.
+class WindowRow {
+ public:
+  WindowRow(const DiscWindow& window, int row, int width) : row_(row), width_(width), a_(window.form(0, 0)) {
+    const double b = window.form(0, 1);
+    const double y = row - window.centre.y;
+    slant_ = b * b * y * y;
+    far_ = window.form(1, 1) * y * y;
+    middle_ = window.centre.x - b * y / a_;
+  }
+
+  Span Within(double radius) const {
+    const double square = slant_ - a_ * (far_ - radius * radius);
+    if (square < 0.0) return {row_, 0, 0};
+    const double half = std::sqrt(square) / a_;
+    const int from = std::max(0, cvCeil(middle_ - half));
+    return {row_, from, std::max(from, std::min(width_, cvFloor(middle_ + half) + 1))};
+  }
+
+ private:
+  const int row_;
+  const int width_;
+  const double a_;
+  double slant_, far_, middle_;
+};
+
+/// Where a disc and its blur end and paper begins, steps.
+double RingOf(const DiscWindow& window) {
+  return 0.45 * window.disc + 0.55 * window.outer;
+}
+
+/// The rows of an image that a window reaches.
+cv::Range RowsOf(const DiscWindow& window, const cv::Size& size) {
+  const double half = window.outer * std::sqrt(window.form(0, 0) / cv::determinant(window.form));
+  return {std::max(0, cvCeil(window.centre.y - half)),
+          std::min(size.height - 1, cvFloor(window.centre.y + half)) + 1};
 }
 
 }  // namespace
@@ -39,47 +63,86 @@ DiscWindow WindowOf(const GridProjection& projection, const LabelledDiscs& discs
 }
 
 std::vector<Span> SpansOf(const DiscWindow& window, const cv::Size& size) {
-  const double half = window.outer * std::sqrt(window.form(0, 0) / cv::determinant(window.form));
-  const int bottom = std::min(size.height - 1, cvFloor(window.centre.y + half));
+  const cv::Range rows = RowsOf(window, size);
   std::vector<Span> spans;
-  for (int row = std::max(0, cvCeil(window.centre.y - half)); row <= bottom; ++row) {
-    spans.push_back(SpanOf(window, window.outer, row, size.width));
+  spans.reserve(static_cast<size_t>(std::max(0, rows.size())));
+  for (int row = rows.start; row < rows.end; ++row) {
+    spans.push_back(WindowRow(window, row, size.width).Within(window.outer));
   }
   return spans;
 }
 
+void FindSpans(const DiscWindow& window, const cv::Size& size, WindowSpans& spans) {
+  const cv::Range rows = RowsOf(window, size);
+  const double ring = RingOf(window);
+  for (std::vector<Span>* part : {&spans.all, &spans.hole, &spans.core}) {
+    part->clear();
+    part->reserve(static_cast<size_t>(std::max(0, rows.size())));
+  }
+  for (int row = rows.start; row < rows.end; ++row) {
+    const WindowRow ofRow(window, row, size.width);
+    const Span all = ofRow.Within(window.outer);
+    const Span hole = ofRow.Within(ring);
+    const int from = std::max(all.from, hole.from);
+    spans.all.push_back(all);
+    spans.hole.push_back({row, from, std::max(from, std::min(all.to, hole.to))});
+    spans.core.push_back(ofRow.Within(CORE * window.disc));
+  }
+}
+
+void Histogram::Add(const unsigned char* pixels, int from, int to) {
+  int x = from;
+  for (; x + 1 < to; x += 2) {
+    ++even_[pixels[x]];
+    ++odd_[pixels[x + 1]];
+  }
+  if (x < to) ++even_[pixels[x]];
+  total_ += std::max(0, to - from);
+}
+
+void Histogram::Add(const Histogram& other) {
+  for (size_t value = 0; value < even_.size(); ++value) even_[value] += other.Of(value);
+  total_ += other.total_;
+}
+
+void Histogram::Remove(const unsigned char* pixels, int from, int to) {
+  for (int x = from; x < to; ++x) --even_[pixels[x]];
+  total_ -= std::max(0, to - from);
+}
+
+void Histogram::Remove(const Histogram& other) {
+  for (size_t value = 0; value < even_.size(); ++value) even_[value] -= other.Of(value);
+  total_ -= other.total_;
+}
+
 int Histogram::Above(int below) const {
   int value = 0;
-  for (int sum = counts_[0]; sum <= below && value < 255;) sum += counts_[static_cast<size_t>(++value)];
+  for (int sum = Of(0); sum <= below && value < 255;) sum += Of(static_cast<size_t>(++value));
   return value;
 }
 
-double Tones::Weight(double value) const {
-  return std::min(1.0 - PAPER, std::max(0.0, Darkness(value) - PAPER));
-}
-
-bool TonesIn(const cv::Mat& grey, const DiscWindow& window, const std::vector<Span>& spans, Histogram& all,
-             Tones& tones) {
-  const double ring = 0.45 * window.disc + 0.55 * window.outer;
+bool TonesIn(const cv::Mat& grey, const DiscWindow& window, const std::vector<Span>& spans, Tones& tones) {
+  const double ring = RingOf(window);
   Histogram paper;
   Histogram core;
   for (const Span& span : spans) {
     const unsigned char* pixels = grey.ptr(span.row);
-    const Span hole = SpanOf(window, ring, span.row, grey.cols);
-    const Span ink = SpanOf(window, 0.4 * window.disc, span.row, grey.cols);
-    all.Add(pixels, span.from, span.to);
+    const WindowRow row(window, span.row, grey.cols);
+    const Span hole = row.Within(ring);
+    const Span ink = row.Within(CORE * window.disc);
     core.Add(pixels, ink.from, ink.to);
-    if (hole.from == hole.to) {
-      paper.Add(pixels, span.from, span.to);
-    } else {
-      paper.Add(pixels, span.from, hole.from);
-      paper.Add(pixels, hole.to, span.to);
-    }
+    paper.Add(pixels, span.from, hole.from == hole.to ? span.to : hole.from);
+    if (hole.from != hole.to) paper.Add(pixels, hole.to, span.to);
   }
   if (paper.Empty()) return false;
   tones.paper = paper.Median();
-  tones.ink = core.Empty() ? all.Darkest() : core.Median();
-  return tones.paper - tones.ink >= LEAST_CONTRAST;
+  if (core.Empty()) {
+    for (const Span& span : spans) core.Add(grey.ptr(span.row), span.from, span.to);
+    tones.ink = core.Darkest();
+  } else {
+    tones.ink = core.Median();
+  }
+  return tones.AreApart();
 }
 
 }  // namespace velmora::finder

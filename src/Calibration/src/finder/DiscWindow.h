@@ -30,15 +30,23 @@ DiscWindow WindowOf(const GridProjection& projection, const LabelledDiscs& discs
 /// The pixels of each row that are in the window.
 std::vector<Span> SpansOf(const DiscWindow& window, const cv::Size& size);
 
+/// The pixels of a window, and those of two parts of it: where there may be ink, the rest being paper, and
+/// where there is nothing but ink. Of all three the spans of each row of the window.
+struct WindowSpans {
+  std::vector<Span> all, hole, core;
+};
+void FindSpans(const DiscWindow& window, const cv::Size& size, WindowSpans& spans);
+
 /// How many pixels have which value.
 class Histogram {
  public:
-  void Add(const unsigned char* pixels, int from, int to) {
-    for (int x = from; x < to; ++x) ++counts_[pixels[x]];
-    total_ += std::max(0, to - from);
-  }
+  void Add(const unsigned char* pixels, int from, int to);
+  void Add(const Histogram& other);
+  /// Takes pixels away again.
+  void Remove(const unsigned char* pixels, int from, int to);
+  void Remove(const Histogram& other);
   bool Empty() const { return total_ == 0; }
-  int Of(size_t value) const { return counts_[value]; }
+  int Of(size_t value) const { return even_[value] + odd_[value]; }
   int Median() const { return Above(total_ / 2); }
   int Darkest() const { return Above(0); }
 
@@ -46,7 +54,9 @@ class Histogram {
   /// The smallest value that more than `below` pixels do not exceed.
   int Above(int below) const;
 
-  std::array<int, 256> counts_ = {};
+  /// Neighbouring pixels are mostly of one value: counted in turn, neither has to wait for the other.
+  std::array<int, 256> even_ = {};
+  std::array<int, 256> odd_ = {};
   int total_ = 0;
 };
 
@@ -55,13 +65,20 @@ struct Tones {
   double paper = 0.0;
   double ink = 0.0;
 
+  bool AreApart() const { return paper - ink >= LEAST_CONTRAST; }
+
   double Darkness(double value) const { return (paper - value) / (paper - ink); }
   /// The darkness without the paper's noise: 0 to 0.88.
-  double Weight(double value) const;
+  double Weight(double value) const { return WeightOf(Darkness(value)); }
+  static double WeightOf(double darkness) { return std::min(1.0 - PAPER, std::max(0.0, darkness - PAPER)); }
+
+ private:
+  /// Darkness up to this share is the paper's noise.
+  static constexpr double PAPER = 0.12;
+  static constexpr double LEAST_CONTRAST = 4.0;
 };
 
-/// `all` becomes the histogram of the window. False when paper and ink cannot be told apart.
-bool TonesIn(const cv::Mat& grey, const DiscWindow& window, const std::vector<Span>& spans, Histogram& all,
-             Tones& tones);
+/// The tones around a disc. False when paper and ink cannot be told apart.
+bool TonesIn(const cv::Mat& grey, const DiscWindow& window, const std::vector<Span>& spans, Tones& tones);
 
 }  // namespace velmora::finder

@@ -15,17 +15,26 @@ inline cv::Mat GreyOf(const cv::Mat& frame) {
   return grey;
 }
 
-/// The value at a point, from the four pixels around it; beyond the image that of its edge.
-inline double GreyAt(const cv::Mat& grey, const cv::Point2d& at) {
-  const double x = std::min(std::max(at.x, 0.0), grey.cols - 1.001);
-  const double y = std::min(std::max(at.y, 0.0), grey.rows - 1.001);
-  const int column = static_cast<int>(x);
-  const int row = static_cast<int>(y);
-  const double u = x - column;
-  const double v = y - row;
+/// True for a point between pixels of the image.
+inline bool IsInside(const cv::Mat& grey, const cv::Point2d& at) {
+  return at.x >= 0.0 && at.y >= 0.0 && at.x <= grey.cols - 1.001 && at.y <= grey.rows - 1.001;
+}
+
+/// The value at a point for which IsInside() holds, from the four pixels around it.
+inline double GreyInside(const cv::Mat& grey, const cv::Point2d& at) {
+  const int column = static_cast<int>(at.x);
+  const int row = static_cast<int>(at.y);
+  const double u = at.x - column;
+  const double v = at.y - row;
   const unsigned char* upper = grey.ptr(row) + column;
   const unsigned char* lower = grey.ptr(row + 1) + column;
   return (1.0 - v) * ((1.0 - u) * upper[0] + u * upper[1]) + v * ((1.0 - u) * lower[0] + u * lower[1]);
+}
+
+/// The value at any point; beyond the image that of its edge.
+inline double GreyAt(const cv::Mat& grey, const cv::Point2d& at) {
+  return GreyInside(grey, {std::min(std::max(at.x, 0.0), grey.cols - 1.001),
+                           std::min(std::max(at.y, 0.0), grey.rows - 1.001)});
 }
 
 }  // namespace velmora::finder

@@ -37,7 +37,8 @@ constexpr int ROUNDS = 3;
 enum class DiscState { InPlace, PutRight, Hidden };
 
 /// The rim of a disc, looked for where the disc was found, in the shape that the sheet has there.
-Rim RimAsFound(const GridProjection& projection, const cv::Mat& grey, const LabelledDiscs& all, size_t k) {
+Rim RimAsFound(const GridProjection& projection, const cv::Mat& grey, const LabelledDiscs& all,
+               Contrasts& contrasts, size_t k) {
   const cv::Point2d gridIndex = all.gridIndices[k];
   const auto across = [&](const cv::Point2d& step) {
     return projection.Predict(gridIndex + 0.5 * step) - projection.Predict(gridIndex - 0.5 * step);
@@ -49,18 +50,18 @@ Rim RimAsFound(const GridProjection& projection, const cv::Mat& grey, const Labe
   disc.slope = {x.x, y.x, x.y, y.y};
   disc.radius = all.radii[k] / std::sqrt(std::abs(cv::determinant(disc.slope)));
   if (!(disc.radius < 1.0)) return {0.0, disc.centre};
-  disc.contrast = ContrastAround(projection, grey, all, k);
+  disc.contrast = contrasts.Around(k);
   return FollowRim(grey, disc);
 }
 
 /// The rim of a disc, followed when it is asked for first: it stays where it is.
 class OnceFollowed {
  public:
-  const Rim& Of(const GridProjection& projection, const cv::Mat& grey, const LabelledDiscs& all, size_t k,
+  const Rim& Of(const cv::Mat& grey, const LabelledDiscs& all, Contrasts& contrasts, size_t k,
                 ExpectedDisc expected) {
     if (followed_) return rim_;
     followed_ = true;
-    expected.contrast = ContrastAround(projection, grey, all, k);
+    expected.contrast = contrasts.Around(k);
     rim_.centre = all.centres[k];
     rim_.visible = 1.0;
     if (expected.contrast > 0.0) rim_ = FollowRim(grey, expected);
@@ -73,21 +74,22 @@ class OnceFollowed {
 };
 
 DiscState CheckDisc(const GridProjection& projection, const cv::Mat& grey, const LabelledDiscs& all,
-                    LabelledDiscs& discs, size_t k, double residual, double usual, OnceFollowed& followed) {
+                    Contrasts& contrasts, LabelledDiscs& discs, size_t k, double residual, double usual,
+                    OnceFollowed& followed) {
   ExpectedDisc expected;
   if (!ExpectDisc(projection, all, k, expected)) return DiscState::InPlace;
   // Where those around it expect it, whatever shadow is upon it.
   const double off = cv::norm(expected.centre - all.centres[k]);
   if (off < CLOSE) return DiscState::InPlace;
-  const Rim& rim = followed.Of(projection, grey, all, k, expected);
+  const Rim& rim = followed.Of(grey, all, contrasts, k, expected);
   if (rim.visible < WHOLE) {
     // Prints with ragged discs have ragged rims, and all their discs are off a little.
     const bool part = rim.visible < HALF && off > 0.1 * all.radii[k] + CLOSE;
     if (!part && off <= OUTLIER * usual) return DiscState::InPlace;
     // Where a lens distorts much the others are wrong about the corners.
     if (residual > FAR_OFF * usual) return DiscState::Hidden;
-    return RimAsFound(projection, grey, all, k).visible >= WHOLE_ALONE ? DiscState::InPlace
-                                                                       : DiscState::Hidden;
+    return RimAsFound(projection, grey, all, contrasts, k).visible >= WHOLE_ALONE ? DiscState::InPlace
+                                                                                  : DiscState::Hidden;
   }
   // A rim is known less well than the middle of the darkness, most of all at corners, where the others are
   // wrong about size and shape: only what is off for certain is put where its rim is.
@@ -120,10 +122,12 @@ bool PutRight(const GridProjection& flat, const cv::Mat& grey, LabelledDiscs& di
     const double usual = MedianOf(ofKnown);
     const double least = std::max(CLOSE, USUAL * usual);
     const LabelledDiscs before = discs;
+    Contrasts contrasts(projection, grey, before);
     bool moved = false;
     for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
       if (!before.Has(k) || off[k] < least || right[k]) continue;
-      const DiscState state = CheckDisc(projection, grey, before, discs, k, off[k], usual, rims[k]);
+      const DiscState state =
+          CheckDisc(projection, grey, before, contrasts, discs, k, off[k], usual, rims[k]);
       if (state == DiscState::InPlace) continue;
       if (state == DiscState::Hidden) {
         // Later rounds only put right: what is off was assessed among all the others.

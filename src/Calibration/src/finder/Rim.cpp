@@ -38,6 +38,15 @@ struct Edge {
   double step = 0.0;  ///< how much brighter it is outside, grey levels
 };
 
+std::array<cv::Vec2d, DIRECTIONS> AllRound() {
+  std::array<cv::Vec2d, DIRECTIONS> directions;
+  for (size_t k = 0; k < DIRECTIONS; ++k) {
+    const double angle = 2.0 * CV_PI * static_cast<double>(k) / static_cast<double>(DIRECTIONS);
+    directions[k] = {std::cos(angle), std::sin(angle)};
+  }
+  return directions;
+}
+
 class RimFollower {
  public:
   RimFollower(const cv::Mat& grey, const ExpectedDisc& expected)
@@ -61,10 +70,8 @@ class RimFollower {
   double Tolerance() const { return OFF * disc_.radius + OFF_PIXELS * pixel_; }
 
   void FindEdges() {
-    for (size_t k = 0; k < DIRECTIONS; ++k) {
-      const double angle = 2.0 * CV_PI * static_cast<double>(k) / static_cast<double>(DIRECTIONS);
-      edges_[k] = EdgeAlong({std::cos(angle), std::sin(angle)});
-    }
+    static const std::array<cv::Vec2d, DIRECTIONS> ALL_ROUND = AllRound();
+    for (size_t k = 0; k < DIRECTIONS; ++k) edges_[k] = EdgeAlong(ALL_ROUND[k]);
   }
 
   /// The steepest rise of brightness outwards, around the expected radius, by the ratio: that of ink to paper
@@ -78,8 +85,14 @@ class RimFollower {
     // Over more pixels in a large disc: a steep rise over few may be noise.
     const int apart = std::max(2, std::min(half / 3, 6));
     greys_.clear();
-    for (int k = -half - apart; k <= half + apart; ++k) {
-      greys_.push_back(GreyAt(grey_, disc_.centre + cv::Point2d(outwards * (disc_.radius + k * stride))));
+    const auto sample = [&](int k) {
+      return disc_.centre + cv::Point2d(outwards * (disc_.radius + k * stride));
+    };
+    const int last = half + apart;
+    if (IsInside(grey_, sample(-last)) && IsInside(grey_, sample(last))) {
+      for (int k = -last; k <= last; ++k) greys_.push_back(GreyInside(grey_, sample(k)));
+    } else {
+      for (int k = -last; k <= last; ++k) greys_.push_back(GreyAt(grey_, sample(k)));
     }
     const auto inside = [&](int k) { return greys_[static_cast<size_t>(k + half)]; };
     const auto outside = [&](int k) { return greys_[static_cast<size_t>(k + half + 2 * apart)]; };

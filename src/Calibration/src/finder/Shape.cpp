@@ -20,27 +20,36 @@ using Moments = std::array<std::complex<double>, 3>;
 /// function over a circle is its value in the middle.
 bool MomentsOf(const cv::Mat& grey, const DiscWindow& window, Moments& moments) {
   const std::vector<Span> spans = SpansOf(window, grey.size());
-  Histogram all;
   Tones tones;
-  if (!TonesIn(grey, window, spans, all, tones)) return false;
+  if (!TonesIn(grey, window, spans, tones)) return false;
   const size_t stride = 1 + spans.size() / ROWS;
-  moments = {};
-  double area = 0.0;
+  // In numbers of their own: a product of complex ones asks each time whether it became none.
+  double re2 = 0.0, im2 = 0.0, re3 = 0.0, im3 = 0.0, re4 = 0.0, im4 = 0.0, area = 0.0;
+  const cv::Matx22d& toSteps = window.toSteps;
   for (size_t k = 0; k < spans.size(); k += stride) {
     const Span& span = spans[k];
     const unsigned char* pixels = grey.ptr(span.row);
+    const double row = span.row - window.centre.y;
     for (int x = span.from; x < span.to; x += static_cast<int>(stride)) {
+      if (pixels[x] >= tones.paper) continue;
       const double weight = tones.Weight(pixels[x]);
       if (weight <= 0.0) continue;
-      const cv::Vec2d at = window.toSteps * cv::Vec2d(x - window.centre.x, span.row - window.centre.y);
-      const std::complex<double> z(at[0], at[1]);
-      const std::complex<double> square = z * z;
-      moments[0] += weight * square;
-      moments[1] += weight * square * z;
-      moments[2] += weight * square * square;
+      const double column = x - window.centre.x;
+      const double u = toSteps(0, 0) * column + toSteps(0, 1) * row;
+      const double v = toSteps(1, 0) * column + toSteps(1, 1) * row;
+      // The powers of u + iv.
+      const double u2 = u * u - v * v;
+      const double v2 = u * v + v * u;
+      re2 += weight * u2;
+      im2 += weight * v2;
+      re3 += weight * (u2 * u - v2 * v);
+      im3 += weight * (u2 * v + v2 * u);
+      re4 += weight * (u2 * u2 - v2 * v2);
+      im4 += weight * (u2 * v2 + v2 * u2);
       area += weight;
     }
   }
+  moments = {std::complex<double>(re2, im2), std::complex<double>(re3, im3), std::complex<double>(re4, im4)};
   if (!(area > 0.0)) return false;
   // A pixel's share of the sheet, and the darkest one's weight.
   const double unit = std::abs(cv::determinant(window.toSteps)) * static_cast<double>(stride * stride);

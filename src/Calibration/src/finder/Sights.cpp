@@ -69,9 +69,8 @@ bool Sights::IsCut(const cv::Point2d& centre, const cv::Point& gridIndex, double
 bool Sights::Ask(size_t k, Tones& tones) const {
   Witness& witness = witnesses_[k];
   if (witness.told == Told::NotYet) {
-    Histogram all;
     const std::vector<Span> spans = SpansOf(witness.window, grey_.size());
-    witness.told = TonesIn(grey_, witness.window, spans, all, witness.tones) ? Told::Yes : Told::No;
+    witness.told = TonesIn(grey_, witness.window, spans, witness.tones) ? Told::Yes : Told::No;
   }
   tones = witness.tones;
   return witness.told == Told::Yes;

@@ -80,18 +80,28 @@ bool ExpectDisc(const GridProjection& projection, const LabelledDiscs& discs, si
   return step > 0.0 && std::isfinite(expected.radius) && expected.radius < 1.0;
 }
 
-double ContrastAround(const GridProjection& projection, const cv::Mat& grey, const LabelledDiscs& discs,
-                      size_t k) {
+Contrasts::Contrasts(const GridProjection& projection, const cv::Mat& grey, const LabelledDiscs& discs)
+    : projection_(projection), grey_(grey), discs_(discs), known_(discs.gridIndices.size(), -1.0) {
+}
+
+double Contrasts::Of(size_t k) {
+  double& known = known_[k];
+  if (known >= 0.0) return known;
+  const DiscWindow window = WindowOf(projection_, discs_, k);
+  Tones tones;
+  const bool told = TonesIn(grey_, window, SpansOf(window, grey_.size()), tones);
+  known = told ? tones.paper - tones.ink : 0.0;
+  return known;
+}
+
+double Contrasts::Around(size_t k) {
   std::vector<double> contrasts;
-  for (size_t other = 0; other < discs.gridIndices.size(); ++other) {
-    const cv::Point apart = discs.gridIndices[other] - discs.gridIndices[k];
+  for (size_t other = 0; other < discs_.gridIndices.size(); ++other) {
+    const cv::Point apart = discs_.gridIndices[other] - discs_.gridIndices[k];
     const int distance = std::max(std::abs(apart.x), std::abs(apart.y));
-    if (distance == 0 || distance > NEAR || !discs.Has(other)) continue;
-    const DiscWindow window = WindowOf(projection, discs, other);
-    Histogram all;
-    Tones tones;
-    if (!TonesIn(grey, window, SpansOf(window, grey.size()), all, tones)) continue;
-    contrasts.push_back(tones.paper - tones.ink);
+    if (distance == 0 || distance > NEAR || !discs_.Has(other)) continue;
+    const double contrast = Of(other);
+    if (contrast > 0.0) contrasts.push_back(contrast);
   }
   if (contrasts.empty()) return 0.0;
   const auto middle = contrasts.begin() + static_cast<std::ptrdiff_t>(contrasts.size() / 2);
