@@ -56,6 +56,39 @@ TEST(Candidates, OfNoiseAreNoMoreThanTheMost) {
   EXPECT_EQ(finder::FindCandidates(noise, 44).discs.size(), finder::MAX_CANDIDATES);
 }
 
+/// Noise of which a level or two lie in, and in which levels are given up half way down.
+cv::Mat NoisySheet() {
+  cv::Mat image(480, 640, CV_8UC1, cv::Scalar(150));
+  const cv::Mat sheet = unit::FlatGrid({4, 11}, 0.4, 24.0);
+  sheet.copyTo(image(cv::Rect(60, 60, sheet.cols, sheet.rows)));
+  cv::Mat noise(image.size(), CV_16SC1);
+  cv::RNG(4).fill(noise, cv::RNG::NORMAL, 0.0, 8.0);
+  cv::add(image, noise, image, cv::noArray(), CV_8U);
+  return image;
+}
+
+TEST(Candidates, OfAPartAreThoseOfTheWhole) {
+  for (const cv::Mat& image : {NoisySheet(), unit::FlatGrid({4, 11})}) {
+    const cv::Rect box(20, 30, std::min(440, image.cols - 40), std::min(400, image.rows - 40));
+    finder::ImagePart part;
+    part.top = box.y;
+    part.rows.assign(static_cast<size_t>(box.height), cv::Range(box.x, box.x + box.width));
+    const std::vector<finder::DiscCandidate> ofPart =
+        finder::FindCandidatesIn(image, part, finder::ChooseLevels(image), 44);
+    EXPECT_GE(ofPart.size(), 44U);
+    // Some are small, at the part's own border, where others continue them.
+    size_t same = 0;
+    for (const finder::DiscCandidate& disc : finder::FindCandidates(image, 44).discs) {
+      if (disc.radius < 5.0) continue;
+      same += static_cast<size_t>(
+          std::count_if(ofPart.begin(), ofPart.end(), [&](const finder::DiscCandidate& other) {
+            return other.centre == disc.centre && other.radius == disc.radius && other.levels == disc.levels;
+          }));
+    }
+    EXPECT_EQ(same, 44U);
+  }
+}
+
 TEST(Candidates, LevelsLieBetweenDarkAndBrightAndThereAreNoneWithoutContrast) {
   const std::vector<int> levels = finder::ChooseLevels(unit::FlatGrid({4, 11}));
   ASSERT_GT(levels.size(), 10U);

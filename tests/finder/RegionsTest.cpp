@@ -100,6 +100,71 @@ TEST(Regions, OfALevelInTheNoiseAreGivenUpAndThoseOfOthersAreNot) {
   EXPECT_LE(regions.size(), 401U);
 }
 
+bool IsWithin(const Region& region, const finder::ImagePart& part) {
+  // All of its box, with a pixel around it, which is more than must be.
+  for (int row = region.box.y - 1; row <= region.box.y + region.box.height; ++row) {
+    if (row < part.top || row >= part.Bottom()) return false;
+    const cv::Range& columns = part.rows[static_cast<size_t>(row - part.top)];
+    if (region.box.x - 1 < columns.start || region.box.x + region.box.width >= columns.end) return false;
+  }
+  return true;
+}
+
+TEST(Regions, OfAPartAreThoseOfTheWholeThatLieInIt) {
+  const cv::Mat grey = Texture({120, 90});
+  const std::vector<int> levels = {90, 120, 150};
+  finder::ImagePart part;
+  part.top = 12;
+  for (int row = 0; row < 60; ++row) part.rows.emplace_back(10 + std::abs(row - 30), 110 - row % 17);
+  const std::vector<Region> ofPart = finder::FindDarkRegions(grey, part, levels, {});
+  std::vector<Region> within;
+  for (const Region& region : finder::FindDarkRegions(grey, levels, {})) {
+    if (IsWithin(region, part)) within.push_back(region);
+  }
+  EXPECT_GT(within.size(), 100U);
+  EXPECT_GE(ofPart.size(), within.size());
+  const auto same = [](const Region& a, const Region& b) {
+    return a.level == b.level && a.box == b.box && a.area == b.area && a.centroid == b.centroid &&
+           a.xx == b.xx && a.xy == b.xy && a.yy == b.yy;
+  };
+  const std::vector<Region> whole = finder::FindDarkRegions(grey, levels, {});
+  const auto isIn = [&](const std::vector<Region>& all, const Region& region) {
+    return std::any_of(all.begin(), all.end(), [&](const Region& other) { return same(region, other); });
+  };
+  for (const Region& region : within) EXPECT_TRUE(isIn(ofPart, region)) << region.box;
+  for (const Region& region : ofPart) EXPECT_TRUE(isIn(whole, region)) << "cut: " << region.box;
+}
+
+TEST(Regions, BelowTheLeastAreaAreCountedAndThoseThatNobodyWantsAreLeftOut) {
+  cv::Mat grey(40, 60, CV_8UC1, cv::Scalar(200));
+  grey(cv::Rect(5, 5, 1, 1)).setTo(10);
+  grey(cv::Rect(10, 5, 2, 1)).setTo(10);
+  grey(cv::Rect(20, 5, 3, 1)).setTo(10);
+  grey(cv::Rect(0, 20, 2, 1)).setTo(10);
+  grey(cv::Rect(10, 20, 4, 4)).setTo(10);
+  grey(cv::Rect(30, 20, 9, 1)).setTo(10);
+  finder::RegionLimits limits;
+  limits.minArea = 4.0;
+  limits.wanted = [](const Region& region) { return region.box.height > 1; };
+  finder::SmallRegions small;
+  small.leastArea = 2.0;
+  const std::vector<Region> regions =
+      finder::FindDarkRegions(grey, finder::ImagePart::Whole(grey.size()), {100}, limits, &small);
+  ASSERT_EQ(regions.size(), 1U);
+  EXPECT_EQ(regions[0].box, cv::Rect(10, 20, 4, 4));
+  EXPECT_EQ(small.count, 2) << "neither the one that is cut nor the single pixel";
+}
+
+TEST(Regions, OfALevelEndAtItsRow) {
+  cv::Mat grey(60, 60, CV_8UC1, cv::Scalar(200));
+  for (const int y : {5, 25, 45}) grey(cv::Rect(20, y, 6, 6)).setTo(10);
+  finder::RegionLimits limits;
+  limits.endOfLevel = {28, 60};
+  const std::vector<Region> regions = finder::FindDarkRegions(grey, {100, 150}, limits);
+  EXPECT_EQ(std::count_if(regions.begin(), regions.end(), [](const Region& r) { return r.level == 0; }), 1);
+  EXPECT_EQ(std::count_if(regions.begin(), regions.end(), [](const Region& r) { return r.level == 1; }), 3);
+}
+
 TEST(Regions, OfAPictureWithoutPixelsAreNone) {
   EXPECT_TRUE(finder::FindDarkRegions(cv::Mat(0, 0, CV_8UC1), {100}, {}).empty());
 }

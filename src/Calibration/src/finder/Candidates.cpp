@@ -6,17 +6,22 @@
 #include <cmath>
 #include <opencv2/imgproc.hpp>
 
+#include "finder/RowEdges.h"
+#include "finder/Spots.h"
+
 namespace velmora::finder {
 
 namespace {
 
-constexpr int LEVELS = 18;
+/// At how many levels a glance looks.
+constexpr int FEW_LEVELS = 6;
 constexpr int LEAST_CONTRAST = 8;
 constexpr double SMALLEST_AREA = 4.0;
-/// Spots of fewer pixels are faint in most images.
-constexpr double SMALL_AREA = 20.0;
 constexpr double SPECK_AREA = 2.0;
-constexpr int CELL = 16;
+/// The rows that tell whether a level lies in the noise are this far apart.
+constexpr int SAMPLED = 16;
+/// The share of the most runs from which on it may.
+constexpr double LIKELY = 0.7;
 
 /// Faint discs are looked for at levels that are so near to each other, in a picture that is smaller by so
 /// much: fewer pixels pay for more levels, and have less noise.
@@ -27,104 +32,24 @@ constexpr double SMALLEST_FAINT_AREA = 12.0;
 /// What more of the near levels see, the ordinary ones see well.
 constexpr int MOST_FAINT_LEVELS = 15;
 
-/// A spot followed through the levels.
-struct Spot {
-  cv::Point2d centre;  ///< at the last level that saw it
-  double radius = 0.0;
-  int lastLevel = 0;
-  int levels = 0;
-  int next = -1;  ///< the next one of its cell
-};
-
-/// Finds the spot that a region of a higher level continues.
-class SpotMap {
- public:
-  explicit SpotMap(const cv::Size& size) : columns_(size.width / CELL + 1), rows_(size.height / CELL + 1) {
-    first_.assign(static_cast<size_t>(columns_ * rows_), -1);
-  }
-
-  /// The number of the spot that the region belongs to, which may be a new one.
-  int Add(const Region& region) {
-    const double radius = std::sqrt(region.area / CV_PI);
-    int spot = Find(region, radius);
-    if (spot < 0) {
-      spot = static_cast<int>(spots_.size());
-      int& first = first_[Cell(cvFloor(region.centroid.x) / CELL, cvFloor(region.centroid.y) / CELL)];
-      spots_.push_back({region.centroid, radius, 0, 0, first});
-      first = spot;
-    }
-    Spot& known = spots_[static_cast<size_t>(spot)];
-    // The cell stays that of the first sight: a spot hardly moves, and neighbouring cells are looked at.
-    known.centre = region.centroid;
-    known.radius = radius;
-    known.lastLevel = region.level;
-    ++known.levels;
-    return spot;
-  }
-
-  const std::vector<Spot>& Spots() const { return spots_; }
-
- private:
-  size_t Cell(int column, int row) const { return static_cast<size_t>(row * columns_ + column); }
-
-  int Find(const Region& region, double radius) const {
-    const double reach = std::min(0.5 * radius + 0.7, static_cast<double>(CELL));
-    const cv::Point2d& at = region.centroid;
-    int best = -1;
-    double least = 1e9;
-    const int left = std::max(0, cvFloor(at.x - reach) / CELL);
-    const int right = std::min(columns_ - 1, cvFloor(at.x + reach) / CELL);
-    const int bottom = std::min(rows_ - 1, cvFloor(at.y + reach) / CELL);
-    for (int row = std::max(0, cvFloor(at.y - reach) / CELL); row <= bottom; ++row) {
-      for (int column = left; column <= right; ++column) {
-        for (int k = first_[Cell(column, row)]; k >= 0; k = spots_[static_cast<size_t>(k)].next) {
-          const Spot& spot = spots_[static_cast<size_t>(k)];
-          const double distance = cv::norm(spot.centre - at);
-          const double smaller = std::min(spot.radius, radius);
-          const bool same = spot.lastLevel != region.level && distance < 0.5 * smaller + 0.7 &&
-                            std::max(spot.radius, radius) < 2.0 * smaller;
-          if (!same || distance >= least) continue;
-          best = k;
-          least = distance;
-        }
-      }
-    }
-    return best;
-  }
-
-  const int columns_;
-  const int rows_;
-  std::vector<int> first_;
-  std::vector<Spot> spots_;
-};
-
-/// One candidate for each spot that two levels at least see, one for small spots, as its middle level sees
-/// it.
-std::vector<DiscCandidate> Merge(const std::vector<Region>& regions, const cv::Size& size) {
-  SpotMap map(size);
-  std::vector<int> spotOf;
-  spotOf.reserve(regions.size());
-  for (const Region& region : regions) spotOf.push_back(map.Add(region));
-  std::vector<int> timesFound(map.Spots().size(), 0);
-  std::vector<DiscCandidate> merged;
-  for (size_t k = 0; k < regions.size(); ++k) {
-    const size_t spot = static_cast<size_t>(spotOf[k]);
-    const int levels = map.Spots()[spot].levels;
-    const bool enough = levels >= 2 || regions[k].area < SMALL_AREA;
-    if (!enough || timesFound[spot]++ != levels / 2) continue;
-    merged.push_back({regions[k].centroid, std::sqrt(regions[k].area / CV_PI), levels});
-  }
-  return merged;
-}
-
 /// From the darkest to the brightest grey of an image, but for a few pixels.
 cv::Range RangeOf(const cv::Mat& grey) {
+  // Neighbouring pixels are mostly of one value: counted in turn, neither has to wait for the other.
   std::array<int, 256> histogram = {};
+  std::array<int, 256> others = {};
   int total = 0;
   for (int row = 1; row < grey.rows; row += 3) {
     const unsigned char* pixels = grey.ptr(row);
-    for (int x = 1; x < grey.cols; x += 3, ++total) ++histogram[pixels[x]];
+    int x = 1;
+    for (; x + 3 < grey.cols; x += 6, total += 2) {
+      ++histogram[pixels[x]];
+      ++others[pixels[x + 3]];
+    }
+    if (x >= grey.cols) continue;
+    ++histogram[pixels[x]];
+    ++total;
   }
+  for (size_t value = 0; value < histogram.size(); ++value) histogram[value] += others[value];
   // Few enough not to miss a small grid on a plain ground.
   const int tail = total / 4000;
   int low = 0;
@@ -134,14 +59,63 @@ cv::Range RangeOf(const cv::Mat& grey) {
   return {low, high};
 }
 
+RegionLimits LimitsOf(const cv::Size& size) {
+  RegionLimits limits;
+  limits.minArea = SMALLEST_AREA;
+  limits.maxArea = 0.25 * size.area();
+  limits.wanted = IsRound;
+  return limits;
+}
+
+/// More runs of dark pixels at a level are noise.
+int MostRuns(const cv::Size& size) {
+  return 1000 + size.area() / 25;
+}
+
+/// Of each level the row before which a search of the whole image gives it up; beyond the last one when it
+/// does not.
+std::vector<int> EndsInNoise(const cv::Mat& grey, const std::vector<int>& levels) {
+  const int most = MostRuns(grey.size());
+  std::vector<int> ends;
+  for (const int level : levels) {
+    int sampled = 0;
+    for (int row = SAMPLED / 2; row < grey.rows; row += SAMPLED) {
+      sampled += CountRuns(grey.ptr(row), grey.cols, level);
+    }
+    // Only those that may be in the noise are worth counting row by row.
+    const bool noisy = SAMPLED * sampled > LIKELY * most;
+    int row = noisy ? 0 : grey.rows;
+    for (int runs = 0; row < grey.rows && runs <= most; ++row) {
+      runs += CountRuns(grey.ptr(row), grey.cols, level);
+    }
+    ends.push_back(row);
+  }
+  return ends;
+}
+
+/// The candidates among round regions; `blots` becomes the number of regions that are too large.
+std::vector<DiscCandidate> DiscsAmong(std::vector<Region> round, const cv::Size& size, int discs,
+                                      int& blots) {
+  const double largest = 1.5 * size.area() / discs;
+  const auto tooLarge =
+      std::remove_if(round.begin(), round.end(), [&](const Region& region) { return region.area > largest; });
+  blots = static_cast<int>(round.end() - tooLarge);
+  round.erase(tooLarge, round.end());
+  std::vector<DiscCandidate> candidates = MergeSpots(round, size);
+  std::stable_sort(candidates.begin(), candidates.end(),
+                   [](const DiscCandidate& a, const DiscCandidate& b) { return a.levels > b.levels; });
+  if (candidates.size() > MAX_CANDIDATES) candidates.resize(MAX_CANDIDATES);
+  return candidates;
+}
+
 }  // namespace
 
-std::vector<int> ChooseLevels(const cv::Mat& grey) {
+std::vector<int> ChooseLevels(const cv::Mat& grey, int count) {
   const cv::Range range = RangeOf(grey);
   std::vector<int> levels;
   if (range.size() < LEAST_CONTRAST) return levels;
-  for (int k = 0; k < LEVELS; ++k) {
-    const int level = range.start + cvRound(range.size() * (k + 0.5) / LEVELS);
+  for (int k = 0; k < count; ++k) {
+    const int level = range.start + cvRound(range.size() * (k + 0.5) / count);
     if (levels.empty() || level > levels.back()) levels.push_back(level);
   }
   return levels;
@@ -163,36 +137,34 @@ bool IsRound(const Region& region) {
 }
 
 Candidates FindCandidates(const cv::Mat& grey, int discs) {
-  const double pixels = static_cast<double>(grey.size().area());
-  const double largest = 1.5 * pixels / discs;
-  RegionLimits limits;
-  limits.minArea = SPECK_AREA;
-  limits.maxArea = 0.25 * pixels;
-  limits.maxRunsPerLevel = 1000 + grey.size().area() / 25;
-  std::vector<Region> regions = FindDarkRegions(grey, ChooseLevels(grey), limits);
-
+  RegionLimits limits = LimitsOf(grey.size());
+  limits.maxRunsPerLevel = MostRuns(grey.size());
+  SmallRegions specks;
+  specks.leastArea = SPECK_AREA;
+  const ImagePart whole = ImagePart::Whole(grey.size());
   Candidates candidates;
-  std::vector<Region> round;
-  int specks = 0;
   int blots = 0;
-  for (const Region& region : regions) {
-    if (region.area < SMALLEST_AREA) {
-      ++specks;
-    } else if (IsRound(region)) {
-      if (region.area > largest) ++blots;
-      if (region.area <= largest) round.push_back(region);
-    }
-  }
-  std::stable_sort(round.begin(), round.end(),
-                   [](const Region& a, const Region& b) { return a.level < b.level; });
-  candidates.discs = Merge(round, grey.size());
-  std::stable_sort(candidates.discs.begin(), candidates.discs.end(),
-                   [](const DiscCandidate& a, const DiscCandidate& b) { return a.levels > b.levels; });
-  if (candidates.discs.size() > MAX_CANDIDATES) candidates.discs.resize(MAX_CANDIDATES);
+  candidates.discs = DiscsAmong(FindDarkRegions(grey, whole, ChooseLevels(grey), limits, &specks),
+                                grey.size(), discs, blots);
   // Each is seen at several levels.
-  candidates.tooSmall = specks / 3;
+  candidates.tooSmall = specks.count / 3;
   candidates.tooLarge = (blots + 2) / 3;
   return candidates;
+}
+
+std::vector<DiscCandidate> FindCandidatesIn(const cv::Mat& grey, const ImagePart& part,
+                                            const std::vector<int>& levels, int discs) {
+  RegionLimits limits = LimitsOf(grey.size());
+  limits.endOfLevel = EndsInNoise(grey, levels);
+  int blots = 0;
+  return DiscsAmong(FindDarkRegions(grey, part, levels, limits), grey.size(), discs, blots);
+}
+
+std::vector<DiscCandidate> GlanceAtCandidates(const cv::Mat& grey, int discs) {
+  RegionLimits limits = LimitsOf(grey.size());
+  limits.maxRunsPerLevel = MostRuns(grey.size());
+  int blots = 0;
+  return DiscsAmong(FindDarkRegions(grey, ChooseLevels(grey, FEW_LEVELS), limits), grey.size(), discs, blots);
 }
 
 std::vector<DiscCandidate> FindFaintCandidates(const cv::Mat& grey, int discs) {
@@ -208,15 +180,10 @@ std::vector<DiscCandidate> FindFaintCandidates(const cv::Mat& grey, int discs) {
   RegionLimits limits;
   limits.minArea = SMALLEST_FAINT_AREA;
   limits.maxArea = 1.5 * size.area() / discs;
-  limits.maxRunsPerLevel = 1000 + size.area() / 25;
-  std::vector<Region> round;
-  for (const Region& region : FindDarkRegions(smaller, levels, limits)) {
-    if (IsRound(region)) round.push_back(region);
-  }
-  std::stable_sort(round.begin(), round.end(),
-                   [](const Region& a, const Region& b) { return a.level < b.level; });
+  limits.maxRunsPerLevel = MostRuns(size);
+  limits.wanted = IsRound;
   std::vector<DiscCandidate> faint;
-  for (DiscCandidate disc : Merge(round, size)) {
+  for (DiscCandidate disc : MergeSpots(FindDarkRegions(smaller, levels, limits), size)) {
     if (disc.levels < 2 || disc.levels > MOST_FAINT_LEVELS || faint.size() == MAX_CANDIDATES) continue;
     // Pixels have their middles at whole numbers.
     disc.centre = SHRUNK * (disc.centre + cv::Point2d(0.5, 0.5)) - cv::Point2d(0.5, 0.5);

@@ -5,14 +5,9 @@
 #include <vector>
 
 #include "finder/Regions.h"
+#include "finder/Spots.h"
 
 namespace velmora::finder {
-
-struct DiscCandidate {
-  cv::Point2d centre;
-  double radius = 0.0;  ///< of the disc of equal area, pixels
-  int levels = 0;       ///< how many grey levels see it
-};
 
 struct Candidates {
   std::vector<DiscCandidate> discs;  ///< those that most levels see first
@@ -20,18 +15,28 @@ struct Candidates {
   int tooLarge = 0;                  ///< round spots too large for a grid that fits into the image
 };
 
+/// At how many levels an image is looked at.
+constexpr int LEVELS = 18;
+
 /// The largest number of candidates that are kept.
 constexpr size_t MAX_CANDIDATES = 2500;
 
-/// The levels at which an image is looked at: between its darkest and brightest parts, evenly. None for one
-/// without contrast.
-std::vector<int> ChooseLevels(const cv::Mat& grey);
+/// The levels at which an image is looked at: evenly between its darkest and brightest parts. None
+/// for one without contrast.
+std::vector<int> ChooseLevels(const cv::Mat& grey, int count = LEVELS);
 
 /// True for a region that an ellipse of not too different axes could be.
 bool IsRound(const Region& region);
 
 /// The dark spots of `grey` (CV_8UC1) that may belong to a grid of `discs` discs.
 Candidates FindCandidates(const cv::Mat& grey, int discs);
+
+/// Those discs within a part of the image that FindCandidates finds in the whole of it at these levels.
+std::vector<DiscCandidate> FindCandidatesIn(const cv::Mat& grey, const ImagePart& part,
+                                            const std::vector<int>& levels, int discs);
+
+/// Discs of a picture at few levels: enough to see where a grid may be.
+std::vector<DiscCandidate> GlanceAtCandidates(const cv::Mat& grey, int discs);
 
 /// Those of so little contrast within an image that has much of it that FindCandidates may pass them over:
 /// levels that few grey values part look for them, from a radius of 4 pixels on.

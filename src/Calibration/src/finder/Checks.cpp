@@ -3,8 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <set>
-#include <utility>
+#include <vector>
 
 #include "finder/Grey.h"
 
@@ -31,15 +30,21 @@ double Median(std::vector<double>& values) {
 }
 
 /// The indices of the pattern's lattice next to the grid that are not part of it.
-std::set<std::pair<int, int>> IndicesAround(const LabelledDiscs& discs) {
-  std::set<std::pair<int, int>> own;
-  for (const cv::Point& p : discs.gridIndices) own.insert({p.x, p.y});
-  std::set<std::pair<int, int>> around;
+std::vector<cv::Point> IndicesAround(const LabelledDiscs& discs) {
+  // Two columns on each side, and a row.
+  const int width = 2 * discs.grid.width + 4;
+  std::vector<char> taken(static_cast<size_t>(width * (discs.grid.height + 2)), 0);
+  const auto cellOf = [&](const cv::Point& p) -> char& {
+    return taken[static_cast<size_t>((p.y + 1) * width + p.x + 2)];
+  };
+  for (const cv::Point& p : discs.gridIndices) cellOf(p) = 1;
+  std::vector<cv::Point> around;
   for (const cv::Point& p : discs.gridIndices) {
     for (const cv::Point& step : {cv::Point(1, 1), cv::Point(1, -1), cv::Point(-1, 1), cv::Point(-1, -1),
                                   cv::Point(2, 0), cv::Point(-2, 0)}) {
-      const std::pair<int, int> gridIndex(p.x + step.x, p.y + step.y);
-      if (own.count(gridIndex) == 0) around.insert(gridIndex);
+      char& cell = cellOf(p + step);
+      if (cell == 0) around.push_back(p + step);
+      cell = 1;
     }
   }
   return around;
@@ -88,8 +93,7 @@ int CountBeyond(const GridProjection& projection, const LabelledDiscs& discs, co
     });
   };
   int beyond = 0;
-  for (const auto& [x, y] : IndicesAround(discs)) {
-    const cv::Point gridIndex(x, y);
+  for (const cv::Point& gridIndex : IndicesAround(discs)) {
     const double reach = BEYOND * projection.Step(gridIndex) + 0.5;
     const int found = index.Nearest(projection.Predict(gridIndex), reach, budget, [&](int k) {
       return index[k].radius > 0.65 * radius && index[k].radius < 1.5 * radius && !isOwn(k);

@@ -80,11 +80,11 @@ int CountCovered(const CandidateTable& table, const std::vector<cv::Point>& grid
   return least + lacking;
 }
 
-/// Calls `visit(base, shift, covered)` for each way of laying the pattern that covers `least` grid indices.
-/// False when the budget was spent on the way.
+/// Calls `visit(base, shift, covered)` for each way of laying the pattern that covers `least` grid indices,
+/// which may change meanwhile. False when the budget was spent on the way.
 template <typename Visitor>
 bool VisitWays(const Lattice& lattice, const CandidateTable& table, const std::vector<cv::Point>& pattern,
-               int lacking, int least, SearchBudget& budget, Visitor visit) {
+               int lacking, const int& least, SearchBudget& budget, Visitor visit) {
   std::vector<cv::Point> turned(pattern.size());
   // The pattern's own base, (1, 1) and (1, -1), turns against the clock.
   for (const Base& base : Bases(lattice.clockwise ? -1 : 1)) {
@@ -123,13 +123,17 @@ Labelling LabelPattern(const Lattice& lattice, const cv::Size& grid, int lacking
   const std::vector<cv::Point> pattern = LatticeIndices(grid);
   Base bestBase = {};
   cv::Point bestShift;
-  const bool all = VisitWays(lattice, table, pattern, lacking, 0, budget,
+  // What covers no more than the second best way changes neither.
+  int least = 0;
+  const bool all = VisitWays(lattice, table, pattern, lacking, least, budget,
                              [&](const Base& base, const cv::Point& shift, int covered) {
                                if (covered <= best.covered) {
                                  best.secondBest = std::max(best.secondBest, covered);
+                                 least = best.secondBest + 1;
                                  return;
                                }
                                best.secondBest = best.covered;
+                               least = best.secondBest + 1;
                                best.covered = covered;
                                bestBase = base;
                                bestShift = shift;

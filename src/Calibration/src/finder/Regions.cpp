@@ -2,9 +2,10 @@
 #include "finder/Regions.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
-#include <cstring>
+#include <limits>
+
+#include "finder/RowEdges.h"
 
 namespace velmora::finder {
 
@@ -14,8 +15,11 @@ namespace {
 using SquareSums = std::vector<std::int64_t>;
 
 SquareSums SquareSumsTo(int last) {
-  SquareSums sums = {0};
-  for (std::int64_t k = 0; k < last; ++k) sums.push_back(sums.back() + k * k);
+  SquareSums sums(static_cast<size_t>(last) + 1);
+  for (size_t k = 1; k < sums.size(); ++k) {
+    const auto before = static_cast<std::int64_t>(k) - 1;
+    sums[k] = sums[k - 1] + before * before;
+  }
   return sums;
 }
 
@@ -33,7 +37,6 @@ struct Sums {
     const std::int64_t sum = count * (from + to - 1) / 2;
     left = std::min(left, from);
     right = std::max(right, to);
-    bottom = row + 1;
     n += count;
     x += sum;
     y += count * row;
@@ -71,41 +74,69 @@ Region RegionOf(const Sums& sums, int level) {
   return region;
 }
 
+/// The runs of a row at one level.
+struct RowRuns {
+  int row = 0;
+  const int* edges = nullptr;  ///< where they begin and end, in turn
+  int count = 0;               ///< of edges
+  cv::Range whole;             ///< what is not within these columns is cut
+};
+
+/// Where the regions of all levels go.
+struct Findings {
+  const RegionLimits& limits;
+  const SquareSums squareSums;
+  std::vector<Region> regions;
+  SmallRegions small;
+
+  void Add(const Sums& sums, int level) {
+    const double area = static_cast<double>(sums.n);
+    if (sums.dropped || area > limits.maxArea) return;
+    if (area < limits.minArea) {
+      if (area >= small.leastArea) ++small.count;
+      return;
+    }
+    const Region region = RegionOf(sums, level);
+    if (limits.wanted == nullptr || limits.wanted(region)) regions.push_back(region);
+  }
+};
+
 /// Joins the runs of one level row by row. Only regions that reach the last row are kept, so that what it
 /// works on stays small.
 class LevelJoiner {
  public:
-  LevelJoiner(int level, cv::Size size, const RegionLimits& limits, const SquareSums& squares,
-              std::vector<Region>& found)
-      : level_(level), size_(size), limits_(limits), squares_(squares), found_(found) {}
+  LevelJoiner(int level, Findings& found) : level_(level), found_(found) {
+    const std::vector<int>& ends = found.limits.endOfLevel;
+    if (!ends.empty()) end_ = ends[static_cast<size_t>(level)];
+  }
 
-  bool GivenUp() const { return runs_ > limits_.maxRunsPerLevel; }
+  bool IsGivenUpAt(int row) const { return runs_ > found_.limits.maxRunsPerLevel || row >= end_; }
 
-  /// `edges`: where runs begin and end, in turn.
-  void AddRow(int row, const int* edges, int count) {
+  void AddRow(const RowRuns& runs) {
+    if (runs.count == 0 && previous_.empty()) return;
     current_.clear();
-    size_t above = 0;
-    for (int k = 0; k + 1 < count; k += 2) Join(row, edges[k], edges[k + 1], above);
-    for (const Run& run : previous_) {
-      if (!run.continued) Finish(Root(run.slot), row);
-    }
+    above_ = 0;
+    continued_ = false;
+    for (int k = 0; k + 1 < runs.count; k += 2) Join(runs, runs.edges[k], runs.edges[k + 1]);
+    while (above_ < previous_.size()) PassAbove();
+    for (const int slot : left_) Finish(Root(slot), runs.row);
+    left_.clear();
     if (!merged_.empty()) {
       for (Run& run : current_) run.slot = Root(run.slot);
       free_.insert(free_.end(), merged_.begin(), merged_.end());
       merged_.clear();
     }
     previous_.swap(current_);
-    runs_ += count / 2;
+    runs_ += runs.count / 2;
   }
 
-  void End() {
-    for (const Run& run : previous_) Finish(run.slot, size_.height);
+  void End(int bottom) {
+    for (const Run& run : previous_) Finish(run.slot, bottom);
   }
 
  private:
   struct Run {
     int from, to, slot;
-    bool continued;  ///< by one of the next row
   };
 
   int Root(int slot) const {
@@ -126,21 +157,32 @@ class LevelJoiner {
     return slot;
   }
 
-  void Join(int row, int from, int to, size_t& above) {
-    while (above < previous_.size() && previous_[above].to <= from) ++above;
+  /// Goes on to the next run of the row above, once no more runs can touch this one.
+  void PassAbove() {
+    if (!continued_) left_.push_back(previous_[above_].slot);
+    continued_ = false;
+    ++above_;
+  }
+
+  void Join(const RowRuns& runs, int from, int to) {
+    while (above_ < previous_.size() && previous_[above_].to <= from) PassAbove();
     int slot = -1;
-    for (size_t k = above; k < previous_.size() && previous_[k].from < to; ++k) {
-      previous_[k].continued = true;
-      const int touched = Root(previous_[k].slot);
-      if (slot < 0) slot = touched;
-      if (slot != touched) Merge(slot, touched);
+    if (above_ < previous_.size() && previous_[above_].from < to) {
+      continued_ = true;
+      slot = Root(previous_[above_].slot);
+      // The last one that it touches may reach the next run too.
+      while (above_ + 1 < previous_.size() && previous_[above_ + 1].from < to) {
+        const int touched = Root(previous_[++above_].slot);
+        if (touched != slot) Merge(slot, touched);
+      }
+    } else {
+      slot = NewSlot({from, to, runs.row});
     }
-    if (slot < 0) slot = NewSlot({from, to, row});
     Sums& sums = sums_[static_cast<size_t>(slot)];
-    if (limits_.skipCut && (from == 0 || row == 0 || to == size_.width)) sums.dropped = true;
-    sums.bottom = row + 1;
-    if (!sums.dropped) sums.AddRun(from, to, row, squares_);
-    current_.push_back({from, to, slot, false});
+    if (from < runs.whole.start || to > runs.whole.end) sums.dropped = true;
+    sums.bottom = runs.row + 1;
+    if (!sums.dropped) sums.AddRun(from, to, runs.row, found_.squareSums);
+    current_.push_back({from, to, slot});
   }
 
   void Merge(int slot, int touched) {
@@ -153,9 +195,7 @@ class LevelJoiner {
   void Finish(int slot, int row) {
     Sums& sums = sums_[static_cast<size_t>(slot)];
     if (sums.bottom > row || sums.bottom == FINISHED) return;
-    const double area = static_cast<double>(sums.n);
-    const bool cut = sums.dropped || (limits_.skipCut && sums.bottom == size_.height);
-    if (area >= limits_.minArea && area <= limits_.maxArea && !cut) found_.push_back(RegionOf(sums, level_));
+    found_.Add(sums, level_);
     sums.bottom = FINISHED;
     free_.push_back(slot);
   }
@@ -163,94 +203,72 @@ class LevelJoiner {
   static constexpr int FINISHED = -1;
 
   const int level_;
-  const cv::Size size_;
-  const RegionLimits& limits_;
-  const SquareSums& squares_;
-  std::vector<Region>& found_;
+  Findings& found_;
+  int end_ = 1 << 30;  ///< the row before which the level is given up
   std::vector<Run> previous_, current_;
+  size_t above_ = 0;        ///< the run of the row above that may be touched next
+  bool continued_ = false;  ///< whether it is touched
+  std::vector<int> left_;   ///< slots of the runs above that none continues
   std::vector<Sums> sums_;
   std::vector<int> into_;  ///< the slot that a slot was merged into, or itself
   std::vector<int> free_, merged_;
   int runs_ = 0;
 };
 
-/// Where the runs of a row begin and end, for each level.
-class RowEdges {
- public:
-  RowEdges(int width, const std::vector<int>& levels)
-      : width_(width),
-        levels_(static_cast<int>(levels.size())),
-        row_(static_cast<size_t>(width) + 24),
-        stride_(static_cast<size_t>(width) + 2),
-        edges_(levels.size() * stride_),
-        ends_(levels.size()) {
-    for (int value = 0; value < 256; ++value) {
-      const auto reached = std::upper_bound(levels.begin(), levels.end(), value) - levels.begin();
-      steps_[static_cast<size_t>(value)] = static_cast<unsigned char>(reached);
-    }
+/// The columns of a row of the part whose pixels have all their neighbours in the part too.
+cv::Range WholeColumns(const ImagePart& part, size_t row) {
+  if (row == 0 || row + 1 == part.rows.size()) return {std::numeric_limits<int>::max(), 0};
+  cv::Range whole(part.rows[row].start + 1, part.rows[row].end - 1);
+  for (const size_t beside : {row - 1, row + 1}) {
+    whole.start = std::max(whole.start, part.rows[beside].start);
+    whole.end = std::min(whole.end, part.rows[beside].end);
   }
-
-  void Take(const unsigned char* pixels) {
-    // Beyond both ends everything is bright; the padding lets blocks of eight run past the end.
-    std::fill(row_.begin(), row_.begin() + 8, static_cast<unsigned char>(levels_));
-    std::fill(row_.end() - 16, row_.end(), static_cast<unsigned char>(levels_));
-    unsigned char* const q = row_.data() + 8;
-    for (int x = 0; x < width_; ++x) q[x] = steps_[pixels[x]];
-    for (size_t level = 0; level < ends_.size(); ++level) ends_[level] = edges_.data() + level * stride_;
-    for (int x = 0; x <= width_; x += 8) {
-      std::uint64_t here = 0;
-      std::uint64_t before = 0;
-      std::memcpy(&here, q + x, 8);
-      std::memcpy(&before, q + x - 1, 8);
-      // The lowest byte is the leftmost pixel.
-      for (std::uint64_t changes = here ^ before; changes != 0;) {
-        const int byte = __builtin_ctzll(changes) / 8;
-        changes &= ~(std::uint64_t{0xFF} << (8 * byte));
-        const unsigned char* const at = q + x + byte;
-        Mark(x + byte, std::min(at[0], at[-1]), std::max(at[0], at[-1]));
-      }
-    }
-  }
-
-  const int* Of(size_t level) const { return edges_.data() + level * stride_; }
-  int Count(size_t level) const { return static_cast<int>(ends_[level] - Of(level)); }
-
- private:
-  void Mark(int x, unsigned low, unsigned high) {
-    for (size_t level = low; level < high; ++level) *ends_[level]++ = x;
-  }
-
-  const int width_;
-  const int levels_;
-  std::vector<unsigned char> row_;
-  std::array<unsigned char, 256> steps_ = {};
-  const size_t stride_;
-  std::vector<int> edges_;  ///< level after level
-  std::vector<int*> ends_;  ///< of each level's edges so far
-};
+  return whole;
+}
 
 }  // namespace
 
+ImagePart ImagePart::Whole(const cv::Size& size) {
+  ImagePart part;
+  if (size.width > 0) part.rows.assign(static_cast<size_t>(size.height), cv::Range(0, size.width));
+  return part;
+}
+
 std::vector<Region> FindDarkRegions(const cv::Mat& grey, const std::vector<int>& levels,
                                     const RegionLimits& limits) {
-  std::vector<Region> found;
-  const SquareSums squares = SquareSumsTo(grey.cols);
+  return FindDarkRegions(grey, ImagePart::Whole(grey.size()), levels, limits);
+}
+
+std::vector<Region> FindDarkRegions(const cv::Mat& grey, const ImagePart& part,
+                                    const std::vector<int>& levels, const RegionLimits& limits,
+                                    SmallRegions* small) {
+  Findings found{limits, SquareSumsTo(grey.cols), {}, {}};
+  found.small.leastArea = small != nullptr ? small->leastArea : limits.minArea;
+  found.regions.reserve(1024);
   std::vector<LevelJoiner> joiners;
+  joiners.reserve(levels.size());
   for (size_t level = 0; level < levels.size(); ++level) {
-    joiners.emplace_back(static_cast<int>(level), grey.size(), limits, squares, found);
+    joiners.emplace_back(static_cast<int>(level), found);
   }
   RowEdges edges(grey.cols, levels);
-  for (int row = 0; row < grey.rows; ++row) {
-    edges.Take(grey.ptr(row));
+  RowRuns runs;
+  for (size_t k = 0; k < part.rows.size(); ++k) {
+    runs.row = part.top + static_cast<int>(k);
+    runs.whole = limits.skipCut ? WholeColumns(part, k) : cv::Range::all();
+    edges.Take(grey.ptr(runs.row), part.rows[k]);
     for (size_t level = 0; level < levels.size(); ++level) {
       LevelJoiner& joiner = joiners[level];
-      if (!joiner.GivenUp()) joiner.AddRow(row, edges.Of(level), edges.Count(level));
+      if (joiner.IsGivenUpAt(runs.row)) continue;
+      runs.edges = edges.Of(level);
+      runs.count = edges.Count(level);
+      joiner.AddRow(runs);
     }
   }
   for (LevelJoiner& joiner : joiners) {
-    if (!joiner.GivenUp()) joiner.End();
+    if (!joiner.IsGivenUpAt(part.Bottom() - 1)) joiner.End(part.Bottom());
   }
-  return found;
+  if (small != nullptr) small->count = found.small.count;
+  return std::move(found.regions);
 }
 
 }  // namespace velmora::finder

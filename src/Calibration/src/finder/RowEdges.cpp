@@ -1,0 +1,110 @@
+/// Where the dark runs of an image's rows begin and end, at several grey levels at once.
+#include "finder/RowEdges.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+
+namespace velmora::finder {
+
+namespace {
+
+/// The number of pixels that are compared at once.
+constexpr int BLOCK = 8;
+/// Most edges cross this many levels or less.
+constexpr unsigned FEW = 4;
+
+/// Of each set of bytes of a block, where its bytes are, and how many they are.
+struct BytesOfSet {
+  std::array<std::array<int, BLOCK>, 256> places = {};
+  std::array<int, 256> counts = {};
+
+  BytesOfSet() {
+    for (size_t set = 0; set < places.size(); ++set) {
+      for (int byte = 0; byte < BLOCK; ++byte) {
+        if ((set >> byte & 1U) != 0) places[set][static_cast<size_t>(counts[set]++)] = byte;
+      }
+    }
+  }
+};
+
+/// The set of the bytes that are not zero; the lowest one is the first.
+size_t SetOf(std::uint64_t bytes) {
+  constexpr std::uint64_t LOW = 0x7F7F7F7F7F7F7F7FU;
+  const std::uint64_t high = (((bytes & LOW) + LOW) | bytes) & ~LOW;
+  return static_cast<size_t>(((high >> 7U) * 0x0102040810204080U) >> 56U);
+}
+
+}  // namespace
+
+RowEdges::RowEdges(int width, const std::vector<int>& levels)
+    : levels_(static_cast<int>(levels.size())),
+      // Blocks read one pixel before the first one, and run past the last one.
+      row_(static_cast<size_t>(width) + 3 * BLOCK),
+      changes_(static_cast<size_t>(width) + 2 * BLOCK),
+      stride_(static_cast<size_t>(width) + 2),
+      edges_((levels.size() + FEW) * stride_),
+      ends_(levels.size() + FEW) {
+  for (int value = 0; value < 256; ++value) {
+    const auto reached = std::upper_bound(levels.begin(), levels.end(), value) - levels.begin();
+    steps_[static_cast<size_t>(value)] = static_cast<unsigned char>(reached);
+  }
+}
+
+void RowEdges::Take(const unsigned char* pixels, const cv::Range& columns) {
+  unsigned char* const q = row_.data() + BLOCK;
+  const auto bright = static_cast<unsigned char>(levels_);
+  q[columns.start - 1] = bright;
+  for (int x = columns.start; x < columns.end; ++x) q[x] = steps_[pixels[x]];
+  std::fill_n(q + columns.end, BLOCK, bright);
+  for (size_t level = 0; level < ends_.size(); ++level) ends_[level] = edges_.data() + level * stride_;
+  MarkChanges(columns);
+}
+
+/// Writes without asking whether there is something to write: what noise changes cannot be foreseen.
+void RowEdges::MarkChanges(const cv::Range& columns) {
+  static const BytesOfSet BYTES;
+  const unsigned char* const q = row_.data() + BLOCK;
+  int* change = changes_.data();
+  for (int x = columns.start; x <= columns.end; x += BLOCK) {
+    std::uint64_t here = 0;
+    std::uint64_t before = 0;
+    std::memcpy(&here, q + x, BLOCK);
+    std::memcpy(&before, q + x - 1, BLOCK);
+    const size_t set = SetOf(here ^ before);
+    for (size_t k = 0; k < BLOCK; ++k) change[k] = x + BYTES.places[set][k];
+    change += BYTES.counts[set];
+  }
+  int** const ends = ends_.data();
+  for (const int* at = changes_.data(); at != change; ++at) {
+    const int x = *at;
+    const unsigned low = std::min(q[x], q[x - 1]);
+    const unsigned high = std::max(q[x], q[x - 1]);
+    // What is written beyond the last level of these is overwritten, or never read.
+    for (unsigned level = low; level < low + FEW; ++level) {
+      *ends[level] = x;
+      ends[level] += level < high ? 1 : 0;
+    }
+    for (unsigned level = low + FEW; level < high; ++level) *ends[level]++ = x;
+  }
+}
+
+int CountRuns(const unsigned char* pixels, int width, int level) {
+  // Of so few pixels that a byte can count the runs: compilers count sixteen at a time then.
+  constexpr int CHUNK = 240;
+  if (width == 0 || level <= 0) return 0;
+  const auto last = static_cast<unsigned char>(std::min(level, 256) - 1);
+  int runs = pixels[0] <= last ? 1 : 0;
+  for (int from = 1; from < width; from += CHUNK) {
+    const int to = std::min(width, from + CHUNK);
+    unsigned char begun = 0;
+    for (int x = from; x < to; ++x) {
+      const bool begins = (pixels[x] <= last) & (pixels[x - 1] > last);
+      begun = static_cast<unsigned char>(begun + (begins ? 1 : 0));
+    }
+    runs += begun;
+  }
+  return runs;
+}
+
+}  // namespace velmora::finder
