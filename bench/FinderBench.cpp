@@ -48,6 +48,61 @@ void Photograph(benchmark::State& state, const char* name) {
   Compare(state, frame);
 }
 
+/// A photograph as a calibrator brings it to its processing size: resized to cover it, and cut to it.
+cv::Mat AtProcessingSize(const cv::Mat& photograph) {
+  const cv::Size size(640, 480);
+  const double scale = std::max(static_cast<double>(size.width) / photograph.cols,
+                                static_cast<double>(size.height) / photograph.rows);
+  cv::Mat scaled;
+  cv::resize(photograph, scaled, {}, scale, scale, cv::INTER_NEAREST);
+  return scaled(cv::Rect((scaled.cols - size.width) / 2, (scaled.rows - size.height) / 2, size.width,
+                         size.height))
+      .clone();
+}
+
+void SmallPhotograph(benchmark::State& state, const char* name) {
+  const cv::Mat frame = cv::imread(std::string(VELMORA_SHARED_DATA) + "/" + name);
+  if (frame.empty()) return state.SkipWithError("no photograph");
+  Compare(state, AtProcessingSize(frame));
+}
+
+/// The search of a sequence that follows the grid beside the default search of each frame. The sheet turns
+/// and moves a little.
+void Follow(benchmark::State& state, const cv::Mat& frame) {
+  std::vector<cv::Mat> frames;
+  for (int k = 0; k < 16; ++k) {
+    const double angle = 2.0 * CV_PI * k / 16;
+    cv::Mat turn = cv::getRotationMatrix2D(cv::Point2f(320.0F, 240.0F), 1.5 * std::sin(angle),
+                                           1.0 + 0.01 * std::cos(angle));
+    turn.at<double>(0, 2) += 6.0 * std::cos(angle);
+    turn.at<double>(1, 2) += 6.0 * std::sin(angle);
+    cv::Mat moved;
+    cv::warpAffine(frame, moved, turn, frame.size(), cv::INTER_LINEAR, cv::BORDER_REPLICATE);
+    frames.push_back(moved);
+  }
+  cv::setNumThreads(1);
+  GridTracker tracker;
+  std::vector<cv::Point2d> barePoints;
+  size_t next = 0;
+  size_t bareNext = 0;
+  bench::Ratio().Run(
+      state,
+      [&] { benchmark::DoNotOptimize(SearchGridRobust(frames[next++ % frames.size()], GRID, tracker)); },
+      [&] {
+        benchmark::DoNotOptimize(FindGridStandard(frames[bareNext++ % frames.size()], GRID, barePoints));
+      });
+  cv::setNumThreads(-1);
+}
+
+void FollowedPhotograph(benchmark::State& state, const char* name) {
+  const cv::Mat frame = cv::imread(std::string(VELMORA_SHARED_DATA) + "/" + name);
+  if (frame.empty()) return state.SkipWithError("no photograph");
+  Follow(state, AtProcessingSize(frame));
+}
+void FollowedRendered(benchmark::State& state) {
+  Follow(state, bench::GridFrame({640, 480}));
+}
+
 /// Dark discs strewn at random.
 cv::Mat Blobs(int count) {
   cv::Mat frame(480, 640, CV_8UC1, cv::Scalar(210));
@@ -127,6 +182,9 @@ void PartsFound(benchmark::State& state) {
   WithParts(state, bench::GridFrame({640, 480}).colRange(0, 420));
 }
 
+void Nothing(benchmark::State& state) {
+  Compare(state, bench::EmptyFrame({640, 480}));
+}
 void Rendered(benchmark::State& state) {
   Compare(state, bench::GridFrame({640, 480}));
 }
@@ -159,6 +217,26 @@ BENCHMARK_CAPTURE(Photograph, office, "office-4x11/dotboard_close_1.jpg")
 BENCHMARK_CAPTURE(Photograph, flat, "flat-4x11/Image__2018-02-12__15-11-38.png")
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(SmallPhotograph, office, "office-4x11/dotboard_close_1.jpg")
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(SmallPhotograph, flat, "flat-4x11/Image__2018-02-12__15-14-55.png")
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(SmallPhotograph, endoscope, "endoscope-stereo-4x11/left/08_56_30.png")
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(FollowedPhotograph, office, "office-4x11/dotboard_close_1.jpg")
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(FollowedPhotograph, flat, "flat-4x11/Image__2018-02-12__15-14-55.png")
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(FollowedPhotograph, endoscope, "endoscope-stereo-4x11/left/08_56_30.png")
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(FollowedRendered)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(Nothing)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(Rendered)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(RenderedLarge)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(CentresRendered)->UseManualTime()->Unit(benchmark::kMillisecond);

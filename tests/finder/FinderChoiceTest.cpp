@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <opencv2/imgproc.hpp>
 #include <thread>
 
 #include "finder/FinderChoice.h"
@@ -220,6 +221,50 @@ TEST(FinderChoice, OfPartsNeverReachesACalibratorsOwnDetection) {
   EXPECT_TRUE(points.empty());
   EXPECT_FALSE(calibrator->IsDetected());
   EXPECT_EQ(calibrator->WhyNotFound(), "part of the grid is outside the picture");
+}
+
+TEST(FinderChoice, FollowsTheGridThroughTheFramesOfBothCamerasToTheSameCentres) {
+  FinderChoice choice;
+  choice.Set(FINDER_ROBUST);
+  const cv::Mat still = unit::ImageWithGrid();
+  PartialGrid leftPart;
+  PartialGrid rightPart;
+  for (int frame = 0; frame < 4; ++frame) {
+    cv::Mat moved;
+    const cv::Matx23d shift(1, 0, 2.0 * frame, 0, 1, -1.5 * frame);
+    cv::warpAffine(still, moved, shift, still.size(), cv::INTER_LINEAR, cv::BORDER_REPLICATE);
+    Centres left;
+    Centres right;
+    ASSERT_TRUE(choice.FindBoth(moved, still, unit::GRID, left, right, leftPart, rightPart));
+    Centres expected;
+    ASSERT_TRUE(FindGridRobust(moved, unit::GRID, expected));
+    for (size_t k = 0; k < expected.size(); ++k) EXPECT_LT(cv::norm(left[k] - expected[k]), 1e-3);
+    ASSERT_TRUE(FindGridRobust(still, unit::GRID, expected));
+    for (size_t k = 0; k < expected.size(); ++k) EXPECT_LT(cv::norm(right[k] - expected[k]), 1e-3);
+  }
+}
+
+TEST(FinderChoice, CanBeAskedForFramesOfASequenceFromSeveralThreads) {
+  FinderChoice choice;
+  choice.Set(FINDER_ROBUST);
+  const cv::Mat image = unit::ImageWithGrid();
+  Centres expected;
+  ASSERT_TRUE(FindGridRobust(image, unit::GRID, expected));
+  std::vector<std::thread> threads;
+  for (int number = 0; number < 3; ++number) {
+    threads.emplace_back([&] {
+      for (int k = 0; k < 10; ++k) {
+        Centres points;
+        PartialGrid part;
+        EXPECT_TRUE(choice.Find(image, unit::GRID, points, part));
+        ASSERT_EQ(points.size(), expected.size());
+        for (size_t disc = 0; disc < points.size(); ++disc) {
+          EXPECT_LT(cv::norm(points[disc] - expected[disc]), 1e-3);
+        }
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
 }
 
 }  // namespace

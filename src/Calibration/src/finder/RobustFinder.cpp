@@ -6,15 +6,15 @@
 #include <utility>
 
 #include "finder/Checks.h"
+#include "finder/Glance.h"
 #include "finder/Grey.h"
-#include "finder/HiddenDiscs.h"
 #include "finder/Labelling.h"
 #include "finder/Lattice.h"
 #include "finder/MissingDiscs.h"
+#include "finder/NearbyGrid.h"
 #include "finder/PartLabelling.h"
 #include "finder/Pattern.h"
-#include "finder/Refinement.h"
-#include "finder/Shape.h"
+#include "finder/WholeGrid.h"
 
 namespace velmora {
 
@@ -42,6 +42,7 @@ class DarkSearch {
       : grey_(grey), grid_(grid), gridIndices_(finder::PatternIndices(grid)), part_(part) {}
 
   GridFinding Run() {
+    if (FindAtAGlance()) return finding_;
     const finder::Candidates candidates = finder::FindCandidates(grey_, grid_.area());
     if (candidates.discs.size() < FewestDiscs()) {
       finding_.fault = FaultOfFew(candidates);
@@ -59,6 +60,16 @@ class DarkSearch {
 
  private:
   size_t FewestDiscs() const { return static_cast<size_t>(grid_.area() - finder::MissingAllowed(grid_)); }
+
+  /// Most grids are plain to see in a smaller picture: then only their surroundings are searched.
+  bool FindAtAGlance() {
+    finder::ExpectedGrid expected;
+    LabelledDiscs discs;
+    if (!finder::GlanceAtGrid(grey_, grid_, expected) || !finder::FindNearby(grey_, {expected}, discs))
+      return false;
+    Take(discs);
+    return true;
+  }
 
   void SearchAmong(const std::vector<finder::DiscCandidate>& candidates, int budget) {
     const finder::CandidateIndex index(candidates, grey_.size());
@@ -97,17 +108,22 @@ class DarkSearch {
     GridProjection projection;
     if (!projection.Fit(discs)) return false;
     const bool clear = labelling.covered >= labelling.secondBest + 2;
-    const GridFault fault =
-        clear ? Complete(projection, discs, index) : FaultOfDoubt(projection, discs, lattice);
+    const GridFault fault = clear ? finder::CompleteGrid(projection, discs, index, grey_, budget_)
+                                  : FaultOfDoubt(projection, discs, lattice);
     // The fault of the largest lattice is the one that is reported.
     if (fault == GridFault::None || lattice.points.size() > said_) {
       finding_.fault = fault;
       said_ = lattice.points.size();
     }
     if (fault != GridFault::None) return false;
+    Take(discs);
+    return true;
+  }
+
+  void Take(const LabelledDiscs& discs) {
+    finding_.fault = GridFault::None;
     finding_.centres = discs.centres;
     finding_.radii = discs.radii;
-    return true;
   }
 
   /// The search for whole grids goes on as if there were no parts.
@@ -132,29 +148,6 @@ class DarkSearch {
                                                                 : GridFault::WrongSize;
   }
 
-  GridFault FaultOfGaps(const GridProjection& projection, const LabelledDiscs& discs) const {
-    return finder::MissesOutside(projection, discs, grey_.size()) ? GridFault::PartOutside
-                                                                  : GridFault::WrongSize;
-  }
-
-  /// Brings the discs to a whole grid, or says why they are none.
-  GridFault Complete(GridProjection& projection, LabelledDiscs& discs, const finder::CandidateIndex& index) {
-    if (discs.Missing() > finder::MissingAllowed(grid_)) return FaultOfGaps(projection, discs);
-    if (!finder::RejectOutliers(projection, discs, finder::MissingAllowed(grid_)))
-      return GridFault::NothingLikeIt;
-    const bool gaps = discs.Missing() > 0;
-    if (gaps) finder::RecoverMissing(projection, grey_, discs);
-    if (discs.Missing() > 0) return FaultOfGaps(projection, discs);
-    // What was recovered is in place but for what hides a part of it.
-    const GridFault offPlane = gaps ? GridFault::PartlyHidden : GridFault::NothingLikeIt;
-    if (!projection.Fit(discs) || !finder::FitsProjection(projection, discs)) return offPlane;
-    if (finder::GoesOn(projection, discs, index, budget_)) return GridFault::BiggerLattice;
-    if (finder::IsChessboard(projection, discs, grey_)) return GridFault::NothingLikeIt;
-    finder::RefineDiscs(projection, grey_, discs);
-    if (!finder::AreDiscs(projection, grey_, discs)) return GridFault::NothingLikeIt;
-    return finder::AreWhole(projection, grey_, discs) ? GridFault::None : GridFault::PartlyHidden;
-  }
-
   const cv::Mat& grey_;
   const cv::Size grid_;
   const std::vector<cv::Point> gridIndices_;
@@ -171,25 +164,49 @@ bool SawNoGrid(const GridFinding& finding) {
          finding.fault == GridFault::CirclesTooLarge || finding.fault == GridFault::NothingLikeIt;
 }
 
-/// `part` may be null.
-GridFinding Search(const cv::Mat& frame, const cv::Size& patternSize, PartialGrid* part) {
-  GridFinding finding;
-  const bool usable = frame.depth() == CV_8U && frame.cols > 8 && frame.rows > 8 &&
-                      (frame.channels() == 1 || frame.channels() == 3 || frame.channels() == 4);
-  if (!usable || !finder::HasOneOrder(patternSize)) return finding;
-  const cv::Mat grey = finder::GreyOf(frame);
-  finding = DarkSearch(grey, patternSize, part).Run();
+bool IsUsable(const cv::Mat& frame, const cv::Size& patternSize) {
+  return frame.depth() == CV_8U && frame.cols > 8 && frame.rows > 8 &&
+         (frame.channels() == 1 || frame.channels() == 3 || frame.channels() == 4) &&
+         finder::HasOneOrder(patternSize);
+}
+
+/// Searches the whole image. `part` may be null.
+GridFinding SearchGrey(const cv::Mat& grey, const cv::Size& patternSize, PartialGrid* part) {
+  GridFinding finding = DarkSearch(grey, patternSize, part).Run();
   if (finding.Found()) return finding;
   const cv::Mat inverted = 255 - grey;
   GridFinding light = DarkSearch(inverted, patternSize, part).Run();
+  light.tone = DiscTone::Light;
   if (light.Found()) return light;
   const bool partSeen = part != nullptr && part->Seen() > 0;
   if (partSeen || !SawNoGrid(finding) || !SawNoGrid(light)) return finding;
   for (const cv::Mat& image : {grey, inverted}) {
     GridFinding faint = DarkSearch(image, patternSize, nullptr).RunFaint();
+    faint.tone = DiscTone::Faint;
     if (faint.Found()) return faint;
   }
   return finding;
+}
+
+/// Searches where the last frames had the grid. False when it is not there.
+bool Follow(const cv::Mat& grey, const cv::Size& patternSize, const GridTracker& tracker,
+            GridFinding& finding) {
+  const std::vector<finder::ExpectedGrid> expected = tracker.Expected(grey.size(), patternSize);
+  if (expected.empty()) return false;
+  const bool light = tracker.ExpectsLight();
+  LabelledDiscs discs;
+  if (!finder::FindNearby(light ? cv::Mat(255 - grey) : grey, expected, discs)) return false;
+  finding.fault = GridFault::None;
+  finding.centres = std::move(discs.centres);
+  finding.radii = std::move(discs.radii);
+  finding.tone = light ? DiscTone::Light : DiscTone::Dark;
+  return true;
+}
+
+/// `part` may be null.
+GridFinding Search(const cv::Mat& frame, const cv::Size& patternSize, PartialGrid* part) {
+  if (!IsUsable(frame, patternSize)) return {};
+  return SearchGrey(finder::GreyOf(frame), patternSize, part);
 }
 
 }  // namespace
@@ -202,6 +219,19 @@ GridFinding SearchGridRobust(const cv::Mat& frame, const cv::Size& patternSize, 
   part = {};
   GridFinding finding = Search(frame, patternSize, &part);
   if (finding.Found()) part = {};
+  return finding;
+}
+
+GridFinding SearchGridRobust(const cv::Mat& frame, const cv::Size& patternSize, GridTracker& tracker,
+                             PartialGrid* part) {
+  if (part != nullptr) *part = {};
+  GridFinding finding;
+  if (IsUsable(frame, patternSize)) {
+    const cv::Mat grey = finder::GreyOf(frame);
+    if (!Follow(grey, patternSize, tracker, finding)) finding = SearchGrey(grey, patternSize, part);
+    if (part != nullptr && finding.Found()) *part = {};
+  }
+  tracker.Remember(frame.size(), patternSize, finding);
   return finding;
 }
 

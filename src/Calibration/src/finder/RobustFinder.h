@@ -5,31 +5,11 @@
 #include <string>
 #include <vector>
 
+#include "finder/GridFinding.h"
+#include "finder/GridTracker.h"
 #include "finder/PartialGrid.h"
 
 namespace velmora {
-
-/// Why a search found no grid.
-enum class GridFault {
-  None,
-  TooFewCandidates,
-  CirclesTooSmall,
-  CirclesTooLarge,
-  BiggerLattice,
-  PartOutside,
-  WrongSize,
-  PartlyHidden,
-  NothingLikeIt
-};
-
-/// What a robust search found.
-struct GridFinding {
-  GridFault fault = GridFault::NothingLikeIt;
-  std::vector<cv::Point2d> centres;  ///< row by row, pixels; empty without a grid
-  std::vector<double> radii;         ///< of the discs of equal area, pixels, in the same order
-
-  bool Found() const { return fault == GridFault::None; }
-};
 
 /// Searches for the grid in a frame of 8 bits and 1, 3 (BGR) or 4 channels: dark discs on a light ground, or
 /// light ones on a dark ground. For sizes with one order only (finder::HasOneOrder); others are not found.
@@ -41,6 +21,13 @@ GridFinding SearchGridRobust(const cv::Mat& frame, const cv::Size& patternSize);
 /// too little is seen of the grid, or when it is not sure which of its discs are seen. The finding is the
 /// same.
 GridFinding SearchGridRobust(const cv::Mat& frame, const cv::Size& patternSize, PartialGrid& part);
+
+/// SearchGridRobust for the next frame of a sequence: where the last ones had the grid is looked at first,
+/// and searched is as ever when it is not there, or anything is doubtful. `tracker` is brought up to date.
+/// The finding is the same, but for centres of at most a thousandth of a pixel elsewhere in rare frames;
+/// where two such grids are in sight it stays with the one it had. `part` may be null.
+GridFinding SearchGridRobust(const cv::Mat& frame, const cv::Size& patternSize, GridTracker& tracker,
+                             PartialGrid* part = nullptr);
 
 /// SearchGridRobust with the signature of the default search. `points` is left empty when nothing is found.
 bool FindGridRobust(const cv::Mat& frame, const cv::Size& patternSize, std::vector<cv::Point2d>& points);
