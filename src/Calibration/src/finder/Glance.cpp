@@ -36,6 +36,12 @@ bool Label(const Lattice& lattice, const CandidateIndex& index, SearchBudget& bu
   return true;
 }
 
+/// True when the discs say where the missing ones among them are.
+bool CanFill(GridProjection& projection, LabelledDiscs& discs) {
+  const int missing = MissingAllowed(discs.grid);
+  return discs.Missing() <= missing && projection.Fit(discs) && RejectOutliers(projection, discs, missing);
+}
+
 /// Puts missing discs where the others have them, and all into the picture of the whole size.
 void Enlarge(const GridProjection& projection, LabelledDiscs& discs) {
   const double usual = discs.MedianRadius();
@@ -58,8 +64,7 @@ bool GlanceAtGrid(const cv::Mat& grey, const cv::Size& grid, ExpectedGrid& expec
   cv::Mat smaller;
   cv::resize(grey(cv::Rect(0, 0, SHRUNK * size.width, SHRUNK * size.height)), smaller, size, 0.0, 0.0,
              cv::INTER_AREA);
-  const int missing = MissingAllowed(grid);
-  const size_t least = static_cast<size_t>(grid.area() - missing);
+  const size_t least = static_cast<size_t>(grid.area() - MissingAllowed(grid));
   const std::vector<DiscCandidate> candidates = GlanceAtCandidates(smaller, grid.area());
   if (candidates.size() < least) return false;
   const CandidateIndex index(candidates, size);
@@ -72,8 +77,7 @@ bool GlanceAtGrid(const cv::Mat& grey, const cv::Size& grid, ExpectedGrid& expec
   const bool found =
       SearchLattices(index, least, 3 * discs.gridIndices.size() + 60, budget, [&](const Lattice& lattice) {
         return lattice.points.size() >= least && Label(lattice, index, budget, discs) &&
-               discs.Missing() <= missing && projection.Fit(discs) &&
-               RejectOutliers(projection, discs, missing);
+               (discs.Missing() == 0 || CanFill(projection, discs));
       });
   if (found) Enlarge(projection, discs);
   return found;

@@ -27,7 +27,7 @@ inline double GreyInside(const cv::Mat& grey, const cv::Point2d& at) {
   const double u = at.x - column;
   const double v = at.y - row;
   const unsigned char* upper = grey.ptr(row) + column;
-  const unsigned char* lower = grey.ptr(row + 1) + column;
+  const unsigned char* lower = upper + grey.step[0];
   return (1.0 - v) * ((1.0 - u) * upper[0] + u * upper[1]) + v * ((1.0 - u) * lower[0] + u * lower[1]);
 }
 

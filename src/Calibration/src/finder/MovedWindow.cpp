@@ -70,7 +70,6 @@ bool MovedWindow::MoveTo(const DiscWindow& window) {
   return tones_.AreApart();
 }
 
-/// Weights of values that were in the window before are known.
 void MovedWindow::Weigh(double& area) {
   area = 0.0;
   // What is as bright as the paper has no weight, and there is nothing below the darkest pixel.
@@ -78,9 +77,14 @@ void MovedWindow::Weigh(double& area) {
   for (size_t value = static_cast<size_t>(all_.Darkest()); value < paper; ++value) {
     const int count = all_.Of(value);
     if (count == 0) continue;
-    const double darkness = tones_.Darkness(static_cast<double>(value));
-    area += count * std::min(1.0, std::max(0.0, darkness));
-    if (weights_[value] == 0) weights_[value] = cvRound(UNIT * Tones::WeightOf(darkness));
+    // Those of values that were in the window before are known.
+    double& share = shares_[value];
+    if (share < 0.0) {
+      const double darkness = tones_.Darkness(static_cast<double>(value));
+      share = std::min(1.0, std::max(0.0, darkness));
+      weights_[value] = cvRound(UNIT * Tones::WeightOf(darkness));
+    }
+    area += count * share;
   }
 }
 
@@ -100,6 +104,7 @@ void MovedWindow::AddMoments(const Span& span, std::int64_t sign) {
 bool MovedWindow::FindMiddle(cv::Point2d& middle, double& area) {
   const bool same = weighed_ && weighedTones_.paper == tones_.paper && weighedTones_.ink == tones_.ink;
   if (!same) {
+    shares_.fill(-1.0);
     weights_ = {};
     moments_ = {};
   }

@@ -35,9 +35,10 @@ class MovedWindow {
   Histogram all_, hole_, core_;
   Tones tones_;
   bool weighed_ = false;
-  bool unasked_ = false;  ///< since the last move
-  Tones weighedTones_;    ///< those of the weights and moments
-  std::array<std::int64_t, 256> weights_ = {};
+  bool unasked_ = false;                        ///< since the last move
+  Tones weighedTones_;                          ///< those of the weights and moments
+  std::array<double, 256> shares_;              ///< of ink in a value; negative where it was not asked for
+  std::array<std::int64_t, 256> weights_ = {};  ///< of values with a known share; 0 for the others
   Moments moments_;
 };
 

@@ -119,10 +119,12 @@ class LevelJoiner {
     continued_ = false;
     for (int k = 0; k + 1 < runs.count; k += 2) Join(runs, runs.edges[k], runs.edges[k + 1]);
     while (above_ < previous_.size()) PassAbove();
-    for (const int slot : left_) Finish(Root(slot), runs.row);
+    for (const Run& run : left_) Finish(run, runs.row);
     left_.clear();
     if (!merged_.empty()) {
-      for (Run& run : current_) run.slot = Root(run.slot);
+      for (Run& run : current_) {
+        if (run.slot >= 0) run.slot = Root(run.slot);
+      }
       free_.insert(free_.end(), merged_.begin(), merged_.end());
       merged_.clear();
     }
@@ -131,13 +133,17 @@ class LevelJoiner {
   }
 
   void End(int bottom) {
-    for (const Run& run : previous_) Finish(run.slot, bottom);
+    for (const Run& run : previous_) Finish(run, bottom);
   }
 
  private:
+  /// `slot` is that of the sums of the run's region. A region of one run has none, as most specks of noise
+  /// never do.
   struct Run {
     int from, to, slot;
   };
+  static constexpr int ALONE = -1;
+  static constexpr int ALONE_AND_CUT = -2;
 
   int Root(int slot) const {
     while (into_[static_cast<size_t>(slot)] != slot) slot = into_[static_cast<size_t>(slot)];
@@ -159,30 +165,46 @@ class LevelJoiner {
 
   /// Goes on to the next run of the row above, once no more runs can touch this one.
   void PassAbove() {
-    if (!continued_) left_.push_back(previous_[above_].slot);
+    if (!continued_) left_.push_back(previous_[above_]);
     continued_ = false;
     ++above_;
   }
 
   void Join(const RowRuns& runs, int from, int to) {
     while (above_ < previous_.size() && previous_[above_].to <= from) PassAbove();
-    int slot = -1;
-    if (above_ < previous_.size() && previous_[above_].from < to) {
-      continued_ = true;
-      slot = Root(previous_[above_].slot);
-      // The last one that it touches may reach the next run too.
-      while (above_ + 1 < previous_.size() && previous_[above_ + 1].from < to) {
-        const int touched = Root(previous_[++above_].slot);
-        if (touched != slot) Merge(slot, touched);
-      }
-    } else {
-      slot = NewSlot({from, to, runs.row});
+    const bool cut = from < runs.whole.start || to > runs.whole.end;
+    if (above_ == previous_.size() || previous_[above_].from >= to) {
+      current_.push_back({from, to, cut ? ALONE_AND_CUT : ALONE});
+      return;
+    }
+    continued_ = true;
+    const int slot = SlotOfAbove(runs.row);
+    // The last one that it touches may reach the next run too.
+    while (above_ + 1 < previous_.size() && previous_[above_ + 1].from < to) {
+      ++above_;
+      const int touched = SlotOfAbove(runs.row);
+      if (touched != slot) Merge(slot, touched);
     }
     Sums& sums = sums_[static_cast<size_t>(slot)];
-    if (from < runs.whole.start || to > runs.whole.end) sums.dropped = true;
+    if (cut) sums.dropped = true;
     sums.bottom = runs.row + 1;
     if (!sums.dropped) sums.AddRun(from, to, runs.row, found_.squareSums);
     current_.push_back({from, to, slot});
+  }
+
+  Sums SumsOf(const Run& alone, int row) const {
+    Sums sums(alone.from, alone.to, row);
+    sums.bottom = row + 1;
+    sums.dropped = alone.slot == ALONE_AND_CUT;
+    if (!sums.dropped) sums.AddRun(alone.from, alone.to, row, found_.squareSums);
+    return sums;
+  }
+
+  /// The slot of the region that the run above belongs to, which gets one if it has none.
+  int SlotOfAbove(int row) {
+    Run& run = previous_[above_];
+    if (run.slot < 0) run.slot = NewSlot(SumsOf(run, row - 1));
+    return Root(run.slot);
   }
 
   void Merge(int slot, int touched) {
@@ -191,8 +213,13 @@ class LevelJoiner {
     merged_.push_back(touched);
   }
 
-  /// Hands a region over that did not reach `row`.
-  void Finish(int slot, int row) {
+  /// Hands the region of a run of the row above over if it did not reach `row`.
+  void Finish(const Run& run, int row) {
+    if (run.slot < 0) {
+      if (run.slot == ALONE) found_.Add(SumsOf(run, row - 1), level_);
+      return;
+    }
+    const int slot = Root(run.slot);
     Sums& sums = sums_[static_cast<size_t>(slot)];
     if (sums.bottom > row || sums.bottom == FINISHED) return;
     found_.Add(sums, level_);
@@ -208,7 +235,7 @@ class LevelJoiner {
   std::vector<Run> previous_, current_;
   size_t above_ = 0;        ///< the run of the row above that may be touched next
   bool continued_ = false;  ///< whether it is touched
-  std::vector<int> left_;   ///< slots of the runs above that none continues
+  std::vector<Run> left_;   ///< the runs above that none continues
   std::vector<Sums> sums_;
   std::vector<int> into_;  ///< the slot that a slot was merged into, or itself
   std::vector<int> free_, merged_;

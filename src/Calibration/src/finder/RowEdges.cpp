@@ -61,7 +61,8 @@ void RowEdges::Take(const unsigned char* pixels, const cv::Range& columns) {
   MarkChanges(columns);
 }
 
-/// Writes without asking whether there is something to write: what noise changes cannot be foreseen.
+/// Within a block, writes without asking whether there is something to write: what noise changes cannot be
+/// foreseen.
 void RowEdges::MarkChanges(const cv::Range& columns) {
   static const BytesOfSet BYTES;
   const unsigned char* const q = row_.data() + BLOCK;
@@ -71,6 +72,7 @@ void RowEdges::MarkChanges(const cv::Range& columns) {
     std::uint64_t before = 0;
     std::memcpy(&here, q + x, BLOCK);
     std::memcpy(&before, q + x - 1, BLOCK);
+    if (here == before) continue;
     const size_t set = SetOf(here ^ before);
     for (size_t k = 0; k < BLOCK; ++k) change[k] = x + BYTES.places[set][k];
     change += BYTES.counts[set];
