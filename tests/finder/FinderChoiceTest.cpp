@@ -227,20 +227,23 @@ TEST(FinderChoice, FollowsTheGridThroughTheFramesOfBothCamerasToTheSameCentres) 
   FinderChoice choice;
   choice.Set(FINDER_ROBUST);
   const cv::Mat still = unit::ImageWithGrid();
-  PartialGrid leftPart;
-  PartialGrid rightPart;
+  GridDetails ofLeft;
+  GridDetails ofRight;
   for (int frame = 0; frame < 4; ++frame) {
     cv::Mat moved;
     const cv::Matx23d shift(1, 0, 2.0 * frame, 0, 1, -1.5 * frame);
     cv::warpAffine(still, moved, shift, still.size(), cv::INTER_LINEAR, cv::BORDER_REPLICATE);
     Centres left;
     Centres right;
-    ASSERT_TRUE(choice.FindBoth(moved, still, unit::GRID, left, right, leftPart, rightPart));
+    ASSERT_TRUE(choice.FindBoth(moved, still, unit::GRID, left, right, ofLeft, ofRight));
     Centres expected;
     ASSERT_TRUE(FindGridRobust(moved, unit::GRID, expected));
     for (size_t k = 0; k < expected.size(); ++k) EXPECT_LT(cv::norm(left[k] - expected[k]), 1e-3);
     ASSERT_TRUE(FindGridRobust(still, unit::GRID, expected));
     for (size_t k = 0; k < expected.size(); ++k) EXPECT_LT(cv::norm(right[k] - expected[k]), 1e-3);
+    // The radii that later measurements begin with come along, wherever the grid was looked for.
+    EXPECT_EQ(ofLeft.radii.size(), left.size());
+    EXPECT_EQ(ofRight.radii.size(), right.size());
   }
 }
 
@@ -255,8 +258,8 @@ TEST(FinderChoice, CanBeAskedForFramesOfASequenceFromSeveralThreads) {
     threads.emplace_back([&] {
       for (int k = 0; k < 10; ++k) {
         Centres points;
-        PartialGrid part;
-        EXPECT_TRUE(choice.Find(image, unit::GRID, points, part));
+        GridDetails details;
+        EXPECT_TRUE(choice.Find(image, unit::GRID, points, details));
         ASSERT_EQ(points.size(), expected.size());
         for (size_t disc = 0; disc < points.size(); ++disc) {
           EXPECT_LT(cv::norm(points[disc] - expected[disc]), 1e-3);
