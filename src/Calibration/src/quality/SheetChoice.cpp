@@ -130,12 +130,15 @@ size_t ChooseRung(const std::vector<SheetRung>& rungs, SheetShape shape) {
     if (best == rungs.size() || rungs[i].criterion < rungs[best].criterion) best = i;
   }
   if (best == rungs.size() || best == 0) return 0;
+  const bool bends = rungs[best].ownBends;
   const Solution& solution = rungs[best].solution;
   const auto poses =
       static_cast<double>(solver::CountOfGroups(solver::GroupsOf(solution.views, solution.rig)));
   double least = UncertaintyOf(solution) * (1.0 - CHANCE / std::sqrt(poses));
   for (const size_t i : solver::AllowedOf(rungs)) {
     if (rungs[i].level == SheetLevel::Flat || !IsAsked(rungs[i], shape)) continue;
+    // Without its own bend all points of a view are off together, of which few poses may tell too little.
+    if (bends && !rungs[i].ownBends) continue;
     const double deviation = UncertaintyOf(rungs[i].solution);
     if (!(deviation < least)) continue;
     least = deviation;

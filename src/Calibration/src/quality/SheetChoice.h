@@ -12,8 +12,9 @@ namespace velmora {
 
 /// The best of the rungs, by its number. Bayes' information criterion decides, but where a shape of less
 /// freedom that it allows, too, leaves projections less uncertain, the larger of formal deviation and
-/// jackknife: then that one is taken. It must be so by more than chance, which with few poses is large. A
-/// flat sheet is taken only when `shape` allows it, and when nothing else is better.
+/// jackknife: then that one is taken. It must be so by more than chance, which with few poses is large. Bends
+/// of each view that the criterion takes stay. A flat sheet is taken only when `shape` allows it, and when
+/// nothing else is better.
 size_t ChooseRung(const std::vector<solver::SheetRung>& rungs, SheetShape shape);
 
 /// The solution of a flat sheet, or the best one with a shape that is allowed, of the same views. A known
