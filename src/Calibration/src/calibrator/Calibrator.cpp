@@ -369,7 +369,7 @@ std::string Calibrator::SaveResult(const bool& save, const std::string& path) {
   }
   JSON document;
   std::string text = ResultText(now, impl_->Facts(), document);
-  if (now.result->IsFisheye())
+  if (now.result != nullptr && now.result->IsFisheye())
     Log::error("The result is a fisheye's, which this file cannot hold. SaveFisheye writes one that can.");
   if (text.empty()) return "";
   const std::string fileName = ResultFileName(path, impl_->kind == STEREO);
