@@ -1,6 +1,7 @@
 /// The shape of a sheet that an earlier calibration measured.
 #include "common/SheetFile.h"
 
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
@@ -23,8 +24,9 @@ std::vector<cv::Point3d> GridPoints(const cv::Size& grid, float unit) {
 
 std::vector<cv::Point3d> SheetPointsOf(const std::string& verdictFile) {
   std::ifstream file(verdictFile);
+  // A folder can be opened, but not be read.
+  if (!file || std::filesystem::is_directory(verdictFile)) throw std::invalid_argument("cannot be read");
   const std::string text{std::istreambuf_iterator<char>(file), {}};
-  if (!file) throw std::invalid_argument("cannot be read");
   try {
     return CalibrationVerdict::Sheet::FromVerdict(text).points;
   } catch (const std::invalid_argument&) {
