@@ -130,21 +130,23 @@ TEST(SheetChoice, OfTwoViewsOfTwoTargetsIsFlat) {
 }
 
 /// Where the points of a sheet are, by one calibration, for another one.
-SheetAssumption MeasuredIn(const unit::PointLists& views) {
+SheetAssumption MeasuredIn(const unit::PointLists& views, SheetShape shape = SheetShape::Bent) {
   SheetAssumption sheet;
-  sheet.known = AssessIntrinsics(unit::Targets(views), views, unit::FRAME, Solved(views, SheetShape::Bent))
-                    .sheet.points;
+  sheet.known = AssessIntrinsics(unit::Targets(views), views, unit::FRAME, Solved(views, shape)).sheet.points;
   return sheet;
 }
 
 TEST(SheetChoice, GoesByTheShapeThatWasMeasuredBefore) {
-  const SheetAssumption known = MeasuredIn(Views(BentSheet(), 11, 25));
+  ShapedSheet sheet = BentSheet();
+  sheet.misprint = 0.0003;
+  sheet.print = 1;
+  const SheetAssumption known = MeasuredIn(Views(sheet, 11, 25), SheetShape::Free);
   ASSERT_EQ(known.known.size(), 44U);
   double own = 0.0;
   double given = 0.0;
   for (const std::uint64_t seed : {12, 13, 14, 15}) {
-    const unit::PointLists views = Views(BentSheet(), seed, 5);
-    const SparseResult measured = Solved(views, SheetShape::Bent);
+    const unit::PointLists views = Views(sheet, seed, 5);
+    const SparseResult measured = Solved(views, SheetShape::Auto);
     const SparseResult result = Solved(views, known);
     ASSERT_TRUE(result.solution->sheet.IsKnown());
     EXPECT_EQ(result.solution->sheet.terms.Count(), 0);

@@ -16,10 +16,11 @@ namespace unit {
 
 /// What is wrong with a sheet, metres at half its longer side from its middle.
 struct ShapedSheet {
-  cv::Vec3d bend;         ///< of x^2, x y, y^2
-  double changing = 0.0;  ///< standard deviation of each of these from view to view
-  double stretch = 0.0;   ///< share by which it is too long along its columns
-  double misprint = 0.0;  ///< standard deviation of a coordinate of a point
+  cv::Vec3d bend;           ///< of x^2, x y, y^2
+  double changing = 0.0;    ///< standard deviation of each of these from view to view
+  double stretch = 0.0;     ///< share by which it is too long along its columns
+  double misprint = 0.0;    ///< standard deviation of a coordinate of a point
+  std::uint64_t print = 0;  ///< which of all prints it is; 0: another one in each set of views
 };
 
 constexpr double HALF_SIDE = 0.1;
@@ -37,9 +38,11 @@ inline void Bend(const cv::Vec3d& bend, std::vector<cv::Point3d>& points) {
 inline std::vector<cv::Point3d> PointsOf(const ShapedSheet& sheet, cv::RNG& random) {
   std::vector<cv::Point3d> points = PrintedGrid().GridPoints();
   const cv::Point3d middle = PrintedGrid().GridMiddle();
+  cv::RNG ofPrint(sheet.print);
+  cv::RNG& printer = sheet.print > 0 ? ofPrint : random;
   for (cv::Point3d& point : points) {
     point.y += sheet.stretch * (point.y - middle.y);
-    point += cv::Point3d(random.gaussian(sheet.misprint), random.gaussian(sheet.misprint), 0.0);
+    point += cv::Point3d(printer.gaussian(sheet.misprint), printer.gaussian(sheet.misprint), 0.0);
   }
   Bend(sheet.bend, points);
   return points;
