@@ -146,10 +146,10 @@ TEST(PartialGrids, OfAPairAreOffAtFirst) {
   EXPECT_EQ(calibrator->GetNumberOfRecords(), 0);
 }
 
-/// The picture without some discs of the first grid, as behind a hand in front of a corner of it.
-cv::Mat Bitten(const cv::Mat& image, const std::vector<size_t>& discs) {
+/// The picture without some discs, as behind a hand in front of a corner of the grid.
+cv::Mat Bitten(const cv::Mat& image, const std::vector<cv::Point2d>& centres,
+               const std::vector<size_t>& discs) {
   cv::Mat bitten = image.clone();
-  const std::vector<cv::Point2d>& centres = unit::Rendered().centres.front();
   for (const size_t k : discs) {
     const double radius = 0.45 * cv::norm(centres[k] - centres[k - 4]);
     cv::circle(bitten, centres[k], cvRound(radius), cv::Scalar::all(255), cv::FILLED);
@@ -162,7 +162,7 @@ TEST(PartialGrids, OfAPairNeedTheSameCircles) {
   const std::vector<size_t> corner = {28, 32, 33, 34, 36, 37, 38, 40, 41, 42};
   for (const bool cutRight : {false, true}) {
     unit::ImagePair pair = cutRight ? CutPair() : unit::PairWithGrid();
-    pair.left = Bitten(pair.left, corner);
+    pair.left = Bitten(pair.left, pair.leftCentres, corner);
     std::vector<cv::Point2d> left;
     std::vector<cv::Point2d> right;
     EXPECT_FALSE(calibrator->DetectStereoPoints(pair.left, pair.right, left, right, false));

@@ -224,7 +224,8 @@ double ErrorThroughABlind(const world::Scene& scene, const std::vector<cv::Mat>&
     cv::Mat frame = image.clone();
     calibrator.AddPoints(frame, false);
   }
-  EXPECT_EQ(calibrator.GetNumberOfRecords(), static_cast<int>(images.size()));
+  // A stripe may hide a grid.
+  EXPECT_GE(calibrator.GetNumberOfRecords(), static_cast<int>(images.size()) - 1);
   const float rms = calibrator.ComputeCalibration(Calibrator::MODEL_CLASSIC);
   ::testing::Test::RecordProperty(fine ? "RmsOfFineCentres" : "RmsOfPlainCentres", std::to_string(rms));
   return world::MeanProjectionDistance(scene.camera.lens,

@@ -39,9 +39,11 @@ class UndistortFisheye : public ::testing::Test {
     support::WriteText(folder_.File("lens_fisheye.json"), lens.ToJson());
     // A bright line from left to right, above the axis and at a slant.
     cv::Mat picture = cv::Mat::zeros(SIZE, CV_8UC3);
+    constexpr int FRACTION_BITS = 4;
     std::vector<cv::Point> line;
-    for (double x = -0.95; x <= 0.95; x += 0.01) line.emplace_back(Seen({x, -0.5 + 0.1 * x, 1.0}));
-    cv::polylines(picture, line, false, cv::Scalar::all(255), 3, cv::LINE_AA);
+    for (double x = -0.95; x <= 0.95; x += 0.01)
+      line.emplace_back((1 << FRACTION_BITS) * Seen({x, -0.5 + 0.1 * x, 1.0}));
+    cv::polylines(picture, line, false, cv::Scalar::all(255), 3, cv::LINE_AA, FRACTION_BITS);
     cv::imwrite(folder_.File("picture.png"), picture);
   }
 

@@ -61,6 +61,23 @@ inline PointLists FisheyeViews(double degrees, int count, double noise, std::uin
   return views;
 }
 
+/// The widest angle between the axis and a point of the views, degrees.
+inline double WidestAngleOf(double degrees, const PointLists& views) {
+  const FisheyeLens lens(degrees);
+  double farthest = 0.0;
+  for (const auto& view : views) {
+    for (const cv::Point2d& point : view) farthest = std::max(farthest, cv::norm(point - lens.middle));
+  }
+  double low = 0.0;
+  double high = CV_PI;
+  while (high - low > 1e-9) {
+    const double angle = 0.5 * (low + high);
+    const bool beyond = cv::norm(lens({std::sin(angle), 0.0, std::cos(angle)}) - lens.middle) > farthest;
+    (beyond ? high : low) = angle;
+  }
+  return low * 180.0 / CV_PI;
+}
+
 /// How far projections of a camera matrix and k1 to k4 are off, at most, up to an angle from the axis:
 /// pixels, after the best small turn.
 inline double WorstFisheyeError(double degrees, const cv::Mat& K, const cv::Mat& k, double upTo) {

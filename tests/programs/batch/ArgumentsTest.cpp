@@ -154,7 +154,7 @@ TEST(BatchArguments, ARigIsGivenByAnInputOfEachCamera) {
 TEST(BatchArguments, WrongUsageEndsWithStatusTwo) {
   const std::vector<std::vector<std::string>> wrong = {
       {},
-      {"a.png", "--model", "fisheye"},
+      {"a.png", "--model", "wide"},
       {"a.png", "--hdist", "0"},
       {"a.png", "--hdist", "-0.1"},
       {"a.png", "--hdist", "wide"},

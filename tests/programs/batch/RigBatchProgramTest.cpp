@@ -190,7 +190,7 @@ TEST_F(RigBatchProgram, MatchesImagesOfCamerasThatMissMomentsByTheirNames) {
 
 TEST_F(RigBatchProgram, HoldsGivenIntrinsics) {
   for (const std::string camera : {"camera-0", "camera-1", "camera-2"}) {
-    ASSERT_EQ(RunBatch({"row/" + camera, "--output", "held-" + camera}).status, 0);
+    ASSERT_EQ(RunBatch({"row/" + camera, "--model", "rational", "--output", "held-" + camera}).status, 0);
   }
   const Outcome outcome =
       RunBatch({"--rig", "row/camera-0", "row/camera-1", "row/camera-2", "--intrinsics", "held-camera-0.json",

@@ -76,7 +76,7 @@ TEST(CommandLine, SaysInOneLineWhatIsWrong) {
       {{"x.png", "--modle=full"}, "unknown option --modle (did you mean --model?)"},
       {{"x.png", "--gird", "4x5"}, "unknown option --gird (did you mean --grid?)"},
       {{"x.png", "--nothing-like-it"}, "unknown option --nothing-like-it"},
-      {{"x.png", "--model", "fisheye"}, "--model: 'fisheye' is not one of auto, classic, full, rational"},
+      {{"x.png", "--model", "wide"}, "--model: 'wide' is not one of auto, classic, fisheye, full, rational"},
       {{"x.png", "--finder", "other"}, "--finder: 'other' is not one of standard, robust"},
       {{"x.png", "--centres", "other"}, "--centres: 'other' is not one of fine, plain"},
       {{"x.png", "--max-views", "4"}, "--max-views: '4' is not a number from 5 to 10000"},

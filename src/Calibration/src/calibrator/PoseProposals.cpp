@@ -33,9 +33,9 @@ Known KnownFrom(const SnapshotList& snapshots, const ProposalSettings& settings)
     known.target = solver::TargetOf(seen.target, points, options.deviations);
     if (points.size() < ENOUGH_FOR_A_CAMERA) return known;
     known.solution =
-        *(settings.fisheye ? SolveFisheyeWithSheet(seen.target, points, settings.imageSize, options)
-                           : SolveIntrinsicsWithSheet(seen.target, points, settings.imageSize, settings.model,
-                                                      options))
+        *(settings.fisheye
+              ? SolveFisheyeWithSheet(seen.target, points, settings.imageSize, options)
+              : SolveIntrinsicsWithSheet(seen.target, points, settings.imageSize, settings.model, options))
              .solution;
   } catch (const cv::Exception& fault) {
     Log::debug("No camera for a proposal: %s", OneLine(fault.what()).c_str());

@@ -33,9 +33,9 @@ class FinderChoice {
   bool Find(const cv::Mat& frame, const cv::Size& grid, std::vector<cv::Point2d>& points);
 
   /// Find for frames that follow each other: the robust search looks first where the last frame had the grid
-  /// (SearchGridRobust with a tracker). It also gives the details. A part is not found unless SetPartial allows
-  /// it, and the robust search is chosen and takes the size. Neither result nor points nor fault depend on
-  /// parts.
+  /// (SearchGridRobust with a tracker). It also gives the details. A part is not found unless SetPartial
+  /// allows it, and the robust search is chosen and takes the size. Neither result nor points nor fault
+  /// depend on parts.
   bool Find(const cv::Mat& frame, const cv::Size& grid, std::vector<cv::Point2d>& points,
             GridDetails& details);
 

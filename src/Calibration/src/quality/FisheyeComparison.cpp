@@ -80,14 +80,17 @@ class Comparison {
       : imageSize_(imageSize), model_(model), options_(options) {}
 
   bool Fisheye(const Records& records, SparseResult& result) const {
-    return Tried([&] { return SolveFisheyeWithSheet(records.object, records.image, imageSize_, OptionsFor(records)); },
-                 result);
+    return Tried(
+        [&] { return SolveFisheyeWithSheet(records.object, records.image, imageSize_, OptionsFor(records)); },
+        result);
   }
 
   bool Plane(const Records& records, SparseResult& result) const {
     return Tried(
-        [&] { return SolveIntrinsicsWithSheet(records.object, records.image, imageSize_, model_,
-                                        OptionsFor(records)); },
+        [&] {
+          return SolveIntrinsicsWithSheet(records.object, records.image, imageSize_, model_,
+                                          OptionsFor(records));
+        },
         result);
   }
 
