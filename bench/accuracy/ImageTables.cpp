@@ -9,8 +9,10 @@ namespace accuracy {
 
 namespace {
 
+enum class Centres { Standard, Robust, Fine };
+
 struct Way {
-  int finder;
+  Centres centres;
   int model;
   int solver;
   bool correctDiscs;
@@ -18,11 +20,11 @@ struct Way {
 
 std::vector<Way> Ways() {
   std::vector<Way> ways;
-  for (const int finder : {Calibrator::FINDER_STANDARD, Calibrator::FINDER_ROBUST}) {
+  for (const Centres centres : {Centres::Standard, Centres::Robust, Centres::Fine}) {
     for (const int model : {Calibrator::MODEL_CLASSIC, Calibrator::MODEL_RATIONAL}) {
-      ways.push_back({finder, model, Calibrator::SOLVER_OPENCV, false});
-      ways.push_back({finder, model, Calibrator::SOLVER_SPARSE, false});
-      ways.push_back({finder, model, Calibrator::SOLVER_SPARSE, true});
+      ways.push_back({centres, model, Calibrator::SOLVER_OPENCV, false});
+      ways.push_back({centres, model, Calibrator::SOLVER_SPARSE, false});
+      ways.push_back({centres, model, Calibrator::SOLVER_SPARSE, true});
     }
   }
   return ways;
@@ -36,8 +38,18 @@ struct Outcome {
   std::vector<double> centreErrors;
 };
 
+const FoundPoints& PointsOf(const SearchedImages& searched, Centres centres) {
+  if (centres == Centres::Fine) return searched.fine;
+  return centres == Centres::Robust ? searched.robust : searched.standard;
+}
+
+std::string NameOf(Centres centres) {
+  if (centres == Centres::Fine) return "robust, fine centres";
+  return centres == Centres::Robust ? "robust" : "standard";
+}
+
 void Try(const SearchedImages& searched, const Way& way, Outcome& outcome) {
-  const FoundPoints& points = way.finder == Calibrator::FINDER_ROBUST ? searched.robust : searched.standard;
+  const FoundPoints& points = PointsOf(searched, way.centres);
   outcome.images += points.images;
   outcome.found += static_cast<double>(points.found.size());
   if (!points.found.empty()) outcome.centreErrors.push_back(points.CentreError());
@@ -49,7 +61,7 @@ Row RowOfWay(const ImageCase& what, const Way& way, const Outcome& outcome) {
   row.conditions = {{"lens", NameOf(what.lens)},
                     {"field of view", Text(what.fieldOfView)},
                     {"pictures", what.grain > 4.0 ? "poor" : "clear"},
-                    {"finder", way.finder == Calibrator::FINDER_ROBUST ? "robust" : "standard"},
+                    {"finder", NameOf(way.centres)},
                     {"model", NameOfModel(way.model)},
                     {"solver", NameOfSolver(way.solver) + (way.correctDiscs ? " + discs" : "")},
                     {"trials", Text(static_cast<double>(outcome.trials.size()))},

@@ -2,9 +2,11 @@
 #include "ImageTrial.h"
 
 #include <cmath>
+#include <opencv2/imgproc.hpp>
 
 #include "Renderer.h"
 #include "Views.h"
+#include "finder/CentreFit.h"
 #include "finder/RobustFinder.h"
 #include "finder/StandardFinder.h"
 
@@ -37,6 +39,18 @@ void Look(Search search, const cv::Mat& image, const std::vector<cv::Point2d>& t
   into.truth.push_back(truth);
 }
 
+void LookFinely(const cv::Mat& image, const std::vector<cv::Point2d>& truth, FoundPoints& into) {
+  ++into.images;
+  const GridFinding finding = SearchGridRobust(image, GRID);
+  if (!finding.Found()) return;
+  cv::Mat grey;
+  cv::cvtColor(image, grey, cv::COLOR_BGR2GRAY);
+  MeasuredCentres measured = MeasureCentres(grey, GRID, finding.centres, finding.radii);
+  into.found.push_back(std::move(measured.centres));
+  into.deviations.push_back(std::move(measured.deviations));
+  into.truth.push_back(truth);
+}
+
 }  // namespace
 
 double FoundPoints::CentreError() const {
@@ -63,6 +77,7 @@ SearchedImages SearchImages(const ImageCase& what, std::uint64_t seed) {
     const auto truth = world::TrueCentres(scene.camera.lens, scene.sheet, pose);
     Look(FindGridStandard, image, truth, searched.standard);
     Look(FindGridRobust, image, truth, searched.robust);
+    LookFinely(image, truth, searched.fine);
   }
   return searched;
 }
@@ -74,7 +89,8 @@ Trial RunImageTrial(const world::Camera& camera, const FoundPoints& points, int 
   trial.failed = true;
   if (points.found.size() < FEWEST_VIEWS) return trial;
   try {
-    return Assessed(camera, points.found, Solve(points.found, camera.size, model, solver, discRadius),
+    return Assessed(camera, points.found,
+                    Solve(points.found, camera.size, model, solver, discRadius, points.deviations),
                     discRadius);
   } catch (const std::exception&) {
     return trial;

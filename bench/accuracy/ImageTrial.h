@@ -21,17 +21,19 @@ struct ImageCase {
 struct FoundPoints {
   Points found;
   Points truth;
+  std::vector<std::vector<double>> deviations;  ///< of fine centres
   int images = 0;
 
   /// Root of the mean square of the distances from the truth, pixels; of the found grids.
   double CentreError() const;
 };
 
-/// The results of both finders for one set of images.
+/// The results of both finders for one set of images, and of centres that were measured anew.
 struct SearchedImages {
   world::Camera camera;
   FoundPoints standard;
   FoundPoints robust;
+  FoundPoints fine;
 };
 
 /// Renders and searches. The same case and seed give the same points.

@@ -17,7 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-Photographs Read(const std::string& folder) {
+Photographs Read(const std::string& folder, bool fine) {
   Photographs all;
   std::vector<fs::path> files;
   for (const auto& entry : fs::directory_iterator(folder)) files.push_back(entry.path());
@@ -32,16 +32,20 @@ Photographs Read(const std::string& folder) {
       finder = std::make_unique<Calibrator>(GRID, UNIT, Calibrator::MONOCULAR, image.cols, image.rows);
       finder->SetFinder(Calibrator::FINDER_ROBUST);
       finder->SetPartialGrids(true);
+      finder->SetFineCentres(fine);
     }
     std::vector<cv::Point2d> points;
     std::vector<double> weights;
-    if (!finder->DetectPartial(image, points, weights, false)) continue;
+    std::vector<double> deviations;
+    if (!finder->DetectPartial(image, points, weights, deviations, false)) continue;
     all.targets.emplace_back();
     all.views.emplace_back();
+    if (fine) all.deviations.emplace_back();
     for (std::size_t k = 0; k < points.size(); ++k) {
       if (weights[k] == 0.0) continue;
       all.targets.back().push_back(target[k]);
       all.views.back().push_back(points[k]);
+      if (fine) all.deviations.back().push_back(deviations[k]);
     }
   }
   return all;
@@ -49,9 +53,9 @@ Photographs Read(const std::string& folder) {
 
 }  // namespace
 
-std::unique_ptr<Photographs> PhotographsAtHand(const std::string& name) {
+std::unique_ptr<Photographs> PhotographsAtHand(const std::string& name, bool fine) {
   const std::string folder = std::string(VELMORA_SHARED_DATA) + "/" + name;
-  if (fs::is_directory(folder)) return std::make_unique<Photographs>(Read(folder));
+  if (fs::is_directory(folder)) return std::make_unique<Photographs>(Read(folder, fine));
   std::cerr << "skipped: the photographs " << name << " are not at hand\n";
   return nullptr;
 }
@@ -62,6 +66,7 @@ Photographs Chosen(const Photographs& all, const std::vector<std::size_t>& which
   for (const std::size_t i : which) {
     chosen.targets.push_back(all.targets[i]);
     chosen.views.push_back(all.views[i]);
+    if (!all.deviations.empty()) chosen.deviations.push_back(all.deviations[i]);
   }
   return chosen;
 }

@@ -17,14 +17,15 @@ struct Photographs {
   cv::Size size;
   std::vector<std::vector<cv::Point3d>> targets;  ///< the circles that are seen of each
   Points views;
+  std::vector<std::vector<double>> deviations;  ///< of their points; none of plain centres
 };
 
 /// The sets that are measured with.
 constexpr const char* PHOTOGRAPHS[] = {"office-4x11", "endoscope-stereo-4x11/left",
                                        "endoscope-stereo-4x11/right"};
 
-/// One of the sets; null, with a line that says so, where it is not at hand.
-std::unique_ptr<Photographs> PhotographsAtHand(const std::string& name);
+/// One of the sets, with fine centres or plain ones; null, with a line that says so, where it is not at hand.
+std::unique_ptr<Photographs> PhotographsAtHand(const std::string& name, bool fine = true);
 
 /// Some of the views.
 Photographs Chosen(const Photographs& all, const std::vector<std::size_t>& which);

@@ -27,6 +27,7 @@ Half Calibrated(const Photographs& all, const std::vector<std::size_t>& chosen) 
   options.robust = true;
   options.threads = 1;
   options.discRadius = 0.4 * static_cast<double>(UNIT);
+  options.deviations = own.deviations;
   Half half;
   half.result = SolveIntrinsicsSparsely(own.targets, own.views, all.size, Calibrator::MODEL_CLASSIC, options);
   half.verdict = AssessIntrinsics(own.targets, own.views, all.size, half.result, options.discRadius);

@@ -89,12 +89,10 @@ Points ViewsOf(const Fault& fault, const world::Camera& camera, std::uint64_t se
 }
 
 SparseResult Computed(const std::vector<std::vector<cv::Point3d>>& targets, const Points& views,
-                      const cv::Size& size, SheetShape shape, bool robust, double discRadius) {
+                      const cv::Size& size, SheetShape shape) {
   SparseOptions options;
   options.sheet = shape;
-  options.robust = robust;
   options.threads = 1;
-  options.discRadius = discRadius;
   return SolveIntrinsicsWithSheet(targets, views, size, Calibrator::MODEL_CLASSIC, options);
 }
 
@@ -116,8 +114,8 @@ OneSheet TriedOn(const Fault& fault, std::uint64_t seed) {
   const world::Camera camera = MakeCamera(LensKind::Light, 60.0);
   const Points views = ViewsOf(fault, camera, seed);
   const std::vector<std::vector<cv::Point3d>> targets(views.size(), MakeObjectTemplate(GRID, UNIT));
-  const SparseResult flat = Computed(targets, views, camera.size, SheetShape::Flat, false, 0.0);
-  const SparseResult best = Computed(targets, views, camera.size, SheetShape::Auto, false, 0.0);
+  const SparseResult flat = Computed(targets, views, camera.size, SheetShape::Flat);
+  const SparseResult best = Computed(targets, views, camera.size, SheetShape::Auto);
   OneSheet one;
   one.flat = Apart(camera.lens, world::LensFrom(flat.K, flat.D), camera.size, views);
   one.best = Apart(camera.lens, world::LensFrom(best.K, best.D), camera.size, views);
@@ -146,8 +144,20 @@ Row RowOf(const Fault& fault, int trials) {
            {"taken for flat", untouched / trials, true}}};
 }
 
-/// Two halves of photographs as two cameras, with a flat sheet and with the shape that each half asks for.
-Row HalvesOf(const std::string& name, const Photographs& all, int trials) {
+SparseResult ComputedFrom(const Photographs& photographs, SheetShape shape) {
+  SparseOptions options;
+  options.sheet = shape;
+  options.robust = true;
+  options.threads = 1;
+  options.discRadius = 0.4 * static_cast<double>(UNIT);
+  options.deviations = photographs.deviations;
+  return SolveIntrinsicsWithSheet(photographs.targets, photographs.views, photographs.size,
+                                  Calibrator::MODEL_CLASSIC, options);
+}
+
+/// How far two halves of photographs are apart as two cameras: medians with a flat sheet, and with the shape
+/// that each half asks for.
+std::array<double, 2> HalvesApart(const Photographs& all, int trials) {
   const std::size_t half = all.views.size() / 2;
   std::array<std::vector<double>, 2> apart;
   for (int seed = 1; seed <= trials; ++seed) {
@@ -155,22 +165,26 @@ Row HalvesOf(const std::string& name, const Photographs& all, int trials) {
         Shuffled(all.views.size(), world::MixSeeds(static_cast<std::uint64_t>(seed), half));
     const auto middle = order.begin() + static_cast<std::ptrdiff_t>(half);
     for (const SheetShape shape : {SheetShape::Flat, SheetShape::Auto}) {
-      const auto computed = [&](const std::vector<std::size_t>& which) {
-        const Photographs chosen = Chosen(all, which);
-        return Computed(chosen.targets, chosen.views, all.size, shape, true, 0.4 * static_cast<double>(UNIT));
-      };
-      const SparseResult a = computed({order.begin(), middle});
-      const SparseResult b = computed({middle, order.end()});
+      const SparseResult a = ComputedFrom(Chosen(all, {order.begin(), middle}), shape);
+      const SparseResult b = ComputedFrom(Chosen(all, {middle, order.end()}), shape);
       apart[shape == SheetShape::Flat ? 0 : 1].push_back(
           Apart(world::LensFrom(a.K, a.D), world::LensFrom(b.K, b.D), all.size, all.views));
     }
   }
+  return {Median(apart[0]), Median(apart[1])};
+}
+
+Row HalvesOf(const std::string& name, const Photographs& fine, const Photographs& plain, int trials) {
+  const std::array<double, 2> apart = HalvesApart(fine, trials);
+  const std::array<double, 2> plainApart = HalvesApart(plain, trials);
   return {{{"photographs", name},
-           {"of", Text(static_cast<double>(all.views.size()))},
+           {"of", Text(static_cast<double>(fine.views.size()))},
            {"pairs of cameras", Text(trials)}},
-          {{"flat", Median(apart[0])},
-           {"with shape", Median(apart[1])},
-           {"share", Median(apart[1]) / Median(apart[0])}}};
+          {{"flat", apart[0]},
+           {"with shape", apart[1]},
+           {"share", apart[1] / apart[0]},
+           {"plain, flat", plainApart[0]},
+           {"plain, with shape", plainApart[1]}}};
 }
 
 }  // namespace
@@ -193,11 +207,13 @@ Table HalvesTable(const Effort& effort) {
       "Two halves of the same photographs",
       "Two cameras, each computed from one half of the photographs of a sheet, classic model: how far they "
       "are apart where any view was, with the sheet taken for flat and with the shape that each half asks "
-      "for. In pixels of a coordinate, after the best rotation.",
+      "for; plain: with centres as the search gives them. In pixels of a coordinate, after the best "
+      "rotation.",
       {}};
   for (const char* const name : PHOTOGRAPHS) {
-    const std::unique_ptr<Photographs> all = PhotographsAtHand(name);
-    if (all != nullptr) table.rows.push_back(HalvesOf(name, *all, effort.Of(60)));
+    const std::unique_ptr<Photographs> fine = PhotographsAtHand(name);
+    if (fine == nullptr) continue;
+    table.rows.push_back(HalvesOf(name, *fine, *PhotographsAtHand(name, false), effort.Of(60)));
   }
   return table;
 }

@@ -40,7 +40,8 @@ int ParametersOfModel(int model) {
   return velmora::LensModelOf(model).parameters;
 }
 
-SparseResult Solve(const Points& views, const cv::Size& imageSize, int model, int solver, double discRadius) {
+SparseResult Solve(const Points& views, const cv::Size& imageSize, int model, int solver, double discRadius,
+                   const std::vector<std::vector<double>>& deviations) {
   SparseResult result;
   if (solver == Calibrator::SOLVER_OPENCV) {
     static_cast<IntrinsicsResult&>(result) = SolveIntrinsics(Targets(views.size()), views, imageSize, model);
@@ -48,6 +49,7 @@ SparseResult Solve(const Points& views, const cv::Size& imageSize, int model, in
   }
   SparseOptions options;
   options.discRadius = discRadius;
+  options.deviations = deviations;
   options.threads = 1;
   return SolveIntrinsicsSparsely(Targets(views.size()), views, imageSize, model, options);
 }

@@ -20,9 +20,10 @@ int ParametersOfModel(int model);
 extern const cv::Size GRID;
 extern const float UNIT;  ///< metres
 
-/// One camera, from views of the grid; on one thread.
+/// One camera, from views of the grid; on one thread. The sparse solver counts points by their deviations,
+/// where there are any.
 velmora::SparseResult Solve(const Points& views, const cv::Size& imageSize, int model, int solver,
-                            double discRadius = 0.0);
+                            double discRadius = 0.0, const std::vector<std::vector<double>>& deviations = {});
 
 /// A pair, each camera alone first, as users do it.
 struct PairResult {

@@ -43,9 +43,9 @@ TEST_P(FisheyePictures, MakeACameraThatIsRightAtAllAngles) {
   std::vector<double> limits;
   for (double angle = 0.0; angle < result.widestAngle; angle += 5.0) limits.push_back(angle);
   ASSERT_GT(limits.size(), 10U);
-  const auto bands = world::ProjectionDistancesByAngle(
-      truth.lens, world::FisheyeFrom(result.K, result.coefficients), truth.imageSize, limits, {},
-      world::Alignment::Rotated);
+  const auto bands =
+      world::ProjectionDistancesByAngle(truth.lens, world::FisheyeFrom(result.K, result.coefficients),
+                                        truth.imageSize, limits, {}, world::Alignment::Rotated);
   for (size_t k = 0; k + 1 < limits.size(); ++k) {
     EXPECT_GT(bands[k].count, 0) << limits[k];
     EXPECT_LT(bands[k].max, BAR) << "from " << limits[k] << " degrees";
