@@ -165,3 +165,22 @@ if (there("pairs")) {
          using (int($0) < 9 && is("baseline mm", word(baselines, i)) ? column("views") : NaN):"T 90" \
          with lines lw 2 dt 3 lc rgb COLORS[i] title word(baselines, i)." mm, 90 %"
 }
+
+if (there("sheets")) {
+  set output png("sheets")
+  set title "Sheets that are not flat (classic model, light distortion, 60 degrees, noise 0.1 px)"
+  unset xlabel
+  set ylabel "error of projections where views are, px"
+  set logscale y
+  set xrange [-0.6:13.6]
+  set yrange [0.03:4]
+  set xtics rotate by -35 scale 0
+  set boxwidth 0.27
+  set bmargin 9
+  label(i) = stringcolumn("sheet").", ".stringcolumn("views")." views"
+  plot file("sheets") using (column(0) - 0.28):"flat":xtic(label(0)) with boxes lc rgb COLORS[3] title "taken for flat", \
+       file("sheets") using (column(0)):"with shape" with boxes lc rgb COLORS[2] title "with its shape", \
+       file("sheets") using (column(0) + 0.28):"flat board" with boxes lc rgb PALE[1] title "ideal flat board"
+  unset bmargin
+  unset logscale
+}
