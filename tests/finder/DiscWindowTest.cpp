@@ -30,7 +30,13 @@ DiscWindow FlatWindow(double radius) {
 }
 
 bool TonesOf(const cv::Mat& image, const DiscWindow& window, Tones& tones) {
-  return finder::TonesIn(image, window, finder::SpansOf(window, image.size()), tones);
+  return finder::TonesIn(image, window, tones);
+}
+
+std::vector<Span> SpansOf(const DiscWindow& window, const cv::Size& size) {
+  finder::WindowSpans spans;
+  finder::FindSpans(window, size, spans);
+  return spans.all;
 }
 
 TEST(DiscWindow, OfAFlatGridIsACircleThatEndsBeforeTheNeighbours) {
@@ -75,7 +81,7 @@ TEST(DiscWindow, SpansAreThePixelsWithinItAndInThePicture) {
     // Ends in the midst of the window.
     const cv::Size size(cvRound(window.centre.x) + 9, cvRound(window.centre.y) + 5);
     cv::Mat covered = cv::Mat::zeros(size, CV_8UC1);
-    for (const Span& span : finder::SpansOf(window, size)) {
+    for (const Span& span : SpansOf(window, size)) {
       ASSERT_TRUE(span.row >= 0 && span.row < size.height && span.from >= 0 && span.to <= size.width);
       for (int x = span.from; x < span.to; ++x) ++covered.at<unsigned char>(span.row, x);
     }
@@ -95,9 +101,9 @@ TEST(DiscWindow, SpansAreThePixelsWithinItAndInThePicture) {
 TEST(DiscWindow, BeyondThePictureHasNoSpans) {
   DiscWindow window = FlatWindow(0.4);
   window.centre = {-100.0, -100.0};
-  EXPECT_TRUE(finder::SpansOf(window, {300, 360}).empty());
+  EXPECT_TRUE(SpansOf(window, {300, 360}).empty());
   window.centre = {-100.0, 100.0};
-  for (const Span& span : finder::SpansOf(window, {300, 360})) EXPECT_EQ(span.from, span.to);
+  for (const Span& span : SpansOf(window, {300, 360})) EXPECT_EQ(span.from, span.to);
 }
 
 TEST(DiscWindow, HasSpansOfAllOfItOfWhatMayBeInkAndOfWhatIs) {
@@ -105,7 +111,7 @@ TEST(DiscWindow, HasSpansOfAllOfItOfWhatMayBeInkAndOfWhatIs) {
   const DiscWindow window = FlatWindow(0.4);
   finder::WindowSpans spans;
   finder::FindSpans(window, image.size(), spans);
-  const std::vector<Span> all = finder::SpansOf(window, image.size());
+  const std::vector<Span> all = SpansOf(window, image.size());
   ASSERT_EQ(spans.all.size(), all.size());
   ASSERT_EQ(spans.hole.size(), all.size());
   ASSERT_EQ(spans.core.size(), all.size());
@@ -124,15 +130,32 @@ TEST(DiscWindow, HasSpansOfAllOfItOfWhatMayBeInkAndOfWhatIs) {
   EXPECT_EQ(core.Median(), INK);
 }
 
+TEST(DiscWindow, HasNoHoleBeyondThePicture) {
+  const cv::Size size(300, 360);
+  DiscWindow window = FlatWindow(0.4);
+  for (const double x : {-15.0, 0.0, 150.0, 299.0, 315.0}) {
+    SCOPED_TRACE(x);
+    window.centre = {x, 100.0};
+    finder::WindowSpans spans;
+    finder::FindSpans(window, size, spans);
+    int pixels = 0;
+    for (size_t k = 0; k < spans.all.size(); ++k) {
+      EXPECT_LE(spans.all[k].from, spans.hole[k].from);
+      EXPECT_LE(spans.hole[k].from, spans.hole[k].to);
+      EXPECT_LE(spans.hole[k].to, spans.all[k].to);
+      pixels += spans.all[k].to - spans.all[k].from;
+    }
+    EXPECT_GT(pixels, 0);
+  }
+}
+
 TEST(Histogram, IsWhatItWasOncePixelsAreTakenAway) {
   const std::vector<unsigned char> pixels = {90, 10, 10, 20, 30, 40, 250};
   Histogram histogram;
   histogram.Add(pixels.data(), 0, 3);
-  Histogram more;
-  more.Add(pixels.data(), 2, 7);
-  histogram.Add(more);
+  histogram.Add(pixels.data(), 2, 7);
   EXPECT_EQ(histogram.Of(10), 3);
-  histogram.Remove(more);
+  histogram.Remove(pixels.data(), 2, 7);
   EXPECT_EQ(histogram.Of(10), 2);
   EXPECT_EQ(histogram.Of(250), 0);
   histogram.Remove(pixels.data(), 0, 3);
@@ -155,6 +178,18 @@ TEST(Histogram, CountsValuesAndKnowsTheirMiddle) {
   histogram.Add(pixels.data(), 0, 1);
   histogram.Add(pixels.data(), 6, 7);
   EXPECT_EQ(histogram.Median(), 30);
+}
+
+TEST(Histogram, FindsItsMiddleWhereverItIs) {
+  for (int value = 0; value < 256; ++value) {
+    const std::vector<unsigned char> pixels = {0, static_cast<unsigned char>(value), 255};
+    Histogram histogram;
+    histogram.Add(pixels.data(), 0, 3);
+    EXPECT_EQ(histogram.Median(), value);
+    EXPECT_EQ(histogram.Darkest(), 0);
+    histogram.Remove(pixels.data(), 0, 1);
+    EXPECT_EQ(histogram.Darkest(), value);
+  }
 }
 
 TEST(Histogram, OfTheBrightestPixelsOnlyEndsThere) {

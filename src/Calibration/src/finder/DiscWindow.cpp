@@ -62,31 +62,21 @@ DiscWindow WindowOf(const GridProjection& projection, const LabelledDiscs& discs
   return window;
 }
 
-std::vector<Span> SpansOf(const DiscWindow& window, const cv::Size& size) {
-  const cv::Range rows = RowsOf(window, size);
-  std::vector<Span> spans;
-  spans.reserve(static_cast<size_t>(std::max(0, rows.size())));
-  for (int row = rows.start; row < rows.end; ++row) {
-    spans.push_back(WindowRow(window, row, size.width).Within(window.outer));
-  }
-  return spans;
-}
-
 void FindSpans(const DiscWindow& window, const cv::Size& size, WindowSpans& spans) {
   const cv::Range rows = RowsOf(window, size);
   const double ring = RingOf(window);
-  for (std::vector<Span>* part : {&spans.all, &spans.hole, &spans.core}) {
-    part->clear();
-    part->reserve(static_cast<size_t>(std::max(0, rows.size())));
-  }
-  for (int row = rows.start; row < rows.end; ++row) {
+  const double core = CORE * window.disc;
+  const size_t count = static_cast<size_t>(std::max(0, rows.size()));
+  for (std::vector<Span>* part : {&spans.all, &spans.hole, &spans.core}) part->resize(count);
+  for (size_t k = 0; k < count; ++k) {
+    const int row = rows.start + static_cast<int>(k);
     const WindowRow ofRow(window, row, size.width);
     const Span all = ofRow.Within(window.outer);
     const Span hole = ofRow.Within(ring);
-    const int from = std::max(all.from, hole.from);
-    spans.all.push_back(all);
-    spans.hole.push_back({row, from, std::max(from, std::min(all.to, hole.to))});
-    spans.core.push_back(ofRow.Within(CORE * window.disc));
+    const int from = std::min(all.to, std::max(all.from, hole.from));
+    spans.all[k] = all;
+    spans.hole[k] = {row, from, std::max(from, std::min(all.to, hole.to))};
+    spans.core[k] = ofRow.Within(core);
   }
 }
 
@@ -100,49 +90,51 @@ void Histogram::Add(const unsigned char* pixels, int from, int to) {
   total_ += std::max(0, to - from);
 }
 
-void Histogram::Add(const Histogram& other) {
-  for (size_t value = 0; value < even_.size(); ++value) even_[value] += other.Of(value);
-  total_ += other.total_;
-}
-
 void Histogram::Remove(const unsigned char* pixels, int from, int to) {
   for (int x = from; x < to; ++x) --even_[pixels[x]];
   total_ -= std::max(0, to - from);
 }
 
-void Histogram::Remove(const Histogram& other) {
-  for (size_t value = 0; value < even_.size(); ++value) even_[value] -= other.Of(value);
-  total_ -= other.total_;
-}
-
 int Histogram::Above(int below) const {
-  int value = 0;
-  for (int sum = Of(0); sum <= below && value < 255;) sum += Of(static_cast<size_t>(++value));
-  return value;
+  // Many values at once first, then the one among them.
+  constexpr size_t BLOCK = 16;
+  size_t value = 0;
+  int sum = 0;
+  for (; value + BLOCK < even_.size(); value += BLOCK) {
+    int more = 0;
+    for (size_t k = value; k < value + BLOCK; ++k) more += Of(k);
+    if (sum + more > below) break;
+    sum += more;
+  }
+  for (sum += Of(value); sum <= below && value + 1 < even_.size();) sum += Of(++value);
+  return static_cast<int>(value);
 }
 
-bool TonesIn(const cv::Mat& grey, const DiscWindow& window, const std::vector<Span>& spans, Tones& tones) {
-  const double ring = RingOf(window);
+bool TonesIn(const cv::Mat& grey, const WindowSpans& spans, Tones& tones) {
   Histogram paper;
   Histogram core;
-  for (const Span& span : spans) {
-    const unsigned char* pixels = grey.ptr(span.row);
-    const WindowRow row(window, span.row, grey.cols);
-    const Span hole = row.Within(ring);
-    const Span ink = row.Within(CORE * window.disc);
-    core.Add(pixels, ink.from, ink.to);
-    paper.Add(pixels, span.from, hole.from == hole.to ? span.to : hole.from);
-    if (hole.from != hole.to) paper.Add(pixels, hole.to, span.to);
+  for (size_t k = 0; k < spans.all.size(); ++k) {
+    const Span& all = spans.all[k];
+    const unsigned char* pixels = grey.ptr(all.row);
+    paper.Add(pixels, all.from, spans.hole[k].from);
+    paper.Add(pixels, spans.hole[k].to, all.to);
+    core.Add(pixels, spans.core[k].from, spans.core[k].to);
   }
   if (paper.Empty()) return false;
   tones.paper = paper.Median();
   if (core.Empty()) {
-    for (const Span& span : spans) core.Add(grey.ptr(span.row), span.from, span.to);
+    for (const Span& span : spans.all) core.Add(grey.ptr(span.row), span.from, span.to);
     tones.ink = core.Darkest();
   } else {
     tones.ink = core.Median();
   }
   return tones.AreApart();
+}
+
+bool TonesIn(const cv::Mat& grey, const DiscWindow& window, Tones& tones) {
+  WindowSpans spans;
+  FindSpans(window, grey.size(), spans);
+  return TonesIn(grey, spans, tones);
 }
 
 }  // namespace velmora::finder

@@ -27,11 +27,9 @@ struct DiscWindow {
 /// The window of a disc that is not missing: it ends before its neighbours begin.
 DiscWindow WindowOf(const GridProjection& projection, const LabelledDiscs& discs, size_t k);
 
-/// The pixels of each row that are in the window.
-std::vector<Span> SpansOf(const DiscWindow& window, const cv::Size& size);
-
 /// The pixels of a window, and those of two parts of it: where there may be ink, the rest being paper, and
-/// where there is nothing but ink. Of all three the spans of each row of the window.
+/// where there is nothing but ink. Of all three the spans of each row of the window; one without pixels
+/// ends where it begins.
 struct WindowSpans {
   std::vector<Span> all, hole, core;
 };
@@ -41,10 +39,8 @@ void FindSpans(const DiscWindow& window, const cv::Size& size, WindowSpans& span
 class Histogram {
  public:
   void Add(const unsigned char* pixels, int from, int to);
-  void Add(const Histogram& other);
   /// Takes pixels away again.
   void Remove(const unsigned char* pixels, int from, int to);
-  void Remove(const Histogram& other);
   bool Empty() const { return total_ == 0; }
   int Of(size_t value) const { return even_[value] + odd_[value]; }
   int Median() const { return Above(total_ / 2); }
@@ -79,6 +75,7 @@ struct Tones {
 };
 
 /// The tones around a disc. False when paper and ink cannot be told apart.
-bool TonesIn(const cv::Mat& grey, const DiscWindow& window, const std::vector<Span>& spans, Tones& tones);
+bool TonesIn(const cv::Mat& grey, const WindowSpans& spans, Tones& tones);
+bool TonesIn(const cv::Mat& grey, const DiscWindow& window, Tones& tones);
 
 }  // namespace velmora::finder

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <deque>
 #include <vector>
 
 #include "finder/Rim.h"
@@ -54,38 +55,54 @@ Rim RimAsFound(const GridProjection& projection, const cv::Mat& grey, const Labe
   return FollowRim(grey, disc);
 }
 
-/// The rim of a disc, followed when it is asked for first: it stays where it is.
-class OnceFollowed {
+/// What the discs around one expect of it when it is looked at first, and its rim there, followed when it is
+/// asked for: it stays where it is.
+class FirstLook {
  public:
-  const Rim& Of(const cv::Mat& grey, const LabelledDiscs& all, Contrasts& contrasts, size_t k,
-                ExpectedDisc expected) {
-    if (followed_) return rim_;
-    followed_ = true;
-    expected.contrast = contrasts.Around(k);
+  /// `contrasts` must outlive it.
+  void Take(const LabelledDiscs& all, Contrasts& contrasts, size_t k, const ExpectedDisc& expected) {
+    if (contrasts_ != nullptr) return;
+    contrasts_ = &contrasts;
+    disc_ = k;
+    expected_ = expected;
     rim_.centre = all.centres[k];
     rim_.visible = 1.0;
-    if (expected.contrast > 0.0) rim_ = FollowRim(grey, expected);
+  }
+
+  const Rim& FollowedRim(const cv::Mat& grey) {
+    if (followed_) return rim_;
+    followed_ = true;
+    expected_.contrast = contrasts_->Around(disc_);
+    if (expected_.contrast > 0.0) rim_ = FollowRim(grey, expected_);
     return rim_;
   }
 
  private:
+  Contrasts* contrasts_ = nullptr;
+  size_t disc_ = 0;
+  ExpectedDisc expected_;
   bool followed_ = false;
   Rim rim_;
 };
 
 DiscState CheckDisc(const GridProjection& projection, const cv::Mat& grey, const LabelledDiscs& all,
                     Contrasts& contrasts, LabelledDiscs& discs, size_t k, double residual, double usual,
-                    OnceFollowed& followed) {
+                    FirstLook& look) {
   ExpectedDisc expected;
   if (!ExpectDisc(projection, all, k, expected)) return DiscState::InPlace;
   // Where those around it expect it, whatever shadow is upon it.
   const double off = cv::norm(expected.centre - all.centres[k]);
   if (off < CLOSE) return DiscState::InPlace;
-  const Rim& rim = followed.Of(grey, all, contrasts, k, expected);
+  look.Take(all, contrasts, k, expected);
+  // Prints with ragged discs have ragged rims, and all their discs are off a little.
+  const bool far = off > 0.1 * all.radii[k] + CLOSE;
+  const bool noise = off <= OUTLIER * usual;
+  // Whatever its rim is.
+  if (!far && noise && residual <= OUTLIER * usual) return DiscState::InPlace;
+  const Rim& rim = look.FollowedRim(grey);
   if (rim.visible < WHOLE) {
-    // Prints with ragged discs have ragged rims, and all their discs are off a little.
-    const bool part = rim.visible < HALF && off > 0.1 * all.radii[k] + CLOSE;
-    if (!part && off <= OUTLIER * usual) return DiscState::InPlace;
+    const bool part = far && rim.visible < HALF;
+    if (!part && noise) return DiscState::InPlace;
     // Where a lens distorts much the others are wrong about the corners.
     if (residual > FAR_OFF * usual) return DiscState::Hidden;
     return RimAsFound(projection, grey, all, contrasts, k).visible >= WHOLE_ALONE ? DiscState::InPlace
@@ -108,7 +125,11 @@ enum class HiddenPolicy { Refuse, Drop };
 bool PutRight(const GridProjection& flat, const cv::Mat& grey, LabelledDiscs& discs, HiddenPolicy policy) {
   GridProjection projection = flat;
   std::vector<bool> right(discs.gridIndices.size(), false);
-  std::vector<OnceFollowed> rims(discs.gridIndices.size());
+  std::vector<FirstLook> looks(discs.gridIndices.size());
+  // Of each round, because a rim may be followed after the one that its disc was looked at first. Of the
+  // projection contrasts take the homography alone, which stays as it is.
+  std::deque<LabelledDiscs> befores;
+  std::deque<Contrasts> contrastsOf;
   for (int round = 0; round < ROUNDS; ++round) {
     if (!projection.FitDistortion(discs)) return false;
     std::vector<double> off(discs.gridIndices.size(), 0.0);
@@ -121,13 +142,15 @@ bool PutRight(const GridProjection& flat, const cv::Mat& grey, LabelledDiscs& di
     if (ofKnown.empty()) return false;
     const double usual = MedianOf(ofKnown);
     const double least = std::max(CLOSE, USUAL * usual);
-    const LabelledDiscs before = discs;
-    Contrasts contrasts(projection, grey, before);
+    befores.push_back(discs);
+    const LabelledDiscs& before = befores.back();
+    contrastsOf.emplace_back(projection, grey, before);
+    Contrasts& contrasts = contrastsOf.back();
     bool moved = false;
     for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
       if (!before.Has(k) || off[k] < least || right[k]) continue;
       const DiscState state =
-          CheckDisc(projection, grey, before, contrasts, discs, k, off[k], usual, rims[k]);
+          CheckDisc(projection, grey, before, contrasts, discs, k, off[k], usual, looks[k]);
       if (state == DiscState::InPlace) continue;
       if (state == DiscState::Hidden) {
         // Later rounds only put right: what is off was assessed among all the others.

@@ -43,72 +43,93 @@ void VisitChanges(const std::vector<Span>& before, const std::vector<Span>& now,
 
 }  // namespace
 
+void MovedWindow::CountPixels() {
+  for (size_t k = 0; k < spans_.all.size(); ++k) {
+    const Span& all = spans_.all[k];
+    const Span& hole = spans_.hole[k];
+    const unsigned char* pixels = grey_.ptr(all.row);
+    paper_.Add(pixels, all.from, hole.from);
+    hole_.Add(pixels, hole.from, hole.to);
+    paper_.Add(pixels, hole.to, all.to);
+    core_.Add(pixels, spans_.core[k].from, spans_.core[k].to);
+  }
+}
+
+void MovedWindow::CountChanges() {
+  const auto change = [&](Histogram& histogram, const Span& span, bool added) {
+    const unsigned char* pixels = grey_.ptr(span.row);
+    if (added) {
+      histogram.Add(pixels, span.from, span.to);
+    } else {
+      histogram.Remove(pixels, span.from, span.to);
+    }
+  };
+  VisitChanges(before_.all, spans_.all, [&](const Span& span, bool added) { change(paper_, span, added); });
+  VisitChanges(before_.hole, spans_.hole, [&](const Span& span, bool added) {
+    change(hole_, span, added);
+    change(paper_, span, !added);
+  });
+  VisitChanges(before_.core, spans_.core, [&](const Span& span, bool added) { change(core_, span, added); });
+}
+
 bool MovedWindow::MoveTo(const DiscWindow& window) {
   // Nobody asked for the moments of the window that it comes from.
   if (unasked_) weighed_ = false;
   unasked_ = true;
   std::swap(before_, spans_);
   FindSpans(window, grey_.size(), spans_);
-  const auto count = [&](Histogram& histogram) {
-    return [&](const Span& span, bool added) {
-      const unsigned char* pixels = grey_.ptr(span.row);
-      if (added) {
-        histogram.Add(pixels, span.from, span.to);
-      } else {
-        histogram.Remove(pixels, span.from, span.to);
-      }
-    };
-  };
-  VisitChanges(before_.all, spans_.all, count(all_));
-  VisitChanges(before_.hole, spans_.hole, count(hole_));
-  VisitChanges(before_.core, spans_.core, count(core_));
-  Histogram paper = all_;
-  paper.Remove(hole_);
-  if (paper.Empty()) return false;
-  tones_.paper = paper.Median();
-  tones_.ink = core_.Empty() ? all_.Darkest() : core_.Median();
+  if (before_.all.empty()) {
+    CountPixels();
+  } else {
+    CountChanges();
+  }
+  if (paper_.Empty()) return false;
+  tones_.paper = paper_.Median();
+  tones_.ink = core_.Empty() ? Darkest() : core_.Median();
   return tones_.AreApart();
 }
 
-void MovedWindow::Weigh(double& area) {
-  area = 0.0;
-  // What is as bright as the paper has no weight, and there is nothing below the darkest pixel.
-  const size_t paper = static_cast<size_t>(std::ceil(tones_.paper));
-  for (size_t value = static_cast<size_t>(all_.Darkest()); value < paper; ++value) {
-    const int count = all_.Of(value);
-    if (count == 0) continue;
-    // Those of values that were in the window before are known.
-    double& share = shares_[value];
-    if (share < 0.0) {
-      const double darkness = tones_.Darkness(static_cast<double>(value));
-      share = std::min(1.0, std::max(0.0, darkness));
-      weights_[value] = cvRound(UNIT * Tones::WeightOf(darkness));
-    }
-    area += count * share;
+void MovedWindow::WeighFrom(int darkest) {
+  // One thing after the other: compilers divide several at once then.
+  for (int value = darkest; value < known_; ++value) {
+    shares_[static_cast<size_t>(value)] = std::min(1.0, std::max(0.0, tones_.Darkness(value)));
   }
+  for (int value = darkest; value < known_; ++value) {
+    const size_t k = static_cast<size_t>(value);
+    weights_[k] = cvRound(UNIT * Tones::WeightOf(shares_[k]));
+  }
+  known_ = std::min(known_, darkest);
 }
 
 void MovedWindow::AddMoments(const Span& span, std::int64_t sign) {
   const unsigned char* pixels = grey_.ptr(span.row);
   std::int64_t weight = 0;
-  std::int64_t x = 0;
+  // Each pixel's weight as often as columns are left from it on: sums of sums take no multiplications.
+  std::int64_t left = 0;
   for (int column = span.from; column < span.to; ++column) {
     weight += weights_[pixels[column]];
-    x += weights_[pixels[column]] * column;
+    left += weight;
   }
   moments_.weight += sign * weight;
-  moments_.x += sign * x;
+  moments_.x += sign * (weight * span.to - left);
   moments_.y += sign * weight * span.row;
 }
 
 bool MovedWindow::FindMiddle(cv::Point2d& middle, double& area) {
   const bool same = weighed_ && weighedTones_.paper == tones_.paper && weighedTones_.ink == tones_.ink;
+  // What is as bright as the paper has no weight, and there is nothing below the darkest pixel.
+  const int paper = cvCeil(tones_.paper);
+  const int darkest = Darkest();
   if (!same) {
-    shares_.fill(-1.0);
-    weights_ = {};
+    std::fill(weights_.begin() + paper, weights_.end(), 0);
+    known_ = paper;
     moments_ = {};
   }
-  Weigh(area);
+  WeighFrom(darkest);
+  area = 0.0;
+  for (int value = darkest; value < paper; ++value) {
+    area += Count(static_cast<size_t>(value)) * shares_[static_cast<size_t>(value)];
+  }
   if (same) {
     VisitChanges(before_.all, spans_.all,
                  [&](const Span& span, bool added) { AddMoments(span, added ? 1 : -1); });

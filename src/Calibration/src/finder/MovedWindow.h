@@ -1,6 +1,7 @@
 /// The window of a disc whose centre is looked for: it moves, and most of its pixels stay the same.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <opencv2/core.hpp>
@@ -27,18 +28,25 @@ class MovedWindow {
     std::int64_t weight = 0, x = 0, y = 0;
   };
 
-  void Weigh(double& area);
+  void CountPixels();
+  void CountChanges();
+  /// How many pixels of the window have a value.
+  int Count(size_t value) const { return paper_.Of(value) + hole_.Of(value); }
+  int Darkest() const { return std::min(paper_.Darkest(), hole_.Darkest()); }
+  /// Finds shares and weights from a value on, up to those that are known.
+  void WeighFrom(int darkest);
   void AddMoments(const Span& span, std::int64_t sign);
 
   const cv::Mat& grey_;
   WindowSpans spans_, before_;
-  Histogram all_, hole_, core_;
+  Histogram paper_, hole_, core_;  ///< `paper_` has the pixels that are in no hole
   Tones tones_;
   bool weighed_ = false;
-  bool unasked_ = false;                        ///< since the last move
-  Tones weighedTones_;                          ///< those of the weights and moments
-  std::array<double, 256> shares_;              ///< of ink in a value; negative where it was not asked for
-  std::array<std::int64_t, 256> weights_ = {};  ///< of values with a known share; 0 for the others
+  bool unasked_ = false;            ///< since the last move
+  Tones weighedTones_;              ///< those of the weights and moments
+  int known_ = 0;                   ///< the least value with a known share and weight
+  std::array<double, 256> shares_;  ///< of ink in a value
+  std::array<int, 256> weights_;
   Moments moments_;
 };
 

@@ -89,13 +89,15 @@ struct Findings {
   std::vector<Region> regions;
   SmallRegions small;
 
+  bool IsSpeck(double area) const { return area < limits.minArea; }
+  void CountSpeck(double area) {
+    if (area >= small.leastArea && area <= limits.maxArea) ++small.count;
+  }
+
   void Add(const Sums& sums, int level) {
     const double area = static_cast<double>(sums.n);
     if (sums.dropped || area > limits.maxArea) return;
-    if (area < limits.minArea) {
-      if (area >= small.leastArea) ++small.count;
-      return;
-    }
+    if (IsSpeck(area)) return CountSpeck(area);
     const Region region = RegionOf(sums, level);
     if (limits.wanted == nullptr || limits.wanted(region)) regions.push_back(region);
   }
@@ -114,20 +116,38 @@ class LevelJoiner {
 
   void AddRow(const RowRuns& runs) {
     if (runs.count == 0 && previous_.empty()) return;
-    current_.clear();
-    above_ = 0;
-    continued_ = false;
-    for (int k = 0; k + 1 < runs.count; k += 2) Join(runs, runs.edges[k], runs.edges[k + 1]);
-    while (above_ < previous_.size()) PassAbove();
+    current_.resize(static_cast<size_t>(runs.count / 2));
+    Run* above = previous_.data();  // the one that may be touched next
+    Run* const end = above + previous_.size();
+    bool continued = false;  // whether it is touched
+    const int* edge = runs.edges;
+    for (Run& run : current_) {
+      run.from = *edge++;
+      run.to = *edge++;
+      for (; above != end && above->to <= run.from; ++above, continued = false) {
+        if (!continued) Leave(*above);
+      }
+      const bool cut = run.from < runs.whole.start || run.to > runs.whole.end;
+      if (above == end || above->from >= run.to) {
+        run.slot = cut ? ALONE_AND_CUT : ALONE;
+        continue;
+      }
+      continued = true;
+      run.slot = SlotOf(*above, runs.row - 1);
+      // The last one that it touches may reach the next run too.
+      for (; above + 1 != end && above[1].from < run.to; ++above)
+        Merge(run.slot, SlotOf(above[1], runs.row - 1));
+      Sums& sums = sums_[static_cast<size_t>(run.slot)];
+      sums.dropped = sums.dropped || cut;
+      sums.bottom = runs.row + 1;
+      if (!sums.dropped) sums.AddRun(run.from, run.to, runs.row, found_.squareSums);
+    }
+    for (; above != end; ++above, continued = false) {
+      if (!continued) Leave(*above);
+    }
     for (const Run& run : left_) Finish(run, runs.row);
     left_.clear();
-    if (!merged_.empty()) {
-      for (Run& run : current_) {
-        if (run.slot >= 0) run.slot = Root(run.slot);
-      }
-      free_.insert(free_.end(), merged_.begin(), merged_.end());
-      merged_.clear();
-    }
+    FreeMerged();
     previous_.swap(current_);
     runs_ += runs.count / 2;
   }
@@ -163,33 +183,13 @@ class LevelJoiner {
     return slot;
   }
 
-  /// Goes on to the next run of the row above, once no more runs can touch this one.
-  void PassAbove() {
-    if (!continued_) left_.push_back(previous_[above_]);
-    continued_ = false;
-    ++above_;
-  }
-
-  void Join(const RowRuns& runs, int from, int to) {
-    while (above_ < previous_.size() && previous_[above_].to <= from) PassAbove();
-    const bool cut = from < runs.whole.start || to > runs.whole.end;
-    if (above_ == previous_.size() || previous_[above_].from >= to) {
-      current_.push_back({from, to, cut ? ALONE_AND_CUT : ALONE});
-      return;
+  /// For a run that none of the next row continues; its region may go on elsewhere. Specks of noise end here.
+  void Leave(const Run& run) {
+    if (run.slot >= 0 || !found_.IsSpeck(run.to - run.from)) {
+      left_.push_back(run);
+    } else if (run.slot == ALONE) {
+      found_.CountSpeck(run.to - run.from);
     }
-    continued_ = true;
-    const int slot = SlotOfAbove(runs.row);
-    // The last one that it touches may reach the next run too.
-    while (above_ + 1 < previous_.size() && previous_[above_ + 1].from < to) {
-      ++above_;
-      const int touched = SlotOfAbove(runs.row);
-      if (touched != slot) Merge(slot, touched);
-    }
-    Sums& sums = sums_[static_cast<size_t>(slot)];
-    if (cut) sums.dropped = true;
-    sums.bottom = runs.row + 1;
-    if (!sums.dropped) sums.AddRun(from, to, runs.row, found_.squareSums);
-    current_.push_back({from, to, slot});
   }
 
   Sums SumsOf(const Run& alone, int row) const {
@@ -200,17 +200,27 @@ class LevelJoiner {
     return sums;
   }
 
-  /// The slot of the region that the run above belongs to, which gets one if it has none.
-  int SlotOfAbove(int row) {
-    Run& run = previous_[above_];
-    if (run.slot < 0) run.slot = NewSlot(SumsOf(run, row - 1));
+  /// The slot of the region that a run belongs to, which gets one if it has none.
+  int SlotOf(Run& run, int row) {
+    if (run.slot < 0) run.slot = NewSlot(SumsOf(run, row));
     return Root(run.slot);
   }
 
   void Merge(int slot, int touched) {
+    if (touched == slot) return;
     sums_[static_cast<size_t>(slot)].Add(sums_[static_cast<size_t>(touched)]);
     into_[static_cast<size_t>(touched)] = slot;
     merged_.push_back(touched);
+  }
+
+  /// What was merged into others in the last row is at nobody's disposal until all of its runs know.
+  void FreeMerged() {
+    if (merged_.empty()) return;
+    for (Run& run : current_) {
+      if (run.slot >= 0) run.slot = Root(run.slot);
+    }
+    free_.insert(free_.end(), merged_.begin(), merged_.end());
+    merged_.clear();
   }
 
   /// Hands the region of a run of the row above over if it did not reach `row`.
@@ -233,9 +243,7 @@ class LevelJoiner {
   Findings& found_;
   int end_ = 1 << 30;  ///< the row before which the level is given up
   std::vector<Run> previous_, current_;
-  size_t above_ = 0;        ///< the run of the row above that may be touched next
-  bool continued_ = false;  ///< whether it is touched
-  std::vector<Run> left_;   ///< the runs above that none continues
+  std::vector<Run> left_;  ///< the runs above that none continues
   std::vector<Sums> sums_;
   std::vector<int> into_;  ///< the slot that a slot was merged into, or itself
   std::vector<int> free_, merged_;

@@ -99,8 +99,12 @@ class RimFollower {
     const auto ratio = [&](int k) { return (outside(k) + DARK) / (inside(k) + DARK); };
     const auto rise = [&](int k) { return outside(k) - inside(k); };
     int steepest = -half;
+    double largest = ratio(steepest);
     for (int k = -half + 1; k <= half; ++k) {
-      if (ratio(k) > ratio(steepest)) steepest = k;
+      const double here = ratio(k);
+      if (here <= largest) continue;
+      steepest = k;
+      largest = here;
     }
     // The ratio is largest on the dark side of the edge: up to where it is steepest itself.
     while (steepest < half && rise(steepest + 1) > rise(steepest)) ++steepest;

@@ -2,38 +2,33 @@
 #include "finder/RowEdges.h"
 
 #include <algorithm>
-#include <cstdint>
-#include <cstring>
+#include <opencv2/core/hal/intrin.hpp>
 
 namespace velmora::finder {
 
 namespace {
 
 /// The number of pixels that are compared at once.
-constexpr int BLOCK = 8;
+constexpr int BLOCK = 16;
 /// Most edges cross this many levels or less.
 constexpr unsigned FEW = 4;
 
-/// Of each set of bytes of a block, where its bytes are, and how many they are.
-struct BytesOfSet {
-  std::array<std::array<int, BLOCK>, 256> places = {};
-  std::array<int, 256> counts = {};
+/// The number of pixels among which those of a set are looked up at once.
+constexpr int LOOKED_UP = 8;
 
-  BytesOfSet() {
+/// Of each set of pixels where they are, and how many they are.
+struct PlacesOfSet {
+  std::array<std::array<int, LOOKED_UP>, 1U << LOOKED_UP> places = {};
+  std::array<int, 1U << LOOKED_UP> counts = {};
+
+  PlacesOfSet() {
     for (size_t set = 0; set < places.size(); ++set) {
-      for (int byte = 0; byte < BLOCK; ++byte) {
-        if ((set >> byte & 1U) != 0) places[set][static_cast<size_t>(counts[set]++)] = byte;
+      for (int place = 0; place < LOOKED_UP; ++place) {
+        if ((set >> place & 1U) != 0) places[set][static_cast<size_t>(counts[set]++)] = place;
       }
     }
   }
 };
-
-/// The set of the bytes that are not zero; the lowest one is the first.
-size_t SetOf(std::uint64_t bytes) {
-  constexpr std::uint64_t LOW = 0x7F7F7F7F7F7F7F7FU;
-  const std::uint64_t high = (((bytes & LOW) + LOW) | bytes) & ~LOW;
-  return static_cast<size_t>(((high >> 7U) * 0x0102040810204080U) >> 56U);
-}
 
 }  // namespace
 
@@ -64,18 +59,18 @@ void RowEdges::Take(const unsigned char* pixels, const cv::Range& columns) {
 /// Within a block, writes without asking whether there is something to write: what noise changes cannot be
 /// foreseen.
 void RowEdges::MarkChanges(const cv::Range& columns) {
-  static const BytesOfSet BYTES;
+  static const PlacesOfSet PLACES;
   const unsigned char* const q = row_.data() + BLOCK;
   int* change = changes_.data();
   for (int x = columns.start; x <= columns.end; x += BLOCK) {
-    std::uint64_t here = 0;
-    std::uint64_t before = 0;
-    std::memcpy(&here, q + x, BLOCK);
-    std::memcpy(&before, q + x - 1, BLOCK);
-    if (here == before) continue;
-    const size_t set = SetOf(here ^ before);
-    for (size_t k = 0; k < BLOCK; ++k) change[k] = x + BYTES.places[set][k];
-    change += BYTES.counts[set];
+    const cv::v_uint8x16 here = cv::v_load(q + x);
+    const cv::v_uint8x16 before = cv::v_load(q + x - 1);
+    auto left = static_cast<unsigned>(cv::v_signmask(here != before));
+    for (int from = x; left != 0; left >>= LOOKED_UP, from += LOOKED_UP) {
+      const size_t set = left % PLACES.places.size();
+      for (size_t k = 0; k < LOOKED_UP; ++k) change[k] = from + PLACES.places[set][k];
+      change += PLACES.counts[set];
+    }
   }
   int** const ends = ends_.data();
   for (const int* at = changes_.data(); at != change; ++at) {

@@ -69,8 +69,7 @@ bool Sights::IsCut(const cv::Point2d& centre, const cv::Point& gridIndex, double
 bool Sights::Ask(size_t k, Tones& tones) const {
   Witness& witness = witnesses_[k];
   if (witness.told == Told::NotYet) {
-    const std::vector<Span> spans = SpansOf(witness.window, grey_.size());
-    witness.told = TonesIn(grey_, witness.window, spans, witness.tones) ? Told::Yes : Told::No;
+    witness.told = TonesIn(grey_, witness.window, witness.tones) ? Told::Yes : Told::No;
   }
   tones = witness.tones;
   return witness.told == Told::Yes;

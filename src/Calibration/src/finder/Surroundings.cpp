@@ -89,7 +89,7 @@ double Contrasts::Of(size_t k) {
   if (known >= 0.0) return known;
   const DiscWindow window = WindowOf(projection_, discs_, k);
   Tones tones;
-  const bool told = TonesIn(grey_, window, SpansOf(window, grey_.size()), tones);
+  const bool told = TonesIn(grey_, window, tones);
   known = told ? tones.paper - tones.ink : 0.0;
   return known;
 }
