@@ -36,6 +36,8 @@ RowEdges::RowEdges(int width, const std::vector<int>& levels)
     : levels_(static_cast<int>(levels.size())),
       // Blocks read one pixel before the first one, and run past the last one.
       row_(static_cast<size_t>(width) + 3 * BLOCK),
+      lower_(row_.size()),
+      upper_(row_.size()),
       changes_(static_cast<size_t>(width) + 2 * BLOCK),
       stride_(static_cast<size_t>(width) + 2),
       edges_((levels.size() + FEW) * stride_),
@@ -56,8 +58,8 @@ void RowEdges::Take(const unsigned char* pixels, const cv::Range& columns) {
   MarkChanges(columns);
 }
 
-/// Within a block, writes without asking whether there is something to write: what noise changes cannot be
-/// foreseen.
+/// Within a block, writes without asking whether there is something to write, and which of two pixels is the
+/// brighter one: what noise changes cannot be foreseen.
 void RowEdges::MarkChanges(const cv::Range& columns) {
   static const PlacesOfSet PLACES;
   const unsigned char* const q = row_.data() + BLOCK;
@@ -66,6 +68,9 @@ void RowEdges::MarkChanges(const cv::Range& columns) {
     const cv::v_uint8x16 here = cv::v_load(q + x);
     const cv::v_uint8x16 before = cv::v_load(q + x - 1);
     auto left = static_cast<unsigned>(cv::v_signmask(here != before));
+    if (left == 0) continue;
+    cv::v_store(lower_.data() + x, cv::v_min(here, before));
+    cv::v_store(upper_.data() + x, cv::v_max(here, before));
     for (int from = x; left != 0; left >>= LOOKED_UP, from += LOOKED_UP) {
       const size_t set = left % PLACES.places.size();
       for (size_t k = 0; k < LOOKED_UP; ++k) change[k] = from + PLACES.places[set][k];
@@ -75,8 +80,8 @@ void RowEdges::MarkChanges(const cv::Range& columns) {
   int** const ends = ends_.data();
   for (const int* at = changes_.data(); at != change; ++at) {
     const int x = *at;
-    const unsigned low = std::min(q[x], q[x - 1]);
-    const unsigned high = std::max(q[x], q[x - 1]);
+    const unsigned low = lower_[static_cast<size_t>(x)];
+    const unsigned high = upper_[static_cast<size_t>(x)];
     // What is written beyond the last level of these is overwritten, or never read.
     for (unsigned level = low; level < low + FEW; ++level) {
       *ends[level] = x;

@@ -24,7 +24,9 @@ class RowEdges {
   void MarkChanges(const cv::Range& columns);
 
   const int levels_;
-  std::vector<unsigned char> row_;
+  std::vector<unsigned char> row_;  ///< how many levels each pixel reaches
+  /// Where the number changes, the one of a pixel and the one before that is less, and the other.
+  std::vector<unsigned char> lower_, upper_;
   std::array<unsigned char, 256> steps_ = {};  ///< of a value, how many levels it reaches
   std::vector<int> changes_;                   ///< the columns of a row where the number changes
   const size_t stride_;
