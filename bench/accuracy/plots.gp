@@ -168,16 +168,17 @@ if (there("pairs")) {
 
 if (there("sheets")) {
   set output png("sheets")
+  set terminal pngcairo size 800,560 font "sans,11" background "white"
   set title "Sheets that are not flat (classic model, light distortion, 60 degrees, noise 0.1 px)"
   unset xlabel
   set ylabel "error of projections where views are, px"
   set logscale y
   set xrange [-0.6:13.6]
   set yrange [0.03:4]
-  set xtics rotate by -35 scale 0
+  set xtics auto rotate by -35 scale 0
   set boxwidth 0.27
-  set bmargin 9
-  label(i) = stringcolumn("sheet").", ".stringcolumn("views")." views"
+  set bmargin 11
+  label(i) = stringcolumn("sheet").", ".stringcolumn("views")
   plot file("sheets") using (column(0) - 0.28):"flat":xtic(label(0)) with boxes lc rgb COLORS[3] title "taken for flat", \
        file("sheets") using (column(0)):"with shape" with boxes lc rgb COLORS[2] title "with its shape", \
        file("sheets") using (column(0) + 0.28):"flat board" with boxes lc rgb PALE[1] title "ideal flat board"
