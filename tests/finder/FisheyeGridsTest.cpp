@@ -4,12 +4,14 @@
 #include <algorithm>
 #include <cmath>
 #include <opencv2/core.hpp>
+#include <sstream>
 
 #include "Placement.h"
 #include "Renderer.h"
 #include "Views.h"
 #include "finder/FinderScenes.h"
 #include "finder/RobustFinder.h"
+#include "finder/WideSheets.h"
 #include "unit/Collection.h"
 
 using namespace velmora;
@@ -45,6 +47,22 @@ struct Tally {
   double worst = 0.0;  ///< of all centres, pixels
 };
 
+void Search(world::Renderer& renderer, const world::Pose& pose, Tally& tally) {
+  const world::Scene& scene = renderer.GetScene();
+  const cv::Mat image = renderer.Render(pose, static_cast<std::uint64_t>(tally.frames));
+  ++tally.frames;
+  std::vector<cv::Point2d> centres;
+  if (!FindGridRobust(image, unit::GRID, centres)) return;
+  ++tally.found;
+  const std::vector<cv::Point2d> truth = world::TrueCentres(scene.camera.lens, scene.sheet, pose);
+  EXPECT_TRUE(unit::InOrder(centres, truth));
+  // What is found is the middle of a disc's image, which is beside the image of its middle.
+  const std::vector<cv::Point2d> expected = CentroidsOf(scene, pose);
+  for (size_t k = 0; k < centres.size(); ++k) {
+    tally.worst = std::max(tally.worst, cv::norm(centres[k] - expected[k]));
+  }
+}
+
 /// Sheets 0.3 to 0.4 m away, which span less than 40 degrees, tilted to 30 degrees against the line of sight,
 /// with their middle at angles from the axis from `least` to `most` degrees.
 Tally Search(const world::Scene& scene, double least, double most, int frames) {
@@ -68,18 +86,7 @@ Tally Search(const world::Scene& scene, double least, double most, int frames) {
         !world::DiscsInside(scene.camera, scene.sheet, pose, 10.0)) {
       continue;
     }
-    const cv::Mat image = renderer.Render(pose, static_cast<std::uint64_t>(tally.frames));
-    ++tally.frames;
-    std::vector<cv::Point2d> centres;
-    if (!FindGridRobust(image, unit::GRID, centres)) continue;
-    ++tally.found;
-    const std::vector<cv::Point2d> truth = world::TrueCentres(scene.camera.lens, scene.sheet, pose);
-    EXPECT_TRUE(unit::InOrder(centres, truth));
-    // What is found is the middle of a disc's image, which is beside the image of its middle.
-    const std::vector<cv::Point2d> expected = CentroidsOf(scene, pose);
-    for (size_t k = 0; k < centres.size(); ++k) {
-      tally.worst = std::max(tally.worst, cv::norm(centres[k] - expected[k]));
-    }
+    Search(renderer, pose, tally);
   }
   return tally;
 }
@@ -97,6 +104,29 @@ class FisheyeGrids : public testing::TestWithParam<double> {};
 TEST_P(FisheyeGrids, AreFoundAtModerateAngles) {
   const Tally tally = Search(SceneOf(GetParam()), 0.0, 0.3 * GetParam(), 20);
   EXPECT_GE(tally.found, 19);
+  EXPECT_LT(tally.worst, 0.2);
+}
+
+/// In the middle, half way to the rim and as far out as they are seen whole.
+TEST_P(FisheyeGrids, AreFoundThoughTheySpanSixtyDegrees) {
+  const world::Scene scene = SceneOf(GetParam());
+  world::Renderer renderer(scene);
+  cv::RNG random(23);
+  Tally tally;
+  std::ostringstream missed;
+  for (const double share : {0.0, 0.5, 1.0}) {
+    for (const double span : {45.0, 50.0, 55.0, 60.0}) {
+      for (const double mostTilt : {20.0, 45.0}) {
+        world::Pose pose;
+        ASSERT_TRUE(unit::PlaceWideSheet(scene.camera, scene.sheet, share, span, mostTilt, random, pose));
+        const int before = tally.found;
+        Search(renderer, pose, tally);
+        if (tally.found == before) missed << "; " << share << ", " << span << ", " << mostTilt;
+      }
+    }
+  }
+  EXPECT_EQ(tally.frames, 24);
+  EXPECT_GE(tally.found, 23) << missed.str();
   EXPECT_LT(tally.worst, 0.2);
 }
 

@@ -176,6 +176,70 @@ TEST(GridProjection, KeepsItsHomographyWhenTheDistortionIsFittedAlone) {
             1e-6);
 }
 
+/// The discs of a plane that a wide lens shows; the last row is beside and behind the camera.
+LabelledDiscs DiscsThrough(const finder::WideLens& lens) {
+  const cv::Matx33d H(0.08, 0.01, -0.25, -0.01, 0.09, -0.1, 0.01, -0.055, 0.45);
+  LabelledDiscs discs = unit::FlatDiscs();
+  for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
+    const cv::Point& gridIndex = discs.gridIndices[k];
+    discs.centres[k] = lens.PixelOf(H * cv::Vec3d(gridIndex.x, gridIndex.y, 1.0));
+  }
+  return discs;
+}
+
+TEST(GridProjection, LeadsThroughALensToWhatIsBesideTheCamera) {
+  const finder::WideLens lens({640, 480}, 0.9);
+  const LabelledDiscs discs = DiscsThrough(lens);
+  EXPECT_LT(lens.RayOf(discs.centres.back())[2], 0.0);
+  GridProjection projection;
+  ASSERT_TRUE(projection.Fit(discs, lens));
+  for (size_t k = 0; k < discs.gridIndices.size(); ++k) {
+    const cv::Point2d gridIndex = discs.gridIndices[k];
+    EXPECT_LT(cv::norm(projection.Project(gridIndex) - discs.centres[k]), 1e-6) << k;
+    EXPECT_LT(projection.ScaledResidual(discs, k), 1e-6) << k;
+  }
+}
+
+TEST(GridProjection, HasTheSlopeOfItsProjectionThroughALens) {
+  const finder::WideLens lens({640, 480}, 0.9);
+  const LabelledDiscs discs = DiscsThrough(lens);
+  GridProjection projection;
+  ASSERT_TRUE(projection.Fit(discs, lens));
+  constexpr double LITTLE = 1e-5;
+  for (const cv::Point& at : discs.gridIndices) {
+    const cv::Point2d gridIndex = at;
+    const cv::Point2d ofX = projection.Project(gridIndex + cv::Point2d(LITTLE, 0.0)) -
+                            projection.Project(gridIndex - cv::Point2d(LITTLE, 0.0));
+    const cv::Point2d ofY = projection.Project(gridIndex + cv::Point2d(0.0, LITTLE)) -
+                            projection.Project(gridIndex - cv::Point2d(0.0, LITTLE));
+    const cv::Matx22d slope = cv::Matx22d(ofX.x, ofY.x, ofX.y, ofY.y) * (0.5 / LITTLE);
+    EXPECT_LT(cv::norm(projection.Slope(gridIndex) - slope), 1e-5) << at;
+  }
+}
+
+TEST(GridProjection, KeepsItsLensWhenItIsFittedAnew) {
+  const finder::WideLens lens({640, 480}, 0.9);
+  LabelledDiscs discs = DiscsThrough(lens);
+  GridProjection projection;
+  ASSERT_TRUE(projection.Fit(discs, lens));
+  const cv::Point2d last = discs.centres.back();
+  discs.radii.back() = 0.0;
+  ASSERT_TRUE(projection.Fit(discs));
+  EXPECT_LT(cv::norm(projection.Project(discs.gridIndices.back()) - last), 1e-6);
+}
+
+TEST(GridProjection, IsNoneThroughALensForMirroredDiscsOrThoseAllAround) {
+  const finder::WideLens lens({640, 480}, 0.9);
+  LabelledDiscs discs = DiscsThrough(lens);
+  for (cv::Point2d& centre : discs.centres) centre.x = 639.0 - centre.x;
+  GridProjection projection;
+  EXPECT_FALSE(projection.Fit(discs, lens));
+  discs = unit::FlatDiscs();
+  for (cv::Point2d& centre : discs.centres)
+    centre = 20.0 * (centre - cv::Point2d(132.0, 168.0)) + cv::Point2d(320.0, 240.0);
+  EXPECT_FALSE(projection.Fit(discs, lens));
+}
+
 TEST(LabelledDiscs, AreFoundByTheirPositions) {
   LabelledDiscs discs = unit::FlatDiscs();
   for (size_t k = 0; k < discs.gridIndices.size(); ++k)

@@ -168,4 +168,21 @@ TEST(Labelling, HasNoWaysWithASpentSearchBudget) {
   EXPECT_TRUE(finder::WaysToLabel({}, GRID, 15, 33, 1, budget).empty());
 }
 
+TEST(Labelling, MakesDiscsOfCandidates) {
+  std::vector<finder::DiscCandidate> candidates;
+  for (int k = 0; k < GRID.area(); ++k) candidates.push_back({{10.0 * k, 5.0 * k}, 1.0 + k, 5});
+  Labelling labelling;
+  labelling.discs = InOrder();
+  std::swap(labelling.discs[3], labelling.discs[4]);
+  labelling.discs[7] = -1;
+  const finder::CandidateIndex index(candidates, {640, 480});
+  const finder::LabelledDiscs discs = finder::DiscsOf(labelling, GRID, index);
+  EXPECT_EQ(discs.grid, GRID);
+  EXPECT_EQ(discs.gridIndices, finder::PatternIndices(GRID));
+  EXPECT_EQ(discs.centres[3], cv::Point2d(40.0, 20.0));
+  EXPECT_EQ(discs.radii[4], 4.0);
+  EXPECT_FALSE(discs.Has(7));
+  EXPECT_EQ(discs.Missing(), 1);
+}
+
 }  // namespace

@@ -96,4 +96,44 @@ TEST(Lattice, GrownAtAnyAngleHasEveryDiscWhereItBelongs) {
   }
 }
 
+/// A grid whose steps grow along its rows, more and more, as those of near and tilted sheets do.
+std::vector<DiscCandidate> Stretched(double growth) {
+  std::vector<DiscCandidate> candidates;
+  for (const cv::Point& gridIndex : finder::PatternIndices(GRID)) {
+    const double y = 60.0 + 16.0 * (std::pow(growth, gridIndex.y) - 1.0) / (growth - 1.0);
+    candidates.push_back({{200.0 + 20.0 * gridIndex.x, y}, 6.0, 5});
+  }
+  return candidates;
+}
+
+TEST(Lattice, ThatALensMayHaveBentIsShownButNotOffered) {
+  struct Shown {
+    int offered = 0;
+    int bent = 0;
+  };
+  const auto search = [](double growth) {
+    const CandidateIndex index(Stretched(growth), {640, 900});
+    SearchBudget budget{1000000};
+    Shown shown;
+    const bool found = finder::SearchLattices(
+        index, 44, 400, budget,
+        [&](const Lattice&) {
+          ++shown.offered;
+          return false;
+        },
+        [&](const Lattice& lattice) {
+          EXPECT_EQ(lattice.points.size(), 44U);
+          const double irregularity = finder::Irregularity(lattice, index);
+          EXPECT_TRUE(irregularity >= 0.07 && irregularity < 0.1) << irregularity;
+          ++shown.bent;
+        });
+    EXPECT_FALSE(found);
+    return shown;
+  };
+  const Shown even = search(1.02);
+  EXPECT_GT(even.offered, 0);
+  EXPECT_EQ(even.bent, 0);
+  EXPECT_GT(search(1.22).bent, 0);
+}
+
 }  // namespace

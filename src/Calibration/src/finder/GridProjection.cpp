@@ -14,6 +14,8 @@ namespace {
 /// The numbers of discs that determine a polynomial of degree 3, or 2, with some to spare.
 constexpr int ENOUGH_FOR_CUBIC = 25;
 constexpr int ENOUGH_FOR_QUADRATIC = 13;
+/// The least cosine between rays of discs and their middle one.
+constexpr double LEAST_DEPTH = 0.1;
 
 double Median(std::vector<double>& values) {
   const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
@@ -50,21 +52,54 @@ bool GridProjection::FitGridHomography(const LabelledDiscs& discs) {
     to.push_back(discs.centres[k]);
   }
   if (from.size() < 8) return false;
-  if (!FitHomography(from, to, H_)) return false;
+  if (wide_.Bends()) return FitRays(from, to) && IsInFront(discs, axis_);
+  return FitHomography(from, to, H_) && IsInFront(discs, {0.0, 0.0, 1.0});
+}
+
+bool GridProjection::FitRays(const std::vector<cv::Point2d>& from, const std::vector<cv::Point2d>& to) {
+  std::vector<cv::Vec3d> rays;
+  cv::Vec3d sum;
+  for (const cv::Point2d& pixel : to) {
+    rays.push_back(wide_.RayOf(pixel));
+    sum += rays.back();
+  }
+  // Rays become points on a plane across their middle one: beside the camera there are none at depth 1.
+  axis_ = cv::normalize(sum);
+  const cv::Vec3d beside = std::abs(axis_[0]) < 0.7 ? cv::Vec3d(1.0, 0.0, 0.0) : cv::Vec3d(0.0, 1.0, 0.0);
+  const cv::Vec3d y = cv::normalize(axis_.cross(beside));
+  const cv::Vec3d x = y.cross(axis_);
+  const cv::Matx33d turn(x[0], x[1], x[2], y[0], y[1], y[2], axis_[0], axis_[1], axis_[2]);
+  std::vector<cv::Point2d> across;
+  for (const cv::Vec3d& ray : rays) {
+    const cv::Vec3d p = turn * ray;
+    if (!(p[2] > LEAST_DEPTH)) return false;
+    across.emplace_back(p[0] / p[2], p[1] / p[2]);
+  }
+  if (!FitHomography(from, across, H_)) return false;
+  H_ = turn.t() * H_;
+  return true;
+}
+
+bool GridProjection::IsInFront(const LabelledDiscs& discs, const cv::Vec3d& axis) const {
   // All of the pattern is in front of the camera, which looks at its printed side.
   return std::all_of(discs.gridIndices.begin(), discs.gridIndices.end(), [&](const cv::Point& gridPoint) {
-    const double depth = H_(2, 0) * gridPoint.x + H_(2, 1) * gridPoint.y + H_(2, 2);
+    const double depth = axis.dot(H_ * cv::Vec3d(gridPoint.x, gridPoint.y, 1.0));
     return depth > 1e-6 && cv::determinant(Slope(gridPoint)) > 0.0;
   });
 }
 
 cv::Point2d GridProjection::Project(const cv::Point2d& gridPoint) const {
   const cv::Vec3d p = H_ * cv::Vec3d(gridPoint.x, gridPoint.y, 1.0);
+  if (wide_.Bends()) return wide_.PixelOf(p);
   return {p[0] / p[2], p[1] / p[2]};
 }
 
 cv::Matx22d GridProjection::Slope(const cv::Point2d& gridPoint) const {
   const cv::Vec3d p = H_ * cv::Vec3d(gridPoint.x, gridPoint.y, 1.0);
+  if (wide_.Bends()) {
+    const cv::Matx23d slope = wide_.SlopeAt(p) * H_;
+    return {slope(0, 0), slope(0, 1), slope(1, 0), slope(1, 1)};
+  }
   const double x = p[0] / p[2];
   const double y = p[1] / p[2];
   return {(H_(0, 0) - x * H_(2, 0)) / p[2], (H_(0, 1) - x * H_(2, 1)) / p[2],

@@ -5,6 +5,8 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
+#include "finder/WideLens.h"
+
 namespace velmora::finder {
 
 /// Discs with known centres, by grid index.
@@ -27,10 +29,16 @@ class GridProjection {
   /// determine none.
   bool Fit(const LabelledDiscs& discs) { return FitGridHomography(discs) && FitDistortion(discs); }
 
+  /// Fit() to what a lens bends: the homography leads to its rays. Later fits keep the lens.
+  bool Fit(const LabelledDiscs& discs, const WideLens& lens) {
+    wide_ = lens;
+    return Fit(discs);
+  }
+
   /// Fits the distortion anew, for discs that have moved a little; the homography stays.
   bool FitDistortion(const LabelledDiscs& discs);
 
-  /// The projection of a grid point by the homography alone.
+  /// The projection of a grid point by the homography alone, and the lens where there is one.
   cv::Point2d Project(const cv::Point2d& gridPoint) const;
   /// How the pixel changes with the grid point, pixels per step.
   cv::Matx22d Slope(const cv::Point2d& gridPoint) const;
@@ -49,10 +57,14 @@ class GridProjection {
   using Column = Eigen::Matrix<double, TERMS, 1>;
 
   bool FitGridHomography(const LabelledDiscs& discs);
+  bool FitRays(const std::vector<cv::Point2d>& from, const std::vector<cv::Point2d>& to);
+  bool IsInFront(const LabelledDiscs& discs, const cv::Vec3d& axis) const;
   Column Terms(const cv::Point2d& gridPoint) const;
   cv::Point2d DistortionAt(const cv::Point2d& gridPoint) const;
 
-  cv::Matx33d H_ = cv::Matx33d::eye();
+  WideLens wide_;
+  cv::Matx33d H_ = cv::Matx33d::eye();  ///< to pixels, or to rays of the lens
+  cv::Vec3d axis_;                      ///< the middle one of these rays
   cv::Point2d middle_;
   cv::Point2d half_{1.0, 1.0};
   int degree_ = 0;  ///< of the distortion polynomial

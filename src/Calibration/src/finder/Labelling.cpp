@@ -143,6 +143,17 @@ Labelling LabelPattern(const Lattice& lattice, const cv::Size& grid, int lacking
   return best;
 }
 
+LabelledDiscs DiscsOf(const Labelling& labelling, const cv::Size& grid, const CandidateIndex& index) {
+  LabelledDiscs discs;
+  discs.grid = grid;
+  discs.gridIndices = PatternIndices(grid);
+  for (const int k : labelling.discs) {
+    discs.centres.push_back(k >= 0 ? index[k].centre : cv::Point2d());
+    discs.radii.push_back(k >= 0 ? index[k].radius : 0.0);
+  }
+  return discs;
+}
+
 cv::Point Way::OnLattice(const cv::Point& gridIndex) const {
   return Times(matrix_, LatticeIndex(gridIndex)) + shift_;
 }

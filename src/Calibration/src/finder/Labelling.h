@@ -5,6 +5,7 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
+#include "finder/GridProjection.h"
 #include "finder/Lattice.h"
 
 namespace velmora::finder {
@@ -20,6 +21,9 @@ struct Labelling {
 /// that may be in use and all shifts. The lattice may lack `lacking` rows or columns in all. `discs` is empty
 /// when none covers any, or the budget is spent.
 Labelling LabelPattern(const Lattice& lattice, const cv::Size& grid, int lacking, SearchBudget& budget);
+
+/// The discs of the grid as they are labelled; those without a candidate are missing.
+LabelledDiscs DiscsOf(const Labelling& labelling, const cv::Size& grid, const CandidateIndex& index);
 
 /// One way of labelling a lattice, as a map between the grid indices of the pattern and those of the lattice.
 class Way {

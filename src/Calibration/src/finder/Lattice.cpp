@@ -21,6 +21,8 @@ constexpr int BEGINNING = 200;
 constexpr int LAST_LOOKUPS = 50000;
 /// The largest irregularity of a pattern.
 constexpr double REGULAR = 0.07;
+/// That of one that is near and tilted, before a wide lens: a step differs much from the next.
+constexpr double REGULAR_THOUGH_BENT = 0.1;
 /// Lattice indices are -REACH to REACH in both directions.
 constexpr int REACH = 60;
 /// Share of a step that a neighbour may be off its predicted position.
@@ -240,7 +242,8 @@ std::vector<int> SeedsInOrder(const CandidateIndex& index, SearchBudget& budget)
 }
 
 bool SearchLattices(const CandidateIndex& index, size_t least, size_t most, SearchBudget& budget,
-                    const std::function<bool(const Lattice&)>& accept) {
+                    const std::function<bool(const Lattice&)>& accept,
+                    const std::function<void(const Lattice&)>& bent) {
   std::vector<bool> used(static_cast<size_t>(index.Count()), false);
   Growth growth(index, most, budget);
   Lattice largest;
@@ -264,7 +267,11 @@ bool SearchLattices(const CandidateIndex& index, size_t least, size_t most, Sear
         Lattice lattice = growth.Run(seed, steps[i], steps[j]);
         const bool large = lattice.points.size() >= least;
         if (!large && lattice.points.size() <= largest.points.size()) continue;
-        if (Irregularity(lattice, index) >= REGULAR) continue;
+        const double irregularity = Irregularity(lattice, index);
+        if (irregularity >= REGULAR) {
+          if (large && bent && irregularity < REGULAR_THOUGH_BENT) bent(lattice);
+          continue;
+        }
         if (large && accept(lattice)) return true;
         // Members of a pattern that is none of ours would only grow the same again.
         if (large && pairs >= 2) {

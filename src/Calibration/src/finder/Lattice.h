@@ -36,8 +36,10 @@ std::vector<int> SeedsInOrder(const CandidateIndex& index, SearchBudget& budget)
 
 /// Grows lattices from all candidates, until `accept` returns true for a regular one, or the budget is spent.
 /// Of smaller ones than `least` only the largest is offered, last of all. True when one was accepted.
+/// `bent` is shown others that have `least` points and are as regular as wide lenses leave a pattern.
 bool SearchLattices(const CandidateIndex& index, size_t least, size_t most, SearchBudget& budget,
-                    const std::function<bool(const Lattice&)>& accept);
+                    const std::function<bool(const Lattice&)>& accept,
+                    const std::function<void(const Lattice&)>& bent = {});
 
 /// True for discs that may be neighbours in one pattern.
 bool AlikeInSize(double radius, double other);

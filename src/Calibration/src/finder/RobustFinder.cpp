@@ -5,7 +5,7 @@
 #include <set>
 #include <utility>
 
-#include "finder/Checks.h"
+#include "finder/BentLattices.h"
 #include "finder/Glance.h"
 #include "finder/Grey.h"
 #include "finder/Labelling.h"
@@ -74,12 +74,19 @@ class DarkSearch {
   void SearchAmong(const std::vector<finder::DiscCandidate>& candidates, int budget) {
     const finder::CandidateIndex index(candidates, grey_.size());
     budget_.left = budget;
-    finder::SearchLattices(index, FewestDiscs(), 3 * gridIndices_.size() + 60, budget_,
-                           [&](const finder::Lattice& lattice) {
-                             if (Accept(lattice, index)) return true;
-                             TryAsPart(lattice, index);
-                             return false;
-                           });
+    // What no plane fits may be a plane that a wide lens bends: it is tried when there is nothing else.
+    finder::BentLattices bent(grid_);
+    const auto accept = [&](const finder::Lattice& lattice) {
+      if (Accept(lattice, index)) return true;
+      TryAsPart(lattice, index);
+      bent.Keep(lattice);
+      return false;
+    };
+    const bool found =
+        finder::SearchLattices(index, FewestDiscs(), 3 * gridIndices_.size() + 60, budget_, accept,
+                               [&](const finder::Lattice& lattice) { bent.Keep(lattice); });
+    LabelledDiscs discs;
+    if (!found && bent.FindGrid(index, grey_, discs)) Take(discs);
   }
 
   GridFault FaultOfFew(const finder::Candidates& candidates) const {
@@ -98,13 +105,7 @@ class DarkSearch {
     if (labelling.covered < TELLING) return false;
     // A few spots line up by accident here and there.
     if (!complete && finder::Irregularity(lattice, index) > ACCIDENTAL) return false;
-    LabelledDiscs discs;
-    discs.grid = grid_;
-    discs.gridIndices = gridIndices_;
-    for (const int k : labelling.discs) {
-      discs.centres.push_back(k >= 0 ? index[k].centre : cv::Point2d());
-      discs.radii.push_back(k >= 0 ? index[k].radius : 0.0);
-    }
+    LabelledDiscs discs = finder::DiscsOf(labelling, grid_, index);
     GridProjection projection;
     if (!projection.Fit(discs)) return false;
     const bool clear = labelling.covered >= labelling.secondBest + 2;
