@@ -6,7 +6,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "Renderer.h"
-#include "finder/Checks.h"
+#include "finder/WholeGrid.h"
 #include "finder/WideSheets.h"
 
 using namespace velmora;
@@ -66,9 +66,12 @@ class BentSheet : public testing::Test {
 };
 
 TEST_F(BentSheet, IsFoundInOrderThoughItIsOnNoPlane) {
+  const CandidateIndex index(candidates_, grey_.size());
+  finder::SearchBudget budget{100000};
   finder::GridProjection plane;
-  EXPECT_FALSE(plane.Fit(truth_) && finder::FitsProjection(plane, truth_));
-  LabelledDiscs discs;
+  LabelledDiscs discs = truth_;
+  EXPECT_FALSE(plane.Fit(discs) &&
+               finder::CompleteGrid(plane, discs, index, grey_, budget) == GridFault::None);
   ASSERT_FALSE(Lattices().empty());
   ASSERT_TRUE(Find(Lattices(), discs));
   ASSERT_EQ(discs.centres.size(), 44U);

@@ -16,10 +16,14 @@ constexpr double LARGEST_BEND = 3.0;
 constexpr int BENDS = 14;
 /// Rounds that each halve what is unknown of the bend.
 constexpr int ROUNDS = 5;
-/// How far discs may be off the plane, steps: the farthest one, and all together. Lenses of 180 degrees are
-/// no nearer to the curve at the rim of the image; what is farther off is something else.
-constexpr double FARTHEST_OFF = 0.5;
-constexpr double OFF_TOGETHER = 0.2;
+/// How far discs may be off the plane, steps: the farthest one, and all together. Lenses of 180 degrees put
+/// them half as far off at the rim of the image; what is farther off is something else.
+constexpr double FARTHEST_OFF = 0.3;
+constexpr double OFF_TOGETHER = 0.12;
+/// Discs that are no farther than this off a plane without any lens need none.
+constexpr double NEAR_PLANE = 0.06;
+/// A lens that bends the image puts discs far nearer to a plane than none does.
+constexpr double NEARER = 0.5;
 
 struct Off {
   double together = std::numeric_limits<double>::infinity();  ///< root of the mean square, steps
@@ -44,6 +48,8 @@ Off OffThrough(const WideLens& lens, const LabelledDiscs& discs, GridProjection&
 }  // namespace
 
 bool FitWide(GridProjection& projection, const LabelledDiscs& discs, const cv::Size& image) {
+  const Off flat = OffThrough(WideLens(), discs, projection);
+  if (flat.together < NEAR_PLANE) return false;
   double best = LEAST_BEND;
   Off least;
   const auto attempt = [&](double bend) {
@@ -61,7 +67,7 @@ bool FitWide(GridProjection& projection, const LabelledDiscs& discs, const cv::S
     attempt(middle / factor);
   }
   return least.together < OFF_TOGETHER && least.farthest < FARTHEST_OFF &&
-         projection.Fit(discs, WideLens(image, best));
+         least.together < NEARER * flat.together && projection.Fit(discs, WideLens(image, best));
 }
 
 }  // namespace velmora::finder
