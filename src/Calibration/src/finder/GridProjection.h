@@ -62,15 +62,15 @@ class GridProjection {
   Column Terms(const cv::Point2d& gridPoint) const;
   cv::Point2d DistortionAt(const cv::Point2d& gridPoint) const;
 
-  WideLens wide_;
   cv::Matx33d H_ = cv::Matx33d::eye();  ///< to pixels, or to rays of the lens
-  cv::Vec3d axis_;                      ///< the middle one of these rays
   cv::Point2d middle_;
   cv::Point2d half_{1.0, 1.0};
   int degree_ = 0;  ///< of the distortion polynomial
   /// Its coefficients, of x and y.
   Eigen::Matrix<double, TERMS, 2> distortion_ = Eigen::Matrix<double, TERMS, 2>::Zero();
   Eigen::LLT<Eigen::Matrix<double, TERMS, TERMS>> normal_;  ///< its normal equations
+  WideLens wide_;
+  cv::Vec3d axis_;  ///< the middle one of the discs' rays
 };
 
 }  // namespace velmora::finder
