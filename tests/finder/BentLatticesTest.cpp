@@ -20,20 +20,15 @@ using finder::Lattice;
 
 const cv::Size GRID(4, 11);
 
-/// A near sheet in a corner of what a fisheye of 180 degrees sees.
+/// A near sheet at the rim of what a fisheye of 180 degrees sees.
 class BentSheet : public testing::Test {
  protected:
   void SetUp() override {
-    scene_.camera = world::FisheyeFromFieldOfView({640, 480}, 180.0);
+    scene_.camera = world::FisheyeFromFieldOfView({640, 480}, 180.0, {0.012, -0.021, 0.009, -0.001});
     scene_.blur = 0.5;
-    unit::WideView view;
-    view.angle = 68.0;
-    view.turn = 37.0;
-    view.roll = 37.0;
-    view.span = 55.0;
-    view.tilt = 15.0;
+    cv::RNG random(2);
     world::Pose pose;
-    ASSERT_TRUE(unit::PlaceWideSheet(scene_.camera, scene_.sheet, view, pose));
+    ASSERT_TRUE(unit::PlaceWideSheet(scene_.camera, scene_.sheet, 1.0, 55.0, 20.0, random, pose));
     cv::cvtColor(world::Renderer(scene_).Render(pose), grey_, cv::COLOR_BGR2GRAY);
     truth_ = unit::DiscsSeen(scene_.camera, scene_.sheet, pose);
     for (size_t k = 0; k < truth_.gridIndices.size(); ++k)

@@ -16,10 +16,10 @@ constexpr double LARGEST_BEND = 3.0;
 constexpr int BENDS = 14;
 /// Rounds that each halve what is unknown of the bend.
 constexpr int ROUNDS = 5;
-/// How far discs may be off the plane, steps: the farthest one, and all together. Lenses of 180 degrees put
-/// them half as far off at the rim of the image; what is farther off is something else.
-constexpr double FARTHEST_OFF = 0.3;
-constexpr double OFF_TOGETHER = 0.12;
+/// How far discs may be off the plane, steps: the farthest one, and all together. At the rim of what lenses
+/// of 180 degrees see they are off by 0.3 and 0.14 at the most; what is farther off is something else.
+constexpr double FARTHEST_OFF = 0.4;
+constexpr double OFF_TOGETHER = 0.18;
 /// Discs that are no farther than this off a plane without any lens need none.
 constexpr double NEAR_PLANE = 0.06;
 /// A lens that bends the image puts discs far nearer to a plane than none does.
