@@ -6,6 +6,7 @@
 #include "finder/GridProjection.h"
 #include "finder/Pattern.h"
 #include "finder/SharedLight.h"
+#include "finder/WideFit.h"
 
 namespace velmora {
 
@@ -45,7 +46,8 @@ MeasuredCentres MeasureCentres(const cv::Mat& grey, const cv::Size& grid,
   const size_t count = discs.gridIndices.size();
   GridProjection projection;
   const bool usable = grey.type() == CV_8UC1 && centres.size() == count && radii.size() == count;
-  if (!usable || !projection.Fit(discs)) {
+  const bool fits = usable && (finder::FitWide(projection, discs, grey.size()) || projection.Fit(discs));
+  if (!fits) {
     measured.deviations.assign(centres.size(), UNSURE);
     return measured;
   }
