@@ -83,7 +83,9 @@ ObservedPoints ObservedIn(const SnapshotList& snapshots) {
     seen.numbers.push_back(NumbersIn(snapshots, i));
     Take(seen.numbers[i], seen.target[i]);
     for (auto& camera : seen.cameras) Take(seen.numbers[i], camera[i]);
-    for (auto& camera : seen.deviations) Take(seen.numbers[i], camera[i]);
+    for (auto& camera : seen.deviations) {
+      if (!camera.empty()) Take(seen.numbers[i], camera[i]);
+    }
   }
   return seen;
 }

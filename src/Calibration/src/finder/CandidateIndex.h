@@ -59,7 +59,9 @@ class CandidateIndex {
   int Row(double y) const { return Clamped(y, rows_); }
   int Clamped(double coordinate, int count) const {
     const double cell = std::floor(coordinate / side_);
-    return cell <= 0.0 ? 0 : cell >= count - 1 ? count - 1 : static_cast<int>(cell);
+    // What is no number is in the first cell: a projection may have gone astray.
+    if (!(cell > 0.0)) return 0;
+    return cell < count - 1 ? static_cast<int>(cell) : count - 1;
   }
 
   std::vector<DiscCandidate> candidates_;

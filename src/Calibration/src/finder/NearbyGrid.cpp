@@ -103,7 +103,7 @@ bool Assign(const ExpectedGrid& expected, const CandidateIndex& index, SearchBud
     int count = 0;
     index.Visit(at, reach, budget, [&](int candidate) {
       const cv::Point2d apart = index[candidate].centre - at;
-      if (apart.dot(apart) > reach * reach || !AlikeInSize(radius, index[candidate].radius)) return;
+      if (!(apart.dot(apart) <= reach * reach) || !AlikeInSize(radius, index[candidate].radius)) return;
       found = candidate;
       ++count;
     });
