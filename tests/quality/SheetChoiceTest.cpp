@@ -144,7 +144,7 @@ TEST(SheetChoice, GoesByTheShapeThatWasMeasuredBefore) {
   ASSERT_EQ(known.known.size(), 44U);
   double own = 0.0;
   double given = 0.0;
-  for (const std::uint64_t seed : {12, 13, 14, 15}) {
+  for (const std::uint64_t seed : {12U, 13U, 14U, 15U}) {
     const unit::PointLists views = Views(sheet, seed, 5);
     const SparseResult measured = Solved(views, SheetShape::Auto);
     const SparseResult result = Solved(views, known);
