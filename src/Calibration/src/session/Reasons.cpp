@@ -12,7 +12,7 @@ std::string ReasonOf(const std::error_code& error) {
       {EACCES, "permission is denied"},       {EDQUOT, "the disk space that this user may take is full"},
       {EEXIST, "it exists already"},          {EFBIG, "a file would become larger than is allowed"},
       {EIO, "the disk reports an error"},     {EMFILE, "this program has too many files open"},
-      {ENAMETOOLONG, "its name is too long"}, {ENOENT, "the folder is not there"},
+      {ENAMETOOLONG, "its name is too long"}, {ENOENT, "there is no such file or folder"},
       {ENOSPC, "the disk is full"},           {ENOTDIR, "a part of its path is no folder"},
       {EPERM, "permission is denied"},        {EROFS, "the disk can only be read"},
   };
