@@ -35,6 +35,7 @@ bool WriteAll(int descriptor, std::string_view bytes) {
   while (done < bytes.size()) {
     const ssize_t count = write(descriptor, bytes.data() + done, bytes.size() - done);
     if (count < 0 && errno == EINTR) continue;
+    if (count == 0) errno = EIO;  // the system says nothing, and no error must not be taken for success
     if (count <= 0) return false;
     done += static_cast<size_t>(count);
   }
