@@ -7,6 +7,7 @@ set(VELMORA_FLOORS
   "imaging finder solver capture jni"
   "quality assistant"
   "calibrator"
+  "session"
   "binding")
 
 # Sets `below` to the rooms of the floors below that of the room.

@@ -92,16 +92,18 @@ class Snippets(unittest.TestCase):
         self.expect_fault("no program", block("<!-- scripts -->", "sh", "build/bin/none"))
 
     def test_json_has_the_keys_and_kinds_of_real_output(self):
-        real = '{"a": 1, "rows": 3, "list": [1, 2], "text": "3 views", "object": {"b": null}}'
+        real = '{"a": 1, "rows": 3, "list": [1, 2], "text": "3 views", "object": {"b": null}, ' \
+            '"hash": "85944171f73967e8"}'
         prepare = f"<!-- prepare:\necho '{real}' > real.json\n-->\n"
 
         def page(text):
             return prepare + block("<!-- like real.json -->", "json", text)
-        for right in (real, real.replace("1,", "2.5,", 1), real.replace("[1, 2]", "[7]"), real.replace("3 v", "4 v")):
+        for right in (real, real.replace("1,", "2.5,", 1), real.replace("[1, 2]", "[7]"), real.replace("3 v", "4 v"),
+                      real.replace("859", "cbf")):
             self.assertEqual(self.faults(page(right)), [], right)
         for wrong in (real.replace('"a"', '"c"'), real.replace('"a": 1, ', ""), real.replace("[1, 2]", "[]"),
                       real.replace("[1, 2]", "[1, 2, 3]"), real.replace("null", "0"), real.replace("views", "view"),
-                      real.replace('"rows": 3', '"rows": 4'), real[:-1]):
+                      real.replace('"rows": 3', '"rows": 4'), real.replace("859", "CBF"), real[:-1]):
             self.assertEqual(len(self.faults(page(wrong))), 1, wrong)
 
     def test_a_block_ends(self):

@@ -1,7 +1,8 @@
 /// Writes what the page on formats shows, as the engine gives it: write_answers IMAGES..., into the current
 /// folder.
 ///
-/// Status answers before and after a calibration, answers of the operations by number, a recorded pose model.
+/// Status answers before and after a calibration, answers of the operations by number, a recorded pose model,
+/// a calibration session.
 #include <fstream>
 #include <iostream>
 #include <opencv2/imgcodecs.hpp>
@@ -9,6 +10,7 @@
 
 #include "Calibration.h"
 #include "Calibrator.h"
+#include "velmora/Session.h"
 
 namespace {
 
@@ -25,6 +27,36 @@ void Collect(Calibrator& calibrator, int count, char** images) {
   }
 }
 
+/// Of two snapshots, one of which is excluded and one removed.
+void WriteSession(Calibrator& calibrator, char** images) {
+  velmora::SessionSettings settings;
+  settings.grid = {4, 11};
+  settings.unit = 0.02;
+  settings.imageSizes = {{640, 480}};
+  settings.lensModel = "auto";
+  settings.finder = "standard";
+  settings.solver = "sparse";
+  settings.discRadius = 0.0075;
+  settings.sheetShape = "flat";
+  settings.source = "views";
+  const auto session = velmora::Session::Create("session.velmora", settings);
+  for (int i = 0; i < 2; ++i) {
+    velmora::SessionSnapshot snapshot;
+    const cv::Mat image = cv::imread(images[i]);
+    cv::Mat searched = image.clone();
+    snapshot.observations.resize(1);
+    calibrator.DetectPoints(searched, snapshot.observations[0].centres, false);
+    snapshot.observations[0].weights.assign(snapshot.observations[0].centres.size(), 1.0);
+    snapshot.images.resize(1);
+    snapshot.images[0].pixels = image;
+    snapshot.name = images[i];
+    snapshot.score = 0.5;
+    session->Add(snapshot);
+  }
+  session->Exclude({2});
+  session->Remove({1});
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -36,6 +68,8 @@ int main(int argc, char** argv) {
   calibrator.StopModelRecording();
   if (calibrator.ComputeCalibration(Calibrator::MODEL_CLASSIC) < 0.0F) return 1;
   Write("status_after.json", calibrator.GetStatus_QVX());
+
+  WriteSession(calibrator, argv + 1);
 
   const int id = Calibration::NewCalibrator(4, 11, 0.02F, Calibrator::MONOCULAR, 640, 480);
   Write("answer.json", Calibration::AddPicture_QVX(id));

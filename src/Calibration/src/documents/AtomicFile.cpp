@@ -10,22 +10,13 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "documents/DurableFile.h"
+
 namespace velmora {
 
 namespace {
 
 namespace fs = std::filesystem;
-
-bool WriteAll(int descriptor, const std::string& text) {
-  size_t done = 0;
-  while (done < text.size()) {
-    const ssize_t count = write(descriptor, text.data() + done, text.size() - done);
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) return false;
-    done += static_cast<size_t>(count);
-  }
-  return true;
-}
 
 WriteOutcome WriteDirectly(const std::string& path, const std::string& text) {
   const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
