@@ -58,7 +58,7 @@ TEST_F(ProgressLines, AreOneThatIsDrawnAgainOnATerminal) {
   EXPECT_EQ(Text().substr(0, 52), "\r[#####               ] 25 %, 1/4, 0.10/s, 30 s left");
   EXPECT_EQ(Text().size(), 60U) << "a return and one column less than there are";
   progress.Step(4, 4, "x");
-  EXPECT_EQ(Text().substr(60, 45), "\r[####################] 100 %, 4/4, 0.40/s  x ");
+  EXPECT_EQ(Text().substr(60, 45), "\r[####################] 100 %, 4/4, 0.40/s  x");
   EXPECT_EQ(Text().size(), 120U) << "what stood there is covered";
   EXPECT_EQ(Lines(), 0);
   progress.Finish();
