@@ -161,7 +161,8 @@ TEST_F(ThreadsProgram, TellsOfImagesThatCannotBeUsedInTheirOrder) {
   EXPECT_EQ(outcome.errors,
             "1/11 099.png: cannot be decoded\n2/11 100.png: grid found\n"
             "3/11 1005.png: of another size than the first (640 x 480)\n4/11 101.png: grid found\n"
-            "5/11 1015.png: no grid found\n6/11 102.png: grid found\n7/11 103.png: grid found\n"
+            "5/11 1015.png: no grid found: too few circles in sight\n6/11 102.png: grid found\n7/11 103.png: "
+            "grid found\n"
             "8/11 104.png: grid found\n9/11 105.png: grid found\n10/11 106.png: grid found\n"
             "11/11 107.png: grid found\nComputing the classic model ...\n");
 }
