@@ -2,11 +2,13 @@
 #include "batch/Arguments.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <map>
 #include <regex>
+#include <thread>
 
 #include "Calibrator.h"
-#include "batch/ImageSearch.h"
+#include "batch/SingleSearch.h"
 #include "common/CommandLine.h"
 #include "common/LensModels.h"
 #include "common/Numbers.h"
@@ -18,6 +20,7 @@ namespace batch {
 namespace {
 
 constexpr int MAX_GRID_SIDE = 100;
+constexpr int MAX_THREADS = 256;
 
 const char* const DESCRIPTION =
     "Calibrates a camera, a pair or a rig of them, from pictures of a printed asymmetric circles grid, "
@@ -91,6 +94,11 @@ void AddViewOptions(CLI::App& app, Arguments& arguments) {
                  "frames taken at most of a stream, 0 for no limit")
       ->check(common::FaultIfNegative, "not negative")
       ->capture_default_str();
+  app.add_option(
+         "--threads", arguments.threads,
+         "threads that read and search images; two images of each camera are in memory for each, however "
+         "many there are, and results do not depend on it (default: as many as there are cores)")
+      ->check(CLI::Range(1, MAX_THREADS));
   app.add_flag("--strict", arguments.strict,
                "end with exit status 3 when the verdict on the result is worthless; the files are written "
                "all the same");
@@ -211,6 +219,11 @@ const char* DefaultModel(const Arguments& arguments) {
 }
 
 }  // namespace
+
+int Arguments::Threads() const {
+  if (threads > 0) return threads;
+  return static_cast<int>(std::clamp<unsigned>(std::thread::hardware_concurrency(), 1, MAX_THREADS));
+}
 
 Parsed ParseArguments(int argc, char** argv) {
   Parsed parsed;

@@ -37,6 +37,7 @@ struct Arguments : common::EngineOptions {
   bool strict = false;                 ///< a worthless result gets a status of its own
   std::string recordModel;             ///< model file of the assistant to record, instead of a calibration
   SamplingOptions sampling;
+  int threads = 0;  ///< that read and search images; 0: as many as there are cores
 
   bool IsRig() const { return !rig.empty(); }
   /// Whether parts of the grid are views: where the search finds them, and outliers
@@ -44,6 +45,8 @@ struct Arguments : common::EngineOptions {
   bool TakesParts() const {
     return !wholeGrids && finder == Calibrator::FINDER_ROBUST && solver == Calibrator::SOLVER_SPARSE;
   }
+  /// How many threads read and search images.
+  int Threads() const;
   bool IsPair() const { return split != common::Split::None || !rightInputs.empty(); }
 };
 

@@ -4,7 +4,7 @@
 #include <iostream>
 
 #include "batch/CameraViews.h"
-#include "batch/Progress.h"
+#include "batch/SharedSearch.h"
 #include "common/LensModels.h"
 #include "common/Messages.h"
 #include "common/Report.h"
@@ -13,16 +13,20 @@
 
 namespace batch {
 
-void SearchImages(const Arguments& arguments, const std::function<std::string(NamedImage&)>& take) {
-  ImageStream inputs(ExpandInputsAloud(arguments.inputs), arguments.sampling);
-  Progress progress;
-  NamedImage input;
-  for (int done = 1; inputs.Next(input); ++done) {
-    const std::string fault = take(input);
-    progress.Step(done, inputs.ExpectedCount(), input.name + ": " + (fault.empty() ? "grid found" : fault));
-  }
-  progress.Finish();
-  std::cerr << OrientationsText(inputs.OrientationsIgnored());
+void SearchImages(const Arguments& arguments, Wanted wanted,
+                  const std::function<std::string(NamedImage&, const SearchOutcome&)>& take) {
+  ImageStream stream(ExpandInputsAloud(arguments.inputs), arguments.sampling);
+  SearchSteps steps;
+  steps.next = [&](std::vector<NamedImage>& inputs) {
+    inputs.resize(1);
+    return stream.Next(inputs.front());
+  };
+  steps.take = [&](SearchedImages& images) {
+    const std::string fault = take(images.inputs.front(), images.outcomes.front());
+    return fault.empty() ? "grid found" : fault;
+  };
+  steps.expected = [&] { return stream.ExpectedCount(); };
+  SearchShared(arguments, wanted, steps);
 }
 
 common::ExitStatus ReportTooFewViews(const std::string& what, size_t found, const std::string& hint,
@@ -48,7 +52,8 @@ common::ExitStatus ReportUnwritten(const std::string& file) {
 common::ExitStatus Run(const Arguments& arguments) {
   common::CheckOutputWithVerdict(arguments.output);
   CameraViews camera(arguments);
-  SearchImages(arguments, [&](NamedImage& input) { return camera.Take(input); });
+  SearchImages(arguments, Wanted::Views,
+               [&](NamedImage& input, const SearchOutcome& outcome) { return camera.Take(input, outcome); });
   if (!camera.HasImages()) throw InputError("no image could be read from the input");
   if (camera.Views().size() < ENOUGH_VIEWS) {
     std::cout << common::ViewsTable(camera.Names(), camera.Rejected());

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <functional>
+#include <string>
 
 #include "batch/Arguments.h"
+#include "batch/SingleSearch.h"
 #include "common/ExitStatus.h"
 #include "common/OutputFiles.h"
 
@@ -13,9 +15,10 @@ namespace batch {
 /// standard error, the table to standard output. Raises InputError for unusable inputs.
 common::ExitStatus Run(const Arguments& arguments);
 
-/// Reads the images one after the other and reports on each on standard error. `take` returns why an image
-/// gave no view, else an empty text.
-void SearchImages(const Arguments& arguments, const std::function<std::string(NamedImage&)>& take);
+/// Searches one camera's images as SearchShared does. `take` is told of each in their order and returns why
+/// an image gave no view, else an empty text.
+void SearchImages(const Arguments& arguments, Wanted wanted,
+                  const std::function<std::string(NamedImage&, const SearchOutcome&)>& take);
 
 /// Prints on standard error that too few of the images (or pairs) held the grid, and a hint if there is one.
 /// `whose` tells, with a blank before it, whose images these are.

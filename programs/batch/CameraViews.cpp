@@ -11,15 +11,14 @@
 
 namespace batch {
 
-std::string CameraViews::Take(NamedImage& input) {
-  GridView view;
-  std::string fault = search_.FaultOf(input, view);
+std::string CameraViews::Take(const NamedImage& input, const SearchOutcome& outcome) {
+  std::string fault = search_.FaultOf(input, outcome);
   if (fault.empty()) {
     names_.push_back(input.name);
-    views_.push_back(view.points);
-    weights_.push_back(view.weights);
-    deviations_.push_back(view.deviations);
-    last_ = std::move(view);
+    views_.push_back(outcome.view.points);
+    weights_.push_back(outcome.view.weights);
+    deviations_.push_back(outcome.view.deviations);
+    last_ = outcome.view;
   } else {
     rejected_.push_back({input.name, fault});
   }

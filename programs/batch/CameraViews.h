@@ -19,9 +19,8 @@ class CameraViews {
  public:
   explicit CameraViews(const Arguments& arguments) : arguments_(arguments), search_(arguments) {}
 
-  /// Searches the grid in the image, which is changed. The reason when it gives no view, else an empty
-  /// text.
-  std::string Take(NamedImage& input);
+  /// Takes what was seen in the next image. The reason when it gives no view, else an empty text.
+  std::string Take(const NamedImage& input, const SearchOutcome& outcome);
 
   /// False as long as no image could be decoded.
   bool HasImages() const { return search_.Engine() != nullptr; }

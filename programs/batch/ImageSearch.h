@@ -8,42 +8,21 @@
 
 #include "Calibrator.h"
 #include "batch/Arguments.h"
-#include "batch/ImageStream.h"
+#include "batch/SingleSearch.h"
 
 namespace batch {
-
-using Centres = std::vector<cv::Point2d>;
-
-/// The grid in an image, or a part of it: points of all circles, row by row.
-struct GridView {
-  Centres points;
-  std::vector<double> weights;  ///< 1 for circles that are seen, 0 for others, which would be there
-  /// Standard deviations of the points along an axis, pixels; empty where they are not known.
-  std::vector<double> deviations{};
-
-  bool IsPart() const;
-  /// The points that are seen.
-  Centres Seen() const;
-};
-
-/// Both views with weights for circles that both see.
-void KeepCommon(GridView& left, GridView& right);
 
 /// How many circles make a view: three quarters of the grid.
 int FewestCircles(const cv::Size& grid);
 
-/// The distance between adjacent rows, metres.
-float UnitOf(const Arguments& arguments);
-
-/// Searches images with the calibrator that is made for the size of the first one; the others must agree.
+/// Takes what was seen in images, in their order. Their camera's calibrator is made for the size of the first
+/// one; the others must agree.
 class ImageSearch {
  public:
   explicit ImageSearch(const Arguments& arguments) : arguments_(arguments) {}
 
-  /// Searches the grid in the image, which is changed. Why there are no centres, else an empty text.
-  std::string FaultOf(NamedImage& input, Centres& centres);
-  /// Searches parts of it too, where the arguments say that these are views.
-  std::string FaultOf(NamedImage& input, GridView& view);
+  /// Why the image gives no view, else an empty text.
+  std::string FaultOf(const NamedImage& input, const SearchOutcome& outcome);
 
   /// Null as long as no image could be decoded.
   Calibrator* Engine() const { return calibrator_.get(); }
@@ -51,14 +30,9 @@ class ImageSearch {
   /// default options look for; else an empty text.
   std::string OtherGridText();
   /// The processing size.
-  cv::Size FrameSize() const;
+  cv::Size FrameSize() const { return FrameSizeOf(arguments_, inputSize_); }
 
  private:
-  /// Why the image cannot be searched, else an empty text; there is a calibrator then.
-  std::string FaultBeforeSearch(const NamedImage& input);
-  /// Why nothing was found in it.
-  std::string FaultWithoutGrid(const NamedImage& input);
-
   const Arguments& arguments_;
   cv::Size inputSize_;
   std::unique_ptr<Calibrator> calibrator_;

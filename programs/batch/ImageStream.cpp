@@ -5,6 +5,7 @@
 #include <cmath>
 #include <filesystem>
 #include <limits>
+#include <utility>
 
 #include "batch/ImageFile.h"
 
@@ -26,6 +27,14 @@ ImageStream::ImageStream(std::vector<std::string> files, const SamplingOptions& 
   if (imagesOnly) expected_ = static_cast<int>(files_.size());
 }
 
+void Read(NamedImage& input) {
+  if (input.unread.empty()) return;
+  ImageFile read = ReadImageFile(std::exchange(input.unread, ""));
+  input.image = std::move(read.image);
+  input.endsTooEarly = read.endsTooEarly;
+  input.orientationIgnored = !input.image.empty() && read.orientationIgnored;
+}
+
 bool ImageStream::Next(NamedImage& input) {
   if (video_ != nullptr) {
     if (NextFrame(input)) return true;
@@ -33,13 +42,12 @@ bool ImageStream::Next(NamedImage& input) {
   }
   if (next_ == files_.size()) return false;
   const std::string file = files_[next_++];
-  input.name = fs::path(file).filename().string();
+  input = {fs::path(file).filename().string()};
   if (!IsUrl(file)) {
-    ImageFile read = ReadImageFile(file);
-    input.image = read.image;
-    input.endsTooEarly = read.endsTooEarly;
-    if (!input.image.empty() && read.orientationIgnored) ++orientationsIgnored_;
-    if (!input.image.empty() || HasImageExtension(file)) return true;
+    input.unread = file;
+    if (HasImageExtension(file)) return true;
+    Read(input);  // which tells whether it is an image
+    if (!input.image.empty()) return true;
   }
   if (!OpenVideo(file)) throw InputError("'" + file + "' is neither an image nor a video that can be read");
   return Next(input);
@@ -74,9 +82,7 @@ bool ImageStream::NextFrame(NamedImage& input) {
   }
   cv::Mat frame;
   if (!video_->Read(frame) || frame.empty()) return false;
-  input.endsTooEarly = false;
-  input.name = videoName_ + "#" + std::to_string(frame_);
-  input.image = frame.clone();
+  input = {videoName_ + "#" + std::to_string(frame_), frame.clone()};
   ++frame_;
   return true;
 }

@@ -11,12 +11,17 @@
 
 namespace batch {
 
-/// One image; `image` is empty when it could not be decoded.
+/// One image; once it is read, `image` is empty when it could not be decoded.
 struct NamedImage {
   std::string name;  ///< file name, or file name and "#" and the frame number
-  cv::Mat image;
-  bool endsTooEarly = false;  ///< the end of the file is missing
+  cv::Mat image{};
+  bool endsTooEarly = false;        ///< the end of the file is missing
+  bool orientationIgnored = false;  ///< it asks to be shown turned or mirrored, and is not
+  std::string unread{};             ///< the file that it is still to be read from; empty once it is read
 };
+
+/// Reads the image, unless it is read. Thread-safe for different images.
+void Read(NamedImage& input);
 
 struct SamplingOptions {
   int every = 0;  ///< take every N-th frame of a video; 0: about AUTOMATIC_FRAMES of a file, all of a stream
@@ -29,10 +34,12 @@ constexpr int AUTOMATIC_FRAMES = 150;
 /// Every how many frames a video of that many frames (0 or less: unknown) is sampled.
 int SamplingStep(const SamplingOptions& options, double frameCount);
 
-/// A line about images whose orientation tag was not obeyed; empty when there is none.
+/// A line about images whose orientation tag was not obeyed, as the sensor is calibrated; empty when there is
+/// none.
 std::string OrientationsText(int images);
 
-/// Hands out the images of all inputs one after the other.
+/// Hands out the images of all inputs one after the other. Frames of videos are read; images may not be yet,
+/// so that threads can share that work.
 class ImageStream {
  public:
   /// Takes expanded inputs.
@@ -44,9 +51,6 @@ class ImageStream {
   /// How many images there are as far as is known; 0 when it is not.
   int ExpectedCount() const { return expected_; }
 
-  /// How many images so far asked to be shown turned or mirrored. They were not: the sensor is calibrated.
-  int OrientationsIgnored() const { return orientationsIgnored_; }
-
  private:
   bool NextFrame(NamedImage& input);
   bool OpenVideo(const std::string& file);
@@ -55,7 +59,6 @@ class ImageStream {
   SamplingOptions options_;
   size_t next_ = 0;
   int expected_ = 0;
-  int orientationsIgnored_ = 0;
 
   std::unique_ptr<common::Capture> video_;  ///< while one is open
   std::string videoName_;

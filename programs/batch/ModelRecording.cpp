@@ -23,8 +23,8 @@ class Recording {
   explicit Recording(const Arguments& arguments) : arguments_(arguments), search_(arguments) {}
 
   /// The reason when the image gives no pose, else an empty text.
-  std::string Take(NamedImage& input) {
-    std::string fault = FaultOf(input);
+  std::string Take(NamedImage& input, const SearchOutcome& outcome) {
+    std::string fault = FaultOf(input, outcome);
     if (fault.empty()) {
       names_.push_back(input.name);
     } else {
@@ -51,11 +51,13 @@ class Recording {
   }
 
  private:
-  std::string FaultOf(NamedImage& input) {
-    Centres centres;
-    std::string fault = search_.FaultOf(input, centres);
+  std::string FaultOf(NamedImage& input, const SearchOutcome& outcome) {
+    std::string fault = search_.FaultOf(input, outcome);
     if (!fault.empty()) return fault;
+    // The engine records poses of its own detections.
     Calibrator& calibrator = *search_.Engine();
+    Centres centres;
+    if (!calibrator.DetectPoints(input.image, centres, false)) return "no grid found";
     // The log has a remark on every matrix of points, which is what a pose is.
     Calibration::SetLogLevel(0);
     calibrator.StartModelRecording();  // with the first pose: a recording without one would be left behind
@@ -75,7 +77,9 @@ class Recording {
 common::ExitStatus RecordModel(const Arguments& arguments) {
   common::CheckWritable(arguments.recordModel);
   Recording recording(arguments);
-  SearchImages(arguments, [&](NamedImage& input) { return recording.Take(input); });
+  SearchImages(arguments, Wanted::WholeGrids, [&](NamedImage& input, const SearchOutcome& outcome) {
+    return recording.Take(input, outcome);
+  });
   std::cout << recording.Table();
   if (recording.Names().empty()) {
     common::PrintError(std::cerr, "no pose: the grid was found in none of the images.");

@@ -7,7 +7,7 @@
 #include "batch/CameraFile.h"
 #include "batch/CameraViews.h"
 #include "batch/Epipolar.h"
-#include "batch/Progress.h"
+#include "batch/SharedSearch.h"
 #include "batch/TogetherStream.h"
 #include "batch/ViewSelection.h"
 #include "common/EngineOptions.h"
@@ -47,18 +47,22 @@ class PairStream {
     }
   }
 
-  bool Next(std::vector<NamedImage>& pair) {
-    if (!stream_.Next(pair)) return false;
-    if (split_ == common::Split::None) return true;
+  /// One image of each camera, or one that shows both.
+  bool Next(std::vector<NamedImage>& pair) { return stream_.Next(pair); }
+
+  /// Cuts an image that shows both.
+  void Cut(std::vector<NamedImage>& pair) const {
+    if (split_ == common::Split::None) return;
+    pair.push_back(pair[LEFT]);  // whatever comes, there are two
+    Read(pair[LEFT]);
+    pair[RIGHT] = pair[LEFT];
     const cv::Mat both = pair[LEFT].image;
-    pair.push_back(pair[LEFT]);
     pair[LEFT].image = common::HalfOf(both, split_, common::Camera::Left);
     pair[RIGHT].image = common::HalfOf(both, split_, common::Camera::Right);
-    return true;
+    pair[RIGHT].orientationIgnored = false;  // one image, told of once
   }
 
   int ExpectedCount() const { return stream_.ExpectedCount(); }
-  int OrientationsIgnored() const { return stream_.OrientationsIgnored(); }
 
  private:
   common::Split split_;
@@ -102,13 +106,10 @@ std::string TakeCommon(const std::string& name, const cv::Size& grid, PairViews&
 }
 
 /// The reason when the pair gives no common view, else an empty text.
-std::string TakePair(std::vector<NamedImage>& pair, const cv::Size& grid, PairViews& pairs) {
-  const std::string name = NameTogether(pair);
-  const std::vector<std::string> faults = TakeTogether(pair, [&](size_t camera, NamedImage& input) {
-    return (camera == LEFT ? pairs.left : pairs.right).Take(input);
-  });
-  const std::string& faultLeft = faults[LEFT];
-  const std::string& faultRight = faults[RIGHT];
+std::string TakePair(const SearchedImages& pair, const cv::Size& grid, PairViews& pairs) {
+  const std::string name = NameTogether(pair.inputs);
+  const std::string faultLeft = pairs.left.Take(pair.inputs[LEFT], pair.outcomes[LEFT]);
+  const std::string faultRight = pairs.right.Take(pair.inputs[RIGHT], pair.outcomes[RIGHT]);
   if (faultLeft.empty() && faultRight.empty()) return TakeCommon(name, grid, pairs);
   std::string fault = faultLeft.empty()    ? "right: " + faultRight
                       : faultRight.empty() ? "left: " + faultLeft
@@ -119,15 +120,15 @@ std::string TakePair(std::vector<NamedImage>& pair, const cv::Size& grid, PairVi
 
 void SearchPairs(const Arguments& arguments, PairViews& pairs) {
   PairStream stream(arguments);
-  Progress progress;
-  std::vector<NamedImage> pair;
-  for (int done = 1; stream.Next(pair); ++done) {
-    const std::string name = NameTogether(pair);
+  SearchSteps steps;
+  steps.next = [&](std::vector<NamedImage>& pair) { return stream.Next(pair); };
+  steps.prepare = [&](std::vector<NamedImage>& pair) { stream.Cut(pair); };
+  steps.take = [&](SearchedImages& pair) {
     const std::string fault = TakePair(pair, arguments.grid, pairs);
-    progress.Step(done, stream.ExpectedCount(), name + ": " + (fault.empty() ? "grid found in both" : fault));
-  }
-  progress.Finish();
-  std::cerr << OrientationsText(stream.OrientationsIgnored());
+    return fault.empty() ? "grid found in both" : fault;
+  };
+  steps.expected = [&] { return stream.ExpectedCount(); };
+  SearchShared(arguments, Wanted::Views, steps);
   if (!pairs.left.HasImages() || !pairs.right.HasImages()) {
     throw InputError("no pair of images could be read from the input");
   }

@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iostream>
+#include <cstdio>
+
+#include "common/LibraryNoise.h"
 
 namespace batch {
 
@@ -44,9 +46,19 @@ std::string Percent(int done, int total) {
   return std::to_string(static_cast<long>(done) * 100 / total) + " %";
 }
 
+/// Two digits or more.
+std::string Rate(double perSecond) {
+  char text[32] = "";
+  std::snprintf(text, sizeof(text), "%.*f/s", perSecond < 1.0 ? 2 : perSecond < 10.0 ? 1 : 0, perSecond);
+  return text;
+}
+
 }  // namespace
 
-Progress::Progress() : Progress(Terminal{std::cerr, ColumnsOfStandardError()}) {
+Progress::Progress()
+    : own_(std::make_unique<common::StandardErrorStream>()),
+      terminal_{*own_, ColumnsOfStandardError()},
+      start_(terminal_.now()) {
 }
 
 Progress::Progress(Terminal terminal) : terminal_(std::move(terminal)), start_(terminal_.now()) {
@@ -59,7 +71,7 @@ void Progress::Step(int done, int total, const std::string& what) {
     constexpr int FEW = 100;
     const bool share = total > FEW;
     terminal_.out << Count(done, total)
-                  << (share ? " (" + Percent(done, total) + TimeLeft(done, total) + ")" : "") << " " << what
+                  << (share ? " (" + Percent(done, total) + Pace(done, total) + ")" : "") << " " << what
                   << std::endl;
   }
 }
@@ -71,7 +83,9 @@ void Progress::Draw(int done, int total, const std::string& what) {
     const int filled = static_cast<int>(std::min<long>(WIDTH, static_cast<long>(WIDTH) * done / total));
     line = "[" + std::string(static_cast<size_t>(filled), '#') +
            std::string(static_cast<size_t>(WIDTH - filled), ' ') + "] " + Percent(done, total) + ", " + line +
-           TimeLeft(done, total);
+           Pace(done, total);
+  } else {
+    line += Pace(done, total);
   }
   const size_t room = static_cast<size_t>(std::max(1, terminal_.columns - 1));
   line = Cut(line + "  " + what, room);
@@ -80,15 +94,16 @@ void Progress::Draw(int done, int total, const std::string& what) {
   drawn_ = true;
 }
 
-/// By the pace so far, once there is one to speak of.
-std::string Progress::TimeLeft(int done, int total) const {
+std::string Progress::Pace(int done, int total) const {
   const std::chrono::duration<double> passed = terminal_.now() - start_;
   constexpr double SETTLED = 1.0;  // seconds
-  if (done >= total || passed.count() < SETTLED) return "";
+  if (done <= 0 || passed.count() < SETTLED) return "";
+  const std::string rate = ", " + Rate(done / passed.count());
+  if (done >= total) return rate;
   const long seconds = std::lround(passed.count() / done * (total - done));
   constexpr long MINUTE = 60;
   const std::string minutes = seconds >= MINUTE ? std::to_string(seconds / MINUTE) + " min " : "";
-  return ", " + minutes + std::to_string(seconds % MINUTE) + " s left";
+  return rate + ", " + minutes + std::to_string(seconds % MINUTE) + " s left";
 }
 
 void Progress::Finish() {

@@ -3,14 +3,16 @@
 
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <ostream>
 #include <string>
 
 namespace batch {
 
-/// One line that is redrawn in place on a terminal, with the share that is done and the time that is left;
-/// plain lines elsewhere: one per image, of more than a hundred images twenty in all. On standard error,
-/// so that the table on standard output can be redirected.
+/// One line that is redrawn in place on a terminal, with the share that is done, how many are done in a
+/// second and the time that is left; plain lines elsewhere: one per image, of more than a hundred images
+/// twenty in all, which tell as much. On standard error, so that the table on standard output can be
+/// redirected, and whether libraries are kept from that meanwhile or not.
 class Progress {
  public:
   using Clock = std::chrono::steady_clock;
@@ -22,7 +24,6 @@ class Progress {
     std::function<Clock::time_point()> now = Clock::now;
   };
 
-  /// On standard error.
   Progress();
   explicit Progress(Terminal terminal);
 
@@ -32,9 +33,11 @@ class Progress {
   void Finish();
 
  private:
-  std::string TimeLeft(int done, int total) const;
+  /// Behind the share, with a comma before each; empty as long as there is no pace to speak of.
+  std::string Pace(int done, int total) const;
   void Draw(int done, int total, const std::string& what);
 
+  std::unique_ptr<std::ostream> own_;  ///< standard error, unless another terminal is given
   Terminal terminal_;
   Clock::time_point start_;
   bool drawn_ = false;

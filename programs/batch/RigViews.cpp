@@ -2,10 +2,8 @@
 #include "batch/RigViews.h"
 
 #include <algorithm>
-#include <iostream>
 #include <set>
 
-#include "batch/Progress.h"
 #include "batch/ViewSelection.h"
 #include "common/SheetFile.h"
 
@@ -18,14 +16,11 @@ RigViews::RigViews(const Arguments& arguments, std::vector<std::string> cameras)
 
 void RigViews::Look() {
   TogetherStream stream = RigImages(arguments_, names_.cameras);
-  Progress progress;
-  std::vector<NamedImage> inputs;
-  for (int done = 1; stream.Next(inputs); ++done) {
-    const std::string name = NameTogether(inputs);
-    progress.Step(done, stream.ExpectedCount(), name + ": " + Take(inputs));
-  }
-  progress.Finish();
-  std::cerr << OrientationsText(stream.OrientationsIgnored());
+  SearchSteps steps;
+  steps.next = [&](std::vector<NamedImage>& inputs) { return stream.Next(inputs); };
+  steps.take = [&](SearchedImages& images) { return Take(images); };
+  steps.expected = [&] { return stream.ExpectedCount(); };
+  SearchShared(arguments_, Wanted::Views, steps);
   for (size_t i = 0; i < names_.cameras.size(); ++i) {
     if (searches_[i].Engine() == nullptr) {
       throw InputError("no image of camera '" + names_.cameras[i] + "' could be read");
@@ -33,27 +28,29 @@ void RigViews::Look() {
   }
 }
 
-std::string RigViews::Take(std::vector<NamedImage>& inputs) {
-  std::vector<GridView> found(names_.cameras.size());
-  const std::vector<std::string> faults = TakeTogether(inputs, [&](size_t camera, NamedImage& input) {
-    return searches_[camera].FaultOf(input, found[camera]);
-  });
+std::string RigViews::Take(SearchedImages& searched) {
   std::vector<std::string> images(names_.cameras.size());
   std::string finders;
   std::string fault;
   for (size_t i = 0; i < names_.cameras.size(); ++i) {
-    if (!faults[i].empty()) {
-      rejected_.push_back({inputs[i].name, "camera '" + names_.cameras[i] + "': " + faults[i]});
-      if (fault.empty()) fault = faults[i];
-      found[i] = {};
-    } else if (!inputs[i].name.empty()) {
-      images[i] = inputs[i].name;
+    const NamedImage& input = searched.inputs[i];
+    if (input.name.empty()) continue;
+    SearchOutcome& outcome = searched.outcomes[i];
+    const std::string why = searches_[i].FaultOf(input, outcome);
+    if (!why.empty()) {
+      rejected_.push_back({input.name, "camera '" + names_.cameras[i] + "': " + why});
+      if (fault.empty()) fault = why;
+      outcome.view = {};
+    } else {
+      images[i] = input.name;
       finders += (finders.empty() ? "" : ", ") + names_.cameras[i];
     }
   }
   if (finders.empty()) return fault;
   names_.images.push_back(std::move(images));
-  for (size_t i = 0; i < names_.cameras.size(); ++i) grids_[i].push_back(std::move(found[i]));
+  for (size_t i = 0; i < names_.cameras.size(); ++i) {
+    grids_[i].push_back(std::move(searched.outcomes[i].view));
+  }
   return "grid found by " + finders;
 }
 

@@ -8,6 +8,7 @@
 
 #include "batch/ImageSearch.h"
 #include "batch/RigCameras.h"
+#include "batch/SharedSearch.h"
 #include "common/Report.h"
 #include "common/RigNames.h"
 #include "velmora/RigCalibration.h"
@@ -44,7 +45,7 @@ class RigViews {
 
  private:
   /// What is told of the moment on standard error.
-  std::string Take(std::vector<NamedImage>& inputs);
+  std::string Take(SearchedImages& searched);
 
   const Arguments& arguments_;
   common::RigNames names_;

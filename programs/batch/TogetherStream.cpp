@@ -1,9 +1,6 @@
 /// Images that several cameras took at the same time.
 #include "batch/TogetherStream.h"
 
-#include <algorithm>
-#include <future>
-
 #include "common/RigNames.h"
 
 namespace batch {
@@ -36,30 +33,11 @@ bool TogetherStream::Next(std::vector<NamedImage>& inputs) {
   return true;
 }
 
-int TogetherStream::OrientationsIgnored() const {
-  int count = 0;
-  for (const ImageStream& stream : streams_) count += stream.OrientationsIgnored();
-  return count;
-}
-
 std::string NameTogether(const std::vector<NamedImage>& inputs) {
   std::vector<std::string> names;
   names.reserve(inputs.size());
   for (const NamedImage& input : inputs) names.push_back(input.name);
   return common::NameTogether(names);
-}
-
-std::vector<std::string> TakeTogether(std::vector<NamedImage>& inputs,
-                                      const std::function<std::string(size_t camera, NamedImage&)>& take) {
-  std::vector<std::future<std::string>> others;
-  for (size_t i = 1; i < inputs.size(); ++i) {
-    const auto launch = inputs[i].name.empty() ? std::launch::deferred : std::launch::async;
-    others.push_back(
-        std::async(launch, [&, i] { return inputs[i].name.empty() ? std::string() : take(i, inputs[i]); }));
-  }
-  std::vector<std::string> taken = {inputs.front().name.empty() ? "" : take(0, inputs.front())};
-  for (auto& other : others) taken.push_back(other.get());
-  return taken;
 }
 
 }  // namespace batch

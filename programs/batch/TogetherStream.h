@@ -1,7 +1,6 @@
 /// Images that several cameras took at the same time.
 #pragma once
 
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -10,8 +9,8 @@
 
 namespace batch {
 
-/// Hands out one image of each camera after the other. An image without a name stands for one that a
-/// camera does not have.
+/// Hands out one image of each camera after the other, as ImageStream does. An image without a name stands
+/// for one that a camera does not have.
 class TogetherStream {
  public:
   /// Takes the expanded inputs of each camera, whose images belong together by their order.
@@ -26,8 +25,6 @@ class TogetherStream {
   int ExpectedCount(size_t camera) const { return streams_.at(camera).ExpectedCount(); }
   /// The expected number of moments; 0 when it is not known.
   int ExpectedCount() const { return has_.empty() ? ExpectedCount(0) : static_cast<int>(has_.size()); }
-  /// The number of images of all cameras whose orientation was ignored.
-  int OrientationsIgnored() const;
 
  private:
   std::vector<ImageStream> streams_;
@@ -37,10 +34,5 @@ class TogetherStream {
 
 /// Names of images, joined by "+" where they differ; empty ones do not count.
 std::string NameTogether(const std::vector<NamedImage>& inputs);
-
-/// Calls `take` for the image of each camera that has one, for all at the same time. What it returned of
-/// each.
-std::vector<std::string> TakeTogether(std::vector<NamedImage>& inputs,
-                                      const std::function<std::string(size_t camera, NamedImage&)>& take);
 
 }  // namespace batch

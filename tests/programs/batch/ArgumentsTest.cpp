@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <thread>
+
 #include "Calibrator.h"
 #include "common/LensModels.h"
 
@@ -54,6 +57,13 @@ TEST(BatchArguments, EveryOptionReachesItsSetting) {
   EXPECT_EQ(arguments.output, "out/left");
   EXPECT_EQ(arguments.sampling.every, 7);
   EXPECT_EQ(arguments.sampling.maxFrames, 0);
+}
+
+TEST(BatchArguments, ThereAreAsManyThreadsAsCoresUnlessANumberIsGiven) {
+  EXPECT_EQ(Parse({"a.png"}).arguments.Threads(),
+            static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1U, 256U)));
+  EXPECT_EQ(Parse({"a.png", "--threads", "1"}).arguments.Threads(), 1);
+  EXPECT_EQ(Parse({"a.png", "--threads", "256"}).arguments.Threads(), 256);
 }
 
 TEST(BatchArguments, TheSearchIsChosenByName) {
@@ -173,6 +183,9 @@ TEST(BatchArguments, WrongUsageEndsWithStatusTwo) {
       {"a.png", "--width", "0"},
       {"a.png", "--width", "32001"},
       {"a.png", "--every", "0"},
+      {"a.png", "--threads", "0"},
+      {"a.png", "--threads", "257"},
+      {"a.png", "--threads", "all"},
       {"a.png", "--unknown", "1"},
       {"a.png", "--output"},
       {"a.png", "--output", ""},

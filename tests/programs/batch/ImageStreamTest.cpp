@@ -35,7 +35,10 @@ class ImageStreams : public ::testing::Test {
                                      const batch::SamplingOptions& options = {}) {
     batch::ImageStream stream(ExpandInputs(inputs), options);
     std::vector<batch::NamedImage> images;
-    for (batch::NamedImage input; stream.Next(input);) images.push_back({input.name, input.image.clone()});
+    for (batch::NamedImage input; stream.Next(input);) {
+      batch::Read(input);
+      images.push_back({input.name, input.image.clone()});
+    }
     return images;
   }
 
@@ -111,6 +114,26 @@ TEST_F(ImageStreams, AnImageThatClaimsAnImpossibleSizeIsHandedOutEmpty) {
   EXPECT_TRUE(inputs[0].image.empty());
   EXPECT_TRUE(inputs[1].image.empty());
   EXPECT_FALSE(inputs[2].image.empty());
+}
+
+TEST_F(ImageStreams, ImagesAreNotReadBeforeTheyAreToBe) {
+  const std::string image = Image("a.png");
+  support::WriteText(folder_.File("photograph"), support::ReadText(image));
+  batch::ImageStream stream({image, folder_.File("photograph"), Video("clip.avi", 1)}, {});
+  batch::NamedImage input;
+  ASSERT_TRUE(stream.Next(input));
+  EXPECT_EQ(input.unread, image);
+  EXPECT_TRUE(input.image.empty());
+  batch::Read(input);
+  EXPECT_EQ(input.unread, "");
+  EXPECT_EQ(input.image.size(), cv::Size(30, 20));
+  for (const char* name : {"photograph", "clip.avi#0"}) {  // which only reading tells
+    ASSERT_TRUE(stream.Next(input));
+    EXPECT_EQ(input.name, name);
+    EXPECT_EQ(input.unread, "");
+    EXPECT_FALSE(input.image.empty());
+  }
+  EXPECT_FALSE(stream.Next(input));
 }
 
 TEST_F(ImageStreams, AFileThatIsNeitherPictureNorVideoIsRefused) {

@@ -33,16 +33,16 @@ TEST_F(ProgressLines, AreOneAPictureWhereThereAreFew) {
   EXPECT_EQ(Text(), "1/3 a.png: grid found\n2/3 a.png: grid found\n3/3 a.png: grid found\n");
 }
 
-TEST_F(ProgressLines, AreTwentyOfThousandsOfPicturesWithShareAndTimeLeft) {
+TEST_F(ProgressLines, AreTwentyOfThousandsOfPicturesWithShareRateAndTimeLeft) {
   Progress progress = On(0);
   for (int i = 1; i <= 2000; ++i) {
     if (i % 100 == 0) Pass(5);
     progress.Step(i, 2000, "v.avi#" + std::to_string(i));
   }
   EXPECT_EQ(Lines(), 20);
-  EXPECT_EQ(Text().substr(0, Text().find('\n')), "100/2000 (5 %, 1 min 35 s left) v.avi#100");
-  EXPECT_NE(Text().find("\n1000/2000 (50 %, 50 s left) v.avi#1000\n"), std::string::npos) << Text();
-  EXPECT_NE(Text().find("\n2000/2000 (100 %) v.avi#2000\n"), std::string::npos) << Text();
+  EXPECT_EQ(Text().substr(0, Text().find('\n')), "100/2000 (5 %, 20/s, 1 min 35 s left) v.avi#100");
+  EXPECT_NE(Text().find("\n1000/2000 (50 %, 20/s, 50 s left) v.avi#1000\n"), std::string::npos) << Text();
+  EXPECT_NE(Text().find("\n2000/2000 (100 %, 20/s) v.avi#2000\n"), std::string::npos) << Text();
 }
 
 TEST_F(ProgressLines, BecomeSparseWhereTheEndIsUnknown) {
@@ -55,14 +55,23 @@ TEST_F(ProgressLines, AreOneThatIsDrawnAgainOnATerminal) {
   Progress progress = On(60);
   Pass(10);
   progress.Step(1, 4, "first.png: grid found, and far more words than fit");
-  EXPECT_EQ(Text().substr(0, 44), "\r[#####               ] 25 %, 1/4, 30 s left");
+  EXPECT_EQ(Text().substr(0, 52), "\r[#####               ] 25 %, 1/4, 0.10/s, 30 s left");
   EXPECT_EQ(Text().size(), 60U) << "a return and one column less than there are";
   progress.Step(4, 4, "x");
-  EXPECT_EQ(Text().substr(60, 33), "\r[####################] 100 %, 4/");
+  EXPECT_EQ(Text().substr(60, 45), "\r[####################] 100 %, 4/4, 0.40/s  x");
   EXPECT_EQ(Text().size(), 120U) << "what stood there is covered";
   EXPECT_EQ(Lines(), 0);
   progress.Finish();
   EXPECT_EQ(Text().back(), '\n');
+}
+
+TEST_F(ProgressLines, TellTheRateOnATerminalWhereTheEndIsUnknown) {
+  Progress progress = On(60);
+  progress.Step(1, 0, "early");
+  EXPECT_EQ(Text().substr(0, 9), "\r1  early");
+  Pass(4);
+  progress.Step(10, 0, "frame");
+  EXPECT_EQ(Text().substr(60, 18), "\r10, 2.5/s  frame ");
 }
 
 TEST_F(ProgressLines, DoNotCutLettersInTwo) {

@@ -6,9 +6,12 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <future>
 #include <iterator>
+#include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -63,6 +66,51 @@ TEST(LibraryNoise, MutingLeavesNoFileOpen) {
   const auto before = OpenFiles();
   { const common::MutedStandardError muted; }
   EXPECT_EQ(OpenFiles(), before);
+}
+
+TEST(LibraryNoise, StaysMutedUntilTheLastOfSeveralHasEnded) {
+  const Variable level("OPENCV_LOG_LEVEL", nullptr);
+  testing::internal::CaptureStderr();
+  auto first = std::make_unique<common::MutedStandardError>();
+  auto second = std::make_unique<common::MutedStandardError>();
+  first.reset();
+  WriteToStandardError("meanwhile ");
+  second.reset();
+  WriteToStandardError("after");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "after");
+}
+
+TEST(LibraryNoise, ThreadsMuteItAsTheyLike) {
+  const Variable level("OPENCV_LOG_LEVEL", nullptr);
+  const auto before = OpenFiles();
+  testing::internal::CaptureStderr();
+  std::vector<std::future<void>> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.push_back(std::async(std::launch::async, [] {
+      for (int k = 0; k < 1000; ++k) {
+        const common::MutedStandardError muted;
+        WriteToStandardError("meanwhile ");
+      }
+    }));
+  }
+  for (auto& thread : threads) thread.get();
+  WriteToStandardError("after");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "after");
+  EXPECT_EQ(OpenFiles(), before);
+}
+
+TEST(LibraryNoise, AStreamToStandardErrorIsHeardAllTheSame) {
+  const Variable level("OPENCV_LOG_LEVEL", nullptr);
+  testing::internal::CaptureStderr();
+  {
+    common::StandardErrorStream before;
+    const common::MutedStandardError muted;
+    common::StandardErrorStream within;
+    before << "one " << 1 << std::flush;
+    within << ", two " << 2 << std::endl;
+    WriteToStandardError("meanwhile ");
+  }
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "one 1, two 2\n");
 }
 
 TEST(LibraryNoise, AUserWhoSetALogLevelHearsEverything) {
