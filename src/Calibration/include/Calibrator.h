@@ -14,6 +14,7 @@
 #include "PairVerdict.h"
 #include "PoseProposal.h"
 #include "Verdict.h"
+#include "velmora/GridSnapshot.h"
 
 /// A calibrator collects snapshots of a printed asymmetric circles grid and computes a camera's intrinsics or
 /// how the two cameras of a pair stand to each other.
@@ -242,6 +243,21 @@ class VELMORA_API Calibrator {
   /// mirroring. Frames of different sizes raise OpenCV's assertion error (-215).
   bool AddStereoPoints(cv::Mat& left, cv::Mat& right, const bool& draw);
 
+  // ---- Snapshots that are there, by their numbers from 0 in the order of adding. Thread-safe. A number that
+  // there is not raises std::out_of_range.
+
+  /// What was observed: after an Add function returned, exactly what computations take.
+  velmora::GridSnapshot GetSnapshot(const int& number);
+  /// Adds one as GetSnapshot gave it, such as one that was stored: a computation from the same snapshots in
+  /// the same order is the same. Goes by the rules of AddPoints with weights; earlier results lose their RMS.
+  /// Poses are not recorded, an assistant does not see it.
+  bool AddSnapshot(const velmora::GridSnapshot& snapshot);
+  /// Takes a snapshot out; those after it move up. The status is STATUS_READY then, or with fewer than five
+  /// STATUS_NOT_READY; an earlier result stays, without its RMS. False during STATUS_PROGRESS.
+  bool RemoveSnapshot(const int& number);
+  /// How the last result agrees with a snapshot that it is of. Of a pair: what the sparse solver computed.
+  velmora::SnapshotFit GetSnapshotFit(const int& number);
+
   // ---- Solvers. Thread-safe.
 
   /// What later computations are done with. SOLVER_OPENCV, the default: OpenCV's own calibration, whose time
@@ -286,11 +302,12 @@ class VELMORA_API Calibrator {
   void CancelComputation();
   /// How good the result of the last computation of one camera is, whichever solver it is of. Grade None
   /// during STATUS_PROGRESS, in a stereo calibrator, before a computation, and after snapshots were added to
-  /// those that the result is of.
+  /// those that the result is of or taken out of them.
   CalibrationVerdict GetVerdict();
   /// How good the result of the last computation of a pair is, whichever solver it is of, with the lenses
   /// that it was found with. Grade None during STATUS_PROGRESS, in a monocular calibrator, before a
-  /// computation, and after snapshots were added to those that the result is of. Takes milliseconds, changes
+  /// computation, and after snapshots were added to those that the result is of or taken out of them. Takes
+  /// milliseconds, changes
   /// nothing. Raises cv::Exception for snapshots of which no pose can be found.
   PairVerdict GetPairVerdict();
   /// The same with what is known of the lenses that were held: `left` and `right` are the verdicts on the

@@ -3,6 +3,7 @@
 #include "Log.h"
 #include "calibrator/CalibratorImpl.h"
 #include "calibrator/ObservedPoints.h"
+#include "calibrator/SnapshotFits.h"
 
 using namespace velmora;
 
@@ -139,4 +140,42 @@ bool Calibrator::AddStereoPoints(cv::Mat& left, cv::Mat& right, const bool& draw
       });
   impl_->Measure(kept);
   return added;
+}
+
+// ---- Snapshots that are there.
+
+GridSnapshot Calibrator::GetSnapshot(const int& number) {
+  const auto snapshots = impl_->snapshots.Current().snapshots;
+  const size_t place = PlaceOf(number, *snapshots);
+  GridSnapshot snapshot;
+  for (const SnapshotList::Camera& camera : snapshots->cameras) {
+    snapshot.cameras.push_back(
+        {camera.points[place], camera.weights[place], camera.deviations[place], camera.frames[place]});
+  }
+  return snapshot;
+}
+
+bool Calibrator::AddSnapshot(const GridSnapshot& snapshot) {
+  if (snapshot.cameras.empty() || snapshot.cameras.size() != impl_->snapshots.CameraCount()) {
+    Log::error("No points added. A snapshot of %d camera(s) is needed.",
+               static_cast<int>(impl_->snapshots.CameraCount()));
+    return false;
+  }
+  std::vector<CameraSnapshot> views;
+  for (const GridSnapshot::Camera& camera : snapshot.cameras) {
+    views.push_back({camera.centres, camera.frame, camera.weights, camera.deviations});
+    if (camera.weights.empty()) views.back().weights.assign(camera.centres.size(), 1.0);
+  }
+  Impl::Kept kept;
+  return impl_->AddWeighted(std::move(views), Snapshots::EarlierRms::Drop, kept);
+}
+
+bool Calibrator::RemoveSnapshot(const int& number) {
+  return impl_->snapshots.Remove(number);
+}
+
+SnapshotFit Calibrator::GetSnapshotFit(const int& number) {
+  const Snapshots::Moment now = impl_->snapshots.Current();
+  const size_t place = PlaceOf(number, *now.snapshots);
+  return now.status == STATUS_PROGRESS ? SnapshotFit{} : FitOf(now, place);
 }

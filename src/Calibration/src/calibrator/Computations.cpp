@@ -119,6 +119,7 @@ float Computations::ComputeOneCamera(const Solve& solve, int model) {
     auto result = std::make_shared<Result>(solve(computation->Views(), NewProgress(*computation)));
     result->model = model;
     result->snapshots = computation->Views().Count();
+    result->removals = computation->Views().removals;
     const float rms = result->rms;
     computation->Publish(std::move(result));
     return rms;
@@ -178,6 +179,7 @@ float Computations::ComputePair(const PairSources& sources, int model) {
         SolvePair(computation->Views(), intrinsics, model, NewProgress(*computation)));
     result->model = model;
     result->snapshots = computation->Views().Count();
+    result->removals = computation->Views().removals;
     const float rms = result->rms;
     computation->Publish(std::move(result));
     return rms;
@@ -229,7 +231,7 @@ ModelChoice Computations::ChooseModel() const {
 CalibrationVerdict Computations::AssessCamera() const {
   const Snapshots::Moment now = snapshots_.Current();
   if (snapshots_.CameraCount() != ONE_CAMERA || now.status == STATUS_PROGRESS) return {};
-  if (now.result == nullptr) return {};
+  if (now.result == nullptr || now.result->removals != now.snapshots->removals) return {};
   const ObservedPoints seen = ObservedIn(*now.snapshots);
   CalibrationVerdict verdict = AssessIntrinsics(seen.target, seen.cameras.front(), imageSize_,
                                                 now.result->camera, now.result->discRadius);
@@ -242,6 +244,7 @@ PairVerdict Computations::AssessPair(const HeldIntrinsics& left, const HeldIntri
   const auto& result = now.result;
   if (snapshots_.CameraCount() != PAIR || now.status == STATUS_PROGRESS || result == nullptr) return {};
   if (result->snapshots != now.snapshots->Count()) return {};
+  if (result->removals != now.snapshots->removals) return {};
   const ObservedPoints seen = ObservedIn(*now.snapshots);
   const PairRecords records{seen.target,
                             seen.cameras.front(),

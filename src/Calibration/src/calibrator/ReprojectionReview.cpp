@@ -64,10 +64,11 @@ std::vector<cv::Point2d> ProjectedIn(const Snapshots::Moment& moment, int snapsh
   return projected;
 }
 
-/// What a result says of a snapshot; false of those that were added after the computation, or of all without
-/// one.
+/// What a result says of a snapshot; false of those that were added after the computation, and of all without
+/// one or after one was taken out.
 bool ResultOf(const Snapshots::Moment& moment, int snapshot, ReviewResult& review) {
-  if (moment.result == nullptr || snapshot >= moment.result->camera.perViewErrors.rows) return false;
+  if (moment.result == nullptr || moment.result->removals != moment.snapshots->removals) return false;
+  if (snapshot >= moment.result->camera.perViewErrors.rows) return false;
   const double error = moment.result->camera.perViewErrors.at<double>(snapshot);
   review = {ProjectedIn(moment, snapshot), error, moment.rms};
   return true;

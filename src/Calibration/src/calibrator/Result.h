@@ -19,6 +19,7 @@ struct Result {
   int model = 0;                   ///< one of the MODEL_ codes
   double discRadius = 0.0;         ///< metres; 0 where eccentricity was not corrected
   size_t snapshots = 0;            ///< how many it was computed from
+  size_t removals = 0;             ///< how many had been taken out before
   float rms = -1.0F;               ///< reprojection error in pixels
 
   /// Whether it is of one camera, whose coefficients are not OpenCV's usual ones.

@@ -1,6 +1,9 @@
 /// A calibrator's snapshots, its status and its result, which change together.
 #include "calibrator/Snapshots.h"
 
+#include <stdexcept>
+#include <string>
+
 #include "Log.h"
 
 namespace velmora {
@@ -14,6 +17,13 @@ std::shared_ptr<const SnapshotList> NoSnapshots(size_t cameras) {
 }
 
 }  // namespace
+
+size_t PlaceOf(int number, const SnapshotList& snapshots) {
+  const auto place = static_cast<size_t>(number);
+  if (number >= 0 && place < snapshots.Count()) return place;
+  throw std::out_of_range("There is no snapshot " + std::to_string(number) + ": there are " +
+                          std::to_string(snapshots.Count()) + ", counted from 0.");
+}
 
 Snapshots::Snapshots(std::vector<cv::Point3d> target, size_t cameras)
     : target_(std::move(target)), cameraCount_(cameras) {
@@ -62,6 +72,26 @@ size_t Snapshots::Add(std::vector<CameraSnapshot> views, EarlierRms earlier, Pla
   if (earlier == EarlierRms::Drop) now_.rms = -1.0F;  // the result stays, but describes other snapshots
   place = {now_.snapshots->Count(), era_};
   return place.number;
+}
+
+bool Snapshots::Remove(int number) {
+  const std::lock_guard<std::mutex> lock(lock_);
+  if (now_.status == STATUS_PROGRESS) return false;
+  const auto place = static_cast<std::ptrdiff_t>(PlaceOf(number, *now_.snapshots));
+  auto list = std::make_shared<SnapshotList>(*now_.snapshots);
+  list->target.erase(list->target.begin() + place);
+  for (SnapshotList::Camera& camera : list->cameras) {
+    camera.points.erase(camera.points.begin() + place);
+    camera.frames.erase(camera.frames.begin() + place);
+    camera.weights.erase(camera.weights.begin() + place);
+    camera.deviations.erase(camera.deviations.begin() + place);
+  }
+  ++list->removals;
+  ++era_;
+  now_.snapshots = std::move(list);
+  now_.status = now_.snapshots->Count() >= ENOUGH ? STATUS_READY : STATUS_NOT_READY;
+  now_.rms = -1.0F;  // the result stays, but is of other snapshots
+  return true;
 }
 
 bool Snapshots::Improve(const Place& place, const std::vector<CameraSnapshot>& views) {

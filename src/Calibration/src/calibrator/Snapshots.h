@@ -42,9 +42,14 @@ struct SnapshotList {
 
   std::vector<std::vector<cv::Point3d>> target;  ///< the same object points (metres) for each
   std::vector<Camera> cameras;
+  /// How often one was taken out, since when those after it have other numbers.
+  size_t removals = 0;
 
   size_t Count() const { return target.size(); }
 };
+
+/// The place in the list of the snapshot of that number (from 0). Raises std::out_of_range when there is none.
+size_t PlaceOf(int number, const SnapshotList& snapshots);
 
 /// Collects what one camera, or several at the same moments, observed of the target, and knows where the
 /// collection stands: the status (STATUS_ codes), the result of the computation that was published last, and
@@ -57,7 +62,7 @@ class Snapshots {
 
   class Computation;
 
-  /// Which snapshot it is, as long as they are not reset and no computation begins.
+  /// Which snapshot it is, as long as none goes and no computation begins.
   struct Place {
     size_t number = 0;  ///< from 1
     size_t era = 0;
@@ -87,8 +92,12 @@ class Snapshots {
   /// One view for each camera; the new count, or 0 when a computation is under way.
   size_t Add(std::vector<CameraSnapshot> views, EarlierRms earlier);
   size_t Add(std::vector<CameraSnapshot> views, EarlierRms earlier, Place& place);
+  /// Takes that one (from 0) out; those after it move up. False, with nothing changed, while a computation is
+  /// under way. Raises std::out_of_range.
+  bool Remove(int number);
   /// Gives the snapshot the points and deviations of these views, and leaves everything else as it is. False,
-  /// with nothing changed, once a computation began, which is of the earlier points, and after a Reset.
+  /// with nothing changed, once a computation began, which is of the earlier points, and after a Reset or a
+  /// Remove.
   bool Improve(const Place& place, const std::vector<CameraSnapshot>& views);
   /// Back to the beginning, unless a computation is under way.
   void Reset();
@@ -121,7 +130,7 @@ class Snapshots {
   Moment now_;
   bool failed_ = false;
   int completed_ = 0;
-  size_t era_ = 0;                      ///< how often it was reset and computations began
+  size_t era_ = 0;                      ///< how often computations began and snapshots went
   std::atomic<bool> cancelled_{false};  ///< falls when a computation begins, is raised only during one
 };
 
