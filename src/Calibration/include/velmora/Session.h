@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Export.h"
+#include "velmora/GridSnapshot.h"
 
 namespace velmora {
 
@@ -97,6 +98,12 @@ struct VELMORA_API StoredSnapshot {
   /// Whether computations take it: it is whole, and neither excluded nor removed.
   bool IsUsed() const { return fault.empty() && decision == SnapshotDecision::Used; }
 };
+
+/// What a calibrator took (Calibrator::GetSnapshot), to be stored; with its frames as pixels.
+VELMORA_API SessionSnapshot ToBeStored(const GridSnapshot& snapshot);
+/// What was stored, for Calibrator::AddSnapshot, without frames; exactly what ToBeStored was given. A camera
+/// that did not see the grid has no centres, which no calibrator takes.
+VELMORA_API GridSnapshot FromStored(const StoredSnapshot& snapshot);
 
 /// What was done at once, and can be undone at once.
 struct SessionStep {

@@ -48,7 +48,8 @@ struct SnapshotList {
   size_t Count() const { return target.size(); }
 };
 
-/// The place in the list of the snapshot of that number (from 0). Raises std::out_of_range when there is none.
+/// The place in the list of the snapshot of that number (from 0). Raises std::out_of_range when there is
+/// none.
 size_t PlaceOf(int number, const SnapshotList& snapshots);
 
 /// Collects what one camera, or several at the same moments, observed of the target, and knows where the
