@@ -27,7 +27,7 @@ struct GuideFrame {
   std::vector<double> weights{};
   std::string whyNotFound{};  ///< as Calibrator::WhyNotFound says it; may be empty
   double time = 0.0;          ///< seconds, of any clock that does not go back
-  // Of the right camera of a pair.
+  // What the right camera of a pair shows, likewise.
   cv::Mat rightImage{};
   std::vector<cv::Point2d> rightCentres{};
   std::vector<double> rightWeights{};
@@ -60,7 +60,7 @@ enum class GuideHint {
   Closer,
   Farther,
   Clockwise,
-  Counterclockwise,
+  Anticlockwise,
   LeftEdgeAway,
   RightEdgeAway,
   TopEdgeAway,
@@ -74,7 +74,7 @@ struct GuideAnswer {
   GuideState state = GuideState::NoTarget;
   double closeness = 0.0;  ///< to the target: 0 far away or not found, 1 at it; grows all the way
   GuideHint hint = GuideHint::None;
-  std::string instruction;  ///< the hint, in English: a line of at most 40 letters; empty without one
+  std::string instruction;  ///< the hint, in English: a line of at most 42 letters; empty without one
   /// Why the view cannot be taken though it is at the target: blurred, moving, the same as one before; a
   /// clause in English. Empty in all states but Refused and HoldStill.
   std::string refusal;
