@@ -1,0 +1,83 @@
+/// Which hint is shown, so that it can be read and obeyed.
+#include "assistant/GuideLine.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace velmora {
+
+namespace {
+
+/// A difference of this share of the reach is none: what was shown for it has been obeyed.
+constexpr double OBEYED = 0.3;
+/// Another difference is named at once when it is this many times larger than the one that is shown, and when
+/// it is somewhat larger for a second: somebody does not do what is shown, or does it in vain.
+constexpr double MUCH_LARGER = 2.0;
+constexpr double LARGER = 1.2;
+constexpr double PATIENCE = 1.0;
+/// What is shown can be read at least, seconds.
+constexpr double READABLE = 0.4;
+/// How long something else must hold before it is said.
+constexpr double WAVERING = 0.3;
+/// Beyond this turn in the picture it is a half one that is missing; less than the other once that was said.
+constexpr double HALF_TURN = 2.36;
+constexpr double NO_HALF_TURN = 1.75;
+
+}  // namespace
+
+GuideHint Mirrored(GuideHint hint) {
+  switch (hint) {
+    case GuideHint::Left:
+      return GuideHint::Right;
+    case GuideHint::Right:
+      return GuideHint::Left;
+    case GuideHint::Clockwise:
+      return GuideHint::Anticlockwise;
+    case GuideHint::Anticlockwise:
+      return GuideHint::Clockwise;
+    case GuideHint::LeftEdgeAway:
+      return GuideHint::RightEdgeAway;
+    case GuideHint::RightEdgeAway:
+      return GuideHint::LeftEdgeAway;
+    default:
+      return hint;
+  }
+}
+
+GuideHint GuideLine::ChooseMove(const std::array<GuideDifference, 6>& differences, double turn, double reach,
+                                double time) {
+  if (std::abs(turn) > (shown_ == GuideHint::TurnRound ? NO_HALF_TURN : HALF_TURN))
+    return Show(GuideHint::TurnRound, time);
+  const GuideDifference& largest =
+      *std::max_element(differences.begin(), differences.end(),
+                        [](const auto& a, const auto& b) { return a.distance < b.distance; });
+  const auto current = std::find_if(differences.begin(), differences.end(),
+                                    [this](const auto& difference) { return difference.hint == shown_; });
+  if (current == differences.end() || current->distance < OBEYED * reach) return Show(largest.hint, time);
+  const bool readable = time - shownSince_ >= READABLE;
+  if (largest.distance > MUCH_LARGER * current->distance && readable) return Show(largest.hint, time);
+  if (largest.distance <= LARGER * current->distance) return Show(shown_, time);
+  if (other_ != largest.hint) {
+    other_ = largest.hint;
+    otherSince_ = time;
+  }
+  return time - otherSince_ >= PATIENCE ? Show(largest.hint, time) : shown_;
+}
+
+GuideHint GuideLine::Await(GuideHint hint, double time) {
+  if (hint == shown_ || shown_ == GuideHint::None) return Show(hint, time);
+  if (other_ != hint) {
+    other_ = hint;
+    otherSince_ = time;
+  }
+  return time - otherSince_ >= WAVERING ? Show(hint, time) : shown_;
+}
+
+GuideHint GuideLine::Show(GuideHint hint, double time) {
+  if (hint != shown_) shownSince_ = time;
+  shown_ = hint;
+  other_ = GuideHint::None;
+  return hint;
+}
+
+}  // namespace velmora
