@@ -19,6 +19,7 @@ struct CameraPicture {
   cv::Mat image;             ///< 8 bits, grey or BGR; empty: none has come yet
   std::string name;          ///< "left camera", in its corner; may be empty
   bool undistorted = false;  ///< the image is shown without distortion, and a label says so
+  bool mirrored = false;     ///< the image and all points are shown as in a mirror
 
   /// The centres to reach, in the order of the grid: row by row, the grid's first one first. The outline of
   /// the sheet is drawn around a whole grid; of another number of centres the discs only.
