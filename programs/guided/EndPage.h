@@ -32,7 +32,7 @@ struct WorstView {
 struct EndPage {
   cv::Size window{1280, 800};  ///< pixels; of the result. At least 160 x 120
   CalibrationVerdict::Grade grade = CalibrationVerdict::Grade::None;
-  std::string verdict;                 ///< the grade as a heading: "Verdict: usable with care"
+  std::string verdict;                 ///< a heading; empty: that of the grade, "Verdict: usable with care"
   std::vector<std::string> sentences;  ///< reasons and advice, one paragraph each
   std::vector<KnownNumber> numbers;    ///< intrinsics, RMS; of a pair also rotation and baseline
   std::vector<cv::Mat> maps;           ///< of uncertainty, BGR; one for each camera

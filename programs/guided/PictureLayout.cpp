@@ -201,8 +201,10 @@ class Arranging {
     const cv::Rect steps = cut(0.035);
     if (HasSteps()) layout_.steps = steps;
     cut(0.02);
-    Put("precision", picture_.precision, cut(0.17), {Height(0.042), Height(0.04), Height(0.025)},
-        Align::Left);
+    // Each part of it has a line of its own here.
+    std::string precision = picture_.precision;
+    for (size_t at = 0; (at = precision.find(", ", at)) != std::string::npos;) precision[at + 1] = '\n';
+    Put("precision", precision, cut(0.14), {Height(0.04), Height(0.025), Height(0.025)}, Align::Left);
     cut(0.02);
     free_ = column;
   }
