@@ -102,14 +102,14 @@ class Arranging {
     const double rows = 1.25 * static_cast<double>(page_.numbers.size());
     const double all = linesOfSentences + linesOfFiles + rows;
     if (!(all > 0.0)) return;
-    const double perLine = std::min(1.7 * largest_, (column.height - 2.0 * margin_) / all);
+    const double perLine = std::min(1.85 * largest_, (column.height - 2.0 * margin_) / all);
     const auto cut = [&](double lines) {
       const cv::Rect box(column.x, column.y, column.width, cvRound(lines * perLine));
       const int below = std::min(column.height, box.height + (lines > 0.0 ? margin_ : 0));
       column = {column.x, column.y + below, column.width, column.height - below};
       return box;
     };
-    const LetterSizes sizes{largest_, largest_, 0.6 * largest_};
+    const LetterSizes sizes{largest_, largest_, 0.6 * largest_, 1.75};
     Put("sentences", sentences, cut(linesOfSentences), sizes);
     ArrangeNumbers(cut(rows));
     Put("files", files, cut(linesOfFiles), sizes);
@@ -142,7 +142,7 @@ class Arranging {
   void ArrangeNumbers(const cv::Rect& place) {
     if (page_.numbers.empty() || place.empty()) return;
     const double row = static_cast<double>(place.height) / static_cast<double>(page_.numbers.size());
-    double size = std::min(1.1 * largest_, row / 1.8);
+    double size = std::min(largest_, row / 1.8);
     std::array<int, 3> widths = ColumnsAt(size);
     const auto gap = [&] { return cvRound(size); };
     while (size > 1.0 && widths[0] + widths[1] + widths[2] + 2 * gap() > place.width) {

@@ -10,17 +10,18 @@ namespace guided {
 namespace {
 
 constexpr int FONT = cv::FONT_HERSHEY_SIMPLEX;
-constexpr double CAPITAL = 21.0;      ///< height of the font's capital letters at scale 1, pixels
-constexpr double PITCH = 1.5;         ///< from line to line, in heights of capital letters
-constexpr double ABOVE = 0.2;         ///< room above them, for brackets
-constexpr double STEP = 0.97;         ///< from one size that is tried to the next
-constexpr double SMALLEST = 0.5;      ///< pixels; smaller ones are no text any more
-constexpr double SPACE_LESS = 6.0;    ///< by which spaces are narrower than the font has them, at scale 1
-constexpr double STROKE_SHARE = 7.0;  ///< by which the strokes are thinner than the letters are high
+constexpr double CAPITAL = 21.0;    ///< height of the font's capital letters at scale 1, pixels
+constexpr double ABOVE = 0.2;       ///< room above them, for brackets
+constexpr double STEP = 0.97;       ///< from one size that is tried to the next
+constexpr double SMALLEST = 0.5;    ///< pixels; smaller ones are no text any more
+constexpr double SPACE_LESS = 6.0;  ///< by which spaces are narrower than the font has them, at scale 1
+constexpr double LARGE = 40.0;      ///< pixels; larger letters have bolder strokes
+constexpr double BOLD_SHARE = 7.0;
+constexpr double STROKE_SHARE = 8.0;  ///< by which the strokes are thinner than the letters are high
 constexpr double RIM_SHARE = 10.0;
 
 int StrokeOf(double size) {
-  return std::max(1, cvRound(size / STROKE_SHARE));
+  return std::max(1, cvRound(size / (size < LARGE ? STROKE_SHARE : BOLD_SHARE)));
 }
 
 int RimOf(double size) {
@@ -39,15 +40,15 @@ int WidthOf(const std::string& line, double size) {
   return static_cast<int>(std::ceil(Advance(line, size))) + StrokeOf(size) + 2 * RimOf(size);
 }
 
-cv::Size ExtentOf(const std::vector<std::string>& lines, double size) {
+cv::Size ExtentOf(const std::vector<std::string>& lines, double size, double pitch) {
   int width = 0;
   for (const std::string& line : lines) width = std::max(width, WidthOf(line, size));
-  const double height = PITCH * size * static_cast<double>(lines.size());
+  const double height = pitch * size * static_cast<double>(lines.size());
   return {width, static_cast<int>(std::ceil(height)) + 2 * RimOf(size)};
 }
 
-bool Fits(const std::vector<std::string>& lines, double size, const cv::Size& room) {
-  const cv::Size extent = ExtentOf(lines, size);
+bool Fits(const std::vector<std::string>& lines, double size, double pitch, const cv::Size& room) {
+  const cv::Size extent = ExtentOf(lines, size, pitch);
   return extent.width <= room.width && extent.height <= room.height;
 }
 
@@ -126,7 +127,7 @@ std::vector<std::string> Balanced(const std::string& paragraph, double size, int
   while (width - tooNarrow > 1) {
     const int middle = (tooNarrow + width) / 2;
     std::vector<std::string> lines = Broken(paragraph, size, middle, false);
-    const bool even = lines.size() == best.size() && ExtentOf(lines, size).width <= middle;
+    const bool even = lines.size() == best.size() && ExtentOf(lines, size, 1.0).width <= middle;
     if (even) {
       best = std::move(lines);
       width = middle;
@@ -146,11 +147,12 @@ std::vector<std::string> AllBroken(const std::vector<std::string>& paragraphs, d
   return lines;
 }
 
-Lettering Set(std::vector<std::string> lines, double size) {
+Lettering Set(std::vector<std::string> lines, double size, double pitch) {
   Lettering text;
-  text.extent = ExtentOf(lines, size);
+  text.extent = ExtentOf(lines, size, pitch);
   text.lines = std::move(lines);
   text.size = size;
+  text.pitch = pitch;
   return text;
 }
 
@@ -160,12 +162,12 @@ Lettering FitText(const std::string& text, const cv::Size& room, const LetterSiz
   if (text.find_first_not_of(" \n\t") == std::string::npos || room.width < 1 || room.height < 1) return {};
   const std::vector<std::string> paragraphs = Paragraphs(text);
   for (double size = sizes.largest; size >= sizes.leastInOneLine; size *= STEP) {
-    if (Fits(paragraphs, size, room)) return Set(paragraphs, size);
+    if (Fits(paragraphs, size, sizes.pitch, room)) return Set(paragraphs, size, sizes.pitch);
   }
   for (double size = sizes.largest; size > SMALLEST; size *= STEP) {
     const bool breakWords = size < sizes.leastWithWholeWords;
     std::vector<std::string> lines = AllBroken(paragraphs, size, room.width, breakWords);
-    if (Fits(lines, size, room)) return Set(std::move(lines), size);
+    if (Fits(lines, size, sizes.pitch, room)) return Set(std::move(lines), size, sizes.pitch);
   }
   return {};
 }
@@ -184,8 +186,8 @@ void WriteText(const Lettering& text, const cv::Rect& box, Align align, const In
   for (size_t i = 0; i < text.lines.size(); ++i) {
     const std::string& line = text.lines[i];
     const cv::Size extent(WidthOf(line, text.size), place.height);
-    const double down = (PITCH * static_cast<double>(i) + ABOVE + 1.0) * text.size;
-    const cv::Point origin(TextBox({{}, 0.0, extent}, place, align).x + rim + stroke / 2,
+    const double down = (text.pitch * static_cast<double>(i) + ABOVE + 1.0) * text.size;
+    const cv::Point origin(TextBox({{}, 0.0, 0.0, extent}, place, align).x + rim + stroke / 2,
                            place.y + rim + cvRound(down));
     // Word by word, since the font's spaces are wide.
     const auto write = [&](const cv::Scalar& colour, int thickness) {

@@ -11,7 +11,8 @@ namespace guided {
 struct Lettering {
   std::vector<std::string> lines;  ///< ASCII; what is not is a question mark each
   double size = 0.0;
-  cv::Size extent;  ///< of all lines with everything below the last one, and with the outline
+  double pitch = 0.0;  ///< from line to line, in sizes
+  cv::Size extent;     ///< of all lines with everything below the last one, and with the outline
 
   bool Empty() const { return lines.empty(); }
 };
@@ -24,6 +25,8 @@ struct LetterSizes {
   double leastInOneLine = 20.0;
   /// Down to this size lines are broken rather than words; below it both, so that all of the text is there.
   double leastWithWholeWords = 10.0;
+  /// From line to line, in heights of capital letters.
+  double pitch = 1.5;
 };
 
 /// The largest letters in which the text fits the room. A line feed in the text begins a line. An empty text

@@ -61,7 +61,7 @@ void DrawResiduals(const std::vector<cv::Point2d>& points, const std::vector<cv:
   arrows(0, palette::TARGET);
   for (const cv::Point2d& point : points) {
     if (!view.CanShow(point)) continue;
-    cv::circle(part, view(point), thickness + 1, palette::FOUND, cv::FILLED, cv::LINE_AA);
+    cv::circle(part, view(point), thickness, palette::FOUND, cv::FILLED, cv::LINE_AA);
   }
 }
 
