@@ -58,7 +58,7 @@ void DeclareSource(CLI::App& app, Arguments& arguments) {
   common::AddFrameOptions(app, source);
   app.add_flag("--fast", arguments.fast,
                "go through a recording as fast as it can be searched, not at its own rate");
-  app.add_flag("!--no-sound", arguments.sound, "no tone when a view is taken");
+  app.add_flag("--no-sound", arguments.silent, "no tone when a view is taken");
 }
 
 /// What goes together only in part.

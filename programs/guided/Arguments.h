@@ -19,7 +19,7 @@ struct Arguments : common::EngineOptions {
   bool sizeGiven = false;                        ///< width and height were asked for
   common::Camera select = common::Camera::None;  ///< of a pair, the one to calibrate
   bool fast = false;                             ///< recordings are not played at their own rate
-  bool sound = true;                             ///< a tone when a view is taken
+  bool silent = false;                           ///< no tone when a view is taken
   float hdist = common::SUPPLIED_HDIST;          ///< metres across the ten row intervals
   std::string poses;                             ///< model file of the assistant
   double until =

@@ -39,7 +39,7 @@ int LoopOver(const Arguments& arguments, LiveSource& source) {
   Calibrator calibrator(GRID, unit, Calibrator::MONOCULAR, frame.width, frame.height);
   common::ApplyEngineOptions(arguments, unit, calibrator);
   calibrator.SetPartialGrids(true);
-  Tone tone(arguments.sound);
+  Tone tone(!arguments.silent);
   LoopOptions options = OptionsOf(arguments, source);
   options.taken = [&tone] { tone.Play(); };
   common::DesktopScreen screen;

@@ -136,6 +136,13 @@ void Tone::Play() {
   }
 }
 
+std::vector<pid_t> Tone::Playing() const {
+  std::vector<pid_t> players;
+  players.reserve(playing_.size());
+  for (const auto& playing : playing_) players.push_back(playing.first);
+  return players;
+}
+
 bool Tone::Begin(const std::string& player) {
   const pid_t process = Start(file_).Run(player);
   if (process > 0) playing_.emplace_back(process, player);

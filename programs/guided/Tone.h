@@ -24,6 +24,9 @@ class Tone {
 
   void Play();
 
+  /// The players that were started, but for those that were found to be done.
+  std::vector<pid_t> Playing() const;
+
  private:
   void Reap();
   bool Begin(const std::string& player);
