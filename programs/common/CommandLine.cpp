@@ -6,6 +6,7 @@
 #include <iostream>
 #include <numeric>
 #include <optional>
+#include <set>
 
 #include "common/ExitStatus.h"
 #include "common/Messages.h"
@@ -35,6 +36,15 @@ std::string Joined(const std::vector<std::string>& words, const std::string& bet
   return text;
 }
 
+/// In an order that does not change: the parser has none.
+std::vector<std::string> Names(const std::set<CLI::Option*>& options) {
+  std::vector<std::string> names;
+  names.reserve(options.size());
+  for (const CLI::Option* option : options) names.push_back(option->get_name());
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
 /// Shows the kind of a value as one word, and ranges and defaults as a part of the description.
 class PlainFormatter final : public CLI::Formatter {
  public:
@@ -54,9 +64,8 @@ class PlainFormatter final : public CLI::Formatter {
     if (!option->get_default_str().empty() && !Contains(description, "default")) {
       remarks.push_back("default: " + option->get_default_str());
     }
-    for (const CLI::Option* other : option->get_needs()) remarks.push_back("with " + other->get_name());
-    for (const CLI::Option* other : option->get_excludes())
-      remarks.push_back("not with " + other->get_name());
+    for (const std::string& other : Names(option->get_needs())) remarks.push_back("with " + other);
+    for (const std::string& other : Names(option->get_excludes())) remarks.push_back("not with " + other);
     if (remarks.empty()) return description;
     const std::string all = Joined(remarks, "; ") + ")";
     const bool hasRemark = Contains(description, "(default") && description.back() == ')';

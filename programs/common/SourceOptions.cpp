@@ -26,15 +26,28 @@ void AddSourceOptions(CLI::App& app, SourceSettings& settings) {
       ->capture_default_str();
 }
 
+void AddRightOptions(CLI::App& app, SourceSettings& settings) {
+  auto* webcam = app.add_option("--webcam_right", settings.webcamRight, "index of the right camera of a pair")
+                     ->check(FaultIfNegative, "not negative")
+                     ->needs(app.get_option("--webcam"));
+  auto* video = app.add_option("--video_right", settings.videoRight, "the right camera's video file or URL")
+                    ->type_name("FILE")
+                    ->needs(app.get_option("--video"));
+  AddSplitOption(app, settings.split)->excludes(webcam)->excludes(video);
+}
+
 void AddFrameOptions(CLI::App& app, SourceSettings& settings) {
-  app.add_option("--width", settings.width, "width of the frames to work in, also asked of a camera")
-      ->check(CLI::Range(64, 32000))
-      ->type_name("PIXELS")
-      ->capture_default_str();
-  app.add_option("--height", settings.height, "height of these frames")
-      ->check(CLI::Range(64, 32000))
-      ->type_name("PIXELS")
-      ->capture_default_str();
+  auto* width =
+      app.add_option("--width", settings.width,
+                     "width to work at: asked of a camera; frames of other sources are brought to it "
+                     "(default: that of what arrives)")
+          ->check(CLI::Range(64, 32000))
+          ->type_name("PIXELS");
+  auto* height = app.add_option("--height", settings.height, "height to work at")
+                     ->check(CLI::Range(64, 32000))
+                     ->type_name("PIXELS");
+  width->needs(height);
+  height->needs(width);
   app.add_option("--fps", settings.fps, "rate asked of a camera")
       ->check(FaultUnlessPositive, "positive")
       ->capture_default_str();

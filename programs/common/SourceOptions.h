@@ -14,7 +14,11 @@ namespace common {
 /// A live source or a recording, of which exactly one has to be given.
 void AddSourceOptions(CLI::App& app, SourceSettings& settings);
 
-/// Size and rate of its frames.
+/// The other camera or recording of a pair, and --split for a source that shows both. They go with the
+/// options of AddSourceOptions, which come first.
+void AddRightOptions(CLI::App& app, SourceSettings& settings);
+
+/// Size and rate of its frames. The size is that of what arrives unless both numbers are given.
 void AddFrameOptions(CLI::App& app, SourceSettings& settings);
 
 /// --split, for pictures that show two cameras.

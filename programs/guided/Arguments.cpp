@@ -37,6 +37,42 @@ double ParsePixels(const std::string& text) {
   return pixels;
 }
 
+/// Raised by --list-cameras, which goes without a source.
+class ListingAsked : public CLI::Success {
+ public:
+  ListingAsked() : CLI::Success("--list-cameras", "", 0) {}
+};
+
+void DeclareSource(CLI::App& app, Arguments& arguments) {
+  common::SourceSettings& source = arguments.source;
+  common::AddSourceOptions(app, source);
+  common::AddRightOptions(app, source);
+  const std::vector<std::pair<std::string, int>> cameras = {
+      {"left", static_cast<int>(common::Camera::Left)}, {"right", static_cast<int>(common::Camera::Right)}};
+  app.add_option("--select", arguments.select, "of a pair, the one to calibrate: left or right")
+      ->transform(common::OneOf(cameras))
+      ->type_name("CAMERA");
+  app.add_flag_callback(
+      "--list-cameras", [] { throw ListingAsked(); },
+      "list the cameras of this machine, with the sizes that they offer, and end");
+  common::AddFrameOptions(app, source);
+  app.add_flag("--fast", arguments.fast,
+               "go through a recording as fast as it can be searched, not at its own rate");
+  app.add_flag("--no-sound", arguments.silent, "no tone when a view is taken");
+}
+
+/// What goes together only in part.
+void CheckSource(const CLI::App& app, Arguments& arguments) {
+  const common::SourceSettings& source = arguments.source;
+  arguments.sizeGiven = app.count("--width") > 0;
+  if (source.webcamRight && source.webcamRight == source.webcam)
+    throw CLI::ValidationError("--webcam_right", "it is the camera that --webcam names");
+  const bool pair = source.split != common::Split::None || source.webcamRight || source.videoRight;
+  if (arguments.select != common::Camera::None && !pair)
+    throw CLI::ValidationError("--select",
+                               "there is one camera; --split, --webcam_right or --video_right make two");
+}
+
 void DeclareEnd(CLI::App& app, std::string& until, Arguments& arguments) {
   auto* target =
       app.add_option("--until", until,
@@ -65,8 +101,7 @@ Parsed ParseArguments(int argc, const char* const* argv, const std::string& ship
   CLI::App app(DESCRIPTION, "velmora-guided");
   common::PrepareCommandLine(app);
   app.footer(FOOTER);
-  common::AddSourceOptions(app, arguments.source);
-  common::AddFrameOptions(app, arguments.source);
+  DeclareSource(app, arguments);
   app.add_option(
          "--hdist", parsed.arguments.hdist,
          "distance in metres across the ten row intervals of the grid (default: 0.2, that of the supplied "
@@ -92,6 +127,7 @@ Parsed ParseArguments(int argc, const char* const* argv, const std::string& ship
                "all the same");
   try {
     app.parse(argc, argv);
+    CheckSource(app, arguments);
     arguments.output = common::WithoutExtension(arguments.output);
     if (arguments.output.empty() || arguments.output.back() == '/') {
       throw CLI::ValidationError("--output", "a name is needed");
@@ -102,6 +138,8 @@ Parsed ParseArguments(int argc, const char* const* argv, const std::string& ship
     common::ReadSheetShape(GRID, UnitOf(arguments), arguments);
     if (app.count("--until") > 0) arguments.until = ParsePixels(until);
     parsed.run = true;
+  } catch (const ListingAsked&) {
+    parsed.listCameras = true;
   } catch (const CLI::ParseError& error) {
     parsed.exitStatus = common::EndOfParsing(app, error);
   }

@@ -16,8 +16,12 @@ inline const cv::Size GRID(4, 11);
 
 struct Arguments : common::EngineOptions {
   common::SourceSettings source;
-  float hdist = common::SUPPLIED_HDIST;  ///< metres across the ten row intervals
-  std::string poses;                     ///< model file of the assistant
+  bool sizeGiven = false;                        ///< width and height were asked for
+  common::Camera select = common::Camera::None;  ///< of a pair, the one to calibrate
+  bool fast = false;                             ///< recordings are not played at their own rate
+  bool silent = false;                           ///< no tone when a view is taken
+  float hdist = common::SUPPLIED_HDIST;          ///< metres across the ten row intervals
+  std::string poses;                             ///< model file of the assistant
   double until =
       0.0;  ///< ask for poses until projections are known to this many pixels; 0: those of the model
   int mostPoses = 20;                  ///< asked for at most
@@ -29,10 +33,12 @@ struct Arguments : common::EngineOptions {
 /// The grid's unit, metres.
 float UnitOf(const Arguments& arguments);
 
-/// What the command line asks for: run, or end with that status (help was printed, or what is wrong).
+/// What the command line asks for: run, list the cameras, or end with that status (help was printed, or what
+/// is wrong).
 struct Parsed {
   Arguments arguments;
   bool run = false;
+  bool listCameras = false;  ///< instead of running
   int exitStatus = 0;
 };
 

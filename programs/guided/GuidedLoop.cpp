@@ -105,6 +105,7 @@ void GuidedLoop::DetectIn(cv::Mat& frame) {
   if (calibrator_.GetNumberOfRecords() <= static_cast<int>(observed_.size())) return;
   observed_.push_back(std::move(points));
   names_.push_back("pose " + std::to_string(static_cast<int>(observed_.size()) - besides_));
+  options_.taken();
 }
 
 GuidedLoop::Step GuidedLoop::React(int key) {
@@ -134,6 +135,7 @@ void GuidedLoop::TakeWhatIsInView() {
   out_ << "Taken besides: " << seen.size() << " circles." << std::endl;
   observed_.push_back(std::move(seen));
   names_.push_back("by hand " + std::to_string(besides_));
+  options_.taken();
 }
 
 GuidedLoop::Step GuidedLoop::Follow() {

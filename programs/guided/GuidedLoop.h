@@ -30,6 +30,8 @@ struct LoopOptions {
   /// The lens model of the result, one of common::LensModels.
   int model = Calibrator::MODEL_RATIONAL;
   bool strict = false;  ///< a worthless result gets a status of its own
+  /// Called when a view was taken.
+  std::function<void()> taken = [] {};
 };
 
 /// Shows each frame with the pose to reach, reports each pose that was reached, and saves the result once the

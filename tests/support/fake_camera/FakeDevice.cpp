@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
@@ -12,6 +13,8 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+
+#include "Controls.h"
 
 namespace fake_camera {
 
@@ -44,6 +47,10 @@ bool FakeDevice::Exists(const std::string& folder) {
   return std::filesystem::is_directory(folder) && !FakeDevice(folder, -1).Behaves("gone");
 }
 
+bool FakeDevice::MayBeOpened(const std::string& folder) {
+  return !FakeDevice(folder, -1).Behaves("forbidden");
+}
+
 bool FakeDevice::Behaves(const char* word) const {
   std::ifstream file(folder_ + "/behaviour");
   return std::find(std::istream_iterator<std::string>(file), std::istream_iterator<std::string>(), word) !=
@@ -72,17 +79,53 @@ void FakeDevice::FillFormat(v4l2_format& format) const {
   format.fmt.pix.sizeimage = BUFFER_SIZE;
 }
 
+int FakeDevice::Describe(v4l2_capability& capability) const {
+  capability = {};
+  std::ifstream file(folder_ + "/card");
+  std::string name;
+  if (!std::getline(file, name)) name = "Fake camera";
+  std::strcpy(reinterpret_cast<char*>(capability.driver), "fake");
+  // As the system does: a name that fills the place to its end has no zero there.
+  std::memcpy(capability.card, name.data(), std::min(name.size(), sizeof(capability.card)));
+  capability.capabilities = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_STREAMING;
+  if (!Behaves("metadata")) return 0;
+  // Those of the whole camera, and of the device alone.
+  capability.capabilities |= V4L2_CAP_META_CAPTURE | V4L2_CAP_DEVICE_CAPS;
+  capability.device_caps = V4L2_CAP_META_CAPTURE | V4L2_CAP_STREAMING;
+  return 0;
+}
+
+int FakeDevice::ListSize(v4l2_frmsizeenum& size) const {
+  const auto sizes = Sizes();
+  if (size.pixel_format != V4L2_PIX_FMT_MJPEG || size.index >= sizes.size()) return EINVAL;
+  size.type = V4L2_FRMSIZE_TYPE_DISCRETE;
+  std::sscanf(sizes[size.index].c_str(), "%ux%u", &size.discrete.width, &size.discrete.height);
+  return 0;
+}
+
+int FakeDevice::ListRate(v4l2_frmivalenum& rate) {
+  constexpr std::array<unsigned, 3> RATES = {15, 30, 10};
+  if (rate.index >= RATES.size()) return EINVAL;
+  rate.type = V4L2_FRMIVAL_TYPE_DISCRETE;
+  rate.discrete = {1, RATES[rate.index]};
+  return 0;
+}
+
 int FakeDevice::Control(unsigned long request, void* argument) {
   if (Behaves("gone")) return ENODEV;
   switch (request) {
-    case VIDIOC_QUERYCAP: {
-      auto& capability = *static_cast<v4l2_capability*>(argument);
-      capability = {};
-      std::strcpy(reinterpret_cast<char*>(capability.driver), "fake");
-      std::strcpy(reinterpret_cast<char*>(capability.card), "Fake camera");
-      capability.capabilities = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_STREAMING;
-      return 0;
-    }
+    case VIDIOC_QUERYCAP:
+      return Describe(*static_cast<v4l2_capability*>(argument));
+    case VIDIOC_ENUM_FRAMESIZES:
+      return ListSize(*static_cast<v4l2_frmsizeenum*>(argument));
+    case VIDIOC_ENUM_FRAMEINTERVALS:
+      return ListRate(*static_cast<v4l2_frmivalenum*>(argument));
+    case VIDIOC_QUERYCTRL:
+      return Controls(folder_).Describe(*static_cast<v4l2_queryctrl*>(argument));
+    case VIDIOC_G_CTRL:
+      return Controls(folder_).Get(*static_cast<v4l2_control*>(argument));
+    case VIDIOC_S_CTRL:
+      return Controls(folder_).Set(*static_cast<v4l2_control*>(argument));
     case VIDIOC_ENUM_FMT: {
       auto& description = *static_cast<v4l2_fmtdesc*>(argument);
       description.pixelformat = V4L2_PIX_FMT_MJPEG;
@@ -114,6 +157,7 @@ int FakeDevice::Control(unsigned long request, void* argument) {
       static_cast<v4l2_streamparm*>(argument)->parm.capture.timeperframe = {1, rate_};
       return 0;
     case VIDIOC_REQBUFS:
+      if (Behaves("busy")) return EBUSY;
       RequestBuffers(*static_cast<v4l2_requestbuffers*>(argument));
       return 0;
     case VIDIOC_QUERYBUF: {

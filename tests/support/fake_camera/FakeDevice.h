@@ -18,10 +18,18 @@ void* AnonymousMemory(std::size_t length);
 /// other gets the last of them, by name.
 ///
 /// The folder's file "behaviour", read again for each frame, may hold these words:
-///   silent  no frame is delivered
-///   empty   buffers without data are
-///   gone    the device was unplugged: every call fails
+///   silent     no frame is delivered
+///   empty      buffers without data are
+///   gone       the device was unplugged: every call fails
+///   metadata   it is no camera, but what tells of a camera's pictures
+///   busy       another program reads it
+///   forbidden  it may not be opened
 /// Without the folder there is no such device.
+///
+/// The file "card" may hold the device's name. The file "controls" may hold a line for each control that the
+/// device has, with its present value and its default: "focus_auto 1 1", "focus_absolute 40 0",
+/// "zoom_absolute 100 100"; what is set is written into it. A control that is followed by "locked" cannot be
+/// set.
 ///
 /// Functions return 0, or a number of errno. One thread at a time may use a device.
 class FakeDevice {
@@ -30,6 +38,7 @@ class FakeDevice {
   FakeDevice(std::string folder, int descriptor);
 
   static bool Exists(const std::string& folder);
+  static bool MayBeOpened(const std::string& folder);
 
   /// Any request of ioctl; ENOTTY for those that the device does not know.
   int Control(unsigned long request, void* argument);
@@ -43,6 +52,9 @@ class FakeDevice {
   };
 
   bool Behaves(const char* word) const;
+  int Describe(v4l2_capability& capability) const;
+  int ListSize(v4l2_frmsizeenum& size) const;
+  static int ListRate(v4l2_frmivalenum& rate);
   std::vector<std::string> Sizes() const;
   void SetFormat(v4l2_format& format);
   void FillFormat(v4l2_format& format) const;

@@ -1,7 +1,7 @@
-/// Answers the calls that programs make of /dev/video0 and /dev/video1 in place of the operating system.
+/// Answers the calls that programs make of /dev/video0, /dev/video1, ... in place of the operating system.
 ///
-/// To be preloaded (LD_PRELOAD). VELMORA_FAKE_CAMERAS names a folder whose folders "0" and "1" are the
-/// devices (see FakeDevice); it is looked at with each opening. All other calls go to the system.
+/// To be preloaded (LD_PRELOAD). VELMORA_FAKE_CAMERAS names a folder whose folders "0", "1", ... are
+/// the devices (see FakeDevice); it is looked at with each opening. All other calls go to the system.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -52,6 +52,10 @@ int OpenDevice(const std::string& number) {
   const std::string folder = std::string(cameras == nullptr ? "/nonexistent" : cameras) + "/" + number;
   if (!FakeDevice::Exists(folder)) {
     errno = ENOENT;
+    return -1;
+  }
+  if (!FakeDevice::MayBeOpened(folder)) {
+    errno = EACCES;
     return -1;
   }
   const int descriptor = timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC);
