@@ -6,7 +6,7 @@
 
 #include "batch/CameraFile.h"
 #include "batch/CameraViews.h"
-#include "batch/Epipolar.h"
+#include "common/Epipolar.h"
 #include "batch/SharedSearch.h"
 #include "batch/TogetherStream.h"
 #include "batch/ViewSelection.h"
@@ -197,7 +197,7 @@ double EpipolarDistance(Calibrator& calibrator, const std::vector<Centres>& left
     agreeingLeft.push_back(left[i]);
     agreeingRight.push_back(right[i]);
   }
-  return MeanEpipolarDistance(
+  return common::MeanEpipolarDistance(
       agreeingLeft, agreeingRight, {calibrator.GetKLeft(), calibrator.GetDistCoefsLeft()},
       {calibrator.GetKRight(), calibrator.GetDistCoefsRight()}, calibrator.GetFundamentalMatrix());
 }

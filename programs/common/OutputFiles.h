@@ -20,6 +20,7 @@ class OutputFiles {
 
   /// "Written:", then a line for each file, which says whether an earlier one was replaced.
   std::string Text() const;
+  const std::vector<std::string>& Names() const { return written_; }
 
  private:
   std::vector<std::string> earlier_;

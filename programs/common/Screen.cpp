@@ -27,4 +27,13 @@ void DesktopScreen::Close(const std::string& window) {
   }
 }
 
+bool DesktopScreen::WasClosed(const std::string& window) {
+  if (opened_.count(window) == 0) return false;
+  try {
+    return cv::getWindowProperty(window, cv::WND_PROP_VISIBLE) == 0.0;  // negative: it cannot be told
+  } catch (const cv::Exception&) {
+    return true;  // no window is left
+  }
+}
+
 }  // namespace common

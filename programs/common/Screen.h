@@ -17,6 +17,8 @@ class Screen {
   /// The code of the key pressed within that many milliseconds, -1 without one.
   virtual int WaitKey(int milliseconds) = 0;
   virtual void Close(const std::string& window) = 0;
+  /// Whether its user has closed the window since it was shown. To be asked after WaitKey.
+  virtual bool WasClosed(const std::string&) { return false; }
 };
 
 /// The windows of the desktop.
@@ -25,6 +27,7 @@ class DesktopScreen final : public Screen {
   void Show(const std::string& window, const cv::Mat& picture) override;
   int WaitKey(int milliseconds) override;
   void Close(const std::string& window) override;
+  bool WasClosed(const std::string& window) override;
 
  private:
   std::set<std::string> opened_;

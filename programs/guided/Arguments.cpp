@@ -16,14 +16,15 @@ namespace guided {
 namespace {
 
 const char* const DESCRIPTION =
-    "Calibrates a camera with the pose assistant: bring the printed 4x11 grid to where the drawn sheet is, "
-    "pose after pose; snapshots and the computation follow by themselves.";
+    "Calibrates a camera, or a pair: bring the printed 4x11 grid to where the drawn sheet is, pose after pose; "
+    "views are taken and computed from by themselves, and kept as they are taken.";
 
 const char* const FOOTER =
-    "Keys in the window: space takes what is in view besides the poses, also a part of the grid; r starts "
-    "again, q quits.\n"
+    "Keys in the window: space takes what is in view, also a part of the grid; u takes the last view back, "
+    "Enter computes from what is there, s skips a pose, r begins again, v shows the camera without distortion, "
+    "m the map of uncertainty, q ends.\n"
     "Exit status: 0 calibrated, 1 ended before that, 2 wrong usage, unreadable input or no display, 3 with "
-    "--strict: calibrated, but the result is worthless.";
+    "--strict: calibrated, but the result is worthless; 130 or 143 ended by Ctrl-C or SIGTERM.";
 
 /// "0.3px" or "0.3" as a number of pixels; throws CLI's error otherwise.
 double ParsePixels(const std::string& text) {
@@ -122,6 +123,15 @@ Parsed ParseArguments(int argc, const char* const* argv, const std::string& ship
   app.add_option("--output", arguments.output, "name of the result file, to which .json is added")
       ->type_name("NAME")
       ->capture_default_str();
+  app.add_option("--session", arguments.session,
+                 "folder that keeps every view; one that exists is gone on with (default: a new one beside the "
+                 "result, NAME.velmora)")
+      ->type_name("DIR");
+  app.add_flag_callback(
+      "--no-images", [&arguments] { arguments.keepImages = false; },
+      "keep what was found in the images, not the images themselves");
+  app.add_flag("--close", arguments.close,
+               "compute when a recording ends, and close the window when the result is saved");
   app.add_flag("--strict", arguments.strict,
                "end with exit status 3 when the verdict on the result is worthless; the files are written "
                "all the same");

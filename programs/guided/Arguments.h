@@ -27,6 +27,9 @@ struct Arguments : common::EngineOptions {
   int mostPoses = 20;                  ///< asked for at most
   int model = common::MODEL_AUTO;      ///< one of common::LensModels
   std::string output = "calibration";  ///< without .json
+  std::string session;                 ///< that is written, gone on with if it exists; empty: a new one
+  bool keepImages = true;              ///< in the session
+  bool close = false;                  ///< computes when the source ends, and does not stay at the end
   bool strict = false;                 ///< a worthless result gets a status of its own
 };
 

@@ -1,244 +1,323 @@
-/// The live window of a guided calibration.
+/// The window of a guided calibration: what happens. What is shown is in GuidedPicture.cpp.
 #include "guided/GuidedLoop.h"
 
-#include <opencv2/imgproc.hpp>
-
-#include "common/ExitStatus.h"
 #include "common/Messages.h"
-#include "common/Report.h"
-#include "common/ResultFile.h"
-#include "common/VerdictFiles.h"
-#include "common/VerdictReport.h"
+#include "guided/Pages.h"
 
 namespace guided {
 
 namespace {
 
-constexpr int KEY_QUIT = 'q';
-constexpr int KEY_RESTART = 'r';
-constexpr int KEY_SNAPSHOT = ' ';
-const char* const KEYS = " Space takes what is in view besides, r starts again, q quits.";
-constexpr int LIVE_WAIT = 1;
-constexpr int IDLE_WAIT = 10;
+using velmora::GuideState;
 
-/// `used` are the names of the snapshots.
-common::Report ReportOf(Calibrator& calibrator, const common::ChosenModel& lens, const cv::Size& frame,
-                        const std::vector<std::string>& used) {
-  common::Report report;
-  report.model = common::NameOfModel(lens.model);
-  report.modelReasons = lens.reasons;
-  report.frame = frame;
-  report.used = used;
-  common::CopyResult(calibrator, report);
-  return report;
+constexpr int KEY_ENTER = 13;
+constexpr int KEY_LINE_FEED = 10;
+constexpr int KEY_ESCAPE = 27;
+constexpr int LIVE_WAIT = 1;
+constexpr int IDLE_WAIT = 25;
+
+velmora::GuideSettings GuideSettingsOf(const LoopOptions& options, size_t cameras) {
+  velmora::GuideSettings settings;
+  settings.grid = options.computation.grid;
+  settings.frame = options.computation.frame;
+  settings.cameras = static_cast<int>(cameras);
+  return settings;
+}
+
+/// The poses of a file, in the frame.
+std::vector<std::vector<cv::Point2d>> PosesIn(const std::string& path,
+                                              const velmora::GuideSettings& settings) {
+  velmora::Guide guide(settings);
+  guide.LoadTargets(path);
+  std::vector<std::vector<cv::Point2d>> poses;
+  for (; guide.TargetNumber() > 0; guide.Advance()) poses.push_back(guide.Target());
+  return poses;
+}
+
+std::string Count(size_t views) {
+  return std::to_string(views) + (views == 1 ? " view" : " views");
 }
 
 }  // namespace
 
 const char* const GuidedLoop::WINDOW = "Velmora";
 
-GuidedLoop::GuidedLoop(Calibrator& calibrator, common::FrameFeed& feed, common::Screen& screen,
-                       const LoopOptions& options, std::ostream& out, std::ostream& err)
-    : calibrator_(calibrator), feed_(feed), screen_(screen), options_(options), out_(out), err_(err) {
+GuidedLoop::GuidedLoop(velmora::Session& session, ImagesFeed& feed, common::Screen& screen,
+                       LoopOptions options, std::ostream& out, std::ostream& err)
+    : session_(session),
+      feed_(feed),
+      screen_(screen),
+      options_(std::move(options)),
+      out_(out),
+      err_(err),
+      collector_(options_.computation, feed.Cameras()),
+      guide_(GuideSettingsOf(options_, feed.Cameras())),
+      views_(collector_, session_, guide_),
+      estimator_(options_.computation) {
+  const auto poses = PosesIn(options_.poses, guide_.Settings());
+  if (options_.until > 0.0) {
+    next_.emplace([this] { return collector_.Propose(options_.computation.model); }, options_.until,
+                  options_.mostPoses);
+    standIns_ = poses;
+  } else {
+    guide_.SetTargets(poses);
+  }
+  views_.Resume();
 }
 
 common::ExitStatus GuidedLoop::Run() {
-  if (!Begin()) return common::UNUSABLE;
-  if (next_) {
-    out_ << "Bring the sheet to the drawn one, until projections are known to " << options_.until
-         << " px, at most " << goal_ << " times." << KEYS << std::endl;
-  } else {
-    out_ << "Bring the sheet to the drawn one, " << goal_ << " times." << KEYS << std::endl;
-  }
-  while (ShowNext() == Step::GoOn && Follow() == Step::GoOn &&
-         React(screen_.WaitKey(fresh_ ? LIVE_WAIT : IDLE_WAIT)) == Step::GoOn) {
+  Welcome();
+  AfterChange();
+  while (stage_ != Stage::Over) {
+    if (options_.interrupted()) {
+      End();
+      break;
+    }
+    const bool fresh = stage_ == Stage::Taking && LookAtNext();
+    LookAtSource();
+    estimator_.Poll();
+    FollowComputation();
+    if (stage_ == Stage::Over) break;
+    Draw();
+    React(screen_.WaitKey(fresh ? LIVE_WAIT : IDLE_WAIT));
+    if (screen_.WasClosed(WINDOW)) End();
   }
   screen_.Close(WINDOW);
   return status_;
 }
 
-/// From the first pose. False, after the engine's error line, when the poses cannot be used.
-bool GuidedLoop::Begin() {
-  calibrator_.Reset();
-  reached_ = 0;
-  besides_ = 0;
-  observed_.clear();
-  names_.clear();
-  lens_.reset();
-  if (options_.until > 0.0) {
-    calibrator_.DisableAssistant();
-    next_.emplace(calibrator_, options_.until, options_.mostPoses, options_.model);
-    goal_ = options_.mostPoses;
-    return next_->Ask() == NextPoses::State::Asked;
+void GuidedLoop::Welcome() {
+  if (next_) {
+    out_ << "Bring the sheet to the drawn one, until projections are known to " << options_.until
+         << " px, at most " << options_.mostPoses << " times.\n";
+  } else {
+    out_ << "Bring the sheet to the drawn one, " << guide_.Targets() << " times.\n";
   }
-  calibrator_.EnableAssistant(options_.poses);
-  goal_ = calibrator_.GetAssistantGoal();
-  return goal_ > 0;
+  out_ << "The keys are in the window." << std::endl;
 }
 
-GuidedLoop::Step GuidedLoop::ShowNext() {
-  cv::Mat frame;
-  fresh_ = feed_.Take(frame, std::chrono::milliseconds(0));
-  if (fresh_) {
-    DetectIn(frame);
-    if (next_) DrawPrecision(frame);
-    screen_.Show(WINDOW, frame);
-    return Step::GoOn;
+/// True when there was something to look at.
+bool GuidedLoop::LookAtNext() {
+  if (!feed_.Take(images_)) return false;
+  found_ = collector_.Search(images_);
+  lookedAt_ = {};
+  lookedAt_.image = images_[0];
+  lookedAt_.centres = found_[0].centres;
+  lookedAt_.weights = found_[0].weights;
+  lookedAt_.whyNotFound = collector_.WhyNotFound();
+  lookedAt_.time = options_.clock();
+  if (found_.size() > 1) {
+    lookedAt_.rightImage = images_[1];
+    lookedAt_.rightCentres = found_[1].centres;
+    lookedAt_.rightWeights = found_[1].weights;
   }
+  answer_ = guide_.Look(lookedAt_);
+  FollowGuide();
+  return true;
+}
+
+void GuidedLoop::LookAtSource() {
   if (feed_.FailedToStart()) {
     common::PrintError(err_, "cannot read " + options_.source + ".");
     status_ = common::UNUSABLE;
-    return Step::Stop;
-  }
-  if (options_.sourceEnded() && !computing_) {
-    common::PrintError(err_, "the video ended with " + std::to_string(reached_) + " of " +
-                                 std::to_string(goal_) + " poses reached.");
-    return Step::Stop;
-  }
-  return Step::GoOn;
-}
-
-/// Keeps the circles of the frames that become snapshots.
-void GuidedLoop::DetectIn(cv::Mat& frame) {
-  std::vector<cv::Point2d> points;
-  calibrator_.DetectPoints(frame, points, true);
-  if (calibrator_.GetNumberOfRecords() <= static_cast<int>(observed_.size())) return;
-  observed_.push_back(std::move(points));
-  names_.push_back("pose " + std::to_string(static_cast<int>(observed_.size()) - besides_));
-  options_.taken();
-}
-
-GuidedLoop::Step GuidedLoop::React(int key) {
-  if (key == KEY_QUIT) {
-    out_ << "Ended with " << reached_ << " of " << goal_ << " poses reached." << std::endl;
-    return Step::Stop;
-  }
-  if (key == KEY_SNAPSHOT && !computing_) TakeWhatIsInView();
-  if (key == KEY_RESTART && !computing_) {
-    out_ << "Starting again at the first pose." << std::endl;
-    if (!Begin()) {
-      status_ = common::UNUSABLE;
-      return Step::Stop;
-    }
-  }
-  return Step::GoOn;
-}
-
-/// Also a part of the grid: edges and corners are where whole grids hardly come.
-void GuidedLoop::TakeWhatIsInView() {
-  std::vector<cv::Point2d> seen;
-  if (!calibrator_.AddSeen(seen)) {
-    out_ << "Nothing to take: hold the sheet so that most of its circles are in view." << std::endl;
+    stage_ = Stage::Over;
     return;
   }
-  ++besides_;
-  out_ << "Taken besides: " << seen.size() << " circles." << std::endl;
-  observed_.push_back(std::move(seen));
-  names_.push_back("by hand " + std::to_string(besides_));
-  options_.taken();
-}
-
-GuidedLoop::Step GuidedLoop::Follow() {
-  TellOfPoses();
-  return computing_ ? FollowComputation() : Step::GoOn;
-}
-
-void GuidedLoop::TellOfPoses() {
-  for (const int poses = calibrator_.GetNumberOfRecords() - besides_; reached_ < poses;) {
-    ++reached_;
-    out_ << "Pose " << reached_ << (next_ ? " reached." : " of " + std::to_string(goal_) + " reached.")
-         << std::endl;
+  if (stage_ != Stage::Taking || !options_.endsByItself || !options_.sourceEnded()) return;
+  if (views_.Count() >= Estimator::ENOUGH) {
+    BeginComputing();
+    return;
   }
-  // The assistant ends with the last pose of its model, or with the one that was asked for.
-  if (computing_ || calibrator_.GetAssistantGoal() >= 0) return;
+  common::PrintError(err_, "the source ended after " + Count(views_.Count()) + ": at least five are needed.");
+  End();
+}
+
+void GuidedLoop::FollowGuide() {
+  if (answer_.state == GuideState::Reached) Take(true);
+}
+
+/// What was looked at last.
+void GuidedLoop::Take(bool reachesTarget) {
+  const std::string fault = views_.Keep(reachesTarget);
+  if (!fault.empty()) {
+    common::PrintError(err_, fault);
+    Say(fault);
+    return;
+  }
+  const NamedSnapshot& view = views_.All().back();
+  out_ << "View " << views_.Count() << " taken: " << view.name << "." << std::endl;
+  Say("View " + std::to_string(views_.Count()) + " taken");
+  flashed_ = std::chrono::steady_clock::now();
+  options_.taken();
+  const std::string warning = session_.DiskWarning();
+  if (!warning.empty()) {
+    err_ << "Warning: " << warning << std::endl;
+    Say(warning);
+  }
+  AfterChange();
+}
+
+void GuidedLoop::TakeByHand() {
+  const std::string reason =
+      images_.empty() ? "there is no picture yet" : guide_.ReasonAgainst(lookedAt_);
+  if (!reason.empty()) {
+    Say("Not taken: " + reason);
+    out_ << "Not taken: " << reason << "." << std::endl;
+    return;
+  }
+  const bool atTarget = answer_.state == GuideState::Reached || answer_.state == GuideState::HoldStill;
+  Take(atTarget);
+}
+
+/// The views are others than before.
+void GuidedLoop::AfterChange() {
+  estimator_.Update(views_.All());
   if (next_) {
     AskForNext();
-  } else {
-    BeginComputation();
+  } else if (guide_.TargetNumber() == 0 && views_.Count() >= Estimator::ENOUGH) {
+    BeginComputing();
   }
 }
 
 void GuidedLoop::AskForNext() {
-  const NextPoses::State state = next_->Ask();
-  out_ << "  " << next_->Precision() << std::endl;
-  if (state == NextPoses::State::Asked) return;
-  if (state == NextPoses::State::GivenUp) {
-    out_ << "No more poses after " << reached_ << ": the goal is not reached." << std::endl;
+  const NextPoses::State state = next_->Ask(static_cast<int>(views_.Count()));
+  if (views_.Count() > 0) out_ << "  " << next_->Precision() << std::endl;
+  if (state == NextPoses::State::Asked) {
+    guide_.SetTarget(next_->Pose());
+    return;
   }
-  BeginComputation();
-  calibrator_.ComputeCalibrationMultithread(Calibrator::MODEL_RATIONAL);
+  if (state == NextPoses::State::GivenUp)
+    out_ << "No more poses after " << Count(views_.Count()) << ": the goal is not reached." << std::endl;
+  if (views_.Count() >= Estimator::ENOUGH) BeginComputing();
 }
 
-void GuidedLoop::BeginComputation() {
-  computing_ = true;
-  const bool rational = options_.model == Calibrator::MODEL_RATIONAL;
-  out_ << "Computing the " << (rational ? "rational model" : "camera") << ". This may take a while..."
-       << std::endl;
-}
-
-/// Above the score bar, away from the texts of the engine.
-void GuidedLoop::DrawPrecision(cv::Mat& frame) const {
-  const cv::Point place(10, frame.rows - 14);
-  cv::putText(frame, next_->Precision(), place, cv::FONT_HERSHEY_DUPLEX, 0.5, cv::Scalar::all(0), 3,
-              cv::LINE_AA);
-  cv::putText(frame, next_->Precision(), place, cv::FONT_HERSHEY_DUPLEX, 0.5, cv::Scalar::all(255), 1,
-              cv::LINE_AA);
-}
-
-GuidedLoop::Step GuidedLoop::FollowComputation() {
-  if (calibrator_.IsComputing()) return Step::GoOn;
-  if (!lens_ && ComputesAnother()) return Step::GoOn;
-  if (calibrator_.GetStatus() == Calibrator::STATUS_COMPLETED) return Save();
-  common::PrintError(err_, "the calibration failed.");
-  return Step::Stop;
-}
-
-/// What follows the last pose is the rational model, which may fail before a fisheye. True when another one
-/// is wanted, or asked for by the views, and is being computed.
-bool GuidedLoop::ComputesAnother() {
-  try {
-    lens_ = common::ChooseModel(options_.model, calibrator_);
-  } catch (const cv::Exception&) {
-    lens_ = common::ChosenModel{Calibrator::MODEL_RATIONAL, {}};  // no model fits these views
+/// A chosen pose has no other beside it: one of the file stands in for it, for one view.
+void GuidedLoop::Skip() {
+  if (next_ && !standIns_.empty()) {
+    guide_.SetTarget(standIns_[nextStandIn_++ % standIns_.size()]);
+  } else {
+    guide_.Skip();
   }
-  if (lens_->model == Calibrator::MODEL_RATIONAL) return false;
-  common::ComputeModelInBackground(lens_->model, calibrator_);
-  return true;
+  Say("Skipped");
+  if (guide_.TargetNumber() == 0) AfterChange();
 }
 
-/// A fisheye has a file of its own.
-std::string GuidedLoop::ResultName() const {
-  return calibrator_.GetFisheye().IsEmpty() ? options_.output : options_.output + "_fisheye";
+void GuidedLoop::BeginComputing() {
+  stage_ = Stage::Computing;
+  out_ << "Computing from " << Count(views_.Count()) << " ..." << std::endl;
 }
 
-GuidedLoop::Step GuidedLoop::Save() {
-  common::Report report = ReportOf(calibrator_, *lens_, options_.frame, names_);
-  const CalibrationVerdict verdict = calibrator_.GetVerdict();
-  report.disagreeing = common::RejectedViews(verdict);
-  out_ << common::ResultTable(report) << "\n" << common::VerdictTable(verdict, report.used);
+void GuidedLoop::FollowComputation() {
+  if (stage_ != Stage::Computing) return;
+  const std::shared_ptr<const Outcome> outcome = estimator_.Current();
+  if (outcome == nullptr) return;
+  if (!outcome->Failed()) {
+    Finish(*outcome);
+    return;
+  }
+  common::PrintError(err_, "the calibration failed: " + outcome->fault);
+  Say("The calibration failed: take more views");
+  stage_ = Stage::Taking;
+  if (options_.endsByItself && options_.sourceEnded()) End();
+}
+
+void GuidedLoop::Finish(const Outcome& outcome) {
+  out_ << TextOf(outcome);
   common::OutputFiles files;
-  const std::string unwritten = Write(verdict, files);
-  if (!unwritten.empty()) {
-    common::PrintError(err_, "cannot write '" + unwritten + "'.");
+  if (!SaveAll(outcome, files)) {
     status_ = common::UNUSABLE;
-    return Step::Stop;
+    stage_ = Stage::Over;
+    SayHowToGoOn();
+    return;
   }
-  out_ << "\n" << files.Text() << std::flush;
-  const bool worthless = verdict.grade == CalibrationVerdict::Grade::Worthless;
-  status_ = worthless && options_.strict ? common::WORTHLESS : common::SUCCESS;
-  return Step::Stop;
+  out_ << "\n" << files.Text();
+  constexpr double MEGABYTE = 1e6;
+  out_ << "The views are in '" << session_.Folder() << "': " << Count(views_.Count()) << ", "
+       << std::lround(static_cast<double>(session_.BytesTaken()) / MEGABYTE) << " MB." << std::endl;
+  status_ = outcome.IsWorthless() && options_.strict ? common::WORTHLESS : common::SUCCESS;
+  stage_ = options_.endsByItself ? Stage::Over : Stage::Done;
+  if (stage_ == Stage::Done) {
+    endPage_ = EndPageOf(outcome, session_, files.Names());
+    endPage_.keys = {{"Enter", "take more views", !options_.sourceEnded()}, {"q", "end"}};
+  }
 }
 
-/// The file that could not be written, or an empty text.
-std::string GuidedLoop::Write(const CalibrationVerdict& verdict, common::OutputFiles& files) {
-  const std::string name = ResultName();
-  std::string result = name + ".json";
-  files.Announce(result);
-  const std::string text = name == options_.output ? common::SaveResultFile(calibrator_, options_.output)
-                                                   : common::SaveFisheyeFile(calibrator_, options_.output);
-  if (text.empty()) return result;
-  files.Written(result);
-  return common::SaveVerdict(verdict, options_.frame, observed_, name, files);
+/// Under the name that was asked for, and beside the views that it is of.
+bool GuidedLoop::SaveAll(const Outcome& outcome, common::OutputFiles& files) {
+  std::string unwritten = Save(outcome, options_.output, files);
+  common::OutputFiles copies;
+  if (unwritten.empty()) unwritten = Save(outcome, session_.PathFor("result"), copies);
+  if (!unwritten.empty()) common::PrintError(err_, "cannot write '" + unwritten + "'.");
+  return unwritten.empty();
+}
+
+void GuidedLoop::React(int key) {
+  if (key < 0) return;
+  if (key == 'q' || key == KEY_ESCAPE) {
+    End();
+  } else if (stage_ == Stage::Taking) {
+    ReactWhileTaking(key);
+  } else if (stage_ == Stage::Done) {
+    ReactAtTheEnd(key);
+  }
+}
+
+void GuidedLoop::ReactWhileTaking(int key) {
+  switch (key) {
+    case ' ':
+      TakeByHand();
+      break;
+    case 'u': {
+      const std::string done = views_.TakeBack();
+      out_ << done << "." << std::endl;
+      Say(done);
+      AfterChange();
+      break;
+    }
+    case 'r':
+      views_.BeginAgain();
+      out_ << "Starting again at the first pose." << std::endl;
+      Say("Begun again: u brings the views back");
+      AfterChange();
+      break;
+    case 's':
+      Skip();
+      break;
+    case 'v':
+      undistorted_ = !undistorted_;
+      break;
+    case 'm':
+      mapPlace_ = mapPlace_ == MapPlace::None    ? MapPlace::Inset
+                  : mapPlace_ == MapPlace::Inset ? MapPlace::Whole
+                                                 : MapPlace::None;
+      break;
+    case KEY_ENTER:
+    case KEY_LINE_FEED:
+      if (views_.Count() >= Estimator::ENOUGH) {
+        BeginComputing();
+      } else {
+        Say("At least five views are needed: there are " + std::to_string(views_.Count()));
+      }
+      break;
+    default:
+      break;
+  }
+}
+
+void GuidedLoop::ReactAtTheEnd(int key) {
+  if ((key == KEY_ENTER || key == KEY_LINE_FEED) && !options_.sourceEnded()) stage_ = Stage::Taking;
+}
+
+void GuidedLoop::End() {
+  if (stage_ != Stage::Done) {
+    out_ << "Ended with " << Count(views_.Count()) << "." << std::endl;
+    SayHowToGoOn();
+  }
+  stage_ = Stage::Over;
+}
+
+void GuidedLoop::SayHowToGoOn() {
+  out_ << "They are kept. To go on: velmora-guided --session '" << session_.Folder() << "'" << std::endl;
 }
 
 }  // namespace guided

@@ -1,86 +1,125 @@
-/// The live window of a guided calibration, from the first pose to the saved result.
+/// The window of a guided calibration, from the first view to the page at the end.
 #pragma once
 
+#include <chrono>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
 
-#include "Calibrator.h"
 #include "common/ExitStatus.h"
-#include "common/FrameFeed.h"
-#include "common/LensModels.h"
 #include "common/OutputFiles.h"
 #include "common/Screen.h"
+#include "guided/Collector.h"
+#include "guided/EndPage.h"
+#include "guided/Estimator.h"
+#include "guided/ImagesFeed.h"
 #include "guided/NextPoses.h"
+#include "guided/Picture.h"
+#include "guided/Undistortion.h"
+#include "guided/Views.h"
+#include "velmora/Guide.h"
+#include "velmora/Session.h"
 
 namespace guided {
 
 struct LoopOptions {
-  std::string poses;   ///< model file of the assistant
+  ComputationSettings computation;
+  std::string poses;   ///< model file with the poses to reach
   std::string output;  ///< result file, without its extension
-  cv::Size frame;      ///< processing size
   std::string source;  ///< what frames come from, in words
-  /// True once a recording has no more frames.
-  std::function<bool()> sourceEnded = [] { return false; };
-  /// Pixels to which projections are to be known, by poses that are chosen for it; 0: by those of the model.
+  /// Pixels to which projections are to be known, by poses that are chosen for it; 0: by those of the file.
   double until = 0.0;
-  int mostPoses = 20;  ///< that are chosen
-  /// The lens model of the result, one of common::LensModels.
-  int model = Calibrator::MODEL_RATIONAL;
-  bool strict = false;  ///< a worthless result gets a status of its own
-  /// Called when a view was taken.
-  std::function<void()> taken = [] {};
+  int mostPoses = 20;         ///< that are chosen
+  bool strict = false;        ///< a worthless result gets a status of its own
+  bool endsByItself = false;  ///< computes when the source ends, and does not stay at the end
+
+  /// What is wrong with the source, in words for the picture; empty while frames arrive.
+  std::function<std::string()> remark = [] { return std::string(); };
+  std::function<bool()> sourceEnded = [] { return false; };  ///< there are no more frames
+  std::function<bool()> interrupted = [] { return false; };  ///< the program has been asked to end
+  std::function<void()> taken = [] {};                       ///< called when a view was taken
+  std::function<double()> clock;                             ///< when a frame was taken, seconds
 };
 
-/// Shows each frame with the pose to reach, reports each pose that was reached, and saves the result once the
-/// computation that follows the last pose is done. The poses are those of the model or, with a target
-/// accuracy, the most informative ones until it is reached. Made, run and destroyed on the window thread.
+/// Shows what the cameras see and what to do, takes views as their poses are reached, computes, and stays
+/// with the result until a key ends it. What is taken is in the session before it is said to be. Made, run
+/// and destroyed on the window thread.
 class GuidedLoop {
  public:
   static const char* const WINDOW;
 
-  GuidedLoop(Calibrator& calibrator, common::FrameFeed& feed, common::Screen& screen,
-             const LoopOptions& options, std::ostream& out, std::ostream& err);
+  /// Goes on with what the session holds. Raises std::runtime_error when the poses cannot be used.
+  GuidedLoop(velmora::Session& session, ImagesFeed& feed, common::Screen& screen, LoopOptions options,
+             std::ostream& out, std::ostream& err);
 
+  /// With the result SUCCESS, or WORTHLESS where that is asked for; NO_RESULT when it was ended before.
   common::ExitStatus Run();
 
  private:
-  enum class Step { GoOn, Stop };
+  enum class Stage { Taking, Computing, Done, Over };
+  using Moment = std::chrono::steady_clock::time_point;
 
-  bool Begin();
-  Step ShowNext();
-  void DetectIn(cv::Mat& frame);
-  Step React(int key);
-  void TakeWhatIsInView();
-  Step Follow();
-  Step FollowComputation();
-  bool ComputesAnother();
-  std::string ResultName() const;
-  Step Save();
-  std::string Write(const CalibrationVerdict& verdict, common::OutputFiles& files);
-  void TellOfPoses();
+  void Welcome();
+  bool LookAtNext();
+  void LookAtSource();
+  void FollowGuide();
+  void Take(bool reachesTarget);
+  void TakeByHand();
+  void AfterChange();
   void AskForNext();
-  void BeginComputation();
-  void DrawPrecision(cv::Mat& frame) const;
+  void Skip();
+  void BeginComputing();
+  void FollowComputation();
+  void Finish(const Outcome& outcome);
+  bool SaveAll(const Outcome& outcome, common::OutputFiles& files);
+  void React(int key);
+  void ReactWhileTaking(int key);
+  void ReactAtTheEnd(int key);
+  void End();
+  void SayHowToGoOn();
 
-  Calibrator& calibrator_;
-  common::FrameFeed& feed_;
+  void Say(const std::string& message);
+  void Draw();
+  Picture PictureNow();
+  CameraPicture CameraNow(size_t camera) const;
+  void AddWords(Picture& picture) const;
+  void AddEstimate(Picture& picture);
+  std::vector<Key> KeysNow() const;
+
+  velmora::Session& session_;
+  ImagesFeed& feed_;
   common::Screen& screen_;
   const LoopOptions options_;
   std::ostream& out_;
   std::ostream& err_;
-  std::optional<NextPoses> next_;  ///< with a target accuracy
+
+  Collector collector_;
+  velmora::Guide guide_;
+  Views views_;
+  Estimator estimator_;
+  std::optional<NextPoses> next_;                    ///< with a target accuracy
+  std::vector<std::vector<cv::Point2d>> standIns_;  ///< poses in place of chosen ones that are skipped
+  size_t nextStandIn_ = 0;
+
+  Stage stage_ = Stage::Taking;
   common::ExitStatus status_ = common::NO_RESULT;
-  int goal_ = 0;
-  int reached_ = 0;
-  int besides_ = 0;                                 ///< snapshots that were taken by hand
-  bool fresh_ = false;                              ///< a frame was shown in this turn
-  bool computing_ = false;                          ///< the last pose was reached
-  std::optional<common::ChosenModel> lens_;         ///< of the result, once it is known which it is to be
-  std::vector<std::vector<cv::Point2d>> observed_;  ///< the circles of each snapshot
-  std::vector<std::string> names_;                  ///< of the snapshots: "pose 2", "by hand 1"
+
+  std::vector<cv::Mat> images_;     ///< that were looked at last
+  std::vector<Finding> found_;      ///< in them
+  velmora::GuideFrame lookedAt_;    ///< the same, as the guide takes it
+  velmora::GuideAnswer answer_;     ///< on them
+  std::string message_;
+  Moment said_;      ///< the message
+  Moment flashed_;   ///< a view was taken then
+  bool undistorted_ = false;
+  MapPlace mapPlace_ = MapPlace::None;
+  std::shared_ptr<const Outcome> drawn_;  ///< the outcome that these are of
+  cv::Mat map_;
+  std::vector<Undistortion> undistortions_;
+  EndPage endPage_;
 };
 
 }  // namespace guided

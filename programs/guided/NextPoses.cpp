@@ -4,8 +4,6 @@
 #include <iomanip>
 #include <sstream>
 
-#include "common/LensModels.h"
-
 namespace guided {
 
 namespace {
@@ -22,17 +20,10 @@ std::string InPixels(double value) {
 
 }  // namespace
 
-PoseProposal NextPoses::Propose() const {
-  if (model_ == common::MODEL_FISHEYE) return calibrator_.ProposeFisheyePose();
-  return calibrator_.ProposePose(model_ == common::MODEL_AUTO ? Calibrator::MODEL_RATIONAL : model_);
-}
-
-NextPoses::State NextPoses::Ask() {
-  proposal_ = Propose();
-  const int taken = calibrator_.GetNumberOfRecords();
+NextPoses::State NextPoses::Ask(int taken) {
+  proposal_ = propose_();
   if (taken >= LEAST_POSES && !proposal_.nominal && proposal_.deviation <= target_) return State::Known;
-  if (taken >= most_ || !calibrator_.AskForPose(proposal_.centres)) return State::GivenUp;
-  return State::Asked;
+  return taken >= most_ || proposal_.centres.empty() ? State::GivenUp : State::Asked;
 }
 
 std::string NextPoses::Precision() const {

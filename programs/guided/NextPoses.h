@@ -1,37 +1,41 @@
 /// Asks for poses until the target accuracy is reached.
 #pragma once
 
+#include <functional>
+#include <opencv2/core.hpp>
 #include <string>
+#include <vector>
 
-#include "Calibrator.h"
+#include "PoseProposal.h"
 
 namespace guided {
 
-/// Has the assistant show the most informative pose, given the snapshots so far.
+/// Asks for the pose that tells most after the views so far.
 class NextPoses {
  public:
   enum class State { Asked, Known, GivenUp };
 
+  /// What proposes a pose, given the views that are there.
+  using Proposing = std::function<PoseProposal()>;
+
   /// The target accuracy: to how many pixels projections are to be known, over the whole image; and how many
-  /// snapshots may be taken for it. The model is one of common::LensModels; until it is chosen poses are
-  /// asked for as the rational one needs them.
-  NextPoses(Calibrator& calibrator, double target, int most, int model)
-      : calibrator_(calibrator), target_(target), most_(most), model_(model) {}
+  /// views may be taken for it.
+  NextPoses(Proposing propose, double target, int most)
+      : propose_(std::move(propose)), target_(target), most_(most) {}
 
-  /// Asks for the next pose, or says why there is none: the target accuracy is reached, or no more may be (or
-  /// can be) asked.
-  State Ask();
+  /// Asks for the next pose, with that many views there, or says why there is none: the target accuracy is
+  /// reached, or no more may be (or can be) asked.
+  State Ask(int taken);
 
+  /// The centres of the pose that was asked for.
+  const std::vector<cv::Point2d>& Pose() const { return proposal_.centres; }
   /// How well the camera was known at the last call, in words.
   std::string Precision() const;
 
  private:
-  PoseProposal Propose() const;
-
-  Calibrator& calibrator_;
-  double target_;
-  int most_;
-  int model_;
+  const Proposing propose_;
+  const double target_;
+  const int most_;
   PoseProposal proposal_;
 };
 

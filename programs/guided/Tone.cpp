@@ -111,7 +111,7 @@ std::string ToneFile() {
   return file;
 }
 
-Tone::Tone(bool on) : on_(on) {
+ShutterTone::ShutterTone(bool on) : on_(on) {
   if (!on_) return;
   for (const char* const name : {"paplay", "pw-play", "aplay"}) {
     const std::string player = OnThePath(name);
@@ -121,12 +121,12 @@ Tone::Tone(bool on) : on_(on) {
   if (file_ < 0) players_.clear();
 }
 
-Tone::~Tone() {
+ShutterTone::~ShutterTone() {
   Reap();
   if (file_ >= 0) close(file_);
 }
 
-void Tone::Play() {
+void ShutterTone::Play() {
   if (!on_) return;
   Reap();
   if (playing_.size() >= MOST_AT_ONCE) return;
@@ -136,28 +136,28 @@ void Tone::Play() {
   }
 }
 
-std::vector<pid_t> Tone::Playing() const {
+std::vector<pid_t> ShutterTone::Playing() const {
   std::vector<pid_t> players;
   players.reserve(playing_.size());
   for (const auto& playing : playing_) players.push_back(playing.first);
   return players;
 }
 
-bool Tone::Begin(const std::string& player) {
+bool ShutterTone::Begin(const std::string& player) {
   const pid_t process = Start(file_).Run(player);
   if (process > 0) playing_.emplace_back(process, player);
   return process > 0;
 }
 
 /// A player may be there without anything to play on.
-void Tone::GiveUp(const std::string& player) {
+void ShutterTone::GiveUp(const std::string& player) {
   std::vector<std::string> others;
   std::remove_copy(players_.begin(), players_.end(), std::back_inserter(others), player);
   players_.swap(others);  // the name may be one of those that it is compared with
 }
 
 /// Takes note of players that are done.
-void Tone::Reap() {
+void ShutterTone::Reap() {
   const auto done = [this](const std::pair<pid_t, std::string>& playing) {
     int status = 0;
     if (waitpid(playing.first, &status, WNOHANG) != playing.first) return false;

@@ -15,12 +15,12 @@ std::string ToneFile();
 /// Plays the tone with a player of the machine (paplay, pw-play, aplay: the first on the PATH), else rings
 /// the terminal's bell. Never waits for the player and never fails: a player that fails gives way to the
 /// next. One thread at a time may use it.
-class Tone {
+class ShutterTone {
  public:
-  explicit Tone(bool on = true);
-  ~Tone();
-  Tone(const Tone&) = delete;
-  Tone& operator=(const Tone&) = delete;
+  explicit ShutterTone(bool on = true);
+  ~ShutterTone();
+  ShutterTone(const ShutterTone&) = delete;
+  ShutterTone& operator=(const ShutterTone&) = delete;
 
   void Play();
 

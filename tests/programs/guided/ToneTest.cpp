@@ -84,7 +84,7 @@ TEST_F(ToneTest, IsASoundFileThatSaysItsLength) {
 
 TEST_F(ToneTest, IsGivenToThePlayerFromItsBeginningEachTime) {
   InstallPlayer("aplay", Recording("played"));
-  guided::Tone tone;
+  guided::ShutterTone tone;
   for (int round = 0; round < 2; ++round) {
     tone.Play();
     ASSERT_TRUE(Eventually([&] { return Recorded("played"); })) << round;
@@ -96,7 +96,7 @@ TEST_F(ToneTest, IsGivenToThePlayerFromItsBeginningEachTime) {
 TEST_F(ToneTest, APlayerThatFailsGivesWayToTheNext) {
   InstallPlayer("paplay", "touch " + folder_.File("failed") + "; exit 1");
   InstallPlayer("aplay", Recording("played"));
-  guided::Tone tone;
+  guided::ShutterTone tone;
   EXPECT_TRUE(Eventually([&] {
     tone.Play();
     return Recorded("played");
@@ -108,14 +108,14 @@ TEST_F(ToneTest, APlayerThatCannotBeStartedGivesWayAtOnce) {
   support::WriteText(folder_.File("paplay"), "#!/nowhere/shell\n");
   chmod(folder_.File("paplay").c_str(), 0755);
   InstallPlayer("aplay", Recording("played"));
-  guided::Tone tone;
+  guided::ShutterTone tone;
   tone.Play();
   EXPECT_TRUE(Eventually([&] { return Recorded("played"); }));
 }
 
 TEST_F(ToneTest, PlayersThatHangAreNotHeapedUp) {
   InstallPlayer("aplay", "echo x >> " + folder_.File("started") + "; exec sleep 600");
-  guided::Tone tone;
+  guided::ShutterTone tone;
   for (int i = 0; i < 10; ++i) tone.Play();
   EXPECT_TRUE(Eventually([&] { return Content(folder_.File("started")).size() >= 6; }));
   for (int i = 0; i < 10; ++i) tone.Play();
@@ -125,17 +125,17 @@ TEST_F(ToneTest, PlayersThatHangAreNotHeapedUp) {
 
 TEST_F(ToneTest, IsNotPlayedWhenItIsNotWanted) {
   InstallPlayer("aplay", Recording("played"));
-  guided::Tone silent(false);
+  guided::ShutterTone silent(false);
   silent.Play();
   EXPECT_TRUE(silent.Playing().empty());
-  guided::Tone tone;
+  guided::ShutterTone tone;
   tone.Play();
   EXPECT_EQ(tone.Playing().size(), 1U);
   EXPECT_TRUE(Eventually([&] { return Recorded("played"); }));
 }
 
 TEST_F(ToneTest, WithoutAPlayerNothingFails) {
-  guided::Tone tone;
+  guided::ShutterTone tone;
   for (int i = 0; i < 10; ++i) tone.Play();
   EXPECT_TRUE(tone.Playing().empty());
 }
@@ -149,8 +149,8 @@ TEST_F(ToneTest, WithoutAPlayerTheTerminalRings) {
   ASSERT_GE(end, 0);
   const int saved = dup(STDERR_FILENO);
   dup2(end, STDERR_FILENO);
-  guided::Tone().Play();
-  guided::Tone(false).Play();
+  guided::ShutterTone().Play();
+  guided::ShutterTone(false).Play();
   dup2(saved, STDERR_FILENO);
   std::string rung(16, ' ');
   const ssize_t length = read(terminal, rung.data(), rung.size());

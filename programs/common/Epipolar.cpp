@@ -1,11 +1,11 @@
 /// How well pairs of points agree with the geometry of a pair of cameras.
-#include "batch/Epipolar.h"
+#include "common/Epipolar.h"
 
 #include <cmath>
 #include <opencv2/calib3d.hpp>
 #include <opencv2/imgproc.hpp>
 
-namespace batch {
+namespace common {
 
 namespace {
 
@@ -40,4 +40,4 @@ double MeanEpipolarDistance(const std::vector<std::vector<cv::Point2d>>& left,
   return count > 0 ? sum / static_cast<double>(count) : 0.0;
 }
 
-}  // namespace batch
+}  // namespace common

@@ -4,7 +4,7 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-namespace batch {
+namespace common {
 
 /// The intrinsics of one camera.
 struct Intrinsics {
@@ -17,4 +17,4 @@ double MeanEpipolarDistance(const std::vector<std::vector<cv::Point2d>>& left,
                             const std::vector<std::vector<cv::Point2d>>& right, const Intrinsics& leftCamera,
                             const Intrinsics& rightCamera, const cv::Mat& F);
 
-}  // namespace batch
+}  // namespace common
