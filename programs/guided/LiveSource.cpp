@@ -40,6 +40,7 @@ struct Opened {
   common::SourcePlan plan;
   std::string name;
   std::shared_ptr<SourceWatch> watch;
+  std::shared_ptr<Optics> optics = std::make_shared<Optics>();
   common::Delivery delivery = common::Delivery::NewestFrame;
   std::optional<Pace> pace;
 };
@@ -131,27 +132,40 @@ std::vector<int> CamerasOf(const common::SourcePlan& plan) {
   return numbers;
 }
 
-/// Captures that come back when their cameras do, and tell the watch of it.
-std::function<std::unique_ptr<common::Capture>()> Persistent(const Surroundings& around,
-                                                             const std::shared_ptr<SourceWatch>& watch) {
+/// Who tells the watch of cameras that are gone, and restores the focus of those that are back.
+CameraCare CareOf(const Opened& opened, const std::string& devices) {
   CameraCare care;
-  care.present = [folder = around.devices](int camera) { return DeviceExists(folder, camera); };
-  care.tellGone = [watch](const std::string& name, bool gone) { watch->SetGone(name, gone); };
-  care.reopened = [folder = around.devices](int camera) {
-    FixOptics(VideoDevice(DevicePath(folder, camera)));
+  care.present = [devices](int camera) { return DeviceExists(devices, camera); };
+  care.tellGone = [watch = opened.watch](const std::string& name, bool gone) { watch->SetGone(name, gone); };
+  care.reopened = [devices, optics = opened.optics](int camera) {
+    optics->Restore(camera, VideoDevice(DevicePath(devices, camera)));
   };
-  return [=, newCapture = around.newCapture, clock = around.clock] {
-    return std::make_unique<ReopeningCapture>(newCapture, care, clock);
+  return care;
+}
+
+/// Captures that come back when their cameras do. Empty, after a line on `err` (two about a camera), when one
+/// does not open.
+common::Captures Open(const Opened& opened, const Surroundings& around, std::ostream& err) {
+  size_t begun = 0;
+  const auto newCapture = [&, care = CareOf(opened, around.devices)] {
+    ++begun;
+    return std::make_unique<ReopeningCapture>(around.newCapture, care, around.clock);
   };
+  common::Captures captures = common::OpenCaptures(opened.plan, newCapture, err);
+  if (!captures.empty()) return captures;
+  // The last one that was begun is the one that failed.
+  const int* camera = std::get_if<int>(&opened.plan.captures.at(begun - 1).address);
+  if (camera != nullptr) err << CamerasText(around.devices, *camera);
+  return {};
 }
 
 /// Autofocus gets a moment to focus on what is in view, and is then switched off.
-void FixOpticsOf(const common::SourcePlan& plan, const Surroundings& around, std::ostream& out) {
-  for (const int number : CamerasOf(plan)) {
+void FixOpticsOf(const Opened& opened, const Surroundings& around, std::ostream& out) {
+  for (const int number : CamerasOf(opened.plan)) {
     const VideoDevice device(DevicePath(around.devices, number));
     if (device.Fault() != 0) continue;
     if (FocusesByItself(device)) around.wait(std::chrono::seconds(2));
-    out << FixOptics(device);
+    out << opened.optics->Fix(number, device);
   }
 }
 
@@ -204,7 +218,7 @@ std::unique_ptr<LiveSource> Deliver(const Arguments& arguments, const Opened& op
   }
   delivering->SetFrameSize(size);
   out << ArrivalText(arrival) << LargerOffer(arguments, opened, around, arrival);
-  FixOpticsOf(opened.plan, around, out);
+  FixOpticsOf(opened, around, out);
   out << std::flush;
   return delivering;
 }
@@ -219,11 +233,8 @@ std::unique_ptr<LiveSource> OpenLiveSource(const Arguments& arguments, const Sur
   const SourceKind kind = KindOf(settings, opened.plan);
   opened.name = NameOf(opened.plan, arguments.select);
   opened.watch = std::make_shared<SourceWatch>(kind, around.clock);
-  common::Captures captures = common::OpenCaptures(opened.plan, Persistent(around, opened.watch), err);
-  if (captures.empty()) {
-    if (settings.webcam) err << CamerasText(around.devices, *settings.webcam);
-    return nullptr;
-  }
+  common::Captures captures = Open(opened, around, err);
+  if (captures.empty()) return nullptr;
   opened.delivery =
       kind == SourceKind::Recording ? common::Delivery::EveryFrame : common::Delivery::NewestFrame;
   opened.pace = PaceOf(arguments, kind, *captures.front());

@@ -71,7 +71,8 @@ struct Surroundings {
 };
 
 /// Opens what the arguments ask for, switches autofocus off, waits for the first frame (seconds at most), and
-/// tells on `out` what arrives. Null, after a line on `err` that says why (none after an interruption).
+/// tells on `out` what arrives. Null, after a line on `err` that says why (none after an interruption). A
+/// source that is stuck and cannot be closed then ends the process with status 2.
 std::unique_ptr<LiveSource> OpenLiveSource(const Arguments& arguments, const Surroundings& around,
                                            std::ostream& out, std::ostream& err);
 

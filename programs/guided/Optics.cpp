@@ -1,4 +1,4 @@
-/// Keeps the optics of a camera as they are while it is calibrated.
+/// Keeps the optics of cameras as they are while they are calibrated.
 #include "guided/Optics.h"
 
 #include <linux/videodev2.h>
@@ -6,17 +6,6 @@
 namespace guided {
 
 namespace {
-
-std::string FixFocus(const VideoDevice& device) {
-  if (!FocusesByItself(device)) return "";
-  const auto focus = device.Control(V4L2_CID_FOCUS_ABSOLUTE);
-  if (!device.SetControl(V4L2_CID_FOCUS_AUTO, 0)) {
-    return "Autofocus cannot be switched off: the result holds for no focus in particular.\n";
-  }
-  // Some lenses go to the place of rest without autofocus.
-  if (focus) device.SetControl(V4L2_CID_FOCUS_ABSOLUTE, focus->value);
-  return "Autofocus switched off: the focus must not change while calibrating.\n";
-}
 
 std::string TellOfZoom(const VideoDevice& device) {
   const auto zoom = device.Control(V4L2_CID_ZOOM_ABSOLUTE);
@@ -32,8 +21,32 @@ bool FocusesByItself(const VideoDevice& device) {
   return automatic && automatic->value != 0;
 }
 
-std::string FixOptics(const VideoDevice& device) {
-  return FixFocus(device) + TellOfZoom(device);
+std::string Optics::Fix(int camera, const VideoDevice& device) {
+  if (!FocusesByItself(device)) return TellOfZoom(device);
+  const auto focus = device.Control(V4L2_CID_FOCUS_ABSOLUTE);
+  if (!device.SetControl(V4L2_CID_FOCUS_AUTO, 0)) {
+    return "Autofocus cannot be switched off: the result holds for no focus in particular.\n" +
+           TellOfZoom(device);
+  }
+  if (focus) {
+    // Some lenses go to their place of rest without autofocus.
+    device.SetControl(V4L2_CID_FOCUS_ABSOLUTE, focus->value);
+    const std::lock_guard<std::mutex> guard(lock_);
+    focus_[camera] = focus->value;
+  }
+  return "Autofocus switched off: the focus must not change while calibrating.\n" + TellOfZoom(device);
+}
+
+void Optics::Restore(int camera, const VideoDevice& device) {
+  int focus = 0;
+  {
+    const std::lock_guard<std::mutex> guard(lock_);
+    const auto known = focus_.find(camera);
+    if (known == focus_.end()) return;
+    focus = known->second;
+  }
+  device.SetControl(V4L2_CID_FOCUS_AUTO, 0);
+  device.SetControl(V4L2_CID_FOCUS_ABSOLUTE, focus);
 }
 
 }  // namespace guided

@@ -19,7 +19,7 @@ struct CameraCare {
   std::function<bool(int)> present;
   /// It was found to be gone, or there again; with its name.
   std::function<void(const std::string&, bool)> tellGone;
-  /// The camera of that number was opened again, as it was the first time.
+  /// The camera of that number was opened again, with the properties that were set.
   std::function<void(int)> reopened;
 };
 

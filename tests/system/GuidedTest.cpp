@@ -43,8 +43,8 @@ class GuidedProgram : public testing::Test {
 
 TEST_F(GuidedProgram, CalibratesFromAVideoOfTheShippedPoses) {
   const std::string video = VideoOfThePoses();
-  support::Process program({VELMORA_GUIDED, "--video", video, "--hdist", "0.2", "--output", "camera"},
-                           OnTheDesktop());
+  support::Process program(
+      {VELMORA_GUIDED, "--video", video, "--fast", "--hdist", "0.2", "--output", "camera"}, OnTheDesktop());
   EXPECT_TRUE(WaitUntil([&] {
     const std::string window = virtualDisplay_.FindWindow("Velmora");
     return (!window.empty() && ShowsBar(virtualDisplay_.PictureOf(window))) || !program.Running();

@@ -61,7 +61,9 @@ TEST(CommandLine, HelpNamesRangesDefaultsAndWhatGoesTogether) {
     EXPECT_NE(batch.find(part), std::string::npos) << part << "\n" << batch;
   }
   const std::string guided = Told(VELMORA_GUIDED, "--help");
-  for (const char* part : {"not with --until", "with --until", "Source (exactly one)", "default: 640"}) {
+  for (const char* part :
+       {"not with --until", "with --until", "Source (exactly one)", "default: that of what arrives",
+        "not with --video_right; not with --webcam_right"}) {
     EXPECT_NE(guided.find(part), std::string::npos) << part << "\n" << guided;
   }
 }

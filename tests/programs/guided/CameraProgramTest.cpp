@@ -28,14 +28,17 @@ class CameraProgram : public testing::Test {
     std::ifstream stream(FileOf(camera, file));
     return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
   }
+  support::Process::Options WithTheCameras() const {
+    support::Process::Options options;
+    options.environment = {{"LD_PRELOAD", VELMORA_FAKE_CAMERA}, {"VELMORA_FAKE_CAMERAS", folder_.Path()}};
+    options.unset = {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"};
+    return options;
+  }
   /// What the program says when it is started with these cameras and without a display.
   std::string Output(const std::vector<std::string>& words, int status) {
     std::vector<std::string> command = {VELMORA_GUIDED};
     command.insert(command.end(), words.begin(), words.end());
-    support::Process::Options options;
-    options.environment = {{"LD_PRELOAD", VELMORA_FAKE_CAMERA}, {"VELMORA_FAKE_CAMERAS", folder_.Path()}};
-    options.unset = {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"};
-    support::Process program(command, options);
+    support::Process program(command, WithTheCameras());
     EXPECT_EQ(program.WaitForExit(LONG_ENOUGH), status) << program.Errors();
     errors_ = program.Errors();
     return program.Output();
@@ -109,6 +112,32 @@ TEST_F(CameraProgram, SaysWhenTheFocusCannotBeFixed) {
   EXPECT_EQ(Output({"--webcam", "0"}, 2),
             "Frames of webcam 0: 640x480.\n"
             "Autofocus cannot be switched off: the result holds for no focus in particular.\n");
+}
+
+TEST_F(CameraProgram, GoesOnWithACameraThatWasUnpluggedAtTheFocusItHad) {
+  Provide(0, {640, 480});
+  Write(0, "controls", "focus_auto 1 1\nfocus_absolute 40 0\n");
+  support::Process program({VELMORA_SOURCE_PROGRAM, "0"}, WithTheCameras());
+  ASSERT_TRUE(program.WaitForOutput("state: \nframes\n", LONG_ENOUGH)) << program.Errors();
+  Write(0, "behaviour", "gone");
+  ASSERT_TRUE(program.WaitForOutput("state: The camera (webcam 0) is gone: plug it in again.\n", LONG_ENOUGH))
+      << program.Output();
+  // A camera that is plugged in is as it was made.
+  Write(0, "controls", "focus_auto 1 1\nfocus_absolute 0 0\n");
+  Write(0, "behaviour", "");
+  ASSERT_TRUE(program.WaitForOutput("plug it in again.\nstate: \nframes\n", LONG_ENOUGH)) << program.Output();
+  EXPECT_EQ(Content(0, "controls"), "focus_auto 0 1\nfocus_absolute 40 0\n");
+}
+
+TEST_F(CameraProgram, TellsThatACameraIsSilent) {
+  Provide(0, {640, 480});
+  support::Process program({VELMORA_SOURCE_PROGRAM, "0"}, WithTheCameras());
+  ASSERT_TRUE(program.WaitForOutput("state: \nframes\n", LONG_ENOUGH)) << program.Errors();
+  Write(0, "behaviour", "silent");
+  EXPECT_TRUE(program.WaitForOutput("No picture for 2 s: is the camera still plugged in?\n", LONG_ENOUGH))
+      << program.Output();
+  Write(0, "behaviour", "");
+  EXPECT_TRUE(program.WaitForOutput("plugged in?\nstate: \nframes\n", LONG_ENOUGH)) << program.Output();
 }
 
 TEST_F(CameraProgram, SplitsWhatACameraDelivers) {

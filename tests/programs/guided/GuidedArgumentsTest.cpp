@@ -17,8 +17,9 @@ TEST(GuidedArguments, DefaultsSuitTheShippedSheetAndPoses) {
   ASSERT_TRUE(parsed.run);
   const guided::Arguments& arguments = parsed.arguments;
   EXPECT_EQ(arguments.source.webcam, 1);
-  EXPECT_EQ(arguments.source.width, 640);
-  EXPECT_EQ(arguments.source.height, 480);
+  EXPECT_FALSE(arguments.sizeGiven);
+  EXPECT_FALSE(arguments.fast);
+  EXPECT_FALSE(arguments.silent);
   EXPECT_FLOAT_EQ(guided::UnitOf(arguments), 0.02F);
   EXPECT_EQ(arguments.poses, "shipped.json");
   EXPECT_EQ(arguments.output, "calibration");
@@ -34,6 +35,7 @@ TEST(GuidedArguments, EveryOptionReachesItsSetting) {
   EXPECT_EQ(arguments.source.gstreamerHost, "127.0.0.1");
   EXPECT_EQ(arguments.source.port, "6000");
   EXPECT_EQ(arguments.source.codec, "mjpeg");
+  EXPECT_TRUE(arguments.sizeGiven);
   EXPECT_EQ(arguments.source.width, 1280);
   EXPECT_EQ(arguments.source.height, 720);
   EXPECT_EQ(arguments.source.fps, 25);
@@ -92,6 +94,41 @@ TEST(GuidedArguments, ExactlyOneSourceIsWanted) {
   EXPECT_EQ(Parse({"--video", "a.avi", "--hdist", "0"}).exitStatus, 2);
   EXPECT_EQ(Parse({"--help"}).exitStatus, 0);
   EXPECT_FALSE(Parse({"--help"}).run);
+}
+
+TEST(GuidedArguments, PairsAreNamedAsInTheApplication) {
+  const guided::Arguments webcams =
+      Parse({"--webcam", "1", "--webcam_right", "2", "--select", "right"}).arguments;
+  EXPECT_EQ(webcams.source.webcamRight, 2);
+  EXPECT_EQ(webcams.select, common::Camera::Right);
+  EXPECT_EQ(Parse({"--video", "l.avi", "--video_right", "r.avi"}).arguments.source.videoRight, "r.avi");
+  EXPECT_EQ(Parse({"--rtmp", "rtmp://here", "--split", "horizontal"}).arguments.source.split,
+            common::Split::Horizontal);
+  const std::vector<std::vector<const char*>> wrong = {
+      {"--webcam", "1", "--webcam_right", "1"},
+      {"--webcam", "1", "--video_right", "r.avi"},
+      {"--video", "l.avi", "--webcam_right", "1"},
+      {"--webcam", "1", "--webcam_right", "2", "--split", "vertical"},
+      {"--webcam", "1", "--split", "diagonal"},
+      {"--webcam", "1", "--select", "left"},
+      {"--webcam", "1", "--split", "vertical", "--select", "middle"}};
+  for (const auto& words : wrong) {
+    EXPECT_EQ(Parse(words).exitStatus, 2) << ::testing::PrintToString(words);
+  }
+}
+
+TEST(GuidedArguments, HowTheSourceIsPlayedIsChosen) {
+  EXPECT_TRUE(Parse({"--video", "a.avi", "--fast"}).arguments.fast);
+  EXPECT_TRUE(Parse({"--video", "a.avi", "--no-sound"}).arguments.silent);
+  EXPECT_EQ(Parse({"--webcam", "0", "--width", "640"}).exitStatus, 2);
+  EXPECT_EQ(Parse({"--webcam", "0", "--height", "480"}).exitStatus, 2);
+}
+
+TEST(GuidedArguments, CamerasAreListedWithoutASource) {
+  const guided::Parsed parsed = Parse({"--list-cameras"});
+  EXPECT_TRUE(parsed.listCameras);
+  EXPECT_FALSE(parsed.run);
+  EXPECT_FALSE(Parse({"--webcam", "0"}).listCameras);
 }
 
 TEST(GuidedArguments, NumbersThatCannotBeAreRefused) {

@@ -145,6 +145,8 @@ TEST_F(GuidedLoopRun, TakesWhatIsInViewBesidesThePoses) {
   feed_.pictures.push_front(empty);
   feed_.pictures.push_front(cut);
   screen_.keys = {' ', ' ', ' '};  // a part, the same again, nothing
+  int taken = 0;
+  options_.taken = [&taken] { ++taken; };
   ASSERT_EQ(Run(), common::SUCCESS) << err_.str();
   EXPECT_TRUE(Printed("Taken besides: ")) << out_.str();
   EXPECT_TRUE(Printed("Nothing to take: hold the sheet so that most of its circles are in view.\n"))
@@ -152,6 +154,7 @@ TEST_F(GuidedLoopRun, TakesWhatIsInViewBesidesThePoses) {
   EXPECT_TRUE(Printed("Pose 6 of 6 reached.\n")) << out_.str();
   EXPECT_FALSE(Printed("Pose 7")) << out_.str();
   EXPECT_TRUE(Printed("7 of 7 images used\n")) << out_.str();
+  EXPECT_EQ(taken, 7);
   // Among the worst views, as no camera could see it so: the border cuts it, the lens does not bend it there.
   EXPECT_TRUE(Printed(" px  by hand 1\n")) << out_.str();
   EXPECT_FALSE(Printed("pose 7")) << out_.str();

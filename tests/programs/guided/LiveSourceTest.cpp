@@ -241,6 +241,15 @@ TEST_F(LiveSourceTest, ASourceThatDoesNotOpenIsNamedAndCamerasAreTold) {
                             ".\n");
 }
 
+TEST_F(LiveSourceTest, TheRightCameraThatDoesNotOpenIsTheOneThatIsTold) {
+  scripts_["webcam 0"] = {};
+  scripts_["webcam 7"].opens = false;
+  EXPECT_EQ(Open({"--webcam", "0", "--webcam_right", "7"}), nullptr);
+  EXPECT_EQ(err_.str(), "ERROR: cannot open webcam 7.\n  There is no " + devices_.File("video7") +
+                            "; there are " + devices_.File("video0") + ", " + devices_.File("video1") +
+                            ".\n");
+}
+
 TEST_F(LiveSourceTest, ARecordingWithoutFramesIsReported) {
   scripts_["video 'a.avi'"].frames = 0;
   EXPECT_EQ(Open({"--video", "a.avi"}), nullptr);
