@@ -142,7 +142,7 @@ class Arranging {
   void ArrangeNumbers(const cv::Rect& place) {
     if (page_.numbers.empty() || place.empty()) return;
     const double row = static_cast<double>(place.height) / static_cast<double>(page_.numbers.size());
-    double size = std::min(largest_, row / 1.8);
+    double size = std::min(largest_, row / 2.0);
     std::array<int, 3> widths = ColumnsAt(size);
     const auto gap = [&] { return cvRound(size); };
     while (size > 1.0 && widths[0] + widths[1] + widths[2] + 2 * gap() > place.width) {

@@ -11,7 +11,9 @@ namespace {
 
 constexpr int FONT = cv::FONT_HERSHEY_SIMPLEX;
 constexpr double CAPITAL = 21.0;    ///< height of the font's capital letters at scale 1, pixels
-constexpr double ABOVE = 0.2;       ///< room above them, for brackets
+constexpr double ABOVE = 0.27;      ///< room above the first line for brackets, in heights of capital letters
+constexpr double BLOCK = 1.75;      ///< height of one line with what is above and below its letters
+constexpr int SPARE = 1;            ///< pixels at all sides, since letters begin between pixels
 constexpr double STEP = 0.97;       ///< from one size that is tried to the next
 constexpr double SMALLEST = 0.5;    ///< pixels; smaller ones are no text any more
 constexpr double SPACE_LESS = 6.0;  ///< by which spaces are narrower than the font has them, at scale 1
@@ -37,14 +39,14 @@ double Advance(const std::string& text, double size) {
 }
 
 int WidthOf(const std::string& line, double size) {
-  return static_cast<int>(std::ceil(Advance(line, size))) + StrokeOf(size) + 2 * RimOf(size);
+  return static_cast<int>(std::ceil(Advance(line, size))) + StrokeOf(size) + 2 * (RimOf(size) + SPARE);
 }
 
 cv::Size ExtentOf(const std::vector<std::string>& lines, double size, double pitch) {
   int width = 0;
   for (const std::string& line : lines) width = std::max(width, WidthOf(line, size));
-  const double height = pitch * size * static_cast<double>(lines.size());
-  return {width, static_cast<int>(std::ceil(height)) + 2 * RimOf(size)};
+  const double height = (pitch * static_cast<double>(lines.size() - 1) + BLOCK) * size;
+  return {width, static_cast<int>(std::ceil(height)) + 2 * (RimOf(size) + SPARE)};
 }
 
 bool Fits(const std::vector<std::string>& lines, double size, double pitch, const cv::Size& room) {
@@ -181,14 +183,15 @@ cv::Rect TextBox(const Lettering& text, const cv::Rect& box, Align align) {
 void WriteText(const Lettering& text, const cv::Rect& box, Align align, const Ink& ink, cv::Mat& picture) {
   const cv::Rect place = TextBox(text, box, align);
   const int rim = RimOf(text.size);
+  const int inset = rim + SPARE;
   const int stroke = StrokeOf(text.size);
   const double scale = text.size / CAPITAL;
   for (size_t i = 0; i < text.lines.size(); ++i) {
     const std::string& line = text.lines[i];
     const cv::Size extent(WidthOf(line, text.size), place.height);
     const double down = (text.pitch * static_cast<double>(i) + ABOVE + 1.0) * text.size;
-    const cv::Point origin(TextBox({{}, 0.0, 0.0, extent}, place, align).x + rim + stroke / 2,
-                           place.y + rim + cvRound(down));
+    const cv::Point origin(TextBox({{}, 0.0, 0.0, extent}, place, align).x + inset + stroke / 2,
+                           place.y + inset + cvRound(down));
     // Word by word, since the font's spaces are wide.
     const auto write = [&](const cv::Scalar& colour, int thickness) {
       for (size_t at = 0; at < line.size();) {

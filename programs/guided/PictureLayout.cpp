@@ -94,11 +94,12 @@ class Arranging {
   /// only for one that would not be legible.
   void ArrangeHead() {
     const double letter = Height(INSTRUCTION);
-    const int icon = cvRound(1.7 * letter);
+    const bool narrow = rest_.width < rest_.height;
+    const int icon = cvRound((narrow ? 1.1 : 1.7) * letter);
     const int width = std::max(1, rest_.width - icon - 3 * margin_);
     const double lines = std::clamp(std::ceil(USUAL_LETTERS * LETTER_WIDTH * letter / width), 1.0, 3.0);
-    int height = cvRound((lines * LINE + 0.4) * letter);
-    const int highest = Pixels(0.45);
+    int height = cvRound((lines * LINE + 0.5) * letter);
+    const int highest = Pixels(0.48);
     // Only what has one line is written larger than it must be.
     LetterSizes sizes{Height(LARGEST_INSTRUCTION), letter, letter};
     const auto fit = [&] { return FitText(picture_.instruction, {width, height}, sizes); };
@@ -228,10 +229,9 @@ class Arranging {
     } else if (column_) {
       layout_.map = PlaceInside(free_, picture_.map.size());
     } else {
-      const cv::Rect last = layout_.halves.back();
-      const cv::Size size(std::min(last.width, images_.width * 23 / 100), last.height * 2 / 5);
+      const cv::Size size(images_.width * 23 / 100, images_.height * 2 / 5);
       const cv::Rect place = PlaceInside({cv::Point(), size}, picture_.map.size());
-      layout_.map = place + (last.br() - place.br());
+      layout_.map = place + (images_.br() - place.br());
     }
   }
 
