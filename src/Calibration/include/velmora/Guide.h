@@ -92,7 +92,7 @@ struct GuideAnswer {
 ///     }
 ///   }
 ///
-/// A target counts as reached at the distance at which CalibAssistant takes it, and at a tenth more; or, when
+/// A target counts as reached at the distance at which CalibAssistant takes it, and at a little more; or, when
 /// the lens shows it nowhere as it was drawn, where it comes nearest. The grid must then be still for 0.3 s.
 ///
 /// Not thread-safe: one thread at a time may use a guide. Errors are std::invalid_argument for arguments that

@@ -23,6 +23,13 @@ constexpr double WAVERING = 0.3;
 constexpr double HALF_TURN = 2.36;
 constexpr double NO_HALF_TURN = 1.75;
 
+/// How much it matters. What would lead the grid out of the picture comes after what makes room for it,
+/// unless it is much larger.
+double WorthOf(const GuideDifference& difference) {
+  constexpr double LATER = 0.4;
+  return difference.leadsOut ? LATER * difference.distance : difference.distance;
+}
+
 }  // namespace
 
 GuideHint Mirrored(GuideHint hint) {
@@ -50,13 +57,13 @@ GuideHint GuideLine::ChooseMove(const std::array<GuideDifference, 6>& difference
     return Show(GuideHint::TurnRound, time);
   const GuideDifference& largest =
       *std::max_element(differences.begin(), differences.end(),
-                        [](const auto& a, const auto& b) { return a.distance < b.distance; });
+                        [](const auto& a, const auto& b) { return WorthOf(a) < WorthOf(b); });
   const auto current = std::find_if(differences.begin(), differences.end(),
                                     [this](const auto& difference) { return difference.hint == shown_; });
   if (current == differences.end() || current->distance < OBEYED * reach) return Show(largest.hint, time);
-  const bool readable = time - shownSince_ >= READABLE;
-  if (largest.distance > MUCH_LARGER * current->distance && readable) return Show(largest.hint, time);
-  if (largest.distance <= LARGER * current->distance) return Show(shown_, time);
+  const double ratio = WorthOf(largest) / WorthOf(*current);
+  if (ratio > MUCH_LARGER && time - shownSince_ >= READABLE) return Show(largest.hint, time);
+  if (ratio <= LARGER) return Show(shown_, time);
   if (other_ != largest.hint) {
     other_ = largest.hint;
     otherSince_ = time;
