@@ -10,8 +10,8 @@
 
 namespace unit {
 
-/// Moves the sheet at a speed that falls as the bar grows, after a time of reaction, and knows no target. Who is
-/// sent back moves with more care.
+/// Moves the sheet at a speed that falls as the bar grows, after a time of reaction, and knows no target. Who
+/// is sent back moves with more care.
 class ObedientUser {
  public:
   /// Who sees a mirrored picture goes by its sides.
@@ -36,8 +36,8 @@ class ObedientUser {
   bool mirrored_;
   velmora::GuideHint last_ = velmora::GuideHint::None;  ///< that was obeyed
   std::map<velmora::GuideHint, double> care_;           ///< 1: none
-  double closeness_ = 0.0;                  ///< when the grid was seen last
-  std::deque<velmora::GuideAnswer> read_;  ///< not obeyed yet
+  double closeness_ = 0.0;                              ///< when the grid was seen last
+  std::deque<velmora::GuideAnswer> read_;               ///< not obeyed yet
 };
 
 /// The pose with the sheet rotated about its middle, about the axes of the camera (radians), and then moved.

@@ -125,7 +125,9 @@ GuideAnswer Guide::Impl::Look(const GuideFrame& frame) {
     } else {
       isAt_ = false;
       answer.state = GuideState::NotFound;
-      answer.hint = line_.Await(HintWithoutGrid(frame), frame.time);
+      const GuideHint hint = HintWithoutGrid(frame);
+      if (Opposite(hint) != GuideHint::None) line_.LeftThePicture(hint, frame.time);
+      answer.hint = line_.Await(hint, frame.time);
     }
   } else {
     line_.Forget();

@@ -79,10 +79,6 @@ std::vector<cv::Point2d> Mapped(const std::vector<cv::Point2d>& points, const cv
   return mapped;
 }
 
-bool IsInside(const std::vector<cv::Point2d>& points, double margin, const cv::Size& frame) {
-  return MarginOf(points, frame) >= margin;
-}
-
 double WithinHalfATurn(double angle) {
   return std::remainder(angle, 2.0 * CV_PI);
 }
@@ -174,9 +170,9 @@ GuideTarget::GuideTarget(const GuideView& view, const std::vector<cv::Point2d>& 
   projections_ = view.Project(pose_.camera_from_grid);
   reach_ = ReachOf(centres, view.Frame());
   spread_ = SpreadOf(centres);
-  // About half the way between rows, but no more than half of what the target has itself.
+  // About half the way between rows, but less than the target has itself.
   constexpr double ROOM = 0.14;
-  margin_ = std::min(ROOM * spread_, 0.5 * MarginOf(centres, view.Frame()));
+  margin_ = std::min(ROOM * spread_, 0.8 * MarginOf(centres, view.Frame()));
 }
 
 double GuideTarget::DistanceOf(const std::vector<cv::Point2d>& centres) const {
@@ -203,9 +199,11 @@ std::array<GuideDifference, 6> GuideTarget::DifferencesOf(const GuideView& view,
   const double size = pose_.camera_from_grid.t[2] / pose.camera_from_grid.t[2];  // of what is found
   const double turn = TurnFrom(pose);
   const cv::Vec2d lean = LeanOf(pose_) - LeanOf(pose);
+  // A grid that is too near to an edge already is not led out by what keeps it there.
+  const double room = std::min(margin_, MarginOf(centres, view.Frame()) - 0.5);
   const auto one = [&](double signedWay, GuideHint more, GuideHint less, double distance,
                        const std::vector<cv::Point2d>& then) {
-    return GuideDifference{signedWay > 0.0 ? more : less, distance, !IsInside(then, margin_, view.Frame())};
+    return GuideDifference{signedWay > 0.0 ? more : less, distance, MarginOf(then, view.Frame()) < room};
   };
   const auto moved = [&](const cv::Point2d& by) {
     return Mapped(centres, pose.middle, cv::Matx22d::eye(), by);
