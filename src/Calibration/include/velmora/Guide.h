@@ -92,8 +92,9 @@ struct GuideAnswer {
 ///     }
 ///   }
 ///
-/// A target counts as reached at the distance at which CalibAssistant takes it, and at a tenth more; or, when
-/// the lens shows it nowhere as it was drawn, where it comes nearest. The grid must then be still for 0.3 s.
+/// A target counts as reached at the distance at which CalibAssistant takes it, and at a little more; or,
+/// when the lens shows it nowhere as it was drawn, where it comes nearest. The grid must then be still for
+/// 0.3 s.
 ///
 /// Not thread-safe: one thread at a time may use a guide. Errors are std::invalid_argument for arguments that
 /// make no sense and std::runtime_error for a file that cannot be used, with sentences in plain English;

@@ -35,6 +35,30 @@ constexpr double SMEAR = 0.0025;
 /// Blur that is so one-sided comes of a movement.
 constexpr double ONE_SIDED = 0.6;
 
+/// The way back into the picture for a grid that has just left it: away from the edge that it was nearest to.
+/// Where it was not near to any, or near to two opposite ones, there is no such way.
+GuideHint HintInto(const std::vector<cv::Point2d>& centres, const cv::Size& frame) {
+  constexpr double NEAR = 0.12;  // of the frame's height
+  double left = frame.width;
+  double top = frame.height;
+  double right = left;
+  double bottom = top;
+  for (const cv::Point2d& centre : centres) {
+    left = std::min(left, centre.x);
+    top = std::min(top, centre.y);
+    right = std::min(right, frame.width - 1.0 - centre.x);
+    bottom = std::min(bottom, frame.height - 1.0 - centre.y);
+  }
+  const double limit = NEAR * frame.height;
+  const bool aside = std::min(left, right) < std::min(top, bottom);
+  const double near = aside ? std::min(left, right) : std::min(top, bottom);
+  const double opposite = aside ? std::max(left, right) : std::max(top, bottom);
+  if (opposite < limit) return GuideHint::Farther;
+  if (near > limit) return GuideHint::PartOutside;
+  if (aside) return left < right ? GuideHint::Right : GuideHint::Left;
+  return top < bottom ? GuideHint::Down : GuideHint::Up;
+}
+
 /// How the bar falls with the distance, in reaches.
 constexpr double FALL = 4.0;
 
@@ -71,9 +95,9 @@ class Guide::Impl {
  private:
   GuideAnswer Compare(const GuideFrame& frame, const GuidePose& pose, const GuideTarget& target);
   GuideAnswer AtTarget(const GuideFrame& frame, const GuidePose& pose, const GuideTarget& target);
-  GuideHint HintWithoutGrid(const std::string& whyNotFound) const;
+  GuideHint HintWithoutGrid(const GuideFrame& frame) const;
   GuideHint HintForUnseen(const std::vector<cv::Point2d>& centres, const std::vector<double>& weights) const;
-  GuideHint HintAfterSame(const GuidePose& pose, const GuideTarget& target) const;
+  GuideHint HintAfterSame(const GuideFrame& frame, const GuidePose& pose, const GuideTarget& target) const;
 
   GuideLine line_;
   bool isAt_ = false;       ///< the frame before was at the target
@@ -101,7 +125,9 @@ GuideAnswer Guide::Impl::Look(const GuideFrame& frame) {
     } else {
       isAt_ = false;
       answer.state = GuideState::NotFound;
-      answer.hint = line_.Await(HintWithoutGrid(frame.whyNotFound), frame.time);
+      const GuideHint hint = HintWithoutGrid(frame);
+      if (Opposite(hint) != GuideHint::None) line_.LeftThePicture(hint, frame.time);
+      answer.hint = line_.Await(hint, frame.time);
     }
   } else {
     line_.Forget();
@@ -118,8 +144,8 @@ GuideAnswer Guide::Impl::Compare(const GuideFrame& frame, const GuidePose& pose,
   answer.state = GuideState::Away;
   const double reaches = target.DistanceOf(frame.centres) / target.Reach();
   answer.closeness = std::min(1.0, std::exp((1.0 - reaches) / FALL));
-  answer.hint =
-      line_.ChooseMove(target.DifferencesOf(view, pose), target.TurnFrom(pose), target.Reach(), frame.time);
+  answer.hint = line_.ChooseMove(target.DifferencesOf(view, frame.centres, pose), target.TurnFrom(pose),
+                                 target.Reach(), frame.time);
   return answer;
 }
 
@@ -148,7 +174,7 @@ GuideAnswer Guide::Impl::AtTarget(const GuideFrame& frame, const GuidePose& pose
         line_.Show(answer.refusal == OUT_OF_FOCUS ? GuideHint::Sharpen : GuideHint::HoldStill, frame.time);
   } else if (targets.IsKept(frame.centres)) {
     answer.refusal = SAME;
-    answer.hint = line_.Show(HintAfterSame(pose, target), frame.time);
+    answer.hint = line_.Show(HintAfterSame(frame, pose, target), frame.time);
   } else {
     answer.state = GuideState::Reached;
     line_.Forget();
@@ -162,9 +188,12 @@ std::string Guide::Impl::BlurIn(const GuideFrame& frame) const {
   return BlurOf(frame.rightImage, settings, frame.rightCentres, frame.rightWeights);
 }
 
-GuideHint Guide::Impl::HintWithoutGrid(const std::string& whyNotFound) const {
-  const auto is = [&whyNotFound](GridFault fault) { return whyNotFound == DescribeFault(fault); };
-  if (is(GridFault::PartOutside)) return GuideHint::PartOutside;
+GuideHint Guide::Impl::HintWithoutGrid(const GuideFrame& frame) const {
+  const auto is = [&frame](GridFault fault) { return frame.whyNotFound == DescribeFault(fault); };
+  if (is(GridFault::PartOutside)) {
+    const auto* const last = motion.Last(frame.time);
+    return last == nullptr ? GuideHint::PartOutside : HintInto(*last, settings.frame);
+  }
   if (is(GridFault::CirclesTooSmall)) return GuideHint::Closer;
   if (is(GridFault::CirclesTooLarge)) return GuideHint::Farther;
   if (is(GridFault::PartlyHidden) || (everFound_ && is(GridFault::WrongSize))) return GuideHint::PartHidden;
@@ -178,9 +207,10 @@ GuideHint Guide::Impl::HintForUnseen(const std::vector<cv::Point2d>& centres,
 }
 
 /// Two targets may be so near each other that a view at both is possible: then on to this one's very place.
-GuideHint Guide::Impl::HintAfterSame(const GuidePose& pose, const GuideTarget& target) const {
+GuideHint Guide::Impl::HintAfterSame(const GuideFrame& frame, const GuidePose& pose,
+                                     const GuideTarget& target) const {
   constexpr double WORTH_IT = 0.4;
-  const auto differences = target.DifferencesOf(view, pose);
+  const auto differences = target.DifferencesOf(view, frame.centres, pose);
   const auto& largest =
       *std::max_element(differences.begin(), differences.end(),
                         [](const auto& a, const auto& b) { return a.distance < b.distance; });

@@ -19,6 +19,10 @@ constexpr double PATIENCE = 1.0;
 constexpr double READABLE = 0.4;
 /// How long something else must hold before it is said.
 constexpr double WAVERING = 0.3;
+/// What would lead the grid out of the picture, or has just done it, comes after what makes room for it,
+/// unless it is much larger.
+constexpr double LATER = 0.4;
+constexpr double REMEMBERED = 5.0;  ///< seconds
 /// Beyond this turn in the picture it is a half one that is missing; less than the other once that was said.
 constexpr double HALF_TURN = 2.36;
 constexpr double NO_HALF_TURN = 1.75;
@@ -44,19 +48,48 @@ GuideHint Mirrored(GuideHint hint) {
   }
 }
 
+GuideHint Opposite(GuideHint hint) {
+  switch (hint) {
+    case GuideHint::Left:
+      return GuideHint::Right;
+    case GuideHint::Right:
+      return GuideHint::Left;
+    case GuideHint::Up:
+      return GuideHint::Down;
+    case GuideHint::Down:
+      return GuideHint::Up;
+    case GuideHint::Closer:
+      return GuideHint::Farther;
+    case GuideHint::Farther:
+      return GuideHint::Closer;
+    default:
+      return GuideHint::None;
+  }
+}
+
+double GuideLine::WorthOf(const GuideDifference& difference, double time) const {
+  const bool didLeadOut = difference.hint == ledOut_ && time - ledOutAt_ < REMEMBERED;
+  return difference.leadsOut || didLeadOut ? LATER * difference.distance : difference.distance;
+}
+
+void GuideLine::LeftThePicture(GuideHint back, double time) {
+  ledOut_ = Opposite(back);
+  ledOutAt_ = time;
+}
+
 GuideHint GuideLine::ChooseMove(const std::array<GuideDifference, 6>& differences, double turn, double reach,
                                 double time) {
   if (std::abs(turn) > (shown_ == GuideHint::TurnRound ? NO_HALF_TURN : HALF_TURN))
     return Show(GuideHint::TurnRound, time);
   const GuideDifference& largest =
       *std::max_element(differences.begin(), differences.end(),
-                        [](const auto& a, const auto& b) { return a.distance < b.distance; });
+                        [&](const auto& a, const auto& b) { return WorthOf(a, time) < WorthOf(b, time); });
   const auto current = std::find_if(differences.begin(), differences.end(),
                                     [this](const auto& difference) { return difference.hint == shown_; });
   if (current == differences.end() || current->distance < OBEYED * reach) return Show(largest.hint, time);
-  const bool readable = time - shownSince_ >= READABLE;
-  if (largest.distance > MUCH_LARGER * current->distance && readable) return Show(largest.hint, time);
-  if (largest.distance <= LARGER * current->distance) return Show(shown_, time);
+  const double ratio = WorthOf(largest, time) / WorthOf(*current, time);
+  if (ratio > MUCH_LARGER && time - shownSince_ >= READABLE) return Show(largest.hint, time);
+  if (ratio <= LARGER) return Show(shown_, time);
   if (other_ != largest.hint) {
     other_ = largest.hint;
     otherSince_ = time;

@@ -12,6 +12,9 @@ namespace velmora {
 /// The hint in a picture that is mirrored.
 GuideHint Mirrored(GuideHint hint);
 
+/// The hint that undoes a move; None for others.
+GuideHint Opposite(GuideHint hint);
+
 /// Chooses among hints from frame to frame. One that is shown stays until it was obeyed, or until another one
 /// matters much more, or more for long: a line that changes all the time cannot be followed.
 class GuideLine {
@@ -20,6 +23,9 @@ class GuideLine {
   /// to be turned in the picture, radians, -pi to pi.
   GuideHint ChooseMove(const std::array<GuideDifference, 6>& differences, double turn, double reach,
                        double time);
+  /// The grid has just left the picture: what leads back into it is this, and what is its opposite comes
+  /// after everything else for a while.
+  void LeftThePicture(GuideHint back, double time);
   /// A hint that holds as soon as it has held for a while: what a search says of single frames wavers.
   GuideHint Await(GuideHint hint, double time);
   /// A hint that holds from now on.
@@ -28,10 +34,14 @@ class GuideLine {
   void Forget() { *this = GuideLine(); }
 
  private:
+  double WorthOf(const GuideDifference& difference, double time) const;
+
   GuideHint shown_ = GuideHint::None;
   double shownSince_ = 0.0;
   GuideHint other_ = GuideHint::None;  ///< that would be shown, if it lasts
   double otherSince_ = 0.0;
+  GuideHint ledOut_ = GuideHint::None;
+  double ledOutAt_ = 0.0;
 };
 
 }  // namespace velmora

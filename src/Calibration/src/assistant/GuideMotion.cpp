@@ -31,6 +31,11 @@ void GuideMotion::Add(double time, const std::vector<cv::Point2d>& centres) {
   while (past_.front().time < time - STILL_TIME - LONGEST_GAP) past_.pop_front();
 }
 
+const std::vector<cv::Point2d>* GuideMotion::Last(double time) const {
+  constexpr double LONG_AGO = 2.0;
+  return past_.empty() || past_.back().time < time - LONG_AGO ? nullptr : &past_.back().centres;
+}
+
 bool GuideMotion::IsMoving(double time, const std::vector<cv::Point2d>& centres) const {
   const auto before =
       std::find_if(past_.rbegin(), past_.rend(), [time](const Moment& m) { return m.time < time; });

@@ -17,6 +17,8 @@ class GuideMotion {
   void Add(double time, const std::vector<cv::Point2d>& centres);
   void Forget() { past_.clear(); }
 
+  /// Where the grid was last; null when that is long ago.
+  const std::vector<cv::Point2d>* Last(double time) const;
   /// Whether the grid moves at that time: since the frame before, faster than a hand that holds still.
   bool IsMoving(double time, const std::vector<cv::Point2d>& centres) const;
   /// Whether it has been where it is for long enough.

@@ -19,12 +19,12 @@ constexpr double FOCAL_LENGTH = 0.866;
 /// The distance of centres at which CalibAssistant takes a pose of 44 circles, in pixels of a frame of 640 x
 /// 480 that the grid fills: its score is less than 150 there, the root of the sum of all squares.
 const double ASSISTANT_REACH = 150.0 / std::sqrt(44.0);
-/// The guide takes a view at a tenth more, and lets go of it at a quarter more, so that it does not waver.
-constexpr double TAKE = 1.1;
-constexpr double LEAVE = 1.25;
+/// The guide takes a view from a little farther, and lets go of it farther still, so that it does not waver.
+constexpr double TAKE = 1.15;
+constexpr double LEAVE = 1.35;
 /// A target that this lens cannot show as it was drawn is reached where all that moving the sheet could
 /// change is within this share of the reach, and the rest, which is the lens's, within so much of it.
-constexpr double NEAREST = 0.5;
+constexpr double NEAREST = 0.6;
 constexpr double LENS = 2.0;
 
 cv::Matx33d RotationAboutX(double angle) {
@@ -67,6 +67,18 @@ cv::Matx33d NearestRotation(const cv::Vec3d& x, const cv::Vec3d& y) {
   return left * right;
 }
 
+/// The points, brought into another form about a middle and moved.
+std::vector<cv::Point2d> Mapped(const std::vector<cv::Point2d>& points, const cv::Point2d& middle,
+                                const cv::Matx22d& form, const cv::Point2d& way) {
+  std::vector<cv::Point2d> mapped;
+  mapped.reserve(points.size());
+  for (const cv::Point2d& point : points) {
+    const cv::Vec2d from = form * cv::Vec2d(point.x - middle.x, point.y - middle.y);
+    mapped.push_back(middle + way + cv::Point2d(from[0], from[1]));
+  }
+  return mapped;
+}
+
 double WithinHalfATurn(double angle) {
   return std::remainder(angle, 2.0 * CV_PI);
 }
@@ -87,6 +99,13 @@ double RmsDistance(const std::vector<cv::Point2d>& a, const std::vector<cv::Poin
   double sum = 0.0;
   for (size_t i = 0; i < a.size(); ++i) sum += (a[i] - b[i]).ddot(a[i] - b[i]);
   return std::sqrt(sum / static_cast<double>(a.size()));
+}
+
+double MarginOf(const std::vector<cv::Point2d>& points, const cv::Size& frame) {
+  double least = std::max(frame.width, frame.height);
+  for (const cv::Point2d& point : points)
+    least = std::min({least, point.x, point.y, frame.width - 1.0 - point.x, frame.height - 1.0 - point.y});
+  return least;
 }
 
 // ---- GuideView.
@@ -151,6 +170,9 @@ GuideTarget::GuideTarget(const GuideView& view, const std::vector<cv::Point2d>& 
   projections_ = view.Project(pose_.camera_from_grid);
   reach_ = ReachOf(centres, view.Frame());
   spread_ = SpreadOf(centres);
+  // About half the way between rows, but less than the target has itself.
+  constexpr double ROOM = 0.14;
+  margin_ = std::min(ROOM * spread_, 0.8 * MarginOf(centres, view.Frame()));
 }
 
 double GuideTarget::DistanceOf(const std::vector<cv::Point2d>& centres) const {
@@ -171,27 +193,39 @@ double GuideTarget::TurnFrom(const GuidePose& pose) const {
 }
 
 std::array<GuideDifference, 6> GuideTarget::DifferencesOf(const GuideView& view,
+                                                          const std::vector<cv::Point2d>& centres,
                                                           const GuidePose& pose) const {
-  const auto one = [](double signedWay, GuideHint more, GuideHint less, double distance) {
-    return GuideDifference{signedWay > 0.0 ? more : less, distance};
-  };
   const cv::Point2d way = pose_.middle - pose.middle;
   const double size = pose_.camera_from_grid.t[2] / pose.camera_from_grid.t[2];  // of what is found
   const double turn = TurnFrom(pose);
-  // What a tilt is worth is seen on the target, tilted as the sheet is.
   const cv::Vec2d lean = LeanOf(pose_) - LeanOf(pose);
-  const auto tilted = [&](const cv::Matx33d& rotation) {
-    RigidTransform other = pose_.camera_from_grid;
-    other.R = rotation * other.R;
-    return RmsDistance(projections_, view.Project(other));
+  // A grid that is too near to an edge already is not led out by what keeps it there.
+  const double room = std::min(margin_, MarginOf(centres, view.Frame()) - 0.5);
+  const auto one = [&](double signedWay, GuideHint more, GuideHint less, double distance,
+                       const std::vector<cv::Point2d>& then) {
+    return GuideDifference{signedWay > 0.0 ? more : less, distance, MarginOf(then, view.Frame()) < room};
   };
-  return {one(way.x, GuideHint::Right, GuideHint::Left, std::abs(way.x)),
-          one(way.y, GuideHint::Down, GuideHint::Up, std::abs(way.y)),
-          one(1.0 - size, GuideHint::Closer, GuideHint::Farther, spread_ * std::abs(1.0 - size)),
+  const auto moved = [&](const cv::Point2d& by) {
+    return Mapped(centres, pose.middle, cv::Matx22d::eye(), by);
+  };
+  const auto formed = [&](const cv::Matx22d& form) { return Mapped(centres, pose.middle, form, {}); };
+  const auto tilted = [&](const RigidTransform& from, const cv::Matx33d& rotation) {
+    return view.Project({rotation * from.R, from.t});
+  };
+  // What a tilt is worth is seen on the target, tilted as the sheet is.
+  const auto tilt = [&](double angle, GuideHint more, GuideHint less, const cv::Matx33d& rotation) {
+    return one(angle, more, less, RmsDistance(projections_, tilted(pose_.camera_from_grid, rotation.t())),
+               tilted(pose.camera_from_grid, rotation));
+  };
+  return {one(way.x, GuideHint::Right, GuideHint::Left, std::abs(way.x), moved({way.x, 0.0})),
+          one(way.y, GuideHint::Down, GuideHint::Up, std::abs(way.y), moved({0.0, way.y})),
+          one(1.0 - size, GuideHint::Closer, GuideHint::Farther, spread_ * std::abs(1.0 - size),
+              formed(cv::Matx22d::eye() * (1.0 / size))),
           one(turn, GuideHint::Clockwise, GuideHint::Anticlockwise,
-              2.0 * spread_ * std::sin(std::abs(turn) / 2.0)),
-          one(lean[0], GuideHint::LeftEdgeAway, GuideHint::RightEdgeAway, tilted(RotationAboutY(-lean[0]))),
-          one(lean[1], GuideHint::TopEdgeAway, GuideHint::BottomEdgeAway, tilted(RotationAboutX(lean[1])))};
+              2.0 * spread_ * std::sin(std::abs(turn) / 2.0),
+              formed({std::cos(turn), -std::sin(turn), std::sin(turn), std::cos(turn)})),
+          tilt(lean[0], GuideHint::LeftEdgeAway, GuideHint::RightEdgeAway, RotationAboutY(lean[0])),
+          tilt(lean[1], GuideHint::TopEdgeAway, GuideHint::BottomEdgeAway, RotationAboutX(-lean[1]))};
 }
 
 }  // namespace velmora

@@ -46,6 +46,8 @@ class GuideView {
 struct GuideDifference {
   GuideHint hint = GuideHint::None;  ///< what lessens it, in the frame as it is, not mirrored
   double distance = 0.0;             ///< root mean square of the way of the centres that it is worth, pixels
+  /// Whether the grid would leave the picture if this was all that was done: something else comes first.
+  bool leadsOut = false;
 };
 
 /// A pose to reach.
@@ -63,7 +65,8 @@ class GuideTarget {
   bool IsReachedBy(const GuideView& view, const std::vector<cv::Point2d>& centres, const GuidePose& pose,
                    bool leave = false) const;
   /// What there is to change, one difference for each way to move the sheet.
-  std::array<GuideDifference, 6> DifferencesOf(const GuideView& view, const GuidePose& pose) const;
+  std::array<GuideDifference, 6> DifferencesOf(const GuideView& view, const std::vector<cv::Point2d>& centres,
+                                               const GuidePose& pose) const;
   /// How much the sheet is turned in the picture, radians, -pi to pi, clockwise from the view to the target.
   double TurnFrom(const GuidePose& pose) const;
 
@@ -73,12 +76,15 @@ class GuideTarget {
   std::vector<cv::Point2d> projections_;  ///< in the nominal camera
   double reach_ = 0.0;
   double spread_ = 0.0;  ///< root mean square of the centres' distances from their mean, pixels
+  double margin_ = 0.0;  ///< that the grid needs in the picture, around the centres, pixels
 };
 
 /// The mean of the points.
 cv::Point2d MeanOf(const std::vector<cv::Point2d>& points);
 /// Root mean square of the points' distances from their mean.
 double SpreadOf(const std::vector<cv::Point2d>& points);
+/// Pixels between the frame's edge and the point that is nearest to it; negative for one outside.
+double MarginOf(const std::vector<cv::Point2d>& points, const cv::Size& frame);
 /// Root mean square of the distances between points of the same number.
 double RmsDistance(const std::vector<cv::Point2d>& a, const std::vector<cv::Point2d>& b);
 

@@ -10,7 +10,7 @@ namespace velmora {
 namespace {
 
 /// Views whose centres are nearer on the average than this share of the grid's spread say nearly the same of
-/// the camera. The shipped poses are three times as far from each other at least.
+/// the camera. The shipped poses are more than twice as far from each other.
 constexpr double SAME = 0.08;
 
 double MeanDistance(const std::vector<cv::Point2d>& a, const std::vector<cv::Point2d>& b) {
