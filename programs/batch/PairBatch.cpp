@@ -6,11 +6,11 @@
 
 #include "batch/CameraFile.h"
 #include "batch/CameraViews.h"
-#include "common/Epipolar.h"
 #include "batch/SharedSearch.h"
 #include "batch/TogetherStream.h"
 #include "batch/ViewSelection.h"
 #include "common/EngineOptions.h"
+#include "common/Epipolar.h"
 #include "common/ExitStatus.h"
 #include "common/Halves.h"
 #include "common/OutputFiles.h"

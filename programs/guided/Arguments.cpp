@@ -16,12 +16,14 @@ namespace guided {
 namespace {
 
 const char* const DESCRIPTION =
-    "Calibrates a camera, or a pair: bring the printed 4x11 grid to where the drawn sheet is, pose after pose; "
+    "Calibrates a camera, or a pair: bring the printed 4x11 grid to where the drawn sheet is, pose after "
+    "pose; "
     "views are taken and computed from by themselves, and kept as they are taken.";
 
 const char* const FOOTER =
     "Keys in the window: space takes what is in view, also a part of the grid; u takes the last view back, "
-    "Enter computes from what is there, s skips a pose, r begins again, v shows the camera without distortion, "
+    "Enter computes from what is there, s skips a pose, r begins again, v shows the camera without "
+    "distortion, "
     "m the map of uncertainty, q ends.\n"
     "Exit status: 0 calibrated, 1 ended before that, 2 wrong usage, unreadable input or no display, 3 with "
     "--strict: calibrated, but the result is worthless; 130 or 143 ended by Ctrl-C or SIGTERM.";
@@ -123,9 +125,10 @@ Parsed ParseArguments(int argc, const char* const* argv, const std::string& ship
   app.add_option("--output", arguments.output, "name of the result file, to which .json is added")
       ->type_name("NAME")
       ->capture_default_str();
-  app.add_option("--session", arguments.session,
-                 "folder that keeps every view; one that exists is gone on with (default: a new one beside the "
-                 "result, NAME.velmora)")
+  app.add_option(
+         "--session", arguments.session,
+         "folder that keeps every view; one that exists is gone on with (default: a new one beside the "
+         "result, NAME.velmora)")
       ->type_name("DIR");
   app.add_flag_callback(
       "--no-images", [&arguments] { arguments.keepImages = false; },

@@ -46,7 +46,7 @@ class Estimator {
   std::future<std::shared_ptr<const Outcome>> running_;
 
   std::atomic<bool> cancelled_{false};
-  std::mutex lock_;                    ///< guards the engine
+  std::mutex lock_;                     ///< guards the engine
   std::shared_ptr<Calibrator> engine_;  ///< that computes
 };
 

@@ -158,8 +158,7 @@ void GuidedLoop::Take(bool reachesTarget) {
 }
 
 void GuidedLoop::TakeByHand() {
-  const std::string reason =
-      images_.empty() ? "there is no picture yet" : guide_.ReasonAgainst(lookedAt_);
+  const std::string reason = images_.empty() ? "there is no picture yet" : guide_.ReasonAgainst(lookedAt_);
   if (!reason.empty()) {
     Say("Not taken: " + reason);
     out_ << "Not taken: " << reason << "." << std::endl;

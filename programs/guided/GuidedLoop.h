@@ -100,20 +100,20 @@ class GuidedLoop {
   velmora::Guide guide_;
   Views views_;
   Estimator estimator_;
-  std::optional<NextPoses> next_;                    ///< with a target accuracy
+  std::optional<NextPoses> next_;                   ///< with a target accuracy
   std::vector<std::vector<cv::Point2d>> standIns_;  ///< poses in place of chosen ones that are skipped
   size_t nextStandIn_ = 0;
 
   Stage stage_ = Stage::Taking;
   common::ExitStatus status_ = common::NO_RESULT;
 
-  std::vector<cv::Mat> images_;     ///< that were looked at last
-  std::vector<Finding> found_;      ///< in them
-  velmora::GuideFrame lookedAt_;    ///< the same, as the guide takes it
-  velmora::GuideAnswer answer_;     ///< on them
+  std::vector<cv::Mat> images_;   ///< that were looked at last
+  std::vector<Finding> found_;    ///< in them
+  velmora::GuideFrame lookedAt_;  ///< the same, as the guide takes it
+  velmora::GuideAnswer answer_;   ///< on them
   std::string message_;
-  Moment said_;      ///< the message
-  Moment flashed_;   ///< a view was taken then
+  Moment said_;     ///< the message
+  Moment flashed_;  ///< a view was taken then
   bool undistorted_ = false;
   MapPlace mapPlace_ = MapPlace::None;
   std::shared_ptr<const Outcome> drawn_;  ///< the outcome that these are of

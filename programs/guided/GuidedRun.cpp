@@ -29,8 +29,7 @@ namespace {
 /// number.
 std::function<double()> ClockOf(const Arguments& arguments, const LiveSource& source) {
   if (arguments.fast && source.Kind() == SourceKind::Recording) {
-    constexpr double USUAL_RATE = 30.0;
-    return [frame = 0]() mutable { return frame++ / USUAL_RATE; };
+    return [frame = 0, rate = source.FrameRate()]() mutable { return frame++ / rate; };
   }
   return [start = std::chrono::steady_clock::now()] {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
@@ -55,8 +54,8 @@ LoopOptions OptionsOf(const Arguments& arguments, const LiveSource& source) {
 
 int LoopOver(const Arguments& arguments, LiveSource& source, const common::Interruption& interruption) {
   const size_t cameras = source.IsPair() ? 2 : 1;
-  const auto session = ChooseSession(
-      arguments, SettingsOf(arguments, source.Name(), source.FrameSize(), cameras), std::cout);
+  const auto session =
+      ChooseSession(arguments, SettingsOf(arguments, source.Name(), source.FrameSize(), cameras), std::cout);
   ShutterTone tone(!arguments.silent);
   LoopOptions options = OptionsOf(arguments, source);
   options.taken = [&tone] { tone.Play(); };
@@ -79,7 +78,8 @@ int RunOver(const Arguments& arguments, LiveSource& source, const common::Interr
     return common::UNUSABLE;
   }
   if (source.IsPair() && arguments.model == common::MODEL_FISHEYE) {
-    common::PrintError(std::cerr, "a pair of fisheyes cannot be computed here: take the pictures to velmora-batch.");
+    common::PrintError(std::cerr,
+                       "a pair of fisheyes cannot be computed here: take the pictures to velmora-batch.");
     return common::UNUSABLE;
   }
   try {

@@ -43,6 +43,7 @@ struct Opened {
   std::shared_ptr<Optics> optics = std::make_shared<Optics>();
   common::Delivery delivery = common::Delivery::NewestFrame;
   std::optional<Pace> pace;
+  double rate = PlayingRate(0.0);
 };
 
 /// A source of frames of that kind, with its thread.
@@ -51,7 +52,7 @@ class Delivering final : public LiveSource {
  public:
   Delivering(const Opened& opened, typename common::BasicFrameReader<Frame>::Source source,
              const Clock& clock)
-      : LiveSource(std::is_same_v<Frame, common::FramePair>, opened.name, opened.watch->Kind()),
+      : LiveSource(std::is_same_v<Frame, common::FramePair>, opened.name, opened.watch->Kind(), opened.rate),
         watch_(opened.watch),
         reader_(Watched<Frame>(std::move(source), watch_), opened.delivery),
         feed_(reader_, *watch_, opened.pace, clock) {}
@@ -238,6 +239,7 @@ std::unique_ptr<LiveSource> OpenLiveSource(const Arguments& arguments, const Sur
   opened.delivery =
       kind == SourceKind::Recording ? common::Delivery::EveryFrame : common::Delivery::NewestFrame;
   opened.pace = PaceOf(arguments, kind, *captures.front());
+  if (kind == SourceKind::Recording) opened.rate = PlayingRate(captures.front()->Get(cv::CAP_PROP_FPS));
   // The captures pass to the reader's thread, which also closes them: closing may hang as reading may.
   if (opened.plan.stereo && arguments.select == common::Camera::None) {
     auto source = common::StereoSource(captures, settings.split);

@@ -28,6 +28,8 @@ class LiveSource {
   /// What messages call it, such as "webcam 0" or "video 'a.avi'".
   const std::string& Name() const { return name_; }
   SourceKind Kind() const { return kind_; }
+  /// Of a recording: the frames per second that it was taken at, as far as that is known.
+  double FrameRate() const { return rate_; }
   /// The size to work at: that of the frames that arrive (of each half, when they are split), or, of
   /// recordings and streams, the one that was asked for.
   cv::Size FrameSize() const { return size_; }
@@ -46,8 +48,8 @@ class LiveSource {
   virtual bool Close(std::chrono::milliseconds grace) = 0;
 
  protected:
-  LiveSource(bool pair, std::string name, SourceKind kind)
-      : pair_(pair), name_(std::move(name)), kind_(kind) {}
+  LiveSource(bool pair, std::string name, SourceKind kind, double rate)
+      : pair_(pair), name_(std::move(name)), kind_(kind), rate_(rate) {}
 
   cv::Size size_;  ///< known with the first frame
 
@@ -55,6 +57,7 @@ class LiveSource {
   const bool pair_;
   const std::string name_;
   const SourceKind kind_;
+  const double rate_;
 };
 
 /// What a source is opened in; tests have their own.

@@ -172,8 +172,8 @@ std::string TextOf(const Outcome& outcome) {
   for (size_t i = 0; i < outcome.cameras.size(); ++i) {
     const CameraOutcome& camera = outcome.cameras[i];
     if (outcome.pair) text += i == LEFT ? "== left camera\n" : "== right camera\n";
-    text += common::ResultTable(camera.report) + "\n" +
-            common::VerdictTable(camera.verdict, camera.report.used);
+    text +=
+        common::ResultTable(camera.report) + "\n" + common::VerdictTable(camera.verdict, camera.report.used);
     if (outcome.pair) text += "\n";
   }
   if (!outcome.pair) return text;
@@ -188,8 +188,8 @@ std::string SaveCamera(const CameraOutcome& camera, const std::string& name, com
   const bool fisheye = camera.report.fisheye;
   const std::string stem = fisheye ? name + "_fisheye" : name;
   files.Announce(stem + ".json");
-  const std::string text = fisheye ? common::SaveFisheyeFile(*camera.engine, name)
-                                   : common::SaveResultFile(*camera.engine, name);
+  const std::string text =
+      fisheye ? common::SaveFisheyeFile(*camera.engine, name) : common::SaveResultFile(*camera.engine, name);
   if (text.empty()) return stem + ".json";
   files.Written(stem + ".json");
   return common::SaveVerdict(camera.verdict, camera.report.frame, camera.seen, stem, files);

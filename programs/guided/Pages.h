@@ -11,7 +11,8 @@
 
 namespace guided {
 
-/// How well the cameras are known, in a line: "known to 0.42 px, from 7 views"; empty of a result that failed.
+/// How well the cameras are known, in a line: "known to 0.42 px, from 7 views"; empty of a result that
+/// failed.
 std::string PrecisionOf(const Outcome& outcome);
 
 /// The maps of uncertainty, side by side; empty of a result that failed.

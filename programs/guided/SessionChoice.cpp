@@ -31,8 +31,7 @@ std::string ViewsText(size_t count) {
   return std::to_string(count) + (count == 1 ? " view" : " views");
 }
 
-std::unique_ptr<Session> GoOn(const std::string& folder, const SessionSettings& settings,
-                              std::ostream& out) {
+std::unique_ptr<Session> GoOn(const std::string& folder, const SessionSettings& settings, std::ostream& out) {
   auto session = Session::Open(folder, settings);
   const auto snapshots = session->Snapshots();
   const auto used = std::count_if(snapshots.begin(), snapshots.end(),
