@@ -1,5 +1,5 @@
-/// Takes frames of a camera as a guided calibration does, and prints what becomes of the source: a line with its
-/// remark each time that changes, and "frames" with the first frame after each change.
+/// Takes frames of a camera as a guided calibration does, and prints what becomes of the source: a line with
+/// its remark each time that changes, and "frames" with the first frame after each change.
 ///
 ///   velmora_source_program NUMBER     ends when it is killed
 #include <chrono>
