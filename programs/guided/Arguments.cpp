@@ -71,9 +71,10 @@ void CheckSource(const CLI::App& app, Arguments& arguments) {
   if (source.webcamRight && source.webcamRight == source.webcam)
     throw CLI::ValidationError("--webcam_right", "it is the camera that --webcam names");
   const bool pair = source.split != common::Split::None || source.webcamRight || source.videoRight;
-  if (arguments.select != common::Camera::None && !pair)
+  if (arguments.select != common::Camera::None && !pair) {
     throw CLI::ValidationError("--select",
                                "there is one camera; --split, --webcam_right or --video_right make two");
+  }
 }
 
 void DeclareEnd(CLI::App& app, std::string& until, Arguments& arguments) {

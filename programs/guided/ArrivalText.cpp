@@ -11,9 +11,12 @@ std::string TextOf(const cv::Size& size) {
 
 }  // namespace
 
+bool IsBroughtToSize(const Arrival& arrival) {
+  return arrival.kind != SourceKind::Camera && !arrival.asked.empty();
+}
+
 cv::Size WorkingSize(const Arrival& arrival) {
-  const bool fixed = arrival.kind == SourceKind::Camera || arrival.asked.empty();
-  return fixed ? arrival.size : arrival.asked;
+  return IsBroughtToSize(arrival) ? arrival.asked : arrival.size;
 }
 
 cv::Size WholeSize(const Arrival& arrival) {

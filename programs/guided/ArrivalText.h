@@ -18,6 +18,9 @@ struct Arrival {
   cv::Size asked;  ///< by the user; empty: none
 };
 
+/// Whether frames are brought to the size that was asked for: those of recordings and streams are.
+bool IsBroughtToSize(const Arrival& arrival);
+
 /// That of the frames or halves; of recordings and streams, which cannot be asked, the one that was asked
 /// for.
 cv::Size WorkingSize(const Arrival& arrival);

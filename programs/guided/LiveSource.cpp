@@ -175,7 +175,8 @@ std::string LargerOffer(const Arguments& arguments, const Opened& opened, const 
                         const Arrival& arrival) {
   const std::vector<int> numbers = CamerasOf(opened.plan);
   if (arguments.sizeGiven || numbers.empty()) return "";
-  const VideoDevice device(DevicePath(around.devices, numbers.front()));
+  const bool right = arguments.select == common::Camera::Right;
+  const VideoDevice device(DevicePath(around.devices, right ? numbers.back() : numbers.front()));
   if (device.Fault() != 0) return "";
   return OfferText(LargestSize(device.Sizes()), WholeSize(arrival));
 }
@@ -190,7 +191,7 @@ Arrival ArrivalOf(const Arguments& arguments, const Opened& opened, const cv::Si
   return arrival;
 }
 
-/// Ends reading before it says why.
+/// Says why, and ends reading.
 std::unique_ptr<LiveSource> Refuse(std::unique_ptr<LiveSource> source, const std::string& reason,
                                    std::ostream& err) {
   common::PrintError(err, reason);
@@ -213,12 +214,11 @@ std::unique_ptr<LiveSource> Deliver(const Arguments& arguments, const Opened& op
   }
   const Arrival arrival = ArrivalOf(arguments, opened, FirstOf(*first).size());
   const cv::Size other = SecondOf(*first).size();
-  const cv::Size size = WorkingSize(arrival);
-  if (other != arrival.size && size == arrival.size) {
+  if (other != arrival.size && !IsBroughtToSize(arrival)) {
     return Refuse(std::move(delivering), UnequalText(opened.name, arrival.size, other), err);
   }
-  delivering->SetFrameSize(size);
-  out << ArrivalText(arrival) << LargerOffer(arguments, opened, around, arrival);
+  delivering->SetFrameSize(WorkingSize(arrival));
+  out << ArrivalText(arrival) << LargerOffer(arguments, opened, around, arrival) << std::flush;
   FixOpticsOf(opened, around, out);
   out << std::flush;
   return delivering;

@@ -36,9 +36,10 @@ std::string Bytes(unsigned number, int count) {
 std::string OnThePath(const std::string& name) {
   const char* const path = std::getenv("PATH");
   std::istringstream folders(path == nullptr ? "" : path);
-  for (std::string folder; std::getline(folders, folder, ':');) {
-    const std::string program = folder + "/" + name;
-    if (!folder.empty() && access(program.c_str(), X_OK) == 0) return program;
+  for (std::string program; std::getline(folders, program, ':');) {
+    if (program.empty()) continue;
+    program.append("/").append(name);
+    if (access(program.c_str(), X_OK) == 0) return program;
   }
   return "";
 }

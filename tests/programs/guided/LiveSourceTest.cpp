@@ -205,6 +205,13 @@ TEST_F(LiveSourceTest, TwoRecordingsAreAPairAtTheRateOfTheFirst) {
   EXPECT_TRUE(Becomes(*source, SourceState::Kind::Ended)) << "with the shorter one";
 }
 
+TEST_F(LiveSourceTest, RecordingsOfDifferentSizesAreBroughtToTheOneThatIsWanted) {
+  scripts_["video 'l.avi'"].size = {64, 64};
+  scripts_["video 'r.avi'"].size = {128, 96};
+  EXPECT_EQ(Open({"--video", "l.avi", "--video_right", "r.avi"}), nullptr);
+  EXPECT_NE(Open({"--video", "l.avi", "--video_right", "r.avi", "--width", "64", "--height", "64"}), nullptr);
+}
+
 TEST_F(LiveSourceTest, ASplitSourceIsAPairOfHalves) {
   scripts_["video 'both.avi'"] = {{128, 48}, 5, 10.0};
   const auto source = Open({"--video", "both.avi", "--split", "vertical"});
