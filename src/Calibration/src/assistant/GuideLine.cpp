@@ -19,6 +19,7 @@ constexpr double PATIENCE = 1.0;
 constexpr double READABLE = 0.4;
 /// How long something else must hold before it is said.
 constexpr double WAVERING = 0.3;
+constexpr double URGENT = 0.1;
 /// What would lead the grid out of the picture, or has just done it, comes after what makes room for it,
 /// unless it is much larger.
 constexpr double LATER = 0.4;
@@ -103,7 +104,9 @@ GuideHint GuideLine::Await(GuideHint hint, double time) {
     other_ = hint;
     otherSince_ = time;
   }
-  return time - otherSince_ >= WAVERING ? Show(hint, time) : shown_;
+  // Who has just left the picture is on the way out.
+  const double wait = Opposite(hint) == GuideHint::None ? WAVERING : URGENT;
+  return time - otherSince_ >= wait ? Show(hint, time) : shown_;
 }
 
 GuideHint GuideLine::Show(GuideHint hint, double time) {
