@@ -16,7 +16,7 @@ constexpr double SPEED = 0.2;           ///< metres per second far from the targ
 constexpr double ROTATION_SPEED = 0.8;  ///< radians per second, likewise
 constexpr double SLOWEST = 0.15;        ///< share of these speeds near the target
 constexpr double MOST_CARE = 0.2;       ///< share of them for who was sent back and forth
-constexpr double COURAGE = 0.1;         ///< by which that grows per second of going on
+constexpr double COURAGE = 0.3;         ///< by which that grows per second of going on
 constexpr size_t REACTION = 5;          ///< frames
 constexpr double MOST_OBLIQUE = 65.0;   ///< degrees at which a search finds the grid
 

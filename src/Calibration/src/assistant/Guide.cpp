@@ -35,30 +35,6 @@ constexpr double SMEAR = 0.0025;
 /// Blur that is so one-sided comes of a movement.
 constexpr double ONE_SIDED = 0.6;
 
-/// The way back into the picture for a grid that has just left it: away from the edge that it was nearest to.
-/// Where it was not near to any, or near to two opposite ones, there is no such way.
-GuideHint HintInto(const std::vector<cv::Point2d>& centres, const cv::Size& frame) {
-  constexpr double NEAR = 0.12;  // of the frame's height
-  double left = frame.width;
-  double top = frame.height;
-  double right = left;
-  double bottom = top;
-  for (const cv::Point2d& centre : centres) {
-    left = std::min(left, centre.x);
-    top = std::min(top, centre.y);
-    right = std::min(right, frame.width - 1.0 - centre.x);
-    bottom = std::min(bottom, frame.height - 1.0 - centre.y);
-  }
-  const double limit = NEAR * frame.height;
-  const bool aside = std::min(left, right) < std::min(top, bottom);
-  const double near = aside ? std::min(left, right) : std::min(top, bottom);
-  const double opposite = aside ? std::max(left, right) : std::max(top, bottom);
-  if (opposite < limit) return GuideHint::Farther;
-  if (near > limit) return GuideHint::PartOutside;
-  if (aside) return left < right ? GuideHint::Right : GuideHint::Left;
-  return top < bottom ? GuideHint::Down : GuideHint::Up;
-}
-
 /// How the bar falls with the distance, in reaches.
 constexpr double FALL = 4.0;
 

@@ -19,6 +19,7 @@ constexpr double PATIENCE = 1.0;
 constexpr double READABLE = 0.4;
 /// How long something else must hold before it is said.
 constexpr double WAVERING = 0.3;
+constexpr double URGENT = 0.1;
 /// What would lead the grid out of the picture, or has just done it, comes after what makes room for it,
 /// unless it is much larger.
 constexpr double LATER = 0.4;
@@ -67,6 +68,28 @@ GuideHint Opposite(GuideHint hint) {
   }
 }
 
+GuideHint HintInto(const std::vector<cv::Point2d>& centres, const cv::Size& frame) {
+  constexpr double NEAR = 0.12;  // of the frame's height
+  double left = frame.width;
+  double top = frame.height;
+  double right = left;
+  double bottom = top;
+  for (const cv::Point2d& centre : centres) {
+    left = std::min(left, centre.x);
+    top = std::min(top, centre.y);
+    right = std::min(right, frame.width - 1.0 - centre.x);
+    bottom = std::min(bottom, frame.height - 1.0 - centre.y);
+  }
+  const double limit = NEAR * frame.height;
+  const bool aside = std::min(left, right) < std::min(top, bottom);
+  const double near = aside ? std::min(left, right) : std::min(top, bottom);
+  const double opposite = aside ? std::max(left, right) : std::max(top, bottom);
+  if (opposite < limit) return GuideHint::Farther;
+  if (near > limit) return GuideHint::PartOutside;
+  if (aside) return left < right ? GuideHint::Right : GuideHint::Left;
+  return top < bottom ? GuideHint::Down : GuideHint::Up;
+}
+
 double GuideLine::WorthOf(const GuideDifference& difference, double time) const {
   const bool didLeadOut = difference.hint == ledOut_ && time - ledOutAt_ < REMEMBERED;
   return difference.leadsOut || didLeadOut ? LATER * difference.distance : difference.distance;
@@ -103,7 +126,9 @@ GuideHint GuideLine::Await(GuideHint hint, double time) {
     other_ = hint;
     otherSince_ = time;
   }
-  return time - otherSince_ >= WAVERING ? Show(hint, time) : shown_;
+  // Who has just left the picture is on the way out.
+  const double wait = Opposite(hint) == GuideHint::None ? WAVERING : URGENT;
+  return time - otherSince_ >= wait ? Show(hint, time) : shown_;
 }
 
 GuideHint GuideLine::Show(GuideHint hint, double time) {

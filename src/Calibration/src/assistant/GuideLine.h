@@ -15,6 +15,10 @@ GuideHint Mirrored(GuideHint hint);
 /// The hint that undoes a move; None for others.
 GuideHint Opposite(GuideHint hint);
 
+/// The way back into the picture for a grid that has just left it: away from the edge that it was nearest to.
+/// Where it was not near to any, or near to two opposite ones, there is no such way.
+GuideHint HintInto(const std::vector<cv::Point2d>& centres, const cv::Size& frame);
+
 /// Chooses among hints from frame to frame. One that is shown stays until it was obeyed, or until another one
 /// matters much more, or more for long: a line that changes all the time cannot be followed.
 class GuideLine {

@@ -35,10 +35,12 @@ cv::Matx33d RotationAboutY(double angle) {
   return RotationOf({0.0, angle, 0.0});
 }
 
-/// How far the normal that leads away behind the sheet leans to the right and down, radians.
+/// How far the normal that leads away behind the sheet leans to the right and down, radians: a rotation about
+/// the vertical axis changes the first alone, one about the horizontal axis the second.
 cv::Vec2d LeanOf(const GuidePose& pose) {
   const cv::Matx33d& R = pose.camera_from_grid.R;
-  return {std::atan2(R(0, 2), R(2, 2)), std::atan2(R(1, 2), R(2, 2))};
+  return {std::asin(std::min(1.0, std::max(-1.0, R(0, 2)))),
+          std::asin(std::min(1.0, std::max(-1.0, R(1, 2))))};
 }
 
 /// See CalibAssistant::CheckValidity. The turned rectangle may name its sides either way: the way of the
