@@ -10,16 +10,16 @@ namespace guided {
 namespace {
 
 constexpr int FONT = cv::FONT_HERSHEY_SIMPLEX;
-constexpr double CAPITAL = 21.0;    ///< height of the font's capital letters at scale 1, pixels
-constexpr double ABOVE = 0.27;      ///< room above the first line for brackets, in heights of capital letters
-constexpr double BLOCK = 1.75;      ///< height of one line with what is above and below its letters
-constexpr int SPARE = 1;            ///< pixels at all sides, since letters begin between pixels
+constexpr double CAPITAL = 21.0;  ///< height of the font's capital letters at scale 1, pixels
+constexpr double ABOVE = 0.27;    ///< room above the first line for brackets, in heights of capital letters
+constexpr double BLOCK = 1.75;    ///< height of one line with what is above and below its letters
+constexpr int SPARE = 2;  ///< pixels at all sides: letters begin between pixels, and their edges are soft
 constexpr double STEP = 0.97;       ///< from one size that is tried to the next
 constexpr double SMALLEST = 0.5;    ///< pixels; smaller ones are no text any more
 constexpr double SPACE_LESS = 6.0;  ///< by which spaces are narrower than the font has them, at scale 1
 constexpr double LARGE = 40.0;      ///< pixels; larger letters have bolder strokes
 constexpr double BOLD_SHARE = 7.0;
-constexpr double STROKE_SHARE = 8.0;  ///< by which the strokes are thinner than the letters are high
+constexpr double STROKE_SHARE = 10.5;  ///< by which the strokes are thinner than the letters are high
 constexpr double RIM_SHARE = 10.0;
 
 int StrokeOf(double size) {

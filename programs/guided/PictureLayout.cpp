@@ -98,7 +98,7 @@ class Arranging {
     const int icon = cvRound((narrow ? 1.1 : 1.7) * letter);
     const int width = std::max(1, rest_.width - icon - 3 * margin_);
     const double lines = std::clamp(std::ceil(USUAL_LETTERS * LETTER_WIDTH * letter / width), 1.0, 3.0);
-    int height = cvRound((lines * LINE + 0.5) * letter);
+    int height = cvRound((lines * LINE + 0.6) * letter);
     const int highest = Pixels(0.48);
     // Only what has one line is written larger than it must be.
     LetterSizes sizes{Height(LARGEST_INSTRUCTION), letter, letter};
