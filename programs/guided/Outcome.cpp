@@ -51,7 +51,7 @@ std::vector<std::string> NamesOf(const std::vector<NamedSnapshot>& snapshots) {
   return names;
 }
 
-/// Of one of the cameras that the snapshots are of.
+/// One of the cameras that the snapshots are of.
 CameraOutcome ComputeCamera(const std::vector<NamedSnapshot>& snapshots, size_t camera, int model,
                             const ComputationSettings& settings,
                             const std::function<void(std::shared_ptr<Calibrator>)>& computing) {
@@ -80,7 +80,7 @@ CameraOutcome ComputeCamera(const std::vector<NamedSnapshot>& snapshots, size_t 
   return outcome;
 }
 
-/// Of the pairs that agree.
+/// The mean over the pairs that agree.
 double EpipolarDistance(const PairOutcome& pair) {
   std::set<size_t> apart = pair.report.disagreeing;
   for (const auto& image : pair.verdict.recounted) apart.insert(image.view);
