@@ -1,0 +1,138 @@
+/// By how much a lens has moved from where a calibration found it, as new views tell.
+#include "quality/LensMove.h"
+
+#include <Eigen/Dense>
+#include <algorithm>
+#include <cmath>
+
+#include "solver/LevenbergMarquardt.h"
+#include "solver/NormalEquations.h"
+#include "solver/ScaledSystem.h"
+
+namespace velmora {
+
+namespace {
+
+using Eigen::Index;
+using Eigen::MatrixXd;
+using Eigen::VectorXd;
+
+constexpr double FOCAL_MOVE = 0.02;     // share
+constexpr double ASPECT_MOVE = 0.001;   // share
+constexpr double CENTRE_MOVE = 0.02;    // focal lengths
+constexpr double RADIAL_MOVE = 0.005;   // of a projection at the rim of the data, focal lengths
+constexpr double ONE_OF_THOUSAND = 3.1; // deviations of a normal distribution
+
+/// What one of a thousand sums of squares is beyond, each of which has one of the shares as its variance: that
+/// of a chi-squared distribution with the same mean and variance (Wilson and Hilferty). The noise is known from
+/// so many numbers only.
+double ThresholdFor(const VectorXd& shares, double freedom) {
+  const double mean = shares.sum();
+  const double squares = shares.squaredNorm();
+  if (!(mean > 0.0)) return 1.0;
+  const double scale = squares / mean;
+  const double degrees = mean / scale;
+  const double part = 2.0 / (9.0 * degrees);
+  const double beyond = degrees * std::pow(1.0 - part + ONE_OF_THOUSAND * std::sqrt(part), 3.0);
+  return scale * beyond * (1.0 + 10.0 / std::max(freedom, 1.0));
+}
+
+/// Scales the parameters so that the information has a diagonal of ones: they are many orders of magnitude
+/// apart.
+VectorXd ScalesOf(const MatrixXd& information) {
+  return information.diagonal().unaryExpr([](double value) { return value > 0.0 ? 1.0 / std::sqrt(value) : 1.0; });
+}
+
+}  // namespace
+
+MoveColumns MoveColumns::Of(const Intrinsics& lens, double radius) {
+  const double fx = lens.values[FX];
+  const double fy = lens.values[FY];
+  MoveColumns of;
+  of.columns.setZero(lens.estimated, COUNT);
+  of.columns(FX, FOCAL) = fx;
+  of.columns(FY, FOCAL) = fy;
+  of.columns(FX, ASPECT) = 0.5 * fx;
+  of.columns(FY, ASPECT) = -0.5 * fy;
+  of.columns(CX, CENTRE_X) = 1.0;
+  of.columns(CY, CENTRE_Y) = 1.0;
+  of.columns(K1, FIRST_TERM) = 1.0;
+  of.columns(K2, SECOND_TERM) = 1.0;
+  const double centre = CENTRE_MOVE * std::sqrt(fx * fy);
+  of.deviations.resize(COUNT);
+  of.deviations << FOCAL_MOVE, ASPECT_MOVE, centre, centre, RADIAL_MOVE / std::pow(radius, 3.0),
+      RADIAL_MOVE / std::pow(radius, 5.0);
+  return of;
+}
+
+bool ScoreOf(const Solution& fitted, const Intrinsics& known, LensScore& score) {
+  CalibrationProblem problem{fitted.rig, fitted.views, {true, false}, {}, fitted.sheet};
+  Intrinsics& lens = problem.rig.cameras.front().intrinsics;
+  lens.estimated = known.estimated;
+  const Index count = known.estimated;
+  VectorXd step(count);
+  for (Index i = 0; i < count; ++i) {
+    const auto place = static_cast<size_t>(i);
+    step(i) = lens.values[place] - known.values[place];
+  }
+  const Solution free = solver::EvaluatedAt(std::move(problem));
+  const solver::ReducedSystem system = solver::SystemOf(free);
+  if (!free.usable || !system.solvable) return false;
+  MatrixXd matrix = system.matrix.topLeftCorner(count, count);
+  VectorXd gradient = system.gradient.head(count);
+  const Index terms = system.matrix.rows() - count;
+  if (terms > 0) {
+    solver::ScaledSystem shape;
+    if (!shape.Decompose(system.matrix.bottomRightCorner(terms, terms))) return false;
+    const MatrixXd coupling = system.matrix.bottomLeftCorner(terms, count);
+    matrix -= coupling.transpose() * shape.Solve(coupling);
+    gradient -= coupling.transpose() * shape.Solve(MatrixXd(system.gradient.tail(terms))).col(0);
+  }
+  const double shared = fitted.sheet.counted + MoveColumns::COUNT;
+  score.variance = std::max(NoiseVariance(fitted.cost, fitted.views, shared), 1e-12);
+  score.freedom = 2.0 * CountOf(fitted.views) - POSE_PARAMETERS * static_cast<double>(fitted.views.size()) - shared;
+  score.information = 0.5 * (matrix + matrix.transpose()) / score.variance;
+  score.slope = -gradient / score.variance + score.information * step;
+  return score.information.allFinite() && score.slope.allFinite();
+}
+
+LensMove MoveOf(const LensScore& score, const MoveColumns& columns, const MatrixXd& uncertainty) {
+  const VectorXd scales = ScalesOf(score.information);
+  const MatrixXd W = scales.asDiagonal() * score.information * scales.asDiagonal();
+  const VectorXd u = scales.cwiseProduct(score.slope);
+  const VectorXd inverse = scales.cwiseInverse();
+  const MatrixXd B = inverse.asDiagonal() * columns.columns;
+  const MatrixXd unit = MatrixXd::Identity(W.rows(), W.rows());
+  // What the views and the result's own uncertainty leave to tell of a move between both.
+  MatrixXd C = MatrixXd::Zero(W.rows(), W.rows());
+  MatrixXd A = 0.5 * W;
+  VectorXd a = 0.5 * u;
+  if (uncertainty.size() > 0) {
+    C = inverse.asDiagonal() * uncertainty * inverse.asDiagonal();
+    const Eigen::FullPivLU<MatrixXd> both(unit + W * C);
+    A = both.solve(W);
+    a = both.solve(u);
+  }
+  const MatrixXd told = B.transpose() * A * B;
+  const VectorXd slope = B.transpose() * a;
+  // In units of what is known beforehand.
+  const auto prior = columns.deviations.asDiagonal();
+  const MatrixXd scaled = prior * (0.5 * (told + told.transpose())) * prior;
+  const Index count = scaled.rows();
+  const Eigen::LDLT<MatrixXd> posterior(scaled + MatrixXd::Identity(count, count));
+  LensMove move;
+  const VectorXd along = prior * slope;
+  const VectorXd found = posterior.solve(along);
+  move.move = prior * found;
+  move.covariance = prior * posterior.solve(MatrixXd(prior));
+  const VectorXd strengths =
+      Eigen::SelfAdjointEigenSolver<MatrixXd>(scaled, Eigen::EigenvaluesOnly).eigenvalues().cwiseMax(0.0);
+  const VectorXd shares = strengths.cwiseQuotient((strengths.array() + 1.0).matrix());
+  move.evidence = along.dot(found) / ThresholdFor(shares, score.freedom);
+  // Of the lens, both what the result had wrong and the move count.
+  const MatrixXd Q = C + B * (columns.deviations.cwiseAbs2().asDiagonal() * B.transpose());
+  move.parameters = scales.cwiseProduct(Q * Eigen::FullPivLU<MatrixXd>(unit + W * Q).solve(u));
+  return move;
+}
+
+}  // namespace velmora
