@@ -23,7 +23,8 @@ struct CheckOptions {
   double unit = 0.02;       ///< between adjacent rows, metres
   double discRadius = 0.0;  ///< metres; 0 takes points for images of the discs' centres
   /// Pixels by which projections may have moved (root of the mean square where the grid was seen). 0: as
-  /// little as the images can tell from noise and from the result's own uncertainty, 0.05 at the least.
+  /// little as the images can tell from noise and from the result's own uncertainty; 0.05 at the least, and
+  /// what the verdict says that they are off by; but the principal point no more than 0.001 focal lengths.
   double tolerance = 0.0;
   /// Where the circles of the sheet are, metres (a verdict's sheet.points); empty: the verdict's own, or flat.
   std::vector<cv::Point3d> sheetPoints;
@@ -57,8 +58,8 @@ struct VELMORA_API ResultCheck {
   double tolerance = 0.0;  ///< pixels that are allowed
   /// Pixels by which projections may have moved without these images showing it, in 19 of 20 cases.
   double unseen = 0.0;
-  /// How much less likely the lens of the result makes the images than one that moved: 1 and less is what noise
-  /// and the result's own uncertainty alone do in all but one of a thousand checks.
+  /// By how much better a lens that moved explains the images, over what noise and the result's own uncertainty
+  /// do by chance: 1 is passed by chance in about one of 300 checks.
   double evidence = 0.0;
   /// Share by which the focal length has grown, and pixels by which the principal point has moved, with
   /// standard deviations.

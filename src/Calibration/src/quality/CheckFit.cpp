@@ -180,16 +180,32 @@ class Fitting {
       for (solver::SheetRung& rung : solver::ClimbKnown(flat, problem_.known, options))
         rungs.push_back(std::move(rung));
     }
+    if(getenv("VB")){ std::vector<solver::SheetRung> k; for(auto&r:rungs) if(r.solution.sheet.IsKnown()||(int)r.level>=(int)SheetLevel::BentProportions) k.push_back(r); if(!k.empty()) rungs=k; }
     const auto best = std::min_element(rungs.begin(), rungs.end(), [](const auto& a, const auto& b) {
       return a.criterion < b.criterion;
     });
-    if (best->solution.sheet.IsFlat()) return false;
-    sheet_ = best->solution.sheet;
+    Solution shaped = WithOwnBends(best->level, best->ownBends, best->solution, options);
+    if (!shaped.usable || !std::isfinite(shaped.sheet.counted)) shaped = best->solution;
+    if (shaped.sheet.IsFlat()) return false;
+    sheet_ = shaped.sheet;
     for (size_t i = 0; i < selection_.views.size(); ++i) {
-      selection_.views[i].observations.front().places = best->solution.views[i].observations.front().places;
+      selection_.views[i].observations.front().places = shaped.views[i].observations.front().places;
     }
-    TakePoses(best->solution);
+    TakePoses(shaped);
     return true;
+  }
+
+  /// Each view's sheet with a bend of its own, too: those that are too small to be told from noise would move
+  /// the lens all the same.
+  static Solution WithOwnBends(SheetLevel level, bool ownBends, const Solution& solution,
+                               const solver::BundleOptions& options) {
+    if (ownBends) return solution;
+    CalibrationProblem problem = solution.sheet.IsFlat()
+                                     ? solver::ShapedProblem(solution, level, true)
+                                     : CalibrationProblem{solution.rig, solution.views, solution.estimated,
+                                                          solution.priors, solution.sheet};
+    if (!problem.sheet.HasOwnBends()) solver::AddOwnBends(problem.sheet);
+    return solver::SolveShaped(std::move(problem), options);
   }
 
   const CheckProblem& problem_;

@@ -4,6 +4,7 @@
 #include <Eigen/Dense>
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "solver/LevenbergMarquardt.h"
 #include "solver/NormalEquations.h"
@@ -23,6 +24,11 @@ constexpr double CENTRE_MOVE = 0.02;    // focal lengths
 constexpr double RADIAL_MOVE = 0.005;   // of a projection at the rim of the data, focal lengths
 constexpr double ONE_OF_THOUSAND = 3.1; // deviations of a normal distribution
 
+/// What is suspected: focus or zoom alone, the sensor alone, and everything together. The first column and how
+/// many.
+constexpr std::pair<Index, Index> SUSPECTS[] = {
+    {MoveColumns::FOCAL, 1}, {MoveColumns::CENTRE_X, 2}, {0, MoveColumns::COUNT}};
+
 /// What one of a thousand sums of squares is beyond, each of which has one of the shares as its variance: that
 /// of a chi-squared distribution with the same mean and variance (Wilson and Hilferty). The noise is known from
 /// so many numbers only.
@@ -35,6 +41,14 @@ double ThresholdFor(const VectorXd& shares, double freedom) {
   const double part = 2.0 / (9.0 * degrees);
   const double beyond = degrees * std::pow(1.0 - part + ONE_OF_THOUSAND * std::sqrt(part), 3.0);
   return scale * beyond * (1.0 + 10.0 / std::max(freedom, 1.0));
+}
+
+/// For moves in these ways alone, in units of what is known of them beforehand.
+double EvidenceOf(const MatrixXd& told, const VectorXd& slope, double freedom) {
+  const VectorXd found = Eigen::LDLT<MatrixXd>(told + MatrixXd::Identity(told.rows(), told.rows())).solve(slope);
+  const VectorXd strengths =
+      Eigen::SelfAdjointEigenSolver<MatrixXd>(told, Eigen::EigenvaluesOnly).eigenvalues().cwiseMax(0.0);
+  return slope.dot(found) / ThresholdFor(strengths.cwiseQuotient((strengths.array() + 1.0).matrix()), freedom);
 }
 
 /// Scales the parameters so that the information has a diagonal of ones: they are many orders of magnitude
@@ -118,17 +132,15 @@ LensMove MoveOf(const LensScore& score, const MoveColumns& columns, const Matrix
   // In units of what is known beforehand.
   const auto prior = columns.deviations.asDiagonal();
   const MatrixXd scaled = prior * (0.5 * (told + told.transpose())) * prior;
-  const Index count = scaled.rows();
-  const Eigen::LDLT<MatrixXd> posterior(scaled + MatrixXd::Identity(count, count));
-  LensMove move;
   const VectorXd along = prior * slope;
-  const VectorXd found = posterior.solve(along);
-  move.move = prior * found;
+  const Eigen::LDLT<MatrixXd> posterior(scaled + MatrixXd::Identity(scaled.rows(), scaled.rows()));
+  LensMove move;
+  move.move = prior * posterior.solve(along);
   move.covariance = prior * posterior.solve(MatrixXd(prior));
-  const VectorXd strengths =
-      Eigen::SelfAdjointEigenSolver<MatrixXd>(scaled, Eigen::EigenvaluesOnly).eigenvalues().cwiseMax(0.0);
-  const VectorXd shares = strengths.cwiseQuotient((strengths.array() + 1.0).matrix());
-  move.evidence = along.dot(found) / ThresholdFor(shares, score.freedom);
+  for (const auto& [first, count] : SUSPECTS) {
+    move.evidence = std::max(move.evidence, EvidenceOf(scaled.block(first, first, count, count),
+                                                       along.segment(first, count), score.freedom));
+  }
   // Of the lens, both what the result had wrong and the move count.
   const MatrixXd Q = C + B * (columns.deviations.cwiseAbs2().asDiagonal() * B.transpose());
   move.parameters = scales.cwiseProduct(Q * Eigen::FullPivLU<MatrixXd>(unit + W * Q).solve(u));

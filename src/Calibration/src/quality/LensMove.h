@@ -34,7 +34,9 @@ bool ScoreOf(const Solution& fitted, const Intrinsics& known, LensScore& score);
 struct LensMove {
   Eigen::VectorXd move;        ///< most likely: of each column
   Eigen::MatrixXd covariance;  ///< of what is still unknown of it
-  /// How far beyond what noise and the uncertainty of the result do: 1 is reached once in a thousand times.
+  /// How far beyond what noise and the uncertainty of the result do: of a move of the focal length alone, of
+  /// the principal point alone, or in all ways, the one that is least like chance. 1 is reached by chance in
+  /// one of 300 times.
   double evidence = 0.0;
   Eigen::VectorXd parameters;  ///< the lens that suits result and views best, less that of the result
 };

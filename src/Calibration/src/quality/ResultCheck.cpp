@@ -30,6 +30,9 @@ using Eigen::MatrixXd;
 constexpr size_t FEWEST_POINTS = 6;
 /// Nobody minds less, pixels.
 constexpr double LEAST_TOLERANCE = 0.05;
+/// A principal point that moves by so many focal lengths turns all rays by that angle: a millimetre at a metre.
+/// Rotations of the poses make up for most of it, so that projections hardly show it.
+constexpr double LARGEST_CENTRE_MOVE = 0.001;
 /// What must not go unnoticed where nothing else is asked for, in focal lengths.
 constexpr double LARGEST_UNSEEN = 0.002;
 
@@ -51,10 +54,10 @@ void CheckPoints(const CheckImage& image, size_t count, const std::string& name)
   for (size_t k = 0; k < count; ++k) {
     const double weight = image.weights.empty() ? 1.0 : image.weights[k];
     Require(weight == 0.0 || weight == 1.0, "A weight of " + name + " is neither 0 nor 1.");
-    Require(image.deviations.empty() || (std::isfinite(image.deviations[k]) && image.deviations[k] >= 0.0),
-            "A deviation of " + name + " is negative or not finite.");
     if (weight == 0.0) continue;
     ++seen;
+    Require(image.deviations.empty() || (std::isfinite(image.deviations[k]) && image.deviations[k] >= 0.0),
+            "A deviation of " + name + " is negative or not finite.");
     Require(std::isfinite(image.points[k].x) && std::isfinite(image.points[k].y),
             "A point of " + name + " is not finite.");
   }
@@ -83,10 +86,13 @@ solver::Target TargetFrom(const std::vector<CheckImage>& images, const std::vect
   for (const CheckImage& image : images) {
     object.push_back(grid);
     points.push_back(image.points);
-    for (size_t k = 0; k < grid.size() && !image.weights.empty(); ++k) {
-      if (image.weights[k] == 0.0) points.back()[k] = {};  // may be anything
-    }
     deviations.push_back(image.deviations);
+    // What is said of circles that are not seen may be anything.
+    for (size_t k = 0; k < grid.size() && !image.weights.empty(); ++k) {
+      if (image.weights[k] != 0.0) continue;
+      points.back()[k] = {};
+      if (!image.deviations.empty()) deviations.back()[k] = 0.0;
+    }
   }
   solver::Target target = solver::TargetOf(object, points, deviations);
   for (size_t i = 0; i < images.size(); ++i) {
@@ -251,9 +257,11 @@ class Check {
     const bool asked = options_.tolerance > 0.0;
     check_.tolerance = asked ? options_.tolerance : std::max(LEAST_TOLERANCE, systematic);
     const auto& lens = problem_.lens.values;
-    const double mostUnseen = asked ? options_.tolerance : LARGEST_UNSEEN * std::sqrt(lens[FX] * lens[FY]);
+    const double focal = std::sqrt(lens[FX] * lens[FY]);
+    const double mostUnseen = asked ? options_.tolerance : LARGEST_UNSEEN * focal;
     const bool moved = check_.evidence > 1.0;
-    if (moved && check_.shift > check_.tolerance) {
+    const bool centreMoved = !asked && cv::norm(check_.principalPointChange) > LARGEST_CENTRE_MOVE * focal;
+    if (moved && (check_.shift > check_.tolerance || centreMoved)) {
       check_.answer = Answer::NotCalibrated;
     } else {
       check_.answer = check_.unseen <= mostUnseen ? Answer::Calibrated : Answer::CannotTell;
