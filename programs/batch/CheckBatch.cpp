@@ -50,7 +50,8 @@ class NewImages {
     std::string fault;
     if (!outcome.size.empty()) {
       decoded_ = true;
-      if (outcome.size != size_) fault = "of " + SizeText(outcome.size) + " pixels, the result of " + SizeText(size_);
+      if (outcome.size != size_)
+        fault = "of " + SizeText(outcome.size) + " pixels, the result of " + SizeText(size_);
       fit_ = fit_ || fault.empty();
     }
     if (fault.empty()) fault = search_.FaultOf(input, outcome);
@@ -99,8 +100,9 @@ std::string TableOf(const ResultCheck& check, const std::vector<std::string>& na
     text += name + line + "\n";
   }
   char line[160] = "";
-  std::snprintf(line, sizeof(line), "\nRMS %.3f px by the lens of the result, %.3f px by the lens that fits best\n\n",
-                check.rms, check.noise);
+  std::snprintf(line, sizeof(line),
+                "\nRMS %.3f px by the lens of the result, %.3f px by the lens that fits best\n\n", check.rms,
+                check.noise);
   return text + line;
 }
 
@@ -131,7 +133,8 @@ common::ExitStatus RunCheck(const Arguments& arguments) {
                              SizeText(result.imageSize) + " pixels");
   }
   if (images.Images().empty()) {
-    common::PrintError(std::cerr, "nothing to check the result by: the grid was found in none of the images.");
+    common::PrintError(std::cerr,
+                       "nothing to check the result by: the grid was found in none of the images.");
     std::cerr << images.OtherGridText();
     return common::NO_RESULT;
   }
@@ -144,7 +147,8 @@ common::ExitStatus RunCheck(const Arguments& arguments) {
   }
   std::cout << TableOf(check, images.Names());
   if (verdict.grade == CalibrationVerdict::Grade::None)
-    std::cout << "No verdict lies beside the result: it is taken to be as sure as these images could make it.\n";
+    std::cout
+        << "No verdict lies beside the result: it is taken to be as sure as these images could make it.\n";
   std::cout << check.sentence << "\n" << (check.advice.empty() ? "" : check.advice + "\n");
   return check.Passed() ? common::SUCCESS : common::NO_RESULT;
 }

@@ -10,22 +10,24 @@ namespace batch {
 namespace {
 
 /// Of calibrations, of pairs and of rigs.
-const char* const OTHERS[] = {"--model",      "--width",        "--height", "--max-views", "--output",
-                              "--strict",     "--record-model", "--solver", "--right",     "--split",
-                              "--calib_left", "--calib_right",  "--refine-lenses", "--rig", "--match",
-                              "--intrinsics"};
+const char* const OTHERS[] = {"--model",         "--width",  "--height",       "--max-views",
+                              "--output",        "--strict", "--record-model", "--solver",
+                              "--right",         "--split",  "--calib_left",   "--calib_right",
+                              "--refine-lenses", "--rig",    "--match",        "--intrinsics"};
 
 }  // namespace
 
 void AddCheckOptions(CLI::App& app, CheckArguments& arguments) {
-  auto* check = app.add_option("--check", arguments.result,
-                               "instead of calibrating, tell whether the camera of this result file (NAME.json or "
-                               "NAME_fisheye.json) is still as it was; its verdict file is used where it lies "
-                               "beside it")
-                    ->type_name("FILE");
-  app.add_option("--tolerance", arguments.tolerance,
-                 "pixels by which projections may have moved in a check (default: 0.05, or what the verdict on "
-                 "the result says that they are off by)")
+  auto* check =
+      app.add_option("--check", arguments.result,
+                     "instead of calibrating, tell whether the camera of this result file (NAME.json or "
+                     "NAME_fisheye.json) is still as it was; its verdict file is used where it lies "
+                     "beside it")
+          ->type_name("FILE");
+  app.add_option(
+         "--tolerance", arguments.tolerance,
+         "pixels by which projections may have moved in a check (default: 0.05, or what the verdict on "
+         "the result says that they are off by)")
       ->check(common::FaultUnlessPositive, "positive")
       ->type_name("PIXELS")
       ->needs(check);

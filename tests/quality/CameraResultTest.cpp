@@ -59,7 +59,8 @@ TEST(CameraResult, IsNotReadFromOtherTexts) {
   EXPECT_EQ(FaultOf("{}"), "is not a result file");
   EXPECT_NE(FaultOf(Text(Matrix(), D, false, 1)).find("of a pair"), std::string::npos);
   EXPECT_NE(FaultOf(R"({"cameras": [], "views": []})").find("of a rig"), std::string::npos);
-  EXPECT_NE(FaultOf(Text(Matrix(), cv::Mat::zeros(1, 3, CV_64F))).find("4, 5, 8, 12 or 14"), std::string::npos);
+  EXPECT_NE(FaultOf(Text(Matrix(), cv::Mat::zeros(1, 3, CV_64F))).find("4, 5, 8, 12 or 14"),
+            std::string::npos);
   EXPECT_NE(FaultOf(Text(Matrix(), D, true)).find("four coefficients"), std::string::npos);
   EXPECT_NE(FaultOf(Text(cv::Mat::zeros(3, 3, CV_64F), D)).find("focal lengths"), std::string::npos);
   EXPECT_NE(FaultOf(Text(cv::Mat::eye(2, 2, CV_64F), D)).find("3 x 3"), std::string::npos);

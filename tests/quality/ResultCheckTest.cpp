@@ -50,11 +50,13 @@ bool Has(const std::string& text, const std::string& words) {
   return text.find(words) != std::string::npos;
 }
 
-/// A hundred cameras, each with five images afterwards: how many of the answers are that one.
+/// Twenty calibrations, each with five lots of five images afterwards: how many of the answers are that one.
 int CountOf(Answer answer, double focal, const cv::Point2d& centre) {
   int count = 0;
-  for (std::uint64_t seed = 0; seed < 100; ++seed) {
-    count += Checked(CalibratedCamera(seed), Later(seed, focal, centre)).answer == answer ? 1 : 0;
+  for (std::uint64_t camera = 0; camera < 20; ++camera) {
+    const Calibrated calibrated = CalibratedCamera(camera);
+    for (std::uint64_t lot = 0; lot < 5; ++lot)
+      count += Checked(calibrated, Later(5 * camera + lot, focal, centre)).answer == answer ? 1 : 0;
   }
   return count;
 }
@@ -76,7 +78,8 @@ TEST(ResultCheck, TellsWhatMovedAndByHowMuch) {
   const ResultCheck focal = Checked(camera, Later(1, 0.01, {}, 8));
   EXPECT_NEAR(focal.focalChange, 0.01, 3.0 * focal.focalDeviation);
   EXPECT_LT(focal.focalDeviation, 0.002);
-  EXPECT_TRUE(StartsWith(focal.sentence, "No longer calibrated: the camera has moved off by about ")) << focal.sentence;
+  EXPECT_TRUE(StartsWith(focal.sentence, "No longer calibrated: the camera has moved off by about "))
+      << focal.sentence;
   EXPECT_TRUE(Has(focal.sentence, "focal length +")) << focal.sentence;
   EXPECT_TRUE(Has(focal.advice, "focus and zoom")) << focal.advice;
   EXPECT_GT(focal.evidence, 1.0);
@@ -139,7 +142,8 @@ TEST(ResultCheck, CannotTellFromFrontalImages) {
   cv::RNG random(1);
   for (const world::Pose& pose : world::FrontalViews(unit::DistortedCamera(), 5, unit::PrintedGrid())) {
     views.push_back(world::TrueCentres(unit::DistortedCamera().lens, unit::PrintedGrid(), pose));
-    for (cv::Point2d& point : views.back()) point += cv::Point2d(random.gaussian(NOISE), random.gaussian(NOISE));
+    for (cv::Point2d& point : views.back())
+      point += cv::Point2d(random.gaussian(NOISE), random.gaussian(NOISE));
   }
   const ResultCheck check = Checked(CalibratedCamera(6), views);
   EXPECT_EQ(check.answer, Answer::CannotTell) << check.sentence;

@@ -41,7 +41,8 @@ world::ProjectionDistance WorldDistance(const CameraResult& first, const CameraR
   return world::MeanProjectionDistance(lens(first), lens(second), SIZE, {}, world::Alignment::Rotated);
 }
 
-std::string FaultOf(const CameraResult& first, const CameraResult& second, const ComparisonOptions& options = {}) {
+std::string FaultOf(const CameraResult& first, const CameraResult& second,
+                    const ComparisonOptions& options = {}) {
   try {
     CompareResults(first, second, options);
   } catch (const std::invalid_argument& fault) {
@@ -51,9 +52,8 @@ std::string FaultOf(const CameraResult& first, const CameraResult& second, const
 }
 
 TEST(ResultComparison, OfAResultWithItselfIsNothing) {
-  for (const CameraResult& result :
-       {Usual(), Plain(550.0, {320.0, 240.0}, cv::Mat::zeros(1, 14, CV_64F)),
-        Fisheye(200.0, (cv::Mat_<double>(1, 4) << 0.02, -0.01, 0.002, 0.0))}) {
+  for (const CameraResult& result : {Usual(), Plain(550.0, {320.0, 240.0}, cv::Mat::zeros(1, 14, CV_64F)),
+                                     Fisheye(200.0, (cv::Mat_<double>(1, 4) << 0.02, -0.01, 0.002, 0.0))}) {
     const ResultComparison comparison = CompareResults(result, result);
     EXPECT_LT(comparison.largest, 1e-5);
     EXPECT_LT(comparison.angle, 1e-6);

@@ -26,7 +26,8 @@ struct CheckOptions {
   /// little as the images can tell from noise and from the result's own uncertainty; 0.05 at the least, and
   /// what the verdict says that they are off by; but the principal point no more than 0.001 focal lengths.
   double tolerance = 0.0;
-  /// Where the circles of the sheet are, metres (a verdict's sheet.points); empty: the verdict's own, or flat.
+  /// Where the circles of the sheet are, metres (a verdict's sheet.points); empty: the verdict's own, or
+  /// flat.
   std::vector<cv::Point3d> sheetPoints;
 };
 
@@ -39,9 +40,9 @@ struct VELMORA_API ResultCheck {
     double rms = -1.0;     ///< of its points, pixels, by the lens of the result
     double largest = 0.0;  ///< of its points, outliers too, pixels
     int largestPoint = -1;
-    int outliers = 0;         ///< points that do not agree with the others, and do not count
-    double tilt = 0.0;        ///< of the sheet against the ray to its middle, degrees
-    cv::Vec3d rvec, tvec;     ///< camera_from_target, of the first circle
+    int outliers = 0;      ///< points that do not agree with the others, and do not count
+    double tilt = 0.0;     ///< of the sheet against the ray to its middle, degrees
+    cv::Vec3d rvec, tvec;  ///< camera_from_target, of the first circle
   };
 
   Answer answer = Answer::CannotTell;
@@ -58,8 +59,8 @@ struct VELMORA_API ResultCheck {
   double tolerance = 0.0;  ///< pixels that are allowed
   /// Pixels by which projections may have moved without these images showing it, in 19 of 20 cases.
   double unseen = 0.0;
-  /// By how much better a lens that moved explains the images, over what noise and the result's own uncertainty
-  /// do by chance: 1 is passed by chance in about one of 300 checks.
+  /// By how much better a lens that moved explains the images, over what noise and the result's own
+  /// uncertainty do by chance: 1 is passed by chance in about one of 1500 checks.
   double evidence = 0.0;
   /// Share by which the focal length has grown, and pixels by which the principal point has moved, with
   /// standard deviations.

@@ -13,9 +13,9 @@ namespace velmora {
 struct ComparisonOptions {
   /// Pixels from one place of the map to the next; 0: a fortieth of the image's longer side.
   double step = 0.0;
-  /// A convex polygon, pixels: where there were data (a verdict's dataArea). The rotation is then the best one
-  /// within it, and the differences are those within it; the map is of the whole image all the same. Empty:
-  /// all of the image counts.
+  /// A convex polygon, pixels: where there were data (a verdict's dataArea). The rotation is then the best
+  /// one within it, and the differences are those within it; the map is of the whole image all the same.
+  /// Empty: all of the image counts.
   std::vector<cv::Point2f> area;
 };
 
@@ -43,8 +43,8 @@ struct VELMORA_API ResultComparison {
 
   /// The lengths of the map's differences, CV_64F; NaN where they are not known.
   cv::Mat Lengths() const;
-  /// An 8-bit picture of the image's size in colours, the lengths with a scale from 0 to the largest one; grey
-  /// where they are not known.
+  /// An 8-bit picture of the image's size in colours, the lengths with a scale from 0 to the largest one;
+  /// grey where they are not known.
   cv::Mat Picture(const cv::Size& size) const;
 };
 

@@ -20,12 +20,12 @@ namespace {
 constexpr int STEPS = 4;
 /// The radial distortion of nothing but the middle of an image is not asked for.
 constexpr double LEAST_RADIUS = 0.05;
-/// Of an image's points.
+/// The share of an image's points that must be left of it.
 constexpr double ENOUGH = 0.5;
 
 class Fitting {
  public:
-  explicit Fitting(const CheckProblem& problem) : problem_(problem), lens_(problem.lens) {}
+  explicit Fitting(const CheckProblem& problem) : problem_(problem), follower_(problem.lens) {}
 
   CheckFit Run() {
     solver::Selection all = WithPoses();
@@ -41,7 +41,7 @@ class Fitting {
     }
     CheckFit fit = std::move(fit_);
     fit.kept = selection_.kept;
-    fit.moved = Solved(lens_);
+    fit.moved = Solved(follower_);
     fit.held = Solved(problem_.lens);
     return fit;
   }
@@ -99,7 +99,7 @@ class Fitting {
   /// Finds the lens that suits the result and the views.
   void FollowLens() {
     for (int i = 0; i < STEPS; ++i) {
-      const Solution solution = Solved(lens_);
+      const Solution solution = Solved(follower_);
       if (!solution.usable) return;
       TakePoses(solution);
       LensScore score;
@@ -131,11 +131,12 @@ class Fitting {
     if (!move.allFinite()) return false;
     Intrinsics next = problem_.lens;
     for (Eigen::Index i = 0; i < move.size(); ++i) next.values[static_cast<size_t>(i)] += move(i);
-    if (!(next.values[FX] > 0.5 * problem_.lens.values[FX]) || !(next.values[FY] > 0.5 * problem_.lens.values[FY]))
+    if (!(next.values[FX] > 0.5 * problem_.lens.values[FX]) ||
+        !(next.values[FY] > 0.5 * problem_.lens.values[FY]))
       return false;
-    const Intrinsics before = std::exchange(lens_, next);
-    if (Solved(lens_).usable) return true;
-    lens_ = before;
+    const Intrinsics before = std::exchange(follower_, next);
+    if (Solved(follower_).usable) return true;
+    follower_ = before;
     return false;
   }
 
@@ -160,9 +161,9 @@ class Fitting {
     solver::Selection observed = from;
     if (problem_.discRadius > 0.0) {
       from.views =
-          solver::CorrectedForEccentricity(from.views, RigOf(lens_), from.views, problem_.discRadius);
+          solver::CorrectedForEccentricity(from.views, RigOf(follower_), from.views, problem_.discRadius);
     }
-    const solver::Residuals residuals = solver::ResidualsOf(from.views, RigOf(lens_));
+    const solver::Residuals residuals = solver::ResidualsOf(from.views, RigOf(follower_));
     solver::Selection left =
         solver::WithoutOutliers(observed, residuals, solver::StandardDeviationOf(residuals), ENOUGH);
     return 2 * left.kept.size() < all.kept.size() || left.kept.empty() ? observed : left;
@@ -171,7 +172,7 @@ class Fitting {
   /// Lets the sheet have the shape that the views ask for, each a bend of its own included; false where that
   /// is none but what it has.
   bool TakeSheet() {
-    Solution flat = Solved(lens_);
+    Solution flat = Solved(follower_);
     if (!flat.usable || !solver::HasOneTarget(flat.views)) return false;
     solver::BundleOptions options;
     std::vector<solver::SheetRung> rungs =
@@ -180,10 +181,8 @@ class Fitting {
       for (solver::SheetRung& rung : solver::ClimbKnown(flat, problem_.known, options))
         rungs.push_back(std::move(rung));
     }
-    if(getenv("VB")){ std::vector<solver::SheetRung> k; for(auto&r:rungs) if(r.solution.sheet.IsKnown()||(int)r.level>=(int)SheetLevel::BentProportions) k.push_back(r); if(!k.empty()) rungs=k; }
-    const auto best = std::min_element(rungs.begin(), rungs.end(), [](const auto& a, const auto& b) {
-      return a.criterion < b.criterion;
-    });
+    const auto best = std::min_element(
+        rungs.begin(), rungs.end(), [](const auto& a, const auto& b) { return a.criterion < b.criterion; });
     Solution shaped = WithOwnBends(best->level, best->ownBends, best->solution, options);
     if (!shaped.usable || !std::isfinite(shaped.sheet.counted)) shaped = best->solution;
     if (shaped.sheet.IsFlat()) return false;
@@ -209,7 +208,7 @@ class Fitting {
   }
 
   const CheckProblem& problem_;
-  Intrinsics lens_;  ///< as far as it is known
+  Intrinsics follower_;  ///< the lens, as far as it is known
   Sheet sheet_;
   solver::Selection selection_;  ///< with pixels as they were observed
   CheckFit fit_;

@@ -23,13 +23,13 @@ struct CheckProblem {
 };
 
 struct CheckFit {
-  std::vector<size_t> kept;        ///< which of the views were used; none: there is no fit
-  Solution held;                   ///< of these views by the lens of the result
-  Solution moved;                  ///< the same by the lens that suits them, too
-  std::vector<cv::Point2f> area;   ///< where they have their points
+  std::vector<size_t> kept;       ///< which of the views were used; none: there is no fit
+  Solution held;                  ///< of these views by the lens of the result
+  Solution moved;                 ///< the same by the lens that suits them, too
+  std::vector<cv::Point2f> area;  ///< where they have their points
   MoveColumns columns;
   LensMove move;
-  bool determined = false;         ///< whether the views tell anything of the lens
+  bool determined = false;  ///< whether the views tell anything of the lens
 };
 
 /// The lens' move is small beside the lens: it is found in a few steps, each with poses and sheet that fit it

@@ -23,7 +23,8 @@ constexpr double SURE = 3.0;  // standard deviations
 
 /// "0.037", "0.37", "3.7": two digits that count.
 std::string Pixels(double value) {
-  const int digits = !(value > 0.0) ? 2 : std::clamp(1 - static_cast<int>(std::floor(std::log10(value))), 1, 3);
+  const int digits =
+      !(value > 0.0) ? 2 : std::clamp(1 - static_cast<int>(std::floor(std::log10(value))), 1, 3);
   return Decimal(value, digits) + " px";
 }
 
@@ -67,7 +68,8 @@ std::string AdviceForMoved(const CheckFacts& facts, const ResultCheck& check) {
     advice = "See that focus and zoom are as they were, or fix them and calibrate the camera again.";
   } else if (CentreSureness(check) > SURE) {
     advice =
-        "See that the lens sits tight, and that crop and image stabilisation are as they were; then calibrate "
+        "See that the lens sits tight, and that crop and image stabilisation are as they were; then "
+        "calibrate "
         "the camera again.";
   }
   if (facts.worthless) advice += " The verdict on its calibration was that it is worthless.";
@@ -84,7 +86,8 @@ std::string AdviceForMore(const ResultCheck& check) {
   }
   if (tilt < SMALL_TILT) return "Tilt the sheet by 20 to 40 degrees, each time to another side.";
   if (used < FEW_IMAGES) return "Take five images or more, with the sheet tilted to all sides.";
-  if (check.coverage < SMALL_COVERAGE) return "Hold the sheet nearer, and show it near the edges of the image, too.";
+  if (check.coverage < SMALL_COVERAGE)
+    return "Hold the sheet nearer, and show it near the edges of the image, too.";
   return "Take more images, with the sheet tilted more and held still.";
 }
 
@@ -94,7 +97,8 @@ std::string AdviceForNoise(const CheckFacts& facts, const ResultCheck& check) {
     return "";
   }
   return "Residuals are " + Decimal(check.noise / facts.calibrationRms, 0) +
-         " times those of the calibration, whatever the lens is: see that the images are sharp and the sheet is "
+         " times those of the calibration, whatever the lens is: see that the images are sharp and the sheet "
+         "is "
          "held still, and that it is the right sheet.";
 }
 
@@ -104,7 +108,8 @@ void PutIntoWords(const CheckFacts& facts, ResultCheck& check) {
   const std::string moved = "about " + Pixels(check.shift) + " (+-" + Pixels(check.shiftDeviation) + ")";
   switch (check.answer) {
     case Answer::NotCalibrated:
-      check.sentence = "No longer calibrated: the camera has moved off by " + moved + WhatMoved(facts, check) + ".";
+      check.sentence =
+          "No longer calibrated: the camera has moved off by " + moved + WhatMoved(facts, check) + ".";
       check.advice = AdviceForMoved(facts, check);
       break;
     case Answer::CannotTell:
@@ -114,10 +119,11 @@ void PutIntoWords(const CheckFacts& facts, ResultCheck& check) {
       check.advice = AdviceForMore(check);
       break;
     case Answer::Calibrated:
-      check.sentence = facts.moved ? "Still calibrated: the camera has moved off by " + moved +
-                                         ", no more than the " + Pixels(check.tolerance) + " that are allowed."
-                                   : "Still calibrated: projections are where the result has them, to within " +
-                                         Pixels(std::max(check.unseen, check.shift)) + ".";
+      check.sentence = facts.moved
+                           ? "Still calibrated: the camera has moved off by " + moved +
+                                 ", no more than the " + Pixels(check.tolerance) + " that are allowed."
+                           : "Still calibrated: projections are where the result has them, to within " +
+                                 Pixels(std::max(check.unseen, check.shift)) + ".";
       break;
   }
   const std::string noise = AdviceForNoise(facts, check);

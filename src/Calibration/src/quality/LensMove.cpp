@@ -18,20 +18,20 @@ using Eigen::Index;
 using Eigen::MatrixXd;
 using Eigen::VectorXd;
 
-constexpr double FOCAL_MOVE = 0.02;     // share
-constexpr double ASPECT_MOVE = 0.001;   // share
-constexpr double CENTRE_MOVE = 0.02;    // focal lengths
-constexpr double RADIAL_MOVE = 0.005;   // of a projection at the rim of the data, focal lengths
-constexpr double ONE_OF_THOUSAND = 3.1; // deviations of a normal distribution
+constexpr double FOCAL_MOVE = 0.02;    // share
+constexpr double ASPECT_MOVE = 0.001;  // share
+constexpr double CENTRE_MOVE = 0.02;   // focal lengths
+constexpr double RADIAL_MOVE = 0.005;  // of a projection at the rim of the data, focal lengths
+constexpr double SURE = 3.5;           // deviations of a normal distribution
 
-/// What is suspected: focus or zoom alone, the sensor alone, and everything together. The first column and how
-/// many.
+/// What is suspected: focus or zoom alone, the sensor alone, and everything together. The first column and
+/// how many.
 constexpr std::pair<Index, Index> SUSPECTS[] = {
     {MoveColumns::FOCAL, 1}, {MoveColumns::CENTRE_X, 2}, {0, MoveColumns::COUNT}};
 
-/// What one of a thousand sums of squares is beyond, each of which has one of the shares as its variance: that
-/// of a chi-squared distribution with the same mean and variance (Wilson and Hilferty). The noise is known from
-/// so many numbers only.
+/// What one of four thousand sums of squares is beyond, each of which has one of the shares as its variance:
+/// that of a chi-squared distribution with the same mean and variance (Wilson and Hilferty). The noise is
+/// known from `freedom` numbers only.
 double ThresholdFor(const VectorXd& shares, double freedom) {
   const double mean = shares.sum();
   const double squares = shares.squaredNorm();
@@ -39,22 +39,25 @@ double ThresholdFor(const VectorXd& shares, double freedom) {
   const double scale = squares / mean;
   const double degrees = mean / scale;
   const double part = 2.0 / (9.0 * degrees);
-  const double beyond = degrees * std::pow(1.0 - part + ONE_OF_THOUSAND * std::sqrt(part), 3.0);
+  const double beyond = degrees * std::pow(1.0 - part + SURE * std::sqrt(part), 3.0);
   return scale * beyond * (1.0 + 10.0 / std::max(freedom, 1.0));
 }
 
 /// For moves in these ways alone, in units of what is known of them beforehand.
 double EvidenceOf(const MatrixXd& told, const VectorXd& slope, double freedom) {
-  const VectorXd found = Eigen::LDLT<MatrixXd>(told + MatrixXd::Identity(told.rows(), told.rows())).solve(slope);
+  const VectorXd found =
+      Eigen::LDLT<MatrixXd>(told + MatrixXd::Identity(told.rows(), told.rows())).solve(slope);
   const VectorXd strengths =
       Eigen::SelfAdjointEigenSolver<MatrixXd>(told, Eigen::EigenvaluesOnly).eigenvalues().cwiseMax(0.0);
-  return slope.dot(found) / ThresholdFor(strengths.cwiseQuotient((strengths.array() + 1.0).matrix()), freedom);
+  return slope.dot(found) /
+         ThresholdFor(strengths.cwiseQuotient((strengths.array() + 1.0).matrix()), freedom);
 }
 
 /// Scales the parameters so that the information has a diagonal of ones: they are many orders of magnitude
 /// apart.
 VectorXd ScalesOf(const MatrixXd& information) {
-  return information.diagonal().unaryExpr([](double value) { return value > 0.0 ? 1.0 / std::sqrt(value) : 1.0; });
+  return information.diagonal().unaryExpr(
+      [](double value) { return value > 0.0 ? 1.0 / std::sqrt(value) : 1.0; });
 }
 
 }  // namespace
@@ -104,7 +107,8 @@ bool ScoreOf(const Solution& fitted, const Intrinsics& known, LensScore& score) 
   }
   const double shared = fitted.sheet.counted + MoveColumns::COUNT;
   score.variance = std::max(NoiseVariance(fitted.cost, fitted.views, shared), 1e-12);
-  score.freedom = 2.0 * CountOf(fitted.views) - POSE_PARAMETERS * static_cast<double>(fitted.views.size()) - shared;
+  score.freedom =
+      2.0 * CountOf(fitted.views) - POSE_PARAMETERS * static_cast<double>(fitted.views.size()) - shared;
   score.information = 0.5 * (matrix + matrix.transpose()) / score.variance;
   score.slope = -gradient / score.variance + score.information * step;
   return score.information.allFinite() && score.slope.allFinite();

@@ -14,8 +14,9 @@ struct MoveColumns {
   Eigen::MatrixXd columns;     ///< a row for each of the lens' parameters, a column for each way
   Eigen::VectorXd deviations;  ///< standard deviations: far more than what is to be noticed
 
-  /// Focal length (share), its aspect (share), principal point (pixels), and the first two terms of the radial
-  /// distortion. `radius` is how far from the axis there are data, in focal lengths (of a fisheye: radians).
+  /// Focal length (share), its aspect (share), principal point (pixels), and the first two terms of the
+  /// radial distortion. `radius` is how far from the axis there are data, in focal lengths (of a fisheye:
+  /// radians).
   static MoveColumns Of(const Intrinsics& lens, double radius);
 };
 
@@ -36,7 +37,7 @@ struct LensMove {
   Eigen::MatrixXd covariance;  ///< of what is still unknown of it
   /// How far beyond what noise and the uncertainty of the result do: of a move of the focal length alone, of
   /// the principal point alone, or in all ways, the one that is least like chance. 1 is reached by chance in
-  /// one of 300 times.
+  /// one of 1500 times.
   double evidence = 0.0;
   Eigen::VectorXd parameters;  ///< the lens that suits result and views best, less that of the result
 };

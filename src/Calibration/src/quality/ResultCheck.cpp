@@ -30,11 +30,11 @@ using Eigen::MatrixXd;
 constexpr size_t FEWEST_POINTS = 6;
 /// Nobody minds less, pixels.
 constexpr double LEAST_TOLERANCE = 0.05;
-/// A principal point that moves by so many focal lengths turns all rays by that angle: a millimetre at a metre.
-/// Rotations of the poses make up for most of it, so that projections hardly show it.
+/// A principal point that moves by this share of the focal length turns all rays by that angle: a millimetre
+/// at a metre. Rotations of the poses make up for most of it, so that projections hardly show it.
 constexpr double LARGEST_CENTRE_MOVE = 0.001;
 /// What must not go unnoticed where nothing else is asked for, in focal lengths.
-constexpr double LARGEST_UNSEEN = 0.002;
+constexpr double LARGEST_UNSEEN = 0.0015;
 
 void Require(bool condition, const std::string& text) {
   if (!condition) throw std::invalid_argument(text);
@@ -68,7 +68,8 @@ void CheckArguments(const CameraResult& result, const std::vector<CheckImage>& i
                     const CheckOptions& options) {
   result.Check();
   Require(!images.empty(), "There are no images to check the result by.");
-  Require(options.grid.width >= 2 && options.grid.height >= 2, "Each side of the grid has two circles or more.");
+  Require(options.grid.width >= 2 && options.grid.height >= 2,
+          "Each side of the grid has two circles or more.");
   Require(IsPositive(options.unit), "The distance of the grid's rows is not positive.");
   Require(std::isfinite(options.discRadius) && options.discRadius >= 0.0, "The discs' radius is negative.");
   Require(std::isfinite(options.tolerance) && options.tolerance >= 0.0, "The tolerance is negative.");
@@ -111,7 +112,8 @@ solver::Target TargetFrom(const std::vector<CheckImage>& images, const std::vect
 }
 
 MatrixXd MatrixFrom(const cv::Mat& matrix, Index size) {
-  if (matrix.type() != CV_64F || matrix.rows != size || matrix.cols != size || !cv::checkRange(matrix)) return {};
+  if (matrix.type() != CV_64F || matrix.rows != size || matrix.cols != size || !cv::checkRange(matrix))
+    return {};
   MatrixXd copy(size, size);
   for (int i = 0; i < matrix.rows; ++i) {
     for (int k = 0; k < matrix.cols; ++k) copy(i, k) = matrix.at<double>(i, k);
@@ -152,9 +154,10 @@ class Check {
   /// How sure the lens is: the formal covariance or that of the jackknife, the one that says less.
   void TakeUncertainty() {
     const Index rows = verdict_.covariance.rows;
-    const bool isOfModel = problem_.lens.IsFisheye()
-                               ? rows == FISHEYE_PARAMETERS
-                               : rows == CLASSIC_PARAMETERS || rows == RATIONAL_PARAMETERS || rows == FULL_PARAMETERS;
+    const bool isOfModel =
+        problem_.lens.IsFisheye()
+            ? rows == FISHEYE_PARAMETERS
+            : rows == CLASSIC_PARAMETERS || rows == RATIONAL_PARAMETERS || rows == FULL_PARAMETERS;
     if (isOfModel && rows >= problem_.lens.estimated) problem_.lens.estimated = static_cast<int>(rows);
     const Intrinsics lens = problem_.lens;
     const MatrixXd formal = MatrixFrom(verdict_.covariance, lens.estimated);
@@ -244,8 +247,7 @@ class Check {
     for (Index i = 0; i < columns.cols(); ++i) products(i, i) = square(columns.col(i));
     for (Index i = 0; i < columns.cols(); ++i) {
       for (Index k = 0; k < i; ++k) {
-        products(i, k) =
-            0.5 * (square(columns.col(i) + columns.col(k)) - products(i, i) - products(k, k));
+        products(i, k) = 0.5 * (square(columns.col(i) + columns.col(k)) - products(i, i) - products(k, k));
         products(k, i) = products(i, k);
       }
     }
@@ -266,7 +268,8 @@ class Check {
     } else {
       check_.answer = check_.unseen <= mostUnseen ? Answer::Calibrated : Answer::CannotTell;
     }
-    PutIntoWords({moved, termsMoved_, result_.rms, verdict_.grade == CalibrationVerdict::Grade::Worthless}, check_);
+    PutIntoWords({moved, termsMoved_, result_.rms, verdict_.grade == CalibrationVerdict::Grade::Worthless},
+                 check_);
   }
 
   const CameraResult& result_;

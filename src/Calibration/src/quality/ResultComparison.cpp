@@ -44,7 +44,7 @@ bool Images(const solver::Projection& lens, bool fisheye, const cv::Vec3d& ray, 
 
 /// The sum of squares for a rotation, with the equations of a small one after it.
 struct Fit {
-  double squares = 0.0;
+  double cost = 0.0;
   int count = 0;
   Eigen::Matrix3d products = Eigen::Matrix3d::Zero();
   Eigen::Vector3d slope = Eigen::Vector3d::Zero();
@@ -80,8 +80,7 @@ class Comparison {
 
  private:
   static cv::Size CellsFor(const cv::Size& image, const ComparisonOptions& options) {
-    const double step =
-        options.step > 0.0 ? options.step : std::max(image.width, image.height) / USUAL_CELLS;
+    const double step = options.step > 0.0 ? options.step : std::max(image.width, image.height) / USUAL_CELLS;
     return {CellsOf(image.width, step), CellsOf(image.height, step)};
   }
 
@@ -118,7 +117,7 @@ class Comparison {
     const double difference = coordinate.value - observed;
     const cv::Vec3d by = ray.cross(coordinate.byPoint);
     const Eigen::Vector3d slope(by[0], by[1], by[2]);
-    fit.squares += difference * difference;
+    fit.cost += difference * difference;
     fit.products += slope * slope.transpose();
     fit.slope += slope * difference;
   }
@@ -135,7 +134,7 @@ class Comparison {
       if (!step.allFinite()) break;
       const cv::Matx33d candidate = RotationOf({step(0), step(1), step(2)}) * best;
       const Fit next = FitOf(candidate);
-      const bool better = 2 * next.count > fit.count && next.squares / next.count <= fit.squares / fit.count;
+      const bool better = 2 * next.count > fit.count && next.cost / next.count <= fit.cost / fit.count;
       damping = better ? std::max(0.1 * damping, 1e-9) : 10.0 * std::max(damping, 1e-6);
       if (better) {
         best = candidate;
