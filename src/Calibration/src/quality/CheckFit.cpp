@@ -47,9 +47,9 @@ class Fitting {
   }
 
  private:
-  Rig RigOf(const Intrinsics& lens) const {
+  Rig RigOf(const Intrinsics& intrinsics) const {
     Rig rig;
-    rig.cameras.push_back({lens, {}, problem_.imageSize});
+    rig.cameras.push_back({intrinsics, {}, problem_.imageSize});
     return rig;
   }
 
@@ -74,9 +74,9 @@ class Fitting {
   }
 
   /// Poses and sheet that fit a lens best.
-  Solution Solved(const Intrinsics& lens) const {
+  Solution Solved(const Intrinsics& intrinsics) const {
     std::vector<TargetView> views = selection_.views;
-    const Rig rig = RigOf(lens);
+    const Rig rig = RigOf(intrinsics);
     if (problem_.discRadius > 0.0) {
       views = solver::CorrectedForEccentricity(views, rig, selection_.views, problem_.discRadius);
     }

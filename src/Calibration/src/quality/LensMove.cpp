@@ -62,11 +62,11 @@ VectorXd ScalesOf(const MatrixXd& information) {
 
 }  // namespace
 
-MoveColumns MoveColumns::Of(const Intrinsics& lens, double radius) {
-  const double fx = lens.values[FX];
-  const double fy = lens.values[FY];
+MoveColumns MoveColumns::Of(const Intrinsics& intrinsics, double radius) {
+  const double fx = intrinsics.values[FX];
+  const double fy = intrinsics.values[FY];
   MoveColumns of;
-  of.columns.setZero(lens.estimated, COUNT);
+  of.columns.setZero(intrinsics.estimated, COUNT);
   of.columns(FX, FOCAL) = fx;
   of.columns(FY, FOCAL) = fy;
   of.columns(FX, ASPECT) = 0.5 * fx;
@@ -84,13 +84,13 @@ MoveColumns MoveColumns::Of(const Intrinsics& lens, double radius) {
 
 bool ScoreOf(const Solution& fitted, const Intrinsics& known, LensScore& score) {
   CalibrationProblem problem{fitted.rig, fitted.views, {true, false}, {}, fitted.sheet};
-  Intrinsics& lens = problem.rig.cameras.front().intrinsics;
-  lens.estimated = known.estimated;
+  Intrinsics& moved = problem.rig.cameras.front().intrinsics;
+  moved.estimated = known.estimated;
   const Index count = known.estimated;
   VectorXd step(count);
   for (Index i = 0; i < count; ++i) {
     const auto place = static_cast<size_t>(i);
-    step(i) = lens.values[place] - known.values[place];
+    step(i) = moved.values[place] - known.values[place];
   }
   const Solution free = solver::EvaluatedAt(std::move(problem));
   const solver::ReducedSystem system = solver::SystemOf(free);

@@ -17,7 +17,7 @@ struct MoveColumns {
   /// Focal length (share), its aspect (share), principal point (pixels), and the first two terms of the
   /// radial distortion. `radius` is how far from the axis there are data, in focal lengths (of a fisheye:
   /// radians).
-  static MoveColumns Of(const Intrinsics& lens, double radius);
+  static MoveColumns Of(const Intrinsics& intrinsics, double radius);
 };
 
 /// What views tell of the parameters of a lens.
