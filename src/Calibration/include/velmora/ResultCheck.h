@@ -59,8 +59,8 @@ struct VELMORA_API ResultCheck {
   double tolerance = 0.0;  ///< pixels that are allowed
   /// Pixels by which projections may have moved without these images showing it, in 19 of 20 cases.
   double unseen = 0.0;
-  /// By how much better a lens that moved explains the images, over what noise and the result's own
-  /// uncertainty do by chance: 1 is passed by chance in about one of 1500 checks.
+  /// By how much better a lens that moved explains the images, over the most that noise and the result's own
+  /// uncertainty do by chance, once in a hundred thousand checks: real paper has errors that are no noise.
   double evidence = 0.0;
   /// Share by which the focal length has grown, and pixels by which the principal point has moved, with
   /// standard deviations.
@@ -75,7 +75,7 @@ struct VELMORA_API ResultCheck {
 
 /// Checks the result by new images, one or more of them. `verdict` is that on the result, for how sure it is
 /// and for the sheet's shape; with grade None (a default one) the result is taken to be as sure as the new
-/// images could make it. Each image's sheet may be bent in its own way.
+/// images could make it. A worthless result cannot be checked. Each image's sheet may be bent in its own way.
 ///
 /// Raises std::invalid_argument in plain English for a result that is none, an empty list of images, lists of
 /// points that do not match the grid, numbers that are not finite, and when in none of the images the grid

@@ -36,11 +36,6 @@ double Sureness(double value, double deviation) {
   return deviation > 0.0 ? std::abs(value) / deviation : 0.0;
 }
 
-double CentreSureness(const ResultCheck& check) {
-  return std::hypot(Sureness(check.principalPointChange.x, check.principalPointDeviation.x),
-                    Sureness(check.principalPointChange.y, check.principalPointDeviation.y));
-}
-
 bool FocalMoved(const ResultCheck& check) {
   return Sureness(check.focalChange, check.focalDeviation) > SURE;
 }
@@ -62,7 +57,7 @@ std::string WhatMoved(const CheckFacts& facts, const ResultCheck& check) {
   return text.empty() ? text : text + ")";
 }
 
-std::string AdviceForMoved(const CheckFacts& facts, const ResultCheck& check) {
+std::string AdviceForMoved(const ResultCheck& check) {
   std::string advice = "Calibrate the camera again.";
   if (FocalMoved(check)) {
     advice = "See that focus and zoom are as they were, or fix them and calibrate the camera again.";
@@ -72,7 +67,6 @@ std::string AdviceForMoved(const CheckFacts& facts, const ResultCheck& check) {
         "calibrate "
         "the camera again.";
   }
-  if (facts.worthless) advice += " The verdict on its calibration was that it is worthless.";
   return advice;
 }
 
@@ -104,19 +98,28 @@ std::string AdviceForNoise(const CheckFacts& facts, const ResultCheck& check) {
 
 }  // namespace
 
+double CentreSureness(const ResultCheck& check) {
+  return std::hypot(Sureness(check.principalPointChange.x, check.principalPointDeviation.x),
+                    Sureness(check.principalPointChange.y, check.principalPointDeviation.y));
+}
+
 void PutIntoWords(const CheckFacts& facts, ResultCheck& check) {
   const std::string moved = "about " + Pixels(check.shift) + " (+-" + Pixels(check.shiftDeviation) + ")";
   switch (check.answer) {
     case Answer::NotCalibrated:
       check.sentence =
           "No longer calibrated: the camera has moved off by " + moved + WhatMoved(facts, check) + ".";
-      check.advice = AdviceForMoved(facts, check);
+      check.advice = AdviceForMoved(check);
       break;
     case Answer::CannotTell:
       check.sentence = "Cannot tell: projections may be off by as much as " + Pixels(check.unseen) +
                        " without these images showing it.";
-      if (!std::isfinite(check.unseen)) check.sentence = "Cannot tell: the images say nothing of the lens.";
       check.advice = AdviceForMore(check);
+      if (!std::isfinite(check.unseen)) check.sentence = "Cannot tell: the images say nothing of the lens.";
+      if (facts.worthless) {
+        check.sentence = "Cannot tell: the verdict on the result itself is that it is worthless.";
+        check.advice = "Calibrate the camera again, as the remarks of that verdict advise.";
+      }
       break;
     case Answer::Calibrated:
       check.sentence = facts.moved

@@ -13,6 +13,9 @@ struct CheckFacts {
   bool worthless = false;       ///< the verdict on the result
 };
 
+/// Standard deviations by which the principal point has moved.
+double CentreSureness(const ResultCheck& check);
+
 /// Sets the sentence and the advice for the answer.
 void PutIntoWords(const CheckFacts& facts, ResultCheck& check);
 

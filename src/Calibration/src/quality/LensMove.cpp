@@ -22,16 +22,16 @@ constexpr double FOCAL_MOVE = 0.02;    // share
 constexpr double ASPECT_MOVE = 0.001;  // share
 constexpr double CENTRE_MOVE = 0.02;   // focal lengths
 constexpr double RADIAL_MOVE = 0.005;  // of a projection at the rim of the data, focal lengths
-constexpr double SURE = 3.5;           // deviations of a normal distribution
+constexpr double SURE = 4.5;           // deviations of a normal distribution
 
 /// What is suspected: focus or zoom alone, the sensor alone, and everything together. The first column and
 /// how many.
 constexpr std::pair<Index, Index> SUSPECTS[] = {
     {MoveColumns::FOCAL, 1}, {MoveColumns::CENTRE_X, 2}, {0, MoveColumns::COUNT}};
 
-/// What one of four thousand sums of squares is beyond, each of which has one of the shares as its variance:
-/// that of a chi-squared distribution with the same mean and variance (Wilson and Hilferty). The noise is
-/// known from `freedom` numbers only.
+/// What one of three hundred thousand sums of squares is beyond, each of which has one of the shares as its
+/// variance: that of a chi-squared distribution with the same mean and variance (Wilson and Hilferty). The
+/// noise is known from `freedom` numbers only.
 double ThresholdFor(const VectorXd& shares, double freedom) {
   const double mean = shares.sum();
   const double squares = shares.squaredNorm();
@@ -98,12 +98,14 @@ bool ScoreOf(const Solution& fitted, const Intrinsics& known, LensScore& score) 
   MatrixXd matrix = system.matrix.topLeftCorner(count, count);
   VectorXd gradient = system.gradient.head(count);
   const Index terms = system.matrix.rows() - count;
+  MatrixXd share = MatrixXd::Zero(terms, count);
   if (terms > 0) {
     solver::ScaledSystem shape;
     if (!shape.Decompose(system.matrix.bottomRightCorner(terms, terms))) return false;
     const MatrixXd coupling = system.matrix.bottomLeftCorner(terms, count);
-    matrix -= coupling.transpose() * shape.Solve(coupling);
-    gradient -= coupling.transpose() * shape.Solve(MatrixXd(system.gradient.tail(terms))).col(0);
+    share = shape.Solve(coupling);
+    matrix -= coupling.transpose() * share;
+    gradient -= share.transpose() * system.gradient.tail(terms);
   }
   const double shared = fitted.sheet.counted + MoveColumns::COUNT;
   score.variance = std::max(NoiseVariance(fitted.cost, fitted.views, shared), 1e-12);
@@ -111,13 +113,46 @@ bool ScoreOf(const Solution& fitted, const Intrinsics& known, LensScore& score) 
       2.0 * CountOf(fitted.views) - POSE_PARAMETERS * static_cast<double>(fitted.views.size()) - shared;
   score.information = 0.5 * (matrix + matrix.transpose()) / score.variance;
   score.slope = -gradient / score.variance + score.information * step;
+  score.parts.clear();
+  for (const ViewEquations& equations : free.equations) {
+    // One camera: all that is shared is the view's own.
+    const solver::ReducedView view = solver::Reduce(equations, 0.0);
+    if (!view.solvable) continue;
+    score.parts.emplace_back((share.transpose() * view.gradient.tail(terms) - view.gradient.head(count)) /
+                             score.variance);
+  }
   return score.information.allFinite() && score.slope.allFinite();
 }
 
+double ScatterOf(const LensScore& score, const MoveColumns& columns) {
+  constexpr size_t FEWEST = 3;
+  if (score.parts.size() < FEWEST) return 1.0;
+  const MatrixXd ways = columns.columns * columns.deviations.asDiagonal();
+  const MatrixXd information = ways.transpose() * score.information * ways;
+  const Eigen::SelfAdjointEigenSolver<MatrixXd> solver(0.5 * (information + information.transpose()));
+  double cost = 0.0;
+  double count = 0.0;
+  for (Index i = 0; i < information.rows(); ++i) {
+    // Of what the views hardly tell, nothing is asked.
+    if (!(solver.eigenvalues()(i) > 1.0)) continue;
+    const VectorXd way = ways * solver.eigenvectors().col(i);
+    for (const VectorXd& part : score.parts) cost += std::pow(way.dot(part), 2.0) / solver.eigenvalues()(i);
+    count += 1.0;
+  }
+  // The fit has made their mean zero.
+  const double views = static_cast<double>(score.parts.size());
+  return count > 0.0 ? std::max(1.0, cost / (count * (1.0 - 1.0 / views))) : 1.0;
+}
+
 LensMove MoveOf(const LensScore& score, const MoveColumns& columns, const MatrixXd& uncertainty) {
+  const double scatter = ScatterOf(score, columns);
+  // A scatter is known from the few numbers only that the views tell of the lens.
+  const double numbers =
+      static_cast<double>(MoveColumns::COUNT) * (static_cast<double>(score.parts.size()) - 1.0);
+  const double freedom = scatter > 1.0 ? std::min(score.freedom, numbers) : score.freedom;
   const VectorXd scales = ScalesOf(score.information);
-  const MatrixXd W = scales.asDiagonal() * score.information * scales.asDiagonal();
-  const VectorXd u = scales.cwiseProduct(score.slope);
+  const MatrixXd W = scales.asDiagonal() * score.information * scales.asDiagonal() / scatter;
+  const VectorXd u = scales.cwiseProduct(score.slope) / scatter;
   const VectorXd inverse = scales.cwiseInverse();
   const MatrixXd B = inverse.asDiagonal() * columns.columns;
   const MatrixXd unit = MatrixXd::Identity(W.rows(), W.rows());
@@ -143,7 +178,7 @@ LensMove MoveOf(const LensScore& score, const MoveColumns& columns, const Matrix
   move.covariance = prior * posterior.solve(MatrixXd(prior));
   for (const auto& [first, count] : SUSPECTS) {
     move.evidence = std::max(move.evidence, EvidenceOf(scaled.block(first, first, count, count),
-                                                       along.segment(first, count), score.freedom));
+                                                       along.segment(first, count), freedom));
   }
   // Of the lens, both what the result had wrong and the move count.
   const MatrixXd Q = C + B * (columns.deviations.cwiseAbs2().asDiagonal() * B.transpose());

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <Eigen/Core>
+#include <vector>
 
 #include "model/Solution.h"
 
@@ -26,6 +27,8 @@ struct LensScore {
   Eigen::VectorXd slope;        ///< of the log likelihood at the lens of the result, as if it were quadratic
   double variance = 0.0;        ///< of a coordinate's noise, squared pixels
   double freedom = 0.0;         ///< how many numbers that is known from
+  /// Each view's part of the slope at the lens that was fitted: what is left of them is to be noise.
+  std::vector<Eigen::VectorXd> parts{};
 };
 
 /// Of views whose poses and sheet fit a lens best that may be another one by now. `known` is that of the
@@ -36,13 +39,19 @@ struct LensMove {
   Eigen::VectorXd move;        ///< most likely: of each column
   Eigen::MatrixXd covariance;  ///< of what is still unknown of it
   /// How far beyond what noise and the uncertainty of the result do: of a move of the focal length alone, of
-  /// the principal point alone, or in all ways, the one that is least like chance. 1 is reached by chance in
-  /// one of 1500 times.
+  /// the principal point alone, or in all ways, the one that is least like chance. Noise alone reaches 1 once
+  /// in a hundred thousand times: the errors of real paper reach farther than noise.
   double evidence = 0.0;
   Eigen::VectorXd parameters;  ///< the lens that suits result and views best, less that of the result
 };
 
-/// `uncertainty` is the covariance of the result's parameters; empty: as the views themselves leave it.
+/// By how much more the views' parts scatter, in the ways of the columns, than noise of that variance makes
+/// them: paper has shapes that no sheet of this engine has, and what each view then says of the lens differs.
+/// 1 where they do not, or are fewer than three.
+double ScatterOf(const LensScore& score, const MoveColumns& columns);
+
+/// `uncertainty` is the covariance of the result's parameters; empty: as the views themselves leave it. Where
+/// views scatter more, the noise is taken to be larger by that.
 LensMove MoveOf(const LensScore& score, const MoveColumns& columns, const Eigen::MatrixXd& uncertainty);
 
 }  // namespace velmora

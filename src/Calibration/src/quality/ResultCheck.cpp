@@ -33,6 +33,9 @@ constexpr double LEAST_TOLERANCE = 0.05;
 /// A principal point that moves by this share of the focal length turns all rays by that angle: a millimetre
 /// at a metre. Rotations of the poses make up for most of it, so that projections hardly show it.
 constexpr double LARGEST_CENTRE_MOVE = 0.001;
+/// Standard deviations beyond which a shift, and a move of the principal point, are taken for known.
+constexpr double FAIRLY_SURE_OF = 2.0;
+constexpr double SURE_OF = 3.0;
 /// What must not go unnoticed where nothing else is asked for, in focal lengths.
 constexpr double LARGEST_UNSEEN = 0.0015;
 
@@ -262,8 +265,14 @@ class Check {
     const double focal = std::sqrt(lens[FX] * lens[FY]);
     const double mostUnseen = asked ? options_.tolerance : LARGEST_UNSEEN * focal;
     const bool moved = check_.evidence > 1.0;
-    const bool centreMoved = !asked && cv::norm(check_.principalPointChange) > LARGEST_CENTRE_MOVE * focal;
-    if (moved && (check_.shift > check_.tolerance || centreMoved)) {
+    // Beyond chance, but all in directions that are hardly known, is nothing to go by.
+    const bool shiftIsKnown = check_.shift > FAIRLY_SURE_OF * check_.shiftDeviation;
+    const bool projectionsMoved = check_.shift > check_.tolerance && shiftIsKnown;
+    const bool centreMoved = !asked && cv::norm(check_.principalPointChange) > LARGEST_CENTRE_MOVE * focal &&
+                             CentreSureness(check_) > SURE_OF;
+    if (verdict_.grade == CalibrationVerdict::Grade::Worthless) {
+      check_.answer = Answer::CannotTell;
+    } else if (moved && (projectionsMoved || centreMoved)) {
       check_.answer = Answer::NotCalibrated;
     } else {
       check_.answer = check_.unseen <= mostUnseen ? Answer::Calibrated : Answer::CannotTell;
