@@ -18,6 +18,8 @@ namespace {
 
 /// Of the lens, for the same views and the same freedom of the sheet.
 constexpr int STEPS = 4;
+/// Changes below this share of what stays unknown of a move end the search.
+constexpr double SETTLED = 0.02;
 /// The radial distortion of nothing but the middle of an image is not asked for.
 constexpr double LEAST_RADIUS = 0.05;
 /// The share of an image's points that must be left of it.
@@ -107,9 +109,16 @@ class Fitting {
       fit_.area = DataAreaOf(solution.views, 0);
       if (!fit_.determined) return;
       fit_.columns = MoveColumns::Of(problem_.lens, RadiusOf(solution));
-      fit_.move = MoveOf(score, fit_.columns, problem_.uncertainty(fit_.area));
-      if (!Take(fit_.move.parameters)) return;
+      const LensMove before =
+          std::exchange(fit_.move, MoveOf(score, fit_.columns, problem_.uncertainty(fit_.area)));
+      if (!Take(fit_.move.parameters) || (i > 0 && IsSettled(before, fit_.move))) return;
     }
+  }
+
+  /// Whether a step changed hardly anything beside what stays unknown.
+  static bool IsSettled(const LensMove& before, const LensMove& now) {
+    const Eigen::ArrayXd deviations = now.covariance.diagonal().array().sqrt();
+    return ((now.move - before.move).array().abs() < SETTLED * deviations).all();
   }
 
   /// How far from the axis there are points, in focal lengths; of a fisheye in radians.
