@@ -37,6 +37,13 @@ void CheckExclusions(const CLI::App& app) {
   if (app.count("--check") == 0) return;
   if (app.get_option("--check")->as<std::string>().empty())
     throw CLI::ValidationError("--check", "a result file is needed");
+  const CLI::Option* const sheet = app.get_option("--sheet-shape");
+  for (const char* shape : {"flat", "bent", "free"}) {
+    if (sheet->count() > 0 && sheet->as<std::string>() == shape) {
+      throw CLI::ValidationError("--sheet-shape",
+                                 "a check takes the sheet as the images show it: auto, or a verdict file");
+    }
+  }
   for (const char* other : OTHERS) {
     if (app.count(other) == 0) continue;
     const std::string option = other;

@@ -39,7 +39,7 @@ TEST(CheckOptions, ExcludeWhatMakesNoSenseWithACheck) {
   const std::vector<std::vector<std::string>> others = {
       {"--output", "out"},    {"--model", "classic"}, {"--max-views", "20"},        {"--strict"},
       {"--solver", "sparse"}, {"--width", "640"},     {"--record-model", "m.json"}, {"--split", "vertical"},
-      {"--right", "b.png"},   {"--rig", "a", "b"}};
+      {"--right", "b.png"},   {"--rig", "a", "b"},    {"--sheet-shape", "flat"}};
   for (const auto& other : others) {
     std::vector<std::string> words = {"a.png", "--check", "c.json"};
     words.insert(words.end(), other.begin(), other.end());
