@@ -22,7 +22,7 @@ struct Outcome {
   std::string errors;
 };
 
-Outcome Run(const Words& words) {
+Outcome Ended(const Words& words) {
   Process program(words);
   Outcome outcome;
   outcome.status = program.WaitForExit(LONG_ENOUGH);
@@ -41,7 +41,7 @@ class CheckProgram : public ::testing::Test {
   static void SetUpTestSuite() {
     folder_ = new support::TemporaryFolder;
     Render("views", {"--views", "12", "--spread"});
-    EXPECT_EQ(Run({VELMORA_BATCH, File("views"), "--output", File("camera")}).status, 0);
+    EXPECT_EQ(Ended({VELMORA_BATCH, File("views"), "--output", File("camera")}).status, 0);
   }
   static void TearDownTestSuite() {
     delete folder_;
@@ -53,14 +53,14 @@ class CheckProgram : public ::testing::Test {
   static void Render(const std::string& name, const Words& options) {
     Words words = {VELMORA_RENDER, "--noise", "2", "--output", File(name)};
     words.insert(words.end(), options.begin(), options.end());
-    const Outcome outcome = Run(words);
+    const Outcome outcome = Ended(words);
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
   }
 
   static Outcome Check(const Words& options) {
     Words words = {VELMORA_BATCH, "--check", File("camera.json")};
     words.insert(words.end(), options.begin(), options.end());
-    return Run(words);
+    return Ended(words);
   }
 
  private:
@@ -102,7 +102,7 @@ TEST_F(CheckProgram, FailsASensorThatMoved) {
 TEST_F(CheckProgram, SaysWhereNoVerdictLiesBesideTheResult) {
   Render("again", {"--views", "5", "--seed", "14"});
   fs::copy_file(File("camera.json"), File("alone.json"));
-  const Outcome outcome = Run({VELMORA_BATCH, "--check", File("alone.json"), File("again")});
+  const Outcome outcome = Ended({VELMORA_BATCH, "--check", File("alone.json"), File("again")});
   EXPECT_EQ(outcome.status, 0) << outcome.output << outcome.errors;
   EXPECT_TRUE(Has(outcome.output, "No verdict lies beside the result")) << outcome.output;
 }
@@ -123,7 +123,7 @@ TEST_F(CheckProgram, NamesWhatItCannotUse) {
   EXPECT_TRUE(Has(size.errors, "ERROR: no image has the size")) << size.errors;
   EXPECT_EQ(Check({File("none")}).status, 2);
   const auto check = [](const std::string& result) {
-    return Run({VELMORA_BATCH, "--check", result, File("views")});
+    return Ended({VELMORA_BATCH, "--check", result, File("views")});
   };
   const Outcome absent = check(File("none.json"));
   EXPECT_EQ(absent.status, 2);
@@ -141,11 +141,11 @@ TEST_F(CheckProgram, NamesWhatItCannotUse) {
 
 TEST_F(CheckProgram, ChecksFisheyes) {
   Render("wide", {"--views", "16", "--spread", "--fisheye", "150", "--size", "800x600"});
-  ASSERT_EQ(Run({VELMORA_BATCH, File("wide"), "--model", "fisheye", "--output", File("wide")}).status, 0);
+  ASSERT_EQ(Ended({VELMORA_BATCH, File("wide"), "--model", "fisheye", "--output", File("wide")}).status, 0);
   Render("wide_same", {"--views", "5", "--seed", "16", "--fisheye", "150", "--size", "800x600"});
   Render("wide_moved", {"--views", "5", "--seed", "16", "--fisheye", "149", "--size", "800x600"});
   const auto check = [](const std::string& images) {
-    return Run({VELMORA_BATCH, "--check", File("wide_fisheye.json"), File(images)});
+    return Ended({VELMORA_BATCH, "--check", File("wide_fisheye.json"), File(images)});
   };
   const Outcome same = check("wide_same");
   EXPECT_EQ(same.status, 0) << same.output << same.errors;
