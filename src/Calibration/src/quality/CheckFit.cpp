@@ -16,8 +16,8 @@ namespace velmora {
 
 namespace {
 
-/// Of the lens, for the same views and the same freedom of the sheet.
-constexpr int STEPS = 4;
+/// For the same views and the same freedom of the sheet: a few, but for another camera altogether.
+constexpr int MOST_STEPS = 25;
 /// Changes below this share of what stays unknown of a move end the search.
 constexpr double SETTLED = 0.02;
 /// The radial distortion of nothing but the middle of an image is not asked for.
@@ -100,7 +100,7 @@ class Fitting {
 
   /// Finds the lens that suits the result and the views.
   void FollowLens() {
-    for (int i = 0; i < STEPS; ++i) {
+    for (int i = 0; i < MOST_STEPS; ++i) {
       const Solution solution = Solved(follower_);
       if (!solution.usable) return;
       TakePoses(solution);

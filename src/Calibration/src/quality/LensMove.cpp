@@ -130,17 +130,20 @@ double ScatterOf(const LensScore& score, const MoveColumns& columns) {
   const MatrixXd ways = columns.columns * columns.deviations.asDiagonal();
   const MatrixXd information = ways.transpose() * score.information * ways;
   const Eigen::SelfAdjointEigenSolver<MatrixXd> solver(0.5 * (information + information.transpose()));
+  // Where the fit is at its end their mean is nearly zero; before, it is a step that is still to be made.
+  const auto views = static_cast<double>(score.parts.size());
+  VectorXd mean = VectorXd::Zero(score.slope.size());
+  for (const VectorXd& part : score.parts) mean += part / views;
   double cost = 0.0;
   double count = 0.0;
   for (Index i = 0; i < information.rows(); ++i) {
     // Of what the views hardly tell, nothing is asked.
     if (!(solver.eigenvalues()(i) > 1.0)) continue;
     const VectorXd way = ways * solver.eigenvectors().col(i);
-    for (const VectorXd& part : score.parts) cost += std::pow(way.dot(part), 2.0) / solver.eigenvalues()(i);
+    for (const VectorXd& part : score.parts)
+      cost += std::pow(way.dot(part - mean), 2.0) / solver.eigenvalues()(i);
     count += 1.0;
   }
-  // The fit has made their mean zero.
-  const double views = static_cast<double>(score.parts.size());
   return count > 0.0 ? std::max(1.0, cost / (count * (1.0 - 1.0 / views))) : 1.0;
 }
 
