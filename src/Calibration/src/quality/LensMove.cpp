@@ -185,7 +185,9 @@ LensMove MoveOf(const LensScore& score, const MoveColumns& columns, const Matrix
   }
   // Of the lens, both what the result had wrong and the move count.
   const MatrixXd Q = C + B * (columns.deviations.cwiseAbs2().asDiagonal() * B.transpose());
-  move.parameters = scales.cwiseProduct(Q * Eigen::FullPivLU<MatrixXd>(unit + W * Q).solve(u));
+  // How sure it is has no part in where it is.
+  move.parameters =
+      scales.cwiseProduct(Q * Eigen::FullPivLU<MatrixXd>(unit + scatter * W * Q).solve(scatter * u));
   return move;
 }
 
