@@ -29,7 +29,8 @@ const char* const DESCRIPTION =
     "Inputs are images, folders of images, patterns (quote them), video files or stream URLs.";
 
 const char* const EXIT_STATUSES =
-    "Exit status: 0 calibrated (or recorded), 1 too few views held the grid, 2 wrong usage or unreadable "
+    "Exit status: 0 calibrated (or recorded, or with --check still calibrated), 1 too few views held the "
+    "grid (with --check: no longer calibrated, or the images do not tell), 2 wrong usage or unreadable "
     "input, 3 with --strict: calibrated, but the result is worthless.";
 
 /// "4x11" as a size; throws CLI's error otherwise.
@@ -237,8 +238,10 @@ Parsed ParseArguments(int argc, char** argv) {
   common::AddEngineOptions(app, arguments);
   AddPairOptions(app, arguments);
   AddRigOptions(app, arguments);
+  AddCheckOptions(app, arguments.check);
   try {
     app.parse(argc, argv);
+    CheckExclusions(app);
     arguments.grid = ParseGrid(grid);
     if (arguments.modelName.empty()) arguments.modelName = DefaultModel(arguments);
     arguments.model = common::LensModels().at(arguments.modelName);

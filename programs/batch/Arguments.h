@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Calibrator.h"
+#include "batch/CheckOptions.h"
 #include "batch/ImageStream.h"
 #include "common/EngineOptions.h"
 #include "common/Hdist.h"
@@ -36,6 +37,7 @@ struct Arguments : common::EngineOptions {
   std::string output = "calibration";  ///< without .json
   bool strict = false;                 ///< a worthless result gets a status of its own
   std::string recordModel;             ///< model file of the assistant to record, instead of a calibration
+  CheckArguments check;                ///< of an earlier result, instead of a calibration
   SamplingOptions sampling;
   int threads = 0;  ///< that read and search images; 0: as many as there are cores
 

@@ -3,6 +3,7 @@
 
 #include "Calibration.h"
 #include "batch/Batch.h"
+#include "batch/CheckBatch.h"
 #include "batch/ModelRecording.h"
 #include "batch/PairBatch.h"
 #include "batch/RigBatch.h"
@@ -19,6 +20,7 @@ int main(int argc, char** argv) {
   std::cerr << common::HdistWarning(parsed.arguments.hdist);
   Calibration::SetLogLevel(1);
   try {
+    if (parsed.arguments.check.IsGiven()) return batch::RunCheck(parsed.arguments);
     if (!parsed.arguments.recordModel.empty()) return batch::RecordModel(parsed.arguments);
     if (parsed.arguments.IsRig()) return batch::RunRig(parsed.arguments);
     return parsed.arguments.IsPair() ? batch::RunPair(parsed.arguments) : batch::Run(parsed.arguments);

@@ -66,12 +66,6 @@ double HalfSideOf(const std::vector<cv::Point3d>& target) {
   return 0.5 * std::max(most.x - least.x, most.y - least.y);
 }
 
-/// Gives each view a bend of its own, of which little is known so far.
-void AddOwnBends(Sheet& sheet) {
-  sheet.ownBend = OwnBendOf(sheet.target);
-  sheet.ownBend.deviations.setConstant(FIRST_OWN_BEND * HalfSideOf(sheet.target));
-}
-
 /// What is known beforehand takes off of the numbers that the terms have.
 double CountedTerms(const Solution& solution) {
   const Index terms = solution.sheet.terms.Count();
@@ -229,6 +223,11 @@ bool HasOneTarget(const std::vector<TargetView>& views) {
   std::vector<TargetView> copies = views;
   const std::vector<cv::Point3d> target = LargestOf(views).object;
   return target.size() >= FEWEST_POINTS && NotePlaces(target, copies);
+}
+
+void AddOwnBends(Sheet& sheet) {
+  sheet.ownBend = OwnBendOf(sheet.target);
+  sheet.ownBend.deviations.setConstant(FIRST_OWN_BEND * HalfSideOf(sheet.target));
 }
 
 CalibrationProblem KnownProblem(const Solution& flat, const std::vector<cv::Point3d>& known, bool ownBends) {
