@@ -99,8 +99,8 @@ bool SameImages(const std::vector<StoredImage>& a, const std::vector<StoredImage
   if (actual.number == expected.number && SameObservations(actual.observations, expected.observations) &&
       SameImages(actual.images, expected.images) && actual.name == expected.name &&
       actual.takenAt == expected.takenAt && actual.score == expected.score &&
-      actual.origins == expected.origins &&
-      actual.decision == expected.decision && actual.fault == expected.fault) {
+      actual.origins == expected.origins && actual.decision == expected.decision &&
+      actual.fault == expected.fault) {
     return ::testing::AssertionSuccess();
   }
   return ::testing::AssertionFailure()
