@@ -16,7 +16,7 @@ struct Rejection {
   bool hasGrid = false;  ///< it was found, and set aside all the same
 };
 
-/// Of a picture with the grid that the solver rejected.
+/// Why a picture with the grid was left out that the solver rejected.
 extern const char* const DISAGREES;
 
 /// Of a picture with the grid, when there are more than that many views.
