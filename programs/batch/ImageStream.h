@@ -24,6 +24,8 @@ struct NamedImage {
   /// velmora::Session::ContentKey), with "#" and the frame's number, with "/left" or "/right" of a half.
   /// Empty: by nothing, or nobody has asked.
   std::string origin{};
+  /// Size, time of change and path of the file when its hash was taken; empty as `origin` is.
+  std::string stamp{};
   bool known = false;  ///< the session told what is in it
   int snapshot = 0;    ///< the number in the session; 0: in none
 };

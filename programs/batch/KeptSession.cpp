@@ -44,7 +44,7 @@ std::string Text(const cv::Size& size) {
   return std::to_string(size.width) + " x " + std::to_string(size.height);
 }
 
-LoggedMoment MomentOf(const SearchedImages& images) {
+LoggedMoment MomentOf(const SearchedImages& images, bool withPaths) {
   LoggedMoment moment;
   for (size_t i = 0; i < images.inputs.size(); ++i) {
     const NamedImage& input = images.inputs[i];
@@ -52,7 +52,7 @@ LoggedMoment MomentOf(const SearchedImages& images) {
     if (input.name.empty()) {
       moment.emplace_back();
     } else {
-      moment.push_back({input.name, input.origin, outcome.size, outcome.fault});
+      moment.push_back({input.name, input.origin, withPaths ? input.stamp : "", outcome.size, outcome.fault});
     }
   }
   return moment;
@@ -108,6 +108,7 @@ void KeptSession::Begin(Arguments& arguments) {
   }
   known_ = KnownImages(snapshots, log_);
   unmatched_ = UnmatchedSnapshots(snapshots);
+  origins_ = ImageOrigins(log_);
   for (const LoggedMoment& moment : log_.Moments()) {
     for (size_t i = 0; i < std::min(moment.size(), inputSizes_.size()); ++i) {
       if (inputSizes_[i].empty() && moment[i].fault.empty()) inputSizes_[i] = moment[i].size;
@@ -138,7 +139,8 @@ void KeptSession::CheckSizes(SearchedImages& images) {
 
 std::string KeptSession::Take(SearchedImages& images, const SearchSteps& steps) {
   CheckSizes(images);
-  const LoggedMoment moment = MomentOf(images);
+  const LoggedMoment moment =
+      MomentOf(images, session_ == nullptr ? !search_.noImages : session_->Settings().keepsImages);
   bool known = true;
   for (const NamedImage& input : images.inputs) {
     if (input.name.empty()) continue;
@@ -149,11 +151,12 @@ std::string KeptSession::Take(SearchedImages& images, const SearchSteps& steps) 
   // First, so that no view is in the session of whose image the log knows nothing.
   log_.Add(moment);
   if (HasView(moment)) Ask([&] { Store(images); });
-  const int expected = steps.expected();
   constexpr int OFTEN = 25;
-  if (session_ != nullptr && (searched_ + recognised_) % OFTEN == 1) {
-    WarnOfTheDisk(expected > 0 ? std::max(1, expected - searched_ - recognised_) : 30);
+  constexpr int USUAL = 30;
+  if (session_ != nullptr && moments_ % OFTEN == 0) {
+    WarnOfTheDisk(steps.expected() > 0 ? std::max(1, steps.expected() - moments_) : USUAL);
   }
+  ++moments_;
   return TextOf(moment, kind_, cameras_) + (known ? ", as the session has it" : "");
 }
 

@@ -35,6 +35,8 @@ class KeptSession {
   const Arguments& SearchArguments() const { return search_; }
   /// Of the next images, on the thread of the search's owner.
   void NoteFrames(std::vector<NamedImage>& inputs) { origins_.NoteFrames(inputs); }
+  /// Thread-safe.
+  void NoteFiles(std::vector<NamedImage>& inputs) const { origins_.NoteFiles(inputs); }
   /// What the session tells of an image. Thread-safe.
   std::optional<SearchOutcome> Known(const NamedImage& input) const { return known_.Find(input.origin); }
   /// Stores what was found; what is to be told of it. The steps are those of the search.
@@ -73,6 +75,7 @@ class KeptSession {
   ImageOrigins origins_;
   std::vector<cv::Size> inputSizes_;  ///< of each camera's images; empty: not known yet
   std::vector<bool> hasImage_;        ///< of each camera: this run has had one
+  int moments_ = 0;                   ///< that this run has taken
   int searched_ = 0;                  ///< images of this run
   int recognised_ = 0;
   bool warned_ = false;  ///< of the disk

@@ -1,6 +1,8 @@
 /// The images that a session has seen, by their content.
 #include "batch/KnownImages.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <stdexcept>
@@ -9,15 +11,17 @@ namespace batch {
 
 namespace {
 
-/// Empty when there is none: what cannot be read, a pipe, which gives its content once.
-std::string KeyOf(const std::string& file) {
-  std::error_code error;
-  if (!std::filesystem::is_regular_file(file, error)) return "";
-  try {
-    return velmora::Session::ContentKey(file);
-  } catch (const std::runtime_error&) {
-    return "";
-  }
+constexpr size_t HASH_DIGITS = 16;
+
+/// Size in bytes, time of change in nanoseconds, absolute path. Empty for what is no file that can be read
+/// again, such as a pipe.
+std::string StampOf(const std::string& file) {
+  struct stat status {};
+  if (stat(file.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return "";
+  constexpr long long NANOSECONDS = 1000000000;
+  const long long changed = status.st_mtim.tv_sec * NANOSECONDS + status.st_mtim.tv_nsec;
+  return std::to_string(status.st_size) + " " + std::to_string(changed) + " " +
+         std::filesystem::absolute(file).lexically_normal().string();
 }
 
 }  // namespace
@@ -75,9 +79,32 @@ int UnmatchedSnapshots::Take(const std::vector<std::string>& origins) {
   return number;
 }
 
-void ImageOrigins::NoteFiles(std::vector<NamedImage>& inputs) {
+ImageOrigins::ImageOrigins(const SearchLog& log) {
+  for (const LoggedMoment& moment : log.Moments()) {
+    for (const LoggedImage& image : moment) {
+      if (!image.stamp.empty()) hashes_[image.stamp] = image.origin.substr(0, HASH_DIGITS);
+    }
+  }
+}
+
+ImageOrigins::File ImageOrigins::Look(const std::string& file) const {
+  const std::string stamp = StampOf(file);
+  if (stamp.empty()) return {};
+  const auto known = hashes_.find(stamp);
+  if (known != hashes_.end()) return {known->second, stamp};
+  try {
+    return {velmora::Session::ContentKey(file), stamp};
+  } catch (const std::runtime_error&) {
+    return {};  // whoever reads the image will say so
+  }
+}
+
+void ImageOrigins::NoteFiles(std::vector<NamedImage>& inputs) const {
   for (NamedImage& input : inputs) {
-    if (input.frame < 0 && !input.file.empty()) input.origin = KeyOf(input.file);
+    if (input.frame >= 0 || input.file.empty()) continue;
+    const File file = Look(input.file);
+    input.origin = file.hash;
+    input.stamp = file.stamp;
   }
 }
 
@@ -85,8 +112,10 @@ void ImageOrigins::NoteFrames(std::vector<NamedImage>& inputs) {
   for (NamedImage& input : inputs) {
     if (input.frame < 0 || input.file.empty()) continue;
     auto video = videos_.find(input.file);
-    if (video == videos_.end()) video = videos_.emplace(input.file, KeyOf(input.file)).first;
-    if (!video->second.empty()) input.origin = video->second + "#" + std::to_string(input.frame);
+    if (video == videos_.end()) video = videos_.emplace(input.file, Look(input.file)).first;
+    if (video->second.hash.empty()) continue;
+    input.origin = video->second.hash + "#" + std::to_string(input.frame);
+    input.stamp = video->second.stamp;
   }
 }
 

@@ -45,16 +45,27 @@ class UnmatchedSnapshots {
 };
 
 /// Notes by what the session knows images again. Nothing is noted of a file that cannot be read, and of
-/// streams and pipes.
+/// streams and pipes. A file that has the path, the size and the time of change of one that the log knows is
+/// that file, and is not read.
 class ImageOrigins {
  public:
+  ImageOrigins() = default;
+  explicit ImageOrigins(const SearchLog& log);
+
   /// Of image files. Thread-safe.
-  static void NoteFiles(std::vector<NamedImage>& inputs);
-  /// Of frames of videos, each of which is read as a whole once.
+  void NoteFiles(std::vector<NamedImage>& inputs) const;
+  /// Of frames of videos, each of which is read as a whole once at most.
   void NoteFrames(std::vector<NamedImage>& inputs);
 
  private:
-  std::map<std::string, std::string> videos_;  ///< their hashes by path
+  struct File {
+    std::string hash;
+    std::string stamp;
+  };
+  File Look(const std::string& file) const;
+
+  std::map<std::string, std::string> hashes_;  ///< by stamp; these do not change
+  std::map<std::string, File> videos_;         ///< by path
 };
 
 }  // namespace batch

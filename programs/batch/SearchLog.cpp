@@ -35,6 +35,7 @@ std::string LineOf(const SearchHeader& header) {
                      {"kind", header.kind},
                      {"cameras", header.cameras},
                      {"parts", header.parts},
+                     {"copies", header.copies},
                      {"frame", JsonOf(header.frame)},
                      {"disc", header.disc}});
 }
@@ -44,6 +45,7 @@ std::string LineOf(const LoggedMoment& moment) {
   for (const LoggedImage& image : moment) {
     images.push_back({{"name", image.name},
                       {"origin", image.origin},
+                      {"file", image.stamp},
                       {"size", JsonOf(image.size)},
                       {"fault", image.fault}});
   }
@@ -55,6 +57,7 @@ SearchHeader HeaderOf(const json& document) {
   header.kind = document.at("kind").get<std::string>();
   header.cameras = document.at("cameras").get<std::vector<std::string>>();
   header.parts = document.at("parts").get<bool>();
+  header.copies = document.at("copies").get<bool>();
   header.frame = SizeOf(document.at("frame"));
   header.disc = document.at("disc").get<double>();
   return header;
@@ -64,7 +67,8 @@ LoggedMoment MomentOf(const json& document) {
   LoggedMoment moment;
   for (const json& image : document.at("images")) {
     moment.push_back({image.at("name").get<std::string>(), image.at("origin").get<std::string>(),
-                      SizeOf(image.at("size")), image.at("fault").get<std::string>()});
+                      image.at("file").get<std::string>(), SizeOf(image.at("size")),
+                      image.at("fault").get<std::string>()});
   }
   return moment;
 }

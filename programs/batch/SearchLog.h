@@ -16,6 +16,7 @@ struct SearchHeader {
   std::vector<std::string> cameras;  ///< the names of a rig's cameras
   bool parts = false;                ///< whether parts of the grid are views
   cv::Size frame;                    ///< the processing size as it was asked for; zero: that of the input
+  bool copies = false;               ///< whether images are copied
   double disc = -1.0;  ///< radius of the discs in metres as it was asked for; negative: it was not
 };
 
@@ -23,6 +24,7 @@ struct SearchHeader {
 struct LoggedImage {
   std::string name;
   std::string origin;  ///< see NamedImage
+  std::string stamp;   ///< see NamedImage; empty where a session is not to know where images are
   cv::Size size;       ///< as it was read; empty when it could not be decoded
   std::string fault;   ///< why it gave no view; empty when it did
 };

@@ -142,6 +142,7 @@ SearchHeader HeaderFor(const Arguments& arguments) {
   header.kind = arguments.IsRig() ? "rig" : arguments.IsPair() ? "pair" : "camera";
   if (arguments.IsRig()) header.cameras = RigCameraNames(arguments.rig);
   header.parts = arguments.TakesParts();
+  header.copies = arguments.keepImages;
   header.frame = arguments.frame;
   header.disc = arguments.disc;
   return header;
@@ -158,6 +159,7 @@ void TakeOver(const velmora::SessionSettings& settings, const std::optional<Sear
   }
   if (arguments.keepImages && !settings.keepsImages) Refuse(arguments, "centres only", "images, too");
   if (!header) return;
+  arguments.keepImages = arguments.keepImages || header->copies;
   if (!arguments.WasGiven("--width")) arguments.frame.width = header->frame.width;
   if (!arguments.WasGiven("--height")) arguments.frame.height = header->frame.height;
   if (arguments.frame != header->frame) {

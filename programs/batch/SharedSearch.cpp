@@ -33,7 +33,7 @@ int OrientationsIgnored(const std::vector<NamedImage>& inputs) {
 /// What is seen in the images of one time; called on several threads.
 void Look(SearchedImages& images, const Arguments& arguments, Wanted wanted, const SearchSteps& steps,
           const KeptSession* session) {
-  if (session != nullptr) ImageOrigins::NoteFiles(images.inputs);
+  if (session != nullptr) session->NoteFiles(images.inputs);
   const SearchOutcome prepared = OutcomeOf([&](SearchOutcome& /*outcome*/) {
     if (steps.prepare) steps.prepare(images.inputs);
   });

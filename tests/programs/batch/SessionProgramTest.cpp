@@ -141,7 +141,8 @@ TEST_F(SessionProgram, AsksForTheNumberWhereAViewsNameIsThatOfAnother) {
 }
 
 TEST_F(SessionProgram, KeepsCopiesOrNothingButCentres) {
-  RunWell({Copied("views", 0, 6), "--session", "copies", "--keep-images"});
+  RunWell({Copied("views", 0, 5), "--session", "copies", "--keep-images"});
+  RunWell({Copied("views", 0, 6), "--session", "copies"});
   RunWell({"views", "--session", "centres", "--no-images"});
   const std::string pixels = Text("views/" + NameOf(5));
   fs::remove_all(File("views"));
