@@ -31,8 +31,6 @@ template <typename Action>
 auto Ask(const Action& action) {
   try {
     return action();
-  } catch (const InputError&) {
-    throw;
   } catch (const std::runtime_error& fault) {
     throw InputError(fault.what());
   } catch (const std::invalid_argument& fault) {
@@ -187,7 +185,13 @@ void KeptSession::Store(const SearchedImages& images) {
   }
   if (unmatched_.Take(snapshot.origins) != 0) return;
   snapshot.name = NameTogether(images.inputs);
-  session_->Add(snapshot);
+  try {
+    session_->Add(snapshot);
+  } catch (const std::invalid_argument&) {
+    // A path that is no UTF-8 text cannot be noted. What was found counts without it.
+    snapshot.images.clear();
+    session_->Add(snapshot);
+  }
 }
 
 void KeptSession::WarnOfTheDisk(int snapshots) {

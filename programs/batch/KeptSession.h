@@ -20,7 +20,7 @@ namespace batch {
 /// Stands between the search and what is made of it: each moment of images in which a camera found the grid
 /// becomes a snapshot before a word is said of it, and what is computed comes from the snapshots, in their
 /// order, whichever run took them. A session that is not there is created with the first view. Of one thread,
-/// but for Known. What the disk or the session refuses is raised as InputError.
+/// but for NoteFiles and Known. What the disk or the session refuses is raised as InputError.
 class KeptSession {
  public:
   KeptSession() = default;

@@ -156,6 +156,14 @@ TEST_F(SessionProgram, KeepsCopiesOrNothingButCentres) {
   EXPECT_TRUE(Contains(RunWell({"again", "--session", "centres2"}).errors, "; 0 images searched, 6 known"));
 }
 
+TEST_F(SessionProgram, TakesImagesWhosePathsCannotBeNoted) {
+  const std::string latin = "caf\xE9";
+  RunWell({Copied(latin, 0, 6), "--session", "desk"});
+  EXPECT_EQ(Session::Open(File("desk"))->Snapshot(6).images[0].kind, StoredImage::Kind::None);
+  EXPECT_TRUE(
+      Contains(RunWell({latin, "--session", "desk"}).errors, "; 0 images searched, 6 known already\n"));
+}
+
 TEST_F(SessionProgram, KnowsFramesOfAVideoAgain) {
   cv::VideoWriter video(File("views.avi"), cv::VideoWriter::fourcc('M', 'J', 'P', 'G'), 5.0, {640, 480});
   for (int i = 0; i < 12; ++i) video.write(cv::imread(Rendered("left/" + NameOf(i))));
