@@ -190,7 +190,7 @@ TEST_F(GuidedLoopRun, TakesEachPoseAndEndsWithTheResult) {
 TEST_F(GuidedLoopRun, KeepsResultVerdictAndMapBesideTheViewsToo) {
   ASSERT_EQ(Run(), common::SUCCESS) << err_.str();
   EXPECT_EQ(UsedViews().size(), 6U);
-  for (const char* name : {"result.json", "result_verdict.json", "result_uncertainty.png"})
+  for (const char* name : {"calibration.json", "calibration_verdict.json", "calibration_uncertainty.png"})
     EXPECT_TRUE(std::filesystem::exists(session_->PathFor(name))) << name;
   EXPECT_SAME_MAT(session_->LoadImage(1, 0), pictures_->front());
 }

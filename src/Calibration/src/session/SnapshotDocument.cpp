@@ -69,7 +69,8 @@ std::string TextOf(const StoredSnapshot& snapshot) {
                        {"weights", seen.weights},
                        {"deviations", seen.deviations},
                        {"radii", seen.radii},
-                       {"image", JsonOf(snapshot.images[i])}});
+                       {"image", JsonOf(snapshot.images[i])},
+                       {"origin", snapshot.origins[i]}});
   }
   nlohmann::json score;
   if (snapshot.score) score = *snapshot.score;
@@ -88,6 +89,7 @@ StoredSnapshot SnapshotOf(const std::string& text, const std::string& folder) {
                                      FieldOf<std::vector<double>>(camera, "deviations"),
                                      FieldOf<std::vector<double>>(camera, "radii")});
     snapshot.images.push_back(ImageOf(camera, folder));
+    snapshot.origins.push_back(camera.contains("origin") ? FieldOf<std::string>(camera, "origin") : "");
   }
   return snapshot;
 }
