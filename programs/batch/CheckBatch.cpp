@@ -118,14 +118,15 @@ velmora::CheckOptions OptionsFrom(const Arguments& arguments) {
 
 }  // namespace
 
-common::ExitStatus RunCheck(const Arguments& arguments) {
+common::ExitStatus RunCheck(const Arguments& arguments, const RunContext& context) {
   const velmora::CameraResult result = LoadResult(arguments.check.result);
   std::string warning;
   const CalibrationVerdict verdict = common::VerdictBeside(arguments.check.result, warning);
   std::cerr << warning;
   NewImages images(arguments, result.imageSize);
   SearchImages(arguments, Wanted::Views,
-               [&](NamedImage& input, const SearchOutcome& outcome) { return images.Take(input, outcome); });
+               [&](NamedImage& input, const SearchOutcome& outcome) { return images.Take(input, outcome); },
+               context);
   if (!images.Decoded()) throw common::InputError("no image could be read from the input");
   std::cout << common::ViewsTable(images.Names(), images.Rejected());
   if (!images.Fit()) {

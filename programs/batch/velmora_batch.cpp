@@ -36,7 +36,7 @@ int Run(int argc, char** argv, const common::Interruption& interruption) {
     session.PrintList();
     return common::SUCCESS;
   }
-  if (arguments.check.IsGiven()) return batch::RunCheck(arguments);
+  if (arguments.check.IsGiven()) return batch::RunCheck(arguments, context);
   if (!arguments.recordModel.empty()) return batch::RecordModel(arguments, context);
   if (arguments.IsRig()) return batch::RunRig(arguments, context);
   return arguments.IsPair() ? batch::RunPair(arguments, context) : batch::Run(arguments, context);
