@@ -29,9 +29,11 @@ const char* const DESCRIPTION =
     "Inputs are images, folders of images, patterns (quote them), video files or stream URLs.";
 
 const char* const EXIT_STATUSES =
-    "Exit status: 0 calibrated (or recorded, or listed, or with --check still calibrated), 1 too few views held "
+    "Exit status: 0 calibrated (or recorded, or listed, or with --check still calibrated), 1 too few views "
+    "held "
     "the grid (with --check: no longer calibrated, or the images do not tell), 2 wrong usage or unreadable "
-    "input, 3 with --strict: calibrated, but the result is worthless, 130 interrupted by Ctrl-C, 143 by SIGTERM.";
+    "input, 3 with --strict: calibrated, but the result is worthless, 130 interrupted by Ctrl-C, 143 by "
+    "SIGTERM.";
 
 /// "4x11" as a size; throws CLI's error otherwise.
 cv::Size ParseGrid(const std::string& text) {

@@ -124,9 +124,9 @@ common::ExitStatus RunCheck(const Arguments& arguments, const RunContext& contex
   const CalibrationVerdict verdict = common::VerdictBeside(arguments.check.result, warning);
   std::cerr << warning;
   NewImages images(arguments, result.imageSize);
-  SearchImages(arguments, Wanted::Views,
-               [&](NamedImage& input, const SearchOutcome& outcome) { return images.Take(input, outcome); },
-               context);
+  SearchImages(
+      arguments, Wanted::Views,
+      [&](NamedImage& input, const SearchOutcome& outcome) { return images.Take(input, outcome); }, context);
   if (!images.Decoded()) throw common::InputError("no image could be read from the input");
   std::cout << common::ViewsTable(images.Names(), images.Rejected());
   if (!images.Fit()) {
