@@ -149,13 +149,57 @@ std::vector<std::string> AllBroken(const std::vector<std::string>& paragraphs, d
   return lines;
 }
 
-Lettering Set(std::vector<std::string> lines, double size, double pitch) {
+Lettering Set(std::vector<std::string> lines, double size, double pitch, double width = 1.0) {
   Lettering text;
   text.extent = ExtentOf(lines, size, pitch);
+  text.extent.width = cvCeil(width * text.extent.width);
   text.lines = std::move(lines);
   text.size = size;
   text.pitch = pitch;
+  text.width = width;
   return text;
+}
+
+/// The share of its usual width that the text may take in that room.
+double ShareOf(const cv::Size& extent, const cv::Size& room) {
+  return extent.height > room.height ? 0.0 : std::min(1.0, static_cast<double>(room.width) / extent.width);
+}
+
+/// One line, its first letter's foot at that place.
+void WriteLine(const std::string& line, double size, const cv::Point& origin, const cv::Scalar& colour,
+               int thickness, cv::Mat& picture) {
+  // Word by word, since the font's spaces are wide.
+  for (size_t at = 0; at < line.size();) {
+    const size_t end = std::min(line.find(' ', at), line.size());
+    const cv::Point from = origin + cv::Point(cvRound(Advance(line.substr(0, at), size)), 0);
+    cv::putText(picture, line.substr(at, end - at), from, FONT, size / CAPITAL, colour, thickness,
+                cv::LINE_AA);
+    at = end + 1;
+  }
+}
+
+/// The same in narrow letters, in a box as high as the picture that it is written in.
+void WriteNarrowLine(const std::string& line, double size, double width, const cv::Point& origin,
+                     const cv::Scalar& colour, int thickness, cv::Mat& picture) {
+  const int inset = RimOf(size) + SPARE + StrokeOf(size) / 2;
+  const int height = cvCeil(BLOCK * size) + 2 * inset;
+  const int foot = inset + cvRound((ABOVE + 1.0) * size);
+  cv::Mat letters(height, WidthOf(line, size), CV_8UC1, cv::Scalar(0));
+  WriteLine(line, size, {inset, foot}, cv::Scalar(255), thickness, letters);
+  const cv::Size narrowed(std::max(1, cvFloor(width * letters.cols)), height);
+  cv::resize(letters, letters, narrowed, 0.0, 0.0, cv::INTER_AREA);
+  const cv::Rect place(origin - cv::Point(cvRound(width * inset), foot), narrowed);
+  const cv::Rect shown = place & cv::Rect(cv::Point(), picture.size());
+  if (shown.empty()) return;
+  cv::Mat part = picture(shown);
+  cv::Mat share;
+  cv::cvtColor(letters(shown - place.tl()), share, cv::COLOR_GRAY2BGR);
+  const cv::Mat ink(part.size(), part.type(), colour);
+  cv::Mat covered;
+  cv::Mat left;
+  cv::multiply(ink, share, covered, 1.0 / 255.0);
+  cv::multiply(part, cv::Scalar::all(255) - share, left, 1.0 / 255.0);
+  cv::add(covered, left, part);
 }
 
 }  // namespace
@@ -163,9 +207,12 @@ Lettering Set(std::vector<std::string> lines, double size, double pitch) {
 Lettering FitText(const std::string& text, const cv::Size& room, const LetterSizes& sizes) {
   if (text.find_first_not_of(" \n\t") == std::string::npos || room.width < 1 || room.height < 1) return {};
   const std::vector<std::string> paragraphs = Paragraphs(text);
-  for (double size = sizes.largest; size >= sizes.leastInOneLine; size *= STEP) {
+  const double least = std::max(sizes.leastInOneLine, SMALLEST);
+  for (double size = sizes.largest; size >= least; size *= STEP) {
     if (Fits(paragraphs, size, sizes.pitch, room)) return Set(paragraphs, size, sizes.pitch);
   }
+  const double share = ShareOf(ExtentOf(paragraphs, least, sizes.pitch), room);
+  if (share >= sizes.narrowest) return Set(paragraphs, least, sizes.pitch, share);
   for (double size = sizes.largest; size > SMALLEST; size *= STEP) {
     const bool breakWords = size < sizes.leastWithWholeWords;
     std::vector<std::string> lines = AllBroken(paragraphs, size, room.width, breakWords);
@@ -185,20 +232,18 @@ void WriteText(const Lettering& text, const cv::Rect& box, Align align, const In
   const int rim = RimOf(text.size);
   const int inset = rim + SPARE;
   const int stroke = StrokeOf(text.size);
-  const double scale = text.size / CAPITAL;
   for (size_t i = 0; i < text.lines.size(); ++i) {
     const std::string& line = text.lines[i];
-    const cv::Size extent(WidthOf(line, text.size), place.height);
+    const cv::Size extent(cvCeil(text.width * WidthOf(line, text.size)), place.height);
     const double down = (text.pitch * static_cast<double>(i) + ABOVE + 1.0) * text.size;
-    const cv::Point origin(TextBox({{}, 0.0, 0.0, extent}, place, align).x + inset + stroke / 2,
+    const int aside = cvRound(text.width * (inset + stroke / 2));
+    const cv::Point origin(TextBox({{}, 0.0, 0.0, 1.0, extent}, place, align).x + aside,
                            place.y + inset + cvRound(down));
-    // Word by word, since the font's spaces are wide.
     const auto write = [&](const cv::Scalar& colour, int thickness) {
-      for (size_t at = 0; at < line.size();) {
-        const size_t end = std::min(line.find(' ', at), line.size());
-        const cv::Point from = origin + cv::Point(cvRound(Advance(line.substr(0, at), text.size)), 0);
-        cv::putText(picture, line.substr(at, end - at), from, FONT, scale, colour, thickness, cv::LINE_AA);
-        at = end + 1;
+      if (text.width < 1.0) {
+        WriteNarrowLine(line, text.size, text.width, origin, colour, thickness, picture);
+      } else {
+        WriteLine(line, text.size, origin, colour, thickness, picture);
       }
     };
     write(ink.outline, stroke + 2 * rim);

@@ -12,6 +12,7 @@ struct Lettering {
   std::vector<std::string> lines;  ///< ASCII; what is not is a question mark each
   double size = 0.0;
   double pitch = 0.0;  ///< from line to line, in sizes
+  double width = 1.0;  ///< of the letters, share of their usual width
   cv::Size extent;     ///< of all lines with everything below the last one, and with the outline
 
   bool Empty() const { return lines.empty(); }
@@ -27,6 +28,9 @@ struct LetterSizes {
   double leastWithWholeWords = 10.0;
   /// From line to line, in heights of capital letters.
   double pitch = 1.5;
+  /// Down to this share of their usual width, letters of `leastInOneLine` are made narrow rather than the
+  /// line broken.
+  double narrowest = 1.0;
 };
 
 /// The largest letters in which the text fits the room. A line feed in the text begins a line. An empty text

@@ -11,9 +11,10 @@ namespace {
 
 constexpr double INSTRUCTION = 1.0 / 13.8;  ///< height of its capital letters, share of the window's
 constexpr double LARGEST_INSTRUCTION = 1.0 / 9.0;
-constexpr double LINE = 1.5;  ///< from line to line, in heights of capital letters
-constexpr double USUAL_LETTERS = 40.0;
-constexpr double LETTER_WIDTH = 0.8;  ///< usual, in heights of capital letters
+constexpr double LINE = 1.5;        ///< from line to line, in heights of capital letters
+constexpr double NARROWEST = 0.62;  ///< width of its letters, share of the usual one
+constexpr double HEAD = 0.15;       ///< of the window's height, for an instruction of one line
+const char* const LONGEST_USUAL = "Tilt the bottom edge away from the camera";
 
 class Arranging {
  public:
@@ -30,7 +31,6 @@ class Arranging {
       return std::move(layout_);
     }
     ArrangeHead();
-    ArrangeBar();
     ArrangeImages();
     ArrangeSide();
     ArrangeMap();
@@ -91,17 +91,20 @@ class Arranging {
   }
 
   /// As high as usual instructions need, whatever this one is, so that the images stay where they are; higher
-  /// only for one that would not be legible.
+  /// only for one that would not be legible. Every line of it is taken from the images: rather than in two
+  /// lines, instructions are written in narrow letters.
   void ArrangeHead() {
     const double letter = Height(INSTRUCTION);
-    const bool narrow = rest_.width < rest_.height;
-    const int icon = cvRound((narrow ? 1.1 : 1.7) * letter);
+    const int icon = cvRound(1.2 * letter);
     const int width = std::max(1, rest_.width - icon - 3 * margin_);
-    const double lines = std::clamp(std::ceil(USUAL_LETTERS * LETTER_WIDTH * letter / width), 1.0, 3.0);
-    int height = cvRound((lines * LINE + 0.6) * letter);
     const int highest = Pixels(0.48);
     // Only what has one line is written larger than it must be.
     LetterSizes sizes{Height(LARGEST_INSTRUCTION), letter, letter};
+    sizes.narrowest = NARROWEST;
+    const LetterSizes least{letter, letter, letter, sizes.pitch, NARROWEST};
+    const size_t usual = FitText(LONGEST_USUAL, {width, highest}, least).lines.size();
+    const double lines = std::clamp(static_cast<double>(usual), 1.0, 3.0);
+    int height = lines > 1.0 ? cvRound((lines * LINE + 0.6) * letter) : Pixels(HEAD);
     const auto fit = [&] { return FitText(picture_.instruction, {width, height}, sizes); };
     if (fit().lines.size() > 1) sizes.largest = letter;
     while (height < highest && !picture_.instruction.empty() && fit().size < letter) {
@@ -113,20 +116,41 @@ class Arranging {
     Put("instruction", picture_.instruction, box, sizes, Align::Left);
   }
 
-  /// Its words left of it, and how much it is right of it.
-  void ArrangeBar() {
-    const cv::Rect row = Shrunk(CutFromTop(Pixels(0.06)), std::min(margin_, Pixels(0.006)));
-    if (!picture_.closeness || !std::isfinite(*picture_.closeness)) return;
+  bool HasCloseness() const { return picture_.closeness && std::isfinite(*picture_.closeness); }
+
+  std::string PercentText() const {
+    return std::to_string(cvRound(100.0 * std::clamp(*picture_.closeness, 0.0, 1.0))) + " %";
+  }
+
+  /// The bar in a row across the window: its words left of it, and how much it is right of it.
+  void ArrangeBarAcross(const cv::Rect& place) {
+    if (!HasCloseness()) return;
+    const cv::Rect row = Shrunk(place, std::min(margin_, Pixels(0.006)));
     const int words = std::min(row.width / 5, cvRound(row.height * 3.4));
     const int percent = std::min(row.width / 6, cvRound(row.height * 2.2));
     const LetterSizes sizes{0.55 * row.height, 0.0, 0.0};
     const cv::Rect left(margin_, row.y, words, row.height);
     const cv::Rect right(row.br().x - percent - margin_ / 2, row.y, percent, row.height);
     Put("match", "Match", left, sizes, Align::Left);
-    Put("percent", std::to_string(cvRound(100.0 * std::clamp(*picture_.closeness, 0.0, 1.0))) + " %", right,
-        sizes, Align::Right);
+    Put("percent", PercentText(), right, sizes, Align::Right);
     layout_.bar = {left.br().x, row.y + row.height / 6, right.x - left.br().x - margin_ / 2,
                    row.height * 2 / 3};
+  }
+
+  /// The bar at the top of the panel, below its words and how much it is; the panel has the rest.
+  void ArrangeBarAbovePanel() {
+    cv::Rect& panel = layout_.side;
+    const int all = ColumnPixels(0.145);
+    const cv::Rect words(panel.x, panel.y, panel.width, all / 2);
+    const cv::Rect bar(panel.x, words.br().y, panel.width, all * 3 / 10);
+    panel = {panel.x, panel.y + all, panel.width, panel.height - all};
+    if (!HasCloseness()) return;
+    const LetterSizes sizes{Height(0.04), 0.0, 0.0};
+    const int half = words.width / 2;
+    Put("match", "Match", {words.x, words.y, half, words.height}, sizes, Align::Left);
+    Put("percent", PercentText(), {words.x + half, words.y, words.width - half, words.height}, sizes,
+        Align::Right);
+    layout_.bar = bar;
   }
 
   /// The images' shapes beside each other.
@@ -150,15 +174,19 @@ class Arranging {
     return area;
   }
 
-  /// View and precision are right of the images or below them, where the images become larger.
+  /// Closeness, view and precision are right of the images, or above and below them, where the images become
+  /// larger.
   void ArrangeImages() {
-    const cv::Rect whole(rest_.x + margin_, rest_.y, std::max(1, rest_.width - 2 * margin_), rest_.height);
+    const int gap = margin_ / 3;
+    const cv::Rect whole(rest_.x + margin_, rest_.y + gap, std::max(1, rest_.width - 2 * margin_),
+                         std::max(1, rest_.height - gap));
     cv::Rect beside = whole;
     beside.width = std::max(1, whole.width - whole.width * 23 / 100 - margin_);
-    cv::Rect above = whole;
-    above.height = std::max(1, whole.height - Pixels(0.1));
+    const int bar = Pixels(0.06);
+    const cv::Rect between(whole.x, rest_.y + bar, whole.width,
+                           std::max(1, rest_.height - bar - Pixels(0.1)));
     std::vector<cv::Rect> halves = HalvesIn(beside);
-    if (AreaOf(halves) >= AreaOf(HalvesIn(above))) {
+    if (AreaOf(halves) >= AreaOf(HalvesIn(between))) {
       // As far left as they go: the panel takes the rest.
       const int shift = halves.front().x - whole.x;
       for (cv::Rect& half : halves) half.x -= shift;
@@ -167,9 +195,10 @@ class Arranging {
       images_ = {whole.x, whole.y, from - margin_ - whole.x, whole.height};
       column_ = true;
     } else {
-      halves = HalvesIn(above);
-      layout_.side = {whole.x, above.br().y, whole.width, whole.br().y - above.br().y};
-      images_ = above;
+      ArrangeBarAcross(CutFromTop(bar));
+      halves = HalvesIn(between);
+      layout_.side = {whole.x, between.br().y, whole.width, rest_.br().y - between.br().y};
+      images_ = between;
     }
     layout_.halves = std::move(halves);
   }
@@ -190,10 +219,17 @@ class Arranging {
 
   bool HasSteps() const { return picture_.view > 0 && picture_.goal > 0 && picture_.goal <= 60; }
 
+  /// Less where the column is low, so that a map still has some room below.
+  int ColumnPixels(double share) const {
+    constexpr double ENOUGH = 0.66;
+    return cvRound(share * std::min(Height(1.0), images_.height / ENOUGH));
+  }
+
   void ArrangeColumn() {
+    ArrangeBarAbovePanel();
     cv::Rect column = layout_.side;
     const auto cut = [&](double share) {
-      const int height = std::min(column.height, Pixels(share));
+      const int height = std::min(column.height, ColumnPixels(share));
       const cv::Rect box(column.x, column.y, column.width, height);
       column = {column.x, column.y + height, column.width, column.height - height};
       return box;

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <opencv2/imgproc.hpp>
 
 namespace {
@@ -78,6 +79,61 @@ TEST(Lettering, StaysInOneLineWhileThatIsLargeEnough) {
   EXPECT_GT(broken.size, 40.0);
 }
 
+TEST(Lettering, IsMadeNarrowRatherThanBrokenAsFarAsItMayBe) {
+  const std::string text = "Part of the grid is outside the picture";
+  const Lettering usual = FitText(text, {2000, 200}, {40.0, 40.0, 40.0});
+  const double width = usual.extent.width;
+  const auto in = [&](double share) {
+    return FitText(text, {cvCeil(share * width), 200}, {60.0, 40.0, 40.0, 1.5, 0.7});
+  };
+  EXPECT_EQ(in(1.01).width, 1.0);
+  for (const double share : {0.95, 0.8, 0.71}) {
+    const Lettering narrow = in(share);
+    ASSERT_EQ(narrow.lines.size(), 1U) << share;
+    EXPECT_EQ(narrow.size, 40.0) << share;
+    EXPECT_NEAR(narrow.width, share, 0.01);
+    EXPECT_LE(narrow.extent.width, cvCeil(share * width)) << share;
+  }
+  EXPECT_GT(in(0.65).lines.size(), 1U);
+  EXPECT_EQ(in(0.65).width, 1.0);
+}
+
+/// The text in white with a black rim. Expects nothing beside its box; of it, the row in the middle.
+cv::Mat MiddleOf(const Lettering& text, const cv::Scalar& ground) {
+  cv::Mat picture(text.extent.height + 40, text.extent.width + 40, CV_8UC3, ground);
+  const cv::Rect box(cv::Point(20, 20), text.extent);
+  WriteText(text, box, Align::Left, {cv::Scalar::all(255), cv::Scalar::all(0)}, picture);
+  cv::Mat changed = picture != cv::Mat(picture.size(), CV_8UC3, ground);
+  changed(box).setTo(cv::Scalar::all(0));
+  EXPECT_EQ(cv::countNonZero(changed.reshape(1)), 0) << "beside the box";
+  cv::Mat grey;
+  cv::cvtColor(picture(box), grey, cv::COLOR_BGR2GRAY);
+  return grey.row(grey.rows / 2);
+}
+
+/// How often the row becomes brighter than that.
+size_t Rises(const cv::Mat& row, int level) {
+  size_t count = 0;
+  for (int x = 1; x < row.cols; ++x) {
+    if (row.at<unsigned char>(x) > level && row.at<unsigned char>(x - 1) <= level) ++count;
+  }
+  return count;
+}
+
+TEST(Lettering, InNarrowLettersFillsItsBoxAndHasItsRim) {
+  const std::string text = "llllllllllll";
+  const Lettering usual = FitText(text, {2000, 200}, {40.0, 40.0, 40.0});
+  const Lettering narrow = FitText(text, {usual.extent.width * 7 / 10, 200}, {40.0, 40.0, 40.0, 1.5, 0.6});
+  ASSERT_LT(narrow.width, 0.75);
+  const cv::Mat onGrey = MiddleOf(narrow, cv::Scalar::all(90));
+  EXPECT_EQ(Rises(onGrey, 180), text.size());
+  int last = onGrey.cols - 1;
+  while (last > 0 && onGrey.at<unsigned char>(last) < 180) --last;
+  EXPECT_GT(last, onGrey.cols - 15);
+  // Each letter, and after the last one the ground.
+  EXPECT_EQ(Rises(MiddleOf(narrow, cv::Scalar::all(255)), 128), text.size() + 1);
+}
+
 TEST(Lettering, BreaksWordsOnlyWhenTheyWouldBeTooSmall) {
   const Lettering whole = FitText("incomprehensibilities", {200, 200}, {40.0, 40.0, 8.0});
   EXPECT_EQ(whole.lines.size(), 1U);
@@ -105,6 +161,11 @@ TEST(Lettering, KeepsANumberBesideItsUnit) {
 
 TEST(Lettering, HasAQuestionMarkForEachCharacterThatIsNotAscii) {
   EXPECT_EQ(Joined(FitText("K\xC3\xBChl \xE2\x82\xAC", {500, 100}, {20.0, 20.0, 20.0})), "K?hl ?");
+}
+
+TEST(Lettering, HasNoLinesWhereNotEvenTheSmallestLettersFit) {
+  EXPECT_TRUE(FitText("Match", {4, 4}, {20.0, 0.0, 0.0}).Empty());
+  EXPECT_TRUE(FitText("Match", {4, 4}, {20.0, 0.0, 0.0, 1.5, 0.5}).Empty());
 }
 
 TEST(Lettering, HasNoLinesWithoutTextOrRoom) {

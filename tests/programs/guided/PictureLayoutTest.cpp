@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "Drawn.h"
+#include "velmora/Guide.h"
 
 namespace {
 
@@ -120,6 +121,23 @@ TEST(PictureLayout, OneImageHasMuchOfAnUsualWindow) {
   for (const cv::Size& image : {cv::Size(640, 480), cv::Size(1280, 720), cv::Size(1920, 1080)}) {
     const PictureLayout layout = LayoutOf(Full({1280, 800}, image, 1));
     EXPECT_GT(layout.halves.front().area(), 0.3 * 1280 * 800) << image;
+  }
+}
+
+TEST(PictureLayout, AnImageHasTwoThirdsOfTheWidthBelowALowHead) {
+  using velmora::Guide;
+  for (int hint = 0; hint <= static_cast<int>(velmora::GuideHint::Skip); ++hint) {
+    Picture picture = Full({1280, 800}, {640, 480}, 1);
+    picture.instruction = Guide::Words(static_cast<velmora::GuideHint>(hint));
+    const PictureLayout layout = LayoutOf(picture);
+    EXPECT_GE(layout.halves.front().width, 0.64 * 1280) << picture.instruction;
+    EXPECT_LE(layout.head.height, 0.15 * 800) << picture.instruction;
+    if (picture.instruction.empty()) continue;
+    const auto* text = TextOf(layout, "instruction");
+    ASSERT_NE(text, nullptr);
+    EXPECT_EQ(text->text.lines.size(), 1U) << picture.instruction;
+    EXPECT_GE(text->text.size, 800 / 14.0) << picture.instruction;
+    EXPECT_GE(text->text.width, 0.6) << picture.instruction;
   }
 }
 
