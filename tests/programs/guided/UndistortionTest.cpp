@@ -28,7 +28,7 @@ struct Edge {
 constexpr double MIDDLE = 140.0;
 
 /// How the camera sees the edge, a few pixels soft: grey is where the edge is.
-cv::Mat SeenBy(const world::Camera& camera, const Edge& edge) {
+cv::Mat Picturing(const world::Camera& camera, const Edge& edge) {
   constexpr double SOFTNESS = 1.5;
   cv::Mat image(camera.size, CV_8UC1, cv::Scalar(0));
   const cv::Point2d aside = edge.IsAlongRows() ? cv::Point2d(0.0, 1.0) : cv::Point2d(1.0, 0.0);
@@ -104,7 +104,7 @@ void ExpectStraightEdges(const world::Camera& camera, const common::Report& repo
   double most = 0.0;
   for (const Edge& edge : EDGES) {
     SCOPED_TRACE(testing::Message() << edge.a << " x + " << edge.b << " y = " << edge.c);
-    const cv::Mat seen = SeenBy(camera, edge);
+    const cv::Mat seen = Picturing(camera, edge);
     const auto before = PlacesOf(seen, edge, camera.lens.K(), 100);
     const auto after = PlacesOf(undistortion.Of(seen), edge, shown, 3);
     ASSERT_GT(before.size(), 200U);
@@ -161,7 +161,7 @@ TEST(Undistortion, OfAResultThatWasComputedMakesItsGridStraight) {
     shown(0, 2) = camera.lens.K()(0, 2);
     shown(1, 2) = camera.lens.K()(1, 2);
     const Edge edge = {1.0, 0.1, 0.3};
-    const cv::Mat straight = Undistortion(outcome.cameras[0].report).Of(SeenBy(camera, edge));
+    const cv::Mat straight = Undistortion(outcome.cameras[0].report).Of(Picturing(camera, edge));
     const auto places = PlacesOf(straight, edge, shown, 6);
     ASSERT_GT(places.size(), 200U);
     EXPECT_LT(Bend(places), 0.3);
