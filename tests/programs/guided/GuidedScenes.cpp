@@ -1,6 +1,8 @@
 /// Views for the tests of what a guided calibration makes of them.
 #include "GuidedScenes.h"
 
+#include <algorithm>
+
 #include "Views.h"
 
 namespace guided_test {
@@ -48,6 +50,14 @@ std::vector<guided::NamedSnapshot> Named(const unit::PointPairs& pairs) {
   for (size_t i = 0; i < pairs.left.size(); ++i)
     named.push_back(NamedOne(i, {{{pairs.left[i]}, {pairs.right[i]}}}));
   return named;
+}
+
+std::vector<guided::NamedSnapshot> WithAPart(std::vector<guided::NamedSnapshot> views, size_t which,
+                                             size_t camera, size_t unseen) {
+  auto& seen = views.at(which).snapshot.cameras.at(camera);
+  seen.weights.assign(seen.centres.size(), 1.0);
+  std::fill_n(seen.weights.begin(), unseen, 0.0);
+  return views;
 }
 
 unit::PointLists ViewsBy(const world::Camera& camera, int count) {

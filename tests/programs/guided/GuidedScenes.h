@@ -24,6 +24,10 @@ void JustCompute(std::shared_ptr<Calibrator> engine);
 std::vector<guided::NamedSnapshot> Named(const unit::PointLists& views);
 std::vector<guided::NamedSnapshot> Named(const unit::PointPairs& pairs);
 
+/// The views, but of one of them a camera does not see the first circles.
+std::vector<guided::NamedSnapshot> WithAPart(std::vector<guided::NamedSnapshot> views, size_t which,
+                                             size_t camera, size_t unseen);
+
 /// Views of a camera with a little noise, the same every time.
 unit::PointLists ViewsBy(const world::Camera& camera, int count);
 /// Views of the camera of unit::NoisyViews that all face it: of no use for a focal length.

@@ -3,97 +3,19 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <memory>
-#include <random>
-#include <set>
 
-#include "GuidedScenes.h"
+#include "GuidedViews.h"
 #include "Matchers.h"
-#include "TemporaryFolder.h"
 #include "session/DiskSteps.h"
 
 namespace {
 
 using guided::Collector;
-using guided::NamedSnapshot;
 using guided::Views;
+using guided_test::GuidedViews;
 using velmora::Guide;
 using velmora::Session;
-
-/// A session of rendered views; those of the first eight images are the guide's targets.
-class GuidedViews : public ::testing::Test {
- protected:
-  static constexpr size_t TARGETS = 8;
-
-  GuidedViews() {
-    const auto& centres = unit::Rendered().centres;
-    guide_.SetTargets({centres.begin(), centres.begin() + TARGETS});
-    velmora::SessionSettings settings;
-    settings.grid = unit::GRID;
-    settings.unit = static_cast<double>(unit::UNIT);
-    settings.imageSizes = {unit::FRAME};
-    session_ = Session::Create(path_, settings);
-    Begin();
-  }
-
-  /// As a program does that is started on the session.
-  void Begin() {
-    collector_ = std::make_unique<Collector>(guided_test::SettingsOfImages(), 1);
-    views_ = std::make_unique<Views>(*collector_, *session_, guide_);
-  }
-  void StartAgain() {
-    views_.reset();
-    session_.reset();
-    session_ = Session::Open(path_);
-    Begin();
-    views_->Resume();
-  }
-
-  std::string Keep(size_t image, bool reachesTarget) {
-    collector_->Search({unit::Rendered().images.at(image)});
-    return views_->Keep(reachesTarget);
-  }
-  /// At the target to reach now.
-  std::string KeepTarget() { return Keep(static_cast<size_t>(guide_.TargetNumber()) - 1, true); }
-
-  std::vector<std::string> Names() const {
-    std::vector<std::string> names;
-    for (const NamedSnapshot& view : views_->All()) names.push_back(view.name);
-    return names;
-  }
-  using Words = std::vector<std::string>;
-
-  /// The four of them hold the same views.
-  void ExpectAgreement() {
-    std::vector<velmora::StoredSnapshot> used;
-    for (const auto& stored : session_->Snapshots()) {
-      if (stored.IsUsed()) used.push_back(stored);
-    }
-    const auto& all = views_->All();
-    ASSERT_EQ(all.size(), used.size());
-    EXPECT_EQ(views_->Count(), used.size());
-    EXPECT_EQ(collector_->Count(), static_cast<int>(used.size()));
-    EXPECT_EQ(guide_.Views(), static_cast<int>(used.size()));
-    for (size_t i = 0; i < used.size(); ++i) {
-      EXPECT_EQ(all[i].number, used[i].number);
-      EXPECT_EQ(all[i].name, used[i].name);
-      EXPECT_EQ(all[i].snapshot.cameras.at(0).centres, used[i].observations.at(0).centres);
-      EXPECT_EQ(all[i].snapshot.cameras.at(0).deviations, used[i].observations.at(0).deviations);
-      EXPECT_TRUE(all[i].snapshot.cameras.at(0).frame.empty()) << "images are on the disk";
-    }
-    if (used.empty()) return;
-    EXPECT_EQ(collector_->Last().cameras.at(0).centres, all.back().snapshot.cameras.at(0).centres);
-  }
-
-  support::TemporaryFolder folder_;
-  const std::string path_ = folder_.File("desk.velmora");
-  Guide guide_{{unit::GRID, unit::FRAME}};
-  std::unique_ptr<Session> session_;
-  std::unique_ptr<Collector> collector_;
-  std::unique_ptr<Views> views_;
-};
 
 TEST_F(GuidedViews, KeepsWhatWasSearchedEverywhere) {
   EXPECT_FALSE(views_->CanTakeBack());
@@ -277,118 +199,6 @@ TEST_F(GuidedViews, StayWhenTheDiskRefusesToTakeThemBack) {
   }
   EXPECT_EQ(views_->TakeBack(), "View 2 taken back") << "with room again";
   ExpectAgreement();
-}
-
-/// What the views should be: lists of them, and the earlier lists.
-class ListModel {
- public:
-  struct View {
-    size_t image;
-    std::string name;
-    int target;  ///< that it reached; 0: none
-    bool operator==(const View& other) const { return image == other.image && name == other.name; }
-  };
-
-  explicit ListModel(int targets) : targets_(targets) {}
-
-  const std::vector<View>& Now() const { return now_; }
-  std::vector<std::string> Names() const {
-    std::vector<std::string> names;
-    for (const View& view : now_) names.push_back(view.name);
-    return names;
-  }
-  std::vector<int> Reached() const {
-    std::set<int> reached;
-    for (const View& view : now_) reached.insert(view.target);
-    reached.erase(0);
-    return {reached.begin(), reached.end()};
-  }
-  bool CanTakeBack() const { return !now_.empty() || !before_.empty(); }
-
-  void Keep(size_t image, int target) {
-    before_.push_back(now_);
-    int number = target;
-    if (target == 0) {
-      number = 1;
-      for (const View& view : now_) number += view.name.compare(0, 2, "by") == 0 ? 1 : 0;
-    }
-    now_.push_back({image, (target > 0 ? "pose " : "by hand ") + std::to_string(number), target});
-  }
-  void TakeBack() {
-    if (before_.empty()) {
-      if (!now_.empty()) now_.pop_back();
-      Match();
-      return;
-    }
-    const std::vector<View> then = before_.back();
-    before_.pop_back();
-    const bool addedOne = now_.size() == then.size() + 1;
-    if (addedOne) {
-      now_.pop_back();
-    } else {
-      now_ = then;
-      Match();
-    }
-  }
-  void BeginAgain() {
-    if (!now_.empty()) before_.push_back(now_);
-    now_.clear();
-  }
-  void Resume() { Match(); }
-  void StartAgain() {
-    before_.clear();
-    Match();
-  }
-
- private:
-  /// Each view that is at a target counts for it, the first one of each.
-  void Match() {
-    std::set<int> reached;
-    for (View& view : now_) {
-      const int target = static_cast<int>(view.image) + 1;
-      view.target = target <= targets_ && reached.insert(target).second ? target : 0;
-    }
-  }
-
-  const int targets_;
-  std::vector<View> now_;
-  std::vector<std::vector<View>> before_;
-};
-
-TEST_F(GuidedViews, AgreeWithListsAfterTwoHundredStepsOfAnyKind) {
-  ListModel model(TARGETS);
-  std::mt19937 random(11);
-  const auto below = [&random](unsigned count) { return static_cast<size_t>(random() % count); };
-  for (int step = 0; step < 200; ++step) {
-    const size_t what = below(20);
-    SCOPED_TRACE(testing::Message() << "step " << step << " of kind " << what);
-    if (what < 7 && guide_.TargetNumber() > 0) {
-      const int target = guide_.TargetNumber();
-      ASSERT_EQ(KeepTarget(), "");
-      model.Keep(static_cast<size_t>(target) - 1, target);
-    } else if (what < 11) {
-      const size_t image = below(12);
-      ASSERT_EQ(Keep(image, false), "");
-      model.Keep(image, 0);
-    } else if (what < 17) {
-      EXPECT_EQ(views_->CanTakeBack(), model.CanTakeBack());
-      views_->TakeBack();
-      model.TakeBack();
-    } else if (what == 17) {
-      ASSERT_EQ(views_->BeginAgain(), "");
-      model.BeginAgain();
-    } else if (what == 18) {
-      views_->Resume();
-      model.Resume();
-    } else {
-      StartAgain();
-      model.StartAgain();
-    }
-    ExpectAgreement();
-    ASSERT_EQ(Names(), model.Names());
-    ASSERT_EQ(guide_.Reached(), model.Reached());
-    ASSERT_FALSE(HasFailure());
-  }
 }
 
 TEST(GuidedPairViews, AreKeptWithBothImages) {
