@@ -2,6 +2,7 @@
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -14,6 +15,8 @@
 #include "Frames.h"
 #include "Ratio.h"
 #include "batch/InOrder.h"
+#include "batch/KeptSession.h"
+#include "batch/SharedSearch.h"
 #include "batch/SingleSearch.h"
 
 namespace {
@@ -42,12 +45,21 @@ class Folder {
   /// Any number of images: those that there are, again and again.
   const std::string& File(int number) const { return files_.at(static_cast<size_t>(number % IMAGES)); }
 
+  const fs::path& Path() const { return path_; }
+
   static constexpr int IMAGES = 20;
 
  private:
   const fs::path path_ = fs::temp_directory_path() / ("velmora-bench-" + std::to_string(getpid()));
   std::vector<std::string> files_;
 };
+
+template <typename Work>
+double Seconds(const Work& work) {
+  const auto start = std::chrono::steady_clock::now();
+  work();
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
 
 /// Reads and searches that many images; how many of them show the grid.
 int Search(const Folder& folder, int images, size_t threads) {
@@ -112,7 +124,63 @@ void MemoryOfManyImages(benchmark::State& state) {
   cv::setNumThreads(-1);
 }
 
+/// Searches the files into a session and takes all that it has; how many views there are.
+int SearchIntoSession(const std::vector<std::string>& files, const std::string& folder) {
+  batch::Arguments arguments;
+  arguments.session = folder;
+  arguments.inputs = files;
+  batch::KeptSession session;
+  session.Open(arguments);
+  session.Begin(arguments);
+  batch::RunContext context;
+  context.session = &session;
+  batch::ImageStream stream(files, {});
+  int views = 0;
+  batch::SearchSteps steps;
+  steps.next = [&](std::vector<batch::NamedImage>& inputs) {
+    inputs.resize(1);
+    return stream.Next(inputs.front());
+  };
+  steps.take = [&](batch::SearchedImages& images) {
+    views += images.outcomes.front().fault.empty() ? 1 : 0;
+    return images.outcomes.front().fault;
+  };
+  steps.expected = [&] { return stream.ExpectedCount(); };
+  batch::SearchShared(arguments, batch::Wanted::Views, steps, context);
+  return views;
+}
+
+/// Adding five photographs to a session of three hundred, all of which are given again, against searching the
+/// three hundred: `ratio` is below 0.05.
+void FiveMoreOfASession(benchmark::State& state) {
+  Calibration::SetLogLevel(0);
+  constexpr int MANY = 300;
+  constexpr int MORE = 5;
+  const Folder folder;
+  for (auto iteration : state) {
+    const fs::path place = folder.Path() / "many";
+    fs::create_directory(place);
+    std::vector<std::string> files;
+    const auto add = [&] {
+      files.push_back((place / (std::to_string(1000 + files.size()) + ".png")).string());
+      std::ifstream image(folder.File(static_cast<int>(files.size())), std::ios::binary);
+      // What follows the end of an image makes it another file.
+      std::ofstream(files.back(), std::ios::binary) << image.rdbuf() << files.size();
+    };
+    while (files.size() < MANY) add();
+    const std::string session = (place / "desk").string();
+    const double all = Seconds([&] { benchmark::DoNotOptimize(SearchIntoSession(files, session)); });
+    while (files.size() < MANY + MORE) add();
+    const double more = Seconds([&] { benchmark::DoNotOptimize(SearchIntoSession(files, session)); });
+    fs::remove_all(place);
+    state.SetIterationTime(more);
+    state.counters["all_ms"] = all * 1e3;
+    state.counters["ratio"] = more / all;
+  }
+}
+
 }  // namespace
 
+BENCHMARK(FiveMoreOfASession)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(TwoThreads)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(MemoryOfManyImages)->Iterations(1)->Unit(benchmark::kMillisecond);

@@ -1,4 +1,4 @@
-# What an installation consists of, as components: library, tools, development, java; and the packages made of them.
+# What an installation consists of, as components: library, tools, development, java, live; and the packages made of them.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS Calibration EXPORT VelmoraTargets
@@ -63,5 +63,11 @@ if(VELMORA_HAS_JAVA)
   set(CPACK_DEBIAN_JAVA_PACKAGE_DEPENDS "libgoogle-gson-java")
   set(CPACK_COMPONENT_JAVA_DEPENDS library)
   set(CPACK_COMPONENT_JAVA_DESCRIPTION "The calibration engine for Java programs")
+  list(APPEND CPACK_COMPONENTS_ALL live)
+  set(CPACK_DEBIAN_LIVE_PACKAGE_NAME velmora-live)
+  set(CPACK_DEBIAN_LIVE_PACKAGE_SECTION graphics)
+  set(CPACK_DEBIAN_LIVE_PACKAGE_DEPENDS "default-jre | java11-runtime")
+  set(CPACK_COMPONENT_LIVE_DEPENDS java)
+  set(CPACK_COMPONENT_LIVE_DESCRIPTION "Calibrates a camera live in a window of Java")
 endif()
 include(CPack)

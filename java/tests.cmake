@@ -23,13 +23,14 @@ file(GLOB VELMORA_JUNIT_API_JARS /usr/share/java/junit-jupiter-api.jar /usr/shar
 set(VELMORA_JUNIT_API_JARS "${VELMORA_JUNIT_API_JARS}" CACHE INTERNAL "What tests of JUnit 5 are compiled with")
 set(tests src/test/java/com/velotrix/quiverleaf/sdk)
 set(test_classes ArgumentsTest AwaitResultTest CalibratorTest GuidedTest ListenerTest NativeLibraryTest NativeMethodsTest
-  PushedFramesTest ResultsTest SoakTest SolvingTest TextTest)
+  PushedFramesTest ResultsTest SessionTest SnapshotsTest SoakTest SolvingTest TextTest)
 set(camera_test_classes CaptureTest PairTest)
 set(test_helpers Cameras Footage LoadProgram PlantedFault RawFrames Recorder Soak Usage Views)
 if(VELMORA_SANITIZE)
   list(REMOVE_ITEM test_classes SoakTest)  # what the sanitizer keeps back is no leak
 endif()
-set(test_sources ${tests}/SoakTest.java)
+# An excerpt of the second one is on a page.
+set(test_sources ${tests}/SoakTest.java ${tests}/SessionTest.java)
 foreach(class ${test_classes} ${camera_test_classes} ${test_helpers})
   list(APPEND test_sources ${tests}/${class}.java)
 endforeach()

@@ -29,8 +29,11 @@ const char* const DESCRIPTION =
     "Inputs are images, folders of images, patterns (quote them), video files or stream URLs.";
 
 const char* const EXIT_STATUSES =
-    "Exit status: 0 calibrated (or recorded), 1 too few views held the grid, 2 wrong usage or unreadable "
-    "input, 3 with --strict: calibrated, but the result is worthless.";
+    "Exit status: 0 calibrated (or recorded, or listed, or with --check still calibrated), 1 too few views "
+    "held "
+    "the grid (with --check: no longer calibrated, or the images do not tell), 2 wrong usage or unreadable "
+    "input, 3 with --strict: calibrated, but the result is worthless, 130 interrupted by Ctrl-C, 143 by "
+    "SIGTERM.";
 
 /// "4x11" as a size; throws CLI's error otherwise.
 cv::Size ParseGrid(const std::string& text) {
@@ -147,6 +150,39 @@ void AddRigOptions(CLI::App& app, Arguments& arguments) {
       ->needs(rig);
 }
 
+void AddSessionOptions(CLI::App& app, Arguments& arguments) {
+  auto* session =
+      app.add_option(
+             "--session", arguments.session,
+             "folder that keeps what is found in each image as soon as it is found, made when it is "
+             "not there: a run that was interrupted goes on with it, and only images that it does not "
+             "know are searched; without inputs the result is computed from it")
+          ->type_name("DIR");
+  auto* keep = app.add_flag("--keep-images", arguments.keepImages,
+                            "keep copies of the images in the session (default: where they are)");
+  app.add_flag("--no-images", arguments.noImages, "keep centres only, and not where the images are")
+      ->needs(session)
+      ->excludes(keep);
+  keep->needs(session);
+  app.add_option("--exclude", arguments.excluded,
+                 "leave a view of the session out, by its name or number in the list; may be given several "
+                 "times")
+      ->type_name("NAME")
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+      ->needs(session);
+  app.add_option("--include", arguments.included, "take such a view in again; may be given several times")
+      ->type_name("NAME")
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+      ->needs(session);
+  app.add_flag(
+         "--list", arguments.list,
+         "instead of calibrating, list the views of the session: number, name, decision, RMS in the last "
+         "result, what was rejected and why, size on the disk")
+      ->needs(session);
+}
+
 /// What a rig cannot be combined with, or lacks.
 void CheckRig(const Arguments& arguments) {
   const std::vector<std::pair<std::string, bool>> others = {
@@ -179,9 +215,24 @@ void CheckRig(const Arguments& arguments) {
   }
 }
 
+/// What does not go with a session.
+void CheckSession(const Arguments& arguments) {
+  if (arguments.WasGiven("--session") && arguments.session.empty()) {
+    throw CLI::ValidationError("--session", "a name is needed");
+  }
+  if (arguments.session.empty()) return;
+  if (!arguments.recordModel.empty()) throw CLI::ExcludesError("--record-model", "--session");
+  if (arguments.list && arguments.HasInputs()) {
+    throw CLI::ValidationError("--list", "what the session has is listed, without inputs");
+  }
+}
+
 /// What the options cannot say of each other by themselves.
 void CheckTogether(const Arguments& arguments) {
-  if (arguments.inputs.empty() && !arguments.IsRig()) throw CLI::RequiredError("inputs");
+  if (arguments.inputs.empty() && !arguments.IsRig() && arguments.session.empty()) {
+    throw CLI::RequiredError("inputs");
+  }
+  CheckSession(arguments);
   if (arguments.output.empty() || arguments.output.back() == '/') {
     throw CLI::ValidationError("--output", "a name is needed");
   }
@@ -220,12 +271,19 @@ const char* DefaultModel(const Arguments& arguments) {
 
 }  // namespace
 
+std::vector<std::string> Arguments::Outputs() const {
+  if (session.empty()) return {output};
+  std::vector<std::string> outputs = {session + "/calibration"};
+  if (WasGiven("--output")) outputs.push_back(output);
+  return outputs;
+}
+
 int Arguments::Threads() const {
   if (threads > 0) return threads;
   return static_cast<int>(std::clamp<unsigned>(std::thread::hardware_concurrency(), 1, MAX_THREADS));
 }
 
-Parsed ParseArguments(int argc, char** argv) {
+Parsed ParseArguments(int argc, char** argv, const std::function<void(Arguments&)>& settle) {
   Parsed parsed;
   Arguments& arguments = parsed.arguments;
   std::string grid = "4x11";
@@ -237,9 +295,17 @@ Parsed ParseArguments(int argc, char** argv) {
   common::AddEngineOptions(app, arguments);
   AddPairOptions(app, arguments);
   AddRigOptions(app, arguments);
+  AddCheckOptions(app, arguments.check);
+  AddSessionOptions(app, arguments);
   try {
     app.parse(argc, argv);
+    CheckExclusions(app);
+    for (const CLI::Option* option : app.get_options()) {
+      if (option->count() > 0) arguments.given.insert(option->get_name());
+    }
     arguments.grid = ParseGrid(grid);
+    while (arguments.session.size() > 1 && arguments.session.back() == '/') arguments.session.pop_back();
+    if (settle && !arguments.session.empty()) settle(arguments);
     if (arguments.modelName.empty()) arguments.modelName = DefaultModel(arguments);
     arguments.model = common::LensModels().at(arguments.modelName);
     arguments.output = common::WithoutExtension(arguments.output);

@@ -4,6 +4,8 @@
 #include <iostream>
 
 #include "batch/CameraViews.h"
+#include "batch/KeptSession.h"
+#include "batch/SessionArguments.h"
 #include "batch/SharedSearch.h"
 #include "common/LensModels.h"
 #include "common/Messages.h"
@@ -14,7 +16,8 @@
 namespace batch {
 
 void SearchImages(const Arguments& arguments, Wanted wanted,
-                  const std::function<std::string(NamedImage&, const SearchOutcome&)>& take) {
+                  const std::function<std::string(NamedImage&, const SearchOutcome&)>& take,
+                  const RunContext& context) {
   ImageStream stream(ExpandInputsAloud(arguments.inputs), arguments.sampling);
   SearchSteps steps;
   steps.next = [&](std::vector<NamedImage>& inputs) {
@@ -26,7 +29,7 @@ void SearchImages(const Arguments& arguments, Wanted wanted,
     return fault.empty() ? "grid found" : fault;
   };
   steps.expected = [&] { return stream.ExpectedCount(); };
-  SearchShared(arguments, wanted, steps);
+  SearchShared(arguments, wanted, steps, context);
 }
 
 common::ExitStatus ReportTooFewViews(const std::string& what, size_t found, const std::string& hint,
@@ -49,11 +52,12 @@ common::ExitStatus ReportUnwritten(const std::string& file) {
   return common::UNUSABLE;
 }
 
-common::ExitStatus Run(const Arguments& arguments) {
-  common::CheckOutputWithVerdict(arguments.output);
+common::ExitStatus Run(const Arguments& arguments, const RunContext& context) {
+  for (const std::string& output : OutputsToCheck(arguments)) common::CheckOutputWithVerdict(output);
   CameraViews camera(arguments);
-  SearchImages(arguments, Wanted::Views,
-               [&](NamedImage& input, const SearchOutcome& outcome) { return camera.Take(input, outcome); });
+  SearchImages(
+      arguments, Wanted::Views,
+      [&](NamedImage& input, const SearchOutcome& outcome) { return camera.Take(input, outcome); }, context);
   if (!camera.HasImages()) throw InputError("no image could be read from the input");
   if (camera.Views().size() < ENOUGH_VIEWS) {
     std::cout << common::ViewsTable(camera.Names(), camera.Rejected());
@@ -65,10 +69,14 @@ common::ExitStatus Run(const Arguments& arguments) {
   common::Report report = camera.Calibrate();
   const CalibrationVerdict verdict = camera.Verdict(report);
   std::cout << common::ResultTable(report) << "\n" << common::VerdictTable(verdict, report.used);
+  context.EndIfAsked();
   common::OutputFiles files;
   std::string text;
-  const std::string unwritten = SaveWithVerdict(camera, verdict, arguments.output, text, files);
-  if (!unwritten.empty()) return ReportUnwritten(unwritten);
+  for (const std::string& output : arguments.Outputs()) {
+    const std::string unwritten = SaveWithVerdict(camera, verdict, output, text, files);
+    if (!unwritten.empty()) return ReportUnwritten(unwritten);
+  }
+  if (context.session != nullptr) context.session->Write(camera.Notes(report));
   return EndWithFiles(files, verdict.grade == CalibrationVerdict::Grade::Worthless, arguments);
 }
 

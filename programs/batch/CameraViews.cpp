@@ -15,6 +15,7 @@ std::string CameraViews::Take(const NamedImage& input, const SearchOutcome& outc
   std::string fault = search_.FaultOf(input, outcome);
   if (fault.empty()) {
     names_.push_back(input.name);
+    numbers_.push_back(input.snapshot);
     views_.push_back(outcome.view.points);
     weights_.push_back(outcome.view.weights);
     deviations_.push_back(outcome.view.deviations);
@@ -31,9 +32,8 @@ common::Report CameraViews::Calibrate() {
   report.frame = FrameSize();
   report.rejected = rejected_;
   report.parts.of = static_cast<size_t>(arguments_.grid.area());
-  const auto chosen =
-      SelectSpreadViews(views_, arguments_.grid, FrameSize(), static_cast<size_t>(arguments_.maxViews));
-  const std::set<size_t> isChosen(chosen.begin(), chosen.end());
+  chosen_ = SelectSpreadViews(views_, arguments_.grid, FrameSize(), static_cast<size_t>(arguments_.maxViews));
+  const std::set<size_t> isChosen(chosen_.begin(), chosen_.end());
   for (size_t i = 0; i < views_.size(); ++i) {
     if (isChosen.count(i) > 0) {
       const GridView view{views_[i], weights_[i], deviations_[i]};
@@ -51,6 +51,20 @@ common::Report CameraViews::Calibrate() {
   common::ComputeModel(lens.model, calibrator);
   common::CopyResult(calibrator, report);
   return report;
+}
+
+std::map<int, ViewNote> CameraViews::Notes(const common::Report& report) const {
+  std::map<int, ViewNote> notes;
+  for (size_t i = 0; i < numbers_.size(); ++i) {
+    notes[numbers_[i]].reason = common::NotNeeded(names_[i], arguments_.maxViews).reason;
+  }
+  for (size_t row = 0; row < chosen_.size(); ++row) {
+    ViewNote& note = notes[numbers_[chosen_[row]]];
+    const int error = static_cast<int>(row);
+    if (error < report.viewErrors.rows) note.rms = report.viewErrors.at<double>(error);
+    note.reason = report.disagreeing.count(row) > 0 ? common::DISAGREES : "";
+  }
+  return notes;
 }
 
 std::string CameraViews::ResultName(const std::string& output) const {

@@ -1,12 +1,14 @@
 /// One camera's way from images to a result.
 #pragma once
 
+#include <map>
 #include <opencv2/core.hpp>
 #include <string>
 #include <vector>
 
 #include "Calibrator.h"
 #include "batch/ImageSearch.h"
+#include "batch/ViewNotes.h"
 #include "common/OutputFiles.h"
 #include "common/Report.h"
 
@@ -32,6 +34,8 @@ class CameraViews {
   const std::vector<Centres>& Used() const { return used_; }
   const std::vector<std::string>& Names() const { return names_; }
   const std::vector<common::Rejection>& Rejected() const { return rejected_; }
+  /// What became of each view of a session, once the result and its verdict are there.
+  std::map<int, ViewNote> Notes(const common::Report& report) const;
 
   /// What else the images show when not one held the grid; see ImageSearch.
   std::string OtherGridText() { return views_.empty() ? search_.OtherGridText() : ""; }
@@ -52,6 +56,8 @@ class CameraViews {
   const Arguments& arguments_;
   ImageSearch search_;
   std::vector<std::string> names_;
+  std::vector<int> numbers_;                  ///< in the session, of the views
+  std::vector<size_t> chosen_;                ///< of the views, those that the computation was of
   std::vector<Centres> views_;                ///< all circles, also those of a part that are not seen
   std::vector<std::vector<double>> weights_;  ///< of the views
   std::vector<std::vector<double>> deviations_;

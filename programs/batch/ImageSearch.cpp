@@ -31,7 +31,8 @@ std::string ImageSearch::FaultOf(const NamedImage& input, const SearchOutcome& o
     calibrator_->SetPartialGrids(arguments_.TakesParts());
   }
   if (outcome.size != inputSize_) return "of another size than the first (" + SizeText(inputSize_) + ")";
-  if (!outcome.fault.empty() && arguments_.grid != SUPPLIED_GRID && withoutGrid_.size() < KEPT) {
+  if (!outcome.fault.empty() && arguments_.grid != SUPPLIED_GRID && withoutGrid_.size() < KEPT &&
+      !input.image.empty()) {
     withoutGrid_.push_back(input.image.clone());
   }
   return outcome.fault;

@@ -45,12 +45,23 @@ bool ImageStream::Next(NamedImage& input) {
   input = {fs::path(file).filename().string()};
   if (!IsUrl(file)) {
     input.unread = file;
+    input.file = file;
     if (HasImageExtension(file)) return true;
     Read(input);  // which tells whether it is an image
     if (!input.image.empty()) return true;
   }
   if (!OpenVideo(file)) throw InputError("'" + file + "' is neither an image nor a video that can be read");
   return Next(input);
+}
+
+cv::Size FirstSize(const std::vector<std::string>& files, const SamplingOptions& options) {
+  ImageStream stream(files, options);
+  NamedImage input;
+  while (stream.Next(input)) {
+    Read(input);
+    if (!input.image.empty()) return input.image.size();
+  }
+  return {};
 }
 
 std::string OrientationsText(int images) {
@@ -66,6 +77,7 @@ bool ImageStream::OpenVideo(const std::string& file) {
   const double count = video_->Get(cv::CAP_PROP_FRAME_COUNT);
   const bool known = !IsUrl(file) && count > 0 && count < 1e9;
   videoName_ = IsUrl(file) ? file : fs::path(file).filename().string();
+  videoFile_ = IsUrl(file) ? "" : file;
   step_ = SamplingStep(options_, known ? count : 0.0);
   frame_ = 0;
   framesLeft_ = known || options_.maxFrames <= 0 ? std::numeric_limits<int>::max() : options_.maxFrames;
@@ -83,6 +95,8 @@ bool ImageStream::NextFrame(NamedImage& input) {
   cv::Mat frame;
   if (!video_->Read(frame) || frame.empty()) return false;
   input = {videoName_ + "#" + std::to_string(frame_), frame.clone()};
+  input.file = videoFile_;
+  input.frame = frame_;
   ++frame_;
   return true;
 }

@@ -18,6 +18,16 @@ struct NamedImage {
   bool endsTooEarly = false;        ///< the end of the file is missing
   bool orientationIgnored = false;  ///< it asks to be shown turned or mirrored, and is not
   std::string unread{};             ///< the file that it is still to be read from; empty once it is read
+  std::string file{};               ///< the image file, or the video; empty for a stream
+  int frame = -1;                   ///< of a video: its number
+  /// By what a session knows the image again, whatever it is called: the hash of its file (see
+  /// velmora::Session::ContentKey), with "#" and the frame's number, with "/left" or "/right" of a half.
+  /// Empty: by nothing, or nobody has asked.
+  std::string origin{};
+  /// Size, time of change and path of the file when its hash was taken; empty as `origin` is.
+  std::string stamp{};
+  bool known = false;  ///< the session told what is in it
+  int snapshot = 0;    ///< the number in the session; 0: in none
 };
 
 /// Reads the image, unless it is read. Thread-safe for different images.
@@ -33,6 +43,9 @@ constexpr int AUTOMATIC_FRAMES = 150;
 
 /// Every how many frames a video of that many frames (0 or less: unknown) is sampled.
 int SamplingStep(const SamplingOptions& options, double frameCount);
+
+/// The size of the first of the files' images that can be decoded; empty when there is none.
+cv::Size FirstSize(const std::vector<std::string>& files, const SamplingOptions& options);
 
 /// A line about images whose orientation tag was not obeyed, as the sensor is calibrated; empty when there is
 /// none.
@@ -62,6 +75,7 @@ class ImageStream {
 
   std::unique_ptr<common::Capture> video_;  ///< while one is open
   std::string videoName_;
+  std::string videoFile_;  ///< empty for a stream
   int step_ = 1;
   int frame_ = 0;
   int framesLeft_ = 0;

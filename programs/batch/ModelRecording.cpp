@@ -74,12 +74,13 @@ class Recording {
 
 }  // namespace
 
-common::ExitStatus RecordModel(const Arguments& arguments) {
+common::ExitStatus RecordModel(const Arguments& arguments, const RunContext& context) {
   common::CheckWritable(arguments.recordModel);
   Recording recording(arguments);
-  SearchImages(arguments, Wanted::WholeGrids, [&](NamedImage& input, const SearchOutcome& outcome) {
-    return recording.Take(input, outcome);
-  });
+  SearchImages(
+      arguments, Wanted::WholeGrids,
+      [&](NamedImage& input, const SearchOutcome& outcome) { return recording.Take(input, outcome); },
+      context);
   std::cout << recording.Table();
   if (recording.Names().empty()) {
     common::PrintError(std::cerr, "no pose: the grid was found in none of the images.");

@@ -1,11 +1,16 @@
 /// The headless calibration of a pair of cameras.
 #include "batch/PairBatch.h"
 
+#include <cmath>
 #include <iostream>
+#include <map>
 #include <set>
 
 #include "batch/CameraFile.h"
 #include "batch/CameraViews.h"
+#include "batch/KeptSession.h"
+#include "batch/MomentText.h"
+#include "batch/SessionArguments.h"
 #include "batch/SharedSearch.h"
 #include "batch/TogetherStream.h"
 #include "batch/ViewSelection.h"
@@ -28,6 +33,7 @@ constexpr size_t LEFT = 0;
 constexpr size_t RIGHT = 1;
 
 std::vector<std::vector<std::string>> FilesOf(const Arguments& arguments) {
+  if (!arguments.HasInputs()) return {{}, {}};
   std::vector<std::vector<std::string>> files = {ExpandInputsAloud(arguments.inputs)};
   if (arguments.split == common::Split::None) files.push_back(ExpandInputsAloud(arguments.rightInputs));
   return files;
@@ -60,6 +66,9 @@ class PairStream {
     pair[LEFT].image = common::HalfOf(both, split_, common::Camera::Left);
     pair[RIGHT].image = common::HalfOf(both, split_, common::Camera::Right);
     pair[RIGHT].orientationIgnored = false;  // one image, told of once
+    if (pair[LEFT].origin.empty()) return;
+    pair[LEFT].origin += "/left";
+    pair[RIGHT].origin += "/right";
   }
 
   int ExpectedCount() const { return stream_.ExpectedCount(); }
@@ -76,6 +85,10 @@ struct PairViews {
   CameraViews left;
   CameraViews right;
   std::vector<std::string> names;
+  int number = 0;                   ///< in the session, of the pair that is being taken
+  std::vector<int> numbers;         ///< of those that both cameras see
+  std::vector<int> used{};          ///< of those, the ones that the computation was of
+  std::map<int, ViewNote> notes{};  ///< of the session's views
   std::vector<Centres> leftCentres;
   std::vector<Centres> rightCentres;
   std::vector<std::vector<double>> weights;  ///< 1 for circles that both cameras see
@@ -94,9 +107,11 @@ std::string TakeCommon(const std::string& name, const cv::Size& grid, PairViews&
     std::string fault = "only " + std::to_string(common) + " of " + std::to_string(grid.area()) +
                         " circles are seen by both cameras";
     pairs.rejected.push_back({name, fault, true});
+    pairs.notes[pairs.number].reason = fault;
     return fault;
   }
   pairs.names.push_back(name);
+  pairs.numbers.push_back(pairs.number);
   pairs.leftCentres.push_back(left.points);
   pairs.rightCentres.push_back(right.points);
   pairs.weights.push_back(left.weights);
@@ -108,17 +123,17 @@ std::string TakeCommon(const std::string& name, const cv::Size& grid, PairViews&
 /// The reason when the pair gives no common view, else an empty text.
 std::string TakePair(const SearchedImages& pair, const cv::Size& grid, PairViews& pairs) {
   const std::string name = NameTogether(pair.inputs);
+  pairs.number = pair.inputs[LEFT].snapshot;
   const std::string faultLeft = pairs.left.Take(pair.inputs[LEFT], pair.outcomes[LEFT]);
   const std::string faultRight = pairs.right.Take(pair.inputs[RIGHT], pair.outcomes[RIGHT]);
   if (faultLeft.empty() && faultRight.empty()) return TakeCommon(name, grid, pairs);
-  std::string fault = faultLeft.empty()    ? "right: " + faultRight
-                      : faultRight.empty() ? "left: " + faultLeft
-                                           : "both: " + faultLeft;
+  std::string fault = FaultOfPair(faultLeft, faultRight);
   pairs.rejected.push_back({name, fault});
+  pairs.notes[pairs.number].reason = fault;
   return fault;
 }
 
-void SearchPairs(const Arguments& arguments, PairViews& pairs) {
+void SearchPairs(const Arguments& arguments, PairViews& pairs, const RunContext& context) {
   PairStream stream(arguments);
   SearchSteps steps;
   steps.next = [&](std::vector<NamedImage>& pair) { return stream.Next(pair); };
@@ -128,7 +143,11 @@ void SearchPairs(const Arguments& arguments, PairViews& pairs) {
     return fault.empty() ? "grid found in both" : fault;
   };
   steps.expected = [&] { return stream.ExpectedCount(); };
-  SearchShared(arguments, Wanted::Views, steps);
+  steps.firstSize = [&](size_t camera) {
+    const auto& inputs = camera == LEFT ? arguments.inputs : arguments.rightInputs;
+    return FirstSize(ExpandInputs(inputs), arguments.sampling);
+  };
+  SearchShared(arguments, Wanted::Views, steps, context);
   if (!pairs.left.HasImages() || !pairs.right.HasImages()) {
     throw InputError("no pair of images could be read from the input");
   }
@@ -154,15 +173,21 @@ common::ExitStatus StatusOf(const std::string& unwritten) {
   return unwritten.empty() ? common::SUCCESS : ReportUnwritten(unwritten);
 }
 
-common::ExitStatus CalibrateCamera(CameraViews& camera, const std::string& side, const std::string& output,
-                                   CameraResult& result, common::OutputFiles& files) {
+common::ExitStatus CalibrateCamera(CameraViews& camera, const std::string& side,
+                                   const std::vector<std::string>& outputs, CameraResult& result,
+                                   common::OutputFiles& files) {
   std::cerr << "Computing the " << side << " camera ...\n";
   common::Report report = camera.Calibrate();
   result.verdict = camera.Verdict(report);
   std::cout << "== " << side << " camera\n"
             << common::ResultTable(report) << "\n"
             << common::VerdictTable(result.verdict, report.used) << "\n";
-  return StatusOf(SaveWithVerdict(camera, result.verdict, output, result.text, files));
+  std::string unwritten;
+  for (const std::string& output : outputs) {
+    if (!unwritten.empty()) break;
+    unwritten = SaveWithVerdict(camera, result.verdict, output + "_" + side, result.text, files);
+  }
+  return StatusOf(unwritten);
 }
 
 /// A result that the user gives, with the verdict beside it.
@@ -174,7 +199,7 @@ CameraResult ResultFrom(const std::string& file) {
 }
 
 common::ExitStatus CameraResultsFor(const Arguments& arguments, PairViews& pairs, CameraResults& results,
-                                    common::OutputFiles& files) {
+                                    common::OutputFiles& files, const RunContext& context) {
   if (!arguments.calibLeft.empty()) {
     results.left = ResultFrom(arguments.calibLeft);
     results.right = ResultFrom(arguments.calibRight);
@@ -182,9 +207,10 @@ common::ExitStatus CameraResultsFor(const Arguments& arguments, PairViews& pairs
     return common::SUCCESS;
   }
   const common::ExitStatus status =
-      CalibrateCamera(pairs.left, "left", arguments.output + "_left", results.left, files);
+      CalibrateCamera(pairs.left, "left", arguments.Outputs(), results.left, files);
   if (status != common::SUCCESS) return status;
-  return CalibrateCamera(pairs.right, "right", arguments.output + "_right", results.right, files);
+  context.EndIfAsked();
+  return CalibrateCamera(pairs.right, "right", arguments.Outputs(), results.right, files);
 }
 
 /// The mean over the views that agree.
@@ -203,7 +229,7 @@ double EpipolarDistance(Calibrator& calibrator, const std::vector<Centres>& left
 }
 
 /// Gives the calibrator the common views that spread best; the others are noted in the report.
-common::SeenByPair Select(const Arguments& arguments, const PairViews& pairs, Calibrator& calibrator,
+common::SeenByPair Select(const Arguments& arguments, PairViews& pairs, Calibrator& calibrator,
                           common::PairReport& report) {
   common::SeenByPair seen;
   seen.frame = pairs.left.FrameSize();
@@ -215,8 +241,10 @@ common::SeenByPair Select(const Arguments& arguments, const PairViews& pairs, Ca
   for (size_t i = 0; i < pairs.names.size(); ++i) {
     if (isChosen.count(i) == 0) {
       report.rejected.push_back(common::NotNeeded(pairs.names[i], arguments.maxViews));
+      pairs.notes[pairs.numbers[i]].reason = report.rejected.back().reason;
       continue;
     }
+    pairs.used.push_back(pairs.numbers[i]);
     const GridView left{pairs.leftCentres[i], pairs.weights[i], pairs.leftDeviations[i]};
     const GridView right{pairs.rightCentres[i], pairs.weights[i], pairs.rightDeviations[i]};
     calibrator.AddStereoPoints(left.points, left.weights, left.deviations, right.points, right.weights,
@@ -255,15 +283,27 @@ void CalibratePair(const Arguments& arguments, const CameraResults& results, con
   report.epipolarDistance = EpipolarDistance(calibrator, seen.left, seen.right, apart);
 }
 
-void CheckOutputs(const Arguments& arguments) {
-  common::CheckOutput(arguments.output);
-  const common::VerdictFiles files(arguments.output);
+/// The RMS of both images of each pair, and why it counts for nothing.
+void NoteErrors(const common::PairReport& report, PairViews& pairs) {
+  for (size_t i = 0; i < pairs.used.size(); ++i) {
+    ViewNote& note = pairs.notes[pairs.used[i]];
+    if (report.disagreeing.count(i) > 0) note.reason = common::DISAGREES;
+    if (i >= report.left.views.size() || i >= report.right.views.size()) continue;
+    const double left = report.left.views[i];
+    const double right = report.right.views[i];
+    if (left >= 0.0 && right >= 0.0) note.rms = std::sqrt((left * left + right * right) / 2.0);
+  }
+}
+
+void CheckOutput(const Arguments& arguments, const std::string& output) {
+  common::CheckOutput(output);
+  const common::VerdictFiles files(output);
   for (const std::string& file : {files.text, files.PictureOf("left"), files.PictureOf("right")}) {
     common::CheckWritable(file);
   }
   if (!arguments.calibLeft.empty()) return;
-  common::CheckOutputWithVerdict(arguments.output + "_left");
-  common::CheckOutputWithVerdict(arguments.output + "_right");
+  common::CheckOutputWithVerdict(output + "_left");
+  common::CheckOutputWithVerdict(output + "_right");
 }
 
 /// The file that could not be written, or an empty text.
@@ -278,22 +318,23 @@ std::string SavePair(Calibrator& calibrator, const PairVerdict& verdict, const c
 
 }  // namespace
 
-common::ExitStatus RunPair(const Arguments& arguments) {
-  CheckOutputs(arguments);
+common::ExitStatus RunPair(const Arguments& arguments, const RunContext& context) {
+  for (const std::string& output : OutputsToCheck(arguments)) CheckOutput(arguments, output);
   for (const std::string& file : {arguments.calibLeft, arguments.calibRight}) {
     if (!file.empty()) CheckCameraFile(file);
   }
   PairViews pairs(arguments);
-  SearchPairs(arguments, pairs);
+  SearchPairs(arguments, pairs, context);
   if (pairs.names.size() < ENOUGH_VIEWS) {
     std::cout << common::ViewsTable(pairs.names, pairs.rejected, {}, "pair");
     return ReportTooFewViews("pair", pairs.names.size(), pairs.left.OtherGridText());
   }
   CameraResults results;
   common::OutputFiles files;
-  const common::ExitStatus status = CameraResultsFor(arguments, pairs, results, files);
+  const common::ExitStatus status = CameraResultsFor(arguments, pairs, results, files, context);
   if (status != common::SUCCESS) return status;
 
+  context.EndIfAsked();
   std::cerr << "Computing the pair ...\n";
   const cv::Size frame = pairs.left.FrameSize();
   Calibrator calibrator(arguments.grid, UnitOf(arguments), Calibrator::STEREO, frame.width, frame.height);
@@ -305,8 +346,12 @@ common::ExitStatus RunPair(const Arguments& arguments) {
   const common::SeenByPair seen = Select(arguments, pairs, calibrator, report);
   CalibratePair(arguments, results, seen, calibrator, report, verdict);
   std::cout << "== pair\n" << common::PairTable(report) << "\n" << common::VerdictTable(verdict, report.used);
-  const common::ExitStatus written = StatusOf(SavePair(calibrator, verdict, seen, arguments.output, files));
-  if (written != common::SUCCESS) return written;
+  for (const std::string& output : arguments.Outputs()) {
+    const common::ExitStatus written = StatusOf(SavePair(calibrator, verdict, seen, output, files));
+    if (written != common::SUCCESS) return written;
+  }
+  NoteErrors(report, pairs);
+  if (context.session != nullptr) context.session->Write(pairs.notes);
   return EndWithFiles(files, verdict.grade == PairVerdict::Grade::Worthless, arguments);
 }
 

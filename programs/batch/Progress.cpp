@@ -106,6 +106,12 @@ std::string Progress::Pace(int done, int total) const {
   return rate + ", " + minutes + std::to_string(seconds % MINUTE) + " s left";
 }
 
+void Progress::Tell(const std::string& text) {
+  if (text.empty()) return;
+  Finish();
+  terminal_.out << text << std::flush;
+}
+
 void Progress::Finish() {
   if (drawn_) terminal_.out << std::endl;
   drawn_ = false;

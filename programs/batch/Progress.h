@@ -29,6 +29,8 @@ class Progress {
 
   /// `total` may be 0 (unknown) and may become known later.
   void Step(int done, int total, const std::string& what);
+  /// Says what is to stay on the screen; nothing for an empty text. It ends with its own line end.
+  void Tell(const std::string& text);
   /// Ends the line.
   void Finish();
 

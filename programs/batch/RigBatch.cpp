@@ -4,10 +4,12 @@
 #include <iostream>
 
 #include "batch/CameraViews.h"
+#include "batch/KeptSession.h"
 #include "batch/RigCameras.h"
 #include "batch/RigFile.h"
 #include "batch/RigReport.h"
 #include "batch/RigViews.h"
+#include "batch/SessionArguments.h"
 #include "common/EngineOptions.h"
 #include "common/ExitStatus.h"
 #include "common/LensModels.h"
@@ -66,8 +68,12 @@ void CheckOutputs(const Arguments& arguments, const std::string& output) {
 }
 
 /// The file that could not be written, or an empty text.
-std::string SavePictures(const velmora::RigVerdict& verdict, const RigViews& views, const std::string& output,
-                         common::OutputFiles& files) {
+std::string SaveAll(const std::string& json, const velmora::RigVerdict& verdict, const RigViews& views,
+                    const std::string& output, common::OutputFiles& files) {
+  const std::string file = output + ".json";
+  files.Announce(file);
+  if (!SaveRig(json, file)) return file;
+  files.Written(file);
   const std::vector<cv::Size> frames = views.Frames();
   for (size_t i = 0; i < verdict.cameras.size(); ++i) {
     std::string unwritten =
@@ -79,13 +85,11 @@ std::string SavePictures(const velmora::RigVerdict& verdict, const RigViews& vie
 
 }  // namespace
 
-common::ExitStatus RunRig(const Arguments& arguments) {
-  const std::string output = arguments.output + "_rig";
-  const std::string file = output + ".json";
-  CheckOutputs(arguments, output);
+common::ExitStatus RunRig(const Arguments& arguments, const RunContext& context) {
+  for (const std::string& output : OutputsToCheck(arguments)) CheckOutputs(arguments, output + "_rig");
   const std::vector<CameraFile> intrinsics = RigCameraFiles(arguments);
   RigViews views(arguments, RigCameraNames(arguments.rig));
-  views.Look();
+  views.Look(context);
   CheckSizes(intrinsics, views.Names().cameras, views.Frames());
   const common::ExitStatus enough = CheckCounts(views, !intrinsics.empty());
   if (enough != common::SUCCESS) return enough;
@@ -95,12 +99,14 @@ common::ExitStatus RunRig(const Arguments& arguments) {
   const std::string model = intrinsics.empty() ? arguments.modelName : "";
   std::cout << RigTable(result, views.Names(), views.Rejected(), model) << "\n"
             << common::VerdictTable(result, views.Names());
+  context.EndIfAsked();
   common::OutputFiles files;
-  files.Announce(file);
-  if (!SaveRig(RigJson(result, views.Names(), model), file)) return ReportUnwritten(file);
-  files.Written(file);
-  const std::string unwritten = SavePictures(result.verdict, views, output, files);
-  if (!unwritten.empty()) return ReportUnwritten(unwritten);
+  const std::string json = RigJson(result, views.Names(), model);
+  for (const std::string& output : arguments.Outputs()) {
+    const std::string unwritten = SaveAll(json, result.verdict, views, output + "_rig", files);
+    if (!unwritten.empty()) return ReportUnwritten(unwritten);
+  }
+  if (context.session != nullptr) context.session->Write(views.Notes(result));
   return EndWithFiles(files, result.verdict.grade == CalibrationVerdict::Grade::Worthless, arguments);
 }
 

@@ -49,6 +49,9 @@ std::vector<std::string> RigCameraNames(const std::vector<std::string>& inputs) 
 }
 
 TogetherStream RigImages(const Arguments& arguments, const std::vector<std::string>& names) {
+  if (!arguments.HasInputs()) {
+    return TogetherStream(std::vector<std::vector<std::string>>(names.size()), arguments.sampling);
+  }
   std::vector<CameraFiles> cameras;
   std::vector<std::vector<std::string>> files;
   for (size_t i = 0; i < names.size(); ++i) {

@@ -2,6 +2,7 @@
 #include "batch/RigViews.h"
 
 #include <algorithm>
+#include <cmath>
 #include <set>
 
 #include "batch/ViewSelection.h"
@@ -14,13 +15,16 @@ RigViews::RigViews(const Arguments& arguments, std::vector<std::string> cameras)
   for (size_t i = 0; i < grids_.size(); ++i) searches_.emplace_back(arguments_);
 }
 
-void RigViews::Look() {
+void RigViews::Look(const RunContext& context) {
   TogetherStream stream = RigImages(arguments_, names_.cameras);
   SearchSteps steps;
   steps.next = [&](std::vector<NamedImage>& inputs) { return stream.Next(inputs); };
   steps.take = [&](SearchedImages& images) { return Take(images); };
   steps.expected = [&] { return stream.ExpectedCount(); };
-  SearchShared(arguments_, Wanted::Views, steps);
+  steps.firstSize = [&](size_t camera) {
+    return FirstSize(ExpandInputs({arguments_.rig[camera]}), arguments_.sampling);
+  };
+  SearchShared(arguments_, Wanted::Views, steps, context);
   for (size_t i = 0; i < names_.cameras.size(); ++i) {
     if (searches_[i].Engine() == nullptr) {
       throw InputError("no image of camera '" + names_.cameras[i] + "' could be read");
@@ -48,6 +52,7 @@ std::string RigViews::Take(SearchedImages& searched) {
   }
   if (finders.empty()) return fault;
   names_.images.push_back(std::move(images));
+  numbers_.push_back(searched.inputs.front().snapshot);
   for (size_t i = 0; i < names_.cameras.size(); ++i) {
     grids_[i].push_back(std::move(searched.outcomes[i].view));
   }
@@ -66,6 +71,7 @@ void RigViews::Select() {
   const std::set<size_t> isChosen(chosen.begin(), chosen.end());
   for (size_t moment = 0; moment < names_.images.size(); ++moment) {
     if (isChosen.count(moment) > 0) continue;
+    notes_[numbers_[moment]].reason = common::NotNeeded("", arguments_.maxViews).reason;
     for (size_t i = 0; i < names_.cameras.size(); ++i) {
       if (!names_.images[moment][i].empty()) {
         rejected_.push_back(common::NotNeeded(names_.Image(moment, i), arguments_.maxViews));
@@ -78,7 +84,28 @@ void RigViews::Select() {
     all = std::move(kept);
   };
   keep(names_.images);
+  keep(numbers_);
   for (auto& camera : grids_) keep(camera);
+}
+
+std::map<int, ViewNote> RigViews::Notes(const velmora::RigResult& result) const {
+  std::map<int, ViewNote> notes = notes_;
+  for (size_t moment = 0; moment < std::min(numbers_.size(), result.views.size()); ++moment) {
+    double squares = 0.0;
+    int images = 0;
+    for (const double rms : result.views[moment].rms) {
+      if (rms < 0.0) continue;
+      squares += rms * rms;
+      ++images;
+    }
+    ViewNote& note = notes[numbers_[moment]];
+    if (images > 0) note.rms = std::sqrt(squares / images);
+    if (!result.views[moment].used) note.reason = common::DISAGREES;
+  }
+  for (const velmora::RigLeftOut& left : result.leftOut) {
+    if (left.point < 0) notes[numbers_.at(left.view)].reason = common::DISAGREES;
+  }
+  return notes;
 }
 
 velmora::RigRecords RigViews::Records() const {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <deque>
+#include <map>
 #include <opencv2/core.hpp>
 #include <string>
 #include <vector>
@@ -9,6 +10,7 @@
 #include "batch/ImageSearch.h"
 #include "batch/RigCameras.h"
 #include "batch/SharedSearch.h"
+#include "batch/ViewNotes.h"
 #include "common/Report.h"
 #include "common/RigNames.h"
 #include "velmora/RigCalibration.h"
@@ -22,7 +24,7 @@ class RigViews {
 
   /// Searches all images and reports on them on standard error. Raises InputError for unusable inputs, also
   /// when no image of a camera can be read.
-  void Look();
+  void Look(const RunContext& context);
 
   /// Moments in which a camera found the grid.
   size_t Count() const { return names_.images.size(); }
@@ -31,6 +33,9 @@ class RigViews {
 
   /// Sets aside moments that are not needed: what is left are those that spread best.
   void Select();
+
+  /// What became of each view of a session by that result, which was of the moments that are left.
+  std::map<int, ViewNote> Notes(const velmora::RigResult& result) const;
 
   /// The moments that are left.
   velmora::RigRecords Records() const;
@@ -49,6 +54,8 @@ class RigViews {
 
   const Arguments& arguments_;
   common::RigNames names_;
+  std::vector<int> numbers_;       ///< of the moments, in the session
+  std::map<int, ViewNote> notes_;  ///< of moments that are not left
   std::deque<ImageSearch> searches_;
   std::vector<std::vector<GridView>>
       grids_;  ///< of each camera, of each moment; without points where it saw none

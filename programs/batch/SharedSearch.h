@@ -7,6 +7,7 @@
 
 #include "batch/Arguments.h"
 #include "batch/ImageStream.h"
+#include "batch/RunContext.h"
 #include "batch/SingleSearch.h"
 
 namespace batch {
@@ -30,11 +31,17 @@ struct SearchSteps {
   std::function<std::string(SearchedImages&)> take;
   /// How many there are as far as is known; 0 when it is not.
   std::function<int()> expected;
+  /// The size of the first image of a camera that can be decoded, where only looking ahead tells it.
+  std::function<cv::Size(size_t camera)> firstSize{};
 };
 
 /// Reads and searches the images on as many threads as the arguments say, and reports on them on standard
 /// error. What is taken, and said, does not depend on the number of threads, nor on which of them is slow.
 /// At most HELD_PER_THREAD images of each camera are in memory for each thread.
-void SearchShared(const Arguments& arguments, Wanted wanted, const SearchSteps& steps);
+///
+/// With a session only images are searched that it does not know, and what is taken is all that it then has.
+/// Raises Interrupted when the user asked for the end; the session has what was found until then.
+void SearchShared(const Arguments& arguments, Wanted wanted, const SearchSteps& steps,
+                  const RunContext& context = {});
 
 }  // namespace batch

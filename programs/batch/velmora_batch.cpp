@@ -3,25 +3,55 @@
 
 #include "Calibration.h"
 #include "batch/Batch.h"
+#include "batch/CheckBatch.h"
+#include "batch/KeptSession.h"
 #include "batch/ModelRecording.h"
 #include "batch/PairBatch.h"
 #include "batch/RigBatch.h"
 #include "common/ExitStatus.h"
 #include "common/Hdist.h"
 #include "common/InputError.h"
+#include "common/Interruption.h"
 #include "common/LibraryNoise.h"
 #include "common/Messages.h"
 
+namespace {
+
+/// What the command line asks for; the exit status.
+int Run(int argc, char** argv, const common::Interruption& interruption) {
+  batch::KeptSession session;
+  batch::Parsed parsed =
+      batch::ParseArguments(argc, argv, [&session](batch::Arguments& arguments) { session.Open(arguments); });
+  if (!parsed.run) return parsed.exitStatus;
+  batch::Arguments& arguments = parsed.arguments;
+  std::cerr << common::HdistWarning(arguments.hdist);
+  Calibration::SetLogLevel(1);
+  batch::RunContext context;
+  context.interruption = &interruption;
+  if (!arguments.session.empty()) {
+    session.Begin(arguments);
+    context.session = &session;
+  }
+  if (arguments.list) {
+    session.PrintList();
+    return common::SUCCESS;
+  }
+  if (arguments.check.IsGiven()) return batch::RunCheck(arguments, context);
+  if (!arguments.recordModel.empty()) return batch::RecordModel(arguments, context);
+  if (arguments.IsRig()) return batch::RunRig(arguments, context);
+  return arguments.IsPair() ? batch::RunPair(arguments, context) : batch::Run(arguments, context);
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
   common::SilenceLibraries();
-  const batch::Parsed parsed = batch::ParseArguments(argc, argv);
-  if (!parsed.run) return parsed.exitStatus;
-  std::cerr << common::HdistWarning(parsed.arguments.hdist);
-  Calibration::SetLogLevel(1);
+  const common::Interruption interruption;
   try {
-    if (!parsed.arguments.recordModel.empty()) return batch::RecordModel(parsed.arguments);
-    if (parsed.arguments.IsRig()) return batch::RunRig(parsed.arguments);
-    return parsed.arguments.IsPair() ? batch::RunPair(parsed.arguments) : batch::Run(parsed.arguments);
+    return Run(argc, argv, interruption);
+  } catch (const batch::Interrupted& end) {
+    std::cerr << end.what() << std::endl;
+    return interruption.ExitStatus();
   } catch (const common::InputError& fault) {
     common::PrintError(std::cerr, fault);
     return common::UNUSABLE;

@@ -2,6 +2,7 @@
 #include "common/EngineOptions.h"
 
 #include <CLI/CLI.hpp>
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <stdexcept>
@@ -22,7 +23,8 @@ const std::map<std::string, int> SHEET_SHAPES = {{"auto", Calibrator::SHEET_AUTO
                                                  {"bent", Calibrator::SHEET_BENT},
                                                  {"free", Calibrator::SHEET_FREE}};
 
-/// One of the names, or a file.
+}  // namespace
+
 void TakeSheetShape(const std::string& shape, EngineOptions& options) {
   const auto known = SHEET_SHAPES.find(shape);
   if (known != SHEET_SHAPES.end()) {
@@ -37,7 +39,13 @@ void TakeSheetShape(const std::string& shape, EngineOptions& options) {
   }
 }
 
-}  // namespace
+std::string SheetShapeText(const EngineOptions& options) {
+  if (!options.sheetFile.empty()) return std::filesystem::absolute(options.sheetFile).string();
+  for (const auto& [name, shape] : SHEET_SHAPES) {
+    if (shape == options.sheet) return name;
+  }
+  return "";
+}
 
 void AddEngineOptions(CLI::App& app, EngineOptions& options) {
   app.add_option("--finder", options.finder, "how the grid is searched: standard or robust (default: robust)")

@@ -30,6 +30,11 @@ void AddEngineOptions(CLI::App& app, EngineOptions& options);
 /// such a grid.
 void ReadSheetShape(const cv::Size& grid, float unit, EngineOptions& options);
 
+/// A sheet's shape by its name, or the file that holds it. Raises CLI::ValidationError for what is neither.
+void TakeSheetShape(const std::string& shape, EngineOptions& options);
+/// The same in return: the name, or the absolute path of the file.
+std::string SheetShapeText(const EngineOptions& options);
+
 /// The radius of the discs of a grid of that unit, metres.
 double DiscRadius(const EngineOptions& options, float unit);
 

@@ -125,6 +125,8 @@ std::string ReasonsText(const std::vector<Rejection>& rejected) {
 
 }  // namespace
 
+const char* const DISAGREES = "found but in disagreement with the others";
+
 std::string ViewsTable(const std::vector<std::string>& used, const std::vector<Rejection>& rejected,
                        const std::set<size_t>& disagreeing, const std::string& what) {
   const size_t all = used.size() + rejected.size();
@@ -134,7 +136,7 @@ std::string ViewsTable(const std::vector<std::string>& used, const std::vector<R
   if (disagreeing.size() > 1) text += Formatted("; %zu disagree", disagreeing.size());
   std::vector<Rejection> reasons = rejected;
   for (const size_t view : disagreeing) {
-    reasons.push_back({used.at(view), "found but in disagreement with the others", true});
+    reasons.push_back({used.at(view), DISAGREES, true});
   }
   return text + "\n" + ReasonsText(reasons);
 }

@@ -16,6 +16,9 @@ struct Rejection {
   bool hasGrid = false;  ///< it was found, and set aside all the same
 };
 
+/// Why a picture with the grid was left out that the solver rejected.
+extern const char* const DISAGREES;
+
 /// Of a picture with the grid, when there are more than that many views.
 Rejection NotNeeded(const std::string& name, int maxViews);
 

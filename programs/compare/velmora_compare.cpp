@@ -1,4 +1,5 @@
-/// Compares a calibration result with the truth of the pictures that it was made from.
+/// Compares a calibration result with the truth of the pictures that it was made from, or with another
+/// result.
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
@@ -84,6 +85,19 @@ Result LoadResult(const std::string& path) {
   }
 }
 
+/// One of the two lenses, and what it is called beside the other one.
+struct Compared {
+  world::Lens lens;
+  std::string name;
+};
+
+/// Whether the file holds a result, not a truth; false of what cannot be read.
+bool HoldsResult(const std::string& path) {
+  std::ifstream file(path);
+  const nlohmann::json document = nlohmann::json::parse(file, nullptr, false);
+  return document.is_object() && document.contains("cameraMatrix") && document.contains("imgWidth");
+}
+
 /// Coefficients without the zeros at their end.
 std::vector<double> Significant(std::vector<double> D) {
   while (!D.empty() && D.back() == 0.0) D.pop_back();
@@ -117,12 +131,14 @@ void PrintCoefficients(const std::vector<double>& estimate, const std::vector<do
   for (std::size_t k = 0; k < count; ++k) PrintRow(COEFFICIENTS[k], left[k], right[k], false);
 }
 
-void PrintLenses(const world::Lens& estimate, const world::Lens& truth) {
+void PrintLenses(const Compared& first, const Compared& second) {
+  const world::Lens& estimate = first.lens;
+  const world::Lens& truth = second.lens;
   if (estimate.IsFisheye() != truth.IsFisheye()) {
-    std::printf("%s\n",
-                truth.IsFisheye()
-                    ? "The truth is a fisheye, the estimate a pinhole: coefficients are not comparable."
-                    : "The estimate is a fisheye, the truth a pinhole: coefficients are not comparable.");
+    const Compared& fisheye = truth.IsFisheye() ? second : first;
+    const Compared& pinhole = truth.IsFisheye() ? first : second;
+    std::printf("The %s is a fisheye, the %s a pinhole: coefficients are not comparable.\n",
+                fisheye.name.c_str(), pinhole.name.c_str());
     return;
   }
   if (!truth.IsFisheye()) {
@@ -156,27 +172,47 @@ void PrintDistancesByAngle(const world::Lens& truth, const Result& result) {
   }
 }
 
-void Compare(const std::string& resultPath, const std::string& truthPath) {
-  const Result result = LoadResult(resultPath);
+void PrintComparison(const Compared& first, const Compared& second, const Result& result) {
+  std::printf("%-6s %14s | %14s | %12s\n", "", first.name.c_str(), second.name.c_str(),
+              second.name == "truth" ? "error" : "difference");
+  const cv::Matx33d K = second.lens.K();
+  PrintRow("fx", first.lens.K()(0, 0), K(0, 0), true);
+  PrintRow("fy", first.lens.K()(1, 1), K(1, 1), true);
+  PrintRow("cx", first.lens.K()(0, 2), K(0, 2), false);
+  PrintRow("cy", first.lens.K()(1, 2), K(1, 2), false);
+  PrintLenses(first, second);
+  std::printf("\nRMS error of the result %.4f px\n", result.rms);
+  using world::Alignment;
+  PrintDistance("Whole-image projection distance",
+                world::MeanProjectionDistance(second.lens, result.lens, result.size, {}, Alignment::Raw));
+  PrintDistance("  after the best rotation of the camera",
+                world::MeanProjectionDistance(second.lens, result.lens, result.size, {}, Alignment::Rotated));
+  if (second.lens.IsFisheye()) PrintDistancesByAngle(second.lens, result);
+}
+
+void CompareWithTruth(const Result& result, const std::string& truthPath) {
   const world::Truth truth = world::LoadTruth(truthPath);
-  const world::Lens lens = world::Resized(truth.lens, truth.imageSize, result.size);
   if (result.size != truth.imageSize) {
     std::printf("The truth of %d x %d pixels is scaled to the result's %d x %d.\n", truth.imageSize.width,
                 truth.imageSize.height, result.size.width, result.size.height);
   }
-  std::printf("%-6s %14s | %14s | %12s\n", "", "estimate", "truth", "error");
-  PrintRow("fx", result.lens.K()(0, 0), lens.K()(0, 0), true);
-  PrintRow("fy", result.lens.K()(1, 1), lens.K()(1, 1), true);
-  PrintRow("cx", result.lens.K()(0, 2), lens.K()(0, 2), false);
-  PrintRow("cy", result.lens.K()(1, 2), lens.K()(1, 2), false);
-  PrintLenses(result.lens, lens);
-  std::printf("\nRMS error of the result %.4f px\n", result.rms);
-  using world::Alignment;
-  PrintDistance("Whole-image projection distance",
-                world::MeanProjectionDistance(lens, result.lens, result.size, {}, Alignment::Raw));
-  PrintDistance("  after the best rotation of the camera",
-                world::MeanProjectionDistance(lens, result.lens, result.size, {}, Alignment::Rotated));
-  if (lens.IsFisheye()) PrintDistancesByAngle(lens, result);
+  PrintComparison({result.lens, "estimate"},
+                  {world::Resized(truth.lens, truth.imageSize, result.size), "truth"}, result);
+}
+
+void CompareWithResult(const Result& result, const std::string& path) {
+  const Result other = LoadResult(path);
+  if (result.size != other.size) throw std::runtime_error("the results are of images of different sizes");
+  PrintComparison({result.lens, "result"}, {other.lens, "other"}, result);
+}
+
+void Compare(const std::string& resultPath, const std::string& otherPath) {
+  const Result result = LoadResult(resultPath);
+  if (HoldsResult(otherPath)) {
+    CompareWithResult(result, otherPath);
+  } else {
+    CompareWithTruth(result, otherPath);
+  }
 }
 
 }  // namespace
@@ -184,16 +220,17 @@ void Compare(const std::string& resultPath, const std::string& truthPath) {
 int main(int argc, char** argv) {
   std::string result;
   std::string truth;
-  CLI::App app("Compares a calibration result with the truth of rendered images.", "velmora-compare");
+  CLI::App app("Compares a calibration result with the truth of rendered images, or with another result.",
+               "velmora-compare");
   common::PrepareCommandLine(app);
   app.add_option("RESULT", result, "result file of a calibration")->required();
-  app.add_option("TRUTH", truth, "truth file of the rendered images")->required();
+  app.add_option("TRUTH", truth, "truth file of the rendered images, or another result file")->required();
   try {
     app.parse(argc, argv);
     Compare(result, truth);
     return common::SUCCESS;
   } catch (const CLI::ParseError& error) {
-    return common::EndOfParsing(app, error, "give a result file and a truth file");
+    return common::EndOfParsing(app, error, "give a result file and a truth file, or another result file");
   } catch (const std::exception& fault) {
     common::PrintError(std::cerr, fault);
     return common::UNUSABLE;

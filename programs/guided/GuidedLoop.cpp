@@ -245,7 +245,7 @@ void GuidedLoop::Finish(const Outcome& outcome) {
 bool GuidedLoop::SaveAll(const Outcome& outcome, common::OutputFiles& files) {
   std::string unwritten = Save(outcome, options_.output, files);
   common::OutputFiles copies;
-  if (unwritten.empty()) unwritten = Save(outcome, session_.PathFor("result"), copies);
+  if (unwritten.empty()) unwritten = Save(outcome, session_.PathFor("calibration"), copies);
   if (!unwritten.empty()) common::PrintError(err_, "cannot write '" + unwritten + "'.");
   return unwritten.empty();
 }

@@ -69,7 +69,7 @@ std::unique_ptr<Session> ChooseSession(const Arguments& arguments, const Session
                                        std::ostream& out) {
   namespace fs = std::filesystem;
   const bool named = !arguments.session.empty();
-  const std::string wanted = Session::FolderOf(named ? arguments.session : arguments.output);
+  const std::string wanted = named ? arguments.session : Session::FolderOf(arguments.output);
   if (named && fs::exists(wanted)) return GoOn(wanted, settings, out);
   const std::string folder = named ? wanted : Session::FreeFolder(arguments.output);
   auto session = Session::Create(folder, settings);

@@ -66,6 +66,7 @@ TEST(PartialGrids, AreTakenAsTheyAreSeen) {
   double shift = 0.0;
   std::vector<cv::Point2d> points;
   std::vector<cv::Point2d> seen(3);
+  EXPECT_FALSE(calibrator->HasSeen());
   EXPECT_FALSE(calibrator->AddSeen(seen));
   EXPECT_TRUE(seen.empty());
   cv::Mat image = CutImage(shift);
@@ -73,7 +74,9 @@ TEST(PartialGrids, AreTakenAsTheyAreSeen) {
   EXPECT_TRUE(points.empty());
   EXPECT_FALSE(calibrator->IsDetected());
   EXPECT_FALSE(calibrator->AddPoints());
+  EXPECT_TRUE(calibrator->HasSeen());
   ASSERT_TRUE(calibrator->AddSeen(seen));
+  EXPECT_FALSE(calibrator->HasSeen());
   EXPECT_EQ(seen.size(), 40U);
   EXPECT_EQ(calibrator->GetNumberOfRecords(), 1);
   EXPECT_FALSE(calibrator->AddSeen(seen)) << "once only";
@@ -105,6 +108,7 @@ TEST(PartialGrids, OfAPairAreTakenAsTheyAreSeen) {
   const unit::ImagePair cut = CutPair();
   std::vector<cv::Point2d> left;
   std::vector<cv::Point2d> right;
+  EXPECT_FALSE(calibrator->HasSeen());
   EXPECT_FALSE(calibrator->AddSeen(left, right)) << "nothing was searched";
   for (const bool cutLeft : {false, true}) {
     cv::Mat first = (cutLeft ? cut.right : cut.left).clone();
@@ -112,7 +116,9 @@ TEST(PartialGrids, OfAPairAreTakenAsTheyAreSeen) {
     EXPECT_FALSE(calibrator->DetectStereoPoints(first, second, left, right, false));
     EXPECT_FALSE(calibrator->AddStereoPoints());
     EXPECT_FALSE(calibrator->AddSeen(left)) << "it is a pair";
+    EXPECT_TRUE(calibrator->HasSeen());
     ASSERT_TRUE(calibrator->AddSeen(left, right));
+    EXPECT_FALSE(calibrator->HasSeen());
     EXPECT_EQ(left.size(), cutLeft ? 40U : 44U);
     EXPECT_EQ(right.size(), cutLeft ? 44U : 40U);
     EXPECT_FALSE(calibrator->AddSeen(left, right)) << "once only";

@@ -50,6 +50,7 @@ void WriteSession(Calibrator& calibrator, char** images) {
     snapshot.images.resize(1);
     snapshot.images[0].pixels = image;
     snapshot.name = images[i];
+    snapshot.origins = {velmora::Session::ContentKey(images[i])};
     snapshot.score = 0.5;
     session->Add(snapshot);
   }

@@ -14,8 +14,15 @@ namespace fs = std::filesystem;
 using support::Process;
 constexpr std::chrono::minutes LONG_ENOUGH{8};
 
-const std::vector<std::string> PROGRAMS = {"Velmora",        "velmora-batch", "velmora-guided",
-                                           "velmora-render", "velmora-poses", "velmora-compare"};
+/// With the one that is built where Java is.
+std::vector<std::string> Programs() {
+  std::vector<std::string> programs = {"Velmora",        "velmora-batch", "velmora-guided",
+                                       "velmora-render", "velmora-poses", "velmora-compare"};
+  if (*VELMORA_JAVAC != '\0') programs.push_back("velmora-live");
+  return programs;
+}
+
+const std::vector<std::string> PROGRAMS = Programs();
 const char* const CONSUMER_OUTPUT = "5.1.0 TWFu 100 12\n";
 
 /// Runs a command to its end; what it printed on standard output. A failure is reported with its words.
@@ -70,6 +77,9 @@ TEST_F(Installation, RunsEveryProgram) {
   }
   EXPECT_EQ(installed, std::set<std::string>(PROGRAMS.begin(), PROGRAMS.end()))
       << "examples stay where they are";
+  for (const std::string& program : PROGRAMS) {
+    EXPECT_TRUE(fs::exists(Prefix() + "/share/man/man1/" + program + ".1")) << program;
+  }
   EXPECT_TRUE(fs::exists(Prefix() + "/" VELMORA_LIBDIR "/velmora/velmora-window-probe"));
   // The guided program knows the poses that were installed with it.
   EXPECT_NE(OutputOf({Prefix() + "/bin/velmora-guided", "--help"}, OnItsOwn()).find(Poses()),
@@ -108,6 +118,17 @@ TEST_F(Installation, IsUsedByJavaPrograms) {
   EXPECT_EQ(OutputOf({"java", "-cp", folder_->Path() + ":" + jar, "Consumer"}, OnItsOwn()), "5.1.0 100\n");
 }
 
+TEST_F(Installation, HasALiveWindowThatFindsTheEngineWhereverItIsMoved) {
+  if (*VELMORA_JAVAC == '\0') GTEST_SKIP() << "built without Java";
+  const std::string moved = folder_->File("moved here");
+  fs::copy(Prefix(), moved, fs::copy_options::recursive | fs::copy_options::copy_symlinks);
+  // The engine itself tells its version.
+  EXPECT_EQ(OutputOf({moved + "/bin/velmora-live", "--version"}, OnItsOwn()), "5.1.0\n");
+  const std::string link = folder_->File("live");
+  fs::create_symlink(moved + "/bin/velmora-live", link);
+  EXPECT_EQ(OutputOf({link, "--version"}, OnItsOwn()), "5.1.0\n");
+}
+
 TEST(Packages, RunFromARootOfTheirOwn) {
   const support::TemporaryFolder folder;
   OutputOf({VELMORA_CPACK, "-G", "DEB", "-B", folder.Path(), "--config",
@@ -120,12 +141,14 @@ TEST(Packages, RunFromARootOfTheirOwn) {
     name.pop_back();
     names.insert(name);
     const std::string depends = OutputOf({"dpkg-deb", "-f", file, "Depends"});
-    const char* const needed = name == "libvelmora5" ? "libopencv-" : "libvelmora5";
+    const char* const needed = name == "libvelmora5"    ? "libopencv-"
+                               : name == "velmora-live" ? "libvelmora-java"
+                                                        : "libvelmora5";
     EXPECT_NE(depends.find(needed), std::string::npos) << name << " depends on " << depends;
     OutputOf({"dpkg-deb", "-x", file, folder.File("root")});
   }
   std::set<std::string> expected = {"libvelmora5", "libvelmora-dev", "velmora"};
-  if (*VELMORA_JAVAC != '\0') expected.insert("libvelmora-java");
+  if (*VELMORA_JAVAC != '\0') expected.insert({"libvelmora-java", "velmora-live"});
   EXPECT_EQ(names, expected);
   ExpectHelpFromEveryProgramIn(folder.File("root/usr/bin"));
   EXPECT_TRUE(fs::exists(folder.File("root/usr/share/velmora/poses-4x11.json")));

@@ -62,6 +62,26 @@ TEST(SheetChoice, TakesTheBendOfABentOne) {
   EXPECT_GT(RmsOf(*bent.solution->flat), bent.rms);
 }
 
+/// What a computation gives from views of that noise.
+solver::SheetRung RungOfNoise(double noise, SheetLevel level, bool ownBends, double criterion) {
+  const SparseResult result = Solved(Views(BentSheet(), 30, 12, noise), SheetShape::Bent);
+  return {level, ownBends, *result.solution, criterion};
+}
+
+TEST(SheetChoice, TakesTheSurerOneOfThoseThatTheCriterionAllows) {
+  const std::vector<solver::SheetRung> rungs = {RungOfNoise(0.2, SheetLevel::Flat, false, 0.0),
+                                                RungOfNoise(0.02, SheetLevel::Bent, false, -100.0),
+                                                RungOfNoise(0.2, SheetLevel::FreePoints, false, -200.0)};
+  EXPECT_EQ(ChooseRung(rungs, SheetShape::Auto), 1U);
+}
+
+TEST(SheetChoice, KeepsBendsOfSingleViewsThatTheCriterionTakesThoughOthersSeemSurer) {
+  const std::vector<solver::SheetRung> rungs = {RungOfNoise(0.2, SheetLevel::Flat, false, 0.0),
+                                                RungOfNoise(0.02, SheetLevel::Bent, false, -100.0),
+                                                RungOfNoise(0.2, SheetLevel::Bent, true, -200.0)};
+  EXPECT_EQ(ChooseRung(rungs, SheetShape::Auto), 2U);
+}
+
 TEST(SheetChoice, KeepsToTheShapesThatAreAskedFor) {
   const unit::PointLists views = Views({}, 3);
   EXPECT_EQ(Solved(views, SheetShape::Bent).solution->sheet.level, SheetLevel::Bent);

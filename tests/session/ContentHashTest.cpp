@@ -3,6 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
+#include "TemporaryFolder.h"
+#include "session/SessionScenes.h"
+#include "velmora/Session.h"
+
 using namespace velmora;
 
 namespace {
@@ -13,6 +19,7 @@ TEST(ContentHash, IsFnv1aOf64Bits) {
   EXPECT_EQ(ContentHash("foobar"), 0x85944171F73967E8U);
   EXPECT_NE(ContentHash(std::string_view("\0", 1)), ContentHash(""));
   EXPECT_NE(ContentHash("\xFF"), ContentHash("\x7F"));
+  EXPECT_EQ(ContentHash("bar", ContentHash("foo")), ContentHash("foobar"));
 }
 
 TEST(ContentHash, IsWrittenWith16DigitsAndReadFromNoOtherText) {
@@ -24,6 +31,18 @@ TEST(ContentHash, IsWrittenWith16DigitsAndReadFromNoOtherText) {
   for (const char* text : {"", "1f", "CBF29CE484222325", "cbf29ce48422232g", "0cbf29ce484222325"}) {
     EXPECT_FALSE(FromHex(text)) << text;
   }
+}
+
+TEST(ContentHash, IsTheKeyOfAFileOfAnySize) {
+  const support::TemporaryFolder folder;
+  for (const size_t size : {size_t{0}, size_t{1}, size_t{1} << 20U, (size_t{1} << 20U) + 7}) {
+    const std::string text(size, 'v');
+    support::WriteText(folder.File("file"), text);
+    EXPECT_EQ(Session::ContentKey(folder.File("file")), HexOf(ContentHash(text))) << size;
+  }
+  EXPECT_EQ(unit::Raised<std::runtime_error>([&] { Session::ContentKey(folder.File("none")); }),
+            "Cannot read \"" + folder.File("none") + "\": there is no such file or folder.");
+  EXPECT_THROW(Session::ContentKey(folder.Path()), std::runtime_error);
 }
 
 }  // namespace

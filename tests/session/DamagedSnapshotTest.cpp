@@ -63,7 +63,7 @@ TEST_F(DamagedSnapshot, HasADocumentWithoutSomethingOrOfAnotherType) {
   }
   for (const auto& [key, value] : whole["cameras"][0].items()) {
     nlohmann::json other = whole;
-    other["cameras"][0][key] = "text";
+    other["cameras"][0][key] = value.is_string() ? nlohmann::json(7) : nlohmann::json("text");
     support::WriteText(document_, other.dump());
     const std::string fault = Fault();
     EXPECT_TRUE(fault == "Its snapshot.json has another type of \"" + key + "\"." ||

@@ -46,6 +46,9 @@ SessionSnapshot SnapshotOfSeed(int seed, const SessionSettings& settings) {
     snapshot.images.push_back(image);
   }
   snapshot.name = "view" + std::to_string(seed) + ".png";
+  for (size_t i = 0; i < snapshot.images.size() && seed % 4 != 0; ++i) {
+    snapshot.origins.push_back("image " + std::to_string(seed) + " of camera " + std::to_string(i));
+  }
   snapshot.takenAt = "2026-05-04T12:30:" + std::to_string(10 + seed % 50) + ".250Z";
   if (seed % 2 == 1) snapshot.score = number(random);
   return snapshot;
@@ -78,6 +81,9 @@ bool SameImages(const std::vector<StoredImage>& a, const std::vector<StoredImage
   if (stored.name != given.name || stored.takenAt != given.takenAt || stored.score != given.score) {
     return ::testing::AssertionFailure() << number << " is " << stored.name << " of " << stored.takenAt;
   }
+  if (!given.origins.empty() && stored.origins != given.origins) {
+    return ::testing::AssertionFailure() << number << " has other origins";
+  }
   for (size_t i = 0; i < given.images.size(); ++i) {
     const cv::Mat image = session.LoadImage(number, static_cast<int>(i));
     const cv::Mat& pixels = given.images[i].pixels;
@@ -93,7 +99,8 @@ bool SameImages(const std::vector<StoredImage>& a, const std::vector<StoredImage
   if (actual.number == expected.number && SameObservations(actual.observations, expected.observations) &&
       SameImages(actual.images, expected.images) && actual.name == expected.name &&
       actual.takenAt == expected.takenAt && actual.score == expected.score &&
-      actual.decision == expected.decision && actual.fault == expected.fault) {
+      actual.origins == expected.origins && actual.decision == expected.decision &&
+      actual.fault == expected.fault) {
     return ::testing::AssertionSuccess();
   }
   return ::testing::AssertionFailure()

@@ -69,6 +69,7 @@ TEST_F(StoredSession, WithoutImagesHoldsWhatWasObserved) {
   const auto session = Session::Open(path);
   EXPECT_TRUE(unit::Holds(*session, 1, snapshot));
   EXPECT_THROW(session->LoadImage(1, 0), std::invalid_argument);
+  EXPECT_EQ(session->Snapshot(1).origins, snapshot.origins) << "an image is known again all the same";
 }
 
 TEST_F(StoredSession, TakesTheMomentOfAddingWhereNoneIsGiven) {

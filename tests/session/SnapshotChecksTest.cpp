@@ -46,6 +46,8 @@ TEST_F(SnapshotChecks, NameNumbersOfListsThatDoNotFit) {
             "There are observations of 1 cameras, not of 2.");
   EXPECT_EQ(FaultAfter([](auto& snapshot) { snapshot.images.pop_back(); }),
             "There are images of 1 cameras, not of 2.");
+  EXPECT_EQ(FaultAfter([](auto& snapshot) { snapshot.origins.pop_back(); }),
+            "There are origins of 1 cameras, not of 2.");
   EXPECT_EQ(FaultAfter([](auto& snapshot) { snapshot.observations[1].centres.pop_back(); }),
             "There are 11 centres of camera 1, where the grid has 12.");
   for (const auto list :

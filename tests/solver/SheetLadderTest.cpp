@@ -122,6 +122,25 @@ TEST(SheetLadder, FindsProportionsAndPointsBesideTheirPlaces) {
   }
 }
 
+TEST(SheetLadder, FindsHowFarThePrintIsBesideItsPlaces) {
+  for (const double misprint : {0.00003, 0.00015}) {
+    ShapedSheet sheet;
+    sheet.misprint = misprint;
+    const auto rungs = Rungs(Views(sheet, 21, 25, 0.03));
+    const SheetTerms& terms = RungOf(rungs, SheetLevel::FreePoints).solution.sheet.terms;
+    ASSERT_GT(terms.freePlaces, 0);
+    const double found = terms.deviations(terms.firstFreePlace);
+    EXPECT_GT(found, 0.75 * misprint);
+    EXPECT_LT(found, 1.3 * misprint);
+  }
+}
+
+TEST(SheetLadder, FindsNoPrintBesideItsPlacesWhereThereIsNone) {
+  const auto rungs = Rungs(Views({}, 22, 25, 0.03));
+  const SheetTerms& terms = RungOf(rungs, SheetLevel::FreePoints).solution.sheet.terms;
+  EXPECT_LT(terms.deviations(terms.firstFreePlace), 0.00001);
+}
+
 TEST(SheetLadder, FindsThatTheBendChangesFromViewToView) {
   ShapedSheet sheet;
   sheet.bend = {0.0, 0.0, 0.0005};

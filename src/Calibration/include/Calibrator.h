@@ -214,6 +214,9 @@ class VELMORA_API Calibrator {
   /// centres that were seen. False, with `seen` empty, when it showed neither, during STATUS_PROGRESS and in
   /// a stereo calibrator.
   bool AddSeen(std::vector<cv::Point2d>& seen);
+  /// True when AddSeen would make a snapshot of what the last searched frame, or pair, showed: the whole grid
+  /// or a part of it that may be taken. False during STATUS_PROGRESS. Waits for a detection under way.
+  bool HasSeen();
   /// Detects and, without an assistant (which decides by itself), adds. Always true.
   bool AddPoints(cv::Mat& frame, const bool& draw);
 

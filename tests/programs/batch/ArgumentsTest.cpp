@@ -208,4 +208,43 @@ TEST(BatchArguments, HelpEndsWithStatusZero) {
   EXPECT_EQ(parsed.exitStatus, 0);
 }
 
+TEST(BatchArguments, OfASessionFillInWhatIsNotGivenBeforeTheyAreChecked) {
+  std::vector<char*> argv;
+  std::vector<std::string> words = {"velmora-batch", "--session", "desk/", "--hdist", "0.3"};
+  for (std::string& word : words) argv.push_back(word.data());
+  argv.push_back(nullptr);
+  const batch::Parsed parsed =
+      batch::ParseArguments(static_cast<int>(words.size()), argv.data(), [](batch::Arguments& arguments) {
+        EXPECT_EQ(arguments.session, "desk");
+        EXPECT_TRUE(arguments.WasGiven("--hdist"));
+        EXPECT_FALSE(arguments.WasGiven("--model"));
+        arguments.pairOfSession = true;
+      });
+  ASSERT_TRUE(parsed.run);
+  EXPECT_FALSE(parsed.arguments.HasInputs());
+  EXPECT_EQ(parsed.arguments.modelName, "rational") << "that of a pair";
+  EXPECT_EQ(parsed.arguments.Outputs(), std::vector<std::string>{"desk/calibration"});
+}
+
+TEST(BatchArguments, OfResultsAreInTheSessionAndWhereverElseIsAskedFor) {
+  EXPECT_EQ(Parse({"a.png"}).arguments.Outputs(), std::vector<std::string>{"calibration"});
+  EXPECT_EQ(Parse({"a.png", "--session", "desk", "--output", "my.json"}).arguments.Outputs(),
+            (std::vector<std::string>{"desk/calibration", "my"}));
+}
+
+TEST(BatchArguments, OfASessionDoNotGoWithoutOneOrWithEachOther) {
+  for (const std::vector<std::string>& words :
+       {std::vector<std::string>{"a.png", "--list"},
+        {"a.png", "--exclude", "b.png"},
+        {"a.png", "--keep-images"},
+        {"a.png", "--session", ""},
+        {"a.png", "--session", "desk", "--list"},
+        {"a.png", "--session", "desk", "--keep-images", "--no-images"},
+        {"a.png", "--session", "desk", "--record-model", "poses.json"}}) {
+    const batch::Parsed parsed = Parse(words);
+    EXPECT_FALSE(parsed.run) << words.back();
+    EXPECT_EQ(parsed.exitStatus, 2) << words.back();
+  }
+}
+
 }  // namespace

@@ -93,8 +93,9 @@ TEST(CommandLine, SaysInOneLineWhatIsWrong) {
       "ERROR: give exactly one of --webcam, --video, --rtmp, --gstreamer. See velmora-guided --help.\n");
   EXPECT_EQ(Complaint(VELMORA_GUIDED, {"--webcam", "0", "--until", "abc"}),
             "ERROR: --until: 'abc' is not a number of pixels such as 0.3px. See velmora-guided --help.\n");
-  EXPECT_EQ(Complaint(VELMORA_COMPARE, {}),
-            "ERROR: give a result file and a truth file. See velmora-compare --help.\n");
+  EXPECT_EQ(
+      Complaint(VELMORA_COMPARE, {}),
+      "ERROR: give a result file and a truth file, or another result file. See velmora-compare --help.\n");
   EXPECT_EQ(Complaint(VELMORA_POSES, {"list.txt", "--fov", "10"}),
             "ERROR: --fov: '10' is not a number from 20 to 120. See velmora-poses --help.\n");
   EXPECT_EQ(Complaint(VELMORA_RENDER, {"--veiws", "3"}),

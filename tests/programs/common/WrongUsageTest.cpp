@@ -51,7 +51,8 @@ TEST(CompareProgram, NamesTheTruthThatItCannotUse) {
   const support::TemporaryFolder folder;
   WriteResult(folder.File("good.json"), cv::Mat::eye(3, 3, CV_64F));
   support::WriteText(folder.File("empty.json"), "");
-  for (const std::string name : {"none.json", "empty.json", "good.json"}) {
+  support::WriteText(folder.File("other.json"), "{\"name\": 1}");
+  for (const std::string name : {"none.json", "empty.json", "other.json"}) {
     EXPECT_NE(Complaint(folder, {VELMORA_COMPARE, "good.json", name}).find("\"" + name + "\""),
               std::string::npos)
         << name;

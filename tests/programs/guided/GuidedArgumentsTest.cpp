@@ -143,6 +143,18 @@ TEST(GuidedArguments, HowTheSourceIsPlayedIsChosen) {
   EXPECT_EQ(Parse({"--webcam", "0", "--height", "480"}).exitStatus, 2);
 }
 
+TEST(GuidedArguments, TheSessionIsChosen) {
+  const guided::Arguments usual = Parse({"--webcam", "0"}).arguments;
+  EXPECT_EQ(usual.session, "");
+  EXPECT_TRUE(usual.keepImages);
+  EXPECT_FALSE(usual.close);
+  const guided::Arguments chosen =
+      Parse({"--webcam", "0", "--session", "desk.velmora", "--no-images", "--close"}).arguments;
+  EXPECT_EQ(chosen.session, "desk.velmora");
+  EXPECT_FALSE(chosen.keepImages);
+  EXPECT_TRUE(chosen.close);
+}
+
 TEST(GuidedArguments, CamerasAreListedWithoutASource) {
   const guided::Parsed parsed = Parse({"--list-cameras"});
   EXPECT_TRUE(parsed.listCameras);

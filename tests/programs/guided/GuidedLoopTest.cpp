@@ -7,7 +7,6 @@
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
-#include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 #include <sstream>
 #include <thread>
@@ -20,50 +19,65 @@
 #include "Renderer.h"
 #include "TemporaryFolder.h"
 #include "Views.h"
-#include "common/UncertaintyPicture.h"
+#include "common/LensModels.h"
+#include "guided/SessionChoice.h"
 #include "poses/PoseModel.h"
 
 namespace {
 
 const cv::Size FRAME(640, 480);
+const cv::Size GRID(4, 11);
+/// More than a sheet must be still for, at 30 frames a second.
+constexpr int STILL = 14;
 
 /// Hands out pictures, then none.
-class PictureFeed final : public common::FrameFeed {
+class PictureFeed final : public guided::ImagesFeed {
  public:
-  bool Take(cv::Mat& frame, std::chrono::milliseconds) override {
+  bool Take(std::vector<cv::Mat>& images) override {
+    ++turns;
     if (pictures.empty()) return false;
-    frame = pictures.front().clone();
+    images = {pictures.front().clone()};
     pictures.pop_front();
     return true;
   }
   bool FailedToStart() const override { return broken; }
+  size_t Cameras() const override { return 1; }
+
+  /// The picture, for long enough.
+  void Hold(const cv::Mat& picture) { pictures.insert(pictures.end(), STILL, picture); }
 
   std::deque<cv::Mat> pictures;
   bool broken = false;
+  int turns = 0;  ///< how often it was asked
 };
 
-/// Presses the scripted keys, one a wait; afterwards none, and q when patience ends.
+/// Presses each key once its condition holds, one a wait, in their order.
 class KeyScreen final : public common::Screen {
  public:
-  void Show(const std::string& window, const cv::Mat&) override {
+  void Show(const std::string& window, const cv::Mat& picture) override {
     EXPECT_EQ(window, "Velmora");
-    ++shown;
+    last = picture.clone();
   }
   int WaitKey(int) override {
+    EXPECT_LT(std::chrono::steady_clock::now(), deadline_) << "it does not come to an end";
     if (std::chrono::steady_clock::now() > deadline_) return 'q';
     std::this_thread::yield();
-    if (keys.empty()) return -1;
-    const int key = keys.front();
-    keys.pop_front();
+    if (keys_.empty() || !keys_.front().first()) return -1;
+    const int key = keys_.front().second;
+    keys_.pop_front();
     return key;
   }
   void Close(const std::string&) override { ++closed; }
+  bool WasClosed(const std::string&) override { return shut && shut(); }
 
-  std::deque<int> keys;
-  int shown = 0;
+  void Press(int key, std::function<bool()> when) { keys_.emplace_back(std::move(when), key); }
+
+  cv::Mat last;
   int closed = 0;
+  std::function<bool()> shut;  ///< when its user closes the window
 
  private:
+  std::deque<std::pair<std::function<bool()>, int>> keys_;
   const std::chrono::steady_clock::time_point deadline_ =
       std::chrono::steady_clock::now() + std::chrono::minutes(2);
 };
@@ -87,88 +101,80 @@ class GuidedLoopRun : public ::testing::Test {
   static void TearDownTestSuite() { Calibration::SetLogLevel(4); }
 
   GuidedLoopRun() {
+    options_.poses = folder_.File("poses.json");
+    options_.output = folder_.File("camera");
+    options_.source = "video 'a.avi'";
+    options_.computation = {common::EngineOptions(), GRID, 0.02F, FRAME, Calibrator::MODEL_CLASSIC};
+    options_.clock = [frame = 0]() mutable { return frame++ / 30.0; };
+    options_.sourceEnded = [this] { return feed_.pictures.empty(); };
+    options_.endsByItself = true;
+    options_.taken = [this] { ++tones_; };
     model_->save(options_.poses);
-    feed_.pictures = *pictures_;
+    for (const cv::Mat& picture : *pictures_) feed_.Hold(picture);
+    arguments_.output = options_.output;
   }
 
-  common::ExitStatus Run() {
-    return guided::GuidedLoop(calibrator_, feed_, screen_, options_, out_, err_).Run();
+  common::ExitStatus Run() { return Run(feed_); }
+  common::ExitStatus Run(guided::ImagesFeed& feed) {
+    if (!session_) OpenSession();
+    return guided::GuidedLoop(*session_, feed, screen_, options_, out_, err_).Run();
+  }
+  void OpenSession() {
+    session_ = nullptr;
+    session_ = guided::ChooseSession(
+        arguments_, guided::SettingsOf(arguments_, options_.source, FRAME, feed_.Cameras()), out_);
+  }
+  /// As a program does that is started once more.
+  void StartAgain() {
+    session_ = nullptr;
+    arguments_.session = folder_.File("camera.velmora");
+    options_.clock = [frame = 0]() mutable { return frame++ / 30.0; };
+    out_.str("");
   }
   nlohmann::json Verdict() const {
     std::ifstream file(options_.output + "_verdict.json");
     return nlohmann::json::parse(file);
   }
-  /// The picture of uncertainty is what there is to say of the result, with the circles of all poses.
-  void ExpectUncertaintyOfThePoses() {
-    const cv::Mat picture = cv::imread(options_.output + "_uncertainty.png");
-    std::vector<std::vector<cv::Point2d>> seen;
-    for (const cv::Mat& frame : *pictures_) {
-      cv::Mat changed = frame.clone();
-      seen.emplace_back();
-      Calibrator finder({4, 11}, 0.02F, Calibrator::MONOCULAR, FRAME.width, FRAME.height);
-      ASSERT_TRUE(finder.DetectPoints(changed, seen.back(), false));
-    }
-    EXPECT_SAME_MAT(picture, common::DrawUncertainty(calibrator_.GetVerdict(), FRAME, seen));
+  cv::Mat Camera() const {
+    JSON result;
+    result.load(options_.output + ".json");
+    return result.readMat("cameraMatrix");
   }
-  static std::vector<cv::Point2d> CentresIn(const cv::Mat& picture) {
-    Calibrator finder({4, 11}, 0.02F, Calibrator::MONOCULAR, FRAME.width, FRAME.height);
-    cv::Mat changed = picture.clone();
-    std::vector<cv::Point2d> centres;
-    EXPECT_TRUE(finder.DetectPoints(changed, centres, false));
-    return centres;
+  std::vector<std::string> UsedViews() const {
+    std::vector<std::string> names;
+    for (const auto& snapshot : session_->Snapshots()) {
+      if (snapshot.IsUsed()) names.push_back(snapshot.name);
+    }
+    return names;
   }
   bool Printed(const std::string& words) const { return out_.str().find(words) != std::string::npos; }
+  std::function<bool()> Once(const std::string& words) {
+    return [this, words] { return Printed(words); };
+  }
 
   static inline const auto pictures_ = std::make_unique<std::deque<cv::Mat>>();
   static inline const auto model_ = std::make_unique<JSON>();
   support::TemporaryFolder folder_;
-  Calibrator calibrator_{{4, 11}, 0.02F, Calibrator::MONOCULAR, FRAME.width, FRAME.height};
+  guided::Arguments arguments_;
+  std::unique_ptr<velmora::Session> session_;
   PictureFeed feed_;
   KeyScreen screen_;
-  guided::LoopOptions options_{folder_.File("poses.json"), folder_.File("camera"), FRAME, "video 'a.avi'",
-                               [] { return true; }};
+  guided::LoopOptions options_;
+  int tones_ = 0;
   std::ostringstream out_;
   std::ostringstream err_;
 };
 
-TEST_F(GuidedLoopRun, TakesWhatIsInViewBesidesThePoses) {
-  calibrator_.SetFinder(Calibrator::FINDER_ROBUST);
-  calibrator_.SetPartialGrids(true);
-  // A picture that no pose asks for, cut by the right border.
-  cv::Mat cut;
-  const std::vector<cv::Point2d> centres = CentresIn(pictures_->back());
-  double rightmost = 0.0;
-  for (const cv::Point2d& centre : centres) rightmost = std::max(rightmost, centre.x);
-  const cv::Matx23d shift(1.0, 0.0, FRAME.width - rightmost + 3.0, 0.0, 1.0, 0.0);
-  cv::warpAffine(pictures_->back(), cut, shift, FRAME, cv::INTER_NEAREST, cv::BORDER_REPLICATE);
-  const cv::Mat empty(FRAME, CV_8UC3, cv::Scalar::all(120));
-  feed_.pictures.push_front(empty);
-  feed_.pictures.push_front(cut);
-  screen_.keys = {' ', ' ', ' '};  // a part, the same again, nothing
-  int taken = 0;
-  options_.taken = [&taken] { ++taken; };
-  ASSERT_EQ(Run(), common::SUCCESS) << err_.str();
-  EXPECT_TRUE(Printed("Taken besides: ")) << out_.str();
-  EXPECT_TRUE(Printed("Nothing to take: hold the sheet so that most of its circles are in view.\n"))
-      << out_.str();
-  EXPECT_TRUE(Printed("Pose 6 of 6 reached.\n")) << out_.str();
-  EXPECT_FALSE(Printed("Pose 7")) << out_.str();
-  EXPECT_TRUE(Printed("7 of 7 images used\n")) << out_.str();
-  EXPECT_EQ(taken, 7);
-  // Among the worst views, as no camera could see it so: the border cuts it, the lens does not bend it there.
-  EXPECT_TRUE(Printed(" px  by hand 1\n")) << out_.str();
-  EXPECT_FALSE(Printed("pose 7")) << out_.str();
-}
-
-TEST_F(GuidedLoopRun, EndsWithTheResultFileAfterTheLastPose) {
+TEST_F(GuidedLoopRun, TakesEachPoseAndEndsWithTheResult) {
   options_.strict = true;  // of no effect on a good result
   ASSERT_EQ(Run(), common::SUCCESS) << err_.str();
-  EXPECT_EQ(screen_.shown, 6);
   EXPECT_EQ(screen_.closed, 1);
   EXPECT_TRUE(Printed("Bring the sheet to the drawn one, 6 times.")) << out_.str();
   for (int pose = 1; pose <= 6; ++pose) {
-    EXPECT_TRUE(Printed("Pose " + std::to_string(pose) + " of 6 reached.\n")) << out_.str();
+    const std::string number = std::to_string(pose);
+    EXPECT_TRUE(Printed("View " + number + " taken: pose " + number + ".\n")) << out_.str();
   }
+  EXPECT_EQ(tones_, 6);
   EXPECT_TRUE(Printed("6 of 6 images used\n")) << out_.str();
   EXPECT_TRUE(Printed("\nWritten:\n  " + options_.output + ".json\n  " + options_.output +
                       "_verdict.json\n  " + options_.output + "_uncertainty.png\n"))
@@ -176,10 +182,239 @@ TEST_F(GuidedLoopRun, EndsWithTheResultFileAfterTheLastPose) {
   EXPECT_TRUE(Printed("\nVerdict: ")) << out_.str();
   EXPECT_EQ(err_.str(), "");
   EXPECT_EQ(Verdict().at("views"), 6);
-  ExpectUncertaintyOfThePoses();
   JSON result;
   ASSERT_TRUE(result.load(options_.output + ".json"));
   EXPECT_LT(result.readDouble("error"), 0.2);
+}
+
+TEST_F(GuidedLoopRun, KeepsResultVerdictAndMapBesideTheViewsToo) {
+  ASSERT_EQ(Run(), common::SUCCESS) << err_.str();
+  EXPECT_EQ(UsedViews().size(), 6U);
+  for (const char* name : {"calibration.json", "calibration_verdict.json", "calibration_uncertainty.png"})
+    EXPECT_TRUE(std::filesystem::exists(session_->PathFor(name))) << name;
+  EXPECT_SAME_MAT(session_->LoadImage(1, 0), pictures_->front());
+}
+
+TEST_F(GuidedLoopRun, TakesNoViewOfASheetThatIsNotHeldStill) {
+  feed_.pictures.clear();
+  for (int i = 0; i < 60; ++i) {
+    cv::Mat shaken;
+    const cv::Matx23d shift(1.0, 0.0, i % 2 == 0 ? 6.0 : -6.0, 0.0, 1.0, 0.0);
+    cv::warpAffine(pictures_->front(), shaken, shift, FRAME, cv::INTER_LINEAR, cv::BORDER_REPLICATE);
+    feed_.pictures.push_back(shaken);
+  }
+  EXPECT_EQ(Run(), common::NO_RESULT);
+  EXPECT_EQ(tones_, 0);
+  EXPECT_EQ(err_.str(), "ERROR: the source ended after 0 views: at least five are needed.\n");
+}
+
+TEST_F(GuidedLoopRun, TakesWhatIsInViewByHandOnceAndSaysWhyNot) {
+  // A picture that no pose asks for.
+  cv::Mat aside;
+  const cv::Matx23d shift(1.0, 0.0, 23.0, 0.0, 1.0, 12.0);
+  cv::warpAffine(pictures_->back(), aside, shift, FRAME, cv::INTER_NEAREST, cv::BORDER_REPLICATE);
+  const std::deque<cv::Mat> poses = feed_.pictures;
+  feed_.pictures.clear();
+  feed_.Hold(aside);
+  feed_.Hold(cv::Mat(FRAME, CV_8UC3, cv::Scalar::all(120)));
+  feed_.pictures.insert(feed_.pictures.end(), poses.begin(), poses.end());
+  screen_.Press(' ', [this] { return feed_.turns >= STILL - 2; });
+  screen_.Press(' ', [this] { return feed_.turns >= STILL - 1; });
+  screen_.Press(' ', [this] { return feed_.turns >= STILL + 4; });
+  ASSERT_EQ(Run(), common::SUCCESS) << err_.str() << out_.str();
+  EXPECT_TRUE(Printed("View 1 taken: by hand 1.\nNot taken: it is the same view as one before.\nNot taken: "))
+      << out_.str();
+  EXPECT_TRUE(Printed("View 7 taken: pose 6.\n")) << out_.str();
+  EXPECT_EQ(UsedViews().size(), 7U);
+}
+
+TEST_F(GuidedLoopRun, TakesTheLastViewBackAndAsksForItsPoseAgain) {
+  const std::deque<cv::Mat> all = feed_.pictures;
+  feed_.pictures.resize(2 * STILL);
+  feed_.Hold((*pictures_)[1]);
+  feed_.pictures.insert(feed_.pictures.end(), all.begin() + 2 * STILL, all.end());
+  screen_.Press('u', Once("View 2 taken"));
+  ASSERT_EQ(Run(), common::SUCCESS) << err_.str() << out_.str();
+  EXPECT_TRUE(Printed("View 2 taken: pose 2.\nView 2 taken back.\nView 2 taken: pose 2.\nView 3"))
+      << out_.str();
+  EXPECT_EQ(UsedViews().size(), 6U);
+  EXPECT_EQ(session_->Snapshots().size(), 7U) << "what was taken back can be brought back";
+}
+
+TEST_F(GuidedLoopRun, BeginsAgainOnRAndTakesThatBackOnU) {
+  screen_.Press('r', Once("View 3 taken"));
+  screen_.Press('u', [] { return true; });
+  ASSERT_EQ(Run(), common::SUCCESS) << err_.str() << out_.str();
+  EXPECT_TRUE(
+      Printed("Starting again at the first pose.\nAs it was before: 3 views.\nView 4 taken: pose 4.\n"))
+      << out_.str();
+  EXPECT_EQ(UsedViews().size(), 6U);
+}
+
+TEST_F(GuidedLoopRun, ComesBackToAPoseThatWasSkipped) {
+  const std::deque<cv::Mat> all = feed_.pictures;
+  feed_.pictures.erase(feed_.pictures.begin(), feed_.pictures.begin() + STILL);
+  feed_.Hold(pictures_->front());
+  screen_.Press('s', [this] { return feed_.turns >= 1; });
+  ASSERT_EQ(Run(), common::SUCCESS) << err_.str() << out_.str();
+  EXPECT_TRUE(Printed("View 1 taken: pose 2.\n")) << out_.str();
+  EXPECT_TRUE(Printed("View 6 taken: pose 1.\n")) << out_.str();
+}
+
+TEST_F(GuidedLoopRun, ComputesWithWhatIsThereOnEnterAndGoesOn) {
+  options_.endsByItself = false;
+  screen_.Press(13, Once("View 4 taken"));  // too few
+  screen_.Press(13, Once("View 5 taken"));
+  screen_.Press(13, Once("The views are in"));
+  screen_.Press('q', [this] {
+    const std::string text = out_.str();
+    return text.rfind("The views are in") != text.find("The views are in");
+  });
+  ASSERT_EQ(Run(), common::SUCCESS) << err_.str() << out_.str();
+  EXPECT_FALSE(Printed("Computing from 4 views")) << out_.str();
+  EXPECT_TRUE(Printed("Computing from 5 views ...\n")) << out_.str();
+  EXPECT_TRUE(Printed("View 6 taken: pose 6.\nComputing from 6 views ...\n")) << out_.str();
+  EXPECT_EQ(Verdict().at("views"), 6);
+}
+
+TEST_F(GuidedLoopRun, StaysWithTheResultUntilItIsEnded) {
+  options_.endsByItself = false;
+  cv::Mat first;
+  int turns = 0;
+  screen_.Press('x', Once("The views are in"));
+  screen_.Press('q', [&] {
+    if (turns++ == 0) first = screen_.last.clone();
+    return turns > 20;
+  });
+  ASSERT_EQ(Run(), common::SUCCESS) << err_.str();
+  EXPECT_SAME_MAT(screen_.last, first);
+  EXPECT_FALSE(Printed("Ended with")) << out_.str();
+}
+
+/// The share of the picture's pixels whose channels are all within the limits.
+double ShareOf(const cv::Mat& picture, const cv::Scalar& least, const cv::Scalar& most) {
+  if (picture.empty()) return 0.0;
+  cv::Mat within;
+  cv::inRange(picture, least, most, within);
+  return static_cast<double>(cv::countNonZero(within)) / static_cast<double>(within.total());
+}
+
+TEST_F(GuidedLoopRun, ShowsTheMapOnceItIsKnown) {
+  options_.endsByItself = false;
+  options_.sourceEnded = [] { return false; };
+  feed_.pictures.resize(5 * STILL);
+  const auto isMap = [this] {
+    return ShareOf(screen_.last, cv::Scalar::all(255), cv::Scalar::all(255)) > 0.02;
+  };
+  bool before = true;
+  screen_.Press('m', [this] { return feed_.turns > 1; });
+  screen_.Press('m', [&] {
+    before = isMap();
+    return feed_.turns > 4;
+  });
+  screen_.Press('q', isMap);
+  EXPECT_EQ(Run(), common::NO_RESULT);
+  EXPECT_FALSE(before) << "there is nothing to show yet";
+  EXPECT_TRUE(isMap());
+}
+
+TEST_F(GuidedLoopRun, ShowsTheCameraWithoutDistortionOnceItIsKnown) {
+  options_.endsByItself = false;
+  options_.sourceEnded = [] { return false; };
+  feed_.pictures.resize(5 * STILL);
+  // What is found and what is asked for are drawn on the image as it is alone, both in colours.
+  const auto colours = [this] {
+    cv::Mat hsv;
+    cv::cvtColor(screen_.last, hsv, cv::COLOR_BGR2HSV);
+    return ShareOf(hsv, {0, 120, 120}, {180, 255, 255});
+  };
+  double before = 0.0;
+  const auto isKnown = [this] {
+    return ShareOf(screen_.last, cv::Scalar::all(255), cv::Scalar::all(255)) > 0.02;
+  };
+  screen_.Press('m', Once("View 5 taken"));
+  screen_.Press('m', [] { return true; });
+  screen_.Press('m', isKnown);  // the map has been there, and goes
+  screen_.Press('v', [&] {
+    before = colours();
+    return !isKnown();
+  });
+  screen_.Press('q', [&] { return colours() < 0.8 * before; });
+  EXPECT_EQ(Run(), common::NO_RESULT);
+  EXPECT_GT(before, 0.0);
+}
+
+TEST_F(GuidedLoopRun, GoesOnWhereItStopped) {
+  const std::deque<cv::Mat> all = feed_.pictures;
+  feed_.pictures.resize(3 * STILL);
+  screen_.Press('q', Once("View 3 taken"));
+  EXPECT_EQ(Run(), common::NO_RESULT);
+  EXPECT_TRUE(Printed("Ended with 3 views.\nThey are kept. To go on: velmora-guided --session '"))
+      << out_.str();
+  StartAgain();
+  feed_.pictures.assign(all.begin() + 3 * STILL, all.end());
+  ASSERT_EQ(Run(), common::SUCCESS) << err_.str() << out_.str();
+  EXPECT_TRUE(Printed("Going on with the session in ")) << out_.str();
+  EXPECT_TRUE(Printed("View 4 taken: pose 4.\n")) << out_.str();
+  const cv::Mat resumed = Camera();
+
+  session_ = nullptr;
+  std::filesystem::remove_all(arguments_.session);
+  arguments_.session.clear();
+  options_.clock = [frame = 0]() mutable { return frame++ / 30.0; };
+  feed_.pictures = all;
+  ASSERT_EQ(Run(), common::SUCCESS) << err_.str();
+  EXPECT_SAME_MAT(resumed, Camera());
+}
+
+TEST_F(GuidedLoopRun, TakesAViewOfAnEarlierTimeBack) {
+  const std::deque<cv::Mat> all = feed_.pictures;
+  feed_.pictures.resize(3 * STILL);
+  screen_.Press('q', Once("View 3 taken"));
+  EXPECT_EQ(Run(), common::NO_RESULT);
+  StartAgain();
+  feed_.pictures.assign(all.begin() + 2 * STILL, all.end());
+  screen_.Press('u', [] { return true; });
+  ASSERT_EQ(Run(), common::SUCCESS) << err_.str() << out_.str();
+  EXPECT_TRUE(Printed("View 3 taken back.\nView 3 taken: pose 3.\n")) << out_.str();
+}
+
+TEST_F(GuidedLoopRun, EndsInOrderWhenItIsAskedTo) {
+  options_.interrupted = Once("View 2 taken");
+  EXPECT_EQ(Run(), common::NO_RESULT);
+  EXPECT_TRUE(Printed("Ended with 2 views.\nThey are kept.")) << out_.str();
+  EXPECT_EQ(UsedViews().size(), 2U);
+  EXPECT_EQ(screen_.closed, 1);
+}
+
+TEST_F(GuidedLoopRun, EndsWhenItsWindowIsClosed) {
+  screen_.shut = Once("View 2 taken");
+  EXPECT_EQ(Run(), common::NO_RESULT);
+  EXPECT_TRUE(Printed("Ended with 2 views.")) << out_.str();
+}
+
+TEST_F(GuidedLoopRun, SaysInThePictureWhatIsWrongWithTheSource) {
+  options_.endsByItself = false;
+  feed_.pictures.resize(1);
+  cv::Mat live;
+  cv::Mat ended;
+  options_.remark = [this] {
+    return feed_.pictures.empty() && feed_.turns > 3 ? std::string("The recording has ended.")
+                                                     : std::string();
+  };
+  screen_.Press(0, [&] {
+    live = screen_.last.clone();
+    return feed_.turns > 1;
+  });
+  screen_.Press('q', [&] {
+    ended = screen_.last.clone();
+    return feed_.turns > 6;
+  });
+  EXPECT_EQ(Run(), common::NO_RESULT);
+  ASSERT_EQ(live.size(), ended.size());
+  cv::Mat apart;
+  cv::absdiff(live, ended, apart);
+  EXPECT_GT(cv::mean(apart)[0], 10.0);
 }
 
 TEST_F(GuidedLoopRun, GivesAWorthlessResultAStatusOfItsOwnOnDemand) {
@@ -195,10 +430,9 @@ TEST_F(GuidedLoopRun, GivesAWorthlessResultAStatusOfItsOwnOnDemand) {
     world::Pose pose;
     ASSERT_TRUE(world::PlaceGrid(scene.camera, scene.sheet, facing, 10.0, pose));
     centres.push_back(world::TrueCentres(scene.camera.lens, scene.sheet, pose));
-    feed_.pictures.push_back(renderer.Render(pose, centres.size()));
+    feed_.Hold(renderer.Render(pose, centres.size()));
   }
   poses::ModelOf(centres, FRAME).save(options_.poses);
-  calibrator_.SetSolver(Calibrator::SOLVER_SPARSE);
   options_.strict = true;
   EXPECT_EQ(Run(), common::WORTHLESS) << err_.str() << out_.str();
   EXPECT_TRUE(Printed("Verdict: worthless")) << out_.str();
@@ -206,34 +440,22 @@ TEST_F(GuidedLoopRun, GivesAWorthlessResultAStatusOfItsOwnOnDemand) {
 }
 
 TEST_F(GuidedLoopRun, TellsHowFarAVideoGot) {
-  feed_.pictures.resize(4);
+  feed_.pictures.resize(4 * STILL);
   EXPECT_EQ(Run(), common::NO_RESULT);
-  EXPECT_EQ(err_.str(), "ERROR: the video ended with 4 of 6 poses reached.\n");
+  EXPECT_EQ(err_.str(), "ERROR: the source ended after 4 views: at least five are needed.\n");
   EXPECT_FALSE(std::filesystem::exists(options_.output + ".json"));
 }
 
-TEST_F(GuidedLoopRun, QuitsOnQ) {
-  screen_.keys = {-1, 'x', 'q'};
-  EXPECT_EQ(Run(), common::NO_RESULT);
-  EXPECT_TRUE(Printed("Ended with 3 of 6 poses reached.\n")) << out_.str();
-}
-
-TEST_F(GuidedLoopRun, BeginsAgainOnR) {
-  const std::deque<cv::Mat> all = feed_.pictures;
-  feed_.pictures.resize(2);
-  feed_.pictures.insert(feed_.pictures.end(), all.begin(), all.end());
-  screen_.keys = {-1, 'r'};
-  ASSERT_EQ(Run(), common::SUCCESS) << err_.str() << out_.str();
-  EXPECT_TRUE(Printed("Pose 2 of 6 reached.\nStarting again at the first pose.\nPose 1 of 6 reached.\n"))
-      << out_.str();
-  EXPECT_TRUE(Printed("6 of 6 images used\n")) << out_.str();
-  ExpectUncertaintyOfThePoses();
+TEST_F(GuidedLoopRun, ComputesWithWhatIsThereWhenTheVideoEnds) {
+  feed_.pictures.resize(5 * STILL);
+  ASSERT_EQ(Run(), common::SUCCESS) << err_.str();
+  EXPECT_EQ(Verdict().at("views"), 5);
 }
 
 TEST_F(GuidedLoopRun, NeedsPosesThatCanBeUsed) {
   options_.poses = folder_.File("missing.json");
-  EXPECT_EQ(Run(), common::UNUSABLE);
-  EXPECT_EQ(screen_.shown, 0);
+  EXPECT_THROW(Run(), std::runtime_error);
+  EXPECT_TRUE(screen_.last.empty());
 }
 
 TEST_F(GuidedLoopRun, ReportsASourceWithoutFrames) {
@@ -243,10 +465,13 @@ TEST_F(GuidedLoopRun, ReportsASourceWithoutFrames) {
   EXPECT_EQ(err_.str(), "ERROR: cannot read video 'a.avi'.\n");
 }
 
-TEST_F(GuidedLoopRun, ReportsAResultThatCannotBeWritten) {
+TEST_F(GuidedLoopRun, ReportsAResultThatCannotBeWrittenAndLosesNothing) {
+  OpenSession();
   options_.output = "/nowhere/camera";
   EXPECT_EQ(Run(), common::UNUSABLE);
   EXPECT_EQ(err_.str(), "ERROR: cannot write '/nowhere/camera.json'.\n");
+  EXPECT_TRUE(Printed("They are kept. To go on: ")) << out_.str();
+  EXPECT_EQ(UsedViews().size(), 6U);
 }
 
 TEST_F(GuidedLoopRun, ReportsAPictureThatCannotBeWritten) {
@@ -256,40 +481,53 @@ TEST_F(GuidedLoopRun, ReportsAPictureThatCannotBeWritten) {
   EXPECT_EQ(err_.str(), "ERROR: cannot write '" + picture + "'.\n");
 }
 
-TEST_F(GuidedLoopRun, ReportsTooFewPosesForAComputation) {
-  JSON three = *model_;
-  three.addInt("count", 3);
-  three.save(options_.poses);
-  EXPECT_EQ(Run(), common::NO_RESULT);
-  EXPECT_EQ(err_.str(), "ERROR: the video ended with 3 of 3 poses reached.\n");
-}
-
 /// A camera before which somebody brings the sheet to wherever it is asked for, roughly.
-class FollowingFeed final : public common::FrameFeed {
+class FollowingFeed final : public guided::ImagesFeed {
  public:
-  FollowingFeed(Calibrator& calibrator, const world::Scene& scene)
-      : calibrator_(calibrator), scene_(scene), renderer_(scene) {}
+  FollowingFeed(const velmora::Session& session, const world::Scene& scene,
+                const guided::ComputationSettings& settings)
+      : session_(session), collector_(settings, 1), scene_(scene), renderer_(scene) {}
 
-  bool Take(cv::Mat& frame, std::chrono::milliseconds) override {
-    if (calibrator_.GetAssistantGoal() < 0) return false;
-    const auto centres = calibrator_.ProposePose(Calibrator::MODEL_RATIONAL).centres;
-    world::Pose pose = world::PoseNearest(scene_.camera, scene_.sheet, centres);
-    for (int i = 0; i < 3; ++i) {
-      pose.rvec[i] += random_.gaussian(0.02);
-      pose.tvec[i] *= 1.0 + random_.gaussian(0.01);
+  bool Take(std::vector<cv::Mat>& images) override {
+    FollowSession();
+    if (frames++ % STILL == 0 || moved_) {
+      moved_ = false;
+      const auto centres = collector_.Propose(Calibrator::MODEL_RATIONAL).centres;
+      world::Pose pose = world::PoseNearest(scene_.camera, scene_.sheet, centres);
+      for (int i = 0; i < 3; ++i) {
+        pose.rvec[i] += random_.gaussian(0.01);
+        pose.tvec[i] *= 1.0 + random_.gaussian(0.005);
+      }
+      frame_ = renderer_.Render(pose, static_cast<std::uint64_t>(frames));
     }
-    frame = renderer_.Render(pose, ++frames);
+    images = {frame_.clone()};
     return true;
   }
   bool FailedToStart() const override { return false; }
+  size_t Cameras() const override { return 1; }
 
-  std::uint64_t frames = 0;
+  int frames = 0;
 
  private:
-  Calibrator& calibrator_;
+  /// The poses that are asked for follow from what is kept.
+  void FollowSession() {
+    std::vector<velmora::StoredSnapshot> used;
+    for (const auto& snapshot : session_.Snapshots()) {
+      if (snapshot.IsUsed()) used.push_back(snapshot);
+    }
+    if (static_cast<int>(used.size()) == collector_.Count()) return;
+    collector_.Clear();
+    for (const auto& snapshot : used) collector_.Add(velmora::FromStored(snapshot));
+    moved_ = true;
+  }
+
+  const velmora::Session& session_;
+  guided::Collector collector_;
   const world::Scene scene_;
   world::Renderer renderer_;
   cv::RNG random_{5};
+  cv::Mat frame_;
+  bool moved_ = true;
 };
 
 /// The loop with a target accuracy.
@@ -299,56 +537,61 @@ class GuidedToATarget : public GuidedLoopRun {
     scene_.camera = world::CameraFromFieldOfView(FRAME, 62.0, {-0.2, 0.05, 0.0, 0.0, 0.0});
     scene_.noise = 20.0;
     scene_.blur = 0.7;
-    calibrator_.SetSolver(Calibrator::SOLVER_SPARSE);
-    calibrator_.SetDiscRadius(0.008);
+    options_.computation.model = Calibrator::MODEL_RATIONAL;
   }
 
   common::ExitStatus RunTo(double target, int most) {
     options_.until = target;
     options_.mostPoses = most;
     options_.sourceEnded = [] { return false; };
-    FollowingFeed feed(calibrator_, scene_);
-    const common::ExitStatus status =
-        guided::GuidedLoop(calibrator_, feed, screen_, options_, out_, err_).Run();
-    frames_ = feed.frames;
-    return status;
+    OpenSession();
+    FollowingFeed feed(*session_, scene_, options_.computation);
+    return Run(feed);
   }
 
   world::Scene scene_;
-  std::uint64_t frames_ = 0;
 };
 
 TEST_F(GuidedToATarget, AsksForPosesUntilTheCameraIsKnownThatWell) {
   constexpr double TARGET = 0.012;
   ASSERT_EQ(RunTo(TARGET, 20), common::SUCCESS) << err_.str() << out_.str();
-  const int poses = calibrator_.GetNumberOfRecords();
-  RecordProperty("poses", poses);
-  EXPECT_GT(poses, 6) << out_.str();
-  EXPECT_LE(poses, 12) << out_.str();
+  const size_t poses = UsedViews().size();
+  RecordProperty("poses", static_cast<int>(poses));
+  EXPECT_GE(poses, 6U) << out_.str();
+  EXPECT_LE(poses, 14U) << out_.str();
   EXPECT_TRUE(Printed("until projections are known to 0.012 px, at most 20 times.")) << out_.str();
   EXPECT_TRUE(Printed("camera not known yet (goal 0.0120 px)")) << out_.str();
-  EXPECT_TRUE(Printed("Pose 6 reached.\n  known to ")) << out_.str();
+  EXPECT_TRUE(Printed("View 6 taken: pose 6.\n  known to ")) << out_.str();
   EXPECT_FALSE(Printed("goal is not reached")) << out_.str();
   EXPECT_TRUE(Printed("\nVerdict: ")) << out_.str();
   EXPECT_LT(Verdict().at("deviationInImage").get<double>(), 1.3 * TARGET) << Verdict();
-  const auto error = world::MeanProjectionDistance(
-      scene_.camera.lens, world::LensFrom(calibrator_.GetK(), calibrator_.GetDistCoefs()), FRAME, {},
-      world::Alignment::Rotated);
+  JSON result;
+  ASSERT_TRUE(result.load(options_.output + ".json"));
+  const auto error = world::MeanProjectionDistance(scene_.camera.lens,
+                                                   world::LensFrom(Camera(), result.readMat("distCoefs")),
+                                                   FRAME, {}, world::Alignment::Rotated);
   EXPECT_LT(error.mean, 3.0 * TARGET) << out_.str();
 }
 
 TEST_F(GuidedToATarget, TellsWhenTheWishIsNotMetAndCalibratesAllTheSame) {
   ASSERT_EQ(RunTo(0.0001, 7), common::SUCCESS) << err_.str() << out_.str();
-  EXPECT_TRUE(Printed("No more poses after 7: the goal is not reached.\n")) << out_.str();
-  EXPECT_EQ(calibrator_.GetNumberOfRecords(), 7);
+  EXPECT_TRUE(Printed("No more poses after 7 views: the goal is not reached.\n")) << out_.str();
+  EXPECT_EQ(UsedViews().size(), 7U);
   EXPECT_TRUE(std::filesystem::exists(options_.output + ".json"));
 }
 
 TEST_F(GuidedToATarget, BeginsAgainOnR) {
-  screen_.keys = {-1, -1, 'r'};
+  screen_.Press('r', Once("View 2 taken"));
   ASSERT_EQ(RunTo(0.0001, 6), common::SUCCESS) << err_.str() << out_.str();
-  EXPECT_TRUE(Printed("Starting again at the first pose.\nPose 1 reached.\n")) << out_.str();
-  EXPECT_EQ(calibrator_.GetNumberOfRecords(), 6);
+  EXPECT_TRUE(Printed("Starting again at the first pose.\nView 1 taken: pose 1.\n")) << out_.str();
+  EXPECT_EQ(UsedViews().size(), 6U);
+}
+
+TEST_F(GuidedToATarget, AsksForAnotherPoseInPlaceOfOneThatIsSkipped) {
+  screen_.Press('s', Once("View 2 taken"));
+  screen_.Press('u', [this] { return Printed("View 2 taken") && session_->Snapshots().size() == 2; });
+  ASSERT_EQ(RunTo(0.0001, 6), common::SUCCESS) << err_.str() << out_.str();
+  EXPECT_EQ(UsedViews().size(), 6U);
 }
 
 }  // namespace

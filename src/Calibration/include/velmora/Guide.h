@@ -117,7 +117,7 @@ class VELMORA_API Guide {
   void LoadTargets(const std::string& path);
   /// Takes poses that are given by the centres of all circles, pixels of the frame.
   void SetTargets(const std::vector<std::vector<cv::Point2d>>& targets);
-  /// Takes this pose alone, as of Calibrator::ProposePose.
+  /// Takes this pose alone, as of Calibrator::ProposePose: also where a view was taken there before.
   void SetTarget(const std::vector<cv::Point2d>& centres);
 
   int Targets() const;                             ///< how many there are

@@ -55,6 +55,9 @@ struct SessionSnapshot {
   std::string name;                              ///< what the source calls it, such as a file name
   std::string takenAt;                           ///< UTC, ISO 8601 ("2026-05-04T12:30:00.250Z"); empty: now
   std::optional<double> score;                   ///< how well it served, where that was measured; finite
+  /// Of each camera a text by which the program knows its image again, whatever becomes of the file and
+  /// whether or not images are kept, such as ContentKey gives; an empty list: none.
+  std::vector<std::string> origins{};
 };
 
 /// An image that is kept.
@@ -90,6 +93,7 @@ struct VELMORA_API StoredSnapshot {
   std::string name{};
   std::string takenAt{};
   std::optional<double> score{};
+  std::vector<std::string> origins{};  ///< of each camera; empty texts where none was given
   SnapshotDecision decision = SnapshotDecision::Used;
   /// What is damaged, as a sentence: such a snapshot is not used, whatever was decided, and lacks what could
   /// not be read. Empty: it is whole.
@@ -133,6 +137,9 @@ class VELMORA_API Session {
   static std::string FolderOf(const std::string& name);
   /// The first of NAME.velmora, NAME-2.velmora, NAME-3.velmora and so on that does not exist.
   static std::string FreeFolder(const std::string& name);
+  /// The FNV-1a hash of 64 bits of a file's content, as a snapshot has it of its images, in 16 hexadecimal
+  /// digits. Raises std::runtime_error for what cannot be read.
+  static std::string ContentKey(const std::string& file);
 
   /// Creates the folder, whose parent must exist, and opens it. Raises for settings that make no sense and
   /// when there is anything at that path.

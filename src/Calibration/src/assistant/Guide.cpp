@@ -59,7 +59,12 @@ class Guide::Impl {
   std::string BlurIn(const GuideFrame& frame) const;
   void SetTargets(const std::vector<std::vector<cv::Point2d>>& centres) {
     targets.Set(centres);
+    takesRepeats_ = false;
     NewTarget();
+  }
+  void SetChosenTarget(const std::vector<cv::Point2d>& centres) {
+    SetTargets({centres});
+    takesRepeats_ = true;
   }
   void NewTarget() { isAt_ = false; }
 
@@ -69,6 +74,9 @@ class Guide::Impl {
   GuideMotion motion;
 
  private:
+  /// Whoever chooses poses one by one, by what they tell, knows when one is to be taken twice.
+  bool takesRepeats_ = false;
+
   GuideAnswer Compare(const GuideFrame& frame, const GuidePose& pose, const GuideTarget& target);
   GuideAnswer AtTarget(const GuideFrame& frame, const GuidePose& pose, const GuideTarget& target);
   GuideHint HintWithoutGrid(const GuideFrame& frame) const;
@@ -148,7 +156,7 @@ GuideAnswer Guide::Impl::AtTarget(const GuideFrame& frame, const GuidePose& pose
   if (!answer.refusal.empty()) {
     answer.hint =
         line_.Show(answer.refusal == OUT_OF_FOCUS ? GuideHint::Sharpen : GuideHint::HoldStill, frame.time);
-  } else if (targets.IsKept(frame.centres)) {
+  } else if (!takesRepeats_ && targets.IsKept(frame.centres)) {
     answer.refusal = SAME;
     answer.hint = line_.Show(HintAfterSame(frame, pose, target), frame.time);
   } else {
@@ -232,7 +240,7 @@ void Guide::SetTargets(const std::vector<std::vector<cv::Point2d>>& targets) {
 }
 
 void Guide::SetTarget(const std::vector<cv::Point2d>& centres) {
-  impl_->SetTargets({centres});
+  impl_->SetChosenTarget(centres);
 }
 
 int Guide::Targets() const {

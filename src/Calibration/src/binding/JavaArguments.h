@@ -6,6 +6,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "Log.h"
 #include "jni/Jni.h"
@@ -18,10 +19,10 @@ class BadArgument : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// Throws a java.lang.RuntimeException, unless an exception is pending already.
-inline void ThrowRuntimeException(JNIEnv* env, const std::string& words) {
+/// Throws an exception of that class ("java/lang/RuntimeException"), unless one is pending already.
+inline void ThrowInJava(JNIEnv* env, const char* name, const std::string& words) {
   if (env->ExceptionCheck()) return;
-  const LocalReference<jclass> type(env, env->FindClass("java/lang/RuntimeException"));
+  const LocalReference<jclass> type(env, env->FindClass(name));
   if (type.Get() == nullptr) return;
   const jmethodID make = env->GetMethodID(type.Get(), "<init>", "(Ljava/lang/String;)V");
   if (make == nullptr) return;
@@ -34,14 +35,20 @@ inline void ThrowRuntimeException(JNIEnv* env, const std::string& words) {
   }
 }
 
-/// The result of the work. What it throws becomes a Java RuntimeException, or an error line for a bad
-/// argument; `neutral` is returned then.
+inline void ThrowRuntimeException(JNIEnv* env, const std::string& words) {
+  ThrowInJava(env, "java/lang/RuntimeException", words);
+}
+
+/// The result of the work. What it throws becomes a Java RuntimeException (for a number that there is not, an
+/// IndexOutOfBoundsException), or an error line for a bad argument; `neutral` is returned then.
 template <typename Result, typename Work>
 Result AtBorder(JNIEnv* env, Result neutral, Work work) {
   try {
     return work();
   } catch (const BadArgument& fault) {
     Log::error("%s", fault.what());
+  } catch (const std::out_of_range& fault) {
+    ThrowInJava(env, "java/lang/IndexOutOfBoundsException", fault.what());
   } catch (const std::exception& fault) {
     ThrowRuntimeException(env, fault.what());
   } catch (...) {
@@ -71,6 +78,14 @@ inline std::string Name(JNIEnv* env, jstring text, const char* name) {
     throw BadArgument(std::string("The ") + name + " holds a NUL character.");
   }
   return result;
+}
+
+inline std::vector<int> Integers(JNIEnv* env, jintArray numbers, const char* name) {
+  if (numbers == nullptr) throw BadArgument(std::string("The ") + name + " are null.");
+  std::vector<jint> given(static_cast<size_t>(env->GetArrayLength(numbers)));
+  env->GetIntArrayRegion(numbers, 0, static_cast<jsize>(given.size()), given.data());
+  Check(env);
+  return {given.begin(), given.end()};
 }
 
 /// The local reference, handed over to Java.

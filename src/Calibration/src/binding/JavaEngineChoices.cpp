@@ -2,9 +2,12 @@
 #include <jni.h>
 
 #include <memory>
+#include <nlohmann/json.hpp>
+#include <opencv2/imgcodecs.hpp>
 
 #include "binding/JavaArguments.h"
 #include "binding/Registry.h"
+#include "binding/SnapshotTexts.h"
 #include "jni/JavaThread.h"
 
 using namespace velmora;
@@ -22,6 +25,15 @@ jboolean With(JNIEnv* env, jint id, Work work) {
     if (calibrator == nullptr) return jboolean{JNI_FALSE};
     work(*calibrator);
     return jboolean{JNI_TRUE};
+  });
+}
+
+/// What the work says of the calibrator of that number; empty when there is none.
+template <typename Work>
+jstring TextWith(JNIEnv* env, jint id, Work work) {
+  return jni::AtBorder(env, static_cast<jstring>(nullptr), [&] {
+    const auto calibrator = Registry::Instance().Find(id);
+    return jni::Returned(env, jni::ToJava(env, calibrator == nullptr ? std::string() : work(*calibrator)));
   });
 }
 
@@ -84,6 +96,12 @@ EXPORT(jboolean, nAddSeen)(JNIEnv* env, jclass, jint id) {
     added = calibrator.AddSeen(seen) || calibrator.AddSeen(seen, right);
   });
   return added ? JNI_TRUE : JNI_FALSE;
+}
+
+EXPORT(jboolean, nHasSeen)(JNIEnv* env, jclass, jint id) {
+  bool seen = false;
+  With(env, id, [&](Calibrator& calibrator) { seen = calibrator.HasSeen(); });
+  return seen ? JNI_TRUE : JNI_FALSE;
 }
 
 EXPORT(jboolean, nSetDiscRadius)(JNIEnv* env, jclass, jint id, jdouble radius) {
@@ -153,10 +171,66 @@ EXPORT(jstring, nGetFisheyeJSON)(JNIEnv* env, jclass, jint id, jboolean save, js
   });
 }
 
-EXPORT(jstring, nGetVerdict)(JNIEnv* env, jclass, jint id) {
-  return jni::AtBorder(env, static_cast<jstring>(nullptr), [&] {
-    const auto calibrator = Registry::Instance().Find(id);
-    const std::string text = calibrator == nullptr ? "" : calibrator->GetVerdict().ToJson();
-    return jni::Returned(env, jni::ToJava(env, text));
+EXPORT(jstring, nWhyNotFound)(JNIEnv* env, jclass, jint id) {
+  return TextWith(env, id, [](Calibrator& calibrator) { return calibrator.WhyNotFound(); });
+}
+
+EXPORT(jstring, nChooseModel)(JNIEnv* env, jclass, jint id) {
+  return TextWith(env, id, [](Calibrator& calibrator) {
+    const ModelChoice choice = calibrator.ChooseModel();
+    // Fisheyes are computed by the sparse solver alone.
+    const bool fisheye = choice.prefersFisheye && calibrator.GetSolver() == Calibrator::SOLVER_SPARSE;
+    const std::string name = fisheye ? "fisheye" : ModelChoice::NameOf(choice.model);
+    return nlohmann::json{{"model", name}, {"reasons", choice.reasons}}.dump();
   });
+}
+
+EXPORT(jdoubleArray, nGetDeviations)(JNIEnv* env, jclass, jint id) {
+  return jni::AtBorder(env, static_cast<jdoubleArray>(nullptr), [&] {
+    std::vector<double> numbers;
+    if (const auto calibrator = Registry::Instance().Find(id)) {
+      const FisheyeResult fisheye = calibrator->GetFisheye();
+      const cv::Mat deviations = fisheye.IsEmpty() ? calibrator->GetStdDevIntrinsics() : fisheye.stdDevs;
+      for (const double number : cv::Mat_<double>(deviations)) numbers.push_back(number);
+    }
+    return jni::Returned(env, jni::ToJava(env, numbers));
+  });
+}
+
+EXPORT(jstring, nGetSnapshot)(JNIEnv* env, jclass, jint id, jint number) {
+  return TextWith(env, id, [&](Calibrator& calibrator) { return AnswerOf(calibrator.GetSnapshot(number)); });
+}
+
+EXPORT(jbyteArray, nGetSnapshotImage)(JNIEnv* env, jclass, jint id, jint number, jint camera) {
+  return jni::AtBorder(env, static_cast<jbyteArray>(nullptr), [&] {
+    std::vector<unsigned char> png;
+    if (const auto calibrator = Registry::Instance().Find(id)) {
+      const cv::Mat frame = calibrator->GetSnapshot(number).cameras.at(static_cast<size_t>(camera)).frame;
+      if (!frame.empty()) cv::imencode(".png", frame, png);
+    }
+    return jni::Returned(env, jni::ToJava(env, png));
+  });
+}
+
+EXPORT(jstring, nGetSnapshotFit)(JNIEnv* env, jclass, jint id, jint number) {
+  return TextWith(env, id,
+                  [&](Calibrator& calibrator) { return AnswerOf(calibrator.GetSnapshotFit(number)); });
+}
+
+EXPORT(jboolean, nAddSnapshot)(JNIEnv* env, jclass, jint id, jstring snapshot) {
+  bool added = false;
+  With(env, id, [&](Calibrator& calibrator) {
+    added = calibrator.AddSnapshot(GridSnapshotFrom(jni::Text(env, snapshot, "snapshot's text")));
+  });
+  return added ? JNI_TRUE : JNI_FALSE;
+}
+
+EXPORT(jboolean, nRemoveSnapshot)(JNIEnv* env, jclass, jint id, jint number) {
+  bool removed = false;
+  With(env, id, [&](Calibrator& calibrator) { removed = calibrator.RemoveSnapshot(number); });
+  return removed ? JNI_TRUE : JNI_FALSE;
+}
+
+EXPORT(jstring, nGetVerdict)(JNIEnv* env, jclass, jint id) {
+  return TextWith(env, id, [](Calibrator& calibrator) { return calibrator.GetVerdict().ToJson(); });
 }

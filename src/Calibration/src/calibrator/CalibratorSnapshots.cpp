@@ -55,6 +55,16 @@ bool Calibrator::AddSeen(std::vector<cv::Point2d>& seen) {
   return added;
 }
 
+bool Calibrator::HasSeen() {
+  bool seen = false;
+  impl_->detector.WithSeen([&](const std::vector<CameraSnapshot>& last) {
+    const bool refused = impl_->IsMonocular() ? isCalibrating() : impl_->RefusesPair();
+    seen = !refused && !last.front().points.empty();
+    return false;  // it is only looked at
+  });
+  return seen;
+}
+
 bool Calibrator::AddPoints(cv::Mat& frame, const bool& draw) {
   std::vector<cv::Point2d> points;
   DetectPoints(frame, points, draw);

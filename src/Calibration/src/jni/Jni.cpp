@@ -52,6 +52,15 @@ LocalReference<jbyteArray> ToJava(JNIEnv* env, const std::vector<unsigned char>&
   return result;
 }
 
+LocalReference<jdoubleArray> ToJava(JNIEnv* env, const std::vector<double>& numbers) {
+  const auto length = static_cast<jsize>(numbers.size());
+  LocalReference<jdoubleArray> result(env, env->NewDoubleArray(length));
+  Check(env);
+  env->SetDoubleArrayRegion(result.Get(), 0, length, numbers.data());
+  Check(env);
+  return result;
+}
+
 std::vector<unsigned char> FromJava(JNIEnv* env, jbyteArray bytes) {
   if (bytes == nullptr) return {};
   const jsize length = env->GetArrayLength(bytes);

@@ -64,6 +64,7 @@ class GlobalReference {
 /// UTF-8. What is no UTF-8 is taken for Latin-1.
 LocalReference<jstring> ToJava(JNIEnv* env, const std::string& text);
 LocalReference<jbyteArray> ToJava(JNIEnv* env, const std::vector<unsigned char>& bytes);
+LocalReference<jdoubleArray> ToJava(JNIEnv* env, const std::vector<double>& numbers);
 /// UTF-8, a NUL character as a zero byte; empty for null. Throws std::invalid_argument for a text with half
 /// of a pair of surrogates.
 std::string FromJava(JNIEnv* env, jstring text);

@@ -56,6 +56,10 @@ struct SheetTerms {
   /// What is known of the terms beforehand: each is zero within this standard deviation, infinity where
   /// nothing is.
   Eigen::VectorXd deviations;
+  /// Terms that move points freely within the plane. They have one deviation, of which little is known
+  /// beforehand: it is that of the print.
+  Eigen::Index firstFreePlace = 0;
+  Eigen::Index freePlaces = 0;
 
   Eigen::Index Count() const { return columns.cols(); }
 };

@@ -10,10 +10,9 @@ constexpr std::string_view HEX = "0123456789abcdef";
 
 }  // namespace
 
-std::uint64_t ContentHash(std::string_view bytes) {
-  constexpr std::uint64_t START = 0xCBF29CE484222325U;
+std::uint64_t ContentHash(std::string_view bytes, std::uint64_t before) {
   constexpr std::uint64_t PRIME = 0x100000001B3U;
-  std::uint64_t hash = START;
+  std::uint64_t hash = before;
   for (const char byte : bytes) hash = (hash ^ static_cast<unsigned char>(byte)) * PRIME;
   return hash;
 }

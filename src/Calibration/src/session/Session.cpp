@@ -6,9 +6,12 @@
 #include <stdexcept>
 #include <utility>
 
+#include "session/ContentHash.h"
 #include "session/Decisions.h"
 #include "session/DiskSpace.h"
+#include "session/FileContent.h"
 #include "session/ImageFiles.h"
+#include "session/Reasons.h"
 #include "session/SessionFolder.h"
 #include "session/SnapshotChecks.h"
 #include "session/SnapshotFolder.h"
@@ -175,6 +178,13 @@ std::string Session::FreeFolder(const std::string& name) {
   std::string folder = stem + EXTENSION;
   for (int number = 2; IsThere(folder); ++number) folder = stem + "-" + std::to_string(number) + EXTENSION;
   return folder;
+}
+
+std::string Session::ContentKey(const std::string& file) {
+  std::error_code error;
+  const std::uint64_t hash = FileHash(file, error);
+  if (error) Refuse("Cannot read " + Quoted(file), error);
+  return HexOf(hash);
 }
 
 std::unique_ptr<Session> Session::Create(const std::string& folder, const SessionSettings& settings) {

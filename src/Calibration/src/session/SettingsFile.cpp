@@ -34,26 +34,6 @@ bool IsSameUnit(double a, double b) {
   return std::abs(a - b) <= TOLERANCE * std::max(a, b);
 }
 
-SessionSettings Read(const nlohmann::json& document) {
-  SessionSettings settings;
-  const nlohmann::json& grid = FieldOf(document, "grid");
-  settings.grid = {FieldOf<int>(grid, "columns"), FieldOf<int>(grid, "rows")};
-  settings.unit = FieldOf<double>(document, "unit");
-  for (const nlohmann::json& camera : FieldOf(document, "cameras")) {
-    const nlohmann::json& size = FieldOf(camera, "imageSize");
-    settings.imageSizes.emplace_back(FieldOf<int>(size, "width"), FieldOf<int>(size, "height"));
-  }
-  settings.lensModel = FieldOf<std::string>(document, "lensModel");
-  settings.finder = FieldOf<std::string>(document, "finder");
-  settings.solver = FieldOf<std::string>(document, "solver");
-  settings.discRadius = FieldOf<double>(document, "discRadius");
-  settings.sheetShape = FieldOf<std::string>(document, "sheetShape");
-  settings.fineCentres = FieldOf<std::string>(document, "centres") == FINE;
-  settings.source = FieldOf<std::string>(document, "source");
-  settings.keepsImages = FieldOf<bool>(document, "images");
-  return settings;
-}
-
 /// What the session is, when it is of another format; else empty.
 std::string OtherFormat(const nlohmann::json& document) {
   const int format = FieldOf<int>(document, "format");
@@ -82,25 +62,50 @@ std::string FaultOf(const SessionSettings& settings) {
   return "";
 }
 
-std::string TextOf(const SessionSettings& settings, const std::string& created) {
+nlohmann::json JsonOf(const SessionSettings& settings) {
   nlohmann::json cameras = nlohmann::json::array();
   for (const cv::Size& size : settings.imageSizes) {
     cameras.push_back({{"imageSize", {{"width", size.width}, {"height", size.height}}}});
   }
-  return JsonText({{"format", SESSION_FORMAT},
-                   {"velmora", VERSION},
-                   {"created", created},
-                   {"grid", {{"columns", settings.grid.width}, {"rows", settings.grid.height}}},
-                   {"unit", settings.unit},
-                   {"cameras", cameras},
-                   {"lensModel", settings.lensModel},
-                   {"finder", settings.finder},
-                   {"solver", settings.solver},
-                   {"discRadius", settings.discRadius},
-                   {"sheetShape", settings.sheetShape},
-                   {"centres", settings.fineCentres ? FINE : PLAIN},
-                   {"source", settings.source},
-                   {"images", settings.keepsImages}});
+  return {{"grid", {{"columns", settings.grid.width}, {"rows", settings.grid.height}}},
+          {"unit", settings.unit},
+          {"cameras", cameras},
+          {"lensModel", settings.lensModel},
+          {"finder", settings.finder},
+          {"solver", settings.solver},
+          {"discRadius", settings.discRadius},
+          {"sheetShape", settings.sheetShape},
+          {"centres", settings.fineCentres ? FINE : PLAIN},
+          {"source", settings.source},
+          {"images", settings.keepsImages}};
+}
+
+SessionSettings SettingsIn(const nlohmann::json& document) {
+  SessionSettings settings;
+  const nlohmann::json& grid = FieldOf(document, "grid");
+  settings.grid = {FieldOf<int>(grid, "columns"), FieldOf<int>(grid, "rows")};
+  settings.unit = FieldOf<double>(document, "unit");
+  for (const nlohmann::json& camera : FieldOf(document, "cameras")) {
+    const nlohmann::json& size = FieldOf(camera, "imageSize");
+    settings.imageSizes.emplace_back(FieldOf<int>(size, "width"), FieldOf<int>(size, "height"));
+  }
+  settings.lensModel = FieldOf<std::string>(document, "lensModel");
+  settings.finder = FieldOf<std::string>(document, "finder");
+  settings.solver = FieldOf<std::string>(document, "solver");
+  settings.discRadius = FieldOf<double>(document, "discRadius");
+  settings.sheetShape = FieldOf<std::string>(document, "sheetShape");
+  settings.fineCentres = FieldOf<std::string>(document, "centres") == FINE;
+  settings.source = FieldOf<std::string>(document, "source");
+  settings.keepsImages = FieldOf<bool>(document, "images");
+  return settings;
+}
+
+std::string TextOf(const SessionSettings& settings, const std::string& created) {
+  nlohmann::json document = JsonOf(settings);
+  document["format"] = SESSION_FORMAT;
+  document["velmora"] = VERSION;
+  document["created"] = created;
+  return JsonText(document);
 }
 
 SessionSettings SettingsOf(const std::string& text, const std::string& session) {
@@ -111,7 +116,7 @@ SessionSettings SettingsOf(const std::string& text, const std::string& session) 
     const nlohmann::json document = ParsedJson(text);
     otherFormat = OtherFormat(document);
     if (otherFormat.empty()) {
-      settings = Read(document);
+      settings = SettingsIn(document);
       const std::string fault = FaultOf(settings);
       if (!fault.empty()) damage = "makes no sense. " + fault;
     }

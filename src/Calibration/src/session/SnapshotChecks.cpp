@@ -85,6 +85,10 @@ std::string FaultOf(const SessionSnapshot& snapshot, const SessionSettings& sett
     return "There are images of " + std::to_string(snapshot.images.size()) + " cameras, not of " +
            std::to_string(cameras) + ".";
   }
+  if (!snapshot.origins.empty() && snapshot.origins.size() != cameras) {
+    return "There are origins of " + std::to_string(snapshot.origins.size()) + " cameras, not of " +
+           std::to_string(cameras) + ".";
+  }
   for (size_t i = 0; i < snapshot.images.size() && fault.empty(); ++i) {
     fault = FaultOf(snapshot.images[i], i, settings.imageSizes[i]);
   }

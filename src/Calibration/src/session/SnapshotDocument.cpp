@@ -61,7 +61,7 @@ StoredImage ImageOf(const nlohmann::json& camera, const std::string& folder) {
 
 }  // namespace
 
-std::string TextOf(const StoredSnapshot& snapshot) {
+nlohmann::json JsonOf(const StoredSnapshot& snapshot) {
   nlohmann::json cameras = nlohmann::json::array();
   for (size_t i = 0; i < snapshot.observations.size(); ++i) {
     const SessionObservation& seen = snapshot.observations[i];
@@ -69,12 +69,21 @@ std::string TextOf(const StoredSnapshot& snapshot) {
                        {"weights", seen.weights},
                        {"deviations", seen.deviations},
                        {"radii", seen.radii},
-                       {"image", JsonOf(snapshot.images[i])}});
+                       {"image", JsonOf(snapshot.images[i])},
+                       {"origin", snapshot.origins[i]}});
   }
   nlohmann::json score;
   if (snapshot.score) score = *snapshot.score;
-  return JsonText(
-      {{"name", snapshot.name}, {"takenAt", snapshot.takenAt}, {"score", score}, {"cameras", cameras}});
+  return {{"name", snapshot.name}, {"takenAt", snapshot.takenAt}, {"score", score}, {"cameras", cameras}};
+}
+
+std::string TextOf(const StoredSnapshot& snapshot) {
+  return JsonText(JsonOf(snapshot));
+}
+
+SessionObservation ObservationIn(const nlohmann::json& camera) {
+  return {CentresOf(camera), FieldOf<std::vector<double>>(camera, "weights"),
+          FieldOf<std::vector<double>>(camera, "deviations"), FieldOf<std::vector<double>>(camera, "radii")};
 }
 
 StoredSnapshot SnapshotOf(const std::string& text, const std::string& folder) {
@@ -84,10 +93,9 @@ StoredSnapshot SnapshotOf(const std::string& text, const std::string& folder) {
   snapshot.takenAt = FieldOf<std::string>(document, "takenAt");
   if (!FieldOf(document, "score").is_null()) snapshot.score = FieldOf<double>(document, "score");
   for (const nlohmann::json& camera : FieldOf(document, "cameras")) {
-    snapshot.observations.push_back({CentresOf(camera), FieldOf<std::vector<double>>(camera, "weights"),
-                                     FieldOf<std::vector<double>>(camera, "deviations"),
-                                     FieldOf<std::vector<double>>(camera, "radii")});
+    snapshot.observations.push_back(ObservationIn(camera));
     snapshot.images.push_back(ImageOf(camera, folder));
+    snapshot.origins.push_back(camera.contains("origin") ? FieldOf<std::string>(camera, "origin") : "");
   }
   return snapshot;
 }

@@ -141,6 +141,8 @@ void SnapshotFolder::WriteNew(const std::string& folder, StoredSnapshot& snapsho
   snapshot.takenAt = given.takenAt.empty() ? UtcText(std::chrono::system_clock::now()) : given.takenAt;
   snapshot.score = given.score;
   snapshot.images.resize(settings.imageSizes.size());
+  snapshot.origins = given.origins;
+  snapshot.origins.resize(settings.imageSizes.size());
   std::error_code ignored;
   if (fs::create_directory(path_, ignored)) Check(SyncFolder(fs::path(path_).parent_path().string()));
   fs::remove_all(folder);

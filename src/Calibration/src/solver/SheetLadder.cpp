@@ -32,6 +32,9 @@ constexpr double SETTLED = 0.05;
 constexpr double FIRST_OWN_BEND = 0.003;
 /// Smaller ones are never told from noise, and would hold the search up.
 constexpr double LEAST_OWN_BEND = 1e-5;
+/// Prints are not nearer to their places than 10 um of 100 mm, nor farther from them than 1 mm.
+constexpr double LEAST_MISPRINT = 1e-4;
+constexpr double MOST_MISPRINT = 1e-2;
 
 struct ByPlace {
   bool operator()(const cv::Point3d& a, const cv::Point3d& b) const {
@@ -66,24 +69,20 @@ double HalfSideOf(const std::vector<cv::Point3d>& target) {
   return 0.5 * std::max(most.x - least.x, most.y - least.y);
 }
 
-/// Gives each view a bend of its own, of which little is known so far.
-void AddOwnBends(Sheet& sheet) {
-  sheet.ownBend = OwnBendOf(sheet.target);
-  sheet.ownBend.deviations.setConstant(FIRST_OWN_BEND * HalfSideOf(sheet.target));
-}
-
-/// What is known beforehand takes off of the numbers that the terms have.
-double CountedTerms(const Solution& solution) {
+/// How much of each term the views tell: one, less what is known beforehand takes off. Infinite where nothing
+/// tells them.
+Eigen::VectorXd ToldOf(const Solution& solution) {
   const Index terms = solution.sheet.terms.Count();
-  if (terms == 0) return 0.0;
+  if (terms == 0) return {};
   const ReducedSystem system = SystemOf(solution);
   ScaledSystem scaled;
-  if (!system.solvable || !scaled.Decompose(system.matrix)) return std::numeric_limits<double>::infinity();
+  if (!system.solvable || !scaled.Decompose(system.matrix))
+    return Eigen::VectorXd::Constant(terms, std::numeric_limits<double>::infinity());
   const Index size = system.matrix.rows();
   Eigen::MatrixXd unit = Eigen::MatrixXd::Zero(size, terms);
   unit.bottomRows(terms).setIdentity();
   const Eigen::VectorXd variances = scaled.Solve(unit).bottomRows(terms).diagonal();
-  return static_cast<double>(terms) - PullsOf(solution.sheet.terms, solution.sheet.variance).dot(variances);
+  return 1.0 - PullsOf(solution.sheet.terms, solution.sheet.variance).cwiseProduct(variances).array();
 }
 
 double CountedBends(const Solution& solution) {
@@ -107,12 +106,23 @@ Eigen::Vector3d SquaresOfBends(const Solution& solution) {
   return squares / static_cast<double>(solution.views.size());
 }
 
+/// How far the print has its points beside their places, by the free places that were found: their squares
+/// for each that the views tell (D. MacKay, Bayesian interpolation, 1992).
+double DeviationOfPlaces(const Sheet& sheet, const Eigen::VectorXd& told) {
+  const double half = HalfSideOf(sheet.target);
+  const double number = told.segment(sheet.terms.firstFreePlace, sheet.terms.freePlaces).sum();
+  const double squares =
+      sheet.values.segment(sheet.terms.firstFreePlace, sheet.terms.freePlaces).squaredNorm();
+  return std::clamp(std::sqrt(squares / std::max(number, 1.0)), LEAST_MISPRINT * half, MOST_MISPRINT * half);
+}
+
 bool IsOther(double now, double before) {
   return !(std::abs(now - before) <= SETTLED * before);
 }
 
-/// Takes what the solution tells of noise and bends for what is known of them. False when it is nothing new.
-bool Renew(const Solution& solution, Sheet& sheet) {
+/// Takes what the solution tells of noise, bends and print for what is known of them. False when it is
+/// nothing new. `told` is how much of each term it tells.
+bool Renew(const Solution& solution, const Eigen::VectorXd& told, Sheet& sheet) {
   const double variance = NoiseVariance(solution);
   bool isNew = IsOther(std::sqrt(variance), std::sqrt(sheet.variance));
   if (sheet.HasOwnBends()) {
@@ -120,6 +130,12 @@ bool Renew(const Solution& solution, Sheet& sheet) {
     const Eigen::Vector3d deviations = SquaresOfBends(solution).cwiseSqrt().cwiseMax(least);
     for (Index i = 0; i < 3; ++i) isNew = isNew || IsOther(deviations(i), sheet.ownBend.deviations(i));
     sheet.ownBend.deviations = deviations;
+  }
+  if (sheet.terms.freePlaces > 0 && told.allFinite()) {
+    auto deviations = sheet.terms.deviations.segment(sheet.terms.firstFreePlace, sheet.terms.freePlaces);
+    const double deviation = DeviationOfPlaces(solution.sheet, told);
+    isNew = isNew || IsOther(deviation, deviations(0));
+    deviations.setConstant(deviation);
   }
   sheet.variance = variance;
   return isNew;
@@ -231,6 +247,11 @@ bool HasOneTarget(const std::vector<TargetView>& views) {
   return target.size() >= FEWEST_POINTS && NotePlaces(target, copies);
 }
 
+void AddOwnBends(Sheet& sheet) {
+  sheet.ownBend = OwnBendOf(sheet.target);
+  sheet.ownBend.deviations.setConstant(FIRST_OWN_BEND * HalfSideOf(sheet.target));
+}
+
 CalibrationProblem KnownProblem(const Solution& flat, const std::vector<cv::Point3d>& known, bool ownBends) {
   CalibrationProblem problem = ProblemFrom(flat);
   if (!NoteNearestPlaces(known, problem.views))
@@ -264,9 +285,10 @@ Solution SolveShaped(CalibrationProblem problem, const BundleOptions& options) {
   for (int round = 0; round < MOST_ROUNDS; ++round) {
     solution = Minimise(std::move(problem), solve);
     if (!solution.usable || options.progress.IsGivenUp()) break;
-    solution.sheet.counted = CountedTerms(solution) + CountedBends(solution);
+    const Eigen::VectorXd told = ToldOf(solution);
+    solution.sheet.counted = told.sum() + CountedBends(solution);
     problem = ProblemFrom(solution);
-    if (!Renew(solution, problem.sheet)) break;
+    if (!Renew(solution, told, problem.sheet)) break;
   }
   return solution;
 }

@@ -28,6 +28,9 @@ bool NotePlaces(const std::vector<cv::Point3d>& target, std::vector<TargetView>&
 /// solution.
 CalibrationProblem ShapedProblem(const Solution& flat, SheetLevel level, bool ownBends);
 
+/// Gives each view a bend of its own, of which little is known so far.
+void AddOwnBends(Sheet& sheet);
+
 /// Minimises, and makes what is known of the shape beforehand fit the noise that is left, until both agree;
 /// so, too, the deviation of the views' own bends, which is estimated from them.
 Solution SolveShaped(CalibrationProblem problem, const BundleOptions& options);

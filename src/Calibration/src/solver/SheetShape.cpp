@@ -101,9 +101,11 @@ Eigen::MatrixXd SmoothHeightsOf(const Normalised& sheet) {
   return rest * eigen.eigenvectors() * eigen.eigenvalues().cwiseMax(0.0).cwiseSqrt().asDiagonal();
 }
 
-/// Places that nothing else stands for.
-Eigen::MatrixXd FreePlacesOf(const Normalised& sheet) {
+/// Places that nothing else stands for. Points that are each beside their place are by chance out of
+/// proportion together, too: where proportions have no terms of their own, these places stand for that.
+Eigen::MatrixXd FreePlacesOf(const Normalised& sheet, bool withProportions) {
   const Eigen::MatrixXd moves = MovesOf(sheet);
+  if (withProportions) return RestOf(moves);
   Eigen::MatrixXd taken(moves.rows(), moves.cols() + 2);
   taken << moves, ProportionsOf(sheet);
   return RestOf(taken);
@@ -127,6 +129,12 @@ class Collector {
     Eigen::MatrixXd columns = Eigen::MatrixXd::Zero(3 * points_, places.cols());
     for (Index i = 0; i < points_; ++i) columns.middleRows(3 * i, 2) = places.middleRows(2 * i, 2);
     Add(columns, deviation);
+  }
+
+  void AddFreePlaces(const Eigen::MatrixXd& places, double deviation) {
+    terms_.firstFreePlace = terms_.Count();
+    terms_.freePlaces = places.cols();
+    AddPlaces(places, deviation);
   }
 
   SheetTerms Terms() { return std::move(terms_); }
@@ -155,7 +163,7 @@ SheetTerms TermsOf(const std::vector<cv::Point3d>& target, SheetLevel level) {
     terms.AddHeights(BendOf(sheet), unknown);
   if (level == SheetLevel::FreePoints || level == SheetLevel::FreePointsProportions) {
     terms.AddHeights(SmoothHeightsOf(sheet), 1.0);
-    terms.AddPlaces(FreePlacesOf(sheet), OWN_PLACES);
+    terms.AddFreePlaces(FreePlacesOf(sheet, level == SheetLevel::FreePoints), OWN_PLACES);
   }
   if (level == SheetLevel::Proportions || level == SheetLevel::BentProportions ||
       level == SheetLevel::FreePointsProportions) {

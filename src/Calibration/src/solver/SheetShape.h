@@ -13,7 +13,8 @@ namespace velmora::solver {
 ///
 /// Bends and proportions are in the unit of the target: what a point at half the target's longer side is
 /// moved by. Free heights are a Gaussian process with a deviation of 2 % of half that side, correlated over
-/// half of it, and 0.03 % on their own; free places in the plane have 0.05 %. Proportions have 1 %.
+/// half of it, and 0.03 % on their own; free places in the plane have 0.05 % to begin with, and where the
+/// level has no proportions they stand for those too. Proportions have 1 %.
 SheetTerms TermsOf(const std::vector<cv::Point3d>& target, SheetLevel level);
 
 /// The three heights of a bend alone, which a view has of its own.

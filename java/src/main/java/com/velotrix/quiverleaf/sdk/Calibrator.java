@@ -1,15 +1,22 @@
 package com.velotrix.quiverleaf.sdk;
 
+import com.google.gson.JsonArray;
+import com.google.gson.JsonObject;
+import java.awt.image.BufferedImage;
+import java.io.ByteArrayInputStream;
 import java.io.IOException;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.time.Duration;
+import java.util.ArrayList;
 import java.util.Base64;
+import java.util.List;
 import java.util.Objects;
 import java.util.Optional;
 import java.util.OptionalDouble;
 import java.util.OptionalInt;
 import java.util.concurrent.TimeoutException;
+import javax.imageio.ImageIO;
 
 /**
  * Calibrates a camera, or a pair, with a printed grid of circles.
@@ -31,6 +38,8 @@ import java.util.concurrent.TimeoutException;
  * the engine's log.
  */
 public final class Calibrator implements AutoCloseable {
+  private static final int ENOUGH = 5;
+
   private final int id;
   private final Kind kind;
   private boolean closed;
@@ -109,6 +118,12 @@ public final class Calibrator implements AutoCloseable {
 
   /** Whether the last frame showed the grid and is no snapshot yet. */
   public boolean isDetected() { return Calibration.nIsDetected(id()); }
+
+  /**
+   * Whether {@link #takeSnapshot} would take what the last frame showed: the grid, or a part that may be
+   * taken.
+   */
+  public boolean canTakeSnapshot() { return EngineChoices.nHasSeen(id()); }
 
   /** RMS reprojection error in pixels; empty before a result. */
   public OptionalDouble rms() {
@@ -238,6 +253,80 @@ public final class Calibrator implements AutoCloseable {
    * one already.
    */
   public boolean takeSnapshot() { return EngineChoices.nAddSeen(id()); }
+
+  /**
+   * Why the last frame showed no grid, in words; empty when it did, and after a standard search. Where a part
+   * of the grid can be taken, it says why the whole was not found.
+   */
+  public Optional<String> whyNotFound() {
+    String reason = EngineChoices.nWhyNotFound(id());
+    return reason.isEmpty() ? Optional.empty() : Optional.of(reason);
+  }
+
+  /**
+   * What each camera observed in a snapshot, by its number from 0.
+   *
+   * @throws IndexOutOfBoundsException when there is none of that number, as of the methods that follow
+   */
+  public List<Observation> observations(int number) {
+    List<Observation> observations = new ArrayList<>();
+    String json = EngineChoices.nGetSnapshot(id(), number);
+    id(); // closed meanwhile, it has none
+    for (JsonObject camera : Documents.objects(Documents.parse(json), "cameras")) {
+      observations.add(Observation.of(camera));
+    }
+    return observations;
+  }
+
+  /** The picture of a camera (from 0) in a snapshot, as it was searched; empty where none is kept. */
+  public Optional<BufferedImage> snapshotImage(int number, int camera) throws IOException {
+    byte[] png = EngineChoices.nGetSnapshotImage(id(), number, camera);
+    return png.length == 0 ? Optional.empty() : Optional.of(ImageIO.read(new ByteArrayInputStream(png)));
+  }
+
+  /** How the last result agrees with a snapshot. */
+  public SnapshotFit snapshotFit(int number) {
+    String json = EngineChoices.nGetSnapshotFit(id(), number);
+    id(); // closed meanwhile, it has none
+    return new SnapshotFit(json);
+  }
+
+  /**
+   * Adds a snapshot of what each camera observed; false, with a line in the log, for what is none of this
+   * grid, and during a computation. A whole one with its pictures comes from {@link Session#restore}.
+   */
+  public boolean addSnapshot(Observation... cameras) {
+    JsonArray list = new JsonArray();
+    for (Observation camera : cameras) {
+      list.add(camera.toJson());
+    }
+    JsonObject snapshot = new JsonObject();
+    snapshot.add("cameras", list);
+    return EngineChoices.nAddSnapshot(id(), snapshot.toString());
+  }
+
+  /** Takes a snapshot out; those after it move up. False during a computation. */
+  public boolean removeSnapshot(int number) { return EngineChoices.nRemoveSnapshot(id(), number); }
+
+  /** Which lens model the snapshots ask for; empty with fewer than five, and during a computation. */
+  public Optional<ModelChoice> chooseModel() {
+    requireKind(Kind.MONOCULAR);
+    if (snapshots() < ENOUGH) {
+      return Optional.empty();
+    }
+    JsonObject choice = Documents.parse(EngineChoices.nChooseModel(id()));
+    return Documents.text(choice, "model").equals("none") ? Optional.empty()
+                                                          : Optional.of(new ModelChoice(choice));
+  }
+
+  /**
+   * Standard deviations of the result of one camera: fx, fy, cx, cy and the coefficients in their order, 0
+   * for those that the model does not have; none without a result.
+   */
+  public double[] deviations() {
+    requireKind(Kind.MONOCULAR);
+    return EngineChoices.nGetDeviations(id());
+  }
 
   /**
    * Starts the computation of one camera. {@link #awaitResult} gets what comes out of it, of a {@link

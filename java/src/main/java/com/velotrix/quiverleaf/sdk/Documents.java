@@ -24,6 +24,23 @@ final class Documents {
     }
   }
 
+  /** The objects of an array. */
+  static List<JsonObject> list(String json) {
+    JsonObject object = new JsonObject();
+    object.add("list", JsonParser.parseString(json));
+    return objects(object, "list");
+  }
+
+  static boolean flag(JsonObject object, String key) {
+    JsonElement element = member(object, key);
+    if (!element.isJsonPrimitive() || !element.getAsJsonPrimitive().isBoolean()) {
+      throw new IllegalArgumentException("'" + key + "' is neither true nor false");
+    }
+    return element.getAsBoolean();
+  }
+
+  static long whole(JsonObject object, String key) { return number(object, key).longValue(); }
+
   static int integer(JsonObject object, String key) { return number(object, key).intValue(); }
 
   static double real(JsonObject object, String key) { return number(object, key).doubleValue(); }
@@ -43,13 +60,48 @@ final class Documents {
     return elements(element.getAsJsonArray(), key);
   }
 
-  static List<JsonObject> objects(JsonObject object, String key) {
+  static double[] reals(JsonObject object, String key) { return elements(array(object, key), key); }
+
+  static int[] integers(JsonObject object, String key) {
+    double[] numbers = reals(object, key);
+    int[] integers = new int[numbers.length];
+    for (int i = 0; i < numbers.length; ++i) {
+      integers[i] = (int) numbers[i];
+    }
+    return integers;
+  }
+
+  /** An array of x and y; null stands for a point that is not known. */
+  static double[][] points(JsonObject object, String key) {
+    JsonArray array = array(object, key);
+    double[][] points = new double[array.size()][];
+    for (int i = 0; i < points.length; ++i) {
+      JsonElement point = array.get(i);
+      points[i] =
+          point.isJsonNull() ? new double[] {Double.NaN, Double.NaN} : elements(point.getAsJsonArray(), key);
+    }
+    return points;
+  }
+
+  static List<String> texts(JsonObject object, String key) {
+    List<String> texts = new ArrayList<>();
+    for (JsonElement text : array(object, key)) {
+      texts.add(text.getAsString());
+    }
+    return texts;
+  }
+
+  private static JsonArray array(JsonObject object, String key) {
     JsonElement element = member(object, key);
     if (!element.isJsonArray()) {
       throw new IllegalArgumentException("'" + key + "' is no array");
     }
+    return element.getAsJsonArray();
+  }
+
+  static List<JsonObject> objects(JsonObject object, String key) {
     List<JsonObject> objects = new ArrayList<>();
-    for (JsonElement item : element.getAsJsonArray()) {
+    for (JsonElement item : array(object, key)) {
       if (!item.isJsonObject()) {
         throw new IllegalArgumentException("'" + key + "' holds something else than objects");
       }

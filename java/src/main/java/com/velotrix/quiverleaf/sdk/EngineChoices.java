@@ -50,6 +50,9 @@ public final class EngineChoices {
    */
   public static native boolean nAddSeen(int id);
 
+  /** Whether nAddSeen would make a snapshot of what the last frame, or frames, showed. Unknown: false. */
+  public static native boolean nHasSeen(int id);
+
   /** The verdict on the last result as JSON. Unknown: an empty text. */
   public static native String nGetVerdict(int id);
 
@@ -91,4 +94,41 @@ public final class EngineChoices {
 
   /** Ends a computation of the sparse solver that is under way. Unknown: false. */
   public static native boolean nCancelComputation(int id);
+
+  /** Why the last search found no grid; empty when it did, and after standard searches. Unknown: empty. */
+  public static native String nWhyNotFound(int id);
+
+  /**
+   * Which lens model the snapshots ask for: an object of model ("none" with fewer than five snapshots, and
+   * during a computation) and reasons. Unknown: an empty text.
+   */
+  public static native String nChooseModel(int id);
+
+  /**
+   * Standard deviations of the last result of one camera: fx, fy, cx, cy and the coefficients; none without
+   * one. Unknown: none.
+   */
+  public static native double[] nGetDeviations(int id);
+
+  /**
+   * What a snapshot (from 0) observed: an object of cameras. Unknown: an empty text.
+   *
+   * @throws IndexOutOfBoundsException when the calibrator has none of that number, as those that follow
+   */
+  public static native String nGetSnapshot(int id, int number);
+
+  /**
+   * The picture of a camera in a snapshot as the bytes of a PNG file; none where none is kept. Unknown:
+   * none.
+   */
+  public static native byte[] nGetSnapshotImage(int id, int number, int camera);
+
+  /** How the last result agrees with a snapshot. Unknown: an empty text. */
+  public static native String nGetSnapshotFit(int id, int number);
+
+  /** Adds a snapshot as nGetSnapshot gave it. Unknown: false. */
+  public static native boolean nAddSnapshot(int id, String snapshot);
+
+  /** Takes a snapshot out; false during a computation. Unknown: false. */
+  public static native boolean nRemoveSnapshot(int id, int number);
 }

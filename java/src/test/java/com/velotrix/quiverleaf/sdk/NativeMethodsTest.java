@@ -2,6 +2,7 @@ package com.velotrix.quiverleaf.sdk;
 
 import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertFalse;
+import static org.junit.jupiter.api.Assertions.assertThrows;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import com.google.gson.JsonObject;
@@ -14,6 +15,7 @@ import java.util.TreeSet;
 import org.junit.jupiter.api.DisplayNameGeneration;
 import org.junit.jupiter.api.DisplayNameGenerator;
 import org.junit.jupiter.api.Test;
+import org.junit.jupiter.api.function.Executable;
 
 /** Every native method on a known number and on an unknown one. */
 @DisplayNameGeneration(DisplayNameGenerator.ReplaceUnderscores.class)
@@ -50,13 +52,16 @@ class NativeMethodsTest {
   }
 
   @Test
-  void the_46_native_methods_and_those_of_choices_are_the_functions_that_the_library_exports()
+  void the_46_native_methods_and_those_beside_them_are_the_functions_that_the_library_exports()
       throws Exception {
     Set<String> declared = functionsOf(Calibration.class);
     assertEquals(46, declared.size());
     Set<String> choices = functionsOf(EngineChoices.class);
-    assertEquals(19, choices.size());
+    assertEquals(28, choices.size());
     declared.addAll(choices);
+    Set<String> sessions = functionsOf(Sessions.class);
+    assertEquals(22, sessions.size());
+    declared.addAll(sessions);
     Process nm =
         new ProcessBuilder("nm", "-D", "--defined-only", System.getProperty("velmora.test.library")).start();
     Set<String> exported = new TreeSet<>();
@@ -86,6 +91,37 @@ class NativeMethodsTest {
     assertEquals(-2.0F, Calibration.nGetError(UNKNOWN));
     assertEquals("", Calibration.nGetCalibrationJSON(UNKNOWN, false, ""));
     assertFalse(Calibration.nRegisterCalibrationListener(UNKNOWN, new Recorder(), true, 0, 0));
+  }
+
+  @Test
+  void choices_and_snapshots_of_an_unknown_number_are_those_that_the_methods_name() {
+    assertFalse(EngineChoices.nHasSeen(UNKNOWN));
+    assertEquals("", EngineChoices.nWhyNotFound(UNKNOWN));
+    assertEquals("", EngineChoices.nChooseModel(UNKNOWN));
+    assertEquals(0, EngineChoices.nGetDeviations(UNKNOWN).length);
+    assertEquals("", EngineChoices.nGetSnapshot(UNKNOWN, 0));
+    assertEquals(0, EngineChoices.nGetSnapshotImage(UNKNOWN, 0, 0).length);
+    assertEquals("", EngineChoices.nGetSnapshotFit(UNKNOWN, 0));
+    assertFalse(EngineChoices.nAddSnapshot(UNKNOWN, "{}"));
+    assertFalse(EngineChoices.nRemoveSnapshot(UNKNOWN, 0));
+  }
+
+  @Test
+  void native_methods_of_an_unknown_session_say_that_there_is_none() {
+    assertFalse(Sessions.nClose(UNKNOWN));
+    for (Executable call : new Executable[] {()
+                                                 -> Sessions.nDescribe(UNKNOWN),
+             ()
+                 -> Sessions.nAdd(UNKNOWN, "{}", null, null),
+             ()
+                 -> Sessions.nSnapshots(UNKNOWN),
+             () -> Sessions.nUndo(UNKNOWN), () -> Sessions.nDecide(UNKNOWN, 0, new int[] {1})}) {
+      assertEquals(
+          "There is no session 1000000.", assertThrows(IllegalArgumentException.class, call).getMessage());
+    }
+    assertThrows(IllegalArgumentException.class, () -> Sessions.nFolderOf(null));
+    assertThrows(IllegalArgumentException.class, () -> Sessions.nOpen(null, null, true));
+    assertThrows(IllegalArgumentException.class, () -> Sessions.nCreate("x", "no settings"));
   }
 
   @Test
