@@ -65,6 +65,21 @@ void DeclareSource(CLI::App& app, Arguments& arguments) {
 }
 
 /// What goes together only in part.
+/// Two cameras that are calibrated together.
+bool IsPair(const Arguments& arguments) {
+  const common::SourceSettings& source = arguments.source;
+  const bool two = source.split != common::Split::None || source.webcamRight || source.videoRight;
+  return two && arguments.select == common::Camera::None;
+}
+
+void CheckModel(const Arguments& arguments) {
+  if (arguments.model == common::MODEL_FISHEYE && arguments.solver != Calibrator::SOLVER_SPARSE)
+    throw CLI::ValidationError("--solver", "only the sparse solver computes fisheyes");
+  // Before views are taken for nothing.
+  if (arguments.model == Calibrator::MODEL_CLASSIC && IsPair(arguments))
+    throw CLI::ValidationError("--model", "a pair is computed from cameras of the rational or full model");
+}
+
 void CheckSource(const CLI::App& app, Arguments& arguments) {
   const common::SourceSettings& source = arguments.source;
   arguments.sizeGiven = app.count("--width") > 0;
@@ -147,8 +162,7 @@ Parsed ParseArguments(int argc, const char* const* argv, const std::string& ship
       throw CLI::ValidationError("--output", "a name is needed");
     }
     arguments.model = common::LensModels().at(model);
-    if (arguments.model == common::MODEL_FISHEYE && arguments.solver != Calibrator::SOLVER_SPARSE)
-      throw CLI::ValidationError("--solver", "only the sparse solver computes fisheyes");
+    CheckModel(arguments);
     common::ReadSheetShape(GRID, UnitOf(arguments), arguments);
     if (app.count("--until") > 0) arguments.until = ParsePixels(until);
     parsed.run = true;

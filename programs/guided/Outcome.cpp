@@ -1,10 +1,12 @@
 /// What the views that were taken come to: one camera, or a pair.
 #include "guided/Outcome.h"
 
+#include <cctype>
 #include <set>
 
 #include "common/Epipolar.h"
 #include "common/LensModels.h"
+#include "common/OneLine.h"
 #include "common/ResultFile.h"
 #include "common/VerdictReport.h"
 
@@ -49,6 +51,32 @@ std::vector<std::string> NamesOf(const std::vector<NamedSnapshot>& snapshots) {
   names.reserve(snapshots.size());
   for (const NamedSnapshot& snapshot : snapshots) names.push_back(snapshot.name);
   return names;
+}
+
+std::string FaultOfCount(size_t views) {
+  constexpr size_t ENOUGH = 5;
+  if (views == 0) return "there are no views";
+  if (views >= ENOUGH) return "";
+  return (views == 1 ? "there is 1 view" : "there are " + std::to_string(views) + " views") +
+         ", and at least five are needed";
+}
+
+/// As the end of a sentence: what the image library raises without its sources and where it has words.
+std::string Clause(const std::exception& fault) {
+  const auto* const ofLibrary = dynamic_cast<const cv::Exception*>(&fault);
+  if (ofLibrary != nullptr && ofLibrary->code == cv::Error::StsAssert)
+    return "the views agree with no camera";
+  std::string text = common::OneLine(ofLibrary != nullptr ? ofLibrary->err : fault.what());
+  if (!text.empty() && text.back() == '.') text.pop_back();
+  if (!text.empty()) text[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(text[0])));
+  return text;
+}
+
+/// Results of cameras have too few coefficients otherwise, or are of another kind.
+void CheckPairModel(int model) {
+  if (model == Calibrator::MODEL_RATIONAL || model == Calibrator::MODEL_FULL) return;
+  throw std::invalid_argument("a pair is computed with the rational or the full model, not the " +
+                              common::NameOfModel(model) + " one");
 }
 
 /// One of the cameras that the snapshots are of.
@@ -149,11 +177,14 @@ Outcome Compute(const std::vector<NamedSnapshot>& snapshots, const ComputationSe
                 const std::function<void(std::shared_ptr<Calibrator>)>& computing) {
   Outcome outcome;
   for (const NamedSnapshot& each : snapshots) outcome.numbers.push_back(each.number);
+  outcome.fault = FaultOfCount(snapshots.size());
+  if (outcome.Failed()) return outcome;
   try {
-    const size_t cameras = snapshots.empty() ? 0 : snapshots.front().snapshot.cameras.size();
+    const size_t cameras = snapshots.front().snapshot.cameras.size();
     const bool isPair = cameras > 1;
     const int model =
         isPair && settings.model == common::MODEL_AUTO ? Calibrator::MODEL_RATIONAL : settings.model;
+    if (isPair) CheckPairModel(model);
     for (size_t camera = 0; camera < cameras; ++camera)
       outcome.cameras.push_back(ComputeCamera(snapshots, camera, model, settings, computing));
     if (isPair)
@@ -161,9 +192,8 @@ Outcome Compute(const std::vector<NamedSnapshot>& snapshots, const ComputationSe
           ComputePair(snapshots, outcome.cameras, model, settings, computing));
   } catch (const std::exception& fault) {
     outcome.cameras.clear();
-    outcome.fault = fault.what();
+    outcome.fault = Clause(fault);
   }
-  if (outcome.cameras.empty() && outcome.fault.empty()) outcome.fault = "there are no views";
   return outcome;
 }
 

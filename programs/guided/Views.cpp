@@ -18,6 +18,11 @@ NamedSnapshot WithoutFrames(int number, std::string name, velmora::GridSnapshot 
   return {number, std::move(name), std::move(snapshot)};
 }
 
+std::string WithoutStop(std::string sentence) {
+  if (!sentence.empty() && sentence.back() == '.') sentence.pop_back();
+  return sentence;
+}
+
 }  // namespace
 
 void Views::Resume() {
@@ -61,6 +66,7 @@ std::string Views::Keep(bool reachesTarget) {
     collector_.RemoveLast();
     return std::string("Not taken. ") + fault.what();
   }
+  ++steps_;
   all_.push_back(WithoutFrames(number, stored.name, snapshot));
   guide_.Kept(snapshot.cameras.front().centres);
   if (reachesTarget) guide_.Advance();
@@ -74,30 +80,49 @@ void Views::ForgetLast() {
 }
 
 std::string Views::TakeBack() {
-  const size_t before = Count();
-  if (const auto step = session_.Undo()) {
-    const bool isLast = step->kind == SessionStep::Kind::Add && step->numbers.size() == 1 && before > 0 &&
-                        step->numbers.front() == all_.back().number;
-    if (isLast) {
-      ForgetLast();
-      return "View " + std::to_string(before) + " taken back";
-    }
-    Resume();
-    return "As it was before: " + std::to_string(Count()) + " views";
+  if (!CanTakeBack()) return "There is no view to take back";
+  try {
+    return steps_ > 0 ? UndoStep() : RemoveEarlier();
+  } catch (const std::exception& fault) {
+    return "Not taken back. " + WithoutStop(fault.what());
   }
-  if (all_.empty()) return "There is no view to take back";
-  // It was taken when the session was open an earlier time.
+}
+
+std::string Views::UndoStep() {
+  const size_t before = Count();
+  const auto step = session_.Undo();
+  --steps_;
+  const bool isLast = step && step->kind == SessionStep::Kind::Add && step->numbers.size() == 1 &&
+                      before > 0 && step->numbers.front() == all_.back().number;
+  if (isLast) {
+    ForgetLast();
+    return "View " + std::to_string(before) + " taken back";
+  }
+  Resume();
+  return "As it was before: " + std::to_string(Count()) + (Count() == 1 ? " view" : " views");
+}
+
+std::string Views::RemoveEarlier() {
+  const size_t before = Count();
   session_.Remove({all_.back().number});
   Resume();
   return "View " + std::to_string(before) + " taken back";
 }
 
-void Views::BeginAgain() {
+std::string Views::BeginAgain() {
   std::vector<int> numbers;
   numbers.reserve(all_.size());
   for (const NamedSnapshot& view : all_) numbers.push_back(view.number);
-  if (!numbers.empty()) session_.Remove(numbers);
+  try {
+    if (!numbers.empty()) {
+      session_.Remove(numbers);
+      ++steps_;
+    }
+  } catch (const std::exception& fault) {
+    return std::string("Not begun again. ") + fault.what();
+  }
   Resume();
+  return "";
 }
 
 }  // namespace guided

@@ -25,12 +25,15 @@ class Views {
   /// leads to the next one. Why it could not be kept, as a sentence, or an empty text; nothing is kept then.
   std::string Keep(bool reachesTarget);
 
-  /// Takes the last step back: a view that was taken, or having begun again. In words what came of it.
+  /// Takes the last step back: a view that was taken, or having begun again. When there is none since the
+  /// session was opened, takes back the last view of an earlier time. In words what came of it, without a
+  /// full stop.
   std::string TakeBack();
-  bool CanTakeBack() const { return !all_.empty() || session_.CanUndo(); }
+  bool CanTakeBack() const { return !all_.empty() || steps_ > 0; }
 
-  /// Sets all views aside, and asks for all targets again.
-  void BeginAgain();
+  /// Sets all views aside, and asks for all targets again. Why that could not be done, as a sentence, or an
+  /// empty text; all is as before then.
+  std::string BeginAgain();
 
   /// Those that computations take, in the order of taking.
   const std::vector<NamedSnapshot>& All() const { return all_; }
@@ -38,12 +41,17 @@ class Views {
 
  private:
   std::string NameOfNext(bool reachesTarget) const;
+  std::string UndoStep();
+  std::string RemoveEarlier();
   void ForgetLast();
 
   Collector& collector_;
   velmora::Session& session_;
   velmora::Guide& guide_;
   std::vector<NamedSnapshot> all_;
+  /// How many of the session's last steps are views that were taken, or beginnings. Below them are views of
+  /// an earlier time that were taken back, which no further taking back brings back.
+  int steps_ = 0;
 };
 
 }  // namespace guided

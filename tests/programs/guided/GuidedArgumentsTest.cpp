@@ -117,6 +117,25 @@ TEST(GuidedArguments, PairsAreNamedAsInTheApplication) {
   }
 }
 
+TEST(GuidedArguments, PairsNeedAModelThatPairsAreComputedWith) {
+  const auto status = [](std::vector<const char*> words, const char* model) {
+    words.insert(words.end(), {"--model", model});
+    const guided::Parsed parsed = Parse(words);
+    return parsed.run ? 0 : parsed.exitStatus;
+  };
+  for (const std::vector<const char*>& pair :
+       {std::vector<const char*>{"--webcam", "0", "--split", "vertical"},
+        {"--webcam", "0", "--webcam_right", "1"},
+        {"--video", "a.avi", "--video_right", "b.avi"}}) {
+    EXPECT_EQ(status(pair, "classic"), 2);
+    for (const char* model : {"auto", "rational", "full"}) EXPECT_EQ(status(pair, model), 0) << model;
+    std::vector<const char*> one = pair;
+    one.insert(one.end(), {"--select", "left"});
+    EXPECT_EQ(status(one, "classic"), 0);
+  }
+  EXPECT_EQ(status({"--webcam", "0"}, "classic"), 0);
+}
+
 TEST(GuidedArguments, HowTheSourceIsPlayedIsChosen) {
   EXPECT_TRUE(Parse({"--video", "a.avi", "--fast"}).arguments.fast);
   EXPECT_TRUE(Parse({"--video", "a.avi", "--no-sound"}).arguments.silent);
