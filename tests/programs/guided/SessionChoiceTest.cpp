@@ -116,13 +116,11 @@ TEST_F(SessionChoice, TakesAnotherNameWhereThereIsOneAlready) {
 
 TEST_F(SessionChoice, GoesOnWithOneThatIsNamed) {
   const std::string folder = Existing("desk.velmora");
-  for (const std::string name : {folder, folder_.File("desk")}) {
-    arguments_.session = name;
-    const auto session = Choose();
-    EXPECT_EQ(session->Folder(), folder);
-    EXPECT_EQ(session->Snapshots().size(), 2U);
-    EXPECT_EQ(out_.str(), "Going on with the session in '" + folder + "': 2 views.\n");
-  }
+  arguments_.session = folder;
+  const auto session = Choose();
+  EXPECT_EQ(session->Folder(), folder);
+  EXPECT_EQ(session->Snapshots().size(), 2U);
+  EXPECT_EQ(out_.str(), "Going on with the session in '" + folder + "': 2 views.\n");
   EXPECT_FALSE(fs::exists(folder_.File("camera.velmora")));
 }
 
@@ -136,8 +134,8 @@ TEST_F(SessionChoice, CountsTheViewsThatAreUsed) {
 TEST_F(SessionChoice, CreatesOneThatIsNamedAndDoesNotExist) {
   arguments_.session = folder_.File("desk");
   const auto session = Choose();
-  EXPECT_EQ(session->Folder(), folder_.File("desk.velmora"));
-  EXPECT_EQ(out_.str(), "Every view is kept in '" + folder_.File("desk.velmora") + "'.\n");
+  EXPECT_EQ(session->Folder(), folder_.File("desk"));
+  EXPECT_EQ(out_.str(), "Every view is kept in '" + folder_.File("desk") + "'.\n");
 }
 
 TEST_F(SessionChoice, GoesOnWithOtherOptionsOfTheComputation) {
