@@ -5,8 +5,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <memory>
 #include <opencv2/calib3d.hpp>
+#include <set>
 #include <stdexcept>
 
 #include "GuidedScenes.h"
@@ -74,7 +76,8 @@ class Pages : public ::testing::Test {
     for (size_t view = 0; view < points.size(); ++view) {
       velmora::SessionSnapshot snapshot;
       snapshot.observations.assign(cameras, {points[view]});
-      for (size_t camera = 0; camera < cameras; ++camera) snapshot.images.push_back({ImageOf(view, camera)});
+      for (size_t camera = 0; camera < cameras; ++camera)
+        snapshot.images.push_back({ImageOf(view, camera), "", false});
       session_->Add(snapshot);
     }
     return *session_;

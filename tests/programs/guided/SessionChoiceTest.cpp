@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <memory>
 #include <sstream>
 
 #include "GuidedScenes.h"
@@ -104,9 +106,9 @@ TEST_F(SessionChoice, IsANewOneBesideTheResult) {
 
 TEST_F(SessionChoice, TakesAnotherNameWhereThereIsOneAlready) {
   const std::string there = Existing("camera.velmora");
-  for (const std::string number : {"2", "3"}) {
+  for (const char* number : {"2", "3"}) {
     const auto session = Choose();
-    EXPECT_EQ(session->Folder(), folder_.File("camera-" + number + ".velmora"));
+    EXPECT_EQ(session->Folder(), folder_.File(std::string("camera-") + number + ".velmora"));
     EXPECT_EQ(out_.str(), "Every view is kept in '" + session->Folder() + "': there is a '" + there +
                               "' already, which --session would go on with.\n");
     EXPECT_TRUE(session->Snapshots().empty());
@@ -115,9 +117,9 @@ TEST_F(SessionChoice, TakesAnotherNameWhereThereIsOneAlready) {
 }
 
 TEST_F(SessionChoice, GoesOnWithOneThatIsNamed) {
-  const std::string folder = Existing("desk.velmora");
-  for (const std::string name : {folder, folder_.File("desk")}) {
-    arguments_.session = name;
+  for (const char* name : {"desk.velmora", "shelf"}) {
+    const std::string folder = Existing(name);
+    arguments_.session = folder;
     const auto session = Choose();
     EXPECT_EQ(session->Folder(), folder);
     EXPECT_EQ(session->Snapshots().size(), 2U);
@@ -136,8 +138,9 @@ TEST_F(SessionChoice, CountsTheViewsThatAreUsed) {
 TEST_F(SessionChoice, CreatesOneThatIsNamedAndDoesNotExist) {
   arguments_.session = folder_.File("desk");
   const auto session = Choose();
-  EXPECT_EQ(session->Folder(), folder_.File("desk.velmora"));
-  EXPECT_EQ(out_.str(), "Every view is kept in '" + folder_.File("desk.velmora") + "'.\n");
+  EXPECT_EQ(session->Folder(), arguments_.session);
+  EXPECT_EQ(out_.str(), "Every view is kept in '" + arguments_.session + "'.\n");
+  EXPECT_FALSE(fs::exists(folder_.File("camera.velmora")));
 }
 
 TEST_F(SessionChoice, GoesOnWithOtherOptionsOfTheComputation) {
