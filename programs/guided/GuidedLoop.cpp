@@ -140,7 +140,7 @@ void GuidedLoop::FollowGuide() {
 void GuidedLoop::Take(bool reachesTarget) {
   const std::string fault = views_.Keep(reachesTarget);
   if (!fault.empty()) {
-    common::PrintError(err_, fault);
+    out_ << fault << std::endl;
     Say(fault);
     return;
   }
@@ -264,7 +264,7 @@ void GuidedLoop::React(int key) {
 void GuidedLoop::ReactWhileTaking(int key) {
   switch (key) {
     case ' ':
-      TakeByHand();
+      if (!options_.sourceEnded()) TakeByHand();
       break;
     case 'u': {
       const std::string done = views_.TakeBack();
