@@ -86,7 +86,9 @@ void GuidedLoop::AddWords(Picture& picture) const {
   } else if (answer_.state == GuideState::NoTarget) {
     picture.instruction = "Space takes a view, Enter computes";
   } else {
-    picture.instruction = AsSentence(answer_.refusal.empty() ? answer_.instruction : answer_.refusal);
+    // What to do is said, and why only where there is nothing to be done but to know it.
+    const bool refused = answer_.state == GuideState::Refused;
+    picture.instruction = AsSentence(refused ? answer_.refusal : answer_.instruction);
     picture.tone = ToneOf(answer_.state);
     picture.closeness = answer_.closeness;
   }

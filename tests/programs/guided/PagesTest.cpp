@@ -5,10 +5,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <memory>
 #include <opencv2/calib3d.hpp>
-#include <set>
 #include <stdexcept>
 
 #include "GuidedScenes.h"
@@ -77,7 +75,7 @@ class Pages : public ::testing::Test {
       velmora::SessionSnapshot snapshot;
       snapshot.observations.assign(cameras, {points[view]});
       for (size_t camera = 0; camera < cameras; ++camera)
-        snapshot.images.push_back({ImageOf(view, camera), "", false});
+        snapshot.images.push_back({ImageOf(view, camera), {}, false});
       session_->Add(snapshot);
     }
     return *session_;
