@@ -274,10 +274,7 @@ void GuidedLoop::ReactWhileTaking(int key) {
       break;
     }
     case 'r':
-      views_.BeginAgain();
-      out_ << "Starting again at the first pose." << std::endl;
-      Say("Begun again: u brings the views back");
-      AfterChange();
+      BeginAgain();
       break;
     case 's':
       Skip();
@@ -301,6 +298,13 @@ void GuidedLoop::ReactWhileTaking(int key) {
     default:
       break;
   }
+}
+
+void GuidedLoop::BeginAgain() {
+  const std::string fault = views_.BeginAgain();
+  out_ << (fault.empty() ? "Starting again at the first pose." : fault) << std::endl;
+  Say(fault.empty() ? "Begun again: u brings the views back" : fault);
+  AfterChange();
 }
 
 void GuidedLoop::ReactAtTheEnd(int key) {

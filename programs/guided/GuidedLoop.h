@@ -68,6 +68,7 @@ class GuidedLoop {
   void FollowGuide();
   void Take(bool reachesTarget);
   void TakeByHand();
+  void BeginAgain();
   void AfterChange();
   void AskForNext();
   void Skip();

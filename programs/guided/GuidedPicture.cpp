@@ -92,6 +92,7 @@ void GuidedLoop::AddWords(Picture& picture) const {
     picture.tone = ToneOf(answer_.state);
     picture.closeness = answer_.closeness;
   }
+  if (!picture.notice.empty()) picture.tone = Tone::Warning;
   picture.view = static_cast<int>(next_ ? views_.Count() : guide_.Reached().size()) + 1;
   if (!next_) {
     picture.goal = guide_.Targets() - static_cast<int>(guide_.LeftOut().size());

@@ -68,6 +68,9 @@ std::string Views::Keep(bool reachesTarget) {
   }
   ++steps_;
   all_.push_back(WithoutFrames(number, stored.name, snapshot));
+  // The pictures are in the session, and would fill the memory.
+  collector_.RemoveLast();
+  collector_.Add(all_.back().snapshot);
   guide_.Kept(snapshot.cameras.front().centres);
   if (reachesTarget) guide_.Advance();
   return "";

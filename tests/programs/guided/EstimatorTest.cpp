@@ -3,7 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <future>
+#include <memory>
+#include <thread>
 
 #include "GuidedScenes.h"
 #include "Matchers.h"

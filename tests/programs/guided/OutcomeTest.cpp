@@ -3,8 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cctype>
 #include <filesystem>
+#include <limits>
 
 #include "GuidedScenes.h"
 #include "LensError.h"

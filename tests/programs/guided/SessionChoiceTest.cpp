@@ -104,9 +104,9 @@ TEST_F(SessionChoice, IsANewOneBesideTheResult) {
 
 TEST_F(SessionChoice, TakesAnotherNameWhereThereIsOneAlready) {
   const std::string there = Existing("camera.velmora");
-  for (const std::string number : {"2", "3"}) {
+  for (const char* number : {"2", "3"}) {
     const auto session = Choose();
-    EXPECT_EQ(session->Folder(), folder_.File("camera-" + number + ".velmora"));
+    EXPECT_EQ(session->Folder(), folder_.File(std::string("camera-") + number + ".velmora"));
     EXPECT_EQ(out_.str(), "Every view is kept in '" + session->Folder() + "': there is a '" + there +
                               "' already, which --session would go on with.\n");
     EXPECT_TRUE(session->Snapshots().empty());
