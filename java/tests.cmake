@@ -23,14 +23,14 @@ file(GLOB VELMORA_JUNIT_API_JARS /usr/share/java/junit-jupiter-api.jar /usr/shar
 set(VELMORA_JUNIT_API_JARS "${VELMORA_JUNIT_API_JARS}" CACHE INTERNAL "What tests of JUnit 5 are compiled with")
 set(tests src/test/java/com/velotrix/quiverleaf/sdk)
 set(test_classes ArgumentsTest AwaitResultTest CalibratorTest GuidedTest ListenerTest NativeLibraryTest NativeMethodsTest
-  PushedFramesTest ResultsTest SessionTest SnapshotsTest SoakTest SolvingTest TextTest)
+  PushedFramesTest ResultCheckTest ResultComparisonTest ResultsTest SessionTest SnapshotsTest SoakTest SolvingTest TextTest)
 set(camera_test_classes CaptureTest PairTest)
-set(test_helpers Cameras Footage LoadProgram PlantedFault RawFrames Recorder Soak Usage Views)
+set(test_helpers Cameras Footage Lenses LoadProgram PlantedFault RawFrames Recorder Soak Usage Views)
 if(VELMORA_SANITIZE)
   list(REMOVE_ITEM test_classes SoakTest)  # what the sanitizer keeps back is no leak
 endif()
-# An excerpt of the second one is on a page.
-set(test_sources ${tests}/SoakTest.java ${tests}/SessionTest.java)
+# Excerpts of the later ones are on a page.
+set(test_sources ${tests}/SoakTest.java ${tests}/SessionTest.java ${tests}/ResultCheckTest.java)
 foreach(class ${test_classes} ${camera_test_classes} ${test_helpers})
   list(APPEND test_sources ${tests}/${class}.java)
 endforeach()

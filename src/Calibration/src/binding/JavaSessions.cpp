@@ -1,8 +1,7 @@
 /// The native methods of com.velotrix.quiverleaf.sdk.Sessions, which go to calibration sessions by number.
 #include <jni.h>
 
-#include <opencv2/imgcodecs.hpp>
-
+#include "binding/JavaAnswers.h"
 #include "binding/JavaArguments.h"
 #include "binding/Registry.h"
 #include "binding/SessionRegistry.h"
@@ -15,37 +14,9 @@ using namespace velmora;
 
 namespace {
 
-/// The result of the work. What makes no sense becomes an IllegalArgumentException, what the disk refuses an
-/// IOException, with the engine's sentences; `neutral` is returned then.
-template <typename Result, typename Work>
-Result Told(JNIEnv* env, Result neutral, Work work) {
-  const auto raise = [env](const char* type, const std::exception& fault) {
-    jni::ThrowInJava(env, type, fault.what());
-  };
-  try {
-    return work();
-  } catch (const jni::JavaException& fault) {
-    raise("java/lang/RuntimeException", fault);
-  } catch (const std::out_of_range& fault) {
-    raise("java/lang/IndexOutOfBoundsException", fault);
-  } catch (const std::invalid_argument& fault) {
-    raise("java/lang/IllegalArgumentException", fault);
-  } catch (const jni::BadArgument& fault) {
-    raise("java/lang/IllegalArgumentException", fault);
-  } catch (const std::runtime_error& fault) {
-    raise("java/io/IOException", fault);
-  } catch (const std::exception& fault) {
-    raise("java/lang/RuntimeException", fault);
-  }
-  return neutral;
-}
-
-/// The text that the work gives, as a Java string.
-template <typename Work>
-jstring TextTold(JNIEnv* env, Work work) {
-  return Told(env, static_cast<jstring>(nullptr),
-              [&] { return jni::Returned(env, jni::ToJava(env, work())); });
-}
+using jni::PngOf;
+using jni::TextTold;
+using jni::Told;
 
 /// As Told, with the session of that number.
 template <typename Result, typename Work>
@@ -116,12 +87,6 @@ GridSnapshot Taken(Session& session, const StoredSnapshot& snapshot) {
   GridSnapshot taken = FromStored(snapshot);
   for (size_t i = 0; i < taken.cameras.size(); ++i) taken.cameras[i].frame = FrameOf(session, snapshot, i);
   return taken;
-}
-
-jbyteArray PngOf(JNIEnv* env, const cv::Mat& image) {
-  std::vector<unsigned char> bytes;
-  if (!cv::imencode(".png", image, bytes)) throw std::runtime_error("The image cannot be handed out as PNG.");
-  return jni::Returned(env, jni::ToJava(env, bytes));
 }
 
 }  // namespace

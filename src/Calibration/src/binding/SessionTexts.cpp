@@ -2,8 +2,8 @@
 #include "binding/SessionTexts.h"
 
 #include <nlohmann/json.hpp>
-#include <stdexcept>
 
+#include "binding/GivenText.h"
 #include "session/JsonFields.h"
 #include "session/SettingsFile.h"
 #include "session/SnapshotDocument.h"
@@ -13,16 +13,6 @@ namespace velmora {
 namespace {
 
 using nlohmann::json;
-
-/// What the text says, by `read`. A fault is one of the caller's argument here, not of a file.
-template <typename Read>
-auto From(const std::string& text, const std::string& what, Read read) {
-  try {
-    return read(ParsedJson(text));
-  } catch (const std::runtime_error& fault) {
-    throw std::invalid_argument("The text of " + what + " " + fault.what() + ".");
-  }
-}
 
 const char* WordOf(StoredImage::Kind kind) {
   switch (kind) {
@@ -83,7 +73,7 @@ json FullJsonOf(const StoredSnapshot& snapshot) {
 }  // namespace
 
 SessionSettings SettingsFrom(const std::string& text) {
-  return From(text, "the settings", SettingsIn);
+  return FromGiven(text, "the settings", SettingsIn);
 }
 
 std::string AnswerOf(const Session& session) {
@@ -93,7 +83,7 @@ std::string AnswerOf(const Session& session) {
 }
 
 SessionSnapshot SnapshotFrom(const std::string& text) {
-  return From(text, "the snapshot", [](const json& document) {
+  return FromGiven(text, "the snapshot", [](const json& document) {
     SessionSnapshot snapshot;
     snapshot.name = FieldOf<std::string>(document, "name");
     snapshot.takenAt = FieldOf<std::string>(document, "takenAt");

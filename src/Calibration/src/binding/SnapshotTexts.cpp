@@ -3,8 +3,8 @@
 
 #include <cmath>
 #include <nlohmann/json.hpp>
-#include <stdexcept>
 
+#include "binding/GivenText.h"
 #include "session/JsonFields.h"
 #include "session/SnapshotDocument.h"
 
@@ -41,18 +41,15 @@ std::string AnswerOf(const GridSnapshot& snapshot) {
 }
 
 GridSnapshot GridSnapshotFrom(const std::string& text) {
-  try {
+  return FromGiven(text, "the snapshot", [](const json& document) {
     GridSnapshot snapshot;
-    const json document = ParsedJson(text);  // kept for as long as it is walked through
     for (const json& camera : FieldOf(document, "cameras")) {
       SessionObservation seen = ObservationIn(camera);
       snapshot.cameras.push_back(
           {std::move(seen.centres), std::move(seen.weights), std::move(seen.deviations)});
     }
     return snapshot;
-  } catch (const std::runtime_error& fault) {
-    throw std::invalid_argument(std::string("The text of the snapshot ") + fault.what() + ".");
-  }
+  });
 }
 
 std::string AnswerOf(const SnapshotFit& fit) {

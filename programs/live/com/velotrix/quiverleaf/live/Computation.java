@@ -6,7 +6,10 @@ import com.velotrix.quiverleaf.sdk.LensModel;
 import com.velotrix.quiverleaf.sdk.ModelChoice;
 import com.velotrix.quiverleaf.sdk.Session;
 import java.io.IOException;
+import java.nio.file.Files;
+import java.nio.file.Path;
 import java.time.Duration;
+import java.util.Optional;
 import java.util.concurrent.TimeoutException;
 
 /** Computes from a calibrator's snapshots, and keeps what comes out in the session. */
@@ -38,8 +41,12 @@ final class Computation {
     }
     calibrator.calibrate(model);
     Outcome outcome = await(model);
+    Optional<EarlierResult> earlier = EarlierResult.in(session, RESULT);
     // Whatever becomes of the window, the session has it.
-    ResultFiles.write(calibrator, outcome, session.pathFor(RESULT));
+    Path result = ResultFiles.write(calibrator, outcome, session.pathFor(RESULT)).get(0);
+    if (earlier.isPresent()) {
+      outcome.change = earlier.get().changeTo(Files.readString(result));
+    }
     return outcome;
   }
 

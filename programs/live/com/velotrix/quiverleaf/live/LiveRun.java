@@ -7,11 +7,7 @@ import java.awt.image.BufferedImage;
 import java.io.ByteArrayInputStream;
 import java.io.IOException;
 import java.nio.file.Path;
-import java.util.ArrayList;
-import java.util.LinkedHashSet;
 import java.util.List;
-import java.util.Locale;
-import java.util.Set;
 import java.util.concurrent.ExecutorService;
 import java.util.concurrent.Executors;
 import java.util.concurrent.TimeUnit;
@@ -37,36 +33,27 @@ final class LiveRun implements AutoCloseable {
   }
 
   private static final long PATIENCE_MINUTES = 10;
-  private static final int SNAPSHOTS_AHEAD = 30;
 
   private final Settings settings;
   private final View view;
   private final Calibrator calibrator;
   private final KeptSession kept;
   private final SnapshotStore store;
-  private final FrameSource source;
+  private final RunSource source;
+  private final AssistantRound assistant;
+  private final RunFiles files;
   private final Computation computation;
   private final ExecutorService work = Executors.newSingleThreadExecutor();
   /** A thread for the source alone, which can so be stopped during a computation. */
   private final ExecutorService sourceWork = Executors.newSingleThreadExecutor();
   private final LatestOnly<BufferedImage> frames;
   private final LatestOnly<Situation> situations;
-  private final Set<Path> written = new LinkedHashSet<>();
 
-  private volatile Situation.Source sourceState = Situation.Source.NONE;
-  private volatile String sourceName = "";
-  private volatile String sourceFault = "";
   private volatile Sighting sighting = Sighting.NONE;
-  private volatile int goal = -1;
-  private volatile int reached;
-  /** How many snapshots do not come from the assistant that is on. */
-  private volatile int before;
   private volatile boolean computing;
   private volatile Outcome outcome;
   private volatile boolean saved;
   private volatile LensChoice choice;
-  private volatile String disk = "";
-  private volatile String diskWarning = "";
 
   /** The session belongs to the run, which closes it. */
   LiveRun(Settings settings, KeptSession kept, View view) throws IOException {
@@ -80,12 +67,14 @@ final class LiveRun implements AutoCloseable {
         Calibrator.builder().hdist(settings.hdist).frameSize(settings.width, settings.height).build();
     calibrator.setRobust(true);
     calibrator.setDiscRadius(KeptSession.discRadius(settings));
-    source = new FrameSource(calibrator, settings.width, settings.height);
+    source = new RunSource(calibrator, settings.width, settings.height);
+    assistant = new AssistantRound(calibrator);
     store = new SnapshotStore(calibrator, kept.session);
+    files = new RunFiles(kept.session, store);
     computation = new Computation(calibrator, kept.session);
     calibrator.onFrames(this::onFrame);
     calibrator.onSourceEnded(() -> {
-      sourceState = Situation.Source.ENDED;
+      source.ended();
       publish();
     });
   }
@@ -93,7 +82,7 @@ final class LiveRun implements AutoCloseable {
   /** Tells the window how things stand, and opens the source if one was named. */
   void begin() {
     work.execute(() -> tell(() -> {
-      lookAtDisk();
+      files.look();
       return kept.words;
     }));
     if (settings.sourceGiven) {
@@ -119,21 +108,15 @@ final class LiveRun implements AutoCloseable {
     }
   }
 
-  /**
-   * The assistant takes snapshots by itself, nobody else does meanwhile, and computes after its last pose.
-   */
+  /** What the assistant took is told; after its last pose there is a computation. */
   private void followAssistant() {
-    int now = calibrator.snapshots() - before;
-    if (goal < 0 || now <= reached) {
+    if (!assistant.advance()) {
       return;
     }
-    reached = now;
-    work.execute(this::lookAtDisk);
-    say(store.unstored() > 0 ? "Pose " + reached + " is not on the disk yet: " + store.fault()
-            : reached < goal ? "Pose " + reached + " is taken."
-                             : "All poses are taken.");
-    if (reached >= goal && calibrator.assistantGoal().isEmpty()) {
-      goal = -1;
+    work.execute(files::look);
+    say(assistant.inWords(store));
+    if (assistant.isComplete()) {
+      assistant.end();
       computing = true;
       work.execute(() -> tell(() -> {
         computation.awaitAssistants();
@@ -145,44 +128,22 @@ final class LiveRun implements AutoCloseable {
   // ---- What the user asks for.
 
   void start(SourceKind kind, String address, PushFormat format) {
-    sourceName = FrameSource.nameOf(kind, address);
-    sourceState = Situation.Source.OPENING;
+    source.announce(kind, address);
     sighting = Sighting.NONE;
     publish();
-    sourceWork.execute(() -> tell(() -> {
-      try {
-        source.open(kind, address, format);
-        // A short one may have come to its end by now.
-        sourceState = calibrator.sourceEnded() ? Situation.Source.ENDED : Situation.Source.OPEN;
-        return sentence(sourceName) + " is open.";
-      } catch (IOException e) {
-        sourceFault = e.getMessage();
-        sourceState = Situation.Source.FAILED;
-        return sourceFault;
-      }
-    }));
+    sourceWork.execute(() -> tell(() -> source.open(kind, address, format)));
   }
 
-  void stop() {
-    sourceWork.execute(() -> tell(() -> {
-      source.close();
-      sourceState = Situation.Source.NONE;
-      return sentence(sourceName) + " is closed.";
-    }));
-  }
+  void stop() { sourceWork.execute(() -> tell(source::close)); }
 
   void setAssistant(boolean wanted) {
     work.execute(() -> tell(() -> {
-      calibrator.stopAssistant();
-      goal = -1;
+      assistant.stop();
       if (!wanted) {
         return "The assistant is off.";
       }
-      reached = 0;
-      before = calibrator.snapshots();
-      calibrator.startAssistant(settings.poses);
-      goal = calibrator.assistantGoal().orElse(-1);
-      return "Bring the sheet to the drawn one, " + goal + " times.";
+      assistant.start(settings.poses);
+      return "Bring the sheet to the drawn one, " + assistant.goal() + " times.";
     }));
   }
 
@@ -200,7 +161,7 @@ final class LiveRun implements AutoCloseable {
         return sighting.whyNot.isEmpty() ? "This view is taken already: move the sheet."
                                          : "No snapshot: " + sighting.whyNot + ".";
       }
-      lookAtDisk();
+      files.look();
       return store.unstored() == 0 ? "Snapshot " + store.stored() + " is taken."
                                    : "The snapshot is not on the disk: " + store.fault();
     }));
@@ -209,8 +170,8 @@ final class LiveRun implements AutoCloseable {
   void takeBack() {
     work.execute(() -> tell(() -> {
       boolean back = store.takeBack();
-      before -= back ? 1 : 0;
-      lookAtDisk();
+      assistant.shift(back ? -1 : 0);
+      files.look();
       return back ? "The last snapshot is taken back." : "Nothing is taken back.";
     }));
   }
@@ -218,8 +179,8 @@ final class LiveRun implements AutoCloseable {
   void bringBack() {
     work.execute(() -> tell(() -> {
       int count = store.bringBack();
-      before += count;
-      lookAtDisk();
+      assistant.shift(count);
+      files.look();
       return count == 1 ? "One snapshot is brought back." : count + " snapshots are brought back.";
     }));
   }
@@ -230,12 +191,8 @@ final class LiveRun implements AutoCloseable {
         return "The snapshots are still needed.";
       }
       outcome = null;
-      if (goal > 0) {
-        calibrator.startAssistant(settings.poses);
-        before = 0;
-        reached = 0;
-      }
-      lookAtDisk();
+      assistant.startOver(settings.poses);
+      files.look();
       return "All snapshots are taken back. Bring back undoes that.";
     }));
   }
@@ -250,13 +207,12 @@ final class LiveRun implements AutoCloseable {
     try {
       computing = true;
       saved = false;
-      goal = -1; // a computation ends the assistant
+      assistant.end();
       outcome = computation.run(choice);
     } finally {
       computing = false;
     }
-    return "Computed with the " + outcome.model.name().toLowerCase(Locale.ROOT) + " model from "
-        + outcome.verdict.views() + " snapshots.";
+    return outcome.inWords();
   }
 
   void save() {
@@ -265,12 +221,10 @@ final class LiveRun implements AutoCloseable {
       if (now == null) {
         return "There is nothing to save yet.";
       }
-      List<Path> files = ResultFiles.write(calibrator, now, settings.output);
-      synchronized (written) {
-        written.addAll(files);
-      }
+      List<Path> written = ResultFiles.write(calibrator, now, settings.output);
+      files.add(written);
       saved = true;
-      return "Written: " + files.get(0) + ", " + files.get(1).getFileName();
+      return "Written: " + written.get(0) + ", " + written.get(1).getFileName();
     }));
   }
 
@@ -296,43 +250,25 @@ final class LiveRun implements AutoCloseable {
 
   private void say(String words) { SwingUtilities.invokeLater(() -> view.showMessage(words)); }
 
-  private static String sentence(String words) {
-    return words.isEmpty() ? words : Character.toUpperCase(words.charAt(0)) + words.substring(1);
-  }
-
-  private void lookAtDisk() {
-    try {
-      disk = kept.session.folder().getFileName() + ": " + store.stored()
-          + (store.stored() == 1 ? " snapshot, " : " snapshots, ") + Bytes.inWords(kept.session.bytesTaken());
-      diskWarning = kept.session.diskWarning(SNAPSHOTS_AHEAD).orElse("");
-    } catch (IOException e) {
-      diskWarning = e.getMessage();
-    }
-  }
-
   private void publish() { situations.put(situation()); }
 
   /** How things stand. */
   Situation situation() {
     Situation now = new Situation();
-    now.source = sourceState;
-    now.sourceName = sourceName;
-    now.sourceFault = sourceFault;
+    source.tell(now);
     sighting.tell(now, System.nanoTime());
     now.snapshots = store.stored();
     now.unstored = store.unstored();
     now.storeFault = store.fault();
     now.takenBack = store.canBringBack();
-    now.goal = goal;
-    now.reached = reached;
+    assistant.tell(now);
     now.computing = computing;
     Outcome result = outcome;
     now.result = result != null;
     now.upToDate = calibrator.status().status() == Status.COMPLETED;
     now.saved = saved;
     now.grade = result == null ? now.grade : result.verdict.grade();
-    now.kept = disk;
-    now.diskWarning = diskWarning;
+    files.tell(now);
     return now;
   }
 
@@ -340,25 +276,14 @@ final class LiveRun implements AutoCloseable {
   void refresh() {
     work.execute(() -> {
       if (store.retry() > 0) {
-        lookAtDisk();
+        files.look();
       }
       publish();
     });
   }
 
   /** What is there when the run ends, a line for each. */
-  List<String> filesInWords() {
-    List<String> lines = new ArrayList<>();
-    if (store.stored() > 0) {
-      lines.add(kept.session.folder() + " (" + store.stored()
-          + (store.stored() == 1 ? " snapshot" : " snapshots") + "; go on with --session "
-          + kept.session.folder() + ")");
-    }
-    synchronized (written) {
-      written.forEach(file -> lines.add(file.toString()));
-    }
-    return lines;
-  }
+  List<String> filesInWords() { return files.inWords(); }
 
   /** Ends the run; a computation under way is cut short. */
   @Override

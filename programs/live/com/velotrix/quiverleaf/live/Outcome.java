@@ -8,6 +8,7 @@ import com.velotrix.quiverleaf.sdk.Matrix;
 import com.velotrix.quiverleaf.sdk.Verdict;
 import java.util.ArrayList;
 import java.util.List;
+import java.util.Locale;
 
 /** What came out of a computation. */
 final class Outcome {
@@ -32,6 +33,8 @@ final class Outcome {
   final double rms;
   final Verdict verdict;
   final List<Parameter> parameters = new ArrayList<>();
+  /** How far it is from the result before it, as a sentence; empty: there was none. */
+  String change = "";
 
   private Outcome(LensModel model, double rms, Verdict verdict) {
     this.model = model;
@@ -50,6 +53,12 @@ final class Outcome {
     outcome.addAll(
         result.cameraMatrix(), result.coefficients(), FISHEYE_COEFFICIENTS, calibrator.deviations());
     return outcome;
+  }
+
+  /** What it came from and, where there is one, how far it is from the result before it. */
+  String inWords() {
+    return "Computed with the " + model.name().toLowerCase(Locale.ROOT) + " model from " + verdict.views()
+        + " snapshots." + (change.isEmpty() ? "" : " " + change);
   }
 
   private void addAll(Matrix k, Matrix d, String[] names, double[] deviations) {

@@ -33,6 +33,7 @@ class LiveRunTest {
     final LinkedBlockingQueue<Situation> situations = new LinkedBlockingQueue<>();
     final AtomicInteger tooEarly = new AtomicInteger();
     private final Path snapshots;
+    final LinkedBlockingQueue<String> messages = new LinkedBlockingQueue<>();
     private volatile Outcome outcome;
 
     Witness(Path session) { snapshots = session.resolve("snapshots"); }
@@ -66,7 +67,20 @@ class LiveRunTest {
     }
 
     @Override
-    public void showMessage(String message) {}
+    public void showMessage(String message) {
+      messages.add(message);
+    }
+
+    String awaitMessage(String start) throws InterruptedException {
+      String message;
+      do {
+        message = messages.poll(120, TimeUnit.SECONDS);
+      } while (message != null && !message.startsWith(start));
+      if (message == null) {
+        throw new AssertionError("it never said so");
+      }
+      return message;
+    }
 
     Situation awaitOne(Predicate<Situation> wanted) throws InterruptedException {
       Situation now;
@@ -136,6 +150,15 @@ class LiveRunTest {
     next.calibrate();
     assertTrue(second.awaitOne(now -> now.result && !now.computing).upToDate);
     assertEquals(there, second.outcome.verdict.views());
+    assertTrue(second.awaitMessage("Computed").endsWith(" model from " + there + " snapshots."));
+    next.takeBack();
+    second.awaitOne(now -> now.snapshots == there - 1 && !now.upToDate);
+    next.calibrate();
+    second.awaitOne(now -> now.upToDate && !now.computing);
+    String told = second.awaitMessage("Computed");
+    assertTrue(told.matches("Computed with the [a-z]+ model from " + (there - 1) + " snapshots\\. It is "
+                   + "[0-9.]+ px from the earlier result on average, [0-9.]+ px at most\\."),
+        told);
     next.close();
     assertTrue(next.awaitEnd());
   }

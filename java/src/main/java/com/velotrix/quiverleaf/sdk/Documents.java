@@ -5,10 +5,13 @@ import com.google.gson.JsonElement;
 import com.google.gson.JsonObject;
 import com.google.gson.JsonParseException;
 import com.google.gson.JsonParser;
+import com.google.gson.JsonPrimitive;
 import java.util.ArrayList;
 import java.util.List;
 
-/** Reads the engine's JSON. Whatever is wrong with a text is told as IllegalArgumentException. */
+/**
+ * Reads the engine's JSON, and writes numbers of it. Whatever is wrong is told as IllegalArgumentException.
+ */
 final class Documents {
   private Documents() {}
 
@@ -61,6 +64,17 @@ final class Documents {
   }
 
   static double[] reals(JsonObject object, String key) { return elements(array(object, key), key); }
+
+  /** The same; null stands for a number that is not finite. */
+  static double[] realsOrInfinite(JsonObject object, String key) {
+    JsonArray array = array(object, key);
+    double[] reals = new double[array.size()];
+    for (int i = 0; i < reals.length; ++i) {
+      JsonElement element = array.get(i);
+      reals[i] = element.isJsonNull() ? Double.POSITIVE_INFINITY : number(element, key).doubleValue();
+    }
+    return reals;
+  }
 
   static int[] integers(JsonObject object, String key) {
     double[] numbers = reals(object, key);
@@ -129,6 +143,26 @@ final class Documents {
       throw new IllegalArgumentException("'" + key + "' has no array of elements");
     }
     return new Matrix(integer(matrix, "rows"), integer(matrix, "cols"), elements(data.getAsJsonArray(), key));
+  }
+
+  /** A number, which JSON has to be able to say. */
+  static JsonElement finite(double number) {
+    if (!Double.isFinite(number)) {
+      throw new IllegalArgumentException(number + " is no finite number");
+    }
+    return new JsonPrimitive(number);
+  }
+
+  /** An array of them, so many. */
+  static JsonArray finite(double[] numbers, int count) {
+    if (numbers.length != count) {
+      throw new IllegalArgumentException(numbers.length + " numbers where " + count + " are needed");
+    }
+    JsonArray array = new JsonArray();
+    for (double number : numbers) {
+      array.add(finite(number));
+    }
+    return array;
   }
 
   private static double[] elements(JsonArray array, String key) {

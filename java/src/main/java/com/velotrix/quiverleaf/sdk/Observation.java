@@ -1,7 +1,6 @@
 package com.velotrix.quiverleaf.sdk;
 
 import com.google.gson.JsonArray;
-import com.google.gson.JsonElement;
 import com.google.gson.JsonObject;
 
 /**
@@ -79,16 +78,7 @@ public final class Observation {
     return camera;
   }
 
-  private static JsonElement arrayOf(double[] numbers) {
-    JsonArray array = new JsonArray();
-    for (double number : numbers) {
-      if (!Double.isFinite(number)) {
-        throw new IllegalArgumentException(number + " is no finite number");
-      }
-      array.add(number);
-    }
-    return array;
-  }
+  private static JsonArray arrayOf(double[] numbers) { return Documents.finite(numbers, numbers.length); }
 
   private static double[][] copyOf(double[][] points) {
     double[][] copy = new double[points.length][];

@@ -62,6 +62,9 @@ class NativeMethodsTest {
     Set<String> sessions = functionsOf(Sessions.class);
     assertEquals(22, sessions.size());
     declared.addAll(sessions);
+    Set<String> results = functionsOf(Results.class);
+    assertEquals(3, results.size());
+    declared.addAll(results);
     Process nm =
         new ProcessBuilder("nm", "-D", "--defined-only", System.getProperty("velmora.test.library")).start();
     Set<String> exported = new TreeSet<>();
@@ -122,6 +125,32 @@ class NativeMethodsTest {
     assertThrows(IllegalArgumentException.class, () -> Sessions.nFolderOf(null));
     assertThrows(IllegalArgumentException.class, () -> Sessions.nOpen(null, null, true));
     assertThrows(IllegalArgumentException.class, () -> Sessions.nCreate("x", "no settings"));
+  }
+
+  @Test
+  void native_methods_on_results_say_what_is_wrong_with_a_text() {
+    String usual = Lenses.usual();
+    String options = "{\"step\":0,\"area\":[]}";
+    String[] sentences = {"The first text is null.", "The second text is null.", "The options' text is null.",
+        "The text of the options is cut off or no JSON text.", "The text of the options lacks \"step\".",
+        "The text of the options has another type of \"area\"."};
+    String[][] calls = {{null, usual, options}, {usual, null, options}, {usual, usual, null},
+        {usual, usual, "{"}, {usual, usual, "{}"}, {usual, usual, "{\"step\":0,\"area\":[[1]]}"}};
+    for (int i = 0; i < calls.length; ++i) {
+      String[] given = calls[i];
+      for (Executable call : new Executable[] {()
+                                                   -> Results.nCompare(given[0], given[1], given[2]),
+               () -> Results.nDrawComparison(given[0], given[1], given[2])}) {
+        assertEquals(sentences[i], assertThrows(IllegalArgumentException.class, call).getMessage());
+      }
+    }
+    assertEquals("The text of the result is null.",
+        assertThrows(IllegalArgumentException.class, () -> Results.nCheck(null, null, "{}")).getMessage());
+    assertEquals("The request's text is null.",
+        assertThrows(IllegalArgumentException.class, () -> Results.nCheck(usual, null, null)).getMessage());
+    assertEquals("The text of the request lacks \"images\".",
+        assertThrows(IllegalArgumentException.class, () -> Results.nCheck(usual, null, "{}")).getMessage());
+    assertThrows(IllegalArgumentException.class, () -> Results.nCheck(usual, "no verdict", "{}"));
   }
 
   @Test
