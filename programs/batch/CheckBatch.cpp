@@ -147,9 +147,10 @@ common::ExitStatus RunCheck(const Arguments& arguments, const RunContext& contex
     return common::NO_RESULT;
   }
   std::cout << TableOf(check, images.Names());
-  if (verdict.grade == CalibrationVerdict::Grade::None)
+  if (verdict.grade == CalibrationVerdict::Grade::None) {
     std::cout
         << "No verdict lies beside the result: it is taken to be as sure as these images could make it.\n";
+  }
   std::cout << check.sentence << "\n" << (check.advice.empty() ? "" : check.advice + "\n");
   return check.Passed() ? common::SUCCESS : common::NO_RESULT;
 }

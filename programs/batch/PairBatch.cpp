@@ -183,9 +183,10 @@ common::ExitStatus CalibrateCamera(CameraViews& camera, const std::string& side,
             << common::ResultTable(report) << "\n"
             << common::VerdictTable(result.verdict, report.used) << "\n";
   std::string unwritten;
-  for (const std::string& output : outputs) {
+  for (std::string name : outputs) {
     if (!unwritten.empty()) break;
-    unwritten = SaveWithVerdict(camera, result.verdict, output + "_" + side, result.text, files);
+    name.append("_").append(side);
+    unwritten = SaveWithVerdict(camera, result.verdict, name, result.text, files);
   }
   return StatusOf(unwritten);
 }

@@ -98,7 +98,7 @@ std::string Progress::Pace(int done, int total) const {
   const std::chrono::duration<double> passed = terminal_.now() - start_;
   constexpr double SETTLED = 1.0;  // seconds
   if (done <= 0 || passed.count() < SETTLED) return "";
-  const std::string rate = ", " + Rate(done / passed.count());
+  std::string rate = ", " + Rate(done / passed.count());
   if (done >= total) return rate;
   const long seconds = std::lround(passed.count() / done * (total - done));
   constexpr long MINUTE = 60;

@@ -70,7 +70,7 @@ void CheckOutputs(const Arguments& arguments, const std::string& output) {
 /// The file that could not be written, or an empty text.
 std::string SaveAll(const std::string& json, const velmora::RigVerdict& verdict, const RigViews& views,
                     const std::string& output, common::OutputFiles& files) {
-  const std::string file = output + ".json";
+  std::string file = output + ".json";
   files.Announce(file);
   if (!SaveRig(json, file)) return file;
   files.Written(file);

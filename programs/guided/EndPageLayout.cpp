@@ -31,7 +31,7 @@ std::string CaptionOf(const WorstView& worst, double zoom) {
 
 std::string Listed(const std::vector<std::string>& items, const std::string& before) {
   std::string text;
-  for (const std::string& item : items) text += (text.empty() ? "" : "\n") + before + item;
+  for (const std::string& item : items) text.append(text.empty() ? "" : "\n").append(before).append(item);
   return text;
 }
 

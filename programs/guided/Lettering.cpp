@@ -236,7 +236,8 @@ void WriteText(const Lettering& text, const cv::Rect& box, Align align, const In
     const std::string& line = text.lines[i];
     const cv::Size extent(cvCeil(text.width * WidthOf(line, text.size)), place.height);
     const double down = (text.pitch * static_cast<double>(i) + ABOVE + 1.0) * text.size;
-    const int aside = cvRound(text.width * (inset + stroke / 2));
+    const int half = stroke / 2;  // whole pixels, as the line is drawn
+    const int aside = cvRound(text.width * (inset + half));
     const cv::Point origin(TextBox({{}, 0.0, 0.0, 1.0, extent}, place, align).x + aside,
                            place.y + inset + cvRound(down));
     const auto write = [&](const cv::Scalar& colour, int thickness) {

@@ -187,9 +187,10 @@ Outcome Compute(const std::vector<NamedSnapshot>& snapshots, const ComputationSe
     if (isPair) CheckPairModel(model);
     for (size_t camera = 0; camera < cameras; ++camera)
       outcome.cameras.push_back(ComputeCamera(snapshots, camera, model, settings, computing));
-    if (isPair)
+    if (isPair) {
       outcome.pair = std::make_shared<const PairOutcome>(
           ComputePair(snapshots, outcome.cameras, model, settings, computing));
+    }
   } catch (const std::exception& fault) {
     outcome.cameras.clear();
     outcome.fault = Clause(fault);
