@@ -167,7 +167,7 @@ GuideAnswer Guide::Impl::AtTarget(const GuideFrame& frame, const GuidePose& pose
 }
 
 std::string Guide::Impl::BlurIn(const GuideFrame& frame) const {
-  const std::string left = BlurOf(frame.image, settings, frame.centres, frame.weights);
+  std::string left = BlurOf(frame.image, settings, frame.centres, frame.weights);
   if (!left.empty() || settings.cameras == 1 || frame.rightCentres.empty()) return left;
   return BlurOf(frame.rightImage, settings, frame.rightCentres, frame.rightWeights);
 }
@@ -315,7 +315,7 @@ std::string Guide::ReasonAgainst(const GuideFrame& frame) const {
     return frame.whyNotFound.empty() ? "the grid is not in sight" : frame.whyNotFound;
   if (impl_->settings.cameras == 2 && frame.rightCentres.empty()) return Words(GuideHint::ShowRightToo);
   if (impl_->motion.IsMoving(frame.time, frame.centres)) return MOVING;
-  const std::string blur = impl_->BlurIn(frame);
+  std::string blur = impl_->BlurIn(frame);
   if (!blur.empty()) return blur;
   return impl_->targets.IsKept(frame.centres) ? SAME : "";
 }

@@ -162,9 +162,10 @@ std::vector<cv::Point2d> GuideView::Project(const RigidTransform& camera_from_gr
 
 GuideTarget::GuideTarget(const GuideView& view, const std::vector<cv::Point2d>& centres) : centres_(centres) {
   const auto wrong = [](const std::string& fault) { throw std::invalid_argument("a target " + fault); };
-  if (centres.size() != static_cast<size_t>(view.Grid().area()))
+  if (centres.size() != static_cast<size_t>(view.Grid().area())) {
     wrong("has " + std::to_string(centres.size()) + " circles, and the grid " +
           std::to_string(view.Grid().area()));
+  }
   if (!cv::checkRange(cv::Mat(centres_))) wrong("has centres that are not finite");
   const std::optional<GuidePose> pose = view.PoseOf(centres);
   if (!pose) wrong("is no picture of the grid");

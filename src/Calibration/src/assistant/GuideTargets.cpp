@@ -62,9 +62,10 @@ void GuideTargets::Restart() {
 
 void GuideTargets::SetReached(const std::vector<int>& numbers) {
   for (const int number : numbers) {
-    if (number < 1 || number > Count())
+    if (number < 1 || number > Count()) {
       throw std::invalid_argument("there is no target " + std::to_string(number) + " among " +
                                   std::to_string(Count()));
+    }
   }
   fates_.assign(targets_.size(), Fate::Open);
   for (const int number : numbers) FateOf(number) = Fate::Reached;

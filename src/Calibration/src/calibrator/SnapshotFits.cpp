@@ -23,9 +23,11 @@ const cv::Point2d NOT_SEEN(std::numeric_limits<double>::quiet_NaN(),
 ObservedPoints ObservedAt(const SnapshotList& snapshots, size_t number) {
   SnapshotList single;
   single.target.push_back(snapshots.target[number]);
-  for (const SnapshotList::Camera& camera : snapshots.cameras)
+  single.cameras.reserve(snapshots.cameras.size());
+  for (const SnapshotList::Camera& camera : snapshots.cameras) {
     single.cameras.push_back(
         {{camera.points[number]}, {cv::Mat()}, {camera.weights[number]}, {camera.deviations[number]}});
+  }
   return ObservedIn(single);
 }
 

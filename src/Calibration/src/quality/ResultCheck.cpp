@@ -166,7 +166,7 @@ class Check {
     const MatrixXd formal = MatrixFrom(verdict_.covariance, lens.estimated);
     const MatrixXd jackknife = MatrixFrom(verdict_.jackknifeCovariance, lens.estimated);
     problem_.uncertainty = [this, lens, formal, jackknife](const std::vector<cv::Point2f>& area) -> MatrixXd {
-      if (formal.size() == 0 || jackknife.size() == 0) return formal;
+      if (formal.size() == 0 || jackknife.size() == 0) return MatrixXd(formal);
       const ProjectionUncertainty uncertainty(lens, result_.imageSize, area);
       return uncertainty.InArea(jackknife) > uncertainty.InArea(formal) ? jackknife : formal;
     };

@@ -45,7 +45,7 @@ std::string ExtensionOf(const fs::path& path) {
 
 /// The path made absolute. It has to come back from a JSON text as it was.
 std::string PathToNote(const std::string& path) {
-  const std::string absolute = fs::absolute(path).lexically_normal().string();
+  std::string absolute = fs::absolute(path).lexically_normal().string();
   try {
     nlohmann::json(absolute).dump();
   } catch (const nlohmann::json::exception&) {

@@ -176,7 +176,10 @@ std::string Session::FolderOf(const std::string& name) {
 std::string Session::FreeFolder(const std::string& name) {
   const std::string stem = WithoutExtension(name);
   std::string folder = stem + EXTENSION;
-  for (int number = 2; IsThere(folder); ++number) folder = stem + "-" + std::to_string(number) + EXTENSION;
+  for (int number = 2; IsThere(folder); ++number) {
+    folder = stem;
+    folder.append("-").append(std::to_string(number)).append(EXTENSION);
+  }
   return folder;
 }
 

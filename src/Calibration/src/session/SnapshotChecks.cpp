@@ -70,7 +70,7 @@ std::string FaultOf(const std::vector<SessionObservation>& observations, const S
   const auto points = static_cast<size_t>(settings.grid.width) * static_cast<size_t>(settings.grid.height);
   bool seen = false;
   for (size_t i = 0; i < cameras; ++i) {
-    const std::string fault = FaultOf(observations[i], i, points);
+    std::string fault = FaultOf(observations[i], i, points);
     if (!fault.empty()) return fault;
     seen = seen || !observations[i].centres.empty();
   }

@@ -76,6 +76,7 @@ std::vector<StoredSnapshot> SnapshotFolder::Read(const SessionSettings& settings
   }
   std::sort(numbers.begin(), numbers.end());
   std::vector<StoredSnapshot> snapshots;
+  snapshots.reserve(numbers.size());
   for (const int number : numbers) snapshots.push_back(ReadOne(number, settings, checkContent));
   return snapshots;
 }
@@ -152,8 +153,8 @@ void SnapshotFolder::WriteNew(const std::string& folder, StoredSnapshot& snapsho
     snapshot.images[i] = kept.stored;
     const bool own =
         kept.stored.kind == StoredImage::Kind::Png || kept.stored.kind == StoredImage::Kind::Copy;
-    const std::string name = fs::path(kept.stored.path).filename().string();
-    if (own) Check(WriteNewFile(folder + "/" + name, kept.bytes));
+    const fs::path file = fs::path(folder) / fs::path(kept.stored.path).filename();
+    if (own) Check(WriteNewFile(file.string(), kept.bytes));
   }
   Check(WriteNewFile(folder + DOCUMENT, TextOf(snapshot)));
   Check(SyncFolder(folder));
